@@ -1,0 +1,67 @@
+# What every target of the project has in common.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+
+add_library(tessaron_options INTERFACE)
+target_compile_options(tessaron_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wcast-align -Wformat=2 -Wimplicit-fallthrough
+    $<$<BOOL:${TESSARON_WARNINGS_AS_ERRORS}>:-Werror>)
+target_compile_definitions(tessaron_options INTERFACE
+    _FILE_OFFSET_BITS=64
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
+    QT_NO_KEYWORDS QT_NO_FOREACH QT_USE_QSTRINGBUILDER)
+
+if(TESSARON_SANITIZE)
+    string(REPLACE ";" "," _sanitizers "${TESSARON_SANITIZE}")
+    target_compile_options(tessaron_options INTERFACE
+        -fsanitize=${_sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(tessaron_options INTERFACE -fsanitize=${_sanitizers})
+endif()
+
+# tessaron_add_layer(NAME [SOURCES ...] [DEPENDS ...] [PRIVATE_DEPENDS ...])
+#
+# One folder of the library: a static library of position independent code, which the shared library
+# gathers and which the tests link directly, so that they reach what is not exported.
+function(tessaron_add_layer name)
+    cmake_parse_arguments(LAYER "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+    set(_present "")
+    foreach(_s IN LISTS LAYER_SOURCES)
+        if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${_s} OR EXISTS ${_s})
+            list(APPEND _present ${_s})
+        else()
+            message(WARNING "missing ${CMAKE_CURRENT_SOURCE_DIR}/${_s}")
+        endif()
+    endforeach()
+    if(NOT _present)
+        file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp "")
+        set(_present ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp)
+    endif()
+    add_library(${name} STATIC ${_present})
+    target_include_directories(${name} PUBLIC
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/framework>)
+    target_link_libraries(${name}
+        PUBLIC ${LAYER_DEPENDS} Qt6::Core Threads::Threads
+        PRIVATE tessaron_options ${LAYER_PRIVATE_DEPENDS})
+    set_property(GLOBAL APPEND PROPERTY TESSARON_LAYERS ${name})
+endfunction()
+
+# tessaron_add_test(NAME SOURCES ... LIBRARIES ...)
+#
+# One test program with the project's own main (an event loop on the main thread). Every test in it runs in
+# a process of its own, so that process-wide state never leaks from one test into another.
+function(tessaron_add_test name)
+    cmake_parse_arguments(TEST "" "" "SOURCES;LIBRARIES" ${ARGN})
+    add_executable(${name} ${TEST_SOURCES})
+    target_link_libraries(${name} PRIVATE tessaron_options tessaron_test_support ${TEST_LIBRARIES})
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+endfunction()
