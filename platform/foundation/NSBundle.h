@@ -28,8 +28,8 @@ public:
     /// Names the folder of the main bundle. Call before its first use; a later call replaces it.
     static void setMainBundlePath(const QString &path);
 
-    /// The bundle at a path, or null when there is no such folder. Paths below "/System/" are looked up below the folder given
-    /// to setSystemRoot() when one was given.
+    /// The bundle at a path, or null when there is no such folder. Paths below "/System/" are looked up below the
+    /// folder given to setSystemRoot() when one was given.
     [[nodiscard]] static std::shared_ptr<NSBundle> bundleWithPath(const QString &path);
     /// Where paths below "/System/" really lie; empty (the default) means where they say.
     static void setSystemRoot(const QString &path);
@@ -43,11 +43,13 @@ public:
 
     [[nodiscard]] QString bundlePath() const { return m_path; }
 
-    /// The text for `key` in `table` ("Localizable" when empty) in the first of the user's languages that has the table.
-    /// A missing key or table yields `value`, or the key itself when `value` is empty.
-    [[nodiscard]] QString localizedString(const QString &key, const QString &value = {}, const QString &table = {}) const;
+    /// The text for `key` in `table` ("Localizable" when empty) in the first of the user's languages that has the
+    /// table. A missing key or table yields `value`, or the key itself when `value` is empty.
+    [[nodiscard]] QString localizedString(const QString &key, const QString &value = {},
+                                          const QString &table = {}) const;
 
-    /// The languages asked in turn, most wanted first, as in "de_AT", "de", "en". By default those of the system's locale.
+    /// The languages asked in turn, most wanted first, as in "de_AT", "de", "en". By default those of the system's
+    /// locale.
     void setPreferredLanguages(const QStringList &languages);
 
 private:

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "platform/coreservices/FSRef.h"
+#include "platform/discrecording/DRFilesystems.h"
+#include "platform/foundation/Export.h"
+
+#include <QString>
+#include <QVariantMap>
+
+#include <memory>
+#include <vector>
+
+namespace Tessaron
+{
+
+class DRFolder;
+
+/// A file or folder of a disc to be made. Not thread-safe: one thread at a time works on a tree; while a burn prepares,
+/// nobody may change it. Owned by its parent folder and by whoever holds the pointer; the parent link is weak.
+///
+/// A layout of a million files is a million of these: members are few and rare things live in one optional record.
+class TESSARON_EXPORT DRFSObject : public std::enable_shared_from_this<DRFSObject>
+{
+public:
+    virtual ~DRFSObject();
+    DRFSObject(const DRFSObject &) = delete;
+    DRFSObject &operator=(const DRFSObject &) = delete;
+
+    [[nodiscard]] virtual bool isFolder() const = 0;
+    /// True for an object that takes neither name nor content from a file on disk.
+    [[nodiscard]] bool isVirtual() const { return m_isVirtual; }
+
+    /// The file that the object was made from; the zero reference for a virtual object without one. A virtual folder
+    /// may carry the reference of the folder it was modelled on: its times and permissions then come from there.
+    [[nodiscard]] const FSRef &sourceRef() const { return m_source; }
+    void setSourceRef(const FSRef &ref) { m_source = ref; }
+
+    /// The folder that holds the object; null for a root.
+    [[nodiscard]] std::shared_ptr<DRFolder> parent() const;
+
+    /// The name that the names in each filesystem are made from: what setBaseName() gave, else the name of the source
+    /// file. For a root folder it names the volume.
+    [[nodiscard]] QString baseName() const;
+    /// The same as bytes, as the disc's byte-based filesystems store it; cheap where the name is the source's own.
+    [[nodiscard]] QByteArray baseNameBytes() const;
+    void setBaseName(const QString &name);
+    [[nodiscard]] bool hasExplicitBaseName() const { return m_hasBaseName; }
+
+    /// The name that the object gets in one filesystem: legal there and different from its siblings' names. Siblings
+    /// are considered in the order of the folder's children.
+    [[nodiscard]] QString mangledNameForFilesystem(DRFilesystem filesystem) const;
+
+    /// Properties by filesystem. A value set for DRAllFilesystems holds in each filesystem that has no own value.
+    void setProperty(const QVariant &value, const QString &key, DRFilesystem filesystem);
+    /// The value for the filesystem, falling back to DRAllFilesystems; invalid when there is none.
+    [[nodiscard]] QVariant propertyForKey(const QString &key, DRFilesystem filesystem) const;
+    [[nodiscard]] QVariantMap propertiesForFilesystem(DRFilesystem filesystem) const;
+
+    /// The mask set for this object itself; 0 when none was set.
+    [[nodiscard]] DRFilesystemMask explicitFilesystemMask() const { return m_explicitMask; }
+    void setExplicitFilesystemMask(DRFilesystemMask mask) { m_explicitMask = mask; }
+    /// The explicit mask, else the parent's effective mask, else all filesystems.
+    [[nodiscard]] DRFilesystemMask effectiveFilesystemMask() const;
+
+protected:
+    DRFSObject(const FSRef &source, bool isVirtual);
+
+private:
+    friend class DRFolder;
+    struct Rare; ///< names and properties that few objects have
+
+    Rare &rare();
+
+    FSRef m_source;
+    std::weak_ptr<DRFolder> m_parent;
+    std::unique_ptr<Rare> m_rare;
+    DRFilesystemMask m_explicitMask = 0;
+    bool m_isVirtual = false;
+    bool m_hasBaseName = false;
+};
+
+} // namespace Tessaron

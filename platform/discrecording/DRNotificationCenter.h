@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/foundation/Export.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace Tessaron
+{
+
+class DRBurn;
+
+/// Posts the notifications of the disc-recording service on one thread's event loop. Observers are called on that
+/// thread only.
+class TESSARON_EXPORT DRNotificationCenter
+{
+public:
+    using Handler = std::function<void(DRBurn &sender)>;
+
+    ~DRNotificationCenter();
+
+    /// The centre of the calling thread's event loop; made on first use, lives until the thread's end.
+    [[nodiscard]] static std::shared_ptr<DRNotificationCenter> currentRunLoopCenter();
+
+    /// `observer` names who observes and is never dereferenced; `sender` null means every burn. On the centre's thread.
+    void addObserver(const void *observer, const QString &name, const DRBurn *sender, Handler handler);
+    /// Takes out what `observer` registered under `name` for `sender`; null means any. Nothing reaches it afterwards,
+    /// not even what was posted already. On the centre's thread.
+    void removeObserver(const void *observer, const QString &name, const DRBurn *sender);
+
+    /// Schedules a notification on the centre's thread, from any thread. Posts of one sender arrive in order; when the
+    /// sender is gone they are dropped.
+    void post(const QString &name, const std::weak_ptr<DRBurn> &sender);
+
+private:
+    class Private;
+    DRNotificationCenter();
+    const std::shared_ptr<Private> d;
+};
+
+} // namespace Tessaron

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/discrecording/filesystems/BlockImage.h"
+#include "platform/foundation/UniqueDescriptor.h"
+
+namespace Tessaron
+{
+
+/// Opens a planned file for reading. `*error` says what happened, naming the file, when it cannot be opened or is no
+/// longer the planned one.
+[[nodiscard]] UniqueDescriptor openFileContents(const FileContents &file, NSError *error);
+
+/// Reads `length` bytes at `offset` of an open planned file into `buffer`; an error naming the file when it fails or
+/// ends early.
+[[nodiscard]] NSError readFileContents(int descriptor, const FileContents &file, std::uint64_t offset, void *buffer,
+                                       std::uint64_t length);
+
+/// Compares the open file with the plan (size, inode, modification and change time); call it after the last read. The
+/// error names the file and says whether it shrank, grew or changed.
+[[nodiscard]] NSError verifyFileContentsUnchanged(int descriptor, const FileContents &file);
+
+} // namespace Tessaron
