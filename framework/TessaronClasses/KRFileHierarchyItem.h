@@ -1,0 +1,204 @@
+#pragma once
+
+#include "platform/foundation/Export.h"
+#include "platform/foundation/MainThread.h"
+
+#include <QString>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+namespace Tessaron
+{
+
+class DRFSObject;
+class DRFolder;
+class KRFileHierarchyItem;
+class KRFileReference;
+
+/// Who hears of a layout creation. Every callback comes on the main thread, the last one when the worker has ended; none
+/// comes once `context` is gone. The item is alive during the call, also when the callback drops the last pointer to it.
+///
+/// A record without any callback stands for no target.
+struct KRFileHierarchyItemLayoutTarget {
+    CallbackContext context;
+    /// After each file that was put into the layout. The progress lies between 0 and 1, but does not reach 1: it is the
+    /// amount done in units of 1,048,576 bytes divided by the total in bytes.
+    std::function<void(KRFileHierarchyItem &, float)> KRFileHierarchyItemDRLayoutCreationProgress;
+    /// Once, at the end of a run that was not cancelled, with the root folder; null when nothing could be made. The
+    /// target shares ownership of the folder and may keep it; it refers to nothing of the item tree.
+    std::function<void(KRFileHierarchyItem &, const std::shared_ptr<DRFolder> &)>
+        KRFileHierarchyItemDRLayoutCreationFinished;
+    /// Once, at the end of a cancelled run.
+    std::function<void(KRFileHierarchyItem &)> KRFileHierarchyItemDRLayoutCreationDidCancel;
+};
+
+/// One node of the tree of files that is to become a disc: a file reference and the children in display order. A node
+/// for a file simply has no children. A parent owns its children; the link back is weak.
+///
+/// Not thread-safe. A tree belongs to one thread at a time; while a layout is being created from it, it must not be
+/// changed. A million files are a million nodes: what only the root of a running layout creation needs is kept apart.
+class TESSARON_EXPORT KRFileHierarchyItem : public std::enable_shared_from_this<KRFileHierarchyItem>
+{
+    struct ConstructionKey {
+        explicit ConstructionKey() = default;
+    };
+
+public:
+    using Items = std::vector<std::shared_ptr<KRFileHierarchyItem>>;
+    class Walk;
+
+    /// A node around the reference (null gives a node without one) with no children.
+    [[nodiscard]] static std::shared_ptr<KRFileHierarchyItem>
+    initWithFileReference(std::shared_ptr<KRFileReference> reference);
+    /// The same.
+    [[nodiscard]] static std::shared_ptr<KRFileHierarchyItem>
+    fileHierarchyItemWithFileReference(std::shared_ptr<KRFileReference> reference);
+
+    /// For the factories only.
+    KRFileHierarchyItem(ConstructionKey, std::shared_ptr<KRFileReference> reference);
+    /// Cancels a running layout creation and waits for its worker; no callback follows. Frees trees of any depth.
+    ~KRFileHierarchyItem();
+    KRFileHierarchyItem(const KRFileHierarchyItem &) = delete;
+    KRFileHierarchyItem &operator=(const KRFileHierarchyItem &) = delete;
+
+    /// The node's file; may be null.
+    [[nodiscard]] const std::shared_ptr<KRFileReference> &fileReference() const { return m_fileReference; }
+    void setFileReference(std::shared_ptr<KRFileReference> reference);
+
+    /// The item that this one was last added to; null for a root and once that item is gone. Removing a child does not
+    /// clear its link.
+    [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> parent() const { return m_parent.lock(); }
+    void setParent(const std::shared_ptr<KRFileHierarchyItem> &parent) { m_parent = parent; }
+
+    /// The children themselves, not a copy: what the caller changes here is changed in the tree. Whoever adds here also
+    /// sets the child's parent.
+    [[nodiscard]] Items &items() { return m_items; }
+    [[nodiscard]] const Items &items() const { return m_items; }
+    [[nodiscard]] std::size_t numberOfItems() const { return m_items.size(); }
+
+    /// The children for a loop that notices when the array is changed under it: taking the next child then raises
+    /// std::logic_error.
+    [[nodiscard]] Walk walk() const;
+
+    /// Sets the child's parent to this item and appends it. A null item is ignored, as it is below.
+    void addItem(const std::shared_ptr<KRFileHierarchyItem> &item);
+    /// Sets the child's parent and inserts it. A negative index counts as 0, one beyond the count as the count.
+    void insertItem(const std::shared_ptr<KRFileHierarchyItem> &item, std::int64_t atIndex);
+    /// A negative index counts as 0; one greater than the count is ignored. An index that is the count itself, and so
+    /// names no child, raises std::out_of_range.
+    void removeItemAtIndex(std::int64_t index);
+    /// Removes every occurrence of the child.
+    void removeItem(const std::shared_ptr<KRFileHierarchyItem> &item);
+
+    /// How many children have a file reference that is not invisible in the file manager, or none.
+    [[nodiscard]] std::size_t numberOfVisibleItems() const;
+    /// A new array of those children, in order.
+    [[nodiscard]] Items visibleItems() const;
+
+    /// The first child whose name on the disc is exactly `name` (case matters), or null. A child's disc name is its
+    /// desired name with the extension appended where it is hidden, else its name, else its display name. Children
+    /// without a reference are skipped. Ask here before adding or renaming, to refuse a name that is taken.
+    [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> childWithDesiredName(const QString &name) const;
+
+    /// Size of the whole subtree as it lies on disk: allocated bytes of all forks of all files. Folders count 0.
+    [[nodiscard]] std::uint64_t contentsPhysicalSize() const;
+
+    /// Starts building a layout of this subtree on a worker thread. False, and nothing started, when a creation is
+    /// already running on this item or the target lacks one of the progress and finished callbacks. On the main thread.
+    [[nodiscard]] bool createDRLayoutAsyncNotifyProgressToTarget(const KRFileHierarchyItemLayoutTarget &target);
+
+    /// Asks the running creation to stop and makes `target` the one that hears of it from now on. True when a worker
+    /// was there to be cancelled. The direct child of this item that is being built is completed first; a creation that
+    /// had just ended still reports that it finished. On the main thread.
+    bool cancelDRLayoutCreationNotifyTarget(const KRFileHierarchyItemLayoutTarget &target);
+
+private:
+    struct LayoutCreation; ///< what a running creation needs
+    struct LayoutBuilder;
+
+    void _beginLayoutCreationOnThread();
+    std::shared_ptr<DRFSObject> _createDRLayoutForItem(KRFileHierarchyItem *item, DRFolder *addToFolder,
+                                                       KRFileHierarchyItem &masterOfAll);
+    void _increaseCurrentDRSizeBy(double amount);
+    [[nodiscard]] float _drprogressPercent() const;
+    void _notifyTargetOfProgress(float progress);
+    void _notifyTargetWeAreFinished(const std::shared_ptr<DRFolder> &folder);
+    void _notifyTargetWeCanceled();
+    KRFileHierarchyItemLayoutTarget endLayoutCreation();
+
+    std::shared_ptr<KRFileReference> m_fileReference;
+    Items m_items;
+    std::weak_ptr<KRFileHierarchyItem> m_parent;
+    std::unique_ptr<LayoutCreation> m_creation;
+};
+
+/// A loop over the children of one item; see KRFileHierarchyItem::walk(). Must not outlive the item.
+class KRFileHierarchyItem::Walk
+{
+public:
+    class Iterator
+    {
+    public:
+        using iterator_category = std::input_iterator_tag;
+        using value_type = std::shared_ptr<KRFileHierarchyItem>;
+        using difference_type = std::ptrdiff_t;
+        using pointer = const value_type *;
+        using reference = const value_type &;
+
+        Iterator(const Items &items, std::size_t index)
+            : m_items(&items)
+            , m_start(items.data())
+            , m_count(items.size())
+            , m_index(index)
+        {
+        }
+
+        reference operator*() const
+        {
+            throwIfChanged();
+            return (*m_items)[m_index];
+        }
+        Iterator &operator++()
+        {
+            throwIfChanged();
+            ++m_index;
+            return *this;
+        }
+        friend bool operator==(const Iterator &one, const Iterator &other) { return one.m_index == other.m_index; }
+
+    private:
+        void throwIfChanged() const
+        {
+            if (m_items->data() != m_start || m_items->size() != m_count)
+                throw std::logic_error("the children of a file hierarchy item were changed during a walk");
+        }
+
+        const Items *m_items;
+        const value_type *m_start;
+        std::size_t m_count;
+        std::size_t m_index;
+    };
+
+    explicit Walk(const Items &items)
+        : m_items(items)
+    {
+    }
+    [[nodiscard]] Iterator begin() const { return Iterator(m_items, 0); }
+    [[nodiscard]] Iterator end() const { return Iterator(m_items, m_items.size()); }
+
+private:
+    const Items &m_items;
+};
+
+inline KRFileHierarchyItem::Walk KRFileHierarchyItem::walk() const
+{
+    return Walk(m_items);
+}
+
+} // namespace Tessaron
