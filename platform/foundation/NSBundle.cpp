@@ -8,6 +8,12 @@
 #include <QFileInfo>
 #include <QLocale>
 
+// Linked statically, a compiled-in resource must be asked for by name, and outside of any namespace.
+static void registerCompiledInBundle()
+{
+    Q_INIT_RESOURCE(TessaronClasses);
+}
+
 namespace Tessaron
 {
 
@@ -123,8 +129,10 @@ std::shared_ptr<NSBundle> NSBundle::frameworkBundle()
     Registry &known = registry();
     const QMutexLocker lock(&known.mutex);
     std::shared_ptr<NSBundle> &bundle = known.byIdentifier[frameworkBundleIdentifier];
-    if (!bundle)
+    if (!bundle) {
+        registerCompiledInBundle();
         bundle.reset(new NSBundle(compiledInBundlePath));
+    }
     return bundle;
 }
 
