@@ -11,7 +11,14 @@ namespace Tessaron
 /// link, a fifo, a socket or a device) or virtual (contents given as bytes).
 class TESSARON_EXPORT DRFile final : public DRFSObject
 {
+    struct ConstructionKey {
+        explicit ConstructionKey() = default;
+    };
+
 public:
+    /// For the factories only.
+    DRFile(ConstructionKey, const FSRef &source);
+    DRFile(ConstructionKey, const QString &name);
     ~DRFile() override;
 
     /// A real file, a symbolic link at the end of the path not followed; null when there is none or it is a folder.
@@ -26,10 +33,6 @@ public:
 
 private:
     friend std::shared_ptr<DRFile> DRFileCreateReal(const FSRef *ref);
-    struct Contents;
-    using DRFSObject::DRFSObject;
-
-    std::unique_ptr<Contents> m_contents;
 };
 
 /// A real file for the reference. Null for the zero reference. It does not look at the disk: a file that vanished is

@@ -25,6 +25,9 @@ struct NameLimits {
 inline constexpr NameLimits iso9660LevelOneLimits{8, 12, 8};
 inline constexpr NameLimits iso9660LevelTwoLimits{30, 31, 31};
 inline constexpr NameLimits jolietLimits{103, 103, 103};
+/// What fits whatever the characters are; a name below U+0100 could be twice as long.
+inline constexpr NameLimits udfLimits{127, 127, 127};
+inline constexpr NameLimits hfsPlusLimits{255, 255, 255};
 
 /// Compares names as they stand.
 template <typename Unit>
