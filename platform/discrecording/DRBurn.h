@@ -61,6 +61,12 @@ public:
     /// Asks the burn to stop; it ends in state failed with code kDRUserCanceledErr unless it was already over.
     void abort();
 
+    /// Returns when the burn's thread has ended; at once when it was never started. Not to be called by the burn's own
+    /// thread.
+    void waitUntilFinished();
+
+    /// The status as it is now; while the observers of a notification are called, as it was when that was posted, so
+    /// that they see every state in its order. Empty before the start.
     [[nodiscard]] QVariantMap status() const;
     [[nodiscard]] DRBurnAmounts amounts() const;
 

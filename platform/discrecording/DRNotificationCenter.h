@@ -19,6 +19,8 @@ class TESSARON_EXPORT DRNotificationCenter
 {
 public:
     using Handler = std::function<void(DRBurn &sender)>;
+    /// Is given the function that calls the observers, and must call it once.
+    using Around = std::function<void(const std::function<void()> &callObservers)>;
 
     ~DRNotificationCenter();
 
@@ -34,6 +36,9 @@ public:
     /// Schedules a notification on the centre's thread, from any thread. Posts of one sender arrive in order; when the
     /// sender is gone they are dropped.
     void post(const QString &name, const std::weak_ptr<DRBurn> &sender);
+    /// The same; the observers are called through `around`, which runs on the centre's thread. It lets a sender show
+    /// them what was true when the notification was posted.
+    void post(const QString &name, const std::weak_ptr<DRBurn> &sender, Around around);
 
 private:
     class Private;

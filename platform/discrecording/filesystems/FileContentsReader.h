@@ -15,6 +15,10 @@ namespace Tessaron
 [[nodiscard]] NSError readFileContents(int descriptor, const FileContents &file, std::uint64_t offset, void *buffer,
                                        std::uint64_t length);
 
+/// What to say when a read of an open planned file failed with `errnoValue`, or gave no more bytes (0): that the file
+/// has changed, if it has, else that it cannot be read.
+[[nodiscard]] NSError fileContentsReadError(int descriptor, const FileContents &file, int errnoValue);
+
 /// Compares the open file with the plan (size, inode, modification and change time); call it after the last read. The
 /// error names the file and says whether it shrank, grew or changed.
 [[nodiscard]] NSError verifyFileContentsUnchanged(int descriptor, const FileContents &file);

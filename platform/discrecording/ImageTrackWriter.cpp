@@ -1,0 +1,39 @@
+#include "platform/discrecording/ImageTrackWriter.h"
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr std::uint64_t smallestKernelCopy = std::uint64_t(16) << 20;
+
+} // namespace
+
+ImageTrackWriter::ImageTrackWriter(const BlockImage &image, BurnSink &sink, const BurnCancellation &cancellation)
+    : m_image(image)
+    , m_sink(sink)
+    , m_pipeline(image, pipelineOptions(sink), cancellation)
+{
+}
+
+BlockPipeline::Options ImageTrackWriter::pipelineOptions(const BurnSink &sink)
+{
+    BlockPipeline::Options options;
+    options.smallestFileRunLeft = sink.takesFileRuns() ? smallestKernelCopy : 0;
+    return options;
+}
+
+NSError ImageTrackWriter::write()
+{
+    NSError error;
+    while (const BlockPipeline::Piece *const piece = m_pipeline.next(&error)) {
+        error = piece->isFileRun ? m_sink.copyFileRun(m_image.fileContents(piece->run.fileIndex), piece->run)
+                                 : m_sink.writeBlocks(piece->bytes.data(), piece->blockCount, logicalBlockSize);
+        if (error)
+            return error;
+    }
+    return error;
+}
+
+} // namespace Tessaron
