@@ -1,0 +1,102 @@
+#pragma once
+
+#include "platform/discrecording/DRBurn.h"
+#include "platform/discrecording/DRCallbackDevice.h"
+#include "platform/discrecording/DRTrack.h"
+#include "platform/foundation/Export.h"
+#include "platform/foundation/MainThread.h"
+#include "platform/foundation/NSError.h"
+
+#include <QString>
+#include <QVariantMap>
+
+#include <functional>
+#include <memory>
+
+namespace Tessaron
+{
+
+class DRNotificationCenter;
+class DRStorageReport;
+class KRTrackWriter;
+class NSFileHandle;
+
+/// What a track writer reports, on the thread that started the writing. Each function may be empty. A function may let
+/// go of the writer.
+struct KRTrackWriterDelegate {
+    CallbackContext context; ///< its end silences the rest
+    std::function<void(KRTrackWriter &writer, float progress)> KRTrackWriterWritingProgress; ///< above 0, up to 1
+    std::function<void(KRTrackWriter &writer)> KRTrackWriterWritingDidEnd; ///< the file is complete and closed
+    std::function<void(KRTrackWriter &writer)> KRTrackWriterDidCancel; ///< the file is gone
+    /// The file is gone; the error's failure reason is a sentence that says what happened and names the file it
+    /// happened to.
+    std::function<void(KRTrackWriter &writer, const NSError &error)> KRTrackWriterWritingDidFailWithError;
+};
+
+/// Writes a layout into a plain file: runs a burn whose device hands every block that would go to a drive to this
+/// writer, which appends it to the file. Serves one writing.
+///
+/// Made, started and destroyed on one thread, which needs an event loop: the delegate hears on it. Destroying a running
+/// writer cancels it, waits for the burn's thread and removes the file; the delegate hears nothing more.
+class TESSARON_EXPORT KRTrackWriter final : public std::enable_shared_from_this<KRTrackWriter>,
+                                            public DRDeviceConsumer,
+                                            public DRFileDescriptorConsumer
+{
+public:
+    /// Null when the layout is null (no track at all) or the path is a null text.
+    [[nodiscard]] static std::shared_ptr<KRTrackWriter> trackWriterWithTrack(const DRLayout &track,
+                                                                             const QString &path);
+    ~KRTrackWriter() override;
+    KRTrackWriter(const KRTrackWriter &) = delete;
+    KRTrackWriter &operator=(const KRTrackWriter &) = delete;
+
+    /// Starts. Null when the burn was started; its end reaches the delegate. The file must exist and is best empty: it
+    /// is written from its start and in the end is as long as what was written. Errors, both in NSOSStatusErrorDomain:
+    /// -20 with the path under NSFilePathErrorKey when the file cannot be opened, -4960 when there is no burn to be had
+    /// or a writing of this writer runs.
+    [[nodiscard]] NSError writeTrackAndNotifyDelegate(const KRTrackWriterDelegate &delegate);
+
+    /// Asks the running burn to stop; the delegate hears of the cancel. Does nothing when none runs.
+    void cancelTrackWriting();
+
+    /// How far the writing has come, or came.
+    [[nodiscard]] DRBurnAmounts amounts() const;
+    /// What the disc's filesystems cannot hold as it stands; null until the burn has been prepared.
+    [[nodiscard]] std::shared_ptr<const DRStorageReport> storageReport() const;
+
+    /// Takes the status of the burn, as its notification brings it, and tells the delegate.
+    void writeStatus(const QVariantMap &status);
+
+    /// Appends the blocks to the file; the address is ignored. Called on the burn's thread. Returns 0; when the file
+    /// takes no more, the status of that, which fails the burn.
+    OSStatus writeBlocks(const void *buffer, std::uint32_t blockCount, std::uint32_t blockSize,
+                         std::uint32_t atAddress) override;
+    [[nodiscard]] int outputDescriptor() override;
+    void didCopyBlocks(std::uint32_t blockCount, std::uint32_t blockSize) override;
+    [[nodiscard]] int lastWriteErrno() const override { return m_lastWriteErrno; }
+
+private:
+    KRTrackWriter(const DRLayout &track, const QString &path);
+
+    void writingIsDone();
+    void writingHasFailed(const QVariantMap &status);
+    void writingGoesOn(const QString &state, const QVariantMap &status);
+    void forgetBurn();
+    [[nodiscard]] NSError closeOutput();
+    void removeFile() const;
+    template <typename Callback, typename... Arguments>
+    void notify(const Callback &callback, const Arguments &...arguments);
+
+    const DRLayout m_track;
+    const QString m_path;
+    std::shared_ptr<NSFileHandle> m_output; ///< open while writing
+    KRTrackWriterDelegate m_delegate;
+    std::shared_ptr<DRBurn> m_burn; ///< null when none runs
+    std::shared_ptr<DRNotificationCenter> m_center; ///< where the burn is observed
+    int m_lastWriteErrno = 0; ///< the burn thread's
+    // What the burn left when it was let go.
+    DRBurnAmounts m_finalAmounts;
+    std::shared_ptr<const DRStorageReport> m_finalReport;
+};
+
+} // namespace Tessaron

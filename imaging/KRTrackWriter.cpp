@@ -1,0 +1,220 @@
+#include "platform/discrecording/DRNotificationCenter.h"
+#include "platform/discrecording/DescriptorIO.h"
+#include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/NSFileHandle.h"
+#include <TessaronClasses/KRTrackWriter.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+/// Share of the whole that each stage of a burn takes. The writing starts at a third and is clamped to 1: both
+/// factors are what programs that show the progress are made for.
+constexpr double preparingShare = 0.25;
+constexpr double writingShare = 0.75;
+constexpr double writingStart = 0.333;
+
+/// A message with this start comes from a cancelled burn.
+const QString cancelMark = QStringLiteral("0x");
+
+NSError failureWithReason(qint64 code, const QString &reason)
+{
+    return NSError(NSOSStatusErrorDomain, code, {{NSLocalizedFailureReasonErrorKey, reason}});
+}
+
+} // namespace
+
+KRTrackWriter::KRTrackWriter(const DRLayout &track, const QString &path)
+    : m_track(track)
+    , m_path(path)
+{
+}
+
+KRTrackWriter::~KRTrackWriter()
+{
+    if (!m_burn)
+        return;
+    m_burn->abort();
+    m_burn->waitUntilFinished(); // it writes through this object
+    forgetBurn();
+    m_output.reset();
+    removeFile();
+}
+
+std::shared_ptr<KRTrackWriter> KRTrackWriter::trackWriterWithTrack(const DRLayout &track, const QString &path)
+{
+    if (isNullLayout(track) || path.isNull())
+        return nullptr;
+    return std::shared_ptr<KRTrackWriter>(new KRTrackWriter(track, path));
+}
+
+NSError KRTrackWriter::writeTrackAndNotifyDelegate(const KRTrackWriterDelegate &delegate)
+{
+    if (m_burn)
+        return NSError(NSOSStatusErrorDomain, coreFoundationUnknownErr);
+    m_delegate = delegate;
+    m_lastWriteErrno = 0;
+    m_output = NSFileHandle::fileHandleForWritingAtPath(m_path);
+    if (!m_output)
+        return NSError(NSOSStatusErrorDomain, fileOpenErr, {{NSFilePathErrorKey, m_path}});
+    m_burn = DRBurn::burnForDevice(DRCallbackDevice::initWithConsumer(this));
+    if (!m_burn)
+        return NSError(NSOSStatusErrorDomain, coreFoundationUnknownErr);
+    m_center = DRNotificationCenter::currentRunLoopCenter();
+    m_center->addObserver(this, DRBurnStatusChangedNotification, m_burn.get(),
+                          [weakThis = weak_from_this()](DRBurn &sender) {
+                              // Held, so that the delegate may let go of the writer.
+                              if (const std::shared_ptr<KRTrackWriter> writer = weakThis.lock())
+                                  writer->writeStatus(sender.status());
+                          });
+    m_burn->writeLayout(m_track);
+    return {};
+}
+
+void KRTrackWriter::cancelTrackWriting()
+{
+    if (m_burn)
+        m_burn->abort();
+}
+
+DRBurnAmounts KRTrackWriter::amounts() const
+{
+    return m_burn ? m_burn->amounts() : m_finalAmounts;
+}
+
+std::shared_ptr<const DRStorageReport> KRTrackWriter::storageReport() const
+{
+    return m_burn ? m_burn->storageReport() : m_finalReport;
+}
+
+OSStatus KRTrackWriter::writeBlocks(const void *buffer, std::uint32_t blockCount, std::uint32_t blockSize,
+                                    std::uint32_t /*atAddress*/)
+{
+    m_lastWriteErrno = writeFully(m_output->fileDescriptor(), buffer, std::size_t(blockCount) * blockSize);
+    return statusForErrno(m_lastWriteErrno);
+}
+
+int KRTrackWriter::outputDescriptor()
+{
+    return m_output ? m_output->fileDescriptor() : -1;
+}
+
+void KRTrackWriter::didCopyBlocks(std::uint32_t /*blockCount*/, std::uint32_t /*blockSize*/)
+{
+    // The file's own position says how much it holds.
+}
+
+void KRTrackWriter::writeStatus(const QVariantMap &status)
+{
+    const QString state = status.value(DRStatusStateKey).toString();
+    if (state == DRStatusStateDone)
+        writingIsDone();
+    else if (state == DRStatusStateFailed)
+        writingHasFailed(status);
+    else
+        writingGoesOn(state, status);
+}
+
+void KRTrackWriter::writingIsDone()
+{
+    forgetBurn();
+    if (const NSError error = closeOutput()) {
+        // What the disk refuses only now is as lost as what it refuses at once.
+        removeFile();
+        notify(m_delegate.KRTrackWriterWritingDidFailWithError, error);
+    } else {
+        notify(m_delegate.KRTrackWriterWritingDidEnd);
+    }
+}
+
+void KRTrackWriter::writingHasFailed(const QVariantMap &status)
+{
+    forgetBurn();
+    m_output.reset();
+    removeFile();
+    if (!status.contains(DRErrorStatusKey))
+        return;
+    const QVariantMap error = status.value(DRErrorStatusKey).toMap();
+    const QVariant message = error.contains(DRErrorStatusErrorInfoStringKey)
+        ? error.value(DRErrorStatusErrorInfoStringKey)
+        : error.value(DRErrorStatusErrorStringKey);
+    const QVariant code = error.value(DRErrorStatusErrorKey);
+    if (!message.isValid() || message.toString().startsWith(cancelMark) || !code.isValid()
+        || qint32(code.toLongLong()) == kDRUserCanceledErr)
+        notify(m_delegate.KRTrackWriterDidCancel);
+    else
+        notify(m_delegate.KRTrackWriterWritingDidFailWithError,
+               failureWithReason(code.toLongLong(), message.toString()));
+}
+
+void KRTrackWriter::writingGoesOn(const QString &state, const QVariantMap &status)
+{
+    double fraction = status.value(DRStatusPercentCompleteKey).toDouble();
+    if (!(fraction > 0))
+        return;
+    if (state == DRStatusStatePreparing)
+        fraction *= preparingShare;
+    else if (state == DRStatusStateTrackWrite)
+        fraction = fraction * writingShare + writingStart;
+    notify(m_delegate.KRTrackWriterWritingProgress, float(std::min(fraction, 1.0)));
+}
+
+void KRTrackWriter::forgetBurn()
+{
+    if (!m_burn)
+        return;
+    m_finalAmounts = m_burn->amounts();
+    m_finalReport = m_burn->storageReport();
+    m_center->removeObserver(this, DRBurnStatusChangedNotification, m_burn.get());
+    m_burn.reset();
+}
+
+/// Ends the file where the writing ended, should it have been longer before.
+NSError KRTrackWriter::closeOutput()
+{
+    if (!m_output)
+        return {};
+    const std::shared_ptr<NSFileHandle> output = std::exchange(m_output, nullptr);
+    const int descriptor = output->fileDescriptor();
+    struct stat status;
+    const off_t end = ::lseek(descriptor, 0, SEEK_CUR);
+    const bool isTooLong =
+        end >= 0 && ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > end;
+    int failure = isTooLong && ::ftruncate(descriptor, end) != 0 ? errno : 0;
+    const NSError closing = output->closeFile();
+    if (!closing && failure == 0)
+        return {};
+    const QString reason =
+        closing ? closing.localizedFailureReason() : QString::fromStdString(std::generic_category().message(failure));
+    return failureWithReason(closing ? closing.code() : statusForErrno(failure),
+                             QStringLiteral("“%1” could not be finished: %2. Check the disk, or write to another one.")
+                                 .arg(displayableText(m_path), reason));
+}
+
+/// Removes the partly written file. A device that was written to is none, and stays.
+void KRTrackWriter::removeFile() const
+{
+    const QByteArray path = fileSystemRepresentation(m_path);
+    struct stat status;
+    if (::lstat(path.constData(), &status) == 0 && (S_ISREG(status.st_mode) || S_ISLNK(status.st_mode)))
+        ::unlink(path.constData());
+}
+
+template <typename Callback, typename... Arguments>
+void KRTrackWriter::notify(const Callback &callback, const Arguments &...arguments)
+{
+    if (!callback || !m_delegate.context.isAlive())
+        return;
+    const Callback called = callback; // it may start the next writing, which replaces the delegate
+    called(*this, arguments...);
+}
+
+} // namespace Tessaron
