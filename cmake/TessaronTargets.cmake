@@ -17,7 +17,7 @@ target_compile_options(tessaron_options INTERFACE
 target_compile_definitions(tessaron_options INTERFACE
     _FILE_OFFSET_BITS=64
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
-    QT_NO_KEYWORDS QT_NO_FOREACH QT_USE_QSTRINGBUILDER)
+    QT_NO_KEYWORDS QT_NO_FOREACH)
 
 if(TESSARON_SANITIZE)
     string(REPLACE ";" "," _sanitizers "${TESSARON_SANITIZE}")
