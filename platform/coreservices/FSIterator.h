@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/coreservices/FSCatalog.h"
+#include "platform/foundation/UniqueDescriptor.h"
+
+#include <QByteArray>
+
+#include <string_view>
+#include <vector>
+
+namespace Tessaron
+{
+
+/// The open listing behind FSOpenIterator() and FSGetCatalogInfoBulk(). Reads the folder's records in pieces of 32 KiB
+/// and asks for each entry's facts relative to the folder's descriptor.
+class FSIterator
+{
+public:
+    explicit FSIterator(const FSRef &container);
+    ~FSIterator();
+    FSIterator(const FSIterator &) = delete;
+    FSIterator &operator=(const FSIterator &) = delete;
+
+    /// Opens the folder, relative to the listing of the folder that holds it when that is given and open, which makes
+    /// opening cheap at any depth. 0 or an `errno` value.
+    [[nodiscard]] int open(const FSIterator *parent);
+
+    /// See FSGetCatalogInfoBulk().
+    [[nodiscard]] OSStatus next(std::uint32_t maximum, std::uint32_t *actual, std::uint32_t whichInfo,
+                                FSBulkEntry *entries);
+
+    /// Gives back the descriptor and keeps the rest of the names in memory; next() opens the folder again when it must.
+    /// For walks through deep trees, which would run out of descriptors.
+    void releaseDescriptor();
+
+private:
+    [[nodiscard]] int openChecked(const FSIterator *parent);
+    [[nodiscard]] bool hasRecords() const { return m_at < m_records.size(); }
+    [[nodiscard]] int readRecords();
+    [[nodiscard]] std::size_t takeNames(std::string_view *names, std::size_t most);
+    [[nodiscard]] int fetch(const std::string_view *names, std::size_t count, std::uint32_t whichInfo,
+                            FSBulkEntry *entries, std::uint32_t *actual);
+
+    FSRef m_container;
+    std::uint32_t m_node = 0; ///< the folder's place; the parent of what is listed
+    UniqueDescriptor m_folder;
+    QByteArray m_path; ///< for attributes on kernels that need a path
+    std::vector<char> m_records; ///< as read, up to the last whole record
+    std::size_t m_at = 0; ///< the next record
+    bool m_isAtEnd = false; ///< the folder holds no further records than these
+    bool m_keepsAttributes = true;
+};
+
+/// FSOpenIterator() with the open listing of the folder above, which may be null.
+[[nodiscard]] TESSARON_EXPORT std::shared_ptr<FSIterator>
+FSOpenIteratorBelow(const FSRef &container, const FSIterator *parent, OSStatus *status);
+
+} // namespace Tessaron

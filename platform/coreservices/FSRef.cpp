@@ -1,0 +1,102 @@
+#include "platform/coreservices/FSRef.h"
+
+#include "platform/coreservices/AbsolutePath.h"
+#include "platform/coreservices/FileLocator.h"
+#include "platform/coreservices/FilePlaces.h"
+#include "platform/coreservices/NodeTable.h"
+#include "platform/coreservices/PathAccess.h"
+#include "platform/foundation/NSError.h"
+
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+/// Notes what the folders above a node are, so that the file is found again when one of them is renamed. Only folders
+/// not yet known cost a system call.
+void noteFoldersAbove(std::uint32_t node)
+{
+    const NodeTable &table = NodeTable::shared();
+    FilePlaces &places = FilePlaces::shared();
+    for (std::uint32_t at = table.parentOf(node); at > NodeTable::root; at = table.parentOf(at)) {
+        if (!places.isFolderInDoubt(at))
+            continue;
+        struct statx facts;
+        if (statPath(pathOfNode(at), identityFields, &facts) == 0)
+            places.noteFolder(at, identityOf(refWithFacts(facts, at)));
+    }
+}
+
+OSStatus makeRef(const QByteArray &absolutePath, FSRef *ref, bool *isDirectory)
+{
+    struct statx facts;
+    if (const int error = statPath(absolutePath, identityFields, &facts))
+        return statusForErrno(error);
+    const std::uint32_t node = nodeOfPath(absolutePath);
+    if (node == NodeTable::none)
+        return memFullErr;
+    noteFoldersAbove(node);
+    const FSRef made = refWithFacts(facts, node);
+    const bool isFolder = S_ISDIR(facts.stx_mode);
+    if (isFolder && node != NodeTable::root && FilePlaces::shared().isFolderInDoubt(node))
+        FilePlaces::shared().noteFolder(node, identityOf(made));
+    *ref = made;
+    if (isDirectory)
+        *isDirectory = isFolder;
+    return noErr;
+}
+
+} // namespace
+
+OSStatus FSPathMakeRefWithOptions(const QByteArray &path, std::uint32_t options, FSRef *ref, bool *isDirectory)
+{
+    if (!ref)
+        return paramErr;
+    const LeafLink leaf = options & kFSPathMakeRefDoNotFollowLeafSymlink ? LeafLink::NotFollowed : LeafLink::Followed;
+    QByteArray absolute;
+    if (const int error = makeAbsolutePath(path, leaf, &absolute))
+        return statusForErrno(error);
+    return makeRef(absolute, ref, isDirectory);
+}
+
+OSStatus FSPathMakeRef(const QByteArray &path, FSRef *ref, bool *isDirectory)
+{
+    return FSPathMakeRefWithOptions(path, kFSPathMakeRefDefaultOptions, ref, isDirectory);
+}
+
+OSStatus FSRefMakePath(const FSRef *ref, char *buffer, std::uint32_t bufferSize)
+{
+    if (!ref || !buffer)
+        return paramErr;
+    QByteArray path;
+    if (const int error = locateFile(*ref, 0, nullptr, &path))
+        return statusForErrno(error);
+    if (path.size() >= static_cast<qsizetype>(bufferSize))
+        return bdNamErr;
+    std::memcpy(buffer, path.constData(), static_cast<std::size_t>(path.size()) + 1);
+    return noErr;
+}
+
+QByteArray lastKnownPath(const FSRef &ref)
+{
+    return pathOfNode(FilePlaces::shared().currentNode(ref));
+}
+
+OSStatus FSMakeFSRefForChild(const FSRef &parent, const QByteArray &name, FSRef *child)
+{
+    if (!child || name.isEmpty() || name == "." || name == ".." || name.contains('/') || name.contains('\0'))
+        return paramErr;
+    QByteArray path;
+    if (const int error = locateFile(parent, 0, nullptr, &path))
+        return statusForErrno(error);
+    if (!path.endsWith('/'))
+        path += '/';
+    return makeRef(path + name, child, nullptr);
+}
+
+} // namespace Tessaron

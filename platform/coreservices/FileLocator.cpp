@@ -1,0 +1,251 @@
+#include "platform/coreservices/FileLocator.h"
+
+#include "platform/coreservices/FilePlaces.h"
+#include "platform/coreservices/NodeTable.h"
+#include "platform/coreservices/PathAccess.h"
+#include "platform/coreservices/VolumeFacts.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+struct DirectoryCloser {
+    void operator()(DIR *directory) const { ::closedir(directory); }
+};
+
+/// Names of one folder by inode.
+struct FolderListing {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    statx_timestamp changed = {};
+    std::vector<std::pair<std::uint64_t, std::uint32_t>> names; ///< inode and offset in `text`, sorted
+    std::string text; ///< the names, each followed by a NUL
+
+    [[nodiscard]] bool isOf(const struct statx &facts) const
+    {
+        return device == deviceOf(facts) && inode == facts.stx_ino && changed.tv_sec == facts.stx_mtime.tv_sec
+            && changed.tv_nsec == facts.stx_mtime.tv_nsec;
+    }
+};
+
+FolderListing listFolder(UniqueDescriptor folder, const struct statx &facts)
+{
+    FolderListing listing;
+    const std::unique_ptr<DIR, DirectoryCloser> directory(::fdopendir(folder.get()));
+    if (!directory)
+        return listing;
+    (void)folder.release();
+    while (const dirent *const entry = ::readdir(directory.get())) {
+        listing.names.emplace_back(entry->d_ino, static_cast<std::uint32_t>(listing.text.size()));
+        listing.text.append(entry->d_name, std::strlen(entry->d_name) + 1);
+    }
+    std::sort(listing.names.begin(), listing.names.end());
+    listing.device = deviceOf(facts);
+    listing.inode = facts.stx_ino;
+    listing.changed = facts.stx_mtime;
+    return listing;
+}
+
+QByteArray parentPath(const QByteArray &path)
+{
+    const qsizetype slash = path.lastIndexOf('/');
+    return slash <= 0 ? QByteArray("/") : path.left(slash);
+}
+
+QByteArray childPath(const QByteArray &folder, QByteArrayView name)
+{
+    QByteArray path = folder;
+    if (!path.endsWith('/'))
+        path += '/';
+    return path.append(name);
+}
+
+/// One reference being looked for.
+class Search
+{
+public:
+    Search(const FSRef &ref, unsigned int mask)
+        : m_ref(ref)
+        , m_mask(mask | identityFields)
+    {
+    }
+
+    [[nodiscard]] bool isAt(const QByteArray &path)
+    {
+        if (path.isEmpty() || statPath(path, m_mask, &m_facts) != 0 || !isSameFile(m_ref, m_facts))
+            return false;
+        m_path = path;
+        return true;
+    }
+
+    /// Tries the places in turn, and remembers the one that is right.
+    [[nodiscard]] bool findElsewhere()
+    {
+        bool isGone = false;
+        if (!findByInode(&isGone) && (isGone || (!findInFolder() && !findAlongMovedFolders())))
+            return false;
+        const std::uint32_t node = nodeOfPath(m_path);
+        if (node != NodeTable::none)
+            FilePlaces::shared().noteMove(identityOf(m_ref), m_ref.node, node, S_ISDIR(m_facts.stx_mode));
+        return true;
+    }
+
+    [[nodiscard]] const struct statx &facts() const { return m_facts; }
+    [[nodiscard]] const QByteArray &path() const { return m_path; }
+
+private:
+    [[nodiscard]] bool findByInode(bool *isGone);
+    [[nodiscard]] bool findInFolder();
+    [[nodiscard]] bool findAlongMovedFolders();
+
+    const FSRef &m_ref;
+    const unsigned int m_mask;
+    struct statx m_facts = {};
+    QByteArray m_path;
+};
+
+bool Search::findByInode(bool *isGone)
+{
+    // The nearest folder on the way that still exists opens the volume.
+    QByteArray folder = parentPath(lastKnownPath(m_ref));
+    UniqueDescriptor descriptor;
+    for (int error = 0; !(descriptor = openPath(folder, O_RDONLY | O_DIRECTORY | O_NONBLOCK, &error));) {
+        if (folder.size() <= 1)
+            return false;
+        folder = parentPath(folder);
+    }
+    struct statx facts;
+    if (statDescriptor(descriptor.get(), STATX_INO, &facts) != 0 || deviceOf(facts) != m_ref.device)
+        return false;
+    const QByteArray path = pathOfInode(descriptor.get(), m_ref.inode, isGone);
+    if (path.isEmpty())
+        return false;
+    // The system names no symbolic links on the way; keep the way that the program knows where it leads there, too.
+    return isAt(childPath(folder, path.sliced(path.lastIndexOf('/') + 1))) || isAt(path);
+}
+
+bool Search::findInFolder()
+{
+    const QByteArray folder = parentPath(lastKnownPath(m_ref));
+    const QByteArray name = nameOfInodeInFolder(folder, m_ref.inode);
+    return !name.isEmpty() && isAt(childPath(folder, name));
+}
+
+/// Goes down from the root folder and looks for each folder that is not where it was.
+bool Search::findAlongMovedFolders()
+{
+    const NodeTable &table = NodeTable::shared();
+    FilePlaces &places = FilePlaces::shared();
+    std::vector<std::uint32_t> chain; // the reference's node first
+    for (std::uint32_t at = m_ref.node; at > NodeTable::root; at = table.parentOf(at))
+        chain.push_back(at);
+    for (std::size_t index = chain.size(); index-- > 1;) {
+        for (const FileIdentity &identity : places.foldersAt(chain[index])) {
+            FSRef folder;
+            folder.device = identity.device;
+            folder.inode = identity.inode;
+            folder.birthSeconds = identity.birthSeconds;
+            folder.birthNanoseconds = identity.birthNanoseconds;
+            folder.node = chain[index];
+            Search search(folder, 0);
+            bool isGone = false;
+            if (search.isAt(lastKnownPath(folder)) && places.currentNode(folder) == folder.node)
+                continue;
+            if (search.path().isEmpty()) {
+                if (!search.findByInode(&isGone) && (isGone || !search.findInFolder()))
+                    continue;
+                places.noteMove(identity, folder.node, nodeOfPath(search.path()), true);
+            }
+            QByteArray path = search.path();
+            for (std::size_t below = index; below-- > 0;) {
+                const std::string_view name = table.nameOf(chain[below]);
+                path = childPath(path, QByteArrayView(name.data(), static_cast<qsizetype>(name.size())));
+            }
+            if (isAt(path))
+                return true;
+        }
+    }
+    return isAt(lastKnownPath(m_ref)) || findInFolder();
+}
+
+} // namespace
+
+int locateFile(const FSRef &ref, unsigned int mask, struct statx *facts, QByteArray *path)
+{
+    if (ref.node == NodeTable::none)
+        return ENOENT;
+    const QByteArray known = lastKnownPath(ref);
+    if (known.isEmpty())
+        return ENOENT;
+    struct statx found;
+    const int error = statPath(known, mask | identityFields, &found);
+    if (error == 0 && isSameFile(ref, found)) {
+        if (facts)
+            *facts = found;
+        if (path)
+            *path = known;
+        return 0;
+    }
+    if (error != 0 && error != ENOENT && error != ENOTDIR)
+        return error;
+    Search search(ref, mask);
+    if (!search.findElsewhere())
+        return ENOENT;
+    if (facts)
+        *facts = search.facts();
+    if (path)
+        *path = search.path();
+    return 0;
+}
+
+QByteArray pathOfInode(int folderOnVolume, std::uint64_t inode, bool *isGone)
+{
+    *isGone = false;
+    if (!volumeFindsInodes(folderOnVolume) || inode > UINT32_MAX)
+        return {};
+    // A handle of 8 bytes of the type with inode and generation (FILEID_INO32_GEN); generation 0 means any.
+    std::array<std::uint32_t, 4> handle = {8, 1, static_cast<std::uint32_t>(inode), 0};
+    const UniqueDescriptor found(::open_by_handle_at(folderOnVolume, reinterpret_cast<file_handle *>(handle.data()),
+                                                     O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (!found) {
+        *isGone = errno == ESTALE;
+        return {};
+    }
+    QByteArray path;
+    if (readLinkBelow(AT_FDCWD, pathOfDescriptor(found.get()), &path) != 0 || !path.startsWith('/'))
+        return {};
+    return path;
+}
+
+QByteArray nameOfInodeInFolder(const QByteArray &folderPath, std::uint64_t inode)
+{
+    static std::mutex mutex;
+    static FolderListing *const last = new FolderListing; // guarded by the mutex; kept to the very end of the process
+    int error = 0;
+    UniqueDescriptor folder = openPath(folderPath, O_RDONLY | O_DIRECTORY | O_NONBLOCK, &error);
+    struct statx facts;
+    if (!folder || statDescriptor(folder.get(), STATX_INO | STATX_MTIME, &facts) != 0)
+        return {};
+    const std::lock_guard lock(mutex);
+    if (!last->isOf(facts))
+        *last = listFolder(std::move(folder), facts);
+    const auto found = std::lower_bound(last->names.begin(), last->names.end(), std::pair(inode, std::uint32_t(0)));
+    if (found == last->names.end() || found->first != inode)
+        return {};
+    return QByteArray(last->text.data() + found->second);
+}
+
+} // namespace Tessaron
