@@ -21,8 +21,9 @@ class DRFolder;
 class KRFileHierarchyItem;
 class KRFileReference;
 
-/// Who hears of a layout creation. Every callback comes on the main thread, the last one when the worker has ended; none
-/// comes once `context` is gone. The item is alive during the call, also when the callback drops the last pointer to it.
+/// Who hears of a layout creation. Every callback comes on the main thread, the last one when the worker has ended;
+/// none comes once `context` is gone. The item is alive during the call, also when the callback drops the last pointer
+/// to it.
 ///
 /// A record without any callback stands for no target.
 struct KRFileHierarchyItemLayoutTarget {
@@ -86,7 +87,8 @@ public:
     /// std::logic_error.
     [[nodiscard]] Walk walk() const;
 
-    /// Sets the child's parent to this item and appends it. A null item is ignored, as it is below.
+    /// Sets the child's parent to this item and appends it. Ignored for null and for an item that is this one or
+    /// holds it, as it is below.
     void addItem(const std::shared_ptr<KRFileHierarchyItem> &item);
     /// Sets the child's parent and inserts it. A negative index counts as 0, one beyond the count as the count.
     void insertItem(const std::shared_ptr<KRFileHierarchyItem> &item, std::int64_t atIndex);
@@ -120,7 +122,6 @@ public:
 
 private:
     struct LayoutCreation; ///< what a running creation needs
-    struct LayoutBuilder;
 
     void _beginLayoutCreationOnThread();
     std::shared_ptr<DRFSObject> _createDRLayoutForItem(KRFileHierarchyItem *item, DRFolder *addToFolder,
@@ -130,7 +131,7 @@ private:
     void _notifyTargetOfProgress(float progress);
     void _notifyTargetWeAreFinished(const std::shared_ptr<DRFolder> &folder);
     void _notifyTargetWeCanceled();
-    KRFileHierarchyItemLayoutTarget endLayoutCreation();
+    std::shared_ptr<const KRFileHierarchyItemLayoutTarget> endLayoutCreation();
 
     std::shared_ptr<KRFileReference> m_fileReference;
     Items m_items;

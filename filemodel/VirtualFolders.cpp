@@ -1,0 +1,58 @@
+#include "platform/coreservices/FSCatalog.h"
+#include "platform/coreservices/FSRefAccess.h"
+#include "platform/discrecording/DRFile.h"
+#include "platform/discrecording/DRFolder.h"
+#include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/FileSystemRepresentation.h"
+#include <TessaronClasses/KRFileReference.h>
+#include <TessaronClasses/VirtualFolders.h>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+/// Where the Finder flags lie in the 16 bytes of Finder information, for files and folders alike.
+constexpr std::size_t finderFlagsOffset = 8;
+
+} // namespace
+
+std::shared_ptr<DRFolder> virtualFolderWithPath(const QString &path)
+{
+    FSRef ref;
+    bool isDirectory = false;
+    if (FSPathMakeRef(fileSystemRepresentation(path), &ref, &isDirectory) != noErr || !isDirectory)
+        return nullptr;
+    return virtualFolderWithFSRef(ref);
+}
+
+std::shared_ptr<DRFolder> virtualFolderWithFSRef(const FSRef &ref)
+{
+    const std::shared_ptr<KRFileReference> reference = KRFileReference::initWithFSRef(ref);
+    return reference ? virtualFolderWithFileReference(reference) : nullptr;
+}
+
+std::shared_ptr<DRFolder> virtualFolderWithFileReference(const std::shared_ptr<KRFileReference> &reference)
+{
+    const FSRef &ref = *reference->fileRef();
+    QString name = reference->name();
+    if (name.isNull())
+        name = stringWithFileSystemRepresentation(nameOfFSRef(ref));
+    std::shared_ptr<DRFolder> folder = DRFolderCreateVirtual(name);
+    if (reference->isVirtual())
+        return folder;
+    folder->setSourceRef(ref);
+
+    FSCatalogInfo info;
+    if (FSGetCatalogInfo(&ref, kFSCatInfoFinderInfo, &info) == noErr) {
+        const auto flags = static_cast<std::int16_t>(loadBigEndian<std::uint16_t>(info.finderInfo + finderFlagsOffset));
+        folder->setProperty(int(flags), DRMacFinderFlags, DRAllFilesystems);
+    }
+    FSRef icon;
+    if (FSMakeFSRefForChild(ref, QByteArrayLiteral("Icon\r"), &icon) == noErr)
+        folder->addChild(DRFileCreateReal(&icon));
+    return folder;
+}
+
+} // namespace Tessaron
