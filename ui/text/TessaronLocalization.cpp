@@ -1,0 +1,88 @@
+#include "platform/foundation/NSBundle.h"
+#include <TessaronClasses/DiscNames.h>
+#include <TessaronClasses/ErrorHelpers.h>
+#include <TessaronClasses/TessaronLocalization.h>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+/// Fills in "%@" and "%d" wherever they stand; what is filled in is not looked at again. "%%" is a percent sign.
+QString filled(const QString &format, const QString &name, int count)
+{
+    QString result;
+    for (qsizetype at = 0; at < format.size(); ++at) {
+        const QChar kind = format[at] == u'%' && at + 1 < format.size() ? format[at + 1] : QChar();
+        if (kind == u'@')
+            result += name;
+        else if (kind == u'd')
+            result += QString::number(count);
+        else if (kind == u'%')
+            result += u'%';
+        else {
+            result += format[at];
+            continue;
+        }
+        ++at;
+    }
+    return result;
+}
+
+QString mainBundleText(const QString &key)
+{
+    return NSBundle::mainBundle()->localizedString(key);
+}
+
+/// The text under the key in the file manager's table, or the default without such a table.
+QString finderText(const QString &key, const QString &defaultText)
+{
+    const std::shared_ptr<NSBundle> finder = _finderBundle();
+    return finder ? finder->localizedString(key, {}, QStringLiteral("Localizable")) : defaultText;
+}
+
+} // namespace
+
+QString localizedStringForFS(const QString &fileSystemKey, int count)
+{
+    if (count == 0 || fileSystemKey.isNull())
+        return {};
+    const QString key = count == 1 ? QStringLiteral("1 %type% track") : QStringLiteral("n %type% tracks");
+    return filled(mainBundleText(key), mainBundleText(fileSystemKey), count);
+}
+
+QString localizedDiscImageNameForTessaronDiscImageFormat(TessaronDiscImageFormat format)
+{
+    const QString extension = extensionForTessaronDiscImageFormat(format);
+    if (extension.isNull())
+        return {};
+    return mainBundleText(QStringLiteral("disc image type ") + extension);
+}
+
+QString untitledFolderLocalizedString()
+{
+    return finderText(QStringLiteral("N2"), QStringLiteral("untitled folder"));
+}
+
+QString untitledDiscLocalizedString()
+{
+    const QString key = QStringLiteral("untitled disc");
+    const QString text = NSBundle::frameworkBundle()->localizedString(key, {}, QStringLiteral("framework-localizable"));
+    if (text != key)
+        return text;
+    if (!_finderBundle())
+        return key;
+    QString format = finderText(QStringLiteral("BN20.1"), {});
+    const QString name = finderText(QStringLiteral("BN20.2"), {});
+    return filled(format.replace(QStringLiteral("^0"), QStringLiteral("%@")), name, 0);
+}
+
+QString burnLocalizedString()
+{
+    const QString key = QStringLiteral("toolbar burn");
+    const QString text = mainBundleText(key);
+    return text != key ? text : finderText(QStringLiteral("BN7"), QStringLiteral("burn"));
+}
+
+} // namespace Tessaron
