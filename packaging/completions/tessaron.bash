@@ -1,0 +1,56 @@
+# Completion of the command tessaron for bash.
+
+_tessaron_options() {
+    case $1 in
+    image)
+        echo "-o --output --format -n --name --filesystems --strict --progress --json -q --quiet -v --verbose" \
+            "-h --help --version"
+        ;;
+    scan) echo "--progress --json -q --quiet -v --verbose -h --help --version" ;;
+    *) echo "-h --help --version" ;;
+    esac
+}
+
+# The values of an option; nothing for one that takes a file or free text.
+_tessaron_values() {
+    case $1 in
+    --format) echo "iso bin" ;;
+    --filesystems) echo "iso9660 iso9660,joliet" ;;
+    --progress) echo "auto bar json none" ;;
+    esac
+}
+
+_tessaron_complete_paths() {
+    compopt -o filenames 2>/dev/null
+    mapfile -t COMPREPLY < <(compgen -f -- "$1")
+}
+
+_tessaron() {
+    local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} command='' values
+    COMPREPLY=()
+    ((COMP_CWORD > 1)) && command=${COMP_WORDS[1]}
+
+    # "=" is a word of its own for readline: --format=i are three words.
+    if [[ $word == "=" ]]; then
+        word=
+    elif [[ $previous == "=" ]]; then
+        previous=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
+
+    values=$(_tessaron_values "$previous")
+    if [[ -n $values ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$values" -- "$word")
+    elif [[ $previous == -n || $previous == --name ]]; then
+        return
+    elif [[ $previous == -o || $previous == --output ]]; then
+        _tessaron_complete_paths "$word"
+    elif [[ $word == -* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$(_tessaron_options "$command")" -- "$word")
+    elif ((COMP_CWORD == 1)); then
+        mapfile -t COMPREPLY < <(compgen -W "image scan" -- "$word")
+    else
+        _tessaron_complete_paths "$word"
+    fi
+}
+
+complete -F _tessaron tessaron

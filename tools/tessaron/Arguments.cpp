@@ -1,0 +1,284 @@
+#include "tools/tessaron/Arguments.h"
+
+#include "platform/foundation/FileSystemRepresentation.h"
+#include "tools/tessaron/OptionTable.h"
+#include "tools/tessaron/Text.h"
+
+namespace Tessaron::Tool
+{
+
+namespace
+{
+
+/// Takes one value after the other from the words of a command.
+class Parser
+{
+public:
+    Parser(const QList<QByteArray> &words, Arguments &arguments)
+        : m_words(words)
+        , m_arguments(arguments)
+    {
+    }
+
+    /// Reads all words; false when one makes no sense (the usage error is set then).
+    bool parse();
+
+private:
+    bool parseLongOption(const QByteArray &word);
+    bool parseShortOptions(const QByteArray &word);
+    bool apply(const OptionDescription &option, const QByteArray &shownName, const QByteArray &value);
+    bool takeValue(const QByteArray &shownName, QByteArray *value);
+    bool setProgress(const QByteArray &value);
+    bool setFormat(const QByteArray &value);
+    bool setFilesystems(const QByteArray &value);
+    bool fail(const QString &message);
+
+    const QList<QByteArray> &m_words;
+    qsizetype m_next = 0;
+    Arguments &m_arguments;
+
+public:
+    bool hasFormat = false;
+    bool wantsHelp = false;
+    bool wantsVersion = false;
+};
+
+QString text(const QByteArray &bytes)
+{
+    return stringWithFileSystemRepresentation(bytes);
+}
+
+bool Parser::fail(const QString &message)
+{
+    m_arguments.usageError = message;
+    return false;
+}
+
+bool Parser::parse()
+{
+    bool optionsHaveEnded = false;
+    while (m_next < m_words.size()) {
+        const QByteArray word = m_words[m_next++];
+        if (optionsHaveEnded || !word.startsWith('-') || word == "-") {
+            if (word.isEmpty())
+                return fail(QStringLiteral("a PATH is empty"));
+            m_arguments.paths.append(word);
+        } else if (word == "--") {
+            optionsHaveEnded = true;
+        } else if (!(word.startsWith("--") ? parseLongOption(word) : parseShortOptions(word))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Parser::parseLongOption(const QByteArray &word)
+{
+    const qsizetype equals = word.indexOf('=');
+    const QByteArray name = equals < 0 ? word : word.left(equals);
+    const OptionDescription *const option = findOption(m_arguments.command, name.mid(2));
+    if (option == nullptr)
+        return fail(QStringLiteral("there is no option %1").arg(quoted(name)));
+    if (option->valueName == nullptr) {
+        if (equals >= 0)
+            return fail(QStringLiteral("the option %1 takes no value").arg(text(name)));
+        return apply(*option, name, {});
+    }
+    QByteArray value = word.mid(equals + 1);
+    if (equals < 0 && !takeValue(name, &value))
+        return false;
+    return apply(*option, name, value);
+}
+
+bool Parser::parseShortOptions(const QByteArray &word)
+{
+    for (qsizetype position = 1; position < word.size(); ++position) {
+        const QByteArray shownName = QByteArray("-") + word[position];
+        const OptionDescription *const option = findOption(m_arguments.command, word[position]);
+        if (option == nullptr)
+            return fail(QStringLiteral("there is no option %1").arg(quoted(shownName)));
+        if (option->valueName == nullptr) {
+            if (!apply(*option, shownName, {}))
+                return false;
+            continue;
+        }
+        QByteArray value = word.mid(position + 1); // -oOUT
+        if (value.isEmpty() && !takeValue(shownName, &value))
+            return false;
+        return apply(*option, shownName, value);
+    }
+    return true;
+}
+
+bool Parser::takeValue(const QByteArray &shownName, QByteArray *value)
+{
+    if (m_next >= m_words.size())
+        return fail(QStringLiteral("the option %1 needs a value").arg(text(shownName)));
+    *value = m_words[m_next++];
+    return true;
+}
+
+bool Parser::apply(const OptionDescription &option, const QByteArray &shownName, const QByteArray &value)
+{
+    if (option.valueName != nullptr && value.isEmpty())
+        return fail(QStringLiteral("the value of %1 is empty").arg(text(shownName)));
+    switch (option.option) {
+    case Option::Help:
+        wantsHelp = true;
+        return true;
+    case Option::Version:
+        wantsVersion = true;
+        return true;
+    case Option::Json:
+        m_arguments.json = true;
+        return true;
+    case Option::Quiet:
+        m_arguments.verbosity = Verbosity::Quiet;
+        return true;
+    case Option::Verbose:
+        m_arguments.verbosity = Verbosity::Verbose;
+        return true;
+    case Option::Strict:
+        m_arguments.strict = true;
+        return true;
+    case Option::Output:
+        m_arguments.output = value;
+        return true;
+    case Option::Name:
+        m_arguments.volumeName = text(value);
+        return true;
+    case Option::Progress:
+        return setProgress(value);
+    case Option::Format:
+        return setFormat(value);
+    case Option::Filesystems:
+        return setFilesystems(value);
+    }
+    return true;
+}
+
+bool Parser::setProgress(const QByteArray &value)
+{
+    if (value == "auto")
+        m_arguments.progress = ProgressMode::Auto;
+    else if (value == "bar")
+        m_arguments.progress = ProgressMode::Bar;
+    else if (value == "json")
+        m_arguments.progress = ProgressMode::Json;
+    else if (value == "none")
+        m_arguments.progress = ProgressMode::None;
+    else
+        return fail(QStringLiteral("%1 is no kind of progress; use auto, bar, json or none").arg(quoted(value)));
+    return true;
+}
+
+bool Parser::setFormat(const QByteArray &value)
+{
+    if (value == "iso")
+        m_arguments.format = ImageFormat::Iso;
+    else if (value == "bin")
+        m_arguments.format = ImageFormat::Bin;
+    else
+        return fail(QStringLiteral("%1 is no image format; use iso or bin").arg(quoted(value)));
+    hasFormat = true;
+    return true;
+}
+
+bool Parser::setFilesystems(const QByteArray &value)
+{
+    DRFilesystemMask mask = 0;
+    for (const QByteArray &name : value.split(',')) {
+        if (name == "iso9660")
+            mask |= DRFilesystemInclusionMaskISO9660;
+        else if (name == "joliet")
+            mask |= DRFilesystemInclusionMaskJoliet;
+        else if (name == "udf" || name == "hfs+")
+            return fail(QStringLiteral("the filesystem %1 is not available in this version; use iso9660 and joliet")
+                            .arg(text(name)));
+        else if (name == "rockridge")
+            return fail(QStringLiteral("rockridge needs no mention: it always goes with iso9660"));
+        else
+            return fail(QStringLiteral("there is no filesystem %1; use iso9660, or iso9660,joliet").arg(quoted(name)));
+    }
+    if ((mask & DRFilesystemInclusionMaskISO9660) == 0)
+        return fail(QStringLiteral("joliet cannot stand alone; use iso9660,joliet"));
+    m_arguments.filesystems = mask;
+    return true;
+}
+
+QString checkScan(const Arguments &arguments)
+{
+    return arguments.paths.isEmpty() ? QStringLiteral("no PATH was given") : QString();
+}
+
+QString checkImage(Arguments &arguments, bool hasFormat)
+{
+    if (arguments.paths.isEmpty())
+        return QStringLiteral("no PATH was given: name the folders and files that go into the image");
+    if (arguments.output.isEmpty())
+        return QStringLiteral("no output was given: name the image file with -o OUT");
+    const QByteArray name = lastComponent(arguments.output);
+    if (!hasFormat && name.toLower().endsWith(".bin"))
+        arguments.format = ImageFormat::Bin;
+    if (arguments.format == ImageFormat::Iso)
+        return {};
+    if (name.contains('"') || name.contains('\n') || name.contains('\r'))
+        return QStringLiteral("the name %1 cannot stand in a cue sheet; use one without quotes and line breaks")
+            .arg(quoted(name));
+    if (name.toLower().endsWith(".cue"))
+        return QStringLiteral("%1 is the name of the cue sheet; use the name of the image, ending in .bin")
+            .arg(quoted(name));
+    return {};
+}
+
+Arguments withUsageError(Arguments arguments, const QString &message)
+{
+    arguments.action = Arguments::Action::ReportUsageError;
+    arguments.usageError = message;
+    return arguments;
+}
+
+/// The command's name and what stands before it.
+bool isCommand(const QByteArray &word)
+{
+    return word == "scan" || word == "image";
+}
+
+} // namespace
+
+Arguments parseArguments(const QList<QByteArray> &words)
+{
+    Arguments result;
+    if (words.isEmpty())
+        return withUsageError(result, QStringLiteral("no command was given"));
+    QList<QByteArray> rest = words;
+    if (isCommand(words.first()))
+        result.command = rest.takeFirst();
+    else if (!words.first().startsWith('-'))
+        return withUsageError(result, QStringLiteral("there is no command %1").arg(quoted(words.first())));
+
+    // Also for a command line that makes no sense later on: a program that asked for JSON gets JSON.
+    for (const QByteArray &word : std::as_const(rest)) {
+        if (word == "--")
+            break;
+        result.json = result.json || (word == "--json" && !result.command.isEmpty());
+    }
+
+    Parser parser(rest, result);
+    if (!parser.parse())
+        return withUsageError(result, result.usageError);
+    if (parser.wantsHelp || parser.wantsVersion) {
+        result.action = parser.wantsHelp ? Arguments::Action::ShowHelp : Arguments::Action::ShowVersion;
+        return result;
+    }
+    if (result.command.isEmpty())
+        return withUsageError(result, QStringLiteral("no command was given"));
+    const bool isScan = result.command == "scan";
+    const QString error = isScan ? checkScan(result) : checkImage(result, parser.hasFormat);
+    if (!error.isEmpty())
+        return withUsageError(result, error);
+    result.action = isScan ? Arguments::Action::Scan : Arguments::Action::MakeImage;
+    return result;
+}
+
+} // namespace Tessaron::Tool

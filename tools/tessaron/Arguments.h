@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/discrecording/DRFilesystems.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <cstdint>
+
+namespace Tessaron::Tool
+{
+
+enum class ProgressMode : std::uint8_t {
+    Auto, ///< a bar when standard error is a terminal, else nothing
+    Bar,
+    Json,
+    None,
+};
+
+enum class Verbosity : std::uint8_t {
+    Quiet, ///< errors only
+    Normal,
+    Verbose, ///< every item that is not stored as it stands
+};
+
+/// What a disc image file is: plain blocks, or the same with a cue sheet beside it.
+enum class ImageFormat : std::uint8_t {
+    Iso,
+    Bin,
+};
+
+/// The command line, understood. Paths are the bytes that the shell passed.
+struct Arguments {
+    enum class Action : std::uint8_t {
+        ShowHelp,
+        ShowVersion,
+        Scan,
+        MakeImage,
+        ReportUsageError,
+    };
+
+    Action action = Action::ReportUsageError;
+    /// The command that was named, as far as it was understood: "", "scan" or "image". Help is about it.
+    QByteArray command;
+    QString usageError; ///< for ReportUsageError, without the full stop
+
+    QList<QByteArray> paths;
+    bool json = false;
+    ProgressMode progress = ProgressMode::Auto;
+    Verbosity verbosity = Verbosity::Normal;
+
+    // For MakeImage only.
+    QByteArray output;
+    ImageFormat format = ImageFormat::Iso;
+    QString volumeName; ///< empty: the source's name
+    DRFilesystemMask filesystems = DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet;
+    bool strict = false;
+};
+
+/// Understands the words after the program's name. Never touches the file system. Options may stand before and behind
+/// paths, values may follow "=" or stand alone, "--" ends the options; the last of several equal options counts.
+[[nodiscard]] Arguments parseArguments(const QList<QByteArray> &words);
+
+/// The text of --help: about one command, or about the program for an empty name. At most 80 columns.
+[[nodiscard]] QByteArray helpText(const QByteArray &command);
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,76 @@
+#include "tools/tessaron/CommonReport.h"
+
+#include "tools/tessaron/StandardStreams.h"
+
+namespace Tessaron::Tool
+{
+
+void printProblem(const Problem &problem)
+{
+    printDiagnostic(problem.message);
+    if (!problem.advice.isEmpty())
+        printDiagnostic(problem.advice);
+}
+
+QString resultName(ExitStatus status)
+{
+    switch (status) {
+    case ExitStatus::Done:
+        return QStringLiteral("done");
+    case ExitStatus::Incomplete:
+        return QStringLiteral("incomplete");
+    case ExitStatus::Interrupted:
+        return QStringLiteral("cancelled");
+    case ExitStatus::Failed:
+    case ExitStatus::WrongUsage:
+        break;
+    }
+    return QStringLiteral("failed");
+}
+
+ExitStatus exitStatusFor(const Problem &problem)
+{
+    switch (problem.kind) {
+    case Problem::Kind::None:
+        return ExitStatus::Done;
+    case Problem::Kind::Usage:
+        return ExitStatus::WrongUsage;
+    case Problem::Kind::Interrupted:
+        return ExitStatus::Interrupted;
+    default:
+        return ExitStatus::Failed;
+    }
+}
+
+void writeErrorMember(JsonWriter &writer, const Problem &problem)
+{
+    writer.key("error");
+    if (!problem) {
+        writer.null();
+        return;
+    }
+    writer.beginObject();
+    writer.member("kind", nameOfKind(problem.kind));
+    writer.member("message", problem.message);
+    if (!problem.advice.isEmpty())
+        writer.member("advice", problem.advice);
+    if (!problem.path.isEmpty())
+        writer.pathMember("path", problem.path);
+    writer.member("code", std::int64_t(problem.code));
+    writer.endObject();
+}
+
+void writeGatheringErrors(JsonWriter &writer, const char *name, const std::vector<GatheringError> &errors)
+{
+    writer.key(name);
+    writer.beginArray();
+    for (const GatheringError &error : errors) {
+        writer.beginObject();
+        writer.pathMember("path", error.path);
+        writer.member("message", error.message);
+        writer.endObject();
+    }
+    writer.endArray();
+}
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/JsonWriter.h"
+#include "tools/tessaron/Problem.h"
+#include "tools/tessaron/SourceGatherer.h"
+
+#include <vector>
+
+namespace Tessaron::Tool
+{
+
+/// Version of the objects that --json prints; goes up when a key changes its meaning or goes away.
+inline constexpr std::int64_t jsonVersion = 1;
+
+/// One line on standard error about what went wrong, and one with advice if there is any.
+void printProblem(const Problem &problem);
+
+/// "done", "incomplete", "failed" or "cancelled".
+[[nodiscard]] QString resultName(ExitStatus status);
+
+/// The status of a command that ended with this problem.
+[[nodiscard]] ExitStatus exitStatusFor(const Problem &problem);
+
+/// Member "error": null, or an object with kind, message, advice, path (when there is one) and code.
+void writeErrorMember(JsonWriter &writer, const Problem &problem);
+
+/// An array of objects with path and message.
+void writeGatheringErrors(JsonWriter &writer, const char *name, const std::vector<GatheringError> &errors);
+
+} // namespace Tessaron::Tool

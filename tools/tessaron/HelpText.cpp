@@ -1,0 +1,110 @@
+#include "tools/tessaron/Arguments.h"
+#include "tools/tessaron/OptionTable.h"
+
+namespace Tessaron::Tool
+{
+
+namespace
+{
+
+constexpr qsizetype optionColumnWidth = 26;
+
+constexpr char programIntroduction[] = R"(Usage: tessaron COMMAND [OPTION]... PATH...
+
+Makes disc images of folders and files.
+
+Commands:
+  image   make a disc image
+  scan    count what is in folders and files
+
+'tessaron COMMAND --help' tells more about a command.
+
+Options:
+)";
+
+constexpr char programEnd[] = R"(
+Examples:
+  tessaron image -o photos.iso Photos
+  tessaron scan Photos
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but something could not be
+stored or read, 130 interrupted.
+)";
+
+constexpr char imageIntroduction[] = R"(Usage: tessaron image [OPTION]... -o OUT PATH...
+
+Makes a disc image. The content of one folder becomes the content of the disc;
+files, or several folders, are put together under their own names.
+
+Options:
+)";
+
+constexpr char imageEnd[] = R"(
+Examples:
+  tessaron image -o photos.iso Photos
+      The content of the folder Photos, on a volume named Photos.
+  tessaron image -o backup.iso --name "Backup 2024" Letters Photos notes.txt
+      Two folders and a file, side by side.
+  tessaron image -o disc.bin Music
+      disc.bin and its cue sheet disc.cue.
+  tessaron image --strict --json --progress json -o out.iso tree
+      For programs: fails when anything cannot be stored as it is.
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but something could not be
+stored (with --strict: 1, and nothing is left), 130 interrupted.
+)";
+
+constexpr char scanIntroduction[] = R"(Usage: tessaron scan [OPTION]... PATH...
+
+Counts the files and folders below each PATH and the room that they take on
+disk, and names what cannot be read.
+
+Options:
+)";
+
+constexpr char scanEnd[] = R"(
+Examples:
+  tessaron scan Photos
+  tessaron scan --json Letters Photos
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but something could not be
+read, 130 interrupted.
+)";
+
+QByteArray optionLines(const OptionDescription &option)
+{
+    QByteArray left = "  ";
+    left += option.shortName != 0 ? QByteArray("-") + option.shortName + ", " : QByteArray("    ");
+    left += "--";
+    left += option.longName;
+    if (option.valueName != nullptr)
+        left += QByteArray(" ") + option.valueName;
+    QByteArray result;
+    for (const QByteArray &line : QByteArray(option.help).split('\n')) {
+        result += left.leftJustified(optionColumnWidth) + line + '\n';
+        left.clear();
+    }
+    return result;
+}
+
+} // namespace
+
+QByteArray helpText(const QByteArray &command)
+{
+    QByteArray result = programIntroduction;
+    QByteArray end = programEnd;
+    if (command == "image") {
+        result = imageIntroduction;
+        end = imageEnd;
+    } else if (command == "scan") {
+        result = scanIntroduction;
+        end = scanEnd;
+    }
+    for (const OptionDescription &option : allOptions()) {
+        if (knows(command, option))
+            result += optionLines(option);
+    }
+    return result + end;
+}
+
+} // namespace Tessaron::Tool

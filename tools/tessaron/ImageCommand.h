@@ -1,0 +1,50 @@
+#pragma once
+
+#include "tools/tessaron/Arguments.h"
+#include "tools/tessaron/Destination.h"
+#include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/ImageMaker.h"
+#include "tools/tessaron/ProgressDisplay.h"
+#include "tools/tessaron/StagedFile.h"
+
+#include <QEventLoop>
+#include <QTimer>
+
+#include <chrono>
+#include <memory>
+#include <vector>
+
+namespace Tessaron::Tool
+{
+
+/// `tessaron image`: checks sources and destination, has the image made in a staged file, gives it its name when it is
+/// whole, and reports. Runs the event loop of the main thread; serves one run.
+class ImageCommand
+{
+public:
+    explicit ImageCommand(const Arguments &arguments);
+    ~ImageCommand();
+
+    [[nodiscard]] ExitStatus run();
+
+private:
+    [[nodiscard]] Problem prepare();
+    [[nodiscard]] Problem stageFiles();
+    [[nodiscard]] QString volumeName() const;
+    void makeImage();
+    [[nodiscard]] Problem checkLength() const;
+    [[nodiscard]] Problem writeCueSheet() const;
+    [[nodiscard]] Problem publish();
+    [[nodiscard]] ExitStatus report();
+
+    const Arguments m_arguments;
+    const std::chrono::steady_clock::time_point m_start;
+    std::vector<Source> m_sources;
+    Destination m_destination;
+    std::unique_ptr<StagedFile> m_image;
+    std::unique_ptr<StagedFile> m_cueSheet;
+    std::unique_ptr<ProgressDisplay> m_display;
+    ImageOutcome m_outcome;
+};
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,69 @@
+#include "tools/tessaron/OptionTable.h"
+
+#include <QList>
+
+#include <algorithm>
+#include <array>
+
+namespace Tessaron::Tool
+{
+
+namespace
+{
+
+constexpr std::array options = {
+    OptionDescription{Option::Output, 'o', "output", "OUT", "image",
+                      "The image file to make. It appears when it is whole;\nan older file is replaced then."},
+    OptionDescription{Option::Format, 0, "format", "FORMAT", "image",
+                      "iso, or bin with a cue sheet beside it.\nThe ending of OUT decides when it is not given."},
+    OptionDescription{Option::Name, 'n', "name", "VOLUME", "image",
+                      "Name of the volume; else the name of the only folder\ngiven, else that of OUT."},
+    OptionDescription{Option::Filesystems, 0, "filesystems", "LIST", "image",
+                      "Comma-separated: iso9660 (with Rock Ridge), joliet.\nBoth when it is not given."},
+    OptionDescription{Option::Strict, 0, "strict", nullptr, "image",
+                      "Fail, and leave nothing, when something cannot be\nstored as it is."},
+    OptionDescription{Option::Progress, 0, "progress", "KIND", "image scan",
+                      "auto: a bar on a terminal; bar, json (one object in\na line) or none. On standard error."},
+    OptionDescription{Option::Json, 0, "json", nullptr, "image scan",
+                      "Print one JSON object on standard output at the end,\nalso after a failure."},
+    OptionDescription{Option::Quiet, 'q', "quiet", nullptr, "image scan", "Errors only."},
+    OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "image scan",
+                      "List everything that is not stored or read as it is."},
+    OptionDescription{Option::Help, 'h', "help", nullptr, "- image scan", "Show this help."},
+    OptionDescription{Option::Version, 0, "version", nullptr, "- image scan", "Show the version."},
+};
+
+const OptionDescription *firstWhere(const QByteArray &command, auto matches)
+{
+    const auto found = std::find_if(options.begin(), options.end(), [&](const OptionDescription &option) {
+        return knows(command, option) && matches(option);
+    });
+    return found == options.end() ? nullptr : &*found;
+}
+
+} // namespace
+
+std::span<const OptionDescription> allOptions()
+{
+    return options;
+}
+
+bool knows(const QByteArray &command, const OptionDescription &option)
+{
+    const QByteArray wanted = command.isEmpty() ? QByteArrayLiteral("-") : command;
+    return QByteArray(option.commands).split(' ').contains(wanted);
+}
+
+const OptionDescription *findOption(const QByteArray &command, const QByteArray &longName)
+{
+    return firstWhere(command, [&](const OptionDescription &option) { return longName == option.longName; });
+}
+
+const OptionDescription *findOption(const QByteArray &command, char shortName)
+{
+    return firstWhere(command, [&](const OptionDescription &option) {
+        return option.shortName != 0 && option.shortName == shortName;
+    });
+}
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstdint>
+
+namespace Tessaron::Tool
+{
+
+/// Why a command cannot go on, as a value: what happened, where, and what to do about it. A default-made one is no
+/// problem.
+struct Problem {
+    enum class Kind : std::uint8_t {
+        None,
+        Usage, ///< the command line
+        Source, ///< something that was to be read
+        Destination, ///< where the result was to go
+        Space, ///< too little room for the result
+        Layout, ///< the disc's structure could not be made
+        Write, ///< making or writing the image failed
+        NotStored, ///< something cannot be stored and --strict was given
+        Interrupted,
+    };
+
+    Kind kind = Kind::None;
+    QString message; ///< a sentence without the full stop, paths inside as lossless text
+    QString advice; ///< what to do, a full sentence; may be empty
+    QByteArray path; ///< the file it happened to, as bytes; may be empty
+    qint64 code = 0; ///< the library's status code, 0 when there is none
+
+    [[nodiscard]] bool isNone() const { return kind == Kind::None; }
+    explicit operator bool() const { return !isNone(); }
+};
+
+/// The name under which --json reports the kind: "usage", "source" …
+[[nodiscard]] QString nameOfKind(Problem::Kind kind);
+
+} // namespace Tessaron::Tool

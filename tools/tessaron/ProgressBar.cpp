@@ -1,0 +1,82 @@
+#include "tools/tessaron/ProgressBar.h"
+
+#include "tools/tessaron/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <sys/ioctl.h>
+
+namespace Tessaron::Tool
+{
+
+namespace
+{
+
+constexpr int widestBar = 40;
+constexpr int narrowestBar = 10;
+
+QByteArray bar(double percent, int width)
+{
+    const auto filled = qsizetype(std::floor(percent / 100 * width));
+    QByteArray result(filled, '=');
+    if (filled < width)
+        result += '>';
+    return '[' + result.leftJustified(width) + ']';
+}
+
+QByteArray writingLine(const ProgressState &state, double percent, const TransferRate &rate, int width)
+{
+    QList<QByteArray> parts = {QByteArray::number(int(percent)).rightJustified(3) + " %"};
+    parts += (sizeText(state.bytesWritten) + QStringLiteral(" of ") + sizeText(state.bytesTotal)).toUtf8();
+    if (const std::optional<double> bytesPerSecond = rate.bytesPerSecond())
+        parts += sizeText(std::uint64_t(*bytesPerSecond)).toUtf8() + "/s";
+    if (const std::optional<std::chrono::seconds> remaining = rate.remaining(state.bytesTotal))
+        parts += durationText(*remaining) + " left";
+    while (parts.size() > 1 && parts.join("  ").size() > width)
+        parts.removeLast();
+    const QByteArray text = parts.join("  ");
+    const int room = width - int(text.size()) - 3; // two brackets and a blank
+    return room < narrowestBar ? text : bar(percent, std::min(room, widestBar)) + ' ' + text;
+}
+
+} // namespace
+
+int terminalWidth(int descriptor)
+{
+    winsize size = {};
+    return ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+QByteArray durationText(std::chrono::seconds duration)
+{
+    const auto total = duration.count();
+    const QByteArray seconds = QByteArray::number(qlonglong(total % 60)).rightJustified(2, '0');
+    const auto minutes = total / 60;
+    if (minutes < 60)
+        return QByteArray::number(qlonglong(minutes)) + ':' + seconds;
+    return QByteArray::number(qlonglong(minutes / 60)) + ':'
+        + QByteArray::number(qlonglong(minutes % 60)).rightJustified(2, '0') + ':' + seconds;
+}
+
+QByteArray progressLine(const ProgressState &state, double percent, const TransferRate &rate, int width)
+{
+    QByteArray result;
+    const QByteArray found =
+        (counted(state.files, "file", "files") + QStringLiteral(", ") + counted(state.folders, "folder", "folders"))
+            .toUtf8();
+    switch (state.phase) {
+    case ProgressState::Phase::Scanning:
+        result = "Scanning: " + found;
+        break;
+    case ProgressState::Phase::Planning:
+        result = "Planning: " + found;
+        break;
+    case ProgressState::Phase::Writing:
+    case ProgressState::Phase::Done:
+        result = writingLine(state, percent, rate, width);
+        break;
+    }
+    return result.left(std::max(width, 0));
+}
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/foundation/UniqueDescriptor.h"
+
+#include <QSocketNotifier>
+
+#include <functional>
+#include <memory>
+
+namespace Tessaron::Tool
+{
+
+/// Hears SIGINT, SIGTERM and SIGHUP on the event loop. A signal that was ignored when the program started (nohup, a
+/// shell's background job) stays ignored. SIGPIPE and SIGXFSZ are ignored from then on, so that writing to a closed
+/// pipe or beyond the limit on a file's size is an error value.
+///
+/// The first signal calls `whenInterrupted`, once. The second one means that the user will not wait: the process ends
+/// at once with status 130, and the files noted in EmergencyRemoval.h go with it. One watcher at a time, on the main
+/// thread.
+class SignalWatcher
+{
+public:
+    explicit SignalWatcher(std::function<void()> whenInterrupted);
+    ~SignalWatcher();
+    SignalWatcher(const SignalWatcher &) = delete;
+    SignalWatcher &operator=(const SignalWatcher &) = delete;
+
+private:
+    void readPipe();
+
+    const std::function<void()> m_whenInterrupted;
+    UniqueDescriptor m_readEnd;
+    UniqueDescriptor m_writeEnd;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+};
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,138 @@
+#include "tools/tessaron/SourceGatherer.h"
+
+#include "platform/coreservices/FSRef.h"
+#include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/NSError.h"
+#include "tools/tessaron/Text.h"
+#include <TessaronClasses/KRDirectoryScanner.h>
+#include <TessaronClasses/KRFileHierarchyItem.h>
+#include <TessaronClasses/KRFileReference.h>
+
+namespace Tessaron::Tool
+{
+
+SourceGatherer::SourceGatherer(std::vector<Source> sources)
+    : m_sources(std::move(sources))
+    , m_life(std::make_shared<int>())
+{
+    m_gathered.reserve(m_sources.size());
+}
+
+SourceGatherer::~SourceGatherer()
+{
+    m_life.reset();
+    if (m_scanner)
+        m_scanner->stopScanSync();
+}
+
+void SourceGatherer::start(std::function<void()> whenEnded)
+{
+    m_whenEnded = std::move(whenEnded);
+    continueLater();
+}
+
+void SourceGatherer::cancel()
+{
+    m_isCancelled = true;
+    if (m_scanner)
+        m_scanner->stopScanAsync();
+}
+
+std::uint64_t SourceGatherer::files() const
+{
+    std::uint64_t result = m_scanner ? m_scanner->scannedFiles() : 0;
+    for (const GatheredSource &source : m_gathered)
+        result += source.files;
+    return result;
+}
+
+std::uint64_t SourceGatherer::folders() const
+{
+    std::uint64_t result = m_scanner ? m_scanner->scannedDirs() : 0;
+    for (const GatheredSource &source : m_gathered)
+        result += source.folders;
+    return result;
+}
+
+void SourceGatherer::continueLater()
+{
+    performOnMainThread([this, life = CallbackContext(m_life)] {
+        if (life.isAlive())
+            gatherNext();
+    });
+}
+
+void SourceGatherer::gatherNext()
+{
+    if (m_isCancelled || m_problem || m_gathered.size() == m_sources.size()) {
+        end();
+        return;
+    }
+    const Source &source = m_sources[m_gathered.size()];
+    if (source.isFolder)
+        gatherFolder(source);
+    else
+        gatherFile(source);
+}
+
+void SourceGatherer::gatherFolder(const Source &source)
+{
+    FSRef ref;
+    if (FSPathMakeRef(source.path, &ref, nullptr) != noErr) {
+        fail(source, QStringLiteral("the folder %1 is gone").arg(quoted(source.argument)));
+        return;
+    }
+    m_scanner = KRDirectoryScanner::directoryScannerWithFSRef(ref);
+    KRDirectoryScannerDelegate delegate;
+    delegate.context = m_life;
+    delegate.directoryScannerReportedError = [this](KRDirectoryScanner &, const NSError &error) {
+        m_errors.push_back({fileSystemRepresentation(error.filePath()), error.localizedDescription()});
+    };
+    delegate.directoryScannerScanDidFinishWithHierarchyItem =
+        [this](KRDirectoryScanner &, const std::shared_ptr<KRFileHierarchyItem> &item) { folderEnded(item); };
+    delegate.directoryScannerScanDidCancelWithHierarchyItem =
+        [this](KRDirectoryScanner &, const std::shared_ptr<KRFileHierarchyItem> &item) { folderEnded(item); };
+    m_scanner->setDelegate(delegate);
+    if (!m_scanner->startDirectoryScan())
+        fail(source, QStringLiteral("the folder %1 cannot be scanned").arg(quoted(source.argument)));
+}
+
+void SourceGatherer::folderEnded(const std::shared_ptr<KRFileHierarchyItem> &item)
+{
+    m_gathered.push_back({item, m_scanner->scannedFiles(), m_scanner->scannedDirs()});
+    // The scanner is still busy with this very callback: it goes when the next source, or the end, has come.
+    performOnMainThread([this, life = CallbackContext(m_life), scanner = m_scanner] {
+        if (life.isAlive())
+            gatherNext();
+    });
+    m_scanner.reset();
+}
+
+void SourceGatherer::gatherFile(const Source &source)
+{
+    FSRef ref;
+    if (FSPathMakeRef(source.path, &ref, nullptr) != noErr) {
+        fail(source, QStringLiteral("the file %1 is gone").arg(quoted(source.argument)));
+        return;
+    }
+    const std::shared_ptr<KRFileReference> reference = KRFileReference::initWithFSRef(ref);
+    m_gathered.push_back({KRFileHierarchyItem::fileHierarchyItemWithFileReference(reference), 1, 0});
+    continueLater();
+}
+
+void SourceGatherer::fail(const Source &source, const QString &message)
+{
+    m_scanner.reset();
+    m_problem = {Problem::Kind::Source, message, {}, source.argument};
+    continueLater();
+}
+
+void SourceGatherer::end()
+{
+    const std::function<void()> whenEnded = std::move(m_whenEnded);
+    m_whenEnded = nullptr;
+    if (whenEnded)
+        whenEnded();
+}
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "platform/foundation/MainThread.h"
+#include "tools/tessaron/Problem.h"
+#include "tools/tessaron/Sources.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace Tessaron
+{
+class KRDirectoryScanner;
+class KRFileHierarchyItem;
+} // namespace Tessaron
+
+namespace Tessaron::Tool
+{
+
+/// A part of a source that could not be listed.
+struct GatheringError {
+    QByteArray path;
+    QString message;
+};
+
+/// What was found at one source.
+struct GatheredSource {
+    std::shared_ptr<KRFileHierarchyItem> item;
+    std::uint64_t files = 0;
+    std::uint64_t folders = 0; ///< the source itself not counted
+};
+
+/// Turns sources into item trees, one after the other: a folder is scanned on a worker thread, a file is a tree of one
+/// item. On the main thread only; needs an event loop. Destroying it stops a scan and waits for its worker.
+class SourceGatherer
+{
+public:
+    explicit SourceGatherer(std::vector<Source> sources);
+    ~SourceGatherer();
+    SourceGatherer(const SourceGatherer &) = delete;
+    SourceGatherer &operator=(const SourceGatherer &) = delete;
+
+    /// Starts; `whenEnded` is called once, never from inside start(), also after cancel(). Call it once only.
+    void start(std::function<void()> whenEnded);
+    /// Ends the scan that runs as soon as it can.
+    void cancel();
+    [[nodiscard]] bool isCancelled() const { return m_isCancelled; }
+
+    /// Counts so far, of all sources together.
+    [[nodiscard]] std::uint64_t files() const;
+    [[nodiscard]] std::uint64_t folders() const;
+
+    /// Why a source could not be gathered at all; none when all went well or some entries could not be listed.
+    [[nodiscard]] const Problem &problem() const { return m_problem; }
+    [[nodiscard]] const std::vector<GatheringError> &errors() const { return m_errors; }
+    [[nodiscard]] const std::vector<Source> &sources() const { return m_sources; }
+    /// One for each source, in order, once everything has ended well. The caller may take the items out.
+    [[nodiscard]] std::vector<GatheredSource> &gathered() { return m_gathered; }
+
+private:
+    void continueLater();
+    void gatherNext();
+    void gatherFolder(const Source &source);
+    void gatherFile(const Source &source);
+    void folderEnded(const std::shared_ptr<KRFileHierarchyItem> &item);
+    void fail(const Source &source, const QString &message);
+    void end();
+
+    const std::vector<Source> m_sources;
+    std::vector<GatheredSource> m_gathered;
+    std::vector<GatheringError> m_errors;
+    std::function<void()> m_whenEnded;
+    std::shared_ptr<KRDirectoryScanner> m_scanner;
+    Problem m_problem;
+    bool m_isCancelled = false;
+    std::shared_ptr<const void> m_life; ///< its end silences what is scheduled; last member, so it goes first
+};
+
+} // namespace Tessaron::Tool

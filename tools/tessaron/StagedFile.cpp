@@ -1,0 +1,243 @@
+#include "tools/tessaron/StagedFile.h"
+
+#include "tools/tessaron/EmergencyRemoval.h"
+
+#include <QRandomGenerator>
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Tessaron::Tool
+{
+
+namespace
+{
+
+constexpr qsizetype longestName = 255;
+constexpr int nameAttempts = 100;
+
+QByteArray temporaryNameFor(const QByteArray &finalName)
+{
+    static constexpr char letters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
+    QByteArray end = QByteArrayLiteral(".XXXXXX.part");
+    for (qsizetype position = 1; position <= 6; ++position)
+        end[position] = letters[QRandomGenerator::system()->bounded(int(sizeof letters) - 1)];
+    return '.' + finalName.left(longestName - 1 - end.size()) + end;
+}
+
+/// The umask can only be read by setting it, which other threads could see: it is read once, when the first file is
+/// made and no worker runs yet.
+mode_t processUmask()
+{
+    static const mode_t mask = [] {
+        const mode_t current = ::umask(0);
+        ::umask(current);
+        return current;
+    }();
+    return mask;
+}
+
+QByteArray descriptorPath(int descriptor)
+{
+    return "/proc/self/fd/" + QByteArray::number(descriptor);
+}
+
+} // namespace
+
+StagedFile::StagedFile(int folder, const QByteArray &folderPath, const QByteArray &finalName)
+    : m_folder(folder)
+    , m_folderPath(folderPath)
+    , m_finalName(finalName)
+{
+}
+
+StagedFile::~StagedFile()
+{
+    removeTemporaryName();
+}
+
+std::unique_ptr<StagedFile> StagedFile::create(int folder, const QByteArray &folderPath, const QByteArray &finalName,
+                                               int *errnoValue, Naming naming)
+{
+    static_cast<void>(processUmask());
+    std::unique_ptr<StagedFile> result(new StagedFile(folder, folderPath, finalName));
+    const bool isMade = (naming == Naming::NamelessIfPossible && result->createNameless()) || result->createHidden();
+    if (isMade)
+        return result;
+    *errnoValue = errno;
+    return nullptr;
+}
+
+bool StagedFile::createNameless()
+{
+    UniqueDescriptor file(::openat(m_folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+    // The writer opens the file by a path, and publishing links it by one: both need /proc.
+    if (!file || ::access(descriptorPath(file.get()).constData(), W_OK) != 0)
+        return false;
+    m_file = std::move(file);
+    return true;
+}
+
+bool StagedFile::createHidden()
+{
+    for (int attempt = 0; attempt < nameAttempts; ++attempt) {
+        const QByteArray name = temporaryNameFor(m_finalName);
+        m_file.reset(::openat(m_folder, name.constData(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600));
+        if (m_file) {
+            setTemporaryName(name);
+            return true;
+        }
+        if (errno != EEXIST)
+            return false;
+    }
+    return false;
+}
+
+bool StagedFile::giveTemporaryName()
+{
+    if (!isNameless())
+        return true;
+    const QByteArray source = descriptorPath(m_file.get());
+    for (int attempt = 0; attempt < nameAttempts; ++attempt) {
+        const QByteArray name = temporaryNameFor(m_finalName);
+        if (::linkat(AT_FDCWD, source.constData(), m_folder, name.constData(), AT_SYMLINK_FOLLOW) == 0) {
+            setTemporaryName(name);
+            return true;
+        }
+        if (errno != EEXIST)
+            return false;
+    }
+    return false;
+}
+
+void StagedFile::setTemporaryName(const QByteArray &name)
+{
+    m_temporaryName = name;
+    m_emergencyNumber = noteForEmergencyRemoval(m_folder, name);
+}
+
+void StagedFile::forgetTemporaryName()
+{
+    forgetEmergencyRemoval(m_emergencyNumber);
+    m_emergencyNumber = -1;
+    m_temporaryName.clear();
+}
+
+void StagedFile::removeTemporaryName()
+{
+    if (isNameless())
+        return;
+    ::unlinkat(m_folder, m_temporaryName.constData(), 0);
+    forgetTemporaryName();
+}
+
+QByteArray StagedFile::pathForWriting() const
+{
+    if (isNameless())
+        return descriptorPath(m_file.get());
+    return m_folderPath.endsWith('/') ? m_folderPath + m_temporaryName : m_folderPath + '/' + m_temporaryName;
+}
+
+/// Moves staged files to their final names and can take that back.
+class Publisher
+{
+public:
+    explicit Publisher(const std::vector<StagedFile *> &files)
+        : m_files(files)
+        , m_steps(files.size(), Step::Pending)
+    {
+    }
+
+    int publish();
+
+private:
+    enum class Step : std::uint8_t {
+        Pending,
+        Created, ///< there was nothing under the final name
+        Exchanged, ///< the older file has the temporary name now
+        Replaced, ///< the older file is gone
+    };
+
+    bool prepare(StagedFile &file) const;
+    bool place(const StagedFile &file, Step *step) const;
+    void takeBack();
+
+    const std::vector<StagedFile *> &m_files;
+    std::vector<Step> m_steps;
+};
+
+bool Publisher::prepare(StagedFile &file) const
+{
+    return ::fchmod(file.descriptor(), 0666 & ~processUmask()) == 0 && file.giveTemporaryName();
+}
+
+bool Publisher::place(const StagedFile &file, Step *step) const
+{
+    const int folder = file.m_folder;
+    const char *const from = file.m_temporaryName.constData();
+    const char *const to = file.m_finalName.constData();
+    if (m_files.size() > 1) {
+        if (::renameat2(folder, from, folder, to, RENAME_NOREPLACE) == 0) {
+            *step = Step::Created;
+            return true;
+        }
+        struct stat status;
+        const bool isFolder = ::fstatat(folder, to, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+        if (isFolder) { // exchanging would move it aside
+            errno = EISDIR;
+            return false;
+        }
+        if (::renameat2(folder, from, folder, to, RENAME_EXCHANGE) == 0) {
+            *step = Step::Exchanged;
+            return true;
+        }
+    }
+    *step = Step::Replaced;
+    return ::renameat(folder, from, folder, to) == 0;
+}
+
+void Publisher::takeBack()
+{
+    for (std::size_t index = 0; index < m_files.size(); ++index) {
+        const StagedFile &file = *m_files[index];
+        const char *const temporary = file.m_temporaryName.constData();
+        const char *const final = file.m_finalName.constData();
+        if (m_steps[index] == Step::Created)
+            ::renameat(file.m_folder, final, file.m_folder, temporary);
+        else if (m_steps[index] == Step::Exchanged)
+            ::renameat2(file.m_folder, final, file.m_folder, temporary, RENAME_EXCHANGE);
+    }
+}
+
+int Publisher::publish()
+{
+    for (StagedFile *const file : m_files) {
+        if (!prepare(*file))
+            return errno;
+    }
+    for (std::size_t index = 0; index < m_files.size(); ++index) {
+        if (!place(*m_files[index], &m_steps[index])) {
+            const int reason = errno;
+            m_steps[index] = Step::Pending;
+            takeBack();
+            return reason;
+        }
+    }
+    for (std::size_t index = 0; index < m_files.size(); ++index) {
+        if (m_steps[index] == Step::Exchanged)
+            m_files[index]->removeTemporaryName(); // the older file
+        else
+            m_files[index]->forgetTemporaryName();
+    }
+    return 0;
+}
+
+int publishTogether(const std::vector<StagedFile *> &files)
+{
+    return Publisher(files).publish();
+}
+
+} // namespace Tessaron::Tool

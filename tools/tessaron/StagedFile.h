@@ -1,0 +1,65 @@
+#pragma once
+
+#include "platform/foundation/UniqueDescriptor.h"
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace Tessaron::Tool
+{
+
+/// A file that is being made and has its final name only when it is whole. Until then it has no name at all where the
+/// filesystem can do that (not even a killed process or a power failure leaves a trace then), else a hidden name
+/// ".NAME.XXXXXX.part" in the destination folder. Destroying it before publishTogether() removes it.
+class StagedFile
+{
+public:
+    enum class Naming : std::uint8_t {
+        NamelessIfPossible,
+        Hidden,
+    };
+
+    /// Makes the empty file in the folder, which must stay open while the file lives. Null with `*errnoValue` set when
+    /// the system refuses.
+    [[nodiscard]] static std::unique_ptr<StagedFile> create(int folder, const QByteArray &folderPath,
+                                                            const QByteArray &finalName, int *errnoValue,
+                                                            Naming naming = Naming::NamelessIfPossible);
+    ~StagedFile();
+    StagedFile(const StagedFile &) = delete;
+    StagedFile &operator=(const StagedFile &) = delete;
+
+    /// A path under which the file can be opened for writing.
+    [[nodiscard]] QByteArray pathForWriting() const;
+    /// A descriptor open for reading and writing, owned by this object.
+    [[nodiscard]] int descriptor() const { return m_file.get(); }
+    [[nodiscard]] bool isNameless() const { return m_temporaryName.isEmpty(); }
+    [[nodiscard]] const QByteArray &finalName() const { return m_finalName; }
+
+private:
+    friend class Publisher;
+
+    StagedFile(int folder, const QByteArray &folderPath, const QByteArray &finalName);
+    bool createNameless();
+    bool createHidden();
+    bool giveTemporaryName();
+    void setTemporaryName(const QByteArray &name);
+    void removeTemporaryName();
+    void forgetTemporaryName();
+
+    const int m_folder;
+    const QByteArray m_folderPath;
+    const QByteArray m_finalName;
+    QByteArray m_temporaryName;
+    int m_emergencyNumber = -1;
+    UniqueDescriptor m_file;
+};
+
+/// Gives all files their final names, replacing older ones, with the permissions that the process's umask asks for:
+/// either all of them or, as far as the filesystem can exchange two names, none. 0 or an `errno` value; the files stay
+/// staged then. Several files must lie in one folder.
+[[nodiscard]] int publishTogether(const std::vector<StagedFile *> &files);
+
+} // namespace Tessaron::Tool

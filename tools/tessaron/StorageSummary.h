@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/discrecording/DRStorageReport.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <cstddef>
+#include <functional>
+#include <vector>
+
+namespace Tessaron::Tool
+{
+
+/// All trees that a report may speak of.
+[[nodiscard]] const std::vector<DRDiscTree> &allDiscTrees();
+
+/// True for what people want to know of: everything but the short names of the plain ISO 9660 tree, which nearly every
+/// object has and which nobody sees where another tree holds the true name.
+[[nodiscard]] bool isWorthTelling(const DRStorageReportItem &item);
+
+/// Calls `function` for every item that is worth telling. Costs nothing for a report without any: the short names, of
+/// which there may be a million, are not even looked at then.
+void forEachTelling(const DRStorageReport &report, const std::function<void(const DRStorageReportItem &)> &function);
+
+/// One object, with all trees that do not hold it as it stands for the same reason.
+struct LostObject {
+    QString path; ///< on disk; for an object without a source, on the disc
+    QString fate; ///< "not stored", "stored as “x”", "stored differently"
+    QString reason;
+    QStringList trees;
+};
+
+/// The objects of which something is lost, in the order of the report, at most `limit`.
+[[nodiscard]] std::vector<LostObject> lostObjects(const DRStorageReport &report, std::size_t limit);
+
+/// A sentence for each tree and kind of which nothing is lost, since another tree makes up for it: "In joliet, 3 names
+/// are changed."
+[[nodiscard]] QStringList harmlessDifferences(const DRStorageReport &report);
+
+/// One line about one item.
+[[nodiscard]] QString lineAbout(const DRStorageReportItem &item);
+
+} // namespace Tessaron::Tool
