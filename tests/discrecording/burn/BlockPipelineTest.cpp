@@ -1,0 +1,163 @@
+#include "platform/discrecording/BlockPipeline.h"
+
+#include "platform/discrecording/BurnErrors.h"
+#include "platform/discrecording/DRBurn.h"
+#include "tests/discrecording/burn/FakeBlockImage.h"
+#include "tests/support/TemporaryTree.h"
+
+#include <chrono>
+#include <gtest/gtest.h>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+BlockPipeline::Options smallPieces(std::uint32_t readerCount = 2)
+{
+    BlockPipeline::Options options;
+    options.readerCount = readerCount;
+    options.pieceBlocks = 8;
+    options.bufferCount = 4;
+    return options;
+}
+
+/// All that the pipeline gives, one after another.
+QByteArray takeAll(BlockPipeline &pipeline, NSError *error)
+{
+    QByteArray all;
+    while (const BlockPipeline::Piece *const piece = pipeline.next(error))
+        all.append(reinterpret_cast<const char *>(piece->bytes.data()), qsizetype(piece->bytes.size()));
+    return all;
+}
+
+QByteArray generatedBlocks(std::uint32_t count)
+{
+    QByteArray all;
+    for (std::uint32_t block = 0; block < count; ++block)
+        all += generatedBlock(block);
+    return all;
+}
+
+} // namespace
+
+class BlockPipelineReaders : public testing::TestWithParam<std::uint32_t>
+{
+};
+
+TEST_P(BlockPipelineReaders, next_deliversAllBlocksInOrder_withAnyNumberOfReaders)
+{
+    FakeBlockImage image;
+    image.addGenerated(1003);
+    const BurnCancellation cancellation;
+    BlockPipeline pipeline(image, smallPieces(GetParam()), cancellation);
+    NSError error;
+    EXPECT_EQ(takeAll(pipeline, &error), generatedBlocks(1003));
+    EXPECT_TRUE(error.isNull());
+    EXPECT_EQ(pipeline.next(&error), nullptr) << "the end stays the end";
+    EXPECT_TRUE(error.isNull());
+}
+
+INSTANTIATE_TEST_SUITE_P(Counts, BlockPipelineReaders, testing::Values(1, 2, 3, 8));
+
+TEST(BlockPipeline, next_isNullWithoutError_forAnEmptyImage)
+{
+    const FakeBlockImage image;
+    const BurnCancellation cancellation;
+    BlockPipeline pipeline(image, smallPieces(), cancellation);
+    NSError error;
+    EXPECT_EQ(pipeline.next(&error), nullptr);
+    EXPECT_TRUE(error.isNull());
+}
+
+TEST(BlockPipeline, readers_fillNoMoreThanTheRing_whileTheConsumerIsBusy)
+{
+    FakeBlockImage image;
+    image.addGenerated(8 * 100);
+    const BurnCancellation cancellation;
+    {
+        BlockPipeline pipeline(image, smallPieces(), cancellation);
+        NSError error;
+        ASSERT_NE(pipeline.next(&error), nullptr);
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_LE(image.filledPieces, 4);
+    }
+    EXPECT_LE(image.filledPieces, 4);
+}
+
+TEST(BlockPipeline, next_givesWhatComesBefore_whenALaterPieceFails)
+{
+    FakeBlockImage image;
+    image.addGenerated(800);
+    image.failingBlock = 85;
+    const BurnCancellation cancellation;
+    BlockPipeline pipeline(image, smallPieces(), cancellation);
+    NSError error;
+    EXPECT_EQ(takeAll(pipeline, &error), generatedBlocks(80));
+    EXPECT_EQ(error.localizedDescription(), QStringLiteral("Block 85 cannot be read."));
+}
+
+TEST(BlockPipeline, next_fails_whenTheImageHasNoValidPiece)
+{
+    FakeBlockImage image;
+    image.addGenerated(80);
+    image.invalidBlock = 16;
+    const BurnCancellation cancellation;
+    BlockPipeline pipeline(image, smallPieces(), cancellation);
+    NSError error;
+    EXPECT_EQ(takeAll(pipeline, &error), generatedBlocks(16));
+    EXPECT_EQ(error.code(), paramErr);
+}
+
+TEST(BlockPipeline, next_returnsAtOnce_whenCancelledDuringASlowRead)
+{
+    FakeBlockImage image;
+    image.addGenerated(80);
+    image.slowBlock = 20;
+    BurnCancellation cancellation;
+    BlockPipeline pipeline(image, smallPieces(), cancellation);
+    NSError error;
+    ASSERT_NE(pipeline.next(&error), nullptr);
+    ASSERT_NE(pipeline.next(&error), nullptr);
+    image.gate.waitForVisitor();
+    std::thread canceller([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        cancellation.request();
+    });
+    EXPECT_EQ(pipeline.next(&error), nullptr);
+    EXPECT_EQ(error.code(), kDRUserCanceledErr);
+    canceller.join();
+    image.gate.open();
+}
+
+TEST(BlockPipeline, next_handsOverBigRunsWhole_andReadsSmallOnes)
+{
+    const TemporaryTree tree;
+    const QByteArray small(3 * 2048 + 5, 's');
+    const QByteArray big(40 * 2048 + 1, 'b');
+    const FileContents smallFile = fileContentsOf(tree.makeFile("small", small));
+    const FileContents bigFile = fileContentsOf(tree.makeFile("big", big));
+    FakeBlockImage image;
+    image.addGenerated(2);
+    image.addFileRun(smallFile, 0, smallFile.size);
+    image.addFileRun(bigFile, 0, bigFile.size);
+    image.addGenerated(1);
+    BlockPipeline::Options options = smallPieces();
+    options.smallestFileRunLeft = 20 * 2048;
+    const BurnCancellation cancellation;
+    BlockPipeline pipeline(image, options, cancellation);
+
+    NSError error;
+    QList<QByteArray> pieces;
+    while (const BlockPipeline::Piece *const piece = pipeline.next(&error)) {
+        if (piece->isFileRun)
+            pieces << "run of " + QByteArray::number(qulonglong(piece->run.length)) + " bytes";
+        else
+            pieces << QByteArray::number(piece->at) + "+" + QByteArray::number(piece->blockCount);
+    }
+    EXPECT_TRUE(error.isNull());
+    EXPECT_EQ(pieces, (QList<QByteArray>{"0+2", "2+4", "run of 81921 bytes", "47+1"}));
+}
+
+} // namespace Tessaron::Testing

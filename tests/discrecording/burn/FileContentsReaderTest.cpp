@@ -1,0 +1,160 @@
+#include "platform/discrecording/filesystems/FileContentsReader.h"
+
+#include "tests/discrecording/burn/FakeBlockImage.h"
+#include "tests/support/TemporaryTree.h"
+
+#include <cerrno>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+/// What opening and comparing says of a file after `change` has happened to it.
+NSError errorAfter(const std::function<void(const TemporaryTree &)> &change)
+{
+    const TemporaryTree tree;
+    const FileContents file = fileContentsOf(tree.makeFile("file", QByteArray(5000, 'x')));
+    NSError error;
+    const UniqueDescriptor before = openFileContents(file, &error);
+    EXPECT_TRUE(error.isNull());
+    change(tree);
+    const UniqueDescriptor after = openFileContents(file, &error);
+    EXPECT_TRUE(error);
+    EXPECT_FALSE(after.isValid());
+    EXPECT_EQ(error.filePath(), tree.pathText("file"));
+    EXPECT_TRUE(error.localizedDescription().contains(tree.pathText("file")));
+    EXPECT_FALSE(error.localizedRecoverySuggestion().isEmpty());
+    return error;
+}
+
+/// What the comparison of an open file says after `change` has happened to it.
+NSError errorWhileOpenAfter(const std::function<void(const TemporaryTree &)> &change)
+{
+    const TemporaryTree tree;
+    const FileContents file = fileContentsOf(tree.makeFile("file", QByteArray(5000, 'x')));
+    NSError error;
+    const UniqueDescriptor descriptor = openFileContents(file, &error);
+    EXPECT_TRUE(verifyFileContentsUnchanged(descriptor.get(), file).isNull());
+    change(tree);
+    return verifyFileContentsUnchanged(descriptor.get(), file);
+}
+
+void resize(const TemporaryTree &tree, off_t size)
+{
+    EXPECT_EQ(::truncate(tree.path("file").constData(), size), 0);
+}
+
+} // namespace
+
+TEST(FileContentsReader, read_givesTheBytes_fromTheOffset)
+{
+    const TemporaryTree tree;
+    const FileContents file = fileContentsOf(tree.makeFile("file", "0123456789"));
+    NSError error;
+    const UniqueDescriptor descriptor = openFileContents(file, &error);
+    ASSERT_TRUE(descriptor.isValid());
+    QByteArray bytes(4, Qt::Uninitialized);
+    EXPECT_TRUE(readFileContents(descriptor.get(), file, 3, bytes.data(), 4).isNull());
+    EXPECT_EQ(bytes, "3456");
+}
+
+TEST(FileContentsReader, open_namesTheFile_whenItHasVanished)
+{
+    const NSError error = errorAfter([](const auto &tree) { ::unlink(tree.path("file").constData()); });
+    EXPECT_EQ(error.code(), fnfErr);
+    EXPECT_TRUE(error.localizedDescription().contains(QStringLiteral("vanished")));
+}
+
+TEST(FileContentsReader, open_saysHow_whenTheSizeHasChanged)
+{
+    const NSError shrunk = errorAfter([](const auto &tree) { resize(tree, 4999); });
+    EXPECT_EQ(shrunk.code(), eofErr);
+    EXPECT_TRUE(shrunk.localizedDescription().contains(QStringLiteral("has shrunk")));
+    EXPECT_TRUE(shrunk.localizedDescription().contains(QStringLiteral("5000 bytes and now has 4999")));
+    const NSError grown = errorAfter([](const auto &tree) { resize(tree, 5001); });
+    EXPECT_EQ(grown.code(), fBsyErr);
+    EXPECT_TRUE(grown.localizedDescription().contains(QStringLiteral("has grown")));
+}
+
+TEST(FileContentsReader, open_fails_whenTheFileWasReplaced)
+{
+    const NSError error = errorAfter([](const auto &tree) {
+        tree.makeFile("other", QByteArray(5000, 'x'));
+        EXPECT_EQ(::rename(tree.path("other").constData(), tree.path("file").constData()), 0);
+    });
+    EXPECT_FALSE(error.localizedDescription().isEmpty());
+}
+
+TEST(FileContentsReader, open_doesNotHang_whenTheFileBecameAFifo)
+{
+    const NSError error = errorAfter([](const auto &tree) {
+        ::unlink(tree.path("file").constData());
+        tree.makeFifo("file");
+    });
+    EXPECT_FALSE(error.localizedDescription().isEmpty());
+}
+
+TEST(FileContentsReader, open_saysSo_whenTheFileMayNotBeRead)
+{
+    const TemporaryTree tree;
+    tree.setMode("", 0755);
+    const QByteArray path = tree.makeFile("file", "x");
+    tree.setMode("file", 0);
+    const FileContents file = fileContentsOf(path);
+    const WithoutRootRights noRights;
+    NSError error;
+    EXPECT_FALSE(openFileContents(file, &error).isValid());
+    EXPECT_EQ(error.code(), afpAccessDenied);
+    EXPECT_EQ(error.filePath(), tree.pathText("file"));
+}
+
+TEST(FileContentsReader, open_givesThePathAsBytes_forANameThatIsNoUtf8)
+{
+    const TemporaryTree tree;
+    const FileContents file = fileContentsOf(tree.makeFile("n\xff", "x"));
+    ::unlink(tree.path("n\xff").constData());
+    NSError error;
+    EXPECT_FALSE(openFileContents(file, &error).isValid());
+    EXPECT_EQ(error.filePath(), tree.pathText("n\xff"));
+    EXPECT_TRUE(error.localizedDescription().contains(QStringLiteral("n\uFFFD”")));
+}
+
+TEST(FileContentsReader, verify_noticesAChange_whileTheFileIsOpen)
+{
+    EXPECT_EQ(errorWhileOpenAfter([](const auto &tree) { resize(tree, 10); }).code(), eofErr);
+    EXPECT_EQ(errorWhileOpenAfter([](const auto &tree) { resize(tree, 6000); }).code(), fBsyErr);
+    const NSError touched = errorWhileOpenAfter([](const auto &tree) { tree.setModificationTime("file", 1000000); });
+    EXPECT_EQ(touched.code(), fBsyErr);
+    EXPECT_TRUE(touched.localizedDescription().contains(QStringLiteral("was changed")));
+}
+
+TEST(FileContentsReader, verify_noticesAChangeOfTheSameSize_thoughItsTimeWasPutBack)
+{
+    const TemporaryTree tree;
+    tree.makeFile("file", QByteArray(5000, 'x'));
+    tree.setModificationTime("file", 1000000);
+    const FileContents file = fileContentsOf(tree.path("file"));
+    ::usleep(20000); // the clock of the file system's times has a step of up to 10 ms
+    tree.makeFile("file", QByteArray(5000, 'y'));
+    tree.setModificationTime("file", 1000000);
+    NSError error;
+    EXPECT_FALSE(openFileContents(file, &error).isValid());
+    EXPECT_EQ(error.code(), fBsyErr);
+}
+
+TEST(FileContentsReader, read_saysThatTheFileHasShrunk_whenItEndsEarly)
+{
+    const TemporaryTree tree;
+    const FileContents file = fileContentsOf(tree.makeFile("file", QByteArray(5000, 'x')));
+    NSError error;
+    const UniqueDescriptor descriptor = openFileContents(file, &error);
+    resize(tree, 100);
+    QByteArray bytes(5000, Qt::Uninitialized);
+    EXPECT_EQ(readFileContents(descriptor.get(), file, 0, bytes.data(), 5000).code(), eofErr);
+}
+
+} // namespace Tessaron::Testing

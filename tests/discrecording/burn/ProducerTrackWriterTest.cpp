@@ -1,0 +1,158 @@
+#include "platform/discrecording/ProducerTrackWriter.h"
+
+#include "tests/discrecording/burn/TestConsumers.h"
+#include "tests/discrecording/burn/TestProducer.h"
+
+#include <gtest/gtest.h>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+class ProducerTrackWriterTest : public testing::Test
+{
+protected:
+    NSError write(const std::shared_ptr<DRTrack> &track)
+    {
+        NSError error;
+        const ProducerTrackExtent extent = extentOfProducerTrack(*track, &error);
+        EXPECT_TRUE(error.isNull()) << error.localizedDescription().toStdString();
+        BurnSink sink(consumer, *m_status, cancellation);
+        return ProducerTrackWriter(nullptr, *track, sink, cancellation).write(extent);
+    }
+    [[nodiscard]] QStringList wholeLife() const
+    {
+        return {QStringLiteral("prepare"), QStringLiteral("data"), QStringLiteral("cleanup")};
+    }
+
+    const std::shared_ptr<TestProducer> producer = std::make_shared<TestProducer>();
+    MemoryConsumer consumer;
+    BurnCancellation cancellation;
+
+private:
+    const std::shared_ptr<BurnStatus> m_status =
+        std::make_shared<BurnStatus>(DRNotificationCenter::currentRunLoopCenter(), std::weak_ptr<DRBurn>());
+};
+
+QString extentError(const QVariantMap &properties)
+{
+    const std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(std::make_shared<TestProducer>());
+    track->setProperties(properties);
+    NSError error;
+    EXPECT_EQ(extentOfProducerTrack(*track, &error), ProducerTrackExtent());
+    EXPECT_EQ(error.code(), paramErr);
+    return error.localizedDescription();
+}
+
+} // namespace
+
+TEST_F(ProducerTrackWriterTest, extent_isReadFromTheProperties)
+{
+    NSError error;
+    const ProducerTrackExtent extent = extentOfProducerTrack(*trackOfProducer(producer, 12, 2352, 150), &error);
+    EXPECT_TRUE(error.isNull());
+    EXPECT_EQ(extent, (ProducerTrackExtent{2352, 150, 12}));
+    EXPECT_EQ(extent.bytes(), 162u * 2352);
+}
+
+TEST_F(ProducerTrackWriterTest, extent_isAnError_whenSomethingIsMissingOrMakesNoSense)
+{
+    const QVariantMap good{{DRBlockSizeKey, 2048u}, {DRTrackLengthKey, quint64(5)}};
+    const auto with = [&](const QString &key, const QVariant &value) {
+        QVariantMap changed = good;
+        changed.insert(key, value);
+        return extentError(changed);
+    };
+    EXPECT_TRUE(extentError({}).contains(DRBlockSizeKey));
+    EXPECT_TRUE(with(DRBlockSizeKey, 0u).contains(DRBlockSizeKey));
+    EXPECT_TRUE(with(DRBlockSizeKey, 70000u).contains(DRBlockSizeKey));
+    EXPECT_TRUE(with(DRBlockSizeKey, -2048).contains(DRBlockSizeKey));
+    EXPECT_TRUE(extentError({{DRBlockSizeKey, 2048u}}).contains(DRTrackLengthKey));
+    EXPECT_TRUE(with(DRTrackLengthKey, 0).contains(DRTrackLengthKey));
+    EXPECT_TRUE(with(DRTrackLengthKey, QStringLiteral("many")).contains(DRTrackLengthKey));
+    EXPECT_TRUE(with(DRTrackLengthKey, quint64(1) << 32).contains(QStringLiteral("longer than any disc")));
+    EXPECT_TRUE(with(DRPreGapLengthKey, -1).contains(DRPreGapLengthKey));
+}
+
+TEST_F(ProducerTrackWriterTest, write_asksForPregapThenData_andCleansUp)
+{
+    EXPECT_TRUE(write(trackOfProducer(producer, 1000, 2352, 150)).isNull());
+    EXPECT_TRUE(consumer.bytes == QByteArray(150 * 2352, '\0') + TestProducer::pattern(1000 * 2352));
+    EXPECT_EQ(producer->calls,
+              (QStringList{QStringLiteral("prepare"), QStringLiteral("pregap"), QStringLiteral("data"),
+                           QStringLiteral("cleanup")}));
+    EXPECT_EQ(consumer.addresses.value(1), 150u);
+}
+
+TEST_F(ProducerTrackWriterTest, write_consumesWholeBlocks_fromAProducerThatGivesLittle)
+{
+    producer->mostAtOnce = 777;
+    EXPECT_TRUE(write(trackOfProducer(producer, 20)).isNull());
+    EXPECT_TRUE(consumer.bytes == TestProducer::pattern(20 * 2048));
+    EXPECT_EQ(consumer.addresses, QList<std::uint32_t>{0});
+}
+
+TEST_F(ProducerTrackWriterTest, write_goesOn_whenTheProducerHasNothingForAMoment)
+{
+    producer->mostAtOnce = 5000;
+    producer->nothingTimes = 3;
+    EXPECT_TRUE(write(trackOfProducer(producer, 20)).isNull());
+    EXPECT_TRUE(consumer.bytes == TestProducer::pattern(20 * 2048));
+}
+
+TEST_F(ProducerTrackWriterTest, write_fails_whenTheProducerRunsDry)
+{
+    producer->endsAfter = 3000;
+    const NSError error = write(trackOfProducer(producer, 20));
+    EXPECT_EQ(error.code(), eofErr);
+    EXPECT_TRUE(error.localizedDescription().contains(QStringLiteral("ended too early, at block 1 ")));
+    EXPECT_EQ(producer->calls, wholeLife());
+}
+
+TEST_F(ProducerTrackWriterTest, write_fails_whenTheProducerGivesMoreThanAsked)
+{
+    producer->tooMuch = 1;
+    EXPECT_EQ(write(trackOfProducer(producer, 20)).code(), paramErr);
+    EXPECT_EQ(producer->calls, wholeLife());
+}
+
+TEST_F(ProducerTrackWriterTest, write_failsWithoutCleanup_whenPreparingFails)
+{
+    producer->canPrepare = false;
+    EXPECT_EQ(write(trackOfProducer(producer, 20)).code(), ioErr);
+    EXPECT_EQ(producer->calls, QStringList{QStringLiteral("prepare")});
+}
+
+TEST_F(ProducerTrackWriterTest, write_fails_whenPreparingChangesTheSize)
+{
+    producer->onPrepare = [](DRTrack &track) {
+        QVariantMap properties = track.properties();
+        properties.insert(DRTrackLengthKey, quint64(21));
+        track.setProperties(properties);
+    };
+    EXPECT_EQ(write(trackOfProducer(producer, 20)).code(), paramErr);
+    EXPECT_EQ(producer->calls, (QStringList{QStringLiteral("prepare"), QStringLiteral("cleanup")}));
+}
+
+TEST_F(ProducerTrackWriterTest, write_cleansUp_whenTheConsumerFails)
+{
+    consumer.failingBlock = 700;
+    EXPECT_EQ(write(trackOfProducer(producer, 2000)).code(), -36);
+    EXPECT_EQ(producer->calls, wholeLife());
+}
+
+TEST_F(ProducerTrackWriterTest, write_endsCancelled_whileTheProducerHasNothing)
+{
+    producer->mostAtOnce = 2048;
+    producer->nothingTimes = 1;
+    producer->beforeData = [this](std::uint64_t position) {
+        if (position > 0)
+            cancellation.request();
+    };
+    EXPECT_EQ(write(trackOfProducer(producer, 20)).code(), kDRUserCanceledErr);
+    EXPECT_EQ(producer->calls, wholeLife());
+}
+
+} // namespace Tessaron::Testing
