@@ -26,6 +26,11 @@ if(TESSARON_SANITIZE)
     target_link_options(tessaron_options INTERFACE -fsanitize=${_sanitizers})
 endif()
 
+if(TESSARON_FUZZ)
+    target_compile_options(tessaron_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(tessaron_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # tessaron_add_layer(NAME [SOURCES ...] [DEPENDS ...] [PRIVATE_DEPENDS ...])
 #
 # One folder of the library: a static library of position independent code, which the shared library

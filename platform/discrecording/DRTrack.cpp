@@ -7,6 +7,7 @@ namespace Tessaron
 
 const QString DRTrackLengthKey = QStringLiteral("DRTrackLengthKey");
 const QString DRPreGapLengthKey = QStringLiteral("DRPreGapLengthKey");
+const QString DRPostGapLengthKey = QStringLiteral("DRPostGapLengthKey");
 const QString DRBlockSizeKey = QStringLiteral("DRBlockSizeKey");
 const QString DRBlockTypeKey = QStringLiteral("DRBlockTypeKey");
 const QString DRDataFormKey = QStringLiteral("DRDataFormKey");
@@ -14,6 +15,9 @@ const QString DRTrackModeKey = QStringLiteral("DRTrackModeKey");
 const QString DRSessionFormatKey = QStringLiteral("DRSessionFormatKey");
 const QString DRIndexPointsKey = QStringLiteral("DRIndexPointsKey");
 const QString DRSerialCopyManagementStateKey = QStringLiteral("DRSerialCopyManagementStateKey");
+const QString DRSCMSCopyrightFree = QStringLiteral("DRSCMSCopyrightFree");
+const QString DRSCMSCopyrightProtectedOriginal = QStringLiteral("DRSCMSCopyrightProtectedOriginal");
+const QString DRSCMSCopyrightProtectedCopy = QStringLiteral("DRSCMSCopyrightProtectedCopy");
 const QString DRAudioPreEmphasisKey = QStringLiteral("DRAudioPreEmphasisKey");
 const QString DRAudioFourChannelKey = QStringLiteral("DRAudioFourChannelKey");
 

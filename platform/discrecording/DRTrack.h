@@ -18,13 +18,18 @@ class DRFolder;
 // Keys of track properties, and the values' types.
 TESSARON_EXPORT extern const QString DRTrackLengthKey; ///< quint64, blocks
 TESSARON_EXPORT extern const QString DRPreGapLengthKey; ///< quint32, blocks
+TESSARON_EXPORT extern const QString
+    DRPostGapLengthKey; ///< quint32, blocks of silence or zeros that end the track, part of its length
 TESSARON_EXPORT extern const QString DRBlockSizeKey; ///< quint32, bytes
 TESSARON_EXPORT extern const QString DRBlockTypeKey; ///< int: 0 audio, 8 mode 1, 9 to 13 the forms of mode 2
 TESSARON_EXPORT extern const QString DRDataFormKey; ///< int
 TESSARON_EXPORT extern const QString DRTrackModeKey; ///< int
 TESSARON_EXPORT extern const QString DRSessionFormatKey; ///< int
 TESSARON_EXPORT extern const QString DRIndexPointsKey; ///< QVariantList of quint32, frames
-TESSARON_EXPORT extern const QString DRSerialCopyManagementStateKey; ///< QString
+TESSARON_EXPORT extern const QString DRSerialCopyManagementStateKey; ///< QString, one of the three below
+TESSARON_EXPORT extern const QString DRSCMSCopyrightFree;
+TESSARON_EXPORT extern const QString DRSCMSCopyrightProtectedOriginal;
+TESSARON_EXPORT extern const QString DRSCMSCopyrightProtectedCopy;
 TESSARON_EXPORT extern const QString DRAudioPreEmphasisKey; ///< bool
 TESSARON_EXPORT extern const QString DRAudioFourChannelKey; ///< bool
 

@@ -16,6 +16,7 @@ LAYERS = [
     "platform/foundation",
     "platform/coreservices",
     "platform/discrecording",
+    "platform/vant",
     "filemodel",
     "imaging",
     "ui/text",

@@ -1,0 +1,9 @@
+#include "platform/vant/VANTImage.h"
+
+namespace Tessaron
+{
+
+const QString VANTErrorDomain = QStringLiteral("VANTErrorDomain");
+const QString VANTErrorOffsetKey = QStringLiteral("VANTErrorOffset");
+
+} // namespace Tessaron
