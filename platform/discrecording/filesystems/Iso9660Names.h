@@ -19,9 +19,9 @@ enum class Iso9660Level : std::uint8_t {
 /// and extension. Never empty.
 ///
 /// The raw name is UTF-8 or, byte by byte, whatever it is. ASCII letters become upper case; each other character (or
-/// byte that is not UTF-8) that is no d-character becomes one "_". The extension is what follows the last dot, if that
-/// is neither empty nor longer than longestSensibleExtension; leading dots belong to the name. Level one cuts it to 3
-/// characters, the other levels keep it and cut the name before it.
+/// byte that is not UTF-8) that is no d-character becomes one "_". The extension is what follows the last dot, unless
+/// it is longer than longestSensibleExtension; leading dots belong to the name. Level one cuts it to 3 characters, the
+/// other levels keep it and cut the name before it.
 ///
 /// "README" stays "README": the dot and the version ";1" that a file identifier ends with even then (ECMA-119
 /// 7.5.1) are added by whoever writes the directory record. The name counts as if the dot were there.

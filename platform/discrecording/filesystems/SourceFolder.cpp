@@ -1,0 +1,24 @@
+#include "platform/discrecording/filesystems/SourceFolder.h"
+
+#include "platform/coreservices/FSRefAccess.h"
+
+#include <fcntl.h>
+
+namespace Tessaron
+{
+
+int SourceFolder::descriptorFor(const FSRef &ref)
+{
+    const std::uint32_t parent = parentNodeOfFSRef(ref);
+    if (parent == 0)
+        return -1;
+    if (parent == m_node)
+        return m_descriptor.get();
+    m_node = parent;
+    QByteArray path = lastKnownPath(ref);
+    path.truncate(path.lastIndexOf('/') + 1);
+    m_descriptor.reset(::open(path.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    return m_descriptor.get();
+}
+
+} // namespace Tessaron

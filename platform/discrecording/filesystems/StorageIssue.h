@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/discrecording/DRStorageReport.h"
+#include "platform/discrecording/filesystems/ContentTree.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace Tessaron
+{
+
+/// Why a tree of the disc does not hold an object as it stands.
+enum class StorageReason : std::uint8_t {
+    NameNotAllowed, ///< the tree's own rules for names
+    NameChangedOnDisc, ///< in every tree: no name for a file, too long, or taken by a sibling
+    Vanished,
+    FileNotReadable,
+    FolderNotReadable,
+    BecameFolder,
+    LinkNotReadable,
+    NoFilesystem, ///< no filesystem of the disc is one that may hold the object
+    KindNotStorable, ///< the tree has no such thing
+    TimeOutOfRange,
+    DepthBeyondStandard,
+    PathBeyondStandard,
+    MissingInPathTable,
+    LinkTargetSimplified,
+};
+
+/// One thing to report, in eight bytes.
+struct StorageIssue {
+    NodeIndex node = 0;
+    DRDiscTree tree = DRDiscTree::ISO9660;
+    DRStorageReportItem::Kind kind = DRStorageReportItem::Kind::Renamed;
+    StorageReason reason = StorageReason::NameNotAllowed;
+    bool isLost = false; ///< known once all trees are made
+};
+static_assert(sizeof(StorageIssue) == 8);
+
+using StorageIssues = std::vector<StorageIssue>;
+
+} // namespace Tessaron
