@@ -19,7 +19,10 @@ namespace Tessaron::Testing
 namespace
 {
 
-const QStringList successfulStates{DRStatusStatePreparing, DRStatusStateTrackWrite, DRStatusStateDone};
+QStringList successfulStates()
+{
+    return {DRStatusStatePreparing, DRStatusStateTrackWrite, DRStatusStateDone};
+}
 
 /// One burn into memory, with all that it posts.
 class BurnIntoMemory
@@ -105,7 +108,7 @@ TEST(DRBurn, writeLayout_postsEachStateInOrder_andTheEndOnce)
     BurnIntoMemory given;
     given.burn->writeLayout(trackOfProducer(std::make_shared<TestProducer>(), 3000));
     given.waitForEnd();
-    EXPECT_EQ(given.states, successfulStates);
+    EXPECT_EQ(given.states, successfulStates());
     EXPECT_EQ(given.finalPosts, 1);
     EXPECT_TRUE(given.consumer.bytes == TestProducer::pattern(3000 * 2048));
     EXPECT_EQ(given.burn->amounts().bytesWritten, 3000u * 2048);
@@ -139,7 +142,7 @@ TEST(DRBurn, writeLayout_writesTheTracksOfAllSessionsInOrder)
                 == TestProducer::pattern(5 * 2048) + QByteArray(2 * 2352, '\0') + TestProducer::pattern(7 * 2352)
                     + TestProducer::pattern(2048));
     EXPECT_EQ(given.consumer.addresses, (QList<std::uint32_t>{0, 5, 7, 14}));
-    EXPECT_EQ(given.states, successfulStates);
+    EXPECT_EQ(given.states, successfulStates());
 }
 
 TEST(DRBurn, writeLayout_doesNothing_whenTheBurnWasStartedBefore)
@@ -201,7 +204,7 @@ TEST(DRBurn, progress_doesNotPileUp_whileTheEventLoopStands)
     EXPECT_EQ(given.burn->status().value(DRStatusStateKey), DRStatusStateDone);
     EXPECT_EQ(given.posts, 0);
     drainEventLoop();
-    EXPECT_EQ(given.states, successfulStates) << "nevertheless each state is seen";
+    EXPECT_EQ(given.states, successfulStates()) << "nevertheless each state is seen";
     EXPECT_LE(given.posts, 4);
 }
 
@@ -248,7 +251,7 @@ TEST(DRBurn, abort_changesNothing_afterTheEnd)
 
 TEST(DRBurn, aHandler_mayLetGoOfTheBurn_inEveryState)
 {
-    for (const QString &state : successfulStates) {
+    for (const QString &state : successfulStates()) {
         BurnIntoMemory given;
         const std::weak_ptr<DRBurn> watched = given.burn;
         given.onState = [&](const QString &posted) {
@@ -313,8 +316,8 @@ TEST(DRBurn, twoBurns_runAtOnce)
     second.burn->writeLayout(trackOfProducer(ofSecond, 3000));
     first.waitForEnd();
     second.waitForEnd();
-    EXPECT_EQ(first.states, successfulStates);
-    EXPECT_EQ(second.states, successfulStates);
+    EXPECT_EQ(first.states, successfulStates());
+    EXPECT_EQ(second.states, successfulStates());
     EXPECT_TRUE(first.consumer.bytes == second.consumer.bytes);
 }
 
