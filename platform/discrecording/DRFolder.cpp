@@ -57,7 +57,10 @@ void DRFolder::addChild(const std::shared_ptr<DRFSObject> &child)
 {
     if (!child || !isVirtual())
         return;
-    if (child->isFolder()) {
+    // A folder without children holds nothing; so building a deep tree from its root costs no walk at each step.
+    if (child.get() == this)
+        return;
+    if (child->isFolder() && !static_cast<const DRFolder &>(*child).children().empty()) {
         for (const DRFSObject *ancestor = this; ancestor; ancestor = ancestor->m_parent) {
             if (ancestor == child.get())
                 return;
