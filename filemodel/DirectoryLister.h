@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/coreservices/FSCatalog.h"
+#include "platform/foundation/Export.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace Tessaron
+{
+
+/// An open listing of one folder; see FSGetCatalogInfoBulk().
+class DirectoryListing
+{
+public:
+    DirectoryListing() = default;
+    virtual ~DirectoryListing() = default;
+    DirectoryListing(const DirectoryListing &) = delete;
+    DirectoryListing &operator=(const DirectoryListing &) = delete;
+
+    [[nodiscard]] virtual OSStatus next(std::uint32_t maximum, std::uint32_t *actual, std::uint32_t whichInfo,
+                                        FSBulkEntry *entries) = 0;
+    /// The walk goes deep below this folder and comes back later: what is scarce is given back meanwhile.
+    virtual void rest() = 0;
+};
+
+/// Where a scanner gets its listings from: the file system, or a test that makes one fail.
+class DirectoryLister
+{
+public:
+    DirectoryLister() = default;
+    virtual ~DirectoryLister() = default;
+    DirectoryLister(const DirectoryLister &) = delete;
+    DirectoryLister &operator=(const DirectoryLister &) = delete;
+
+    /// Opens a folder; null when that fails. `parent` is the open listing of the folder that holds it, or null.
+    [[nodiscard]] virtual std::unique_ptr<DirectoryListing> open(const FSRef &folder, DirectoryListing *parent) = 0;
+
+    /// The lister of the file system.
+    [[nodiscard]] static TESSARON_EXPORT std::shared_ptr<DirectoryLister> fileSystem();
+};
+
+} // namespace Tessaron

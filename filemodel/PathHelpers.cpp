@@ -1,0 +1,146 @@
+#include "platform/coreservices/AbsolutePath.h"
+#include "platform/coreservices/Aliases.h"
+#include "platform/coreservices/LaunchServices.h"
+#include "platform/coreservices/PathAccess.h"
+#include "platform/foundation/FileSystemRepresentation.h"
+#include <TessaronClasses/FileReferenceFunctions.h>
+#include <TessaronClasses/PathHelpers.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <unistd.h>
+#include <vector>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr std::uint32_t pathBufferSize = 1024;
+constexpr const char *folderSettingsName = ".DS_Store";
+
+struct DirectoryCloser {
+    void operator()(DIR *directory) const { ::closedir(directory); }
+};
+using Directory = std::unique_ptr<DIR, DirectoryCloser>;
+
+bool existsAt(const QByteArray &path)
+{
+    QByteArray absolute;
+    struct statx facts;
+    return makeAbsolutePath(path, LeafLink::NotFollowed, &absolute) == 0 && statPath(absolute, STATX_TYPE, &facts) == 0;
+}
+
+/// False when the entry is worth keeping.
+bool isWorthless(int folder, const QByteArray &name)
+{
+    struct statx facts;
+    if (statBelow(folder, name.constData(), STATX_TYPE | STATX_SIZE, &facts) != 0 || S_ISDIR(facts.stx_mode))
+        return false;
+    return name == folderSettingsName || facts.stx_size == 0;
+}
+
+/// Lists an open folder; false when that fails.
+bool listNames(const UniqueDescriptor &folder, std::vector<QByteArray> *names)
+{
+    UniqueDescriptor own(::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const Directory directory(own ? ::fdopendir(own.get()) : nullptr);
+    if (!directory)
+        return false;
+    (void)own.release();
+    errno = 0;
+    while (const dirent *const entry = ::readdir(directory.get())) {
+        const QByteArray name(entry->d_name);
+        if (name != "." && name != "..")
+            names->push_back(name);
+    }
+    return errno == 0;
+}
+
+} // namespace
+
+FSRef fsRef(const QString &path)
+{
+    FSRef ref;
+    (void)FSPathMakeRefWithOptions(fileSystemRepresentation(path), kFSPathMakeRefDoNotFollowLeafSymlink, &ref, nullptr);
+    return ref;
+}
+
+QString stringWithFSRef(const FSRef *ref)
+{
+    std::array<char, pathBufferSize> buffer;
+    if (FSRefMakePath(ref, buffer.data(), pathBufferSize) != noErr)
+        return {};
+    return stringWithFileSystemRepresentation(buffer.data());
+}
+
+QString stringByResolvingFinderAlias(const QString &path)
+{
+    if (path.isNull())
+        return {};
+    FSRef ref = fsRef(path);
+    if (!FSRefValid(&ref))
+        return {};
+    bool wasAliased = false;
+    if (FSResolveAliasFile(&ref, true, nullptr, &wasAliased) != noErr || !wasAliased)
+        return path;
+    return stringWithFSRef(&ref);
+}
+
+QString unusedName(const QString &path)
+{
+    QByteArray bytes = fileSystemRepresentation(path);
+    if (!existsAt(bytes))
+        return path;
+    while (bytes.size() > 1 && bytes.endsWith('/'))
+        bytes.chop(1);
+    const QByteArray extension =
+        extensionOfName(QByteArrayView(bytes).sliced(bytes.lastIndexOf('/') + 1)).toByteArray();
+    const QByteArray base = extension.isEmpty() ? bytes : bytes.chopped(extension.size() + 1);
+    for (std::uint64_t number = 1;; ++number) {
+        QByteArray candidate = QByteArray(base).append('-').append(QByteArray::number(qulonglong(number)));
+        if (!extension.isEmpty())
+            candidate.append('.').append(extension);
+        if (!existsAt(candidate))
+            return stringWithFileSystemRepresentation(candidate);
+    }
+}
+
+bool isFinderAliasAtPath(const QString &path)
+{
+    if (path.isNull())
+        return false;
+    const FSRef ref = fsRef(path);
+    bool isAlias = false;
+    return FSRefValid(&ref) && FSIsAliasFile(&ref, &isAlias, nullptr) == noErr && isAlias;
+}
+
+bool deleteDirectoryAtPathIfEmpty(const QString &path)
+{
+    QByteArray absolute;
+    int error = makeAbsolutePath(fileSystemRepresentation(path), LeafLink::NotFollowed, &absolute);
+    if (error != 0)
+        return false;
+    const UniqueDescriptor folder = openPath(absolute, O_RDONLY | O_DIRECTORY | O_NOFOLLOW, &error);
+    std::vector<QByteArray> names;
+    if (!folder || !listNames(folder, &names))
+        return false;
+    for (const QByteArray &name : names) {
+        if (!isWorthless(folder.get(), name))
+            return false;
+    }
+    // Only what was looked at is removed: a file that came meanwhile stays, and with it the folder.
+    for (const QByteArray &name : names) {
+        if (::unlinkat(folder.get(), name.constData(), 0) != 0 && errno != ENOENT)
+            return false;
+    }
+    const PathAccess access(absolute);
+    return access.error() == 0 && ::unlinkat(access.folder(), access.path(), AT_REMOVEDIR) == 0;
+}
+
+} // namespace Tessaron

@@ -1,0 +1,176 @@
+#include "platform/coreservices/AliasSearch.h"
+
+#include "platform/coreservices/FileLocator.h"
+#include "platform/coreservices/Mounts.h"
+#include "platform/coreservices/PathAccess.h"
+#include "platform/foundation/ByteOrder.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <deque>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+/// Entries looked at around the old place before the search is given up: about 20 ms on a warm disk.
+constexpr int mostEntriesNearby = 20000;
+/// How many folders up from the old place that search begins.
+constexpr int levelsUp = 2;
+
+struct DirectoryCloser {
+    void operator()(DIR *directory) const { ::closedir(directory); }
+};
+
+QByteArray parentOf(const QByteArray &path)
+{
+    const qsizetype slash = path.lastIndexOf('/');
+    return slash <= 0 ? QByteArray("/") : path.left(slash);
+}
+
+QByteArray joined(const QByteArray &folder, const QByteArray &name)
+{
+    return folder.endsWith('/') ? QByteArray(folder).append(name) : QByteArray(folder).append('/').append(name);
+}
+
+} // namespace
+
+AliasSearch::AliasSearch(const AliasRecord &record)
+    : m_record(record)
+{
+}
+
+OSErr AliasSearch::run()
+{
+    collectPlaces();
+    const bool isFound =
+        std::any_of(m_places.begin(), m_places.end(), [this](const QByteArray &path) { return isAt(path); });
+    if (isFound || findByHandle() || findInFolders() || findNearby() || findSuccessor())
+        return noErr;
+    return m_volumes.empty() && m_record.volumeIdentifier != 0 ? nsvErr : fnfErr;
+}
+
+/// The recorded path first, then the same place in the volume wherever it is mounted. Only mounts of the recorded type
+/// are asked for their identifier, so that a dead file server elsewhere holds nobody up.
+void AliasSearch::collectPlaces()
+{
+    m_places.push_back(m_record.path);
+    for (const Mount &mount : currentMounts()) {
+        if (mount.type != m_record.volumeType || volumeIdentifierAt(mount.point) != m_record.volumeIdentifier)
+            continue;
+        m_volumes.push_back(mount.point);
+        const QByteArray root = mount.root == "/" ? QByteArray() : mount.root;
+        const bool isInside =
+            m_record.pathInVolume == root || m_record.pathInVolume.startsWith(QByteArray(root).append('/'));
+        if (!isInside)
+            continue;
+        const QByteArray rest = m_record.pathInVolume.mid(root.size() + 1);
+        const QByteArray place = rest.isEmpty() ? mount.point : joined(mount.point, rest);
+        if (std::find(m_places.begin(), m_places.end(), place) == m_places.end())
+            m_places.push_back(place);
+    }
+}
+
+bool AliasSearch::isAt(const QByteArray &path)
+{
+    struct statx facts;
+    if (statPath(path, identityFields, &facts) != 0 || facts.stx_ino != m_record.inode
+        || S_ISDIR(facts.stx_mode) != m_record.isFolder)
+        return false;
+    const FSRef ref = refWithFacts(facts, 0);
+    if (ref.birthSeconds != m_record.birthSeconds || ref.birthNanoseconds != m_record.birthNanoseconds
+        || volumeIdentifierAt(path) != m_record.volumeIdentifier)
+        return false;
+    m_path = path;
+    return true;
+}
+
+bool AliasSearch::findByHandle()
+{
+    constexpr qsizetype typeBytes = 4;
+    if (m_record.handle.size() <= typeBytes || m_record.handle.size() > typeBytes + MAX_HANDLE_SZ)
+        return false;
+    std::array<std::uint32_t, 2 + MAX_HANDLE_SZ / 4> words = {};
+    const auto size = static_cast<std::size_t>(m_record.handle.size() - typeBytes);
+    words[0] = static_cast<std::uint32_t>(size);
+    words[1] = loadBigEndian<std::uint32_t>(reinterpret_cast<const std::uint8_t *>(m_record.handle.constData()));
+    std::memcpy(words.data() + 2, m_record.handle.constData() + typeBytes, size);
+    for (const QByteArray &volume : m_volumes) {
+        int error = 0;
+        const UniqueDescriptor folder = openPath(volume, O_RDONLY | O_DIRECTORY | O_NONBLOCK, &error);
+        if (!folder)
+            continue;
+        const UniqueDescriptor file(::open_by_handle_at(folder.get(), reinterpret_cast<file_handle *>(words.data()),
+                                                        O_PATH | O_NOFOLLOW | O_CLOEXEC));
+        QByteArray path;
+        if (file && readLinkBelow(AT_FDCWD, pathOfDescriptor(file.get()), &path) == 0 && isAt(path))
+            return true;
+    }
+    return false;
+}
+
+bool AliasSearch::findInFolders()
+{
+    return std::any_of(m_places.begin(), m_places.end(), [this](const QByteArray &place) {
+        const QByteArray folder = parentOf(place);
+        const QByteArray name = nameOfInodeInFolder(folder, m_record.inode);
+        return !name.isEmpty() && isAt(joined(folder, name));
+    });
+}
+
+/// Breadth first from a little above the old place, within the volume.
+bool AliasSearch::findNearby()
+{
+    int entriesLeft = mostEntriesNearby;
+    for (const QByteArray &place : m_places) {
+        QByteArray top = parentOf(place);
+        for (int level = 0; level < levelsUp; ++level)
+            top = parentOf(top);
+        struct statx start;
+        if (statPath(top, identityFields, &start) != 0)
+            continue;
+        for (std::deque<QByteArray> folders{top}; !folders.empty() && entriesLeft > 0; folders.pop_front()) {
+            int error = 0;
+            UniqueDescriptor descriptor =
+                openPath(folders.front(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK, &error);
+            struct statx facts;
+            if (!descriptor || statDescriptor(descriptor.get(), identityFields, &facts) != 0
+                || deviceOf(facts) != deviceOf(start))
+                continue;
+            const std::unique_ptr<DIR, DirectoryCloser> directory(::fdopendir(descriptor.release()));
+            for (const dirent *entry = nullptr; directory && (entry = ::readdir(directory.get())) && entriesLeft > 0;
+                 --entriesLeft) {
+                const QByteArray name(entry->d_name);
+                if (name == "." || name == "..")
+                    continue;
+                if (entry->d_ino == m_record.inode && isAt(joined(folders.front(), name)))
+                    return true;
+                if (entry->d_type == DT_DIR)
+                    folders.push_back(joined(folders.front(), name));
+            }
+        }
+    }
+    return false;
+}
+
+/// A file that was saved by replacing it is another file to the system, but the same one to people.
+bool AliasSearch::findSuccessor()
+{
+    for (const QByteArray &place : m_places) {
+        struct statx facts;
+        if (statPath(place, identityFields, &facts) != 0 || S_ISDIR(facts.stx_mode) != m_record.isFolder)
+            continue;
+        m_path = place;
+        m_isOriginal = false;
+        return true;
+    }
+    return false;
+}
+
+} // namespace Tessaron
