@@ -114,6 +114,9 @@ DiscTimes ContentTree::times(NodeIndex node) const
     result.attributeModification =
         hasSource && !latestTime ? DiscTime{object.changeSeconds, object.changeNanoseconds} : result.modification;
     result.access = result.modification;
+    result.creation = result.modification;
+    if (hasSource && !latestTime && object.birthSeconds != 0)
+        result.creation = std::min(result.creation, DiscTime{object.birthSeconds, object.birthNanoseconds});
     if (object.has(ContentNode::HasDates)) {
         const auto set =
             std::lower_bound(dates.begin(), dates.end(), node,
@@ -121,10 +124,12 @@ DiscTimes ContentTree::times(NodeIndex node) const
         result.modification = set->modification.value_or(result.modification);
         result.access = set->access.value_or(result.modification);
         result.attributeModification = set->attributeModification.value_or(result.attributeModification);
+        result.creation = set->creation.value_or(std::min(result.creation, result.modification));
     }
     result.modification = noLaterThanAllowed(result.modification);
     result.access = noLaterThanAllowed(result.access);
     result.attributeModification = noLaterThanAllowed(result.attributeModification);
+    result.creation = noLaterThanAllowed(result.creation);
     return result;
 }
 

@@ -44,6 +44,7 @@ struct DiscTimes {
     DiscTime modification;
     DiscTime access;
     DiscTime attributeModification;
+    DiscTime creation;
 };
 
 /// One object of a disc. A million of these are held at once: members are packed, what few objects have lies in
@@ -101,6 +102,14 @@ struct ContentDates {
     std::optional<DiscTime> modification;
     std::optional<DiscTime> access;
     std::optional<DiscTime> attributeModification;
+    std::optional<DiscTime> creation;
+};
+
+/// What a layout says of an object for the Finder, in the place of what its source says.
+struct ContentFinderFlags {
+    NodeIndex node = 0;
+    std::optional<std::uint16_t> flags;
+    bool hidesExtension = false;
 };
 
 /// What a disc is to hold, flat: the objects of a layout and of the real folders in it. Children of a folder are
@@ -118,6 +127,7 @@ public:
     std::vector<std::uint64_t> devices; ///< `st_dev` by number
     std::vector<std::string_view> linkTargets;
     std::vector<ContentDates> dates; ///< ordered by node
+    std::vector<ContentFinderFlags> finderFlags; ///< ordered by node
     std::vector<std::pair<NodeIndex, QByteArray>> contentsInMemory; ///< ordered by node
     std::vector<std::pair<NodeIndex, std::string_view>> changedNames; ///< base names, ordered by node
     std::vector<std::pair<NodeIndex, std::uint32_t>>
@@ -141,8 +151,8 @@ public:
     [[nodiscard]] bool haveSameAttributes(NodeIndex one, NodeIndex other) const;
 
     /// The times on the disc. The access time is the modification time unless one was set: merely reading a tree
-    /// changes its files' own. In a reproducible image so is the time of the last attribute change, which no copy of a
-    /// tree keeps.
+    /// changes its files' own. In a reproducible image so are the times of creation and of the last attribute change,
+    /// which no copy of a tree keeps. An object is never created after its last modification, unless dates were set so.
     [[nodiscard]] DiscTimes times(NodeIndex node) const;
 
 private:

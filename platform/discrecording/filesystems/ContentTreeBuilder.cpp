@@ -226,11 +226,16 @@ void ContentTreeBuilder::applyProperties(NodeIndex node, ContentNode &content, c
         m_groups.emplace_back(node, group.toUInt());
 
     ContentDates dates{node, dateProperty(object, DRContentModificationDate), dateProperty(object, DRAccessDate),
-                       dateProperty(object, DRAttributeModificationDate)};
-    if (dates.modification || dates.access || dates.attributeModification) {
+                       dateProperty(object, DRAttributeModificationDate), dateProperty(object, DRCreationDate)};
+    if (dates.modification || dates.access || dates.attributeModification || dates.creation) {
         content.flags |= ContentNode::HasDates;
         m_tree->dates.push_back(dates);
     }
+    ContentFinderFlags finder{node, std::nullopt, object.propertyForKey(DRMacFinderHideExtension, DRHFSPlus).toBool()};
+    if (const QVariant flags = object.propertyForKey(DRMacFinderFlags, DRHFSPlus); flags.isValid())
+        finder.flags = static_cast<std::uint16_t>(flags.toInt());
+    if (finder.flags || finder.hidesExtension)
+        m_tree->finderFlags.push_back(finder);
 }
 
 void ContentTreeBuilder::addListedChildren(NodeIndex parent, const FSRef &ref, StorageIssues &issues)

@@ -235,6 +235,8 @@ bool Planner::layOut(NSError *error)
     for (const auto &writer : m_writers)
         writer->place(m_layout);
     placeFiles();
+    for (const auto &writer : m_writers)
+        writer->placeLast(m_layout, m_options.trailingPaddingBlocks);
     m_layout.finish(m_options.trailingPaddingBlocks);
     if (m_layout.blockCount() > std::numeric_limits<std::uint32_t>::max()) {
         *error = planError(dskFulErr,

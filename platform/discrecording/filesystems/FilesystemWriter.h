@@ -5,6 +5,7 @@
 #include "platform/discrecording/filesystems/DiscTreeNames.h"
 #include "platform/discrecording/filesystems/PlanProgress.h"
 #include "platform/discrecording/filesystems/StorageIssue.h"
+#include "platform/foundation/NSError.h"
 
 #include <cstdint>
 #include <memory>
@@ -47,12 +48,26 @@ public:
     virtual void placeFixed(ImageLayout &layout) { (void)layout; }
     /// Takes the blocks for everything that may lie anywhere.
     virtual void place(ImageLayout &layout) = 0;
+    /// Takes blocks for what depends on where everything else lies; called when the files have got their places.
+    /// `padding` blocks and the writers' tails will follow. No writer may count on being the last.
+    virtual void placeLast(ImageLayout &layout, std::uint64_t padding)
+    {
+        (void)layout;
+        (void)padding;
+    }
     /// Told when the files have got their places and the size of the image is known.
     virtual void didPlaceFiles(std::uint32_t imageBlocks) = 0;
 
     /// Fills blocks of a region that the writer took under `tag`: those from `firstBlock`, counted within the region.
     /// `out` holds zeros, or what another writer put into the same blocks.
     virtual void fillRegion(std::uint32_t tag, std::uint32_t firstBlock, std::span<std::uint8_t> out) const = 0;
+    /// The same for a writer that has to read files to fill a region: an error that names the file ends the image.
+    [[nodiscard]] virtual NSError produceRegion(std::uint32_t tag, std::uint32_t firstBlock,
+                                                std::span<std::uint8_t> out) const
+    {
+        fillRegion(tag, firstBlock, out);
+        return {};
+    }
 };
 
 } // namespace Tessaron

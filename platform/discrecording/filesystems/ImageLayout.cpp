@@ -28,9 +28,27 @@ void ImageLayout::reserve(std::uint64_t start, std::uint64_t count, const Filesy
 void ImageLayout::skipFixedBlocks(std::uint64_t count)
 {
     for (const BlockRegion &fixed : m_fixed) {
-        if (fixed.start < m_next + std::max<std::uint64_t>(count, 1) && m_next < fixed.start + fixed.count)
+        if (fixed.start < m_next + std::max<std::uint64_t>(count, 1) && m_next < fixed.start + fixed.count) {
+            leaveUnusedUpTo(fixed.start);
             m_next = fixed.start + fixed.count;
+        }
     }
+}
+
+void ImageLayout::leaveUnusedUpTo(std::uint64_t block)
+{
+    if (block <= m_next)
+        return;
+    m_unused.push_back({m_next, block - m_next});
+    m_next = block;
+}
+
+std::uint64_t ImageLayout::tailBlocks() const
+{
+    std::uint64_t tail = 0;
+    for (const BlockRegion &region : m_tails)
+        tail = std::max(tail, region.count);
+    return tail;
 }
 
 std::uint64_t ImageLayout::allocateExtent(std::uint64_t count)
@@ -56,13 +74,13 @@ void ImageLayout::reserveTail(std::uint64_t count, const FilesystemWriter *owner
 
 void ImageLayout::finish(std::uint64_t padding)
 {
-    std::uint64_t tail = 0;
-    for (const BlockRegion &region : m_tails)
-        tail = std::max(tail, region.count);
-    std::uint64_t end = m_next;
-    if (!m_fixed.empty())
-        end = std::max(end, m_fixed.back().start + m_fixed.back().count);
-    m_blockCount = (end + padding + tail + blocksPerUnit - 1) / blocksPerUnit * blocksPerUnit;
+    const std::uint64_t tail = tailBlocks();
+    for (const BlockRegion &fixed : m_fixed) {
+        leaveUnusedUpTo(fixed.start);
+        m_next = std::max(m_next, fixed.start + fixed.count);
+    }
+    m_blockCount = (m_next + padding + tail + blocksPerUnit - 1) / blocksPerUnit * blocksPerUnit;
+    leaveUnusedUpTo(m_blockCount - tail);
     for (BlockRegion region : m_tails) {
         region.start = m_blockCount - region.count;
         m_regions.push_back(region);

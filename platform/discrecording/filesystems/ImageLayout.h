@@ -19,6 +19,14 @@ struct BlockRegion {
     std::uint32_t tag = 0; ///< the owner's own name for the region
 };
 
+/// A run of blocks.
+struct BlockRun {
+    std::uint64_t start = 0;
+    std::uint64_t count = 0;
+
+    friend bool operator==(const BlockRun &, const BlockRun &) = default;
+};
+
 /// Gives every block of an image its address: some must lie at fixed places, some at the end, all else follows in the
 /// order in which it is asked for. Addresses are 64 bits wide here so that an image that is too big is noticed at the
 /// end, once.
@@ -42,14 +50,21 @@ public:
     [[nodiscard]] std::uint64_t blockCount() const { return m_blockCount; }
     /// All regions, ordered by address.
     [[nodiscard]] const std::vector<BlockRegion> &regions() const { return m_regions; }
+    /// The runs that nobody took, in no order; complete after finish().
+    [[nodiscard]] const std::vector<BlockRun> &unusedRuns() const { return m_unused; }
+    /// How many blocks the longest tail has.
+    [[nodiscard]] std::uint64_t tailBlocks() const;
 
 private:
     /// Moves `m_next` so that `count` blocks there touch no fixed one.
     void skipFixedBlocks(std::uint64_t count);
+    /// Moves `m_next` to `block`; what lies between stays unused.
+    void leaveUnusedUpTo(std::uint64_t block);
 
     std::vector<BlockRegion> m_regions;
     std::vector<BlockRegion> m_fixed; ///< ordered by address
     std::vector<BlockRegion> m_tails;
+    std::vector<BlockRun> m_unused;
     std::uint64_t m_next = 0;
     std::uint64_t m_blockCount = 0;
 };

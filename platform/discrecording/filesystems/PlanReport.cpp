@@ -65,6 +65,12 @@ QString sentenceFor(StorageReason reason, ContentKind kind)
                               "systems that rely on it do not find the folder.");
     case StorageReason::LinkTargetSimplified:
         return QStringLiteral("The target of the symbolic link is stored in a simpler form of the same meaning.");
+    case StorageReason::TimeBeyondCatalog:
+        return QStringLiteral("A time lies outside the years 1904 to 2040; the nearest possible one is stored.");
+    case StorageReason::AttributesOfOtherName:
+        return QStringLiteral(
+            "The file has several names on the disc, and the permissions, times and flags of the first "
+            "one hold for all of them.");
     }
     return {};
 }

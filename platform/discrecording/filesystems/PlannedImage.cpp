@@ -137,23 +137,25 @@ NSError PlannedImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out) c
         cleared = to - pieceStart;
     }
     clearUpTo(out.size());
-    fillRegions(at, out);
-    return {};
+    return fillRegions(at, out);
 }
 
-void PlannedImage::fillRegions(std::uint64_t at, std::span<std::uint8_t> out) const
+NSError PlannedImage::fillRegions(std::uint64_t at, std::span<std::uint8_t> out) const
 {
     const std::uint64_t end = at + out.size() / logicalBlockSize;
     for (const BlockRegion &region : m_layout.regions()) {
         if (region.start >= end)
-            return;
+            break;
         const std::uint64_t from = std::max(at, region.start);
         const std::uint64_t to = std::min(end, region.start + region.count);
         if (from >= to)
             continue;
-        region.owner->fillRegion(region.tag, static_cast<std::uint32_t>(from - region.start),
-                                 out.subspan((from - at) * logicalBlockSize, (to - from) * logicalBlockSize));
+        if (const NSError error = region.owner->produceRegion(
+                region.tag, static_cast<std::uint32_t>(from - region.start),
+                out.subspan((from - at) * logicalBlockSize, (to - from) * logicalBlockSize)))
+            return error;
     }
+    return {};
 }
 
 NSError PlannedImage::fillFile(NodeIndex file, std::uint64_t offset, std::span<std::uint8_t> out,

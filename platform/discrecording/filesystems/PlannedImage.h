@@ -35,7 +35,7 @@ private:
     [[nodiscard]] std::uint64_t endOf(NodeIndex file) const;
     [[nodiscard]] bool isBig(NodeIndex file) const;
 
-    void fillRegions(std::uint64_t at, std::span<std::uint8_t> out) const;
+    [[nodiscard]] NSError fillRegions(std::uint64_t at, std::span<std::uint8_t> out) const;
     /// Puts the bytes of one file from `offset` on there.
     [[nodiscard]] NSError fillFile(NodeIndex file, std::uint64_t offset, std::span<std::uint8_t> out,
                                    SourceFolder &folder) const;

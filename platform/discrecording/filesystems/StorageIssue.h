@@ -25,6 +25,8 @@ enum class StorageReason : std::uint8_t {
     PathBeyondStandard,
     MissingInPathTable,
     LinkTargetSimplified,
+    TimeBeyondCatalog, ///< outside of what HFS+ dates can say
+    AttributesOfOtherName, ///< the object is another name of a file whose attributes it does not share
 };
 
 /// One thing to report, in eight bytes.

@@ -29,6 +29,8 @@ void VolumeDescriptorSet::placeFixed(ImageLayout &layout)
 {
     // The 16 blocks before are the system's (6.2.1).
     layout.reserve(0, firstBlock, this, 0);
+    if (m_entries.empty())
+        return;
     layout.reserve(firstBlock, m_entries.size(), this, 1);
 }
 
