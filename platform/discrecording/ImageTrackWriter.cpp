@@ -11,9 +11,15 @@ constexpr std::uint64_t smallestKernelCopy = std::uint64_t(16) << 20;
 } // namespace
 
 ImageTrackWriter::ImageTrackWriter(const BlockImage &image, BurnSink &sink, const BurnCancellation &cancellation)
+    : ImageTrackWriter(image, sink, pipelineOptions(sink), cancellation)
+{
+}
+
+ImageTrackWriter::ImageTrackWriter(const BlockImage &image, BurnSink &sink, const BlockPipeline::Options &options,
+                                   const BurnCancellation &cancellation)
     : m_image(image)
     , m_sink(sink)
-    , m_pipeline(image, pipelineOptions(sink), cancellation)
+    , m_pipeline(image, options, cancellation)
 {
 }
 
