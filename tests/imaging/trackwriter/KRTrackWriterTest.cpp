@@ -1,0 +1,281 @@
+#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/DRStorageReport.h"
+#include "tests/discrecording/burn/TestProducer.h"
+#include "tests/imaging/trackwriter/RecordingDelegate.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/TemporaryTree.h"
+#include <TessaronClasses/KRTrackWriter.h>
+
+#include <algorithm>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <thread>
+#include <unistd.h>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+const QStringList endOnly = {QStringLiteral("end")};
+
+class KRTrackWriterTest : public testing::Test
+{
+protected:
+    std::shared_ptr<KRTrackWriter> makeWriter(std::uint64_t blocks)
+    {
+        tree.makeFile("image");
+        return KRTrackWriter::trackWriterWithTrack(trackOfProducer(producer, blocks), tree.pathText("image"));
+    }
+    void start(KRTrackWriter &writer)
+    {
+        EXPECT_TRUE(writer.writeTrackAndNotifyDelegate(delegate.callbacks()).isNull());
+    }
+    [[nodiscard]] QString lastHeard() const { return delegate.heard.isEmpty() ? QString() : delegate.heard.last(); }
+
+    const TemporaryTree tree;
+    const std::shared_ptr<TestProducer> producer = std::make_shared<TestProducer>();
+    RecordingDelegate delegate;
+};
+
+} // namespace
+
+TEST_F(KRTrackWriterTest, writer_isNull_withoutLayoutOrPath)
+{
+    EXPECT_EQ(KRTrackWriter::trackWriterWithTrack({}, tree.pathText("image")), nullptr);
+    EXPECT_EQ(KRTrackWriter::trackWriterWithTrack(std::shared_ptr<DRTrack>(), tree.pathText("image")), nullptr);
+    EXPECT_EQ(KRTrackWriter::trackWriterWithTrack(trackOfProducer(producer, 1), QString()), nullptr);
+    EXPECT_NE(KRTrackWriter::trackWriterWithTrack(trackOfProducer(producer, 1), QStringLiteral("")), nullptr);
+}
+
+TEST_F(KRTrackWriterTest, writing_putsAllBlocksIntoTheFile_thenTellsTheEnd)
+{
+    const auto writer = makeWriter(3000);
+    bool isWhole = false;
+    delegate.onEnd = [&](KRTrackWriter &sender) {
+        EXPECT_EQ(&sender, writer.get());
+        isWhole = tree.contents("image") == TestProducer::pattern(3000 * 2048);
+    };
+    start(*writer);
+    EXPECT_EQ(delegate.heard, QStringList()) << "nothing before the event loop runs";
+    delegate.waitForEnd();
+    EXPECT_EQ(delegate.heard, (QStringList{QStringLiteral("progress"), QStringLiteral("end")}));
+    EXPECT_TRUE(isWhole);
+    EXPECT_EQ(delegate.progress.back(), 1.0f);
+    EXPECT_TRUE(std::ranges::is_sorted(delegate.progress));
+    EXPECT_EQ(writer->amounts().bytesWritten, 3000u * 2048);
+    EXPECT_EQ(writer->amounts().bytesTotal, 3000u * 2048);
+    EXPECT_TRUE(writer->storageReport()) << "stays when the burn is gone";
+}
+
+TEST_F(KRTrackWriterTest, writing_acceptsAnArrayOfTracks)
+{
+    tree.makeFile("image");
+    const DRTrackArray tracks{trackOfProducer(producer, 3), trackOfProducer(producer, 2, 2352)};
+    const auto writer = KRTrackWriter::trackWriterWithTrack(tracks, tree.pathText("image"));
+    start(*writer);
+    delegate.waitForEnd();
+    EXPECT_EQ(tree.contents("image"), TestProducer::pattern(3 * 2048) + TestProducer::pattern(2 * 2352));
+}
+
+TEST_F(KRTrackWriterTest, writing_leavesNothingOfALongerFile)
+{
+    const auto writer = makeWriter(2);
+    tree.makeFile("image", QByteArray(100000, 'x'));
+    start(*writer);
+    delegate.waitForEnd();
+    EXPECT_EQ(tree.contents("image"), TestProducer::pattern(2 * 2048));
+}
+
+TEST_F(KRTrackWriterTest, start_failsWithThePath_whenTheFileDoesNotExist)
+{
+    const auto writer = makeWriter(2);
+    ::unlink(tree.path("image").constData());
+    const NSError error = writer->writeTrackAndNotifyDelegate(delegate.callbacks());
+    EXPECT_EQ(error, NSError(NSOSStatusErrorDomain, -20, {{NSFilePathErrorKey, tree.pathText("image")}}));
+    writer->cancelTrackWriting();
+    drainEventLoop();
+    EXPECT_EQ(delegate.heard, QStringList());
+    EXPECT_FALSE(tree.exists("image"));
+}
+
+TEST_F(KRTrackWriterTest, start_fails_whileAWritingRuns)
+{
+    const auto writer = makeWriter(3000);
+    start(*writer);
+    EXPECT_EQ(writer->writeTrackAndNotifyDelegate(delegate.callbacks()), NSError(NSOSStatusErrorDomain, -4960));
+    delegate.waitForEnd();
+    EXPECT_EQ(lastHeard(), QStringLiteral("end"));
+}
+
+TEST_F(KRTrackWriterTest, cancel_isTold_onceTheFileIsGone)
+{
+    for (const std::uint64_t position : {std::uint64_t(0), std::uint64_t(10) << 20}) {
+        delegate = {};
+        const auto writer = makeWriter(1 << 20);
+        producer->beforeData = [&](std::uint64_t at) {
+            if (at >= position)
+                writer->cancelTrackWriting();
+        };
+        bool wasThere = true;
+        delegate.onEnd = [&](KRTrackWriter &) { wasThere = tree.exists("image"); };
+        start(*writer);
+        delegate.waitForEnd();
+        EXPECT_EQ(lastHeard(), QStringLiteral("cancel"));
+        EXPECT_EQ(delegate.heard.count(QStringLiteral("cancel")), 1);
+        EXPECT_FALSE(wasThere);
+    }
+}
+
+TEST_F(KRTrackWriterTest, cancel_isTold_whenAskedForRightAfterTheStart)
+{
+    const auto writer = makeWriter(1 << 20);
+    start(*writer);
+    writer->cancelTrackWriting();
+    delegate.waitForEnd();
+    EXPECT_EQ(lastHeard(), QStringLiteral("cancel"));
+    EXPECT_FALSE(tree.exists("image"));
+}
+
+TEST_F(KRTrackWriterTest, cancel_changesNothing_afterTheEnd)
+{
+    const auto writer = makeWriter(2);
+    delegate.onEnd = [](KRTrackWriter &sender) { sender.cancelTrackWriting(); };
+    start(*writer);
+    delegate.waitForEnd();
+    writer->cancelTrackWriting();
+    drainEventLoop();
+    EXPECT_EQ(delegate.heard.mid(delegate.heard.size() - 1), endOnly);
+    EXPECT_TRUE(tree.exists("image"));
+}
+
+TEST_F(KRTrackWriterTest, delegate_mayLetGoOfTheWriter)
+{
+    std::shared_ptr<KRTrackWriter> writer = makeWriter(2);
+    const std::weak_ptr<KRTrackWriter> watched = writer;
+    delegate.onEnd = [&](KRTrackWriter &) { writer.reset(); };
+    start(*writer);
+    delegate.waitForEnd();
+    EXPECT_EQ(lastHeard(), QStringLiteral("end"));
+    EXPECT_TRUE(watched.expired());
+    EXPECT_TRUE(tree.exists("image"));
+}
+
+TEST_F(KRTrackWriterTest, delegate_mayStartAgain_fromItsLastCallback)
+{
+    const auto writer = makeWriter(2);
+    RecordingDelegate second;
+    delegate.onEnd = [&](KRTrackWriter &sender) {
+        EXPECT_TRUE(sender.writeTrackAndNotifyDelegate(second.callbacks()).isNull());
+    };
+    start(*writer);
+    second.waitForEnd();
+    EXPECT_EQ(second.heard.last(), QStringLiteral("end"));
+    EXPECT_EQ(tree.contents("image"), TestProducer::pattern(2 * 2048));
+}
+
+TEST_F(KRTrackWriterTest, delegate_hearsNothing_whenItsContextIsGone)
+{
+    const auto writer = makeWriter(2);
+    auto context = std::make_shared<int>();
+    KRTrackWriterDelegate callbacks = delegate.callbacks();
+    callbacks.context = CallbackContext(context);
+    EXPECT_TRUE(writer->writeTrackAndNotifyDelegate(callbacks).isNull());
+    context.reset();
+    EXPECT_TRUE(runEventLoopUntil([&] { return writer->amounts().bytesWritten == 2 * 2048; }));
+    drainEventLoop();
+    EXPECT_EQ(delegate.heard, QStringList());
+}
+
+TEST_F(KRTrackWriterTest, destruction_cancelsAndRemovesTheFile)
+{
+    auto writer = makeWriter(1 << 20);
+    std::atomic<bool> isWriting = false;
+    producer->beforeData = [&](std::uint64_t at) { isWriting = at > 0; };
+    start(*writer);
+    while (!isWriting)
+        std::this_thread::yield();
+    writer.reset();
+    EXPECT_EQ(producer->calls.last(), QStringLiteral("cleanup")) << "its thread has ended";
+    EXPECT_FALSE(tree.exists("image"));
+    drainEventLoop();
+    EXPECT_EQ(delegate.heard, QStringList());
+}
+
+TEST_F(KRTrackWriterTest, writing_failsWithASentence_whenTheDeviceIsFull)
+{
+    const auto writer = makeWriter(100);
+    ::unlink(tree.path("image").constData());
+    tree.makeSymbolicLink("image", "/dev/full");
+    start(*writer);
+    delegate.waitForEnd();
+    EXPECT_EQ(lastHeard(), QStringLiteral("failure"));
+    EXPECT_EQ(delegate.error.domain(), NSOSStatusErrorDomain);
+    EXPECT_EQ(delegate.error.code(), dskFulErr);
+    EXPECT_EQ(delegate.error.localizedFailureReason(),
+              QStringLiteral("The disk holding “/dev/full” is full. Free some space there, or write to another disk."));
+}
+
+TEST_F(KRTrackWriterTest, writing_leavesADeviceAlone_whenItFails)
+{
+    const auto writer = KRTrackWriter::trackWriterWithTrack(trackOfProducer(producer, 5), QStringLiteral("/dev/full"));
+    start(*writer);
+    delegate.waitForEnd();
+    EXPECT_EQ(lastHeard(), QStringLiteral("failure"));
+    EXPECT_EQ(::access("/dev/full", F_OK), 0);
+}
+
+TEST_F(KRTrackWriterTest, writing_failsAndRemovesTheFile_whenTheFileSystemIsFull)
+{
+    const QByteArray folder = tree.makeFolder("small");
+    if (::mount("tmpfs", folder.constData(), "tmpfs", 0, "size=1m") != 0)
+        GTEST_SKIP() << "mounting is not permitted";
+    tree.makeFile("small/image");
+    {
+        const auto writer =
+            KRTrackWriter::trackWriterWithTrack(trackOfProducer(producer, 2000), tree.pathText("small/image"));
+        start(*writer);
+        delegate.waitForEnd();
+    }
+    EXPECT_EQ(lastHeard(), QStringLiteral("failure"));
+    EXPECT_EQ(delegate.error.code(), dskFulErr);
+    EXPECT_TRUE(delegate.error.localizedFailureReason().contains(tree.pathText("small/image")));
+    EXPECT_FALSE(tree.exists("small/image"));
+    EXPECT_EQ(::umount(folder.constData()), 0);
+}
+
+TEST_F(KRTrackWriterTest, writing_fails_whenTheFileMayNotGrowSoFar)
+{
+    const auto writer = makeWriter(2000);
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit oneMebibyte{1 << 20, 1 << 20};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &oneMebibyte), 0);
+    start(*writer);
+    delegate.waitForEnd();
+    EXPECT_EQ(lastHeard(), QStringLiteral("failure"));
+    EXPECT_TRUE(delegate.error.localizedFailureReason().contains(tree.pathText("image")));
+    EXPECT_FALSE(tree.exists("image"));
+}
+
+TEST_F(KRTrackWriterTest, writing_makesAnImageOfAFolder)
+{
+    tree.makeFile("source/file", "contents of the file");
+    tree.makeFile("source/big", TestProducer::pattern(20 << 20));
+    tree.makeFile("image");
+    const auto writer = KRTrackWriter::trackWriterWithTrack(
+        DRTrack::trackForRootFolder(DRFolder::folderWithPath(tree.pathText("source"))), tree.pathText("image"));
+    start(*writer);
+    delegate.waitForEnd();
+    EXPECT_EQ(lastHeard(), QStringLiteral("end"));
+    const QByteArray image = tree.contents("image");
+    EXPECT_EQ(image.mid(16 * 2048 + 1, 5), "CD001");
+    EXPECT_TRUE(image.contains("contents of the file"));
+    EXPECT_TRUE(image.contains(TestProducer::pattern(20 << 20)));
+    EXPECT_EQ(std::uint64_t(image.size()), writer->amounts().bytesTotal);
+    EXPECT_EQ(writer->amounts().filesTotal, 2u);
+}
+
+} // namespace Tessaron::Testing
