@@ -108,15 +108,19 @@ std::vector<LostObject> lostObjects(const DRStorageReport &report, std::size_t l
 
 QStringList harmlessDifferences(const DRStorageReport &report)
 {
-    std::map<std::pair<DRDiscTree, Kind>, std::uint64_t> counts;
+    std::map<DRDiscTree, std::map<Kind, std::uint64_t>> counts;
     forEachTelling(report, [&](const DRStorageReportItem &item) {
-        if (!item.isLost)
-            ++counts[{item.tree, item.kind}];
+        if (!item.isLost && item.tree != DRDiscTree::ISO9660)
+            ++counts[item.tree][item.kind];
     });
     QStringList result;
-    for (const auto &[treeAndKind, count] : counts)
-        result += QStringLiteral("In the %1 tree, %2; another tree of the disc has them as they are.")
-                      .arg(discTreeName(treeAndKind.first), differenceText(treeAndKind.second, count));
+    for (const auto &[tree, kinds] : counts) {
+        QStringList parts;
+        for (const auto &[kind, count] : kinds)
+            parts += differenceText(kind, count);
+        result += QStringLiteral("In the %1 tree, %2; another tree has them as they are (-v lists them).")
+                      .arg(discTreeName(tree), parts.join(QStringLiteral(" and ")));
+    }
     return result;
 }
 

@@ -35,8 +35,8 @@ struct LostObject {
 /// The objects of which something is lost, in the order of the report, at most `limit`.
 [[nodiscard]] std::vector<LostObject> lostObjects(const DRStorageReport &report, std::size_t limit);
 
-/// A sentence for each tree and kind of which nothing is lost, since another tree makes up for it: "In joliet, 3 names
-/// are changed."
+/// A sentence for each tree in which something differs that another tree makes up for: "In the joliet tree, 3 names are
+/// changed …". None for the plain ISO 9660 tree: whoever reads no more than that one expects it.
 [[nodiscard]] QStringList harmlessDifferences(const DRStorageReport &report);
 
 /// One line about one item.

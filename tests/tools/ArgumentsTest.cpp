@@ -1,0 +1,128 @@
+#include "tools/tessaron/Arguments.h"
+
+#include <gtest/gtest.h>
+#include <ostream>
+
+namespace Tessaron::Tool
+{
+
+namespace
+{
+
+struct WrongLine {
+    QList<QByteArray> words;
+    const char *message;
+};
+
+TEST(Arguments, image_hasDefaults_whenOnlyOutputAndPathAreGiven)
+{
+    const Arguments arguments = parseArguments({"image", "-o", "disc.iso", "folder"});
+    EXPECT_EQ(arguments.action, Arguments::Action::MakeImage);
+    EXPECT_EQ(arguments.output, "disc.iso");
+    EXPECT_EQ(arguments.paths, QList<QByteArray>({"folder"}));
+    EXPECT_EQ(arguments.format, ImageFormat::Iso);
+    EXPECT_EQ(arguments.filesystems, DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet);
+    EXPECT_EQ(arguments.progress, ProgressMode::Auto);
+    EXPECT_EQ(arguments.verbosity, Verbosity::Normal);
+    EXPECT_FALSE(arguments.strict);
+    EXPECT_FALSE(arguments.json);
+}
+
+TEST(Arguments, options_areUnderstood_inEveryOrderAndSpelling)
+{
+    const Arguments arguments =
+        parseArguments({"image", "one", "--format=bin", "-qodisc.x", "--name", "A B", "two", "--progress", "json",
+                        "--strict", "--json", "--filesystems=iso9660", "--", "-o", "--json"});
+    EXPECT_EQ(arguments.action, Arguments::Action::MakeImage);
+    EXPECT_EQ(arguments.paths, QList<QByteArray>({"one", "two", "-o", "--json"}));
+    EXPECT_EQ(arguments.output, "disc.x");
+    EXPECT_EQ(arguments.format, ImageFormat::Bin);
+    EXPECT_EQ(arguments.volumeName, QStringLiteral("A B"));
+    EXPECT_EQ(arguments.progress, ProgressMode::Json);
+    EXPECT_EQ(arguments.filesystems, DRFilesystemInclusionMaskISO9660);
+    EXPECT_EQ(arguments.verbosity, Verbosity::Quiet);
+    EXPECT_TRUE(arguments.strict);
+    EXPECT_TRUE(arguments.json);
+}
+
+TEST(Arguments, format_followsTheEndingOfTheOutput_whenItIsNotGiven)
+{
+    EXPECT_EQ(parseArguments({"image", "-o", "a/b.BIN", "x"}).format, ImageFormat::Bin);
+    EXPECT_EQ(parseArguments({"image", "-o", "a.bin/b", "x"}).format, ImageFormat::Iso);
+    EXPECT_EQ(parseArguments({"image", "-o", "b.bin", "--format", "iso", "x"}).format, ImageFormat::Iso);
+}
+
+TEST(Arguments, lastOption_counts_whenItIsGivenTwice)
+{
+    const Arguments arguments = parseArguments({"image", "-q", "-o", "a", "-v", "-o", "b", "x"});
+    EXPECT_EQ(arguments.output, "b");
+    EXPECT_EQ(arguments.verbosity, Verbosity::Verbose);
+}
+
+TEST(Arguments, paths_stayBytes_whenTheyAreNotUtf8)
+{
+    const Arguments arguments = parseArguments({"scan", "\xe4\xff"});
+    EXPECT_EQ(arguments.action, Arguments::Action::Scan);
+    EXPECT_EQ(arguments.paths, QList<QByteArray>({"\xe4\xff"}));
+}
+
+TEST(Arguments, singleDash_isAPath)
+{
+    EXPECT_EQ(parseArguments({"scan", "-"}).paths, QList<QByteArray>({"-"}));
+}
+
+TEST(Arguments, helpAndVersion_needNothingElse)
+{
+    EXPECT_EQ(parseArguments({"--help"}).action, Arguments::Action::ShowHelp);
+    EXPECT_EQ(parseArguments({"-h"}).action, Arguments::Action::ShowHelp);
+    EXPECT_EQ(parseArguments({"--version"}).action, Arguments::Action::ShowVersion);
+    const Arguments arguments = parseArguments({"image", "--help"});
+    EXPECT_EQ(arguments.action, Arguments::Action::ShowHelp);
+    EXPECT_EQ(arguments.command, "image");
+}
+
+TEST(Arguments, usageError_asksForJson_whenTheLineDoes)
+{
+    const Arguments arguments = parseArguments({"image", "--nonsense", "--json"});
+    EXPECT_EQ(arguments.action, Arguments::Action::ReportUsageError);
+    EXPECT_TRUE(arguments.json);
+    EXPECT_FALSE(parseArguments({"image", "--nonsense", "--", "--json"}).json);
+}
+
+class WrongArguments : public testing::TestWithParam<WrongLine>
+{
+};
+
+TEST_P(WrongArguments, parse_saysWhatIsWrong)
+{
+    const Arguments arguments = parseArguments(GetParam().words);
+    EXPECT_EQ(arguments.action, Arguments::Action::ReportUsageError);
+    EXPECT_NE(arguments.usageError.indexOf(QString::fromUtf8(GetParam().message)), -1)
+        << arguments.usageError.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lines, WrongArguments,
+    testing::Values(WrongLine{{}, "no command"}, WrongLine{{"burn"}, "there is no command “burn”"},
+                    WrongLine{{"--json"}, "there is no option “--json”"}, WrongLine{{"scan"}, "no PATH"},
+                    WrongLine{{"scan", ""}, "a PATH is empty"}, WrongLine{{"image", "x"}, "-o OUT"},
+                    WrongLine{{"image", "-o", "x.iso"}, "no PATH"},
+                    WrongLine{{"image", "x", "-o"}, "the option -o needs a value"},
+                    WrongLine{{"image", "x", "--output="}, "the value of --output is empty"},
+                    WrongLine{{"image", "--strict=yes", "x"}, "the option --strict takes no value"},
+                    WrongLine{{"scan", "--strict", "x"}, "there is no option “--strict”"},
+                    WrongLine{{"image", "-qx", "x"}, "there is no option “-x”"},
+                    WrongLine{{"image", "--format", "nrg", "x"}, "use iso or bin"},
+                    WrongLine{{"scan", "--progress=dots", "x"}, "use auto, bar, json or none"},
+                    WrongLine{{"image", "--filesystems", "udf", "x"}, "not available in this version"},
+                    WrongLine{{"image", "--filesystems", "iso9660,hfs+", "x"}, "not available in this version"},
+                    WrongLine{{"image", "--filesystems", "joliet", "x"}, "joliet cannot stand alone"},
+                    WrongLine{{"image", "--filesystems", "rockridge", "x"}, "always goes with iso9660"},
+                    WrongLine{{"image", "--filesystems", "iso9660,", "x"}, "there is no filesystem"},
+                    WrongLine{{"image", "-o", "a\".bin", "x"}, "cannot stand in a cue sheet"},
+                    WrongLine{{"image", "-o", "a\n.bin", "x"}, "cannot stand in a cue sheet"},
+                    WrongLine{{"image", "--format=bin", "-o", "a.cue", "x"}, "is the name of the cue sheet"}));
+
+} // namespace
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,97 @@
+#include "tools/tessaron/Arguments.h"
+#include "tools/tessaron/OptionTable.h"
+
+#include <QFile>
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+#include <set>
+#include <string>
+
+namespace Tessaron::Tool
+{
+
+namespace
+{
+
+using Options = std::set<std::string>;
+
+QString projectFile(const char *path)
+{
+    QFile file(QStringLiteral(TESSARON_SOURCE_FOLDER "/") + QString::fromUtf8(path));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path;
+    return QString::fromUtf8(file.readAll());
+}
+
+Options knownOptions(const QByteArray &command)
+{
+    Options result;
+    for (const OptionDescription &option : allOptions()) {
+        if (!knows(command, option))
+            continue;
+        result.insert(std::string("--") + option.longName);
+        if (option.shortName != 0)
+            result.insert(std::string("-") + option.shortName);
+    }
+    return result;
+}
+
+Options matchesIn(const QString &text, const char *pattern)
+{
+    Options result;
+    QRegularExpressionMatchIterator matches =
+        QRegularExpression(QString::fromUtf8(pattern), QRegularExpression::MultilineOption).globalMatch(text);
+    while (matches.hasNext())
+        result.insert(matches.next().captured(1).toStdString());
+    return result;
+}
+
+TEST(OptionAgreement, helpText_namesExactlyTheOptionsOfTheCommand)
+{
+    for (const QByteArray command : {"", "image", "scan"}) {
+        const QString help = QString::fromUtf8(helpText(command));
+        Options inHelp = matchesIn(help, "^ {2,6}(?:-\\w, )?(--[a-z]+)");
+        inHelp.merge(matchesIn(help, "^ {2}(-\\w), "));
+        EXPECT_EQ(inHelp, knownOptions(command)) << command.constData();
+    }
+}
+
+TEST(OptionAgreement, helpText_fitsInEightyColumns)
+{
+    for (const QByteArray command : {"", "image", "scan"}) {
+        for (const QByteArray &line : helpText(command).split('\n'))
+            EXPECT_LE(QString::fromUtf8(line).size(), 80) << line.constData();
+    }
+}
+
+TEST(OptionAgreement, manualPage_describesExactlyTheOptions)
+{
+    const QString page = projectFile("packaging/man/tessaron.1");
+    Options described;
+    for (const std::string &option : matchesIn(page, "^\\.It Fl -?([a-z]+)"))
+        described.insert((option.size() == 1 ? "-" : "--") + option);
+    for (const std::string &option : matchesIn(page, "^\\.It Fl [a-z] , Fl -([a-z]+)"))
+        described.insert("--" + option);
+    Options known = knownOptions("");
+    known.merge(knownOptions("image"));
+    known.merge(knownOptions("scan"));
+    EXPECT_EQ(described, known);
+}
+
+TEST(OptionAgreement, completion_offersExactlyTheOptionsOfTheCommand)
+{
+    const QString script = projectFile("packaging/completions/tessaron.bash");
+    const auto offered = [&script](const char *start) {
+        const qsizetype from = script.indexOf(QString::fromUtf8(start));
+        const qsizetype to = script.indexOf(QStringLiteral(";;"), from);
+        EXPECT_GE(from, 0) << start;
+        return matchesIn(script.mid(from, to - from), "(?<=[ \"])(--?[a-z]+)(?=[ \"])");
+    };
+    EXPECT_EQ(offered("    image)\n"), knownOptions("image"));
+    EXPECT_EQ(offered("    scan) "), knownOptions("scan"));
+    EXPECT_EQ(offered("    *) "), knownOptions(""));
+}
+
+} // namespace
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,104 @@
+#include "tools/tessaron/ProgressBar.h"
+#include "tools/tessaron/ProgressDisplay.h"
+#include "tools/tessaron/TransferRate.h"
+
+#include <gtest/gtest.h>
+
+namespace Tessaron::Tool
+{
+
+namespace
+{
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+constexpr std::uint64_t megabyte = 1 << 20;
+
+ProgressState writing(std::uint64_t bytes, std::uint64_t total)
+{
+    ProgressState state;
+    state.phase = ProgressState::Phase::Writing;
+    state.bytesWritten = bytes;
+    state.bytesTotal = total;
+    return state;
+}
+
+TEST(ProgressState, percent_isRoundedDownAndFullOnlyAtTheEnd)
+{
+    EXPECT_EQ(ProgressState().percent(), 0);
+    EXPECT_EQ(writing(0, 0).percent(), 0);
+    EXPECT_EQ(writing(1, 3).percent(), 33.3);
+    EXPECT_EQ(writing(2, 3).percent(), 66.6);
+    EXPECT_EQ(writing(3, 3).percent(), 99.9);
+    ProgressState done = writing(3, 3);
+    done.phase = ProgressState::Phase::Done;
+    EXPECT_EQ(done.percent(), 100);
+}
+
+TEST(TransferRate, rate_isUnknown_untilEnoughWasSeen)
+{
+    TransferRate rate;
+    EXPECT_FALSE(rate.bytesPerSecond());
+    const TransferRate::Time start;
+    rate.add(start, 0);
+    rate.add(start + milliseconds(100), megabyte);
+    EXPECT_FALSE(rate.bytesPerSecond());
+    EXPECT_FALSE(rate.remaining(megabyte));
+}
+
+TEST(TransferRate, rate_followsTheLastSeconds)
+{
+    TransferRate rate;
+    const TransferRate::Time start;
+    for (int second = 0; second <= 10; ++second) // 100 MB/s at first, then 1 MB/s
+        rate.add(start + seconds(second), second <= 2 ? second * 100 * megabyte : (200 + second - 2) * megabyte);
+    ASSERT_TRUE(rate.bytesPerSecond());
+    EXPECT_EQ(*rate.bytesPerSecond(), double(megabyte));
+    EXPECT_EQ(rate.remaining(308 * megabyte), seconds(100));
+}
+
+TEST(TransferRate, remaining_isUnknown_whenNothingMoves)
+{
+    TransferRate rate;
+    const TransferRate::Time start;
+    rate.add(start, megabyte);
+    rate.add(start + seconds(1), megabyte);
+    EXPECT_EQ(rate.bytesPerSecond(), 0.0);
+    EXPECT_FALSE(rate.remaining(2 * megabyte));
+}
+
+TEST(ProgressLine, writing_showsAllThatFits)
+{
+    TransferRate rate;
+    const TransferRate::Time start;
+    rate.add(start, 0);
+    rate.add(start + seconds(1), 8 * megabyte);
+    const ProgressState state = writing(8 * megabyte, 32 * megabyte);
+    EXPECT_EQ(progressLine(state, 25, rate, 79),
+              "[=======>                      ]  25 %  8.0 MB of 32.0 MB  8.0 MB/s  0:03 left");
+    EXPECT_EQ(progressLine(state, 25, rate, 30), " 25 %  8.0 MB of 32.0 MB");
+    EXPECT_EQ(progressLine(state, 25, rate, 20), "[==>        ]  25 %");
+    EXPECT_EQ(progressLine(state, 25, rate, 3), " 25");
+    for (int width = 0; width < 200; ++width)
+        EXPECT_LE(progressLine(state, 25, rate, width).size(), width);
+}
+
+TEST(ProgressLine, scanning_showsCounts)
+{
+    ProgressState state;
+    state.files = 12;
+    state.folders = 1;
+    EXPECT_EQ(progressLine(state, 0, TransferRate(), 79), "Scanning: 12 files, 1 folder");
+}
+
+TEST(DurationText, time_isShownAsOnAClock)
+{
+    EXPECT_EQ(durationText(seconds(7)), "0:07");
+    EXPECT_EQ(durationText(seconds(754)), "12:34");
+    EXPECT_EQ(durationText(seconds(3723)), "1:02:03");
+}
+
+} // namespace
+
+} // namespace Tessaron::Tool
