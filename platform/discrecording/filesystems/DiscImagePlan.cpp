@@ -2,10 +2,12 @@
 
 #include "platform/discrecording/DRFolder.h"
 #include "platform/discrecording/filesystems/ContentTreeBuilder.h"
+#include "platform/discrecording/filesystems/DvdVideoOrder.h"
 #include "platform/discrecording/filesystems/HierarchyWriter.h"
 #include "platform/discrecording/filesystems/PlanReport.h"
 #include "platform/discrecording/filesystems/PlannedImage.h"
 #include "platform/discrecording/filesystems/VolumeDescriptorSet.h"
+#include "platform/discrecording/filesystems/udf/UdfWriter.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 
 #include <QDateTime>
@@ -109,7 +111,8 @@ bool Planner::makeTree(NSError *error)
 
 bool Planner::chooseFilesystems(NSError *error)
 {
-    constexpr DRFilesystemMask writable = DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet;
+    constexpr DRFilesystemMask writable =
+        DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet | DRFilesystemInclusionMaskUDF;
     const DRFilesystemMask allowed = m_options.filesystems & writable;
     DRFilesystemMask contents = 0;
     completeFilesystemMasks(*m_tree, &contents);
@@ -142,6 +145,8 @@ void Planner::makeWriters()
         traits.coding = NameCoding::Joliet;
         m_writers.push_back(std::make_unique<HierarchyWriter>(m_tree, traits, texts));
     }
+    if ((m_filesystems & DRFilesystemInclusionMaskUDF) != 0)
+        m_writers.push_back(std::make_unique<UdfWriter>(m_tree, texts));
     // Last, so that it ends before the writers that it points to.
     std::vector<const FilesystemWriter *> all;
     for (const auto &writer : m_writers)
@@ -204,6 +209,7 @@ void Planner::reportAbsent()
 /// before those of its folders.
 void Planner::placeFiles()
 {
+    placeDvdVideoFiles(*m_tree, m_filesystems, m_layout, m_files);
     std::vector<NodeIndex> folders{0};
     while (!folders.empty()) {
         const ContentNode folder = m_tree->nodes[folders.back()];

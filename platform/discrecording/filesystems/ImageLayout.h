@@ -40,6 +40,8 @@ public:
     std::uint64_t allocate(std::uint64_t count, const FilesystemWriter *owner, std::uint32_t tag);
     /// The same for an extent of file contents, which is no writer's region.
     std::uint64_t allocateExtent(std::uint64_t count);
+    /// Lets what follows begin at `block`; what lies between stays unused. Ignored when the place is past already.
+    void leaveUnusedUpTo(std::uint64_t block);
     /// The last blocks of the image. Several writers' tails overlap, each ends with the image.
     void reserveTail(std::uint64_t count, const FilesystemWriter *owner, std::uint32_t tag);
 
@@ -58,8 +60,6 @@ public:
 private:
     /// Moves `m_next` so that `count` blocks there touch no fixed one.
     void skipFixedBlocks(std::uint64_t count);
-    /// Moves `m_next` to `block`; what lies between stays unused.
-    void leaveUnusedUpTo(std::uint64_t block);
 
     std::vector<BlockRegion> m_regions;
     std::vector<BlockRegion> m_fixed; ///< ordered by address

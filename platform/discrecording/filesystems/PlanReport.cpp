@@ -65,6 +65,13 @@ QString sentenceFor(StorageReason reason, ContentKind kind)
                               "systems that rely on it do not find the folder.");
     case StorageReason::LinkTargetSimplified:
         return QStringLiteral("The target of the symbolic link is stored in a simpler form of the same meaning.");
+    case StorageReason::LinkTargetChanged:
+        return QStringLiteral("The target of the symbolic link has names that the filesystem does not allow as they are; "
+                              "the link may lead nowhere.");
+    case StorageReason::LinkTargetTooLong:
+        return QStringLiteral("The target of the symbolic link is too long for this filesystem.");
+    case StorageReason::TimeBeyondCalendar:
+        return QStringLiteral("A time lies outside the years 1 to 9999; the nearest possible one is stored.");
     case StorageReason::TimeBeyondCatalog:
         return QStringLiteral("A time lies outside the years 1904 to 2040; the nearest possible one is stored.");
     case StorageReason::AttributesOfOtherName:

@@ -25,6 +25,9 @@ enum class StorageReason : std::uint8_t {
     PathBeyondStandard,
     MissingInPathTable,
     LinkTargetSimplified,
+    LinkTargetChanged, ///< it has names that the tree does not hold as they are
+    LinkTargetTooLong,
+    TimeBeyondCalendar, ///< outside of what UDF can say
     TimeBeyondCatalog, ///< outside of what HFS+ dates can say
     AttributesOfOtherName, ///< the object is another name of a file whose attributes it does not share
 };

@@ -13,4 +13,8 @@ namespace Tessaron
 /// that are not UTF-8 become "_".
 [[nodiscard]] std::u16string udfName(std::string_view rawName, bool isFolder);
 
+/// The same for the name of a volume or of a set of volumes, which has 126 bytes for its characters (UDF 2.1.3) and may
+/// hold any of them. Empty when the raw name is.
+[[nodiscard]] std::u16string udfVolumeName(std::string_view rawName);
+
 } // namespace Tessaron
