@@ -1,9 +1,9 @@
-#include "platform/coreservices/FSCatalog.h"
 #include "platform/coreservices/FSRefAccess.h"
 #include "platform/discrecording/DRFile.h"
 #include "platform/discrecording/DRFolder.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
+#include <TessaronClasses/FileReferenceFunctions.h>
 #include <TessaronClasses/KRFileReference.h>
 #include <TessaronClasses/VirtualFolders.h>
 
@@ -44,10 +44,10 @@ std::shared_ptr<DRFolder> virtualFolderWithFileReference(const std::shared_ptr<K
         return folder;
     folder->setSourceRef(ref);
 
-    FSCatalogInfo info;
-    if (FSGetCatalogInfo(&ref, kFSCatInfoFinderInfo, &info) == noErr) {
-        const auto flags = static_cast<std::int16_t>(loadBigEndian<std::uint16_t>(info.finderInfo + finderFlagsOffset));
-        folder->setProperty(int(flags), DRMacFinderFlags, DRAllFilesystems);
+    FileInfo info;
+    if (FSGetFinderInfo(&ref, &info, nullptr, nullptr) == noErr) {
+        const auto flags = loadBigEndian<std::uint16_t>(info.bytes.data() + finderFlagsOffset);
+        folder->setProperty(int(static_cast<std::int16_t>(flags)), DRMacFinderFlags, DRAllFilesystems);
     }
     FSRef icon;
     if (FSMakeFSRefForChild(ref, QByteArrayLiteral("Icon\r"), &icon) == noErr)

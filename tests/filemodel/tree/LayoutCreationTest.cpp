@@ -1,0 +1,190 @@
+#include "platform/discrecording/DRFolder.h"
+#include "tests/filemodel/tree/LayoutRecorder.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/TemporaryTree.h"
+
+#include <gtest/gtest.h>
+
+using namespace Tessaron;
+using namespace Tessaron::Testing;
+
+namespace
+{
+
+const QString disc = QStringLiteral("disc");
+
+} // namespace
+
+TEST(LayoutCreation, start_refusesATarget_thatLacksProgressOrFinished)
+{
+    const auto root = virtualFolderItem(disc);
+    LayoutRecorder recorder;
+    KRFileHierarchyItemLayoutTarget target = recorder.target();
+    target.KRFileHierarchyItemDRLayoutCreationProgress = nullptr;
+    EXPECT_FALSE(root->createDRLayoutAsyncNotifyProgressToTarget(target));
+    target = recorder.target();
+    target.KRFileHierarchyItemDRLayoutCreationFinished = nullptr;
+    EXPECT_FALSE(root->createDRLayoutAsyncNotifyProgressToTarget(target));
+    EXPECT_FALSE(root->createDRLayoutAsyncNotifyProgressToTarget({}));
+    drainEventLoop();
+    EXPECT_TRUE(recorder.calls.empty());
+    target = recorder.target();
+    target.KRFileHierarchyItemDRLayoutCreationDidCancel = nullptr; // not asked for at the start
+    EXPECT_TRUE(root->createDRLayoutAsyncNotifyProgressToTarget(target));
+    EXPECT_TRUE(recorder.waitForEnd());
+}
+
+TEST(LayoutCreation, start_refusesASecondTime_whileOneRuns)
+{
+    const auto root = virtualFolderItem(disc);
+    LayoutRecorder recorder;
+    LayoutRecorder second;
+    ASSERT_TRUE(root->createDRLayoutAsyncNotifyProgressToTarget(recorder.target()));
+    EXPECT_FALSE(root->createDRLayoutAsyncNotifyProgressToTarget(second.target()));
+    EXPECT_TRUE(recorder.waitForEnd());
+    EXPECT_EQ(recorder.calls, (std::vector<std::string>{"finished"}));
+    EXPECT_TRUE(second.calls.empty());
+}
+
+TEST(LayoutCreation, finished_getsAnEmptyFolder_forAnEmptyVirtualRoot)
+{
+    const auto root = virtualFolderItem(disc);
+    LayoutRecorder recorder;
+    const auto folder = recorder.run(*root);
+    ASSERT_TRUE(folder);
+    EXPECT_EQ(folder->baseName(), disc);
+    EXPECT_TRUE(folder->isVirtual());
+    EXPECT_TRUE(folder->children().empty());
+    EXPECT_EQ(recorder.calls, (std::vector<std::string>{"finished"}));
+}
+
+TEST(LayoutCreation, progress_isReportedOncePerFile_beforeTheEnd)
+{
+    const TemporaryTree tree;
+    const auto root = virtualFolderItem(disc);
+    const auto inner = virtualFolderItem(QStringLiteral("inner"));
+    root->addItem(inner);
+    for (const char *const name : {"one", "two", "three"})
+        inner->addItem(itemAt(QString::fromUtf8(tree.makeFile(name, "x"))));
+    LayoutRecorder recorder;
+    const auto folder = recorder.run(*root);
+    ASSERT_TRUE(folder);
+    EXPECT_EQ(recorder.calls, (std::vector<std::string>{"progress", "progress", "progress", "finished"}));
+    EXPECT_TRUE(std::ranges::is_sorted(recorder.progress));
+    EXPECT_EQ(pathsBelow(*folder),
+              (QStringList{QStringLiteral("inner/"), QStringLiteral("inner/one"), QStringLiteral("inner/two"),
+                           QStringLiteral("inner/three")}));
+}
+
+TEST(LayoutCreation, progress_isMebibytesOverBytes)
+{
+    const TemporaryTree tree;
+    const auto root = virtualFolderItem(disc);
+    for (const char *const name : {"one", "two"})
+        root->addItem(itemAt(QString::fromUtf8(tree.makeFile(name, QByteArray(5 * 1024 * 1024, 'x')))));
+    ASSERT_EQ(root->contentsPhysicalSize(), 10u * 1024 * 1024) << "the temporary folder allocates as we expect";
+    LayoutRecorder recorder;
+    ASSERT_TRUE(recorder.run(*root));
+    EXPECT_EQ(recorder.progress, (std::vector<float>{float(5.0 / 10485760), float(10.0 / 10485760)}));
+}
+
+TEST(LayoutCreation, progress_countsALittle_forAnEmptyFile_andIsCappedAtOne)
+{
+    const TemporaryTree tree;
+    const auto root = virtualFolderItem(disc);
+    root->addItem(itemAt(QString::fromUtf8(tree.makeFile("empty"))));
+    ASSERT_EQ(root->contentsPhysicalSize(), 0u);
+    LayoutRecorder recorder;
+    ASSERT_TRUE(recorder.run(*root));
+    EXPECT_EQ(recorder.progress, (std::vector<float>{float(0.0001 / 0.01)}));
+
+    for (int index = 0; index < 200; ++index)
+        root->addItem(itemAt(QString::fromUtf8(tree.makeFile("empty" + QByteArray::number(index)))));
+    LayoutRecorder many;
+    ASSERT_TRUE(many.run(*root));
+    ASSERT_EQ(many.progress.size(), 201u);
+    EXPECT_LT(many.progress[98], 1.0f);
+    EXPECT_EQ(many.progress.back(), 1.0f);
+}
+
+TEST(LayoutCreation, finished_getsNull_whenTheRootCannotBeMade)
+{
+    const TemporaryTree tree;
+    LayoutRecorder withoutReference;
+    EXPECT_FALSE(withoutReference.run(*KRFileHierarchyItem::fileHierarchyItemWithFileReference(nullptr)));
+    EXPECT_EQ(withoutReference.calls, (std::vector<std::string>{"finished"}));
+    LayoutRecorder icon;
+    EXPECT_FALSE(icon.run(*itemAt(QString::fromUtf8(tree.makeFile("Icon\r")))));
+    EXPECT_EQ(icon.calls, (std::vector<std::string>{"finished"}));
+    LayoutRecorder file; // a file is no root folder
+    EXPECT_FALSE(file.run(*itemAt(QString::fromUtf8(tree.makeFile("file")))));
+    EXPECT_EQ(file.calls, (std::vector<std::string>{"progress", "finished"}));
+}
+
+TEST(LayoutCreation, anotherOne_canBeStartedFromTheFinishedCallback)
+{
+    const TemporaryTree tree;
+    const auto root = virtualFolderItem(disc);
+    root->addItem(itemAt(QString::fromUtf8(tree.makeFile("file"))));
+    LayoutRecorder first;
+    LayoutRecorder second;
+    first.onEnd = [&](KRFileHierarchyItem &item) {
+        EXPECT_TRUE(item.createDRLayoutAsyncNotifyProgressToTarget(second.target()));
+    };
+    ASSERT_TRUE(first.run(*root));
+    EXPECT_TRUE(second.waitForEnd());
+    EXPECT_EQ(first.calls, (std::vector<std::string>{"progress", "finished"}));
+    EXPECT_EQ(second.calls, (std::vector<std::string>{"progress", "finished"}));
+    EXPECT_NE(first.folder, second.folder);
+}
+
+TEST(LayoutCreation, layout_livesOn_whenTheItemsAreGone)
+{
+    const TemporaryTree tree;
+    auto root = virtualFolderItem(disc);
+    const auto reference = KRFileReference::fileReferenceWithPath(QString::fromUtf8(tree.makeFile("folder/file")));
+    reference->setDesiredName(QStringLiteral("renamed"));
+    root->addItem(KRFileHierarchyItem::fileHierarchyItemWithFileReference(reference));
+    const std::weak_ptr<KRFileHierarchyItem> watched = root;
+    LayoutRecorder recorder;
+    const auto folder = recorder.run(*root);
+    root.reset();
+    EXPECT_TRUE(watched.expired());
+    EXPECT_EQ(pathsBelow(*folder), (QStringList{QStringLiteral("renamed")}));
+}
+
+TEST(LayoutCreation, callbacks_areSilent_onceTheirContextIsGone)
+{
+    const TemporaryTree tree;
+    const auto root = virtualFolderItem(disc);
+    root->addItem(itemAt(QString::fromUtf8(tree.makeFile("file"))));
+    LayoutRecorder silent;
+    auto context = std::make_shared<int>(0);
+    KRFileHierarchyItemLayoutTarget target = silent.target();
+    target.context = CallbackContext(context);
+    ASSERT_TRUE(root->createDRLayoutAsyncNotifyProgressToTarget(target));
+    context.reset();
+    LayoutRecorder next; // refused until the silent one has ended
+    ASSERT_TRUE(runEventLoopUntil([&] { return root->createDRLayoutAsyncNotifyProgressToTarget(next.target()); }));
+    EXPECT_TRUE(next.waitForEnd());
+    EXPECT_TRUE(silent.calls.empty());
+    EXPECT_EQ(next.calls, (std::vector<std::string>{"progress", "finished"}));
+}
+
+TEST(LayoutCreation, lastPointerToTheItem_mayBeDroppedInACallback)
+{
+    const TemporaryTree tree;
+    auto root = virtualFolderItem(disc);
+    for (int index = 0; index < 1000; ++index)
+        root->addItem(itemAt(QString::fromUtf8(tree.makeFile(QByteArray::number(index)))));
+    const std::weak_ptr<KRFileHierarchyItem> watched = root;
+    LayoutRecorder recorder;
+    recorder.onProgress = [&](KRFileHierarchyItem &item) {
+        root.reset();
+        EXPECT_EQ(item.numberOfItems(), 1000u);
+    };
+    ASSERT_TRUE(root->createDRLayoutAsyncNotifyProgressToTarget(recorder.target()));
+    ASSERT_TRUE(runEventLoopUntil([&] { return watched.expired(); }));
+    drainEventLoop();
+    EXPECT_FALSE(recorder.isOver) << "no end is reported for an item that is gone";
+}

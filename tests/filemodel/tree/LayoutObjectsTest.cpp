@@ -1,0 +1,213 @@
+#include "platform/discrecording/DRFile.h"
+#include "platform/discrecording/DRFolder.h"
+#include "tests/filemodel/tree/LayoutRecorder.h"
+#include "tests/support/TemporaryTree.h"
+
+#include <gtest/gtest.h>
+
+using namespace Tessaron;
+using namespace Tessaron::Testing;
+
+namespace
+{
+
+const QString disc = QStringLiteral("disc");
+
+/// The one object that a layout of one item below a virtual root holds.
+std::shared_ptr<DRFSObject> objectFor(const std::shared_ptr<KRFileReference> &reference)
+{
+    const auto root = virtualFolderItem(disc);
+    root->addItem(KRFileHierarchyItem::fileHierarchyItemWithFileReference(reference));
+    LayoutRecorder recorder;
+    const auto folder = recorder.run(*root);
+    return folder && folder->children().size() == 1 ? folder->children().front() : nullptr;
+}
+
+struct MaskRow {
+    char useBasic;
+    char hasBasic;
+    std::int32_t basic;
+    char hasAdvanced;
+    std::uint32_t advanced;
+    DRFilesystemMask expected;
+};
+
+QByteArray finderInfoWithFlags(std::uint16_t flags)
+{
+    QByteArray info(32, '\0');
+    info[8] = static_cast<char>(flags >> 8);
+    info[9] = static_cast<char>(flags & 0xFF);
+    return info;
+}
+
+} // namespace
+
+TEST(LayoutObjects, masks_followTheOptions)
+{
+    const TemporaryTree tree;
+    const QString path = QString::fromUtf8(tree.makeFile("file"));
+    const MaskRow rows[] = {
+        {1, 1, 2, 0, 15, 3},
+        {1, 1, 1, 0, 15, 12},
+        {1, 1, 0, 1, 4, 0}, // the basic choice "all" sets nothing, and the advanced mask is not looked at
+        {1, 1, 7, 0, 15, 0},
+        {1, 0, 2, 0, 15, 0}, // no choice has been made
+        {0, 1, 2, 1, 0, 0},
+        {0, 1, 2, 1, 9, 9},
+        {0, 1, 2, 1, 0xFFFFFFFF, 0xFFFFFFFF}, // as it stands
+        {0, 1, 2, 0, 9, 0},
+    };
+    for (const MaskRow &row : rows) {
+        const auto reference = KRFileReference::fileReferenceWithPath(path);
+        _TessaronAttributes &attributes = *reference->tessaronAttributes();
+        attributes.useBasicFSInclusion = row.useBasic;
+        attributes.hasBasicFSInclusion = row.hasBasic;
+        attributes.basicFSInclusion = row.basic;
+        attributes.hasAdvancedFSInclusion = row.hasAdvanced;
+        attributes.advancedFSInclusion = row.advanced;
+        const auto object = objectFor(reference);
+        ASSERT_TRUE(object);
+        EXPECT_EQ(object->explicitFilesystemMask(), row.expected) << int(row.useBasic) << row.basic << row.advanced;
+        EXPECT_FALSE(object->propertyForKey(DRInvisible, DRAllFilesystems).isValid());
+    }
+}
+
+TEST(LayoutObjects, defaultOptions_setNothing)
+{
+    const TemporaryTree tree;
+    const auto object = objectFor(KRFileReference::fileReferenceWithPath(QString::fromUtf8(tree.makeFile("file"))));
+    ASSERT_TRUE(object);
+    EXPECT_EQ(object->explicitFilesystemMask(), 0u);
+    EXPECT_EQ(object->effectiveFilesystemMask(), DRFilesystemInclusionMaskAll);
+    EXPECT_FALSE(object->hasExplicitBaseName()) << "a file without a desired name keeps its own";
+    EXPECT_TRUE(object->propertiesForFilesystem(DRHFSPlus).isEmpty());
+}
+
+TEST(LayoutObjects, invisible_isSetForAllFilesystems_onFilesAndFolders)
+{
+    const TemporaryTree tree;
+    const auto file = KRFileReference::fileReferenceWithPath(QString::fromUtf8(tree.makeFile("file")));
+    file->tessaronAttributes()->invisible = 1;
+    const auto folder = KRFileReference::virtualFolderWithName(QStringLiteral("folder"));
+    folder->tessaronAttributes()->invisible = 1;
+    for (const auto &reference : {file, folder}) {
+        const auto object = objectFor(reference);
+        ASSERT_TRUE(object);
+        EXPECT_EQ(object->propertyForKey(DRInvisible, DRAllFilesystems), QVariant(true));
+    }
+}
+
+TEST(LayoutObjects, desiredName_hidesTheExtensionThatWasNotTyped)
+{
+    const TemporaryTree tree;
+    const QString path = QString::fromUtf8(tree.makeFile("scan.pdf"));
+    const auto reference = KRFileReference::fileReferenceWithPath(path);
+    reference->setDesiredName(QStringLiteral("Report"));
+    auto object = objectFor(reference);
+    ASSERT_TRUE(object);
+    EXPECT_EQ(object->baseName(), QStringLiteral("Report.pdf"));
+    EXPECT_EQ(object->propertyForKey(DRMacFinderHideExtension, DRAllFilesystems), QVariant(true));
+
+    reference->setDesiredName(QStringLiteral("Report.pdf"));
+    object = objectFor(reference);
+    EXPECT_EQ(object->baseName(), QStringLiteral("Report.pdf"));
+    EXPECT_FALSE(object->propertyForKey(DRMacFinderHideExtension, DRAllFilesystems).isValid());
+}
+
+TEST(LayoutObjects, virtualFolder_hasItsDesiredName)
+{
+    const auto reference = KRFileReference::virtualFolderWithName(QStringLiteral("untitled"));
+    EXPECT_EQ(objectFor(reference)->baseName(), QStringLiteral("untitled"));
+    reference->setDesiredName(QStringLiteral("Photos"));
+    EXPECT_EQ(objectFor(reference)->baseName(), QStringLiteral("Photos"));
+}
+
+TEST(LayoutObjects, realFolder_isRebuiltFromTheTree_andKeepsItsIcon)
+{
+    const TemporaryTree tree;
+    tree.makeFile("folder/Icon\r", "icon");
+    tree.makeFile("folder/one.txt", "1");
+    tree.makeFile("folder/not in the project", "2");
+    tree.setExtendedAttribute("folder", "user.com.apple.FinderInfo", finderInfoWithFlags(0x8400));
+    const auto root = itemAt(tree.pathText("folder"));
+    root->addItem(itemAt(tree.pathText("folder/one.txt")));
+    root->addItem(itemAt(tree.pathText("folder/Icon\r")));
+    LayoutRecorder recorder;
+    const auto folder = recorder.run(*root);
+    ASSERT_TRUE(folder);
+    EXPECT_TRUE(folder->isVirtual());
+    EXPECT_EQ(folder->baseName(), QStringLiteral("folder"));
+    EXPECT_EQ(folder->sourceRef(), *root->fileReference()->fileRef());
+    EXPECT_EQ(pathsBelow(*folder), (QStringList{QStringLiteral("Icon\r"), QStringLiteral("one.txt")}));
+    EXPECT_EQ(folder->propertyForKey(DRMacFinderFlags, DRAllFilesystems), QVariant(int(std::int16_t(0x8400))));
+    EXPECT_EQ(recorder.progress.size(), 1u) << "the icon is the folder's own step and reports nothing";
+}
+
+TEST(LayoutObjects, virtualFolder_neverGetsAnIconFile)
+{
+    const TemporaryTree tree;
+    const auto root = virtualFolderItem(disc);
+    root->addItem(itemAt(QString::fromUtf8(tree.makeFile("Icon\r"))));
+    root->addItem(itemAt(QString::fromUtf8(tree.makeFile("icon\r"))));
+    LayoutRecorder recorder;
+    EXPECT_EQ(pathsBelow(*recorder.run(*root)), (QStringList{QStringLiteral("icon\r")}));
+}
+
+TEST(LayoutObjects, itemsWithoutReference_areLeftOut)
+{
+    const TemporaryTree tree;
+    const auto root = virtualFolderItem(disc);
+    root->addItem(KRFileHierarchyItem::fileHierarchyItemWithFileReference(nullptr));
+    root->addItem(KRFileHierarchyItem::fileHierarchyItemWithFileReference(KRFileReference::initWithFSRef(FSRef())));
+    root->addItem(itemAt(QString::fromUtf8(tree.makeFile("file"))));
+    LayoutRecorder recorder;
+    EXPECT_EQ(pathsBelow(*recorder.run(*root)), (QStringList{QStringLiteral("file")}));
+}
+
+TEST(LayoutObjects, vanishedFiles_stayInTheLayout_underTheirLastName)
+{
+    const TemporaryTree tree;
+    const auto root = virtualFolderItem(disc);
+    const QByteArray filePath = tree.makeFile("file");
+    const QByteArray folderPath = tree.makeFolder("folder");
+    root->addItem(itemAt(QString::fromUtf8(filePath)));
+    root->addItem(itemAt(QString::fromUtf8(folderPath)));
+    ASSERT_EQ(::unlink(filePath.constData()), 0);
+    ASSERT_EQ(::rmdir(folderPath.constData()), 0);
+    LayoutRecorder recorder;
+    const auto folder = recorder.run(*root);
+    ASSERT_TRUE(folder);
+    EXPECT_EQ(pathsBelow(*folder), (QStringList{QStringLiteral("file"), QStringLiteral("folder/")}));
+    EXPECT_FALSE(folder->children().back()->propertyForKey(DRMacFinderFlags, DRAllFilesystems).isValid());
+}
+
+TEST(LayoutObjects, namesThatAreNotUtf8_reachTheLayoutAsTheyAre)
+{
+    const TemporaryTree tree;
+    tree.makeFile("f\xFF"
+                  "older/caf\xE9");
+    const auto root = virtualFolderItem(disc);
+    FSRef folderRef;
+    FSRef fileRef;
+    ASSERT_EQ(FSPathMakeRef(tree.path("f\xFF"
+                                      "older"),
+                            &folderRef, nullptr),
+              noErr);
+    ASSERT_EQ(FSPathMakeRef(tree.path("f\xFF"
+                                      "older/caf\xE9"),
+                            &fileRef, nullptr),
+              noErr);
+    const auto inner =
+        KRFileHierarchyItem::fileHierarchyItemWithFileReference(KRFileReference::initWithFSRef(folderRef));
+    inner->addItem(KRFileHierarchyItem::fileHierarchyItemWithFileReference(KRFileReference::initWithFSRef(fileRef)));
+    root->addItem(inner);
+    LayoutRecorder recorder;
+    const auto folder = recorder.run(*root);
+    ASSERT_TRUE(folder && folder->children().size() == 1u);
+    const auto made = std::dynamic_pointer_cast<DRFolder>(folder->children().front());
+    ASSERT_TRUE(made && made->children().size() == 1u);
+    EXPECT_EQ(made->baseNameBytes(),
+              QByteArray("f\xFF"
+                         "older"));
+    EXPECT_EQ(made->children().front()->baseNameBytes(), QByteArray("caf\xE9"));
+}

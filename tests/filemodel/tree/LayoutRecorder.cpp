@@ -1,0 +1,78 @@
+#include "tests/filemodel/tree/LayoutRecorder.h"
+
+#include "platform/discrecording/DRFolder.h"
+#include "platform/foundation/MainThread.h"
+#include "tests/support/EventLoop.h"
+
+#include <gtest/gtest.h>
+
+namespace Tessaron::Testing
+{
+
+KRFileHierarchyItemLayoutTarget LayoutRecorder::target()
+{
+    KRFileHierarchyItemLayoutTarget target;
+    target.KRFileHierarchyItemDRLayoutCreationProgress = [this](KRFileHierarchyItem &item, float value) {
+        EXPECT_TRUE(isMainThread());
+        calls.emplace_back("progress");
+        progress.push_back(value);
+        if (onProgress)
+            onProgress(item);
+    };
+    target.KRFileHierarchyItemDRLayoutCreationFinished = [this](KRFileHierarchyItem &item,
+                                                                const std::shared_ptr<DRFolder> &made) {
+        EXPECT_TRUE(isMainThread());
+        calls.emplace_back("finished");
+        folder = made;
+        isOver = true;
+        if (onEnd)
+            onEnd(item);
+    };
+    target.KRFileHierarchyItemDRLayoutCreationDidCancel = [this](KRFileHierarchyItem &item) {
+        EXPECT_TRUE(isMainThread());
+        calls.emplace_back("cancelled");
+        isOver = true;
+        if (onEnd)
+            onEnd(item);
+    };
+    return target;
+}
+
+std::shared_ptr<DRFolder> LayoutRecorder::run(KRFileHierarchyItem &root)
+{
+    EXPECT_TRUE(root.createDRLayoutAsyncNotifyProgressToTarget(target()));
+    EXPECT_TRUE(waitForEnd());
+    return folder;
+}
+
+bool LayoutRecorder::waitForEnd() const
+{
+    return runEventLoopUntil([this] { return isOver; });
+}
+
+std::shared_ptr<KRFileHierarchyItem> virtualFolderItem(const QString &name)
+{
+    return KRFileHierarchyItem::fileHierarchyItemWithFileReference(KRFileReference::virtualFolderWithName(name));
+}
+
+std::shared_ptr<KRFileHierarchyItem> itemAt(const QString &path)
+{
+    return KRFileHierarchyItem::fileHierarchyItemWithFileReference(KRFileReference::fileReferenceWithPath(path));
+}
+
+QStringList pathsBelow(const DRFolder &folder, const QString &prefix)
+{
+    QStringList paths;
+    for (const auto &child : folder.children()) {
+        const QString path = prefix + child->baseName();
+        if (child->isFolder()) {
+            paths << path + u'/';
+            paths << pathsBelow(static_cast<const DRFolder &>(*child), path + u'/');
+        } else {
+            paths << path;
+        }
+    }
+    return paths;
+}
+
+} // namespace Tessaron::Testing
