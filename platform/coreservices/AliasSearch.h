@@ -29,6 +29,7 @@ private:
     [[nodiscard]] bool findByHandle();
     [[nodiscard]] bool findInFolders();
     [[nodiscard]] bool findNearby();
+    [[nodiscard]] bool findBelow(const QByteArray &top, std::uint64_t device);
     [[nodiscard]] bool findSuccessor();
 
     const AliasRecord &m_record;

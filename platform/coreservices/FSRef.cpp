@@ -17,21 +17,6 @@ namespace Tessaron
 namespace
 {
 
-/// Notes what the folders above a node are, so that the file is found again when one of them is renamed. Only folders
-/// not yet known cost a system call.
-void noteFoldersAbove(std::uint32_t node)
-{
-    const NodeTable &table = NodeTable::shared();
-    FilePlaces &places = FilePlaces::shared();
-    for (std::uint32_t at = table.parentOf(node); at > NodeTable::root; at = table.parentOf(at)) {
-        if (!places.isFolderInDoubt(at))
-            continue;
-        struct statx facts;
-        if (statPath(pathOfNode(at), identityFields, &facts) == 0)
-            places.noteFolder(at, identityOf(refWithFacts(facts, at)));
-    }
-}
-
 OSStatus makeRef(const QByteArray &absolutePath, FSRef *ref, bool *isDirectory)
 {
     struct statx facts;

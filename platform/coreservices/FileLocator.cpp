@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -31,15 +32,25 @@ struct FolderListing {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
     statx_timestamp changed = {};
+    bool mayServeAgain = false; ///< false when the folder changed so lately that its time need not show the next change
     std::vector<std::pair<std::uint64_t, std::uint32_t>> names; ///< inode and offset in `text`, sorted
     std::string text; ///< the names, each followed by a NUL
 
     [[nodiscard]] bool isOf(const struct statx &facts) const
     {
-        return device == deviceOf(facts) && inode == facts.stx_ino && changed.tv_sec == facts.stx_mtime.tv_sec
-            && changed.tv_nsec == facts.stx_mtime.tv_nsec;
+        return mayServeAgain && device == deviceOf(facts) && inode == facts.stx_ino
+            && changed.tv_sec == facts.stx_mtime.tv_sec && changed.tv_nsec == facts.stx_mtime.tv_nsec;
     }
 };
+
+/// Two changes within a tick of the system's coarse clock (10 ms at most) get the same time.
+bool isOlderThanClockTicks(const statx_timestamp &time)
+{
+    constexpr std::int64_t margin = 50'000'000;
+    timespec now = {};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return (now.tv_sec - time.tv_sec) * 1'000'000'000 + now.tv_nsec - std::int64_t(time.tv_nsec) > margin;
+}
 
 FolderListing listFolder(UniqueDescriptor folder, const struct statx &facts)
 {
@@ -56,6 +67,7 @@ FolderListing listFolder(UniqueDescriptor folder, const struct statx &facts)
     listing.device = deviceOf(facts);
     listing.inode = facts.stx_ino;
     listing.changed = facts.stx_mtime;
+    listing.mayServeAgain = isOlderThanClockTicks(facts.stx_mtime);
     return listing;
 }
 
@@ -95,7 +107,7 @@ public:
     [[nodiscard]] bool findElsewhere()
     {
         bool isGone = false;
-        if (!findByInode(&isGone) && (isGone || (!findInFolder() && !findAlongMovedFolders())))
+        if (!findWithNewFolders() && !findByInode(&isGone) && (isGone || (!findInFolder() && !findAlongMovedFolders())))
             return false;
         const std::uint32_t node = nodeOfPath(m_path);
         if (node != NodeTable::none)
@@ -107,6 +119,7 @@ public:
     [[nodiscard]] const QByteArray &path() const { return m_path; }
 
 private:
+    [[nodiscard]] bool findWithNewFolders();
     [[nodiscard]] bool findByInode(bool *isGone);
     [[nodiscard]] bool findInFolder();
     [[nodiscard]] bool findAlongMovedFolders();
@@ -116,6 +129,15 @@ private:
     struct statx m_facts = {};
     QByteArray m_path;
 };
+
+/// The reference may mean a file of a new folder that took the place of one which moved away.
+bool Search::findWithNewFolders()
+{
+    if (!isAt(pathOfNode(m_ref.node)))
+        return false;
+    noteFoldersAbove(m_ref.node);
+    return true;
+}
 
 bool Search::findByInode(bool *isGone)
 {
@@ -182,6 +204,17 @@ bool Search::findAlongMovedFolders()
 }
 
 } // namespace
+
+void noteFoldersAbove(std::uint32_t node)
+{
+    const NodeTable &table = NodeTable::shared();
+    FilePlaces &places = FilePlaces::shared();
+    for (std::uint32_t at = table.parentOf(node); at > NodeTable::root; at = table.parentOf(at)) {
+        struct statx facts;
+        if (places.isFolderInDoubt(at) && statPath(pathOfNode(at), identityFields, &facts) == 0)
+            places.noteFolder(at, identityOf(refWithFacts(facts, at)));
+    }
+}
 
 int locateFile(const FSRef &ref, unsigned int mask, struct statx *facts, QByteArray *path)
 {

@@ -17,6 +17,10 @@ namespace Tessaron
 /// a new name, then for the folders above. What it finds is remembered for this and all references below it.
 [[nodiscard]] int locateFile(const FSRef &ref, unsigned int mask, struct statx *facts, QByteArray *path);
 
+/// Notes what the folders above a node are, so that what they hold is found again when one of them is renamed. Only
+/// folders not yet known, or in doubt since one moved away, cost a system call.
+void noteFoldersAbove(std::uint32_t node);
+
 /// The path now of an inode of the file system that holds the open folder, empty when it is not found that way. Only
 /// some file systems can be asked, and only by privileged processes. `*isGone` tells for certain that there is no such
 /// inode.

@@ -127,9 +127,15 @@ void FilePlaces::noteMove(const FileIdentity &identity, std::uint32_t from, std:
 {
     NodeTable &table = NodeTable::shared();
     const std::lock_guard lock(m_mutex);
+    // A folder is looked for where the folders above it went, so that its own move must be known there, too.
+    const std::uint32_t settled = isFolder ? settle(from) : from;
+    if (settled != from && settled != to && table.noteOf(settled) == 0)
+        noteFolderLocked(settled, identity);
     m_moves[identity] = to;
-    if (from != to)
-        table.setNoteOf(from, table.noteOf(from) | movedAwayBit);
+    for (const std::uint32_t left : {from, settled}) {
+        if (left != to)
+            table.setNoteOf(left, table.noteOf(left) | movedAwayBit);
+    }
     if (isFolder)
         noteFolderLocked(to, identity);
     m_hasMoves.store(true, std::memory_order_release);
@@ -138,8 +144,10 @@ void FilePlaces::noteMove(const FileIdentity &identity, std::uint32_t from, std:
 QByteArray pathOfNode(std::uint32_t node)
 {
     const NodeTable &table = NodeTable::shared();
-    if (node <= NodeTable::root)
-        return node == NodeTable::root ? QByteArray("/") : QByteArray();
+    if (node == NodeTable::root)
+        return "/";
+    if (table.nameOf(node).empty())
+        return {};
     std::size_t length = 0;
     for (std::uint32_t at = node; at > NodeTable::root; at = table.parentOf(at))
         length += table.nameOf(at).size() + 1;

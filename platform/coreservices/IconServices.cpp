@@ -1,5 +1,6 @@
 #include "platform/coreservices/IconServices.h"
 
+#include "platform/coreservices/CustomIcon.h"
 #include "platform/coreservices/GenericIcons.h"
 #include "platform/coreservices/LaunchServices.h"
 #include "platform/foundation/MainThread.h"
@@ -18,6 +19,7 @@ class IconSource
 public:
     QString name; ///< in the theme; empty for a plain drawing
     bool isFolder = false;
+    QByteArray customFamily; ///< the file's own icon; null for one of its type
 };
 
 namespace
@@ -72,6 +74,7 @@ OSErr GetIconRefFromFileInfo(const FSRef *ref, QStringView fileName, IconRef *ic
         return fnfErr;
     }
     source->name = themeNameFor(iconName, genericName);
+    source->customFamily = ref ? customIconFamily(*ref) : QByteArray();
     *icon = std::move(source);
     return noErr;
 }
@@ -82,6 +85,12 @@ OSErr IconRefToIconFamily(const IconRef &icon, std::uint32_t selectors, QByteArr
     static auto *const families = new QHash<QString, QByteArray>; // guarded by the mutex
     if (!icon || !family)
         return paramErr;
+    if (!icon->customFamily.isEmpty()) {
+        *family = selectors == kSelectorAllAvailableData
+            ? icon->customFamily
+            : iconFamilyFromImages(imagesFromIconFamily(icon->customFamily), selectors);
+        return family->isEmpty() ? fnfErr : noErr;
+    }
     // Off the main thread a themed icon is drawn plainly, and kept as what it is.
     const QString drawnName = mayUseTheme() ? icon->name : QString();
     const QString key =

@@ -15,9 +15,9 @@ namespace Tessaron
 class IconSource;
 using IconRef = std::shared_ptr<const IconSource>;
 
-/// The icon for a file: that of its type in the user's icon theme when called on the main thread of a program with a
-/// QGuiApplication, else a plain drawing of a sheet or a folder (pixmaps belong to the main thread, drawings need no
-/// display). `fileName` decides the type of a reference whose file is gone. Thread-safe.
+/// The icon for a file: its own (CustomIcon.h), else that of its type in the user's icon theme when called on the main
+/// thread of a program with a QGuiApplication, else a plain drawing of a sheet or a folder (pixmaps belong to the main
+/// thread, drawings need no display). `fileName` decides the type of a reference whose file is gone. Thread-safe.
 [[nodiscard]] OSErr GetIconRefFromFileInfo(const FSRef *ref, QStringView fileName, IconRef *icon);
 
 /// 'icns' data with the members that the selectors name (IconFamilySelectors). paramErr for no icon; fnfErr when none

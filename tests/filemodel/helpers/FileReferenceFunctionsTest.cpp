@@ -1,0 +1,146 @@
+#include "platform/coreservices/ForkAttributes.h"
+#include "tests/support/TemporaryTree.h"
+#include <TessaronClasses/FileReferenceFunctions.h>
+#include <TessaronClasses/PathHelpers.h>
+
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+class FileReferenceFunctions : public ::testing::Test
+{
+protected:
+    FSRef ref(const QByteArray &relative) const { return fsRef(tree.pathText(relative)); }
+
+    const Testing::TemporaryTree tree;
+};
+
+} // namespace
+
+TEST_F(FileReferenceFunctions, FSRefValid_isTrue_whileTheFileExists)
+{
+    tree.makeFile("file");
+    const FSRef file = ref("file");
+    EXPECT_TRUE(FSRefValid(&file));
+    ::unlink(tree.path("file").constData());
+    EXPECT_FALSE(FSRefValid(&file));
+    EXPECT_FALSE(FSRefValid(nullptr));
+    const FSRef zero;
+    EXPECT_FALSE(FSRefValid(&zero));
+}
+
+TEST_F(FileReferenceFunctions, FSGetFinderInfo_fillsWhatIsAskedFor)
+{
+    tree.makeFile("file");
+    tree.makeFolder("folder");
+    FileInfo info;
+    ExtendedFileInfo extended;
+    bool isDirectory = true;
+    const FSRef file = ref("file");
+    const FSRef folder = ref("folder");
+    EXPECT_EQ(FSGetFinderInfo(&file, nullptr, nullptr, &isDirectory), noErr);
+    EXPECT_FALSE(isDirectory);
+    EXPECT_EQ(FSGetFinderInfo(&folder, nullptr, nullptr, &isDirectory), noErr);
+    EXPECT_TRUE(isDirectory);
+    EXPECT_EQ(FSGetFinderInfo(&file, nullptr, nullptr, nullptr), noErr);
+    QByteArray bytes(32, '\1');
+    bytes.replace(16, 16, QByteArray(16, '\2'));
+    if (::setxattr(tree.path("file").constData(), finderInfoAttribute, bytes.constData(), 32, 0) != 0)
+        GTEST_SKIP() << "this file system keeps no extended attributes";
+    EXPECT_EQ(FSGetFinderInfo(&file, &info, nullptr, nullptr), noErr);
+    EXPECT_EQ(info.bytes[15], 1);
+    EXPECT_EQ(FSGetFinderInfo(&file, nullptr, &extended, nullptr), noErr);
+    EXPECT_EQ(extended.bytes[0], 2);
+}
+
+TEST_F(FileReferenceFunctions, FSGetFinderInfo_writesNothing_onFailure)
+{
+    tree.makeFile("file");
+    const FSRef gone = ref("file");
+    ::unlink(tree.path("file").constData());
+    FileInfo info;
+    info.bytes.fill(7);
+    bool isDirectory = true;
+    EXPECT_EQ(FSGetFinderInfo(&gone, &info, nullptr, &isDirectory), fnfErr);
+    EXPECT_EQ(info.bytes[0], 7);
+    EXPECT_TRUE(isDirectory);
+}
+
+TEST_F(FileReferenceFunctions, FSGetTotalForkSizes_countsOneFork_inAFileWithoutResourceFork)
+{
+    tree.makeFile("file", QByteArray(5000, 'x'));
+    const FSRef file = ref("file");
+    std::uint64_t logical = 1;
+    std::uint64_t physical = 1;
+    std::uint64_t forks = 7;
+    EXPECT_EQ(FSGetTotalForkSizes(&file, &logical, &physical, &forks), noErr);
+    EXPECT_EQ(logical, 5000u);
+    EXPECT_GE(physical, 5000u);
+    EXPECT_EQ(forks, 1u);
+    EXPECT_EQ(FSGetTotalForkSizes(&file, nullptr, nullptr, nullptr), noErr);
+}
+
+TEST_F(FileReferenceFunctions, FSGetTotalForkSizes_addsTheResourceFork)
+{
+    tree.makeFile("file", "data");
+    if (::setxattr(tree.path("file").constData(), resourceForkAttribute, "fork", 4, 0) != 0)
+        GTEST_SKIP() << "this file system keeps no extended attributes";
+    const FSRef file = ref("file");
+    std::uint64_t logical = 0;
+    std::uint64_t forks = 0;
+    EXPECT_EQ(FSGetTotalForkSizes(&file, &logical, nullptr, &forks), noErr);
+    EXPECT_EQ(logical, 8u);
+    EXPECT_EQ(forks, 2u);
+}
+
+TEST_F(FileReferenceFunctions, FSGetTotalForkSizes_zeroesTheOutputs_whenTheFileIsGone)
+{
+    tree.makeFile("file", "data");
+    const FSRef gone = ref("file");
+    ::unlink(tree.path("file").constData());
+    std::uint64_t logical = 1;
+    std::uint64_t physical = 1;
+    std::uint64_t forks = 1;
+    EXPECT_EQ(FSGetTotalForkSizes(&gone, &logical, &physical, &forks), fnfErr);
+    EXPECT_EQ(logical + physical + forks, 0u);
+}
+
+TEST_F(FileReferenceFunctions, aliasData_leadsBackToTheFile_afterARename)
+{
+    tree.makeFile("file", "x");
+    const FSRef file = ref("file");
+    const QByteArray data = AliasDataFromFSRef(&file);
+    ASSERT_FALSE(data.isNull());
+    ASSERT_EQ(std::rename(tree.path("file").constData(), tree.path("renamed").constData()), 0);
+    FSRef found;
+    EXPECT_EQ(FSRefFromAliasData(data, &found), noErr);
+    EXPECT_EQ(stringWithFSRef(&found), tree.pathText("renamed"));
+}
+
+TEST_F(FileReferenceFunctions, FSRefFromAliasData_hasAStatusOfItsOwnForNoData)
+{
+    FSRef untouched;
+    untouched.inode = 42;
+    EXPECT_EQ(FSRefFromAliasData(QByteArray(), &untouched), 1);
+    EXPECT_EQ(FSRefFromAliasData(QByteArray(""), &untouched), paramErr);
+    EXPECT_EQ(FSRefFromAliasData("no alias", &untouched), paramErr);
+    EXPECT_EQ(untouched.inode, 42u);
+}
+
+TEST_F(FileReferenceFunctions, AliasDataFromFSRef_isNull_whenTheFileIsGone)
+{
+    tree.makeFile("file");
+    const FSRef gone = ref("file");
+    ::unlink(tree.path("file").constData());
+    EXPECT_TRUE(AliasDataFromFSRef(&gone).isNull());
+    EXPECT_TRUE(AliasDataFromFSRef(nullptr).isNull());
+}
+
+} // namespace Tessaron
