@@ -41,7 +41,9 @@ std::span<const std::uint8_t> bytesOf(std::string_view text)
     return {reinterpret_cast<const std::uint8_t *>(text.data()), text.size()};
 }
 
-/// Collects the components of a link target into SL entries.
+/// Collects the components of a link target into SL entries. Where one entry ends and more components follow, the entry
+/// ends within a component, if need be an empty part of it: the texts allow other ends, too, but a widespread reader
+/// (libarchive 3.6) forgets the slash there.
 class LinkEntries
 {
 public:
@@ -51,39 +53,45 @@ public:
     }
 
     /// A component with a meaning of its own, without text.
-    void addSpecial(std::uint8_t flags)
+    void addSpecial(std::uint8_t flags, bool isLast)
     {
-        makeRoom(2);
+        if (partSize + following(isLast) > room())
+            endWithPart({});
         append(flags, {});
     }
 
-    /// A name; it goes on in the next entry where this one ends.
-    void addName(std::string_view name)
+    void addName(std::string_view name, bool isLast)
     {
-        while (!name.empty()) {
-            // Room for one byte of the name at least.
-            makeRoom(3);
-            const std::size_t part = std::min(name.size(), entryCapacity - m_size - 2);
-            append(part < name.size() ? continues : std::uint8_t{0}, name.substr(0, part));
-            name.remove_prefix(part);
+        while (partSize + name.size() + following(isLast) > room()) {
+            // What remains for the next entry is a byte at least.
+            const std::string_view part = name.substr(0, std::min(room() - partSize, name.size() - 1));
+            endWithPart(part);
+            name.remove_prefix(part.size());
         }
+        append(0, name);
     }
 
     void finish() { flush(0); }
 
 private:
-    void makeRoom(std::size_t size)
+    static constexpr std::size_t partSize = 2; ///< bytes of a component without its text
+
+    /// Room that has to stay so that the entry can end within the next component.
+    static std::size_t following(bool isLast) { return isLast ? 0 : partSize; }
+    [[nodiscard]] std::size_t room() const { return entryCapacity - m_size; }
+
+    void endWithPart(std::string_view part)
     {
-        if (m_size + size > entryCapacity)
-            flush(continues);
+        append(continues, part);
+        flush(continues);
     }
 
     void append(std::uint8_t flags, std::string_view name)
     {
         m_components[m_size] = flags;
         m_components[m_size + 1] = static_cast<std::uint8_t>(name.size());
-        std::copy(name.begin(), name.end(), m_components.begin() + static_cast<std::ptrdiff_t>(m_size) + 2);
-        m_size += 2 + name.size();
+        std::copy(name.begin(), name.end(), m_components.begin() + static_cast<std::ptrdiff_t>(m_size + partSize));
+        m_size += partSize + name.size();
     }
 
     void flush(std::uint8_t flags)
@@ -118,16 +126,19 @@ void forEachComponent(std::string_view target, const Visit &visit)
 
 void addLinkTarget(SystemUse &use, std::string_view target)
 {
+    std::size_t count = 0;
+    forEachComponent(target, [&](std::string_view) { ++count; });
     LinkEntries entries(use);
     forEachComponent(target, [&](std::string_view component) {
+        const bool isLast = --count == 0;
         if (component.empty())
-            entries.addSpecial(componentRoot);
+            entries.addSpecial(componentRoot, isLast);
         else if (component == ".")
-            entries.addSpecial(componentCurrent);
+            entries.addSpecial(componentCurrent, isLast);
         else if (component == "..")
-            entries.addSpecial(componentParent);
+            entries.addSpecial(componentParent, isLast);
         else
-            entries.addName(component);
+            entries.addName(component, isLast);
     });
     entries.finish();
 }

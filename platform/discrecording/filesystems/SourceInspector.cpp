@@ -231,11 +231,10 @@ std::uint16_t deviceNumber(std::vector<std::uint64_t> &devices, std::uint64_t de
     // The last one is nearly always it; there are few besides.
     if (!devices.empty() && devices.back() == device)
         return static_cast<std::uint16_t>(devices.size() - 1);
-    const auto found = std::find(devices.begin(), devices.end(), device);
-    if (found == devices.end())
+    const auto number = static_cast<std::size_t>(std::find(devices.begin(), devices.end(), device) - devices.begin());
+    if (number == devices.size() && number <= UINT16_MAX)
         devices.push_back(device);
-    return static_cast<std::uint16_t>(std::min<std::size_t>(
-        found == devices.end() ? devices.size() - 1 : static_cast<std::size_t>(found - devices.begin()), UINT16_MAX));
+    return static_cast<std::uint16_t>(std::min<std::size_t>(number, UINT16_MAX));
 }
 
 bool takeCatalogInfo(ContentNode &content, const FSCatalogInfo &info, bool readsEverything)

@@ -143,12 +143,14 @@ TEST(PlanDiscImage, cancel_givesNeitherPlanNorError_atAnyStage)
             folder->addChild(DRFile::virtualFileWithName(QString::number(file), "x"));
         root->addChild(folder);
     }
+    PlanOptions options;
+    options.threadCount = 1; // so that each run tells the same shares
     std::vector<double> told;
     {
         const std::atomic<bool> isCancelled = false;
         NSError error;
         EXPECT_TRUE(planDiscImage(
-                        root, {}, isCancelled, [&](double share) { told.push_back(share); }, &error)
+                        root, options, isCancelled, [&](double share) { told.push_back(share); }, &error)
                         .image);
     }
     EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
@@ -162,7 +164,7 @@ TEST(PlanDiscImage, cancel_givesNeitherPlanNorError_atAnyStage)
             if (calls++ == call)
                 isCancelled = true;
         };
-        const DiscImagePlan plan = planDiscImage(root, {}, isCancelled, cancel, &error);
+        const DiscImagePlan plan = planDiscImage(root, options, isCancelled, cancel, &error);
         EXPECT_FALSE(plan.image) << call;
         EXPECT_FALSE(plan.report) << call;
         EXPECT_FALSE(error) << call;
