@@ -55,7 +55,7 @@ bool DirectoryHierarchy::prepare(const PlanProgress &progress, StorageIssues &is
         collectChildren(number, siblings, issues);
         m_names->tellApart(siblings);
         storeOrder(number, siblings);
-        measure(number);
+        measure(number, siblings);
         reportChildren(number, siblings, issues);
         unchecked += m_folders[number].childCount;
     }
@@ -115,13 +115,13 @@ void DirectoryHierarchy::placeContinuation(NodeIndex node, std::size_t size)
     m_continuationEnd += static_cast<std::uint32_t>(size - further * logicalBlockSize);
 }
 
-void DirectoryHierarchy::measure(std::uint32_t number)
+void DirectoryHierarchy::measure(std::uint32_t number, const SiblingNames &siblings)
 {
     HierarchyFolder &folder = m_folders[number];
     folder.firstBlock = static_cast<std::uint32_t>(m_directoryBlocks);
     folder.firstContinued = static_cast<std::uint32_t>(m_continuations.size());
     folder.firstRestart = static_cast<std::uint32_t>(m_restarts.size());
-    DirectoryRecords records(*this, nullptr);
+    DirectoryRecords records(*this, siblings);
     records.begin(folder);
     std::uint64_t used = 0;
     while (records.next()) {

@@ -101,7 +101,7 @@ public:
 private:
     void collectChildren(std::uint32_t number, SiblingNames &siblings, StorageIssues &issues);
     void storeOrder(std::uint32_t number, const SiblingNames &siblings);
-    void measure(std::uint32_t number);
+    void measure(std::uint32_t number, const SiblingNames &siblings);
     void reportChildren(std::uint32_t number, const SiblingNames &siblings, StorageIssues &issues) const;
     void placeContinuation(NodeIndex node, std::size_t size);
 

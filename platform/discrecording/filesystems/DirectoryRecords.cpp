@@ -50,9 +50,17 @@ RockRidgeFacts factsAbout(const DirectoryHierarchy &hierarchy, NodeIndex node)
 
 } // namespace
 
-DirectoryRecords::DirectoryRecords(const DirectoryHierarchy &hierarchy, const HierarchyPlaces *places)
+DirectoryRecords::DirectoryRecords(const DirectoryHierarchy &hierarchy, const HierarchyPlaces &places)
     : m_hierarchy(hierarchy)
-    , m_places(places)
+    , m_places(&places)
+    , m_names(nullptr)
+{
+}
+
+DirectoryRecords::DirectoryRecords(const DirectoryHierarchy &hierarchy, const SiblingNames &names)
+    : m_hierarchy(hierarchy)
+    , m_places(nullptr)
+    , m_names(&names)
 {
 }
 
@@ -112,7 +120,10 @@ void DirectoryRecords::makeChild(NodeIndex node)
     const ContentNode &content = m_hierarchy.tree().nodes[node];
     m_node = node;
     m_sectionCount = content.isFile() ? fileSectionCount(content.size) : 1;
-    m_hierarchy.names().nameOf(node, &m_name);
+    if (m_names)
+        m_name.assign(m_names->nameOf(m_names->entries()[m_next.position]));
+    else
+        m_hierarchy.names().nameOf(node, &m_name);
     const std::string_view suffix = m_hierarchy.names().suffix(m_name.view(), content.isFolder());
     m_use.clear();
     makeSystemUse(node, Role::Child, m_name.size() + suffix.size());
@@ -131,8 +142,8 @@ void DirectoryRecords::makeSystemUse(NodeIndex node, Role role, std::size_t iden
     if (isRootItself)
         addSharingProtocolIndicator(m_use);
     // Link counts are known once all folders are; they change no size.
-    addRockRidgeAttributes(m_use, tree, described,
-                           m_places ? factsAbout(m_hierarchy, described) : RockRidgeFacts{1, described + 1});
+    const RockRidgeFacts facts = m_places ? factsAbout(m_hierarchy, described) : RockRidgeFacts();
+    addRockRidgeAttributes(m_use, tree, described, m_places ? &facts : nullptr);
     if (role == Role::Child)
         addRockRidgeName(m_use, tree, node);
     if (isRootItself)
@@ -153,7 +164,8 @@ void DirectoryRecords::makeRecord(NodeIndex node, std::string_view identifier, s
     m_recordSize = useStart + use.size() + (useStart + use.size()) % 2;
     m_record.fill(0);
     m_record[0] = static_cast<std::uint8_t>(m_recordSize);
-    storeRecordingDate(&m_record[18], m_hierarchy.tree().times(node).modification);
+    if (m_places)
+        storeRecordingDate(&m_record[18], m_hierarchy.tree().times(node).modification);
     const bool isHidden = (content.hiddenIn() & m_hierarchy.traits().filesystem) != 0;
     m_record[25] = static_cast<std::uint8_t>((isHidden ? flagHidden : 0) | (content.isFolder() ? flagDirectory : 0));
     storeLittleEndian<std::uint16_t>(&m_record[28], 1);

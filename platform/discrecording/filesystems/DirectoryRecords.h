@@ -20,8 +20,10 @@ struct HierarchyPlaces {
 class DirectoryRecords
 {
 public:
-    /// Without `places` the records have their true sizes, but no addresses.
-    DirectoryRecords(const DirectoryHierarchy &hierarchy, const HierarchyPlaces *places);
+    DirectoryRecords(const DirectoryHierarchy &hierarchy, const HierarchyPlaces &places);
+    /// While the hierarchy is made: records of one folder that have their true sizes, but neither addresses nor
+    /// attributes. `names` are those of its children in the order of the records.
+    DirectoryRecords(const DirectoryHierarchy &hierarchy, const SiblingNames &names);
 
     /// Goes to the first record of a folder, ".".
     void begin(const HierarchyFolder &folder);
@@ -58,7 +60,8 @@ private:
     void setExtent(NodeIndex node, std::uint32_t section);
 
     const DirectoryHierarchy &m_hierarchy;
-    const HierarchyPlaces *const m_places;
+    const HierarchyPlaces *const m_places; ///< null while measuring
+    const SiblingNames *const m_names; ///< null when not
     const HierarchyFolder *m_folder = nullptr;
     Role m_nextRole = Role::Self;
     DirectoryRestart m_next; ///< of the record that comes next

@@ -115,7 +115,7 @@ void HierarchyWriter::fillDirectories(std::uint32_t firstBlock, std::span<std::u
 void HierarchyWriter::fillDirectory(const HierarchyFolder &folder, std::uint32_t firstBlock,
                                     std::span<std::uint8_t> out) const
 {
-    DirectoryRecords records(m_hierarchy, &m_facts.places);
+    DirectoryRecords records(m_hierarchy, m_facts.places);
     const std::uint32_t restart = firstBlock / DirectoryHierarchy::blocksPerRestart;
     std::uint64_t used = 0;
     if (restart == 0) {
@@ -149,7 +149,7 @@ void HierarchyWriter::fillContinuations(std::uint32_t firstBlock, std::span<std:
     // One that is longer than a block may have begun before.
     if (next != continuations.begin())
         --next;
-    DirectoryRecords records(m_hierarchy, &m_facts.places);
+    DirectoryRecords records(m_hierarchy, m_facts.places);
     for (; next != continuations.end(); ++next) {
         const std::uint64_t start = std::uint64_t{next->block} * logicalBlockSize + next->offset;
         if (start >= end)

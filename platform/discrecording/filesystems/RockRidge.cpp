@@ -143,31 +143,36 @@ void addLinkTarget(SystemUse &use, std::string_view target)
     entries.finish();
 }
 
+void storeDeviceNumber(std::span<std::uint8_t> pn, std::uint64_t device)
+{
+    // The low half holds the whole number where it is what systems agree on; else Linux wants major and minor apart.
+    const unsigned int major = gnu_dev_major(device);
+    const unsigned int minor = gnu_dev_minor(device);
+    const bool isCommon = major < 0x1000 && minor < 0x100;
+    storeBothEndian(pn.data(), isCommon ? 0 : major);
+    storeBothEndian(pn.data() + 8, isCommon ? major << 8 | minor : minor);
+}
+
 } // namespace
 
-void addRockRidgeAttributes(SystemUse &use, const ContentTree &tree, NodeIndex node, const RockRidgeFacts &facts)
+void addRockRidgeAttributes(SystemUse &use, const ContentTree &tree, NodeIndex node, const RockRidgeFacts *facts)
 {
     const ContentNode &content = tree.nodes[node];
+    const bool isDevice = content.kind == ContentKind::CharacterDevice || content.kind == ContentKind::BlockDevice;
     const std::span<std::uint8_t> px = use.add("PX", 44);
-    storeBothEndian(px.data(), content.mode);
-    storeBothEndian(px.data() + 8, facts.linkCount);
-    storeBothEndian(px.data() + 16, content.userId);
-    storeBothEndian(px.data() + 24, content.groupId);
-    storeBothEndian(px.data() + 32, facts.serialNumber);
-
-    if (content.kind == ContentKind::CharacterDevice || content.kind == ContentKind::BlockDevice) {
-        // The low half holds the whole number where it is what systems agree on; else Linux wants major and minor
-        // apart.
-        const unsigned int major = gnu_dev_major(content.size);
-        const unsigned int minor = gnu_dev_minor(content.size);
-        const bool isCommon = major < 0x1000 && minor < 0x100;
-        const std::span<std::uint8_t> pn = use.add("PN", 20);
-        storeBothEndian(pn.data(), isCommon ? 0 : major);
-        storeBothEndian(pn.data() + 8, isCommon ? major << 8 | minor : minor);
+    if (facts) {
+        storeBothEndian(px.data(), content.mode);
+        storeBothEndian(px.data() + 8, facts->linkCount);
+        storeBothEndian(px.data() + 16, content.userId);
+        storeBothEndian(px.data() + 24, content.groupId);
+        storeBothEndian(px.data() + 32, facts->serialNumber);
     }
-
-    const DiscTimes times = tree.times(node);
+    if (isDevice)
+        storeDeviceNumber(use.add("PN", 20), content.size);
     const std::span<std::uint8_t> tf = use.add("TF", 5 + 3 * recordingDateSize);
+    if (!facts)
+        return;
+    const DiscTimes times = tree.times(node);
     tf[0] = modificationAccessAndAttributes;
     storeRecordingDate(tf.data() + 1, times.modification);
     storeRecordingDate(tf.data() + 1 + recordingDateSize, times.access);

@@ -18,7 +18,8 @@ struct RockRidgeFacts {
 
 /// Adds permissions, links, owner and serial number (PX, IEEE P1282 4.1.1), the device number (PN, 4.1.2) and the times
 /// (TF, 4.1.6): what each record has, "." and ".." included.
-void addRockRidgeAttributes(SystemUse &use, const ContentTree &tree, NodeIndex node, const RockRidgeFacts &facts);
+/// Without `facts` the entries have their true sizes and nothing else.
+void addRockRidgeAttributes(SystemUse &use, const ContentTree &tree, NodeIndex node, const RockRidgeFacts *facts);
 
 /// Adds the object's name (NM, 4.1.4), in several entries where one is too short, and the target of a symbolic link
 /// (SL, 4.1.3).

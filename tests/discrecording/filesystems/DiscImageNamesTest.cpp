@@ -118,6 +118,27 @@ TEST(DiscImageNames, twentyThousandCollisions_areToldApart)
     EXPECT_EQ(given.size(), 20'001u);
 }
 
+TEST(DiscImageNames, collisionsInSeveralFolders_areMeasuredRight_whenTreesOrderFoldersDifferently)
+{
+    const auto root = DRFolder::virtualFolderWithName({});
+    for (const char *const name : {"Z", "b", "Y", "a", "_", "X"}) {
+        const auto folder = DRFolder::virtualFolderWithName(QString::fromUtf8(name));
+        for (int number = 0; number < 40; ++number)
+            folder->addChild(DRFile::virtualFileWithName(
+                QStringLiteral("x") + QChar(0x3B1 + number) + QStringLiteral(".y"), QByteArray::number(number)));
+        root->addChild(folder);
+    }
+    const WrittenImage image(root);
+    const IsoImageReader reader(image.path());
+    EXPECT_EQ(reader.problems(), QStringList());
+    for (const auto &folder : reader.primary()->root.children) {
+        EXPECT_EQ(folder->children.size(), 40u);
+        EXPECT_EQ(folder->children.front()->identifier, "X_.Y;1");
+        EXPECT_EQ(folder->children.back()->identifier, "X__9.Y;1");
+    }
+    EXPECT_EQ(differencesBetween(*reader.primary(), *reader.joliet()), QStringList());
+}
+
 TEST(DiscImageNames, oddNames_areWholeInRockRidge)
 {
     const TemporaryTree tree;

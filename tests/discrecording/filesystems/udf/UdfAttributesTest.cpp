@@ -9,7 +9,6 @@
 #include <QtEndian>
 
 #include <gtest/gtest.h>
-
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -90,8 +89,9 @@ TEST(UdfAttributes, permissionsAndOwner_areTheSources)
     EXPECT_EQ(file.flags, 0);
     const UdfObject special = reader.objects().at("special");
     EXPECT_EQ(special.permissions, 06u << 10 | 01u << 5 | 01u);
-    EXPECT_EQ(special.flags, static_cast<int>((status.st_mode >> 9 & 4) << 4 | (status.st_mode >> 9 & 2) << 6
-                                              | (status.st_mode >> 9 & 1) << 8));
+    EXPECT_EQ(special.flags,
+              static_cast<int>((status.st_mode >> 9 & 4) << 4 | (status.st_mode >> 9 & 2) << 6
+                               | (status.st_mode >> 9 & 1) << 8));
 }
 
 TEST(UdfAttributes, owner_isUnset_whereNobodyGaveOne)

@@ -223,8 +223,7 @@ void UdfImageReader::readLogicalVolume(const QByteArray &bytes)
     expect(number32(bytes, 212) == blockSize, QStringLiteral("wrong block size"));
     expect(bytes.mid(217, 19) == "*OSTA UDF Compliant" && number16(bytes, 240) == 0x0102,
            QStringLiteral("wrong domain of the logical volume"));
-    expect(number32(bytes, 264) == 6 && number32(bytes, 268) == 1
-               && bytes.mid(440, 6) == QByteArray("\1\6\1\0\0\0", 6),
+    expect(number32(bytes, 264) == 6 && number32(bytes, 268) == 1 && bytes.mid(440, 6) == QByteArray("\1\6\1\0\0\0", 6),
            QStringLiteral("wrong partition map"));
     readIntegrity(number32(bytes, 436), number32(bytes, 432));
     expect(number32(bytes, 248) >= blockSize && number16(bytes, 256) == 0, QStringLiteral("wrong place of file sets"));
@@ -299,7 +298,8 @@ UdfObject UdfImageReader::readEntry(std::uint32_t at, const QString &where)
         problem(where + QStringLiteral(": the file entry does not fit into its block"));
         return object;
     }
-    expect(number16(bytes, 10) == 160 + attributes + allocation, where + QStringLiteral(": not all under the checksum"));
+    expect(number16(bytes, 10) == 160 + attributes + allocation,
+           where + QStringLiteral(": not all under the checksum"));
     object.attributes = bytes.mid(176, static_cast<qsizetype>(attributes));
     if (attributes > 0)
         checkTag(object.attributes, 262, at, where + QStringLiteral(" (attributes)"));
@@ -346,7 +346,8 @@ void UdfImageReader::checkExtents(const UdfObject &object, std::uint64_t recorde
     std::uint64_t blocks = 0;
     for (const UdfExtent &extent : object.extents) {
         const bool isLast = &extent == &object.extents.back();
-        expect(extent.bytes > 0 && (isLast || extent.bytes % blockSize == 0), where + QStringLiteral(": partial block"));
+        expect(extent.bytes > 0 && (isLast || extent.bytes % blockSize == 0),
+               where + QStringLiteral(": partial block"));
         bytes += extent.bytes;
         blocks += (extent.bytes + blockSize - 1) / blockSize;
         claim(extent, object.type == 5, where);
@@ -373,7 +374,8 @@ void UdfImageReader::checkWhole()
         expect(start >= end, QStringLiteral("extents overlap at block %1").arg(start));
         end = start + claimed.count;
     }
-    expect(m_fileNames == m_statedFiles, QStringLiteral("%1 files stated, %2 found").arg(m_statedFiles).arg(m_fileNames));
+    expect(m_fileNames == m_statedFiles,
+           QStringLiteral("%1 files stated, %2 found").arg(m_statedFiles).arg(m_fileNames));
     expect(m_folderNames == m_statedFolders, QStringLiteral("wrong number of folders stated"));
     std::set<std::uint64_t> uniqueIds;
     for (const auto &[icb, object] : m_entries) {

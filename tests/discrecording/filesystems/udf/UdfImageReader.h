@@ -41,8 +41,9 @@ struct UdfObject {
     std::vector<int> modification; ///< zone with type, year, month, day, hour, minute, second, and the three fractions
 };
 
-/// Reads a UDF 1.02 volume as ECMA-167 and OSTA UDF 1.02 describe it, and holds every structure on the way against these: tags,
-/// checksums, sequences, extents, counts. What it finds wrong is a problem. Shares no code with the writer.
+/// Reads a UDF 1.02 volume as ECMA-167 and OSTA UDF 1.02 describe it, and holds every structure on the way against
+/// these: tags, checksums, sequences, extents, counts. What it finds wrong is a problem. Shares no code with the
+/// writer.
 class UdfImageReader
 {
 public:

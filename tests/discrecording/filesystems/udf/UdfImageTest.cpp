@@ -10,7 +10,6 @@
 #include <QVariant>
 
 #include <gtest/gtest.h>
-
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -59,9 +58,8 @@ TEST(UdfImage, planDiscImage_makesASoundVolume_withEachMaskThatHasUdf)
     tree.makeFile("data/empty");
     tree.makeFolder("data/empty folder");
     tree.makeFile("a/b/c/d/e/f/g/h/i/j", "deep");
-    for (const DRFilesystemMask others :
-         {0u, DRFilesystemInclusionMaskISO9660, DRFilesystemInclusionMaskJoliet,
-          DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet}) {
+    for (const DRFilesystemMask others : {0u, DRFilesystemInclusionMaskISO9660, DRFilesystemInclusionMaskJoliet,
+                                          DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet}) {
         SCOPED_TRACE(others);
         const WrittenImage image(folderOf(tree), optionsFor(others | DRFilesystemInclusionMaskUDF));
         ASSERT_FALSE(image.error());
@@ -166,7 +164,8 @@ TEST(UdfImage, hugeFiles_continueInAllocationExtents)
 {
     const TemporaryTree tree;
     const qint64 part = 0x3FFFF800;
-    // As many descriptors as a file entry holds, one more, and one more than a file entry and an allocation extent hold.
+    // As many descriptors as a file entry holds, one more, and one more than a file entry and an allocation extent
+    // hold.
     tree.makeSparseFile("a", 234 * part);
     tree.makeSparseFile("b", 234 * part + 1);
     tree.makeSparseFile("c", (233 + 253) * part);

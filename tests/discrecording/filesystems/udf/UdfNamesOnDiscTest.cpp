@@ -109,7 +109,9 @@ TEST(UdfNamesOnDisc, names_areToldApart_whenTheyBecomeTheSame)
     EXPECT_EQ(files.renamed().size(), 2u);
     // Two that are cut to the same, of which the first in order is cut, too.
     const NamedFiles cut({QByteArray(251, 'n') + ".txt", QByteArray(252, 'n') + "xyz", QByteArray(250, 'n') + ".txt"});
-    EXPECT_EQ(cut.paths(), (QByteArrayList{QByteArray(252, 'n') + "xy", QByteArray(125, 'n') + "_1", QByteArray(250, 'n') + ".txt"}));
+    EXPECT_EQ(
+        cut.paths(),
+        (QByteArrayList{QByteArray(252, 'n') + "xy", QByteArray(125, 'n') + "_1", QByteArray(250, 'n') + ".txt"}));
 }
 
 TEST(UdfNamesOnDisc, differentCases_areDifferentNames)
