@@ -38,6 +38,7 @@ NSError BurnJob::plan()
         return burnCancelledError();
     if (error)
         return error;
+    m_layout = {};
     m_status->setTotals(m_plan.bytes, m_plan.files, m_plan.folders);
     const std::lock_guard lock(m_reportMutex);
     m_report = std::exchange(m_plan.report, nullptr);

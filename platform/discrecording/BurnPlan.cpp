@@ -103,13 +103,14 @@ BurnPlan planBurn(const DRLayout &layout, const std::atomic<bool> &isCancelled,
     std::uint64_t blocks = 0;
     for (std::size_t index = 0; index < plan.tracks.size() && !*error; ++index) {
         PlannedTrack &planned = plan.tracks[index];
-        if (!planned.track->producer()) {
+        if (planned.track->rootFolder()) {
             const auto trackProgress = [&](double part) { progress((double(index) + part) / trackCount); };
             DiscImagePlan image =
                 planDiscImage(planned.track->rootFolder(), PlanOptions(), isCancelled, trackProgress, error);
             if (!image.image)
                 return plan;
             planned.image = std::move(image.image);
+            planned.track.reset(); // the image does not need the tree, which may be big
             reports.push_back(std::move(image.report));
             plan.files += image.fileCount;
             plan.folders += image.folderCount;

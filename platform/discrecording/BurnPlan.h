@@ -16,7 +16,7 @@ namespace Tessaron
 
 /// One track of a layout, ready to be written: it has either an image or a producer.
 struct PlannedTrack {
-    std::shared_ptr<DRTrack> track;
+    std::shared_ptr<DRTrack> track; ///< null once the image is planned
     std::shared_ptr<const BlockImage> image; ///< null for a track with a producer
     ProducerTrackExtent extent; ///< for a track with a producer
 

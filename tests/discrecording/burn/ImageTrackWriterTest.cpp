@@ -6,6 +6,8 @@
 #include "tests/support/TemporaryTree.h"
 
 #include <gtest/gtest.h>
+#include <sys/time.h>
+#include <thread>
 #include <unistd.h>
 
 namespace Tessaron::Testing
@@ -202,6 +204,28 @@ TEST(ImageTrackWriter, write_ends_whenCancelledDuringTheKernelsCopy)
     consumer.beforeCopy = [&] { cancellation.request(); };
     EXPECT_EQ(write(given.image, consumer, cancellation).code(), kDRUserCanceledErr);
     EXPECT_EQ(consumer.copiedBytes, 0u);
+}
+
+TEST(ImageTrackWriter, write_returns_whenCancelledWhileAReaderHangs)
+{
+    FakeBlockImage image;
+    image.addGenerated(20000);
+    image.slowBlock = 3000;
+    MemoryConsumer consumer;
+    BurnCancellation cancellation;
+    const auto status =
+        std::make_shared<BurnStatus>(DRNotificationCenter::currentRunLoopCenter(), std::weak_ptr<DRBurn>());
+    BurnSink sink(consumer, *status, cancellation);
+    std::thread canceller([&] {
+        image.gate.waitForVisitor();
+        cancellation.request();
+    });
+    {
+        ImageTrackWriter writer(image, sink, cancellation);
+        EXPECT_EQ(writer.write().code(), kDRUserCanceledErr);
+        image.gate.open(); // only now can the writer be destroyed
+    }
+    canceller.join();
 }
 
 TEST(ImageTrackWriter, write_ends_whenCancelledBetweenBlocks)

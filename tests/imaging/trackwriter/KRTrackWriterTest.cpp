@@ -13,6 +13,7 @@
 #include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace Tessaron::Testing
 {
@@ -250,11 +251,16 @@ TEST_F(KRTrackWriterTest, writing_failsAndRemovesTheFile_whenTheFileSystemIsFull
 TEST_F(KRTrackWriterTest, writing_fails_whenTheFileMayNotGrowSoFar)
 {
     const auto writer = makeWriter(2000);
-    ::signal(SIGXFSZ, SIG_IGN);
-    const rlimit oneMebibyte{1 << 20, 1 << 20};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &oneMebibyte), 0);
+    const auto oldHandler = ::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit;
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlim_t oldLimit = std::exchange(limit.rlim_cur, 1 << 20);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
     start(*writer);
     delegate.waitForEnd();
+    limit.rlim_cur = oldLimit;
+    EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    ::signal(SIGXFSZ, oldHandler);
     EXPECT_EQ(lastHeard(), QStringLiteral("failure"));
     EXPECT_TRUE(delegate.error.localizedFailureReason().contains(tree.pathText("image")));
     EXPECT_FALSE(tree.exists("image"));
