@@ -1,0 +1,296 @@
+#include "imaging/ImageAdditions.h"
+#include "platform/discrecording/DRStorageReport.h"
+#include "platform/foundation/DelayedPerform.h"
+#include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/NSBundle.h"
+#include "platform/foundation/UniqueDescriptor.h"
+#include <TessaronClasses/KRLayoutWriter.h>
+#include <TessaronClasses/KRTrackWriter.h>
+#include <TessaronClasses/TessaronPanel.h>
+
+#include <QtGlobal>
+
+#include <climits>
+#include <fcntl.h>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+/// The layout's creation takes this share of the progress, the writing the rest.
+constexpr float creationShare = 0.25f;
+
+constexpr std::chrono::milliseconds writingDelay{1};
+
+/// Cannot be opened: the track writer then fails with its own error for a path.
+const QString pathOfNothing = QStringLiteral("/i/dont/exist/seriously/foo");
+
+/// The path now of the reference's file; empty when it has none.
+QByteArray pathOfRef(const FSRef &ref)
+{
+    char buffer[PATH_MAX];
+    return FSRefMakePath(&ref, buffer, sizeof(buffer)) == noErr ? QByteArray(buffer) : QByteArray();
+}
+
+/// Makes sure that the file exists and is empty. What fails here fails the track writer, which reports it.
+void writeEmptyFile(const QByteArray &path)
+{
+    const UniqueDescriptor file(::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+}
+
+} // namespace
+
+KRLayoutWriter::KRLayoutWriter() = default;
+
+std::shared_ptr<KRLayoutWriter> KRLayoutWriter::layoutWriter()
+{
+    return std::shared_ptr<KRLayoutWriter>(new KRLayoutWriter);
+}
+
+KRLayoutWriter::~KRLayoutWriter()
+{
+    cancelPreviousPerformRequests(this);
+}
+
+void KRLayoutWriter::setDelegate(const KRLayoutWriterDelegate &delegate)
+{
+    m_delegate = std::make_shared<const KRLayoutWriterDelegate>(delegate);
+}
+
+NSError KRLayoutWriter::writeLayoutToFSRef(const FSRef &ref, const std::shared_ptr<TessaronPanel> &askLayoutToPanel,
+                                           TessaronDiscImageFormat imageFormat)
+{
+    if (m_stage != Stage::Idle && m_stage != Stage::Ended)
+        return creationError();
+    m_fileRef = ref;
+    m_panel = askLayoutToPanel;
+    m_format = imageFormat;
+    m_finalReport.reset();
+    if (!askLayoutToPanel)
+        return creationError();
+    return askLayoutToPanel->canCreateLayoutAsync() ? startAsync(*askLayoutToPanel) : startSync(*askLayoutToPanel);
+}
+
+NSError KRLayoutWriter::startAsync(TessaronPanel &panel)
+{
+    // Set before the panel is asked: a quick one may report its end before it returns.
+    m_stage = Stage::CreatingLayoutAsync;
+    if (panel.createLayoutAsyncAndNotifyLayoutCreationManager(weak_from_this()))
+        return {};
+    m_stage = Stage::Idle;
+    return creationError();
+}
+
+NSError KRLayoutWriter::startSync(TessaronPanel &panel)
+{
+    NSError error;
+    const DRLayout layout = panel.createLayoutSync(&error);
+    if (error)
+        return error;
+    const bool isScheduled = performAfterDelay(this, writingDelay, [weakThis = weak_from_this(), layout] {
+        if (const std::shared_ptr<KRLayoutWriter> writer = weakThis.lock())
+            writer->_writeLayout(layout);
+    });
+    if (!isScheduled)
+        return creationError();
+    m_stage = Stage::LayoutIsReady;
+    return {};
+}
+
+NSError KRLayoutWriter::creationError() const
+{
+    const QString text = NSBundle::mainBundle()->localizedString(QStringLiteral("disc image creation failed"));
+    QVariantMap userInfo = {{NSLocalizedDescriptionKey, text}};
+    if (const QByteArray path = pathOfRef(m_fileRef); !path.isEmpty())
+        userInfo.insert(NSFilePathErrorKey, stringWithFileSystemRepresentation(path));
+    return NSError(NSOSStatusErrorDomain, coreFoundationUnknownErr, userInfo);
+}
+
+bool KRLayoutWriter::cancelLayoutWritingAsync()
+{
+    const std::shared_ptr<KRLayoutWriter> self = shared_from_this();
+    if (m_stage == Stage::CreatingLayoutAsync) {
+        const std::shared_ptr<TessaronPanel> panel = m_panel.lock();
+        return panel && panel->cancelLayoutCreationAsync();
+    }
+    if (m_trackWriter) {
+        m_trackWriter->cancelTrackWriting();
+    } else if (m_stage == Stage::LayoutIsReady) {
+        // Nothing was touched yet, and now nothing will be.
+        cancelPreviousPerformRequests(this);
+        m_stage = Stage::Cancelling;
+        performAfterDelay(this, std::chrono::milliseconds(0), [weakThis = weak_from_this()] {
+            if (const std::shared_ptr<KRLayoutWriter> writer = weakThis.lock()) {
+                writer->end();
+                writer->notifyCancel();
+            }
+        });
+    }
+    return true;
+}
+
+std::shared_ptr<const DRStorageReport> KRLayoutWriter::storageReport() const
+{
+    return m_trackWriter ? m_trackWriter->storageReport() : m_finalReport;
+}
+
+void KRLayoutWriter::_writeLayout(const DRLayout &layout)
+{
+    const std::shared_ptr<KRLayoutWriter> self = shared_from_this();
+    if (!m_trackWriter)
+        m_stage = Stage::LayoutIsReady;
+    notifyProgress(creationShare);
+    // Another stage now means that the delegate cancelled just there.
+    if (m_trackWriter || m_stage != Stage::LayoutIsReady)
+        return;
+    m_stage = Stage::Writing;
+    if (const NSError error = startTrackWriter(layout)) {
+        end();
+        notifyFailure(error);
+    }
+}
+
+NSError KRLayoutWriter::startTrackWriter(const DRLayout &layout)
+{
+    // A panel that gives neither a layout nor an error; the file keeps what it holds.
+    if (isNullLayout(layout))
+        return creationError();
+    const QByteArray path = pathOfRef(m_fileRef);
+    if (!path.isEmpty())
+        writeEmptyFile(path);
+    m_trackWriter = KRTrackWriter::trackWriterWithTrack(
+        layout, path.isEmpty() ? pathOfNothing : stringWithFileSystemRepresentation(path));
+    return m_trackWriter->writeTrackAndNotifyDelegate(trackWriterDelegate());
+}
+
+KRTrackWriterDelegate KRLayoutWriter::trackWriterDelegate()
+{
+    const auto forward = [weakThis = weak_from_this()](auto operation) {
+        return [weakThis, operation](KRTrackWriter &writer, const auto &...arguments) {
+            if (const std::shared_ptr<KRLayoutWriter> layoutWriter = weakThis.lock())
+                (layoutWriter.get()->*operation)(writer, arguments...);
+        };
+    };
+    KRTrackWriterDelegate delegate;
+    delegate.KRTrackWriterWritingProgress = forward(&KRLayoutWriter::KRTrackWriterWritingProgress);
+    delegate.KRTrackWriterWritingDidEnd = forward(&KRLayoutWriter::KRTrackWriterWritingDidEnd);
+    delegate.KRTrackWriterDidCancel = forward(&KRLayoutWriter::KRTrackWriterDidCancel);
+    delegate.KRTrackWriterWritingDidFailWithError = forward(&KRLayoutWriter::KRTrackWriterWritingDidFailWithError);
+    return delegate;
+}
+
+void KRLayoutWriter::releaseTrackWriter()
+{
+    if (m_trackWriter)
+        m_finalReport = m_trackWriter->storageReport();
+    m_trackWriter.reset();
+}
+
+void KRLayoutWriter::end()
+{
+    releaseTrackWriter();
+    m_stage = Stage::Ended;
+}
+
+void KRLayoutWriter::TessaronPanelLayoutCreationDidFailWithError(TessaronPanel &, const NSError &error)
+{
+    if (m_stage == Stage::Ended)
+        return;
+    m_stage = Stage::Ended;
+    notifyFailure(error);
+}
+
+void KRLayoutWriter::TessaronPanelLayoutIsCreated(TessaronPanel &, const DRLayout &layout)
+{
+    // A second report must not overwrite an image that is finished.
+    if (m_stage != Stage::Ended && m_stage != Stage::Cancelling)
+        _writeLayout(layout);
+}
+
+void KRLayoutWriter::TessaronPanelLayoutCreationCancel(TessaronPanel &)
+{
+    if (m_stage == Stage::Ended)
+        return;
+    m_stage = Stage::Ended;
+    notifyCancel();
+}
+
+void KRLayoutWriter::TessaronPanelLayoutCreationProgress(TessaronPanel &, float progress)
+{
+    if (progress > 0)
+        notifyProgress(progress * creationShare);
+}
+
+void KRLayoutWriter::KRTrackWriterWritingProgress(KRTrackWriter &, float progress)
+{
+    if (progress > 0)
+        notifyProgress(progress * (1 - creationShare) + creationShare);
+}
+
+void KRLayoutWriter::KRTrackWriterWritingDidEnd(KRTrackWriter &)
+{
+    const std::shared_ptr<KRLayoutWriter> self = shared_from_this();
+    const std::shared_ptr<const KRLayoutWriterDelegate> delegate = m_delegate;
+    if (delegate && delegate->KRLayoutWriterDidFinishWritingLayout && delegate->context.isAlive())
+        delegate->KRLayoutWriterDidFinishWritingLayout(*this);
+    releaseTrackWriter();
+    addWhatTheFormatNeeds();
+    m_stage = Stage::Ended;
+}
+
+void KRLayoutWriter::addWhatTheFormatNeeds()
+{
+    // Asked again: the delegate may have given the file its final name.
+    const QByteArray path = pathOfRef(m_fileRef);
+    if (path.isEmpty())
+        return;
+    if (m_format == TessaronDiscImageFormatBIN && !writeCueSheet(path))
+        qWarning("The cue sheet of %s could not be written", path.constData());
+    if (m_format == TessaronDiscImageFormatVANT && !appendVANTHeader(path, shared_from_this()))
+        qWarning("The VANT header could not be appended to %s", path.constData());
+}
+
+void KRLayoutWriter::KRTrackWriterWritingDidFailWithError(KRTrackWriter &, const NSError &error)
+{
+    const std::shared_ptr<KRLayoutWriter> self = shared_from_this();
+    end();
+    notifyFailure(error);
+}
+
+void KRLayoutWriter::KRTrackWriterDidCancel(KRTrackWriter &)
+{
+    const std::shared_ptr<KRLayoutWriter> self = shared_from_this();
+    end();
+    notifyCancel();
+}
+
+std::uint32_t KRLayoutWriter::produceDataForTrack(DRTrack *, char *, std::uint32_t, std::uint64_t, std::uint32_t,
+                                                  std::uint32_t *)
+{
+    return 0;
+}
+
+void KRLayoutWriter::notifyProgress(float progress)
+{
+    const std::shared_ptr<const KRLayoutWriterDelegate> delegate = m_delegate;
+    if (delegate && delegate->KRLayoutWriterProgress && delegate->context.isAlive())
+        delegate->KRLayoutWriterProgress(*this, progress);
+}
+
+void KRLayoutWriter::notifyFailure(const NSError &error)
+{
+    const std::shared_ptr<const KRLayoutWriterDelegate> delegate = m_delegate;
+    if (delegate && delegate->KRLayoutWriterDidFailWithError && delegate->context.isAlive())
+        delegate->KRLayoutWriterDidFailWithError(*this, error);
+}
+
+void KRLayoutWriter::notifyCancel()
+{
+    const std::shared_ptr<const KRLayoutWriterDelegate> delegate = m_delegate;
+    if (delegate && delegate->KRLayoutWriterDidCancel && delegate->context.isAlive())
+        delegate->KRLayoutWriterDidCancel(*this);
+}
+
+} // namespace Tessaron
