@@ -7,6 +7,7 @@
 #include "platform/discrecording/filesystems/PlanReport.h"
 #include "platform/discrecording/filesystems/PlannedImage.h"
 #include "platform/discrecording/filesystems/VolumeDescriptorSet.h"
+#include "platform/discrecording/filesystems/hfsplus/HfsPlusWriter.h"
 #include "platform/discrecording/filesystems/udf/UdfWriter.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 
@@ -111,9 +112,7 @@ bool Planner::makeTree(NSError *error)
 
 bool Planner::chooseFilesystems(NSError *error)
 {
-    constexpr DRFilesystemMask writable =
-        DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet | DRFilesystemInclusionMaskUDF;
-    const DRFilesystemMask allowed = m_options.filesystems & writable;
+    const DRFilesystemMask allowed = m_options.filesystems & DRFilesystemInclusionMaskAll;
     DRFilesystemMask contents = 0;
     completeFilesystemMasks(*m_tree, &contents);
     // An image of nothing has them all; an object that no filesystem may hold does not ask for one.
@@ -147,6 +146,9 @@ void Planner::makeWriters()
     }
     if ((m_filesystems & DRFilesystemInclusionMaskUDF) != 0)
         m_writers.push_back(std::make_unique<UdfWriter>(m_tree, texts));
+    // Behind the others, whose blocks it accounts for.
+    if ((m_filesystems & DRFilesystemInclusionMaskHFSPlus) != 0)
+        m_writers.push_back(std::make_unique<HfsPlusWriter>(m_tree));
     // Last, so that it ends before the writers that it points to.
     std::vector<const FilesystemWriter *> all;
     for (const auto &writer : m_writers)
@@ -236,6 +238,11 @@ void Planner::placeFiles()
 
 bool Planner::layOut(NSError *error)
 {
+    for (const auto &writer : m_writers) {
+        *error = writer->obstacle();
+        if (*error)
+            return false;
+    }
     for (const auto &writer : m_writers)
         writer->placeFixed(m_layout);
     for (const auto &writer : m_writers)

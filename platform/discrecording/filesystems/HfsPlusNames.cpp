@@ -1,8 +1,8 @@
 #include "platform/discrecording/filesystems/HfsPlusNames.h"
 
 #include "platform/discrecording/filesystems/UnicodeNames.h"
-
-#include <QString>
+#include "platform/discrecording/filesystems/hfsplus/HfsPlusCaseFolding.h"
+#include "platform/discrecording/filesystems/hfsplus/HfsPlusDecomposition.h"
 
 #include <algorithm>
 
@@ -11,18 +11,20 @@ namespace Tessaron
 
 std::u16string hfsPlusName(std::string_view rawName, bool isFolder)
 {
-    const std::u16string composed = unicodeName(rawName, [](char32_t codePoint) { return codePoint == 0; });
-    if (composed.empty())
-        return u"_";
-    std::u16string name = QString::fromStdU16String(composed).normalized(QString::NormalizationForm_D).toStdU16String();
+    // U+FFFF counts as NUL in comparisons, and NUL begins the names of what the volume keeps for itself.
+    const std::u16string composed =
+        unicodeName(rawName, [](char32_t codePoint) { return codePoint == 0 || codePoint == 0xFFFF; });
+    std::u16string name = hfsPlusDecomposed(composed);
     std::ranges::replace(name, u'/', u'_');
     std::ranges::replace(name, u':', u'/');
-    return nameCutTo(name, 255, isFolder);
+    name = nameCutTo(name, 255, isFolder);
+    // A name of which nothing counts would be the same as the empty one, which the catalog needs itself.
+    return hfsPlusFoldedName(name).empty() ? u"_" : name;
 }
 
 std::u16string hfsPlusNameKey(const std::u16string &name)
 {
-    return QString::fromStdU16String(name).toCaseFolded().toStdU16String();
+    return hfsPlusFoldedName(name);
 }
 
 } // namespace Tessaron
