@@ -71,10 +71,13 @@ QString untitledDiscLocalizedString()
     const QString text = NSBundle::frameworkBundle()->localizedString(key, {}, QStringLiteral("framework-localizable"));
     if (text != key)
         return text;
-    if (!_finderBundle())
+    // The file manager's words come in two parts, the second to be put into the first; a missing one yields its key.
+    const QString formatKey = QStringLiteral("BN20.1");
+    const QString nameKey = QStringLiteral("BN20.2");
+    QString format = finderText(formatKey, formatKey);
+    const QString name = finderText(nameKey, nameKey);
+    if (format == formatKey || name == nameKey)
         return key;
-    QString format = finderText(QStringLiteral("BN20.1"), {});
-    const QString name = finderText(QStringLiteral("BN20.2"), {});
     return filled(format.replace(QStringLiteral("^0"), QStringLiteral("%@")), name, 0);
 }
 
