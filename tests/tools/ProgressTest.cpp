@@ -76,9 +76,9 @@ TEST(ProgressLine, writing_showsAllThatFits)
     rate.add(start + seconds(1), 8 * megabyte);
     const ProgressState state = writing(8 * megabyte, 32 * megabyte);
     EXPECT_EQ(progressLine(state, 25, rate, 79),
-              "[=======>                      ]  25 %  8.0 MB of 32.0 MB  8.0 MB/s  0:03 left");
+              "[=======>                       ]  25 %  8.0 MB of 32.0 MB  8.0 MB/s  0:03 left");
     EXPECT_EQ(progressLine(state, 25, rate, 30), " 25 %  8.0 MB of 32.0 MB");
-    EXPECT_EQ(progressLine(state, 25, rate, 20), "[==>        ]  25 %");
+    EXPECT_EQ(progressLine(state, 25, rate, 20), "[===>        ]  25 %");
     EXPECT_EQ(progressLine(state, 25, rate, 3), " 25");
     for (int width = 0; width < 200; ++width)
         EXPECT_LE(progressLine(state, 25, rate, width).size(), width);

@@ -158,6 +158,7 @@ TEST_F(SourcesAndDestination, destination_isRefused_whenItMayNotBeWritten)
 {
     m_tree.makeFile("sticky/foreign.iso");
     m_tree.setMode("sticky", 01777);
+    m_tree.setMode("sticky/foreign.iso", 0666);
     m_tree.makeFolder("closed");
     m_tree.setMode("closed", 0555);
     m_tree.makeFile("protected.iso");
@@ -166,8 +167,7 @@ TEST_F(SourcesAndDestination, destination_isRefused_whenItMayNotBeWritten)
     const Testing::WithoutRootRights withoutRootRights;
     EXPECT_EQ(opened("closed/disc.iso").kind, Kind::Destination);
     EXPECT_EQ(opened("protected.iso").kind, Kind::Destination);
-    if (::getuid() == 0) {
-        m_tree.setMode("sticky/foreign.iso", 0666);
+    if (::getuid() == 0) { // a normal user's own file is not protected from that user
         EXPECT_EQ(opened("sticky/foreign.iso").kind, Kind::Destination);
     }
 }

@@ -32,12 +32,6 @@ Problem writeProblem(const NSError &error)
             error.localizedRecoverySuggestion(), fileSystemRepresentation(error.filePath()), error.code()};
 }
 
-/// A name as one path component.
-QString discName(const Source &source)
-{
-    return stringWithFileSystemRepresentation(source.name);
-}
-
 } // namespace
 
 ImageMaker::ImageMaker(ImageOrder order)
@@ -139,14 +133,27 @@ std::shared_ptr<KRFileHierarchyItem> ImageMaker::rootItem()
     std::shared_ptr<KRFileHierarchyItem> root = KRFileHierarchyItem::fileHierarchyItemWithFileReference(
         KRFileReference::virtualFolderWithName(m_order.volumeName));
     for (std::size_t index = 0; index < gathered.size(); ++index) {
-        const Source &source = m_order.sources[index];
-        std::shared_ptr<KRFileHierarchyItem> &item = gathered[index].item;
-        if (lastComponent(source.path) != source.name)
-            item->fileReference()->setDesiredName(discName(source));
-        root->addItem(item);
-        item.reset();
+        root->addItem(gathered[index].item);
+        gathered[index].item.reset();
     }
     return root;
+}
+
+/// Gives the sources of a disc with several the names of their arguments, which may be those of links.
+void ImageMaker::nameSources(const DRFolder &root) const
+{
+    if (m_order.rootIsOnlySource)
+        return;
+    // A source that vanished meanwhile is missing from the layout; the others keep their order.
+    auto object = root.children().begin();
+    for (std::size_t index = 0; index < m_order.sources.size() && object != root.children().end(); ++index) {
+        if ((*object)->sourceRef() != *m_rootItem->items()[index]->fileReference()->fileRef())
+            continue;
+        const QString name = stringWithFileSystemRepresentation(m_order.sources[index].name);
+        if ((*object)->baseName() != name)
+            (*object)->setBaseName(name);
+        ++object;
+    }
 }
 
 void ImageMaker::layoutMade(const std::shared_ptr<DRFolder> &folder)
@@ -157,6 +164,7 @@ void ImageMaker::layoutMade(const std::shared_ptr<DRFolder> &folder)
         stop({Problem::Kind::Layout, QStringLiteral("the disc's layout cannot be made"), {}, {}});
         return;
     }
+    nameSources(*folder);
     folder->setBaseName(m_order.volumeName);
     folder->setExplicitFilesystemMask(m_order.filesystems);
     startWriting(folder);

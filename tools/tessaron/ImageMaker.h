@@ -70,6 +70,7 @@ public:
 private:
     void sourcesGathered();
     [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> rootItem();
+    void nameSources(const DRFolder &root) const;
     void layoutMade(const std::shared_ptr<DRFolder> &folder);
     void startWriting(const std::shared_ptr<DRFolder> &folder);
     void writingEnded(const Problem &problem);

@@ -28,18 +28,6 @@ QByteArray temporaryNameFor(const QByteArray &finalName)
     return '.' + finalName.left(longestName - 1 - end.size()) + end;
 }
 
-/// The umask can only be read by setting it, which other threads could see: it is read once, when the first file is
-/// made and no worker runs yet.
-mode_t processUmask()
-{
-    static const mode_t mask = [] {
-        const mode_t current = ::umask(0);
-        ::umask(current);
-        return current;
-    }();
-    return mask;
-}
-
 QByteArray descriptorPath(int descriptor)
 {
     return "/proc/self/fd/" + QByteArray::number(descriptor);
@@ -62,7 +50,6 @@ StagedFile::~StagedFile()
 std::unique_ptr<StagedFile> StagedFile::create(int folder, const QByteArray &folderPath, const QByteArray &finalName,
                                                int *errnoValue, Naming naming)
 {
-    static_cast<void>(processUmask());
     std::unique_ptr<StagedFile> result(new StagedFile(folder, folderPath, finalName));
     const bool isMade = (naming == Naming::NamelessIfPossible && result->createNameless()) || result->createHidden();
     if (isMade)
@@ -73,27 +60,37 @@ std::unique_ptr<StagedFile> StagedFile::create(int folder, const QByteArray &fol
 
 bool StagedFile::createNameless()
 {
-    UniqueDescriptor file(::openat(m_folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+    UniqueDescriptor file(::openat(m_folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
     // The writer opens the file by a path, and publishing links it by one: both need /proc.
     if (!file || ::access(descriptorPath(file.get()).constData(), W_OK) != 0)
         return false;
     m_file = std::move(file);
-    return true;
+    return hideFromOthers();
 }
 
 bool StagedFile::createHidden()
 {
     for (int attempt = 0; attempt < nameAttempts; ++attempt) {
         const QByteArray name = temporaryNameFor(m_finalName);
-        m_file.reset(::openat(m_folder, name.constData(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600));
+        m_file.reset(::openat(m_folder, name.constData(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0666));
         if (m_file) {
             setTemporaryName(name);
-            return true;
+            return hideFromOthers();
         }
         if (errno != EEXIST)
             return false;
     }
     return false;
+}
+
+/// The system has made the file as umask and the folder's own rules want it: that is what it will have in the end.
+bool StagedFile::hideFromOthers()
+{
+    struct stat status;
+    if (::fstat(m_file.get(), &status) != 0)
+        return false;
+    m_finalMode = status.st_mode & 07777;
+    return ::fchmod(m_file.get(), 0600) == 0;
 }
 
 bool StagedFile::giveTemporaryName()
@@ -171,7 +168,7 @@ private:
 
 bool Publisher::prepare(StagedFile &file) const
 {
-    return ::fchmod(file.descriptor(), 0666 & ~processUmask()) == 0 && file.giveTemporaryName();
+    return ::fchmod(file.descriptor(), file.m_finalMode) == 0 && file.giveTemporaryName();
 }
 
 bool Publisher::place(const StagedFile &file, Step *step) const

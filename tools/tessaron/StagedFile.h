@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <sys/types.h>
 #include <vector>
 
 namespace Tessaron::Tool
@@ -44,6 +45,7 @@ private:
     StagedFile(int folder, const QByteArray &folderPath, const QByteArray &finalName);
     bool createNameless();
     bool createHidden();
+    bool hideFromOthers();
     bool giveTemporaryName();
     void setTemporaryName(const QByteArray &name);
     void removeTemporaryName();
@@ -54,6 +56,7 @@ private:
     const QByteArray m_finalName;
     QByteArray m_temporaryName;
     int m_emergencyNumber = -1;
+    mode_t m_finalMode = 0;
     UniqueDescriptor m_file;
 };
 
