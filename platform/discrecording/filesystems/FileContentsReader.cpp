@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <system_error>
+#include <thread>
 
 namespace Tessaron
 {
@@ -64,13 +66,26 @@ NSError sizeError(const FileContents &file, std::uint64_t sizeNow)
                          leaveAloneSuggestion());
 }
 
+/// Opens without blocking, since in the place of the planned file there may be a fifo by now, and nobody at its other
+/// end. A file server may hold a lease on the file (fcntl(2), F_SETLEASE): the first try has then asked it to let go,
+/// which the kernel enforces after 45 s by default.
+UniqueDescriptor openWithoutBlocking(const FSRef &ref, int *errnoValue)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    for (;;) {
+        UniqueDescriptor descriptor = openFSRef(ref, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW, errnoValue);
+        if (descriptor || *errnoValue != EWOULDBLOCK || std::chrono::steady_clock::now() > deadline)
+            return descriptor;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
+
 } // namespace
 
 UniqueDescriptor openFileContents(const FileContents &file, NSError *error)
 {
     int errnoValue = 0;
-    // Not blocking: in the place of the planned file there may be a fifo by now, and nobody at its other end.
-    UniqueDescriptor descriptor = openFSRef(file.ref, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW, &errnoValue);
+    UniqueDescriptor descriptor = openWithoutBlocking(file.ref, &errnoValue);
     if (!descriptor) {
         *error = openingError(file, errnoValue);
         return {};
