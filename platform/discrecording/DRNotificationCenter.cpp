@@ -2,7 +2,11 @@
 
 #include "platform/discrecording/DRBurn.h"
 
+#include <QCoreApplication>
+#include <QEvent>
+
 #include <algorithm>
+#include <deque>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -13,6 +17,32 @@ namespace Tessaron
 class DRNotificationCenter::Private
 {
 public:
+    /// Wakes on the centre's thread: each event that it gets stands for one notification in the queue. The
+    /// notifications themselves do not travel in Qt's events, so that what orders the threads is our own mutex, which
+    /// ThreadSanitizer sees.
+    class Receiver final : public QObject
+    {
+    public:
+        explicit Receiver(Private &center)
+            : m_center(center)
+        {
+        }
+        bool event(QEvent * /*event*/) override
+        {
+            m_center.deliverNext();
+            return true;
+        }
+
+    private:
+        Private &m_center;
+    };
+
+    struct Posted {
+        QString name;
+        std::weak_ptr<DRBurn> sender;
+        Around around;
+    };
+
     struct Observer {
         std::uint64_t identifier = 0;
         const void *observer = nullptr;
@@ -25,9 +55,27 @@ public:
     void close()
     {
         std::unique_ptr<QObject> ending;
+        std::deque<Posted> droppedPosts; // these two end outside the lock: they may hold anything
+        std::vector<Observer> droppedObservers;
         const std::lock_guard lock(mutex);
         ending = std::move(receiver);
-        observers.clear();
+        droppedPosts.swap(queue);
+        droppedObservers.swap(observers);
+    }
+
+    void deliverNext()
+    {
+        Posted next;
+        {
+            const std::lock_guard lock(mutex);
+            if (queue.empty())
+                return;
+            next = std::move(queue.front());
+            queue.pop_front();
+        }
+        // Held for the calls, so that a handler may let go of the burn.
+        if (const std::shared_ptr<DRBurn> burn = next.sender.lock())
+            next.around([&] { callObservers(next.name, *burn); });
     }
 
     [[nodiscard]] bool isRegistered(std::uint64_t identifier)
@@ -53,7 +101,8 @@ public:
     }
 
     std::mutex mutex; ///< guards everything below
-    std::unique_ptr<QObject> receiver = std::make_unique<QObject>(); ///< null once the thread has ended
+    std::unique_ptr<QObject> receiver = std::make_unique<Receiver>(*this); ///< null once the thread has ended
+    std::deque<Posted> queue;
     std::vector<Observer> observers;
     std::uint64_t lastIdentifier = 0;
 };
@@ -106,14 +155,8 @@ void DRNotificationCenter::post(const QString &name, const std::weak_ptr<DRBurn>
     const std::lock_guard lock(d->mutex);
     if (!d->receiver)
         return;
-    QMetaObject::invokeMethod(
-        d->receiver.get(),
-        [own = d, name, sender, around = std::move(around)] {
-            // Held for the calls, so that a handler may let go of the burn.
-            if (const std::shared_ptr<DRBurn> burn = sender.lock())
-                around([&] { own->callObservers(name, *burn); });
-        },
-        Qt::QueuedConnection);
+    d->queue.push_back({name, sender, std::move(around)});
+    QCoreApplication::postEvent(d->receiver.get(), new QEvent(QEvent::User));
 }
 
 } // namespace Tessaron
