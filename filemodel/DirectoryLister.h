@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace Tessaron
 {
@@ -36,7 +37,12 @@ public:
     /// Opens a folder; null when that fails. `parent` is the open listing of the folder that holds it, or null.
     [[nodiscard]] virtual std::unique_ptr<DirectoryListing> open(const FSRef &folder, DirectoryListing *parent) = 0;
 
-    /// The lister of the file system.
+    /// These folders, in this order, are likely to be opened soon. A hint.
+    virtual void willOpen(const std::vector<FSRef> &) { }
+    /// The scan is over: whatever was prepared for it is dropped.
+    virtual void endScan() { }
+
+    /// A lister of the file system for one scan at a time. It reads ahead on a thread of its own.
     [[nodiscard]] static TESSARON_EXPORT std::shared_ptr<DirectoryLister> fileSystem();
 };
 

@@ -13,6 +13,11 @@ namespace
 /// Entries fetched by one call.
 constexpr std::uint32_t batchSize = 50;
 
+constexpr std::uint32_t wantedInfo = kFSCatInfoNodeFlags | kFSCatInfoDataSizes | kFSCatInfoRsrcSizes;
+
+/// Below so many folders nothing is read ahead: the path to each would be walked again.
+constexpr std::size_t mostLevelsAhead = 32;
+
 /// Folders above each other that keep descriptors and full-sized buffers while the walk is below them.
 constexpr std::size_t mostOpenLevels = 64;
 
@@ -72,6 +77,13 @@ bool DirectoryScan::run()
     m_root =
         KRFileHierarchyItem::fileHierarchyItemWithFileReference(KRFileReference::initWithFSRef(m_scanner.m_fileRef));
     enterFolder(m_scanner.m_fileRef, m_root);
+    const bool wasCancelled = walk();
+    m_scanner.m_lister->endScan();
+    return wasCancelled;
+}
+
+bool DirectoryScan::walk()
+{
     while (m_depth > 0) {
         Level &level = m_levels[m_depth - 1];
         if (prepareEntry(level) == Step::EndOfFolder) {
@@ -94,7 +106,6 @@ bool DirectoryScan::run()
 /// Makes sure that the level has a next entry, fetching further batches as long as there are.
 DirectoryScan::Step DirectoryScan::prepareEntry(Level &level)
 {
-    constexpr std::uint32_t wanted = kFSCatInfoNodeFlags | kFSCatInfoDataSizes | kFSCatInfoRsrcSizes;
     while (level.next == level.count) {
         if (level.status != noErr && level.status != errFSNoMoreItems) {
             countOneMore(m_scanner.m_errorCount);
@@ -104,11 +115,28 @@ DirectoryScan::Step DirectoryScan::prepareEntry(Level &level)
             return Step::EndOfFolder;
         level.entries.resize(batchSize);
         std::uint32_t actual = 0;
-        level.status = level.listing->next(batchSize, &actual, wanted, level.entries.data());
+        level.status = level.listing->next(batchSize, &actual, wantedInfo, level.entries.data());
         level.count = actual;
         level.next = 0;
+        announceFolders(level);
     }
     return Step::Entry;
+}
+
+/// Tells the lister which folders come next, but for the first, which is opened right away.
+void DirectoryScan::announceFolders(const Level &level)
+{
+    if (m_depth > mostLevelsAhead)
+        return;
+    std::vector<FSRef> folders;
+    for (std::size_t index = 0; index < level.count; ++index) {
+        if (level.entries[index].info.nodeFlags & kFSNodeIsDirectoryMask)
+            folders.push_back(level.entries[index].ref);
+    }
+    if (folders.size() < 2)
+        return;
+    folders.erase(folders.begin());
+    m_scanner.m_lister->willOpen(folders);
 }
 
 void DirectoryScan::takeEntry(const FSBulkEntry &entry)

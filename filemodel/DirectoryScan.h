@@ -39,6 +39,8 @@ private:
 
     enum class Step { Entry, EndOfFolder };
 
+    [[nodiscard]] bool walk();
+    void announceFolders(const Level &level);
     [[nodiscard]] Step prepareEntry(Level &level);
     void takeEntry(const FSBulkEntry &entry);
     void enterFolder(const FSRef &folder, const std::shared_ptr<KRFileHierarchyItem> &item);

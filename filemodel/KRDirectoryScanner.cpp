@@ -120,10 +120,13 @@ void KRDirectoryScanner::_openPoolAndStartScan()
         wasCancelled = scan.run();
         root = scan.root();
     }
-    // The root travels with the report, so that a scan started meanwhile cannot take its place.
-    auto report = [weak = weak_from_this(), root = std::move(root), wasCancelled] {
+    // The root travels with the report, so that a scan started meanwhile cannot take its place, and in a box that the
+    // main thread empties, so that the tree is never left to this thread to be freed.
+    auto box = std::make_shared<std::shared_ptr<KRFileHierarchyItem>>(std::move(root));
+    auto report = [weak = weak_from_this(), box = std::move(box), wasCancelled] {
+        const std::shared_ptr<KRFileHierarchyItem> handedOver = std::move(*box);
         if (const std::shared_ptr<KRDirectoryScanner> scanner = weak.lock())
-            wasCancelled ? scanner->_reportScanWasCancelled(root) : scanner->_reportScanFinished(root);
+            wasCancelled ? scanner->_reportScanWasCancelled(handedOver) : scanner->_reportScanFinished(handedOver);
     };
     m_lock.giveBack();
     performOnMainThread(std::move(report));

@@ -14,6 +14,8 @@ namespace
 
 constexpr std::uint64_t statBlockBytes = 512; ///< unit of `stx_blocks`, whatever the volume's block size
 
+constexpr int mostVainLists = 8;
+
 timespec timeOf(const statx_timestamp &from)
 {
     timespec time = {};
@@ -83,6 +85,11 @@ bool mayHaveFinderInfo(const struct statx &facts)
 void fillFromAttributes(AttributeSource &source, const struct statx &facts, std::uint32_t whichInfo,
                         FSCatalogInfo *info)
 {
+    // Where every file carries a label of the system, a list tells nothing: it is not asked for again.
+    const bool mayAskForList = source.vainLists < mostVainLists;
+    if (mayAskForList && !hasAnyAttribute(source.folder, source.name, source.folderPath))
+        return;
+    ++source.vainLists;
     if ((whichInfo & kFSCatInfoRsrcSizes) && mayHaveResourceFork(facts)) {
         info->rsrcLogicalSize =
             attributeLength(source.folder, source.name, source.folderPath, resourceForkAttribute, &source.isSupported);

@@ -27,6 +27,7 @@ struct AttributeSource {
     QByteArrayView folderPath;
     std::uint64_t device;
     bool isSupported = true; ///< false once the volume said that it keeps none
+    int vainLists = 0; ///< how often lately a file had attributes, but none of ours
 };
 
 /// Fills what extended attributes know: resource fork sizes and Finder information.

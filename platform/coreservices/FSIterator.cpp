@@ -4,6 +4,7 @@
 #include "platform/coreservices/FSRefAccess.h"
 #include "platform/coreservices/FileLocator.h"
 #include "platform/coreservices/FilePlaces.h"
+#include "platform/coreservices/ForkAttributes.h"
 #include "platform/coreservices/NodeTable.h"
 #include "platform/coreservices/PathAccess.h"
 #include "platform/foundation/NSError.h"
@@ -68,6 +69,8 @@ int FSIterator::open(const FSIterator *parent)
     if (m_node != NodeTable::root && FilePlaces::shared().isFolderInDoubt(m_node))
         FilePlaces::shared().noteFolder(m_node, identityOf(m_container));
     m_keepsAttributes = volumeKeepsAttributes(m_container.device);
+    if (m_keepsAttributes && attributesNeedPaths())
+        m_attributePath = pathOfNode(m_node);
     return 0;
 }
 
@@ -167,8 +170,10 @@ int FSIterator::fetch(const std::string_view *names, std::size_t count, std::uin
         entry.ref = refWithFacts(facts, 0);
         fillCatalogInfo(facts, whichInfo, &entry.info);
         if (m_keepsAttributes && (whichInfo & attributeInfo) && mayHaveFinderInfo(facts)) {
-            AttributeSource source{m_folder.get(), names[index].data(), m_path, entry.ref.device};
+            AttributeSource source{m_folder.get(), names[index].data(), m_attributePath, entry.ref.device};
+            source.vainLists = m_vainLists;
             fillFromAttributes(source, facts, whichInfo, &entry.info);
+            m_vainLists = source.vainLists;
             m_keepsAttributes = source.isSupported || entry.ref.device != m_container.device;
         }
         present[found++] = names[index];

@@ -44,11 +44,12 @@ private:
     FSRef m_container;
     std::uint32_t m_node = 0; ///< the folder's place; the parent of what is listed
     UniqueDescriptor m_folder;
-    QByteArray m_path; ///< for attributes on kernels that need a path
+    QByteArray m_attributePath; ///< the folder's path, where attributesNeedPaths()
     std::vector<char> m_records; ///< as read, up to the last whole record
     std::size_t m_at = 0; ///< the next record
     bool m_isAtEnd = false; ///< the folder holds no further records than these
     bool m_keepsAttributes = true;
+    int m_vainLists = 0; ///< see AttributeSource
 };
 
 /// FSOpenIterator() with the open listing of the folder above, which may be null.

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
 #include <sys/syscall.h>
 #include <sys/xattr.h>
@@ -27,9 +28,33 @@ struct AttributeArguments {
 };
 /// Number of getxattrat(2): the same on every architecture, for it is younger than their common table.
 constexpr long getAttributeAtNumber = 464;
+/// listxattrat(2), likewise.
+constexpr long listAttributesAtNumber = 465;
 
 /// Cleared by the first call on a kernel older than 6.13.
 std::atomic<bool> hasGetAttributeAt = true;
+
+/// A path of a file below a folder, for calls that take no descriptor. Through /proc it is right even when the folder
+/// was renamed meanwhile, but slower.
+QByteArray pathBelow(int folder, const char *name, QByteArrayView folderPath)
+{
+    constexpr qsizetype longestFolderPath = PATH_MAX - NAME_MAX - 2;
+    if (folder == AT_FDCWD)
+        return name;
+    const bool isUsable = !folderPath.isEmpty() && folderPath.size() <= longestFolderPath;
+    QByteArray path = isUsable ? folderPath.toByteArray() : pathOfDescriptor(folder);
+    return path.append('/').append(name);
+}
+
+/// True when the kernel, or a sandbox, does not know the calls that take a descriptor; a sandbox may forbid what it
+/// does not know instead of leaving it unknown.
+bool isCallMissing(int error)
+{
+    if (error != ENOSYS && error != EPERM)
+        return false;
+    hasGetAttributeAt.store(false, std::memory_order_relaxed);
+    return true;
+}
 
 /// getxattr relative to a folder; the length, or minus an `errno` value. Measured per call on a warm file: 0.39 µs
 /// relative to a descriptor, 0.65 µs with a path of five names, 0.98 µs through /proc/self/fd.
@@ -41,19 +66,12 @@ long getAttribute(int folder, const char *name, QByteArrayView folderPath, const
         AttributeArguments arguments{reinterpret_cast<std::uintptr_t>(data), static_cast<std::uint32_t>(size), 0};
         const long length =
             ::syscall(getAttributeAtNumber, folder, name, AT_SYMLINK_NOFOLLOW, attribute, &arguments, sizeof arguments);
-        // A sandbox that does not know the call may forbid it instead of leaving it unknown.
-        if (length >= 0 || (errno != ENOSYS && errno != EPERM))
+        if (length >= 0 || !isCallMissing(errno))
             return length >= 0 ? length : -errno;
-        hasGetAttributeAt.store(false, std::memory_order_relaxed);
     }
-    QByteArray path;
-    if (folder == AT_FDCWD)
-        path = name;
-    else if (folderPath.isEmpty())
-        path = pathOfDescriptor(folder) + '/' + name;
-    else
-        path = folderPath.toByteArray() + '/' + name;
-    const ssize_t length = ::lgetxattr(path.constData(), attribute, data, size);
+    ssize_t length = ::lgetxattr(pathBelow(folder, name, folderPath).constData(), attribute, data, size);
+    if (length < 0 && errno == ENOENT && !folderPath.isEmpty())
+        length = ::lgetxattr(pathBelow(folder, name, {}).constData(), attribute, data, size);
     return length >= 0 ? length : -errno;
 }
 
@@ -81,6 +99,21 @@ OSStatus writeAttribute(const PathAccess &file, const char *attribute, const voi
 std::uint16_t finderFlagsOf(const std::uint8_t *finderInfo)
 {
     return loadBigEndian<std::uint16_t>(finderInfo + finderFlagsOffset);
+}
+
+bool attributesNeedPaths()
+{
+    return !hasGetAttributeAt.load(std::memory_order_relaxed);
+}
+
+bool hasAnyAttribute(int folder, const char *name, QByteArrayView folderPath)
+{
+    if (hasGetAttributeAt.load(std::memory_order_relaxed)) {
+        const long length = ::syscall(listAttributesAtNumber, folder, name, AT_SYMLINK_NOFOLLOW, nullptr, 0);
+        if (length >= 0 || !isCallMissing(errno))
+            return length != 0;
+    }
+    return ::llistxattr(pathBelow(folder, name, folderPath).constData(), nullptr, 0) != 0;
 }
 
 std::uint64_t attributeLength(int folder, const char *name, QByteArrayView folderPath, const char *attribute,

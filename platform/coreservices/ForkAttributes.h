@@ -36,6 +36,14 @@ enum FinderFlags : std::uint16_t {
 [[nodiscard]] std::uint64_t attributeLength(int folder, const char *name, QByteArrayView folderPath,
                                             const char *attribute, bool *isSupported);
 
+/// True once a kernel older than 6.13 was found to know no calls relative to a descriptor, so that a `folderPath`
+/// helps.
+[[nodiscard]] bool attributesNeedPaths();
+
+/// True when the file has any extended attribute, of users or of the system, or when that cannot be told; with the
+/// arguments of attributeLength(). It costs a quarter less than asking for one that the file does not have.
+[[nodiscard]] bool hasAnyAttribute(int folder, const char *name, QByteArrayView folderPath);
+
 /// Reads the Finder information; zeroes when the file has none.
 [[nodiscard]] FinderInfoBytes readFinderInfo(const PathAccess &file);
 /// The same with the arguments of attributeLength().

@@ -84,7 +84,7 @@ public:
     std::unique_ptr<DirectoryListing> open(const FSRef &folder, DirectoryListing *) override
     {
         // Each listing stands alone here, as if the one above were not known.
-        std::unique_ptr<DirectoryListing> real = fileSystem()->open(folder, nullptr);
+        std::unique_ptr<DirectoryListing> real = m_fileSystem->open(folder, nullptr);
         return real ? std::make_unique<Listing>(*this, std::move(real), nameOfFSRef(folder).toByteArray()) : nullptr;
     }
 
@@ -134,6 +134,7 @@ private:
         m_changed.wait(lock, [this] { return m_holdAt < 0; });
     }
 
+    const std::shared_ptr<DirectoryLister> m_fileSystem = fileSystem();
     QByteArray m_failingFolder;
     int m_failingCall = 0;
     OSStatus m_status = noErr;
@@ -187,6 +188,12 @@ protected:
         EXPECT_TRUE(scanner->startDirectoryScan());
         EXPECT_TRUE(Testing::runEventLoopUntil([this] { return root != nullptr; }));
         return root;
+    }
+
+    /// The worker leaves the scan before it schedules its report.
+    void waitForTheEnd() const
+    {
+        ASSERT_TRUE(Testing::runEventLoopUntil([this] { return root != nullptr; }));
     }
 
     void makeFiles(const QByteArray &folder, int count) const
@@ -388,7 +395,7 @@ TEST_F(KRDirectoryScannerTest, stopScanSync_returnsWhenTheWorkerHasLeft_andTheCa
     scanner->stopScanSync();
     EXPECT_FALSE(scanner->isRunning());
     EXPECT_TRUE(events.empty());
-    Testing::drainEventLoop();
+    waitForTheEnd();
     EXPECT_EQ(events, Names{"cancelled"});
     // The first batch was taken; the cancellation showed at the first entry of the second.
     EXPECT_EQ(root->numberOfItems(), 50u);
@@ -407,7 +414,7 @@ TEST_F(KRDirectoryScannerTest, aCancelBelow_keepsWhatWasBuilt_andShowsAtTheParen
     scanner->stopScanAsync();
     lister->letGo();
     scanner->waitUntilScanEnds();
-    Testing::drainEventLoop();
+    waitForTheEnd();
     EXPECT_EQ(events, Names{"cancelled"});
     ASSERT_EQ(root->numberOfItems(), 1u);
     EXPECT_EQ(root->items()[0]->numberOfItems(), 50u);
@@ -425,7 +432,7 @@ TEST_F(KRDirectoryScannerTest, aCancelThatNoFurtherEntryNotices_endsAsFinished)
     scanner->stopScanAsync();
     lister->letGo();
     scanner->waitUntilScanEnds();
-    Testing::drainEventLoop();
+    waitForTheEnd();
     EXPECT_EQ(events, Names{"finished"});
     ASSERT_EQ(root->numberOfItems(), 1u);
     EXPECT_EQ(root->items()[0]->numberOfItems(), 50u);
@@ -567,8 +574,11 @@ TEST_F(KRDirectoryScannerTest, foldersThousandsOfLevelsDeep_areScannedToTheEnd)
 {
     constexpr int depth = 3000;
     const QByteArray name("level-name");
-    ASSERT_FALSE(Testing::makeDeepFolders(tree.path(), name, depth).isEmpty());
-    const std::shared_ptr<KRDirectoryScanner> scanner = scannerFor("");
+    const Testing::TemporaryTree memory(QStringLiteral("/dev/shm")); // a disk takes seconds to make and remove them
+    ASSERT_FALSE(Testing::makeDeepFolders(memory.path(), name, depth).isEmpty());
+    const std::shared_ptr<KRDirectoryScanner> scanner
+        = KRDirectoryScanner::directoryScannerWithPath(memory.pathText());
+    listenTo(scanner);
     std::shared_ptr<KRFileHierarchyItem> item = scan(scanner);
     EXPECT_EQ(scanner->scannedDirs(), static_cast<std::uint32_t>(depth));
     EXPECT_EQ(scanner->scannedFiles(), 1u);
@@ -580,7 +590,7 @@ TEST_F(KRDirectoryScannerTest, foldersThousandsOfLevelsDeep_areScannedToTheEnd)
     }
     EXPECT_EQ(levels, depth + 1);
     EXPECT_EQ(nameOf(*item), "leaf");
-    Testing::removeDeepFolders(tree.path(), name, depth);
+    Testing::removeDeepFolders(memory.path(), name, depth);
 }
 
 TEST_F(KRDirectoryScannerTest, aDeepTreeWithFilesOnEveryLevel_losesNothing)

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "platform/coreservices/FSCatalog.h"
+
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+namespace Tessaron
+{
+
+/// Lists folders ahead of a scan on a thread of its own, so that the scan's thread is busy building items while the
+/// system looks up the next files. On two processors a scan takes about two thirds of its time alone.
+///
+/// The scan takes the folders from the front of what it announced, the reader from the back: they meet once. What the
+/// reader has not begun the scan does itself. All operations belong to the scan's thread.
+class FolderReader
+{
+public:
+    static constexpr std::uint32_t batchSize = 50;
+    static constexpr std::uint32_t whichInfo = kFSCatInfoNodeFlags | kFSCatInfoDataSizes | kFSCatInfoRsrcSizes;
+
+    /// What one bulk call gave.
+    struct Batch {
+        std::vector<FSBulkEntry> entries;
+        OSStatus status = noErr;
+    };
+    /// An open folder (null when it cannot be opened) and its first batches.
+    struct Folder {
+        std::shared_ptr<FSIterator> iterator;
+        std::vector<Batch> batches;
+    };
+
+    FolderReader();
+    /// Ends the thread once the bulk call that it is in returns.
+    ~FolderReader();
+    FolderReader(const FolderReader &) = delete;
+    FolderReader &operator=(const FolderReader &) = delete;
+
+    void readAhead(const std::vector<FSRef> &folders);
+
+    /// True with the folder when it was read ahead, waiting for it when the reader is at it; false when the caller is
+    /// to open it. Either way the reader forgets it.
+    [[nodiscard]] bool take(const FSRef &ref, Folder *folder);
+
+private:
+    enum class State { Pending, Reading, Read };
+    struct Job {
+        FSRef ref;
+        State state = State::Pending;
+        Folder folder;
+    };
+
+    void run();
+    [[nodiscard]] std::shared_ptr<Job> nextJob();
+    [[nodiscard]] static Folder read(const FSRef &ref);
+
+    std::mutex m_mutex; ///< guards the members below
+    std::condition_variable m_hasWork;
+    std::condition_variable m_isRead;
+    std::unordered_map<std::uint32_t, std::shared_ptr<Job>> m_jobs; ///< by node, until they are taken
+    std::vector<std::weak_ptr<Job>> m_pending; ///< those announced last at the back
+    std::size_t m_readCount = 0; ///< jobs read and not yet taken
+    bool m_isEnding = false;
+    std::thread m_thread; ///< the last member: it uses the others
+};
+
+} // namespace Tessaron
