@@ -31,31 +31,36 @@ if(TESSARON_FUZZ)
     target_link_options(tessaron_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+option(TESSARON_PRECOMPILE_HEADERS "Precompile what nearly every source includes; halves the time of a build" OFF)
+
+# tessaron_precompile(TARGET HEADERS ...)
+#
+# Only headers of others, which never change: a change of our own never rebuilds more than what includes it.
+function(tessaron_precompile target)
+    if(TESSARON_PRECOMPILE_HEADERS)
+        target_precompile_headers(${target} PRIVATE ${ARGN})
+        # ccache looks into what a compiler made of a precompiled header only when this is given.
+        target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+    endif()
+endfunction()
+set(TESSARON_COMMON_HEADERS
+    <QByteArray> <QString> <QVariantMap>
+    <algorithm> <chrono> <functional> <memory> <mutex> <string> <thread> <vector>)
+
 # tessaron_add_layer(NAME [SOURCES ...] [DEPENDS ...] [PRIVATE_DEPENDS ...])
 #
 # One folder of the library: a static library of position independent code, which the shared library
 # gathers and which the tests link directly, so that they reach what is not exported.
 function(tessaron_add_layer name)
     cmake_parse_arguments(LAYER "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
-    set(_present "")
-    foreach(_s IN LISTS LAYER_SOURCES)
-        if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${_s} OR IS_ABSOLUTE ${_s})
-            list(APPEND _present ${_s})
-        else()
-            message(WARNING "missing ${CMAKE_CURRENT_SOURCE_DIR}/${_s}")
-        endif()
-    endforeach()
-    if(NOT _present)
-        file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp "")
-        set(_present ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp)
-    endif()
-    add_library(${name} STATIC ${_present})
+    add_library(${name} STATIC ${LAYER_SOURCES})
     target_include_directories(${name} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/framework>)
     target_link_libraries(${name}
         PUBLIC ${LAYER_DEPENDS} Qt6::Core Threads::Threads
         PRIVATE tessaron_options ${LAYER_PRIVATE_DEPENDS})
+    tessaron_precompile(${name} ${TESSARON_COMMON_HEADERS})
     set_property(GLOBAL APPEND PROPERTY TESSARON_LAYERS ${name})
 endfunction()
 
@@ -67,6 +72,10 @@ function(tessaron_add_test name)
     cmake_parse_arguments(TEST "" "" "SOURCES;LIBRARIES" ${ARGN})
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE tessaron_options tessaron_test_support ${TEST_LIBRARIES})
+    tessaron_precompile(${name} ${TESSARON_COMMON_HEADERS} <gtest/gtest.h>)
+    # Tests show behaviour, not speed: unoptimised they compile in half the time. (Optimised, g++ 12 also warns of
+    # overflows inside std::string that are none.)
+    target_compile_options(${name} PRIVATE $<$<CONFIG:RelWithDebInfo,Release>:-O0>)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
 endfunction()
