@@ -21,16 +21,17 @@ LAYERS = [
     "imaging",
     "ui/text",
     "ui/views",
+    "ui/panels",
 ]
 PROGRAMS = ["tools", "app", "examples"]
-PUBLIC = "framework/TessaronClasses"
-INCLUDE = re.compile(r'^\s*#\s*include\s+["<]((?:platform|filemodel|imaging|ui|TessaronClasses)/[^">]+)[">]', re.M)
+PUBLIC = "framework/TessaronClasses"  # and TessaronClassesUI, whose name begins the same
+INCLUDE = re.compile(r'^\s*#\s*include\s+["<]((?:platform|filemodel|imaging|ui|TessaronClasses|TessaronClassesUI)/[^">]+)[">]', re.M)
 
 
 class Tree:
     def __init__(self, root):
         self.root = root
-        folders = LAYERS + PROGRAMS + [PUBLIC]
+        folders = LAYERS + PROGRAMS + [PUBLIC, PUBLIC + "UI"]
         paths = {path for folder in folders for path in (root / folder).rglob("*") if path.suffix in (".h", ".cpp")}
         self.files = {str(path.relative_to(root)): path.read_text() for path in sorted(paths)}
         listed = (root / "framework/PublicHeaders.cmake").read_text()
@@ -39,7 +40,7 @@ class Tree:
 
     def includes(self, name):
         for target in INCLUDE.findall(self.files[name]):
-            yield "framework/" + target if target.startswith("TessaronClasses/") else target
+            yield "framework/" + target if target.startswith("TessaronClasses") else target
 
     def layer(self, name):
         """Index into LAYERS; None for programs. A public header belongs where its .cpp is."""
