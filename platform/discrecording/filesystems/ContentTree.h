@@ -56,6 +56,8 @@ struct ContentNode {
         HasContentsInMemory = 4,
         SharesContents = 8, ///< several objects have the same contents
         NeedsInspection = 16, ///< its source has still to be looked at; only while the tree is built
+        HasUserId = 32, ///< an owner was set for it
+        HasGroupId = 64, ///< a group was set for it
     };
 
     const char *name = nullptr; ///< its name on the disc, bytes, not terminated

@@ -300,10 +300,14 @@ bool ContentTreeBuilder::inspect(StorageIssues &issues)
     // Set values are stronger than the sources', so they come last; the type of the object is never theirs to set.
     for (const auto &[node, mode] : m_modes)
         m_tree->nodes[node].mode = static_cast<std::uint16_t>((m_tree->nodes[node].mode & S_IFMT) | mode);
-    for (const auto &[node, user] : m_users)
+    for (const auto &[node, user] : m_users) {
         m_tree->nodes[node].userId = user;
-    for (const auto &[node, group] : m_groups)
+        m_tree->nodes[node].flags |= ContentNode::HasUserId;
+    }
+    for (const auto &[node, group] : m_groups) {
         m_tree->nodes[node].groupId = group;
+        m_tree->nodes[node].flags |= ContentNode::HasGroupId;
+    }
     return true;
 }
 

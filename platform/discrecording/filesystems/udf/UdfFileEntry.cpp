@@ -149,11 +149,13 @@ void UdfFileEntry::store(std::span<std::uint8_t> block, std::uint32_t icb) const
 {
     const NodeIndex node = m_hierarchy.nodeOf(icb);
     const ContentNode &content = m_hierarchy.tree().nodes[node];
-    const bool hasOwner = content.sourceNode != 0;
+    const bool hasSource = content.sourceNode != 0;
+    const bool hasOwner = hasSource || content.has(ContentNode::HasUserId);
+    const bool hasGroup = hasSource || content.has(ContentNode::HasGroupId);
     std::uint8_t *const entry = block.data();
     storeIcbTag(entry + 16, content);
-    storeLittleEndian<std::uint32_t>(entry + 36, hasOwner || content.userId != 0 ? content.userId : unsetId);
-    storeLittleEndian<std::uint32_t>(entry + 40, hasOwner || content.groupId != 0 ? content.groupId : unsetId);
+    storeLittleEndian<std::uint32_t>(entry + 36, hasOwner ? content.userId : unsetId);
+    storeLittleEndian<std::uint32_t>(entry + 40, hasGroup ? content.groupId : unsetId);
     storeLittleEndian<std::uint32_t>(entry + 44, permissionsOf(content.mode));
     storeLittleEndian<std::uint16_t>(entry + 48, m_hierarchy.linkCount(icb));
     storeTimes(entry, node);

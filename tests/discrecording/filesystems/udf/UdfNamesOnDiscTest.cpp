@@ -111,7 +111,7 @@ TEST(UdfNamesOnDisc, names_areToldApart_whenTheyBecomeTheSame)
     const NamedFiles cut({QByteArray(251, 'n') + ".txt", QByteArray(252, 'n') + "xyz", QByteArray(250, 'n') + ".txt"});
     EXPECT_EQ(
         cut.paths(),
-        (QByteArrayList{QByteArray(252, 'n') + "xy", QByteArray(125, 'n') + "_1", QByteArray(250, 'n') + ".txt"}));
+        (QByteArrayList{QByteArray(121, 'n') + "_1.txt", QByteArray(250, 'n') + ".txt", QByteArray(252, 'n') + "xy"}));
 }
 
 TEST(UdfNamesOnDisc, differentCases_areDifferentNames)
