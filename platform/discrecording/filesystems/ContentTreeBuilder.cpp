@@ -24,6 +24,7 @@ namespace
 {
 
 constexpr std::uint32_t foldersPerCheck = 64;
+constexpr std::uint32_t listingBatchSize = 256;
 
 std::string_view view(QByteArrayView bytes)
 {
@@ -64,7 +65,7 @@ std::unique_ptr<ContentTree> ContentTreeBuilder::build(const DRFolder &root, Sto
         if (next.virtualFolder)
             addVirtualChildren(next.node, *next.virtualFolder);
         else
-            addListedChildren(next.node, next.ref, issues);
+            addListedChildren(next.node, issues);
     }
     m_progress.tell(0.15);
     numberFolders();
@@ -125,9 +126,8 @@ void ContentTreeBuilder::addVirtualChildren(NodeIndex parent, const DRFolder &fo
 void ContentTreeBuilder::makeNamesUsable(std::vector<Candidate> &candidates)
 {
     for (Candidate &candidate : candidates) {
-        const std::string usable = usableBaseName(candidate.name);
-        if (usable != candidate.name)
-            candidate.name = m_tree->texts.store(usable);
+        if (!isUsableBaseName(candidate.name))
+            candidate.name = m_tree->texts.store(usableBaseName(candidate.name));
     }
     const auto precedes = [](const Candidate &one, const Candidate &other) {
         return one.name != other.name ? one.name < other.name : one.order < other.order;
@@ -190,12 +190,7 @@ void ContentTreeBuilder::addObject(NodeIndex parent, const Candidate &candidate)
     m_tree->nodes.append(content);
     if (!object.isFolder())
         return;
-    PendingFolder pending;
-    pending.node = node;
-    pending.ref = object.sourceRef();
-    if (object.isVirtual())
-        pending.virtualFolder = static_cast<const DRFolder *>(&object);
-    m_pending.push_back(pending);
+    m_pending.push_back({node, object.isVirtual() ? static_cast<const DRFolder *>(&object) : nullptr});
 }
 
 void ContentTreeBuilder::setSource(ContentNode &content, const FSRef &ref)
@@ -238,51 +233,67 @@ void ContentTreeBuilder::applyProperties(NodeIndex node, ContentNode &content, c
         m_tree->finderFlags.push_back(finder);
 }
 
-void ContentTreeBuilder::addListedChildren(NodeIndex parent, const FSRef &ref, StorageIssues &issues)
+OSStatus ContentTreeBuilder::listFolder(const FSRef &ref, std::vector<ContentNode> &children)
 {
     OSStatus status = noErr;
     const std::shared_ptr<FSIterator> iterator = FSOpenIterator(ref, &status);
-    std::vector<FSBulkEntry> entries;
-    constexpr std::uint32_t batchSize = 256;
+    std::vector<FSBulkEntry> batch(listingBatchSize);
     while (iterator && status == noErr) {
-        const std::size_t before = entries.size();
         std::uint32_t actual = 0;
-        entries.resize(before + batchSize);
-        status = FSGetCatalogInfoBulk(*iterator, batchSize, &actual,
-                                      kFSCatInfoDataSizes | kFSCatInfoDates | kFSCatInfoPermissions, &entries[before]);
-        entries.resize(before + actual);
+        status = FSGetCatalogInfoBulk(*iterator, listingBatchSize, &actual,
+                                      kFSCatInfoDataSizes | kFSCatInfoDates | kFSCatInfoPermissions, batch.data());
+        for (std::uint32_t index = 0; index < actual; ++index) {
+            const FSBulkEntry &entry = batch[index];
+            ContentNode content;
+            content.name = nameOfFSRef(entry.ref).data();
+            // Only file systems in user space have longer names; what is over is cut.
+            content.nameLength =
+                static_cast<std::uint8_t>(std::min<std::size_t>(view(nameOfFSRef(entry.ref)).size(), longestBaseName));
+            setSource(content, entry.ref);
+            if (takeCatalogInfo(content, entry.info, m_readsEverything))
+                content.flags &= static_cast<std::uint8_t>(~ContentNode::NeedsInspection);
+            children.push_back(content);
+        }
         if (m_progress.isCancelled())
-            return;
+            return noErr;
     }
-    if (status != errFSNoMoreItems) {
+    return status == errFSNoMoreItems ? OSStatus{noErr} : status;
+}
+
+void ContentTreeBuilder::addListedChildren(NodeIndex parent, StorageIssues &issues)
+{
+    std::vector<ContentNode> children;
+    if (const OSStatus status = listFolder(m_tree->sourceRef(parent), children); status != noErr) {
         m_tree->nodes[parent].kind = ContentKind::Absent;
         const StorageReason reason = status == fnfErr ? StorageReason::Vanished : StorageReason::FolderNotReadable;
         issues.push_back({parent, DRDiscTree::ISO9660, DRStorageReportItem::Kind::Refused, reason, false});
         return;
     }
-    std::sort(entries.begin(), entries.end(), [](const FSBulkEntry &one, const FSBulkEntry &other) {
-        return view(nameOfFSRef(one.ref)) < view(nameOfFSRef(other.ref));
-    });
-    const std::uint8_t mask = m_tree->nodes[parent].masks & 15u;
+    std::sort(children.begin(), children.end(),
+              [](const ContentNode &one, const ContentNode &other) { return one.nameView() < other.nameView(); });
     m_tree->nodes[parent].link = m_tree->nodes.size();
-    m_tree->nodes[parent].extent = static_cast<std::uint32_t>(entries.size());
-    for (const FSBulkEntry &entry : entries) {
+    m_tree->nodes[parent].extent = static_cast<std::uint32_t>(children.size());
+    for (ContentNode &content : children) {
         const NodeIndex node = m_tree->nodes.size();
-        const std::string_view name = view(nameOfFSRef(entry.ref));
-        ContentNode content;
-        content.name = name.data();
-        content.nameLength = static_cast<std::uint8_t>(std::min(name.size(), longestBaseName));
         content.parent = parent;
-        content.masks = mask;
-        setSource(content, entry.ref);
-        const bool isKnown = takeCatalogInfo(content, entry.info, m_readsEverything);
-        if (isKnown)
-            content.flags &= static_cast<std::uint8_t>(~ContentNode::NeedsInspection);
+        content.masks = m_tree->nodes[parent].masks & 15u;
         content.link = content.isFolder() ? 0 : node;
+        noteLongName(node, content);
         m_tree->nodes.append(content);
         if (content.isFolder())
-            m_pending.push_back({node, nullptr, entry.ref});
+            m_pending.push_back({node, nullptr});
     }
+}
+
+void ContentTreeBuilder::noteLongName(NodeIndex node, ContentNode &content)
+{
+    FSRef place;
+    place.node = content.sourceNode;
+    const std::string_view name = view(nameOfFSRef(place));
+    if (name.size() == content.nameLength)
+        return;
+    content.flags |= ContentNode::NameIsChanged;
+    m_tree->changedNames.emplace_back(node, name);
 }
 
 void ContentTreeBuilder::numberFolders()

@@ -33,7 +33,6 @@ private:
     struct PendingFolder {
         NodeIndex node = 0;
         const DRFolder *virtualFolder = nullptr; ///< null for one whose children are listed from disk
-        FSRef ref;
     };
     /// A child of a virtual folder before it has a place.
     struct Candidate {
@@ -46,7 +45,11 @@ private:
 
     void addRoot(const DRFolder &root);
     void addVirtualChildren(NodeIndex parent, const DRFolder &folder);
-    void addListedChildren(NodeIndex parent, const FSRef &ref, StorageIssues &issues);
+    void addListedChildren(NodeIndex parent, StorageIssues &issues);
+    /// Lists a folder from disk; not to its end when cancelled.
+    OSStatus listFolder(const FSRef &ref, std::vector<ContentNode> &children);
+    /// Remembers the name of a listed object that had to be cut.
+    void noteLongName(NodeIndex node, ContentNode &content);
     void addObject(NodeIndex parent, const Candidate &candidate);
     void applyProperties(NodeIndex node, ContentNode &content, const DRFSObject &object);
     void setSource(ContentNode &content, const FSRef &ref);

@@ -138,6 +138,7 @@ void DirectoryHierarchy::measure(std::uint32_t number, const SiblingNames &sibli
     }
     folder.blockCount = static_cast<std::uint32_t>(blocksForBytes(used));
     m_directoryBlocks += folder.blockCount;
+    m_hasOversizedDirectory |= used > UINT32_MAX;
 }
 
 void DirectoryHierarchy::reportChildren(std::uint32_t number, const SiblingNames &siblings, StorageIssues &issues) const

@@ -95,6 +95,9 @@ public:
     [[nodiscard]] std::uint64_t directoryBlocks() const { return m_directoryBlocks; }
     [[nodiscard]] std::uint64_t continuationBlocks() const { return m_continuationBlocks; }
 
+    /// True when a directory is longer than its 32-bit length can say; the hierarchy is of no use then.
+    [[nodiscard]] bool hasOversizedDirectory() const { return m_hasOversizedDirectory; }
+
     /// True when the object has a record in the hierarchy.
     [[nodiscard]] bool holds(const ContentNode &content) const;
 
@@ -115,6 +118,7 @@ private:
     std::vector<HierarchyContinuation> m_continuations;
     std::uint64_t m_directoryBlocks = 0;
     std::uint64_t m_continuationBlocks = 0;
+    bool m_hasOversizedDirectory = false;
     std::uint32_t m_continuationEnd = logicalBlockSize; ///< used bytes of the last continuation block
     /// While folders are made: depth and length of the path to each (ECMA-119 6.8.2.1).
     struct PathMeasure {

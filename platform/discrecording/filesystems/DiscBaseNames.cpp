@@ -32,6 +32,12 @@ std::string withinLimit(std::string_view stem, std::string_view tail, std::strin
 
 } // namespace
 
+bool isUsableBaseName(std::string_view name)
+{
+    return !name.empty() && name.size() <= longestBaseName && name != "." && name != ".." && name.find('/') == name.npos
+        && name.find('\0') == name.npos;
+}
+
 std::string usableBaseName(std::string_view name)
 {
     std::string result(name);

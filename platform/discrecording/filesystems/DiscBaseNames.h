@@ -10,6 +10,9 @@ namespace Tessaron
 /// Longest name of an object on a disc in bytes, as POSIX systems have it.
 inline constexpr std::size_t longestBaseName = 255;
 
+/// True for a name that a file can have as it is.
+[[nodiscard]] bool isUsableBaseName(std::string_view name);
+
 /// A name that any file could have, made from a base name that a program chose: "/" and NUL become "_", so does an
 /// empty name, "." and ".." likewise; what is longer than 255 bytes is cut before the extension, not within a UTF-8
 /// character. A name that is fine stays as it is.

@@ -34,6 +34,8 @@ public:
     /// Makes names and order and finds out every size; adds what cannot be held as it stands. Writers prepare at the
     /// same time on different threads. False when cancelled.
     [[nodiscard]] virtual bool prepare(const PlanProgress &progress, StorageIssues &issues) = 0;
+    /// Why the filesystem cannot be written at all; asked after prepare(). The null error when it can.
+    [[nodiscard]] virtual NSError obstacle() const { return {}; }
     /// The trees that the writer makes; valid after prepare().
     [[nodiscard]] virtual std::vector<NamedTree> trees() const = 0;
 

@@ -46,6 +46,17 @@ bool HierarchyWriter::prepare(const PlanProgress &progress, StorageIssues &issue
     return true;
 }
 
+NSError HierarchyWriter::obstacle() const
+{
+    if (!m_hierarchy.hasOversizedDirectory())
+        return {};
+    return NSError(
+        NSOSStatusErrorDomain, dskFulErr,
+        {{NSLocalizedDescriptionKey,
+          QStringLiteral("A folder has too many files: their records would take more than 4 GiB.")},
+         {NSLocalizedRecoverySuggestionErrorKey, QStringLiteral("Distribute the files over several folders.")}});
+}
+
 std::vector<NamedTree> HierarchyWriter::trees() const
 {
     const HierarchyTraits &traits = m_hierarchy.traits();

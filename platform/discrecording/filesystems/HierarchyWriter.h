@@ -18,6 +18,7 @@ public:
     HierarchyWriter(std::shared_ptr<const ContentTree> tree, const HierarchyTraits &traits, const VolumeTexts &texts);
 
     [[nodiscard]] bool prepare(const PlanProgress &progress, StorageIssues &issues) override;
+    [[nodiscard]] NSError obstacle() const override;
     [[nodiscard]] std::vector<NamedTree> trees() const override;
     [[nodiscard]] std::uint32_t volumeDescriptorCount() const override { return 1; }
     void fillDescriptor(std::uint32_t index, std::span<std::uint8_t> descriptor) const override;
