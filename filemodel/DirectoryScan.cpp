@@ -1,5 +1,6 @@
 #include "filemodel/DirectoryScan.h"
 
+#include "filemodel/FolderReader.h"
 #include "platform/foundation/NSThread.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
@@ -11,9 +12,9 @@ namespace
 {
 
 /// Entries fetched by one call.
-constexpr std::uint32_t batchSize = 50;
+constexpr std::uint32_t batchSize = FolderReader::batchSize;
 
-constexpr std::uint32_t wantedInfo = kFSCatInfoNodeFlags | kFSCatInfoDataSizes | kFSCatInfoRsrcSizes;
+constexpr std::uint32_t wantedInfo = FolderReader::whichInfo;
 
 /// Below so many folders nothing is read ahead: the path to each would be walked again.
 constexpr std::size_t mostLevelsAhead = 32;

@@ -1,5 +1,7 @@
 #include "filemodel/FolderReader.h"
 
+#include <atomic>
+
 namespace Tessaron
 {
 
@@ -8,10 +10,39 @@ namespace
 
 /// Folders that may wait for the scan, each with a descriptor if it is long: more would not make it faster.
 constexpr std::size_t mostFoldersAhead = 64;
-/// Batches read ahead of a folder; the scan reads on by itself.
+/// Batches read ahead of a folder.
 constexpr std::size_t mostBatchesAhead = 4;
+/// Batches that the reader goes on in a long folder while the scan takes the ones before.
+constexpr std::size_t batchesReadOn = 16;
 
 } // namespace
+
+struct FolderReader::Job {
+    enum class State { Pending, Reading, Read, Withdrawn };
+
+    void read();
+
+    FSRef ref;
+    std::atomic<bool> isAbandoned = false; ///< ends the reading after the bulk call that it is in
+    std::size_t mostBatches = mostBatchesAhead;
+    State state = State::Pending; ///< guarded by the reader's mutex; the folder is the thread's own while it reads
+    Folder folder;
+};
+
+void FolderReader::Job::read()
+{
+    OSStatus status = noErr;
+    if (!folder.iterator)
+        folder.iterator = FSOpenIterator(ref, &status);
+    while (folder.iterator && status == noErr && folder.batches.size() < mostBatches && !isAbandoned) {
+        Batch &batch = folder.batches.emplace_back();
+        batch.entries.resize(batchSize);
+        std::uint32_t actual = 0;
+        status = FSGetCatalogInfoBulk(*folder.iterator, batchSize, &actual, whichInfo, batch.entries.data());
+        batch.entries.resize(actual);
+        batch.status = status;
+    }
+}
 
 FolderReader::FolderReader()
     : m_thread([this] { run(); })
@@ -23,7 +54,8 @@ FolderReader::~FolderReader()
     {
         const std::lock_guard lock(m_mutex);
         m_isEnding = true;
-        m_pending.clear();
+        if (m_current)
+            m_current->isAbandoned = true;
     }
     m_hasWork.notify_one();
     m_thread.join();
@@ -34,13 +66,58 @@ void FolderReader::readAhead(const std::vector<FSRef> &folders)
     {
         const std::lock_guard lock(m_mutex);
         for (const FSRef &ref : folders) {
-            auto job = std::make_shared<Job>();
-            job->ref = ref;
-            m_pending.push_back(job);
-            m_jobs[ref.node] = std::move(job);
+            // A file system that lists one name twice gets it read once.
+            const auto [entry, isNew] = m_jobs.try_emplace(ref.node);
+            if (!isNew)
+                continue;
+            entry->second = std::make_shared<Job>();
+            entry->second->ref = ref;
+            m_pending.push_back(entry->second);
         }
     }
     m_hasWork.notify_one();
+}
+
+FolderReader::Reading FolderReader::readOn(std::shared_ptr<FSIterator> iterator)
+{
+    auto job = std::make_shared<Job>();
+    job->folder.iterator = std::move(iterator);
+    job->mostBatches = batchesReadOn;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_pending.push_back(job);
+    }
+    m_hasWork.notify_one();
+    return job;
+}
+
+std::vector<FolderReader::Batch> FolderReader::takeOn(const Reading &reading)
+{
+    std::unique_lock lock(m_mutex);
+    if (reading->state == Job::State::Pending) {
+        reading->state = Job::State::Withdrawn;
+        lock.unlock();
+        // A single one: the caller asks again at once.
+        reading->mostBatches = 1;
+        reading->read();
+    } else {
+        m_isRead.wait(lock, [&reading] { return reading->state == Job::State::Read; });
+        --m_readCount;
+        m_hasWork.notify_one();
+    }
+    return std::move(reading->folder.batches);
+}
+
+void FolderReader::abandon(const Reading &reading)
+{
+    std::unique_lock lock(m_mutex);
+    if (reading->state == Job::State::Pending) {
+        reading->state = Job::State::Withdrawn;
+        return;
+    }
+    reading->isAbandoned = true;
+    m_isRead.wait(lock, [&reading] { return reading->state == Job::State::Read; });
+    --m_readCount;
 }
 
 bool FolderReader::take(const FSRef &ref, Folder *folder)
@@ -51,11 +128,16 @@ bool FolderReader::take(const FSRef &ref, Folder *folder)
         return false;
     const std::shared_ptr<Job> job = found->second;
     m_jobs.erase(found);
-    if (job->state == State::Pending || job->ref != ref)
+    if (job->state == Job::State::Pending) {
+        job->state = Job::State::Withdrawn;
         return false;
-    m_isRead.wait(lock, [&job] { return job->state == State::Read; });
+    }
+    m_isRead.wait(lock, [&job] { return job->state == Job::State::Read; });
     --m_readCount;
     m_hasWork.notify_one();
+    // Another folder of the name may have come between the two looks.
+    if (job->ref != ref)
+        return false;
     *folder = std::move(job->folder);
     return true;
 }
@@ -63,11 +145,11 @@ bool FolderReader::take(const FSRef &ref, Folder *folder)
 void FolderReader::run()
 {
     while (const std::shared_ptr<Job> job = nextJob()) {
-        Folder folder = read(job->ref);
+        job->read();
         {
             const std::lock_guard lock(m_mutex);
-            job->folder = std::move(folder);
-            job->state = State::Read;
+            job->state = Job::State::Read;
+            m_current.reset();
         }
         m_isRead.notify_one();
     }
@@ -83,29 +165,13 @@ std::shared_ptr<FolderReader::Job> FolderReader::nextJob()
             return nullptr;
         const std::shared_ptr<Job> job = m_pending.back().lock();
         m_pending.pop_back();
-        // One that the scan took meanwhile is gone.
-        if (!job)
+        if (!job || job->state != Job::State::Pending)
             continue;
-        job->state = State::Reading;
+        job->state = Job::State::Reading;
+        m_current = job;
         ++m_readCount;
         return job;
     }
-}
-
-FolderReader::Folder FolderReader::read(const FSRef &ref)
-{
-    Folder folder;
-    OSStatus status = noErr;
-    folder.iterator = FSOpenIterator(ref, &status);
-    while (folder.iterator && status == noErr && folder.batches.size() < mostBatchesAhead) {
-        Batch &batch = folder.batches.emplace_back();
-        batch.entries.resize(batchSize);
-        std::uint32_t actual = 0;
-        status = FSGetCatalogInfoBulk(*folder.iterator, batchSize, &actual, whichInfo, batch.entries.data());
-        batch.entries.resize(actual);
-        batch.status = status;
-    }
-    return folder;
 }
 
 } // namespace Tessaron

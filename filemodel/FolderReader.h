@@ -44,21 +44,24 @@ public:
 
     void readAhead(const std::vector<FSRef> &folders);
 
+    /// A long folder's further batches that are being read.
+    struct Job;
+    using Reading = std::shared_ptr<Job>;
+
+    /// Begins to read on in an open folder, some batches further. Nobody else may use the iterator until takeOn().
+    [[nodiscard]] Reading readOn(std::shared_ptr<FSIterator> iterator);
+    /// The batches, at least one; waits for them, or reads them itself when the reader has not begun.
+    [[nodiscard]] std::vector<Batch> takeOn(const Reading &reading);
+    /// Returns when the reader no longer uses the iterator, which is soon; what was read is lost.
+    void abandon(const Reading &reading);
+
     /// True with the folder when it was read ahead, waiting for it when the reader is at it; false when the caller is
     /// to open it. Either way the reader forgets it.
     [[nodiscard]] bool take(const FSRef &ref, Folder *folder);
 
 private:
-    enum class State { Pending, Reading, Read };
-    struct Job {
-        FSRef ref;
-        State state = State::Pending;
-        Folder folder;
-    };
-
     void run();
     [[nodiscard]] std::shared_ptr<Job> nextJob();
-    [[nodiscard]] static Folder read(const FSRef &ref);
 
     std::mutex m_mutex; ///< guards the members below
     std::condition_variable m_hasWork;
@@ -66,6 +69,7 @@ private:
     std::unordered_map<std::uint32_t, std::shared_ptr<Job>> m_jobs; ///< by node, until they are taken
     std::vector<std::weak_ptr<Job>> m_pending; ///< those announced last at the back
     std::size_t m_readCount = 0; ///< jobs read and not yet taken
+    std::shared_ptr<Job> m_current; ///< the one being read
     bool m_isEnding = false;
     std::thread m_thread; ///< the last member: it uses the others
 };

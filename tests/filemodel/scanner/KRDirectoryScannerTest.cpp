@@ -88,6 +88,8 @@ public:
         return real ? std::make_unique<Listing>(*this, std::move(real), nameOfFSRef(folder).toByteArray()) : nullptr;
     }
 
+    void endScan() override { m_fileSystem->endScan(); }
+
     std::vector<std::string> calls; ///< "folder:entries" of each bulk call; read when the scan has ended
 
 private:
@@ -576,8 +578,7 @@ TEST_F(KRDirectoryScannerTest, foldersThousandsOfLevelsDeep_areScannedToTheEnd)
     const QByteArray name("level-name");
     const Testing::TemporaryTree memory(QStringLiteral("/dev/shm")); // a disk takes seconds to make and remove them
     ASSERT_FALSE(Testing::makeDeepFolders(memory.path(), name, depth).isEmpty());
-    const std::shared_ptr<KRDirectoryScanner> scanner
-        = KRDirectoryScanner::directoryScannerWithPath(memory.pathText());
+    const std::shared_ptr<KRDirectoryScanner> scanner = KRDirectoryScanner::directoryScannerWithPath(memory.pathText());
     listenTo(scanner);
     std::shared_ptr<KRFileHierarchyItem> item = scan(scanner);
     EXPECT_EQ(scanner->scannedDirs(), static_cast<std::uint32_t>(depth));
@@ -616,6 +617,57 @@ TEST_F(KRDirectoryScannerTest, aDeepTreeWithFilesOnEveryLevel_losesNothing)
         }
         item = next;
         path += "/d";
+    }
+}
+
+TEST_F(KRDirectoryScannerTest, longFolders_areReadToTheEnd_alsoWithFoldersBetweenTheirFiles)
+{
+    const Testing::TemporaryTree memory(QStringLiteral("/dev/shm"));
+    for (int number = 0; number < 3000; ++number) {
+        memory.makeFile("top/file" + QByteArray::number(number));
+        if (number % 10 == 0)
+            memory.makeFile("top/folder" + QByteArray::number(number) + "/inner");
+    }
+    for (int number = 0; number < 1500; ++number)
+        memory.makeFile("top/folder0/" + QByteArray::number(number));
+    const std::shared_ptr<KRDirectoryScanner> scanner =
+        KRDirectoryScanner::directoryScannerWithPath(memory.pathText("top"));
+    listenTo(scanner);
+    const std::shared_ptr<KRFileHierarchyItem> item = scan(scanner);
+    EXPECT_EQ(namesOf(*item), systemListing(memory.path("top")));
+    EXPECT_EQ(scanner->scannedFiles(), 4800u);
+    EXPECT_EQ(scanner->scannedDirs(), 300u);
+    for (const std::shared_ptr<KRFileHierarchyItem> &child : item->items()) {
+        const std::string name = nameOf(*child);
+        if (name.starts_with("folder")) {
+            EXPECT_EQ(namesOf(*child), systemListing(memory.path("top/" + QByteArray::fromStdString(name))));
+        }
+    }
+}
+
+TEST_F(KRDirectoryScannerTest, aScan_mayBeCancelledAtAnyMoment)
+{
+    const Testing::TemporaryTree memory(QStringLiteral("/dev/shm"));
+    for (int folder = 0; folder < 60; ++folder) {
+        for (int number = 0; number < 150; ++number)
+            memory.makeFile(QByteArray::number(folder % 3) + "/" + QByteArray::number(folder) + "/"
+                            + QByteArray::number(number));
+    }
+    for (int round = 0; round < 60; ++round) {
+        const std::shared_ptr<KRDirectoryScanner> scanner =
+            KRDirectoryScanner::directoryScannerWithPath(memory.pathText());
+        listenTo(scanner);
+        events.clear();
+        root.reset();
+        ASSERT_TRUE(scanner->startDirectoryScan());
+        std::this_thread::sleep_for(std::chrono::microseconds(round * 150));
+        scanner->stopScanSync();
+        EXPECT_FALSE(scanner->isRunning());
+        waitForTheEnd();
+        ASSERT_EQ(events.size(), 1u);
+        // A cancel that only the last folder of all notices ends as finished.
+        EXPECT_TRUE(events[0] == "cancelled" || events[0] == "finished");
+        EXPECT_LE(scanner->scannedFiles(), 9000u);
     }
 }
 
