@@ -6,6 +6,8 @@ namespace Tessaron
 namespace
 {
 
+/// From here on the kernel copies. For 2 GiB it takes 15 to 25 % less processor time than the readers and as much time
+/// on the clock as `cp`; smaller files gain more from being read side by side.
 constexpr std::uint64_t smallestKernelCopy = std::uint64_t(16) << 20;
 
 } // namespace
