@@ -1,14 +1,28 @@
 #include "tools/tessaron/UnreadableFolders.h"
 
-#include "platform/coreservices/FSRefAccess.h"
+#include "platform/coreservices/FSCatalog.h"
 #include "tools/tessaron/Text.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 
-#include <fcntl.h>
+#include <cerrno>
 
 namespace Tessaron::Tool
 {
+
+namespace
+{
+
+QString reasonFor(OSStatus status)
+{
+    if (status == afpAccessDenied)
+        return systemText(EACCES);
+    if (status == fnfErr)
+        return systemText(ENOENT);
+    return QStringLiteral("status %1").arg(status);
+}
+
+} // namespace
 
 void appendUnreadableFolders(const KRFileHierarchyItem &root, std::vector<GatheringError> *errors)
 {
@@ -20,11 +34,10 @@ void appendUnreadableFolders(const KRFileHierarchyItem &root, std::vector<Gather
             open.push_back(child->get());
         if (item.numberOfItems() > 0 || !item.fileReference()->isContainer())
             continue;
-        int reason = 0;
+        OSStatus status = noErr;
         const FSRef &ref = *item.fileReference()->fileRef();
-        const UniqueDescriptor folder = openFSRef(ref, O_RDONLY | O_DIRECTORY, &reason);
-        if (!folder)
-            errors->push_back({lastKnownPath(ref), systemText(reason)});
+        if (!FSOpenIterator(ref, &status))
+            errors->push_back({lastKnownPath(ref), reasonFor(status)});
     }
 }
 
