@@ -15,9 +15,10 @@ int SourceFolder::descriptorFor(const FSRef &ref)
     if (parent == m_node)
         return m_descriptor.get();
     m_node = parent;
-    QByteArray path = lastKnownPath(ref);
-    path.truncate(path.lastIndexOf('/') + 1);
-    m_descriptor.reset(::open(path.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    // The folder by its own place: the file itself may have moved to another one, but its neighbours have not.
+    FSRef folder;
+    folder.node = parent;
+    m_descriptor.reset(::open(lastKnownPath(folder).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     return m_descriptor.get();
 }
 

@@ -102,6 +102,26 @@ TEST(DiscImageReport, renamedSource_isStillFound)
     EXPECT_EQ(image.plan().report->lostCount(), 0u);
 }
 
+TEST(DiscImageReport, movedSource_doesNotDrawItsNeighboursAlong)
+{
+    const TemporaryTree tree;
+    tree.makeFile("HERE/A", "a");
+    tree.makeFile("HERE/B", "b of here");
+    tree.makeFile("THERE/B", "b of there");
+    const auto root = rootWith(tree, {"HERE/A", "HERE/B"});
+    FSRef moved = root->children()[0]->sourceRef();
+    ASSERT_EQ(::rename(tree.path("HERE/A").constData(), tree.path("THERE/A").constData()), 0);
+    char path[1024];
+    if (FSRefMakePath(&moved, path, sizeof path) != noErr)
+        GTEST_SKIP() << "the system does not find moved files";
+    const WrittenImage image(root);
+    ASSERT_FALSE(image.error()) << qPrintable(image.error().localizedDescription());
+    const IsoImageReader reader(image.path());
+    ASSERT_EQ(reader.primary()->root.children.size(), 2u);
+    EXPECT_EQ(reader.contents(*reader.primary()->root.child(QStringLiteral("A"))), "a");
+    EXPECT_EQ(reader.contents(*reader.primary()->root.child(QStringLiteral("B"))), "b of here");
+}
+
 TEST(DiscImageReport, replacedSource_isTakenAsItIsNow)
 {
     const TemporaryTree tree;
