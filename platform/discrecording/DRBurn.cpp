@@ -55,7 +55,7 @@ std::shared_ptr<DRBurn> DRBurn::burnForDevice(const std::shared_ptr<DRCallbackDe
 {
     if (!device)
         return nullptr;
-    const std::shared_ptr<DRBurn> burn(new DRBurn);
+    std::shared_ptr<DRBurn> burn(new DRBurn);
     burn->d->device = device;
     burn->d->self = burn;
     return burn;

@@ -69,7 +69,7 @@ NSError ProducerTrackWriter::write(const ProducerTrackExtent &planned)
     if (!m_producer.prepareTrack(&m_track, m_burn, {}))
         return burnError(ioErr,
                          QStringLiteral("A track's data could not be prepared. Check the file that it is made from."));
-    const NSError error = writePrepared(planned);
+    NSError error = writePrepared(planned);
     m_producer.cleanupTrackAfterBurn(&m_track);
     return error;
 }
@@ -80,10 +80,10 @@ NSError ProducerTrackWriter::writePrepared(const ProducerTrackExtent &planned)
     const ProducerTrackExtent extent = extentOfProducerTrack(m_track, &error);
     if (error)
         return error;
-    if (extent != planned)
+    if (extent != planned || extent.blockSize == 0)
         return layoutError(QStringLiteral("A track changed its size while it was prepared."));
     m_blockSize = extent.blockSize;
-    m_buffer.resize(std::max(bufferSize / m_blockSize, 1u) * m_blockSize);
+    m_buffer.resize(std::size_t(bufferSize / m_blockSize) * m_blockSize);
     error = writePart(&DRTrackProducer::producePreGapForTrack, extent.pregapBlocks);
     return error ? error : writePart(&DRTrackProducer::produceDataForTrack, extent.dataBlocks);
 }
