@@ -4,6 +4,7 @@
 #include "platform/coreservices/FileLocator.h"
 #include "platform/coreservices/FilePlaces.h"
 #include "platform/coreservices/ForkAttributes.h"
+#include "platform/coreservices/MimeGlobs.h"
 #include "platform/coreservices/NodeTable.h"
 #include "platform/coreservices/PathAccess.h"
 #include "platform/coreservices/VolumeFacts.h"
@@ -100,29 +101,36 @@ QByteArray beginningOf(const QByteArray &path)
 }
 
 /// By the name alone, which needs no access to the file; by its contents where the name has no extension to tell.
-QMimeType typeOf(const FoundItem &item)
+QString typeNameOf(const FoundItem &item)
 {
-    const QMimeDatabase database;
     const QString special = typeNameOfMode(item.facts.stx_mode);
     if (!special.isEmpty())
-        return database.mimeTypeForName(special);
-    const QString name = displayableText(stringWithFileSystemRepresentation(item.name));
-    const QMimeType byName = database.mimeTypeForFile(name, QMimeDatabase::MatchExtension);
-    if (!byName.isDefault() || !extensionOfName(item.name).isEmpty())
-        return byName;
-    return database.mimeTypeForData(beginningOf(item.path));
+        return special;
+    if (!MimeGlobs::shared().isEmpty()) {
+        const QByteArray byName = MimeGlobs::shared().typeOfName(item.name);
+        if (!byName.isEmpty())
+            return QString::fromLatin1(byName);
+    } else {
+        const QString name = displayableText(stringWithFileSystemRepresentation(item.name));
+        const QMimeType byName = QMimeDatabase().mimeTypeForFile(name, QMimeDatabase::MatchExtension);
+        if (!byName.isDefault())
+            return byName.name();
+    }
+    if (!extensionOfName(item.name).isEmpty())
+        return QStringLiteral("application/octet-stream");
+    return QMimeDatabase().mimeTypeForData(beginningOf(item.path)).name();
 }
 
 /// The kind in words, kept once for each type.
-QByteArrayView kindOf(const QMimeType &type)
+QByteArrayView kindOf(const QString &typeName)
 {
     static QMutex mutex;
     static auto *const kinds = new QHash<QString, QByteArray>; // guarded by the mutex; views of it live for ever
     const QMutexLocker lock(&mutex);
-    QByteArray &kind = (*kinds)[type.name()];
+    QByteArray &kind = (*kinds)[typeName];
     if (kind.isNull()) {
-        const QByteArray comment = type.comment().toUtf8();
-        kind = comment.isEmpty() ? type.name().toUtf8() : comment;
+        const QByteArray comment = QMimeDatabase().mimeTypeForName(typeName).comment().toUtf8();
+        kind = comment.isEmpty() ? typeName.toUtf8() : comment;
     }
     return kind;
 }
@@ -137,7 +145,7 @@ OSStatus LSCopyItemAttributes(const FSRef *ref, LSRolesMask, std::initializer_li
         return status;
     for (const LSItemAttribute attribute : wanted) {
         if (attribute == kLSItemDisplayKind) {
-            attributes->displayKind = kindOf(typeOf(item));
+            attributes->displayKind = kindOf(typeNameOf(item));
             continue;
         }
         attributes->displayName = item.name;
@@ -177,7 +185,7 @@ OSStatus LSCopyKindStringForRef(const FSRef *ref, QString *kind)
     FoundItem item;
     if (const OSStatus status = findItem(ref, &item))
         return status;
-    *kind = QString::fromUtf8(kindOf(typeOf(item)));
+    *kind = QString::fromUtf8(kindOf(typeNameOf(item)));
     return noErr;
 }
 
@@ -186,7 +194,7 @@ OSStatus LSCopyIconNamesForRef(const FSRef *ref, QString *iconName, QString *gen
     FoundItem item;
     if (const OSStatus status = findItem(ref, &item))
         return status;
-    const QMimeType type = typeOf(item);
+    const QMimeType type = QMimeDatabase().mimeTypeForName(typeNameOf(item));
     *iconName = S_ISDIR(item.facts.stx_mode) ? QStringLiteral("folder") : type.iconName();
     *genericIconName = type.genericIconName();
     return noErr;
