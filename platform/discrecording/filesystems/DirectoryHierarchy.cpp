@@ -109,9 +109,9 @@ void DirectoryHierarchy::placeContinuation(NodeIndex node, std::size_t size)
         ++m_continuationBlocks;
         m_continuationEnd = 0;
     }
-    m_continuations.push_back({node, static_cast<std::uint32_t>(m_continuationBlocks - 1), m_continuationEnd});
+    m_continuations.push_back({node, m_continuationBlocks - 1, m_continuationEnd});
     const std::uint64_t further = blocksForBytes(m_continuationEnd + size) - 1;
-    m_continuationBlocks += further;
+    m_continuationBlocks += static_cast<std::uint32_t>(further);
     m_continuationEnd += static_cast<std::uint32_t>(size - further * logicalBlockSize);
 }
 
@@ -121,6 +121,8 @@ void DirectoryHierarchy::measure(std::uint32_t number, const SiblingNames &sibli
     folder.firstBlock = static_cast<std::uint32_t>(m_directoryBlocks);
     folder.firstContinued = static_cast<std::uint32_t>(m_continuations.size());
     folder.firstRestart = static_cast<std::uint32_t>(m_restarts.size());
+    m_continuationBlocks = 0;
+    m_continuationEnd = logicalBlockSize;
     DirectoryRecords records(*this, siblings);
     records.begin(folder);
     std::uint64_t used = 0;
@@ -137,7 +139,11 @@ void DirectoryHierarchy::measure(std::uint32_t number, const SiblingNames &sibli
             placeContinuation(records.node() == folder.node ? 0 : records.node(), records.continuation().size());
     }
     folder.blockCount = static_cast<std::uint32_t>(blocksForBytes(used));
-    m_directoryBlocks += folder.blockCount;
+    // A reader that goes through the image once, as libarchive does, finds an area only right behind the directory, and
+    // it must have the names of subfolders before it comes to them.
+    for (std::size_t area = folder.firstContinued; area < m_continuations.size(); ++area)
+        m_continuations[area].block += folder.firstBlock + folder.blockCount;
+    m_directoryBlocks += folder.blockCount + m_continuationBlocks;
     m_hasOversizedDirectory |= used > UINT32_MAX;
 }
 

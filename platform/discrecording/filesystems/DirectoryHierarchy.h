@@ -28,7 +28,7 @@ struct HierarchyFolder {
     NodeIndex node = 0;
     std::uint32_t parent = 0; ///< number in the hierarchy
     std::uint32_t firstBlock = 0; ///< of its directory, counted from the first directory's
-    std::uint32_t blockCount = 0;
+    std::uint32_t blockCount = 0; ///< of its directory; the continuation areas of its records follow at once
     std::uint32_t childCount = 0;
     std::uint32_t subfolderCount = 0;
     std::uint32_t firstContinued = 0; ///< number of the first continuation area of its records
@@ -46,7 +46,7 @@ struct DirectoryRestart {
 /// A continuation area of a directory record.
 struct HierarchyContinuation {
     NodeIndex node = 0; ///< whose record; 0 for the "." of the root
-    std::uint32_t block = 0; ///< counted from the first continuation block
+    std::uint32_t block = 0; ///< counted like HierarchyFolder::firstBlock
     std::uint32_t offset = 0;
 };
 
@@ -92,8 +92,8 @@ public:
     [[nodiscard]] const std::vector<DirectoryRestart> &restarts() const { return m_restarts; }
     [[nodiscard]] const std::vector<HierarchyContinuation> &continuations() const { return m_continuations; }
 
+    /// Blocks of all directories and their continuation areas.
     [[nodiscard]] std::uint64_t directoryBlocks() const { return m_directoryBlocks; }
-    [[nodiscard]] std::uint64_t continuationBlocks() const { return m_continuationBlocks; }
 
     /// True when a directory is longer than its 32-bit length can say; the hierarchy is of no use then.
     [[nodiscard]] bool hasOversizedDirectory() const { return m_hasOversizedDirectory; }
@@ -117,9 +117,10 @@ private:
     std::vector<DirectoryRestart> m_restarts;
     std::vector<HierarchyContinuation> m_continuations;
     std::uint64_t m_directoryBlocks = 0;
-    std::uint64_t m_continuationBlocks = 0;
     bool m_hasOversizedDirectory = false;
-    std::uint32_t m_continuationEnd = logicalBlockSize; ///< used bytes of the last continuation block
+    // While a folder is measured: continuation blocks of its own, and used bytes of the last one.
+    std::uint32_t m_continuationBlocks = 0;
+    std::uint32_t m_continuationEnd = logicalBlockSize;
     /// While folders are made: depth and length of the path to each (ECMA-119 6.8.2.1).
     struct PathMeasure {
         std::uint32_t depth = 1;

@@ -151,7 +151,7 @@ void DirectoryRecords::makeSystemUse(NodeIndex node, Role role, std::size_t iden
     m_use.divide(longestRecord - systemUseStart(identifierSize));
     if (m_places && m_folder && !m_use.continuation().empty()) {
         const HierarchyContinuation &place = m_hierarchy.continuations()[m_next.continued];
-        m_use.setContinuationPlace({m_places->continuations + place.block, place.offset});
+        m_use.setContinuationPlace({m_places->directories + place.block, place.offset});
     }
 }
 
@@ -211,7 +211,7 @@ std::span<const std::uint8_t> DirectoryRecords::continuationOf(const HierarchyCo
         const bool isFolder = m_hierarchy.tree().nodes[node].isFolder();
         makeSystemUse(node, Role::Child, m_name.size() + m_hierarchy.names().suffix(m_name.view(), isFolder).size());
     }
-    m_use.setContinuationPlace({m_places->continuations + continuation.block, continuation.offset});
+    m_use.setContinuationPlace({m_places->directories + continuation.block, continuation.offset});
     return m_use.continuation();
 }
 

@@ -11,8 +11,7 @@ namespace Tessaron
 
 /// Where the parts of a hierarchy lie in the image.
 struct HierarchyPlaces {
-    std::uint64_t directories = 0; ///< first block of the directories
-    std::uint64_t continuations = 0; ///< first block of the continuation areas
+    std::uint64_t directories = 0; ///< first block of the directories with their continuation areas
 };
 
 /// Makes the directory records of one folder after another (ECMA-119 9.1), in the order in which they are recorded. The

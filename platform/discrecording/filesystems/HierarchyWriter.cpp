@@ -75,7 +75,6 @@ void HierarchyWriter::place(ImageLayout &layout)
         static_cast<std::uint32_t>(layout.allocate(tableBlocks, this, LittleEndianPathTable));
     m_facts.bigEndianPathTable = static_cast<std::uint32_t>(layout.allocate(tableBlocks, this, BigEndianPathTable));
     m_facts.places.directories = layout.allocate(m_hierarchy.directoryBlocks(), this, Directories);
-    m_facts.places.continuations = layout.allocate(m_hierarchy.continuationBlocks(), this, Continuations);
 }
 
 void HierarchyWriter::didPlaceFiles(std::uint32_t imageBlocks)
@@ -100,8 +99,6 @@ void HierarchyWriter::fillRegion(std::uint32_t tag, std::uint32_t firstBlock, st
         break;
     case Directories:
         fillDirectories(firstBlock, out);
-        break;
-    case Continuations:
         fillContinuations(firstBlock, out);
         break;
     }
@@ -117,6 +114,8 @@ void HierarchyWriter::fillDirectories(std::uint32_t firstBlock, std::span<std::u
     for (--folder; folder != folders.end() && folder->firstBlock < endBlock; ++folder) {
         const std::uint32_t from = std::max(folder->firstBlock, firstBlock);
         const std::uint32_t to = std::min(folder->firstBlock + folder->blockCount, endBlock);
+        if (from >= to)
+            continue; // only its continuation areas are asked for
         fillDirectory(
             *folder, from - folder->firstBlock,
             out.subspan(std::size_t{from - firstBlock} * logicalBlockSize, std::size_t{to - from} * logicalBlockSize));

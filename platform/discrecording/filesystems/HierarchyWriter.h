@@ -31,7 +31,6 @@ private:
         LittleEndianPathTable,
         BigEndianPathTable,
         Directories,
-        Continuations,
     };
 
     void fillDirectories(std::uint32_t firstBlock, std::span<std::uint8_t> out) const;
