@@ -47,11 +47,14 @@ protected:
         expectPlaceAsItWas();
     }
 
-    /// Starts a run that stops before it reads "source/b victim", calls `change`, and lets it go on.
+    /// Starts a run that stops before it reads "source/c victim", calls `change`, and lets it go on. Between the gate
+    /// and the victim lies more than the command reads ahead.
     void expectFailureAfter(const std::function<void()> &change, const QList<QByteArray> &texts)
     {
         makeBigFile("source/a gate", 1 << 20);
-        makeBigFile("source/b victim", 1 << 20);
+        for (int number = 10; number < 60; ++number)
+            makeBigFile("source/b between " + QByteArray::number(number), 1 << 20);
+        makeBigFile("source/c victim", 1 << 20);
         WriteGate gate(m_tree.path("source/a gate"));
         if (!gate.isClosed())
             GTEST_SKIP() << "the filesystem of the temporary folder knows no leases";
@@ -110,29 +113,29 @@ TEST_F(ImageFailure, destination_mayNotBeWritten)
 
 TEST_F(ImageFailure, file_shrinksWhileItIsWritten)
 {
-    expectFailureAfter([this] { EXPECT_EQ(::truncate(m_tree.path("source/b victim").constData(), 70000), 0); },
-                       {"b victim"});
+    expectFailureAfter([this] { EXPECT_EQ(::truncate(m_tree.path("source/c victim").constData(), 70000), 0); },
+                       {"c victim"});
 }
 
 TEST_F(ImageFailure, file_growsWhileItIsWritten)
 {
-    expectFailureAfter([this] { EXPECT_EQ(::truncate(m_tree.path("source/b victim").constData(), 2 << 20), 0); },
-                       {"b victim"});
+    expectFailureAfter([this] { EXPECT_EQ(::truncate(m_tree.path("source/c victim").constData(), 2 << 20), 0); },
+                       {"c victim"});
 }
 
 TEST_F(ImageFailure, file_changesWithinItsSizeWhileItIsWritten)
 {
     expectFailureAfter(
         [this] {
-            const UniqueDescriptor file(::open(m_tree.path("source/b victim").constData(), O_WRONLY | O_CLOEXEC));
+            const UniqueDescriptor file(::open(m_tree.path("source/c victim").constData(), O_WRONLY | O_CLOEXEC));
             EXPECT_EQ(::pwrite(file.get(), "changed", 7, 5000), 7);
         },
-        {"b victim"});
+        {"c victim"});
 }
 
 TEST_F(ImageFailure, file_vanishesWhileItIsWritten)
 {
-    expectFailureAfter([this] { EXPECT_EQ(::unlink(m_tree.path("source/b victim").constData()), 0); }, {"b victim"});
+    expectFailureAfter([this] { EXPECT_EQ(::unlink(m_tree.path("source/c victim").constData()), 0); }, {"c victim"});
 }
 
 TEST_F(ImageFailure, file_isReplacedWhileItIsWritten)
@@ -140,9 +143,9 @@ TEST_F(ImageFailure, file_isReplacedWhileItIsWritten)
     expectFailureAfter(
         [this] {
             makeBigFile("source/other", 1 << 20);
-            EXPECT_EQ(::rename(m_tree.path("source/other").constData(), m_tree.path("source/b victim").constData()), 0);
+            EXPECT_EQ(::rename(m_tree.path("source/other").constData(), m_tree.path("source/c victim").constData()), 0);
         },
-        {"b victim"});
+        {"c victim"});
 }
 
 TEST_F(ImageFailure, disk_isFull)
@@ -151,7 +154,7 @@ TEST_F(ImageFailure, disk_isFull)
     makeBigFile("source/big", 8 << 20);
     ChildSettings settings = tessaron(imageArguments());
     settings.fileSizeLimit = 3 << 20;
-    expectFailure(runChild(settings), 1, {"tessaron: "});
+    expectFailure(runChild(settings), 1, {"out/disc.iso"});
 }
 
 TEST_F(ImageFailure, disk_isFull_whenOnlySmallFilesAreWritten)
@@ -160,7 +163,7 @@ TEST_F(ImageFailure, disk_isFull_whenOnlySmallFilesAreWritten)
         m_tree.makeFile("source/" + QByteArray::number(number), QByteArray(50000, 'x'));
     ChildSettings settings = tessaron(imageArguments());
     settings.fileSizeLimit = 1 << 20;
-    expectFailure(runChild(settings), 1, {"tessaron: "});
+    expectFailure(runChild(settings), 1, {"out/disc.iso"});
 }
 
 /// A small filesystem in memory at "small", where the test may mount one.
@@ -188,14 +191,18 @@ protected:
     bool m_isMounted = false;
 };
 
-TEST_F(SmallDisk, image_isRefusedEarly_whenItCannotFit)
+TEST_F(SmallDisk, image_fails_whenItCannotFit)
 {
     if (!m_isMounted)
         GTEST_SKIP() << "this user may not mount a tmpfs";
     makeBigFile("source/big", 8 << 20);
     const ChildResult result = makeImage();
     EXPECT_EQ(result.exitStatus, 1);
-    EXPECT_TRUE(result.errors.contains("the disk is too full")) << result.errors.constData();
+    // Whether this is seen before the disk is full depends on how fast it fills.
+    EXPECT_TRUE(result.errors.contains("the disk is too full")
+                || (result.errors.contains("is full") && result.errors.contains("small/disc.iso")))
+        << result.errors.constData();
+    EXPECT_FALSE(result.errors.contains("deleted")) << result.errors.constData();
     EXPECT_TRUE(isEmpty());
 }
 

@@ -2,6 +2,7 @@
 
 #include <QJsonDocument>
 
+#include <cstring>
 #include <filesystem>
 
 namespace Tessaron::Testing
@@ -46,13 +47,13 @@ void ImageTest::makeManyFiles(int count) const
 
 void ImageTest::makeBigFile(const QByteArray &relative, qint64 size) const
 {
-    QByteArray contents(qsizetype(size), Qt::Uninitialized);
+    QByteArray contents(qsizetype(size), '\0');
     quint64 state = 88172645463325252;
-    for (char &byte : contents) {
+    for (qsizetype offset = 0; offset + qsizetype(sizeof state) <= contents.size(); offset += sizeof state) {
         state ^= state << 13;
         state ^= state >> 7;
         state ^= state << 17;
-        byte = char(state);
+        std::memcpy(contents.data() + offset, &state, sizeof state);
     }
     m_tree.makeFile(relative, contents);
 }

@@ -3,10 +3,12 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/ImageReport.h"
-#include "tools/tessaron/SignalWatcher.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 #include <TessaronClasses/CueSheets.h>
+
+#include <QEventLoop>
+#include <QTimer>
 
 #include <cerrno>
 #include <sys/stat.h>
@@ -40,6 +42,10 @@ ImageCommand::~ImageCommand() = default;
 
 ExitStatus ImageCommand::run()
 {
+    m_signalWatcher = std::make_unique<SignalWatcher>([this] {
+        if (m_maker)
+            m_maker->interrupt();
+    });
     m_outcome.problem = prepare();
     if (!m_outcome.problem)
         makeImage();
@@ -100,19 +106,32 @@ void ImageCommand::makeImage()
     order.path = m_image->pathForWriting();
     order.descriptor = m_image->descriptor();
 
-    ImageMaker maker(std::move(order));
+    m_maker = std::make_unique<ImageMaker>(std::move(order));
     QEventLoop loop;
-    const SignalWatcher signalWatcher([&maker] { maker.interrupt(); });
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, &loop, [&] {
-        maker.lookAhead();
-        m_display->update(maker.progress());
+        m_maker->lookAhead();
+        m_display->update(m_maker->progress());
     });
     timer.start(progressInterval);
-    m_display->update(maker.progress());
-    maker.start([&loop] { loop.quit(); });
+    m_display->update(m_maker->progress());
+    m_maker->start([&loop] { loop.quit(); });
     loop.exec();
-    m_outcome = maker.outcome();
+    m_outcome = m_maker->outcome();
+    m_maker.reset();
+    nameImageInProblem();
+}
+
+/// The image's errors name the staged file, which means nothing to people: they know the file by its final name.
+void ImageCommand::nameImageInProblem()
+{
+    const QByteArray finalPath = m_destination.path;
+    for (const QByteArray &stagedPath : {m_image->pathForTheSystem(), m_image->pathForWriting()}) {
+        m_outcome.problem.message.replace(stringWithFileSystemRepresentation(stagedPath),
+                                          stringWithFileSystemRepresentation(finalPath));
+        if (m_outcome.problem.path == stagedPath)
+            m_outcome.problem.path = finalPath;
+    }
 }
 
 Problem ImageCommand::checkLength() const
@@ -140,6 +159,8 @@ Problem ImageCommand::writeCueSheet() const
 
 Problem ImageCommand::publish()
 {
+    if (m_signalWatcher->isInterrupted())
+        return interruption();
     if (Problem problem = checkLength())
         return problem;
     std::vector<StagedFile *> files = {m_image.get()};

@@ -5,10 +5,8 @@
 #include "tools/tessaron/ExitStatus.h"
 #include "tools/tessaron/ImageMaker.h"
 #include "tools/tessaron/ProgressDisplay.h"
+#include "tools/tessaron/SignalWatcher.h"
 #include "tools/tessaron/StagedFile.h"
-
-#include <QEventLoop>
-#include <QTimer>
 
 #include <chrono>
 #include <memory>
@@ -32,6 +30,7 @@ private:
     [[nodiscard]] Problem stageFiles();
     [[nodiscard]] QString volumeName() const;
     void makeImage();
+    void nameImageInProblem();
     [[nodiscard]] Problem checkLength() const;
     [[nodiscard]] Problem writeCueSheet() const;
     [[nodiscard]] Problem publish();
@@ -44,7 +43,9 @@ private:
     std::unique_ptr<StagedFile> m_image;
     std::unique_ptr<StagedFile> m_cueSheet;
     std::unique_ptr<ProgressDisplay> m_display;
+    std::unique_ptr<ImageMaker> m_maker;
     ImageOutcome m_outcome;
+    std::unique_ptr<SignalWatcher> m_signalWatcher; ///< there before the first file is made
 };
 
 } // namespace Tessaron::Tool

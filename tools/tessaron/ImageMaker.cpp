@@ -20,11 +20,6 @@ namespace Tessaron::Tool
 namespace
 {
 
-Problem interruption()
-{
-    return {Problem::Kind::Interrupted, QStringLiteral("interrupted"), {}, {}};
-}
-
 Problem writeProblem(const NSError &error)
 {
     const QString reason = error.localizedFailureReason();

@@ -3,6 +3,11 @@
 namespace Tessaron::Tool
 {
 
+Problem interruption()
+{
+    return {Problem::Kind::Interrupted, QStringLiteral("interrupted"), {}, {}};
+}
+
 QString nameOfKind(Problem::Kind kind)
 {
     switch (kind) {

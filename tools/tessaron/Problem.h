@@ -33,6 +33,9 @@ struct Problem {
     explicit operator bool() const { return !isNone(); }
 };
 
+/// That a signal ended the work.
+[[nodiscard]] Problem interruption();
+
 /// The name under which --json reports the kind: "usage", "source" …
 [[nodiscard]] QString nameOfKind(Problem::Kind kind);
 

@@ -70,7 +70,7 @@ void ScanCommand::scan(const std::vector<Source> &sources)
     m_problem = gatherer.problem();
     m_errors = gatherer.errors();
     if (gatherer.isCancelled())
-        m_problem = {Problem::Kind::Interrupted, QStringLiteral("interrupted"), {}, {}};
+        m_problem = interruption();
     if (m_problem)
         return;
     countTrees(gatherer);

@@ -65,14 +65,12 @@ SignalWatcher::SignalWatcher(std::function<void()> whenInterrupted)
 
 SignalWatcher::~SignalWatcher()
 {
-    if (!m_writeEnd)
-        return;
-    for (const int number : interruptingSignals) {
-        struct sigaction current = {};
-        if (::sigaction(number, nullptr, &current) == 0 && current.sa_handler == handleSignal)
-            std::signal(number, SIG_DFL);
-    }
     pipeWriteEnd = -1;
+}
+
+bool SignalWatcher::isInterrupted() const
+{
+    return signalCount.load() > 0;
 }
 
 void SignalWatcher::readPipe()

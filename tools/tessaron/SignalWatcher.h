@@ -16,7 +16,8 @@ namespace Tessaron::Tool
 ///
 /// The first signal calls `whenInterrupted`, once. The second one means that the user will not wait: the process ends
 /// at once with status 130, and the files noted in EmergencyRemoval.h go with it. One watcher at a time, on the main
-/// thread.
+/// thread. When it is gone, a first signal does nothing: the program is about to end by itself, with the status that
+/// its work has earned.
 class SignalWatcher
 {
 public:
@@ -24,6 +25,9 @@ public:
     ~SignalWatcher();
     SignalWatcher(const SignalWatcher &) = delete;
     SignalWatcher &operator=(const SignalWatcher &) = delete;
+
+    /// True when a signal has come, also while no event loop runs.
+    [[nodiscard]] bool isInterrupted() const;
 
 private:
     void readPipe();

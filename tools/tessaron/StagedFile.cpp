@@ -5,6 +5,7 @@
 #include <QRandomGenerator>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -136,6 +137,13 @@ QByteArray StagedFile::pathForWriting() const
     if (isNameless())
         return descriptorPath(m_file.get());
     return m_folderPath.endsWith('/') ? m_folderPath + m_temporaryName : m_folderPath + '/' + m_temporaryName;
+}
+
+QByteArray StagedFile::pathForTheSystem() const
+{
+    QByteArray target(PATH_MAX, '\0');
+    const ssize_t length = ::readlink(descriptorPath(m_file.get()).constData(), target.data(), size_t(target.size()));
+    return length > 0 ? target.left(length) : pathForWriting();
 }
 
 /// Moves staged files to their final names and can take that back.

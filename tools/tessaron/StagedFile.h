@@ -34,6 +34,8 @@ public:
 
     /// A path under which the file can be opened for writing.
     [[nodiscard]] QByteArray pathForWriting() const;
+    /// The path under which the system knows the file; for one without a name a text such as "/folder/#42 (deleted)".
+    [[nodiscard]] QByteArray pathForTheSystem() const;
     /// A descriptor open for reading and writing, owned by this object.
     [[nodiscard]] int descriptor() const { return m_file.get(); }
     [[nodiscard]] bool isNameless() const { return m_temporaryName.isEmpty(); }
