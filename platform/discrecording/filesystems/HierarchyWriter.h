@@ -41,7 +41,7 @@ private:
     DirectoryHierarchy m_hierarchy;
     PathTable m_pathTable;
     const VolumeTexts m_texts;
-    VolumeFacts m_facts;
+    IsoVolumeFacts m_facts;
 };
 
 } // namespace Tessaron

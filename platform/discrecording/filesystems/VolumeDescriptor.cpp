@@ -123,7 +123,7 @@ VolumeTexts volumeTextsOf(const DRFolder &root)
 }
 
 void storeVolumeDescriptor(std::span<std::uint8_t> block, const DirectoryHierarchy &hierarchy, const VolumeTexts &texts,
-                           const VolumeFacts &facts)
+                           const IsoVolumeFacts &facts)
 {
     const bool isJoliet = hierarchy.traits().coding == NameCoding::Joliet;
     storeHead(block, isJoliet ? typeSupplementary : typePrimary);

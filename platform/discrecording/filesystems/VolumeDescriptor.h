@@ -25,7 +25,7 @@ struct VolumeTexts {
 [[nodiscard]] VolumeTexts volumeTextsOf(const DRFolder &root);
 
 /// What a volume descriptor points to.
-struct VolumeFacts {
+struct IsoVolumeFacts {
     std::uint32_t imageBlocks = 0;
     std::uint32_t pathTableBytes = 0;
     std::uint32_t littleEndianPathTable = 0; ///< its block
@@ -36,7 +36,7 @@ struct VolumeFacts {
 /// Fills one zeroed block with the primary volume descriptor (ECMA-119 8.4) of an ISO 9660 hierarchy or the
 /// supplementary one (8.5) of a Joliet hierarchy.
 void storeVolumeDescriptor(std::span<std::uint8_t> block, const DirectoryHierarchy &hierarchy, const VolumeTexts &texts,
-                           const VolumeFacts &facts);
+                           const IsoVolumeFacts &facts);
 
 /// Fills one zeroed block with what ends the volume descriptors (8.3).
 void storeVolumeDescriptorSetTerminator(std::span<std::uint8_t> block);
