@@ -2,7 +2,6 @@
 
 // The bodies of UniqueNames.h, which alone includes this file.
 
-#include "platform/discrecording/filesystems/UniqueNames.h"
 #include "platform/discrecording/filesystems/Utf8Names.h"
 
 #include <algorithm>
