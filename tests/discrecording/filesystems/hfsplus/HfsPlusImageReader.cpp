@@ -127,19 +127,40 @@ void HfsPlusImageReader::readPartitionMap()
     if (m_bytes.size() % blockSize != 0 || big16(m_bytes, 0) != 0x4552 || big16(m_bytes, 2) != blockSize
         || big32(m_bytes, 4) != blocks)
         problem(QStringLiteral("the driver descriptor is wrong"));
-    bool hasVolume = false;
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> partitions; // begin and end
     for (std::uint32_t entry = 1; entry <= 2; ++entry) {
         const Bytes bytes = m_bytes.subspan(entry * blockSize, blockSize);
         const char *const type = reinterpret_cast<const char *>(bytes.data()) + 48;
-        if (big16(bytes, 0) != 0x504D || big32(bytes, 4) != 2)
+        if (big16(bytes, 0) != 0x504D || big32(bytes, 4) != 2 || big32(bytes, 80) != 0
+            || big32(bytes, 84) != big32(bytes, 12))
             problem(QStringLiteral("entry %1 of the partition map is none").arg(entry));
+        const std::uint64_t begin = big32(bytes, 8);
+        partitions.emplace_back(begin, begin + big32(bytes, 12));
         if (qstrcmp(type, "Apple_HFS") == 0)
-            hasVolume = big32(bytes, 8) == 0 && big32(bytes, 12) == blocks;
-        else if (qstrcmp(type, "Apple_partition_map") != 0 || big32(bytes, 8) != 1)
+            m_volume = m_bytes.subspan(std::min<std::uint64_t>(begin * blockSize, m_bytes.size()),
+                                       std::min<std::uint64_t>(big32(bytes, 12), blocks - begin) * blockSize);
+        else if (qstrcmp(type, "Apple_partition_map") != 0 || begin != 1)
             problem(QStringLiteral("the partition map does not know itself"));
     }
-    if (!hasVolume)
-        problem(QStringLiteral("the partition map does not know the volume"));
+    if (partitions[0].second > partitions[1].first || partitions[1].second > blocks)
+        problem(QStringLiteral("partitions overlap or leave the image"));
+    readWrapper();
+}
+
+void HfsPlusImageReader::readWrapper()
+{
+    const Bytes wrapper = m_bytes.subspan(1024, 162);
+    const std::uint64_t unit = big32(wrapper, 20);
+    const std::uint64_t start = big16(wrapper, 28) * std::uint64_t{512} + big16(wrapper, 126) * unit;
+    if (big16(wrapper, 0) != 0x4244 || (big16(wrapper, 10) & 0x8200u) != 0x8200 || big16(wrapper, 124) != 0x482B)
+        problem(QStringLiteral("the wrapper does not say that a volume is embedded"));
+    if (unit % 512 != 0 || big16(wrapper, 18) < big16(wrapper, 126) + big16(wrapper, 128))
+        problem(QStringLiteral("the wrapper's units are wrong"));
+    if (start != static_cast<std::uint64_t>(m_volume.data() - m_bytes.data())
+        || big16(wrapper, 128) * unit != m_volume.size())
+        problem(QStringLiteral("the wrapper knows another volume than the partition map"));
+    if (!std::ranges::equal(wrapper, m_bytes.subspan(m_bytes.size() - 1024, 162)))
+        problem(QStringLiteral("the copy of the wrapper differs"));
 }
 
 HfsFork HfsPlusImageReader::readFork(Bytes at, const QString &what)
@@ -187,16 +208,16 @@ void HfsPlusImageReader::takeBlocks(std::uint32_t first, std::uint32_t count, co
 
 Bytes HfsPlusImageReader::bytesOf(const HfsFork &fork)
 {
-    if (fork.extents.size() != 1 || (std::uint64_t{fork.extents[0].first} * blockSize + fork.length) > m_bytes.size())
+    if (fork.extents.size() != 1 || (std::uint64_t{fork.extents[0].first} * blockSize + fork.length) > m_volume.size())
         return {};
-    return m_bytes.subspan(std::uint64_t{fork.extents[0].first} * blockSize, fork.length);
+    return m_volume.subspan(std::uint64_t{fork.extents[0].first} * blockSize, fork.length);
 }
 
 QByteArray HfsPlusImageReader::contents(const HfsFork &fork) const
 {
     QByteArray result;
     for (const auto &[first, count] : fork.extents)
-        result.append(reinterpret_cast<const char *>(m_bytes.data()) + std::uint64_t{first} * blockSize,
+        result.append(reinterpret_cast<const char *>(m_volume.data()) + std::uint64_t{first} * blockSize,
                       static_cast<qsizetype>(count * blockSize));
     result.truncate(static_cast<qsizetype>(fork.length));
     return result;
@@ -204,16 +225,22 @@ QByteArray HfsPlusImageReader::contents(const HfsFork &fork) const
 
 void HfsPlusImageReader::readHeader()
 {
-    m_header = m_bytes.subspan(1024, 512);
+    if (m_volume.size() < 4 * blockSize) {
+        problem(QStringLiteral("there is no volume"));
+        return;
+    }
+    m_header = m_volume.subspan(1024, 512);
+    if (!std::ranges::all_of(m_volume.first(1024), [](std::uint8_t byte) { return byte == 0; }))
+        problem(QStringLiteral("something lies before the volume header"));
     if (big16(m_header, 0) != 0x482B || big16(m_header, 2) != 4) {
         problem(QStringLiteral("there is no volume header"));
         return;
     }
-    if (!std::ranges::equal(m_header, m_bytes.subspan(m_bytes.size() - 1024, 512)))
+    if (!std::ranges::equal(m_header, m_volume.subspan(m_volume.size() - 1024, 512)))
         problem(QStringLiteral("the alternate volume header differs"));
     m_totalBlocks = big32(m_header, 44);
-    if (big32(m_header, 40) != blockSize || std::uint64_t{m_totalBlocks} * blockSize != m_bytes.size())
-        problem(QStringLiteral("the volume is not the image"));
+    if (big32(m_header, 40) != blockSize || std::uint64_t{m_totalBlocks} * blockSize != m_volume.size())
+        problem(QStringLiteral("the volume is not its partition"));
     if ((attributes() & 0x100u) == 0 || (attributes() & 0x2800u) != 0)
         problem(QStringLiteral("the volume was not unmounted, or has a journal"));
     m_taken.assign(m_totalBlocks, 0);

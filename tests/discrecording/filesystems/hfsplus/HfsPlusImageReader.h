@@ -61,6 +61,12 @@ public:
     /// The file that a hard link means; any other object itself; null for a link that leads nowhere.
     [[nodiscard]] const HfsObject *resolved(const HfsObject &object) const;
     [[nodiscard]] QByteArray contents(const HfsFork &fork) const;
+    /// Where the first byte of a fork lies in the image.
+    [[nodiscard]] std::uint64_t positionOf(const HfsFork &fork) const
+    {
+        return static_cast<std::uint64_t>(m_volume.data() - m_bytes.data())
+            + std::uint64_t{fork.extents[0].first} * 2048;
+    }
 
     [[nodiscard]] const HfsPlusBTreeReader *catalog() const { return m_catalog.get(); }
     [[nodiscard]] const HfsPlusBTreeReader *extents() const { return m_extents.get(); }
@@ -79,6 +85,7 @@ private:
     [[nodiscard]] Bytes bytesOf(const HfsFork &fork);
     void takeBlocks(std::uint32_t first, std::uint32_t count, const QString &what);
     void readPartitionMap();
+    void readWrapper();
     void readHeader();
     void readTrees();
     void readBadBlocks();
@@ -92,6 +99,7 @@ private:
 
     QFile m_file;
     Bytes m_bytes;
+    Bytes m_volume;
     Bytes m_header;
     QStringList m_problems;
     std::uint32_t m_totalBlocks = 0;
