@@ -46,6 +46,8 @@ char16_t foldedUnit(char16_t unit)
     constexpr unsigned int pages[] = {0x00, 0x01, 0x03, 0x04, 0x05, 0x21, 0xFF};
     if (std::ranges::find(pages, unit / 256u) == std::end(pages) || decomposes(unit))
         return unit;
+    if (unit == 0x01A6) // YR had no small letter in Unicode 2
+        return unit;
     const char16_t small = static_cast<char16_t>(QChar::toLower(char32_t(unit)));
     const auto isOld = [](char16_t letter) { return QChar::unicodeVersion(letter) <= QChar::Unicode_2_0; };
     // The letters from U+04D0 on were still without cases when the table was made.

@@ -17,7 +17,7 @@ bool keepsAttributes(const TemporaryTree &tree)
 {
     tree.makeFile("probe");
     const bool keeps = ::setxattr(tree.path("probe").constData(), "user.probe", "x", 1, 0) == 0;
-    ::unlink(tree.path("probe").constData());
+    tree.remove("probe");
     return keeps;
 }
 

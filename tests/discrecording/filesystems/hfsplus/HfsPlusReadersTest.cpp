@@ -48,7 +48,9 @@ TEST_P(HfsPlusReaders, sevenZip_extractsWhatWasWritten)
     ASSERT_LE(result.exitCode, 1) << result.output.toStdString() << result.errors.toStdString();
     const QString root = folder.filePath(QDir(tree.pathText()).dirName());
     EXPECT_EQ(bytesOfFile(root + QStringLiteral("/plain.txt")), "plain");
-    EXPECT_EQ(bytesOfFile(root + QStringLiteral("/folder/Ünïcode")), QByteArray(70'000, 'u'));
+    // 7z leaves names as they are stored.
+    EXPECT_EQ(bytesOfFile(root + QStringLiteral("/folder/Ünïcode").normalized(QString::NormalizationForm_D)),
+              QByteArray(70'000, 'u'));
     EXPECT_EQ(bytesOfFile(root + QStringLiteral("/folder/empty")), "");
     for (int number = 0; number < 300; ++number)
         EXPECT_EQ(bytesOfFile(root + QStringLiteral("/many/file %1").arg(number)), QByteArray::number(number));
@@ -101,8 +103,9 @@ TEST_P(HfsPlusReaders, blkid_recognisesTheVolumeOrABridge)
     EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
     EXPECT_TRUE(result.output.contains("LABEL=\"Label\"") || result.output.contains("LABEL=\"LABEL\""))
         << result.output.toStdString();
-    if (GetParam() == hfsPlusOnly)
+    if (GetParam() == hfsPlusOnly) {
         EXPECT_TRUE(result.output.contains("TYPE=\"hfsplus\"")) << result.output.toStdString();
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Masks, HfsPlusReaders, ::testing::Range<DRFilesystemMask>(8, 16));
