@@ -3,6 +3,11 @@
 set(TESSARON_PUBLIC_HEADERS
     platform/coreservices/FSCatalog.h
     platform/coreservices/FSRef.h
+    platform/discimage/DiscImageErrors.h
+    platform/discimage/DiscImageSource.h
+    platform/discimage/VolumeObject.h
+    platform/discimage/VolumeReader.h
+    platform/discimage/VolumeWalk.h
     platform/discrecording/DRBurn.h
     platform/discrecording/DRCallbackDevice.h
     platform/discrecording/DRFSObject.h

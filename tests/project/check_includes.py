@@ -17,6 +17,7 @@ LAYERS = [
     "platform/coreservices",
     "platform/discrecording",
     "platform/vant",
+    "platform/discimage",
     "filemodel",
     "imaging",
     "ui/text",

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "platform/foundation/Export.h"
+#include "platform/foundation/NSError.h"
+#include "platform/foundation/UniqueDescriptor.h"
+#include "platform/vant/VANTImage.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace Tessaron
+{
+
+/// An entry of an Apple partition map.
+struct DiscImagePartition {
+    QString name;
+    QString type; ///< such as "Apple_HFS"
+    std::uint64_t offset = 0; ///< bytes, in the image
+    std::uint64_t length = 0; ///< bytes
+
+    friend bool operator==(const DiscImagePartition &, const DiscImagePartition &) = default;
+};
+
+/// How the sectors of a file hold the 2048 bytes of user data that filesystems are made of.
+struct DiscImageSectors {
+    std::uint64_t start = 0; ///< offset in the file of the first sector
+    std::uint32_t size = 2048; ///< bytes in the file for one sector; 2048 when there is nothing but user data
+    std::uint32_t dataOffset = 0; ///< of the user data in the sector
+
+    friend bool operator==(const DiscImageSectors &, const DiscImageSectors &) = default;
+};
+
+class DiscImageSource;
+
+/// What came of opening: the source, or why there is none.
+struct DiscImageSourceResult {
+    std::shared_ptr<const DiscImageSource> source;
+    NSError error; ///< null when there is a source
+};
+
+/// The blocks of a disc image, read by offset. All offsets are those of the user data: for a file of raw sectors they
+/// are not those of the file. Every access is checked against the length. Thread-safe after construction.
+class TESSARON_EXPORT DiscImageSource
+{
+public:
+    /// Opens the image file at the path, a regular file or a block device. A VANT trailer and an Apple partition map
+    /// are looked for; raw sectors (2352 bytes with their sync marks) are recognised.
+    [[nodiscard]] static DiscImageSourceResult sourceWithFile(const QString &path);
+    /// The same with sectors that somebody (a cue sheet) has described.
+    [[nodiscard]] static DiscImageSourceResult sourceWithFile(const QString &path, const DiscImageSectors &sectors);
+    /// An image that lies in memory.
+    [[nodiscard]] static std::shared_ptr<const DiscImageSource> sourceWithBytes(const QByteArray &bytes);
+
+    /// Bytes of user data: of a VANT image without the trailer.
+    [[nodiscard]] std::uint64_t length() const { return m_length; }
+    /// Bytes of the file as it is.
+    [[nodiscard]] std::uint64_t fileLength() const { return m_fileLength; }
+    [[nodiscard]] const DiscImageSectors &sectors() const { return m_sectors; }
+
+    /// Reads exactly `length` bytes at `offset`, or fails: with DiscImageErrorCode::Truncated when they are not all
+    /// there, with an error of NSOSStatusErrorDomain when the system refuses.
+    [[nodiscard]] NSError read(std::uint64_t offset, void *buffer, std::size_t length) const;
+    /// True when the run lies within the image; no sum can overflow.
+    [[nodiscard]] bool contains(std::uint64_t offset, std::uint64_t length) const
+    {
+        return offset <= m_length && length <= m_length - offset;
+    }
+    /// The system's descriptor of the file, for advice about reading; -1 for an image in memory. Owned by this object.
+    [[nodiscard]] int descriptor() const { return m_file.get(); }
+
+    /// What a VANT trailer says; absent when the file has none, or a damaged one (vantError() is set then).
+    [[nodiscard]] const std::optional<VANTImage> &vantImage() const { return m_vantImage; }
+    [[nodiscard]] const NSError &vantError() const { return m_vantError; }
+    /// The entries of an Apple partition map, the map's own included; empty when there is none.
+    [[nodiscard]] const std::vector<DiscImagePartition> &partitions() const { return m_partitions; }
+
+private:
+    DiscImageSource() = default;
+    [[nodiscard]] static DiscImageSourceResult open(const QString &path,
+                                                    const std::optional<DiscImageSectors> &sectors);
+    void recogniseTrailer(const QString &path);
+    void recogniseSectors();
+    void measure();
+    void readPartitionMap();
+    [[nodiscard]] NSError readFile(std::uint64_t offset, void *buffer, std::size_t length) const;
+
+    QString m_path;
+    UniqueDescriptor m_file;
+    QByteArray m_bytes; ///< of an image in memory
+    std::uint64_t m_fileLength = 0;
+    std::uint64_t m_dataLength = 0; ///< bytes of the file in front of a trailer
+    std::uint64_t m_length = 0;
+    DiscImageSectors m_sectors;
+    std::optional<VANTImage> m_vantImage;
+    NSError m_vantError;
+    std::vector<DiscImagePartition> m_partitions;
+};
+
+} // namespace Tessaron
