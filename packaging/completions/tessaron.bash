@@ -14,8 +14,8 @@ _tessaron_options() {
 # The values of an option; nothing for one that takes a file or free text.
 _tessaron_values() {
     case $1 in
-    --format) echo "iso bin" ;;
-    --filesystems) echo "iso9660 iso9660,joliet" ;;
+    --format) echo "iso bin vant" ;;
+    --filesystems) echo "iso9660,joliet,udf,hfs+ iso9660,joliet iso9660,udf iso9660 joliet udf hfs+" ;;
     --progress) echo "auto bar json none" ;;
     esac
 }

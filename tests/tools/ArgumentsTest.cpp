@@ -21,7 +21,7 @@ TEST(Arguments, image_hasDefaults_whenOnlyOutputAndPathAreGiven)
     EXPECT_EQ(arguments.output, "disc.iso");
     EXPECT_EQ(arguments.paths, QList<QByteArray>({"folder"}));
     EXPECT_EQ(arguments.format, ImageFormat::Iso);
-    EXPECT_EQ(arguments.filesystems, DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet);
+    EXPECT_EQ(arguments.filesystems, DRFilesystemInclusionMaskAll);
     EXPECT_EQ(arguments.progress, ProgressMode::Auto);
     EXPECT_EQ(arguments.verbosity, Verbosity::Normal);
     EXPECT_FALSE(arguments.strict);
@@ -50,6 +50,20 @@ TEST(Arguments, format_followsTheEndingOfTheOutput_whenItIsNotGiven)
     EXPECT_EQ(parseArguments({"image", "-o", "a/b.BIN", "x"}).format, ImageFormat::Bin);
     EXPECT_EQ(parseArguments({"image", "-o", "a.bin/b", "x"}).format, ImageFormat::Iso);
     EXPECT_EQ(parseArguments({"image", "-o", "b.bin", "--format", "iso", "x"}).format, ImageFormat::Iso);
+    EXPECT_EQ(parseArguments({"image", "-o", "b.Vant", "x"}).format, ImageFormat::Vant);
+    EXPECT_EQ(parseArguments({"image", "-o", "b.iso", "--format=vant", "x"}).format, ImageFormat::Vant);
+}
+
+TEST(Arguments, filesystems_areAnyCombination_inAnyOrder)
+{
+    const auto maskOf = [](const QByteArray &list) {
+        return parseArguments({"image", "-o", "a", "--filesystems", list, "x"}).filesystems;
+    };
+    EXPECT_EQ(maskOf("udf"), DRFilesystemInclusionMaskUDF);
+    EXPECT_EQ(maskOf("hfs+"), DRFilesystemInclusionMaskHFSPlus);
+    EXPECT_EQ(maskOf("joliet"), DRFilesystemInclusionMaskJoliet);
+    EXPECT_EQ(maskOf("hfs+,iso9660"), DRFilesystemInclusionMaskHFSPlus | DRFilesystemInclusionMaskISO9660);
+    EXPECT_EQ(maskOf("hfs+,udf,joliet,iso9660"), DRFilesystemInclusionMaskAll);
 }
 
 TEST(Arguments, lastOption_counts_whenItIsGivenTwice)
@@ -112,11 +126,10 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongLine{{"image", "--strict=yes", "x"}, "the option --strict takes no value"},
                     WrongLine{{"scan", "--strict", "x"}, "there is no option “--strict”"},
                     WrongLine{{"image", "-qx", "x"}, "there is no option “-x”"},
-                    WrongLine{{"image", "--format", "nrg", "x"}, "use iso or bin"},
+                    WrongLine{{"image", "--format", "nrg", "x"}, "use iso, bin or vant"},
                     WrongLine{{"scan", "--progress=dots", "x"}, "use auto, bar, json or none"},
-                    WrongLine{{"image", "--filesystems", "udf", "x"}, "not available in this version"},
-                    WrongLine{{"image", "--filesystems", "iso9660,hfs+", "x"}, "not available in this version"},
-                    WrongLine{{"image", "--filesystems", "joliet", "x"}, "joliet cannot stand alone"},
+                    WrongLine{{"image", "--filesystems", "hfs", "x"}, "use some of iso9660,joliet,udf,hfs+"},
+                    WrongLine{{"image", "--filesystems", "UDF", "x"}, "there is no filesystem “UDF”"},
                     WrongLine{{"image", "--filesystems", "rockridge", "x"}, "always goes with iso9660"},
                     WrongLine{{"image", "--filesystems", "iso9660,", "x"}, "there is no filesystem"},
                     WrongLine{{"image", "-o", "a\".bin", "x"}, "cannot stand in a cue sheet"},

@@ -69,8 +69,8 @@ TEST_F(CommandOutput, imageJson_hasEveryMember)
     EXPECT_EQ(result.exitStatus, 0);
     const QJsonObject object = jsonOf(result.output);
     EXPECT_EQ(keysOf(object),
-              Names({"version", "command", "result", "output", "format", "bytes", "files", "folders", "seconds",
-                     "renamed", "refused", "altered", "renamedCounts", "unreadable", "error"}));
+              Names({"version", "command", "result", "output", "format", "volumeName", "bytes", "files", "folders",
+                     "seconds", "renamed", "refused", "altered", "renamedCounts", "unreadable", "error"}));
     EXPECT_EQ(object[QStringLiteral("version")].toInteger(), 1);
     EXPECT_EQ(object[QStringLiteral("command")].toString(), QStringLiteral("image"));
     EXPECT_EQ(object[QStringLiteral("result")].toString(), QStringLiteral("done"));

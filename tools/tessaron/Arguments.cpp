@@ -178,8 +178,10 @@ bool Parser::setFormat(const QByteArray &value)
         m_arguments.format = ImageFormat::Iso;
     else if (value == "bin")
         m_arguments.format = ImageFormat::Bin;
+    else if (value == "vant")
+        m_arguments.format = ImageFormat::Vant;
     else
-        return fail(QStringLiteral("%1 is no image format; use iso or bin").arg(quoted(value)));
+        return fail(QStringLiteral("%1 is no image format; use iso, bin or vant").arg(quoted(value)));
     hasFormat = true;
     return true;
 }
@@ -192,16 +194,16 @@ bool Parser::setFilesystems(const QByteArray &value)
             mask |= DRFilesystemInclusionMaskISO9660;
         else if (name == "joliet")
             mask |= DRFilesystemInclusionMaskJoliet;
-        else if (name == "udf" || name == "hfs+")
-            return fail(QStringLiteral("the filesystem %1 is not available in this version; use iso9660 and joliet")
-                            .arg(text(name)));
+        else if (name == "udf")
+            mask |= DRFilesystemInclusionMaskUDF;
+        else if (name == "hfs+")
+            mask |= DRFilesystemInclusionMaskHFSPlus;
         else if (name == "rockridge")
             return fail(QStringLiteral("rockridge needs no mention: it always goes with iso9660"));
         else
-            return fail(QStringLiteral("there is no filesystem %1; use iso9660, or iso9660,joliet").arg(quoted(name)));
+            return fail(
+                QStringLiteral("there is no filesystem %1; use some of iso9660,joliet,udf,hfs+").arg(quoted(name)));
     }
-    if ((mask & DRFilesystemInclusionMaskISO9660) == 0)
-        return fail(QStringLiteral("joliet cannot stand alone; use iso9660,joliet"));
     m_arguments.filesystems = mask;
     return true;
 }
@@ -220,7 +222,9 @@ QString checkImage(Arguments &arguments, bool hasFormat)
     const QByteArray name = lastComponent(arguments.output);
     if (!hasFormat && name.toLower().endsWith(".bin"))
         arguments.format = ImageFormat::Bin;
-    if (arguments.format == ImageFormat::Iso)
+    if (!hasFormat && name.toLower().endsWith(".vant"))
+        arguments.format = ImageFormat::Vant;
+    if (arguments.format != ImageFormat::Bin)
         return {};
     if (name.contains('"') || name.contains('\n') || name.contains('\r'))
         return QStringLiteral("the name %1 cannot stand in a cue sheet; use one without quotes and line breaks")

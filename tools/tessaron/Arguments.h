@@ -24,10 +24,11 @@ enum class Verbosity : std::uint8_t {
     Verbose, ///< every item that is not stored as it stands
 };
 
-/// What a disc image file is: plain blocks, or the same with a cue sheet beside it.
+/// What a disc image file is: plain blocks, the same with a cue sheet beside it, or with a trailer that describes them.
 enum class ImageFormat : std::uint8_t {
     Iso,
     Bin,
+    Vant,
 };
 
 /// The command line, understood. Paths are the bytes that the shell passed.
@@ -54,7 +55,7 @@ struct Arguments {
     QByteArray output;
     ImageFormat format = ImageFormat::Iso;
     QString volumeName; ///< empty: the source's name
-    DRFilesystemMask filesystems = DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet;
+    DRFilesystemMask filesystems = DRFilesystemInclusionMaskAll;
     bool strict = false;
 };
 

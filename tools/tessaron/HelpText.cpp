@@ -47,6 +47,8 @@ Examples:
       Two folders and a file, side by side.
   tessaron image -o disc.bin Music
       disc.bin and its cue sheet disc.cue.
+  tessaron image -o film.iso --filesystems iso9660,udf Film
+      For a DVD player, when the folder Film holds VIDEO_TS.
   tessaron image --strict --json --progress json -o out.iso tree
       For programs: fails when anything cannot be stored as it is.
 

@@ -5,13 +5,17 @@
 #include "tools/tessaron/ImageReport.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
+#include "tools/tessaron/VantTrailer.h"
 #include <TessaronClasses/CueSheets.h>
+#include <TessaronClasses/DiscNames.h>
 
 #include <QEventLoop>
 #include <QTimer>
 
+#include <algorithm>
 #include <cerrno>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace Tessaron::Tool
 {
@@ -86,6 +90,18 @@ Problem ImageCommand::stageFiles()
         QStringLiteral("Choose another place for the output."), folderPath};
 }
 
+/// True when a player will take the disc for DVD-Video.
+bool ImageCommand::isDvdVideo() const
+{
+    const QByteArray folderName = QByteArrayLiteral("VIDEO_TS");
+    struct stat status;
+    if (m_sources.size() == 1 && m_sources.front().isFolder)
+        return ::lstat((m_sources.front().path + '/' + folderName).constData(), &status) == 0
+            && S_ISDIR(status.st_mode);
+    return std::any_of(m_sources.begin(), m_sources.end(),
+                       [&folderName](const Source &source) { return source.isFolder && source.name == folderName; });
+}
+
 QString ImageCommand::volumeName() const
 {
     if (!m_arguments.volumeName.isEmpty())
@@ -100,7 +116,10 @@ void ImageCommand::makeImage()
     ImageOrder order;
     order.sources = m_sources;
     order.rootIsOnlySource = m_sources.size() == 1 && m_sources.front().isFolder;
-    order.volumeName = volumeName();
+    m_volumeName = volumeName();
+    if (isDvdVideo())
+        m_volumeName = dvdName(m_volumeName);
+    order.volumeName = m_volumeName;
     order.filesystems = m_arguments.filesystems;
     order.isStrict = m_arguments.strict;
     order.path = m_image->pathForWriting();
@@ -157,12 +176,30 @@ Problem ImageCommand::writeCueSheet() const
             m_destination.cueName};
 }
 
+Problem ImageCommand::appendTrailer()
+{
+    const QByteArray trailer = vantTrailerForImage(m_outcome.bytes);
+    if (::lseek(m_image->descriptor(), 0, SEEK_END) >= 0 && writeAll(m_image->descriptor(), trailer)) {
+        m_outcome.bytes += std::uint64_t(trailer.size());
+        return {};
+    }
+    return {
+        Problem::Kind::Write,
+        QStringLiteral("the description of the tracks cannot be written behind the image: %1").arg(systemText(errno)),
+        {},
+        m_destination.path};
+}
+
 Problem ImageCommand::publish()
 {
     if (m_signalWatcher->isInterrupted())
         return interruption();
     if (Problem problem = checkLength())
         return problem;
+    if (m_arguments.format == ImageFormat::Vant) {
+        if (Problem problem = appendTrailer())
+            return problem;
+    }
     std::vector<StagedFile *> files = {m_image.get()};
     if (m_cueSheet) {
         if (Problem problem = writeCueSheet())
@@ -191,6 +228,10 @@ ExitStatus ImageCommand::report()
     }
     m_display->clear();
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
+    const bool isNameChanged = !m_outcome.problem && !m_arguments.volumeName.isEmpty()
+        && m_volumeName != m_arguments.volumeName && m_arguments.verbosity != Verbosity::Quiet;
+    if (isNameChanged)
+        printDiagnostic(QStringLiteral("the volume is named “%1”, since it holds DVD-Video").arg(m_volumeName));
     printImageReport(m_arguments, m_outcome, time.count());
     if (!m_arguments.json)
         return exitStatusFor(m_outcome);
@@ -198,7 +239,7 @@ ExitStatus ImageCommand::report()
         ? QByteArray()
         : m_destination.path.left(m_destination.path.lastIndexOf('/') + 1) + m_destination.cueName;
     const QByteArray output = m_destination.path.isEmpty() ? m_arguments.output : m_destination.path;
-    if (writeImageJson(m_arguments, output, cuePath, m_outcome, time.count()))
+    if (writeImageJson(m_arguments, output, cuePath, m_volumeName, m_outcome, time.count()))
         return exitStatusFor(m_outcome);
     printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
     return ExitStatus::Failed;

@@ -29,10 +29,12 @@ private:
     [[nodiscard]] Problem prepare();
     [[nodiscard]] Problem stageFiles();
     [[nodiscard]] QString volumeName() const;
+    [[nodiscard]] bool isDvdVideo() const;
     void makeImage();
     void nameImageInProblem();
     [[nodiscard]] Problem checkLength() const;
     [[nodiscard]] Problem writeCueSheet() const;
+    [[nodiscard]] Problem appendTrailer();
     [[nodiscard]] Problem publish();
     [[nodiscard]] ExitStatus report();
 
@@ -40,6 +42,7 @@ private:
     const std::chrono::steady_clock::time_point m_start;
     std::vector<Source> m_sources;
     Destination m_destination;
+    QString m_volumeName;
     std::unique_ptr<StagedFile> m_image;
     std::unique_ptr<StagedFile> m_cueSheet;
     std::unique_ptr<ProgressDisplay> m_display;

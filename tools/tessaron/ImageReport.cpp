@@ -82,7 +82,15 @@ void writeRenamedCounts(JsonWriter &writer, const DRStorageReport *report)
 
 QString formatName(ImageFormat format)
 {
-    return format == ImageFormat::Bin ? QStringLiteral("bin") : QStringLiteral("iso");
+    switch (format) {
+    case ImageFormat::Iso:
+        return QStringLiteral("iso");
+    case ImageFormat::Bin:
+        return QStringLiteral("bin");
+    case ImageFormat::Vant:
+        return QStringLiteral("vant");
+    }
+    return {};
 }
 
 } // namespace
@@ -117,7 +125,7 @@ void printImageReport(const Arguments &arguments, const ImageOutcome &outcome, d
 }
 
 bool writeImageJson(const Arguments &arguments, const QByteArray &output, const QByteArray &cueSheet,
-                    const ImageOutcome &outcome, double seconds)
+                    const QString &volumeName, const ImageOutcome &outcome, double seconds)
 {
     const DRStorageReport *const report = outcome.report.get();
     JsonWriter writer(STDOUT_FILENO);
@@ -129,6 +137,7 @@ bool writeImageJson(const Arguments &arguments, const QByteArray &output, const 
     if (!cueSheet.isEmpty())
         writer.pathMember("cueSheet", cueSheet);
     writer.member("format", formatName(arguments.format));
+    writer.member("volumeName", volumeName);
     writer.member("bytes", outcome.bytes);
     writer.member("files", outcome.files);
     writer.member("folders", outcome.folders);

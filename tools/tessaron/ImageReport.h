@@ -17,10 +17,10 @@ void printImageReport(const Arguments &arguments, const ImageOutcome &outcome, d
 
 /// The object that --json promises, on standard output; false when it cannot be written. The keys:
 /// version 1, command "image", result "done", "incomplete", "failed" or "cancelled", output, cueSheet (format bin
-/// only), format, bytes, files, folders, seconds, renamed, refused, altered, renamedCounts, unreadable, error (null or
-/// object). A path that is not UTF-8 has U+FFFD in it and a companion "…Bytes", percent-encoded.
+/// only), format, volumeName, bytes, files, folders, seconds, renamed, refused, altered, renamedCounts, unreadable,
+/// error (null or object). A path that is not UTF-8 has U+FFFD in it and a companion "…Bytes", percent-encoded.
 [[nodiscard]] bool writeImageJson(const Arguments &arguments, const QByteArray &output, const QByteArray &cueSheet,
-                                  const ImageOutcome &outcome, double seconds);
+                                  const QString &volumeName, const ImageOutcome &outcome, double seconds);
 
 /// The same object for a command line that could not be understood.
 [[nodiscard]] bool writeUsageErrorJson(const Arguments &arguments);
