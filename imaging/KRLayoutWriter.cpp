@@ -90,7 +90,8 @@ NSError KRLayoutWriter::startSync(TessaronPanel &panel)
     if (error)
         return error;
     const bool isScheduled = performAfterDelay(this, writingDelay, [weakThis = weak_from_this(), layout] {
-        if (const std::shared_ptr<KRLayoutWriter> writer = weakThis.lock())
+        const std::shared_ptr<KRLayoutWriter> writer = weakThis.lock();
+        if (writer && writer->m_stage == Stage::LayoutIsReady)
             writer->_writeLayout(layout);
     });
     if (!isScheduled)

@@ -127,7 +127,7 @@ void BlockPipeline::fill(Slot &slot) const
             slot.capacity = size;
         }
         const std::span<std::uint8_t> bytes(slot.buffer.get(), size);
-        slot.error = m_image.fillPiece(slot.piece.at, bytes);
+        slot.error = m_image.fillPiece(slot.piece.at, bytes, m_cancellation.token());
         slot.piece.bytes = bytes;
     } catch (const std::bad_alloc &) {
         slot.error = burnError(memFullErr,

@@ -53,6 +53,14 @@ private:
     const std::vector<std::shared_ptr<const DRStorageReport>> m_reports;
 };
 
+/// The masks of a track's objects alone decide which filesystems it has.
+PlanOptions trackOptions()
+{
+    PlanOptions options;
+    options.filesystems = DRFilesystemInclusionMaskAll;
+    return options;
+}
+
 NSError layoutError(const QString &description)
 {
     return burnError(paramErr, description);
@@ -106,7 +114,7 @@ BurnPlan planBurn(const DRLayout &layout, const std::atomic<bool> &isCancelled,
         if (planned.track->rootFolder()) {
             const auto trackProgress = [&](double part) { progress((double(index) + part) / trackCount); };
             DiscImagePlan image =
-                planDiscImage(planned.track->rootFolder(), PlanOptions(), isCancelled, trackProgress, error);
+                planDiscImage(planned.track->rootFolder(), trackOptions(), isCancelled, trackProgress, error);
             if (!image.image)
                 return plan;
             planned.image = std::move(image.image);

@@ -47,7 +47,9 @@ NSError BurnSink::consumerError(OSStatus status) const
 NSError BurnSink::copyFileRun(const FileContents &file, const FileRun &run)
 {
     NSError error;
-    const UniqueDescriptor from = openFileContents(file, &error);
+    const UniqueDescriptor from = openFileContents(file, &error, m_cancellation.token());
+    if (m_cancellation.isRequested())
+        return burnCancelledError();
     if (error)
         return error;
     const int to = m_fileConsumer->outputDescriptor();

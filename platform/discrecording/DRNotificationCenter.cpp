@@ -1,12 +1,9 @@
 #include "platform/discrecording/DRNotificationCenter.h"
 
 #include "platform/discrecording/DRBurn.h"
-
-#include <QCoreApplication>
-#include <QEvent>
+#include "platform/foundation/RunLoopQueue.h"
 
 #include <algorithm>
-#include <deque>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -17,32 +14,6 @@ namespace Tessaron
 class DRNotificationCenter::Private
 {
 public:
-    /// Wakes on the centre's thread: each event that it gets stands for one notification in the queue. The
-    /// notifications themselves do not travel in Qt's events, so that what orders the threads is our own mutex, which
-    /// ThreadSanitizer sees.
-    class Receiver final : public QObject
-    {
-    public:
-        explicit Receiver(Private &center)
-            : m_center(center)
-        {
-        }
-        bool event(QEvent * /*event*/) override
-        {
-            m_center.deliverNext();
-            return true;
-        }
-
-    private:
-        Private &m_center;
-    };
-
-    struct Posted {
-        QString name;
-        std::weak_ptr<DRBurn> sender;
-        Around around;
-    };
-
     struct Observer {
         std::uint64_t identifier = 0;
         const void *observer = nullptr;
@@ -54,28 +25,10 @@ public:
     /// Ends the posting; on the centre's thread, whose end it is.
     void close()
     {
-        std::unique_ptr<QObject> ending;
-        std::deque<Posted> droppedPosts; // these two end outside the lock: they may hold anything
-        std::vector<Observer> droppedObservers;
+        queue.close();
+        std::vector<Observer> dropped; // ends outside the lock: the handlers may hold anything
         const std::lock_guard lock(mutex);
-        ending = std::move(receiver);
-        droppedPosts.swap(queue);
-        droppedObservers.swap(observers);
-    }
-
-    void deliverNext()
-    {
-        Posted next;
-        {
-            const std::lock_guard lock(mutex);
-            if (queue.empty())
-                return;
-            next = std::move(queue.front());
-            queue.pop_front();
-        }
-        // Held for the calls, so that a handler may let go of the burn.
-        if (const std::shared_ptr<DRBurn> burn = next.sender.lock())
-            next.around([&] { callObservers(next.name, *burn); });
+        dropped.swap(observers);
     }
 
     [[nodiscard]] bool isRegistered(std::uint64_t identifier)
@@ -100,9 +53,8 @@ public:
                 handler(sender);
     }
 
-    std::mutex mutex; ///< guards everything below
-    std::unique_ptr<QObject> receiver = std::make_unique<Receiver>(*this); ///< null once the thread has ended
-    std::deque<Posted> queue;
+    RunLoopQueue queue;
+    std::mutex mutex; ///< guards what follows
     std::vector<Observer> observers;
     std::uint64_t lastIdentifier = 0;
 };
@@ -152,11 +104,13 @@ void DRNotificationCenter::post(const QString &name, const std::weak_ptr<DRBurn>
 
 void DRNotificationCenter::post(const QString &name, const std::weak_ptr<DRBurn> &sender, Around around)
 {
-    const std::lock_guard lock(d->mutex);
-    if (!d->receiver)
-        return;
-    d->queue.push_back({name, sender, std::move(around)});
-    QCoreApplication::postEvent(d->receiver.get(), new QEvent(QEvent::User));
+    d->queue.perform([center = std::weak_ptr<Private>(d), name, sender, around = std::move(around)] {
+        const std::shared_ptr<Private> open = center.lock();
+        // Held for the calls, so that a handler may let go of the burn.
+        const std::shared_ptr<DRBurn> burn = sender.lock();
+        if (open && burn)
+            around([&] { open->callObservers(name, *burn); });
+    });
 }
 
 } // namespace Tessaron

@@ -1,5 +1,7 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 
+#include <QStringConverter>
+
 namespace Tessaron
 {
 
@@ -47,13 +49,18 @@ QString stringWithFileSystemRepresentation(QByteArrayView bytes)
     const auto *const end = at + bytes.size();
     QString result;
     result.reserve(bytes.size());
+    // A byte order mark is a character of a name like any other.
+    QStringDecoder decoder(QStringDecoder::Utf8,
+                           QStringConverter::Flag::ConvertInitialBom | QStringConverter::Flag::Stateless);
     while (at < end) {
         const unsigned char *const validStart = at;
         int length = 0;
         while (at < end && (length = sequenceLength(at, end)) > 0)
             at += length;
-        if (at > validStart)
-            result += QString::fromUtf8(reinterpret_cast<const char *>(validStart), at - validStart);
+        if (at > validStart) {
+            const QString decoded = decoder(QByteArrayView(validStart, at - validStart));
+            result += decoded;
+        }
         for (; at < end && sequenceLength(at, end) == 0; ++at)
             result += QChar(char16_t(firstByteSurrogate + (*at - 0x80)));
     }

@@ -116,6 +116,7 @@ TEST_F(Aliases, alias_leadsToTheSuccessor_ofAFileSavedByReplacingIt)
     tree.makeFile("file", "first");
     const QByteArray alias = aliasOf("file");
     tree.makeFile("temporary", "second");
+    tree.letBirthTimesPass();
     rename("temporary", "file");
     bool wasChanged = false;
     EXPECT_EQ(resolved(alias, &wasChanged), "file");
@@ -126,7 +127,7 @@ TEST_F(Aliases, alias_doesNotTakeAFolderForAFile)
 {
     tree.makeFile("thing", "x");
     const QByteArray alias = aliasOf("thing");
-    ::unlink(tree.path("thing").constData());
+    tree.remove("thing");
     tree.makeFolder("thing");
     EXPECT_EQ(resolved(alias), "<-43>");
 }
@@ -159,7 +160,7 @@ TEST_F(Aliases, FSNewAliasMinimal_fails_forAFileThatIsGone)
 {
     tree.makeFile("file");
     const FSRef gone = ref("file");
-    ::unlink(tree.path("file").constData());
+    tree.remove("file");
     QByteArray alias("untouched");
     EXPECT_EQ(FSNewAliasMinimal(&gone, &alias), fnfErr);
     EXPECT_EQ(FSNewAliasMinimal(nullptr, &alias), paramErr);
@@ -281,7 +282,7 @@ TEST_F(Aliases, anAliasFileWhoseTargetIsGone_isAnError)
         GTEST_SKIP() << "this file system keeps no extended attributes";
     tree.makeFile("target", "x");
     ASSERT_EQ(writeAliasFile(tree.path("alias"), ref("target")), noErr);
-    ::unlink(tree.path("target").constData());
+    tree.remove("target");
     FSRef at = ref("alias");
     EXPECT_EQ(FSResolveAliasFile(&at, true, nullptr, nullptr), fnfErr);
     EXPECT_EQ(at, ref("alias"));

@@ -152,7 +152,7 @@ TEST(FSCatalog, FSGetCatalogInfo_refusesWhatItCannotUse)
     EXPECT_EQ(FSGetCatalogInfo(nullptr, kFSCatInfoNone, nullptr), paramErr);
     EXPECT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoDates, nullptr), paramErr);
     EXPECT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr), noErr);
-    ::unlink(tree.path("file").constData());
+    tree.remove("file");
     EXPECT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoDataSizes, &info), fnfErr);
 }
 

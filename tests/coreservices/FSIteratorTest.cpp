@@ -164,7 +164,7 @@ TEST_F(FSIteratorTest, bulk_leavesOutWhatVanishesWhileItIsListed)
     int removed = 0;
     for (int number = 0; number < 100; number += 2) {
         if (!seen.contains(std::to_string(number)) && ++removed > 0)
-            ::unlink(tree.path("folder/" + QByteArray::number(number)).constData());
+            tree.remove("folder/" + QByteArray::number(number));
     }
     const Batches rest = readOn(*iterator);
     EXPECT_EQ(rest.names.size(), 90u - static_cast<std::size_t>(removed));
@@ -203,7 +203,7 @@ TEST_F(FSIteratorTest, open_fails_forWhatIsNoReadableFolder)
     EXPECT_FALSE(FSOpenIterator(FSRef(), &status));
     EXPECT_EQ(status, fnfErr);
     const FSRef gone = refOf(tree.makeFolder("gone"));
-    ::rmdir(tree.path("gone").constData());
+    tree.remove("gone");
     EXPECT_FALSE(FSOpenIterator(gone, &status));
     EXPECT_EQ(status, fnfErr);
     const FSRef closed = refOf(tree.path("closed"));

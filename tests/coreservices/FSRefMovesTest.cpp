@@ -99,7 +99,7 @@ TEST_F(FSRefMoves, aRemovedFile_isGone)
 {
     tree.makeFile("file", "x");
     const FSRef file = ref("file");
-    ::unlink(tree.path("file").constData());
+    tree.remove("file");
     EXPECT_EQ(FSGetCatalogInfo(&file, kFSCatInfoNone, nullptr), fnfErr);
     EXPECT_EQ(placeOf(file), "<gone>");
 }
@@ -220,7 +220,7 @@ TEST_F(FSRefMoves, aHardLink_isReachedThroughItsOtherName_whenOneGoes)
     tree.makeHardLink("second", "first");
     const FSRef first = ref("first");
     const FSRef second = ref("second");
-    ::unlink(tree.path("first").constData());
+    tree.remove("first");
     EXPECT_EQ(placeOf(first), "second");
     EXPECT_EQ(placeOf(second), "second");
 }
@@ -243,7 +243,7 @@ TEST_F(FSRefMovesWithoutRights, manyVanishedFilesOfOneFolder_areFoundMissingQuic
         refs.push_back(ref(name));
     }
     for (int number = 0; number < 3000; number += 2)
-        ::unlink(tree.path("folder/" + QByteArray::number(number)).constData());
+        tree.remove("folder/" + QByteArray::number(number));
     int gone = 0;
     for (const FSRef &made : refs)
         gone += FSGetCatalogInfo(&made, kFSCatInfoNone, nullptr) == fnfErr ? 1 : 0;

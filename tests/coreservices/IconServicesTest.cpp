@@ -47,7 +47,7 @@ TEST(IconServices, icons_comeFromTheNameAlone_whenTheFileIsGone)
 {
     const Testing::TemporaryTree tree;
     const FSRef gone = refOf(tree.makeFile("file.txt"));
-    ::unlink(tree.path("file.txt").constData());
+    tree.remove("file.txt");
     EXPECT_FALSE(iconOf(gone, u"file.txt", kSelectorAllLargeData).isNull());
     IconRef icon;
     EXPECT_EQ(GetIconRefFromFileInfo(&gone, QStringView(), &icon), fnfErr);

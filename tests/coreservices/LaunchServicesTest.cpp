@@ -153,7 +153,7 @@ TEST_F(LaunchServices, everything_fails_whenTheFileIsGone)
 {
     tree.makeFile("file");
     const FSRef gone = ref("file");
-    ::unlink(tree.path("file").constData());
+    tree.remove("file");
     LSItemAttributes attributes;
     LSItemInfoRecord info;
     QString text;

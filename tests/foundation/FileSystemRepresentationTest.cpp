@@ -19,7 +19,8 @@ INSTANTIATE_TEST_SUITE_P(Names, FileSystemRepresentationRoundTrip,
                                          QByteArray("\xF0\x9F\x8E\xB5 music"), QByteArray("latin\xE9"),
                                          QByteArray("\xFF\xFE\x80"), QByteArray("cut \xE2\x82"),
                                          QByteArray("overlong \xC0\xAF"), QByteArray("surrogate \xED\xA0\x80 coded"),
-                                         QByteArray("above \xF4\x90\x80\x80"), QByteArray("\xC3\xBC\xE9\xC3\xBC")));
+                                         QByteArray("above \xF4\x90\x80\x80"), QByteArray("\xC3\xBC\xE9\xC3\xBC"),
+                                         QByteArray("\xEF\xBB\xBFmarked"), QByteArray("\xE9\xEF\xBB\xBF")));
 
 TEST(FileSystemRepresentation, holdsUndecodableBytes_tellsValidTextFromBytes)
 {

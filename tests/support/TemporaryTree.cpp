@@ -4,12 +4,17 @@
 #include "platform/foundation/UniqueDescriptor.h"
 
 #include <cerrno>
+#include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
+#include <thread>
+#include <time.h>
+#include <utility>
 
 namespace Tessaron::Testing
 {
@@ -104,6 +109,24 @@ QByteArray TemporaryTree::makeSparseFile(const QByteArray &relative, qint64 size
     const QByteArray result = makeFile(relative);
     expectSuccess(::truncate(result.constData(), size) == 0, "truncate", result);
     return result;
+}
+
+void TemporaryTree::letBirthTimesPass()
+{
+    const auto now = [] {
+        timespec time = {};
+        ::clock_gettime(CLOCK_REALTIME_COARSE, &time);
+        return std::pair(time.tv_sec, time.tv_nsec);
+    };
+    for (const auto start = now(); now() == start;)
+        std::this_thread::sleep_for(std::chrono::microseconds(500));
+}
+
+void TemporaryTree::remove(const QByteArray &relative) const
+{
+    letBirthTimesPass();
+    const QByteArray target = path(relative);
+    expectSuccess(std::remove(target.constData()) == 0, "remove", target);
 }
 
 void TemporaryTree::setModificationTime(const QByteArray &relative, qint64 secondsSinceEpoch) const

@@ -34,6 +34,13 @@ public:
     void setExtendedAttribute(const QByteArray &relative, const QByteArray &name, const QByteArray &value) const;
     [[nodiscard]] QByteArray contents(const QByteArray &relative) const;
     [[nodiscard]] bool exists(const QByteArray &relative) const;
+    /// Removes a file or an empty folder, and waits before until letBirthTimesPass().
+    void remove(const QByteArray &relative) const;
+
+    /// Waits until what is made from now on has other birth times than all that exists. File systems give a freed inode
+    /// to the next file, in any test that runs beside this one, and take the time of birth from a clock with ticks of
+    /// some milliseconds: without the wait the newcomer could be taken for the removed file.
+    static void letBirthTimesPass();
 
 private:
     void makeParents(const QByteArray &relative) const;

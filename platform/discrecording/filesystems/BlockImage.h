@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <span>
+#include <stop_token>
 
 namespace Tessaron
 {
@@ -55,8 +56,10 @@ public:
 
     /// Produces the bytes of the piece at block `at`; `out` has exactly the size of the piece. File contents in it are
     /// read from disk and compared with the plan: a file that changed, shrank, grew or vanished gives an error that
-    /// names it, as does a failing read.
-    [[nodiscard]] virtual NSError fillPiece(std::uint32_t at, std::span<std::uint8_t> out) const = 0;
+    /// names it, as does a failing read. `cancellation` ends a wait for a file that another program keeps busy; the
+    /// error is then of no interest.
+    [[nodiscard]] virtual NSError fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
+                                            const std::stop_token &cancellation) const = 0;
 
     /// The file behind FileRun::fileIndex.
     [[nodiscard]] virtual FileContents fileContents(std::uint32_t fileIndex) const = 0;

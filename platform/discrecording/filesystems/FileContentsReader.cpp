@@ -69,12 +69,13 @@ NSError sizeError(const FileContents &file, std::uint64_t sizeNow)
 /// Opens without blocking, since in the place of the planned file there may be a fifo by now, and nobody at its other
 /// end. A file server may hold a lease on the file (fcntl(2), F_SETLEASE): the first try has then asked it to let go,
 /// which the kernel enforces after 45 s by default.
-UniqueDescriptor openWithoutBlocking(const FSRef &ref, int *errnoValue)
+UniqueDescriptor openWithoutBlocking(const FSRef &ref, const std::stop_token &cancellation, int *errnoValue)
 {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     for (;;) {
         UniqueDescriptor descriptor = openFSRef(ref, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW, errnoValue);
-        if (descriptor || *errnoValue != EWOULDBLOCK || std::chrono::steady_clock::now() > deadline)
+        if (descriptor || *errnoValue != EWOULDBLOCK || cancellation.stop_requested()
+            || std::chrono::steady_clock::now() > deadline)
             return descriptor;
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
@@ -82,10 +83,10 @@ UniqueDescriptor openWithoutBlocking(const FSRef &ref, int *errnoValue)
 
 } // namespace
 
-UniqueDescriptor openFileContents(const FileContents &file, NSError *error)
+UniqueDescriptor openFileContents(const FileContents &file, NSError *error, const std::stop_token &cancellation)
 {
     int errnoValue = 0;
-    UniqueDescriptor descriptor = openWithoutBlocking(file.ref, &errnoValue);
+    UniqueDescriptor descriptor = openWithoutBlocking(file.ref, cancellation, &errnoValue);
     if (!descriptor) {
         *error = openingError(file, errnoValue);
         return {};

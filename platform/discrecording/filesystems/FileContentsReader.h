@@ -3,12 +3,16 @@
 #include "platform/discrecording/filesystems/BlockImage.h"
 #include "platform/foundation/UniqueDescriptor.h"
 
+#include <stop_token>
+
 namespace Tessaron
 {
 
 /// Opens a planned file for reading. `*error` says what happened, naming the file, when it cannot be opened or is no
-/// longer the planned one.
-[[nodiscard]] UniqueDescriptor openFileContents(const FileContents &file, NSError *error);
+/// longer the planned one. A file that another program keeps busy is waited for, as long as `cancellation` is not
+/// requested.
+[[nodiscard]] UniqueDescriptor openFileContents(const FileContents &file, NSError *error,
+                                                const std::stop_token &cancellation = {});
 
 /// Reads `length` bytes at `offset` of an open planned file into `buffer`; an error naming the file when it fails or
 /// ends early.

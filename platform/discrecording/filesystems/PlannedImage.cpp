@@ -28,12 +28,13 @@ UniqueDescriptor openIn(int folder, const FSRef &ref)
 }
 
 /// Reads a part of a file and makes sure that the file is the planned one.
-NSError readChecked(const FileContents &file, SourceFolder &folder, std::uint64_t offset, std::span<std::uint8_t> out)
+NSError readChecked(const FileContents &file, SourceFolder &folder, std::uint64_t offset, std::span<std::uint8_t> out,
+                    const std::stop_token &cancellation)
 {
     UniqueDescriptor descriptor = openIn(folder.descriptorFor(file.ref), file.ref);
     if (!descriptor) {
         NSError error;
-        descriptor = openFileContents(file, &error);
+        descriptor = openFileContents(file, &error, cancellation);
         if (!descriptor)
             return error;
     }
@@ -110,7 +111,8 @@ ImagePiece PlannedImage::pieceAt(std::uint32_t at, std::uint32_t wanted) const
     return piece;
 }
 
-NSError PlannedImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out) const
+NSError PlannedImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
+                                const std::stop_token &cancellation) const
 {
     const std::uint64_t endBlock = at + out.size() / logicalBlockSize;
     SourceFolder folder;
@@ -132,7 +134,8 @@ NSError PlannedImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out) c
         if (from >= to)
             continue; // its last block's padding alone
         clearUpTo(from - pieceStart);
-        if (const NSError error = fillFile(file, from - fileStart, out.subspan(from - pieceStart, to - from), folder))
+        const std::span<std::uint8_t> contents = out.subspan(from - pieceStart, to - from);
+        if (const NSError error = fillFile(file, from - fileStart, contents, folder, cancellation))
             return error;
         cleared = to - pieceStart;
     }
@@ -158,15 +161,15 @@ NSError PlannedImage::fillRegions(std::uint64_t at, std::span<std::uint8_t> out)
     return {};
 }
 
-NSError PlannedImage::fillFile(NodeIndex file, std::uint64_t offset, std::span<std::uint8_t> out,
-                               SourceFolder &folder) const
+NSError PlannedImage::fillFile(NodeIndex file, std::uint64_t offset, std::span<std::uint8_t> out, SourceFolder &folder,
+                               const std::stop_token &cancellation) const
 {
     if (m_tree->nodes[file].has(ContentNode::HasContentsInMemory)) {
         const QByteArray contents = m_tree->memoryContents(file);
         std::copy_n(contents.constData() + offset, out.size(), out.begin());
         return {};
     }
-    return readChecked(m_tree->fileContents(file), folder, offset, out);
+    return readChecked(m_tree->fileContents(file), folder, offset, out, cancellation);
 }
 
 FileContents PlannedImage::fileContents(std::uint32_t fileIndex) const

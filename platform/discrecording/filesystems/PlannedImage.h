@@ -25,7 +25,8 @@ public:
 
     [[nodiscard]] std::uint32_t blockCount() const override;
     [[nodiscard]] ImagePiece pieceAt(std::uint32_t at, std::uint32_t wanted) const override;
-    [[nodiscard]] NSError fillPiece(std::uint32_t at, std::span<std::uint8_t> out) const override;
+    [[nodiscard]] NSError fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
+                                    const std::stop_token &cancellation) const override;
     [[nodiscard]] FileContents fileContents(std::uint32_t fileIndex) const override;
 
 private:
@@ -38,7 +39,7 @@ private:
     [[nodiscard]] NSError fillRegions(std::uint64_t at, std::span<std::uint8_t> out) const;
     /// Puts the bytes of one file from `offset` on there.
     [[nodiscard]] NSError fillFile(NodeIndex file, std::uint64_t offset, std::span<std::uint8_t> out,
-                                   SourceFolder &folder) const;
+                                   SourceFolder &folder, const std::stop_token &cancellation) const;
 
     const std::shared_ptr<const ContentTree> m_tree;
     const std::vector<std::unique_ptr<FilesystemWriter>> m_writers;

@@ -89,7 +89,8 @@ ImagePiece FakeBlockImage::pieceAt(std::uint32_t at, std::uint32_t wanted) const
     return {count, true, run};
 }
 
-NSError FakeBlockImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out) const
+NSError FakeBlockImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
+                                  const std::stop_token & /*cancellation*/) const
 {
     const auto count = std::uint32_t(out.size() / logicalBlockSize);
     const auto holds = [=](const std::optional<std::uint32_t> &block) {

@@ -46,7 +46,8 @@ public:
 
     [[nodiscard]] std::uint32_t blockCount() const override { return m_blockCount; }
     [[nodiscard]] ImagePiece pieceAt(std::uint32_t at, std::uint32_t wanted) const override;
-    [[nodiscard]] NSError fillPiece(std::uint32_t at, std::span<std::uint8_t> out) const override;
+    [[nodiscard]] NSError fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
+                                    const std::stop_token &cancellation) const override;
     [[nodiscard]] FileContents fileContents(std::uint32_t fileIndex) const override { return m_files[fileIndex]; }
 
     std::optional<std::uint32_t> failingBlock; ///< the piece with it cannot be read

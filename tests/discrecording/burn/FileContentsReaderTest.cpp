@@ -64,7 +64,7 @@ TEST(FileContentsReader, read_givesTheBytes_fromTheOffset)
 
 TEST(FileContentsReader, open_namesTheFile_whenItHasVanished)
 {
-    const NSError error = errorAfter([](const auto &tree) { ::unlink(tree.path("file").constData()); });
+    const NSError error = errorAfter([](const auto &tree) { tree.remove("file"); });
     EXPECT_EQ(error.code(), fnfErr);
     EXPECT_TRUE(error.localizedDescription().contains(QStringLiteral("vanished")));
 }
@@ -92,7 +92,7 @@ TEST(FileContentsReader, open_fails_whenTheFileWasReplaced)
 TEST(FileContentsReader, open_doesNotHang_whenTheFileBecameAFifo)
 {
     const NSError error = errorAfter([](const auto &tree) {
-        ::unlink(tree.path("file").constData());
+        tree.remove("file");
         tree.makeFifo("file");
     });
     EXPECT_FALSE(error.localizedDescription().isEmpty());
@@ -116,7 +116,7 @@ TEST(FileContentsReader, open_givesThePathAsBytes_forANameThatIsNoUtf8)
 {
     const TemporaryTree tree;
     const FileContents file = fileContentsOf(tree.makeFile("n\xff", "x"));
-    ::unlink(tree.path("n\xff").constData());
+    tree.remove("n\xff");
     NSError error;
     EXPECT_FALSE(openFileContents(file, &error).isValid());
     EXPECT_EQ(error.filePath(), tree.pathText("n\xff"));

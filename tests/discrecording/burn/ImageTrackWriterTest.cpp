@@ -152,7 +152,7 @@ TEST(ImageTrackWriter, write_failsWithTheFilesName_whenItChangesBeforeTheCopy)
 TEST(ImageTrackWriter, write_failsWithTheFilesName_whenItVanishesBeforeItIsOpened)
 {
     ImageWithBigFile given;
-    ::unlink(given.tree.path("big").constData());
+    given.tree.remove("big");
     FileConsumer toFile(given.tree.path("image"));
     const NSError error = write(given.image, toFile);
     EXPECT_EQ(error.code(), fnfErr);

@@ -29,7 +29,7 @@ NSError errorOfProducing(const BlockImage &image)
     for (std::uint32_t at = 0; at < image.blockCount();) {
         const ImagePiece piece = image.pieceAt(at, 64);
         buffer.resize(std::size_t{piece.blockCount} * logicalBlockSize);
-        if (const NSError error = image.fillPiece(at, buffer))
+        if (const NSError error = image.fillPiece(at, buffer, {}))
             return error;
         at += piece.blockCount;
     }
@@ -123,7 +123,7 @@ TEST(DiscImagePieces, fillPiece_namesTheFile_thatIsNoLongerAsPlanned)
         {"shrunk", [](const TemporaryTree &tree) { ::truncate(tree.path("f/victim").constData(), 10); }, eofErr},
         {"grown", [](const TemporaryTree &tree) { ::truncate(tree.path("f/victim").constData(), 9'000); }, fBsyErr},
         {"changed", [](const TemporaryTree &tree) { tree.setModificationTime("f/victim", 77); }, fBsyErr},
-        {"vanished", [](const TemporaryTree &tree) { ::unlink(tree.path("f/victim").constData()); }, fnfErr},
+        {"vanished", [](const TemporaryTree &tree) { tree.remove("f/victim"); }, fnfErr},
     };
     for (const Row &row : rows) {
         const TemporaryTree tree;

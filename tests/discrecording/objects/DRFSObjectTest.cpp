@@ -127,7 +127,7 @@ TEST(DRFile, DRFileCreateReal_doesNotLookAtTheDisk)
     tree.makeFile("gone");
     FSRef ref;
     ASSERT_EQ(FSPathMakeRef(tree.path("gone"), &ref, nullptr), noErr);
-    ASSERT_EQ(::unlink(tree.path("gone").constData()), 0);
+    tree.remove("gone");
     EXPECT_TRUE(DRFileCreateReal(&ref));
     const FSRef nothing;
     EXPECT_FALSE(DRFileCreateReal(&nothing));

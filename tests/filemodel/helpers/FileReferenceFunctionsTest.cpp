@@ -29,7 +29,7 @@ TEST_F(FileReferenceFunctions, FSRefValid_isTrue_whileTheFileExists)
     tree.makeFile("file");
     const FSRef file = ref("file");
     EXPECT_TRUE(FSRefValid(&file));
-    ::unlink(tree.path("file").constData());
+    tree.remove("file");
     EXPECT_FALSE(FSRefValid(&file));
     EXPECT_FALSE(FSRefValid(nullptr));
     const FSRef zero;
@@ -64,7 +64,7 @@ TEST_F(FileReferenceFunctions, FSGetFinderInfo_writesNothing_onFailure)
 {
     tree.makeFile("file");
     const FSRef gone = ref("file");
-    ::unlink(tree.path("file").constData());
+    tree.remove("file");
     FileInfo info;
     info.bytes.fill(7);
     bool isDirectory = true;
@@ -104,7 +104,7 @@ TEST_F(FileReferenceFunctions, FSGetTotalForkSizes_zeroesTheOutputs_whenTheFileI
 {
     tree.makeFile("file", "data");
     const FSRef gone = ref("file");
-    ::unlink(tree.path("file").constData());
+    tree.remove("file");
     std::uint64_t logical = 1;
     std::uint64_t physical = 1;
     std::uint64_t forks = 1;
@@ -138,7 +138,7 @@ TEST_F(FileReferenceFunctions, AliasDataFromFSRef_isNull_whenTheFileIsGone)
 {
     tree.makeFile("file");
     const FSRef gone = ref("file");
-    ::unlink(tree.path("file").constData());
+    tree.remove("file");
     EXPECT_TRUE(AliasDataFromFSRef(&gone).isNull());
     EXPECT_TRUE(AliasDataFromFSRef(nullptr).isNull());
 }

@@ -98,7 +98,7 @@ TEST_F(PathHelpers, stringByResolvingFinderAlias_followsChains_andKeepsThePathOf
     ASSERT_EQ(writeAliasFile(tree.path("inner"), fsRef(tree.pathText("target"))), noErr);
     ASSERT_EQ(writeAliasFile(tree.path("outer"), fsRef(tree.pathText("inner"))), noErr);
     ASSERT_EQ(writeAliasFile(tree.path("broken"), fsRef(tree.pathText("doomed"))), noErr);
-    ::unlink(tree.path("doomed").constData());
+    tree.remove("doomed");
     EXPECT_EQ(stringByResolvingFinderAlias(tree.pathText("outer")), tree.pathText("target"));
     EXPECT_EQ(stringByResolvingFinderAlias(tree.pathText("broken")), tree.pathText("broken"));
     EXPECT_TRUE(isFinderAliasAtPath(tree.pathText("outer")));

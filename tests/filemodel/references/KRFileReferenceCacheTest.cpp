@@ -80,7 +80,7 @@ TEST_F(KRFileReferenceCache, resetAllGettableAttributes_dropsTexts_andKeepsFlags
     EXPECT_EQ(reference->extension(), QStringLiteral("html"));
     EXPECT_EQ(reference->path(), tree.pathText("new.html"));
     reference->resetAllGettableAttributes();
-    ::unlink(tree.path("new.html").constData());
+    tree.remove("new.html");
     EXPECT_EQ(reference->dataPhysicalSize(), size);
     EXPECT_FALSE(reference->isContainer());
     EXPECT_EQ(reference->largeIcon(), large);
@@ -92,7 +92,7 @@ TEST_F(KRFileReferenceCache, resetAllAttributes_dropsEverything)
     (void)reference->displayName();
     EXPECT_GT(reference->dataPhysicalSize(), 0u);
     EXPECT_FALSE(reference->largeIcon().isNull());
-    ::unlink(tree.path("old.txt").constData());
+    tree.remove("old.txt");
     reference->resetAllAttributes();
     EXPECT_EQ(reference->dataPhysicalSize(), 0u);
     EXPECT_TRUE(reference->displayName().isNull());
@@ -159,7 +159,7 @@ TEST_F(KRFileReferenceCache, fileReferenceWithPath_knowsWhetherItIsAFolder_witho
     EXPECT_FALSE(made->isContainer());
     tree.makeFolder("folder");
     const auto folder = KRFileReference::fileReferenceWithPath(tree.pathText("folder"));
-    ::rmdir(tree.path("folder").constData());
+    tree.remove("folder");
     // A question to the system would fail now.
     EXPECT_TRUE(folder->isContainer());
     EXPECT_EQ(folder->physicalSize(), 0u);
@@ -175,7 +175,7 @@ TEST_F(KRFileReferenceCache, texts_areDroppedAfterFiveSeconds_andTheLargeIconIsN
     const auto passed = std::chrono::steady_clock::now() - start;
     EXPECT_GT(passed, 4500ms);
     EXPECT_LT(passed, 15s);
-    ::unlink(tree.path("new.html").constData());
+    tree.remove("new.html");
     EXPECT_EQ(reference->largeIcon(), large);
 }
 

@@ -134,7 +134,7 @@ TEST_F(KRFileReferenceTest, aFileThatIsGone_hasNothing)
 {
     tree.makeFile("file.txt", "x");
     const std::shared_ptr<KRFileReference> gone = KRFileReference::initWithFSRef(fsRef(tree.pathText("file.txt")));
-    ::unlink(tree.path("file.txt").constData());
+    tree.remove("file.txt");
     EXPECT_TRUE(gone->displayName().isNull());
     EXPECT_TRUE(gone->name().isNull());
     EXPECT_TRUE(gone->extension().isNull());
@@ -154,7 +154,7 @@ TEST_F(KRFileReferenceTest, aFailedSizeQuery_countsAsKnown)
 {
     tree.makeFile("file", "x");
     const std::shared_ptr<KRFileReference> file = reference("file");
-    ::unlink(tree.path("file").constData());
+    tree.remove("file");
     EXPECT_EQ(file->dataPhysicalSize(), 0u);
     tree.makeFile("file", QByteArray(9000, 'x'));
     EXPECT_EQ(file->dataPhysicalSize(), 0u);

@@ -277,8 +277,8 @@ TEST_F(KRDirectoryScannerTest, references_knowKindAndSizes_withoutAnotherLookAtT
     const bool hasFork = ::setxattr(tree.path("top/file").constData(), resourceForkAttribute, "fork", 4, 0) == 0;
     const std::uint64_t expected = KRFileReference::fileReferenceWithPath(tree.pathText("top/file"))->physicalSize();
     const std::shared_ptr<KRFileHierarchyItem> item = scan(scannerFor("top"));
-    ::unlink(tree.path("top/file").constData());
-    ::rmdir(tree.path("top/folder").constData());
+    tree.remove("top/file");
+    tree.remove("top/folder");
     ASSERT_EQ(item->numberOfItems(), 2u);
     for (const std::shared_ptr<KRFileHierarchyItem> &child : item->items()) {
         const bool isFolder = nameOf(*child) == "folder";
@@ -329,7 +329,7 @@ TEST_F(KRDirectoryScannerTest, aRootThatIsNoFolder_givesAnEmptyRoot)
     tree.makeFolder("gone");
     EXPECT_EQ(scan(scannerFor("file"))->numberOfItems(), 0u);
     const std::shared_ptr<KRDirectoryScanner> scanner = scannerFor("gone");
-    ::rmdir(tree.path("gone").constData());
+    tree.remove("gone");
     EXPECT_EQ(scan(scanner)->numberOfItems(), 0u);
     EXPECT_EQ(events, (Names{"finished", "finished"}));
 }

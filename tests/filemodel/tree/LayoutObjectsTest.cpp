@@ -172,8 +172,8 @@ TEST(LayoutObjects, vanishedFiles_stayInTheLayout_underTheirLastName)
     const QByteArray folderPath = tree.makeFolder("folder");
     root->addItem(itemAt(QString::fromUtf8(filePath)));
     root->addItem(itemAt(QString::fromUtf8(folderPath)));
-    ASSERT_EQ(::unlink(filePath.constData()), 0);
-    ASSERT_EQ(::rmdir(folderPath.constData()), 0);
+    tree.remove("file");
+    tree.remove("folder");
     LayoutRecorder recorder;
     const auto folder = recorder.run(*root);
     ASSERT_TRUE(folder);

@@ -94,7 +94,7 @@ TEST_F(KRTrackWriterTest, writing_leavesNothingOfALongerFile)
 TEST_F(KRTrackWriterTest, start_failsWithThePath_whenTheFileDoesNotExist)
 {
     const auto writer = makeWriter(2);
-    ::unlink(tree.path("image").constData());
+    tree.remove("image");
     const NSError error = writer->writeTrackAndNotifyDelegate(delegate.callbacks());
     EXPECT_EQ(error, NSError(NSOSStatusErrorDomain, -20, {{NSFilePathErrorKey, tree.pathText("image")}}));
     writer->cancelTrackWriting();
@@ -209,7 +209,7 @@ TEST_F(KRTrackWriterTest, destruction_cancelsAndRemovesTheFile)
 TEST_F(KRTrackWriterTest, writing_failsWithASentence_whenTheDeviceIsFull)
 {
     const auto writer = makeWriter(100);
-    ::unlink(tree.path("image").constData());
+    tree.remove("image");
     tree.makeSymbolicLink("image", "/dev/full");
     start(*writer);
     delegate.waitForEnd();

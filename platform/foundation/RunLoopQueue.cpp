@@ -1,0 +1,79 @@
+#include "platform/foundation/RunLoopQueue.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QThread>
+
+#include <utility>
+
+namespace Tessaron
+{
+
+/// Wakes on the queue's thread: each event that it gets stands for one function in the queue.
+class RunLoopQueue::Receiver final : public QObject
+{
+public:
+    explicit Receiver(RunLoopQueue &queue)
+        : m_queue(queue)
+    {
+    }
+    bool event(QEvent *event) override
+    {
+        if (event->type() != QEvent::User)
+            return QObject::event(event);
+        m_queue.performNext();
+        return true;
+    }
+
+private:
+    RunLoopQueue &m_queue;
+};
+
+RunLoopQueue::RunLoopQueue()
+    : m_receiver(std::make_unique<Receiver>(*this))
+{
+}
+
+RunLoopQueue::RunLoopQueue(QThread *thread)
+    : RunLoopQueue()
+{
+    m_receiver->moveToThread(thread);
+}
+
+RunLoopQueue::~RunLoopQueue()
+{
+    close();
+}
+
+void RunLoopQueue::perform(std::function<void()> function)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_receiver)
+        return;
+    m_functions.push_back(std::move(function));
+    QCoreApplication::postEvent(m_receiver.get(), new QEvent(QEvent::User));
+}
+
+void RunLoopQueue::close()
+{
+    std::unique_ptr<Receiver> receiver;
+    std::deque<std::function<void()>> dropped; // ends outside the lock: the functions may hold anything
+    const std::lock_guard lock(m_mutex);
+    receiver = std::move(m_receiver);
+    dropped.swap(m_functions);
+}
+
+void RunLoopQueue::performNext()
+{
+    std::function<void()> next;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_functions.empty())
+            return;
+        next = std::move(m_functions.front());
+        m_functions.pop_front();
+    }
+    next();
+}
+
+} // namespace Tessaron
