@@ -172,6 +172,28 @@ TEST(HfsPlusContents, maskedItems_areMissing_andTheirBlocksBelongToNobodyHere)
     EXPECT_GE(image.reader.extents()->records().size(), 3u) << "twenty gaps and the other filesystems";
 }
 
+TEST(HfsPlusContents, volume_isOmitted_whenMasksLeaveNothingForIt)
+{
+    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("masks"));
+    const auto folder = DRFolder::virtualFolderWithName(QStringLiteral("folder"));
+    folder->setExplicitFilesystemMask(DRFilesystemInclusionMaskUDF);
+    folder->addChild(DRFile::virtualFileWithName(QStringLiteral("inherits"), "1"));
+    root->addChild(folder);
+    const auto file = DRFile::virtualFileWithName(QStringLiteral("file"), "2");
+    file->setExplicitFilesystemMask(DRFilesystemInclusionMaskISO9660);
+    root->addChild(file);
+    const WrittenImage without(root, optionsFor(15));
+    EXPECT_EQ(without.bytes(0, 32768), QByteArray(32768, '\0')) << "no partition map, wrapper or volume header";
+    for (const DRStorageReportItem::Kind kind :
+         {DRStorageReportItem::Kind::Refused, DRStorageReportItem::Kind::Renamed})
+        EXPECT_TRUE(without.items(DRDiscTree::HFSPlus, kind).empty());
+
+    root->addChild(DRFile::virtualFileWithName(QStringLiteral("unmasked"), "3"));
+    const ReadHfsImage with(root, optionsFor(15));
+    EXPECT_EQ(with.contents("/unmasked"), "3");
+    EXPECT_EQ(with.reader.fileCount(), 1u);
+}
+
 TEST(HfsPlusContents, sameTree_givesTheSameBytes_withAGivenTime)
 {
     const auto makeTree = [](TemporaryTree &tree) {

@@ -49,6 +49,24 @@ TEST(HfsPlusLimits, folderOf20000Entries_isInOrder)
     EXPECT_GE(image.reader.catalog()->depth(), 3u);
 }
 
+TEST(HfsPlusLimits, moreThan300000Files_areAllInTheCatalog)
+{
+    constexpr int folders = 31;
+    constexpr int filesEach = 10'000;
+    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("very many"));
+    for (int number = 0; number < folders; ++number) {
+        const auto folder = DRFolder::virtualFolderWithName(QString::number(number));
+        for (int file = 0; file < filesEach; ++file)
+            folder->addChild(DRFile::virtualFileWithName(QStringLiteral("file %1").arg(file), {}));
+        root->addChild(folder);
+    }
+    const ReadHfsImage image(root);
+    EXPECT_EQ(image.reader.fileCount(), 310'000u);
+    EXPECT_EQ(image.reader.folderCount(), 31u);
+    EXPECT_EQ(image.reader.catalog()->records().size(), 2u * (310'000 + 31 + 1));
+    EXPECT_GE(image.reader.catalog()->depth(), 3u);
+}
+
 TEST(HfsPlusLimits, deepFolders_areKept)
 {
     const auto root = DRFolder::virtualFolderWithName(QStringLiteral("deep"));

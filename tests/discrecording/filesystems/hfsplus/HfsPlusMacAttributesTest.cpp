@@ -1,9 +1,6 @@
 #include "platform/discrecording/DRFile.h"
 #include "tests/discrecording/filesystems/hfsplus/ReadHfsImage.h"
 
-#include <sys/xattr.h>
-#include <unistd.h>
-
 namespace Tessaron::Testing
 {
 
@@ -12,14 +9,6 @@ namespace
 
 const QByteArray finderInfoName = "user.com.apple.FinderInfo";
 const QByteArray resourceForkName = "user.com.apple.ResourceFork";
-
-bool keepsAttributes(const TemporaryTree &tree)
-{
-    tree.makeFile("probe");
-    const bool keeps = ::setxattr(tree.path("probe").constData(), "user.probe", "x", 1, 0) == 0;
-    tree.remove("probe");
-    return keeps;
-}
 
 QByteArray info(const QByteArray &typeAndCreator, unsigned int flags)
 {
@@ -108,7 +97,7 @@ TEST(HfsPlusMacAttributes, resourceForkThatChanges_endsTheImage_andIsNamed)
     for (std::uint32_t at = 0; at < plan.image->blockCount() && !error;) {
         const ImagePiece piece = plan.image->pieceAt(at, 64);
         std::vector<std::uint8_t> bytes(std::size_t{piece.blockCount} * 2048);
-        error = plan.image->fillPiece(at, bytes);
+        error = plan.image->fillPiece(at, bytes, {});
         at += piece.blockCount;
     }
     EXPECT_EQ(error.code(), fBsyErr);

@@ -92,6 +92,29 @@ TEST_P(HfsPlusReaders, hfsplusTools_readTheWholeDevice)
     (void)run(QStringLiteral("hpumount"));
 }
 
+TEST_P(HfsPlusReaders, hpfsck_findsHeadersAndExtentsSound)
+{
+    if (!hasProgram(QStringLiteral("hpfsck")))
+        GTEST_SKIP() << "hpfsck is not installed";
+    const TemporaryTree tree;
+    makeTree(tree);
+    const WrittenImage image(realFolder(tree), optionsFor(GetParam()));
+    const ProgramResult result = runProgram(QStringLiteral("hpfsck"), {QStringLiteral("-v"), image.path()});
+    // It stops at any catalog, whoever wrote it (docs/hfsplus.md), but not before.
+    QByteArray unwrapped = result.output;
+    unwrapped.replace('\t', "");
+    const auto isDone = [&](const QByteArray &step) {
+        const qsizetype start = unwrapped.indexOf("*** Checking " + step);
+        const qsizetype next = unwrapped.indexOf("*** Checking", start + 1);
+        return start >= 0 && unwrapped.mid(start, next - start).contains("Done ***");
+    };
+    EXPECT_TRUE(isDone("Volume Header:")) << result.output.toStdString();
+    EXPECT_TRUE(isDone("Backup Volume Header:")) << result.output.toStdString();
+    EXPECT_TRUE(isDone("Extents Btree:")) << result.output.toStdString();
+    EXPECT_FALSE(result.output.contains("Invalid")) << result.output.toStdString();
+    EXPECT_FALSE(result.output.contains("nexpected")) << result.output.toStdString();
+}
+
 TEST_P(HfsPlusReaders, blkid_recognisesTheVolumeOrABridge)
 {
     if (!hasProgram(QStringLiteral("blkid")))

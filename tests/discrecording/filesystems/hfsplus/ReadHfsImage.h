@@ -6,6 +6,7 @@
 #include "tests/support/TemporaryTree.h"
 
 #include <gtest/gtest.h>
+#include <sys/xattr.h>
 
 namespace Tessaron::Testing
 {
@@ -24,6 +25,15 @@ inline PlanOptions optionsFor(DRFilesystemMask filesystems)
 inline std::shared_ptr<DRFolder> realFolder(const TemporaryTree &tree, const QByteArray &relative = {})
 {
     return DRFolder::folderWithPath(tree.pathText(relative));
+}
+
+/// True when files of the tree can have Finder information and resource forks.
+inline bool keepsAttributes(const TemporaryTree &tree)
+{
+    tree.makeFile("probe");
+    const bool keeps = ::setxattr(tree.path("probe").constData(), "user.probe", "x", 1, 0) == 0;
+    tree.remove("probe");
+    return keeps;
 }
 
 /// An image of a root with what the reader made of its HFS+ volume; every problem fails the test.
