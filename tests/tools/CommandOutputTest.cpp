@@ -93,8 +93,11 @@ TEST_F(CommandOutput, imageJson_listsWhatJolietChanges)
     EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
     const QJsonObject object = jsonOf(result.output);
     Names renamed;
+    Names trees;
     for (const QJsonValue item : object[QStringLiteral("renamed")].toArray()) {
-        EXPECT_EQ(item[QStringLiteral("filesystem")].toString(), QStringLiteral("joliet"));
+        trees.insert(item[QStringLiteral("filesystem")].toString().toStdString());
+        if (item[QStringLiteral("filesystem")].toString() != QStringLiteral("joliet"))
+            continue;
         EXPECT_FALSE(item[QStringLiteral("lost")].toBool());
         EXPECT_FALSE(item[QStringLiteral("name")].toString().isEmpty());
         renamed.insert(item[QStringLiteral("path")].toString().toStdString());
@@ -103,6 +106,7 @@ TEST_F(CommandOutput, imageJson_listsWhatJolietChanges)
         }
     }
     EXPECT_EQ(renamed, Names({"/question?.txt", "/bad\ufffd.txt"}));
+    EXPECT_EQ(trees, Names({"joliet", "udf", "hfs+"})); // the bytes that are not UTF-8
     Names refused;
     for (const QJsonValue item : object[QStringLiteral("refused")].toArray()) {
         EXPECT_FALSE(item[QStringLiteral("lost")].toBool());
