@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <system_error>
 #include <thread>
 
 namespace Tessaron
@@ -25,6 +26,7 @@ public:
 
 private:
     std::unique_ptr<FolderReader> m_reader;
+    bool m_hasNoThread = false; ///< the system had none to give; not asked again
 };
 
 /// A listing that starts with what was read ahead and, when the folder is long, is read on while it is used.
@@ -115,6 +117,10 @@ std::unique_ptr<DirectoryListing> FileSystemLister::open(const FSRef &folder, Di
         const auto *const above = static_cast<const FileSystemListing *>(parent);
         OSStatus status = noErr;
         opened.iterator = FSOpenIteratorBelow(folder, above ? above->iterator() : nullptr, &status);
+        if (!opened.iterator && status == tmfoErr && m_reader) {
+            m_reader->dropRead();
+            opened.iterator = FSOpenIteratorBelow(folder, above ? above->iterator() : nullptr, &status);
+        }
     }
     return opened.iterator ? std::make_unique<FileSystemListing>(*this, std::move(opened)) : nullptr;
 }
@@ -129,8 +135,13 @@ FolderReader *FileSystemLister::reader()
 {
     // On one processor a second thread would only stand in the way.
     static const bool hasSecondProcessor = std::thread::hardware_concurrency() > 1;
-    if (!m_reader && hasSecondProcessor)
+    if (m_reader || !hasSecondProcessor || m_hasNoThread)
+        return m_reader.get();
+    try {
         m_reader = std::make_unique<FolderReader>();
+    } catch (const std::system_error &) {
+        m_hasNoThread = true;
+    }
     return m_reader.get();
 }
 

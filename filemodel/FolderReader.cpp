@@ -1,5 +1,7 @@
 #include "filemodel/FolderReader.h"
 
+#include "platform/coreservices/FSIterator.h"
+
 #include <atomic>
 
 namespace Tessaron
@@ -25,6 +27,7 @@ struct FolderReader::Job {
     FSRef ref;
     std::atomic<bool> isAbandoned = false; ///< ends the reading after the bulk call that it is in
     std::size_t mostBatches = mostBatchesAhead;
+    bool isShortOfDescriptors = false; ///< the system had none for the folder; the scan is to try again
     State state = State::Pending; ///< guarded by the reader's mutex; the folder is the thread's own while it reads
     Folder folder;
 };
@@ -34,6 +37,7 @@ void FolderReader::Job::read()
     OSStatus status = noErr;
     if (!folder.iterator)
         folder.iterator = FSOpenIterator(ref, &status);
+    isShortOfDescriptors = !folder.iterator && status == tmfoErr;
     while (folder.iterator && status == noErr && folder.batches.size() < mostBatches && !isAbandoned) {
         Batch &batch = folder.batches.emplace_back();
         batch.entries.resize(batchSize);
@@ -42,6 +46,8 @@ void FolderReader::Job::read()
         batch.entries.resize(actual);
         batch.status = status;
     }
+    if (folder.iterator && status == errFSNoMoreItems)
+        folder.iterator->releaseDescriptor();
 }
 
 FolderReader::FolderReader()
@@ -65,12 +71,13 @@ void FolderReader::readAhead(const std::vector<FSRef> &folders)
 {
     {
         const std::lock_guard lock(m_mutex);
+        forgetWhatIsTaken();
         for (const FSRef &ref : folders) {
             // A file system that lists one name twice gets it read once.
             const auto [entry, isNew] = m_jobs.try_emplace(ref.node);
             if (!isNew)
                 continue;
-            entry->second = std::make_shared<Job>();
+            entry->second = std::shared_ptr<Job>(new Job); // apart from its count, which pointers in m_pending keep
             entry->second->ref = ref;
             m_pending.push_back(entry->second);
         }
@@ -136,10 +143,25 @@ bool FolderReader::take(const FSRef &ref, Folder *folder)
     --m_readCount;
     m_hasWork.notify_one();
     // Another folder of the name may have come between the two looks.
-    if (job->ref != ref)
+    if (job->ref != ref || job->isShortOfDescriptors)
         return false;
     *folder = std::move(job->folder);
     return true;
+}
+
+void FolderReader::dropRead()
+{
+    const std::lock_guard lock(m_mutex);
+    m_readCount -= std::erase_if(m_jobs, [](const auto &each) { return each.second->state == Job::State::Read; });
+    m_hasWork.notify_one();
+}
+
+/// While the reader has read enough, nothing else takes the withdrawn ones out.
+void FolderReader::forgetWhatIsTaken()
+{
+    constexpr std::size_t fewPending = 64;
+    if (m_pending.size() > 2 * m_jobs.size() + fewPending)
+        std::erase_if(m_pending, [](const auto &each) { return each.expired(); });
 }
 
 void FolderReader::run()

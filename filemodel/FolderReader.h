@@ -36,6 +36,7 @@ public:
         std::vector<Batch> batches;
     };
 
+    /// std::system_error when the system has no thread to give.
     FolderReader();
     /// Ends the thread once the bulk call that it is in returns.
     ~FolderReader();
@@ -59,8 +60,13 @@ public:
     /// to open it. Either way the reader forgets it.
     [[nodiscard]] bool take(const FSRef &ref, Folder *folder);
 
+    /// Gives back what was read ahead and not taken, to have its descriptors closed; the scan opens those folders
+    /// itself.
+    void dropRead();
+
 private:
     void run();
+    void forgetWhatIsTaken();
     [[nodiscard]] std::shared_ptr<Job> nextJob();
 
     std::mutex m_mutex; ///< guards the members below

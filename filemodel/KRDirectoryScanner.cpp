@@ -84,7 +84,12 @@ bool KRDirectoryScanner::startDirectoryScan()
         m_scanThread = std::make_unique<NSThread>([this] { _openPoolAndStartScan(); });
     // The last run gave the lock back, but may still be scheduling its report.
     m_scanThread->waitUntilFinished();
-    m_scanThread->start();
+    try {
+        m_scanThread->start();
+    } catch (const std::system_error &) {
+        m_lock.giveBack();
+        return false;
+    }
     return true;
 }
 

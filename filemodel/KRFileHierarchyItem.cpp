@@ -17,13 +17,30 @@ bool isVisible(const KRFileHierarchyItem &item)
     return !item.fileReference() || !item.fileReference()->isInvisible();
 }
 
+/// True when the links from `node` upwards come to `item`. Links that are out of date may run in a circle: one walker
+/// goes at twice the other's pace and meets it there.
+bool linksLeadTo(const KRFileHierarchyItem &item, const KRFileHierarchyItem &node)
+{
+    auto slow = node.parent();
+    for (auto fast = slow; fast; slow = slow->parent()) {
+        for (int step = 0; step < 2 && fast; ++step) {
+            if (fast.get() == &item)
+                return true;
+            fast = fast->parent();
+        }
+        if (fast && fast == slow)
+            return false;
+    }
+    return false;
+}
+
 /// True when `item` is the node itself or one of those that really hold it; a link to a parent that has given the node
 /// up does not count.
 bool isWithin(const KRFileHierarchyItem &item, const KRFileHierarchyItem &node)
 {
     if (&item == &node)
         return true;
-    if (item.items().empty())
+    if (item.items().empty() || !linksLeadTo(item, node))
         return false;
     const KRFileHierarchyItem *child = &node;
     for (auto parent = node.parent(); parent; child = parent.get(), parent = parent->parent()) {
@@ -148,7 +165,7 @@ std::shared_ptr<KRFileHierarchyItem> KRFileHierarchyItem::childWithDesiredName(c
             discName = reference->name();
         if (discName.isNull())
             discName = reference->displayName();
-        if (discName == name)
+        if (!discName.isNull() && discName == name)
             return item;
     }
     return nullptr;

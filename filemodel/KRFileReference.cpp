@@ -1,6 +1,5 @@
 #include "filemodel/FileAttributeCache.h"
 #include "platform/coreservices/LaunchServices.h"
-#include "platform/foundation/DelayedPerform.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include <TessaronClasses/KRFileReference.h>
 
@@ -71,11 +70,7 @@ KRFileReference::KRFileReference(ConstructionKey, const FSRef &ref, _ZelFileAttr
     adopt(std::move(known));
 }
 
-KRFileReference::~KRFileReference()
-{
-    if (m_isResetScheduled)
-        cancelPreviousPerformRequests(this);
-}
+KRFileReference::~KRFileReference() = default;
 
 KRFileReference::Cache &KRFileReference::cache()
 {
@@ -216,18 +211,15 @@ void KRFileReference::resetAllAttributes()
     adopt(ZelFileAttributeNone_fct());
 }
 
+/// Starts the five seconds, unless they run already.
 void KRFileReference::scheduleReset()
 {
-    cache().filledAt = Cache::ticks();
-    if (!m_isResetScheduled) {
-        m_isResetScheduled = performAfterDelay(this, std::chrono::seconds(5), [this] {
-            m_isResetScheduled = false;
-            resetAllGettableAttributes();
-        });
-    }
+    if (cache().filledAt == 0)
+        cache().filledAt = Cache::ticks();
 }
 
-/// What the delayed reset does, on a thread without an event loop to do it.
+/// The reset when its time has come. A timer could do it only behind the back of the thread that uses the reference
+/// just then.
 void KRFileReference::dropWhatIsTooOld()
 {
     if (m_cache && m_cache->filledAt != 0 && Cache::ticks() - m_cache->filledAt >= 5 * Cache::ticksPerSecond)

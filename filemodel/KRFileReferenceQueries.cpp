@@ -28,11 +28,9 @@ QString textOf(const char *bytes)
     return bytes ? stringWithFileSystemRepresentation(bytes) : QString();
 }
 
-/// The time in UTC; invalid for the zero time, which stands for none.
+/// The time in UTC.
 QDateTime dateOf(const timespec &time)
 {
-    if (time.tv_sec == 0 && time.tv_nsec == 0)
-        return {};
     return QDateTime::fromMSecsSinceEpoch(qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000, Qt::UTC);
 }
 
@@ -124,7 +122,9 @@ QDateTime KRFileReference::creationDate() const
 {
     FSCatalogInfo info;
     const bool isThere = !m_isVirtual && FSGetCatalogInfo(&m_fileRef, kFSCatInfoDates, &info) == noErr;
-    return isThere ? dateOf(info.createDate) : QDateTime();
+    // The zero time stands for a file system that keeps no times of birth.
+    const bool hasDate = isThere && (info.createDate.tv_sec != 0 || info.createDate.tv_nsec != 0);
+    return hasDate ? dateOf(info.createDate) : QDateTime();
 }
 
 QDateTime KRFileReference::modificationDate() const

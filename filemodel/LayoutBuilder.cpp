@@ -2,8 +2,11 @@
 
 #include "filemodel/DiscName.h"
 #include "platform/coreservices/FSRefAccess.h"
+#include "platform/coreservices/FilePlaces.h"
+#include "platform/coreservices/NodeTable.h"
 #include "platform/discrecording/DRFile.h"
 #include "platform/discrecording/DRFolder.h"
+#include "platform/foundation/FileSystemRepresentation.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 #include <TessaronClasses/VirtualFolders.h>
@@ -66,6 +69,12 @@ OpenFolder openFolder(KRFileHierarchyItem &item)
         reference->isVirtual() ? DRFolderCreateVirtual(open.discName) : virtualFolderWithFileReference(reference);
     setOptions(*reference, *open.folder);
     return open;
+}
+
+QString nameOfNode(std::uint32_t node)
+{
+    const std::string_view name = NodeTable::shared().nameOf(node);
+    return stringWithFileSystemRepresentation(QByteArrayView(name.data(), static_cast<qsizetype>(name.size())));
 }
 
 /// In units of 1,048,576 bytes; whole units of 10,240 bytes only.
@@ -132,6 +141,9 @@ std::shared_ptr<DRFSObject> LayoutBuilder::makeFile(KRFileHierarchyItem &item, D
     const QString discName = discNameOrNull(reference);
     if (!discName.isNull())
         file->setBaseName(discName);
+    else if (const std::uint32_t place = FilePlaces::shared().currentNode(*reference.fileRef());
+             place != reference.fileRef()->node)
+        file->setBaseName(nameOfNode(place)); // renamed since it was added
     m_hooks.didAddFile();
     return file;
 }

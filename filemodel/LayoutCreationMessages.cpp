@@ -46,27 +46,29 @@ void LayoutCreationMessages::deliver()
     const std::shared_ptr<const void> alive = m_receiver.isAlive();
     if (!alive)
         return;
-    if (m_next == m_delivering.size()) {
-        m_delivering.clear();
-        m_next = 0;
-        const std::lock_guard lock(m_mutex);
-        m_delivering.swap(m_posted);
-    }
-    for (std::size_t count = 0; count < batchSize && m_next < m_delivering.size(); ++count)
-        m_receiver.progress(m_delivering[m_next++]);
-
     std::function<void()> end;
+    bool hasEnded = false;
     {
         const std::lock_guard lock(m_mutex);
-        if (m_next < m_delivering.size() || !m_posted.empty()) {
-            schedule();
-            return;
+        if (m_next == m_delivering.size()) {
+            m_delivering.clear();
+            m_next = 0;
+            m_delivering.swap(m_posted);
         }
-        m_isScheduled = false;
-        end = std::exchange(m_end, {});
+        hasEnded = m_delivering.empty();
+        if (hasEnded) {
+            m_isScheduled = false;
+            end = std::exchange(m_end, {});
+        } else {
+            schedule(); // before the callbacks: one of them may run an event loop that waits for the end
+        }
     }
     if (end)
         end();
+    if (hasEnded)
+        return;
+    for (std::size_t count = 0; count < batchSize && m_next < m_delivering.size(); ++count)
+        m_receiver.progress(m_delivering[m_next++]);
 }
 
 } // namespace Tessaron

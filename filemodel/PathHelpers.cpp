@@ -36,30 +36,37 @@ bool existsAt(const QByteArray &path)
     return makeAbsolutePath(path, LeafLink::NotFollowed, &absolute) == 0 && statPath(absolute, STATX_TYPE, &facts) == 0;
 }
 
-/// False when the entry is worth keeping.
+/// False when the entry is worth keeping. The size is asked from where the file lies: another computer may have filled
+/// it just now.
 bool isWorthless(int folder, const QByteArray &name)
 {
+    constexpr int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_FORCE_SYNC;
     struct statx facts;
-    if (statBelow(folder, name.constData(), STATX_TYPE | STATX_SIZE, &facts) != 0 || S_ISDIR(facts.stx_mode))
+    if (::statx(folder, name.constData(), flags, STATX_TYPE | STATX_SIZE, &facts) != 0 || S_ISDIR(facts.stx_mode))
         return false;
     return name == folderSettingsName || facts.stx_size == 0;
 }
 
-/// Lists an open folder; false when that fails.
-bool listNames(const UniqueDescriptor &folder, std::vector<QByteArray> *names)
+/// Lists an open folder as long as its entries are worthless; false when one is not, and when listing fails.
+bool listWorthless(const UniqueDescriptor &folder, std::vector<QByteArray> *names)
 {
     UniqueDescriptor own(::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const Directory directory(own ? ::fdopendir(own.get()) : nullptr);
     if (!directory)
         return false;
     (void)own.release();
-    errno = 0;
-    while (const dirent *const entry = ::readdir(directory.get())) {
+    for (;;) {
+        errno = 0; // the only way to tell the end from a failure
+        const dirent *const entry = ::readdir(directory.get());
+        if (!entry)
+            return errno == 0;
         const QByteArray name(entry->d_name);
-        if (name != "." && name != "..")
-            names->push_back(name);
+        if (name == "." || name == "..")
+            continue;
+        if (!isWorthless(folder.get(), name))
+            return false;
+        names->push_back(name);
     }
-    return errno == 0;
 }
 
 } // namespace
@@ -128,14 +135,12 @@ bool deleteDirectoryAtPathIfEmpty(const QString &path)
         return false;
     const UniqueDescriptor folder = openPath(absolute, O_RDONLY | O_DIRECTORY | O_NOFOLLOW, &error);
     std::vector<QByteArray> names;
-    if (!folder || !listNames(folder, &names))
+    if (!folder || !listWorthless(folder, &names))
         return false;
+    // Only what was looked at is removed: a file that came or grew meanwhile stays, and with it the folder.
     for (const QByteArray &name : names) {
         if (!isWorthless(folder.get(), name))
             return false;
-    }
-    // Only what was looked at is removed: a file that came meanwhile stays, and with it the folder.
-    for (const QByteArray &name : names) {
         if (::unlinkat(folder.get(), name.constData(), 0) != 0 && errno != ENOENT)
             return false;
     }

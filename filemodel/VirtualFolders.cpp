@@ -1,3 +1,4 @@
+#include "platform/coreservices/FSCatalog.h"
 #include "platform/coreservices/FSRefAccess.h"
 #include "platform/discrecording/DRFile.h"
 #include "platform/discrecording/DRFolder.h"
@@ -44,13 +45,16 @@ std::shared_ptr<DRFolder> virtualFolderWithFileReference(const std::shared_ptr<K
         return folder;
     folder->setSourceRef(ref);
 
-    FileInfo info;
-    if (FSGetFinderInfo(&ref, &info, nullptr, nullptr) == noErr) {
-        const auto flags = loadBigEndian<std::uint16_t>(info.bytes.data() + finderFlagsOffset);
+    FileInfo finderInfo;
+    if (FSGetFinderInfo(&ref, &finderInfo, nullptr, nullptr) == noErr) {
+        const auto flags = loadBigEndian<std::uint16_t>(finderInfo.bytes.data() + finderFlagsOffset);
         folder->setProperty(int(static_cast<std::int16_t>(flags)), DRMacFinderFlags, DRAllFilesystems);
     }
     FSRef icon;
-    if (FSMakeFSRefForChild(ref, QByteArrayLiteral("Icon\r"), &icon) == noErr)
+    FSCatalogInfo info;
+    if (FSMakeFSRefForChild(ref, QByteArrayLiteral("Icon\r"), &icon) == noErr
+        && FSGetCatalogInfo(&icon, kFSCatInfoNodeFlags, &info) == noErr
+        && (info.nodeFlags & kFSNodeIsDirectoryMask) == 0)
         folder->addChild(DRFileCreateReal(&icon));
     return folder;
 }

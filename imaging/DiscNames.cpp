@@ -85,7 +85,8 @@ bool occurenceOfString(const QString &text, const QString &string, const QString
 
 bool matchesRegExp(const QString &text, const QString &pattern)
 {
-    const QRegularExpression expression(QRegularExpression::anchoredPattern(pattern),
+    // "." is to match no line end, whichever there is.
+    const QRegularExpression expression(QStringLiteral("(*ANY)") + QRegularExpression::anchoredPattern(pattern),
                                         QRegularExpression::UseUnicodePropertiesOption);
     return !pattern.isNull() && expression.isValid() && expression.match(text).hasMatch();
 }

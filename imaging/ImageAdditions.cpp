@@ -61,7 +61,7 @@ bool writeCueSheet(const QByteArray &imagePath)
     const QString path = stringWithFileSystemRepresentation(imagePath);
     const QByteArray sheet = fileSystemRepresentation(standardCueSheetForFile(path));
     const QByteArray sheetPath = pathOfCueSheet(imagePath);
-    UniqueDescriptor file(::open(sheetPath.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    UniqueDescriptor file(::open(sheetPath.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666));
     if (!file)
         return false;
     const bool isWritten = writeAll(file.get(), sheet);

@@ -1,4 +1,5 @@
 #include "imaging/ImageAdditions.h"
+#include "platform/coreservices/FSRefAccess.h"
 #include "platform/discrecording/DRStorageReport.h"
 #include "platform/foundation/DelayedPerform.h"
 #include "platform/foundation/FileSystemRepresentation.h"
@@ -37,7 +38,8 @@ QByteArray pathOfRef(const FSRef &ref)
 /// Makes sure that the file exists and is empty. What fails here fails the track writer, which reports it.
 void writeEmptyFile(const QByteArray &path)
 {
-    const UniqueDescriptor file(::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    // Without waiting: in the file's place there may be a fifo by now, and nobody at its other end.
+    const UniqueDescriptor file(::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666));
 }
 
 } // namespace
@@ -62,14 +64,17 @@ void KRLayoutWriter::setDelegate(const KRLayoutWriterDelegate &delegate)
 NSError KRLayoutWriter::writeLayoutToFSRef(const FSRef &ref, const std::shared_ptr<TessaronPanel> &askLayoutToPanel,
                                            TessaronDiscImageFormat imageFormat)
 {
-    if (m_stage != Stage::Idle && m_stage != Stage::Ended)
-        return creationError();
+    const std::shared_ptr<KRLayoutWriter> self = shared_from_this(); // a panel's call may let go of the writer
+    const bool hasLostItsPanel = m_stage == Stage::CreatingLayoutAsync && m_panel.expired();
+    if (m_stage != Stage::Idle && m_stage != Stage::Ended && !hasLostItsPanel)
+        return creationError(ref);
+    m_stage = Stage::Idle;
     m_fileRef = ref;
     m_panel = askLayoutToPanel;
     m_format = imageFormat;
     m_finalReport.reset();
     if (!askLayoutToPanel)
-        return creationError();
+        return creationError(ref);
     return askLayoutToPanel->canCreateLayoutAsync() ? startAsync(*askLayoutToPanel) : startSync(*askLayoutToPanel);
 }
 
@@ -79,8 +84,9 @@ NSError KRLayoutWriter::startAsync(TessaronPanel &panel)
     m_stage = Stage::CreatingLayoutAsync;
     if (panel.createLayoutAsyncAndNotifyLayoutCreationManager(weak_from_this()))
         return {};
+    releaseTrackWriter(); // of a panel that gave a layout and refuses nevertheless
     m_stage = Stage::Idle;
-    return creationError();
+    return creationError(m_fileRef);
 }
 
 NSError KRLayoutWriter::startSync(TessaronPanel &panel)
@@ -95,16 +101,19 @@ NSError KRLayoutWriter::startSync(TessaronPanel &panel)
             writer->_writeLayout(layout);
     });
     if (!isScheduled)
-        return creationError();
+        return creationError(m_fileRef);
     m_stage = Stage::LayoutIsReady;
     return {};
 }
 
-NSError KRLayoutWriter::creationError() const
+NSError KRLayoutWriter::creationError(const FSRef &ref)
 {
     const QString text = NSBundle::mainBundle()->localizedString(QStringLiteral("disc image creation failed"));
     QVariantMap userInfo = {{NSLocalizedDescriptionKey, text}};
-    if (const QByteArray path = pathOfRef(m_fileRef); !path.isEmpty())
+    QByteArray path = pathOfRef(ref);
+    if (path.isEmpty())
+        path = lastKnownPath(ref); // the file is gone
+    if (!path.isEmpty())
         userInfo.insert(NSFilePathErrorKey, stringWithFileSystemRepresentation(path));
     return NSError(NSOSStatusErrorDomain, coreFoundationUnknownErr, userInfo);
 }
@@ -157,7 +166,7 @@ NSError KRLayoutWriter::startTrackWriter(const DRLayout &layout)
 {
     // A panel that gives neither a layout nor an error; the file keeps what it holds.
     if (isNullLayout(layout))
-        return creationError();
+        return creationError(m_fileRef);
     const QByteArray path = pathOfRef(m_fileRef);
     if (!path.isEmpty())
         writeEmptyFile(path);
@@ -195,9 +204,15 @@ void KRLayoutWriter::end()
     m_stage = Stage::Ended;
 }
 
+/// A panel that reports twice must neither end an image that is being written nor be heard after the end.
+bool KRLayoutWriter::countsPanelsEnd() const
+{
+    return m_stage != Stage::Ended && m_stage != Stage::Cancelling && !m_trackWriter;
+}
+
 void KRLayoutWriter::TessaronPanelLayoutCreationDidFailWithError(TessaronPanel &, const NSError &error)
 {
-    if (m_stage == Stage::Ended)
+    if (!countsPanelsEnd())
         return;
     m_stage = Stage::Ended;
     notifyFailure(error);
@@ -212,7 +227,7 @@ void KRLayoutWriter::TessaronPanelLayoutIsCreated(TessaronPanel &, const DRLayou
 
 void KRLayoutWriter::TessaronPanelLayoutCreationCancel(TessaronPanel &)
 {
-    if (m_stage == Stage::Ended)
+    if (!countsPanelsEnd())
         return;
     m_stage = Stage::Ended;
     notifyCancel();
@@ -220,7 +235,8 @@ void KRLayoutWriter::TessaronPanelLayoutCreationCancel(TessaronPanel &)
 
 void KRLayoutWriter::TessaronPanelLayoutCreationProgress(TessaronPanel &, float progress)
 {
-    if (progress > 0)
+    // A late report would take back what the writing has reached.
+    if (progress > 0 && (m_stage == Stage::Idle || m_stage == Stage::CreatingLayoutAsync))
         notifyProgress(progress * creationShare);
 }
 

@@ -72,7 +72,8 @@ public:
     [[nodiscard]] const KRDirectoryScannerDelegate &delegate() const { return m_delegate; }
     void setDelegate(const KRDirectoryScannerDelegate &delegate) { m_delegate = delegate; }
 
-    /// Starts a scan; false when one is running. isRunning() is true from the moment this returns true.
+    /// Starts a scan; false when one is running or the system has no thread to give. isRunning() is true from the
+    /// moment this returns true.
     bool startDirectoryScan();
     /// True until the worker has left the scan. The callback of its end comes after that.
     [[nodiscard]] bool isRunning() const;

@@ -83,8 +83,8 @@ public:
     [[nodiscard]] const Items &items() const { return m_items; }
     [[nodiscard]] std::size_t numberOfItems() const { return m_items.size(); }
 
-    /// The children for a loop that notices when the array is changed under it: taking the next child then raises
-    /// std::logic_error.
+    /// The children for a loop that notices when children are added or removed under it: taking the next child then
+    /// raises std::logic_error. The child of the current turn stays alive during its turn.
     [[nodiscard]] Walk walk() const;
 
     /// Sets the child's parent to this item and appends it. Ignored for null and for an item that is this one or
@@ -150,7 +150,7 @@ public:
         using value_type = std::shared_ptr<KRFileHierarchyItem>;
         using difference_type = std::ptrdiff_t;
         using pointer = const value_type *;
-        using reference = const value_type &;
+        using reference = value_type; ///< a copy: it outlives what the loop's body does to the array
 
         Iterator(const Items &items, std::size_t index)
             : m_items(&items)

@@ -24,9 +24,8 @@ namespace Tessaron
 /// What a getter had to ask the system for is kept: sizes and flags until a reset, names and kind for five seconds. A
 /// QString that is null stands for "none".
 ///
-/// Not thread-safe: one thread at a time uses a reference, getters included, for they fill the cache. The reset after
-/// five seconds comes from the event loop of the thread that filled the cache; where that thread runs none, the next
-/// getter does it.
+/// Not thread-safe: one thread at a time uses a reference, getters included, for they fill the cache, and drop from it
+/// what is older than five seconds.
 ///
 /// A reference that has been asked nothing costs about 180 bytes, cached names and kind some 60 more.
 class TESSARON_EXPORT KRFileReference
@@ -55,7 +54,6 @@ public:
 
     /// For the factories only.
     KRFileReference(ConstructionKey, const FSRef &ref, _ZelFileAttribute &&known, bool isVirtual);
-    /// Calls off the pending reset.
     ~KRFileReference();
     KRFileReference(const KRFileReference &) = delete;
     KRFileReference &operator=(const KRFileReference &) = delete;
@@ -163,7 +161,6 @@ private:
     char m_invisible = 2;
     char m_extensionHidden = 2;
     const bool m_isVirtual;
-    bool m_isResetScheduled = false;
 };
 
 } // namespace Tessaron

@@ -107,7 +107,8 @@ private:
 
     [[nodiscard]] NSError startAsync(TessaronPanel &panel);
     [[nodiscard]] NSError startSync(TessaronPanel &panel);
-    [[nodiscard]] NSError creationError() const;
+    [[nodiscard]] static NSError creationError(const FSRef &ref);
+    [[nodiscard]] bool countsPanelsEnd() const;
     [[nodiscard]] NSError startTrackWriter(const DRLayout &layout);
     [[nodiscard]] KRTrackWriterDelegate trackWriterDelegate();
     void releaseTrackWriter();

@@ -152,7 +152,9 @@ bool AliasSearch::findBelow(const QByteArray &top, std::uint64_t device)
         struct statx facts;
         if (!descriptor || statDescriptor(descriptor.get(), identityFields, &facts) != 0 || deviceOf(facts) != device)
             continue;
-        const std::unique_ptr<DIR, DirectoryCloser> directory(::fdopendir(descriptor.release()));
+        const std::unique_ptr<DIR, DirectoryCloser> directory(::fdopendir(descriptor.get()));
+        if (directory)
+            (void)descriptor.release();
         const dirent *entry = nullptr;
         for (; directory && (entry = ::readdir(directory.get())) && entriesLeft > 0; --entriesLeft) {
             const QByteArray name(entry->d_name);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstring>
 #include <ctime>
@@ -33,13 +34,17 @@ struct FolderListing {
     std::uint64_t inode = 0;
     statx_timestamp changed = {};
     bool mayServeAgain = false; ///< false when the folder changed so lately that its time need not show the next change
+    std::chrono::steady_clock::time_point servesAnywayUntil; ///< so that a folder in motion is not listed all the time
     std::vector<std::pair<std::uint64_t, std::uint32_t>> names; ///< inode and offset in `text`, sorted
     std::string text; ///< the names, each followed by a NUL
 
     [[nodiscard]] bool isOf(const struct statx &facts) const
     {
-        return mayServeAgain && device == deviceOf(facts) && inode == facts.stx_ino
-            && changed.tv_sec == facts.stx_mtime.tv_sec && changed.tv_nsec == facts.stx_mtime.tv_nsec;
+        if (device != deviceOf(facts) || inode != facts.stx_ino)
+            return false;
+        const bool isUnchanged =
+            mayServeAgain && changed.tv_sec == facts.stx_mtime.tv_sec && changed.tv_nsec == facts.stx_mtime.tv_nsec;
+        return isUnchanged || std::chrono::steady_clock::now() < servesAnywayUntil;
     }
 };
 
@@ -55,6 +60,7 @@ bool isOlderThanClockTicks(const statx_timestamp &time)
 FolderListing listFolder(UniqueDescriptor folder, const struct statx &facts)
 {
     FolderListing listing;
+    const auto start = std::chrono::steady_clock::now();
     const std::unique_ptr<DIR, DirectoryCloser> directory(::fdopendir(folder.get()));
     if (!directory)
         return listing;
@@ -68,6 +74,10 @@ FolderListing listFolder(UniqueDescriptor folder, const struct statx &facts)
     listing.inode = facts.stx_ino;
     listing.changed = facts.stx_mtime;
     listing.mayServeAgain = isOlderThanClockTicks(facts.stx_mtime);
+    // Listing may take a twentieth of the time, no more; a small folder is always listed anew.
+    constexpr std::size_t manyNames = 10'000;
+    const auto end = std::chrono::steady_clock::now();
+    listing.servesAnywayUntil = listing.names.size() < manyNames ? end : end + 20 * (end - start);
     return listing;
 }
 

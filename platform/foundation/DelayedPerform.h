@@ -17,8 +17,8 @@ namespace Tessaron
 TESSARON_EXPORT bool performAfterDelay(const void *target, std::chrono::milliseconds delay,
                                        std::function<void()> function);
 
-/// Forgets what the calling thread, or any other, still holds for `target`. After the call nothing scheduled for it
-/// before will start; call it in the target's destructor.
+/// Forgets what the calling thread, or any other, still holds for `target`. After the call nothing that the calling
+/// thread scheduled for it before will start; what another thread scheduled may just be about to.
 TESSARON_EXPORT void cancelPreviousPerformRequests(const void *target);
 
 } // namespace Tessaron

@@ -146,7 +146,8 @@ void NSBundle::setPreferredLanguages(const QStringList &languages)
 NSBundle::Table NSBundle::loadTable(const QString &name) const
 {
     QStringList candidates;
-    for (const QString &language : m_languages)
+    // A user whose languages are not there gets the one that the texts were written in, not their keys.
+    for (const QString &language : m_languages + QStringList{QStringLiteral("en")})
         candidates << QStringLiteral("%1/Resources/%2.lproj/%3.strings").arg(m_path, language, name);
     candidates << QStringLiteral("%1/Resources/%2.strings").arg(m_path, name);
     for (const QString &candidate : std::as_const(candidates)) {

@@ -17,8 +17,9 @@ NSFileHandle::NSFileHandle(UniqueDescriptor descriptor, const QString &path)
 
 std::shared_ptr<NSFileHandle> NSFileHandle::fileHandleForWritingAtPath(const QString &path)
 {
-    UniqueDescriptor descriptor(::open(fileSystemRepresentation(path).constData(), O_WRONLY | O_CLOEXEC));
-    if (!descriptor)
+    // Opening does not wait for the reader of a fifo; writing waits as usual.
+    UniqueDescriptor descriptor(::open(fileSystemRepresentation(path).constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!descriptor || ::fcntl(descriptor.get(), F_SETFL, 0) != 0)
         return nullptr;
     return std::shared_ptr<NSFileHandle>(new NSFileHandle(std::move(descriptor), path));
 }

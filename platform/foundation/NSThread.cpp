@@ -1,5 +1,7 @@
 #include "platform/foundation/NSThread.h"
 
+#include <system_error>
+
 namespace Tessaron
 {
 
@@ -20,11 +22,16 @@ void NSThread::start()
     m_isCancelled = false;
     m_isFinished = false;
     m_isExecuting = true;
-    m_thread = std::thread([this] {
-        m_entry();
+    try {
+        m_thread = std::thread([this] {
+            m_entry();
+            m_isExecuting = false;
+            m_isFinished = true;
+        });
+    } catch (const std::system_error &) {
         m_isExecuting = false;
-        m_isFinished = true;
-    });
+        throw;
+    }
 }
 
 void NSThread::waitUntilFinished()

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
@@ -25,6 +26,22 @@ namespace
 void expectSuccess(bool succeeded, const char *operation, const QByteArray &path)
 {
     EXPECT_TRUE(succeeded) << operation << " " << path.constData() << ": " << std::strerror(errno);
+}
+
+using BirthTime = std::pair<std::int64_t, std::int64_t>;
+
+/// What the system gives to a file that is made now.
+BirthTime birthTimeNow()
+{
+    timespec time = {};
+    ::clock_gettime(CLOCK_REALTIME_COARSE, &time);
+    return {time.tv_sec, time.tv_nsec};
+}
+
+void waitUntilPast(BirthTime time)
+{
+    while (birthTimeNow() <= time)
+        std::this_thread::sleep_for(std::chrono::microseconds(500));
 }
 
 } // namespace
@@ -113,19 +130,15 @@ QByteArray TemporaryTree::makeSparseFile(const QByteArray &relative, qint64 size
 
 void TemporaryTree::letBirthTimesPass()
 {
-    const auto now = [] {
-        timespec time = {};
-        ::clock_gettime(CLOCK_REALTIME_COARSE, &time);
-        return std::pair(time.tv_sec, time.tv_nsec);
-    };
-    for (const auto start = now(); now() == start;)
-        std::this_thread::sleep_for(std::chrono::microseconds(500));
+    waitUntilPast(birthTimeNow());
 }
 
 void TemporaryTree::remove(const QByteArray &relative) const
 {
-    letBirthTimesPass();
     const QByteArray target = path(relative);
+    struct statx facts = {};
+    if (::statx(AT_FDCWD, target.constData(), AT_SYMLINK_NOFOLLOW, STATX_BTIME, &facts) == 0)
+        waitUntilPast({facts.stx_btime.tv_sec, facts.stx_btime.tv_nsec});
     expectSuccess(std::remove(target.constData()) == 0, "remove", target);
 }
 

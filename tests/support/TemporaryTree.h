@@ -34,7 +34,8 @@ public:
     void setExtendedAttribute(const QByteArray &relative, const QByteArray &name, const QByteArray &value) const;
     [[nodiscard]] QByteArray contents(const QByteArray &relative) const;
     [[nodiscard]] bool exists(const QByteArray &relative) const;
-    /// Removes a file or an empty folder, and waits before until letBirthTimesPass().
+    /// Removes a file or an empty folder, once nothing made from now on can have its birth time; see
+    /// letBirthTimesPass().
     void remove(const QByteArray &relative) const;
 
     /// Waits until what is made from now on has other birth times than all that exists. File systems give a freed inode

@@ -1,6 +1,9 @@
 #include "platform/foundation/NSBundle.h"
 #include <TessaronClasses/SizeFormatting.h>
 
+#include <array>
+#include <charconv>
+
 namespace Tessaron
 {
 
@@ -45,9 +48,15 @@ Size sizeOf(std::uint64_t bytes)
     return gigabytes;
 }
 
+/// As "%.*f" prints it, in every locale: of two numbers that are equally near the one with the even last digit, where
+/// QString::number() takes the greater one.
 QString text(double number, int decimals, Unit unit)
 {
-    return QString::number(number, 'f', decimals) + u' ' + unitText(unit);
+    std::array<char, 64> digits;
+    const auto [end, error] =
+        std::to_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed, decimals);
+    Q_ASSERT(error == std::errc());
+    return QString::fromLatin1(digits.data(), end - digits.data()) + u' ' + unitText(unit);
 }
 
 } // namespace

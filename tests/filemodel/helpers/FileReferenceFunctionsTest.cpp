@@ -100,6 +100,17 @@ TEST_F(FileReferenceFunctions, FSGetTotalForkSizes_addsTheResourceFork)
     EXPECT_EQ(forks, 2u);
 }
 
+TEST_F(FileReferenceFunctions, FSGetTotalForkSizes_findsNoFork_inAFolder)
+{
+    tree.makeFolder("folder");
+    const FSRef folder = ref("folder");
+    std::uint64_t logical = 1;
+    std::uint64_t physical = 1;
+    std::uint64_t forks = 1;
+    EXPECT_EQ(FSGetTotalForkSizes(&folder, &logical, &physical, &forks), noErr);
+    EXPECT_EQ(logical + physical + forks, 0u);
+}
+
 TEST_F(FileReferenceFunctions, FSGetTotalForkSizes_zeroesTheOutputs_whenTheFileIsGone)
 {
     tree.makeFile("file", "data");

@@ -47,6 +47,22 @@ TEST_F(PathHelpers, paths_keepNamesThatAreNotUtf8)
     EXPECT_EQ(stringWithFSRef(&ref), tree.pathText("caf\xE9"));
 }
 
+TEST_F(PathHelpers, stringWithFSRef_takes1023Bytes_andNoMore)
+{
+    const qsizetype room = 1023 - tree.path().size() - 1;
+    QByteArray relative;
+    while (room - relative.size() > 200)
+        relative += QByteArray(100, 'd') + '/';
+    relative += QByteArray(room - relative.size(), 'f');
+    tree.makeFile(relative);
+    tree.makeFile(relative + 'f');
+    const FSRef fits = fsRef(tree.pathText(relative));
+    const FSRef tooLong = fsRef(tree.pathText(relative + 'f'));
+    EXPECT_EQ(stringWithFSRef(&fits), tree.pathText(relative));
+    EXPECT_TRUE(FSRefValid(&tooLong));
+    EXPECT_TRUE(stringWithFSRef(&tooLong).isNull());
+}
+
 TEST_F(PathHelpers, unusedName_isThePathItself_whenNothingIsThere)
 {
     EXPECT_EQ(unusedName(tree.pathText("a.txt")), tree.pathText("a.txt"));
@@ -154,6 +170,18 @@ TEST_F(PathHelpers, deleteDirectoryAtPathIfEmpty_isFalse_forWhatIsNoFolder)
     EXPECT_FALSE(deleteDirectoryAtPathIfEmpty(tree.pathText("link")));
     EXPECT_TRUE(tree.exists("folder"));
     EXPECT_TRUE(tree.exists("file"));
+}
+
+TEST_F(PathHelpers, deleteDirectoryAtPathIfEmpty_isFalse_forAFolderThatCannotBeListed)
+{
+    tree.setMode("", 0777);
+    tree.makeFolder("closed");
+    tree.setMode("closed", 0300);
+    {
+        const Testing::WithoutRootRights rights;
+        EXPECT_FALSE(deleteDirectoryAtPathIfEmpty(tree.pathText("closed")));
+    }
+    EXPECT_TRUE(tree.exists("closed"));
 }
 
 TEST_F(PathHelpers, deleteDirectoryAtPathIfEmpty_isFalse_whenTheFolderMayNotBeRemoved)

@@ -1,3 +1,4 @@
+#include "platform/coreservices/IconFamily.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/KRFileReference.h>
@@ -7,6 +8,8 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <thread>
 #include <unistd.h>
@@ -196,13 +199,57 @@ TEST_F(KRFileReferenceCache, texts_areDroppedAfterFiveSeconds_onAThreadWithoutAn
     EXPECT_EQ(late, QStringLiteral("new.html"));
 }
 
-TEST_F(KRFileReferenceCache, aPendingReset_isCalledOff_whenTheReferenceGoes)
+TEST_F(KRFileReferenceCache, resetAllGettableAttributes_keepsAFlagThatCouldNotBeAskedAgain)
 {
-    (void)reference->displayName();
-    reference.reset();
-    const auto end = std::chrono::steady_clock::now() + 5500ms;
-    // A reset that still came would write into freed memory, which the sanitizers tell.
-    EXPECT_TRUE(Testing::runEventLoopUntil([&] { return std::chrono::steady_clock::now() > end; }));
+    tree.makeFile(".hidden");
+    const auto hidden = KRFileReference::initWithFSRef(fsRef(tree.pathText(".hidden")));
+    EXPECT_TRUE(hidden->isInvisible());
+    hidden->resetAllGettableAttributes();
+    tree.remove(".hidden");
+    EXPECT_TRUE(hidden->isInvisible());
+}
+
+TEST_F(KRFileReferenceCache, resetAllAttributes_makesFlagsUnknown)
+{
+    _ZelFileAttribute record = known();
+    record.directory = 0;
+    record.invisible = 0;
+    const auto made = KRFileReference::initWithFSRef(*reference->fileRef(), std::move(record));
+    EXPECT_TRUE(made->isContainer() && made->isInvisible());
+    made->resetAllAttributes();
+    EXPECT_FALSE(made->isContainer() || made->isInvisible());
+}
+
+TEST_F(KRFileReferenceCache, givenTexts_areReplaced_whileTheRecordIsEmpty)
+{
+    const auto with = [&](MallocBuffer _ZelFileAttribute::*text) {
+        _ZelFileAttribute record = ZelFileAttributeNone_fct();
+        (record.*text).reset(::strdup("given"));
+        return KRFileReference::initWithFSRef(*reference->fileRef(), std::move(record));
+    };
+    EXPECT_EQ(with(&_ZelFileAttribute::name)->name(), QStringLiteral("old.txt"));
+    EXPECT_EQ(with(&_ZelFileAttribute::displayName)->displayName(), QStringLiteral("old.txt"));
+    EXPECT_EQ(with(&_ZelFileAttribute::extension)->extension(), QStringLiteral("txt"));
+}
+
+TEST_F(KRFileReferenceCache, smallIcon_isScaled_onlyWhenItsDataIsLongerThan990Bytes)
+{
+    const auto iconOf = [&](const QImage &image) {
+        const QByteArray family = iconFamilyFromImages({image}, kSelectorLarge32Bit);
+        _ZelFileAttribute record = known();
+        record.smallIcon.reset(static_cast<char *>(std::malloc(std::size_t(family.size()))));
+        std::memcpy(record.smallIcon.get(), family.constData(), std::size_t(family.size()));
+        record.smallIconDataLength = int(family.size());
+        const auto made = KRFileReference::initWithFSRef(*reference->fileRef(), std::move(record));
+        return std::pair(family.size() > 990, made->smallIcon().width());
+    };
+    QImage plain(32, 32, QImage::Format_ARGB32);
+    plain.fill(Qt::red);
+    QImage noisy = plain;
+    for (int pixel = 0; pixel < 1024; ++pixel)
+        noisy.setPixel(pixel % 32, pixel / 32, qRgb(pixel * 37 % 256, pixel * 91 % 256, pixel * 53 % 256));
+    EXPECT_EQ(iconOf(plain), std::pair(false, 32));
+    EXPECT_EQ(iconOf(noisy), std::pair(true, 16));
 }
 
 } // namespace Tessaron

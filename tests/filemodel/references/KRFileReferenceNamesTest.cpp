@@ -117,4 +117,11 @@ TEST_F(KRFileReferenceNames, virtualFolder_isCalledAsDesired_elseByItsName)
     EXPECT_FALSE(folder->isExtensionHiddenIsDesiredName());
 }
 
+TEST_F(KRFileReferenceNames, anEmptyDesiredName_isADesiredName)
+{
+    const auto made = file("a.txt");
+    made->setDesiredName(QLatin1String(""));
+    EXPECT_TRUE(made->hasDesiredName());
+}
+
 } // namespace Tessaron

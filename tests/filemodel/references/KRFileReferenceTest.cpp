@@ -1,3 +1,4 @@
+#include "platform/coreservices/Aliases.h"
 #include "platform/coreservices/ForkAttributes.h"
 #include "platform/foundation/NSBundle.h"
 #include "tests/support/TemporaryTree.h"
@@ -128,6 +129,25 @@ TEST_F(KRFileReferenceTest, dates_areThoseOfTheLinkItself)
     tree.makeSymbolicLink("link", "file");
     EXPECT_EQ(reference("file")->modificationDate().toSecsSinceEpoch(), 1000000000);
     EXPECT_GT(reference("link")->modificationDate().toSecsSinceEpoch(), 1000000000);
+}
+
+TEST_F(KRFileReferenceTest, modificationDate_mayBeTheStartOfTheEpoch)
+{
+    tree.makeFile("file");
+    tree.setModificationTime("file", 0);
+    ASSERT_TRUE(reference("file")->modificationDate().isValid());
+    EXPECT_EQ(reference("file")->modificationDate().toMSecsSinceEpoch(), 0);
+}
+
+TEST_F(KRFileReferenceTest, isAlias_isTrue_forAnAliasFile)
+{
+    tree.makeFile("target");
+    const OSStatus status = writeAliasFile(tree.path("alias"), fsRef(tree.pathText("target")));
+    if (status == permErr)
+        GTEST_SKIP() << "this file system keeps no extended attributes";
+    ASSERT_EQ(status, noErr);
+    EXPECT_TRUE(reference("alias")->isAlias());
+    EXPECT_FALSE(reference("target")->isAlias());
 }
 
 TEST_F(KRFileReferenceTest, aFileThatIsGone_hasNothing)

@@ -41,6 +41,60 @@ const QString b = QStringLiteral("b");
 const QString c = QStringLiteral("c");
 const QString x = QStringLiteral("x");
 
+TEST(KRFileHierarchyItem, childWithDesiredName_takesNoNameForNoEmptyName)
+{
+    const auto root = folderNamed(QStringLiteral("root"));
+    root->addItem(KRFileHierarchyItem::initWithFileReference(KRFileReference::initWithFSRef(FSRef())));
+    EXPECT_FALSE(root->childWithDesiredName(QLatin1String("")));
+}
+
+TEST(KRFileHierarchyItem, walk_keepsTheChildOfTheTurn_whenTheArrayIsChanged)
+{
+    const auto root = folderWithChildren({a, b, c});
+    EXPECT_THROW(
+        for (const auto &item
+             : root->walk()) {
+            root->items().clear();
+            EXPECT_EQ(item->fileReference()->name(), a);
+        },
+        std::logic_error);
+}
+
+TEST(KRFileHierarchyItem, addItem_refusesAnItemThatHoldsThisOne_alsoFarAbove)
+{
+    const auto one = folderNamed(a);
+    const auto two = folderNamed(b);
+    const auto three = folderWithChildren({c});
+    one->addItem(two);
+    two->addItem(three);
+    three->addItem(one);
+    EXPECT_EQ(three->numberOfItems(), 1u);
+    EXPECT_EQ(one->parent(), nullptr);
+}
+
+TEST(KRFileHierarchyItem, addItem_ends_whereStaleLinksRunInACircle)
+{
+    const auto one = folderNamed(a);
+    const auto two = folderNamed(b);
+    one->addItem(two);
+    one->removeItem(two);
+    two->addItem(one); // the link of each leads to the other now
+    const auto other = folderWithChildren({c});
+    one->addItem(other);
+    EXPECT_EQ(one->items(), KRFileHierarchyItem::Items{other});
+}
+
+TEST(KRFileHierarchyItem, anItem_letsItsReferenceGo)
+{
+    std::weak_ptr<KRFileReference> watched;
+    {
+        const auto item = folderNamed(a);
+        watched = item->fileReference();
+        EXPECT_FALSE(watched.expired());
+    }
+    EXPECT_TRUE(watched.expired());
+}
+
 } // namespace
 
 TEST(KRFileHierarchyItem, initWithFileReference_makesAnItemWithoutChildren)

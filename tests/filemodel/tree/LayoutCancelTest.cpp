@@ -14,6 +14,20 @@ namespace
 {
 
 /// A root with the given number of folders, each with the given number of files.
+/// An item about which nothing is asked.
+std::shared_ptr<KRFileHierarchyItem> knownFileItem(const FSRef &ref)
+{
+    _ZelFileAttribute known = ZelFileAttributeNone_fct();
+    known.empty = 0;
+    known.directory = 1;
+    known.dataSizeIsKnown = 0;
+    known.rsrcSizeIsKnown = 0;
+    known.dataSize = 4096;
+    known.rsrcSize = 0;
+    return KRFileHierarchyItem::fileHierarchyItemWithFileReference(
+        KRFileReference::initWithFSRef(ref, std::move(known)));
+}
+
 std::shared_ptr<KRFileHierarchyItem> rootWithFolders(const TemporaryTree &tree, int folders, int filesEach)
 {
     const FSRef folder = [&] {
@@ -24,17 +38,8 @@ std::shared_ptr<KRFileHierarchyItem> rootWithFolders(const TemporaryTree &tree, 
     const auto root = virtualFolderItem(QStringLiteral("disc"));
     for (int index = 0; index < folders; ++index) {
         const auto inner = virtualFolderItem(QStringLiteral("folder %1").arg(index));
-        for (int file = 0; file < filesEach; ++file) {
-            _ZelFileAttribute known = ZelFileAttributeNone_fct();
-            known.empty = 0;
-            known.directory = 1;
-            known.dataSizeIsKnown = 0;
-            known.rsrcSizeIsKnown = 0;
-            known.dataSize = 4096;
-            known.rsrcSize = 0;
-            inner->addItem(KRFileHierarchyItem::fileHierarchyItemWithFileReference(
-                KRFileReference::initWithFSRef(folder, std::move(known))));
-        }
+        for (int file = 0; file < filesEach; ++file)
+            inner->addItem(knownFileItem(folder));
         root->addItem(inner);
     }
     return root;
@@ -166,4 +171,21 @@ TEST(LayoutCancel, destructor_endsTheWorkerInTheMiddleOfAFolder)
         drainEventLoop();
         EXPECT_TRUE(recorder.calls.empty());
     }
+}
+
+TEST(LayoutCancel, cancel_showsAfterTheNextDirectChild_alsoWhenThatIsAFile)
+{
+    const TemporaryTree tree;
+    FSRef ref;
+    ASSERT_EQ(FSPathMakeRef(tree.makeFile("file", "x"), &ref, nullptr), noErr);
+    const auto root = virtualFolderItem(QStringLiteral("disc"));
+    constexpr std::size_t files = 200'000;
+    for (std::size_t index = 0; index < files; ++index)
+        root->addItem(knownFileItem(ref));
+    LayoutRecorder recorder;
+    ASSERT_TRUE(root->createDRLayoutAsyncNotifyProgressToTarget(recorder.target()));
+    ASSERT_TRUE(root->cancelDRLayoutCreationNotifyTarget(recorder.target()));
+    ASSERT_TRUE(recorder.waitForEnd());
+    EXPECT_EQ(recorder.calls.back(), "cancelled");
+    EXPECT_LT(recorder.progress.size(), files);
 }

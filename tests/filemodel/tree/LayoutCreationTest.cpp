@@ -2,6 +2,7 @@
 #include "tests/filemodel/tree/LayoutRecorder.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/TemporaryTree.h"
+#include "tests/support/WithoutThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -187,4 +188,30 @@ TEST(LayoutCreation, lastPointerToTheItem_mayBeDroppedInACallback)
     ASSERT_TRUE(runEventLoopUntil([&] { return watched.expired(); }));
     drainEventLoop();
     EXPECT_FALSE(recorder.isOver) << "no end is reported for an item that is gone";
+}
+
+TEST(LayoutCreation, start_isFalse_whenTheSystemHasNoThread)
+{
+    const auto root = virtualFolderItem(disc);
+    LayoutRecorder recorder;
+    {
+        const WithoutThreads none;
+        EXPECT_FALSE(root->createDRLayoutAsyncNotifyProgressToTarget(recorder.target()));
+    }
+    EXPECT_TRUE(recorder.run(*root));
+}
+
+TEST(LayoutCreation, theEnd_comes_whileAProgressCallbackRunsAnEventLoop)
+{
+    const TemporaryTree tree;
+    const auto root = virtualFolderItem(disc);
+    for (const char *const name : {"one", "two"})
+        root->addItem(itemAt(QString::fromUtf8(tree.makeFile(name, "x"))));
+    LayoutRecorder recorder;
+    recorder.onProgress = [&](KRFileHierarchyItem &) {
+        recorder.onProgress = nullptr;
+        EXPECT_TRUE(runEventLoopUntil([&] { return recorder.isOver; }));
+    };
+    ASSERT_TRUE(recorder.run(*root));
+    EXPECT_EQ(recorder.calls, (std::vector<std::string>{"progress", "progress", "finished"}));
 }

@@ -211,3 +211,27 @@ TEST(LayoutObjects, namesThatAreNotUtf8_reachTheLayoutAsTheyAre)
                          "older"));
     EXPECT_EQ(made->children().front()->baseNameBytes(), QByteArray("caf\xE9"));
 }
+
+TEST(LayoutObjects, realFolder_takesItsDesiredName_andHidesTheExtensionThatWasNotTyped)
+{
+    const TemporaryTree tree;
+    tree.makeFolder("Program.app");
+    const auto reference = KRFileReference::fileReferenceWithPath(tree.pathText("Program.app"));
+    reference->setDesiredName(QStringLiteral("Editor"));
+    reference->tessaronAttributes()->hasBasicFSInclusion = 1;
+    reference->tessaronAttributes()->basicFSInclusion = 1;
+    const auto object = objectFor(reference);
+    ASSERT_TRUE(object && object->isFolder());
+    EXPECT_EQ(object->baseName(), QStringLiteral("Editor.app"));
+    EXPECT_EQ(object->propertyForKey(DRMacFinderHideExtension, DRAllFilesystems), QVariant(true));
+    EXPECT_EQ(object->explicitFilesystemMask(), 12u);
+}
+
+TEST(LayoutObjects, aFileRenamedOnDisk_getsTheNameThatItHasNow)
+{
+    const TemporaryTree tree;
+    const auto reference = KRFileReference::fileReferenceWithPath(QString::fromUtf8(tree.makeFile("before")));
+    ASSERT_EQ(::rename(tree.path("before").constData(), tree.path("after").constData()), 0);
+    ASSERT_EQ(reference->name(), QStringLiteral("after"));
+    EXPECT_EQ(objectFor(reference)->baseName(), QStringLiteral("after"));
+}

@@ -60,3 +60,10 @@ TEST(VirtualFolders, virtualFolderWithFileReference_isNeverNull)
     EXPECT_EQ(ofNothing->baseName(), QStringLiteral(""));
     EXPECT_FALSE(ofNothing->propertyForKey(DRMacFinderFlags, DRAllFilesystems).isValid());
 }
+
+TEST(VirtualFolders, aFolderCalledIcon_isNoIconFile)
+{
+    const TemporaryTree tree;
+    tree.makeFolder("folder/Icon\r");
+    EXPECT_TRUE(virtualFolderWithPath(tree.pathText("folder"))->children().empty());
+}

@@ -125,7 +125,7 @@ TEST_F(KRLayoutWriterTest, failure_namesTheImpossiblePath_whenTheReferenceHasNon
 {
     tree.makeFile(fileName);
     const FSRef ref = refOf(fileName);
-    ASSERT_TRUE(QFile::remove(tree.pathText(fileName)));
+    tree.remove(fileName);
     EXPECT_FALSE(writer->writeLayoutToFSRef(ref, panel, TessaronDiscImageFormatBIN));
     waitForEnd();
     EXPECT_EQ(heard, (QStringList{QStringLiteral("progress"), QStringLiteral("fail")}));

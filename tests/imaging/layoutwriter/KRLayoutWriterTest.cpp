@@ -79,6 +79,7 @@ TEST_F(KRLayoutWriterTest, progress_startsAtAQuarterAndNeverFalls_whileWriting)
     EXPECT_EQ(progress.front(), 0.25f);
     EXPECT_TRUE(
         std::all_of(progress.begin(), progress.end(), [](float value) { return value >= 0.25f && value <= 1; }));
+    EXPECT_TRUE(std::ranges::is_sorted(progress));
     EXPECT_EQ(tree.contents(fileName).size(), 20000 * 2048);
 }
 
@@ -142,7 +143,7 @@ TEST_F(KRLayoutWriterTest, finish_followsTheFile_whenTheDelegateRenamesIt)
 
 TEST_F(KRLayoutWriterTest, finish_leavesNothingElseBehind_whenTheDelegateRemovesTheFile)
 {
-    onEnd = [this] { ASSERT_EQ(std::remove(tree.path(fileName).constData()), 0); };
+    onEnd = [this] { tree.remove(fileName); };
     EXPECT_FALSE(start(TessaronDiscImageFormatVANT));
     waitForEnd();
     EXPECT_EQ(heard.last(), QLatin1String("finish"));

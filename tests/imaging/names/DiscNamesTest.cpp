@@ -71,7 +71,8 @@ TEST(DiscNames, matchesRegExp_matchesTheWholeText)
     EXPECT_FALSE(matchesRegExp(text("VTS_01_1.VOB\n"), text("VTS_\\d\\d_\\d\\.VOB")));
     EXPECT_TRUE(matchesRegExp(text("ab"), text("a|ab")));
     EXPECT_TRUE(matchesRegExp(text("größe"), text("\\w+")));
-    EXPECT_FALSE(matchesRegExp(text("a\nb"), text("a.b")));
+    for (const char *const lineEnd : {"\n", "\r", "\f", "\xC2\x85", "\xE2\x80\xA8"})
+        EXPECT_FALSE(matchesRegExp(text("a") + text(lineEnd) + text("b"), text("a.b")));
     EXPECT_TRUE(matchesRegExp(text("A"), text("(?i)a")));
     EXPECT_TRUE(matchesRegExp(text(""), text("")));
     EXPECT_FALSE(matchesRegExp(text("("), text("(")));

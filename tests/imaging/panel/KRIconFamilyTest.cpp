@@ -55,7 +55,7 @@ TEST(KRIconFamily, initWithFSRef_isNull_whenTheFileIsGone)
     FSRef ref;
     ASSERT_EQ(FSPathMakeRef(tree.makeFile("a.txt"), &ref, nullptr), noErr);
     ASSERT_NE(KRIconFamily::initWithFSRef(ref), nullptr);
-    ASSERT_TRUE(QFile::remove(tree.pathText("a.txt")));
+    tree.remove("a.txt");
     EXPECT_EQ(KRIconFamily::initWithFSRef(ref), nullptr);
     EXPECT_EQ(KRIconFamily::iconFamilyForFSRef(FSRef()), nullptr);
 }

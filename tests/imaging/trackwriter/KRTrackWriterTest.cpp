@@ -6,9 +6,14 @@
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/KRTrackWriter.h>
 
+#include <QEventLoop>
+#include <QThread>
+
 #include <algorithm>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <memory>
+#include <set>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <thread>
@@ -151,6 +156,28 @@ TEST_F(KRTrackWriterTest, cancel_changesNothing_afterTheEnd)
     drainEventLoop();
     EXPECT_EQ(delegate.heard.mid(delegate.heard.size() - 1), endOnly);
     EXPECT_TRUE(tree.exists("image"));
+}
+
+TEST_F(KRTrackWriterTest, callbacks_comeOnTheThreadThatStarted)
+{
+    std::set<QThread *> heardOn;
+    const std::unique_ptr<QThread> thread(QThread::create([&] {
+        const auto writer = makeWriter(3000);
+        QEventLoop loop;
+        KRTrackWriterDelegate callbacks;
+        callbacks.KRTrackWriterWritingProgress = [&](KRTrackWriter &, float) {
+            heardOn.insert(QThread::currentThread());
+        };
+        callbacks.KRTrackWriterWritingDidEnd = [&](KRTrackWriter &) {
+            heardOn.insert(QThread::currentThread());
+            loop.quit();
+        };
+        EXPECT_TRUE(writer->writeTrackAndNotifyDelegate(callbacks).isNull());
+        loop.exec();
+    }));
+    thread->start();
+    ASSERT_TRUE(thread->wait(30000));
+    EXPECT_EQ(heardOn, std::set<QThread *>{thread.get()});
 }
 
 TEST_F(KRTrackWriterTest, delegate_mayLetGoOfTheWriter)

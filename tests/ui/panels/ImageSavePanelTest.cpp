@@ -197,3 +197,13 @@ int main(int argc, char **argv)
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
+
+TEST_F(ImageSavePanelTest, savePanel_ignoresSurplusExtensions_andTakesQuestionMarksForNone)
+{
+    make(QStringList{QStringLiteral("iso"), QStringLiteral("????"), QStringLiteral("vant"), QStringLiteral("toc")},
+         names);
+    EXPECT_EQ(popUp->count(), 3);
+    panel->formatPopUpAction(1);
+    EXPECT_EQ(index, 1);
+    EXPECT_EQ(panel->requiredFileType(), QStringLiteral("iso"));
+}

@@ -82,3 +82,25 @@ TEST_F(SizeFormatting, units_areTranslated)
     EXPECT_EQ(sizeText(12), "12.00 Byte");
     EXPECT_EQ(komogoText(12), "12 Byte");
 }
+
+TEST_F(SizeFormatting, numbers_roundATieToTheEvenDigit)
+{
+    EXPECT_EQ(sizeText(1152), "1.12 kB");
+    EXPECT_EQ(sizeText(1408), "1.38 kB");
+    EXPECT_EQ(shortText(1280), "1.2 kB");
+    EXPECT_EQ(shortText(1792), "1.8 kB");
+    EXPECT_EQ(komogoText(6400), "6.2 kB");
+    EXPECT_EQ(komogoText(32000), "31.2 kB");
+}
+
+TEST_F(SizeFormatting, sizeFormatForNumber_countsInSinglePrecision)
+{
+    // In double precision it would be 1048576.04.
+    EXPECT_EQ(sizeText((std::uint64_t(1) << 50) + (std::uint64_t(40) << 20)), "1048576.00 GB");
+}
+
+TEST_F(SizeFormatting, komogo_changesToGigabytesAtThousandMegabytes)
+{
+    EXPECT_EQ(komogoText(1'048'575'999), "1000.0 MB");
+    EXPECT_EQ(komogoText(1'048'576'000), "1.0 GB");
+}

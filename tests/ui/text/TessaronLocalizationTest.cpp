@@ -107,3 +107,10 @@ TEST_F(Localization, applicationsAndFrameworksWords_comeFirst)
     EXPECT_EQ(burnLocalizedString(), QStringLiteral("Write"));
     EXPECT_EQ(untitledDiscLocalizedString(), QStringLiteral("Unbenannte CD"));
 }
+
+TEST_F(Localization, finderTexts_areTheirKeys_whereTheFinderLacksThem)
+{
+    makeFinderTable("\"X\" = \"x\";\n");
+    EXPECT_EQ(untitledFolderLocalizedString(), QStringLiteral("N2"));
+    EXPECT_EQ(burnLocalizedString(), QStringLiteral("BN7"));
+}

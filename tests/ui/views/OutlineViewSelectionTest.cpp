@@ -83,3 +83,24 @@ int main(int argc, char *argv[])
     const QApplication application(argc, argv);
     return RUN_ALL_TESTS();
 }
+
+TEST_F(OutlineViewSelection, selectedItems_hasNoValue_whenOnlyRowsThatAreNotShownAreSelected)
+{
+    select(m_model.index(0, 0, m_model.index(0, 0)));
+    m_view.collapse(m_model.index(0, 0));
+    EXPECT_EQ(selectedItems(m_view), std::nullopt);
+}
+
+TEST_F(OutlineViewSelection, selectedItems_leaveOutAHiddenFirstRow)
+{
+    select(m_model.index(0, 0));
+    select(m_model.index(1, 0));
+    m_view.setRowHidden(0, QModelIndex(), true);
+    EXPECT_EQ(selectedNames(), QStringList{QStringLiteral("b")});
+}
+
+TEST_F(OutlineViewSelection, selectedItems_takeARow_whenOnlyItsSecondColumnIsSelected)
+{
+    m_view.selectionModel()->select(m_model.index(1, 1), QItemSelectionModel::Select);
+    EXPECT_EQ(selectedNames(), QStringList{QStringLiteral("b")});
+}
