@@ -9,6 +9,8 @@
 
 #include <string_view>
 
+#include <algorithm>
+
 namespace Tessaron
 {
 
@@ -39,29 +41,47 @@ std::string isoName(std::string_view rawName, bool isFolder, Iso9660Level level)
     return isFolder ? iso9660FolderName(rawName, level) : iso9660FileName(rawName, level);
 }
 
+struct Sibling {
+    QByteArray rawName;
+    const DRFSObject *object = nullptr;
+};
+
+/// The object and those of its siblings that lie in the filesystem, in the order in which an image names them: by the
+/// bytes of their names.
+std::vector<Sibling> siblingsInImageOrder(const DRFSObject &object, const DRFolder &parent, DRFilesystemMask filesystem)
+{
+    const DRFilesystemMask inherited = parent.effectiveFilesystemMask();
+    std::vector<Sibling> siblings;
+    siblings.reserve(parent.children().size());
+    for (const auto &sibling : parent.children()) {
+        const DRFilesystemMask mask = sibling->explicitFilesystemMask() ? sibling->explicitFilesystemMask() : inherited;
+        if (sibling.get() == &object || (mask & filesystem))
+            siblings.push_back({sibling->baseNameBytes(), sibling.get()});
+    }
+    std::ranges::stable_sort(siblings, {}, &Sibling::rawName);
+    return siblings;
+}
+
 /// The object's own name once all the siblings' names have been made with `makeName` and told apart.
 template <typename Unit, typename MakeName, typename KeyOf = ExactName<Unit>>
 std::basic_string<Unit> ownName(const DRFSObject &object, DRFilesystemMask filesystem, const NameLimits &limits,
                                 const MakeName &makeName, const KeyOf &keyOf = {})
 {
-    const auto nameOf = [&](const DRFSObject &sibling) {
-        const QByteArray rawName = sibling.baseNameBytes();
-        return makeName(std::string_view(rawName.data(), static_cast<std::size_t>(rawName.size())), sibling.isFolder());
+    const auto nameOf = [&](const Sibling &sibling) {
+        const std::string_view rawName(sibling.rawName.data(), static_cast<std::size_t>(sibling.rawName.size()));
+        return makeName(rawName, sibling.object->isFolder());
     };
     const std::shared_ptr<DRFolder> parent = object.parent();
     if (!parent)
-        return nameOf(object);
-    const DRFilesystemMask inherited = parent->effectiveFilesystemMask();
+        return nameOf({object.baseNameBytes(), &object});
+    const std::vector<Sibling> siblings = siblingsInImageOrder(object, *parent, filesystem);
     std::vector<SiblingName<Unit>> names;
-    names.reserve(parent->children().size());
+    names.reserve(siblings.size());
     std::size_t own = 0;
-    for (const auto &sibling : parent->children()) {
-        const DRFilesystemMask mask = sibling->explicitFilesystemMask() ? sibling->explicitFilesystemMask() : inherited;
-        if (sibling.get() == &object)
+    for (const Sibling &sibling : siblings) {
+        if (sibling.object == &object)
             own = names.size();
-        else if (!(mask & filesystem))
-            continue;
-        names.push_back({nameOf(*sibling), sibling->isFolder()});
+        names.push_back({nameOf(sibling), sibling.object->isFolder()});
     }
     makeNamesUnique<Unit, KeyOf>(names, limits, keyOf);
     return names[own].name;

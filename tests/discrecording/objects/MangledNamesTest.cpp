@@ -35,13 +35,13 @@ TEST(MangledNames, mangledNameForFilesystem_tellsSiblingsApart)
     const auto one = addFile(*folder, QStringLiteral("chapter-one.text"));
     const auto two = addFile(*folder, QStringLiteral("chapter-two.text"));
     const auto upper = addFile(*folder, QStringLiteral("CHAPTER-ONE.text"));
-    EXPECT_EQ(one->mangledNameForFilesystem(DRISO9660LevelOne), QStringLiteral("CHAPTER_.TEX"));
-    EXPECT_EQ(two->mangledNameForFilesystem(DRISO9660LevelOne), QStringLiteral("CHAPTE_1.TEX"));
-    EXPECT_EQ(upper->mangledNameForFilesystem(DRISO9660LevelOne), QStringLiteral("CHAPTE_2.TEX"));
+    EXPECT_EQ(upper->mangledNameForFilesystem(DRISO9660LevelOne), QStringLiteral("CHAPTER_.TEX"));
+    EXPECT_EQ(one->mangledNameForFilesystem(DRISO9660LevelOne), QStringLiteral("CHAPTE_1.TEX"));
+    EXPECT_EQ(two->mangledNameForFilesystem(DRISO9660LevelOne), QStringLiteral("CHAPTE_2.TEX"));
     EXPECT_EQ(two->mangledNameForFilesystem(DRISO9660LevelTwo), QStringLiteral("CHAPTER_TWO.TEXT"));
-    EXPECT_EQ(upper->mangledNameForFilesystem(DRISO9660LevelTwo), QStringLiteral("CHAPTER_ONE_1.TEXT"));
+    EXPECT_EQ(one->mangledNameForFilesystem(DRISO9660LevelTwo), QStringLiteral("CHAPTER_ONE_1.TEXT"));
     EXPECT_EQ(upper->mangledNameForFilesystem(DRJoliet), QStringLiteral("CHAPTER-ONE.text"));
-    EXPECT_EQ(upper->mangledNameForFilesystem(DRHFSPlus), QStringLiteral("CHAPTER-ONE_1.text"));
+    EXPECT_EQ(one->mangledNameForFilesystem(DRHFSPlus), QStringLiteral("chapter-one_1.text"));
 }
 
 TEST(MangledNames, mangledNameForFilesystem_ignoresSiblingsThatTheFilesystemDoesNotHold)
@@ -55,4 +55,15 @@ TEST(MangledNames, mangledNameForFilesystem_ignoresSiblingsThatTheFilesystemDoes
     folder->setExplicitFilesystemMask(DRFilesystemInclusionMaskUDF);
     one->setExplicitFilesystemMask(0);
     EXPECT_EQ(two->mangledNameForFilesystem(DRJoliet), QStringLiteral("same_name")) << "both are left out";
+}
+
+TEST(MangledNames, mangledNameForFilesystem_numbersSiblingsAsImagesDo_whateverTheirOrder)
+{
+    const auto folder = DRFolder::virtualFolderWithName(QStringLiteral("folder"));
+    const auto late = DRFile::virtualFileWithName(QStringLiteral("a;b"), "");
+    const auto early = DRFile::virtualFileWithName(QStringLiteral("a+b"), "");
+    folder->addChild(late);
+    folder->addChild(early);
+    EXPECT_EQ(early->mangledNameForFilesystem(DRISO9660LevelTwo), QStringLiteral("A_B"));
+    EXPECT_NE(late->mangledNameForFilesystem(DRISO9660LevelTwo), QStringLiteral("A_B"));
 }
