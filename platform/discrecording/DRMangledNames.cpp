@@ -7,9 +7,8 @@
 #include "platform/discrecording/filesystems/UniqueNames.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 
-#include <string_view>
-
 #include <algorithm>
+#include <string_view>
 
 namespace Tessaron
 {

@@ -19,7 +19,8 @@ struct VANTReadResult {
 };
 
 /// Reads the trailer of VANT images. The bytes may be anything: what makes no sense is an error that says what is wrong
-/// and at which offset, and memory is in proportion to the trailer's size, which is limited. Thread-safe; keeps no state.
+/// and at which offset, and memory is in proportion to the trailer's size, which is limited. Thread-safe; keeps no
+/// state.
 class TESSARON_EXPORT VANTReader
 {
 public:

@@ -66,8 +66,9 @@ QString sentenceFor(StorageReason reason, ContentKind kind)
     case StorageReason::LinkTargetSimplified:
         return QStringLiteral("The target of the symbolic link is stored in a simpler form of the same meaning.");
     case StorageReason::LinkTargetChanged:
-        return QStringLiteral("The target of the symbolic link has names that the filesystem does not allow as they are; "
-                              "the link may lead nowhere.");
+        return QStringLiteral(
+            "The target of the symbolic link has names that the filesystem does not allow as they are; "
+            "the link may lead nowhere.");
     case StorageReason::LinkTargetTooLong:
         return QStringLiteral("The target of the symbolic link is too long for this filesystem.");
     case StorageReason::TimeBeyondCalendar:

@@ -10,6 +10,18 @@ namespace
 
 class KRDirectoryScannerCancel : public DirectoryScannerFixture
 {
+protected:
+    /// Scans "top" and cancels where the lister holds the worker; ends with the report.
+    void cancelWhileHeld(const std::shared_ptr<TestLister> &lister)
+    {
+        const std::shared_ptr<KRDirectoryScanner> scanner = scannerFor("top", lister);
+        ASSERT_TRUE(scanner->startDirectoryScan());
+        lister->waitUntilHeld();
+        scanner->stopScanAsync();
+        lister->letGo();
+        scanner->waitUntilScanEnds();
+        waitForTheEnd();
+    }
 };
 
 } // namespace
@@ -59,13 +71,7 @@ TEST_F(KRDirectoryScannerCancel, aCancelBelow_keepsWhatWasBuilt_andShowsAtThePar
     makeFiles("top/folder2", 120);
     const auto lister = std::make_shared<TestLister>();
     lister->holdAt(2);
-    const std::shared_ptr<KRDirectoryScanner> scanner = scannerFor("top", lister);
-    ASSERT_TRUE(scanner->startDirectoryScan());
-    lister->waitUntilHeld();
-    scanner->stopScanAsync();
-    lister->letGo();
-    scanner->waitUntilScanEnds();
-    waitForTheEnd();
+    cancelWhileHeld(lister);
     EXPECT_EQ(events, Names{"cancelled"});
     ASSERT_EQ(root->numberOfItems(), 1u);
     EXPECT_EQ(root->items()[0]->numberOfItems(), 50u);
@@ -77,13 +83,7 @@ TEST_F(KRDirectoryScannerCancel, aCancelThatNoFurtherEntryNotices_endsAsFinished
     makeFiles("top/only", 120);
     const auto lister = std::make_shared<TestLister>();
     lister->holdAt(2);
-    const std::shared_ptr<KRDirectoryScanner> scanner = scannerFor("top", lister);
-    ASSERT_TRUE(scanner->startDirectoryScan());
-    lister->waitUntilHeld();
-    scanner->stopScanAsync();
-    lister->letGo();
-    scanner->waitUntilScanEnds();
-    waitForTheEnd();
+    cancelWhileHeld(lister);
     EXPECT_EQ(events, Names{"finished"});
     ASSERT_EQ(root->numberOfItems(), 1u);
     EXPECT_EQ(root->items()[0]->numberOfItems(), 50u);

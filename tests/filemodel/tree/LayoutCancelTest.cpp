@@ -14,20 +14,6 @@ namespace
 {
 
 /// A root with the given number of folders, each with the given number of files.
-/// An item about which nothing is asked.
-std::shared_ptr<KRFileHierarchyItem> knownFileItem(const FSRef &ref)
-{
-    _ZelFileAttribute known = ZelFileAttributeNone_fct();
-    known.empty = 0;
-    known.directory = 1;
-    known.dataSizeIsKnown = 0;
-    known.rsrcSizeIsKnown = 0;
-    known.dataSize = 4096;
-    known.rsrcSize = 0;
-    return KRFileHierarchyItem::fileHierarchyItemWithFileReference(
-        KRFileReference::initWithFSRef(ref, std::move(known)));
-}
-
 std::shared_ptr<KRFileHierarchyItem> rootWithFolders(const TemporaryTree &tree, int folders, int filesEach)
 {
     const FSRef folder = [&] {

@@ -60,6 +60,19 @@ std::shared_ptr<KRFileHierarchyItem> itemAt(const QString &path)
     return KRFileHierarchyItem::fileHierarchyItemWithFileReference(KRFileReference::fileReferenceWithPath(path));
 }
 
+std::shared_ptr<KRFileHierarchyItem> knownFileItem(const FSRef &ref)
+{
+    _ZelFileAttribute known = ZelFileAttributeNone_fct();
+    known.empty = 0;
+    known.directory = 1;
+    known.dataSizeIsKnown = 0;
+    known.rsrcSizeIsKnown = 0;
+    known.dataSize = 4096;
+    known.rsrcSize = 0;
+    return KRFileHierarchyItem::fileHierarchyItemWithFileReference(
+        KRFileReference::initWithFSRef(ref, std::move(known)));
+}
+
 QStringList pathsBelow(const DRFolder &folder, const QString &prefix)
 {
     QStringList paths;

@@ -30,6 +30,8 @@ struct LayoutRecorder {
 
 [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> virtualFolderItem(const QString &name);
 [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> itemAt(const QString &path);
+/// A file about which nothing is left to be asked of the system: 4096 bytes.
+[[nodiscard]] std::shared_ptr<KRFileHierarchyItem> knownFileItem(const FSRef &ref);
 
 /// "folder/", "folder/file" … of everything below the folder, by base names, depth first.
 [[nodiscard]] QStringList pathsBelow(const DRFolder &folder, const QString &prefix = {});

@@ -11,24 +11,6 @@
 using namespace Tessaron;
 using namespace Tessaron::Testing;
 
-namespace
-{
-
-std::shared_ptr<KRFileHierarchyItem> fileItem(const FSRef &ref)
-{
-    _ZelFileAttribute known = ZelFileAttributeNone_fct();
-    known.empty = 0;
-    known.directory = 1;
-    known.dataSizeIsKnown = 0;
-    known.rsrcSizeIsKnown = 0;
-    known.dataSize = 4096;
-    known.rsrcSize = 0;
-    return KRFileHierarchyItem::fileHierarchyItemWithFileReference(
-        KRFileReference::initWithFSRef(ref, std::move(known)));
-}
-
-} // namespace
-
 TEST(LayoutScale, aHundredThousandFiles_areDeliveredOneByOne)
 {
     constexpr std::size_t count = 100'000;
@@ -39,7 +21,7 @@ TEST(LayoutScale, aHundredThousandFiles_areDeliveredOneByOne)
     for (std::size_t folder = 0; folder < 2000; ++folder) {
         const auto inner = virtualFolderItem(QString::number(folder));
         for (std::size_t file = 0; file < count / 2000; ++file)
-            inner->addItem(fileItem(ref));
+            inner->addItem(knownFileItem(ref));
         root->addItem(inner);
     }
     LayoutRecorder recorder;

@@ -2,15 +2,15 @@
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 #include <TessaronClasses/KRTrackWriter.h>
-#include <platform/discrecording/DRFile.h>
-#include <platform/discrecording/DRFolder.h>
-#include <platform/discrecording/DRTrack.h>
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <cstdio>
+#include <platform/discrecording/DRFile.h>
+#include <platform/discrecording/DRFolder.h>
+#include <platform/discrecording/DRTrack.h>
 
 using namespace Tessaron;
 
