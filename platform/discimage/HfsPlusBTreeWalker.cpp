@@ -62,6 +62,8 @@ std::unique_ptr<HfsPlusBTreeWalker> HfsPlusBTreeWalker::open(std::shared_ptr<con
 {
     std::unique_ptr<HfsPlusBTreeWalker> walker(new HfsPlusBTreeWalker(std::move(source), std::move(traits)));
     *error = walker->readHeader();
+    if (!*error && walker->m_depth > 0)
+        *error = walker->checkEnds();
     return *error ? nullptr : std::move(walker);
 }
 
@@ -102,6 +104,8 @@ NSError HfsPlusBTreeWalker::readHeader()
     const std::uint8_t *const header = bytes.data() + descriptorSize;
     m_depth = loadBigEndian<std::uint16_t>(header);
     m_root = loadBigEndian<std::uint32_t>(header + 2);
+    m_firstLeaf = loadBigEndian<std::uint32_t>(header + 10);
+    m_lastLeaf = loadBigEndian<std::uint32_t>(header + 14);
     m_nodeSize = loadBigEndian<std::uint16_t>(header + 18);
     m_longestKey = loadBigEndian<std::uint16_t>(header + 20);
     m_nodeCount = loadBigEndian<std::uint32_t>(header + 22);
@@ -117,6 +121,20 @@ NSError HfsPlusBTreeWalker::readHeader()
         return damaged(offset, QStringLiteral("the header contradicts itself"));
     if (std::uint64_t{m_nodeCount} * m_nodeSize > m_fileLength)
         return damaged(offset, QStringLiteral("there are fewer nodes than the header says"));
+    return {};
+}
+
+NSError HfsPlusBTreeWalker::checkEnds() const
+{
+    HfsPlusTreeNode node;
+    if (const NSError error = readNode(m_firstLeaf, 1, &node))
+        return error;
+    if (node.previous != 0)
+        return damaged(node.offset, QStringLiteral("there is a leaf before the first"));
+    if (const NSError error = readNode(m_lastLeaf, 1, &node))
+        return error;
+    if (node.next != 0)
+        return damaged(node.offset, QStringLiteral("there is a leaf behind the last"));
     return {};
 }
 

@@ -70,6 +70,7 @@ private:
     HfsPlusBTreeWalker(std::shared_ptr<const DiscImageSource> source, Traits traits);
 
     [[nodiscard]] NSError readHeader();
+    [[nodiscard]] NSError checkEnds() const;
     [[nodiscard]] NSError readBytes(std::uint64_t at, std::uint8_t *to, std::size_t length) const;
     [[nodiscard]] std::uint64_t imageOffset(std::uint64_t at) const;
     /// Reads a node of a level, 1 for leaves.
@@ -90,6 +91,8 @@ private:
     std::uint32_t m_nodeSize = 0;
     std::uint32_t m_nodeCount = 0;
     std::uint32_t m_root = 0;
+    std::uint32_t m_firstLeaf = 0;
+    std::uint32_t m_lastLeaf = 0;
     std::uint16_t m_depth = 0;
     std::uint16_t m_longestKey = 0;
     bool m_hasVariableIndexKeys = false;
