@@ -1,6 +1,8 @@
 #include "platform/discimage/VolumeFinder.h"
 
+#include "platform/discimage/HfsPlusVolumeReader.h"
 #include "platform/discimage/IsoVolumeReader.h"
+#include "platform/discimage/UdfVolumeReader.h"
 
 namespace Tessaron
 {
@@ -14,6 +16,8 @@ std::vector<FoundVolume> volumesInImage(const std::shared_ptr<const DiscImageSou
     };
     for (const VolumeKind kind : {VolumeKind::ISO9660, VolumeKind::RockRidge, VolumeKind::Joliet})
         add(kind, IsoVolumeReader::open(source, kind));
+    add(VolumeKind::UDF, UdfVolumeReader::open(source));
+    add(VolumeKind::HFSPlus, HfsPlusVolumeReader::open(source));
     return volumes;
 }
 
