@@ -86,7 +86,7 @@ NSError HfsPlusBTreeWalker::readBytes(std::uint64_t at, std::uint8_t *to, std::s
         const std::uint64_t within = at - m_extentStarts[index];
         const VolumeExtent &extent = m_traits.extents[index];
         const std::size_t part = std::size_t(std::min<std::uint64_t>(length, extent.length - within));
-        if (const NSError error = m_source->read(extent.offset + within, to, part))
+        if (NSError error = m_source->read(extent.offset + within, to, part))
             return error;
         at += part;
         to += part;
@@ -98,7 +98,7 @@ NSError HfsPlusBTreeWalker::readBytes(std::uint64_t at, std::uint8_t *to, std::s
 NSError HfsPlusBTreeWalker::readHeader()
 {
     std::array<std::uint8_t, descriptorSize + headerRecordSize> bytes;
-    if (const NSError error = readBytes(0, bytes.data(), bytes.size()))
+    if (NSError error = readBytes(0, bytes.data(), bytes.size()))
         return error;
     const std::uint64_t offset = imageOffset(0);
     const std::uint8_t *const header = bytes.data() + descriptorSize;
@@ -127,11 +127,11 @@ NSError HfsPlusBTreeWalker::readHeader()
 NSError HfsPlusBTreeWalker::checkEnds() const
 {
     HfsPlusTreeNode node;
-    if (const NSError error = readNode(m_firstLeaf, 1, &node))
+    if (NSError error = readNode(m_firstLeaf, 1, &node))
         return error;
     if (node.previous != 0)
         return damaged(node.offset, QStringLiteral("there is a leaf before the first"));
-    if (const NSError error = readNode(m_lastLeaf, 1, &node))
+    if (NSError error = readNode(m_lastLeaf, 1, &node))
         return error;
     if (node.next != 0)
         return damaged(node.offset, QStringLiteral("there is a leaf behind the last"));
@@ -146,7 +146,7 @@ NSError HfsPlusBTreeWalker::readNode(std::uint32_t number, std::uint8_t level, H
     node->number = number;
     node->offset = imageOffset(at);
     node->bytes.resize(m_nodeSize);
-    if (const NSError error = readBytes(at, node->bytes.data(), m_nodeSize))
+    if (NSError error = readBytes(at, node->bytes.data(), m_nodeSize))
         return error;
     const std::uint8_t *const from = node->bytes.data();
     node->next = loadBigEndian<std::uint32_t>(from);
@@ -195,7 +195,7 @@ NSError HfsPlusBTreeWalker::search(const HfsPlusTreeNode &node, bool isLeaf, Hfs
         const std::size_t middle = (low + high) / 2;
         HfsPlusBytes key;
         HfsPlusBytes data;
-        if (const NSError error = splitRecord(node, middle, isLeaf, &key, &data))
+        if (NSError error = splitRecord(node, middle, isLeaf, &key, &data))
             return error;
         if (m_order(key, wanted) <= 0)
             low = middle + 1;
@@ -212,15 +212,15 @@ NSError HfsPlusBTreeWalker::findLeaf(HfsPlusBytes key, HfsPlusTreeNode *leaf, st
     *index = -1;
     for (std::uint16_t level = m_depth; level > 0; --level) {
         const bool isLeaf = level == 1;
-        if (const NSError error = readNode(number, static_cast<std::uint8_t>(level), leaf))
+        if (NSError error = readNode(number, static_cast<std::uint8_t>(level), leaf))
             return error;
-        if (const NSError error = search(*leaf, isLeaf, key, index))
+        if (NSError error = search(*leaf, isLeaf, key, index))
             return error;
         if (isLeaf || *index < 0)
             return {};
         HfsPlusBytes pointerKey;
         HfsPlusBytes pointer;
-        if (const NSError error = splitRecord(*leaf, std::size_t(*index), false, &pointerKey, &pointer))
+        if (NSError error = splitRecord(*leaf, std::size_t(*index), false, &pointerKey, &pointer))
             return error;
         number = loadBigEndian<std::uint32_t>(pointer.data());
     }
@@ -231,12 +231,12 @@ NSError HfsPlusBTreeWalker::find(HfsPlusBytes key, HfsPlusTreePlace *place, bool
 {
     *isFound = false;
     std::ptrdiff_t index = -1;
-    if (const NSError error = findLeaf(key, &place->node, &index))
+    if (NSError error = findLeaf(key, &place->node, &index))
         return error;
     if (index < 0)
         return {};
     place->index = std::size_t(index);
-    if (const NSError error = splitRecord(place->node, place->index, true, &place->key, &place->data))
+    if (NSError error = splitRecord(place->node, place->index, true, &place->key, &place->data))
         return error;
     *isFound = m_order(place->key, key) == 0;
     return {};
@@ -252,7 +252,7 @@ NSError HfsPlusBTreeWalker::advance(HfsPlusTreePlace *place, bool *isFound) cons
         const std::uint32_t previous = place->node.number;
         if (place->node.next == 0)
             return {};
-        if (const NSError error = readNode(place->node.next, 1, &place->node))
+        if (NSError error = readNode(place->node.next, 1, &place->node))
             return error;
         if (place->node.previous != previous)
             return damaged(place->node.offset, QStringLiteral("a node does not know the one before it"));
@@ -260,14 +260,14 @@ NSError HfsPlusBTreeWalker::advance(HfsPlusTreePlace *place, bool *isFound) cons
     } else {
         ++place->index;
     }
-    if (const NSError error = splitRecord(place->node, place->index, true, &place->key, &place->data))
+    if (NSError error = splitRecord(place->node, place->index, true, &place->key, &place->data))
         return error;
     if (m_order(before, place->key) >= 0)
         return damaged(offset, QStringLiteral("the record behind this one should come before it"));
     if (isInNextNode) {
         HfsPlusTreeNode leaf;
         std::ptrdiff_t index = -1;
-        if (const NSError error = findLeaf(place->key, &leaf, &index))
+        if (NSError error = findLeaf(place->key, &leaf, &index))
             return error;
         if (index != 0 || leaf.number != place->node.number)
             return damaged(place->node.offset, QStringLiteral("the index does not lead to a node"));

@@ -102,8 +102,9 @@ int compareHfsPlusNames(std::span<const std::uint8_t> one, std::span<const std::
 int compareHfsxNames(std::span<const std::uint8_t> one, std::span<const std::uint8_t> other)
 {
     // Big-endian units are ordered like their bytes.
-    const auto order = std::lexicographical_compare_three_way(one.begin(), one.end(), other.begin(), other.end());
-    return order < 0 ? -1 : order > 0 ? 1 : 0;
+    if (std::ranges::lexicographical_compare(one, other))
+        return -1;
+    return std::ranges::equal(one, other) ? 0 : 1;
 }
 
 } // namespace Tessaron

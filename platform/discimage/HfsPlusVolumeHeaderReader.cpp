@@ -64,7 +64,7 @@ std::optional<Candidate> candidateIn(const DiscImageSource &source, std::uint64_
 NSError readHeader(const DiscImageSource &source, const Candidate &candidate, HfsPlusHeader *header)
 {
     const std::uint64_t offset = candidate.offset + headerDistance;
-    if (const NSError error = source.read(offset, header->bytes.data(), header->bytes.size()))
+    if (NSError error = source.read(offset, header->bytes.data(), header->bytes.size()))
         return error;
     const std::uint8_t *const from = header->bytes.data();
     if (!isVolume(header->bytes))

@@ -136,7 +136,7 @@ NSError HfsPlusVolumeReader::readRoot()
 {
     HfsPlusTreePlace place;
     HfsPlusItem item;
-    if (const NSError error = findFolder(rootId, &place, &item))
+    if (NSError error = findFolder(rootId, &place, &item))
         return error;
     if (hfsPlusParentId(place.key) != rootParentId)
         return damaged(place.recordOffset(), QStringLiteral("The root of the HFS+ volume lies in a folder"));
@@ -150,7 +150,7 @@ NSError HfsPlusVolumeReader::findPrivateFolder()
 {
     HfsPlusTreePlace place;
     bool isFound = false;
-    if (const NSError error = find(rootId, bigEndian(privateFolderName), &place, &isFound))
+    if (NSError error = find(rootId, bigEndian(privateFolderName), &place, &isFound))
         return error;
     if (!isFound)
         return {};
@@ -176,13 +176,13 @@ NSError HfsPlusVolumeReader::find(std::uint32_t parentId, QByteArrayView name, H
 NSError HfsPlusVolumeReader::findFolder(std::uint32_t id, HfsPlusTreePlace *place, HfsPlusItem *item) const
 {
     bool isFound = false;
-    if (const NSError error = find(id, {}, place, &isFound))
+    if (NSError error = find(id, {}, place, &isFound))
         return error;
     const std::optional<HfsPlusThread> thread = isFound ? hfsPlusThread(place->data) : std::nullopt;
     if (!thread || !thread->isFolder)
         return damaged(m_header.offset(), QStringLiteral("The HFS+ catalog has no thread for folder %1").arg(id));
     const std::uint64_t threadOffset = place->recordOffset();
-    if (const NSError error = find(thread->parentId, thread->name, place, &isFound))
+    if (NSError error = find(thread->parentId, thread->name, place, &isFound))
         return error;
     const std::optional<HfsPlusItem> folder = isFound ? hfsPlusItem(place->data) : std::nullopt;
     if (!folder || !folder->isFolder || folder->id != id)
@@ -196,7 +196,7 @@ NSError HfsPlusVolumeReader::extentsOf(HfsPlusBytes fork, std::uint32_t fileId, 
 {
     const HfsPlusForkHead head = hfsPlusForkHead(fork.data());
     HfsPlusForkExtents found(m_header.place, head);
-    if (const NSError error = found.add(fork.data() + HfsPlusForkHead::extentsOffset, recordOffset))
+    if (NSError error = found.add(fork.data() + HfsPlusForkHead::extentsOffset, recordOffset))
         return error;
     while (!found.isComplete()) {
         std::array<std::uint8_t, extentsKeySize> key{}; // of the data fork
@@ -205,12 +205,12 @@ NSError HfsPlusVolumeReader::extentsOf(HfsPlusBytes fork, std::uint32_t fileId, 
         HfsPlusTreePlace place;
         bool isFound = false;
         if (m_extents) { // the extents file itself has no more than eight
-            if (const NSError error = m_extents->find(key, &place, &isFound))
+            if (NSError error = m_extents->find(key, &place, &isFound))
                 return error;
         }
         if (!isFound || place.data.size() < extentRecordSize)
             return damaged(recordOffset, QStringLiteral("A fork has fewer blocks than it says"));
-        if (const NSError error = found.add(place.data.data(), place.recordOffset()))
+        if (NSError error = found.add(place.data.data(), place.recordOffset()))
             return error;
     }
     return found.finish(recordOffset, extents);
@@ -230,11 +230,11 @@ NSError HfsPlusVolumeReader::listFolder(const VolumeObject &folder, const Volume
     const auto id = static_cast<std::uint32_t>(folder.location);
     HfsPlusTreePlace place;
     HfsPlusItem itself;
-    if (const NSError error = findFolder(id, &place, &itself))
+    if (NSError error = findFolder(id, &place, &itself))
         return error;
     const std::uint64_t folderOffset = place.recordOffset();
     bool isFound = false;
-    if (const NSError error = find(id, {}, &place, &isFound)) // the thread, behind which the children are
+    if (NSError error = find(id, {}, &place, &isFound)) // the thread, behind which the children are
         return error;
     std::uint32_t count = 0;
     NSError firstError;
@@ -243,7 +243,7 @@ NSError HfsPlusVolumeReader::listFolder(const VolumeObject &folder, const Volume
             firstError = std::move(error);
     };
     for (;; ++count) {
-        if (const NSError error = m_catalog->advance(&place, &isFound))
+        if (NSError error = m_catalog->advance(&place, &isFound))
             return firstError ? firstError : error;
         if (!isFound || hfsPlusParentId(place.key) != id)
             break;
@@ -308,7 +308,7 @@ NSError HfsPlusVolumeReader::describeLink(const HfsPlusItem &link, std::uint64_t
     const std::u16string name = u"iNode" + QString::number(link.special).toStdU16String();
     HfsPlusTreePlace place;
     bool isFound = false;
-    if (const NSError error = find(m_privateFolder, bigEndian(name), &place, &isFound))
+    if (NSError error = find(m_privateFolder, bigEndian(name), &place, &isFound))
         return error;
     const std::optional<HfsPlusItem> file = isFound ? hfsPlusItem(place.data) : std::nullopt;
     if (!file || file->isFolder || leadsToPrivateFolder(*file))

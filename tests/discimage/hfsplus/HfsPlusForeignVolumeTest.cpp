@@ -67,7 +67,7 @@ TEST(HfsPlusForeignVolume, filesThatContradictThemselves_areErrors_andTheOthersA
         return walked.errors.join(u'|');
     };
     File file;
-    file.length = 9 * 4096;
+    file.length = std::uint64_t{9} * 4096;
     file.blocks = 9;
     file.extents = pieces(20, 8);
     EXPECT_TRUE(errorsOf(file, {}).contains(QStringLiteral("fewer blocks than it says")))

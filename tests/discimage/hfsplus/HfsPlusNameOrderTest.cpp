@@ -66,8 +66,9 @@ TEST(HfsPlusNameOrder, facts_agreeWithTheTableOfTheWriter_onEveryUnit)
             for (int length = int(random() % 4); length >= 0; --length)
                 name += static_cast<char16_t>(random() % 0x2200);
         }
-        const auto order = hfsPlusFoldedName(names[0]) <=> hfsPlusFoldedName(names[1]);
-        ASSERT_EQ(compare(names[0], names[1]), order < 0 ? -1 : order > 0 ? 1 : 0) << round;
+        const int order = hfsPlusFoldedName(names[0]).compare(hfsPlusFoldedName(names[1]));
+        const int expected = order == 0 ? 0 : order < 0 ? -1 : 1;
+        ASSERT_EQ(compare(names[0], names[1]), expected) << round;
     }
 }
 

@@ -38,10 +38,10 @@ void putFork(QByteArray *bytes, qsizetype at, std::uint64_t length, std::uint32_
 
 QByteArray nameBytes(const std::u16string &name)
 {
-    QByteArray bytes(qsizetype(2 + 2 * name.size()), '\0');
+    QByteArray bytes(2, '\0');
     put(&bytes, 0, name.size(), 2);
-    for (std::size_t index = 0; index < name.size(); ++index)
-        put(&bytes, qsizetype(2 + 2 * index), name[index], 2);
+    for (const char16_t unit : name)
+        bytes += QByteArray(1, char(unit >> 8)) + char(unit & 0xFF);
     return bytes;
 }
 
