@@ -191,6 +191,22 @@ NSError HfsPlusVolumeReader::findFolder(std::uint32_t id, HfsPlusTreePlace *plac
     return {};
 }
 
+NSError HfsPlusVolumeReader::checkThread(std::uint32_t fileId, std::uint64_t recordOffset) const
+{
+    HfsPlusTreePlace place;
+    bool isFound = false;
+    if (NSError error = find(fileId, {}, &place, &isFound))
+        return error;
+    const std::optional<HfsPlusThread> thread = isFound ? hfsPlusThread(place.data) : std::nullopt;
+    if (thread) {
+        if (NSError error = find(thread->parentId, thread->name, &place, &isFound))
+            return error;
+    }
+    if (!thread || !isFound || place.recordOffset() != recordOffset)
+        return damaged(recordOffset, QStringLiteral("A file of the HFS+ volume is not the one that has its ID"));
+    return {};
+}
+
 NSError HfsPlusVolumeReader::extentsOf(HfsPlusBytes fork, std::uint32_t fileId, std::uint64_t recordOffset,
                                        std::vector<VolumeExtent> *extents) const
 {
@@ -198,6 +214,10 @@ NSError HfsPlusVolumeReader::extentsOf(HfsPlusBytes fork, std::uint32_t fileId, 
     HfsPlusForkExtents found(m_header.place, head);
     if (NSError error = found.add(fork.data() + HfsPlusForkHead::extentsOffset, recordOffset))
         return error;
+    if (!found.isComplete() && fileId >= firstUserId) {
+        if (NSError error = checkThread(fileId, recordOffset))
+            return error;
+    }
     while (!found.isComplete()) {
         std::array<std::uint8_t, extentsKeySize> key{}; // of the data fork
         storeBigEndian<std::uint32_t>(&key[2], fileId);

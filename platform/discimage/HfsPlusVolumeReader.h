@@ -19,7 +19,8 @@ namespace Tessaron
 /// Names come composed, as Linux shows them; who compares must compare canonical forms. Hard links have the identity,
 /// attributes and contents of the file that they lead to. The folders and files that the volume keeps for itself are
 /// left out. Listing a folder checks what a mounted system relies on: that its thread leads to it, the order of the
-/// catalog, that the index leads to each leaf, and the number of children.
+/// catalog, that the index leads to each leaf, and the number of children. Threads of files are looked at for files in
+/// more than eight pieces only, the allocation file never: no listing needs them.
 class TESSARON_EXPORT HfsPlusVolumeReader final : public VolumeReader
 {
 public:
@@ -42,6 +43,9 @@ private:
                                bool *isFound) const;
     /// The folder record with the ID, found as a system would: by its thread.
     [[nodiscard]] NSError findFolder(std::uint32_t id, HfsPlusTreePlace *place, HfsPlusItem *item) const;
+    /// Fails unless the ID leads to the record of the file there. That lets no two files have the same extents from the
+    /// extents file, which a volume could make endlessly many of.
+    [[nodiscard]] NSError checkThread(std::uint32_t fileId, std::uint64_t recordOffset) const;
     /// All extents of a data fork or file of the volume (80 bytes of fork data).
     [[nodiscard]] NSError extentsOf(HfsPlusBytes fork, std::uint32_t fileId, std::uint64_t recordOffset,
                                     std::vector<VolumeExtent> *extents) const;

@@ -43,6 +43,7 @@ TEST(HfsPlusForeignVolume, fileInManyPieces_isReadWhole)
         file.extents.assign(all.begin(), all.begin() + 8);
         maker.setRoot(1);
         maker.addFile(2, u"pieces", file);
+        maker.addFileThread(16, 2, u"pieces");
         maker.addExtents(16, 8, {all.begin() + 8, all.begin() + 16});
         maker.addExtents(16, 16, {all.begin() + 16, all.end()});
         const WalkedVolume walked(maker.image());
@@ -60,6 +61,7 @@ TEST(HfsPlusForeignVolume, filesThatContradictThemselves_areErrors_andTheOthersA
         maker.setRoot(2);
         maker.addFile(2, u"bad", file);
         maker.addFile(2, u"good", {});
+        maker.addFileThread(16, 2, u"bad");
         if (!more.empty())
             maker.addExtents(16, 8, more);
         const WalkedVolume walked(maker.image());
@@ -80,6 +82,27 @@ TEST(HfsPlusForeignVolume, filesThatContradictThemselves_areErrors_andTheOthersA
     EXPECT_TRUE(errorsOf(file, {}).contains(QStringLiteral("longer than its blocks")));
     file.length = ~std::uint64_t{0};
     EXPECT_TRUE(errorsOf(file, {}).contains(QStringLiteral("longer than its blocks")));
+}
+
+TEST(HfsPlusForeignVolume, filesInManyPieces_doNotShareThem)
+{
+    HfsPlusVolumeMaker maker;
+    File file;
+    file.length = 9 * std::uint64_t{maker.blockSize()};
+    file.blocks = 9;
+    file.extents = pieces(20, 8);
+    maker.setRoot(3);
+    maker.addFile(2, u"a", file);
+    maker.addFile(2, u"b", file);
+    file.id = 17;
+    maker.addFile(2, u"without thread", file);
+    maker.addFileThread(16, 2, u"b");
+    maker.addExtents(16, 8, {{50, 1}});
+    maker.addExtents(17, 8, {{51, 1}});
+    const WalkedVolume walked(maker.image());
+    EXPECT_EQ(walked.objects.keys(), QList<QByteArray>{"b"});
+    ASSERT_EQ(walked.errors.size(), 1);
+    EXPECT_TRUE(walked.errors[0].contains(QStringLiteral("not the one that has its ID")));
 }
 
 TEST(HfsPlusForeignVolume, catalogInTwoPieces_isRead)

@@ -72,10 +72,10 @@ QByteArray HfsPlusVolumeMaker::folderRecord(std::uint32_t id, std::uint32_t chil
     return record;
 }
 
-QByteArray HfsPlusVolumeMaker::threadRecord(std::uint32_t parent, const std::u16string &name)
+QByteArray HfsPlusVolumeMaker::threadRecord(bool isFolder, std::uint32_t parent, const std::u16string &name)
 {
     QByteArray record(8, '\0');
-    put(&record, 0, 3, 2);
+    put(&record, 0, isFolder ? 3 : 4, 2);
     put(&record, 4, parent, 4);
     return record + nameBytes(name);
 }
@@ -88,7 +88,12 @@ void HfsPlusVolumeMaker::addFolder(std::uint32_t parent, const std::u16string &n
 
 void HfsPlusVolumeMaker::addFolderThread(std::uint32_t id, std::uint32_t parent, const std::u16string &name)
 {
-    m_catalog.push_back({catalogKey(id, {}), threadRecord(parent, name)});
+    m_catalog.push_back({catalogKey(id, {}), threadRecord(true, parent, name)});
+}
+
+void HfsPlusVolumeMaker::addFileThread(std::uint32_t id, std::uint32_t parent, const std::u16string &name)
+{
+    m_catalog.push_back({catalogKey(id, {}), threadRecord(false, parent, name)});
 }
 
 void HfsPlusVolumeMaker::addFile(std::uint32_t parent, const std::u16string &name, const File &file)
@@ -156,7 +161,7 @@ QByteArray HfsPlusVolumeMaker::image() const
     for (std::uint32_t block = 0; block < blockCount; ++block)
         bytes += QByteArray(qsizetype(m_blockSize), block < firstFreeBlock() ? '\0' : char(block));
     std::vector<Record> catalog{{catalogKey(1, u"Made"), folderRecord(2, m_rootChildren)},
-                                {catalogKey(2, {}), threadRecord(1, u"Made")}};
+                                {catalogKey(2, {}), threadRecord(true, 1, u"Made")}};
     catalog.insert(catalog.end(), m_catalog.begin(), m_catalog.end());
 
     const std::uint32_t treeBlocks = treeBytes / m_blockSize;

@@ -50,6 +50,7 @@ public:
     void addFolder(std::uint32_t parent, const std::u16string &name, std::uint32_t id, std::uint32_t childCount);
     void addFile(std::uint32_t parent, const std::u16string &name, const File &file);
     void addFolderThread(std::uint32_t id, std::uint32_t parent, const std::u16string &name);
+    void addFileThread(std::uint32_t id, std::uint32_t parent, const std::u16string &name);
     /// A record of the extents file: the extents from block `startBlock` of a file's data fork on.
     void addExtents(std::uint32_t fileId, std::uint32_t startBlock, const HfsPlusExtents &extents);
 
@@ -66,7 +67,7 @@ private:
                                   std::uint32_t attributes) const;
     [[nodiscard]] static QByteArray catalogKey(std::uint32_t parent, const std::u16string &name);
     [[nodiscard]] static QByteArray folderRecord(std::uint32_t id, std::uint32_t childCount);
-    [[nodiscard]] static QByteArray threadRecord(std::uint32_t parent, const std::u16string &name);
+    [[nodiscard]] static QByteArray threadRecord(bool isFolder, std::uint32_t parent, const std::u16string &name);
 
     const std::uint32_t m_blockSize;
     std::uint32_t m_rootChildren = 0;
