@@ -1,3 +1,4 @@
+#include "platform/discimage/VolumeFinder.h"
 #include "platform/discrecording/DRFile.h"
 #include "platform/discrecording/DRFolder.h"
 #include "tests/discimage/hfsplus/WalkedVolume.h"
@@ -141,6 +142,35 @@ TEST(HfsPlusVolumeReader, imageWithoutVolume_hasNeitherReaderNorError)
         EXPECT_FALSE(result.reader);
         EXPECT_FALSE(result.error);
     }
+}
+
+TEST(HfsPlusVolumeReader, allFilesystemsOfAnImage_haveTheSameExtents)
+{
+    const TemporaryTree tree;
+    for (const char *const name : {"a", "folder/b", "folder/deeper/c"})
+        tree.makeFile(name, QByteArray(30'000, name[0]));
+    tree.makeHardLink("linked", "folder/b");
+    tree.makeSparseFile("huge", (qint64(5) << 30) + 1);
+    const WrittenVolume volume(DRFolder::folderWithPath(tree.pathText()), 15);
+    int compared = 0;
+    for (const FoundVolume &found : volumesInImage(volume.source)) {
+        if (found.kind != VolumeKind::RockRidge && found.kind != VolumeKind::UDF)
+            continue;
+        ASSERT_TRUE(found.reader);
+        VolumeWalker walker;
+        walker.object = [&](const QByteArray &folder, const VolumeObject &object) {
+            if (object.kind != VolumeObjectKind::File)
+                return true;
+            const QByteArray path = folder.isEmpty() ? object.name : folder + '/' + object.name;
+            const VolumeObject here = volume.walked.objects.value(path);
+            EXPECT_EQ(here.extents, object.extents) << path.toStdString() << " " << int(found.kind);
+            EXPECT_EQ(here.size, object.size) << path.toStdString();
+            ++compared;
+            return true;
+        };
+        EXPECT_TRUE(walkVolume(*found.reader, walker));
+    }
+    EXPECT_EQ(compared, 10) << "five files in each of the two";
 }
 
 TEST(HfsPlusVolumeReader, volumeOfAnotherWriter_isRead)
