@@ -5,6 +5,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/coreservices/FSRef.h
     platform/discimage/DiscImageErrors.h
     platform/discimage/DiscImageSource.h
+    platform/discimage/VolumeFinder.h
     platform/discimage/VolumeObject.h
     platform/discimage/VolumeReader.h
     platform/discimage/VolumeWalk.h

@@ -6,6 +6,8 @@ _tessaron_options() {
         echo "-o --output --format -n --name --filesystems --strict --progress --json -q --quiet -v --verbose" \
             "-h --help --version"
         ;;
+    inspect) echo "--json -h --help --version" ;;
+    verify) echo "--progress --json -q --quiet -v --verbose -h --help --version" ;;
     scan) echo "--progress --json -q --quiet -v --verbose -h --help --version" ;;
     *) echo "-h --help --version" ;;
     esac
@@ -47,7 +49,7 @@ _tessaron() {
     elif [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(_tessaron_options "$command")" -- "$word")
     elif ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "image scan" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "image inspect scan verify" -- "$word")
     else
         _tessaron_complete_paths "$word"
     fi

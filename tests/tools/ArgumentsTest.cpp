@@ -103,6 +103,18 @@ TEST(Arguments, usageError_asksForJson_whenTheLineDoes)
     EXPECT_FALSE(parseArguments({"image", "--nonsense", "--", "--json"}).json);
 }
 
+TEST(Arguments, inspectAndVerify_takeTheImageFirst)
+{
+    const Arguments inspect = parseArguments({"inspect", "--json", "disc.iso"});
+    EXPECT_EQ(inspect.action, Arguments::Action::Inspect);
+    EXPECT_EQ(inspect.paths, QList<QByteArray>({"disc.iso"}));
+    EXPECT_TRUE(inspect.json);
+    const Arguments verify = parseArguments({"verify", "-v", "disc.iso", "a", "b"});
+    EXPECT_EQ(verify.action, Arguments::Action::Verify);
+    EXPECT_EQ(verify.paths, QList<QByteArray>({"disc.iso", "a", "b"}));
+    EXPECT_EQ(verify.verbosity, Verbosity::Verbose);
+}
+
 class WrongArguments : public testing::TestWithParam<WrongLine>
 {
 };
@@ -119,8 +131,10 @@ INSTANTIATE_TEST_SUITE_P(
     Lines, WrongArguments,
     testing::Values(WrongLine{{}, "no command"}, WrongLine{{"burn"}, "there is no command “burn”"},
                     WrongLine{{"--json"}, "there is no option “--json”"}, WrongLine{{"scan"}, "no PATH"},
-                    WrongLine{{"scan", ""}, "a PATH is empty"}, WrongLine{{"image", "x"}, "-o OUT"},
-                    WrongLine{{"image", "-o", "x.iso"}, "no PATH"},
+                    WrongLine{{"scan", ""}, "a PATH is empty"}, WrongLine{{"inspect"}, "no IMAGE"},
+                    WrongLine{{"inspect", "a", "b"}, "more than one IMAGE"}, WrongLine{{"verify"}, "no IMAGE"},
+                    WrongLine{{"verify", "a"}, "no PATH"}, WrongLine{{"verify", "--strict", "a", "b"}, "no option"},
+                    WrongLine{{"image", "x"}, "-o OUT"}, WrongLine{{"image", "-o", "x.iso"}, "no PATH"},
                     WrongLine{{"image", "x", "-o"}, "the option -o needs a value"},
                     WrongLine{{"image", "x", "--output="}, "the value of --output is empty"},
                     WrongLine{{"image", "--strict=yes", "x"}, "the option --strict takes no value"},

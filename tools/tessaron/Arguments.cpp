@@ -235,6 +235,40 @@ QString checkImage(Arguments &arguments, bool hasFormat)
     return {};
 }
 
+QString checkInspect(const Arguments &arguments)
+{
+    if (arguments.paths.isEmpty())
+        return QStringLiteral("no IMAGE was given");
+    return arguments.paths.size() > 1 ? QStringLiteral("more than one IMAGE was given; look at one at a time")
+                                      : QString();
+}
+
+QString checkVerify(const Arguments &arguments)
+{
+    if (arguments.paths.isEmpty())
+        return QStringLiteral("no IMAGE was given");
+    return arguments.paths.size() == 1 ? QStringLiteral("no PATH was given to compare the image with") : QString();
+}
+
+/// The line's words are known; do they make sense together? Sets the action.
+QString checkCommand(Arguments &arguments, bool hasFormat)
+{
+    if (arguments.command == "scan") {
+        arguments.action = Arguments::Action::Scan;
+        return checkScan(arguments);
+    }
+    if (arguments.command == "inspect") {
+        arguments.action = Arguments::Action::Inspect;
+        return checkInspect(arguments);
+    }
+    if (arguments.command == "verify") {
+        arguments.action = Arguments::Action::Verify;
+        return checkVerify(arguments);
+    }
+    arguments.action = Arguments::Action::MakeImage;
+    return checkImage(arguments, hasFormat);
+}
+
 Arguments withUsageError(Arguments arguments, const QString &message)
 {
     arguments.action = Arguments::Action::ReportUsageError;
@@ -245,7 +279,7 @@ Arguments withUsageError(Arguments arguments, const QString &message)
 /// The command's name and what stands before it.
 bool isCommand(const QByteArray &word)
 {
-    return word == "scan" || word == "image";
+    return word == "scan" || word == "image" || word == "inspect" || word == "verify";
 }
 
 } // namespace
@@ -277,12 +311,8 @@ Arguments parseArguments(const QList<QByteArray> &words)
     }
     if (result.command.isEmpty())
         return withUsageError(result, QStringLiteral("no command was given"));
-    const bool isScan = result.command == "scan";
-    const QString error = isScan ? checkScan(result) : checkImage(result, parser.hasFormat);
-    if (!error.isEmpty())
-        return withUsageError(result, error);
-    result.action = isScan ? Arguments::Action::Scan : Arguments::Action::MakeImage;
-    return result;
+    const QString error = checkCommand(result, parser.hasFormat);
+    return error.isEmpty() ? result : withUsageError(result, error);
 }
 
 } // namespace Tessaron::Tool

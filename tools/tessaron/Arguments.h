@@ -38,11 +38,14 @@ struct Arguments {
         ShowVersion,
         Scan,
         MakeImage,
+        Inspect,
+        Verify,
         ReportUsageError,
     };
 
     Action action = Action::ReportUsageError;
-    /// The command that was named, as far as it was understood: "", "scan" or "image". Help is about it.
+    /// The command that was named, as far as it was understood: "", "scan", "image", "inspect" or "verify".
+    /// Help is about it.
     QByteArray command;
     QString usageError; ///< for ReportUsageError, without the full stop
 

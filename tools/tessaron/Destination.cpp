@@ -126,8 +126,14 @@ Problem inspectCue(Destination *destination)
 {
     destination->cueName = cueNameFor(destination->name);
     struct stat status;
-    if (::fstatat(destination->folder.get(), destination->cueName.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
-        return {};
+    if (::fstatat(destination->folder.get(), destination->cueName.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno != ENAMETOOLONG)
+            return {};
+        return destinationProblem(
+            destination->cueName,
+            QStringLiteral("the name of the cue sheet, %1, would be too long").arg(quoted(destination->cueName)),
+            QStringLiteral("Give the image a shorter name."));
+    }
     destination->existingCue = FileIdentity{status.st_dev, status.st_ino};
     if (!S_ISREG(status.st_mode))
         return destinationProblem(

@@ -11,11 +11,13 @@ constexpr qsizetype optionColumnWidth = 26;
 
 constexpr char programIntroduction[] = R"(Usage: tessaron COMMAND [OPTION]... PATH...
 
-Makes disc images of folders and files.
+Makes disc images of folders and files, and reads them back.
 
 Commands:
-  image   make a disc image
-  scan    count what is in folders and files
+  image    make a disc image
+  inspect  tell what a disc image holds
+  verify   compare every filesystem of a disc image with its sources
+  scan     count what is in folders and files
 
 'tessaron COMMAND --help' tells more about a command.
 
@@ -25,7 +27,7 @@ Options:
 constexpr char programEnd[] = R"(
 Examples:
   tessaron image -o photos.iso Photos
-  tessaron scan Photos
+  tessaron verify photos.iso Photos
 
 Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but something could not be
 stored or read, 130 interrupted.
@@ -73,6 +75,41 @@ Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but something could not be
 read, 130 interrupted.
 )";
 
+constexpr char inspectIntroduction[] = R"(Usage: tessaron inspect [OPTION]... IMAGE
+
+Tells which filesystems a disc image has, what they hold, its partitions, and
+the tracks that a VANT image or a cue sheet describes. Knows ISO 9660, Rock
+Ridge, Joliet, UDF and HFS+, whoever wrote them.
+
+Options:
+)";
+
+constexpr char inspectEnd[] = R"(
+Examples:
+  tessaron inspect photos.iso
+  tessaron inspect --json disc.cue
+
+Exit status: 0 done, 1 failed, damaged or nothing known, 2 wrong usage, 130
+interrupted.
+)";
+
+constexpr char verifyIntroduction[] = R"(Usage: tessaron verify [OPTION]... IMAGE PATH...
+
+Reads every filesystem of a disc image back and compares it with the PATHs that
+it was made of: names by the rules of each filesystem, sizes, contents, times
+and link targets. Says which filesystem differs, and where.
+
+Options:
+)";
+
+constexpr char verifyEnd[] = R"(
+Examples:
+  tessaron verify photos.iso Photos
+  tessaron verify --json backup.iso Letters Photos notes.txt
+
+Exit status: 0 the same, 1 different or failed, 2 wrong usage, 130 interrupted.
+)";
+
 QByteArray optionLines(const OptionDescription &option)
 {
     QByteArray left = "  ";
@@ -101,6 +138,12 @@ QByteArray helpText(const QByteArray &command)
     } else if (command == "scan") {
         result = scanIntroduction;
         end = scanEnd;
+    } else if (command == "inspect") {
+        result = inspectIntroduction;
+        end = inspectEnd;
+    } else if (command == "verify") {
+        result = verifyIntroduction;
+        end = verifyEnd;
     }
     for (const OptionDescription &option : allOptions()) {
         if (knows(command, option))

@@ -195,31 +195,38 @@ void ImageMaker::lookAhead()
     if (m_isPlanChecked || !m_writer || m_writer->amounts().bytesTotal == 0)
         return;
     m_isPlanChecked = true;
-    if (Problem problem = checkPlan())
+    Problem problem = checkPlan();
+    if (!problem)
+        problem = checkSpace(m_writer->amounts().bytesTotal);
+    if (problem)
         stop(problem);
 }
 
 Problem ImageMaker::checkPlan() const
 {
     const std::shared_ptr<const DRStorageReport> report = m_writer->storageReport();
-    if (m_order.isStrict && report && report->lostCount() > 0)
-        return {Problem::Kind::NotStored,
-                counted(report->lostCount(), "item cannot be stored as it is", "items cannot be stored as they are"),
-                QStringLiteral("Leave --strict out to make the image without them."),
-                {}};
-    return checkSpace(m_writer->amounts().bytesTotal);
+    if (!m_order.isStrict || !report || report->lostCount() == 0)
+        return {};
+    return {Problem::Kind::NotStored,
+            counted(report->lostCount(), "item cannot be stored as it is", "items cannot be stored as they are"),
+            QStringLiteral("Leave --strict out to make the image without them."),
+            {}};
 }
 
 Problem ImageMaker::checkSpace(std::uint64_t imageSize) const
 {
     // Holes in the sources may stay holes in the image: only what they occupy is sure to be needed.
     const std::uint64_t needed = std::min(imageSize, m_allocatedSize);
-    const std::optional<std::uint64_t> available = freeSpaceForPlainWriting(m_order.descriptor);
-    if (!available || needed <= *available)
+    const std::optional<std::uint64_t> free = freeSpaceForPlainWriting(m_order.descriptor);
+    // The writing has begun. What it has taken is asked for last, so that what it takes meanwhile counts twice rather
+    // than never.
+    struct stat own = {};
+    const std::uint64_t taken = ::fstat(m_order.descriptor, &own) == 0 ? std::uint64_t(own.st_blocks) * 512 : 0;
+    if (!free || needed <= *free + taken)
         return {};
     return {Problem::Kind::Space,
-            QStringLiteral("the disk is too full: the image needs %1, but there are only %2")
-                .arg(sizeText(imageSize), sizeText(*available)),
+            QStringLiteral("the disk is too full: the image needs %1, but only %2 is free")
+                .arg(sizeText(imageSize), sizeText(*free + taken)),
             QStringLiteral("Make room, or choose another place for the output."), m_order.path};
 }
 

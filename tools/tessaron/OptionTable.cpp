@@ -22,15 +22,15 @@ constexpr std::array options = {
                       "Comma-separated: iso9660 (with Rock Ridge), joliet,\nudf, hfs+. All four when it is not given."},
     OptionDescription{Option::Strict, 0, "strict", nullptr, "image",
                       "Fail, and leave nothing, when something cannot be\nstored as it is."},
-    OptionDescription{Option::Progress, 0, "progress", "KIND", "image scan",
+    OptionDescription{Option::Progress, 0, "progress", "KIND", "image scan verify",
                       "auto: a bar on a terminal; bar, json (one object in\na line) or none. On standard error."},
-    OptionDescription{Option::Json, 0, "json", nullptr, "image scan",
+    OptionDescription{Option::Json, 0, "json", nullptr, "image scan inspect verify",
                       "Print one JSON object on standard output at the end,\nalso after a failure."},
-    OptionDescription{Option::Quiet, 'q', "quiet", nullptr, "image scan", "Errors only."},
-    OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "image scan",
-                      "List everything that is not stored or read as it is."},
-    OptionDescription{Option::Help, 'h', "help", nullptr, "- image scan", "Show this help."},
-    OptionDescription{Option::Version, 0, "version", nullptr, "- image scan", "Show the version."},
+    OptionDescription{Option::Quiet, 'q', "quiet", nullptr, "image scan verify", "Errors only."},
+    OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "image scan verify",
+                      "List everything that is not as it should be."},
+    OptionDescription{Option::Help, 'h', "help", nullptr, "- image scan inspect verify", "Show this help."},
+    OptionDescription{Option::Version, 0, "version", nullptr, "- image scan inspect verify", "Show the version."},
 };
 
 const OptionDescription *firstWhere(const QByteArray &command, auto matches)

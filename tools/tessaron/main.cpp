@@ -2,9 +2,11 @@
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/ImageCommand.h"
 #include "tools/tessaron/ImageReport.h"
+#include "tools/tessaron/InspectCommand.h"
 #include "tools/tessaron/ScanCommand.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
+#include "tools/tessaron/VerifyCommand.h"
 
 #include <QCoreApplication>
 
@@ -47,6 +49,10 @@ ExitStatus run(const Arguments &arguments)
         return ScanCommand(arguments).run();
     case Arguments::Action::MakeImage:
         return ImageCommand(arguments).run();
+    case Arguments::Action::Inspect:
+        return InspectCommand(arguments).run();
+    case Arguments::Action::Verify:
+        return VerifyCommand(arguments).run();
     case Arguments::Action::ReportUsageError:
         break;
     }

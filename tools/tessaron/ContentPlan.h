@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/discimage/VolumeObject.h"
+#include "tools/tessaron/Differences.h"
+#include "tools/tessaron/SourceIndex.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace Tessaron::Tool
+{
+
+/// Where a source's contents are said to lie in the image, and by whom.
+struct ContentPlace {
+    std::uint64_t offset = 0; ///< of the first run, bytes
+    std::uint64_t length = 0; ///< of all runs
+    SourceNumber source = noSource;
+    std::uint32_t next = UINT32_MAX; ///< another place of the same source
+    std::uint32_t runs = UINT32_MAX; ///< index of the list of runs; none for a single one
+    VolumeSet volumes = 0;
+};
+
+/// Gathers what the volumes say of the places of files, so that contents which several of them share are compared once.
+/// About 40 bytes for each file.
+class ContentPlan
+{
+public:
+    explicit ContentPlan(std::size_t sourceCount)
+        : m_firstPlace(sourceCount, none)
+    {
+    }
+
+    void add(SourceNumber source, VolumeKind kind, const VolumeObject &file);
+
+    /// Sorts the places by offset, so that sourcesAt() answers for all that were added up to now.
+    void prepareLookup();
+    /// Places that begin at the offset, as indices for place().
+    [[nodiscard]] std::span<const std::uint32_t> placesAt(std::uint64_t offset) const;
+    [[nodiscard]] const ContentPlace &place(std::uint32_t index) const { return m_places[index]; }
+
+    /// All places in the order of the image. Ends the use of the other operations.
+    [[nodiscard]] const std::vector<ContentPlace> &sortedPlaces();
+    [[nodiscard]] std::vector<VolumeExtent> runsOf(const ContentPlace &place) const;
+
+private:
+    static constexpr std::uint32_t none = UINT32_MAX;
+
+    [[nodiscard]] bool isSame(const ContentPlace &place, const VolumeObject &file) const;
+
+    std::vector<ContentPlace> m_places;
+    std::vector<std::uint32_t> m_firstPlace; ///< by source
+    std::vector<std::vector<VolumeExtent>> m_runs;
+    std::vector<std::uint32_t> m_byOffset;
+};
+
+} // namespace Tessaron::Tool

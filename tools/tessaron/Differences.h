@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/discimage/VolumeReader.h"
+#include "platform/foundation/NSError.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace Tessaron::Tool
+{
+
+/// A set of views of an image: bit 1 << VolumeKind.
+using VolumeSet = std::uint8_t;
+
+[[nodiscard]] constexpr VolumeSet setOf(VolumeKind kind)
+{
+    return VolumeSet(1u << unsigned(kind));
+}
+
+/// Something in which an image and its sources do not agree.
+struct Difference {
+    enum class Kind : std::uint8_t {
+        Missing, ///< in the sources only
+        Extra, ///< in the image only
+        Type, ///< a folder here, a file there
+        Size,
+        Contents,
+        LinkTarget,
+        Time,
+        Damage, ///< the image cannot be read there
+        Source, ///< the source cannot be read
+    };
+
+    Kind kind = Kind::Missing;
+    VolumeSet volumes = 0; ///< that disagree; none for Source
+    QByteArray path; ///< on the disc
+    std::optional<std::uint64_t> offset; ///< in the image, bytes
+    QString message; ///< what is there and what was expected, without the full stop
+};
+
+/// "missing", "extra", "type" …
+[[nodiscard]] QString nameOfDifference(Difference::Kind kind);
+
+/// Collects differences; keeps the first ten thousand and counts the rest.
+class DifferenceList
+{
+public:
+    void add(Difference difference);
+    /// An error of a reader, at the offset that it names.
+    void addDamage(VolumeSet volumes, const QByteArray &path, const NSError &error);
+
+    [[nodiscard]] const std::vector<Difference> &items() const { return m_items; }
+    [[nodiscard]] std::uint64_t count() const { return m_count; }
+    [[nodiscard]] std::uint64_t countIn(VolumeKind kind) const { return m_counts[std::size_t(kind)]; }
+
+private:
+    std::vector<Difference> m_items;
+    std::uint64_t m_count = 0;
+    std::uint64_t m_counts[5] = {}; ///< by VolumeKind
+};
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,232 @@
+#include "tools/tessaron/InspectCommand.h"
+
+#include "platform/discimage/DiscImageErrors.h"
+#include "platform/foundation/FileSystemRepresentation.h"
+#include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/JsonWriter.h"
+#include "tools/tessaron/StandardStreams.h"
+#include "tools/tessaron/Text.h"
+#include "tools/tessaron/VolumeJson.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <unistd.h>
+
+namespace Tessaron::Tool
+{
+
+namespace
+{
+
+QString volumeLine(const VolumeReader &reader, const VolumeCensus &census)
+{
+    const VolumeFacts &facts = reader.facts();
+    QString line = QStringLiteral("%1 “%2”: %3 blocks of %4 bytes, %5, %6")
+                       .arg(volumeKindName(facts.kind), facts.name)
+                       .arg(facts.blockCount)
+                       .arg(facts.blockSize)
+                       .arg(counted(census.files, "file", "files"), counted(census.folders, "folder", "folders"));
+    if (census.symbolicLinks > 0)
+        line += QStringLiteral(", ") + counted(census.symbolicLinks, "symbolic link", "symbolic links");
+    if (census.others > 0)
+        line += QStringLiteral(", ") + counted(census.others, "special file", "special files");
+    line += QStringLiteral(", ") + sizeText(census.bytes);
+    if (facts.created)
+        line += QStringLiteral(", made ") + timeText(*facts.created);
+    return line;
+}
+
+QString trackLine(const ImageTrack &track)
+{
+    QString line = QStringLiteral("session %1, track %2: %3, %4 at byte %5")
+                       .arg(track.session)
+                       .arg(track.number)
+                       .arg(QString::fromLatin1(track.mode), counted(track.length, "block", "blocks"))
+                       .arg(track.offset);
+    if (track.pregap > 0)
+        line += QStringLiteral(", pregap %1").arg(track.pregap);
+    if (track.postgap > 0)
+        line += QStringLiteral(", postgap %1").arg(track.postgap);
+    return line;
+}
+
+} // namespace
+
+InspectCommand::InspectCommand(const Arguments &arguments)
+    : m_arguments(arguments)
+    , m_start(std::chrono::steady_clock::now())
+{
+}
+
+ExitStatus InspectCommand::run()
+{
+    m_signalWatcher = std::make_unique<SignalWatcher>([] {});
+    m_problem = openImage(m_arguments.paths.first(), &m_image);
+    if (!m_problem)
+        inspect();
+    if (m_signalWatcher->isInterrupted())
+        m_problem = interruption();
+    else if (!m_problem)
+        m_problem = judge();
+    printErrors();
+    if (m_problem)
+        printProblem(m_problem);
+    const bool hasImage =
+        (!m_image.volumes.empty() || !m_image.tracks.empty()) && m_problem.kind != Problem::Kind::Interrupted;
+    const bool isWritten = m_arguments.json ? writeJson() : (!hasImage || writeText());
+    if (isWritten)
+        return exitStatusFor(m_problem);
+    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
+    return ExitStatus::Failed;
+}
+
+void InspectCommand::inspect()
+{
+    for (const FoundVolume &volume : m_image.volumes)
+        m_censuses.push_back(volume.reader
+                                 ? censusOf(*volume.reader, [this] { return m_signalWatcher->isInterrupted(); })
+                                 : VolumeCensus());
+}
+
+Problem InspectCommand::judge() const
+{
+    const QByteArray &path = m_image.path;
+    const auto isDamaged = [](const FoundVolume &volume) { return bool(volume.error); };
+    const auto hasFailures = [](const VolumeCensus &census) { return census.failureCount > 0; };
+    if (m_image.source->vantError() || std::any_of(m_image.volumes.begin(), m_image.volumes.end(), isDamaged)
+        || std::any_of(m_censuses.begin(), m_censuses.end(), hasFailures))
+        return {Problem::Kind::Source, QStringLiteral("the image %1 is damaged").arg(quoted(path)), {}, path};
+    if (m_image.volumes.empty() && m_image.tracks.empty())
+        return {Problem::Kind::Source, QStringLiteral("nothing that is known here was found in %1").arg(quoted(path)),
+                QStringLiteral("Known are ISO 9660, Rock Ridge, Joliet, UDF, HFS+, VANT and cue sheets."), path};
+    return {};
+}
+
+void InspectCommand::printErrors() const
+{
+    if (!m_image.source)
+        return;
+    if (m_image.source->vantError())
+        printDiagnostic(m_image.source->vantError().localizedFailureReason());
+    for (std::size_t index = 0; index < m_censuses.size(); ++index) {
+        const FoundVolume &volume = m_image.volumes[index];
+        const QString kind = volumeKindName(volume.kind);
+        if (volume.error)
+            printDiagnostic(QStringLiteral("%1: %2").arg(kind, volume.error.localizedFailureReason()));
+        const VolumeCensus &census = m_censuses[index];
+        for (const VolumeCensus::Failure &failure : census.failures)
+            printDiagnostic(QStringLiteral("%1, %2: %3")
+                                .arg(kind, quoted('/' + failure.path), failure.error.localizedFailureReason()));
+        if (census.failureCount > census.failures.size())
+            printDiagnostic(QStringLiteral("… and %1 more").arg(census.failureCount - census.failures.size()));
+    }
+}
+
+bool InspectCommand::writeText() const
+{
+    QByteArray text = printable(m_image.path) + ": " + sizeText(m_image.source->fileLength()).toUtf8() + " ("
+        + QByteArray::number(qulonglong(m_image.source->fileLength())) + " bytes), " + m_image.format + '\n';
+    for (std::size_t index = 0; index < m_censuses.size(); ++index) {
+        if (m_image.volumes[index].reader)
+            text += "  " + printable(volumeLine(*m_image.volumes[index].reader, m_censuses[index])) + '\n';
+    }
+    for (const ImageTrack &track : m_image.tracks)
+        text += "  " + printable(trackLine(track)) + '\n';
+    for (const DiscImagePartition &partition : m_image.source->partitions())
+        text += "  "
+            + printable(QStringLiteral("partition “%1” of type %2: %3 bytes at byte %4")
+                            .arg(partition.name, partition.type)
+                            .arg(partition.length)
+                            .arg(partition.offset))
+            + '\n';
+    if (m_image.source->vantImage() && !m_image.source->vantImage()->cdTextBlocks.isEmpty())
+        text += "  "
+            + counted(std::uint64_t(m_image.source->vantImage()->cdTextBlocks.size()), "block", "blocks").toUtf8()
+            + " of CD-TEXT\n";
+    return writeAll(STDOUT_FILENO, text);
+}
+
+void InspectCommand::writeVolumes(JsonWriter &writer) const
+{
+    writer.key("filesystems");
+    writer.beginArray();
+    for (std::size_t index = 0; index < m_censuses.size(); ++index) {
+        const FoundVolume &volume = m_image.volumes[index];
+        const VolumeCensus &census = m_censuses[index];
+        writer.beginObject();
+        writer.member("filesystem", volumeKindKey(volume.kind));
+        if (volume.reader)
+            writeVolumeFacts(writer, volume.reader->facts());
+        writer.member("files", census.files);
+        writer.member("folders", census.folders);
+        writer.member("symbolicLinks", census.symbolicLinks);
+        writer.member("specialFiles", census.others);
+        writer.member("bytes", census.bytes);
+        writer.member("damageCount", census.failureCount + (volume.error ? 1 : 0));
+        writer.key("damage");
+        writer.beginArray();
+        if (volume.error)
+            writeImageError(writer, {}, volume.error);
+        for (const VolumeCensus::Failure &failure : census.failures)
+            writeImageError(writer, '/' + failure.path, failure.error);
+        writer.endArray();
+        writer.endObject();
+    }
+    writer.endArray();
+}
+
+void InspectCommand::writeTracks(JsonWriter &writer) const
+{
+    writer.key("tracks");
+    writer.beginArray();
+    for (const ImageTrack &track : m_image.tracks) {
+        writer.beginObject();
+        writer.member("session", track.session);
+        writer.member("track", track.number);
+        writer.member("mode", QString::fromLatin1(track.mode));
+        writer.member("blockSize", track.blockSize);
+        writer.member("offset", track.offset);
+        writer.member("blocks", track.length);
+        writer.member("pregap", track.pregap);
+        writer.member("postgap", track.postgap);
+        writer.endObject();
+    }
+    writer.endArray();
+    writer.key("partitions");
+    writer.beginArray();
+    if (m_image.source) {
+        for (const DiscImagePartition &partition : m_image.source->partitions()) {
+            writer.beginObject();
+            writer.member("name", partition.name);
+            writer.member("type", partition.type);
+            writer.member("offset", partition.offset);
+            writer.member("bytes", partition.length);
+            writer.endObject();
+        }
+    }
+    writer.endArray();
+}
+
+bool InspectCommand::writeJson() const
+{
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
+    JsonWriter writer(STDOUT_FILENO);
+    writer.beginObject();
+    writer.member("version", jsonVersion);
+    writer.member("command", QStringLiteral("inspect"));
+    writer.member("result", resultName(exitStatusFor(m_problem)));
+    writer.pathMember("image", m_image.path);
+    if (!m_image.cueSheet.isEmpty())
+        writer.pathMember("cueSheet", m_image.cueSheet);
+    writer.member("format", QString::fromLatin1(m_image.format));
+    writer.member("bytes", m_image.source ? m_image.source->fileLength() : 0);
+    writer.key("seconds");
+    writer.value(time.count(), 3);
+    writeVolumes(writer);
+    writeTracks(writer);
+    writeErrorMember(writer, m_problem);
+    writer.endObject();
+    return writer.finish();
+}
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/discimage/VolumeReader.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <string_view>
+
+namespace Tessaron::Tool
+{
+
+/// True when a filesystem of this kind keeps names as they are, whatever their bytes.
+[[nodiscard]] bool keepsEveryName(VolumeKind kind);
+
+/// The name in the form in which two names of the filesystem are compared: composed characters for HFS+, as it is for
+/// the others.
+[[nodiscard]] QByteArray comparableName(VolumeKind kind, const QByteArray &name);
+
+/// True when the filesystem may have had to give the source's name this form: forbidden characters replaced by '_', cut
+/// to the length that it allows, numbered beside another of the same name, for plain ISO 9660 also written in capitals.
+/// A name that needs no change may only be numbered.
+[[nodiscard]] bool mayBeNameOf(VolumeKind kind, const QByteArray &recorded, std::string_view source);
+
+} // namespace Tessaron::Tool

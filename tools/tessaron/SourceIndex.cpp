@@ -1,0 +1,233 @@
+#include "tools/tessaron/SourceIndex.h"
+
+#include "platform/foundation/UniqueDescriptor.h"
+#include "tools/tessaron/Text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Tessaron::Tool
+{
+
+namespace
+{
+
+/// The system takes no longer path at once.
+constexpr qsizetype longestPath = PATH_MAX - 1;
+
+VolumeObjectKind kindOf(mode_t mode)
+{
+    if (S_ISREG(mode))
+        return VolumeObjectKind::File;
+    if (S_ISDIR(mode))
+        return VolumeObjectKind::Folder;
+    return S_ISLNK(mode) ? VolumeObjectKind::SymbolicLink : VolumeObjectKind::Other;
+}
+
+/// Opens the folder that holds the last component of the path, in steps that the system takes; the last component comes
+/// back in `*name`.
+UniqueDescriptor openParent(const QByteArray &path, QByteArray *name)
+{
+    QByteArray rest = path;
+    UniqueDescriptor folder;
+    while (rest.size() > longestPath) {
+        const qsizetype slash = rest.lastIndexOf('/', longestPath - 1);
+        if (slash <= 0) {
+            errno = ENAMETOOLONG;
+            return {};
+        }
+        const QByteArray part = rest.left(slash);
+        folder = UniqueDescriptor(
+            ::openat(folder ? folder.get() : AT_FDCWD, part.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (!folder)
+            return {};
+        rest = rest.mid(slash + 1);
+    }
+    *name = rest;
+    return folder;
+}
+
+SourceObject objectFor(const struct stat &status)
+{
+    SourceObject object;
+    object.kind = kindOf(status.st_mode);
+    object.size = S_ISREG(status.st_mode) ? std::uint64_t(status.st_size) : 0;
+    object.device = status.st_dev;
+    object.inode = status.st_ino;
+    object.seconds = status.st_mtim.tv_sec;
+    object.nanoseconds = std::uint32_t(status.st_mtim.tv_nsec);
+    return object;
+}
+
+} // namespace
+
+struct SourceIndex::Entry {
+    QByteArray name;
+    SourceObject object;
+    QByteArray top; ///< for a source given by the user: its path
+};
+
+SourceIndex::SourceIndex(const std::vector<Source> &sources, const std::function<bool()> &isCancelled)
+    : m_rootIsOnlySource(sources.size() == 1 && sources.front().isFolder)
+{
+    addSources(sources);
+    // Children are appended behind all that is there, so going on by number is going on by level.
+    for (SourceNumber number = m_rootIsOnlySource ? 0 : 1; number < m_objects.size() && !isCancelled(); ++number) {
+        if (m_objects[number].kind == VolumeObjectKind::Folder)
+            listFolder(number);
+    }
+}
+
+void SourceIndex::addSources(const std::vector<Source> &sources)
+{
+    SourceObject root;
+    root.kind = VolumeObjectKind::Folder;
+    struct stat status;
+    if (m_rootIsOnlySource) {
+        if (::stat(sources.front().path.constData(), &status) == 0)
+            root = objectFor(status);
+        m_tops.push_back(sources.front().path);
+        m_objects.push_back(root);
+        return;
+    }
+    m_objects.push_back(root);
+    std::vector<Entry> entries;
+    for (const Source &source : sources) {
+        if (::stat(source.path.constData(), &status) != 0) {
+            m_failures.push_back({source.argument, systemText(errno)});
+            continue;
+        }
+        entries.push_back({source.name, objectFor(status), source.path});
+    }
+    addChildren(0, entries);
+    for (const Entry &entry : entries)
+        m_tops.push_back(entry.top);
+}
+
+void SourceIndex::listFolder(SourceNumber folder)
+{
+    const int descriptor = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) {
+        fail(folder, errno);
+        return;
+    }
+    const std::unique_ptr<DIR, int (*)(DIR *)> listing(::fdopendir(descriptor), ::closedir);
+    std::vector<Entry> entries;
+    errno = 0;
+    while (const dirent *const found = listing ? ::readdir(listing.get()) : nullptr) {
+        const std::string_view name(found->d_name);
+        struct stat status;
+        if (name != "." && name != "..") {
+            if (::fstatat(::dirfd(listing.get()), found->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0)
+                entries.push_back({QByteArray(found->d_name), objectFor(status), {}});
+            else
+                fail(folder, errno);
+        }
+        errno = 0;
+    }
+    if (errno != 0)
+        fail(folder, errno);
+    addChildren(folder, entries);
+}
+
+void SourceIndex::addChildren(SourceNumber folder, std::vector<Entry> &entries)
+{
+    std::sort(entries.begin(), entries.end(),
+              [](const Entry &one, const Entry &other) { return one.name < other.name; });
+    m_objects[folder].firstChild = SourceNumber(m_objects.size());
+    m_objects[folder].childCount = std::uint32_t(entries.size());
+    for (Entry &entry : entries) {
+        entry.object.parent = folder;
+        entry.object.nameOffset = std::uint32_t(m_names.size());
+        entry.object.nameLength = std::uint16_t(entry.name.size());
+        m_names.insert(m_names.end(), entry.name.begin(), entry.name.end());
+        m_objects.push_back(entry.object);
+        if (entry.object.kind == VolumeObjectKind::Folder)
+            ++m_folderCount;
+        else
+            ++m_fileCount;
+        m_byteCount += entry.object.size;
+    }
+}
+
+void SourceIndex::fail(SourceNumber number, int errnoValue)
+{
+    m_failures.push_back({diskPath(number), systemText(errnoValue)});
+}
+
+std::string_view SourceIndex::name(SourceNumber number) const
+{
+    const SourceObject &object = m_objects[number];
+    return {m_names.data() + object.nameOffset, object.nameLength};
+}
+
+SourceNumber SourceIndex::child(SourceNumber folder, std::string_view wanted) const
+{
+    const SourceNumber first = m_objects[folder].firstChild;
+    SourceNumber low = first;
+    SourceNumber high = first + m_objects[folder].childCount;
+    const SourceNumber end = high;
+    while (low < high) {
+        const SourceNumber middle = low + (high - low) / 2;
+        if (name(middle) < wanted)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low < end && name(low) == wanted ? low : noSource;
+}
+
+QByteArray SourceIndex::discPath(SourceNumber number) const
+{
+    QByteArray path;
+    for (; number != 0 && number != noSource; number = m_objects[number].parent)
+        path.prepend('/' + QByteArray(name(number).data(), qsizetype(name(number).size())));
+    return path.isEmpty() ? QByteArrayLiteral("/") : path;
+}
+
+QByteArray SourceIndex::diskPath(SourceNumber number) const
+{
+    QByteArray below;
+    while (number != 0) {
+        const SourceNumber parent = m_objects[number].parent;
+        if (!m_rootIsOnlySource && parent == 0)
+            return m_tops[number - m_objects[0].firstChild] + below;
+        below.prepend('/' + QByteArray(name(number).data(), qsizetype(name(number).size())));
+        number = parent;
+    }
+    return m_tops.empty() ? below : m_tops.front() + below;
+}
+
+int SourceIndex::open(SourceNumber number, int flags) const
+{
+    QByteArray last;
+    errno = 0;
+    const UniqueDescriptor parent = openParent(diskPath(number), &last);
+    if (last.isEmpty())
+        return -1;
+    return ::openat(parent ? parent.get() : AT_FDCWD, last.constData(), flags | O_NOCTTY | O_NONBLOCK);
+}
+
+QByteArray SourceIndex::linkTarget(SourceNumber number) const
+{
+    QByteArray last;
+    const UniqueDescriptor parent = openParent(diskPath(number), &last);
+    if (last.isEmpty())
+        return {};
+    QByteArray target(PATH_MAX, Qt::Uninitialized);
+    const ssize_t length =
+        ::readlinkat(parent ? parent.get() : AT_FDCWD, last.constData(), target.data(), std::size_t(target.size()));
+    if (length < 0)
+        return {};
+    target.truncate(length);
+    return target;
+}
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "platform/discimage/VolumeObject.h"
+#include "tools/tessaron/Problem.h"
+#include "tools/tessaron/Sources.h"
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+#include <vector>
+
+namespace Tessaron::Tool
+{
+
+using SourceNumber = std::uint32_t;
+inline constexpr SourceNumber noSource = UINT32_MAX;
+
+/// What is known of one object of the sources without opening it. About 80 bytes with a short name.
+struct SourceObject {
+    std::uint64_t size = 0; ///< of a file
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t seconds = 0; ///< modification time
+    std::uint32_t nanoseconds = 0;
+    SourceNumber parent = noSource;
+    SourceNumber firstChild = 0; ///< children follow each other in the byte order of their names
+    std::uint32_t childCount = 0;
+    std::uint32_t nameOffset = 0;
+    std::uint16_t nameLength = 0;
+    VolumeObjectKind kind = VolumeObjectKind::File;
+    std::uint8_t seenIn = 0; ///< bit 1 << VolumeKind for each volume that has it
+};
+
+/// Something of the sources that cannot be listed or looked at.
+struct SourceFailure {
+    QByteArray path;
+    QString reason;
+};
+
+/// Everything below the sources as it belongs on a disc, by folders; number 0 is the disc's root. Its names and facts
+/// are those of the time it was made.
+class SourceIndex
+{
+public:
+    /// Lists the sources as `tessaron image` arranges them. Ends early when `isCancelled` becomes true.
+    SourceIndex(const std::vector<Source> &sources, const std::function<bool()> &isCancelled);
+
+    [[nodiscard]] std::size_t count() const { return m_objects.size(); }
+    [[nodiscard]] const SourceObject &operator[](SourceNumber number) const { return m_objects[number]; }
+    [[nodiscard]] SourceObject &operator[](SourceNumber number) { return m_objects[number]; }
+    [[nodiscard]] std::string_view name(SourceNumber number) const;
+    /// The child of exactly this name; noSource when there is none.
+    [[nodiscard]] SourceNumber child(SourceNumber folder, std::string_view name) const;
+    /// Path on the disc, from the root: "/folder/file".
+    [[nodiscard]] QByteArray discPath(SourceNumber number) const;
+    /// Opens a source for reading, however long its path is; -1 with `errno` set when it cannot be opened.
+    [[nodiscard]] int open(SourceNumber number, int flags) const;
+    /// Target of a symbolic link; null when it cannot be read.
+    [[nodiscard]] QByteArray linkTarget(SourceNumber number) const;
+
+    [[nodiscard]] const std::vector<SourceFailure> &failures() const { return m_failures; }
+    [[nodiscard]] std::uint64_t fileCount() const { return m_fileCount; } ///< all that is no folder
+    [[nodiscard]] std::uint64_t folderCount() const { return m_folderCount; } ///< without the root
+    [[nodiscard]] std::uint64_t byteCount() const { return m_byteCount; } ///< of all files, each name counted
+
+private:
+    struct Entry;
+    void addSources(const std::vector<Source> &sources);
+    void listFolder(SourceNumber folder);
+    void addChildren(SourceNumber folder, std::vector<Entry> &entries);
+    void fail(SourceNumber number, int errnoValue);
+    /// The source's path on disk: that of its PATH and the names below it.
+    [[nodiscard]] QByteArray diskPath(SourceNumber number) const;
+
+    std::vector<SourceObject> m_objects;
+    std::vector<char> m_names;
+    std::vector<QByteArray> m_tops; ///< paths on disk of the root's children, or of the root alone
+    bool m_rootIsOnlySource = false;
+    std::vector<SourceFailure> m_failures;
+    std::uint64_t m_fileCount = 0;
+    std::uint64_t m_folderCount = 0;
+    std::uint64_t m_byteCount = 0;
+};
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "tools/tessaron/Arguments.h"
+#include "tools/tessaron/Differences.h"
+#include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/Problem.h"
+#include "tools/tessaron/VolumeComparison.h"
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace Tessaron::Tool
+{
+
+/// How a comparison of an image with its sources has ended.
+struct VerifyOutcome {
+    Problem problem; ///< why there is no result; none when all was compared
+    std::vector<std::pair<VolumeKind, VolumeResult>> volumes;
+    DifferenceList differences;
+    std::uint64_t files = 0; ///< of the sources
+    std::uint64_t folders = 0;
+    std::uint64_t bytesCompared = 0; ///< contents that several filesystems or names share count once
+};
+
+[[nodiscard]] ExitStatus exitStatusFor(const VerifyOutcome &outcome);
+
+/// What the command says to people: differences on standard error, the result for each filesystem on standard output.
+/// False when the latter cannot be written.
+[[nodiscard]] bool printVerifyReport(const Arguments &arguments, const VerifyOutcome &outcome);
+
+/// The object that --json promises, on standard output; false when it cannot be written.
+[[nodiscard]] bool writeVerifyJson(const QByteArray &image, const VerifyOutcome &outcome, double seconds);
+
+} // namespace Tessaron::Tool

@@ -1,0 +1,330 @@
+#include "tools/tessaron/VolumeComparison.h"
+
+#include "platform/discimage/VolumeWalk.h"
+#include "platform/foundation/FileSystemRepresentation.h"
+#include "tools/tessaron/NameRules.h"
+#include "tools/tessaron/Text.h"
+#include "tools/tessaron/VolumeJson.h"
+
+#include <QDate>
+
+#include <algorithm>
+
+namespace Tessaron::Tool
+{
+
+namespace
+{
+
+std::optional<std::int64_t> latestTimeFromEnvironment()
+{
+    bool isNumber = false;
+    const qint64 seconds = qgetenv("SOURCE_DATE_EPOCH").toLongLong(&isNumber);
+    return isNumber ? std::optional<std::int64_t>(seconds) : std::nullopt;
+}
+
+QString kindText(VolumeObjectKind kind)
+{
+    switch (kind) {
+    case VolumeObjectKind::File:
+        return QStringLiteral("a file");
+    case VolumeObjectKind::Folder:
+        return QStringLiteral("a folder");
+    case VolumeObjectKind::SymbolicLink:
+        return QStringLiteral("a symbolic link");
+    case VolumeObjectKind::Other:
+        return QStringLiteral("a special file");
+    }
+    return {};
+}
+
+bool isWithin(std::int64_t seconds, int firstYear, int lastYear)
+{
+    constexpr std::int64_t secondsPerDay = 86400;
+    const qint64 epoch = QDate(1970, 1, 1).toJulianDay();
+    return seconds >= (QDate(firstYear, 1, 1).toJulianDay() - epoch) * secondsPerDay
+        && seconds < (QDate(lastYear + 1, 1, 1).toJulianDay() - epoch) * secondsPerDay;
+}
+
+/// Several slashes in a row are one; one at the end, also as "/.", is none: discs record components.
+QByteArray plainTarget(const QByteArray &target)
+{
+    QByteArray result;
+    for (const char byte : target) {
+        if (byte != '/' || !result.endsWith('/'))
+            result += byte;
+    }
+    if (result.endsWith("/."))
+        result.chop(1);
+    if (result.size() > 1 && result.endsWith('/'))
+        result.chop(1);
+    return result;
+}
+
+} // namespace
+
+VolumeComparison::VolumeComparison(const VolumeReader &reader, SourceIndex &sources, ContentPlan &contents,
+                                   DifferenceList &differences, FolderPlaces *rockRidgeFolders, bool hasRockRidge)
+    : m_reader(reader)
+    , m_kind(reader.facts().kind)
+    , m_bit(setOf(m_kind))
+    , m_sources(sources)
+    , m_contents(contents)
+    , m_differences(differences)
+    , m_rockRidgeFolders(rockRidgeFolders)
+    , m_hasRockRidge(hasRockRidge)
+    , m_latestTime(latestTimeFromEnvironment())
+{
+}
+
+VolumeResult VolumeComparison::run(const std::function<bool()> &isCancelled)
+{
+    m_contents.prepareLookup();
+    VolumeWalker walker;
+    walker.enterFolder = [this](const QByteArray &path, const VolumeObject &folder) { return enter(path, folder); };
+    walker.leaveFolder = [this](const QByteArray &) { leave(); };
+    walker.object = [&](const QByteArray &path, const VolumeObject &object) {
+        take(path, object);
+        return !isCancelled();
+    };
+    walker.failed = [&](const QByteArray &path, const NSError &error) {
+        m_levels.back().isWhole = false;
+        m_differences.addDamage(m_bit, '/' + path, error);
+        return !isCancelled();
+    };
+    walkVolume(m_reader, walker);
+    return m_result;
+}
+
+bool VolumeComparison::enter(const QByteArray &path, const VolumeObject &folder)
+{
+    takePending(); // the folder around this one is listed now
+    const SourceNumber source = path.isEmpty() ? 0 : m_entered.value(folder.location, noSource);
+    m_entered.remove(folder.location);
+    if (source == noSource)
+        return false;
+    m_levels.push_back({source, true});
+    m_folderPath = path;
+    return true;
+}
+
+void VolumeComparison::leave()
+{
+    takePending();
+    if (m_levels.back().isWhole)
+        reportMissing(m_levels.back().folder);
+    m_levels.pop_back();
+}
+
+void VolumeComparison::take(const QByteArray &folderPath, const VolumeObject &object)
+{
+    m_folderPath = folderPath;
+    ++(object.kind == VolumeObjectKind::Folder ? m_result.folders : m_result.files);
+    // The place tells more than the name where names had to change: several may come near to one.
+    SourceNumber source = keepsEveryName(m_kind) ? noSource : sourceAtPlace(object);
+    if (source == noSource)
+        source = sourceWithName(object);
+    if (source != noSource && isSeen(source))
+        source = noSource;
+    if (source == noSource)
+        m_pending.push_back(object);
+    else
+        compare(object, source);
+}
+
+SourceNumber VolumeComparison::sourceWithName(const VolumeObject &object) const
+{
+    const SourceNumber folder = m_levels.back().folder;
+    const auto view = [](const QByteArray &name) { return std::string_view(name.data(), std::size_t(name.size())); };
+    const SourceNumber exact = m_sources.child(folder, view(object.name));
+    if (exact != noSource || m_kind != VolumeKind::HFSPlus)
+        return exact;
+    // The volume has one form of its own for characters that can be written in several.
+    const QString name = stringWithFileSystemRepresentation(object.name);
+    const QByteArray decomposed = fileSystemRepresentation(name.normalized(QString::NormalizationForm_D));
+    return m_sources.child(folder, view(decomposed));
+}
+
+SourceNumber VolumeComparison::sourceAtPlace(const VolumeObject &object) const
+{
+    const SourceNumber folder = m_levels.back().folder;
+    if (object.kind == VolumeObjectKind::Folder) {
+        const bool isKnown = m_kind == VolumeKind::ISO9660 && m_rockRidgeFolders != nullptr;
+        const SourceNumber source = isKnown ? m_rockRidgeFolders->value(object.location, noSource) : noSource;
+        return source != noSource && m_sources[source].parent == folder && mayBe(object, source) ? source : noSource;
+    }
+    if (object.extents.empty())
+        return noSource;
+    SourceNumber found = noSource;
+    for (const std::uint32_t index : m_contents.placesAt(object.extents.front().offset)) {
+        const SourceNumber source = m_contents.place(index).source;
+        if (m_sources[source].parent != folder || !mayBe(object, source))
+            continue;
+        if (object.name == QByteArrayView(m_sources.name(source).data(), m_sources[source].nameLength))
+            return source;
+        found = found == noSource ? source : found;
+    }
+    return found;
+}
+
+bool VolumeComparison::fitsKind(const VolumeObject &object, const SourceObject &source) const
+{
+    if (object.kind == source.kind)
+        return true;
+    // The plain tree has no kind for links and special files.
+    return m_kind == VolumeKind::ISO9660 && object.kind == VolumeObjectKind::File
+        && source.kind != VolumeObjectKind::Folder && object.size == 0;
+}
+
+bool VolumeComparison::mayBe(const VolumeObject &object, SourceNumber source) const
+{
+    const SourceObject &facts = m_sources[source];
+    return !isSeen(source) && fitsKind(object, facts) && object.size == facts.size
+        && (comparableName(m_kind, object.name)
+                == comparableName(m_kind, QByteArray(m_sources.name(source).data(), facts.nameLength))
+            || mayBeNameOf(m_kind, object.name, m_sources.name(source)));
+}
+
+/// Looks on from where the last one was found: the volume's order and that of the sources are nearly the same.
+SourceNumber VolumeComparison::sourceByRules(const VolumeObject &object, std::vector<SourceNumber> &candidates,
+                                             std::size_t *next) const
+{
+    for (std::size_t tried = 0; tried < candidates.size(); ++tried) {
+        const std::size_t at = (*next + tried) % candidates.size();
+        const SourceNumber source = candidates[at];
+        if (!mayBe(object, source))
+            continue;
+        candidates.erase(candidates.begin() + std::ptrdiff_t(at));
+        *next = at;
+        return source;
+    }
+    return noSource;
+}
+
+void VolumeComparison::takePending()
+{
+    if (m_pending.empty())
+        return;
+    const std::vector<VolumeObject> pending = std::move(m_pending);
+    m_pending.clear();
+    std::vector<SourceNumber> candidates;
+    const SourceObject &folder = m_sources[m_levels.back().folder];
+    for (SourceNumber child = folder.firstChild; child < folder.firstChild + folder.childCount; ++child) {
+        if (!isSeen(child))
+            candidates.push_back(child);
+    }
+    std::size_t next = 0;
+    for (const VolumeObject &object : pending) {
+        const SourceNumber source = sourceByRules(object, candidates, &next);
+        if (source != noSource) {
+            compare(object, source);
+            continue;
+        }
+        const QByteArray path = '/' + (m_folderPath.isEmpty() ? QByteArray() : m_folderPath + '/') + object.name;
+        differ(Difference::Kind::Extra, path, object.recordOffset,
+               QStringLiteral("%1 that the sources do not have").arg(kindText(object.kind)));
+    }
+}
+
+void VolumeComparison::compare(const VolumeObject &object, SourceNumber source)
+{
+    SourceObject &facts = m_sources[source];
+    facts.seenIn = std::uint8_t(facts.seenIn | m_bit);
+    if (object.name != QByteArrayView(m_sources.name(source).data(), facts.nameLength))
+        ++m_result.renamed;
+    const auto differHere = [&](Difference::Kind kind, const QString &message) {
+        differ(kind, m_sources.discPath(source), object.recordOffset, message);
+    };
+    if (!fitsKind(object, facts)) {
+        differHere(Difference::Kind::Type,
+                   QStringLiteral("%1 instead of %2").arg(kindText(object.kind), kindText(facts.kind)));
+        return;
+    }
+    if (object.size != facts.size)
+        differHere(Difference::Kind::Size, QStringLiteral("%1 bytes instead of %2").arg(object.size).arg(facts.size));
+    else
+        m_contents.add(source, m_kind, object);
+    compareTime(object, source);
+    if (object.kind == VolumeObjectKind::SymbolicLink)
+        compareLink(object, source);
+    if (object.kind != VolumeObjectKind::Folder)
+        return;
+    m_entered.insert(object.location, source);
+    if (m_kind == VolumeKind::RockRidge && m_rockRidgeFolders != nullptr)
+        m_rockRidgeFolders->insert(object.location, source);
+}
+
+void VolumeComparison::compareTime(const VolumeObject &object, SourceNumber source)
+{
+    const SourceObject &facts = m_sources[source];
+    std::int64_t seconds = facts.seconds;
+    std::uint32_t nanoseconds = facts.nanoseconds;
+    if (m_latestTime && (seconds > *m_latestTime || (seconds == *m_latestTime && nanoseconds > 0))) {
+        seconds = *m_latestTime;
+        nanoseconds = 0;
+    }
+    const VolumeFacts &volume = m_reader.facts();
+    if (!object.modified || !isWithin(seconds, volume.firstYear, volume.lastYear))
+        return;
+    // Writers that know whole seconds only leave finer fields zero.
+    const std::uint32_t granularity =
+        object.modified->nanoseconds == 0 ? 1'000'000'000 : std::max(object.modified->granularity, 1u);
+    if (object.modified->seconds == seconds && object.modified->nanoseconds / granularity == nanoseconds / granularity)
+        return;
+    differ(Difference::Kind::Time, m_sources.discPath(source), object.recordOffset,
+           QStringLiteral("modified at %1 instead of %2")
+               .arg(timeText(*object.modified), timeText({seconds, nanoseconds, 1})));
+}
+
+void VolumeComparison::compareLink(const VolumeObject &object, SourceNumber source)
+{
+    const QByteArray target = plainTarget(m_sources.linkTarget(source));
+    const QByteArray recorded = plainTarget(object.linkTarget);
+    // UDF records characters, not bytes.
+    const bool isSame = recorded == target
+        || (m_kind == VolumeKind::UDF && !isUtf8(target)
+            && stringWithFileSystemRepresentation(recorded).size()
+                == stringWithFileSystemRepresentation(target).size());
+    if (!isSame)
+        differ(Difference::Kind::LinkTarget, m_sources.discPath(source), object.recordOffset,
+               QStringLiteral("leads to %1 instead of %2").arg(quoted(recorded), quoted(target)));
+}
+
+bool VolumeComparison::mayBeLeftOut(SourceNumber source) const
+{
+    const VolumeObjectKind kind = m_sources[source].kind;
+    if (kind == VolumeObjectKind::File || kind == VolumeObjectKind::Folder)
+        return false;
+    if (m_kind == VolumeKind::Joliet || (m_kind == VolumeKind::ISO9660 && !m_hasRockRidge))
+        return true;
+    // In UDF a target must fit into one block, at up to two bytes a character.
+    constexpr qsizetype longestSureTarget = 900;
+    return m_kind == VolumeKind::UDF && kind == VolumeObjectKind::SymbolicLink
+        && m_sources.linkTarget(source).size() > longestSureTarget;
+}
+
+void VolumeComparison::reportMissing(SourceNumber folder)
+{
+    const SourceObject &facts = m_sources[folder];
+    for (SourceNumber child = facts.firstChild; child < facts.firstChild + facts.childCount; ++child) {
+        if (isSeen(child))
+            continue;
+        if (mayBeLeftOut(child)) {
+            ++m_result.leftOut;
+            continue;
+        }
+        m_differences.add({Difference::Kind::Missing,
+                           m_bit,
+                           m_sources.discPath(child),
+                           {},
+                           QStringLiteral("%1 of the sources is missing").arg(kindText(m_sources[child].kind))});
+    }
+}
+
+void VolumeComparison::differ(Difference::Kind kind, const QByteArray &path, std::uint64_t offset,
+                              const QString &message)
+{
+    m_differences.add({kind, m_bit, path, offset, message});
+}
+
+} // namespace Tessaron::Tool

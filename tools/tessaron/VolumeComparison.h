@@ -1,0 +1,82 @@
+#pragma once
+
+#include "platform/discimage/VolumeReader.h"
+#include "tools/tessaron/ContentPlan.h"
+#include "tools/tessaron/Differences.h"
+#include "tools/tessaron/SourceIndex.h"
+
+#include <QHash>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace Tessaron::Tool
+{
+
+/// What volumes that describe one another's objects share while they are compared: the folders of ISO 9660 and Rock
+/// Ridge are the same bytes, so that the names of the one say whose folders those of the other are.
+using FolderPlaces = QHash<quint64, SourceNumber>;
+
+/// How one volume compares with the sources.
+struct VolumeResult {
+    std::uint64_t files = 0; ///< found in it, everything that is no folder
+    std::uint64_t folders = 0;
+    std::uint64_t renamed = 0; ///< under another name than the source's, as the filesystem's rules allow
+    std::uint64_t leftOut = 0; ///< links and special files that the filesystem cannot hold
+};
+
+/// Walks one volume beside the sources and compares names, kinds, sizes, times and link targets. Where
+/// contents lie goes into the plan.
+class VolumeComparison
+{
+public:
+    /// `rockRidgeFolders`: filled by the view with Rock Ridge, used by the one without; may be null.
+    /// `hasRockRidge`: links and special files are there in plain ISO 9660, as empty files.
+    VolumeComparison(const VolumeReader &reader, SourceIndex &sources, ContentPlan &contents,
+                     DifferenceList &differences, FolderPlaces *rockRidgeFolders, bool hasRockRidge);
+
+    [[nodiscard]] VolumeResult run(const std::function<bool()> &isCancelled);
+
+private:
+    struct Level {
+        SourceNumber folder = noSource;
+        bool isWhole = true; ///< its listing did not fail
+    };
+
+    [[nodiscard]] bool enter(const QByteArray &path, const VolumeObject &folder);
+    void leave();
+    void take(const QByteArray &folderPath, const VolumeObject &object);
+    void takePending();
+    [[nodiscard]] SourceNumber sourceWithName(const VolumeObject &object) const;
+    [[nodiscard]] SourceNumber sourceAtPlace(const VolumeObject &object) const;
+    [[nodiscard]] SourceNumber sourceByRules(const VolumeObject &object, std::vector<SourceNumber> &candidates,
+                                             std::size_t *next) const;
+    [[nodiscard]] bool mayBe(const VolumeObject &object, SourceNumber source) const;
+    [[nodiscard]] bool fitsKind(const VolumeObject &object, const SourceObject &source) const;
+    void compare(const VolumeObject &object, SourceNumber source);
+    void compareTime(const VolumeObject &object, SourceNumber source);
+    void compareLink(const VolumeObject &object, SourceNumber source);
+    void reportMissing(SourceNumber folder);
+    [[nodiscard]] bool mayBeLeftOut(SourceNumber source) const;
+    void differ(Difference::Kind kind, const QByteArray &path, std::uint64_t offset, const QString &message);
+    [[nodiscard]] bool isSeen(SourceNumber source) const { return (m_sources[source].seenIn & m_bit) != 0; }
+
+    const VolumeReader &m_reader;
+    const VolumeKind m_kind;
+    const VolumeSet m_bit;
+    SourceIndex &m_sources;
+    ContentPlan &m_contents;
+    DifferenceList &m_differences;
+    FolderPlaces *const m_rockRidgeFolders;
+    const bool m_hasRockRidge;
+    const std::optional<std::int64_t> m_latestTime; ///< of SOURCE_DATE_EPOCH
+    VolumeResult m_result;
+    std::vector<Level> m_levels;
+    std::vector<VolumeObject> m_pending; ///< objects of the folder whose names are not those of a source
+    QByteArray m_folderPath;
+    FolderPlaces m_entered; ///< folders that are still to be entered, by their mark
+};
+
+} // namespace Tessaron::Tool
