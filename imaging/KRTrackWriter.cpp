@@ -25,9 +25,13 @@ constexpr double writingStart = 0.333;
 /// A message with this start comes from a cancelled burn.
 const QString cancelMark = QStringLiteral("0x");
 
-NSError failureWithReason(qint64 code, const QString &reason)
+/// `path` names the file that the failure has to do with; null for none.
+NSError failureWithReason(qint64 code, const QString &reason, const QString &path = {})
 {
-    return NSError(NSOSStatusErrorDomain, code, {{NSLocalizedFailureReasonErrorKey, reason}});
+    QVariantMap userInfo = {{NSLocalizedFailureReasonErrorKey, reason}};
+    if (!path.isNull())
+        userInfo.insert(NSFilePathErrorKey, path);
+    return NSError(NSOSStatusErrorDomain, code, userInfo);
 }
 
 } // namespace
@@ -152,7 +156,7 @@ void KRTrackWriter::writingHasFailed(const QVariantMap &status)
         notify(m_delegate.KRTrackWriterDidCancel);
     else
         notify(m_delegate.KRTrackWriterWritingDidFailWithError,
-               failureWithReason(code.toLongLong(), message.toString()));
+               failureWithReason(code.toLongLong(), message.toString(), error.value(NSFilePathErrorKey).toString()));
 }
 
 void KRTrackWriter::writingGoesOn(const QString &state, const QVariantMap &status)

@@ -114,9 +114,12 @@ QVariantMap errorStatusOf(const NSError &error)
         information += u' ' + suggestion;
     if (information.startsWith(QStringLiteral("0x")))
         information.prepend(u' ');
-    return {{DRErrorStatusErrorKey, qint32(error.code())},
-            {DRErrorStatusErrorStringKey, meaningOfStatus(OSStatus(error.code()))},
-            {DRErrorStatusErrorInfoStringKey, information}};
+    QVariantMap status = {{DRErrorStatusErrorKey, qint32(error.code())},
+                          {DRErrorStatusErrorStringKey, meaningOfStatus(OSStatus(error.code()))},
+                          {DRErrorStatusErrorInfoStringKey, information}};
+    if (const QString path = error.filePath(); !path.isNull())
+        status.insert(NSFilePathErrorKey, path);
+    return status;
 }
 
 } // namespace Tessaron

@@ -2,6 +2,8 @@
 
 #include "platform/discrecording/BurnErrors.h"
 
+#include <new>
+
 namespace Tessaron
 {
 
@@ -16,9 +18,16 @@ BurnJob::BurnJob(DRBurn *burn, std::shared_ptr<DRCallbackDevice> device, DRLayou
 
 void BurnJob::run()
 {
-    NSError error = plan();
-    if (!error)
-        error = writeTracks();
+    NSError error;
+    try {
+        error = plan();
+        if (!error)
+            error = writeTracks();
+    } catch (const std::bad_alloc &) {
+        error = burnError(memFullErr,
+                          QStringLiteral("There is not enough memory to write the disc. "
+                                         "Close other programs, or put fewer files on it."));
+    }
     if (error && m_cancellation.isRequested())
         error = burnCancelledError();
     // Whoever hears of the end must not wait for a reader that hangs in a slow read: those are joined afterwards.

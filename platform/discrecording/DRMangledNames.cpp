@@ -86,6 +86,12 @@ std::basic_string<Unit> ownName(const DRFSObject &object, DRFilesystemMask files
     return names[own].name;
 }
 
+/// QString's own conversion takes a byte order mark for one.
+QString textOf(const std::u16string &name)
+{
+    return QStringView(name).toString();
+}
+
 } // namespace
 
 QString DRFSObject::mangledNameForFilesystem(DRFilesystem filesystem) const
@@ -106,11 +112,11 @@ QString DRFSObject::mangledNameForFilesystem(DRFilesystem filesystem) const
                 return isoName(name, isFolder, Iso9660Level::Two);
             }));
     case DRFilesystem::Joliet:
-        return QString::fromStdU16String(ownName<char16_t>(*this, mask, jolietLimits, jolietName));
+        return textOf(ownName<char16_t>(*this, mask, jolietLimits, jolietName));
     case DRFilesystem::UDF:
-        return QString::fromStdU16String(ownName<char16_t>(*this, mask, udfLimits, udfName));
+        return textOf(ownName<char16_t>(*this, mask, udfLimits, udfName));
     case DRFilesystem::HFSPlus:
-        return QString::fromStdU16String(ownName<char16_t>(*this, mask, hfsPlusLimits, hfsPlusName, hfsPlusNameKey));
+        return textOf(ownName<char16_t>(*this, mask, hfsPlusLimits, hfsPlusName, hfsPlusNameKey));
     }
     return baseName();
 }

@@ -61,8 +61,24 @@ ExitStatus ImageCommand::run()
     return report();
 }
 
+/// Who sets the variable wants reproducible bytes: a value that means nothing must not pass in silence.
+Problem ImageCommand::checkEnvironment()
+{
+    const QByteArray value = qgetenv("SOURCE_DATE_EPOCH");
+    bool isNumber = value.isEmpty();
+    (void)(isNumber ? 0 : value.toLongLong(&isNumber));
+    if (isNumber)
+        return {};
+    return {Problem::Kind::Usage,
+            QStringLiteral("SOURCE_DATE_EPOCH is %1, which is no number of seconds").arg(quoted(value)),
+            QStringLiteral("Set it to the seconds since 1970, or unset it."),
+            {}};
+}
+
 Problem ImageCommand::prepare()
 {
+    if (Problem problem = checkEnvironment())
+        return problem;
     if (Problem problem = inspectSources(m_arguments.paths, &m_sources))
         return problem;
     if (Problem problem = checkSideBySide(m_sources))

@@ -26,6 +26,7 @@ public:
     [[nodiscard]] ExitStatus run();
 
 private:
+    [[nodiscard]] static Problem checkEnvironment();
     [[nodiscard]] Problem prepare();
     [[nodiscard]] Problem stageFiles();
     [[nodiscard]] QString volumeName() const;

@@ -24,9 +24,12 @@ constexpr std::size_t shownObjects = 20;
 void printLostObjects(const DRStorageReport &report)
 {
     const std::vector<LostObject> objects = lostObjects(report, shownObjects);
-    for (const LostObject &object : objects)
-        printDiagnostic(QStringLiteral("%1: %2 (%3): %4")
-                            .arg(object.path, object.fate, object.trees.join(QStringLiteral(", ")), object.reason));
+    for (const LostObject &object : objects) {
+        // What is not stored is in no filesystem at all.
+        const QString where =
+            object.isRefused ? QString() : QStringLiteral(" (%1)").arg(object.trees.join(QStringLiteral(", ")));
+        printDiagnostic(QStringLiteral("%1: %2%3: %4").arg(object.path, object.fate, where, object.reason));
+    }
     if (report.lostCount() > objects.size())
         printDiagnostic(QStringLiteral("… and %1 more; --json lists all").arg(report.lostCount() - objects.size()));
 }
@@ -48,7 +51,8 @@ void writeItem(JsonWriter &writer, const DRStorageReportItem &item)
     writer.pathMember("path", fileSystemRepresentation(item.path));
     if (!item.sourcePath.isEmpty())
         writer.pathMember("source", fileSystemRepresentation(item.sourcePath));
-    writer.member("filesystem", discTreeName(item.tree));
+    if (item.kind != Kind::Refused || !item.isLost) // what is lost so is in none
+        writer.member("filesystem", discTreeName(item.tree));
     if (item.kind == Kind::Renamed)
         writer.pathMember("name", fileSystemRepresentation(item.nameGiven));
     writer.member("reason", item.reason);
@@ -117,11 +121,15 @@ void printImageReport(const Arguments &arguments, const ImageOutcome &outcome, d
         printProblem(outcome.problem);
         return;
     }
-    if (!isQuiet)
-        printDiagnostic(QStringLiteral("%1: %2, %3, %4, %5 s")
-                            .arg(stringWithFileSystemRepresentation(arguments.output), sizeText(outcome.bytes),
-                                 counted(outcome.files, "file", "files"), counted(outcome.folders, "folder", "folders"),
-                                 QString::number(seconds, 'f', 1)));
+    if (isQuiet)
+        return;
+    QString line = QStringLiteral("made %1: %2, %3, %4, %5 s")
+                       .arg(stringWithFileSystemRepresentation(arguments.output), sizeText(outcome.bytes),
+                            counted(outcome.files, "file", "files"), counted(outcome.folders, "folder", "folders"),
+                            QString::number(seconds, 'f', 1));
+    if (exitStatusFor(outcome) == ExitStatus::Incomplete)
+        line += QStringLiteral("; not everything could be stored, see above");
+    printDiagnostic(line);
 }
 
 bool writeImageJson(const Arguments &arguments, const QByteArray &output, const QByteArray &cueSheet,

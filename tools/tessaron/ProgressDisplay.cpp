@@ -56,7 +56,8 @@ void JsonDisplay::show(const ProgressState &state)
     writer.member("bytesTotal", state.bytesTotal);
     if (const std::optional<double> bytesPerSecond = rate().bytesPerSecond())
         writer.member("bytesPerSecond", std::int64_t(std::llround(*bytesPerSecond)));
-    if (const std::optional<std::chrono::seconds> remaining = rate().remaining(state.bytesTotal))
+    const std::optional<std::chrono::seconds> remaining = rate().remaining(state.bytesTotal);
+    if (remaining && state.phase == ProgressState::Phase::Writing)
         writer.member("secondsLeft", std::int64_t(remaining->count()));
     writer.endObject();
     // Progress that nobody reads any more is no reason to fail.

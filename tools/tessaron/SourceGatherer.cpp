@@ -86,7 +86,7 @@ void SourceGatherer::gatherFolder(const Source &source)
     KRDirectoryScannerDelegate delegate;
     delegate.context = m_life;
     delegate.directoryScannerReportedError = [this](KRDirectoryScanner &, const NSError &error) {
-        m_errors.push_back({fileSystemRepresentation(error.filePath()), error.localizedDescription()});
+        m_errors.push_back({fileSystemRepresentation(error.filePath()), reasonOfStatus(error.code())});
     };
     delegate.directoryScannerScanDidFinishWithHierarchyItem =
         [this](KRDirectoryScanner &, const std::shared_ptr<KRFileHierarchyItem> &item) { folderEnded(item); };

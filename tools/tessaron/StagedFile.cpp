@@ -166,6 +166,7 @@ private:
         Replaced, ///< the older file is gone
     };
 
+    [[nodiscard]] static mode_t finalModeOf(const StagedFile &file);
     bool prepare(StagedFile &file) const;
     bool place(const StagedFile &file, Step *step) const;
     void takeBack();
@@ -174,9 +175,20 @@ private:
     std::vector<Step> m_steps;
 };
 
+/// A file that replaces one of the same owner is open to nobody to whom that one was closed, as if it had been written
+/// anew.
+mode_t Publisher::finalModeOf(const StagedFile &file)
+{
+    struct stat older;
+    struct stat own;
+    const bool replaces = ::fstatat(file.m_folder, file.m_finalName.constData(), &older, AT_SYMLINK_NOFOLLOW) == 0
+        && ::fstat(file.descriptor(), &own) == 0 && S_ISREG(older.st_mode) && older.st_uid == own.st_uid;
+    return replaces ? older.st_mode & 0777 : file.m_finalMode;
+}
+
 bool Publisher::prepare(StagedFile &file) const
 {
-    return ::fchmod(file.descriptor(), file.m_finalMode) == 0 && file.giveTemporaryName();
+    return ::fchmod(file.descriptor(), finalModeOf(file)) == 0 && file.giveTemporaryName();
 }
 
 bool Publisher::place(const StagedFile &file, Step *step) const

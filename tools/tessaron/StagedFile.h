@@ -62,9 +62,9 @@ private:
     UniqueDescriptor m_file;
 };
 
-/// Gives all files their final names, replacing older ones, with the permissions that the process's umask asks for:
-/// either all of them or, as far as the filesystem can exchange two names, none. 0 or an `errno` value; the files stay
-/// staged then. Several files must lie in one folder.
+/// Gives all files their final names, replacing older ones, with the permissions of those or else those that the
+/// process's umask asks for: either all of them or, as far as the filesystem can exchange two names, none. 0 or an
+/// `errno` value; the files stay staged then. Several files must lie in one folder.
 [[nodiscard]] int publishTogether(const std::vector<StagedFile *> &files);
 
 } // namespace Tessaron::Tool

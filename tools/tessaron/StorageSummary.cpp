@@ -100,7 +100,8 @@ std::vector<LostObject> lostObjects(const DRStorageReport &report, std::size_t l
             result[*found].trees += discTreeName(item.tree);
         else if (result.size() < limit) {
             known.insert(key, result.size());
-            result.push_back({pathOf(item), fateOf(item), item.reason, {discTreeName(item.tree)}});
+            result.push_back(
+                {pathOf(item), fateOf(item), item.reason, {discTreeName(item.tree)}, item.kind == Kind::Refused});
         }
     });
     return result;

@@ -30,6 +30,7 @@ struct LostObject {
     QString fate; ///< "not stored", "stored as “x”", "stored differently"
     QString reason;
     QStringList trees;
+    bool isRefused = false; ///< no filesystem holds it
 };
 
 /// The objects of which something is lost, in the order of the report, at most `limit`.

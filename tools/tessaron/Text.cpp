@@ -1,8 +1,10 @@
 #include "tools/tessaron/Text.h"
 
 #include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/OSStatus.h"
 #include <TessaronClasses/SizeFormatting.h>
 
+#include <cerrno>
 #include <cstring>
 
 namespace Tessaron::Tool
@@ -111,6 +113,19 @@ QByteArray lastComponent(const QByteArray &path)
 QString systemText(int errnoValue)
 {
     return QString::fromLocal8Bit(std::strerror(errnoValue));
+}
+
+QString reasonOfStatus(qint64 status)
+{
+    if (status == afpAccessDenied || status == permErr)
+        return systemText(EACCES);
+    if (status == fnfErr)
+        return systemText(ENOENT);
+    if (status == ioErr)
+        return systemText(EIO);
+    if (status == tmfoErr)
+        return systemText(EMFILE);
+    return QStringLiteral("the system gives error %1").arg(status);
 }
 
 } // namespace Tessaron::Tool

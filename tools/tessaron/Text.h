@@ -37,4 +37,7 @@ namespace Tessaron::Tool
 /// The text of the system for an `errno` value.
 [[nodiscard]] QString systemText(int errnoValue);
 
+/// Why the library could not read something, in words.
+[[nodiscard]] QString reasonOfStatus(qint64 status);
+
 } // namespace Tessaron::Tool

@@ -5,24 +5,8 @@
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 
-#include <cerrno>
-
 namespace Tessaron::Tool
 {
-
-namespace
-{
-
-QString reasonFor(OSStatus status)
-{
-    if (status == afpAccessDenied)
-        return systemText(EACCES);
-    if (status == fnfErr)
-        return systemText(ENOENT);
-    return QStringLiteral("status %1").arg(status);
-}
-
-} // namespace
 
 void appendUnreadableFolders(const KRFileHierarchyItem &root, std::vector<GatheringError> *errors)
 {
@@ -37,7 +21,7 @@ void appendUnreadableFolders(const KRFileHierarchyItem &root, std::vector<Gather
         OSStatus status = noErr;
         const FSRef &ref = *item.fileReference()->fileRef();
         if (!FSOpenIterator(ref, &status))
-            errors->push_back({lastKnownPath(ref), reasonFor(status)});
+            errors->push_back({lastKnownPath(ref), reasonOfStatus(status)});
     }
 }
 

@@ -7,6 +7,7 @@
 #include "platform/discrecording/filesystems/PlanReport.h"
 #include "platform/discrecording/filesystems/PlannedImage.h"
 #include "platform/discrecording/filesystems/VolumeDescriptorSet.h"
+#include "platform/discrecording/filesystems/WorkerFailures.h"
 #include "platform/discrecording/filesystems/hfsplus/HfsPlusWriter.h"
 #include "platform/discrecording/filesystems/udf/UdfWriter.h"
 #include "platform/foundation/FileSystemRepresentation.h"
@@ -19,6 +20,7 @@
 #include <cstdlib>
 #include <limits>
 #include <string_view>
+#include <system_error>
 #include <thread>
 
 namespace Tessaron
@@ -156,6 +158,18 @@ void Planner::makeWriters()
     m_writers.push_back(std::make_unique<VolumeDescriptorSet>(all));
 }
 
+/// False when the system has no thread to give.
+template <typename Function>
+bool startThread(std::vector<std::jthread> &threads, Function &&function)
+{
+    try {
+        threads.emplace_back(std::forward<Function>(function));
+    } catch (const std::system_error &) {
+        return false;
+    }
+    return true;
+}
+
 bool Planner::prepareWriters()
 {
     // Trees are independent of each other; a thread for each is worth it from some thousand objects on.
@@ -166,16 +180,16 @@ bool Planner::prepareWriters()
     const auto prepare = [&](std::size_t index) {
         isDone[index] = m_writers[index]->prepare(m_progress, issues[index]) ? 1 : 0;
     };
+    WorkerFailures failures;
     {
         std::vector<std::jthread> threads;
         for (std::size_t index = 1; index < m_writers.size(); ++index) {
-            if (usesThreads)
-                threads.emplace_back(prepare, index);
-            else
-                prepare(index);
+            if (!usesThreads || !startThread(threads, [&, index] { failures.run([&] { prepare(index); }); }))
+                failures.run([&] { prepare(index); });
         }
-        prepare(0);
+        failures.run([&] { prepare(0); });
     }
+    failures.rethrow();
     if (std::find(isDone.begin(), isDone.end(), 0) != isDone.end())
         return false;
     reportAbsent();

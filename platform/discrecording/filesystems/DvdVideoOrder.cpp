@@ -41,16 +41,6 @@ struct DvdFile {
     }
 };
 
-std::string upperCase(std::string_view name)
-{
-    std::string result(name);
-    for (char &character : result) {
-        if (character >= 'a' && character <= 'z')
-            character = static_cast<char>(character - 'a' + 'A');
-    }
-    return result;
-}
-
 std::optional<unsigned int> digits(std::string_view text)
 {
     unsigned int value = 0;
@@ -62,17 +52,16 @@ std::optional<unsigned int> digits(std::string_view text)
     return value;
 }
 
-/// "VIDEO_TS.IFO", "VTS_01_0.IFO", "VTS_01_1.VOB" and their like; empty for other names.
-std::optional<DvdFile> dvdFileNamed(std::string_view originalName)
+/// "VIDEO_TS.IFO", "VTS_01_0.IFO", "VTS_01_1.VOB" and their like; empty for other names. Players look for upper case.
+std::optional<DvdFile> dvdFileNamed(std::string_view name)
 {
-    const std::string name = upperCase(originalName);
     if (name.size() != 12 || name[8] != '.')
         return std::nullopt;
     DvdFile file;
     unsigned int object = 0;
     if (name.starts_with("VTS_") && name[6] == '_') {
-        const std::optional<unsigned int> titleSet = digits(std::string_view(name).substr(4, 2));
-        const std::optional<unsigned int> number = digits(std::string_view(name).substr(7, 1));
+        const std::optional<unsigned int> titleSet = digits(name.substr(4, 2));
+        const std::optional<unsigned int> number = digits(name.substr(7, 1));
         if (!titleSet || *titleSet == 0 || !number)
             return std::nullopt;
         file.titleSet = *titleSet;
@@ -258,7 +247,7 @@ void placeDvdVideoFiles(ContentTree &tree, DRFilesystemMask filesystems, ImageLa
     const ContentNode &root = tree.nodes[0];
     for (NodeIndex node = root.link; node < root.link + root.extent; ++node) {
         const ContentNode &folder = tree.nodes[node];
-        if (!folder.isFolder() || !isOnDisc(folder) || upperCase(folder.nameView()) != "VIDEO_TS")
+        if (!folder.isFolder() || !isOnDisc(folder) || folder.nameView() != "VIDEO_TS")
             continue;
         for (NodeIndex child = folder.link; child < folder.link + folder.extent; ++child) {
             const ContentNode &content = tree.nodes[child];

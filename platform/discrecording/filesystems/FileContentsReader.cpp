@@ -32,6 +32,13 @@ QString leaveAloneSuggestion()
     return QStringLiteral("Leave it unchanged until the disc is finished, and try again.");
 }
 
+NSError replacedError(const FileContents &file)
+{
+    return contentsError(file, fBsyErr,
+                         QStringLiteral("The file %1 was replaced by another one while the disc was made."),
+                         leaveAloneSuggestion());
+}
+
 NSError openingError(const FileContents &file, int errnoValue)
 {
     if (errnoValue == ENOENT || errnoValue == ENOTDIR || errnoValue == ESTALE)
@@ -40,6 +47,11 @@ NSError openingError(const FileContents &file, int errnoValue)
     if (errnoValue == EACCES || errnoValue == EPERM)
         return contentsError(file, afpAccessDenied, QStringLiteral("The file %1 may not be read."),
                              QStringLiteral("Allow reading it or leave it out, and try again."));
+    if (errnoValue == ELOOP) // its place has a symbolic link now, which is not followed
+        return replacedError(file);
+    if (errnoValue == EMFILE || errnoValue == ENFILE)
+        return contentsError(file, tmfoErr, QStringLiteral("The file %1 cannot be opened: too many files are open."),
+                             QStringLiteral("Close other programs, or allow more open files (ulimit -n)."));
     const QString reason = QString::fromStdString(std::generic_category().message(errnoValue));
     return contentsError(file, statusForErrno(errnoValue),
                          QStringLiteral("The file %1 cannot be opened: ") + reason + u'.',
@@ -118,7 +130,12 @@ NSError readFileContents(int descriptor, const FileContents &file, std::uint64_t
 NSError fileContentsReadError(int descriptor, const FileContents &file, int errnoValue)
 {
     const NSError change = verifyFileContentsUnchanged(descriptor, file);
-    return change ? change : readingError(file, errnoValue != 0 ? errnoValue : EIO);
+    if (change)
+        return change;
+    if (errnoValue != 0)
+        return readingError(file, errnoValue);
+    return contentsError(file, eofErr, QStringLiteral("The file %1 ends before the size that the system says it has."),
+                         QStringLiteral("Leave it out, or take a copy of it."));
 }
 
 NSError verifyFileContentsUnchanged(int descriptor, const FileContents &file)
@@ -127,9 +144,7 @@ NSError verifyFileContentsUnchanged(int descriptor, const FileContents &file)
     if (::fstat(descriptor, &now) != 0)
         return readingError(file, errno);
     if (!S_ISREG(now.st_mode) || now.st_ino != file.inode)
-        return contentsError(file, fBsyErr,
-                             QStringLiteral("The file %1 was replaced by another one while the disc was made."),
-                             leaveAloneSuggestion());
+        return replacedError(file);
     if (std::uint64_t(now.st_size) != file.size)
         return sizeError(file, std::uint64_t(now.st_size));
     if (now.st_mtim.tv_sec != file.modificationSeconds || now.st_mtim.tv_nsec != file.modificationNanoseconds

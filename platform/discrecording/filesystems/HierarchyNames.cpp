@@ -53,7 +53,7 @@ std::u16string unitsOf(std::string_view bytes)
 
 QString textOf(std::string_view bytes, NameCoding coding)
 {
-    return coding == NameCoding::Joliet ? QString::fromStdU16String(unitsOf(bytes))
+    return coding == NameCoding::Joliet ? QStringView(unitsOf(bytes)).toString()
                                         : QString::fromLatin1(bytes.data(), static_cast<qsizetype>(bytes.size()));
 }
 
@@ -136,7 +136,7 @@ bool HierarchyNames::ruledName(NodeIndex node, RecordedName *name) const
     const std::u16string units = jolietName(content.nameView(), content.isFolder());
     name->assign(units);
     const QByteArrayView raw(content.name, content.nameLength);
-    return !hasBaseName || QString::fromStdU16String(units) != stringWithFileSystemRepresentation(raw);
+    return !hasBaseName || QStringView(units) != stringWithFileSystemRepresentation(raw);
 }
 
 void HierarchyNames::nameOf(NodeIndex node, RecordedName *name) const

@@ -3,6 +3,7 @@
 #include "platform/coreservices/FSCatalog.h"
 #include "platform/coreservices/FSRefAccess.h"
 #include "platform/discrecording/filesystems/SourceFolder.h"
+#include "platform/discrecording/filesystems/WorkerFailures.h"
 
 #include <algorithm>
 #include <array>
@@ -14,6 +15,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 
@@ -278,12 +280,18 @@ bool inspectSources(ContentTree &tree, const PlanProgress &progress, unsigned in
                 progress.tell(0.15 + 0.4 * begin / count);
         }
     };
+    WorkerFailures failures;
     {
         std::vector<std::jthread> threads;
-        for (unsigned int worker = 1; worker < workers; ++worker)
-            threads.emplace_back([&, worker] { work(inspectors[worker], false); });
-        work(inspectors[0], true);
+        try {
+            for (unsigned int worker = 1; worker < workers; ++worker)
+                threads.emplace_back([&, worker] { failures.run([&] { work(inspectors[worker], false); }); });
+        } catch (const std::system_error &) {
+            // The system has no more threads to give: fewer of them do the same.
+        }
+        failures.run([&] { work(inspectors[0], true); });
     }
+    failures.rethrow();
     if (progress.isCancelled())
         return false;
     merge(tree, inspectors, issues);

@@ -158,13 +158,14 @@ TEST(DvdVideoOrder, addresses_areIgnored_whenTheyAreTakenOrFarAway)
                       {"VTS_02_0.IFO", 80}}));
 }
 
-TEST(DvdVideoOrder, folderAndFiles_areRecognizedInAnyCase_andNothingElseIsPlaced)
+TEST(DvdVideoOrder, nothingIsPlaced_butWhatPlayersLookFor)
 {
-    const Contents files{{"video_ts.ifo", blocks(1)}, {"Vts_01_1.Vob", blocks(1)}, {"VIDEO_TS.TXT", blocks(1)},
-                         {"VTS_00_0.IFO", blocks(1)}, {"VTS_01_1.IFO", blocks(1)}, {"VTS_AB_0.IFO", blocks(1)},
-                         {"VTS_03_0.IFO", {}}};
-    EXPECT_EQ(placesOf(QStringLiteral("Video_TS"), files), (Places{{"video_ts.ifo", 32}, {"Vts_01_1.Vob", 33}}));
+    const Contents files{{"VIDEO_TS.IFO", blocks(1)}, {"VTS_01_1.VOB", blocks(1)}, {"VIDEO_TS.TXT", blocks(1)},
+                         {"video_ts.bup", blocks(1)}, {"Vts_02_1.Vob", blocks(1)}, {"VTS_00_0.IFO", blocks(1)},
+                         {"VTS_01_1.IFO", blocks(1)}, {"VTS_AB_0.IFO", blocks(1)}, {"VTS_03_0.IFO", {}}};
+    EXPECT_EQ(placesOf(QStringLiteral("VIDEO_TS"), files), (Places{{"VIDEO_TS.IFO", 32}, {"VTS_01_1.VOB", 33}}));
     EXPECT_EQ(placesOf(QStringLiteral("AUDIO_TS"), files), Places());
+    EXPECT_EQ(placesOf(QStringLiteral("Video_TS"), files), Places());
     EXPECT_EQ(placesOf(QStringLiteral("VIDEO_TS"), files, 0), Places());
 }
 

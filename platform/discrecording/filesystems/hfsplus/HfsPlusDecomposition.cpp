@@ -39,7 +39,7 @@ std::u16string hfsPlusDecomposed(std::u16string_view text)
         }
         const auto end = std::find_if(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(), isKept);
         const auto length = static_cast<std::size_t>(end - text.begin()) - at;
-        const QString part = QString::fromUtf16(text.data() + at, static_cast<qsizetype>(length));
+        const QString part = QStringView(text.substr(at, length)).toString();
         result += part.normalized(QString::NormalizationForm_D, QChar::Unicode_3_2).toStdU16String();
         at += length;
     }

@@ -169,7 +169,7 @@ QString HfsPlusTreeNames::displayName(NodeIndex node) const
     HfsPlusName name;
     nameOf(node, &name);
     const std::u16string units = withExchangedSeparator(std::u16string(name.view()));
-    return QString::fromStdU16String(units).normalized(QString::NormalizationForm_C);
+    return QStringView(units).toString().normalized(QString::NormalizationForm_C);
 }
 
 } // namespace Tessaron

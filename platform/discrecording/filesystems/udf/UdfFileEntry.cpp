@@ -96,15 +96,15 @@ std::size_t UdfFileEntry::storeAttributes(std::uint8_t *to, const ContentNode &c
 {
     if (content.kind != ContentKind::CharacterDevice && content.kind != ContentKind::BlockDevice)
         return 0;
-    // The header of the attributes (ECMA-167 4/14.10.1), without places for those of implementations and applications …
+    // The header of the attributes (ECMA-167 4/14.10.1), without places for those of implementations and applications,
+    // which therefore begin where the attributes end.
     constexpr std::size_t headerSize = 24;
-    constexpr std::uint32_t none = 0xFFFFFFFF;
-    storeLittleEndian<std::uint32_t>(to + 16, none);
-    storeLittleEndian<std::uint32_t>(to + 20, none);
-    storeUdfTag({to, headerSize}, UdfTag::ExtendedAttributeHeader, m_places.icb(icb));
-    // … and the device (4/14.10.7), with its maker in the room for implementations (UDF 3.3.4.4).
     constexpr std::uint32_t deviceType = 12;
     constexpr std::uint32_t deviceSize = 24 + udfEntityIdentifierSize;
+    storeLittleEndian<std::uint32_t>(to + 16, headerSize + deviceSize);
+    storeLittleEndian<std::uint32_t>(to + 20, headerSize + deviceSize);
+    storeUdfTag({to, headerSize}, UdfTag::ExtendedAttributeHeader, m_places.icb(icb));
+    // The device (4/14.10.7), with its maker in the room for implementations (UDF 3.3.4.4).
     std::uint8_t *const device = to + headerSize;
     storeLittleEndian<std::uint32_t>(device, deviceType);
     device[4] = 1; // subtype

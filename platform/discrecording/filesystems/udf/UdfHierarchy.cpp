@@ -83,6 +83,11 @@ void UdfHierarchy::addIcb(NodeIndex node)
     if (content.isFile() && content.has(ContentNode::SharesContents) && !content.has(ContentNode::HasDates)) {
         const Identity identity{content.link, content.mode, content.userId, content.groupId};
         SharedIcb &shared = m_shared.try_emplace(identity, SharedIcb{next, 0}).first->second;
+        if (shared.links == mostLinks) {
+            // One more than a file entry can count begins another entry.
+            m_linkCounts.emplace_back(shared.icb, static_cast<std::uint16_t>(mostLinks));
+            shared = SharedIcb{next, 0};
+        }
         ++shared.links;
         m_icbOfNode[node] = shared.icb;
         if (shared.icb != next)
@@ -152,7 +157,7 @@ void UdfHierarchy::keepLinkCounts()
 {
     for (const auto &[identity, shared] : m_shared) {
         if (shared.links > 1)
-            m_linkCounts.emplace_back(shared.icb, static_cast<std::uint16_t>(std::min(shared.links, mostLinks)));
+            m_linkCounts.emplace_back(shared.icb, static_cast<std::uint16_t>(shared.links));
     }
     std::sort(m_linkCounts.begin(), m_linkCounts.end());
     m_shared.clear();

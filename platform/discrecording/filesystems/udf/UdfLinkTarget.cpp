@@ -56,7 +56,7 @@ UdfLinkTarget udfLinkTarget(std::string_view target)
                 const std::u16string text = udfName(name, false);
                 recorded.assign(text);
                 const QByteArrayView raw(name.data(), static_cast<qsizetype>(name.size()));
-                result.hasChangedNames |= QString::fromStdU16String(text).toUtf8() != raw;
+                result.hasChangedNames |= QStringView(text).toUtf8() != raw;
             }
             addComponent(result.components, Name, recorded.view());
         }

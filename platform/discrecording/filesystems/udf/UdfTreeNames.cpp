@@ -20,7 +20,7 @@ bool UdfTreeNames::ruledName(NodeIndex node, UdfRecordedName *name) const
         return false;
     const std::u16string text = udfName(content.nameView(), content.isFolder());
     name->assign(text);
-    return QString::fromStdU16String(text).toUtf8() != QByteArrayView(content.name, content.nameLength);
+    return QStringView(text).toUtf8() != QByteArrayView(content.name, content.nameLength);
 }
 
 void UdfTreeNames::makeNames(std::span<UdfSibling> siblings)
@@ -75,10 +75,10 @@ void UdfTreeNames::nameOf(NodeIndex node, UdfRecordedName *name) const
 QString UdfTreeNames::displayName(NodeIndex node) const
 {
     if (node == 0)
-        return QString::fromStdU16String(volumeName());
+        return QStringView(volumeName()).toString();
     UdfRecordedName name;
     nameOf(node, &name);
-    return QString::fromStdU16String(name.text());
+    return QStringView(name.text()).toString();
 }
 
 std::u16string UdfTreeNames::volumeName() const
