@@ -166,6 +166,26 @@ TEST_F(ImageFailure, disk_isFull_whenOnlySmallFilesAreWritten)
     expectFailure(runChild(settings), 1, {"out/disc.iso"});
 }
 
+TEST_F(ImageFailure, cueSheetsName_isTooLong)
+{
+    const QByteArray name = QByteArray(251, 'n');
+    const ChildResult result =
+        runTessaron({"image", "--format", "bin", "-o", m_tree.path("out/" + name + ".bin"), m_tree.path("source")});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    m_tree.remove("out/" + name + ".bin");
+    m_tree.remove("out/" + name + ".cue");
+    expectFailure(runTessaron({"image", "--format", "bin", "-o", m_tree.path("out/" + name + "long"),
+                               m_tree.path("source")}),
+                  1, {"cue sheet", "too long"});
+}
+
+TEST_F(ImageFailure, sourceDateEpoch_isNoNumber)
+{
+    ChildSettings settings = tessaron(imageArguments());
+    settings.environment = {"SOURCE_DATE_EPOCH=yesterday"};
+    expectFailure(runChild(settings), 2, {"SOURCE_DATE_EPOCH", "yesterday"});
+}
+
 /// A small filesystem in memory at "small", where the test may mount one.
 class SmallDisk : public ImageTest
 {
@@ -204,6 +224,20 @@ TEST_F(SmallDisk, image_fails_whenItCannotFit)
         << result.errors.constData();
     EXPECT_FALSE(result.errors.contains("deleted")) << result.errors.constData();
     EXPECT_TRUE(isEmpty());
+}
+
+TEST_F(SmallDisk, image_isMade_whenItFillsMostOfTheDisk)
+{
+    if (!m_isMounted)
+        GTEST_SKIP() << "this user may not mount a tmpfs";
+    // What the image has taken already must not count as missing, whenever that is looked at.
+    makeBigFile("source/big", 400 << 10);
+    for (int run = 0; run < 20; ++run) {
+        const ChildResult result =
+            runTessaron({"image", "--filesystems", "iso9660", "-o", m_tree.path("small/disc.iso"), m_tree.path("source")});
+        ASSERT_EQ(result.exitStatus, 0) << result.errors.constData();
+        m_tree.remove("small/disc.iso");
+    }
 }
 
 TEST_F(SmallDisk, nothingIsLeft_whenTheDiskFillsUp)

@@ -85,6 +85,19 @@ TEST_P(StagedFiles, publish_replacesAnOlderFile)
     EXPECT_EQ(m_tree.contents("disc.iso"), "new");
 }
 
+TEST_P(StagedFiles, publish_keepsAPrivateFilePrivate)
+{
+    m_tree.makeFile("disc.iso", "old");
+    m_tree.setMode("disc.iso", 0600);
+    {
+        const std::unique_ptr<StagedFile> file = stage("disc.iso", "new");
+        EXPECT_EQ(publishTogether({file.get()}), 0);
+    }
+    struct stat status;
+    ASSERT_EQ(::stat(m_tree.path("disc.iso").constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+}
+
 TEST_P(StagedFiles, publish_replacesAllOfSeveral)
 {
     m_tree.makeFile("disc.cue", "old");

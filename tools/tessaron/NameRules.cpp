@@ -134,6 +134,22 @@ bool keepsEveryName(VolumeKind kind)
     return kind == VolumeKind::RockRidge;
 }
 
+bool mustChangeName(VolumeKind kind, std::string_view source)
+{
+    if (keepsEveryName(kind))
+        return false;
+    if (kind == VolumeKind::ISO9660)
+        return true;
+    constexpr std::size_t surelyShort = 64;
+    const bool isPlain =
+        source.size() <= surelyShort && std::all_of(source.begin(), source.end(), [](char byte) {
+            return byte >= '0' && byte <= 'z' && byte != ':' && byte != ';' && byte != '?' && byte != '\\';
+        });
+    return !isPlain
+        && needsChange(kind,
+                       stringWithFileSystemRepresentation(QByteArrayView(source.data(), qsizetype(source.size()))));
+}
+
 QByteArray comparableName(VolumeKind kind, const QByteArray &name)
 {
     const bool isAscii = std::all_of(name.begin(), name.end(), [](char byte) { return byte >= 0; });

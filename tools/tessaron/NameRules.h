@@ -13,6 +13,9 @@ namespace Tessaron::Tool
 /// True when a filesystem of this kind keeps names as they are, whatever their bytes.
 [[nodiscard]] bool keepsEveryName(VolumeKind kind);
 
+/// True when the filesystem cannot hold the source's name as it is, whatever its neighbours are called.
+[[nodiscard]] bool mustChangeName(VolumeKind kind, std::string_view source);
+
 /// The name in the form in which two names of the filesystem are compared: composed characters for HFS+, as it is for
 /// the others.
 [[nodiscard]] QByteArray comparableName(VolumeKind kind, const QByteArray &name);

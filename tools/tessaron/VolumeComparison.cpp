@@ -2,6 +2,7 @@
 
 #include "platform/discimage/VolumeWalk.h"
 #include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/UniqueDescriptor.h"
 #include "tools/tessaron/NameRules.h"
 #include "tools/tessaron/Text.h"
 #include "tools/tessaron/VolumeJson.h"
@@ -9,6 +10,8 @@
 #include <QDate>
 
 #include <algorithm>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace Tessaron::Tool
 {
@@ -22,6 +25,10 @@ std::optional<std::int64_t> latestTimeFromEnvironment()
     const qint64 seconds = qgetenv("SOURCE_DATE_EPOCH").toLongLong(&isNumber);
     return isNumber ? std::optional<std::int64_t>(seconds) : std::nullopt;
 }
+
+/// How often names of a folder are held against each other by rules: an image of something else altogether must not
+/// take hours to refuse.
+constexpr std::size_t maximumTries = 2'000'000;
 
 QString kindText(VolumeObjectKind kind)
 {
@@ -83,8 +90,8 @@ VolumeResult VolumeComparison::run(const std::function<bool()> &isCancelled)
     VolumeWalker walker;
     walker.enterFolder = [this](const QByteArray &path, const VolumeObject &folder) { return enter(path, folder); };
     walker.leaveFolder = [this](const QByteArray &) { leave(); };
-    walker.object = [&](const QByteArray &path, const VolumeObject &object) {
-        take(path, object);
+    walker.object = [&](const QByteArray &, const VolumeObject &object) {
+        take(object);
         return !isCancelled();
     };
     walker.failed = [&](const QByteArray &path, const NSError &error) {
@@ -103,8 +110,13 @@ bool VolumeComparison::enter(const QByteArray &path, const VolumeObject &folder)
     m_entered.remove(folder.location);
     if (source == noSource)
         return false;
-    m_levels.push_back({source, true});
-    m_folderPath = path;
+    Level level{source, true, {}};
+    const SourceObject &facts = m_sources[source];
+    for (SourceNumber child = facts.firstChild; child < facts.firstChild + facts.childCount; ++child) {
+        if (mustChangeName(m_kind, m_sources.name(child)))
+            level.changed.push_back(child);
+    }
+    m_levels.push_back(std::move(level));
     return true;
 }
 
@@ -116,13 +128,12 @@ void VolumeComparison::leave()
     m_levels.pop_back();
 }
 
-void VolumeComparison::take(const QByteArray &folderPath, const VolumeObject &object)
+void VolumeComparison::take(const VolumeObject &object)
 {
-    m_folderPath = folderPath;
     ++(object.kind == VolumeObjectKind::Folder ? m_result.folders : m_result.files);
     // The place tells more than the name where names had to change: several may come near to one.
     SourceNumber source = keepsEveryName(m_kind) ? noSource : sourceAtPlace(object);
-    if (source == noSource)
+    if (source == noSource && !isAmbiguous(object))
         source = sourceWithName(object);
     if (source != noSource && isSeen(source))
         source = noSource;
@@ -171,34 +182,129 @@ bool VolumeComparison::fitsKind(const VolumeObject &object, const SourceObject &
 {
     if (object.kind == source.kind)
         return true;
-    // The plain tree has no kind for links and special files.
-    return m_kind == VolumeKind::ISO9660 && object.kind == VolumeObjectKind::File
-        && source.kind != VolumeObjectKind::Folder && object.size == 0;
+    // Where links and special files have no kind of their own, they may be there as empty files; so are, in the plain
+    // tree, folders that Rock Ridge has moved up.
+    if (object.kind != VolumeObjectKind::File || object.size != 0)
+        return false;
+    if (source.kind == VolumeObjectKind::Folder)
+        return m_kind == VolumeKind::ISO9660 && m_hasRockRidge;
+    return (m_kind == VolumeKind::ISO9660 || m_kind == VolumeKind::Joliet) && source.kind != VolumeObjectKind::File;
+}
+
+bool VolumeComparison::hasNameOf(const VolumeObject &object, SourceNumber source) const
+{
+    const std::string_view name = m_sources.name(source);
+    return comparableName(m_kind, object.name)
+        == comparableName(m_kind, QByteArray(name.data(), qsizetype(name.size())))
+        || mayBeNameOf(m_kind, object.name, name);
 }
 
 bool VolumeComparison::mayBe(const VolumeObject &object, SourceNumber source) const
 {
     const SourceObject &facts = m_sources[source];
-    return !isSeen(source) && fitsKind(object, facts) && object.size == facts.size
-        && (comparableName(m_kind, object.name)
-                == comparableName(m_kind, QByteArray(m_sources.name(source).data(), facts.nameLength))
-            || mayBeNameOf(m_kind, object.name, m_sources.name(source)));
+    return !isSeen(source) && object.size == facts.size && fitsKind(object, facts) && hasNameOf(object, source);
+}
+
+/// True when the name may be the changed one of a neighbour, even if a source has exactly this name.
+bool VolumeComparison::isAmbiguous(const VolumeObject &object) const
+{
+    const std::vector<SourceNumber> &changed = m_levels.back().changed;
+    return std::any_of(changed.begin(), changed.end(), [&](SourceNumber source) { return mayBe(object, source); });
 }
 
 /// Looks on from where the last one was found: the volume's order and that of the sources are nearly the same.
 SourceNumber VolumeComparison::sourceByRules(const VolumeObject &object, std::vector<SourceNumber> &candidates,
-                                             std::size_t *next) const
+                                             std::size_t *next)
 {
-    for (std::size_t tried = 0; tried < candidates.size(); ++tried) {
+    // Objects without contents are as good as each other; of the rest, the one that is most alike.
+    const bool isAnyFine = object.kind != VolumeObjectKind::Folder && object.size == 0;
+    std::vector<SourceNumber> possible;
+    for (std::size_t tried = 0; tried < candidates.size() && m_triesLeft > 0; ++tried, --m_triesLeft) {
         const std::size_t at = (*next + tried) % candidates.size();
-        const SourceNumber source = candidates[at];
-        if (!mayBe(object, source))
+        if (!mayBe(object, candidates[at]))
             continue;
-        candidates.erase(candidates.begin() + std::ptrdiff_t(at));
+        possible.push_back(candidates[at]);
+        if (!isAnyFine)
+            continue;
         *next = at;
+        break;
+    }
+    if (possible.empty())
+        return noSource;
+    const SourceNumber source = possible.size() == 1 ? possible.front() : likeliest(object, possible);
+    candidates.erase(std::find(candidates.begin(), candidates.end(), source));
+    return source;
+}
+
+/// For what is not even alike: a file of another size, a folder where a file should be.
+SourceNumber VolumeComparison::sourceByNameAlone(const VolumeObject &object, std::vector<SourceNumber> &candidates)
+{
+    for (auto candidate = candidates.begin(); candidate != candidates.end() && m_triesLeft > 0;
+         ++candidate, --m_triesLeft) {
+        const SourceNumber source = *candidate;
+        if (isSeen(source) || !hasNameOf(object, source))
+            continue;
+        candidates.erase(candidate);
         return source;
     }
     return noSource;
+}
+
+SourceNumber VolumeComparison::likeliest(const VolumeObject &object, const std::vector<SourceNumber> &sources) const
+{
+    SourceNumber best = sources.front();
+    std::uint64_t bestLikeness = 0;
+    for (const SourceNumber source : sources) {
+        const std::uint64_t here = likeness(object, source);
+        if (here <= bestLikeness)
+            continue;
+        bestLikeness = here;
+        best = source;
+    }
+    return best;
+}
+
+/// How many objects of a folder have their names in the other one, or how many bytes files begin alike with.
+std::uint64_t VolumeComparison::likeness(const VolumeObject &object, SourceNumber source) const
+{
+    if (object.kind == VolumeObjectKind::Folder) {
+        std::uint64_t count = 0;
+        std::uint64_t same = 0;
+        (void)m_reader.listFolder(object, [&](const VolumeObject &child) {
+            const std::string_view name(child.name.data(), std::size_t(child.name.size()));
+            same += m_sources.child(source, name) != noSource ? 1 : 0;
+            ++count;
+            return true;
+        });
+        return 2 * same + (count == m_sources[source].childCount ? 1 : 0);
+    }
+    constexpr std::size_t length = 65536;
+    std::vector<char> recorded(length);
+    std::vector<char> wanted(length);
+    std::size_t recordedLength = 0;
+    const UniqueDescriptor file(m_sources.open(source, O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    if (!file || m_reader.read(object, 0, recorded.data(), length, &recordedLength))
+        return 0;
+    const ssize_t wantedLength = ::pread(file.get(), wanted.data(), length, 0);
+    const std::size_t shorter = std::min(recordedLength, std::size_t(std::max<ssize_t>(wantedLength, 0)));
+    const auto end = recorded.begin() + std::ptrdiff_t(shorter);
+    return std::uint64_t(std::mismatch(recorded.begin(), end, wanted.begin()).first - recorded.begin());
+}
+
+/// The folder in which writers gather what lies deeper than ISO 9660 allows; Rock Ridge shows its content elsewhere.
+bool VolumeComparison::belongsToRelocation(const VolumeObject &folder) const
+{
+    if (m_levels.size() != 1 || folder.kind != VolumeObjectKind::Folder || !m_hasRockRidge)
+        return false;
+    const QByteArray name = folder.name.toLower();
+    if (name != "rr_moved" && name != ".rr_moved")
+        return false;
+    bool isEmpty = true;
+    const NSError error = m_reader.listFolder(folder, [&](const VolumeObject &) {
+        isEmpty = false;
+        return false;
+    });
+    return m_kind == VolumeKind::ISO9660 || (m_kind == VolumeKind::RockRidge && isEmpty && !error);
 }
 
 void VolumeComparison::takePending()
@@ -213,17 +319,31 @@ void VolumeComparison::takePending()
         if (!isSeen(child))
             candidates.push_back(child);
     }
+    m_triesLeft = maximumTries;
     std::size_t next = 0;
+    std::vector<const VolumeObject *> strangers;
     for (const VolumeObject &object : pending) {
         const SourceNumber source = sourceByRules(object, candidates, &next);
-        if (source != noSource) {
+        if (source != noSource)
             compare(object, source);
-            continue;
-        }
-        const QByteArray path = '/' + (m_folderPath.isEmpty() ? QByteArray() : m_folderPath + '/') + object.name;
-        differ(Difference::Kind::Extra, path, object.recordOffset,
-               QStringLiteral("%1 that the sources do not have").arg(kindText(object.kind)));
+        else if (!belongsToRelocation(object))
+            strangers.push_back(&object);
     }
+    for (const VolumeObject *const object : strangers) {
+        const SourceNumber source = sourceByNameAlone(*object, candidates);
+        if (source != noSource)
+            compare(*object, source);
+        else
+            reportExtra(*object);
+    }
+}
+
+void VolumeComparison::reportExtra(const VolumeObject &object)
+{
+    QByteArray path = m_sources.discPath(m_levels.back().folder);
+    path += (path.endsWith('/') ? "" : "/") + object.name;
+    differ(Difference::Kind::Extra, path, object.recordOffset,
+           QStringLiteral("%1 that the sources do not have").arg(kindText(object.kind)));
 }
 
 void VolumeComparison::compare(const VolumeObject &object, SourceNumber source)

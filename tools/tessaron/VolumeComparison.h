@@ -43,16 +43,24 @@ private:
     struct Level {
         SourceNumber folder = noSource;
         bool isWhole = true; ///< its listing did not fail
+        std::vector<SourceNumber> changed; ///< children whose names the filesystem cannot hold
     };
 
     [[nodiscard]] bool enter(const QByteArray &path, const VolumeObject &folder);
     void leave();
-    void take(const QByteArray &folderPath, const VolumeObject &object);
+    void take(const VolumeObject &object);
     void takePending();
+    void reportExtra(const VolumeObject &object);
     [[nodiscard]] SourceNumber sourceWithName(const VolumeObject &object) const;
     [[nodiscard]] SourceNumber sourceAtPlace(const VolumeObject &object) const;
+    [[nodiscard]] bool isAmbiguous(const VolumeObject &object) const;
     [[nodiscard]] SourceNumber sourceByRules(const VolumeObject &object, std::vector<SourceNumber> &candidates,
-                                             std::size_t *next) const;
+                                             std::size_t *next);
+    [[nodiscard]] SourceNumber likeliest(const VolumeObject &object, const std::vector<SourceNumber> &sources) const;
+    [[nodiscard]] std::uint64_t likeness(const VolumeObject &object, SourceNumber source) const;
+    [[nodiscard]] bool belongsToRelocation(const VolumeObject &folder) const;
+    [[nodiscard]] SourceNumber sourceByNameAlone(const VolumeObject &object, std::vector<SourceNumber> &candidates);
+    [[nodiscard]] bool hasNameOf(const VolumeObject &object, SourceNumber source) const;
     [[nodiscard]] bool mayBe(const VolumeObject &object, SourceNumber source) const;
     [[nodiscard]] bool fitsKind(const VolumeObject &object, const SourceObject &source) const;
     void compare(const VolumeObject &object, SourceNumber source);
@@ -75,7 +83,7 @@ private:
     VolumeResult m_result;
     std::vector<Level> m_levels;
     std::vector<VolumeObject> m_pending; ///< objects of the folder whose names are not those of a source
-    QByteArray m_folderPath;
+    std::size_t m_triesLeft = 0; ///< for the pending objects of one folder
     FolderPlaces m_entered; ///< folders that are still to be entered, by their mark
 };
 

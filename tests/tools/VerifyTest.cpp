@@ -1,0 +1,364 @@
+#include "platform/discimage/VolumeFinder.h"
+#include "platform/discimage/VolumeWalk.h"
+#include "tests/tools/ImageFixture.h"
+
+#include <QFile>
+#include <QJsonArray>
+
+#include <fcntl.h>
+#include <filesystem>
+#include <optional>
+#include <sys/stat.h>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+using Words = std::set<std::string>;
+
+/// Images held against the sources that they were made of, after one of the two was changed.
+class Verify : public ImageTest
+{
+protected:
+    void makeImage(const QList<QByteArray> &options = {})
+    {
+        const ChildResult result = runTessaron(imageArguments(QList<QByteArray>({"-q"}) + options));
+        ASSERT_TRUE(result.exitStatus == 0 || result.exitStatus == 3) << result.errors.constData();
+    }
+
+    [[nodiscard]] QJsonObject verified(int expectedStatus) const
+    {
+        const ChildResult result = runTessaron({"verify", "--json", image(), m_tree.path("source")});
+        EXPECT_EQ(result.exitStatus, expectedStatus) << result.output.constData() << result.errors.constData();
+        return jsonOf(result.output);
+    }
+
+    /// "kind path" of each difference.
+    [[nodiscard]] static Words differencesIn(const QJsonObject &object)
+    {
+        Words words;
+        for (const QJsonValue item : object[QStringLiteral("differences")].toArray())
+            words.insert((item[QStringLiteral("kind")].toString() + u' ' + item[QStringLiteral("path")].toString())
+                             .toStdString());
+        return words;
+    }
+
+    /// The filesystems that any difference names.
+    [[nodiscard]] static Words filesystemsIn(const QJsonObject &object)
+    {
+        Words words;
+        for (const QJsonValue item : object[QStringLiteral("differences")].toArray()) {
+            for (const QJsonValue name : item[QStringLiteral("filesystems")].toArray())
+                words.insert(name.toString().toStdString());
+        }
+        return words;
+    }
+
+    /// The object of this path as one view of the image has it.
+    [[nodiscard]] VolumeObject objectIn(VolumeKind kind, const QByteArray &path) const
+    {
+        const auto source = DiscImageSource::sourceWithFile(QString::fromUtf8(image())).source;
+        VolumeObject found;
+        for (const FoundVolume &volume : volumesInImage(source)) {
+            if (volume.kind != kind || !volume.reader)
+                continue;
+            VolumeWalker walker;
+            walker.object = [&](const QByteArray &folder, const VolumeObject &object) {
+                if ((folder.isEmpty() ? object.name : folder + '/' + object.name) == path)
+                    found = object;
+                return true;
+            };
+            walkVolume(*volume.reader, walker);
+        }
+        EXPECT_EQ(found.name, path.mid(path.lastIndexOf('/') + 1));
+        return found;
+    }
+
+    /// Changes one byte of the image, in one bit.
+    void flipByte(qint64 offset) const
+    {
+        QFile file(QString::fromUtf8(image()));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        char byte = 0;
+        file.seek(offset);
+        ASSERT_EQ(file.read(&byte, 1), 1);
+        byte = char(byte ^ 1);
+        file.seek(offset);
+        ASSERT_EQ(file.write(&byte, 1), 1);
+    }
+
+    static void keepTimes(const QByteArray &path, const std::function<void()> &change)
+    {
+        struct stat status;
+        ASSERT_EQ(::stat(path.constData(), &status), 0);
+        change();
+        const timespec times[2] = {status.st_atim, status.st_mtim};
+        ASSERT_EQ(::utimensat(AT_FDCWD, path.constData(), times, 0), 0);
+    }
+};
+
+const Words allViews = {"iso9660", "rockridge", "joliet", "udf", "hfs+"};
+
+TEST_F(Verify, image_isAsItsSources_onTheOddTree_inEachCombination)
+{
+    makeSampleTree();
+    const QList<QByteArray> names = {"iso9660", "joliet", "udf", "hfs+"};
+    for (int mask = 1; mask < 16; ++mask) {
+        QList<QByteArray> chosen;
+        for (int bit = 0; bit < 4; ++bit) {
+            if ((mask & (1 << bit)) != 0)
+                chosen.append(names[bit]);
+        }
+        SCOPED_TRACE(chosen.join(',').constData());
+        makeImage({"--filesystems", chosen.join(',')});
+        const QJsonObject object = verified(0);
+        EXPECT_EQ(object[QStringLiteral("result")].toString(), QStringLiteral("done"));
+        EXPECT_EQ(object[QStringLiteral("filesystems")].toArray().size(), chosen.size() + (mask & 1));
+        EXPECT_EQ(object[QStringLiteral("differenceCount")].toInteger(), 0);
+        EXPECT_GT(object[QStringLiteral("bytesCompared")].toInteger(), 3 << 20);
+    }
+}
+
+TEST_F(Verify, report_saysWhatWasCompared)
+{
+    makeOrdinaryTree();
+    makeImage();
+    const ChildResult result = runTessaron({"verify", image(), m_tree.path("source")});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_TRUE(result.output.contains("HFS+: 4 files, 2 folders: same (names, sizes, contents, times, link targets)"))
+        << result.output.constData();
+    EXPECT_TRUE(result.output.contains("ISO 9660: 4 files, 2 folders: same (short names by its rules, "));
+    EXPECT_TRUE(result.output.contains("the image is as its sources"));
+    EXPECT_EQ(runTessaron({"verify", "-q", image(), m_tree.path("source")}).output, "");
+}
+
+TEST_F(Verify, severalSources_areComparedSideBySide)
+{
+    m_tree.makeFile("source/in a.txt", "a");
+    m_tree.makeFile("c.txt", "c");
+    m_tree.makeSymbolicLink("link", "c.txt");
+    const QList<QByteArray> sources = {m_tree.path("source"), m_tree.path("c.txt"), m_tree.path("link")};
+    EXPECT_EQ(runTessaron(QList<QByteArray>({"image", "-q", "-o", image()}) + sources).exitStatus, 0);
+    EXPECT_EQ(runTessaron(QList<QByteArray>({"verify", image()}) + sources).exitStatus, 0);
+    EXPECT_EQ(runTessaron({"verify", image(), sources[0], sources[1]}).exitStatus, 1);
+}
+
+TEST_F(Verify, missingAndExtraObjects_areNamedInEveryFilesystem)
+{
+    makeOrdinaryTree();
+    makeImage();
+    const QByteArray folder = m_tree.path("source/folder");
+    keepTimes(folder, [this] {
+        m_tree.makeFile("source/folder/new.txt", "new");
+        std::filesystem::remove(m_tree.path("source/folder/one.txt").toStdString());
+    });
+    const QJsonObject object = verified(1);
+    EXPECT_EQ(object[QStringLiteral("result")].toString(), QStringLiteral("different"));
+    EXPECT_EQ(differencesIn(object),
+              Words({"missing /folder/new.txt", "extra /folder/one.txt", "extra /folder/ONE.TXT"}));
+    EXPECT_EQ(filesystemsIn(object), allViews);
+    EXPECT_EQ(object[QStringLiteral("differenceCount")].toInteger(), 10);
+}
+
+TEST_F(Verify, flippedByteInContents_isFoundOnce_forAllThatShareIt)
+{
+    makeOrdinaryTree();
+    makeImage();
+    const VolumeObject file = objectIn(VolumeKind::UDF, "folder/two.txt");
+    const qint64 offset = qint64(file.extents.at(0).offset) + 77777;
+    flipByte(offset);
+    const QJsonObject object = verified(1);
+    EXPECT_EQ(differencesIn(object), Words({"contents /folder/two.txt"}));
+    const QJsonValue difference = object[QStringLiteral("differences")].toArray().at(0);
+    EXPECT_EQ(object[QStringLiteral("differenceCount")].toInteger(), 1);
+    EXPECT_EQ(difference[QStringLiteral("offset")].toInteger(), offset);
+    EXPECT_TRUE(difference[QStringLiteral("message")].toString().contains(QStringLiteral("byte 77777 of the file")));
+    EXPECT_EQ(filesystemsIn(object), allViews);
+}
+
+TEST_F(Verify, flippedByteInAName_blamesTheOneFilesystem)
+{
+    makeOrdinaryTree();
+    const QByteArray wide("\0r\0e\0a\0d\0m\0e\0.\0t\0x\0t", 20);
+    struct Case {
+        VolumeKind kind;
+        QByteArray recorded;
+        std::string filesystem;
+    };
+    const std::vector<Case> cases = {{VolumeKind::ISO9660, "README.TXT;1", "iso9660"},
+                                     {VolumeKind::RockRidge, "readme.txt", "rockridge"},
+                                     {VolumeKind::Joliet, wide, "joliet"}};
+    for (const Case &one : cases) {
+        SCOPED_TRACE(one.filesystem);
+        makeImage();
+        const QByteArray path = one.kind == VolumeKind::ISO9660 ? "README.TXT" : "readme.txt";
+        const auto record = qint64(objectIn(one.kind, path).recordOffset);
+        const qint64 place = m_tree.contents("out/disc.iso").indexOf(one.recorded, record);
+        ASSERT_LT(place, record + 255);
+        flipByte(place + one.recorded.indexOf(one.kind == VolumeKind::ISO9660 ? 'D' : 'd'));
+        const QJsonObject object = verified(1);
+        EXPECT_EQ(filesystemsIn(object), Words({one.filesystem}));
+        EXPECT_EQ(object[QStringLiteral("differenceCount")].toInteger(), 2); // one is missing, one is extra
+    }
+}
+
+TEST_F(Verify, flippedByteInAnEntry_blamesTheOneFilesystem)
+{
+    makeOrdinaryTree();
+    makeImage();
+    flipByte(qint64(objectIn(VolumeKind::UDF, "folder/two.txt").recordOffset) + 57); // of the size
+    const QJsonObject udf = verified(1);
+    EXPECT_EQ(filesystemsIn(udf), Words({"udf"}));
+    EXPECT_TRUE(differencesIn(udf).contains("damage /folder"));
+
+    makeImage();
+    const QByteArray wide("\0t\0w\0o\0.\0t\0x\0t", 14);
+    const auto joliet = qsizetype(objectIn(VolumeKind::Joliet, "folder/two.txt").recordOffset);
+    const QByteArray bytes = m_tree.contents("out/disc.iso");
+    int others = 0;
+    for (qsizetype at = bytes.indexOf(wide); at >= 0; at = bytes.indexOf(wide, at + 1)) {
+        if (at >= joliet && at < joliet + 100)
+            continue;
+        ++others;
+        flipByte(at + 3);
+    }
+    EXPECT_GE(others, 1);
+    EXPECT_EQ(filesystemsIn(verified(1)), Words({"hfs+"}));
+}
+
+TEST_F(Verify, wrongExtentInOneFilesystem_blamesItsContents)
+{
+    makeOrdinaryTree();
+    m_tree.makeFile("source/folder/three.txt", QByteArray(100000, '3'));
+    makeImage();
+    // The block number of the record, in both byte orders: now that of the file's next block.
+    const auto record = qint64(objectIn(VolumeKind::Joliet, "folder/two.txt").recordOffset);
+    QFile file(QString::fromUtf8(image()));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    file.seek(record + 2);
+    QByteArray place = file.read(8);
+    place[0] = char(place[0] ^ 1);
+    place[7] = place[0];
+    file.seek(record + 2);
+    file.write(place);
+    file.close();
+    const QJsonObject object = verified(1);
+    EXPECT_EQ(filesystemsIn(object), Words({"joliet"}));
+    EXPECT_EQ(differencesIn(object), Words({"contents /folder/two.txt"}));
+}
+
+TEST_F(Verify, truncatedImage_isFound_whereverItEnds)
+{
+    makeOrdinaryTree();
+    makeBigFile("source/big", 3 << 20);
+    makeImage();
+    const qint64 whole = m_tree.contents("out/disc.iso").size();
+    std::filesystem::resize_file(image().toStdString(), std::uintmax_t(whole - 2048));
+    EXPECT_TRUE(differencesIn(verified(1)).contains("damage /")); // nothing but the end of the last block is missing
+    for (const qint64 length : {whole / 2, qint64(300) * 2048, qint64(20) * 2048}) {
+        SCOPED_TRACE(length);
+        std::filesystem::resize_file(image().toStdString(), std::uintmax_t(length));
+        EXPECT_GT(verified(1)[QStringLiteral("differenceCount")].toInteger(), 0);
+    }
+    std::filesystem::resize_file(image().toStdString(), 100);
+    EXPECT_EQ(verified(1)[QStringLiteral("error")][QStringLiteral("kind")].toString(), QStringLiteral("source"));
+}
+
+TEST_F(Verify, changedSources_areFound)
+{
+    makeOrdinaryTree();
+    m_tree.makeSymbolicLink("source/link", "readme.txt");
+    m_tree.makeFile("source/swap", "x");
+    makeImage();
+    const QByteArray root = m_tree.path("source");
+    keepTimes(m_tree.path("source/readme.txt"), [this] { m_tree.makeFile("source/readme.txt", "rEad me\n"); });
+    keepTimes(m_tree.path("source/folder/one.txt"), [this] { m_tree.makeFile("source/folder/one.txt", "short"); });
+    m_tree.setModificationTime("source/folder/empty", 1234567890);
+    std::filesystem::remove(m_tree.path("source/link").toStdString());
+    m_tree.makeSymbolicLink("source/link", "folder");
+    std::filesystem::remove(m_tree.path("source/swap").toStdString());
+    m_tree.makeFolder("source/swap");
+    Words differences = differencesIn(verified(1));
+    differences.erase("time /link");
+    EXPECT_EQ(differences,
+              Words({"contents /readme.txt", "size /folder/one.txt", "time /folder/empty", "link-target /link",
+                     "type /swap"}));
+}
+
+TEST_F(Verify, namesThatCollideOnDisc_areMatchedByTheirContents)
+{
+    for (const char *const name : {"a?.txt", "a*.txt", "a_.txt", "A_.TXT", "a:.txt", "b?", "b_", "b*"})
+        m_tree.makeFile(QByteArray("source/") + name, QByteArray("contents of ") + name);
+    for (const char *const name : {"d?/x", "d*/y", "d_/z", "D_/same", "empty?", "empty*", "empty_"})
+        m_tree.makeFile(QByteArray("source/") + name, QByteArray(name).startsWith("empty") ? "" : name);
+    for (const QByteArray filesystems : {"iso9660,joliet,udf,hfs+", "iso9660", "udf,joliet", "joliet", "hfs+"}) {
+        SCOPED_TRACE(filesystems.constData());
+        makeImage({"--filesystems", filesystems});
+        EXPECT_EQ(differencesIn(verified(0)), Words());
+    }
+}
+
+TEST_F(Verify, hardLinksAndBytesThatAreNoText_areCompared)
+{
+    m_tree.makeFile("source/one \xe4\xff.bin", QByteArray(5000, 'x'));
+    m_tree.makeHardLink("source/two", "source/one \xe4\xff.bin");
+    m_tree.makeFile("source/Grüße/日本語", "text");
+    m_tree.makeSymbolicLink("source/to nowhere", "//a///b/");
+    makeImage();
+    const QJsonObject object = verified(0);
+    EXPECT_EQ(object[QStringLiteral("bytesCompared")].toInteger(), 5000 + 4);
+}
+
+TEST_F(Verify, unreadableSource_isAFailure)
+{
+    makeOrdinaryTree();
+    makeImage();
+    m_tree.setMode("source/readme.txt", 0);
+    ChildSettings settings = tessaron({"verify", image(), m_tree.path("source")});
+    settings.withoutRootRights = true;
+    const ChildResult result = runChild(settings);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.errors.contains("sources: /readme.txt: the source cannot be read: Permission denied"))
+        << result.errors.constData();
+    const ChildResult missing = runTessaron({"verify", image(), m_tree.path("missing")});
+    EXPECT_EQ(missing.exitStatus, 1);
+    EXPECT_TRUE(missing.errors.contains("there is no file or folder")) << missing.errors.constData();
+    EXPECT_EQ(runTessaron({"verify", image()}).exitStatus, 2);
+}
+
+TEST_F(Verify, vantAndBinImages_areReadLikeTheOthers)
+{
+    makeOrdinaryTree();
+    for (const QByteArray name : {"out/disc.vant", "out/disc.bin"}) {
+        EXPECT_EQ(runTessaron({"image", "-q", "-o", m_tree.path(name), m_tree.path("source")}).exitStatus, 0);
+        EXPECT_EQ(runTessaron({"verify", "-q", m_tree.path(name), m_tree.path("source")}).exitStatus, 0);
+    }
+    EXPECT_EQ(runTessaron({"verify", "-q", m_tree.path("out/disc.cue"), m_tree.path("source")}).exitStatus, 0);
+}
+
+TEST_F(Verify, imagesOfOtherPrograms_areAsTheirSources)
+{
+    makeOrdinaryTree();
+    m_tree.makeFile("source/a/b/c/d/e/f/g/h/i/j/deep.txt", "deep");
+    m_tree.makeFile("source/" + QByteArray(100, 'n') + ".txt", "long");
+    m_tree.makeSymbolicLink("source/link", "../up/./and/" + QByteArray(300, 'l'));
+    const QByteArray source = m_tree.path("source");
+    outputOf("genisoimage", {"-quiet", "-R", "-J", "-joliet-long", "-o", image(), source});
+    EXPECT_EQ(differencesIn(verified(0)), Words());
+}
+
+TEST_F(Verify, hybridImageOfAnotherProgram_isAsItsSources)
+{
+    makeOrdinaryTree();
+    m_tree.makeFile("source/Grüße", "hello");
+    m_tree.makeSymbolicLink("source/link", "../up");
+    outputOf("xorriso", {"-as", "mkisofs", "-quiet", "-R", "-J", "-hfsplus", "-o", image(), m_tree.path("source")});
+    EXPECT_EQ(differencesIn(verified(0)), Words());
+}
+
+} // namespace
+
+} // namespace Tessaron::Testing
