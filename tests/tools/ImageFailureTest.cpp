@@ -174,9 +174,9 @@ TEST_F(ImageFailure, cueSheetsName_isTooLong)
     EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
     m_tree.remove("out/" + name + ".bin");
     m_tree.remove("out/" + name + ".cue");
-    expectFailure(runTessaron({"image", "--format", "bin", "-o", m_tree.path("out/" + name + "long"),
-                               m_tree.path("source")}),
-                  1, {"cue sheet", "too long"});
+    expectFailure(
+        runTessaron({"image", "--format", "bin", "-o", m_tree.path("out/" + name + "long"), m_tree.path("source")}), 1,
+        {"cue sheet", "too long"});
 }
 
 TEST_F(ImageFailure, sourceDateEpoch_isNoNumber)
@@ -233,8 +233,8 @@ TEST_F(SmallDisk, image_isMade_whenItFillsMostOfTheDisk)
     // What the image has taken already must not count as missing, whenever that is looked at.
     makeBigFile("source/big", 400 << 10);
     for (int run = 0; run < 20; ++run) {
-        const ChildResult result =
-            runTessaron({"image", "--filesystems", "iso9660", "-o", m_tree.path("small/disc.iso"), m_tree.path("source")});
+        const ChildResult result = runTessaron(
+            {"image", "--filesystems", "iso9660", "-o", m_tree.path("small/disc.iso"), m_tree.path("source")});
         ASSERT_EQ(result.exitStatus, 0) << result.errors.constData();
         m_tree.remove("small/disc.iso");
     }
