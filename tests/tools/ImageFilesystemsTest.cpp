@@ -143,6 +143,19 @@ TEST_F(ImageFilesystems, vantImage_isTheImageWithATrailer)
     EXPECT_TRUE(outputOf("isoinfo", {"-R", "-f", "-i", m_tree.path("out/disc.vant")}).contains("/folder/two.txt"));
 }
 
+TEST_F(ImageFilesystems, vantImage_leavesNothing_whenItsTrailerDoesNotFit)
+{
+    makeOrdinaryTree();
+    makeImage({});
+    const auto length = quint64(m_tree.contents("out/disc.iso").size());
+    ChildSettings settings = tessaron({"image", "-o", m_tree.path("out/disc.vant"), m_tree.path("source")});
+    settings.fileSizeLimit = length + 100; // the image fits, its trailer does not
+    const ChildResult result = runChild(settings);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.errors.contains("the description of the tracks cannot be written")) << result.errors.constData();
+    EXPECT_EQ(outNames(), std::set<std::string>({"disc.iso"}));
+}
+
 } // namespace
 
 } // namespace Tessaron::Testing

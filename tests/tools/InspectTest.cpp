@@ -1,0 +1,223 @@
+#include "platform/discimage/VolumeFinder.h"
+#include "platform/discimage/VolumeWalk.h"
+#include "tests/tools/ImageFixture.h"
+
+#include <QJsonArray>
+
+#include <filesystem>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+/// What the command says of images, our own and those of others.
+class Inspect : public ImageTest
+{
+protected:
+    [[nodiscard]] static QJsonObject inspected(const QByteArray &path, int expectedStatus = 0)
+    {
+        const ChildResult result = runTessaron({"inspect", "--json", path});
+        EXPECT_EQ(result.exitStatus, expectedStatus) << result.output.constData() << result.errors.constData();
+        return jsonOf(result.output);
+    }
+
+    /// "filesystem name files folders" of each filesystem.
+    [[nodiscard]] static std::vector<std::string> filesystemsIn(const QJsonObject &object)
+    {
+        std::vector<std::string> lines;
+        for (const QJsonValue item : object[QStringLiteral("filesystems")].toArray())
+            lines.push_back(
+                QStringLiteral("%1 %2 %3 %4")
+                    .arg(item[QStringLiteral("filesystem")].toString(), item[QStringLiteral("name")].toString())
+                    .arg(item[QStringLiteral("files")].toInteger())
+                    .arg(item[QStringLiteral("folders")].toInteger())
+                    .toStdString());
+        return lines;
+    }
+
+    void makeImage(const QByteArray &name, const QList<QByteArray> &options = {}) const
+    {
+        const QList<QByteArray> words = QList<QByteArray>({"image", "-q", "-o", m_tree.path(name)}) + options;
+        EXPECT_EQ(runTessaron(words + QList<QByteArray>({m_tree.path("source")})).exitStatus, 0);
+    }
+};
+
+using Lines = std::vector<std::string>;
+
+TEST_F(Inspect, ownImage_hasAllFilesystems)
+{
+    makeOrdinaryTree();
+    makeImage("out/disc.iso", {"--name", "My Disc"});
+    const QJsonObject object = inspected(image());
+    EXPECT_EQ(filesystemsIn(object),
+              Lines({"iso9660 MY_DISC 4 2", "rockridge MY_DISC 4 2", "joliet My Disc 4 2", "udf My Disc 4 2",
+                     "hfs+ My Disc 4 2"}));
+    EXPECT_EQ(object[QStringLiteral("format")].toString(), QStringLiteral("iso"));
+    EXPECT_EQ(object[QStringLiteral("bytes")].toInteger(), m_tree.contents("out/disc.iso").size());
+    EXPECT_EQ(object[QStringLiteral("partitions")].toArray().size(), 2);
+    EXPECT_EQ(object[QStringLiteral("tracks")].toArray().size(), 0);
+    for (const QJsonValue item : object[QStringLiteral("filesystems")].toArray()) {
+        EXPECT_EQ(item[QStringLiteral("bytes")].toInteger(), 100108);
+        EXPECT_EQ(item[QStringLiteral("damageCount")].toInteger(), 0);
+    }
+    const ChildResult text = runTessaron({"inspect", image()});
+    EXPECT_EQ(text.exitStatus, 0);
+    EXPECT_TRUE(text.output.contains("  UDF “My Disc”: ")) << text.output.constData();
+}
+
+TEST_F(Inspect, vantAndCueSheet_haveTheirTracks)
+{
+    makeOrdinaryTree();
+    makeImage("out/disc.vant");
+    makeImage("out/disc.bin");
+    const qint64 blocks = m_tree.contents("out/disc.bin").size() / 2048;
+    for (const QByteArray name : {"out/disc.vant", "out/disc.bin", "out/disc.cue"}) {
+        SCOPED_TRACE(name.constData());
+        const QJsonObject object = inspected(m_tree.path(name));
+        const QJsonArray tracks = object[QStringLiteral("tracks")].toArray();
+        ASSERT_EQ(tracks.size(), 1);
+        EXPECT_EQ(tracks[0][QStringLiteral("mode")].toString(), QStringLiteral("MODE1/2048"));
+        EXPECT_EQ(tracks[0][QStringLiteral("blocks")].toInteger(), blocks);
+        EXPECT_EQ(filesystemsIn(object).size(), 5u);
+        EXPECT_EQ(object[QStringLiteral("format")].toString(),
+                  QString::fromUtf8(name.endsWith("vant") ? "vant" : "bin"));
+    }
+}
+
+TEST_F(Inspect, rawSectors_areReadThrough_withAndWithoutACueSheet)
+{
+    makeOrdinaryTree();
+    makeImage("out/plain.iso", {"--filesystems", "iso9660"});
+    const QByteArray plain = m_tree.contents("out/plain.iso");
+    QByteArray raw;
+    for (qsizetype at = 0; at < plain.size(); at += 2048)
+        raw += QByteArray(1, '\0') + QByteArray(10, '\xff') + QByteArray("\0\0\2\0\1", 5) + plain.mid(at, 2048)
+            + QByteArray(288, '\0');
+    m_tree.makeFile("out/raw.img", raw);
+    EXPECT_EQ(inspected(m_tree.path("out/raw.img"))[QStringLiteral("format")].toString(), QStringLiteral("raw"));
+    EXPECT_EQ(filesystemsIn(inspected(m_tree.path("out/raw.img"))),
+              Lines({"iso9660 SOURCE 4 2", "rockridge SOURCE 4 2"}));
+    EXPECT_EQ(runTessaron({"verify", "-q", m_tree.path("out/raw.img"), m_tree.path("source")}).exitStatus, 0);
+
+    const QByteArray audio(150 * 2352, 'a');
+    m_tree.makeFile("out/mixed.bin", audio + raw + audio);
+    const QByteArray dataFrames = QByteArray::number(qlonglong(150 + plain.size() / 2048));
+    const auto frames = [](qint64 count) {
+        return QStringLiteral("%1:%2:%3").arg(count / 4500).arg(count / 75 % 60).arg(count % 75).toLatin1();
+    };
+    m_tree.makeFile("out/mixed.cue",
+                    "REM made by hand\nFILE \"mixed.bin\" BINARY\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n"
+                    " TRACK 02 MODE1/2352\n  PREGAP 00:02:00\n  INDEX 01 00:02:00\n TRACK 03 AUDIO\n  INDEX 01 "
+                        + frames(dataFrames.toLongLong()) + "\n");
+    const QJsonObject mixed = inspected(m_tree.path("out/mixed.cue"));
+    const QJsonArray tracks = mixed[QStringLiteral("tracks")].toArray();
+    ASSERT_EQ(tracks.size(), 3);
+    EXPECT_EQ(tracks[0][QStringLiteral("blocks")].toInteger(), 150);
+    EXPECT_EQ(tracks[1][QStringLiteral("blocks")].toInteger(), plain.size() / 2048);
+    EXPECT_EQ(tracks[1][QStringLiteral("offset")].toInteger(), 150 * 2352);
+    EXPECT_EQ(tracks[1][QStringLiteral("pregap")].toInteger(), 150);
+    EXPECT_EQ(tracks[2][QStringLiteral("blocks")].toInteger(), 150);
+    EXPECT_EQ(filesystemsIn(mixed), Lines({"iso9660 SOURCE 4 2", "rockridge SOURCE 4 2"}));
+}
+
+TEST_F(Inspect, imagesOfOtherPrograms_areRead)
+{
+    makeOrdinaryTree();
+    const QByteArray source = m_tree.path("source");
+    outputOf("genisoimage", {"-quiet", "-V", "DISC", "-R", "-J", "-udf", "-o", image(), source});
+    EXPECT_EQ(filesystemsIn(inspected(image())),
+              Lines({"iso9660 DISC 4 2", "rockridge DISC 4 2", "joliet DISC 4 2", "udf DISC 4 2"}));
+    outputOf("xorriso", {"-as", "mkisofs", "-quiet", "-V", "DISC", "-hfsplus", "-o", image(), source});
+    EXPECT_EQ(filesystemsIn(inspected(image())), Lines({"iso9660 DISC 4 2", "rockridge DISC 4 2", "hfs+ DISC 4 2"}));
+    m_tree.makeSparseFile("out/empty.udf", 10 << 20);
+    outputOf("mkudffs", {"--blocksize=2048", "--label=Größe", m_tree.path("out/empty.udf")});
+    EXPECT_EQ(filesystemsIn(inspected(m_tree.path("out/empty.udf"))), Lines({"udf Größe 0 0"}));
+}
+
+TEST_F(Inspect, damage_isNamedWithItsPlace)
+{
+    makeOrdinaryTree();
+    makeImage("out/disc.iso");
+    std::filesystem::resize_file(image().toStdString(), 40 * 2048);
+    const ChildResult result = runTessaron({"inspect", image()});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.errors.contains("is damaged")) << result.errors.constData();
+    EXPECT_TRUE(result.errors.contains("UDF: ")) << result.errors.constData();
+    EXPECT_TRUE(result.errors.contains("at byte ")) << result.errors.constData();
+    const QJsonObject object = inspected(image(), 1);
+    EXPECT_EQ(object[QStringLiteral("result")].toString(), QStringLiteral("failed"));
+}
+
+TEST_F(Inspect, whatIsNoImage_isAFailure)
+{
+    m_tree.makeFile("text.txt", "This is no image.");
+    m_tree.makeFile("empty.iso");
+    for (const QByteArray name : {"text.txt", "empty.iso", "missing", "source"}) {
+        SCOPED_TRACE(name.constData());
+        const ChildResult result = runTessaron({"inspect", m_tree.path(name)});
+        EXPECT_EQ(result.exitStatus, 1);
+        EXPECT_EQ(result.output, "");
+        EXPECT_FALSE(result.errors.isEmpty());
+        EXPECT_EQ(inspected(m_tree.path(name), 1)[QStringLiteral("error")][QStringLiteral("kind")].toString(),
+                  QStringLiteral("source"));
+    }
+    m_tree.makeFile("wrong.cue", "nothing of a cue sheet");
+    EXPECT_EQ(runTessaron({"inspect", m_tree.path("wrong.cue")}).exitStatus, 1);
+    EXPECT_EQ(runTessaron({"inspect"}).exitStatus, 2);
+    EXPECT_EQ(runTessaron({"inspect", "a", "b"}).exitStatus, 2);
+}
+
+/// Places of the files in VIDEO_TS as one view has them.
+std::map<std::string, std::uint64_t> videoPlaces(const QByteArray &path, VolumeKind kind)
+{
+    std::map<std::string, std::uint64_t> places;
+    const auto source = DiscImageSource::sourceWithFile(QString::fromUtf8(path)).source;
+    for (const FoundVolume &volume : volumesInImage(source)) {
+        if (volume.kind != kind || !volume.reader)
+            continue;
+        VolumeWalker walker;
+        walker.object = [&](const QByteArray &folder, const VolumeObject &object) {
+            if (folder == "VIDEO_TS") {
+                EXPECT_EQ(object.extents.size(), 1u) << object.name.constData();
+                places[object.name.toStdString()] = object.extents.at(0).offset;
+            }
+            return true;
+        };
+        EXPECT_TRUE(walkVolume(*volume.reader, walker));
+    }
+    return places;
+}
+
+TEST_F(Inspect, dvdVideo_liesInThePlayersOrder_inEveryFilesystem)
+{
+    const std::vector<std::string> order = {"VIDEO_TS.IFO", "VIDEO_TS.VOB", "VIDEO_TS.BUP", "VTS_01_0.IFO",
+                                            "VTS_01_0.VOB", "VTS_01_1.VOB", "VTS_01_2.VOB", "VTS_01_0.BUP",
+                                            "VTS_02_0.IFO", "VTS_02_1.VOB", "VTS_02_0.BUP"};
+    for (const std::string &name : order)
+        m_tree.makeFile("source/VIDEO_TS/" + QByteArray::fromStdString(name), QByteArray(12288, name[9]));
+    m_tree.makeFolder("source/AUDIO_TS");
+    m_tree.makeFile("source/A first file.txt", "which comes behind");
+    const ChildResult made = runTessaron(imageArguments({"--name", "My holiday-film"}));
+    EXPECT_EQ(made.exitStatus, 0);
+    EXPECT_TRUE(made.errors.contains("the volume is named “MY_HOLIDAY_FILM”")) << made.errors.constData();
+    EXPECT_EQ(filesystemsIn(inspected(image())).at(3), "udf MY_HOLIDAY_FILM 12 2");
+    EXPECT_EQ(filesystemsIn(inspected(image())).at(0), "iso9660 MY_HOLIDAY_FILM 12 2");
+
+    const auto udf = videoPlaces(image(), VolumeKind::UDF);
+    EXPECT_EQ(udf, videoPlaces(image(), VolumeKind::ISO9660));
+    EXPECT_EQ(udf, videoPlaces(image(), VolumeKind::HFSPlus));
+    ASSERT_EQ(udf.size(), order.size());
+    for (std::size_t index = 1; index < order.size(); ++index)
+        EXPECT_LT(udf.at(order[index - 1]), udf.at(order[index])) << order[index];
+    // Information and its backup lie in different units of error correction.
+    EXPECT_NE(udf.at("VTS_01_0.IFO") / 32768, udf.at("VTS_01_0.BUP") / 32768);
+    EXPECT_EQ(runTessaron({"verify", "-q", image(), m_tree.path("source")}).exitStatus, 0);
+    EXPECT_EQ(runTessaron(imageArguments({"-q"})).exitStatus, 0);
+    EXPECT_EQ(filesystemsIn(inspected(image())).at(3), "udf SOURCE 12 2");
+}
+
+} // namespace
+
+} // namespace Tessaron::Testing
