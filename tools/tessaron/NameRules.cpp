@@ -159,6 +159,36 @@ QByteArray comparableName(VolumeKind kind, const QByteArray &name)
     return holdsUndecodableBytes(text) ? name : fileSystemRepresentation(text.normalized(QString::NormalizationForm_C));
 }
 
+QByteArray nameKey(VolumeKind kind, std::string_view source)
+{
+    QString name = stringWithFileSystemRepresentation(QByteArrayView(source.data(), qsizetype(source.size())));
+    if (kind == VolumeKind::ISO9660) {
+        const NameParts parts = partsOf(name);
+        return (bones(parts.stem) + u'.' + bones(parts.extension)).toLatin1();
+    }
+    if (kind == VolumeKind::HFSPlus && !holdsUndecodableBytes(name))
+        name = name.normalized(QString::NormalizationForm_C);
+    for (qsizetype at = 0; at < name.size(); ++at) {
+        const bool isPair = name[at].isHighSurrogate() && at + 1 < name.size() && name[at + 1].isLowSurrogate();
+        if (isPair)
+            ++at;
+        else if (isForbidden(kind, name[at])) // a lone surrogate stands for a byte that is no text
+            name[at] = u'_';
+    }
+    const qsizetype longest = kind == VolumeKind::Joliet ? 103 : longestName(kind, name);
+    if (name.size() > longest) {
+        const NameParts parts = partsOf(name);
+        name = parts.stem.left(std::max<qsizetype>(longest - parts.extension.size(), 0)) + parts.extension;
+    }
+    return fileSystemRepresentation(name);
+}
+
+QByteArray nameWithoutNumber(const QByteArray &recorded)
+{
+    const NameParts parts = partsOf(stringWithFileSystemRepresentation(recorded));
+    return fileSystemRepresentation(withoutNumber(parts.stem) + parts.extension);
+}
+
 bool mayBeNameOf(VolumeKind kind, const QByteArray &recorded, std::string_view source)
 {
     if (keepsEveryName(kind))

@@ -20,6 +20,13 @@ namespace Tessaron::Tool
 /// the others.
 [[nodiscard]] QByteArray comparableName(VolumeKind kind, const QByteArray &name);
 
+/// What the filesystem makes of a source's name when it only replaces and cuts, in a form that is the same for the
+/// recorded name: a key to look names up by. Not every name that mayBeNameOf() accepts has its source's key.
+[[nodiscard]] QByteArray nameKey(VolumeKind kind, std::string_view source);
+
+/// The recorded name without the number that told it from another of the same name; itself when it has none.
+[[nodiscard]] QByteArray nameWithoutNumber(const QByteArray &recorded);
+
 /// True when the filesystem may have had to give the source's name this form: forbidden characters replaced by '_', cut
 /// to the length that it allows, numbered beside another of the same name, for plain ISO 9660 also written in capitals.
 /// A name that needs no change may only be numbered.

@@ -113,8 +113,9 @@ bool VolumeComparison::enter(const QByteArray &path, const VolumeObject &folder)
     Level level{source, true, {}};
     const SourceObject &facts = m_sources[source];
     for (SourceNumber child = facts.firstChild; child < facts.firstChild + facts.childCount; ++child) {
-        if (mustChangeName(m_kind, m_sources.name(child)))
-            level.changed.push_back(child);
+        // In plain ISO 9660 hardly a name stays as it is; there names are looked up by key anyway.
+        if (m_kind != VolumeKind::ISO9660 && mustChangeName(m_kind, m_sources.name(child)))
+            level.changedNames.insert(nameKey(m_kind, m_sources.name(child)));
     }
     m_levels.push_back(std::move(level));
     return true;
@@ -208,8 +209,40 @@ bool VolumeComparison::mayBe(const VolumeObject &object, SourceNumber source) co
 /// True when the name may be the changed one of a neighbour, even if a source has exactly this name.
 bool VolumeComparison::isAmbiguous(const VolumeObject &object) const
 {
-    const std::vector<SourceNumber> &changed = m_levels.back().changed;
-    return std::any_of(changed.begin(), changed.end(), [&](SourceNumber source) { return mayBe(object, source); });
+    return m_kind == VolumeKind::ISO9660 || m_levels.back().changedNames.contains(object.name);
+}
+
+/// Looks among the sources whose name becomes that of the object, and those that have it without its number.
+SourceNumber VolumeComparison::sourceByKey(const VolumeObject &object, NameKeys &keys) const
+{
+    constexpr std::size_t enough = 64; // of many that collide, the first ones will do
+    const auto keyOf = [this](const QByteArray &name) {
+        return nameKey(m_kind, std::string_view(name.data(), std::size_t(name.size())));
+    };
+    const bool isAnyFine = object.kind != VolumeObjectKind::Folder && object.size == 0;
+    std::vector<SourceNumber> possible;
+    QByteArray foundKey;
+    for (const QByteArray &key : {keyOf(object.name), keyOf(nameWithoutNumber(object.name))}) {
+        std::size_t tried = 0;
+        for (auto entry = keys.constFind(key); entry != keys.cend() && entry.key() == key && tried < enough; ++entry) {
+            ++tried;
+            if (!mayBe(object, *entry))
+                continue;
+            possible.push_back(*entry);
+            foundKey = key;
+            if (isAnyFine && object.modified && object.modified->seconds == m_sources[*entry].seconds)
+                break;
+        }
+        if (!possible.empty())
+            break;
+    }
+    if (possible.empty())
+        return noSource;
+    const SourceNumber source = possible.size() == 1 ? possible.front()
+        : isAnyFine                                  ? possible.back()
+                                                     : likeliest(object, possible);
+    keys.remove(foundKey, source);
+    return source;
 }
 
 /// Looks on from where the last one was found: the volume's order and that of the sources are nearly the same.
@@ -319,15 +352,29 @@ void VolumeComparison::takePending()
         if (!isSeen(child))
             candidates.push_back(child);
     }
+    NameKeys keys;
+    for (const SourceNumber source : candidates)
+        keys.insert(nameKey(m_kind, m_sources.name(source)), source);
+    std::vector<const VolumeObject *> unknown;
+    for (const VolumeObject &object : pending) {
+        const SourceNumber source = sourceByKey(object, keys);
+        if (source != noSource)
+            compare(object, source);
+        else
+            unknown.push_back(&object);
+    }
+    if (unknown.empty())
+        return;
+    std::erase_if(candidates, [this](SourceNumber source) { return isSeen(source); });
     m_triesLeft = maximumTries;
     std::size_t next = 0;
     std::vector<const VolumeObject *> strangers;
-    for (const VolumeObject &object : pending) {
-        const SourceNumber source = sourceByRules(object, candidates, &next);
+    for (const VolumeObject *const object : unknown) {
+        const SourceNumber source = sourceByRules(*object, candidates, &next);
         if (source != noSource)
-            compare(object, source);
-        else if (!belongsToRelocation(object))
-            strangers.push_back(&object);
+            compare(*object, source);
+        else if (!belongsToRelocation(*object))
+            strangers.push_back(object);
     }
     for (const VolumeObject *const object : strangers) {
         const SourceNumber source = sourceByNameAlone(*object, candidates);

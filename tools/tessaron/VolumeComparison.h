@@ -6,6 +6,7 @@
 #include "tools/tessaron/SourceIndex.h"
 
 #include <QHash>
+#include <QSet>
 
 #include <cstdint>
 #include <functional>
@@ -40,10 +41,12 @@ public:
     [[nodiscard]] VolumeResult run(const std::function<bool()> &isCancelled);
 
 private:
+    using NameKeys = QMultiHash<QByteArray, SourceNumber>;
+
     struct Level {
         SourceNumber folder = noSource;
         bool isWhole = true; ///< its listing did not fail
-        std::vector<SourceNumber> changed; ///< children whose names the filesystem cannot hold
+        QSet<QByteArray> changedNames; ///< keys of the children whose names the filesystem cannot hold
     };
 
     [[nodiscard]] bool enter(const QByteArray &path, const VolumeObject &folder);
@@ -54,6 +57,7 @@ private:
     [[nodiscard]] SourceNumber sourceWithName(const VolumeObject &object) const;
     [[nodiscard]] SourceNumber sourceAtPlace(const VolumeObject &object) const;
     [[nodiscard]] bool isAmbiguous(const VolumeObject &object) const;
+    [[nodiscard]] SourceNumber sourceByKey(const VolumeObject &object, NameKeys &keys) const;
     [[nodiscard]] SourceNumber sourceByRules(const VolumeObject &object, std::vector<SourceNumber> &candidates,
                                              std::size_t *next);
     [[nodiscard]] SourceNumber likeliest(const VolumeObject &object, const std::vector<SourceNumber> &sources) const;
