@@ -29,7 +29,7 @@ QString withoutNumber(const QString &stem)
     qsizetype end = stem.size();
     while (end > 0 && stem[end - 1].isDigit())
         --end;
-    const bool isNumbered = end < stem.size() && end > 0 && stem[end - 1] == u'_';
+    const bool isNumbered = end < stem.size() && end > 1 && stem[end - 1] == u'_';
     return isNumbered ? stem.left(end - 1) : stem;
 }
 
