@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QJsonArray>
 
+#include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
@@ -327,6 +328,19 @@ TEST_F(Verify, unreadableSource_isAFailure)
     EXPECT_EQ(missing.exitStatus, 1);
     EXPECT_TRUE(missing.errors.contains("there is no file or folder")) << missing.errors.constData();
     EXPECT_EQ(runTessaron({"verify", image()}).exitStatus, 2);
+}
+
+TEST_F(Verify, signal_endsTheRun_withItsStatus)
+{
+    m_tree.makeSparseFile("source/big", qint64(6) << 30);
+    makeImage({"--filesystems", "udf"});
+    ChildProcess process(tessaron({"verify", "--json", "--progress", "json", image(), m_tree.path("source")}));
+    ASSERT_TRUE(process.waitUntil([&process] { return process.errorsSoFar().contains("\"comparing\""); }));
+    process.sendSignal(SIGTERM);
+    const ChildResult result = process.finish();
+    EXPECT_EQ(result.exitStatus, 130);
+    EXPECT_EQ(jsonOf(result.output)[QStringLiteral("result")].toString(), QStringLiteral("cancelled"));
+    EXPECT_FALSE(result.errors.contains("\"done\"")) << result.errors.constData();
 }
 
 TEST_F(Verify, vantAndBinImages_areReadLikeTheOthers)

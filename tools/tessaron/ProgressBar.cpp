@@ -72,6 +72,7 @@ QByteArray progressLine(const ProgressState &state, double percent, const Transf
         result = "Planning: " + found;
         break;
     case ProgressState::Phase::Writing:
+    case ProgressState::Phase::Comparing:
     case ProgressState::Phase::Done:
         result = writingLine(state, percent, rate, width);
         break;

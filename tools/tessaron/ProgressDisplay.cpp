@@ -25,6 +25,8 @@ QString nameOfPhase(ProgressState::Phase phase)
         return QStringLiteral("planning");
     case ProgressState::Phase::Writing:
         return QStringLiteral("writing");
+    case ProgressState::Phase::Comparing:
+        return QStringLiteral("comparing");
     case ProgressState::Phase::Done:
         return QStringLiteral("done");
     }
@@ -112,7 +114,7 @@ double ProgressState::percent() const
 {
     if (phase == Phase::Done)
         return 100;
-    if (phase != Phase::Writing || bytesTotal == 0)
+    if (!countsBytes() || bytesTotal == 0)
         return 0;
     return std::min(std::floor(1000.0 * double(bytesWritten) / double(bytesTotal)) / 10, 99.9);
 }
@@ -137,7 +139,7 @@ void ProgressDisplay::update(const ProgressState &state)
     m_lastShown = now;
     m_lastPhase = state.phase;
     m_percent = std::max(m_percent, state.percent());
-    if (state.phase == ProgressState::Phase::Writing && state.bytesTotal > 0)
+    if (state.countsBytes() && state.bytesTotal > 0)
         m_rate.add(now, state.bytesWritten);
     show(state);
 }

@@ -15,6 +15,7 @@ struct ProgressState {
         Scanning,
         Planning,
         Writing,
+        Comparing, ///< an image with its sources; its bytes count like those written
         Done,
     };
 
@@ -26,6 +27,8 @@ struct ProgressState {
 
     /// 0 to 100 from the bytes written, in tenths, rounded down; 100 only when all is done.
     [[nodiscard]] double percent() const;
+    /// The phases in which bytes are counted.
+    [[nodiscard]] bool countsBytes() const { return phase == Phase::Writing || phase == Phase::Comparing; }
 };
 
 /// Shows progress on standard error. Fed a few times a second and at each change of phase; it never shows less than it

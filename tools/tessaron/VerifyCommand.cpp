@@ -125,7 +125,7 @@ void VerifyCommand::compareVolumes(SourceIndex &index, ContentPlan &plan)
 void VerifyCommand::compareContents(const SourceIndex &index, ContentPlan &plan)
 {
     ContentComparison comparison(*m_image.source, index, plan, m_outcome.differences);
-    m_progress.phase = ProgressState::Phase::Writing;
+    m_progress.phase = ProgressState::Phase::Comparing;
     m_progress.bytesTotal = comparison.byteCount();
     comparison.run([this](std::uint64_t done) {
         m_outcome.bytesCompared = done;
