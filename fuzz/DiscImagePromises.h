@@ -13,11 +13,12 @@ namespace Tessaron
 {
 
 /// Inputs are images in short: what is not zero in them, as records of a 16-bit number of a block of 2048 bytes, a
-/// 16-bit offset in it, a 16-bit length (all big-endian) and the bytes. A seed of a megabyte so takes a few kilobytes.
+/// 16-bit offset in it, a 16-bit length (all big-endian) and the bytes. A seed of half a megabyte so takes a few
+/// kilobytes.
 [[nodiscard]] inline QByteArray expandedImage(const std::uint8_t *bytes, std::size_t size)
 {
     constexpr std::size_t headSize = 6;
-    constexpr std::size_t maximumBlocks = 2048; // four megabytes
+    constexpr std::size_t maximumBlocks = 512; // a megabyte
     QByteArray image;
     for (std::size_t at = 0; at + headSize <= size;) {
         const std::size_t block = loadBigEndian<std::uint16_t>(bytes + at) % maximumBlocks;

@@ -154,6 +154,8 @@ NSError DiscImageSource::read(std::uint64_t offset, void *buffer, std::size_t le
 {
     if (!contains(offset, length))
         return beyondTheEnd(offset, length, m_length);
+    if (length == 0) // nobody need own a buffer for it
+        return {};
     if (m_sectors.size == userDataSize)
         return readFile(m_sectors.start + offset, buffer, length);
     auto *to = static_cast<char *>(buffer);
