@@ -3,7 +3,6 @@
 #include "platform/discrecording/filesystems/ImageLayout.h"
 #include "platform/discrecording/filesystems/hfsplus/ApplePartitionMap.h"
 #include "platform/discrecording/filesystems/hfsplus/HfsPlusForkData.h"
-#include "platform/discrecording/filesystems/hfsplus/HfsWrapper.h"
 
 #include <atomic>
 
@@ -37,13 +36,14 @@ HfsPlusSpecialFile specialFile(std::uint64_t firstBlock, const BTree &tree)
 
 } // namespace
 
-HfsPlusWriter::HfsPlusWriter(std::shared_ptr<const ContentTree> tree)
+HfsPlusWriter::HfsPlusWriter(std::shared_ptr<const ContentTree> tree, HfsWrapperReaders wrapperReaders)
     : m_content(tree)
     , m_tree(std::move(tree))
     , m_forks(m_tree)
     , m_catalogRecords(m_tree, m_forks)
     , m_catalog(m_catalogRecords, catalogTraits)
     , m_extents(m_blockUse, extentsTraits)
+    , m_wrapperReaders(wrapperReaders)
 {
 }
 
@@ -167,9 +167,11 @@ std::uint64_t HfsPlusWriter::volumeId() const
 
 void HfsPlusWriter::storeWrapper(std::uint8_t *to) const
 {
+    if (!canWrap(m_wrapperUnit, m_wrapperReaders))
+        return;
     HfsPlusName name;
     m_tree.names().nameOf(0, &name);
-    storeHfsWrapper(to, m_facts.time, name.view(), m_facts.totalBlocks, m_wrapperUnit);
+    storeHfsWrapper(to, m_facts.time, name.view(), m_facts.totalBlocks, m_wrapperUnit, m_wrapperReaders);
 }
 
 void HfsPlusWriter::fillSystemArea(std::uint32_t firstBlock, std::span<std::uint8_t> out) const

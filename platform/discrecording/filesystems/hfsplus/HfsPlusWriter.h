@@ -7,6 +7,7 @@
 #include "platform/discrecording/filesystems/hfsplus/HfsPlusForks.h"
 #include "platform/discrecording/filesystems/hfsplus/HfsPlusTree.h"
 #include "platform/discrecording/filesystems/hfsplus/HfsPlusVolumeHeader.h"
+#include "platform/discrecording/filesystems/hfsplus/HfsWrapper.h"
 
 #include <memory>
 
@@ -19,7 +20,7 @@ namespace Tessaron
 class HfsPlusWriter final : public FilesystemWriter
 {
 public:
-    explicit HfsPlusWriter(std::shared_ptr<const ContentTree> tree);
+    HfsPlusWriter(std::shared_ptr<const ContentTree> tree, HfsWrapperReaders wrapperReaders);
 
     [[nodiscard]] bool prepare(const PlanProgress &progress, StorageIssues &issues) override;
     [[nodiscard]] std::vector<NamedTree> trees() const override;
@@ -62,6 +63,7 @@ private:
     BTree m_extents;
     HfsPlusVolumeFacts m_facts;
     std::vector<BlockRun> m_fillers;
+    const HfsWrapperReaders m_wrapperReaders;
     std::uint64_t m_wrapperUnit = 1; ///< blocks
     std::uint32_t m_imageBlocks = 0;
 };

@@ -80,8 +80,8 @@ TEST(HfsPlusBlockUse, bitmap_hasABitForEachUsedBlock_inPieces)
 
 TEST(HfsWrapper, unit_letsAnyVolumeBeCounted)
 {
-    EXPECT_EQ(hfsWrapperUnit(65535), 1u);
-    EXPECT_EQ(hfsWrapperUnit(65536), 2u);
+    EXPECT_EQ(hfsWrapperUnit(65534), 1u);
+    EXPECT_EQ(hfsWrapperUnit(65535), 2u);
     EXPECT_EQ(hfsWrapperUnit(UINT32_MAX), 131072u);
 }
 

@@ -152,11 +152,16 @@ void HfsPlusImageReader::readPartitionMap()
 void HfsPlusImageReader::readWrapper()
 {
     const Bytes wrapper = m_bytes.subspan(1024, 162);
-    const std::uint64_t unit = big32(wrapper, 20);
+    m_hasWrapper = std::ranges::any_of(wrapper, [](std::uint8_t byte) { return byte != 0; });
+    if (!m_hasWrapper)
+        return;
+    // As readers do that count in sectors; one that counts in bytes shall not find the volume beside other filesystems.
+    const std::uint64_t unit = big32(wrapper, 20) / 512 * 512;
     const std::uint64_t start = big16(wrapper, 28) * std::uint64_t{512} + big16(wrapper, 126) * unit;
+    m_wrapperIsForAll = big32(wrapper, 20) == unit;
     if (big16(wrapper, 0) != 0x4244 || (big16(wrapper, 10) & 0x8200u) != 0x8200 || big16(wrapper, 124) != 0x482B)
         problem(QStringLiteral("the wrapper does not say that a volume is embedded"));
-    if (unit % 512 != 0 || big16(wrapper, 18) < big16(wrapper, 126) + big16(wrapper, 128))
+    if (big16(wrapper, 18) < big16(wrapper, 126) + big16(wrapper, 128))
         problem(QStringLiteral("the wrapper's units are wrong"));
     if (start != static_cast<std::uint64_t>(m_volume.data() - m_bytes.data())
         || big16(wrapper, 128) * unit != m_volume.size())

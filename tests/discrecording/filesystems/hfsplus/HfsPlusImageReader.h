@@ -77,6 +77,9 @@ public:
     [[nodiscard]] const HfsObject *privateFolder() const;
 
     /// The order of names by the text of the format: letters of one case as of Unicode 2 without decomposition.
+    [[nodiscard]] bool hasWrapper() const { return m_hasWrapper; }
+    /// False for a wrapper that those miss who count in bytes.
+    [[nodiscard]] bool wrapperIsForAll() const { return m_wrapperIsForAll; }
     [[nodiscard]] static std::u16string folded(std::u16string_view name);
 
 private:
@@ -118,6 +121,8 @@ private:
     std::map<std::uint32_t, std::uint32_t> m_linkCounts; ///< by ID of the file that is meant
     std::uint32_t m_files = 0;
     std::uint32_t m_folders = 0;
+    bool m_hasWrapper = false;
+    bool m_wrapperIsForAll = false;
 };
 
 } // namespace Tessaron::Testing

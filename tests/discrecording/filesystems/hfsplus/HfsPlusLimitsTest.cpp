@@ -31,6 +31,11 @@ TEST(HfsPlusLimits, volumeOfManyBlocks_isWholeUnitsOfItsWrapper)
     const ReadHfsImage image(realFolder(tree));
     EXPECT_EQ(image.at("/huge").data.length, (std::uint64_t{40} << 30) + 1);
     EXPECT_LT(image.reader.freeBlocks(), 512u + 16) << "a unit of the wrapper at most";
+    EXPECT_TRUE(image.reader.hasWrapper());
+    EXPECT_FALSE(
+        ReadHfsImage(realFolder(tree), optionsFor(DRFilesystemInclusionMaskUDF | DRFilesystemInclusionMaskHFSPlus))
+            .reader.hasWrapper())
+        << "no unit that is small enough counts so many blocks";
 }
 
 TEST(HfsPlusLimits, folderOf20000Entries_isInOrder)

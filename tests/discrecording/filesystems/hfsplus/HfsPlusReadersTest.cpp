@@ -92,13 +92,32 @@ TEST_P(HfsPlusReaders, hfsplusTools_readTheWholeDevice)
     (void)run(QStringLiteral("hpumount"));
 }
 
-TEST_P(HfsPlusReaders, hpfsck_findsHeadersAndExtentsSound)
+TEST_P(HfsPlusReaders, blkid_recognisesTheVolumeOrABridge)
+{
+    if (!hasProgram(QStringLiteral("blkid")))
+        GTEST_SKIP() << "blkid is not installed";
+    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("Label"));
+    // Of less than a floppy disk libblkid takes the first filesystem that it finds.
+    root->addChild(DRFile::virtualFileWithName(QStringLiteral("file"), QByteArray(2 << 20, 'f')));
+    const WrittenImage image(root, optionsFor(GetParam()));
+    const ProgramResult result = runProgram(QStringLiteral("blkid"), {QStringLiteral("-p"), image.path()});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+    EXPECT_TRUE(result.output.contains("LABEL=\"Label\"") || result.output.contains("LABEL=\"LABEL\""))
+        << result.output.toStdString();
+    if (GetParam() == hfsPlusOnly) {
+        EXPECT_TRUE(result.output.contains("TYPE=\"hfsplus\"")) << result.output.toStdString();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Masks, HfsPlusReaders, ::testing::Range<DRFilesystemMask>(8, 16));
+
+TEST(HfsPlusReadersAlone, hpfsck_findsHeadersAndExtentsSound)
 {
     if (!hasProgram(QStringLiteral("hpfsck")))
         GTEST_SKIP() << "hpfsck is not installed";
     const TemporaryTree tree;
     makeTree(tree);
-    const WrittenImage image(realFolder(tree), optionsFor(GetParam()));
+    const WrittenImage image(realFolder(tree), optionsFor(hfsPlusOnly));
     const ProgramResult result = runProgram(QStringLiteral("hpfsck"), {QStringLiteral("-v"), image.path()});
     // It stops at any catalog, whoever wrote it (docs/hfsplus.md), but not before.
     QByteArray unwrapped = result.output;
@@ -115,22 +134,17 @@ TEST_P(HfsPlusReaders, hpfsck_findsHeadersAndExtentsSound)
     EXPECT_FALSE(result.output.contains("nexpected")) << result.output.toStdString();
 }
 
-TEST_P(HfsPlusReaders, blkid_recognisesTheVolumeOrABridge)
+TEST(HfsPlusReadersAlone, wrapper_isForAllReaders_onlyWhereNothingElseIsFoundAtAFixedPlace)
 {
-    if (!hasProgram(QStringLiteral("blkid")))
-        GTEST_SKIP() << "blkid is not installed";
-    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("Label"));
-    root->addChild(DRFile::virtualFileWithName(QStringLiteral("file"), "f"));
-    const WrittenImage image(root, optionsFor(GetParam()));
-    const ProgramResult result = runProgram(QStringLiteral("blkid"), {QStringLiteral("-p"), image.path()});
-    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
-    EXPECT_TRUE(result.output.contains("LABEL=\"Label\"") || result.output.contains("LABEL=\"LABEL\""))
-        << result.output.toStdString();
-    if (GetParam() == hfsPlusOnly) {
-        EXPECT_TRUE(result.output.contains("TYPE=\"hfsplus\"")) << result.output.toStdString();
+    const TemporaryTree tree;
+    makeTree(tree);
+    for (DRFilesystemMask mask = 8; mask < 16; ++mask) {
+        const WrittenImage image(realFolder(tree), optionsFor(mask));
+        const HfsPlusImageReader reader(image.path());
+        EXPECT_TRUE(reader.hasWrapper());
+        EXPECT_EQ(reader.wrapperIsForAll(),
+                  (mask & (DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskUDF)) == 0);
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(Masks, HfsPlusReaders, ::testing::Range<DRFilesystemMask>(8, 16));
 
 } // namespace Tessaron::Testing
