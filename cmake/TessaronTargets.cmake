@@ -76,6 +76,9 @@ function(tessaron_add_test name)
     # Tests show behaviour, not speed: unoptimised they compile in half the time. (Optimised, g++ 12 also warns of
     # overflows inside std::string that are none.)
     target_compile_options(${name} PRIVATE $<$<CONFIG:RelWithDebInfo,Release>:-O0>)
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+    set(_environment "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+    if("thread" IN_LIST TESSARON_SANITIZE)
+        list(APPEND _environment "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/thread-sanitizer-suppressions")
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 ENVIRONMENT "${_environment}")
 endfunction()

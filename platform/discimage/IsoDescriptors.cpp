@@ -49,7 +49,7 @@ bool isJoliet(const Sector &sector)
 
 NSError readDescriptor(const Sector &sector, std::uint64_t offset, VolumeKind kind, IsoDescriptor *descriptor)
 {
-    VolumeFacts &facts = descriptor->facts;
+    DiscVolumeFacts &facts = descriptor->facts;
     facts.kind = kind;
     const std::uint8_t *const name = &sector[volumeNameField];
     facts.name =

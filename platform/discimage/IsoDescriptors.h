@@ -12,7 +12,7 @@ namespace Tessaron
 
 /// A primary or supplementary volume descriptor (ECMA-119 8.4, 8.5) as far as reading needs it.
 struct IsoDescriptor {
-    VolumeFacts facts; ///< of kind ISO9660 or Joliet
+    DiscVolumeFacts facts; ///< of kind ISO9660 or Joliet
     std::uint64_t offset = 0; ///< of the descriptor in the image
     std::uint32_t rootBlock = 0;
     std::uint32_t rootLength = 0; ///< bytes

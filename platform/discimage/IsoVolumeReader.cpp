@@ -64,7 +64,7 @@ VolumeObjectKind kindOfMode(std::uint32_t mode)
 class Lister
 {
 public:
-    Lister(const DiscImageSource &source, const VolumeFacts &facts, std::size_t skippedBytes)
+    Lister(const DiscImageSource &source, const DiscVolumeFacts &facts, std::size_t skippedBytes)
         : m_source(source)
         , m_facts(facts)
         , m_skippedBytes(skippedBytes)
@@ -177,7 +177,7 @@ private:
     }
 
     const DiscImageSource &m_source;
-    const VolumeFacts &m_facts;
+    const DiscVolumeFacts &m_facts;
     const std::size_t m_skippedBytes;
     VolumeObject m_object;
     QByteArray m_identifier; ///< of m_object

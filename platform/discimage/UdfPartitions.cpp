@@ -122,7 +122,7 @@ private:
         const Block *const logical = descriptor(UdfDescriptorKind::LogicalVolume);
         if (logical == nullptr)
             return damaged(m_sequenceOffset, QStringLiteral("There is no descriptor of a logical volume"));
-        VolumeFacts &facts = m_structure.facts;
+        DiscVolumeFacts &facts = m_structure.facts;
         facts.kind = VolumeKind::UDF;
         facts.firstYear = 1;
         facts.lastYear = 9999;

@@ -21,7 +21,7 @@ struct UdfBlockAddress {
 
 /// What the volume structure of a UDF disc (ECMA-167 part 3) leads to.
 struct UdfVolumeStructure {
-    VolumeFacts facts;
+    DiscVolumeFacts facts;
     struct Partition {
         std::uint64_t offset = 0; ///< in the image, bytes
         std::uint64_t length = 0; ///< bytes

@@ -27,7 +27,7 @@ enum class VolumeKind : std::uint8_t {
 };
 
 /// What a volume says of itself.
-struct VolumeFacts {
+struct DiscVolumeFacts {
     VolumeKind kind = VolumeKind::ISO9660;
     QString name; ///< as recorded, without padding
     std::uint32_t blockSize = 0; ///< bytes
@@ -53,7 +53,7 @@ public:
     VolumeReader(const VolumeReader &) = delete;
     VolumeReader &operator=(const VolumeReader &) = delete;
 
-    [[nodiscard]] const VolumeFacts &facts() const { return m_facts; }
+    [[nodiscard]] const DiscVolumeFacts &facts() const { return m_facts; }
     [[nodiscard]] const DiscImageSource &source() const { return *m_source; }
 
     /// The root folder, without a name.
@@ -76,7 +76,7 @@ protected:
     {
     }
 
-    VolumeFacts m_facts;
+    DiscVolumeFacts m_facts;
 
 private:
     const std::shared_ptr<const DiscImageSource> m_source;

@@ -20,7 +20,7 @@ namespace
 
 QString volumeLine(const VolumeReader &reader, const VolumeCensus &census)
 {
-    const VolumeFacts &facts = reader.facts();
+    const DiscVolumeFacts &facts = reader.facts();
     QString line = QStringLiteral("%1 “%2”: %3 blocks of %4 bytes, %5, %6")
                        .arg(volumeKindName(facts.kind), facts.name)
                        .arg(facts.blockCount)

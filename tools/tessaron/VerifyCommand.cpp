@@ -94,7 +94,7 @@ void VerifyCommand::checkLengths()
             m_outcome.differences.addDamage(setOf(volume.kind), "/", volume.error);
         if (!volume.reader)
             continue;
-        const VolumeFacts &facts = volume.reader->facts();
+        const DiscVolumeFacts &facts = volume.reader->facts();
         const std::uint64_t length = m_image.source->length();
         if (facts.offset <= length && facts.blockCount <= (length - facts.offset) / facts.blockSize)
             continue;

@@ -231,7 +231,7 @@ void VolumeComparison::compareTime(const VolumeObject &object, SourceNumber sour
         seconds = *m_latestTime;
         nanoseconds = 0;
     }
-    const VolumeFacts &volume = m_reader.facts();
+    const DiscVolumeFacts &volume = m_reader.facts();
     if (!object.modified || !isWithin(seconds, volume.firstYear, volume.lastYear))
         return;
     // Writers that know whole seconds only leave finer fields zero.

@@ -44,7 +44,7 @@ QString timeText(const VolumeTime &time)
     return QDateTime::fromSecsSinceEpoch(time.seconds, Qt::UTC).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
 }
 
-void writeVolumeFacts(JsonWriter &writer, const VolumeFacts &facts)
+void writeVolumeFacts(JsonWriter &writer, const DiscVolumeFacts &facts)
 {
     writer.member("name", facts.name);
     writer.member("offset", facts.offset);

@@ -18,7 +18,7 @@ class JsonWriter;
 [[nodiscard]] QString timeText(const VolumeTime &time);
 
 /// The members name, offset, blockSize, blocks, created and modified (ISO 8601 or null) of the object that is open.
-void writeVolumeFacts(JsonWriter &writer, const VolumeFacts &facts);
+void writeVolumeFacts(JsonWriter &writer, const DiscVolumeFacts &facts);
 
 /// An object with path, message and offset (in the image, where it is known).
 void writeImageError(JsonWriter &writer, const QByteArray &path, const NSError &error);

@@ -88,7 +88,7 @@ TEST(HfsPlusVolumeReader, facts_areThoseOfTheVolume)
     const auto root = DRFolder::virtualFolderWithName(QStringLiteral("Müll: 1"));
     root->addChild(DRFile::virtualFileWithName(QStringLiteral("file"), "f"));
     const WrittenVolume volume(root);
-    const VolumeFacts &facts = volume.walked.opened.reader->facts();
+    const DiscVolumeFacts &facts = volume.walked.opened.reader->facts();
     EXPECT_EQ(facts.kind, VolumeKind::HFSPlus);
     EXPECT_EQ(facts.name, QStringLiteral("Müll: 1"));
     EXPECT_EQ(facts.blockSize, 2048u);

@@ -7,7 +7,6 @@
 #include <TessaronClasses/KRTrackWriter.h>
 
 #include <QEventLoop>
-#include <QThread>
 
 #include <algorithm>
 #include <csignal>
@@ -160,24 +159,24 @@ TEST_F(KRTrackWriterTest, cancel_changesNothing_afterTheEnd)
 
 TEST_F(KRTrackWriterTest, callbacks_comeOnTheThreadThatStarted)
 {
-    std::set<QThread *> heardOn;
-    const std::unique_ptr<QThread> thread(QThread::create([&] {
+    std::set<std::thread::id> heardOn;
+    std::thread::id startedOn;
+    std::thread([&] {
+        startedOn = std::this_thread::get_id();
         const auto writer = makeWriter(3000);
         QEventLoop loop;
         KRTrackWriterDelegate callbacks;
         callbacks.KRTrackWriterWritingProgress = [&](KRTrackWriter &, float) {
-            heardOn.insert(QThread::currentThread());
+            heardOn.insert(std::this_thread::get_id());
         };
         callbacks.KRTrackWriterWritingDidEnd = [&](KRTrackWriter &) {
-            heardOn.insert(QThread::currentThread());
+            heardOn.insert(std::this_thread::get_id());
             loop.quit();
         };
         EXPECT_TRUE(writer->writeTrackAndNotifyDelegate(callbacks).isNull());
         loop.exec();
-    }));
-    thread->start();
-    ASSERT_TRUE(thread->wait(30000));
-    EXPECT_EQ(heardOn, std::set<QThread *>{thread.get()});
+    }).join();
+    EXPECT_EQ(heardOn, std::set<std::thread::id>{startedOn});
 }
 
 TEST_F(KRTrackWriterTest, delegate_mayLetGoOfTheWriter)
