@@ -225,6 +225,15 @@ void Planner::reportAbsent()
 
 /// Gives every file that is on the disc its extent: the files of a folder lie together, in the order of their names,
 /// before those of its folders.
+/// Extents of big files begin at whole units of the page cache, in which the kernel copies a fifth faster than from a
+/// page's middle to another's. At most 0.4 % of such a file's size is left unused before it.
+constexpr std::uint64_t sizeWorthAligning = std::uint64_t{16} << 20;
+constexpr std::uint64_t roundedUpToAlignment(std::uint64_t block)
+{
+    constexpr std::uint64_t unit = (std::uint64_t{64} << 10) / logicalBlockSize;
+    return (block + unit - 1) / unit * unit;
+}
+
 void Planner::placeFiles()
 {
     placeDvdVideoFiles(*m_tree, m_filesystems, m_layout, m_files);
@@ -245,6 +254,8 @@ void Planner::placeFiles()
             // The extent of a file is 0 until it has one: the first of several names places it.
             if (!content.isFile() || content.size == 0 || owner.extent != 0)
                 continue;
+            if (content.size >= sizeWorthAligning)
+                m_layout.leaveUnusedUpTo(roundedUpToAlignment(m_layout.allocateExtent(0)));
             owner.extent = static_cast<std::uint32_t>(m_layout.allocateExtent(blocksForBytes(content.size)));
             m_files.push_back(content.link);
         }
