@@ -74,6 +74,7 @@ TEST_F(ImageFilesystems, areAllFour_byDefault)
     EXPECT_TRUE(outputOf("isoinfo", {"-d", "-i", image()}).contains("Rock Ridge signatures version 1 found"));
     EXPECT_TRUE(opens("udfinfo", {}));
     EXPECT_TRUE(opens("7z", {"l", "-tapm"}));
+    EXPECT_TRUE(opens("7z", {"t"})) << "without being told a type";
     EXPECT_EQ(m_tree.contents("out/disc.iso").size() % 32768, 0);
 }
 

@@ -136,6 +136,14 @@ void storeIntegrity(std::span<std::uint8_t> block, std::uint32_t at, const UdfVo
     storeUdfTag(block.first(88 + implementationUseSize), UdfTag::LogicalVolumeIntegrity, at);
 }
 
+/// ECMA-167 3/10.2; in the first 512 bytes of the block.
+void storeAnchor(std::span<std::uint8_t> block, std::uint32_t at, const UdfVolumeFacts &facts)
+{
+    storeUdfVolumeExtent(&block[16], sequenceBytes, UdfVolumeLayout::mainSequence);
+    storeUdfVolumeExtent(&block[24], sequenceBytes, facts.reserveSequence());
+    storeUdfTag(block.first(descriptorSize), UdfTag::AnchorVolumePointer, at);
+}
+
 } // namespace
 
 void storeUdfRecognition(std::span<std::uint8_t> block, std::uint32_t index)
@@ -150,21 +158,21 @@ void storeUdfVolumeBlock(std::span<std::uint8_t> block, std::uint32_t at, const 
     using Layout = UdfVolumeLayout;
     if (at >= Layout::mainSequence && at < Layout::mainSequence + Layout::sequenceBlocks)
         storeSequenceBlock(block, at - Layout::mainSequence, at, facts);
-    else if (at >= Layout::reserveSequence && at < Layout::reserveSequence + Layout::sequenceBlocks)
-        storeSequenceBlock(block, at - Layout::reserveSequence, at, facts);
     else if (at == Layout::integritySequence)
         storeIntegrity(block, at, facts);
     else if (at == Layout::integritySequence + 1)
         storeTerminator(block, at);
     else if (at == Layout::anchor)
-        storeUdfAnchor(block, at);
+        storeAnchor(block, at, facts);
 }
 
-void storeUdfAnchor(std::span<std::uint8_t> block, std::uint32_t at)
+void storeUdfTailBlock(std::span<std::uint8_t> block, std::uint32_t index, const UdfVolumeFacts &facts)
 {
-    storeUdfVolumeExtent(&block[16], sequenceBytes, UdfVolumeLayout::mainSequence);
-    storeUdfVolumeExtent(&block[24], sequenceBytes, UdfVolumeLayout::reserveSequence);
-    storeUdfTag(block.first(descriptorSize), UdfTag::AnchorVolumePointer, at);
+    const std::uint32_t at = facts.reserveSequence() + index;
+    if (index < UdfVolumeLayout::sequenceBlocks)
+        storeSequenceBlock(block, index, at, facts);
+    else
+        storeAnchor(block, at, facts);
 }
 
 void storeUdfFileSetBlock(std::span<std::uint8_t> block, std::uint32_t index, const UdfVolumeFacts &facts)

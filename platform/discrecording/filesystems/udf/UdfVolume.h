@@ -14,12 +14,15 @@ namespace Tessaron
 struct UdfVolumeLayout {
     static constexpr std::uint32_t firstReserved = 16;
     static constexpr std::uint32_t mainSequence = 32;
-    static constexpr std::uint32_t reserveSequence = 48;
     static constexpr std::uint32_t sequenceBlocks = 16; ///< the least that is allowed (UDF 2.2.3.1)
     static constexpr std::uint32_t integritySequence = 64;
     static constexpr std::uint32_t integrityBlocks = 4;
     static constexpr std::uint32_t anchor = 256; ///< the other anchor is the last block of the image
     static constexpr std::uint32_t partition = 257;
+    /// The reserve sequence and the last anchor end the image. The former is far from the main one so; and readers that
+    /// expect nothing but zeros between what they know and the last anchor, as 7z does, find it behind whatever other
+    /// filesystems have there.
+    static constexpr std::uint32_t tailBlocks = sequenceBlocks + 1;
 };
 
 /// What the structures of a volume say.
@@ -34,7 +37,8 @@ struct UdfVolumeFacts {
     std::uint32_t fileCount = 0;
     std::uint32_t folderCount = 0; ///< the root included
 
-    [[nodiscard]] std::uint32_t partitionBlocks() const { return imageBlocks - 1 - UdfVolumeLayout::partition; }
+    [[nodiscard]] std::uint32_t reserveSequence() const { return imageBlocks - UdfVolumeLayout::tailBlocks; }
+    [[nodiscard]] std::uint32_t partitionBlocks() const { return reserveSequence() - UdfVolumeLayout::partition; }
 };
 
 /// Descriptors of the volume recognition sequence (ECMA-167 2/8.3): the beginning of those of ECMA-167, its second
@@ -47,8 +51,9 @@ void storeUdfRecognition(std::span<std::uint8_t> block, std::uint32_t index);
 /// what is not ours.
 void storeUdfVolumeBlock(std::span<std::uint8_t> block, std::uint32_t at, const UdfVolumeFacts &facts);
 
-/// Puts an anchor (ECMA-167 3/10.2) into the first 512 bytes of a block.
-void storeUdfAnchor(std::span<std::uint8_t> block, std::uint32_t at);
+/// Puts what belongs there into the `index`-th of the last blocks of the image, of which there are
+/// UdfVolumeLayout::tailBlocks.
+void storeUdfTailBlock(std::span<std::uint8_t> block, std::uint32_t index, const UdfVolumeFacts &facts);
 
 /// Blocks of the sequence of file set descriptors.
 inline constexpr std::uint32_t udfFileSetBlocks = 2;

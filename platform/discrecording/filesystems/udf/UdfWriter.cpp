@@ -74,7 +74,7 @@ void UdfWriter::placeFixed(ImageLayout &layout)
     // All up to the partition, so that no file comes to lie before it; the volume descriptors are among these blocks.
     layout.reserve(UdfVolumeLayout::firstReserved, UdfVolumeLayout::partition - UdfVolumeLayout::firstReserved, this,
                    VolumeStructures);
-    layout.reserveTail(1, this, LastAnchor);
+    layout.reserveTail(UdfVolumeLayout::tailBlocks, this, Tail);
 }
 
 void UdfWriter::place(ImageLayout &layout)
@@ -113,8 +113,8 @@ void UdfWriter::fillBlock(Region region, std::uint32_t block, std::span<std::uin
     case VolumeStructures:
         storeUdfVolumeBlock(out, UdfVolumeLayout::firstReserved + block, m_facts);
         break;
-    case LastAnchor:
-        storeUdfAnchor(out, m_facts.imageBlocks - 1);
+    case Tail:
+        storeUdfTailBlock(out, block, m_facts);
         break;
     case FileSet:
         storeUdfFileSetBlock(out, block, m_facts);

@@ -31,7 +31,7 @@ public:
 private:
     enum Region : std::uint32_t {
         VolumeStructures,
-        LastAnchor,
+        Tail,
         FileSet,
         FileEntries,
         AllocationExtents,

@@ -155,6 +155,7 @@ void UdfImageReader::readAnchors()
     checkTag(last.first(512), 2, static_cast<std::uint32_t>(m_blockCount - 1), QStringLiteral("last anchor"));
     expect(anchor.mid(16, 496) == last.mid(16, 496), QStringLiteral("the anchors differ"));
     const auto main = readSequence(number32(anchor, 20), number32(anchor, 16), QStringLiteral("main sequence"));
+    m_reserveStart = number32(anchor, 28);
     const auto reserve = readSequence(number32(anchor, 28), number32(anchor, 24), QStringLiteral("reserve sequence"));
     expect(main.size() == reserve.size(), QStringLiteral("the sequences differ in length"));
     for (std::size_t index = 0; index < std::min(main.size(), reserve.size()); ++index)
@@ -203,8 +204,9 @@ void UdfImageReader::readVolume(const std::vector<QByteArray> &descriptors)
             expect(number16(bytes, 22) == 0 && number32(bytes, 184) == 1, QStringLiteral("partition not read only"));
             m_partitionStart = number32(bytes, 188);
             m_partitionLength = number32(bytes, 192);
-            expect(m_partitionStart > 256 && std::uint64_t{m_partitionStart} + m_partitionLength == m_blockCount - 1,
-                   QStringLiteral("the partition is not all between the anchors"));
+            expect(m_partitionStart > 256 && std::uint64_t{m_partitionStart} + m_partitionLength == m_reserveStart
+                       && m_reserveStart + 16 == m_blockCount - 1,
+                   QStringLiteral("the partition is not all between the first anchor and the reserve sequence"));
         } else if (identifier == 6) {
             logical = bytes;
         } else if (identifier == 7) {

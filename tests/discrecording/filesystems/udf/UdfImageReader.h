@@ -91,6 +91,7 @@ private:
     std::uint64_t m_blockCount = 0;
     std::uint32_t m_partitionStart = 0;
     std::uint32_t m_partitionLength = 0;
+    std::uint64_t m_reserveStart = 0;
     QString m_volumeName;
     QString m_volumeSet;
     std::map<QByteArray, UdfObject> m_objects;
