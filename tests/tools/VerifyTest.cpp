@@ -313,6 +313,18 @@ TEST_F(Verify, hardLinksAndBytesThatAreNoText_areCompared)
     EXPECT_EQ(object[QStringLiteral("bytesCompared")].toInteger(), 5000 + 4);
 }
 
+TEST_F(Verify, namesThatHaveToChange_areKnownAgain)
+{
+    m_tree.makeFile("source/\xEF\xBF\xBF", "not a character");
+    m_tree.makeFile("source/\xEF\xBB\xBFmarked", "begins with a byte order mark");
+    m_tree.makeFile("source/" + QByteArray("\xC7\x95").repeated(127), "longer when decomposed");
+    m_tree.makeFile("source/links/hard", "one file");
+    m_tree.makeHardLink("source/links/hard2", "source/links/hard");
+    m_tree.makeHardLink("source/links/hard 3", "source/links/hard");
+    makeImage();
+    (void)verified(0);
+}
+
 TEST_F(Verify, unreadableSource_isAFailure)
 {
     makeOrdinaryTree();

@@ -33,6 +33,12 @@ QString withoutNumber(const QString &stem)
     return isNumbered ? stem.left(end - 1) : stem;
 }
 
+/// As HFS+ counts and keeps names. What is not text is no matter here.
+QString decomposed(const QString &name)
+{
+    return name.normalized(QString::NormalizationForm_D, QChar::Unicode_3_2);
+}
+
 /// The longest name that needs no cutting, in UTF-16 units.
 qsizetype longestName(VolumeKind kind, const QString &name)
 {
@@ -49,13 +55,16 @@ bool isForbidden(VolumeKind kind, QChar unit)
     if (unit.isSurrogate() || unit.unicode() == u'\uFFFD')
         return true;
     if (kind == VolumeKind::HFSPlus)
-        return unit == u'\0' || unit == u':';
+        return unit == u'\0' || unit == u':' || unit == u'\uFFFF';
+    if (kind == VolumeKind::UDF)
+        return unit == u'\uFEFF' || unit == u'\uFFFE';
     return kind == VolumeKind::Joliet && (unit.unicode() < 32 || QStringView(u"*/:;?\\").contains(unit));
 }
 
 bool needsChange(VolumeKind kind, const QString &name)
 {
-    return name.size() > longestName(kind, name)
+    const qsizetype length = kind == VolumeKind::HFSPlus ? decomposed(name).size() : name.size();
+    return length > longestName(kind, name)
         || std::any_of(name.begin(), name.end(), [kind](QChar unit) { return isForbidden(kind, unit); })
         || (kind == VolumeKind::Joliet && name.endsWith(u'.'));
 }
@@ -176,10 +185,14 @@ QByteArray nameKey(VolumeKind kind, std::string_view source)
             name[at] = u'_';
     }
     const qsizetype longest = kind == VolumeKind::Joliet ? 103 : longestName(kind, name);
-    if (name.size() > longest) {
-        const NameParts parts = partsOf(name);
-        name = parts.stem.left(std::max<qsizetype>(longest - parts.extension.size(), 0)) + parts.extension;
-    }
+    const auto cut = [longest](const QString &text) {
+        const NameParts parts = partsOf(text);
+        return QString(parts.stem.left(std::max<qsizetype>(longest - parts.extension.size(), 0)) + parts.extension);
+    };
+    if (kind == VolumeKind::HFSPlus && decomposed(name).size() > longest)
+        name = cut(decomposed(name)).normalized(QString::NormalizationForm_C);
+    else if (name.size() > longest)
+        name = cut(name);
     return fileSystemRepresentation(name);
 }
 

@@ -35,14 +35,20 @@ SourceNumber VolumeComparison::sourceAtPlace(const VolumeObject &object) const
     }
     if (object.extents.empty())
         return noSource;
+    const QByteArray key = nameKey(m_kind, std::string_view(object.name.data(), std::size_t(object.name.size())));
     SourceNumber found = noSource;
+    bool hasKey = false;
     for (const std::uint32_t index : m_contents.placesAt(object.extents.front().offset)) {
         const SourceNumber source = m_contents.place(index).source;
         if (m_sources[source].parent != folder || !mayBe(object, source))
             continue;
         if (object.name == QByteArrayView(m_sources.name(source).data(), m_sources[source].nameLength))
             return source;
-        found = found == noSource ? source : found;
+        // Of several hard links the one whose name is nearest: "HARD" is no name for "hard2" where there is a "hard".
+        if (isSeen(source) || hasKey)
+            continue;
+        hasKey = nameKey(m_kind, m_sources.name(source)) == key;
+        found = hasKey || found == noSource ? source : found;
     }
     return found;
 }
