@@ -50,8 +50,8 @@ public:
     [[nodiscard]] bool hasExplicitBaseName() const { return m_hasBaseName; }
 
     /// The name that the object gets in one filesystem: legal there and different from its siblings' names. The
-    /// siblings that the filesystem holds are considered in the order of the folder's children, so a call takes time
-    /// for each of them. For DRAllFilesystems it is the base name. Names of ISO 9660 come without version and, where
+    /// siblings that the filesystem holds are considered in the order of their names' bytes, as in an image; a call
+    /// takes time for each of them. For DRAllFilesystems it is the base name. Names of ISO 9660 come without version and, where
     /// there is no extension, without a dot.
     [[nodiscard]] QString mangledNameForFilesystem(DRFilesystem filesystem) const;
 
