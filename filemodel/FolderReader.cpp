@@ -185,7 +185,7 @@ std::shared_ptr<FolderReader::Job> FolderReader::nextJob()
         m_hasWork.wait(lock, [this] { return m_isEnding || (!m_pending.empty() && m_readCount < mostFoldersAhead); });
         if (m_isEnding)
             return nullptr;
-        const std::shared_ptr<Job> job = m_pending.back().lock();
+        std::shared_ptr<Job> job = m_pending.back().lock();
         m_pending.pop_back();
         if (!job || job->state != Job::State::Pending)
             continue;

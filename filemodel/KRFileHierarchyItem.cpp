@@ -130,7 +130,8 @@ void KRFileHierarchyItem::removeItem(const std::shared_ptr<KRFileHierarchyItem> 
 {
     if (!item)
         return;
-    const std::shared_ptr<KRFileHierarchyItem> removed = item; // the caller's pointer may be one of those removed
+    // The caller's pointer may be one of those removed.
+    const std::shared_ptr<KRFileHierarchyItem> removed = item; // NOLINT(performance-unnecessary-copy-initialization)
     std::erase(m_items, removed);
 }
 

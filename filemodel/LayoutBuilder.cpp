@@ -78,11 +78,13 @@ QString nameOfNode(std::uint32_t node)
 }
 
 /// In units of 1,048,576 bytes; whole units of 10,240 bytes only.
+// NOLINTBEGIN(bugprone-integer-division)
 double amountOfFile(KRFileReference &reference)
 {
     const double amount = static_cast<double>(reference.physicalSize() / 10240) / 102.4;
     return amount == 0 ? 0.0001 : amount;
 }
+// NOLINTEND(bugprone-integer-division)
 
 } // namespace
 

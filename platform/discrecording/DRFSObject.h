@@ -51,8 +51,8 @@ public:
 
     /// The name that the object gets in one filesystem: legal there and different from its siblings' names. The
     /// siblings that the filesystem holds are considered in the order of their names' bytes, as in an image; a call
-    /// takes time for each of them. For DRAllFilesystems it is the base name. Names of ISO 9660 come without version and, where
-    /// there is no extension, without a dot.
+    /// takes time for each of them. For DRAllFilesystems it is the base name. Names of ISO 9660 come without version
+    /// and, where there is no extension, without a dot.
     [[nodiscard]] QString mangledNameForFilesystem(DRFilesystem filesystem) const;
 
     /// Properties by filesystem. A value set for DRAllFilesystems holds in each filesystem that has no own value, one

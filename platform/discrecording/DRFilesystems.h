@@ -37,8 +37,8 @@ inline constexpr DRFilesystem DRUDF = DRFilesystem::UDF;
 inline constexpr DRFilesystem DRHFSPlus = DRFilesystem::HFSPlus;
 
 // Keys of object properties. Values are given as QVariant of the type named. DRInvisible counts for each filesystem by
-// itself, the two of the Finder for HFS+. Mode, owner, group and dates are one for the whole disc, since its filesystems
-// share what is known of a file: those that hold for DRISO9660 (or DRAllFilesystems) count.
+// itself, the two of the Finder for HFS+. Mode, owner, group and dates are one for the whole disc, since its
+// filesystems share what is known of a file: those that hold for DRISO9660 (or DRAllFilesystems) count.
 TESSARON_EXPORT extern const QString DRInvisible; ///< bool
 TESSARON_EXPORT extern const QString DRMacFinderFlags; ///< qint16 as int, Finder flags
 TESSARON_EXPORT extern const QString DRMacFinderHideExtension; ///< bool

@@ -81,7 +81,7 @@ QString komogo(std::uint64_t bytes)
 {
     if (bytes <= 999)
         return QString::number(bytes) + u' ' + unitText(Unit::Bytes);
-    const double kilobytes = static_cast<double>(bytes / 100) / 10.24;
+    const double kilobytes = static_cast<double>(bytes / 100) / 10.24; // NOLINT(bugprone-integer-division)
     if (kilobytes < 1000)
         return text(kilobytes, 1, Unit::Kilobytes);
     const double megabytes = kilobytes * (1.0 / 1024);

@@ -30,7 +30,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t chunkSize = 16 * 1024;
+    static constexpr std::size_t chunkSize = std::size_t{16} * 1024;
 
     std::vector<std::unique_ptr<char[]>> m_chunks;
     char *m_next = nullptr;
