@@ -3,19 +3,8 @@
 #include "platform/coreservices/AppleDouble.h"
 #include "platform/coreservices/ResourceFork.h"
 
-#include <cstdio>
-#include <cstdlib>
-
 namespace
 {
-
-void require(bool isKept, const char *promise)
-{
-    if (isKept)
-        return;
-    std::fprintf(stderr, "broken promise: %s\n", promise);
-    std::abort();
-}
 
 /// What was read as a fork can be written and reads the same, but for the order of types.
 void readFork(QByteArrayView bytes)

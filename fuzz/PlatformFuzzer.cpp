@@ -9,22 +9,6 @@
 
 #include <QImage>
 
-#include <cstdio>
-#include <cstdlib>
-
-namespace
-{
-
-void require(bool isKept, const char *promise)
-{
-    if (isKept)
-        return;
-    std::fprintf(stderr, "broken promise: %s\n", promise);
-    std::abort();
-}
-
-} // namespace
-
 /// The same bytes to every parser of foreign data that needs no more than bytes.
 int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size)
 {

@@ -46,13 +46,8 @@ protected:
 TEST_F(ImageFilesystems, areExactlyThoseAskedFor_inEachCombination)
 {
     makeOrdinaryTree();
-    const QList<QByteArray> names = {"iso9660", "joliet", "udf", "hfs+"};
     for (int mask = 1; mask < 16; ++mask) {
-        QList<QByteArray> chosen;
-        for (int bit = 0; bit < 4; ++bit) {
-            if ((mask & (1 << bit)) != 0)
-                chosen.append(names[bit]);
-        }
+        const QList<QByteArray> chosen = filesystemsOfMask(mask);
         SCOPED_TRACE(chosen.join(',').constData());
         makeImage({"--filesystems", chosen.join(',')});
         EXPECT_EQ(opens("7z", {"l", "-tiso"}), (mask & 3) != 0);

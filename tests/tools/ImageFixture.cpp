@@ -28,6 +28,17 @@ void ImageTest::makeSampleTree() const
     outputOf(TESSARON_SOURCE_FOLDER "/tools/sample-tree", {m_tree.path("source")});
 }
 
+QList<QByteArray> ImageTest::filesystemsOfMask(int mask)
+{
+    const QList<QByteArray> names = {"iso9660", "joliet", "udf", "hfs+"};
+    QList<QByteArray> result;
+    for (int bit = 0; bit < names.size(); ++bit) {
+        if ((mask & (1 << bit)) != 0)
+            result.append(names[bit]);
+    }
+    return result;
+}
+
 void ImageTest::makeOrdinaryTree() const
 {
     m_tree.makeFile("source/readme.txt", "read me\n");

@@ -24,6 +24,8 @@ protected:
     [[nodiscard]] QByteArray image() const { return m_tree.path("out/disc.iso"); }
     /// Makes "source" the sample tree of tools/sample-tree.
     void makeSampleTree() const;
+    /// What --filesystems calls the bits of a mask.
+    [[nodiscard]] static QList<QByteArray> filesystemsOfMask(int mask);
     /// A few folders and files.
     void makeOrdinaryTree() const;
     /// `count` files of some bytes in folders of a hundred.

@@ -105,13 +105,8 @@ const Words allViews = {"iso9660", "rockridge", "joliet", "udf", "hfs+"};
 TEST_F(Verify, image_isAsItsSources_onTheOddTree_inEachCombination)
 {
     makeSampleTree();
-    const QList<QByteArray> names = {"iso9660", "joliet", "udf", "hfs+"};
     for (int mask = 1; mask < 16; ++mask) {
-        QList<QByteArray> chosen;
-        for (int bit = 0; bit < 4; ++bit) {
-            if ((mask & (1 << bit)) != 0)
-                chosen.append(names[bit]);
-        }
+        const QList<QByteArray> chosen = filesystemsOfMask(mask);
         SCOPED_TRACE(chosen.join(',').constData());
         makeImage({"--filesystems", chosen.join(',')});
         const QJsonObject object = verified(0);

@@ -4,7 +4,11 @@
 #include "tests/support/TemporaryTree.h"
 
 #include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <thread>
 #include <unistd.h>
 
 namespace Tessaron::Testing
@@ -60,6 +64,27 @@ TEST(FileContentsReader, read_givesTheBytes_fromTheOffset)
     QByteArray bytes(4, Qt::Uninitialized);
     EXPECT_TRUE(readFileContents(descriptor.get(), file, 3, bytes.data(), 4).isNull());
     EXPECT_EQ(bytes, "3456");
+}
+
+TEST(FileContentsReader, open_endsItsWaitForABusyFile_whenCancelled)
+{
+    const TemporaryTree tree;
+    const FileContents file = fileContentsOf(tree.makeFile("file", "x"));
+    std::signal(SIGIO, SIG_IGN); // how the system asks the lease's holder to let go
+    const UniqueDescriptor holder(::open(tree.path("file").constData(), O_RDWR | O_CLOEXEC));
+    if (::fcntl(holder.get(), F_SETLEASE, F_WRLCK) != 0)
+        GTEST_SKIP() << "the filesystem of the temporary folder knows no leases";
+    std::stop_source cancellation;
+    const auto start = std::chrono::steady_clock::now();
+    std::jthread canceller([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        cancellation.request_stop();
+    });
+    NSError error;
+    EXPECT_FALSE(openFileContents(file, &error, cancellation.get_token()).isValid());
+    EXPECT_TRUE(error);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20)) << "the lease lasts 45";
+    (void)::fcntl(holder.get(), F_SETLEASE, F_UNLCK);
 }
 
 TEST(FileContentsReader, open_namesTheFile_whenItHasVanished)

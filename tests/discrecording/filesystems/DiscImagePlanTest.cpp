@@ -5,6 +5,7 @@
 #include "tests/discrecording/filesystems/IsoImageReader.h"
 #include "tests/discrecording/filesystems/WrittenImage.h"
 #include "tests/support/TemporaryTree.h"
+#include "tests/support/WithoutThreads.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -34,6 +35,29 @@ constexpr DRFilesystemMask joliet = DRFilesystemInclusionMaskJoliet;
 constexpr DRFilesystemMask hfsPlus = DRFilesystemInclusionMaskHFSPlus;
 
 } // namespace
+
+TEST(PlanDiscImage, plan_isMadeAlone_whenTheSystemHasNoThread)
+{
+    const TemporaryTree tree;
+    for (int number = 0; number < 5000; ++number) // as many as are worth threads
+        tree.makeFile("files/" + QByteArray::number(number), "x");
+    PlanOptions options;
+    options.filesystems = DRFilesystemInclusionMaskAll;
+    options.threadCount = 4;
+    options.sourceDateEpoch = 1'700'000'000;
+    const auto root = DRFolder::folderWithPath(tree.pathText());
+    const std::atomic<bool> isCancelled = false;
+    const auto planned = [&] {
+        NSError error;
+        const DiscImagePlan plan = planDiscImage(root, options, isCancelled, {}, &error);
+        EXPECT_FALSE(error) << error.localizedDescription().toStdString();
+        return std::pair(plan.fileCount, plan.image ? plan.image->blockCount() : 0);
+    };
+    const auto withThreads = planned();
+    const WithoutThreads none;
+    EXPECT_EQ(planned(), withThreads);
+    EXPECT_EQ(withThreads.first, 5000u);
+}
 
 TEST(PlanDiscImage, emptyRoot_getsAllAllowedFilesystems)
 {
