@@ -212,7 +212,7 @@ void KRFileReference::resetAllAttributes()
 }
 
 /// Starts the five seconds, unless they run already.
-void KRFileReference::scheduleReset()
+void KRFileReference::startAging()
 {
     if (cache().filledAt == 0)
         cache().filledAt = Cache::ticks();

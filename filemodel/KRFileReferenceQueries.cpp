@@ -186,7 +186,7 @@ void KRFileReference::_copyLSAttributes()
         cache().refer(Cache::Extension, info.extension);
     }
     m_empty = 0;
-    scheduleReset();
+    startAging();
 }
 
 void KRFileReference::_copyCatAttributes()

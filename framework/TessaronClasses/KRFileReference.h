@@ -138,7 +138,7 @@ private:
 
     Cache &cache();
     void adopt(_ZelFileAttribute &&record);
-    void scheduleReset();
+    void startAging();
     void dropWhatIsTooOld();
     [[nodiscard]] bool isFilled() const { return m_empty != 1; }
     [[nodiscard]] bool knownOrAsked(const char &flag);
