@@ -2,12 +2,12 @@
 //   burn_bench FOLDER IMAGE READERS PIECE-KIB BUFFERS KERNEL-COPY-FROM-MIB
 // The time for the plan and the time for the writing are printed apart.
 
-#include "platform/discrecording/BlockPipeline.h"
-#include "platform/discrecording/BurnSink.h"
-#include "platform/discrecording/DRFolder.h"
-#include "platform/discrecording/DescriptorIO.h"
-#include "platform/discrecording/ImageTrackWriter.h"
-#include "platform/discrecording/filesystems/DiscImagePlan.h"
+#include "platform/discrecording/burn/BlockPipeline.h"
+#include "platform/discrecording/burn/BurnSink.h"
+#include "platform/discrecording/burn/DescriptorIO.h"
+#include "platform/discrecording/burn/ImageTrackWriter.h"
+#include "platform/discrecording/objects/DRFolder.h"
+#include "platform/discrecording/planning/DiscImagePlan.h"
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/UniqueDescriptor.h"
 

@@ -1,4 +1,4 @@
-#include "filemodel/DiscName.h"
+#include "filemodel/DesiredDiscName.h"
 #include "filemodel/LayoutCreation.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
@@ -161,7 +161,7 @@ std::shared_ptr<KRFileHierarchyItem> KRFileHierarchyItem::childWithDesiredName(c
         KRFileReference *const reference = item->m_fileReference.get();
         if (!reference)
             continue;
-        QString discName = discNameOrNull(*reference);
+        QString discName = desiredDiscNameOrNull(*reference);
         if (discName.isNull())
             discName = reference->name();
         if (discName.isNull())

@@ -1,6 +1,6 @@
 #include "filemodel/LayoutBuilder.h"
 #include "filemodel/LayoutCreation.h"
-#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/objects/DRFolder.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 
 #include <algorithm>

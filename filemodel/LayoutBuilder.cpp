@@ -1,11 +1,11 @@
 #include "filemodel/LayoutBuilder.h"
 
-#include "filemodel/DiscName.h"
+#include "filemodel/DesiredDiscName.h"
 #include "platform/coreservices/FSRefAccess.h"
 #include "platform/coreservices/FilePlaces.h"
 #include "platform/coreservices/NodeTable.h"
-#include "platform/discrecording/DRFile.h"
-#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/objects/DRFile.h"
+#include "platform/discrecording/objects/DRFolder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
@@ -64,7 +64,7 @@ OpenFolder openFolder(KRFileHierarchyItem &item)
     const std::shared_ptr<KRFileReference> &reference = item.fileReference();
     OpenFolder open;
     open.item = &item;
-    open.discName = discNameOrNull(*reference);
+    open.discName = desiredDiscNameOrNull(*reference);
     open.folder =
         reference->isVirtual() ? DRFolderCreateVirtual(open.discName) : virtualFolderWithFileReference(reference);
     setOptions(*reference, *open.folder);
@@ -140,7 +140,7 @@ std::shared_ptr<DRFSObject> LayoutBuilder::makeFile(KRFileHierarchyItem &item, D
     setOptions(reference, *file);
     if (addToFolder)
         addToFolder->addChild(file);
-    const QString discName = discNameOrNull(reference);
+    const QString discName = desiredDiscNameOrNull(reference);
     if (!discName.isNull())
         file->setBaseName(discName);
     else if (const std::uint32_t place = FilePlaces::shared().currentNode(*reference.fileRef());

@@ -1,7 +1,7 @@
 #include "platform/coreservices/FSCatalog.h"
 #include "platform/coreservices/FSRefAccess.h"
-#include "platform/discrecording/DRFile.h"
-#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/objects/DRFile.h"
+#include "platform/discrecording/objects/DRFolder.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include <TessaronClasses/FileReferenceFunctions.h>

@@ -3,23 +3,23 @@
 set(TESSARON_PUBLIC_HEADERS
     platform/coreservices/FSCatalog.h
     platform/coreservices/FSRef.h
-    platform/discimage/DiscImageErrors.h
-    platform/discimage/DiscImageSource.h
+    platform/discimage/source/DiscImageErrors.h
+    platform/discimage/source/DiscImageSource.h
     platform/discimage/VolumeFinder.h
-    platform/discimage/VolumeObject.h
-    platform/discimage/VolumeReader.h
-    platform/discimage/VolumeWalk.h
-    platform/discrecording/DRBurn.h
-    platform/discrecording/DRCallbackDevice.h
-    platform/discrecording/DRFSObject.h
-    platform/discrecording/DRFile.h
-    platform/discrecording/DRFilesystems.h
-    platform/discrecording/DRFolder.h
-    platform/discrecording/DRMSF.h
-    platform/discrecording/DRNotificationCenter.h
-    platform/discrecording/DRStorageReport.h
-    platform/discrecording/DRTrack.h
-    platform/discrecording/DRTrackProducer.h
+    platform/discimage/volume/VolumeObject.h
+    platform/discimage/volume/VolumeReader.h
+    platform/discimage/volume/VolumeWalk.h
+    platform/discrecording/burn/DRBurn.h
+    platform/discrecording/burn/DRCallbackDevice.h
+    platform/discrecording/objects/DRFSObject.h
+    platform/discrecording/objects/DRFile.h
+    platform/discrecording/objects/DRFilesystems.h
+    platform/discrecording/objects/DRFolder.h
+    platform/discrecording/objects/DRMSF.h
+    platform/discrecording/burn/DRNotificationCenter.h
+    platform/discrecording/objects/DRStorageReport.h
+    platform/discrecording/objects/DRTrack.h
+    platform/discrecording/objects/DRTrackProducer.h
     platform/foundation/Export.h
     platform/foundation/FileSystemRepresentation.h
     platform/foundation/MainThread.h

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/discimage/VolumeFinder.h"
-#include "platform/discimage/VolumeWalk.h"
+#include "platform/discimage/volume/VolumeWalk.h"
 #include "platform/foundation/ByteOrder.h"
 
 #include <QByteArray>

@@ -1,5 +1,5 @@
-#include "platform/discrecording/DRFSObject.h"
-#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/objects/DRFSObject.h"
+#include "platform/discrecording/objects/DRFolder.h"
 #include <TessaronClasses/DiscNames.h>
 
 #include <QRegularExpression>

@@ -1,6 +1,6 @@
 #include "imaging/ImageAdditions.h"
 
-#include "platform/discrecording/DRTrack.h"
+#include "platform/discrecording/objects/DRTrack.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/UniqueDescriptor.h"
 #include "platform/vant/VANTHeader.h"

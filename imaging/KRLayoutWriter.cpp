@@ -1,6 +1,6 @@
 #include "imaging/ImageAdditions.h"
 #include "platform/coreservices/FSRefAccess.h"
-#include "platform/discrecording/DRStorageReport.h"
+#include "platform/discrecording/objects/DRStorageReport.h"
 #include "platform/foundation/DelayedPerform.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/NSBundle.h"

@@ -2,9 +2,9 @@
 
 #include <TessaronClasses/KRFileReference.h>
 
-#include <platform/discrecording/DRFile.h>
-#include <platform/discrecording/DRFolder.h>
-#include <platform/discrecording/DRTrack.h>
+#include <platform/discrecording/objects/DRFile.h>
+#include <platform/discrecording/objects/DRFolder.h>
+#include <platform/discrecording/objects/DRTrack.h>
 #include <platform/foundation/NSError.h>
 
 using namespace Tessaron;

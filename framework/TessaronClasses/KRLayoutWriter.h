@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/coreservices/FSRef.h"
-#include "platform/discrecording/DRTrackProducer.h"
+#include "platform/discrecording/objects/DRTrackProducer.h"
 #include "platform/foundation/Export.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSError.h"

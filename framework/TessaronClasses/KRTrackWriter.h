@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/discrecording/DRBurn.h"
-#include "platform/discrecording/DRCallbackDevice.h"
-#include "platform/discrecording/DRTrack.h"
+#include "platform/discrecording/burn/DRBurn.h"
+#include "platform/discrecording/burn/DRCallbackDevice.h"
+#include "platform/discrecording/objects/DRTrack.h"
 #include "platform/foundation/Export.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSError.h"

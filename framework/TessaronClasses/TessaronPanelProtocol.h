@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/discrecording/DRTrack.h"
+#include "platform/discrecording/objects/DRTrack.h"
 #include "platform/foundation/Export.h"
 #include <TessaronClasses/TessaronDiscImageFormat.h>
 

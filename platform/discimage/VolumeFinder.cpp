@@ -1,8 +1,8 @@
 #include "platform/discimage/VolumeFinder.h"
 
-#include "platform/discimage/HfsPlusVolumeReader.h"
-#include "platform/discimage/IsoVolumeReader.h"
-#include "platform/discimage/UdfVolumeReader.h"
+#include "platform/discimage/hfsplus/HfsPlusVolumeReader.h"
+#include "platform/discimage/iso9660/IsoVolumeReader.h"
+#include "platform/discimage/udf/UdfVolumeReader.h"
 
 namespace Tessaron
 {

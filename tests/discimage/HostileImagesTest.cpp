@@ -1,6 +1,6 @@
 #include "fuzz/DiscImagePromises.h"
 
-#include "platform/discimage/DiscImageErrors.h"
+#include "platform/discimage/source/DiscImageErrors.h"
 
 #include <QFile>
 

@@ -2,7 +2,8 @@
 """Holds every #include line against the order of the layers.
 
 A file may include its own layer and those below it; programs include public headers only; public headers include
-public headers only; no files include each other in a circle.
+public headers only; no files include each other in a circle, nor do two folders. A source in no layer at all is a
+violation, too.
 
 usage: check_includes.py ROOT [--self-test]
 """
@@ -15,8 +16,21 @@ import tempfile
 LAYERS = [
     "platform/foundation",
     "platform/coreservices",
-    "platform/discrecording",
+    "platform/discrecording/names",
+    "platform/discrecording/objects",
+    "platform/discrecording/content",
+    "platform/discrecording/image",
+    "platform/discrecording/iso9660",
+    "platform/discrecording/udf",
+    "platform/discrecording/hfsplus",
+    "platform/discrecording/planning",
+    "platform/discrecording/burn",
     "platform/vant",
+    "platform/discimage/source",
+    "platform/discimage/volume",
+    "platform/discimage/iso9660",
+    "platform/discimage/udf",
+    "platform/discimage/hfsplus",
     "platform/discimage",
     "filemodel",
     "imaging",
@@ -26,13 +40,14 @@ LAYERS = [
 ]
 PROGRAMS = ["tools", "app", "examples"]
 PUBLIC = "framework/TessaronClasses"  # and TessaronClassesUI, whose name begins the same
-INCLUDE = re.compile(r'^\s*#\s*include\s+["<]((?:platform|filemodel|imaging|ui|TessaronClasses|TessaronClassesUI)/[^">]+)[">]', re.M)
+INCLUDE = re.compile(r'^\s*#\s*include\s+["<]((?:platform|filemodel|imaging|ui|tools|TessaronClasses|TessaronClassesUI)/[^">]+)[">]', re.M)
 
 
 class Tree:
     def __init__(self, root):
         self.root = root
         folders = LAYERS + PROGRAMS + [PUBLIC, PUBLIC + "UI"]
+        folders.append("platform")
         paths = {path for folder in folders for path in (root / folder).rglob("*") if path.suffix in (".h", ".cpp")}
         self.files = {str(path.relative_to(root)): path.read_text() for path in sorted(paths)}
         listed = (root / "framework/PublicHeaders.cmake").read_text()
@@ -51,8 +66,13 @@ class Tree:
             if not homes:
                 return max((self.layer(used) for used in self.includes(name) if used in self.files), default=0)
             name = homes[0]
-        matches = [index for index, folder in enumerate(LAYERS) if name.startswith(folder + "/")]
-        return matches[0] if matches else None
+        matches = [(len(folder), index) for index, folder in enumerate(LAYERS) if name.startswith(folder + "/")]
+        return max(matches)[1] if matches else None
+
+    def folder(self, name):
+        """The folder whose duty a file shares: for a public header, that of its .cpp."""
+        layer = None if self.is_program(name) else self.layer(name)
+        return str(pathlib.PurePath(name).parent) if layer is None else LAYERS[layer]
 
     @staticmethod
     def is_program(name):
@@ -60,19 +80,30 @@ class Tree:
 
     def violations(self):
         for name in self.files:
+            if not self.is_program(name) and self.layer(name) is None:
+                yield f"{name}: lies in no layer"
+                continue
             for used in self.includes(name):
                 if used not in self.files:
                     if self.is_program(name) and (self.root / used).exists():
                         continue
                     yield f"{name}: includes {used}, which does not exist"
                 elif self.is_program(name):
-                    if used not in self.public:
+                    if used not in self.public and not self.is_program(used):
                         yield f"{name}: a program includes {used}, which is not public"
                 elif self.layer(used) > self.layer(name):
                     yield f"{name}: includes {used} of the higher layer {LAYERS[self.layer(used)]}"
                 elif name in self.public and used not in self.public:
                     yield f"{name}: a public header includes {used}, which is not public"
+        yield from self.mutual_folders()
         yield from self.circles()
+
+    def mutual_folders(self):
+        uses = {(self.folder(name), self.folder(used)): f"{name} includes {used}"
+                for name in self.files for used in self.includes(name) if used in self.files}
+        for (one, other), why in sorted(uses.items()):
+            if one < other and (other, one) in uses:
+                yield f"folders include each other: {why}; {uses[other, one]}"
 
     def circles(self):
         done, path = set(), []
@@ -109,14 +140,20 @@ def self_test():
             "filemodel/Model.cpp": '#include <TessaronClasses/Model.h>\n#include "imaging/Writer.h"\n',
             "imaging/Writer.h": "",
             "tools/main.cpp": '#include "platform/foundation/Hidden.h"\n',
+            "platform/discrecording/Homeless.h": "",
+            "tools/one/One.h": '#include "tools/other/Other.h"\n',
+            "tools/other/Other.h": "",
+            "tools/other/Back.h": '#include "tools/one/Alone.h"\n',
+            "tools/one/Alone.h": "",
         }
         for name, text in planted.items():
             (root / name).parent.mkdir(parents=True, exist_ok=True)
             (root / name).write_text(text)
         found = list(Tree(root).violations())
-        for name in ("Public.h: a public", "Up.cpp: includes", "circle: ", "Model.cpp: includes", "main.cpp: a program"):
+        for name in ("Public.h: a public", "Up.cpp: includes", "circle: ", "Model.cpp: includes", "main.cpp: a program",
+                     "Homeless.h: lies in no layer", "folders include each other: "):
             assert any(name in line for line in found), f"not found: {name} in {found}"
-        assert len(found) == 5, found
+        assert len(found) == 7, found
 
 
 def main():

@@ -1,5 +1,5 @@
 #include "platform/discimage/VolumeFinder.h"
-#include "platform/discimage/VolumeWalk.h"
+#include "platform/discimage/volume/VolumeWalk.h"
 #include "tests/tools/ImageFixture.h"
 
 #include <QFile>

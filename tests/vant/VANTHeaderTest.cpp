@@ -1,6 +1,6 @@
 #include "platform/vant/VANTHeader.h"
 
-#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/objects/DRFolder.h"
 #include "tests/vant/VANTSamples.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/discimage/DiscImageSource.h"
+#include "platform/discimage/source/DiscImageSource.h"
 #include "tools/tessaron/ContentPlan.h"
 #include "tools/tessaron/Differences.h"
 #include "tools/tessaron/SourceIndex.h"

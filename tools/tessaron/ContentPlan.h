@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/discimage/VolumeObject.h"
+#include "platform/discimage/volume/VolumeObject.h"
 #include "tools/tessaron/Differences.h"
 #include "tools/tessaron/SourceIndex.h"
 

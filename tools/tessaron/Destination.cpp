@@ -71,7 +71,7 @@ Problem inspectExisting(Destination *destination)
         if (Problem problem = followLink(&destination->path, &status))
             return problem;
     }
-    destination->existingImage = FileIdentity{status.st_dev, status.st_ino};
+    destination->existingImage = DeviceAndInode{status.st_dev, status.st_ino};
     return checkReplaceable(destination->path, status);
 }
 
@@ -134,7 +134,7 @@ Problem inspectCue(Destination *destination)
             QStringLiteral("the name of the cue sheet, %1, would be too long").arg(quoted(destination->cueName)),
             QStringLiteral("Give the image a shorter name."));
     }
-    destination->existingCue = FileIdentity{status.st_dev, status.st_ino};
+    destination->existingCue = DeviceAndInode{status.st_dev, status.st_ino};
     if (!S_ISREG(status.st_mode))
         return destinationProblem(
             destination->cueName,
@@ -143,13 +143,13 @@ Problem inspectCue(Destination *destination)
     return checkSticky(*destination, destination->cueName);
 }
 
-std::vector<FileIdentity> folderAndAncestors(int folder)
+std::vector<DeviceAndInode> folderAndAncestors(int folder)
 {
-    std::vector<FileIdentity> result;
+    std::vector<DeviceAndInode> result;
     UniqueDescriptor current(::openat(folder, ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
     struct stat status;
     while (current && ::fstat(current.get(), &status) == 0) {
-        const FileIdentity identity = {status.st_dev, status.st_ino};
+        const DeviceAndInode identity = {status.st_dev, status.st_ino};
         if (!result.empty() && result.back() == identity)
             break; // the root folder is its own parent
         result.push_back(identity);
@@ -185,7 +185,7 @@ Problem openDestination(const QByteArray &output, ImageFormat format, Destinatio
 
 Problem checkOutside(const Destination &destination, const std::vector<Source> &sources)
 {
-    const std::vector<FileIdentity> ancestors = folderAndAncestors(destination.folder.get());
+    const std::vector<DeviceAndInode> ancestors = folderAndAncestors(destination.folder.get());
     for (const Source &source : sources) {
         const bool isInside =
             source.isFolder && std::find(ancestors.begin(), ancestors.end(), source.identity) != ancestors.end();

@@ -20,8 +20,8 @@ struct Destination {
     UniqueDescriptor folder; ///< opened without rights over its content (O_PATH)
     QByteArray name;
     QByteArray cueName; ///< empty when there is no cue sheet
-    std::optional<FileIdentity> existingImage; ///< the file that will be replaced
-    std::optional<FileIdentity> existingCue;
+    std::optional<DeviceAndInode> existingImage; ///< the file that will be replaced
+    std::optional<DeviceAndInode> existingCue;
 };
 
 /// Looks at the place for the image: its folder must exist and take new files, and what is there already must be a

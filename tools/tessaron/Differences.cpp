@@ -1,6 +1,6 @@
 #include "tools/tessaron/Differences.h"
 
-#include "platform/discimage/DiscImageErrors.h"
+#include "platform/discimage/source/DiscImageErrors.h"
 
 namespace Tessaron::Tool
 {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/discimage/DiscImageSource.h"
 #include "platform/discimage/VolumeFinder.h"
+#include "platform/discimage/source/DiscImageSource.h"
 #include "tools/tessaron/Problem.h"
 
 #include <QByteArray>

@@ -1,8 +1,8 @@
 #include "tools/tessaron/ImageMaker.h"
 
-#include "platform/discrecording/DRFolder.h"
-#include "platform/discrecording/DRStorageReport.h"
-#include "platform/discrecording/DRTrack.h"
+#include "platform/discrecording/objects/DRFolder.h"
+#include "platform/discrecording/objects/DRStorageReport.h"
+#include "platform/discrecording/objects/DRTrack.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MainThread.h"
 #include "tools/tessaron/FreeSpace.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/discrecording/DRFilesystems.h"
+#include "platform/discrecording/objects/DRFilesystems.h"
 #include "tools/tessaron/Problem.h"
 #include "tools/tessaron/ProgressDisplay.h"
 #include "tools/tessaron/SourceGatherer.h"

@@ -1,6 +1,6 @@
 #include "tools/tessaron/ImageReport.h"
 
-#include "platform/discrecording/DRStorageReport.h"
+#include "platform/discrecording/objects/DRStorageReport.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/JsonWriter.h"

@@ -1,6 +1,6 @@
 #include "tools/tessaron/InspectCommand.h"
 
-#include "platform/discimage/DiscImageErrors.h"
+#include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/JsonWriter.h"

@@ -12,11 +12,11 @@ namespace Tessaron::Tool
 {
 
 /// Which file something is, whatever its path.
-struct FileIdentity {
+struct DeviceAndInode {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
 
-    friend bool operator==(const FileIdentity &, const FileIdentity &) = default;
+    friend bool operator==(const DeviceAndInode &, const DeviceAndInode &) = default;
 };
 
 /// A PATH of the command line after a look at the disk.
@@ -25,7 +25,7 @@ struct Source {
     QByteArray path; ///< where the content is; differs from the argument when that is a symbolic link
     QByteArray name; ///< name on the disc: the argument's own, "." and ".." resolved
     bool isFolder = false;
-    FileIdentity identity;
+    DeviceAndInode identity;
 };
 
 /// Looks at each PATH: it must exist, be a folder or a regular file (a symbolic link to one counts as that one) and be

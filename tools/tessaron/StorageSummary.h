@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/discrecording/DRStorageReport.h"
+#include "platform/discrecording/objects/DRStorageReport.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,7 +1,7 @@
 #include "tools/tessaron/VantTrailer.h"
 
-#include "platform/discrecording/DRFolder.h"
-#include "platform/discrecording/DRTrack.h"
+#include "platform/discrecording/objects/DRFolder.h"
+#include "platform/discrecording/objects/DRTrack.h"
 #include "platform/vant/VANTHeader.h"
 
 namespace Tessaron::Tool

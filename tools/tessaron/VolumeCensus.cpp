@@ -1,6 +1,6 @@
 #include "tools/tessaron/VolumeCensus.h"
 
-#include "platform/discimage/VolumeWalk.h"
+#include "platform/discimage/volume/VolumeWalk.h"
 
 #include <limits>
 

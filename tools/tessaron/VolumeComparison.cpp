@@ -1,6 +1,6 @@
 #include "tools/tessaron/VolumeComparison.h"
 
-#include "platform/discimage/VolumeWalk.h"
+#include "platform/discimage/volume/VolumeWalk.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/NameRules.h"
 #include "tools/tessaron/Text.h"

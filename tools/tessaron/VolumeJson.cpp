@@ -1,6 +1,6 @@
 #include "tools/tessaron/VolumeJson.h"
 
-#include "platform/discimage/DiscImageErrors.h"
+#include "platform/discimage/source/DiscImageErrors.h"
 #include "tools/tessaron/JsonWriter.h"
 
 #include <QDateTime>

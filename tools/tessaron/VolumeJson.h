@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/discimage/VolumeReader.h"
+#include "platform/discimage/volume/VolumeReader.h"
 #include "platform/foundation/NSError.h"
 
 #include <QByteArray>

@@ -1,7 +1,7 @@
-#include "platform/discrecording/DRFile.h"
-#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/objects/DRFile.h"
+#include "platform/discrecording/objects/DRFolder.h"
 #include "tests/discimage/hfsplus/WalkedVolume.h"
-#include "tests/discrecording/filesystems/WrittenImage.h"
+#include "tests/discrecording/planning/WrittenImage.h"
 
 #include <random>
 

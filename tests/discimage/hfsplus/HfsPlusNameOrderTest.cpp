@@ -1,6 +1,6 @@
-#include "platform/discimage/HfsPlusNameOrder.h"
+#include "platform/discimage/hfsplus/HfsPlusNameOrder.h"
 
-#include "platform/discrecording/filesystems/hfsplus/HfsPlusCaseFolding.h"
+#include "platform/discrecording/names/HfsPlusCaseFolding.h"
 #include "platform/foundation/ByteOrder.h"
 
 #include <gtest/gtest.h>

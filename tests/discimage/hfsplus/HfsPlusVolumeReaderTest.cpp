@@ -1,8 +1,8 @@
 #include "platform/discimage/VolumeFinder.h"
-#include "platform/discrecording/DRFile.h"
-#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/objects/DRFile.h"
+#include "platform/discrecording/objects/DRFolder.h"
 #include "tests/discimage/hfsplus/WalkedVolume.h"
-#include "tests/discrecording/filesystems/WrittenImage.h"
+#include "tests/discrecording/planning/WrittenImage.h"
 #include "tests/support/TemporaryTree.h"
 
 #include <sys/stat.h>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/discimage/DiscImageErrors.h"
-#include "platform/discimage/HfsPlusVolumeReader.h"
-#include "platform/discimage/VolumeWalk.h"
+#include "platform/discimage/hfsplus/HfsPlusVolumeReader.h"
+#include "platform/discimage/source/DiscImageErrors.h"
+#include "platform/discimage/volume/VolumeWalk.h"
 
 #include <QMap>
 #include <QStringList>

@@ -1,7 +1,7 @@
-#include "platform/discrecording/BlockPipeline.h"
+#include "platform/discrecording/burn/BlockPipeline.h"
 
-#include "platform/discrecording/BurnErrors.h"
-#include "platform/discrecording/DRBurn.h"
+#include "platform/discrecording/burn/BurnErrors.h"
+#include "platform/discrecording/burn/DRBurn.h"
 #include "tests/discrecording/burn/FakeBlockImage.h"
 #include "tests/support/TemporaryTree.h"
 

@@ -1,4 +1,4 @@
-#include "platform/discrecording/BurnPlan.h"
+#include "platform/discrecording/burn/BurnPlan.h"
 
 #include "tests/discrecording/burn/TestProducer.h"
 

@@ -1,7 +1,7 @@
-#include "platform/discrecording/DRBurn.h"
+#include "platform/discrecording/burn/DRBurn.h"
 
-#include "platform/discrecording/DRNotificationCenter.h"
-#include "platform/discrecording/DRStorageReport.h"
+#include "platform/discrecording/burn/DRNotificationCenter.h"
+#include "platform/discrecording/objects/DRStorageReport.h"
 #include "tests/discrecording/burn/FakeBlockImage.h"
 #include "tests/discrecording/burn/TestConsumers.h"
 #include "tests/discrecording/burn/TestProducer.h"

@@ -1,6 +1,6 @@
-#include "platform/discrecording/DRNotificationCenter.h"
+#include "platform/discrecording/burn/DRNotificationCenter.h"
 
-#include "platform/discrecording/DRBurn.h"
+#include "platform/discrecording/burn/DRBurn.h"
 #include "tests/discrecording/burn/TestConsumers.h"
 #include "tests/support/EventLoop.h"
 

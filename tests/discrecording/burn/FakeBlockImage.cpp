@@ -1,7 +1,7 @@
 #include "tests/discrecording/burn/FakeBlockImage.h"
 
-#include "platform/discrecording/BurnErrors.h"
-#include "platform/discrecording/filesystems/FileContentsReader.h"
+#include "platform/discrecording/burn/BurnErrors.h"
+#include "platform/discrecording/content/FileContentsReader.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/discrecording/filesystems/BlockImage.h"
+#include "platform/discrecording/image/BlockImage.h"
 
 #include <QByteArray>
 

@@ -1,4 +1,4 @@
-#include "platform/discrecording/filesystems/FileContentsReader.h"
+#include "platform/discrecording/content/FileContentsReader.h"
 
 #include "tests/discrecording/burn/FakeBlockImage.h"
 #include "tests/support/TemporaryTree.h"

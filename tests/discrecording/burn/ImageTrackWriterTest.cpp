@@ -1,6 +1,6 @@
-#include "platform/discrecording/ImageTrackWriter.h"
+#include "platform/discrecording/burn/ImageTrackWriter.h"
 
-#include "platform/discrecording/BurnErrors.h"
+#include "platform/discrecording/burn/BurnErrors.h"
 #include "tests/discrecording/burn/FakeBlockImage.h"
 #include "tests/discrecording/burn/TestConsumers.h"
 #include "tests/support/TemporaryTree.h"

@@ -1,4 +1,4 @@
-#include "platform/discrecording/KernelCopy.h"
+#include "platform/discrecording/burn/KernelCopy.h"
 
 #include "platform/foundation/UniqueDescriptor.h"
 #include "tests/support/TemporaryTree.h"

@@ -1,4 +1,4 @@
-#include "platform/discrecording/ProducerTrackWriter.h"
+#include "platform/discrecording/burn/ProducerTrackWriter.h"
 
 #include "tests/discrecording/burn/TestConsumers.h"
 #include "tests/discrecording/burn/TestProducer.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/discrecording/DRCallbackDevice.h"
+#include "platform/discrecording/burn/DRCallbackDevice.h"
 #include "platform/foundation/UniqueDescriptor.h"
 
 #include <QByteArray>

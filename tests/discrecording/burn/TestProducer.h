@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/discrecording/DRTrack.h"
-#include "platform/discrecording/DRTrackProducer.h"
+#include "platform/discrecording/objects/DRTrack.h"
+#include "platform/discrecording/objects/DRTrackProducer.h"
 
 #include <QStringList>
 

@@ -1,4 +1,4 @@
-#include "platform/discrecording/filesystems/Iso9660Names.h"
+#include "platform/discrecording/names/Iso9660NameRules.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "platform/discrecording/filesystems/HfsPlusNames.h"
-#include "platform/discrecording/filesystems/JolietNames.h"
-#include "platform/discrecording/filesystems/UdfNames.h"
-#include "platform/discrecording/filesystems/Utf8Names.h"
+#include "platform/discrecording/names/HfsPlusNameRules.h"
+#include "platform/discrecording/names/JolietNameRules.h"
+#include "platform/discrecording/names/UdfNameRules.h"
+#include "platform/discrecording/names/Utf8Names.h"
 
 #include <QString>
 

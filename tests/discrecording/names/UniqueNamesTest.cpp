@@ -1,7 +1,7 @@
-#include "platform/discrecording/filesystems/UniqueNames.h"
+#include "platform/discrecording/names/UniqueNames.h"
 
-#include "platform/discrecording/filesystems/HfsPlusNames.h"
-#include "platform/discrecording/filesystems/Iso9660Names.h"
+#include "platform/discrecording/names/HfsPlusNameRules.h"
+#include "platform/discrecording/names/Iso9660NameRules.h"
 
 #include <chrono>
 #include <gtest/gtest.h>

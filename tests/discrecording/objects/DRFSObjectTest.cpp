@@ -1,7 +1,7 @@
-#include "platform/discrecording/DRFSObject.h"
+#include "platform/discrecording/objects/DRFSObject.h"
 
-#include "platform/discrecording/DRFile.h"
-#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/objects/DRFile.h"
+#include "platform/discrecording/objects/DRFolder.h"
 #include "tests/support/TemporaryTree.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/objects/DRFolder.h"
 
-#include "platform/discrecording/DRFile.h"
+#include "platform/discrecording/objects/DRFile.h"
 #include "tests/support/TemporaryTree.h"
 
 #include <gtest/gtest.h>

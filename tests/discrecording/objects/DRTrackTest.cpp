@@ -1,7 +1,7 @@
-#include "platform/discrecording/DRTrack.h"
+#include "platform/discrecording/objects/DRTrack.h"
 
-#include "platform/discrecording/DRFolder.h"
-#include "platform/discrecording/DRMSF.h"
+#include "platform/discrecording/objects/DRFolder.h"
+#include "platform/discrecording/objects/DRMSF.h"
 
 #include <algorithm>
 #include <array>

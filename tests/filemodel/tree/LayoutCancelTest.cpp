@@ -1,4 +1,4 @@
-#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/objects/DRFolder.h"
 #include "tests/filemodel/tree/LayoutRecorder.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/TemporaryTree.h"

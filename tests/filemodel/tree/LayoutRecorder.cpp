@@ -1,6 +1,6 @@
 #include "tests/filemodel/tree/LayoutRecorder.h"
 
-#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/objects/DRFolder.h"
 #include "platform/foundation/MainThread.h"
 #include "tests/support/EventLoop.h"
 

@@ -1,4 +1,4 @@
-#include "platform/discrecording/DRFolder.h"
+#include "platform/discrecording/objects/DRFolder.h"
 #include <TessaronClasses/DRLayoutCanBeExported.h>
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "platform/discrecording/DRFolder.h"
-#include "platform/discrecording/DRStorageReport.h"
+#include "platform/discrecording/objects/DRFolder.h"
+#include "platform/discrecording/objects/DRStorageReport.h"
 #include "tests/discrecording/burn/TestProducer.h"
 #include "tests/imaging/trackwriter/RecordingDelegate.h"
 #include "tests/support/EventLoop.h"

@@ -8,9 +8,9 @@
 #include <QTemporaryDir>
 
 #include <cstdio>
-#include <platform/discrecording/DRFile.h>
-#include <platform/discrecording/DRFolder.h>
-#include <platform/discrecording/DRTrack.h>
+#include <platform/discrecording/objects/DRFile.h>
+#include <platform/discrecording/objects/DRFolder.h>
+#include <platform/discrecording/objects/DRTrack.h>
 
 using namespace Tessaron;
 

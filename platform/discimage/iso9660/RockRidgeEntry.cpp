@@ -1,0 +1,230 @@
+#include "platform/discimage/iso9660/RockRidgeEntry.h"
+
+#include "platform/discimage/source/DiscImageErrors.h"
+#include "platform/discimage/volume/VolumeTimeFields.h"
+#include "platform/foundation/ByteOrder.h"
+
+#include <bit>
+#include <vector>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr std::size_t entryHeadSize = 4; // signature, length, version
+
+// All of a record's entries together. A name of 255 bytes and a link target of 4096 take less than a tenth of it, and
+// areas that lead to themselves end here.
+constexpr std::size_t maximumContinuation = 65536;
+
+enum ComponentFlag : std::uint8_t { // P1282 4.1.3.1
+    ComponentContinues = 1,
+    ComponentCurrent = 2,
+    ComponentParent = 4,
+    ComponentRoot = 8,
+};
+
+constexpr std::uint16_t signature(char first, char second)
+{
+    return std::uint16_t(std::uint8_t(first) << 8 | std::uint8_t(second));
+}
+
+/// The other place where a record's entries go on (SUSP 5.1).
+struct Continuation {
+    std::uint64_t block = 0;
+    std::uint32_t offset = 0;
+    std::uint32_t length = 0;
+};
+
+class Parser
+{
+public:
+    explicit Parser(RockRidgeEntry *entry)
+        : m_entry(*entry)
+    {
+    }
+
+    /// Reads the entries of one area; false when they are damaged, with the place in the area.
+    bool parse(std::span<const std::uint8_t> area, std::size_t *wrongAt)
+    {
+        m_continuation.reset();
+        // An area may end with a byte of padding.
+        for (std::size_t at = 0; at + entryHeadSize <= area.size();) {
+            const std::size_t size = area[at + 2];
+            *wrongAt = at;
+            if (size == 0 && area[at] == 0)
+                return true; // some writers fill up with zeros
+            if (size < entryHeadSize || size > area.size() - at)
+                return false;
+            const auto use = area.subspan(at, size);
+            if (signature(char(use[0]), char(use[1])) == signature('S', 'T'))
+                return true;
+            if (!parseEntry(use))
+                return false;
+            at += size;
+        }
+        return true;
+    }
+
+    [[nodiscard]] const std::optional<Continuation> &continuation() const { return m_continuation; }
+
+private:
+    bool parseEntry(std::span<const std::uint8_t> use)
+    {
+        switch (signature(char(use[0]), char(use[1]))) {
+        case signature('S', 'P'):
+            m_entry.hasSharingProtocol = use.size() >= 7 && use[4] == 0xBE && use[5] == 0xEF;
+            m_entry.skippedBytes = use.size() >= 7 ? use[6] : 0;
+            return true;
+        case signature('E', 'R'):
+            return parseExtension(use);
+        case signature('R', 'R'):
+            m_entry.isRockRidge = true;
+            return true;
+        case signature('C', 'E'):
+            if (use.size() < 28)
+                return false;
+            m_continuation = {loadLittleEndian<std::uint32_t>(&use[4]), loadLittleEndian<std::uint32_t>(&use[12]),
+                              loadLittleEndian<std::uint32_t>(&use[20])};
+            return true;
+        case signature('P', 'X'):
+            return parseAttributes(use);
+        case signature('T', 'F'):
+            return parseTimes(use);
+        case signature('N', 'M'):
+            return parseName(use);
+        case signature('S', 'L'):
+            return parseLink(use);
+        case signature('C', 'L'):
+            if (use.size() < 12)
+                return false;
+            m_entry.childBlock = loadLittleEndian<std::uint32_t>(&use[4]);
+            return true;
+        case signature('R', 'E'):
+            m_entry.isRelocated = true;
+            return true;
+        default:
+            return true; // of another extension
+        }
+    }
+
+    bool parseExtension(std::span<const std::uint8_t> use)
+    {
+        if (use.size() < 8 || std::size_t(8) + use[4] > use.size())
+            return false;
+        const QByteArrayView identifier(reinterpret_cast<const char *>(use.data()) + 8, use[4]);
+        for (const char *const known : {"RRIP_1991A", "IEEE_P1282", "IEEE_1282"})
+            m_entry.isRockRidge = m_entry.isRockRidge || identifier == QByteArrayView(known);
+        return true;
+    }
+
+    bool parseAttributes(std::span<const std::uint8_t> use)
+    {
+        if (use.size() < 36)
+            return false;
+        m_entry.isRockRidge = true;
+        m_entry.mode = loadLittleEndian<std::uint32_t>(&use[4]);
+        if (use.size() >= 44) // the older text has no serial number
+            m_entry.serialNumber = loadLittleEndian<std::uint32_t>(&use[36]);
+        return true;
+    }
+
+    bool parseTimes(std::span<const std::uint8_t> use)
+    {
+        if (use.size() < 5)
+            return false;
+        constexpr std::uint8_t creation = 1;
+        constexpr std::uint8_t modification = 2;
+        constexpr std::uint8_t longForm = 0x80;
+        const std::uint8_t flags = use[4];
+        const std::size_t size = (flags & longForm) != 0 ? 17 : 7;
+        const auto stamps = std::size_t(std::popcount(std::uint8_t(flags & 0x7F)));
+        if (use.size() < 5 + stamps * size)
+            return false;
+        if ((flags & modification) == 0)
+            return true;
+        const std::uint8_t *const stamp = &use[5] + ((flags & creation) != 0 ? size : 0);
+        m_entry.modified = (flags & longForm) != 0 ? volumeTimeFromDigits(stamp) : volumeTimeFromRecordingDate(stamp);
+        return true;
+    }
+
+    bool parseName(std::span<const std::uint8_t> use)
+    {
+        if (use.size() < 5)
+            return false;
+        m_entry.hasName = true;
+        m_entry.name.append(reinterpret_cast<const char *>(use.data()) + 5, qsizetype(use.size() - 5));
+        return true;
+    }
+
+    bool parseLink(std::span<const std::uint8_t> use)
+    {
+        if (use.size() < 5)
+            return false;
+        m_entry.isLink = true;
+        for (std::size_t at = 5; at < use.size();) {
+            if (at + 2 > use.size() || at + 2 + use[at + 1] > use.size())
+                return false;
+            appendComponent(use[at], use.subspan(at + 2, use[at + 1]));
+            at += std::size_t(2) + use[at + 1];
+        }
+        return true;
+    }
+
+    void appendComponent(std::uint8_t flags, std::span<const std::uint8_t> text)
+    {
+        QByteArray &target = m_entry.linkTarget;
+        if (!m_componentContinues && !target.isEmpty() && !target.endsWith('/'))
+            target += '/';
+        if ((flags & ComponentRoot) != 0)
+            target = "/";
+        else if ((flags & ComponentParent) != 0)
+            target += "..";
+        else if ((flags & ComponentCurrent) != 0)
+            target += '.';
+        else
+            target.append(reinterpret_cast<const char *>(text.data()), qsizetype(text.size()));
+        m_componentContinues = (flags & ComponentContinues) != 0;
+    }
+
+    RockRidgeEntry &m_entry;
+    std::optional<Continuation> m_continuation;
+    bool m_componentContinues = false;
+};
+
+NSError damaged(std::uint64_t offset)
+{
+    return discImageError(DiscImageErrorCode::Damaged, offset, QStringLiteral("A system use entry makes no sense"));
+}
+
+} // namespace
+
+NSError readRockRidgeEntry(const DiscImageSource &source, std::uint32_t blockSize, std::span<const std::uint8_t> area,
+                           std::uint64_t offset, RockRidgeEntry *entry)
+{
+    Parser parser(entry);
+    std::size_t wrongAt = 0;
+    if (!parser.parse(area, &wrongAt))
+        return damaged(offset + wrongAt);
+    std::size_t total = 0;
+    std::vector<std::uint8_t> buffer;
+    while (parser.continuation()) {
+        const Continuation next = *parser.continuation();
+        const std::uint64_t place = next.block * blockSize + next.offset;
+        // An area without bytes leads nowhere, but could lead there forever.
+        total += next.length + entryHeadSize;
+        if (total > maximumContinuation)
+            return discImageError(DiscImageErrorCode::Loop, place,
+                                  QStringLiteral("The continuation areas of a record have no end"));
+        buffer.resize(next.length);
+        if (const NSError error = source.read(place, buffer.data(), buffer.size()))
+            return error;
+        if (!parser.parse(buffer, &wrongAt))
+            return damaged(place + wrongAt);
+    }
+    return {};
+}
+
+} // namespace Tessaron

@@ -1,0 +1,196 @@
+#include "platform/discimage/source/DiscImageSource.h"
+
+#include "platform/discimage/source/DiscImageErrors.h"
+#include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/vant/VANTReader.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr std::uint64_t userDataSize = 2048;
+constexpr std::uint32_t rawSectorSize = 2352;
+
+// ECMA-130 14: a sector of data begins with a sync field of 12 bytes, then come its address and its mode.
+constexpr std::array<std::uint8_t, 12> syncField = {0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0};
+constexpr std::size_t sectorModeOffset = 15;
+
+/// A partition map of more entries is nobody's.
+constexpr std::uint32_t maximumPartitions = 256;
+
+NSError beyondTheEnd(std::uint64_t offset, std::uint64_t length, std::uint64_t imageLength)
+{
+    return discImageError(
+        DiscImageErrorCode::Truncated, offset,
+        QStringLiteral("%1 bytes are needed here, but the image has only %2 bytes").arg(length).arg(imageLength));
+}
+
+QString latinText(const std::uint8_t *from, std::size_t room)
+{
+    const std::size_t length = std::size_t(std::find(from, from + room, 0) - from);
+    return QString::fromLatin1(reinterpret_cast<const char *>(from), qsizetype(length));
+}
+
+} // namespace
+
+DiscImageSourceResult DiscImageSource::sourceWithFile(const QString &path)
+{
+    return open(path, std::nullopt);
+}
+
+DiscImageSourceResult DiscImageSource::sourceWithFile(const QString &path, const DiscImageSectors &sectors)
+{
+    return open(path, sectors);
+}
+
+DiscImageSourceResult DiscImageSource::open(const QString &path, const std::optional<DiscImageSectors> &sectors)
+{
+    std::shared_ptr<DiscImageSource> source(new DiscImageSource);
+    source->m_path = path;
+    // Without O_NONBLOCK, opening a fifo would wait for a writer.
+    source->m_file.reset(
+        ::open(fileSystemRepresentation(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!source->m_file)
+        return {nullptr, NSError::errorWithErrno(errno, path)};
+    struct stat status;
+    if (::fstat(source->m_file.get(), &status) != 0)
+        return {nullptr, NSError::errorWithErrno(errno, path)};
+    if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode))
+        return {nullptr, NSError::errorWithErrno(S_ISDIR(status.st_mode) ? EISDIR : EINVAL, path)};
+    const off_t end = ::lseek(source->m_file.get(), 0, SEEK_END); // a block device states no size
+    if (end < 0)
+        return {nullptr, NSError::errorWithErrno(errno, path)};
+    source->m_fileLength = std::uint64_t(end);
+    source->m_dataLength = source->m_fileLength;
+    source->recogniseTrailer(path);
+    if (sectors)
+        source->m_sectors = *sectors;
+    else
+        source->recogniseSectors();
+    source->measure();
+    source->readPartitionMap();
+    return {std::move(source), {}};
+}
+
+std::shared_ptr<const DiscImageSource> DiscImageSource::sourceWithBytes(const QByteArray &bytes)
+{
+    std::shared_ptr<DiscImageSource> source(new DiscImageSource);
+    source->m_bytes = bytes;
+    source->m_fileLength = std::uint64_t(bytes.size());
+    source->m_dataLength = source->m_fileLength;
+    const VANTReadResult trailer = VANTReader::imageFromBytes(bytes);
+    source->m_vantImage = trailer.image;
+    if (trailer.image)
+        source->m_dataLength = trailer.image->dataLength;
+    source->recogniseSectors();
+    source->measure();
+    source->readPartitionMap();
+    return source;
+}
+
+void DiscImageSource::recogniseTrailer(const QString &path)
+{
+    const VANTReadResult trailer = VANTReader::imageFromFile(path);
+    if (trailer.image) {
+        m_vantImage = trailer.image;
+        m_dataLength = trailer.image->dataLength;
+    } else if (trailer.error.domain() == VANTErrorDomain && trailer.error.code() != qint64(VANTErrorCode::NoTrailer)) {
+        m_vantError = trailer.error;
+    }
+}
+
+void DiscImageSource::recogniseSectors()
+{
+    std::array<std::uint8_t, rawSectorSize + syncField.size()> start;
+    if (m_dataLength < start.size() || readFile(0, start.data(), start.size()))
+        return;
+    const auto isSync = [](const std::uint8_t *at) { return std::equal(syncField.begin(), syncField.end(), at); };
+    if (!isSync(start.data()) || !isSync(start.data() + rawSectorSize))
+        return;
+    m_sectors.size = rawSectorSize;
+    // Mode 2 has a subheader of 8 bytes behind the header in its form 1, the one with 2048 bytes of user data.
+    m_sectors.dataOffset = start[sectorModeOffset] == 2 ? 24 : 16;
+}
+
+void DiscImageSource::measure()
+{
+    const std::uint64_t available = m_dataLength - std::min(m_dataLength, m_sectors.start);
+    m_length = m_sectors.size == userDataSize ? available : available / m_sectors.size * userDataSize;
+}
+
+NSError DiscImageSource::readFile(std::uint64_t offset, void *buffer, std::size_t length) const
+{
+    if (!m_file) {
+        std::memcpy(buffer, m_bytes.constData() + offset, length);
+        return {};
+    }
+    auto *to = static_cast<char *>(buffer);
+    while (length > 0) {
+        const ssize_t got = ::pread(m_file.get(), to, length, off_t(offset));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return NSError::errorWithErrno(errno, m_path);
+        if (got == 0) // it was longer when it was opened
+            return beyondTheEnd(offset, length, offset);
+        to += got;
+        length -= std::size_t(got);
+        offset += std::uint64_t(got);
+    }
+    return {};
+}
+
+NSError DiscImageSource::read(std::uint64_t offset, void *buffer, std::size_t length) const
+{
+    if (!contains(offset, length))
+        return beyondTheEnd(offset, length, m_length);
+    if (length == 0) // nobody need own a buffer for it
+        return {};
+    if (m_sectors.size == userDataSize)
+        return readFile(m_sectors.start + offset, buffer, length);
+    auto *to = static_cast<char *>(buffer);
+    while (length > 0) {
+        const std::uint64_t within = offset % userDataSize;
+        const std::size_t part = std::size_t(std::min<std::uint64_t>(userDataSize - within, length));
+        const std::uint64_t sector = m_sectors.start + offset / userDataSize * m_sectors.size;
+        if (const NSError error = readFile(sector + m_sectors.dataOffset + within, to, part))
+            return error;
+        to += part;
+        length -= part;
+        offset += part;
+    }
+    return {};
+}
+
+void DiscImageSource::readPartitionMap()
+{
+    // The map's blocks are of 512 bytes, on discs made for drives that know no others of 2048.
+    for (const std::uint64_t blockSize : {std::uint64_t(512), std::uint64_t(2048)}) {
+        std::uint32_t count = 1;
+        for (std::uint32_t number = 1; number <= count; ++number) {
+            std::array<std::uint8_t, 80> entry;
+            if (!contains(number * blockSize, entry.size()) || read(number * blockSize, entry.data(), entry.size()))
+                break;
+            if (entry[0] != 'P' || entry[1] != 'M')
+                break;
+            count = std::min(loadBigEndian<std::uint32_t>(&entry[4]), maximumPartitions);
+            m_partitions.push_back({latinText(&entry[16], 32), latinText(&entry[48], 32),
+                                    loadBigEndian<std::uint32_t>(&entry[8]) * blockSize,
+                                    loadBigEndian<std::uint32_t>(&entry[12]) * blockSize});
+        }
+        if (!m_partitions.empty())
+            return;
+    }
+}
+
+} // namespace Tessaron

@@ -1,0 +1,112 @@
+#include "platform/discimage/udf/UdfDescriptors.h"
+
+#include "platform/discimage/iso9660/IsoDescriptors.h"
+#include "platform/discimage/source/DiscImageErrors.h"
+#include "platform/discimage/volume/VolumeTimeFields.h"
+#include "platform/foundation/ByteOrder.h"
+
+#include <array>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr std::size_t tagSize = 16;
+
+constexpr std::array<std::uint16_t, 256> makeTable()
+{
+    std::array<std::uint16_t, 256> table{};
+    for (unsigned int byte = 0; byte < 256; ++byte) {
+        unsigned int value = byte << 8;
+        for (int bit = 0; bit < 8; ++bit)
+            value = (value << 1) ^ ((value & 0x8000u) != 0 ? 0x1021u : 0u);
+        table[byte] = std::uint16_t(value);
+    }
+    return table;
+}
+
+/// The checksum of ECMA-167 3/7.2.6: polynomial x^16 + x^12 + x^5 + 1.
+std::uint16_t checksumOf(std::span<const std::uint8_t> bytes)
+{
+    static constexpr std::array<std::uint16_t, 256> table = makeTable();
+    std::uint16_t value = 0;
+    for (const std::uint8_t byte : bytes)
+        value = std::uint16_t(table[std::size_t(value >> 8) ^ byte] ^ (value << 8));
+    return value;
+}
+
+NSError damaged(std::uint64_t offset, const QString &reason)
+{
+    return discImageError(DiscImageErrorCode::Damaged, offset, reason);
+}
+
+} // namespace
+
+UdfDescriptorKind udfDescriptorKind(std::span<const std::uint8_t> bytes)
+{
+    return UdfDescriptorKind(loadLittleEndian<std::uint16_t>(bytes.data()));
+}
+
+NSError checkUdfDescriptor(std::span<const std::uint8_t> bytes, UdfDescriptorKind kind,
+                           std::optional<std::uint32_t> block, std::uint64_t offset)
+{
+    if (bytes.size() < tagSize)
+        return damaged(offset, QStringLiteral("A descriptor is cut off"));
+    const auto stated = std::uint16_t(udfDescriptorKind(bytes));
+    if (stated != std::uint16_t(kind))
+        return damaged(
+            offset,
+            QStringLiteral("There is a descriptor of kind %1 instead of %2").arg(stated).arg(std::uint16_t(kind)));
+    std::uint8_t sum = 0;
+    for (std::size_t at = 0; at < tagSize; ++at)
+        sum = std::uint8_t(sum + (at == 4 ? 0 : bytes[at]));
+    if (sum != bytes[4])
+        return damaged(offset + 4, QStringLiteral("The checksum of a descriptor's tag is wrong"));
+    const std::size_t covered = loadLittleEndian<std::uint16_t>(&bytes[10]);
+    if (covered > bytes.size() - tagSize)
+        return damaged(offset + 10, QStringLiteral("A checksum covers more than the descriptor"));
+    if (checksumOf(bytes.subspan(tagSize, covered)) != loadLittleEndian<std::uint16_t>(&bytes[8]))
+        return damaged(offset + 8, QStringLiteral("The checksum of a descriptor is wrong"));
+    if (block && loadLittleEndian<std::uint32_t>(&bytes[12]) != *block)
+        return damaged(offset + 12, QStringLiteral("A descriptor says that it belongs elsewhere"));
+    return {};
+}
+
+std::optional<QString> udfText(std::span<const std::uint8_t> recorded)
+{
+    if (recorded.empty())
+        return QString();
+    const auto characters = recorded.subspan(1);
+    if (recorded[0] == 8)
+        return QString::fromLatin1(reinterpret_cast<const char *>(characters.data()), qsizetype(characters.size()));
+    if (recorded[0] == 16 && characters.size() % 2 == 0)
+        return textFromBigEndianUnits(characters.data(), characters.size());
+    return std::nullopt;
+}
+
+QString udfFieldText(std::span<const std::uint8_t> field)
+{
+    const std::size_t length = field.back();
+    return length < field.size() ? udfText(field.first(length)).value_or(QString()) : QString();
+}
+
+std::optional<VolumeTime> udfTime(const std::uint8_t *timestamp)
+{
+    const auto typeAndZone = loadLittleEndian<std::uint16_t>(timestamp);
+    int zone = typeAndZone & 0x0FFF;
+    if (zone >= 0x800)
+        zone -= 0x1000;
+    constexpr int unstatedZone = -2047;
+    std::optional<VolumeTime> time =
+        volumeTimeFromCalendar(std::int16_t(loadLittleEndian<std::uint16_t>(timestamp + 2)), timestamp[4], timestamp[5],
+                               timestamp[6], timestamp[7], timestamp[8], zone == unstatedZone ? 0 : zone);
+    if (!time || timestamp[9] > 99 || timestamp[10] > 99 || timestamp[11] > 99)
+        return std::nullopt;
+    time->nanoseconds = (timestamp[9] * 10'000u + timestamp[10] * 100u + timestamp[11]) * 1'000u;
+    time->granularity = 1'000;
+    return time;
+}
+
+} // namespace Tessaron

@@ -1,0 +1,139 @@
+#include "platform/discrecording/burn/BlockPipeline.h"
+
+#include "platform/discrecording/burn/BurnErrors.h"
+
+#include <new>
+#include <system_error>
+
+namespace Tessaron
+{
+
+BlockPipeline::BlockPipeline(const BlockImage &image, const Options &options, const BurnCancellation &cancellation)
+    : m_image(image)
+    , m_options(options)
+    , m_cancellation(cancellation)
+    , m_blockCount(image.blockCount())
+    , m_slots(options.bufferCount)
+{
+    startReaders();
+}
+
+BlockPipeline::~BlockPipeline()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isStopping = true;
+    }
+    m_canClaim.notify_all();
+    for (std::thread &reader : m_readers)
+        reader.join();
+}
+
+/// One reader is enough to go on with when the system gives no more.
+void BlockPipeline::startReaders()
+{
+    m_readers.reserve(m_options.readerCount);
+    try {
+        for (std::uint32_t started = 0; started < m_options.readerCount; ++started)
+            m_readers.emplace_back([this] { read(); });
+    } catch (const std::system_error &) {
+        if (m_readers.empty())
+            m_startError = burnError(memFullErr,
+                                     QStringLiteral("The system allows no further threads to read files with. "
+                                                    "Close other programs and try again."));
+    }
+}
+
+const BlockPipeline::Piece *BlockPipeline::next(NSError *error)
+{
+    *error = m_startError;
+    if (m_startError)
+        return nullptr;
+    std::unique_lock lock(m_mutex);
+    if (m_isHolding) {
+        m_slots[m_released % m_slots.size()].isReady = false;
+        ++m_released;
+        m_isHolding = false;
+        m_canClaim.notify_one();
+    }
+    Slot &slot = m_slots[m_released % m_slots.size()];
+    const auto isReadyOrOver = [&] { return slot.isReady || (m_released == m_claimed && m_nextBlock >= m_blockCount); };
+    m_isReady.wait(lock, m_cancellation.token(), isReadyOrOver);
+    if (m_cancellation.isRequested())
+        *error = burnCancelledError();
+    else if (slot.isReady)
+        *error = slot.error;
+    m_isHolding = !*error && slot.isReady;
+    return m_isHolding ? &slot.piece : nullptr;
+}
+
+void BlockPipeline::read()
+{
+    std::unique_lock lock(m_mutex);
+    while (Slot *const slot = claim(lock)) {
+        if (!slot->piece.isFileRun && !slot->error) {
+            lock.unlock();
+            fill(*slot);
+            lock.lock();
+        }
+        slot->isReady = true;
+        m_isReady.notify_one();
+    }
+}
+
+BlockPipeline::Slot *BlockPipeline::claim(std::unique_lock<std::mutex> &lock)
+{
+    const auto isOver = [this] { return m_isStopping || m_cancellation.isRequested() || m_nextBlock >= m_blockCount; };
+    m_canClaim.wait(lock, [&] { return isOver() || m_claimed - m_released < m_slots.size(); });
+    if (isOver())
+        return nullptr;
+    Slot &slot = m_slots[m_claimed % m_slots.size()];
+    slot.piece = nextPiece();
+    slot.error = {};
+    if (slot.piece.blockCount == 0 || slot.piece.blockCount > m_blockCount - m_nextBlock) {
+        slot.error =
+            burnError(paramErr, QStringLiteral("The disc image has no valid piece at block %1.").arg(m_nextBlock));
+        m_nextBlock = m_blockCount;
+    } else {
+        m_nextBlock += slot.piece.blockCount;
+    }
+    ++m_claimed;
+    if (m_nextBlock >= m_blockCount)
+        m_canClaim.notify_all(); // nothing is left for the other readers
+    return &slot;
+}
+
+BlockPipeline::Piece BlockPipeline::nextPiece() const
+{
+    ImagePiece piece = m_image.pieceAt(m_nextBlock, m_options.pieceBlocks);
+    const auto isLeft = [this](const ImagePiece &each) {
+        return each.isFileRun && m_options.smallestFileRunLeft > 0 && each.run.length >= m_options.smallestFileRunLeft;
+    };
+    if (piece.isFileRun && m_options.smallestFileRunLeft > 0) {
+        // The whole run at once, so that its file is opened and compared once.
+        const ImagePiece wholeRun = m_image.pieceAt(m_nextBlock, m_blockCount - m_nextBlock);
+        if (isLeft(wholeRun))
+            piece = wholeRun;
+    }
+    return {m_nextBlock, piece.blockCount, isLeft(piece), piece.run, {}};
+}
+
+void BlockPipeline::fill(Slot &slot) const
+{
+    const std::size_t size = std::size_t(slot.piece.blockCount) * logicalBlockSize;
+    try {
+        if (slot.capacity < size) {
+            slot.buffer = std::make_unique_for_overwrite<std::uint8_t[]>(size);
+            slot.capacity = size;
+        }
+        const std::span<std::uint8_t> bytes(slot.buffer.get(), size);
+        slot.error = m_image.fillPiece(slot.piece.at, bytes, m_cancellation.token());
+        slot.piece.bytes = bytes;
+    } catch (const std::bad_alloc &) {
+        slot.error = burnError(memFullErr,
+                               QStringLiteral("There is not enough memory to read the files. "
+                                              "Close other programs and try again."));
+    }
+}
+
+} // namespace Tessaron

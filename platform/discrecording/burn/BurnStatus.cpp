@@ -1,0 +1,115 @@
+#include "platform/discrecording/burn/BurnStatus.h"
+
+#include "platform/discrecording/burn/BurnErrors.h"
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr std::chrono::milliseconds progressInterval(40);
+
+} // namespace
+
+BurnStatus::BurnStatus(std::shared_ptr<DRNotificationCenter> center, std::weak_ptr<DRBurn> burn)
+    : m_center(std::move(center))
+    , m_burn(std::move(burn))
+{
+}
+
+void BurnStatus::enterState(const QString &state)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_isFinal)
+        return;
+    m_status = {{DRStatusStateKey, state}, {DRStatusPercentCompleteKey, 0.0}};
+    post(m_status);
+}
+
+void BurnStatus::setPercentComplete(double percent, Posting posting)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_isFinal)
+        return;
+    m_status.insert(DRStatusPercentCompleteKey, percent);
+    const bool isLastPostPending = m_lastPosted && !m_lastPosted->isDelivered;
+    if (isLastPostPending && m_lastPosted->status.value(DRStatusStateKey) == m_status.value(DRStatusStateKey))
+        m_lastPosted->status = m_status;
+    else if (posting == Posting::Always || std::chrono::steady_clock::now() - m_lastPostTime >= progressInterval)
+        post(m_status);
+}
+
+void BurnStatus::finish(const NSError &error)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_isFinal)
+        return;
+    m_isFinal = true;
+    if (error) {
+        m_status.insert(DRStatusStateKey, DRStatusStateFailed);
+        m_status.insert(DRErrorStatusKey, errorStatusOf(error));
+    } else {
+        m_status = {{DRStatusStateKey, DRStatusStateDone}, {DRStatusPercentCompleteKey, 1.0}};
+    }
+    post(m_status);
+}
+
+QVariantMap BurnStatus::status() const
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_shown && m_showingThread == std::this_thread::get_id())
+        return m_shown->status;
+    return m_status;
+}
+
+/// Called with the mutex held; the centre only schedules.
+void BurnStatus::post(const QVariantMap &status)
+{
+    auto snapshot = std::make_shared<Snapshot>();
+    snapshot->serial = m_lastPosted ? m_lastPosted->serial + 1 : 1;
+    snapshot->status = status;
+    m_lastPosted = snapshot;
+    m_lastPostTime = std::chrono::steady_clock::now();
+    m_center->post(DRBurnStatusChangedNotification, m_burn,
+                   [own = shared_from_this(), snapshot = std::move(snapshot)](const auto &callObservers) {
+                       own->deliver(snapshot, callObservers);
+                   });
+}
+
+void BurnStatus::deliver(const std::shared_ptr<Snapshot> &snapshot, const std::function<void()> &callObservers)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        snapshot->isDelivered = true;
+        if (!m_shown || m_shown->serial < snapshot->serial)
+            m_shown = snapshot;
+        m_showingThread = std::this_thread::get_id();
+        ++m_showingDepth;
+    }
+    callObservers();
+    const std::lock_guard lock(m_mutex);
+    if (--m_showingDepth == 0)
+        m_shown.reset();
+}
+
+void BurnStatus::setTotals(std::uint64_t bytes, std::uint32_t files, std::uint32_t folders)
+{
+    m_bytesTotal = bytes;
+    m_filesTotal = files;
+    m_foldersTotal = folders;
+}
+
+void BurnStatus::addBytesWritten(std::uint64_t bytes)
+{
+    const std::uint64_t written = m_bytesWritten.fetch_add(bytes) + bytes;
+    if (const std::uint64_t total = m_bytesTotal; total > 0)
+        setPercentComplete(double(written) / double(total));
+}
+
+DRBurnAmounts BurnStatus::amounts() const
+{
+    return {m_bytesWritten, m_bytesTotal, m_filesTotal, m_foldersTotal};
+}
+
+} // namespace Tessaron

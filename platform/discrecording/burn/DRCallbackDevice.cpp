@@ -1,0 +1,17 @@
+#include "platform/discrecording/burn/DRCallbackDevice.h"
+
+namespace Tessaron
+{
+
+DRDeviceConsumer::~DRDeviceConsumer() = default;
+
+DRFileDescriptorConsumer::~DRFileDescriptorConsumer() = default;
+
+std::shared_ptr<DRCallbackDevice> DRCallbackDevice::initWithConsumer(DRDeviceConsumer *consumer)
+{
+    if (!consumer)
+        return nullptr;
+    return std::shared_ptr<DRCallbackDevice>(new DRCallbackDevice(consumer));
+}
+
+} // namespace Tessaron

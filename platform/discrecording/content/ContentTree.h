@@ -1,0 +1,164 @@
+#pragma once
+
+#include "platform/coreservices/FSRef.h"
+#include "platform/discrecording/content/ChunkedArray.h"
+#include "platform/discrecording/content/FileContents.h"
+#include "platform/discrecording/content/TextArena.h"
+#include "platform/discrecording/objects/DRFilesystems.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace Tessaron
+{
+
+/// Number of an object in a ContentTree; 0 is the root.
+using NodeIndex = std::uint32_t;
+
+enum class ContentKind : std::uint8_t {
+    Folder,
+    File,
+    SymbolicLink,
+    Fifo,
+    Socket,
+    CharacterDevice,
+    BlockDevice,
+    Absent, ///< left out of the disc; it stays in the tree so that the report can name it
+};
+
+/// A point in time as file systems keep it.
+struct DiscTime {
+    std::int64_t seconds = 0; ///< since 1970, UTC
+    std::uint32_t nanoseconds = 0;
+
+    friend auto operator<=>(const DiscTime &, const DiscTime &) = default;
+};
+
+/// The times that an object gets on the disc.
+struct ObjectTimes {
+    DiscTime modification;
+    DiscTime access;
+    DiscTime attributeModification;
+    DiscTime creation;
+};
+
+/// One object of a disc. A million of these are held at once: members are packed, what few objects have lies in
+/// tables of ContentTree. What is said of the source is as it was when the disc was planned.
+struct ContentNode {
+    enum Flag : std::uint8_t {
+        NameIsChanged = 1, ///< its name on the disc is not its base name; ContentTree::baseName() knows the latter
+        HasDates = 2, ///< dates were set for it
+        HasContentsInMemory = 4,
+        SharesContents = 8, ///< several objects have the same contents
+        NeedsInspection = 16, ///< its source has still to be looked at; only while the tree is built
+        HasUserId = 32, ///< an owner was set for it
+        HasGroupId = 64, ///< a group was set for it
+    };
+
+    const char *name = nullptr; ///< its name on the disc, bytes, not terminated
+    /// File: its length in bytes. Symbolic link: the length of its target. Device: its `st_rdev`. Folder: its number
+    /// among the folders.
+    std::uint64_t size = 0;
+    std::int64_t modificationSeconds = 0;
+    std::int64_t changeSeconds = 0;
+    std::int64_t birthSeconds = 0;
+    std::uint64_t inode = 0;
+    std::uint32_t modificationNanoseconds = 0;
+    std::uint32_t changeNanoseconds = 0;
+    std::uint32_t birthNanoseconds = 0;
+    std::uint32_t sourceNode = 0; ///< FSRef::node of its source; 0 for an object without one
+    NodeIndex parent = 0;
+    /// Folder: its first child, the others follow. File: the file whose contents it shares, mostly itself. Symbolic
+    /// link: the number of its target.
+    std::uint32_t link = 0;
+    /// Folder: how many children. File whose contents are its own: the first block of its extent.
+    std::uint32_t extent = 0;
+    std::uint32_t userId = 0;
+    std::uint32_t groupId = 0;
+    std::uint16_t mode = 0; ///< `st_mode`
+    std::uint16_t device = 0; ///< number of its source's device
+    ContentKind kind = ContentKind::Absent;
+    std::uint8_t nameLength = 0;
+    std::uint8_t masks = 0; ///< low half: the filesystems that hold it; high half: those in which it is hidden
+    std::uint8_t flags = 0;
+
+    [[nodiscard]] std::string_view nameView() const { return {name, nameLength}; }
+    [[nodiscard]] DRFilesystemMask filesystems() const { return masks & 15u; }
+    [[nodiscard]] DRFilesystemMask hiddenIn() const { return masks >> 4u; }
+    [[nodiscard]] bool isFolder() const { return kind == ContentKind::Folder; }
+    [[nodiscard]] bool isFile() const { return kind == ContentKind::File; }
+    [[nodiscard]] bool has(Flag flag) const { return (flags & flag) != 0; }
+    /// A file with blocks of its own on the disc.
+    [[nodiscard]] bool ownsExtent(NodeIndex itself) const { return isFile() && size > 0 && link == itself; }
+};
+static_assert(sizeof(ContentNode) == 96);
+
+/// Dates that were set for an object and take the place of its source's.
+struct ContentDates {
+    NodeIndex node = 0;
+    std::optional<DiscTime> modification;
+    std::optional<DiscTime> access;
+    std::optional<DiscTime> attributeModification;
+    std::optional<DiscTime> creation;
+};
+
+/// What a layout says of an object for the Finder, in the place of what its source says.
+struct ContentFinderFlags {
+    NodeIndex node = 0;
+    std::optional<std::uint16_t> flags;
+    bool hidesExtension = false;
+};
+
+/// What a disc is to hold, flat: the objects of a layout and of the real folders in it. Children of a folder are
+/// neighbours, ordered by the bytes of their names, so that the order in which a folder lists its files does not
+/// matter. Parents come before their children. Made by ContentTreeBuilder, constant afterwards but for the extents.
+class ContentTree
+{
+public:
+    ChunkedArray<ContentNode> nodes;
+    std::uint32_t folderCount = 0; ///< folders in the tree, the root and absent ones counted
+    DiscTime volumeTime; ///< when the volume was made; also the time of objects without source
+    std::optional<std::int64_t> latestTime; ///< no object gets a later time; set for reproducible images
+
+    TextArena texts;
+    std::vector<std::uint64_t> devices; ///< `st_dev` by number
+    std::vector<std::string_view> linkTargets;
+    std::vector<ContentDates> dates; ///< ordered by node
+    std::vector<ContentFinderFlags> finderFlags; ///< ordered by node
+    std::vector<std::pair<NodeIndex, QByteArray>> contentsInMemory; ///< ordered by node
+    std::vector<std::pair<NodeIndex, std::string_view>> changedNames; ///< base names, ordered by node
+    std::vector<std::pair<NodeIndex, std::uint32_t>>
+        sharerCounts; ///< how many share a file's contents, ordered by node
+
+    /// The name that the layout gives the object.
+    [[nodiscard]] std::string_view baseName(NodeIndex node) const;
+    /// The name that it has on the disc.
+    [[nodiscard]] QString discName(NodeIndex node) const;
+    /// Path from the root by base names, beginning with "/".
+    [[nodiscard]] QByteArray discPath(NodeIndex node) const;
+    /// The reference of the object's source; the zero reference when it has none.
+    [[nodiscard]] FSRef sourceRef(NodeIndex node) const;
+    [[nodiscard]] FileContents fileContents(NodeIndex node) const;
+    /// The contents of a file that are no file on disk; empty for others.
+    [[nodiscard]] QByteArray memoryContents(NodeIndex node) const;
+    [[nodiscard]] std::string_view linkTarget(NodeIndex node) const { return linkTargets[nodes[node].link]; }
+    /// How many objects share the contents of this one, itself counted.
+    [[nodiscard]] std::uint32_t sharerCount(NodeIndex node) const;
+    /// True when both have the same permissions, owner and times, so that they may be one object with two names.
+    [[nodiscard]] bool haveSameAttributes(NodeIndex one, NodeIndex other) const;
+
+    /// The times on the disc. The access time is the modification time unless one was set: merely reading a tree
+    /// changes its files' own. In a reproducible image so are the times of creation and of the last attribute change,
+    /// which no copy of a tree keeps. An object is never created after its last modification, unless dates were set so.
+    [[nodiscard]] ObjectTimes times(NodeIndex node) const;
+
+private:
+    [[nodiscard]] DiscTime noLaterThanAllowed(DiscTime time) const;
+};
+
+} // namespace Tessaron

@@ -1,0 +1,338 @@
+#include "platform/discrecording/content/ContentTreeBuilder.h"
+
+#include "platform/coreservices/FSCatalog.h"
+#include "platform/coreservices/FSRefAccess.h"
+#include "platform/discrecording/content/SourceInspector.h"
+#include "platform/discrecording/content/UsableBaseNames.h"
+#include "platform/discrecording/objects/DRFile.h"
+#include "platform/discrecording/objects/DRFolder.h"
+
+#include <QDateTime>
+#include <QVariant>
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <unordered_set>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr std::uint32_t foldersPerCheck = 64;
+constexpr std::uint32_t listingBatchSize = 256;
+
+std::string_view view(QByteArrayView bytes)
+{
+    return {bytes.data(), static_cast<std::size_t>(bytes.size())};
+}
+
+std::optional<DiscTime> dateProperty(const DRFSObject &object, const QString &key)
+{
+    const QDateTime date = object.propertyForKey(key, DRISO9660).toDateTime();
+    if (!date.isValid())
+        return std::nullopt;
+    const qint64 milliseconds = date.toMSecsSinceEpoch();
+    const qint64 part = ((milliseconds % 1000) + 1000) % 1000;
+    return DiscTime{(milliseconds - part) / 1000, static_cast<std::uint32_t>(part * 1'000'000)};
+}
+
+} // namespace
+
+ContentTreeBuilder::ContentTreeBuilder(const PlanProgress &progress, DiscTime volumeTime,
+                                       std::optional<std::int64_t> latestTime, unsigned int threadCount)
+    : m_progress(progress)
+    , m_threadCount(std::max(threadCount, 1u))
+    , m_readsEverything(::geteuid() == 0)
+    , m_tree(std::make_unique<ContentTree>())
+{
+    m_tree->volumeTime = volumeTime;
+    m_tree->latestTime = latestTime;
+}
+
+std::unique_ptr<ContentTree> ContentTreeBuilder::build(const DRFolder &root, StorageIssues &issues)
+{
+    addRoot(root);
+    for (std::uint32_t count = 0; !m_pending.empty(); ++count) {
+        if (count % foldersPerCheck == 0 && m_progress.isCancelled())
+            return nullptr;
+        const PendingFolder next = m_pending.front();
+        m_pending.pop_front();
+        if (next.virtualFolder)
+            addVirtualChildren(next.node, *next.virtualFolder);
+        else
+            addListedChildren(next.node, issues);
+    }
+    m_progress.tell(0.15);
+    numberFolders();
+    if (!inspect(issues))
+        return nullptr;
+    findSharedContents(*m_tree);
+    m_progress.tell(0.6);
+    return std::move(m_tree);
+}
+
+void ContentTreeBuilder::addRoot(const DRFolder &root)
+{
+    Candidate candidate;
+    candidate.baseName = nameOf(root);
+    candidate.name = candidate.baseName;
+    // A root's name is the volume's: any text will do, but it is kept where names are.
+    if (candidate.name.size() > longestBaseName)
+        candidate.name = m_tree->texts.store(usableBaseName(candidate.name));
+    candidate.object = &root;
+    candidate.mask = root.effectiveFilesystemMask();
+    addObject(0, candidate);
+}
+
+std::string_view ContentTreeBuilder::nameOf(const DRFSObject &object)
+{
+    const std::string_view sourceName = view(nameOfFSRef(object.sourceRef()));
+    if (!object.hasExplicitBaseName())
+        return sourceName;
+    const QByteArray given = object.baseNameBytes();
+    const std::string_view name = view(given);
+    return name == sourceName ? sourceName : m_tree->texts.store(name);
+}
+
+void ContentTreeBuilder::addVirtualChildren(NodeIndex parent, const DRFolder &folder)
+{
+    const auto &children = folder.children();
+    std::vector<Candidate> candidates;
+    candidates.reserve(children.size());
+    const DRFilesystemMask inherited = folder.effectiveFilesystemMask();
+    for (const auto &child : children) {
+        Candidate candidate;
+        candidate.baseName = nameOf(*child);
+        candidate.name = candidate.baseName;
+        candidate.object = child.get();
+        candidate.mask = child->explicitFilesystemMask() ? child->explicitFilesystemMask() : inherited;
+        candidate.order = static_cast<std::uint32_t>(candidates.size());
+        candidates.push_back(candidate);
+    }
+    makeNamesUsable(candidates);
+    m_tree->nodes[parent].link = m_tree->nodes.size();
+    m_tree->nodes[parent].extent = static_cast<std::uint32_t>(candidates.size());
+    for (const Candidate &candidate : candidates)
+        addObject(parent, candidate);
+}
+
+/// Orders the candidates by name and gives another name to those whose own cannot be a file's or was taken, in a
+/// filesystem that both are in, by a sibling before them.
+void ContentTreeBuilder::makeNamesUsable(std::vector<Candidate> &candidates)
+{
+    for (Candidate &candidate : candidates) {
+        if (!isUsableBaseName(candidate.name))
+            candidate.name = m_tree->texts.store(usableBaseName(candidate.name));
+    }
+    const auto precedes = [](const Candidate &one, const Candidate &other) {
+        return one.name != other.name ? one.name < other.name : one.order < other.order;
+    };
+    std::sort(candidates.begin(), candidates.end(), precedes);
+    const auto haveOneName = [](const Candidate &one, const Candidate &other) { return one.name == other.name; };
+    if (std::adjacent_find(candidates.begin(), candidates.end(), haveOneName) == candidates.end())
+        return;
+
+    std::unordered_set<std::string_view> taken;
+    for (const Candidate &candidate : candidates)
+        taken.insert(candidate.name);
+    std::string_view previous;
+    DRFilesystemMask previousMask = 0;
+    unsigned int number = 0;
+    for (Candidate &candidate : candidates) {
+        if (&candidate == &candidates.front() || candidate.name != previous) {
+            previous = candidate.name;
+            previousMask = candidate.mask;
+            number = 0;
+        } else if ((candidate.mask & previousMask) == 0) {
+            previousMask |= candidate.mask;
+        } else {
+            std::string name;
+            do
+                name = numberedBaseName(previous, ++number);
+            while (taken.contains(name));
+            candidate.name = m_tree->texts.store(name);
+            taken.insert(candidate.name);
+        }
+    }
+    std::sort(candidates.begin(), candidates.end(), precedes);
+}
+
+void ContentTreeBuilder::addObject(NodeIndex parent, const Candidate &candidate)
+{
+    const NodeIndex node = m_tree->nodes.size();
+    const DRFSObject &object = *candidate.object;
+    ContentNode content;
+    content.name = candidate.name.data();
+    content.nameLength = static_cast<std::uint8_t>(candidate.name.size());
+    content.parent = parent;
+    content.kind = object.isFolder() ? ContentKind::Folder : ContentKind::File;
+    content.link = object.isFolder() ? 0 : node;
+    content.masks = static_cast<std::uint8_t>(candidate.mask & DRFilesystemInclusionMaskAll);
+    content.mode = object.isFolder() ? S_IFDIR | 0755 : S_IFREG | 0644;
+    if (candidate.name != candidate.baseName) {
+        content.flags |= ContentNode::NameIsChanged;
+        m_tree->changedNames.emplace_back(node, candidate.baseName);
+    }
+    if (object.sourceRef().node != 0)
+        setSource(content, object.sourceRef());
+    if (!object.isFolder() && object.isVirtual()) {
+        const QByteArray contents = static_cast<const DRFile &>(object).virtualContents();
+        content.size = static_cast<std::uint64_t>(contents.size());
+        content.flags |= ContentNode::HasContentsInMemory;
+        m_tree->contentsInMemory.emplace_back(node, contents);
+    }
+    applyProperties(node, content, object);
+    m_tree->nodes.append(content);
+    if (!object.isFolder())
+        return;
+    m_pending.push_back({node, object.isVirtual() ? static_cast<const DRFolder *>(&object) : nullptr});
+}
+
+void ContentTreeBuilder::setSource(ContentNode &content, const FSRef &ref)
+{
+    content.sourceNode = ref.node;
+    content.inode = ref.inode;
+    content.birthSeconds = ref.birthSeconds;
+    content.birthNanoseconds = ref.birthNanoseconds;
+    content.device = deviceNumber(m_tree->devices, ref.device);
+    content.flags |= ContentNode::NeedsInspection;
+}
+
+void ContentTreeBuilder::applyProperties(NodeIndex node, ContentNode &content, const DRFSObject &object)
+{
+    if (object.propertiesForFilesystem(DRISO9660).isEmpty() && object.propertiesForFilesystem(DRJoliet).isEmpty()
+        && object.propertiesForFilesystem(DRUDF).isEmpty() && object.propertiesForFilesystem(DRHFSPlus).isEmpty())
+        return;
+    constexpr DRFilesystem filesystems[] = {DRISO9660, DRJoliet, DRUDF, DRHFSPlus};
+    for (std::size_t index = 0; index < std::size(filesystems); ++index) {
+        if (object.propertyForKey(DRInvisible, filesystems[index]).toBool())
+            content.masks = static_cast<std::uint8_t>(content.masks | (0x10u << index));
+    }
+    if (const QVariant mode = object.propertyForKey(DRPosixFileMode, DRISO9660); mode.isValid())
+        m_modes.emplace_back(node, static_cast<std::uint16_t>(mode.toUInt() & 07777u));
+    if (const QVariant user = object.propertyForKey(DRPosixUID, DRISO9660); user.isValid())
+        m_users.emplace_back(node, user.toUInt());
+    if (const QVariant group = object.propertyForKey(DRPosixGID, DRISO9660); group.isValid())
+        m_groups.emplace_back(node, group.toUInt());
+
+    ContentDates dates{node, dateProperty(object, DRContentModificationDate), dateProperty(object, DRAccessDate),
+                       dateProperty(object, DRAttributeModificationDate), dateProperty(object, DRCreationDate)};
+    if (dates.modification || dates.access || dates.attributeModification || dates.creation) {
+        content.flags |= ContentNode::HasDates;
+        m_tree->dates.push_back(dates);
+    }
+    ContentFinderFlags finder{node, std::nullopt, object.propertyForKey(DRMacFinderHideExtension, DRHFSPlus).toBool()};
+    if (const QVariant flags = object.propertyForKey(DRMacFinderFlags, DRHFSPlus); flags.isValid())
+        finder.flags = static_cast<std::uint16_t>(flags.toInt());
+    if (finder.flags || finder.hidesExtension)
+        m_tree->finderFlags.push_back(finder);
+}
+
+OSStatus ContentTreeBuilder::listFolder(const FSRef &ref, std::vector<ContentNode> &children)
+{
+    OSStatus status = noErr;
+    const std::shared_ptr<FSIterator> iterator = FSOpenIterator(ref, &status);
+    std::vector<FSBulkEntry> batch(listingBatchSize);
+    while (iterator && status == noErr) {
+        std::uint32_t actual = 0;
+        status = FSGetCatalogInfoBulk(*iterator, listingBatchSize, &actual,
+                                      kFSCatInfoDataSizes | kFSCatInfoDates | kFSCatInfoPermissions, batch.data());
+        for (std::uint32_t index = 0; index < actual; ++index) {
+            const FSBulkEntry &entry = batch[index];
+            ContentNode content;
+            content.name = nameOfFSRef(entry.ref).data();
+            // Only file systems in user space have longer names; what is over is cut.
+            content.nameLength =
+                static_cast<std::uint8_t>(std::min<std::size_t>(view(nameOfFSRef(entry.ref)).size(), longestBaseName));
+            setSource(content, entry.ref);
+            if (takeCatalogInfo(content, entry.info, m_readsEverything))
+                content.flags &= static_cast<std::uint8_t>(~ContentNode::NeedsInspection);
+            children.push_back(content);
+        }
+        if (m_progress.isCancelled())
+            return noErr;
+    }
+    return status == errFSNoMoreItems ? OSStatus{noErr} : status;
+}
+
+void ContentTreeBuilder::addListedChildren(NodeIndex parent, StorageIssues &issues)
+{
+    std::vector<ContentNode> children;
+    if (const OSStatus status = listFolder(m_tree->sourceRef(parent), children); status != noErr) {
+        m_tree->nodes[parent].kind = ContentKind::Absent;
+        const StorageReason reason = status == fnfErr ? StorageReason::Vanished : StorageReason::FolderNotReadable;
+        issues.push_back({parent, DRDiscTree::ISO9660, DRStorageReportItem::Kind::Refused, reason, false});
+        return;
+    }
+    std::sort(children.begin(), children.end(),
+              [](const ContentNode &one, const ContentNode &other) { return one.nameView() < other.nameView(); });
+    m_tree->nodes[parent].link = m_tree->nodes.size();
+    m_tree->nodes[parent].extent = static_cast<std::uint32_t>(children.size());
+    for (ContentNode &content : children) {
+        const NodeIndex node = m_tree->nodes.size();
+        content.parent = parent;
+        content.masks = m_tree->nodes[parent].masks & 15u;
+        content.link = content.isFolder() ? 0 : node;
+        noteLongName(node, content);
+        m_tree->nodes.append(content);
+        if (content.isFolder())
+            m_pending.push_back({node, nullptr});
+    }
+}
+
+void ContentTreeBuilder::noteLongName(NodeIndex node, ContentNode &content)
+{
+    FSRef place;
+    place.node = content.sourceNode;
+    const std::string_view name = view(nameOfFSRef(place));
+    if (name.size() == content.nameLength)
+        return;
+    content.flags |= ContentNode::NameIsChanged;
+    m_tree->changedNames.emplace_back(node, name);
+}
+
+void ContentTreeBuilder::numberFolders()
+{
+    for (NodeIndex node = 0; node < m_tree->nodes.size(); ++node) {
+        if (m_tree->nodes[node].isFolder())
+            m_tree->nodes[node].size = m_tree->folderCount++;
+    }
+}
+
+bool ContentTreeBuilder::inspect(StorageIssues &issues)
+{
+    if (!inspectSources(*m_tree, m_progress, m_threadCount, issues))
+        return false;
+    // Set values are stronger than the sources', so they come last; the type of the object is never theirs to set.
+    for (const auto &[node, mode] : m_modes)
+        m_tree->nodes[node].mode = static_cast<std::uint16_t>((m_tree->nodes[node].mode & S_IFMT) | mode);
+    for (const auto &[node, user] : m_users) {
+        m_tree->nodes[node].userId = user;
+        m_tree->nodes[node].flags |= ContentNode::HasUserId;
+    }
+    for (const auto &[node, group] : m_groups) {
+        m_tree->nodes[node].groupId = group;
+        m_tree->nodes[node].flags |= ContentNode::HasGroupId;
+    }
+    return true;
+}
+
+void completeFilesystemMasks(ContentTree &tree, DRFilesystemMask *contentMask)
+{
+    *contentMask = 0;
+    for (NodeIndex node = tree.nodes.size(); node-- > 1;) {
+        ContentNode &content = tree.nodes[node];
+        if (content.kind == ContentKind::Absent)
+            continue;
+        *contentMask |= content.filesystems();
+        ContentNode &parent = tree.nodes[content.parent];
+        parent.masks = static_cast<std::uint8_t>(parent.masks | content.filesystems());
+    }
+}
+
+} // namespace Tessaron

@@ -1,0 +1,301 @@
+#include "platform/discrecording/content/SourceInspector.h"
+
+#include "platform/coreservices/FSCatalog.h"
+#include "platform/coreservices/FSRefAccess.h"
+#include "platform/discrecording/content/SourceFolder.h"
+#include "platform/discrecording/content/WorkerFailures.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <fcntl.h>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <system_error>
+#include <thread>
+#include <unistd.h>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+ContentKind kindOf(std::uint32_t mode)
+{
+    switch (mode & S_IFMT) {
+    case S_IFDIR:
+        return ContentKind::Folder;
+    case S_IFLNK:
+        return ContentKind::SymbolicLink;
+    case S_IFIFO:
+        return ContentKind::Fifo;
+    case S_IFSOCK:
+        return ContentKind::Socket;
+    case S_IFCHR:
+        return ContentKind::CharacterDevice;
+    case S_IFBLK:
+        return ContentKind::BlockDevice;
+    default:
+        return ContentKind::File;
+    }
+}
+
+bool isDevice(ContentKind kind)
+{
+    return kind == ContentKind::CharacterDevice || kind == ContentKind::BlockDevice;
+}
+
+/// True when the permissions alone say that everybody may read.
+bool isReadableByAll(std::uint32_t mode, bool isFolder)
+{
+    const std::uint32_t wanted = isFolder ? 0555u : 0444u;
+    return (mode & wanted) == wanted;
+}
+
+/// What one thread found that does not fit into the nodes themselves.
+struct Findings {
+    StorageIssues issues;
+    std::vector<std::pair<NodeIndex, QByteArray>> linkTargets;
+};
+
+/// Looks at sources one after another. Each thread has one; they share the tree, of which each works on nodes of its
+/// own.
+class Inspector
+{
+public:
+    Inspector(ContentTree &tree, std::mutex &devicesMutex)
+        : m_tree(tree)
+        , m_devicesMutex(devicesMutex)
+        , m_readsEverything(::geteuid() == 0)
+    {
+    }
+
+    void inspect(NodeIndex node)
+    {
+        ContentNode &content = m_tree.nodes[node];
+        content.flags &= static_cast<std::uint8_t>(~ContentNode::NeedsInspection);
+        const FSRef ref = placeOf(content);
+        struct statx status;
+        if (lookUp(ref, content.device, &status) != 0) {
+            leaveOut(node, StorageReason::Vanished);
+            return;
+        }
+        const ContentKind kind = kindOf(status.stx_mode);
+        if (content.isFolder() != (kind == ContentKind::Folder)) {
+            leaveOut(node, content.isFolder() ? StorageReason::Vanished : StorageReason::BecameFolder);
+            return;
+        }
+        take(content, status);
+        if (kind == ContentKind::SymbolicLink)
+            readLink(node, ref);
+        else if (!isReadable(content, ref, status.stx_mode))
+            leaveOut(node, content.isFolder() ? StorageReason::FolderNotReadable : StorageReason::FileNotReadable);
+    }
+
+    Findings findings;
+
+private:
+    /// The place of the source: the device is left out, since other threads may be adding to the table of devices.
+    static FSRef placeOf(const ContentNode &content)
+    {
+        FSRef ref;
+        ref.inode = content.inode;
+        ref.birthSeconds = content.birthSeconds;
+        ref.birthNanoseconds = content.birthNanoseconds;
+        ref.node = content.sourceNode;
+        return ref;
+    }
+
+    /// `errno` value; finds a file that was renamed meanwhile when the system knows where it went.
+    int lookUp(FSRef ref, std::uint16_t device, struct statx *status)
+    {
+        constexpr unsigned int mask = STATX_BASIC_STATS | STATX_BTIME;
+        const int folder = m_folder.descriptorFor(ref);
+        const QByteArrayView name = nameOfFSRef(ref);
+        std::array<char, NAME_MAX + 1> terminated;
+        if (folder >= 0 && name.size() <= NAME_MAX) {
+            *std::copy(name.begin(), name.end(), terminated.begin()) = '\0';
+            if (::statx(folder, terminated.data(), AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC, mask,
+                        status)
+                == 0)
+                return 0;
+        }
+        const int error = statFSRef(ref, mask, status);
+        if (error != ENOENT && error != ENOTDIR)
+            return error;
+        {
+            const std::scoped_lock lock(m_devicesMutex);
+            ref.device = m_tree.devices[device];
+        }
+        return FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr) == noErr ? statFSRef(ref, mask, status) : error;
+    }
+
+    void take(ContentNode &content, const struct statx &status)
+    {
+        if (!content.isFolder())
+            content.kind = kindOf(status.stx_mode);
+        if (content.kind == ContentKind::File)
+            content.size = status.stx_size;
+        else if (isDevice(content.kind))
+            content.size = makedev(status.stx_rdev_major, status.stx_rdev_minor);
+        content.modificationSeconds = status.stx_mtime.tv_sec;
+        content.modificationNanoseconds = status.stx_mtime.tv_nsec;
+        content.changeSeconds = status.stx_ctime.tv_sec;
+        content.changeNanoseconds = status.stx_ctime.tv_nsec;
+        if (status.stx_ino != content.inode) {
+            // Another file has taken the place since the layout was made, as editors do when they save: it is meant.
+            content.inode = status.stx_ino;
+            const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;
+            content.birthSeconds = hasBirth ? status.stx_btime.tv_sec : 0;
+            content.birthNanoseconds = hasBirth ? status.stx_btime.tv_nsec : 0;
+        }
+        content.mode = static_cast<std::uint16_t>(status.stx_mode);
+        content.userId = status.stx_uid;
+        content.groupId = status.stx_gid;
+        const std::uint64_t device = makedev(status.stx_dev_major, status.stx_dev_minor);
+        if (content.device == m_deviceNumber && device == m_device)
+            return;
+        const std::scoped_lock lock(m_devicesMutex);
+        content.device = deviceNumber(m_tree.devices, device);
+        m_deviceNumber = content.device;
+        m_device = device;
+    }
+
+    bool isReadable(const ContentNode &content, const FSRef &ref, std::uint32_t mode)
+    {
+        const bool hasContents = content.isFolder() ? content.extent == 0 : content.isFile() && content.size > 0;
+        if (!hasContents || m_readsEverything || isReadableByAll(mode, content.isFolder()))
+            return true;
+        const int wanted = content.isFolder() ? R_OK | X_OK : R_OK;
+        const int folder = m_folder.descriptorFor(ref);
+        const QByteArray path = folder >= 0 ? nameOfFSRef(ref).toByteArray() : lastKnownPath(ref);
+        return ::faccessat(folder >= 0 ? folder : AT_FDCWD, path.constData(), wanted, AT_EACCESS) == 0;
+    }
+
+    void readLink(NodeIndex node, const FSRef &ref)
+    {
+        QByteArray target;
+        if (readLinkTarget(ref, &target) != 0) {
+            leaveOut(node, StorageReason::LinkNotReadable);
+            return;
+        }
+        m_tree.nodes[node].size = static_cast<std::uint64_t>(target.size());
+        findings.linkTargets.emplace_back(node, target);
+    }
+
+    void leaveOut(NodeIndex node, StorageReason reason)
+    {
+        ContentNode &content = m_tree.nodes[node];
+        if (content.isFolder() && content.extent > 0) {
+            // What the layout puts into the folder is still there; only its times and permissions are not known.
+            content.sourceNode = 0;
+            return;
+        }
+        content.kind = ContentKind::Absent;
+        findings.issues.push_back({node, DRDiscTree::ISO9660, DRStorageReportItem::Kind::Refused, reason, false});
+    }
+
+    ContentTree &m_tree;
+    std::mutex &m_devicesMutex; ///< guards ContentTree::devices
+    const bool m_readsEverything;
+    SourceFolder m_folder;
+    std::uint64_t m_device = UINT64_MAX; ///< the device met last, and its number
+    std::uint16_t m_deviceNumber = 0;
+};
+
+/// Puts what the threads found into the tree, in its order, so that the result does not depend on their timing.
+void merge(ContentTree &tree, std::vector<Inspector> &inspectors, StorageIssues &issues)
+{
+    std::vector<std::pair<NodeIndex, QByteArray>> targets;
+    for (Inspector &inspector : inspectors) {
+        issues.insert(issues.end(), inspector.findings.issues.begin(), inspector.findings.issues.end());
+        targets.insert(targets.end(), inspector.findings.linkTargets.begin(), inspector.findings.linkTargets.end());
+    }
+    std::stable_sort(issues.begin(), issues.end(),
+                     [](const StorageIssue &one, const StorageIssue &other) { return one.node < other.node; });
+    std::sort(targets.begin(), targets.end(),
+              [](const auto &one, const auto &other) { return one.first < other.first; });
+    for (const auto &[node, target] : targets) {
+        tree.nodes[node].link = static_cast<std::uint32_t>(tree.linkTargets.size());
+        tree.linkTargets.push_back(tree.texts.store({target.constData(), static_cast<std::size_t>(target.size())}));
+    }
+}
+
+} // namespace
+
+std::uint16_t deviceNumber(std::vector<std::uint64_t> &devices, std::uint64_t device)
+{
+    // The last one is nearly always it; there are few besides.
+    if (!devices.empty() && devices.back() == device)
+        return static_cast<std::uint16_t>(devices.size() - 1);
+    const auto number = static_cast<std::size_t>(std::find(devices.begin(), devices.end(), device) - devices.begin());
+    if (number == devices.size() && number <= UINT16_MAX)
+        devices.push_back(device);
+    return static_cast<std::uint16_t>(std::min<std::size_t>(number, UINT16_MAX));
+}
+
+bool takeCatalogInfo(ContentNode &content, const FSCatalogInfo &info, bool readsEverything)
+{
+    content.kind = kindOf(info.mode);
+    content.size = content.isFile() ? info.dataLogicalSize : isDevice(content.kind) ? info.deviceNumber : 0;
+    content.modificationSeconds = info.contentModDate.tv_sec;
+    content.modificationNanoseconds = static_cast<std::uint32_t>(info.contentModDate.tv_nsec);
+    content.changeSeconds = info.attributeModDate.tv_sec;
+    content.changeNanoseconds = static_cast<std::uint32_t>(info.attributeModDate.tv_nsec);
+    content.mode = static_cast<std::uint16_t>(info.mode);
+    content.userId = info.userId;
+    content.groupId = info.groupId;
+    const bool needsRead = content.isFile() && content.size > 0;
+    return content.kind != ContentKind::SymbolicLink
+        && (!needsRead || readsEverything || isReadableByAll(info.mode, false));
+}
+
+bool inspectSources(ContentTree &tree, const PlanProgress &progress, unsigned int threadCount, StorageIssues &issues)
+{
+    constexpr std::uint32_t nodesPerTurn = 512;
+    const std::uint32_t count = tree.nodes.size();
+    const unsigned int workers = std::min(threadCount, 1 + count / (4 * nodesPerTurn));
+    std::mutex devicesMutex;
+    std::vector<Inspector> inspectors;
+    inspectors.reserve(workers);
+    for (unsigned int worker = 0; worker < workers; ++worker)
+        inspectors.emplace_back(tree, devicesMutex);
+
+    std::atomic<std::uint32_t> next = 0;
+    const auto work = [&](Inspector &inspector, bool tells) {
+        for (;;) {
+            const std::uint32_t begin = next.fetch_add(nodesPerTurn);
+            if (begin >= count || progress.isCancelled())
+                return;
+            for (NodeIndex node = begin; node < std::min(begin + nodesPerTurn, count); ++node) {
+                if (tree.nodes[node].has(ContentNode::NeedsInspection))
+                    inspector.inspect(node);
+            }
+            if (tells)
+                progress.tell(0.15 + 0.4 * begin / count);
+        }
+    };
+    WorkerFailures failures;
+    {
+        std::vector<std::jthread> threads;
+        try {
+            for (unsigned int worker = 1; worker < workers; ++worker)
+                threads.emplace_back([&, worker] { failures.run([&] { work(inspectors[worker], false); }); });
+        } catch (const std::system_error &) {
+            // The system has no more threads to give: fewer of them do the same.
+        }
+        failures.run([&] { work(inspectors[0], true); });
+    }
+    failures.rethrow();
+    if (progress.isCancelled())
+        return false;
+    merge(tree, inspectors, issues);
+    return true;
+}
+
+} // namespace Tessaron

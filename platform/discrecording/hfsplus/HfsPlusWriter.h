@@ -1,0 +1,71 @@
+#pragma once
+
+#include "platform/discrecording/hfsplus/BTree.h"
+#include "platform/discrecording/hfsplus/HfsPlusBlockUse.h"
+#include "platform/discrecording/hfsplus/HfsPlusCatalog.h"
+#include "platform/discrecording/hfsplus/HfsPlusForks.h"
+#include "platform/discrecording/hfsplus/HfsPlusTree.h"
+#include "platform/discrecording/hfsplus/HfsPlusVolumeHeader.h"
+#include "platform/discrecording/hfsplus/HfsWrapper.h"
+#include "platform/discrecording/image/FilesystemWriter.h"
+
+#include <memory>
+
+namespace Tessaron
+{
+
+/// Writes an HFS+ volume over nearly the whole image, and two ways to it: an Apple partition map, and a wrapper for who
+/// reads the image from its first byte (docs/hfsplus.md). The volume accounts for the blocks of the other writers, so
+/// it must be told to place after them.
+class HfsPlusWriter final : public FilesystemWriter
+{
+public:
+    HfsPlusWriter(std::shared_ptr<const ContentTree> tree, HfsWrapperReaders wrapperReaders);
+
+    [[nodiscard]] bool prepare(const PlanProgress &progress, StorageIssues &issues) override;
+    [[nodiscard]] std::vector<NamedTree> trees() const override;
+    void fillDescriptor(std::uint32_t, std::span<std::uint8_t>) const override { }
+    void placeFixed(ImageLayout &layout) override;
+    void place(ImageLayout &layout) override;
+    void placeLast(ImageLayout &layout, std::uint64_t padding) override;
+    void didPlaceFiles(std::uint32_t imageBlocks) override;
+    void fillRegion(std::uint32_t tag, std::uint32_t firstBlock, std::span<std::uint8_t> out) const override;
+    [[nodiscard]] NSError produceRegion(std::uint32_t tag, std::uint32_t firstBlock,
+                                        std::span<std::uint8_t> out) const override;
+
+private:
+    enum Region : std::uint32_t {
+        SystemArea, ///< of the image: partition map, wrapper and volume header
+        Catalog,
+        LinkTargets,
+        ResourceForks,
+        Extents,
+        Allocation,
+        Filler, ///< makes the volume whole units of its wrapper
+        LastVolumeBlock,
+        LastImageBlock,
+    };
+
+    /// The blocks of the layout that are not the volume's.
+    [[nodiscard]] std::vector<BlockRun> foreignRuns(const ImageLayout &layout) const;
+    /// Takes blocks up to the end of the volume.
+    void placeEnd(ImageLayout &layout, std::uint64_t unit);
+    void storeWrapper(std::uint8_t *to) const;
+    void fillSystemArea(std::uint32_t firstBlock, std::span<std::uint8_t> out) const;
+    [[nodiscard]] std::uint64_t volumeId() const;
+
+    const std::shared_ptr<const ContentTree> m_content;
+    HfsPlusTree m_tree;
+    HfsPlusForks m_forks;
+    HfsPlusCatalog m_catalogRecords;
+    BTree m_catalog;
+    HfsPlusBlockUse m_blockUse;
+    BTree m_extents;
+    HfsPlusVolumeFacts m_facts;
+    std::vector<BlockRun> m_fillers;
+    const HfsWrapperReaders m_wrapperReaders;
+    std::uint64_t m_wrapperUnit = 1; ///< blocks
+    std::uint32_t m_imageBlocks = 0;
+};
+
+} // namespace Tessaron

@@ -1,0 +1,189 @@
+#include "platform/discrecording/iso9660/DirectoryHierarchy.h"
+
+#include "platform/discrecording/image/ImageLayout.h"
+#include "platform/discrecording/iso9660/DirectoryRecords.h"
+#include "platform/discrecording/iso9660/IsoDateFields.h"
+#include "platform/discrecording/iso9660/RockRidge.h"
+
+#include <algorithm>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr std::uint32_t foldersPerCheck = 64;
+constexpr std::uint32_t childrenPerCheck = 4096;
+
+// What plain ECMA-119 allows (6.8.2.1).
+constexpr std::uint32_t deepestLevel = 8;
+constexpr std::uint32_t longestPath = 255;
+
+using Kind = DRStorageReportItem::Kind;
+
+} // namespace
+
+DirectoryHierarchy::DirectoryHierarchy(std::shared_ptr<const ContentTree> tree, const HierarchyTraits &traits)
+    : m_tree(tree)
+    , m_traits(traits)
+    , m_names(std::make_shared<HierarchyNames>(std::move(tree), traits.coding, traits.level))
+{
+}
+
+bool DirectoryHierarchy::holds(const ContentNode &content) const
+{
+    if (content.kind == ContentKind::Absent || (content.filesystems() & m_traits.filesystem) == 0)
+        return false;
+    return content.isFolder() || content.isFile() || m_traits.hasRockRidge;
+}
+
+bool DirectoryHierarchy::prepare(const PlanProgress &progress, StorageIssues &issues)
+{
+    m_numberOfFolder.resize(m_tree->folderCount);
+    m_order.resize(m_tree->nodes.size());
+    m_folders.push_back({});
+    m_paths.push_back({});
+    SiblingNames siblings;
+    std::uint32_t unchecked = 0;
+    for (std::uint32_t number = 0; number < m_folders.size(); ++number) {
+        if (number % foldersPerCheck == 0 || unchecked > childrenPerCheck) {
+            unchecked = 0;
+            if (progress.isCancelled())
+                return false;
+        }
+        collectChildren(number, siblings, issues);
+        m_names->tellApart(siblings);
+        storeOrder(number, siblings);
+        measure(number, siblings);
+        reportChildren(number, siblings, issues);
+        unchecked += m_folders[number].childCount;
+    }
+    m_names->finish();
+    m_paths = {};
+    m_folders.shrink_to_fit();
+    return true;
+}
+
+void DirectoryHierarchy::collectChildren(std::uint32_t number, SiblingNames &siblings, StorageIssues &issues)
+{
+    const ContentNode &folder = m_tree->nodes[m_folders[number].node];
+    siblings.clear();
+    RecordedName name;
+    for (NodeIndex node = folder.link; node < folder.link + folder.extent; ++node) {
+        const ContentNode &content = m_tree->nodes[node];
+        if (holds(content)) {
+            const bool isChanged = m_names->ruledName(node, &name);
+            siblings.add(node, name.view(), isChanged);
+        } else if (content.kind != ContentKind::Absent && (content.filesystems() & m_traits.filesystem) != 0) {
+            issues.push_back({node, m_traits.tree, Kind::Refused, StorageReason::KindNotStorable, false});
+        }
+    }
+}
+
+void DirectoryHierarchy::storeOrder(std::uint32_t number, const SiblingNames &siblings)
+{
+    const NodeIndex first = m_tree->nodes[m_folders[number].node].link;
+    const PathMeasure path = m_paths[number];
+    m_folders[number].childCount = static_cast<std::uint32_t>(siblings.entries().size());
+    std::uint32_t position = first;
+    for (const SiblingNames::Entry &entry : siblings.entries()) {
+        m_order[position++] = entry.node;
+        const ContentNode &content = m_tree->nodes[entry.node];
+        if (!content.isFolder())
+            continue;
+        ++m_folders[number].subfolderCount;
+        m_numberOfFolder[content.size] = static_cast<std::uint32_t>(m_folders.size());
+        HierarchyFolder folder;
+        folder.node = entry.node;
+        folder.parent = number;
+        m_folders.push_back(folder);
+        m_paths.push_back({path.depth + 1, path.length + entry.size + 1});
+    }
+}
+
+void DirectoryHierarchy::placeContinuation(NodeIndex node, std::size_t size)
+{
+    // An area lies within one block; one that needs more begins a block (SystemUse).
+    if (m_continuationEnd + size > logicalBlockSize) {
+        ++m_continuationBlocks;
+        m_continuationEnd = 0;
+    }
+    m_continuations.push_back({node, m_continuationBlocks - 1, m_continuationEnd});
+    const std::uint64_t further = blocksForBytes(m_continuationEnd + size) - 1;
+    m_continuationBlocks += static_cast<std::uint32_t>(further);
+    m_continuationEnd += static_cast<std::uint32_t>(size - further * logicalBlockSize);
+}
+
+void DirectoryHierarchy::measure(std::uint32_t number, const SiblingNames &siblings)
+{
+    HierarchyFolder &folder = m_folders[number];
+    folder.firstBlock = static_cast<std::uint32_t>(m_directoryBlocks);
+    folder.firstContinued = static_cast<std::uint32_t>(m_continuations.size());
+    folder.firstRestart = static_cast<std::uint32_t>(m_restarts.size());
+    m_continuationBlocks = 0;
+    m_continuationEnd = logicalBlockSize;
+    DirectoryRecords records(*this, siblings);
+    records.begin(folder);
+    std::uint64_t used = 0;
+    while (records.next()) {
+        const std::size_t size = records.record().size();
+        // A record never crosses from one block into the next (ECMA-119 6.8.1.1).
+        if (used % logicalBlockSize + size > logicalBlockSize)
+            used = blocksForBytes(used) * logicalBlockSize;
+        const std::uint64_t block = used / logicalBlockSize;
+        if (used % logicalBlockSize == 0 && block > 0 && block % blocksPerRestart == 0)
+            m_restarts.push_back(records.place());
+        used += size;
+        if (records.isFirstSection() && !records.continuation().empty())
+            placeContinuation(records.node() == folder.node ? 0 : records.node(), records.continuation().size());
+    }
+    folder.blockCount = static_cast<std::uint32_t>(blocksForBytes(used));
+    // A reader that goes through the image once, as libarchive does, finds an area only right behind the directory, and
+    // it must have the names of subfolders before it comes to them.
+    for (std::size_t area = folder.firstContinued; area < m_continuations.size(); ++area)
+        m_continuations[area].block += folder.firstBlock + folder.blockCount;
+    m_directoryBlocks += folder.blockCount + m_continuationBlocks;
+    m_hasOversizedDirectory |= used > UINT32_MAX;
+}
+
+void DirectoryHierarchy::reportChildren(std::uint32_t number, const SiblingNames &siblings, StorageIssues &issues) const
+{
+    const bool isIso = m_traits.tree == DRDiscTree::ISO9660;
+    const PathMeasure path = m_paths[number];
+    std::uint32_t longestChild = 0;
+    for (const SiblingNames::Entry &entry : siblings.entries()) {
+        const ContentNode &content = m_tree->nodes[entry.node];
+        const bool isChangedOnDisc = content.has(ContentNode::NameIsChanged);
+        const StorageReason reason = isChangedOnDisc ? StorageReason::NameChangedOnDisc : StorageReason::NameNotAllowed;
+        if (entry.isChanged)
+            issues.push_back({entry.node, m_traits.tree, Kind::Renamed, reason, false});
+        const ObjectTimes times = m_tree->times(entry.node);
+        if (!fitsRecordingDate(times.modification)
+            || (m_traits.hasRockRidge && !fitsRecordingDate(times.attributeModification)))
+            issues.push_back({entry.node, m_traits.tree, Kind::Altered, StorageReason::TimeOutOfRange, false});
+        if (m_traits.hasRockRidge) {
+            if (isChangedOnDisc)
+                issues.push_back({entry.node, DRDiscTree::RockRidge, Kind::Renamed, reason, false});
+            if (!content.isFile() && !content.isFolder())
+                issues.push_back({entry.node, m_traits.tree, Kind::Refused, StorageReason::KindNotStorable, false});
+            if (content.kind == ContentKind::SymbolicLink
+                && recordedLinkTarget(m_tree->linkTarget(entry.node)) != m_tree->linkTarget(entry.node))
+                issues.push_back(
+                    {entry.node, DRDiscTree::RockRidge, Kind::Altered, StorageReason::LinkTargetSimplified, false});
+        }
+        if (!content.isFolder()) {
+            const auto suffix = m_names->suffix(siblings.nameOf(entry), false).size();
+            longestChild = std::max(longestChild, entry.size + static_cast<std::uint32_t>(suffix));
+        }
+    }
+    if (!isIso)
+        return;
+    const NodeIndex node = m_folders[number].node;
+    if (path.depth > deepestLevel)
+        issues.push_back({node, m_traits.tree, Kind::Altered, StorageReason::DepthBeyondStandard, false});
+    else if (path.length + longestChild > longestPath)
+        issues.push_back({node, m_traits.tree, Kind::Altered, StorageReason::PathBeyondStandard, false});
+}
+
+} // namespace Tessaron

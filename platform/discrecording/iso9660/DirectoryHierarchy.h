@@ -1,0 +1,132 @@
+#pragma once
+
+#include "platform/discrecording/content/ContentTree.h"
+#include "platform/discrecording/content/PlanProgress.h"
+#include "platform/discrecording/content/StorageIssue.h"
+#include "platform/discrecording/iso9660/HierarchyNames.h"
+#include "platform/discrecording/iso9660/SystemUse.h"
+#include "platform/discrecording/objects/DRStorageReport.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace Tessaron
+{
+
+/// What kind of directory hierarchy is made.
+struct HierarchyTraits {
+    DRDiscTree tree = DRDiscTree::ISO9660;
+    DRFilesystemMask filesystem = DRFilesystemInclusionMaskISO9660;
+    NameCoding coding = NameCoding::Iso9660;
+    Iso9660Level level = Iso9660Level::Two;
+    bool hasRockRidge = false;
+};
+
+/// A folder of a hierarchy.
+struct HierarchyFolder {
+    NodeIndex node = 0;
+    std::uint32_t parent = 0; ///< number in the hierarchy
+    std::uint32_t firstBlock = 0; ///< of its directory, counted from the first directory's
+    std::uint32_t blockCount = 0; ///< of its directory; the continuation areas of its records follow at once
+    std::uint32_t childCount = 0;
+    std::uint32_t subfolderCount = 0;
+    std::uint32_t firstContinued = 0; ///< number of the first continuation area of its records
+    std::uint32_t firstRestart = 0;
+};
+
+/// Where in a folder's sequence of records a block begins, so that a block in the middle of a huge directory can be
+/// made without making those before it.
+struct DirectoryRestart {
+    std::uint32_t position = 0; ///< which child
+    std::uint32_t section = 0; ///< which of its file sections
+    std::uint32_t continued = 0; ///< number of the continuation area that comes next
+};
+
+/// A continuation area of a directory record.
+struct HierarchyContinuation {
+    NodeIndex node = 0; ///< whose record; 0 for the "." of the root
+    std::uint32_t block = 0; ///< counted like HierarchyFolder::firstBlock
+    std::uint32_t offset = 0;
+};
+
+/// Bytes that one directory record can say of a file (ECMA-119 9.1.4), whole blocks: longer files take several.
+inline constexpr std::uint64_t fileSectionSize = 0xFFFFF800;
+
+/// How many directory records a file of this length takes.
+[[nodiscard]] constexpr std::uint64_t fileSectionCount(std::uint64_t size)
+{
+    return size <= fileSectionSize ? 1 : (size + fileSectionSize - 1) / fileSectionSize;
+}
+
+/// One hierarchy of directories (ECMA-119 6.8): which objects it holds, under which names, in which order, and how
+/// much room its directories take. Folders are ordered as the path table wants them. Constant after prepare().
+class DirectoryHierarchy
+{
+public:
+    /// A restart for each so many blocks of a directory.
+    static constexpr std::uint32_t blocksPerRestart = 256;
+
+    DirectoryHierarchy(std::shared_ptr<const ContentTree> tree, const HierarchyTraits &traits);
+
+    /// False when cancelled.
+    [[nodiscard]] bool prepare(const PlanProgress &progress, StorageIssues &issues);
+
+    [[nodiscard]] const ContentTree &tree() const { return *m_tree; }
+    [[nodiscard]] std::shared_ptr<const ContentTree> sharedTree() const { return m_tree; }
+    [[nodiscard]] const HierarchyTraits &traits() const { return m_traits; }
+    [[nodiscard]] const HierarchyNames &names() const { return *m_names; }
+    [[nodiscard]] std::shared_ptr<const HierarchyNames> sharedNames() const { return m_names; }
+
+    /// Folders by number, 0 the root.
+    [[nodiscard]] const std::vector<HierarchyFolder> &folders() const { return m_folders; }
+    [[nodiscard]] const HierarchyFolder &folderOf(NodeIndex node) const
+    {
+        return m_folders[m_numberOfFolder[m_tree->nodes[node].size]];
+    }
+    /// The `position`-th child of a folder in the order of its records.
+    [[nodiscard]] NodeIndex child(const HierarchyFolder &folder, std::uint32_t position) const
+    {
+        return m_order[m_tree->nodes[folder.node].link + position];
+    }
+    [[nodiscard]] const std::vector<DirectoryRestart> &restarts() const { return m_restarts; }
+    [[nodiscard]] const std::vector<HierarchyContinuation> &continuations() const { return m_continuations; }
+
+    /// Blocks of all directories and their continuation areas.
+    [[nodiscard]] std::uint64_t directoryBlocks() const { return m_directoryBlocks; }
+
+    /// True when a directory is longer than its 32-bit length can say; the hierarchy is of no use then.
+    [[nodiscard]] bool hasOversizedDirectory() const { return m_hasOversizedDirectory; }
+
+    /// True when the object has a record in the hierarchy.
+    [[nodiscard]] bool holds(const ContentNode &content) const;
+
+private:
+    void collectChildren(std::uint32_t number, SiblingNames &siblings, StorageIssues &issues);
+    void storeOrder(std::uint32_t number, const SiblingNames &siblings);
+    void measure(std::uint32_t number, const SiblingNames &siblings);
+    void reportChildren(std::uint32_t number, const SiblingNames &siblings, StorageIssues &issues) const;
+    void placeContinuation(NodeIndex node, std::size_t size);
+
+    const std::shared_ptr<const ContentTree> m_tree;
+    const HierarchyTraits m_traits;
+    const std::shared_ptr<HierarchyNames> m_names;
+    std::vector<HierarchyFolder> m_folders;
+    std::vector<std::uint32_t> m_numberOfFolder; ///< by the tree's number of the folder
+    std::vector<NodeIndex> m_order; ///< children of each folder in a row, where the tree has them
+    std::vector<DirectoryRestart> m_restarts;
+    std::vector<HierarchyContinuation> m_continuations;
+    std::uint64_t m_directoryBlocks = 0;
+    bool m_hasOversizedDirectory = false;
+    // While a folder is measured: continuation blocks of its own, and used bytes of the last one.
+    std::uint32_t m_continuationBlocks = 0;
+    std::uint32_t m_continuationEnd = logicalBlockSize;
+    /// While folders are made: depth and length of the path to each (ECMA-119 6.8.2.1).
+    struct PathMeasure {
+        std::uint32_t depth = 1;
+        std::uint32_t length = 0;
+    };
+    std::vector<PathMeasure> m_paths;
+};
+
+} // namespace Tessaron

@@ -1,0 +1,226 @@
+#include "platform/discrecording/iso9660/RockRidge.h"
+
+#include "platform/discrecording/iso9660/IsoDateFields.h"
+#include "platform/foundation/ByteOrder.h"
+
+#include <algorithm>
+#include <sys/sysmacros.h>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr std::string_view referenceIdentifier = "IEEE_P1282";
+constexpr std::string_view referenceDescriptor =
+    "THE IEEE P1282 PROTOCOL PROVIDES SUPPORT FOR POSIX FILE SYSTEM SEMANTICS";
+constexpr std::string_view referenceSource =
+    "PLEASE CONTACT THE IEEE STANDARDS DEPARTMENT, PISCATAWAY, NJ, USA FOR THE P1282 SPECIFICATION";
+
+/// Bytes of a name or of link components that one entry can carry after its flags.
+constexpr std::size_t entryCapacity = SystemUse::longestEntry - 5;
+
+// Flags of NM and SL entries and of the components of SL (IEEE P1282 4.1.3.1, 4.1.4).
+constexpr std::uint8_t continues = 1;
+constexpr std::uint8_t componentCurrent = 2;
+constexpr std::uint8_t componentParent = 4;
+constexpr std::uint8_t componentRoot = 8;
+
+// Which times a TF entry holds (4.1.6).
+constexpr std::uint8_t modificationAccessAndAttributes = 0x0E;
+
+void storeBothEndian(std::uint8_t *to, std::uint32_t value)
+{
+    storeLittleEndian<std::uint32_t>(to, value);
+    storeBigEndian<std::uint32_t>(to + 4, value);
+}
+
+std::span<const std::uint8_t> bytesOf(std::string_view text)
+{
+    return {reinterpret_cast<const std::uint8_t *>(text.data()), text.size()};
+}
+
+/// Collects the components of a link target into SL entries. Where one entry ends and more components follow, the entry
+/// ends within a component, if need be an empty part of it: the texts allow other ends, too, but a widespread reader
+/// (libarchive 3.6) forgets the slash there.
+class LinkEntries
+{
+public:
+    explicit LinkEntries(SystemUse &use)
+        : m_use(use)
+    {
+    }
+
+    /// A component with a meaning of its own, without text.
+    void addSpecial(std::uint8_t flags, bool isLast)
+    {
+        if (partSize + following(isLast) > room())
+            endWithPart({});
+        append(flags, {});
+    }
+
+    void addName(std::string_view name, bool isLast)
+    {
+        while (partSize + name.size() + following(isLast) > room()) {
+            // What remains for the next entry is a byte at least.
+            const std::string_view part = name.substr(0, std::min(room() - partSize, name.size() - 1));
+            endWithPart(part);
+            name.remove_prefix(part.size());
+        }
+        append(0, name);
+    }
+
+    void finish() { flush(0); }
+
+private:
+    static constexpr std::size_t partSize = 2; ///< bytes of a component without its text
+
+    /// Room that has to stay so that the entry can end within the next component.
+    static std::size_t following(bool isLast) { return isLast ? 0 : partSize; }
+    [[nodiscard]] std::size_t room() const { return entryCapacity - m_size; }
+
+    void endWithPart(std::string_view part)
+    {
+        append(continues, part);
+        flush(continues);
+    }
+
+    void append(std::uint8_t flags, std::string_view name)
+    {
+        m_components[m_size] = flags;
+        m_components[m_size + 1] = static_cast<std::uint8_t>(name.size());
+        std::copy(name.begin(), name.end(), m_components.begin() + static_cast<std::ptrdiff_t>(m_size + partSize));
+        m_size += partSize + name.size();
+    }
+
+    void flush(std::uint8_t flags)
+    {
+        m_use.addBytes("SL", flags, {m_components.data(), m_size});
+        m_size = 0;
+    }
+
+    SystemUse &m_use;
+    std::array<std::uint8_t, entryCapacity> m_components{};
+    std::size_t m_size = 0;
+};
+
+/// Calls `visit` for each component of the target; the root is an empty one.
+template <typename Visit>
+void forEachComponent(std::string_view target, const Visit &visit)
+{
+    if (target.starts_with('/'))
+        visit(std::string_view());
+    std::size_t at = 0;
+    while (at < target.size()) {
+        const std::size_t slash = std::min(target.find('/', at), target.size());
+        if (slash > at)
+            visit(target.substr(at, slash - at));
+        at = slash + 1;
+    }
+    // A slash at the end asks for a folder; so does ".".
+    const bool isRootAlone = target.find_first_not_of('/') == target.npos;
+    if (target.ends_with('/') && !isRootAlone)
+        visit(std::string_view("."));
+}
+
+void addLinkTarget(SystemUse &use, std::string_view target)
+{
+    std::size_t count = 0;
+    forEachComponent(target, [&](std::string_view) { ++count; });
+    LinkEntries entries(use);
+    forEachComponent(target, [&](std::string_view component) {
+        const bool isLast = --count == 0;
+        if (component.empty())
+            entries.addSpecial(componentRoot, isLast);
+        else if (component == ".")
+            entries.addSpecial(componentCurrent, isLast);
+        else if (component == "..")
+            entries.addSpecial(componentParent, isLast);
+        else
+            entries.addName(component, isLast);
+    });
+    entries.finish();
+}
+
+void storeDeviceNumber(std::span<std::uint8_t> pn, std::uint64_t device)
+{
+    // The low half holds the whole number where it is what systems agree on; else Linux wants major and minor apart.
+    const unsigned int major = gnu_dev_major(device);
+    const unsigned int minor = gnu_dev_minor(device);
+    const bool isCommon = major < 0x1000 && minor < 0x100;
+    storeBothEndian(pn.data(), isCommon ? 0 : major);
+    storeBothEndian(pn.data() + 8, isCommon ? major << 8 | minor : minor);
+}
+
+} // namespace
+
+void addRockRidgeAttributes(SystemUse &use, const ContentTree &tree, NodeIndex node, const RockRidgeFacts *facts)
+{
+    const ContentNode &content = tree.nodes[node];
+    const bool isDevice = content.kind == ContentKind::CharacterDevice || content.kind == ContentKind::BlockDevice;
+    const std::span<std::uint8_t> px = use.add("PX", 44);
+    if (facts) {
+        storeBothEndian(px.data(), content.mode);
+        storeBothEndian(px.data() + 8, facts->linkCount);
+        storeBothEndian(px.data() + 16, content.userId);
+        storeBothEndian(px.data() + 24, content.groupId);
+        storeBothEndian(px.data() + 32, facts->serialNumber);
+    }
+    if (isDevice)
+        storeDeviceNumber(use.add("PN", 20), content.size);
+    const std::span<std::uint8_t> tf = use.add("TF", 5 + 3 * recordingDateSize);
+    if (!facts)
+        return;
+    const ObjectTimes times = tree.times(node);
+    tf[0] = modificationAccessAndAttributes;
+    storeRecordingDate(tf.data() + 1, times.modification);
+    storeRecordingDate(tf.data() + 1 + recordingDateSize, times.access);
+    storeRecordingDate(tf.data() + 1 + 2 * recordingDateSize, times.attributeModification);
+}
+
+void addRockRidgeName(SystemUse &use, const ContentTree &tree, NodeIndex node)
+{
+    std::string_view name = tree.nodes[node].nameView();
+    while (name.size() > entryCapacity) {
+        use.addBytes("NM", continues, bytesOf(name.substr(0, entryCapacity)));
+        name.remove_prefix(entryCapacity);
+    }
+    use.addBytes("NM", 0, bytesOf(name));
+    if (tree.nodes[node].kind == ContentKind::SymbolicLink)
+        addLinkTarget(use, tree.linkTarget(node));
+}
+
+void addSharingProtocolIndicator(SystemUse &use)
+{
+    const std::span<std::uint8_t> sp = use.add("SP", 7);
+    sp[0] = 0xBE;
+    sp[1] = 0xEF;
+    sp[2] = 0; // no bytes before the entries in other records
+}
+
+void addRockRidgeReference(SystemUse &use)
+{
+    const std::span<std::uint8_t> er =
+        use.add("ER", 8 + referenceIdentifier.size() + referenceDescriptor.size() + referenceSource.size());
+    er[0] = static_cast<std::uint8_t>(referenceIdentifier.size());
+    er[1] = static_cast<std::uint8_t>(referenceDescriptor.size());
+    er[2] = static_cast<std::uint8_t>(referenceSource.size());
+    er[3] = 1;
+    auto to = std::copy(referenceIdentifier.begin(), referenceIdentifier.end(), er.begin() + 4);
+    to = std::copy(referenceDescriptor.begin(), referenceDescriptor.end(), to);
+    std::copy(referenceSource.begin(), referenceSource.end(), to);
+}
+
+std::string recordedLinkTarget(std::string_view target)
+{
+    std::string result;
+    forEachComponent(target, [&](std::string_view component) {
+        if (!result.empty() && !result.ends_with('/'))
+            result += '/';
+        result += component.empty() ? std::string_view("/") : component;
+    });
+    return result;
+}
+
+} // namespace Tessaron

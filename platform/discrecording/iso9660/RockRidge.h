@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/discrecording/content/ContentTree.h"
+#include "platform/discrecording/iso9660/SystemUse.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace Tessaron
+{
+
+/// What of an object Rock Ridge says that is not in the object itself.
+struct RockRidgeFacts {
+    std::uint32_t linkCount = 1;
+    std::uint32_t serialNumber = 0; ///< the same for all names of one file, never 0
+};
+
+/// Adds permissions, links, owner and serial number (PX, IEEE P1282 4.1.1), the device number (PN, 4.1.2) and the times
+/// (TF, 4.1.6): what each record has, "." and ".." included.
+/// Without `facts` the entries have their true sizes and nothing else.
+void addRockRidgeAttributes(SystemUse &use, const ContentTree &tree, NodeIndex node, const RockRidgeFacts *facts);
+
+/// Adds the object's name (NM, 4.1.4), in several entries where one is too short, and the target of a symbolic link
+/// (SL, 4.1.3).
+void addRockRidgeName(SystemUse &use, const ContentTree &tree, NodeIndex node);
+
+/// Adds what the "." record of the root begins with: SP (SUSP 5.3) …
+void addSharingProtocolIndicator(SystemUse &use);
+/// … and what tells that Rock Ridge is there: ER (SUSP 5.5), as IEEE P1282 4.3 words it.
+void addRockRidgeReference(SystemUse &use);
+
+/// The target that a reader makes of the recorded one: slashes in a row are one, "." stands for one at the end.
+[[nodiscard]] std::string recordedLinkTarget(std::string_view target);
+
+} // namespace Tessaron

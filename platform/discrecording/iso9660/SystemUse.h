@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/discrecording/image/BlockImage.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace Tessaron
+{
+
+/// Where in an image a continuation area begins.
+struct ContinuationPlace {
+    std::uint64_t block = 0;
+    std::uint32_t offset = 0; ///< bytes within the block
+};
+
+/// The System Use entries of one directory record (SUSP 1.12): first collected, then divided into what the record
+/// itself holds and what goes into a continuation area. Kept by its user from record to record, so that it allocates
+/// memory seldom.
+class SystemUse
+{
+public:
+    /// Bytes of a CE entry (SUSP 5.1).
+    static constexpr std::size_t continuationEntrySize = 28;
+    /// Longest entry: its length is one byte.
+    static constexpr std::size_t longestEntry = 255;
+
+    /// Forgets all entries.
+    void clear();
+    /// Adds an entry with signature, length and version set, and returns the zeroed rest of it to fill. `size` is that
+    /// of the whole entry. Valid until the next call.
+    std::span<std::uint8_t> add(std::string_view signature, std::size_t size);
+    /// Adds an alternate name or link entry that belongs to a chain: the same for entries with a flags byte.
+    void addBytes(std::string_view signature, std::uint8_t flags, std::span<const std::uint8_t> bytes);
+
+    /// Divides the entries: `room` bytes are there in the record. An entry is never parted.
+    void divide(std::size_t room);
+
+    /// What goes into the record; complete after setContinuationPlace() when there is a continuation.
+    [[nodiscard]] std::span<const std::uint8_t> inRecord() const { return {m_record.data(), m_recordSize}; }
+    /// What goes into the continuation area. An area of more than a block begins a block and is chained from block to
+    /// block.
+    [[nodiscard]] std::span<const std::uint8_t> continuation() const { return m_continuation; }
+    /// Tells where the continuation area begins, which the entries that lead to it say.
+    void setContinuationPlace(const ContinuationPlace &place);
+
+private:
+    struct Entry {
+        std::uint32_t start = 0;
+        std::uint32_t size = 0;
+    };
+    /// Divides the entries from `first` on into areas of at most a block each.
+    void continueFrom(std::size_t first);
+
+    std::vector<std::uint8_t> m_bytes; ///< all entries
+    std::vector<Entry> m_entries;
+    std::array<std::uint8_t, longestEntry> m_record{};
+    std::size_t m_recordSize = 0;
+    std::vector<std::uint8_t> m_continuation;
+    std::vector<std::uint32_t> m_areaSizes; ///< of the areas in m_continuation; each but the last fills a block with it
+};
+
+} // namespace Tessaron

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/discrecording/content/StorageIssue.h"
+#include "platform/discrecording/image/FilesystemWriter.h"
+#include "platform/discrecording/objects/DRStorageReport.h"
+
+#include <array>
+#include <memory>
+#include <vector>
+
+namespace Tessaron
+{
+
+/// The report of a planned image: eight bytes for each item, everything else is made when an item is asked for. Keeps
+/// the tree and the names of the plan alive, but nothing of the image.
+class PlanReport final : public DRStorageReport
+{
+public:
+    /// Puts the issues into the order of the tree and finds out which objects are lost.
+    PlanReport(std::shared_ptr<const ContentTree> tree, std::vector<NamedTree> trees, StorageIssues issues);
+
+    [[nodiscard]] std::size_t count() const override { return m_issues.size(); }
+    [[nodiscard]] DRStorageReportItem item(std::size_t index) const override;
+    [[nodiscard]] std::size_t lostCount() const override { return m_lostCount; }
+    [[nodiscard]] std::size_t count(DRDiscTree tree, DRStorageReportItem::Kind kind) const override;
+
+private:
+    static constexpr std::size_t treeCount = 5;
+    static constexpr std::size_t kindCount = 3;
+
+    /// True when no tree holds the object of these issues, which are all it has, under its own name.
+    [[nodiscard]] bool isLost(StorageIssues::const_iterator first, StorageIssues::const_iterator last) const;
+
+    const std::shared_ptr<const ContentTree> m_tree;
+    const std::vector<NamedTree> m_trees;
+    StorageIssues m_issues;
+    std::array<std::array<std::size_t, kindCount>, treeCount> m_counts{};
+    std::size_t m_lostCount = 0;
+};
+
+} // namespace Tessaron

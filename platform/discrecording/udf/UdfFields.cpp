@@ -1,0 +1,114 @@
+#include "platform/discrecording/udf/UdfFields.h"
+
+#include "platform/discrecording/udf/UdfCompressedText.h"
+#include "platform/foundation/ByteOrder.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr std::int64_t secondsPerDay = 86400;
+
+constexpr std::int64_t startOfYear(int year)
+{
+    using namespace std::chrono;
+    return sys_days(std::chrono::year(year) / January / 1).time_since_epoch().count() * secondsPerDay;
+}
+
+constexpr std::int64_t firstSecond = startOfYear(1);
+constexpr std::int64_t lastSecond = startOfYear(10000) - 1;
+
+/// Local time as opposed to one of unknown zone (ECMA-167 1/7.3.1), with a zone of 0 minutes beside it.
+constexpr std::uint16_t localTimeOfZoneZero = 1u << 12;
+
+/// UNIX, generic (UDF 6.3): the class of the system and the system.
+constexpr std::uint8_t systemClass = 4;
+constexpr std::uint8_t systemNumber = 0;
+
+} // namespace
+
+bool fitsUdfTimestamp(DiscTime time)
+{
+    return time.seconds >= firstSecond && time.seconds <= lastSecond;
+}
+
+void storeUdfTimestamp(std::uint8_t *to, DiscTime time)
+{
+    using namespace std::chrono;
+    const sys_seconds second{seconds(std::clamp(time.seconds, firstSecond, lastSecond))};
+    const sys_days day = floor<days>(second);
+    const year_month_day date{day};
+    const hh_mm_ss clock{second - day};
+    storeLittleEndian<std::uint16_t>(to, localTimeOfZoneZero);
+    storeLittleEndian<std::uint16_t>(to + 2, static_cast<std::uint16_t>(static_cast<int>(date.year())));
+    to[4] = static_cast<std::uint8_t>(static_cast<unsigned int>(date.month()));
+    to[5] = static_cast<std::uint8_t>(static_cast<unsigned int>(date.day()));
+    to[6] = static_cast<std::uint8_t>(clock.hours().count());
+    to[7] = static_cast<std::uint8_t>(clock.minutes().count());
+    to[8] = static_cast<std::uint8_t>(clock.seconds().count());
+    const std::uint32_t microseconds = time.nanoseconds / 1000;
+    to[9] = static_cast<std::uint8_t>(microseconds / 10'000);
+    to[10] = static_cast<std::uint8_t>(microseconds / 100 % 100);
+    to[11] = static_cast<std::uint8_t>(microseconds % 100);
+}
+
+void storeUdfCharacterSet(std::uint8_t *to)
+{
+    constexpr std::string_view name = "OSTA Compressed Unicode";
+    std::copy(name.begin(), name.end(), to + 1);
+}
+
+void storeUdfText(std::span<std::uint8_t> field, std::u16string_view text)
+{
+    UdfCompressedText name;
+    name.assign(text, field.size() - 2);
+    if (text.empty())
+        return;
+    const std::string_view bytes = name.view();
+    std::copy(bytes.begin(), bytes.end(), field.begin());
+    field.back() = static_cast<std::uint8_t>(bytes.size());
+}
+
+void storeUdfEntityIdentifier(std::uint8_t *to, std::string_view identifier, UdfIdentifierSuffix suffix)
+{
+    constexpr std::size_t suffixStart = 24;
+    std::copy(identifier.begin(), identifier.end(), to + 1);
+    std::uint8_t *at = to + suffixStart;
+    if (suffix == UdfIdentifierSuffix::Domain || suffix == UdfIdentifierSuffix::Udf) {
+        storeLittleEndian<std::uint16_t>(at, udfRevision);
+        at += 2;
+    }
+    if (suffix == UdfIdentifierSuffix::Implementation || suffix == UdfIdentifierSuffix::Udf) {
+        at[0] = systemClass;
+        at[1] = systemNumber;
+    }
+}
+
+void storeUdfImplementation(std::uint8_t *to)
+{
+    storeUdfEntityIdentifier(to, "*Tessaron", UdfIdentifierSuffix::Implementation);
+}
+
+void storeUdfVolumeExtent(std::uint8_t *to, std::uint32_t bytes, std::uint32_t block)
+{
+    storeLittleEndian<std::uint32_t>(to, bytes);
+    storeLittleEndian<std::uint32_t>(to + 4, block);
+}
+
+void storeUdfShortDescriptor(std::uint8_t *to, std::uint32_t bytes, std::uint32_t block)
+{
+    // The two highest bits of the length are the extent's type, 0 for one that is recorded.
+    storeUdfVolumeExtent(to, bytes, block);
+}
+
+void storeUdfLongDescriptor(std::uint8_t *to, std::uint32_t bytes, std::uint32_t block)
+{
+    storeUdfVolumeExtent(to, bytes, block);
+}
+
+} // namespace Tessaron

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "platform/discrecording/content/ContentTree.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace Tessaron
+{
+
+/// The blocks at the beginning of an image that have their places by the standard, or that we give the same place in
+/// every image: between the volume descriptors, which begin at block 16, and the partition.
+struct UdfVolumeLayout {
+    static constexpr std::uint32_t firstReserved = 16;
+    static constexpr std::uint32_t mainSequence = 32;
+    static constexpr std::uint32_t sequenceBlocks = 16; ///< the least that is allowed (UDF 2.2.3.1)
+    static constexpr std::uint32_t integritySequence = 64;
+    static constexpr std::uint32_t integrityBlocks = 4;
+    static constexpr std::uint32_t anchor = 256; ///< the other anchor is the last block of the image
+    static constexpr std::uint32_t partition = 257;
+    /// The reserve sequence and the last anchor end the image. The former is far from the main one so; and readers that
+    /// expect nothing but zeros between what they know and the last anchor, as 7z does, find it behind whatever other
+    /// filesystems have there.
+    static constexpr std::uint32_t tailBlocks = sequenceBlocks + 1;
+};
+
+/// What the structures of a volume say.
+struct UdfVolumeFacts {
+    std::u16string volumeName;
+    std::u16string volumeSet; ///< the set of volumes that it belongs to; begins with 16 digits that tell it from others
+    DiscTime time;
+    std::uint32_t imageBlocks = 0;
+    std::uint32_t fileSet = 0; ///< block of the partition
+    std::uint32_t rootIcb = 0; ///< block of the partition
+    std::uint64_t nextUniqueId = 0;
+    std::uint32_t fileCount = 0;
+    std::uint32_t folderCount = 0; ///< the root included
+
+    [[nodiscard]] std::uint32_t reserveSequence() const { return imageBlocks - UdfVolumeLayout::tailBlocks; }
+    [[nodiscard]] std::uint32_t partitionBlocks() const { return reserveSequence() - UdfVolumeLayout::partition; }
+};
+
+/// Descriptors of the volume recognition sequence (ECMA-167 2/8.3): the beginning of those of ECMA-167, its second
+/// edition, the end.
+inline constexpr std::uint32_t udfRecognitionCount = 3;
+/// Fills a zeroed block with the `index`-th of them.
+void storeUdfRecognition(std::span<std::uint8_t> block, std::uint32_t index);
+
+/// Puts what belongs there into one of the blocks from UdfVolumeLayout::firstReserved up to the partition. Leaves alone
+/// what is not ours.
+void storeUdfVolumeBlock(std::span<std::uint8_t> block, std::uint32_t at, const UdfVolumeFacts &facts);
+
+/// Puts what belongs there into the `index`-th of the last blocks of the image, of which there are
+/// UdfVolumeLayout::tailBlocks.
+void storeUdfTailBlock(std::span<std::uint8_t> block, std::uint32_t index, const UdfVolumeFacts &facts);
+
+/// Blocks of the sequence of file set descriptors.
+inline constexpr std::uint32_t udfFileSetBlocks = 2;
+/// Fills its `index`-th zeroed block: the descriptor (ECMA-167 4/14.1), then what ends the sequence.
+void storeUdfFileSetBlock(std::span<std::uint8_t> block, std::uint32_t index, const UdfVolumeFacts &facts);
+
+} // namespace Tessaron

@@ -1,0 +1,150 @@
+#include "platform/discrecording/objects/DRFile.h"
+#include "tests/discrecording/hfsplus/ReadHfsImage.h"
+
+#include <QDir>
+#include <QFile>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+/// A tree with something of everything that other readers know.
+void makeTree(const TemporaryTree &tree)
+{
+    tree.makeFile("plain.txt", "plain");
+    tree.makeFile("folder/Ünïcode", QByteArray(70'000, 'u'));
+    tree.makeFile("folder/empty");
+    for (int number = 0; number < 300; ++number)
+        tree.makeFile("many/file " + QByteArray::number(number), QByteArray::number(number));
+}
+
+QByteArray bytesOfFile(const QString &path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);
+    return file.readAll();
+}
+
+} // namespace
+
+class HfsPlusReaders : public ::testing::TestWithParam<DRFilesystemMask>
+{
+};
+
+TEST_P(HfsPlusReaders, sevenZip_extractsWhatWasWritten)
+{
+    if (!hasProgram(QStringLiteral("7z")))
+        GTEST_SKIP() << "7z is not installed";
+    const TemporaryTree tree;
+    makeTree(tree);
+    const WrittenImage image(realFolder(tree), optionsFor(GetParam()));
+    const QTemporaryDir folder;
+    const ProgramResult result = runProgram(QStringLiteral("7z"),
+                                            {QStringLiteral("x"), QStringLiteral("-thfs"), QStringLiteral("-y"),
+                                             QStringLiteral("-o") + folder.path(), image.path()});
+    // What precedes and follows the volume in the image is worth a warning.
+    ASSERT_LE(result.exitCode, 1) << result.output.toStdString() << result.errors.toStdString();
+    const QString root = folder.filePath(QDir(tree.pathText()).dirName());
+    EXPECT_EQ(bytesOfFile(root + QStringLiteral("/plain.txt")), "plain");
+    // 7z leaves names as they are stored.
+    EXPECT_EQ(bytesOfFile(root + QStringLiteral("/folder/Ünïcode").normalized(QString::NormalizationForm_D)),
+              QByteArray(70'000, 'u'));
+    EXPECT_EQ(bytesOfFile(root + QStringLiteral("/folder/empty")), "");
+    for (int number = 0; number < 300; ++number)
+        EXPECT_EQ(bytesOfFile(root + QStringLiteral("/many/file %1").arg(number)), QByteArray::number(number));
+}
+
+TEST_P(HfsPlusReaders, sevenZip_findsTheVolumeInThePartitionMap)
+{
+    if (!hasProgram(QStringLiteral("7z")))
+        GTEST_SKIP() << "7z is not installed";
+    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("root"));
+    root->addChild(DRFile::virtualFileWithName(QStringLiteral("file"), "f"));
+    const WrittenImage image(root, optionsFor(GetParam()));
+    const ProgramResult result =
+        runProgram(QStringLiteral("7z"), {QStringLiteral("l"), QStringLiteral("-tapm"), image.path()});
+    EXPECT_EQ(result.exitCode, 0) << result.output.toStdString();
+    EXPECT_TRUE(result.output.contains("HFS+.hfs")) << result.output.toStdString();
+}
+
+TEST_P(HfsPlusReaders, hfsplusTools_readTheWholeDevice)
+{
+    if (!hasProgram(QStringLiteral("hpmount")))
+        GTEST_SKIP() << "hpmount is not installed";
+    const TemporaryTree tree;
+    makeTree(tree);
+    const WrittenImage image(realFolder(tree), optionsFor(GetParam()));
+    // The tools keep the mounted volume in the home folder.
+    const QTemporaryDir home;
+    const auto run = [&](const QString &command) {
+        return runProgram(QStringLiteral("sh"),
+                          {QStringLiteral("-c"), QStringLiteral("HOME='%1' %2 </dev/null").arg(home.path(), command)},
+                          home.path());
+    };
+    ASSERT_EQ(run(QStringLiteral("hpmount -r '%1'").arg(image.path())).exitCode, 0);
+    EXPECT_EQ(run(QStringLiteral("hpls many")).output.count("file "), 300);
+    EXPECT_EQ(run(QStringLiteral("hpcopy -r plain.txt out")).exitCode, 0);
+    EXPECT_EQ(bytesOfFile(home.filePath(QStringLiteral("out"))), "plain");
+    EXPECT_EQ(run(QStringLiteral("hpcd many && HOME='%1' hpcopy -r 'FILE 299' out2").arg(home.path())).exitCode, 0);
+    EXPECT_EQ(bytesOfFile(home.filePath(QStringLiteral("out2"))), "299") << "found without regard to case";
+    (void)run(QStringLiteral("hpumount"));
+}
+
+TEST_P(HfsPlusReaders, blkid_recognisesTheVolumeOrABridge)
+{
+    if (!hasProgram(QStringLiteral("blkid")))
+        GTEST_SKIP() << "blkid is not installed";
+    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("Label"));
+    // Of less than a floppy disk libblkid takes the first filesystem that it finds.
+    root->addChild(DRFile::virtualFileWithName(QStringLiteral("file"), QByteArray(2 << 20, 'f')));
+    const WrittenImage image(root, optionsFor(GetParam()));
+    const ProgramResult result = runProgram(QStringLiteral("blkid"), {QStringLiteral("-p"), image.path()});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+    EXPECT_TRUE(result.output.contains("LABEL=\"Label\"") || result.output.contains("LABEL=\"LABEL\""))
+        << result.output.toStdString();
+    if (GetParam() == hfsPlusOnly) {
+        EXPECT_TRUE(result.output.contains("TYPE=\"hfsplus\"")) << result.output.toStdString();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Masks, HfsPlusReaders, ::testing::Range<DRFilesystemMask>(8, 16));
+
+TEST(HfsPlusReadersAlone, hpfsck_findsHeadersAndExtentsSound)
+{
+    if (!hasProgram(QStringLiteral("hpfsck")))
+        GTEST_SKIP() << "hpfsck is not installed";
+    const TemporaryTree tree;
+    makeTree(tree);
+    const WrittenImage image(realFolder(tree), optionsFor(hfsPlusOnly));
+    const ProgramResult result = runProgram(QStringLiteral("hpfsck"), {QStringLiteral("-v"), image.path()});
+    // It stops at any catalog, whoever wrote it (docs/hfsplus.md), but not before.
+    QByteArray unwrapped = result.output;
+    unwrapped.replace('\t', "");
+    const auto isDone = [&](const QByteArray &step) {
+        const qsizetype start = unwrapped.indexOf("*** Checking " + step);
+        const qsizetype next = unwrapped.indexOf("*** Checking", start + 1);
+        return start >= 0 && unwrapped.mid(start, next - start).contains("Done ***");
+    };
+    EXPECT_TRUE(isDone("Volume Header:")) << result.output.toStdString();
+    EXPECT_TRUE(isDone("Backup Volume Header:")) << result.output.toStdString();
+    EXPECT_TRUE(isDone("Extents Btree:")) << result.output.toStdString();
+    EXPECT_FALSE(result.output.contains("Invalid")) << result.output.toStdString();
+    EXPECT_FALSE(result.output.contains("nexpected")) << result.output.toStdString();
+}
+
+TEST(HfsPlusReadersAlone, wrapper_isForAllReaders_onlyWhereNothingElseIsFoundAtAFixedPlace)
+{
+    const TemporaryTree tree;
+    makeTree(tree);
+    for (DRFilesystemMask mask = 8; mask < 16; ++mask) {
+        const WrittenImage image(realFolder(tree), optionsFor(mask));
+        const HfsPlusImageReader reader(image.path());
+        EXPECT_TRUE(reader.hasWrapper());
+        EXPECT_EQ(reader.wrapperIsForAll(),
+                  (mask & (DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskUDF)) == 0);
+    }
+}
+
+} // namespace Tessaron::Testing

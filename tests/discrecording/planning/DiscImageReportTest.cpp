@@ -1,0 +1,205 @@
+#include "platform/discrecording/objects/DRFile.h"
+#include "platform/discrecording/objects/DRFolder.h"
+#include "tests/discrecording/planning/IsoImageReader.h"
+#include "tests/discrecording/planning/WrittenImage.h"
+#include "tests/support/TemporaryTree.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+using Kind = DRStorageReportItem::Kind;
+
+std::shared_ptr<DRFolder> rootWith(const TemporaryTree &tree, std::initializer_list<const char *> files)
+{
+    const auto root = DRFolder::virtualFolderWithName({});
+    for (const char *const file : files)
+        root->addChild(DRFile::fileWithPath(tree.pathText(file)));
+    return root;
+}
+
+} // namespace
+
+TEST(DiscImageReport, renamedInIsoAlone_isNotLost)
+{
+    const auto root = DRFolder::virtualFolderWithName({});
+    root->addChild(DRFile::virtualFileWithName(QStringLiteral("read me.txt"), "r"));
+    const WrittenImage image(root);
+    ASSERT_EQ(image.plan().report->count(), 1u);
+    const DRStorageReportItem item = image.plan().report->item(0);
+    EXPECT_EQ(item.kind, Kind::Renamed);
+    EXPECT_EQ(item.tree, DRDiscTree::ISO9660);
+    EXPECT_EQ(item.path, QStringLiteral("/read me.txt"));
+    EXPECT_EQ(item.nameGiven, QStringLiteral("READ_ME.TXT"));
+    EXPECT_FALSE(item.reason.isEmpty());
+    EXPECT_FALSE(item.isLost);
+    EXPECT_EQ(image.plan().report->lostCount(), 0u);
+}
+
+TEST(DiscImageReport, renamedEverywhere_isLost)
+{
+    const auto root = DRFolder::virtualFolderWithName({});
+    root->addChild(DRFile::virtualFileWithName(QStringLiteral("what?"), "w"));
+    PlanOptions options;
+    options.rockRidge = false;
+    const WrittenImage image(root, options);
+    ASSERT_EQ(image.plan().report->count(), 2u);
+    EXPECT_TRUE(image.plan().report->item(0).isLost);
+    EXPECT_TRUE(image.plan().report->item(1).isLost);
+    EXPECT_EQ(image.plan().report->item(1).nameGiven, QStringLiteral("what_"));
+    EXPECT_EQ(image.plan().report->lostCount(), 1u) << "one object, however many trees";
+}
+
+TEST(DiscImageReport, nameThatIsLegal_isNotReported)
+{
+    const auto root = DRFolder::virtualFolderWithName({});
+    for (const char *const name : {"README", "README.TXT", "A_B_1"})
+        root->addChild(DRFile::virtualFileWithName(QString::fromUtf8(name), "x"));
+    EXPECT_EQ(WrittenImage(root).plan().report->count(), 0u);
+}
+
+TEST(DiscImageReport, vanishedFile_isRefusedWithItsPath)
+{
+    const TemporaryTree tree;
+    tree.makeFile("GONE", "g");
+    tree.makeFile("STAYS", "s");
+    const auto root = rootWith(tree, {"GONE", "STAYS"});
+    tree.remove("GONE");
+    const WrittenImage image(root);
+    const IsoImageReader reader(image.path());
+    EXPECT_EQ(reader.problems(), QStringList());
+    EXPECT_EQ(reader.primary()->root.children.size(), 1u);
+    ASSERT_EQ(image.plan().report->count(), 1u);
+    const DRStorageReportItem item = image.plan().report->item(0);
+    EXPECT_EQ(item.kind, Kind::Refused);
+    EXPECT_EQ(item.path, QStringLiteral("/GONE"));
+    EXPECT_EQ(item.sourcePath.toStdString(), tree.pathText("GONE").toStdString());
+    EXPECT_TRUE(item.isLost);
+    EXPECT_EQ(image.plan().report->lostCount(), 1u);
+    EXPECT_EQ(image.plan().fileCount, 1u);
+}
+
+TEST(DiscImageReport, renamedSource_isStillFound)
+{
+    const TemporaryTree tree;
+    tree.makeFile("BEFORE", "contents");
+    const auto root = rootWith(tree, {"BEFORE"});
+    ASSERT_EQ(::rename(tree.path("BEFORE").constData(), tree.path("AFTER").constData()), 0);
+    const WrittenImage image(root);
+    ASSERT_FALSE(image.error()) << qPrintable(image.error().localizedDescription());
+    const IsoImageReader reader(image.path());
+    ASSERT_EQ(reader.primary()->root.children.size(), 1u);
+    EXPECT_EQ(reader.contents(*reader.primary()->root.children[0]), "contents");
+    EXPECT_EQ(image.plan().report->lostCount(), 0u);
+}
+
+TEST(DiscImageReport, movedSource_doesNotDrawItsNeighboursAlong)
+{
+    const TemporaryTree tree;
+    tree.makeFile("HERE/A", "a");
+    tree.makeFile("HERE/B", "b of here");
+    tree.makeFile("THERE/B", "b of there");
+    const auto root = rootWith(tree, {"HERE/A", "HERE/B"});
+    FSRef moved = root->children()[0]->sourceRef();
+    ASSERT_EQ(::rename(tree.path("HERE/A").constData(), tree.path("THERE/A").constData()), 0);
+    char path[1024];
+    if (FSRefMakePath(&moved, path, sizeof path) != noErr)
+        GTEST_SKIP() << "the system does not find moved files";
+    const WrittenImage image(root);
+    ASSERT_FALSE(image.error()) << qPrintable(image.error().localizedDescription());
+    const IsoImageReader reader(image.path());
+    ASSERT_EQ(reader.primary()->root.children.size(), 2u);
+    EXPECT_EQ(reader.contents(*reader.primary()->root.child(QStringLiteral("A"))), "a");
+    EXPECT_EQ(reader.contents(*reader.primary()->root.child(QStringLiteral("B"))), "b of here");
+}
+
+TEST(DiscImageReport, replacedSource_isTakenAsItIsNow)
+{
+    const TemporaryTree tree;
+    tree.makeFile("FILE", "old");
+    tree.makeFile("NEW", "new contents");
+    const auto root = rootWith(tree, {"FILE"});
+    ASSERT_EQ(::rename(tree.path("NEW").constData(), tree.path("FILE").constData()), 0);
+    const WrittenImage image(root);
+    ASSERT_FALSE(image.error()) << qPrintable(image.error().localizedDescription());
+    const IsoImageReader reader(image.path());
+    EXPECT_EQ(reader.contents(*reader.primary()->root.child(QStringLiteral("FILE"))), "new contents");
+}
+
+TEST(DiscImageReport, fileThatBecameAFolder_isRefused)
+{
+    const TemporaryTree tree;
+    tree.makeFile("X", "x");
+    const auto root = rootWith(tree, {"X"});
+    tree.remove("X");
+    tree.makeFolder("X");
+    const WrittenImage image(root);
+    ASSERT_EQ(image.plan().report->count(), 1u);
+    EXPECT_EQ(image.plan().report->item(0).kind, Kind::Refused);
+    EXPECT_TRUE(image.plan().report->item(0).reason.contains(QStringLiteral("folder")));
+}
+
+TEST(DiscImageReport, unreadableFilesAndFolders_areRefused)
+{
+    const TemporaryTree tree;
+    tree.makeFile("OPEN", "o");
+    tree.makeFile("SECRET", "s");
+    tree.makeFile("EMPTY");
+    tree.makeFile("LOCKED/INSIDE", "i");
+    FSRef lockedRef;
+    ASSERT_EQ(FSPathMakeRef(tree.path("LOCKED"), &lockedRef, nullptr), noErr);
+    ASSERT_EQ(::chmod(tree.path().constData(), 0755), 0);
+    for (const char *const name : {"SECRET", "EMPTY", "LOCKED"})
+        tree.setMode(name, 0);
+    {
+        const WithoutRootRights normalUser;
+        const auto root = rootWith(tree, {"OPEN", "SECRET", "EMPTY"});
+        // What a scanner that could not list the folder leaves: a folder without children that knows its source.
+        const auto locked = DRFolder::virtualFolderWithName(QStringLiteral("LOCKED"));
+        locked->setSourceRef(lockedRef);
+        root->addChild(locked);
+        const WrittenImage scanned(root);
+        ASSERT_FALSE(scanned.error());
+        const WrittenImage wholesale(DRFolder::folderWithPath(tree.pathText()));
+        ASSERT_FALSE(wholesale.error()) << qPrintable(wholesale.error().localizedDescription());
+        for (const WrittenImage *const image : {&scanned, &wholesale}) {
+            const IsoImageReader reader(image->path());
+            EXPECT_EQ(reader.problems(), QStringList());
+            EXPECT_EQ(reader.primary()->root.children.size(), 2u) << "the empty file needs no reading";
+            const auto refused = image->items(DRDiscTree::ISO9660, Kind::Refused);
+            ASSERT_EQ(refused.size(), 2u);
+            EXPECT_EQ(refused[0].path, QStringLiteral("/LOCKED"));
+            EXPECT_EQ(refused[1].path, QStringLiteral("/SECRET"));
+            EXPECT_TRUE(refused[0].isLost && refused[1].isLost);
+        }
+    }
+    tree.setMode("LOCKED", 0700);
+}
+
+TEST(DiscImageReport, report_outlivesPlanAndLayout)
+{
+    std::shared_ptr<const DRStorageReport> report;
+    {
+        const auto root = DRFolder::virtualFolderWithName({});
+        const auto folder = DRFolder::virtualFolderWithName(QStringLiteral("folder"));
+        root->addChild(folder);
+        for (int number = 0; number < 100; ++number)
+            folder->addChild(DRFile::virtualFileWithName(QStringLiteral("same?%1").arg(QChar(0x100 + number)), "x"));
+        report = WrittenImage(root).plan().report;
+    }
+    ASSERT_EQ(report->count(), 1u + 100 + 100);
+    for (std::size_t index = 0; index < report->count(); ++index) {
+        const DRStorageReportItem item = report->item(index);
+        EXPECT_TRUE(item.path.startsWith(QStringLiteral("/folder")));
+        EXPECT_FALSE(item.nameGiven.isEmpty());
+    }
+    EXPECT_EQ(report->count(DRDiscTree::Joliet, Kind::Renamed), 100u);
+    EXPECT_EQ(report->count(DRDiscTree::UDF, Kind::Renamed), 0u);
+}
+
+} // namespace Tessaron::Testing
