@@ -20,6 +20,11 @@ set(TESSARON_PUBLIC_HEADERS
     platform/discrecording/objects/DRStorageReport.h
     platform/discrecording/objects/DRTrack.h
     platform/discrecording/objects/DRTrackProducer.h
+    platform/disctracks/BlockAddress.h
+    platform/disctracks/CDText.h
+    platform/disctracks/DiscTrack.h
+    platform/disctracks/SectorForm.h
+    platform/disctracks/TableOfContents.h
     platform/foundation/Export.h
     platform/foundation/FileSystemRepresentation.h
     platform/foundation/MainThread.h

@@ -15,6 +15,7 @@ import tempfile
 # Lowest first. A file belongs to the entry with the longest matching folder.
 LAYERS = [
     "platform/foundation",
+    "platform/disctracks",
     "platform/coreservices",
     "platform/discrecording/names",
     "platform/discrecording/objects",
