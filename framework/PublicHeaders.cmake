@@ -34,6 +34,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/NSScanner.h
     platform/foundation/NSThread.h
     platform/foundation/OSStatus.h
+    platform/foundation/Result.h
     platform/foundation/UniqueDescriptor.h
     platform/vant/VANTHeader.h
     platform/vant/VANTImage.h
