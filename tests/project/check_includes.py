@@ -35,6 +35,7 @@ LAYERS = [
     "platform/discimage",
     "filemodel",
     "imaging",
+    "imaging/verification",
     "ui/text",
     "ui/views",
     "ui/panels",

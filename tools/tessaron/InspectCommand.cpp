@@ -8,8 +8,11 @@
 #include "tools/tessaron/Text.h"
 #include "tools/tessaron/VolumeJson.h"
 
+#include <QEventLoop>
+
 #include <algorithm>
 #include <cerrno>
+#include <thread>
 #include <unistd.h>
 
 namespace Tessaron::Tool
@@ -60,7 +63,7 @@ InspectCommand::InspectCommand(const Arguments &arguments)
 
 ExitStatus InspectCommand::run()
 {
-    m_signalWatcher = std::make_unique<SignalWatcher>([] {});
+    m_signalWatcher = std::make_unique<SignalWatcher>([this] { m_stop.request_stop(); });
     m_problem = openImage(m_arguments.paths.first(), &m_image);
     if (!m_problem)
         inspect();
@@ -80,12 +83,16 @@ ExitStatus InspectCommand::run()
     return ExitStatus::Failed;
 }
 
+/// The walk has a thread of its own, so that signals are heard meanwhile.
 void InspectCommand::inspect()
 {
-    for (const FoundVolume &volume : m_image.volumes)
-        m_censuses.push_back(volume.reader
-                                 ? censusOf(*volume.reader, [this] { return m_signalWatcher->isInterrupted(); })
-                                 : VolumeCensus());
+    QEventLoop loop;
+    std::jthread walk([this, &loop] {
+        for (const FoundVolume &volume : m_image.volumes)
+            m_censuses.push_back(volume.reader ? censusOf(*volume.reader, m_stop.get_token()) : VolumeCensus());
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    });
+    loop.exec();
 }
 
 Problem InspectCommand::judge() const

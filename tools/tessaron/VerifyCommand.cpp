@@ -1,12 +1,12 @@
 #include "tools/tessaron/VerifyCommand.h"
 
 #include "tools/tessaron/CommonReport.h"
-#include "tools/tessaron/ContentComparison.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
-#include "tools/tessaron/VolumeComparison.h"
+#include <TessaronClasses/VerifyJob.h>
 
-#include <array>
+#include <QEventLoop>
+
 #include <cerrno>
 
 namespace Tessaron::Tool
@@ -15,9 +15,18 @@ namespace Tessaron::Tool
 namespace
 {
 
-/// Those that keep every name come first: where they say that a file lies, the others are expected to have it, too.
-constexpr std::array comparisonOrder = {VolumeKind::RockRidge, VolumeKind::UDF, VolumeKind::HFSPlus, VolumeKind::Joliet,
-                                        VolumeKind::ISO9660};
+ProgressState::Phase phaseFor(VerificationProgress::Phase phase)
+{
+    switch (phase) {
+    case VerificationProgress::Phase::ListingSources:
+        return ProgressState::Phase::Scanning;
+    case VerificationProgress::Phase::ComparingNames:
+        return ProgressState::Phase::Planning;
+    case VerificationProgress::Phase::ComparingContents:
+        return ProgressState::Phase::Comparing;
+    }
+    return ProgressState::Phase::Scanning;
+}
 
 } // namespace
 
@@ -30,12 +39,15 @@ VerifyCommand::VerifyCommand(const Arguments &arguments)
 
 ExitStatus VerifyCommand::run()
 {
-    m_signalWatcher = std::make_unique<SignalWatcher>([] {});
+    m_signalWatcher = std::make_unique<SignalWatcher>([this] {
+        if (m_job != nullptr)
+            m_job->cancel();
+    });
     std::vector<Source> sources;
     m_outcome.problem = prepare(&sources);
     if (!m_outcome.problem)
         verify(sources);
-    if (isCancelled())
+    if (m_signalWatcher->isInterrupted())
         m_outcome.problem = interruption();
     m_display->clear();
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
@@ -68,74 +80,39 @@ Problem VerifyCommand::prepare(std::vector<Source> *sources)
 
 void VerifyCommand::verify(const std::vector<Source> &sources)
 {
-    m_progress.phase = ProgressState::Phase::Scanning;
-    m_display->update(m_progress);
-    SourceIndex index(sources, [this] { return isCancelled(); });
-    for (const SourceFailure &failure : index.failures())
-        m_outcome.differences.add({Difference::Kind::Source, 0, failure.path, {}, failure.reason});
-    m_outcome.files = index.fileCount();
-    m_outcome.folders = index.folderCount();
-    m_progress.files = index.fileCount();
-    m_progress.folders = index.folderCount();
-    m_progress.phase = ProgressState::Phase::Planning;
-    m_display->update(m_progress);
-    ContentPlan plan(index.count());
-    checkLengths();
-    compareVolumes(index, plan);
-    if (!isCancelled())
-        compareContents(index, plan);
-}
-
-/// A volume that states more blocks than the image has was cut.
-void VerifyCommand::checkLengths()
-{
-    for (const FoundVolume &volume : m_image.volumes) {
-        if (volume.error)
-            m_outcome.differences.addDamage(setOf(volume.kind), "/", volume.error);
-        if (!volume.reader)
-            continue;
-        const DiscVolumeFacts &facts = volume.reader->facts();
-        const std::uint64_t length = m_image.source->length();
-        if (facts.offset <= length && facts.blockCount <= (length - facts.offset) / facts.blockSize)
-            continue;
-        m_outcome.differences.add({Difference::Kind::Damage, setOf(volume.kind), "/", length,
-                                   QStringLiteral("the volume has %1 blocks of %2 bytes, but the image ends at byte %3")
-                                       .arg(facts.blockCount)
-                                       .arg(facts.blockSize)
-                                       .arg(length)});
-    }
-}
-
-void VerifyCommand::compareVolumes(SourceIndex &index, ContentPlan &plan)
-{
-    FolderPlaces rockRidgeFolders;
-    bool hasRockRidge = false;
-    for (const VolumeKind kind : comparisonOrder) {
-        for (const FoundVolume &volume : m_image.volumes) {
-            if (volume.kind != kind || !volume.reader || isCancelled())
-                continue;
-            hasRockRidge = hasRockRidge || kind == VolumeKind::RockRidge;
-            VolumeComparison comparison(*volume.reader, index, plan, m_outcome.differences, &rockRidgeFolders,
-                                        hasRockRidge);
-            m_outcome.volumes.emplace_back(kind, comparison.run([this] { return isCancelled(); }));
-        }
-    }
-}
-
-void VerifyCommand::compareContents(const SourceIndex &index, ContentPlan &plan)
-{
-    ContentComparison comparison(*m_image.source, index, plan, m_outcome.differences);
-    m_progress.phase = ProgressState::Phase::Comparing;
-    m_progress.bytesTotal = comparison.byteCount();
-    comparison.run([this](std::uint64_t done) {
-        m_outcome.bytesCompared = done;
-        m_progress.bytesWritten = done;
-        m_display->update(m_progress);
-        return !isCancelled();
+    VerificationRequest request;
+    request.image = m_image.source;
+    request.volumes = std::move(m_image.volumes);
+    for (const Source &source : sources)
+        request.sources.push_back({source.path, source.name, source.isFolder});
+    VerifyJob job;
+    QEventLoop loop;
+    QObject::connect(&job, &VerifyJob::progressed, &loop,
+                     [this](const VerificationProgress &progress) { showProgress(progress); });
+    QObject::connect(&job, &VerifyJob::finished, &loop, [&](const VerificationResult &result) {
+        m_outcome.result = result;
+        loop.quit();
     });
-    if (isCancelled())
+    m_job = &job;
+    job.start(std::move(request));
+    if (m_signalWatcher->isInterrupted())
+        job.cancel();
+    loop.exec();
+    m_job = nullptr;
+    if (m_outcome.result.isCancelled)
         return;
     m_progress.phase = ProgressState::Phase::Done;
+    m_progress.bytesWritten = m_outcome.result.bytesCompared;
+    m_display->update(m_progress);
+}
+
+void VerifyCommand::showProgress(const VerificationProgress &progress)
+{
+    m_progress.phase = phaseFor(progress.phase);
+    m_progress.files = progress.files;
+    m_progress.folders = progress.folders;
+    m_progress.bytesWritten = progress.bytesDone;
+    m_progress.bytesTotal = progress.bytesTotal;
     m_display->update(m_progress);
 }
 

@@ -1,16 +1,21 @@
 #pragma once
 
 #include "tools/tessaron/Arguments.h"
-#include "tools/tessaron/Differences.h"
 #include "tools/tessaron/ExitStatus.h"
 #include "tools/tessaron/ImageInput.h"
 #include "tools/tessaron/ProgressDisplay.h"
 #include "tools/tessaron/SignalWatcher.h"
+#include "tools/tessaron/Sources.h"
 #include "tools/tessaron/VerifyReport.h"
 
 #include <chrono>
 #include <memory>
 #include <vector>
+
+namespace Tessaron
+{
+class VerifyJob;
+} // namespace Tessaron
 
 namespace Tessaron::Tool
 {
@@ -27,15 +32,13 @@ public:
 private:
     [[nodiscard]] Problem prepare(std::vector<Source> *sources);
     void verify(const std::vector<Source> &sources);
-    void compareVolumes(SourceIndex &index, ContentPlan &plan);
-    void checkLengths();
-    void compareContents(const SourceIndex &index, ContentPlan &plan);
-    [[nodiscard]] bool isCancelled() const { return m_signalWatcher->isInterrupted(); }
+    void showProgress(const VerificationProgress &progress);
 
     const Arguments m_arguments;
     const std::chrono::steady_clock::time_point m_start;
     std::unique_ptr<ProgressDisplay> m_display;
     std::unique_ptr<SignalWatcher> m_signalWatcher;
+    VerifyJob *m_job = nullptr; ///< while it runs
     ProgressState m_progress;
     ImageInput m_image;
     VerifyOutcome m_outcome;

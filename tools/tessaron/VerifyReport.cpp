@@ -33,17 +33,17 @@ QString kindNames(VolumeSet volumes)
     return names.isEmpty() ? QStringLiteral("sources") : names.join(QStringLiteral(", "));
 }
 
-QString lineAbout(const Difference &difference)
+QString lineAbout(const ImageDifference &difference)
 {
     QString line = QStringLiteral("%1: %2: %3")
                        .arg(kindNames(difference.volumes), stringWithFileSystemRepresentation(difference.path),
                             difference.message);
-    if (difference.offset && difference.kind != Difference::Kind::Damage)
+    if (difference.offset && difference.kind != ImageDifference::Kind::Damage)
         line += QStringLiteral(" (at byte %1 of the image)").arg(*difference.offset);
     return line;
 }
 
-void printDifferences(const Arguments &arguments, const DifferenceList &differences)
+void printDifferences(const Arguments &arguments, const ImageDifferenceList &differences)
 {
     const std::size_t limit = arguments.verbosity == Verbosity::Verbose ? differences.items().size() : shownDifferences;
     const std::size_t shown = std::min(limit, differences.items().size());
@@ -69,8 +69,9 @@ QString comparedIn(VolumeKind kind)
     return QStringLiteral("names, sizes, contents, times, link targets");
 }
 
-QByteArray resultLine(VolumeKind kind, const VolumeResult &result, std::uint64_t differences)
+QByteArray resultLine(const VolumeVerification &result, std::uint64_t differences)
 {
+    const VolumeKind kind = result.kind;
     QString line = QStringLiteral("%1: %2, %3")
                        .arg(volumeKindName(kind), counted(result.files, "file", "files"),
                             counted(result.folders, "folder", "folders"));
@@ -83,7 +84,7 @@ QByteArray resultLine(VolumeKind kind, const VolumeResult &result, std::uint64_t
     return line.toUtf8() + '\n';
 }
 
-void writeDifference(JsonWriter &writer, const Difference &difference)
+void writeDifference(JsonWriter &writer, const ImageDifference &difference)
 {
     writer.beginObject();
     writer.member("kind", nameOfDifference(difference.kind));
@@ -107,12 +108,12 @@ ExitStatus exitStatusFor(const VerifyOutcome &outcome)
 {
     if (outcome.problem)
         return exitStatusFor(outcome.problem);
-    return outcome.differences.count() > 0 ? ExitStatus::Failed : ExitStatus::Done;
+    return outcome.result.differences.count() > 0 ? ExitStatus::Failed : ExitStatus::Done;
 }
 
 bool printVerifyReport(const Arguments &arguments, const VerifyOutcome &outcome)
 {
-    printDifferences(arguments, outcome.differences);
+    printDifferences(arguments, outcome.result.differences);
     if (outcome.problem) {
         printProblem(outcome.problem);
         return true;
@@ -120,11 +121,11 @@ bool printVerifyReport(const Arguments &arguments, const VerifyOutcome &outcome)
     if (arguments.verbosity == Verbosity::Quiet)
         return true;
     QByteArray text;
-    for (const auto &[kind, result] : outcome.volumes)
-        text += resultLine(kind, result, outcome.differences.countIn(kind));
-    text += sizeText(outcome.bytesCompared).toUtf8() + " of contents compared; "
-        + (outcome.differences.count() == 0 ? QByteArrayLiteral("the image is as its sources\n")
-                                            : QByteArrayLiteral("the image and its sources differ\n"));
+    for (const VolumeVerification &volume : outcome.result.volumes)
+        text += resultLine(volume, outcome.result.differences.countIn(volume.kind));
+    text += sizeText(outcome.result.bytesCompared).toUtf8() + " of contents compared; "
+        + (outcome.result.differences.count() == 0 ? QByteArrayLiteral("the image is as its sources\n")
+                                                   : QByteArrayLiteral("the image and its sources differ\n"));
     return writeAll(STDOUT_FILENO, text);
 }
 
@@ -134,31 +135,31 @@ bool writeVerifyJson(const QByteArray &image, const VerifyOutcome &outcome, doub
     writer.beginObject();
     writer.member("version", jsonVersion);
     writer.member("command", QStringLiteral("verify"));
-    const bool isDifferent = !outcome.problem && outcome.differences.count() > 0;
+    const bool isDifferent = !outcome.problem && outcome.result.differences.count() > 0;
     writer.member("result", isDifferent ? QStringLiteral("different") : resultName(exitStatusFor(outcome)));
     writer.pathMember("image", image);
-    writer.member("files", outcome.files);
-    writer.member("folders", outcome.folders);
-    writer.member("bytesCompared", outcome.bytesCompared);
+    writer.member("files", outcome.result.files);
+    writer.member("folders", outcome.result.folders);
+    writer.member("bytesCompared", outcome.result.bytesCompared);
     writer.key("seconds");
     writer.value(seconds, 3);
     writer.key("filesystems");
     writer.beginArray();
-    for (const auto &[kind, result] : outcome.volumes) {
+    for (const VolumeVerification &volume : outcome.result.volumes) {
         writer.beginObject();
-        writer.member("filesystem", volumeKindKey(kind));
-        writer.member("files", result.files);
-        writer.member("folders", result.folders);
-        writer.member("renamed", result.renamed);
-        writer.member("leftOut", result.leftOut);
-        writer.member("differences", outcome.differences.countIn(kind));
+        writer.member("filesystem", volumeKindKey(volume.kind));
+        writer.member("files", volume.files);
+        writer.member("folders", volume.folders);
+        writer.member("renamed", volume.renamed);
+        writer.member("leftOut", volume.leftOut);
+        writer.member("differences", outcome.result.differences.countIn(volume.kind));
         writer.endObject();
     }
     writer.endArray();
-    writer.member("differenceCount", outcome.differences.count());
+    writer.member("differenceCount", outcome.result.differences.count());
     writer.key("differences");
     writer.beginArray();
-    for (const Difference &difference : outcome.differences.items())
+    for (const ImageDifference &difference : outcome.result.differences.items())
         writeDifference(writer, difference);
     writer.endArray();
     writeErrorMember(writer, outcome.problem);

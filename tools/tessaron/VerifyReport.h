@@ -1,16 +1,11 @@
 #pragma once
 
 #include "tools/tessaron/Arguments.h"
-#include "tools/tessaron/Differences.h"
 #include "tools/tessaron/ExitStatus.h"
 #include "tools/tessaron/Problem.h"
-#include "tools/tessaron/VolumeComparison.h"
+#include <TessaronClasses/ImageVerification.h>
 
 #include <QByteArray>
-
-#include <cstdint>
-#include <utility>
-#include <vector>
 
 namespace Tessaron::Tool
 {
@@ -18,11 +13,7 @@ namespace Tessaron::Tool
 /// How a comparison of an image with its sources has ended.
 struct VerifyOutcome {
     Problem problem; ///< why there is no result; none when all was compared
-    std::vector<std::pair<VolumeKind, VolumeResult>> volumes;
-    DifferenceList differences;
-    std::uint64_t files = 0; ///< of the sources
-    std::uint64_t folders = 0;
-    std::uint64_t bytesCompared = 0; ///< contents that several filesystems or names share count once
+    VerificationResult result;
 };
 
 [[nodiscard]] ExitStatus exitStatusFor(const VerifyOutcome &outcome);

@@ -1,8 +1,8 @@
-#include "tools/tessaron/NameRules.h"
+#include "imaging/verification/NameRules.h"
 
 #include <gtest/gtest.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -76,4 +76,4 @@ TEST(NameRules, mustChangeName_knowsWhatEachFilesystemHolds)
 
 } // namespace
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

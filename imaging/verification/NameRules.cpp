@@ -1,10 +1,10 @@
-#include "tools/tessaron/NameRules.h"
+#include "imaging/verification/NameRules.h"
 
 #include "platform/foundation/FileSystemRepresentation.h"
 
 #include <algorithm>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -216,4 +216,4 @@ bool mayBeNameOf(VolumeKind kind, const QByteArray &recorded, std::string_view s
     return mayBeUnicodeName(kind, recordedText, sourceText);
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "imaging/verification/SourceIndex.h"
 #include "platform/discimage/volume/VolumeObject.h"
-#include "tools/tessaron/Differences.h"
-#include "tools/tessaron/SourceIndex.h"
+#include <TessaronClasses/ImageDifferences.h>
 
 #include <cstdint>
 #include <span>
 #include <vector>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 /// Where a source's contents are said to lie in the image, and by whom.
@@ -54,4 +54,4 @@ private:
     std::vector<std::uint32_t> m_byOffset;
 };
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,15 +1,15 @@
 #pragma once
 
+#include "imaging/verification/ContentPlan.h"
+#include "imaging/verification/SourceIndex.h"
 #include "platform/discimage/source/DiscImageSource.h"
-#include "tools/tessaron/ContentPlan.h"
-#include "tools/tessaron/Differences.h"
-#include "tools/tessaron/SourceIndex.h"
+#include <TessaronClasses/ImageDifferences.h>
 
 #include <cstdint>
 #include <functional>
 #include <vector>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 /// Compares the contents of all files with their sources, in the order of the image, each place once. Memory does not
@@ -18,7 +18,7 @@ class ContentComparison
 {
 public:
     ContentComparison(const DiscImageSource &image, const SourceIndex &sources, ContentPlan &plan,
-                      DifferenceList &differences);
+                      ImageDifferenceList &differences);
 
     /// Bytes that are to be compared.
     [[nodiscard]] std::uint64_t byteCount() const { return m_byteCount; }
@@ -37,7 +37,7 @@ private:
     const DiscImageSource &m_image;
     const SourceIndex &m_sources;
     ContentPlan &m_plan;
-    DifferenceList &m_differences;
+    ImageDifferenceList &m_differences;
     const std::vector<ContentPlace> &m_places;
     std::uint64_t m_byteCount = 0;
     std::uint64_t m_done = 0;
@@ -49,4 +49,4 @@ private:
     std::vector<char> m_buffer; ///< of the source
 };
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,8 +1,7 @@
-#include "tools/tessaron/Differences.h"
-
 #include "platform/discimage/source/DiscImageErrors.h"
+#include <TessaronClasses/ImageDifferences.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -12,32 +11,32 @@ constexpr std::size_t keptDifferences = 10'000;
 
 } // namespace
 
-QString nameOfDifference(Difference::Kind kind)
+QString nameOfDifference(ImageDifference::Kind kind)
 {
     switch (kind) {
-    case Difference::Kind::Missing:
+    case ImageDifference::Kind::Missing:
         return QStringLiteral("missing");
-    case Difference::Kind::Extra:
+    case ImageDifference::Kind::Extra:
         return QStringLiteral("extra");
-    case Difference::Kind::Type:
+    case ImageDifference::Kind::Type:
         return QStringLiteral("type");
-    case Difference::Kind::Size:
+    case ImageDifference::Kind::Size:
         return QStringLiteral("size");
-    case Difference::Kind::Contents:
+    case ImageDifference::Kind::Contents:
         return QStringLiteral("contents");
-    case Difference::Kind::LinkTarget:
+    case ImageDifference::Kind::LinkTarget:
         return QStringLiteral("link-target");
-    case Difference::Kind::Time:
+    case ImageDifference::Kind::Time:
         return QStringLiteral("time");
-    case Difference::Kind::Damage:
+    case ImageDifference::Kind::Damage:
         return QStringLiteral("damage");
-    case Difference::Kind::Source:
+    case ImageDifference::Kind::Source:
         return QStringLiteral("source");
     }
     return {};
 }
 
-void DifferenceList::add(Difference difference)
+void ImageDifferenceList::add(ImageDifference difference)
 {
     ++m_count;
     for (std::size_t kind = 0; kind < std::size(m_counts); ++kind)
@@ -46,12 +45,12 @@ void DifferenceList::add(Difference difference)
         m_items.push_back(std::move(difference));
 }
 
-void DifferenceList::addDamage(VolumeSet volumes, const QByteArray &path, const NSError &error)
+void ImageDifferenceList::addDamage(VolumeSet volumes, const QByteArray &path, const NSError &error)
 {
-    Difference difference{Difference::Kind::Damage, volumes, path, {}, error.localizedFailureReason()};
+    ImageDifference difference{ImageDifference::Kind::Damage, volumes, path, {}, error.localizedFailureReason()};
     if (const QVariant offset = error.userInfo().value(DiscImageErrorOffsetKey); offset.isValid())
         difference.offset = offset.toULongLong();
     add(std::move(difference));
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,32 +1,24 @@
 #pragma once
 
+#include "imaging/verification/ContentPlan.h"
+#include "imaging/verification/SourceIndex.h"
 #include "platform/discimage/volume/VolumeReader.h"
-#include "tools/tessaron/ContentPlan.h"
-#include "tools/tessaron/Differences.h"
-#include "tools/tessaron/SourceIndex.h"
+#include <TessaronClasses/ImageDifferences.h>
 
 #include <QHash>
 #include <QSet>
 
 #include <cstdint>
-#include <functional>
 #include <optional>
+#include <stop_token>
 #include <vector>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 /// What volumes that describe one another's objects share while they are compared: the folders of ISO 9660 and Rock
 /// Ridge are the same bytes, so that the names of the one say whose folders those of the other are.
 using FolderPlaces = QHash<quint64, SourceNumber>;
-
-/// How one volume compares with the sources.
-struct VolumeResult {
-    std::uint64_t files = 0; ///< found in it, everything that is no folder
-    std::uint64_t folders = 0;
-    std::uint64_t renamed = 0; ///< under another name than the source's, as the filesystem's rules allow
-    std::uint64_t leftOut = 0; ///< links and special files that the filesystem cannot hold
-};
 
 /// Walks one volume beside the sources and compares names, kinds, sizes, times and link targets. Where
 /// contents lie goes into the plan.
@@ -36,9 +28,9 @@ public:
     /// `rockRidgeFolders`: filled by the view with Rock Ridge, used by the one without; may be null.
     /// `hasRockRidge`: links and special files are there in plain ISO 9660, as empty files.
     VolumeComparison(const VolumeReader &reader, SourceIndex &sources, ContentPlan &contents,
-                     DifferenceList &differences, FolderPlaces *rockRidgeFolders, bool hasRockRidge);
+                     ImageDifferenceList &differences, FolderPlaces *rockRidgeFolders, bool hasRockRidge);
 
-    [[nodiscard]] VolumeResult run(const std::function<bool()> &isCancelled);
+    [[nodiscard]] VolumeVerification run(const std::stop_token &stop);
 
 private:
     using NameKeys = QMultiHash<QByteArray, SourceNumber>;
@@ -72,7 +64,7 @@ private:
     void compareLink(const VolumeObject &object, SourceNumber source);
     void reportMissing(SourceNumber folder);
     [[nodiscard]] bool mayBeLeftOut(SourceNumber source) const;
-    void differ(Difference::Kind kind, const QByteArray &path, std::uint64_t offset, const QString &message);
+    void differ(ImageDifference::Kind kind, const QByteArray &path, std::uint64_t offset, const QString &message);
     [[nodiscard]] bool isSeen(SourceNumber source) const { return (m_sources[source].seenIn & m_bit) != 0; }
 
     const VolumeReader &m_reader;
@@ -80,15 +72,15 @@ private:
     const VolumeSet m_bit;
     SourceIndex &m_sources;
     ContentPlan &m_contents;
-    DifferenceList &m_differences;
+    ImageDifferenceList &m_differences;
     FolderPlaces *const m_rockRidgeFolders;
     const bool m_hasRockRidge;
     const std::optional<std::int64_t> m_latestTime; ///< of SOURCE_DATE_EPOCH
-    VolumeResult m_result;
+    VolumeVerification m_result;
     std::vector<Level> m_levels;
     std::vector<VolumeObject> m_pending; ///< objects of the folder whose names are not those of a source
     std::size_t m_triesLeft = 0; ///< for the pending objects of one folder
     FolderPlaces m_entered; ///< folders that are still to be entered, by their mark
 };
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

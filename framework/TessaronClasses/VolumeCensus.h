@@ -1,15 +1,16 @@
 #pragma once
 
 #include "platform/discimage/volume/VolumeReader.h"
+#include "platform/foundation/Export.h"
 #include "platform/foundation/NSError.h"
 
 #include <QByteArray>
 
 #include <cstdint>
-#include <functional>
+#include <stop_token>
 #include <vector>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 /// What was counted in a volume.
@@ -29,7 +30,7 @@ struct VolumeCensus {
     std::uint64_t failureCount = 0;
 };
 
-/// Walks the volume and counts. `isCancelled` is asked now and then; what was counted so far comes back then.
-[[nodiscard]] VolumeCensus censusOf(const VolumeReader &reader, const std::function<bool()> &isCancelled);
+/// Walks the volume and counts. After a stop, what was counted so far comes back.
+[[nodiscard]] TESSARON_EXPORT VolumeCensus censusOf(const VolumeReader &reader, const std::stop_token &stop);
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,9 +1,9 @@
-#include "tools/tessaron/ContentPlan.h"
+#include "imaging/verification/ContentPlan.h"
 
 #include <algorithm>
 #include <numeric>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 bool ContentPlan::isSame(const ContentPlace &place, const VolumeObject &file) const
@@ -66,4 +66,4 @@ std::vector<VolumeExtent> ContentPlan::runsOf(const ContentPlace &place) const
     return m_runs[place.runs];
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

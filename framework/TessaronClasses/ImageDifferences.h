@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/discimage/volume/VolumeReader.h"
+#include "platform/foundation/Export.h"
 #include "platform/foundation/NSError.h"
 
 #include <QByteArray>
@@ -10,7 +11,7 @@
 #include <optional>
 #include <vector>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 /// A set of views of an image: bit 1 << VolumeKind.
@@ -22,7 +23,7 @@ using VolumeSet = std::uint8_t;
 }
 
 /// Something in which an image and its sources do not agree.
-struct Difference {
+struct ImageDifference {
     enum class Kind : std::uint8_t {
         Missing, ///< in the sources only
         Extra, ///< in the image only
@@ -43,24 +44,24 @@ struct Difference {
 };
 
 /// "missing", "extra", "type" …
-[[nodiscard]] QString nameOfDifference(Difference::Kind kind);
+[[nodiscard]] TESSARON_EXPORT QString nameOfDifference(ImageDifference::Kind kind);
 
 /// Collects differences; keeps the first ten thousand and counts the rest.
-class DifferenceList
+class TESSARON_EXPORT ImageDifferenceList
 {
 public:
-    void add(Difference difference);
+    void add(ImageDifference difference);
     /// An error of a reader, at the offset that it names.
     void addDamage(VolumeSet volumes, const QByteArray &path, const NSError &error);
 
-    [[nodiscard]] const std::vector<Difference> &items() const { return m_items; }
+    [[nodiscard]] const std::vector<ImageDifference> &items() const { return m_items; }
     [[nodiscard]] std::uint64_t count() const { return m_count; }
     [[nodiscard]] std::uint64_t countIn(VolumeKind kind) const { return m_counts[std::size_t(kind)]; }
 
 private:
-    std::vector<Difference> m_items;
+    std::vector<ImageDifference> m_items;
     std::uint64_t m_count = 0;
     std::uint64_t m_counts[5] = {}; ///< by VolumeKind
 };
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

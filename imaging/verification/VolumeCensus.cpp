@@ -1,10 +1,9 @@
-#include "tools/tessaron/VolumeCensus.h"
-
 #include "platform/discimage/volume/VolumeWalk.h"
+#include <TessaronClasses/VolumeCensus.h>
 
 #include <limits>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -34,22 +33,22 @@ void count(const VolumeObject &object, VolumeCensus *census)
 
 } // namespace
 
-VolumeCensus censusOf(const VolumeReader &reader, const std::function<bool()> &isCancelled)
+VolumeCensus censusOf(const VolumeReader &reader, const std::stop_token &stop)
 {
     VolumeCensus census;
     VolumeWalker walker;
     walker.object = [&](const QByteArray &, const VolumeObject &object) {
         count(object, &census);
-        return !isCancelled();
+        return !stop.stop_requested();
     };
     walker.failed = [&](const QByteArray &path, const NSError &error) {
         if (census.failures.size() < shownFailures)
             census.failures.push_back({path, error});
         ++census.failureCount;
-        return !isCancelled();
+        return !stop.stop_requested();
     };
     walkVolume(reader, walker);
     return census;
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

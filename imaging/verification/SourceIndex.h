@@ -1,17 +1,16 @@
 #pragma once
 
 #include "platform/discimage/volume/VolumeObject.h"
-#include "tools/tessaron/Problem.h"
-#include "tools/tessaron/Sources.h"
+#include <TessaronClasses/ImageVerification.h>
 
 #include <QByteArray>
 
 #include <cstdint>
-#include <functional>
+#include <stop_token>
 #include <string_view>
 #include <vector>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 using SourceNumber = std::uint32_t;
@@ -44,8 +43,8 @@ struct SourceFailure {
 class SourceIndex
 {
 public:
-    /// Lists the sources as `tessaron image` arranges them. Ends early when `isCancelled` becomes true.
-    SourceIndex(const std::vector<Source> &sources, const std::function<bool()> &isCancelled);
+    /// Lists the sources as `tessaron image` arranges them. Ends early when a stop is requested.
+    SourceIndex(const std::vector<VerificationSource> &sources, const std::stop_token &stop);
 
     [[nodiscard]] std::size_t count() const { return m_objects.size(); }
     [[nodiscard]] const SourceObject &operator[](SourceNumber number) const { return m_objects[number]; }
@@ -67,7 +66,7 @@ public:
 
 private:
     struct Entry;
-    void addSources(const std::vector<Source> &sources);
+    void addSources(const std::vector<VerificationSource> &sources);
     void listFolder(SourceNumber folder);
     void addChildren(SourceNumber folder, std::vector<Entry> &entries);
     void fail(SourceNumber number, int errnoValue);
@@ -84,4 +83,4 @@ private:
     std::uint64_t m_byteCount = 0;
 };
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

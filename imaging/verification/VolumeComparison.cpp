@@ -1,16 +1,15 @@
-#include "tools/tessaron/VolumeComparison.h"
+#include "imaging/verification/VolumeComparison.h"
 
+#include "imaging/verification/NameRules.h"
 #include "platform/discimage/volume/VolumeWalk.h"
 #include "platform/foundation/FileSystemRepresentation.h"
-#include "tools/tessaron/NameRules.h"
-#include "tools/tessaron/Text.h"
-#include "tools/tessaron/VolumeJson.h"
 
 #include <QDate>
+#include <QDateTime>
 
 #include <algorithm>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -42,6 +41,17 @@ QString kindText(VolumeObjectKind kind)
     return {};
 }
 
+/// "2024-02-29 12:34:56", UTC.
+QString timeText(const VolumeTime &time)
+{
+    return QDateTime::fromSecsSinceEpoch(time.seconds, Qt::UTC).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+}
+
+QString quoted(const QByteArray &path)
+{
+    return QStringLiteral("“%1”").arg(stringWithFileSystemRepresentation(path));
+}
+
 bool isWithin(std::int64_t seconds, int firstYear, int lastYear)
 {
     constexpr std::int64_t secondsPerDay = 86400;
@@ -68,7 +78,7 @@ QByteArray plainTarget(const QByteArray &target)
 } // namespace
 
 VolumeComparison::VolumeComparison(const VolumeReader &reader, SourceIndex &sources, ContentPlan &contents,
-                                   DifferenceList &differences, FolderPlaces *rockRidgeFolders, bool hasRockRidge)
+                                   ImageDifferenceList &differences, FolderPlaces *rockRidgeFolders, bool hasRockRidge)
     : m_reader(reader)
     , m_kind(reader.facts().kind)
     , m_bit(setOf(m_kind))
@@ -81,20 +91,21 @@ VolumeComparison::VolumeComparison(const VolumeReader &reader, SourceIndex &sour
 {
 }
 
-VolumeResult VolumeComparison::run(const std::function<bool()> &isCancelled)
+VolumeVerification VolumeComparison::run(const std::stop_token &stop)
 {
+    m_result.kind = m_kind;
     m_contents.prepareLookup();
     VolumeWalker walker;
     walker.enterFolder = [this](const QByteArray &path, const VolumeObject &folder) { return enter(path, folder); };
     walker.leaveFolder = [this](const QByteArray &) { leave(); };
     walker.object = [&](const QByteArray &, const VolumeObject &object) {
         take(object);
-        return !isCancelled();
+        return !stop.stop_requested();
     };
     walker.failed = [&](const QByteArray &path, const NSError &error) {
         m_levels.back().isWhole = false;
         m_differences.addDamage(m_bit, '/' + path, error);
-        return !isCancelled();
+        return !stop.stop_requested();
     };
     walkVolume(m_reader, walker);
     return m_result;
@@ -190,7 +201,7 @@ void VolumeComparison::reportExtra(const VolumeObject &object)
 {
     QByteArray path = m_sources.discPath(m_levels.back().folder);
     path += (path.endsWith('/') ? "" : "/") + object.name;
-    differ(Difference::Kind::Extra, path, object.recordOffset,
+    differ(ImageDifference::Kind::Extra, path, object.recordOffset,
            QStringLiteral("%1 that the sources do not have").arg(kindText(object.kind)));
 }
 
@@ -200,16 +211,17 @@ void VolumeComparison::compare(const VolumeObject &object, SourceNumber source)
     facts.seenIn = std::uint8_t(facts.seenIn | m_bit);
     if (object.name != QByteArrayView(m_sources.name(source).data(), facts.nameLength))
         ++m_result.renamed;
-    const auto differHere = [&](Difference::Kind kind, const QString &message) {
+    const auto differHere = [&](ImageDifference::Kind kind, const QString &message) {
         differ(kind, m_sources.discPath(source), object.recordOffset, message);
     };
     if (!fitsKind(object, facts)) {
-        differHere(Difference::Kind::Type,
+        differHere(ImageDifference::Kind::Type,
                    QStringLiteral("%1 instead of %2").arg(kindText(object.kind), kindText(facts.kind)));
         return;
     }
     if (object.size != facts.size)
-        differHere(Difference::Kind::Size, QStringLiteral("%1 bytes instead of %2").arg(object.size).arg(facts.size));
+        differHere(ImageDifference::Kind::Size,
+                   QStringLiteral("%1 bytes instead of %2").arg(object.size).arg(facts.size));
     else
         m_contents.add(source, m_kind, object);
     compareTime(object, source);
@@ -239,7 +251,7 @@ void VolumeComparison::compareTime(const VolumeObject &object, SourceNumber sour
         object.modified->nanoseconds == 0 ? 1'000'000'000 : std::max(object.modified->granularity, 1u);
     if (object.modified->seconds == seconds && object.modified->nanoseconds / granularity == nanoseconds / granularity)
         return;
-    differ(Difference::Kind::Time, m_sources.discPath(source), object.recordOffset,
+    differ(ImageDifference::Kind::Time, m_sources.discPath(source), object.recordOffset,
            QStringLiteral("modified at %1 instead of %2")
                .arg(timeText(*object.modified), timeText({seconds, nanoseconds, 1})));
 }
@@ -250,11 +262,11 @@ void VolumeComparison::compareLink(const VolumeObject &object, SourceNumber sour
     const QByteArray recorded = plainTarget(object.linkTarget);
     // UDF records characters, not bytes.
     const bool isSame = recorded == target
-        || (m_kind == VolumeKind::UDF && !isUtf8(target)
+        || (m_kind == VolumeKind::UDF && holdsUndecodableBytes(stringWithFileSystemRepresentation(target))
             && stringWithFileSystemRepresentation(recorded).size()
                 == stringWithFileSystemRepresentation(target).size());
     if (!isSame)
-        differ(Difference::Kind::LinkTarget, m_sources.discPath(source), object.recordOffset,
+        differ(ImageDifference::Kind::LinkTarget, m_sources.discPath(source), object.recordOffset,
                QStringLiteral("leads to %1 instead of %2").arg(quoted(recorded), quoted(target)));
 }
 
@@ -281,7 +293,7 @@ void VolumeComparison::reportMissing(SourceNumber folder)
             ++m_result.leftOut;
             continue;
         }
-        m_differences.add({Difference::Kind::Missing,
+        m_differences.add({ImageDifference::Kind::Missing,
                            m_bit,
                            m_sources.discPath(child),
                            {},
@@ -289,10 +301,10 @@ void VolumeComparison::reportMissing(SourceNumber folder)
     }
 }
 
-void VolumeComparison::differ(Difference::Kind kind, const QByteArray &path, std::uint64_t offset,
+void VolumeComparison::differ(ImageDifference::Kind kind, const QByteArray &path, std::uint64_t offset,
                               const QString &message)
 {
     m_differences.add({kind, m_bit, path, offset, message});
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,7 +1,7 @@
+#include "imaging/verification/NameRules.h"
+#include "imaging/verification/VolumeComparison.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/UniqueDescriptor.h"
-#include "tools/tessaron/NameRules.h"
-#include "tools/tessaron/VolumeComparison.h"
 
 #include <algorithm>
 #include <fcntl.h>
@@ -9,7 +9,7 @@
 
 // How VolumeComparison finds the source that an object of a volume was made of.
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 SourceNumber VolumeComparison::sourceWithName(const VolumeObject &object) const
@@ -214,4 +214,4 @@ bool VolumeComparison::belongsToRelocation(const VolumeObject &folder) const
     return m_kind == VolumeKind::ISO9660 || (m_kind == VolumeKind::RockRidge && isEmpty && !error);
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

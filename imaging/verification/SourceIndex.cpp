@@ -1,7 +1,7 @@
-#include "tools/tessaron/SourceIndex.h"
+#include "imaging/verification/SourceIndex.h"
 
+#include "platform/foundation/NSError.h"
 #include "platform/foundation/UniqueDescriptor.h"
-#include "tools/tessaron/Text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -13,11 +13,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
 {
+
+QString reasonOfErrno(int errnoValue)
+{
+    return NSError::errorWithErrno(errnoValue, {}).localizedFailureReason();
+}
 
 /// The system takes no longer path at once.
 constexpr qsizetype longestPath = PATH_MAX - 1;
@@ -74,18 +79,19 @@ struct SourceIndex::Entry {
     QByteArray top; ///< for a source given by the user: its path
 };
 
-SourceIndex::SourceIndex(const std::vector<Source> &sources, const std::function<bool()> &isCancelled)
+SourceIndex::SourceIndex(const std::vector<VerificationSource> &sources, const std::stop_token &stop)
     : m_rootIsOnlySource(sources.size() == 1 && sources.front().isFolder)
 {
     addSources(sources);
     // Children are appended behind all that is there, so going on by number is going on by level.
-    for (SourceNumber number = m_rootIsOnlySource ? 0 : 1; number < m_objects.size() && !isCancelled(); ++number) {
+    for (SourceNumber number = m_rootIsOnlySource ? 0 : 1; number < m_objects.size() && !stop.stop_requested();
+         ++number) {
         if (m_objects[number].kind == VolumeObjectKind::Folder)
             listFolder(number);
     }
 }
 
-void SourceIndex::addSources(const std::vector<Source> &sources)
+void SourceIndex::addSources(const std::vector<VerificationSource> &sources)
 {
     SourceObject root;
     root.kind = VolumeObjectKind::Folder;
@@ -99,9 +105,9 @@ void SourceIndex::addSources(const std::vector<Source> &sources)
     }
     m_objects.push_back(root);
     std::vector<Entry> entries;
-    for (const Source &source : sources) {
+    for (const VerificationSource &source : sources) {
         if (::stat(source.path.constData(), &status) != 0) {
-            m_failures.push_back({source.argument, systemText(errno)});
+            m_failures.push_back({source.path, reasonOfErrno(errno)});
             continue;
         }
         entries.push_back({source.name, objectFor(status), source.path});
@@ -159,7 +165,7 @@ void SourceIndex::addChildren(SourceNumber folder, std::vector<Entry> &entries)
 
 void SourceIndex::fail(SourceNumber number, int errnoValue)
 {
-    m_failures.push_back({diskPath(number), systemText(errnoValue)});
+    m_failures.push_back({diskPath(number), reasonOfErrno(errnoValue)});
 }
 
 std::string_view SourceIndex::name(SourceNumber number) const
@@ -230,4 +236,4 @@ QByteArray SourceIndex::linkTarget(SourceNumber number) const
     return target;
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

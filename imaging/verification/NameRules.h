@@ -7,7 +7,7 @@
 
 #include <string_view>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 /// True when a filesystem of this kind keeps names as they are, whatever their bytes.
@@ -32,4 +32,4 @@ namespace Tessaron::Tool
 /// A name that needs no change may only be numbered.
 [[nodiscard]] bool mayBeNameOf(VolumeKind kind, const QByteArray &recorded, std::string_view source);
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,7 +1,7 @@
-#include "tools/tessaron/ContentComparison.h"
+#include "imaging/verification/ContentComparison.h"
 
+#include "platform/foundation/NSError.h"
 #include "platform/foundation/UniqueDescriptor.h"
-#include "tools/tessaron/Text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -10,11 +10,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
 {
+
+QString reasonOfErrno(int errnoValue)
+{
+    return NSError::errorWithErrno(errnoValue, {}).localizedFailureReason();
+}
 
 constexpr std::size_t pieceSize = std::size_t(1) << 20;
 constexpr std::size_t windowSize = 4 * pieceSize;
@@ -39,7 +44,7 @@ ssize_t readAt(int file, char *to, std::size_t length, std::uint64_t offset)
 } // namespace
 
 ContentComparison::ContentComparison(const DiscImageSource &image, const SourceIndex &sources, ContentPlan &plan,
-                                     DifferenceList &differences)
+                                     ImageDifferenceList &differences)
     : m_image(image)
     , m_sources(sources)
     , m_plan(plan)
@@ -82,11 +87,11 @@ void ContentComparison::compare(const ContentPlace &place)
 {
     const UniqueDescriptor file(m_sources.open(place.source, O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
     if (!file) {
-        m_differences.add({Difference::Kind::Source,
+        m_differences.add({ImageDifference::Kind::Source,
                            0,
                            m_sources.discPath(place.source),
                            {},
-                           QStringLiteral("the source cannot be read: %1").arg(systemText(errno))});
+                           QStringLiteral("the source cannot be read: %1").arg(reasonOfErrno(errno))});
         return;
     }
     std::uint64_t position = 0;
@@ -106,8 +111,8 @@ bool ContentComparison::compareRun(const ContentPlace &place, int file, const Vo
         const ssize_t got = readAt(file, m_buffer.data(), length, position + done);
         if (got < 0 || std::size_t(got) < length) {
             const QString reason =
-                got < 0 ? systemText(errno) : QStringLiteral("it has become shorter since it was listed");
-            m_differences.add({Difference::Kind::Source,
+                got < 0 ? reasonOfErrno(errno) : QStringLiteral("it has become shorter since it was listed");
+            m_differences.add({ImageDifference::Kind::Source,
                                0,
                                m_sources.discPath(place.source),
                                {},
@@ -151,8 +156,8 @@ void ContentComparison::reportMismatch(const ContentPlace &place, const char *fr
                                        std::size_t length, std::uint64_t position, std::uint64_t offset)
 {
     const auto at = std::size_t(std::mismatch(fromSource, fromSource + length, fromImage).first - fromSource);
-    m_differences.add({Difference::Kind::Contents, place.volumes, m_sources.discPath(place.source), offset + at,
+    m_differences.add({ImageDifference::Kind::Contents, place.volumes, m_sources.discPath(place.source), offset + at,
                        QStringLiteral("the contents differ from byte %1 of the file on").arg(position + at)});
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron
