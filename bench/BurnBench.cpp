@@ -4,10 +4,10 @@
 
 #include "platform/discrecording/burn/BlockPipeline.h"
 #include "platform/discrecording/burn/BurnSink.h"
-#include "platform/discrecording/burn/DescriptorIO.h"
 #include "platform/discrecording/burn/ImageTrackWriter.h"
 #include "platform/discrecording/objects/DRFolder.h"
 #include "platform/discrecording/planning/DiscImagePlan.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/UniqueDescriptor.h"
 

@@ -2,16 +2,16 @@
 #include "platform/coreservices/Aliases.h"
 #include "platform/coreservices/LaunchServices.h"
 #include "platform/coreservices/PathAccess.h"
+#include "platform/foundation/DirectoryStream.h"
 #include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/PathBytes.h"
 #include <TessaronClasses/FileReferenceFunctions.h>
 #include <TessaronClasses/PathHelpers.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 #include <unistd.h>
 #include <vector>
 
@@ -23,11 +23,6 @@ namespace
 
 constexpr std::uint32_t pathBufferSize = 1024;
 constexpr const char *folderSettingsName = ".DS_Store";
-
-struct DirectoryCloser {
-    void operator()(DIR *directory) const { ::closedir(directory); }
-};
-using Directory = std::unique_ptr<DIR, DirectoryCloser>;
 
 bool existsAt(const QByteArray &path)
 {
@@ -50,11 +45,10 @@ bool isWorthless(int folder, const QByteArray &name)
 /// Lists an open folder as long as its entries are worthless; false when one is not, and when listing fails.
 bool listWorthless(const UniqueDescriptor &folder, std::vector<QByteArray> *names)
 {
-    UniqueDescriptor own(::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const Directory directory(own ? ::fdopendir(own.get()) : nullptr);
+    const DirectoryStream directory =
+        directoryStream(UniqueDescriptor(::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
     if (!directory)
         return false;
-    (void)own.release();
     for (;;) {
         errno = 0; // the only way to tell the end from a failure
         const dirent *const entry = ::readdir(directory.get());
@@ -106,8 +100,7 @@ QString unusedName(const QString &path)
         return path;
     while (bytes.size() > 1 && bytes.endsWith('/'))
         bytes.chop(1);
-    const QByteArray extension =
-        extensionOfName(QByteArrayView(bytes).sliced(bytes.lastIndexOf('/') + 1)).toByteArray();
+    const QByteArray extension = extensionOfName(lastPathComponent(bytes)).toByteArray();
     const QByteArray base = extension.isEmpty() ? bytes : bytes.chopped(extension.size() + 1);
     for (std::uint64_t number = 1;; ++number) {
         QByteArray candidate = QByteArray(base).append('-').append(QByteArray::number(qulonglong(number)));

@@ -25,6 +25,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/disctracks/DiscTrack.h
     platform/disctracks/SectorForm.h
     platform/disctracks/TableOfContents.h
+    platform/foundation/DescriptorIO.h
     platform/foundation/Export.h
     platform/foundation/FileSystemRepresentation.h
     platform/foundation/MainThread.h

@@ -1,6 +1,7 @@
 #include "imaging/ImageAdditions.h"
 
 #include "platform/discrecording/objects/DRTrack.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/UniqueDescriptor.h"
 #include "platform/vant/VANTHeader.h"
@@ -16,17 +17,9 @@ namespace Tessaron
 namespace
 {
 
-bool writeAll(int descriptor, QByteArrayView bytes)
+bool writeAll(int descriptor, const QByteArray &bytes)
 {
-    while (!bytes.isEmpty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), std::size_t(bytes.size()));
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        bytes = bytes.sliced(written);
-    }
-    return true;
+    return writeFully(descriptor, bytes.constData(), std::size_t(bytes.size())) == 0;
 }
 
 QByteArray headerForImageOfSize(std::uint64_t bytes, const std::shared_ptr<DRTrackProducer> &producer)

@@ -1,5 +1,5 @@
 #include "platform/discrecording/burn/DRNotificationCenter.h"
-#include "platform/discrecording/burn/DescriptorIO.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/NSFileHandle.h"
 #include <TessaronClasses/KRTrackWriter.h>

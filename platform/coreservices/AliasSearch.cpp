@@ -4,14 +4,14 @@
 #include "platform/coreservices/Mounts.h"
 #include "platform/coreservices/PathAccess.h"
 #include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/DirectoryStream.h"
+#include "platform/foundation/PathBytes.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <deque>
-#include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 
 namespace Tessaron
 {
@@ -23,21 +23,6 @@ namespace
 /// is about 10 ms on a warm disk.
 constexpr int foldersSearched = 3;
 constexpr int mostEntriesInEach = 5000;
-
-struct DirectoryCloser {
-    void operator()(DIR *directory) const { ::closedir(directory); }
-};
-
-QByteArray parentOf(const QByteArray &path)
-{
-    const qsizetype slash = path.lastIndexOf('/');
-    return slash <= 0 ? QByteArray("/") : path.left(slash);
-}
-
-QByteArray joined(const QByteArray &folder, const QByteArray &name)
-{
-    return folder.endsWith('/') ? QByteArray(folder).append(name) : QByteArray(folder).append('/').append(name);
-}
 
 } // namespace
 
@@ -71,7 +56,7 @@ void AliasSearch::collectPlaces()
         if (!isInside)
             continue;
         const QByteArray rest = m_record.pathInVolume.mid(root.size() + 1);
-        const QByteArray place = rest.isEmpty() ? mount.point : joined(mount.point, rest);
+        const QByteArray place = rest.isEmpty() ? mount.point : childPath(mount.point, rest);
         if (std::find(m_places.begin(), m_places.end(), place) == m_places.end())
             m_places.push_back(place);
     }
@@ -118,9 +103,9 @@ bool AliasSearch::findByHandle()
 bool AliasSearch::findInFolders()
 {
     return std::any_of(m_places.begin(), m_places.end(), [this](const QByteArray &place) {
-        const QByteArray folder = parentOf(place);
+        const QByteArray folder = parentPath(place);
         const QByteArray name = nameOfInodeInFolder(folder, m_record.inode);
-        return !name.isEmpty() && isAt(joined(folder, name));
+        return !name.isEmpty() && isAt(childPath(folder, name));
     });
 }
 
@@ -129,7 +114,7 @@ bool AliasSearch::findNearby()
     for (const QByteArray &place : m_places) {
         QByteArray top = place;
         for (int searched = 0; searched < foldersSearched && top != "/";) {
-            top = parentOf(top);
+            top = parentPath(top);
             struct statx facts;
             if (top == "/" || statPath(top, identityFields, &facts) != 0)
                 continue;
@@ -152,18 +137,16 @@ bool AliasSearch::findBelow(const QByteArray &top, std::uint64_t device)
         struct statx facts;
         if (!descriptor || statDescriptor(descriptor.get(), identityFields, &facts) != 0 || deviceOf(facts) != device)
             continue;
-        const std::unique_ptr<DIR, DirectoryCloser> directory(::fdopendir(descriptor.get()));
-        if (directory)
-            (void)descriptor.release();
+        const DirectoryStream directory = directoryStream(std::move(descriptor));
         const dirent *entry = nullptr;
         for (; directory && (entry = ::readdir(directory.get())) && entriesLeft > 0; --entriesLeft) {
             const QByteArray name(entry->d_name);
             if (name == "." || name == "..")
                 continue;
-            if (entry->d_ino == m_record.inode && isAt(joined(folders.front(), name)))
+            if (entry->d_ino == m_record.inode && isAt(childPath(folders.front(), name)))
                 return true;
             if (entry->d_type == DT_DIR)
-                folders.push_back(joined(folders.front(), name));
+                folders.push_back(childPath(folders.front(), name));
         }
     }
     return false;

@@ -6,11 +6,12 @@
 #include "platform/coreservices/PathAccess.h"
 #include "platform/coreservices/ResourceFork.h"
 #include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/DescriptorIO.h"
+#include "platform/foundation/PathBytes.h"
 
 #include <QPainter>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
@@ -38,8 +39,9 @@ struct Forks {
 
 QByteArray appleDoublePath(const QByteArray &path)
 {
-    const qsizetype nameStart = path.lastIndexOf('/') + 1;
-    return path.first(nameStart) + "._" + path.sliced(nameStart);
+    const QByteArrayView name = lastPathComponent(path);
+    QByteArray beside = path;
+    return beside.insert(path.size() - name.size(), "._");
 }
 
 QByteArray readFile(const QByteArray &path, qsizetype limit)
@@ -50,16 +52,10 @@ QByteArray readFile(const QByteArray &path, qsizetype limit)
     if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > limit)
         return {};
     QByteArray bytes(qsizetype(status.st_size), '\0');
-    qsizetype done = 0;
-    while (done < bytes.size()) {
-        const ssize_t got = ::read(file.get(), bytes.data() + done, std::size_t(bytes.size() - done));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            break;
-        done += got;
-    }
-    bytes.truncate(done);
+    std::size_t got = 0;
+    if (readFully(file.get(), 0, bytes.data(), std::size_t(bytes.size()), &got) != 0)
+        got = 0;
+    bytes.truncate(qsizetype(got));
     return bytes;
 }
 
@@ -70,16 +66,8 @@ bool replaceFile(const QByteArray &path, const QByteArray &bytes)
     UniqueDescriptor file(::mkostemp(pattern.data(), O_CLOEXEC));
     if (!file)
         return false;
-    qsizetype done = 0;
-    while (done < bytes.size()) {
-        const ssize_t written = ::write(file.get(), bytes.constData() + done, std::size_t(bytes.size() - done));
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            break;
-        done += written;
-    }
-    const bool isWhole = file.closeAndReport() && done == bytes.size();
+    const int failure = writeFully(file.get(), bytes.constData(), std::size_t(bytes.size()));
+    const bool isWhole = file.closeAndReport() && failure == 0;
     if (isWhole && std::rename(pattern.constData(), path.constData()) == 0)
         return true;
     ::unlink(pattern.constData());

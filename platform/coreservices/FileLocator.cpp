@@ -4,6 +4,8 @@
 #include "platform/coreservices/NodeTable.h"
 #include "platform/coreservices/PathAccess.h"
 #include "platform/coreservices/VolumeFacts.h"
+#include "platform/foundation/DirectoryStream.h"
+#include "platform/foundation/PathBytes.h"
 
 #include <algorithm>
 #include <array>
@@ -12,9 +14,7 @@
 #include <climits>
 #include <cstring>
 #include <ctime>
-#include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -23,10 +23,6 @@ namespace Tessaron
 
 namespace
 {
-
-struct DirectoryCloser {
-    void operator()(DIR *directory) const { ::closedir(directory); }
-};
 
 /// Names of one folder by inode.
 struct FolderListing {
@@ -61,10 +57,9 @@ FolderListing listFolder(UniqueDescriptor folder, const struct statx &facts)
 {
     FolderListing listing;
     const auto start = std::chrono::steady_clock::now();
-    const std::unique_ptr<DIR, DirectoryCloser> directory(::fdopendir(folder.get()));
+    const DirectoryStream directory = directoryStream(std::move(folder));
     if (!directory)
         return listing;
-    (void)folder.release();
     while (const dirent *const entry = ::readdir(directory.get())) {
         listing.names.emplace_back(entry->d_ino, static_cast<std::uint32_t>(listing.text.size()));
         listing.text.append(entry->d_name, std::strlen(entry->d_name) + 1);
@@ -79,20 +74,6 @@ FolderListing listFolder(UniqueDescriptor folder, const struct statx &facts)
     const auto end = std::chrono::steady_clock::now();
     listing.servesAnywayUntil = listing.names.size() < manyNames ? end : end + 20 * (end - start);
     return listing;
-}
-
-QByteArray parentPath(const QByteArray &path)
-{
-    const qsizetype slash = path.lastIndexOf('/');
-    return slash <= 0 ? QByteArray("/") : path.left(slash);
-}
-
-QByteArray childPath(const QByteArray &folder, QByteArrayView name)
-{
-    QByteArray path = folder;
-    if (!path.endsWith('/'))
-        path += '/';
-    return path.append(name);
 }
 
 /// One reference being looked for.
@@ -166,7 +147,7 @@ bool Search::findByInode(bool *isGone)
     if (path.isEmpty())
         return false;
     // The system names no symbolic links on the way; keep the way that the program knows where it leads there, too.
-    return isAt(childPath(folder, path.sliced(path.lastIndexOf('/') + 1))) || isAt(path);
+    return isAt(childPath(folder, lastPathComponent(path))) || isAt(path);
 }
 
 bool Search::findInFolder()

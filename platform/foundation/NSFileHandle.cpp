@@ -1,8 +1,8 @@
 #include "platform/foundation/NSFileHandle.h"
 
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 
@@ -26,18 +26,8 @@ std::shared_ptr<NSFileHandle> NSFileHandle::fileHandleForWritingAtPath(const QSt
 
 NSError NSFileHandle::writeData(const void *bytes, std::size_t length)
 {
-    const char *at = static_cast<const char *>(bytes);
-    constexpr std::size_t largestWrite = std::size_t(1) << 30; // the kernel takes no more than 2 GiB at once
-    while (length > 0) {
-        const ssize_t written = ::write(m_descriptor.get(), at, std::min(length, largestWrite));
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return NSError::errorWithErrno(written < 0 ? errno : EIO, m_path);
-        at += written;
-        length -= std::size_t(written);
-    }
-    return {};
+    const int failure = writeFully(m_descriptor.get(), bytes, length);
+    return failure == 0 ? NSError() : NSError::errorWithErrno(failure, m_path);
 }
 
 NSError NSFileHandle::closeFile()

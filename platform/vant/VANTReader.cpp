@@ -1,6 +1,7 @@
 #include "platform/vant/VANTReader.h"
 
 #include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/UniqueDescriptor.h"
 #include "platform/vant/Crc32.h"
@@ -220,17 +221,9 @@ VANTReadResult parseTrailer(const std::uint8_t *trailer, const TailFacts &facts,
 /// Reads `length` bytes at `offset`; 0, or an `errno` value. A file that ends too early is an input error.
 int readAt(int descriptor, std::uint8_t *to, std::size_t length, std::uint64_t offset)
 {
-    while (length > 0) {
-        const ssize_t got = ::pread(descriptor, to, length, off_t(offset));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            return got < 0 ? errno : EIO;
-        to += got;
-        length -= std::size_t(got);
-        offset += std::uint64_t(got);
-    }
-    return 0;
+    std::size_t got = 0;
+    const int failure = readFully(descriptor, offset, to, length, &got);
+    return failure == 0 && got < length ? EIO : failure;
 }
 
 VANTReadResult readOpenFile(int descriptor, const QString &path)

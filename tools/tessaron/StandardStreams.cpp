@@ -1,10 +1,10 @@
 #include "tools/tessaron/StandardStreams.h"
 
+#include "platform/foundation/DescriptorIO.h"
 #include "tools/tessaron/Text.h"
 
 #include <cerrno>
 #include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
 
 namespace Tessaron::Tool
@@ -24,19 +24,10 @@ void occupyStandardDescriptors()
 
 bool writeAll(int descriptor, QByteArrayView bytes)
 {
-    while (!bytes.isEmpty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), size_t(bytes.size()));
-        if (written > 0) {
-            bytes = bytes.sliced(written);
-        } else if (written < 0 && errno == EAGAIN) {
-            pollfd waiting = {descriptor, POLLOUT, 0};
-            if (::poll(&waiting, 1, -1) < 0 && errno != EINTR)
-                return false;
-        } else if (written < 0 && errno != EINTR) {
-            return false;
-        }
-    }
-    return true;
+    const int failure = writeFully(descriptor, bytes.data(), std::size_t(bytes.size()));
+    if (failure != 0)
+        errno = failure;
+    return failure == 0;
 }
 
 void printToStandardError(const QByteArray &text)

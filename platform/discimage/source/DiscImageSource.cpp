@@ -2,6 +2,7 @@
 
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/vant/VANTReader.h"
 
@@ -134,19 +135,11 @@ NSError DiscImageSource::readFile(std::uint64_t offset, void *buffer, std::size_
         std::memcpy(buffer, m_bytes.constData() + offset, length);
         return {};
     }
-    auto *to = static_cast<char *>(buffer);
-    while (length > 0) {
-        const ssize_t got = ::pread(m_file.get(), to, length, off_t(offset));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            return NSError::errorWithErrno(errno, m_path);
-        if (got == 0) // it was longer when it was opened
-            return beyondTheEnd(offset, length, offset);
-        to += got;
-        length -= std::size_t(got);
-        offset += std::uint64_t(got);
-    }
+    std::size_t got = 0;
+    if (const int failure = readFully(m_file.get(), offset, buffer, length, &got))
+        return NSError::errorWithErrno(failure, m_path);
+    if (got < length) // it was longer when it was opened
+        return beyondTheEnd(offset + got, length - got, offset + got);
     return {};
 }
 

@@ -1,9 +1,9 @@
 #include "platform/discrecording/burn/BurnSink.h"
 
 #include "platform/discrecording/burn/BurnErrors.h"
-#include "platform/discrecording/burn/DescriptorIO.h"
 #include "platform/discrecording/burn/KernelCopy.h"
 #include "platform/discrecording/content/FileContentsReader.h"
+#include "platform/foundation/DescriptorIO.h"
 
 #include <algorithm>
 #include <cerrno>

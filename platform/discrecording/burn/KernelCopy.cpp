@@ -1,6 +1,6 @@
 #include "platform/discrecording/burn/KernelCopy.h"
 
-#include "platform/discrecording/burn/DescriptorIO.h"
+#include "platform/foundation/DescriptorIO.h"
 
 #include <algorithm>
 #include <cerrno>

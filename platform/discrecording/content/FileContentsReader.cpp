@@ -1,9 +1,9 @@
 #include "platform/discrecording/content/FileContentsReader.h"
 
 #include "platform/coreservices/FSRefAccess.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <fcntl.h>
@@ -112,19 +112,9 @@ UniqueDescriptor openFileContents(const FileContents &file, NSError *error, cons
 NSError readFileContents(int descriptor, const FileContents &file, std::uint64_t offset, void *buffer,
                          std::uint64_t length)
 {
-    constexpr std::uint64_t largestRead = std::uint64_t(1) << 30; // the kernel reads no more than 2 GiB at once
-    char *into = static_cast<char *>(buffer);
-    while (length > 0) {
-        const ssize_t got = ::pread(descriptor, into, std::size_t(std::min(length, largestRead)), off_t(offset));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            return fileContentsReadError(descriptor, file, got < 0 ? errno : 0);
-        into += got;
-        offset += std::uint64_t(got);
-        length -= std::uint64_t(got);
-    }
-    return {};
+    std::size_t got = 0;
+    const int failure = readFully(descriptor, offset, buffer, length, &got);
+    return failure == 0 && got == length ? NSError() : fileContentsReadError(descriptor, file, failure);
 }
 
 NSError fileContentsReadError(int descriptor, const FileContents &file, int errnoValue)

@@ -1,6 +1,6 @@
 #include "tests/discrecording/burn/TestConsumers.h"
 
-#include "platform/discrecording/burn/DescriptorIO.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/NSError.h"
 
 #include <fcntl.h>

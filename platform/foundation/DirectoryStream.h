@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/foundation/UniqueDescriptor.h"
+
+#include <dirent.h>
+#include <memory>
+
+namespace Tessaron
+{
+
+struct DirectoryCloser {
+    void operator()(DIR *directory) const { ::closedir(directory); }
+};
+
+/// An open folder being listed; closes it at the end of its life.
+using DirectoryStream = std::unique_ptr<DIR, DirectoryCloser>;
+
+/// Begins to list the open folder, which from now on belongs to the stream. Null with `errno` set when that fails; the
+/// folder is closed then.
+[[nodiscard]] inline DirectoryStream directoryStream(UniqueDescriptor folder)
+{
+    DirectoryStream stream(folder ? ::fdopendir(folder.get()) : nullptr);
+    if (stream)
+        (void)folder.release();
+    return stream;
+}
+
+} // namespace Tessaron
