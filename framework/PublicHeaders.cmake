@@ -25,6 +25,8 @@ set(TESSARON_PUBLIC_HEADERS
     platform/disctracks/DiscTrack.h
     platform/disctracks/SectorForm.h
     platform/disctracks/TableOfContents.h
+    platform/disctracks/vant/VANTImage.h
+    platform/disctracks/vant/VANTReader.h
     platform/foundation/DescriptorIO.h
     platform/foundation/Export.h
     platform/foundation/FileSystemRepresentation.h
@@ -36,7 +38,4 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/NSThread.h
     platform/foundation/OSStatus.h
     platform/foundation/Result.h
-    platform/foundation/UniqueDescriptor.h
-    platform/vant/VANTHeader.h
-    platform/vant/VANTImage.h
-    platform/vant/VANTReader.h)
+    platform/foundation/UniqueDescriptor.h)

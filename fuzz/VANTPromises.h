@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/disctracks/vant/Crc32.h"
+#include "platform/disctracks/vant/VANTReader.h"
+#include "platform/disctracks/vant/VANTRecords.h"
 #include "platform/foundation/ByteOrder.h"
-#include "platform/vant/Crc32.h"
-#include "platform/vant/VANTReader.h"
-#include "platform/vant/VANTRecords.h"
 
 #include <cstring>
 

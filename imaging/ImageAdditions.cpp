@@ -4,8 +4,8 @@
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/UniqueDescriptor.h"
-#include "platform/vant/VANTHeader.h"
 #include <TessaronClasses/CueSheets.h>
+#include <TessaronClasses/VANTHeader.h>
 
 #include <cerrno>
 #include <fcntl.h>

@@ -16,6 +16,7 @@ import tempfile
 LAYERS = [
     "platform/foundation",
     "platform/disctracks",
+    "platform/disctracks/vant",
     "platform/coreservices",
     "platform/discrecording/names",
     "platform/discrecording/objects",
@@ -26,7 +27,6 @@ LAYERS = [
     "platform/discrecording/hfsplus",
     "platform/discrecording/planning",
     "platform/discrecording/burn",
-    "platform/vant",
     "platform/discimage/source",
     "platform/discimage/volume",
     "platform/discimage/iso9660",

@@ -2,7 +2,7 @@
 
 #include "platform/discrecording/objects/DRFolder.h"
 #include "platform/discrecording/objects/DRTrack.h"
-#include "platform/vant/VANTHeader.h"
+#include <TessaronClasses/VANTHeader.h>
 
 namespace Tessaron::Tool
 {

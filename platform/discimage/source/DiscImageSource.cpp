@@ -1,10 +1,10 @@
 #include "platform/discimage/source/DiscImageSource.h"
 
 #include "platform/discimage/source/DiscImageErrors.h"
+#include "platform/disctracks/vant/VANTReader.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
-#include "platform/vant/VANTReader.h"
 
 #include <algorithm>
 #include <array>

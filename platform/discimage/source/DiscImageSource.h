@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/disctracks/vant/VANTImage.h"
 #include "platform/foundation/Export.h"
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/UniqueDescriptor.h"
-#include "platform/vant/VANTImage.h"
 
 #include <QByteArray>
 #include <QString>

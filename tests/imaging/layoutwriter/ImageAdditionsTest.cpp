@@ -1,6 +1,6 @@
 #include "imaging/ImageAdditions.h"
 
-#include "platform/vant/VANTReader.h"
+#include "platform/disctracks/vant/VANTReader.h"
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/KRLayoutWriter.h>
 

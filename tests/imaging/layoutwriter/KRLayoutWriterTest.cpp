@@ -1,8 +1,8 @@
-#include "platform/vant/VANTHeader.h"
-#include "platform/vant/VANTReader.h"
+#include "platform/disctracks/vant/VANTReader.h"
 #include "tests/imaging/layoutwriter/LayoutWriterFixture.h"
 #include "tests/support/EventLoop.h"
 #include <TessaronClasses/KRTrackWriter.h>
+#include <TessaronClasses/VANTHeader.h>
 
 #include <algorithm>
 #include <cstdio>

@@ -1,8 +1,8 @@
-#include "tests/vant/VANTSamples.h"
+#include "tests/disctracks/vant/VANTSamples.h"
 
 #include "fuzz/VANTPromises.h"
 
-#include "platform/vant/VANTHeader.h"
+#include <TessaronClasses/VANTHeader.h>
 
 #include <cstring>
 

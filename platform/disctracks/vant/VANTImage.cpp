@@ -1,4 +1,4 @@
-#include "platform/vant/VANTImage.h"
+#include "platform/disctracks/vant/VANTImage.h"
 
 namespace Tessaron
 {

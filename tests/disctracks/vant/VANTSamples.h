@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/discrecording/objects/DRTrack.h"
-#include "platform/vant/VANTReader.h"
+#include "platform/disctracks/vant/VANTReader.h"
 
 #include <QByteArray>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/vant/VANTImage.h"
+#include "platform/disctracks/vant/VANTImage.h"
 
 #include <cstddef>
 #include <cstdint>

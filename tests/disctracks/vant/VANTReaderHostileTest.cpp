@@ -1,6 +1,6 @@
-#include "platform/vant/VANTHeader.h"
-#include "platform/vant/VANTReader.h"
-#include "tests/vant/VANTSamples.h"
+#include "platform/disctracks/vant/VANTReader.h"
+#include "tests/disctracks/vant/VANTSamples.h"
+#include <TessaronClasses/VANTHeader.h>
 
 #include <QDir>
 #include <QFile>

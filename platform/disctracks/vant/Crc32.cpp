@@ -1,4 +1,4 @@
-#include "platform/vant/Crc32.h"
+#include "platform/disctracks/vant/Crc32.h"
 
 #include <array>
 

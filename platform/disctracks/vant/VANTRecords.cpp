@@ -1,4 +1,4 @@
-#include "platform/vant/VANTRecords.h"
+#include "platform/disctracks/vant/VANTRecords.h"
 
 #include "platform/foundation/ByteOrder.h"
 

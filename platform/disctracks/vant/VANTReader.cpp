@@ -1,11 +1,11 @@
-#include "platform/vant/VANTReader.h"
+#include "platform/disctracks/vant/VANTReader.h"
 
+#include "platform/disctracks/vant/Crc32.h"
+#include "platform/disctracks/vant/VANTRecords.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/UniqueDescriptor.h"
-#include "platform/vant/Crc32.h"
-#include "platform/vant/VANTRecords.h"
 
 #include <algorithm>
 #include <cerrno>

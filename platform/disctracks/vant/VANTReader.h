@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/disctracks/vant/VANTImage.h"
 #include "platform/foundation/Export.h"
 #include "platform/foundation/NSError.h"
-#include "platform/vant/VANTImage.h"
 
 #include <QByteArrayView>
 #include <QString>

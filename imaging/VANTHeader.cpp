@@ -1,8 +1,7 @@
-#include "platform/vant/VANTHeader.h"
-
+#include "platform/disctracks/vant/Crc32.h"
+#include "platform/disctracks/vant/VANTRecords.h"
 #include "platform/foundation/ByteOrder.h"
-#include "platform/vant/Crc32.h"
-#include "platform/vant/VANTRecords.h"
+#include <TessaronClasses/VANTHeader.h>
 
 #include <array>
 #include <cstring>

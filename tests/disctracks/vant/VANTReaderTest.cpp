@@ -1,8 +1,8 @@
-#include "platform/vant/VANTReader.h"
+#include "platform/disctracks/vant/VANTReader.h"
 
-#include "platform/vant/VANTHeader.h"
+#include "tests/disctracks/vant/VANTSamples.h"
 #include "tests/support/TemporaryTree.h"
-#include "tests/vant/VANTSamples.h"
+#include <TessaronClasses/VANTHeader.h>
 
 #include <QDir>
 #include <QFile>

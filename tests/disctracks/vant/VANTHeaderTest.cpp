@@ -1,7 +1,6 @@
-#include "platform/vant/VANTHeader.h"
-
 #include "platform/discrecording/objects/DRFolder.h"
-#include "tests/vant/VANTSamples.h"
+#include "tests/disctracks/vant/VANTSamples.h"
+#include <TessaronClasses/VANTHeader.h>
 
 #include <gtest/gtest.h>
 #include <limits>
