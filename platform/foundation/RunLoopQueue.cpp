@@ -4,6 +4,8 @@
 #include <QEvent>
 #include <QThread>
 
+#include <memory>
+#include <new>
 #include <utility>
 
 namespace Tessaron
@@ -50,8 +52,15 @@ void RunLoopQueue::perform(std::function<void()> function)
     const std::lock_guard lock(m_mutex);
     if (!m_receiver)
         return;
+    // Either both are there or none: a function without its event would wait for one that belongs to the next.
+    auto event = std::make_unique<QEvent>(QEvent::User);
     m_functions.push_back(std::move(function));
-    QCoreApplication::postEvent(m_receiver.get(), new QEvent(QEvent::User));
+    try {
+        QCoreApplication::postEvent(m_receiver.get(), event.release());
+    } catch (const std::bad_alloc &) {
+        m_functions.pop_back();
+        throw;
+    }
 }
 
 void RunLoopQueue::close()
