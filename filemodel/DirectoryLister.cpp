@@ -17,8 +17,9 @@ namespace
 class FileSystemLister final : public DirectoryLister
 {
 public:
-    std::unique_ptr<DirectoryListing> open(const FSRef &folder, DirectoryListing *parent) override;
+    std::unique_ptr<DirectoryListing> open(const FSRef &folder, DirectoryListing *parent, int *errnoValue) override;
     void willOpen(const std::vector<FSRef> &folders) override;
+    void giveBackDescriptors() override;
     void endScan() override { m_reader.reset(); }
 
     /// Null where nothing is to be read ahead.
@@ -46,6 +47,8 @@ public:
 
     OSStatus next(std::uint32_t maximum, std::uint32_t *actual, std::uint32_t whichInfo, FSBulkEntry *entries) override;
 
+    [[nodiscard]] int errnoValue() const override { return m_errnoValue; }
+
     void rest() override
     {
         collect();
@@ -63,6 +66,7 @@ private:
     FolderReader::Folder m_folder;
     std::size_t m_nextBatch = 0;
     int m_batchesTaken = 0;
+    int m_errnoValue = 0;
     FolderReader::Reading m_reading;
 };
 
@@ -78,8 +82,10 @@ OSStatus FileSystemListing::next(std::uint32_t maximum, std::uint32_t *actual, s
         *actual = std::min(maximum, static_cast<std::uint32_t>(batch.entries.size()));
         std::copy_n(batch.entries.begin(), *actual, entries);
         status = batch.status;
+        m_errnoValue = batch.errnoValue;
     } else {
         status = FSGetCatalogInfoBulk(*m_folder.iterator, maximum, actual, whichInfo, entries);
+        m_errnoValue = m_folder.iterator->errnoValue();
     }
     ++m_batchesTaken;
     if (status == noErr)
@@ -110,19 +116,21 @@ void FileSystemListing::readOnIfLong()
         m_reading = reader->readOn(m_folder.iterator);
 }
 
-std::unique_ptr<DirectoryListing> FileSystemLister::open(const FSRef &folder, DirectoryListing *parent)
+std::unique_ptr<DirectoryListing> FileSystemLister::open(const FSRef &folder, DirectoryListing *parent, int *errnoValue)
 {
     FolderReader::Folder opened;
     if (!m_reader || !m_reader->take(folder, &opened)) {
         const auto *const above = static_cast<const FileSystemListing *>(parent);
-        OSStatus status = noErr;
-        opened.iterator = FSOpenIteratorBelow(folder, above ? above->iterator() : nullptr, &status);
-        if (!opened.iterator && status == tmfoErr && m_reader) {
-            m_reader->dropRead();
-            opened.iterator = FSOpenIteratorBelow(folder, above ? above->iterator() : nullptr, &status);
-        }
+        opened.iterator = openIteratorBelow(folder, above ? above->iterator() : nullptr, &opened.errnoValue);
     }
+    *errnoValue = opened.errnoValue;
     return opened.iterator ? std::make_unique<FileSystemListing>(*this, std::move(opened)) : nullptr;
+}
+
+void FileSystemLister::giveBackDescriptors()
+{
+    if (m_reader)
+        m_reader->dropFolders();
 }
 
 void FileSystemLister::willOpen(const std::vector<FSRef> &folders)

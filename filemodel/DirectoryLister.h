@@ -21,6 +21,8 @@ public:
 
     [[nodiscard]] virtual OSStatus next(std::uint32_t maximum, std::uint32_t *actual, std::uint32_t whichInfo,
                                         FSBulkEntry *entries) = 0;
+    /// Why the last next() failed.
+    [[nodiscard]] virtual int errnoValue() const = 0;
     /// The walk goes deep below this folder and comes back later: what is scarce is given back meanwhile.
     virtual void rest() = 0;
 };
@@ -34,11 +36,15 @@ public:
     DirectoryLister(const DirectoryLister &) = delete;
     DirectoryLister &operator=(const DirectoryLister &) = delete;
 
-    /// Opens a folder; null when that fails. `parent` is the open listing of the folder that holds it, or null.
-    [[nodiscard]] virtual std::unique_ptr<DirectoryListing> open(const FSRef &folder, DirectoryListing *parent) = 0;
+    /// Opens a folder; null with `*errnoValue` set when that fails. `parent` is the open listing of the folder that
+    /// holds it, or null.
+    [[nodiscard]] virtual std::unique_ptr<DirectoryListing> open(const FSRef &folder, DirectoryListing *parent,
+                                                                 int *errnoValue) = 0;
 
     /// These folders, in this order, are likely to be opened soon. A hint.
     virtual void willOpen(const std::vector<FSRef> &) { }
+    /// Descriptors have run out: those held for folders to come are closed, and no more are opened for these.
+    virtual void giveBackDescriptors() { }
     /// The scan is over: whatever was prepared for it is dropped.
     virtual void endScan() { }
 

@@ -1,9 +1,12 @@
 #include "filemodel/DirectoryScan.h"
 
 #include "filemodel/FolderReader.h"
-#include "platform/foundation/NSThread.h"
+#include "filemodel/ScanRecord.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
+
+#include <cerrno>
+#include <new>
 
 namespace Tessaron
 {
@@ -50,36 +53,31 @@ std::shared_ptr<KRFileHierarchyItem> itemForFile(const FSBulkEntry &entry)
         KRFileReference::initWithFSRef(entry.ref, std::move(attributes)));
 }
 
-void countOneMore(std::atomic<std::uint32_t> &counter)
-{
-    // Only the worker writes: no need for a locked increment.
-    counter.store(counter.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-}
-
 } // namespace
 
-DirectoryScan::DirectoryScan(KRDirectoryScanner &scanner)
-    : m_scanner(scanner)
+DirectoryScan::DirectoryScan(const FSRef &folder, DirectoryLister &lister, ScanRecord &record, Hooks hooks)
+    : m_folder(folder)
+    , m_lister(lister)
+    , m_record(record)
+    , m_hooks(std::move(hooks))
 {
 }
 
 DirectoryScan::~DirectoryScan() = default;
 
-bool DirectoryScan::isCancelled() const
-{
-    return m_scanner.m_scanThread->isCancelled();
-}
-
 bool DirectoryScan::run()
 {
-    m_scanner.m_scannedFiles.store(0, std::memory_order_relaxed);
-    m_scanner.m_scannedDirs.store(0, std::memory_order_relaxed);
-    m_scanner.m_errorCount.store(0, std::memory_order_relaxed);
-    m_root =
-        KRFileHierarchyItem::fileHierarchyItemWithFileReference(KRFileReference::initWithFSRef(m_scanner.m_fileRef));
-    enterFolder(m_scanner.m_fileRef, m_root);
-    const bool wasCancelled = walk();
-    m_scanner.m_lister->endScan();
+    m_record.begin();
+    bool wasCancelled = false;
+    m_entering = m_folder;
+    try {
+        m_root = KRFileHierarchyItem::fileHierarchyItemWithFileReference(KRFileReference::initWithFSRef(m_folder));
+        enterFolder(m_folder, m_root);
+        wasCancelled = walk();
+    } catch (const std::bad_alloc &) {
+        giveUp();
+    }
+    m_lister.endScan();
     return wasCancelled;
 }
 
@@ -92,7 +90,7 @@ bool DirectoryScan::walk()
             continue;
         }
         // What was built so far stays; the folders above notice the cancellation at their own next entries.
-        if (isCancelled()) {
+        if (m_hooks.isCancelled()) {
             const bool isRoot = m_depth == 1;
             leaveFolder();
             if (isRoot)
@@ -109,19 +107,29 @@ DirectoryScan::Step DirectoryScan::prepareEntry(Level &level)
 {
     while (level.next == level.count) {
         if (level.status != noErr && level.status != errFSNoMoreItems) {
-            countOneMore(m_scanner.m_errorCount);
-            m_scanner.scheduleErrorReport(level.status, level.folder);
+            m_record.countError();
+            m_record.noteUnreadable(level.folder, level.listing->errnoValue());
+            m_hooks.reportError(level.status, level.folder);
         }
         if (level.status != noErr || !level.listing)
             return Step::EndOfFolder;
-        level.entries.resize(batchSize);
-        std::uint32_t actual = 0;
-        level.status = level.listing->next(batchSize, &actual, wantedInfo, level.entries.data());
-        level.count = actual;
-        level.next = 0;
+        fetchBatch(level);
         announceFolders(level);
     }
     return Step::Entry;
+}
+
+void DirectoryScan::fetchBatch(Level &level)
+{
+    level.entries.resize(batchSize);
+    level.count = level.next = 0;
+    std::uint32_t actual = 0;
+    level.status = level.listing->next(batchSize, &actual, wantedInfo, level.entries.data());
+    if (level.status == tmfoErr && actual == 0) {
+        giveBackDescriptors();
+        level.status = level.listing->next(batchSize, &actual, wantedInfo, level.entries.data());
+    }
+    level.count = actual;
 }
 
 /// Tells the lister which folders come next, but for the first, which is opened right away.
@@ -137,26 +145,30 @@ void DirectoryScan::announceFolders(const Level &level)
     if (folders.size() < 2)
         return;
     folders.erase(folders.begin());
-    m_scanner.m_lister->willOpen(folders);
+    m_lister.willOpen(folders);
 }
 
 void DirectoryScan::takeEntry(const FSBulkEntry &entry)
 {
+    KRFileHierarchyItem &parent = *m_levels[m_depth - 1].item;
     if (entry.info.nodeFlags & kFSNodeIsDirectoryMask) {
-        countOneMore(m_scanner.m_scannedDirs);
+        m_record.countFolder();
         const FSRef folder = entry.ref;
-        enterFolder(folder, itemForFolder(folder));
+        const std::shared_ptr<KRFileHierarchyItem> item = itemForFolder(folder);
+        // Added while it is empty: otherwise the tree would look at all levels above for a circle.
+        parent.addItem(item);
+        enterFolder(folder, item);
         return;
     }
-    countOneMore(m_scanner.m_scannedFiles);
-    m_levels[m_depth - 1].item->addItem(itemForFile(entry));
+    m_record.countFile();
+    parent.addItem(itemForFile(entry));
 }
 
 void DirectoryScan::enterFolder(const FSRef &folder, const std::shared_ptr<KRFileHierarchyItem> &item)
 {
-    DirectoryListing *const above = m_depth > 0 ? m_levels[m_depth - 1].listing.get() : nullptr;
-    std::unique_ptr<DirectoryListing> listing = m_scanner.m_lister->open(folder, above);
-    if (m_depth > mostOpenLevels) {
+    m_entering = folder;
+    std::unique_ptr<DirectoryListing> listing = openListing(folder);
+    if (m_depth > mostOpenLevels && m_levels[m_depth - 1].listing) {
         Level &parent = m_levels[m_depth - 1];
         parent.listing->rest();
         parent.entries.erase(parent.entries.begin() + static_cast<std::ptrdiff_t>(parent.count), parent.entries.end());
@@ -173,17 +185,63 @@ void DirectoryScan::enterFolder(const FSRef &folder, const std::shared_ptr<KRFil
     level.listing = std::move(listing);
     level.count = level.next = 0;
     level.status = noErr;
+    m_entering = {};
+}
+
+/// Null when the folder cannot be opened, which is noted.
+std::unique_ptr<DirectoryListing> DirectoryScan::openListing(const FSRef &folder)
+{
+    DirectoryListing *const above = m_depth > 0 ? m_levels[m_depth - 1].listing.get() : nullptr;
+    int error = 0;
+    std::unique_ptr<DirectoryListing> listing = m_lister.open(folder, above, &error);
+    if (!listing && (error == EMFILE || error == ENFILE)) {
+        giveBackDescriptors();
+        listing = m_lister.open(folder, above, &error);
+    }
+    if (!listing)
+        m_record.noteUnreadable(folder, error);
+    return listing;
+}
+
+/// The system has no descriptor left: all that wait for their turn give back theirs.
+void DirectoryScan::giveBackDescriptors()
+{
+    m_lister.giveBackDescriptors();
+    for (std::size_t index = 0; index < m_depth; ++index) {
+        if (m_levels[index].listing)
+            m_levels[index].listing->rest();
+    }
 }
 
 void DirectoryScan::leaveFolder()
 {
     Level &level = m_levels[--m_depth];
     level.listing.reset();
-    const std::shared_ptr<KRFileHierarchyItem> item = std::move(level.item);
-    if (m_depth > 0)
-        m_levels[m_depth - 1].item->addItem(item);
+    level.item.reset();
     if (m_depth > mostOpenLevels)
         level.entries = {};
+}
+
+/// Memory has run out. What was built so far stays; what is missing is said, as far as there is room for saying it.
+void DirectoryScan::giveUp()
+{
+    for (Level &level : m_levels) {
+        level.listing.reset();
+        level.entries = {};
+    }
+    m_lister.endScan();
+    const FSRef at = m_entering.node != 0 || m_depth == 0 ? m_entering : m_levels[m_depth - 1].folder;
+    try {
+        m_record.countError();
+        m_record.noteUnreadable(at, ENOMEM);
+        m_hooks.reportError(memFullErr, at);
+        for (std::size_t index = m_depth; index-- > 0;) {
+            if (m_levels[index].folder != at)
+                m_record.noteUnreadable(m_levels[index].folder, ENOMEM);
+        }
+    } catch (const std::bad_alloc &) {
+        m_record.noteOutOfMemory();
+    }
 }
 
 } // namespace Tessaron

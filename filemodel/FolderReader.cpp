@@ -3,6 +3,8 @@
 #include "platform/coreservices/FSIterator.h"
 
 #include <atomic>
+#include <cerrno>
+#include <new>
 
 namespace Tessaron
 {
@@ -23,11 +25,12 @@ struct FolderReader::Job {
     enum class State { Pending, Reading, Read, Withdrawn };
 
     void read();
+    void readOrGiveUp() noexcept;
 
     FSRef ref;
     std::atomic<bool> isAbandoned = false; ///< ends the reading after the bulk call that it is in
     std::size_t mostBatches = mostBatchesAhead;
-    bool isShortOfDescriptors = false; ///< the system had none for the folder; the scan is to try again
+    bool hasNoRoom = false; ///< there was no descriptor, or no memory, for the folder; the scan is to try again
     State state = State::Pending; ///< guarded by the reader's mutex; the folder is the thread's own while it reads
     Folder folder;
 };
@@ -36,8 +39,8 @@ void FolderReader::Job::read()
 {
     OSStatus status = noErr;
     if (!folder.iterator)
-        folder.iterator = FSOpenIterator(ref, &status);
-    isShortOfDescriptors = !folder.iterator && status == tmfoErr;
+        folder.iterator = openIteratorBelow(ref, nullptr, &folder.errnoValue);
+    hasNoRoom = !folder.iterator && (folder.errnoValue == EMFILE || folder.errnoValue == ENFILE);
     while (folder.iterator && status == noErr && folder.batches.size() < mostBatches && !isAbandoned) {
         Batch &batch = folder.batches.emplace_back();
         batch.entries.resize(batchSize);
@@ -45,9 +48,21 @@ void FolderReader::Job::read()
         status = FSGetCatalogInfoBulk(*folder.iterator, batchSize, &actual, whichInfo, batch.entries.data());
         batch.entries.resize(actual);
         batch.status = status;
+        batch.errnoValue = folder.iterator->errnoValue();
     }
     if (folder.iterator && status == errFSNoMoreItems)
         folder.iterator->releaseDescriptor();
+}
+
+/// On the reader's thread, where nothing may be thrown.
+void FolderReader::Job::readOrGiveUp() noexcept
+{
+    try {
+        read();
+    } catch (const std::bad_alloc &) {
+        hasNoRoom = true;
+        folder = {};
+    }
 }
 
 FolderReader::FolderReader()
@@ -73,13 +88,11 @@ void FolderReader::readAhead(const std::vector<FSRef> &folders)
         const std::lock_guard lock(m_mutex);
         forgetWhatIsTaken();
         for (const FSRef &ref : folders) {
+            std::shared_ptr<Job> job(new Job); // apart from its count, which pointers in m_pending keep
+            job->ref = ref;
             // A file system that lists one name twice gets it read once.
-            const auto [entry, isNew] = m_jobs.try_emplace(ref.node);
-            if (!isNew)
-                continue;
-            entry->second = std::shared_ptr<Job>(new Job); // apart from its count, which pointers in m_pending keep
-            entry->second->ref = ref;
-            m_pending.push_back(entry->second);
+            if (m_jobs.try_emplace(ref.node, job).second)
+                m_pending.push_back(job);
         }
     }
     m_hasWork.notify_one();
@@ -111,6 +124,8 @@ std::vector<FolderReader::Batch> FolderReader::takeOn(const Reading &reading)
         m_isRead.wait(lock, [&reading] { return reading->state == Job::State::Read; });
         --m_readCount;
         m_hasWork.notify_one();
+        if (reading->hasNoRoom)
+            throw std::bad_alloc(); // with names that were taken from the iterator
     }
     return std::move(reading->folder.batches);
 }
@@ -143,16 +158,22 @@ bool FolderReader::take(const FSRef &ref, Folder *folder)
     --m_readCount;
     m_hasWork.notify_one();
     // Another folder of the name may have come between the two looks.
-    if (job->ref != ref || job->isShortOfDescriptors)
+    if (job->ref != ref || job->hasNoRoom)
         return false;
     *folder = std::move(job->folder);
     return true;
 }
 
-void FolderReader::dropRead()
+void FolderReader::dropFolders()
 {
-    const std::lock_guard lock(m_mutex);
-    m_readCount -= std::erase_if(m_jobs, [](const auto &each) { return each.second->state == Job::State::Read; });
+    std::unique_lock lock(m_mutex);
+    if (m_current)
+        m_isRead.wait(lock, [current = m_current] { return current->state == Job::State::Read; });
+    for (const auto &[node, job] : m_jobs) {
+        m_readCount -= job->state == Job::State::Read ? 1 : 0;
+        job->state = Job::State::Withdrawn;
+    }
+    m_jobs.clear();
     m_hasWork.notify_one();
 }
 
@@ -167,7 +188,7 @@ void FolderReader::forgetWhatIsTaken()
 void FolderReader::run()
 {
     while (const std::shared_ptr<Job> job = nextJob()) {
-        job->read();
+        job->readOrGiveUp();
         {
             const std::lock_guard lock(m_mutex);
             job->state = Job::State::Read;

@@ -29,11 +29,13 @@ public:
     struct Batch {
         std::vector<FSBulkEntry> entries;
         OSStatus status = noErr;
+        int errnoValue = 0; ///< of a status that is a failure
     };
-    /// An open folder (null when it cannot be opened) and its first batches.
+    /// An open folder (null with an `errno` value when it cannot be opened) and its first batches.
     struct Folder {
         std::shared_ptr<FSIterator> iterator;
         std::vector<Batch> batches;
+        int errnoValue = 0;
     };
 
     /// std::system_error when the system has no thread to give.
@@ -51,7 +53,8 @@ public:
 
     /// Begins to read on in an open folder, some batches further. Nobody else may use the iterator until takeOn().
     [[nodiscard]] Reading readOn(std::shared_ptr<FSIterator> iterator);
-    /// The batches, at least one; waits for them, or reads them itself when the reader has not begun.
+    /// The batches, at least one; waits for them, or reads them itself when the reader has not begun. std::bad_alloc
+    /// also when the reader ran out of memory at it.
     [[nodiscard]] std::vector<Batch> takeOn(const Reading &reading);
     /// Returns when the reader no longer uses the iterator, which is soon; what was read is lost.
     void abandon(const Reading &reading);
@@ -60,9 +63,8 @@ public:
     /// to open it. Either way the reader forgets it.
     [[nodiscard]] bool take(const FSRef &ref, Folder *folder);
 
-    /// Gives back what was read ahead and not taken, to have its descriptors closed; the scan opens those folders
-    /// itself.
-    void dropRead();
+    /// Gives up what was announced and not taken, to have its descriptors closed; the scan opens those folders itself.
+    void dropFolders();
 
 private:
     void run();

@@ -1,10 +1,16 @@
 #include "filemodel/DirectoryScan.h"
+#include "filemodel/ScanRecord.h"
+#include "filemodel/WhenThereIsMemory.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/NSThread.h"
 #include <TessaronClasses/KRDirectoryScanner.h>
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/PathHelpers.h>
+
+#include <new>
+#include <system_error>
+#include <utility>
 
 namespace Tessaron
 {
@@ -67,6 +73,7 @@ std::shared_ptr<KRDirectoryScanner> KRDirectoryScanner::directoryScannerWithPath
 KRDirectoryScanner::KRDirectoryScanner(ConstructionKey, const FSRef &ref, std::shared_ptr<DirectoryLister> lister)
     : m_fileRef(ref)
     , m_lister(std::move(lister))
+    , m_record(std::make_unique<ScanRecord>())
 {
 }
 
@@ -115,26 +122,58 @@ void KRDirectoryScanner::waitUntilScanEnds() const
     m_lock.waitUntilFree();
 }
 
+std::uint32_t KRDirectoryScanner::scannedFiles() const
+{
+    return m_record->files();
+}
+
+std::uint32_t KRDirectoryScanner::scannedDirs() const
+{
+    return m_record->folders();
+}
+
+std::uint32_t KRDirectoryScanner::errorCount() const
+{
+    return m_record->errors();
+}
+
+std::vector<UnreadableFolder> KRDirectoryScanner::unreadableFolders() const
+{
+    return m_record->unreadableFolders();
+}
+
 /// The worker. It comes with the lock taken on its behalf.
 void KRDirectoryScanner::_openPoolAndStartScan()
 {
-    std::shared_ptr<KRFileHierarchyItem> root;
-    bool wasCancelled = false;
-    {
-        DirectoryScan scan(*this);
-        wasCancelled = scan.run();
-        root = scan.root();
-    }
     // The root travels with the report, so that a scan started meanwhile cannot take its place, and in a box that the
     // main thread empties, so that the tree is never left to this thread to be freed.
-    auto box = std::make_shared<std::shared_ptr<KRFileHierarchyItem>>(std::move(root));
-    auto report = [weak = weak_from_this(), box = std::move(box), wasCancelled] {
-        const std::shared_ptr<KRFileHierarchyItem> handedOver = std::move(*box);
-        if (const std::shared_ptr<KRDirectoryScanner> scanner = weak.lock())
-            wasCancelled ? scanner->_reportScanWasCancelled(handedOver) : scanner->_reportScanFinished(handedOver);
+    struct Ending {
+        std::shared_ptr<KRFileHierarchyItem> root;
+        bool wasCancelled = false;
     };
+    std::shared_ptr<Ending> ending;
+    std::function<void()> report;
+    whenThereIsMemory([&] {
+        ending = std::make_shared<Ending>();
+        report = [weak = weak_from_this(), ending] {
+            const Ending handedOver = std::exchange(*ending, {});
+            const std::shared_ptr<KRDirectoryScanner> scanner = weak.lock();
+            if (scanner && handedOver.wasCancelled)
+                scanner->_reportScanWasCancelled(handedOver.root);
+            else if (scanner)
+                scanner->_reportScanFinished(handedOver.root);
+        };
+    });
+    {
+        DirectoryScan scan(m_fileRef, *m_lister, *m_record,
+                           {[this] { return m_scanThread->isCancelled(); },
+                            [this](OSStatus status, const FSRef &folder) { scheduleErrorReport(status, folder); }});
+        ending->wasCancelled = scan.run();
+        ending->root = scan.root();
+    }
+    ending.reset();
     m_lock.giveBack();
-    performOnMainThread(std::move(report));
+    whenThereIsMemory([&report] { performOnMainThread(report); });
 }
 
 void KRDirectoryScanner::scheduleErrorReport(OSStatus status, const FSRef &folder)

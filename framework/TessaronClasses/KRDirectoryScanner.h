@@ -3,15 +3,16 @@
 #include "platform/coreservices/FSRef.h"
 #include "platform/foundation/Export.h"
 #include "platform/foundation/MainThread.h"
+#include <TessaronClasses/UnreadableFolder.h>
 
 #include <QString>
 
-#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace Tessaron
 {
@@ -21,13 +22,14 @@ class KRDirectoryScanner;
 class KRFileHierarchyItem;
 class NSError;
 class NSThread;
+class ScanRecord;
 
 /// Who hears of a scan. Every callback comes on the main thread; none comes once `context` or the scanner is gone. The
 /// scanner lives during the call even when the callback drops the last pointer to it.
 struct KRDirectoryScannerDelegate {
     CallbackContext context;
     /// For each folder whose listing failed half-way, in the order met: domain NSOSStatusErrorDomain, the status as
-    /// code, the folder's path under NSFilePathErrorKey. The scan goes on.
+    /// code, the folder's path under NSFilePathErrorKey. The scan goes on, but for memFullErr, which ends it.
     std::function<void(KRDirectoryScanner &, const NSError &)> directoryScannerReportedError;
     /// Once, with the root of the tree, when a scan ran to its end. Whoever keeps the pointer keeps the tree.
     std::function<void(KRDirectoryScanner &, const std::shared_ptr<KRFileHierarchyItem> &)>
@@ -40,7 +42,8 @@ struct KRDirectoryScannerDelegate {
 /// Turns a folder with all it holds into a tree of items, on a worker thread. Nothing is skipped: hidden files,
 /// packages, symbolic links (not followed), devices. Children come in the order in which the file system lists them;
 /// each item's reference knows its kind and sizes already. A folder that cannot be opened becomes an item without
-/// children.
+/// children and without a callback; unreadableFolders() tells. A scan that finds no descriptor free closes those of its
+/// own that can wait and tries again.
 ///
 /// The scanner belongs to the main thread; the counters may be read from any. The tree is the worker's until a callback
 /// hands it over. The worker needs neither stack nor descriptors in proportion to the depth of the tree.
@@ -85,14 +88,18 @@ public:
     void waitUntilScanEnds() const;
 
     /// What the current or last scan has seen so far, the folder itself not counted.
-    [[nodiscard]] std::uint32_t scannedFiles() const { return m_scannedFiles.load(std::memory_order_relaxed); }
-    [[nodiscard]] std::uint32_t scannedDirs() const { return m_scannedDirs.load(std::memory_order_relaxed); }
+    [[nodiscard]] std::uint32_t scannedFiles() const;
+    [[nodiscard]] std::uint32_t scannedDirs() const;
     /// Listings that failed half-way.
-    [[nodiscard]] std::uint32_t errorCount() const { return m_errorCount.load(std::memory_order_relaxed); }
+    [[nodiscard]] std::uint32_t errorCount() const;
+    /// All folders of the current or last scan that are in the tree without some or all of what they hold, in the order
+    /// met: those that could not be opened (the scanned folder itself, too) and those whose listing failed half-way,
+    /// which had a callback as well. When memory ran out: with ENOMEM all that were being read, the innermost first; an
+    /// entry without a path when there was no room to name them. Complete once the scan has ended; a cancelled scan
+    /// does not name what it did not come to. From any thread.
+    [[nodiscard]] std::vector<UnreadableFolder> unreadableFolders() const;
 
 private:
-    friend class DirectoryScan;
-
     /// What says that a scan runs: taken when one starts, handed to the worker, given back when the worker has left it.
     class ScanLock
     {
@@ -118,9 +125,7 @@ private:
     const std::shared_ptr<DirectoryLister> m_lister;
     ScanLock m_lock;
     KRDirectoryScannerDelegate m_delegate; ///< used on the main thread only
-    std::atomic<std::uint32_t> m_scannedFiles = 0;
-    std::atomic<std::uint32_t> m_scannedDirs = 0;
-    std::atomic<std::uint32_t> m_errorCount = 0;
+    const std::unique_ptr<ScanRecord> m_record;
     std::unique_ptr<NSThread> m_scanThread; ///< made once, started for every scan; joined before the members above go
 };
 

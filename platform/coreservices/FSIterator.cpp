@@ -103,21 +103,32 @@ OSStatus FSIterator::next(std::uint32_t maximum, std::uint32_t *actual, std::uin
             if (m_isAtEnd)
                 return errFSNoMoreItems;
             if (const int error = readRecords())
-                return statusForErrno(error);
+                return failed(error);
             continue;
+        }
+        // Before names are taken, so that none is lost when no descriptor is to be had just now.
+        if (!m_folder) {
+            if (const int error = openChecked(nullptr))
+                return failed(error);
         }
         const std::size_t count = takeNames(names.data(), std::min<std::size_t>(namesAtOnce, maximum - *actual));
         if (const int error = fetch(names.data(), count, whichInfo, entries + *actual, actual))
-            return statusForErrno(error);
+            return failed(error);
     }
     return noErr;
 }
 
+OSStatus FSIterator::failed(int errnoValue)
+{
+    m_errnoValue = errnoValue;
+    return statusForErrno(errnoValue);
+}
+
 int FSIterator::readRecords()
 {
-    if (!m_folder) {
-        m_isAtEnd = true;
-        return EBADF;
+    if (!m_folder || m_errorBehindRecords != 0) {
+        m_isAtEnd = true; // an open folder would be read from its start
+        return m_errorBehindRecords;
     }
     m_records.resize(readBytes);
     const long length = ::syscall(SYS_getdents64, m_folder.get(), m_records.data(), m_records.size());
@@ -148,10 +159,6 @@ std::size_t FSIterator::takeNames(std::string_view *names, std::size_t most)
 int FSIterator::fetch(const std::string_view *names, std::size_t count, std::uint32_t whichInfo, FSBulkEntry *entries,
                       std::uint32_t *actual)
 {
-    if (!m_folder) {
-        if (const int error = openChecked(nullptr))
-            return error;
-    }
     const unsigned int mask = catalogFields(whichInfo);
     constexpr std::uint32_t attributeInfo = kFSCatInfoRsrcSizes | kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo;
     std::array<std::string_view, namesAtOnce> present;
@@ -192,10 +199,11 @@ int FSIterator::fetch(const std::string_view *names, std::size_t count, std::uin
 void FSIterator::releaseDescriptor()
 {
     std::vector<char> rest(m_records.begin() + static_cast<std::ptrdiff_t>(m_at), m_records.end());
-    while (m_folder && !m_isAtEnd) {
+    while (m_folder && !m_isAtEnd && m_errorBehindRecords == 0) {
         m_at = 0;
-        if (readRecords() != 0) {
-            m_isAtEnd = false; // the failure shows again, and is reported, when the listing goes on
+        if (const int error = readRecords()) {
+            m_errorBehindRecords = error;
+            m_isAtEnd = false; // the failure is told when the listing comes to it
             break;
         }
         rest.insert(rest.end(), m_records.begin(), m_records.end());
@@ -206,18 +214,20 @@ void FSIterator::releaseDescriptor()
     m_folder.reset();
 }
 
-std::shared_ptr<FSIterator> FSOpenIteratorBelow(const FSRef &container, const FSIterator *parent, OSStatus *status)
+std::shared_ptr<FSIterator> openIteratorBelow(const FSRef &container, const FSIterator *parent, int *errnoValue)
 {
     auto iterator = std::make_shared<FSIterator>(container);
-    const int error = iterator->open(parent);
-    if (status)
-        *status = statusForErrno(error);
-    return error == 0 ? iterator : nullptr;
+    *errnoValue = iterator->open(parent);
+    return *errnoValue == 0 ? iterator : nullptr;
 }
 
 std::shared_ptr<FSIterator> FSOpenIterator(const FSRef &container, OSStatus *status)
 {
-    return FSOpenIteratorBelow(container, nullptr, status);
+    int error = 0;
+    std::shared_ptr<FSIterator> iterator = openIteratorBelow(container, nullptr, &error);
+    if (status)
+        *status = statusForErrno(error);
+    return iterator;
 }
 
 OSStatus FSGetCatalogInfoBulk(FSIterator &iterator, std::uint32_t maximum, std::uint32_t *actual,

@@ -29,12 +29,16 @@ public:
     [[nodiscard]] OSStatus next(std::uint32_t maximum, std::uint32_t *actual, std::uint32_t whichInfo,
                                 FSBulkEntry *entries);
 
+    /// The `errno` value of the last failure.
+    [[nodiscard]] int errnoValue() const { return m_errnoValue; }
+
     /// Gives back the descriptor and keeps the rest of the names in memory; next() opens the folder again when it must.
     /// For walks through deep trees, which would run out of descriptors.
     void releaseDescriptor();
 
 private:
     [[nodiscard]] int openChecked(const FSIterator *parent);
+    [[nodiscard]] OSStatus failed(int errnoValue);
     [[nodiscard]] bool hasRecords() const { return m_at < m_records.size(); }
     [[nodiscard]] int readRecords();
     [[nodiscard]] std::size_t takeNames(std::string_view *names, std::size_t most);
@@ -50,10 +54,12 @@ private:
     bool m_isAtEnd = false; ///< the folder holds no further records than these
     bool m_keepsAttributes = true;
     int m_vainLists = 0; ///< see AttributeSource
+    int m_errnoValue = 0;
+    int m_errorBehindRecords = 0; ///< met by releaseDescriptor(); told when the records before it are used up
 };
 
-/// FSOpenIterator() with the open listing of the folder above, which may be null.
-[[nodiscard]] TESSARON_EXPORT std::shared_ptr<FSIterator>
-FSOpenIteratorBelow(const FSRef &container, const FSIterator *parent, OSStatus *status);
+/// FSOpenIterator() with the open listing of the folder above, which may be null, and the failure's `errno` value.
+[[nodiscard]] TESSARON_EXPORT std::shared_ptr<FSIterator> openIteratorBelow(const FSRef &container,
+                                                                            const FSIterator *parent, int *errnoValue);
 
 } // namespace Tessaron

@@ -262,7 +262,7 @@ TEST_F(FSIteratorTest, open_reachesFoldersBelowEachOther_atAnyDepth)
     for (int level = 0; level < 40; ++level) {
         OSStatus status = noErr;
         // Every other folder is opened by its path alone, which is soon longer than the system takes at once.
-        above = FSOpenIteratorBelow(folder, level % 2 == 0 ? above.get() : nullptr, &status);
+        above = openIteratorBelow(folder, level % 2 == 0 ? above.get() : nullptr, &status);
         ASSERT_TRUE(above) << level;
         std::uint32_t actual = 0;
         (void)FSGetCatalogInfoBulk(*above, 50, &actual, scanInfo, entries.data());

@@ -13,10 +13,12 @@
 #include <QCoreApplication>
 #include <QThread>
 
+#include <cerrno>
 #include <condition_variable>
 #include <dirent.h>
 #include <gtest/gtest.h>
 #include <mutex>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -62,6 +64,19 @@ public:
         m_failingCall = call;
         m_status = status;
     }
+    /// Refuses to open the folder of that name so many times.
+    void refuse(const QByteArray &folder, int errnoValue, int times = 1)
+    {
+        m_refusedFolder = folder;
+        m_refusal = errnoValue;
+        m_refusals = times;
+    }
+    /// Runs out of memory at the `call`-th bulk call (from 0) in the folder of that name.
+    void runOutOfMemoryIn(const QByteArray &folder, int call)
+    {
+        failIn(folder, call, memFullErr);
+        m_throws = true;
+    }
     /// Holds the worker before the `call`-th bulk call of all until letGo().
     void holdAt(int call) { m_holdAt = call; }
     void waitUntilHeld()
@@ -82,15 +97,20 @@ public:
             m_fileSystem->willOpen(folders);
     }
 
-    std::unique_ptr<DirectoryListing> open(const FSRef &folder, DirectoryListing *) override
+    std::unique_ptr<DirectoryListing> open(const FSRef &folder, DirectoryListing *, int *errnoValue) override
     {
+        *errnoValue = m_refusedFolder == nameOfFSRef(folder) && m_refusals-- > 0 ? m_refusal : 0;
+        if (*errnoValue != 0)
+            return nullptr;
         // Each listing stands alone here, as if the one above were not known.
-        std::unique_ptr<DirectoryListing> real = m_fileSystem->open(folder, nullptr);
+        std::unique_ptr<DirectoryListing> real = m_fileSystem->open(folder, nullptr, errnoValue);
         return real ? std::make_unique<Listing>(*this, std::move(real), nameOfFSRef(folder).toByteArray()) : nullptr;
     }
 
     void endScan() override { m_fileSystem->endScan(); }
+    void giveBackDescriptors() override { ++timesGivenBack; }
 
+    int timesGivenBack = 0; ///< calls of giveBackDescriptors()
     bool readsAhead = false; ///< folders are listed before the scan comes to them
     std::vector<std::string> calls; ///< "folder:entries" of each bulk call; read when the scan has ended
 
@@ -110,6 +130,8 @@ private:
             m_lister.waitWhileHeld();
             OSStatus status = noErr;
             if (m_name == m_lister.m_failingFolder && m_call++ == m_lister.m_failingCall) {
+                if (m_lister.m_throws)
+                    throw std::bad_alloc();
                 // As the system does: some entries, and then the failure.
                 (void)m_real->next(2, actual, whichInfo, entries);
                 status = m_lister.m_status;
@@ -119,6 +141,7 @@ private:
             m_lister.calls.push_back(m_name.toStdString() + ':' + std::to_string(*actual));
             return status;
         }
+        int errnoValue() const override { return m_call > m_lister.m_failingCall ? EIO : m_real->errnoValue(); }
         void rest() override { m_real->rest(); }
 
     private:
@@ -142,6 +165,10 @@ private:
     QByteArray m_failingFolder;
     int m_failingCall = 0;
     OSStatus m_status = noErr;
+    bool m_throws = false;
+    QByteArray m_refusedFolder;
+    int m_refusal = 0;
+    int m_refusals = 0;
     std::mutex m_mutex; ///< guards the members below
     std::condition_variable m_changed;
     int m_holdAt = -1;

@@ -1,6 +1,8 @@
 #include "tests/filemodel/scanner/DirectoryScannerFixture.h"
+#include "tests/support/FailingAllocations.h"
 #include "tests/support/WithoutThreads.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -10,6 +12,28 @@ namespace Tessaron
 
 namespace
 {
+
+using Unreadable = std::vector<UnreadableFolder>;
+
+/// Leaves the process so many further descriptors while it lives.
+class FewDescriptors
+{
+public:
+    explicit FewDescriptors(int count)
+    {
+        const int lowest = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+        ::close(lowest);
+        EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &m_before), 0);
+        const rlimit few{static_cast<rlim_t>(lowest + count), m_before.rlim_max};
+        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    }
+    ~FewDescriptors() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
+    FewDescriptors(const FewDescriptors &) = delete;
+    FewDescriptors &operator=(const FewDescriptors &) = delete;
+
+private:
+    rlimit m_before = {};
+};
 
 class KRDirectoryScannerFailure : public DirectoryScannerFixture
 {
@@ -36,16 +60,20 @@ TEST_F(KRDirectoryScannerFailure, anUnreadableFolder_becomesAnEmptyItem_withoutA
     EXPECT_EQ(scanner->scannedDirs(), 1u);
     EXPECT_EQ(scanner->errorCount(), 0u);
     EXPECT_EQ(events, Names{"finished"});
+    EXPECT_EQ(scanner->unreadableFolders(), (Unreadable{{tree.path("top/closed"), EACCES}}));
 }
 
 TEST_F(KRDirectoryScannerFailure, aRootThatIsNoFolder_givesAnEmptyRoot)
 {
     tree.makeFile("file");
     tree.makeFolder("gone");
-    EXPECT_EQ(scan(scannerFor("file"))->numberOfItems(), 0u);
+    const std::shared_ptr<KRDirectoryScanner> ofFile = scannerFor("file");
+    EXPECT_EQ(scan(ofFile)->numberOfItems(), 0u);
+    EXPECT_EQ(ofFile->unreadableFolders(), (Unreadable{{tree.path("file"), ENOTDIR}}));
     const std::shared_ptr<KRDirectoryScanner> scanner = scannerFor("gone");
     tree.remove("gone");
     EXPECT_EQ(scan(scanner)->numberOfItems(), 0u);
+    EXPECT_EQ(scanner->unreadableFolders(), (Unreadable{{tree.path("gone"), ENOENT}}));
     EXPECT_EQ(events, (Names{"finished", "finished"}));
 }
 
@@ -61,6 +89,7 @@ TEST_F(KRDirectoryScannerFailure, aListingThatFails_isReportedOnce_andTheScanGoe
     ASSERT_EQ(errors.size(), 1u);
     EXPECT_EQ(errors[0].domain(), NSOSStatusErrorDomain);
     EXPECT_EQ(scanner->errorCount(), 1u);
+    EXPECT_EQ(scanner->unreadableFolders(), (Unreadable{{tree.path("top/bad"), EIO}}));
     ASSERT_EQ(item->numberOfItems(), 2u);
     for (const std::shared_ptr<KRFileHierarchyItem> &child : item->items())
         EXPECT_EQ(child->numberOfItems(), nameOf(*child) == "bad" ? 52u : 3u);
@@ -132,15 +161,75 @@ TEST_F(KRDirectoryScannerFailure, noFolderIsLost_whenDescriptorsAreFew)
     for (int folder = 0; folder < 300; ++folder)
         tree.makeFile("top/" + QByteArray::number(folder) + "/file");
     const auto scanner = scannerFor("top");
-    const int lowest = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    ::close(lowest);
-    rlimit before = {};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    const rlimit few{static_cast<rlim_t>(lowest) + 12, before.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    scan(scanner);
-    ::setrlimit(RLIMIT_NOFILE, &before);
+    {
+        const FewDescriptors few(12);
+        scan(scanner);
+    }
     EXPECT_EQ(scanner->scannedFiles(), 300u);
+    EXPECT_EQ(scanner->unreadableFolders(), Unreadable());
+}
+
+TEST_F(KRDirectoryScannerFailure, noFolderIsLost_ofManyBelowEachOther_whenDescriptorsAreFew)
+{
+    QByteArray path("top");
+    for (int level = 0; level < 300; ++level) {
+        path += "/d";
+        tree.makeFile(path + "/before");
+        tree.makeFile(path + "/later");
+    }
+    const auto scanner = scannerFor("top");
+    {
+        const FewDescriptors few(12);
+        scan(scanner);
+    }
+    EXPECT_EQ(scanner->scannedDirs(), 300u);
+    EXPECT_EQ(scanner->scannedFiles(), 600u);
+    EXPECT_EQ(scanner->unreadableFolders(), Unreadable());
+}
+
+TEST_F(KRDirectoryScannerFailure, aFolderWithoutADescriptor_isOpenedAgain_onceOthersAreGivenBack)
+{
+    makeFiles("top/wanted", 3);
+    const auto lister = std::make_shared<TestLister>();
+    lister->refuse("wanted", EMFILE);
+    const auto scanner = scannerFor("top", lister);
+    scan(scanner);
+    EXPECT_EQ(scanner->scannedFiles(), 3u);
+    EXPECT_EQ(lister->timesGivenBack, 1);
+    EXPECT_EQ(scanner->unreadableFolders(), Unreadable());
+    lister->refuse("wanted", ENFILE, 2);
+    scan(scanner);
+    EXPECT_EQ(scanner->unreadableFolders(), (Unreadable{{tree.path("top/wanted"), ENFILE}}));
+}
+
+TEST_F(KRDirectoryScannerFailure, unreadableFolders_areThoseOfTheLastScan)
+{
+    makeFiles("top/bad", 3);
+    const auto lister = std::make_shared<TestLister>();
+    lister->refuse("bad", EIO);
+    const auto scanner = scannerFor("top", lister);
+    EXPECT_EQ(scan(scanner)->numberOfItems(), 1u);
+    EXPECT_EQ(scanner->unreadableFolders(), (Unreadable{{tree.path("top/bad"), EIO}}));
+    EXPECT_EQ(events, Names{"finished"}) << "silent by contract";
+    scan(scanner);
+    EXPECT_EQ(scanner->unreadableFolders(), Unreadable());
+    EXPECT_EQ(scanner->scannedFiles(), 3u);
+}
+
+TEST_F(KRDirectoryScannerFailure, aScanThatRunsOutOfMemory_ends_andNamesWhatIsMissing)
+{
+    makeFiles("top/outer/inner", 120);
+    const auto lister = std::make_shared<TestLister>();
+    lister->runOutOfMemoryIn("inner", 1);
+    const auto scanner = scannerFor("top", lister);
+    scan(scanner);
+    EXPECT_EQ(events, (Names{"error -108 " + tree.path("top/outer/inner").toStdString(), "finished"}));
+    EXPECT_EQ(scanner->scannedFiles(), 50u) << "what was built so far stays";
+    EXPECT_EQ(root->items().front()->items().front()->numberOfItems(), 50u);
+    EXPECT_EQ(scanner->unreadableFolders(),
+              (Unreadable{{tree.path("top/outer/inner"), ENOMEM},
+                          {tree.path("top/outer"), ENOMEM},
+                          {tree.path("top"), ENOMEM}}));
 }
 
 TEST_F(KRDirectoryScannerFailure, startDirectoryScan_isFalse_whenTheSystemHasNoThread)
@@ -183,6 +272,32 @@ TEST_F(KRDirectoryScannerFailure, aListingThatFails_isReported_alsoAfterFoldersW
     lister->failIn("bad", 0, ioErr);
     scan(scannerFor("top", lister));
     EXPECT_EQ(events, (Names{"error -36 " + tree.path("top/bad").toStdString(), "finished"}));
+}
+
+TEST_F(KRDirectoryScannerFailure, everyAllocationThatFails_isSurvivedOrTold)
+{
+    for (int folder = 0; folder < 4; ++folder)
+        makeFiles("top/" + QByteArray::number(folder), 3);
+    const auto scanner = scannerFor("top");
+    bool hasFailed = true;
+    int told = 0;
+    for (int call = 0; hasFailed && call < 2000; ++call) {
+        events.clear();
+        root.reset();
+        ASSERT_TRUE(scanner->startDirectoryScan());
+        {
+            const Testing::FailingAllocation failing(call);
+            scanner->waitUntilScanEnds();
+            ASSERT_TRUE(Testing::runEventLoopUntil([this] { return !events.empty() && events.back() == "finished"; }));
+            hasFailed = failing.hasFailed();
+        }
+        const bool isWhole = scanner->scannedFiles() == 12 && scanner->scannedDirs() == 4;
+        EXPECT_TRUE(isWhole || !scanner->unreadableFolders().empty()) << call;
+        EXPECT_TRUE(root || !scanner->unreadableFolders().empty()) << call;
+        told += scanner->unreadableFolders().empty() ? 0 : 1;
+    }
+    EXPECT_FALSE(hasFailed);
+    EXPECT_GT(told, 10);
 }
 
 } // namespace Tessaron
