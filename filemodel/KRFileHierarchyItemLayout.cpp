@@ -1,9 +1,13 @@
 #include "filemodel/LayoutBuilder.h"
 #include "filemodel/LayoutCreation.h"
+#include "filemodel/WhenThereIsMemory.h"
 #include "platform/discrecording/objects/DRFolder.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
+#include <TessaronClasses/KRFileReference.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -12,13 +16,14 @@ namespace Tessaron
 
 bool KRFileHierarchyItem::createDRLayoutAsyncNotifyProgressToTarget(const KRFileHierarchyItemLayoutTarget &target)
 {
-    if (m_creation || !target.KRFileHierarchyItemDRLayoutCreationProgress
+    if (isCreatingLayout() || !target.KRFileHierarchyItemDRLayoutCreationProgress
         || !target.KRFileHierarchyItemDRLayoutCreationFinished)
         return false;
     const std::weak_ptr<KRFileHierarchyItem> weakThis = weak_from_this();
     m_creation = std::make_unique<LayoutCreation>();
     m_creation->_tagetToNotifyForDRLayoutCreation = std::make_shared<const KRFileHierarchyItemLayoutTarget>(target);
     m_creation->_isCreatingDRLayout = true;
+    m_creation->unreadableFolders.reserve(1);
     m_creation->_drtotalSize = std::max(static_cast<double>(contentsPhysicalSize()), 0.01);
     m_creation->messages = std::make_shared<LayoutCreationMessages>(LayoutCreationMessages::Receiver{
         .isAlive = [weakThis] { return weakThis.lock(); },
@@ -34,9 +39,19 @@ bool KRFileHierarchyItem::createDRLayoutAsyncNotifyProgressToTarget(const KRFile
     return true;
 }
 
+bool KRFileHierarchyItem::isCreatingLayout() const
+{
+    return m_creation && m_creation->_isCreatingDRLayout;
+}
+
+std::vector<UnreadableFolder> KRFileHierarchyItem::unreadableFolders() const
+{
+    return m_creation && !isCreatingLayout() ? m_creation->unreadableFolders : std::vector<UnreadableFolder>();
+}
+
 bool KRFileHierarchyItem::cancelDRLayoutCreationNotifyTarget(const KRFileHierarchyItemLayoutTarget &target)
 {
-    if (!m_creation)
+    if (!isCreatingLayout())
         return false;
     m_creation->_tagetToNotifyForDRLayoutCreation = std::make_shared<const KRFileHierarchyItemLayoutTarget>(target);
     m_creation->_drthread->cancel();
@@ -46,13 +61,22 @@ bool KRFileHierarchyItem::cancelDRLayoutCreationNotifyTarget(const KRFileHierarc
 void KRFileHierarchyItem::_beginLayoutCreationOnThread()
 {
     LayoutCreation &creation = *m_creation;
-    std::shared_ptr<DRFolder> folder =
-        std::dynamic_pointer_cast<DRFolder>(_createDRLayoutForItem(nullptr, nullptr, *this));
-    if (creation._drthread->isCancelled()) {
-        creation.messages->postEnd([this] { _notifyTargetWeCanceled(); });
-    } else {
-        creation.messages->postEnd([this, folder = std::move(folder)] { _notifyTargetWeAreFinished(folder); });
+    std::shared_ptr<DRFolder> folder;
+    try {
+        folder = std::dynamic_pointer_cast<DRFolder>(_createDRLayoutForItem(nullptr, nullptr, *this));
+    } catch (const std::bad_alloc &) {
+        // Room for one was made at the start.
+        const FSRef ref = m_fileReference ? *m_fileReference->fileRef() : FSRef();
+        creation.unreadableFolders.resize(1);
+        creation.unreadableFolders.front() = {lastKnownPath(ref), ENOMEM};
     }
+    const bool isCancelled = creation._drthread->isCancelled();
+    whenThereIsMemory([&] {
+        if (isCancelled)
+            creation.messages->postEnd([this] { _notifyTargetWeCanceled(); });
+        else
+            creation.messages->postEnd([this, folder] { _notifyTargetWeAreFinished(folder); });
+    });
 }
 
 std::shared_ptr<DRFSObject> KRFileHierarchyItem::_createDRLayoutForItem(KRFileHierarchyItem *item,
@@ -65,6 +89,10 @@ std::shared_ptr<DRFSObject> KRFileHierarchyItem::_createDRLayoutForItem(KRFileHi
             [&](const KRFileHierarchyItem &node) { return &node == &masterOfAll && creation._drthread->isCancelled(); },
         .isAbandoned = [&] { return creation.isAbandoned.load(); },
         .willAddFile = [&](double amount) { masterOfAll._increaseCurrentDRSizeBy(amount); },
+        .noteUnreadable =
+            [&](const FSRef &folder, int errnoValue) {
+                creation.unreadableFolders.push_back({lastKnownPath(folder), errnoValue});
+            },
         .didAddFile = [&] { creation.messages->postProgress(masterOfAll._drprogressPercent()); },
     });
     return item ? builder.build(*item, addToFolder) : builder.build(*this, nullptr);
@@ -105,7 +133,13 @@ std::shared_ptr<const KRFileHierarchyItemLayoutTarget> KRFileHierarchyItem::endL
 {
     m_creation->_drthread->waitUntilFinished();
     // Only now, so that the next creation can be started from the callback.
-    return std::exchange(m_creation, nullptr)->_tagetToNotifyForDRLayoutCreation;
+    m_creation->_isCreatingDRLayout = false;
+    m_creation->_drthread.reset();
+    m_creation->messages.reset();
+    auto target = std::exchange(m_creation->_tagetToNotifyForDRLayoutCreation, nullptr);
+    if (m_creation->unreadableFolders.empty())
+        m_creation.reset();
+    return target;
 }
 
 } // namespace Tessaron

@@ -1,6 +1,7 @@
 #include "filemodel/LayoutBuilder.h"
 
 #include "filemodel/DesiredDiscName.h"
+#include "filemodel/FolderForLayout.h"
 #include "platform/coreservices/FSRefAccess.h"
 #include "platform/coreservices/FilePlaces.h"
 #include "platform/coreservices/NodeTable.h"
@@ -9,7 +10,6 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
-#include <TessaronClasses/VirtualFolders.h>
 
 #include <vector>
 
@@ -24,13 +24,6 @@ constexpr std::int32_t basicInclusionMac = 1;
 constexpr std::int32_t basicInclusionPC = 2;
 constexpr DRFilesystemMask macFilesystems = DRFilesystemInclusionMaskUDF | DRFilesystemInclusionMaskHFSPlus;
 constexpr DRFilesystemMask pcFilesystems = DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet;
-
-struct OpenFolder {
-    KRFileHierarchyItem *item = nullptr;
-    std::shared_ptr<DRFolder> folder;
-    QString discName;
-    std::size_t nextChild = 0;
-};
 
 void _setAttributes(const _TessaronAttributes &attributes, DRFSObject &forFSObject)
 {
@@ -59,16 +52,14 @@ bool isFolderIcon(const KRFileReference &reference)
     return nameOfFSRef(*reference.fileRef()) == QByteArrayView("Icon\r");
 }
 
-OpenFolder openFolder(KRFileHierarchyItem &item)
+/// A folder that has the name of an icon's file was taken for one when the folder above was made.
+void takeOutIconFile(DRFolder &parent, const DRFolder &child)
 {
-    const std::shared_ptr<KRFileReference> &reference = item.fileReference();
-    OpenFolder open;
-    open.item = &item;
-    open.discName = desiredDiscNameOrNull(*reference);
-    open.folder =
-        reference->isVirtual() ? DRFolderCreateVirtual(open.discName) : virtualFolderWithFileReference(reference);
-    setOptions(*reference, *open.folder);
-    return open;
+    if (nameOfFSRef(child.sourceRef()) != QByteArrayView("Icon\r") || parent.children().empty())
+        return;
+    const std::shared_ptr<DRFSObject> first = parent.children().front();
+    if (!first->isFolder() && first->sourceRef() == child.sourceRef())
+        parent.removeChild(first);
 }
 
 QString nameOfNode(std::uint32_t node)
@@ -87,6 +78,13 @@ double amountOfFile(KRFileReference &reference)
 // NOLINTEND(bugprone-integer-division)
 
 } // namespace
+
+struct LayoutBuilder::OpenFolder {
+    KRFileHierarchyItem *item = nullptr;
+    std::shared_ptr<DRFolder> folder;
+    QString discName;
+    std::size_t nextChild = 0;
+};
 
 LayoutBuilder::LayoutBuilder(Hooks hooks)
     : m_hooks(std::move(hooks))
@@ -119,13 +117,33 @@ std::shared_ptr<DRFSObject> LayoutBuilder::build(KRFileHierarchyItem &item, DRFo
         const std::shared_ptr<DRFolder> folder = open.folder;
         const QString discName = open.discName;
         stack.pop_back();
-        if (DRFolder *const parent = stack.empty() ? addToFolder : stack.back().folder.get())
+        if (DRFolder *const parent = stack.empty() ? addToFolder : stack.back().folder.get()) {
+            takeOutIconFile(*parent, *folder);
             parent->addChild(folder);
+        }
         if (!discName.isNull())
             folder->setBaseName(discName);
         if (stack.empty())
             return m_hooks.isCancelled(item) ? nullptr : folder;
     }
+}
+
+LayoutBuilder::OpenFolder LayoutBuilder::openFolder(KRFileHierarchyItem &item) const
+{
+    const std::shared_ptr<KRFileReference> &reference = item.fileReference();
+    OpenFolder open;
+    open.item = &item;
+    open.discName = desiredDiscNameOrNull(*reference);
+    if (reference->isVirtual()) {
+        open.folder = DRFolderCreateVirtual(open.discName);
+    } else {
+        int error = 0;
+        open.folder = folderForLayout(*reference, &error);
+        if (error != 0)
+            m_hooks.noteUnreadable(*reference->fileRef(), error);
+    }
+    setOptions(*reference, *open.folder);
+    return open;
 }
 
 std::shared_ptr<DRFSObject> LayoutBuilder::makeFile(KRFileHierarchyItem &item, DRFolder *addToFolder) const

@@ -9,6 +9,7 @@ namespace Tessaron
 class DRFSObject;
 class DRFolder;
 class KRFileHierarchyItem;
+struct FSRef;
 
 /// Builds the objects of a layout from a tree of items. Works with a stack of its own, so that the depth of a tree is
 /// limited by memory alone. What it makes refers to nothing of the items. Used on the worker of a layout creation.
@@ -23,6 +24,8 @@ public:
         std::function<bool()> isAbandoned;
         /// The amount of a file, in units of 1,048,576 bytes or 0.0001 for one of less than 10,240 bytes.
         std::function<void(double)> willAddFile;
+        /// A folder is in the layout without its icon or its Finder flags, since they could not be read.
+        std::function<void(const FSRef &, int errnoValue)> noteUnreadable;
         std::function<void()> didAddFile;
     };
 
@@ -33,6 +36,9 @@ public:
     [[nodiscard]] std::shared_ptr<DRFSObject> build(KRFileHierarchyItem &item, DRFolder *addToFolder) const;
 
 private:
+    struct OpenFolder;
+
+    [[nodiscard]] OpenFolder openFolder(KRFileHierarchyItem &item) const;
     std::shared_ptr<DRFSObject> makeFile(KRFileHierarchyItem &item, DRFolder *addToFolder) const;
 
     const Hooks m_hooks;

@@ -10,8 +10,9 @@
 namespace Tessaron
 {
 
-/// What the item needs on which a layout creation runs, from start to last callback. The main thread makes and ends it;
-/// the worker counts sizes and reads the flags of its thread.
+/// What the item needs on which a layout creation runs, from start to last callback; when something could not be read,
+/// it stays for that to be asked. The main thread makes and ends it; the worker counts sizes and reads the flags of its
+/// thread.
 struct KRFileHierarchyItem::LayoutCreation {
     /// Main thread only. Shared, so that a callback may replace the target that it belongs to.
     std::shared_ptr<const KRFileHierarchyItemLayoutTarget> _tagetToNotifyForDRLayoutCreation;
@@ -24,10 +25,14 @@ struct KRFileHierarchyItem::LayoutCreation {
     /// Set when nobody waits for the layout any more; unlike a cancellation, every node sees it.
     std::atomic<bool> isAbandoned = false;
     std::shared_ptr<LayoutCreationMessages> messages;
+    /// Written by the worker; the main thread's once that has ended.
+    std::vector<UnreadableFolder> unreadableFolders;
 
     /// Ends the worker at the next node and waits for it.
     void abandon()
     {
+        if (!_drthread)
+            return;
         isAbandoned = true;
         _drthread->cancel();
         _drthread->waitUntilFinished();

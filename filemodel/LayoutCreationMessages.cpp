@@ -24,16 +24,23 @@ void LayoutCreationMessages::postProgress(float progress)
 {
     const std::lock_guard lock(m_mutex);
     m_posted.push_back(progress);
-    if (!std::exchange(m_isScheduled, true))
-        schedule();
+    scheduleOnce();
 }
 
 void LayoutCreationMessages::postEnd(std::function<void()> end)
 {
     const std::lock_guard lock(m_mutex);
     m_end = std::move(end);
-    if (!std::exchange(m_isScheduled, true))
-        schedule();
+    scheduleOnce();
+}
+
+/// The caller holds the mutex.
+void LayoutCreationMessages::scheduleOnce()
+{
+    if (m_isScheduled)
+        return;
+    schedule();
+    m_isScheduled = true; // only now: there may have been no memory for it
 }
 
 void LayoutCreationMessages::schedule()

@@ -31,6 +31,7 @@ public:
 
 private:
     void schedule();
+    void scheduleOnce();
     void deliver();
 
     const Receiver m_receiver;

@@ -1,23 +1,12 @@
-#include "platform/coreservices/FSCatalog.h"
-#include "platform/coreservices/FSRefAccess.h"
-#include "platform/discrecording/objects/DRFile.h"
+#include "filemodel/FolderForLayout.h"
+#include "platform/coreservices/FSRef.h"
 #include "platform/discrecording/objects/DRFolder.h"
-#include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
-#include <TessaronClasses/FileReferenceFunctions.h>
 #include <TessaronClasses/KRFileReference.h>
 #include <TessaronClasses/VirtualFolders.h>
 
 namespace Tessaron
 {
-
-namespace
-{
-
-/// Where the Finder flags lie in the 16 bytes of Finder information, for files and folders alike.
-constexpr std::size_t finderFlagsOffset = 8;
-
-} // namespace
 
 std::shared_ptr<DRFolder> virtualFolderWithPath(const QString &path)
 {
@@ -36,27 +25,8 @@ std::shared_ptr<DRFolder> virtualFolderWithFSRef(const FSRef &ref)
 
 std::shared_ptr<DRFolder> virtualFolderWithFileReference(const std::shared_ptr<KRFileReference> &reference)
 {
-    const FSRef &ref = *reference->fileRef();
-    QString name = reference->name();
-    if (name.isNull())
-        name = stringWithFileSystemRepresentation(nameOfFSRef(ref));
-    std::shared_ptr<DRFolder> folder = DRFolderCreateVirtual(name);
-    if (reference->isVirtual())
-        return folder;
-    folder->setSourceRef(ref);
-
-    FileInfo finderInfo;
-    if (FSGetFinderInfo(&ref, &finderInfo, nullptr, nullptr) == noErr) {
-        const auto flags = loadBigEndian<std::uint16_t>(finderInfo.bytes.data() + finderFlagsOffset);
-        folder->setProperty(int(static_cast<std::int16_t>(flags)), DRMacFinderFlags, DRAllFilesystems);
-    }
-    FSRef icon;
-    FSCatalogInfo info;
-    if (FSMakeFSRefForChild(ref, QByteArrayLiteral("Icon\r"), &icon) == noErr
-        && FSGetCatalogInfo(&icon, kFSCatInfoNodeFlags, &info) == noErr
-        && (info.nodeFlags & kFSNodeIsDirectoryMask) == 0)
-        folder->addChild(DRFileCreateReal(&icon));
-    return folder;
+    int error = 0; // a folder without flags and icon is the answer then
+    return folderForLayout(*reference, &error);
 }
 
 } // namespace Tessaron

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/Export.h"
 #include "platform/foundation/MainThread.h"
+#include <TessaronClasses/UnreadableFolder.h>
 
 #include <QString>
 
@@ -31,7 +32,8 @@ struct KRFileHierarchyItemLayoutTarget {
     /// After each file that was put into the layout. The progress lies between 0 and 1, but does not reach 1: it is the
     /// amount done in units of 1,048,576 bytes divided by the total in bytes.
     std::function<void(KRFileHierarchyItem &, float)> KRFileHierarchyItemDRLayoutCreationProgress;
-    /// Once, at the end of a run that was not cancelled, with the root folder; null when nothing could be made. The
+    /// Once, at the end of a run that was not cancelled, with the root folder; null when nothing could be made, and
+    /// when memory ran out (see KRFileHierarchyItem::unreadableFolders()). The
     /// target shares ownership of the folder and may keep it; it refers to nothing of the item tree.
     std::function<void(KRFileHierarchyItem &, const std::shared_ptr<DRFolder> &)>
         KRFileHierarchyItemDRLayoutCreationFinished;
@@ -120,9 +122,15 @@ public:
     /// had just ended still reports that it finished. On the main thread.
     bool cancelDRLayoutCreationNotifyTarget(const KRFileHierarchyItemLayoutTarget &target);
 
-private:
-    struct LayoutCreation; ///< what a running creation needs
+    /// What the last layout creation on this item could not read, in the order met: folders that are in the layout
+    /// without their icon or Finder flags; when memory ran out, this item alone with ENOMEM. For the final callbacks
+    /// and after them, until the next creation starts; empty while one runs. On the main thread.
+    [[nodiscard]] std::vector<UnreadableFolder> unreadableFolders() const;
 
+private:
+    struct LayoutCreation; ///< what a running creation needs, and what it leaves to be asked for
+
+    [[nodiscard]] bool isCreatingLayout() const;
     void _beginLayoutCreationOnThread();
     std::shared_ptr<DRFSObject> _createDRLayoutForItem(KRFileHierarchyItem *item, DRFolder *addToFolder,
                                                        KRFileHierarchyItem &masterOfAll);

@@ -1,9 +1,11 @@
 #include "platform/discrecording/objects/DRFolder.h"
 #include "tests/filemodel/tree/LayoutRecorder.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/FailingAllocations.h"
 #include "tests/support/TemporaryTree.h"
 #include "tests/support/WithoutThreads.h"
 
+#include <cerrno>
 #include <gtest/gtest.h>
 
 using namespace Tessaron;
@@ -214,4 +216,32 @@ TEST(LayoutCreation, theEnd_comes_whileAProgressCallbackRunsAnEventLoop)
     };
     ASSERT_TRUE(recorder.run(*root));
     EXPECT_EQ(recorder.calls, (std::vector<std::string>{"progress", "progress", "finished"}));
+}
+
+TEST(LayoutCreation, everyAllocationThatFails_isTold)
+{
+    const TemporaryTree tree;
+    tree.makeFile("folder/one.txt", "1");
+    tree.makeFile("folder/two.txt", "2");
+    const auto root = virtualFolderItem(QStringLiteral("disc"));
+    root->addItem(itemAt(tree.pathText("folder")));
+    root->items().front()->addItem(itemAt(tree.pathText("folder/one.txt")));
+    root->items().front()->addItem(itemAt(tree.pathText("folder/two.txt")));
+    bool hasFailed = true;
+    int told = 0;
+    for (int call = 0; hasFailed && call < 1000; ++call) {
+        LayoutRecorder recorder;
+        const FailingAllocation failing(call);
+        ASSERT_TRUE(root->createDRLayoutAsyncNotifyProgressToTarget(recorder.target()));
+        ASSERT_TRUE(recorder.waitForEnd());
+        hasFailed = failing.hasFailed();
+        const bool isWhole = recorder.folder && pathsBelow(*recorder.folder).size() == 3;
+        if (!isWhole) {
+            EXPECT_FALSE(recorder.folder) << call;
+            EXPECT_EQ(root->unreadableFolders(), (std::vector<UnreadableFolder>{{QByteArray(), ENOMEM}})) << call;
+            ++told;
+        }
+    }
+    EXPECT_FALSE(hasFailed);
+    EXPECT_GT(told, 10);
 }

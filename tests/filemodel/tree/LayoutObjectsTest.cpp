@@ -3,6 +3,7 @@
 #include "tests/filemodel/tree/LayoutRecorder.h"
 #include "tests/support/TemporaryTree.h"
 
+#include <cerrno>
 #include <gtest/gtest.h>
 
 using namespace Tessaron;
@@ -234,4 +235,44 @@ TEST(LayoutObjects, aFileRenamedOnDisk_getsTheNameThatItHasNow)
     ASSERT_EQ(::rename(tree.path("before").constData(), tree.path("after").constData()), 0);
     ASSERT_EQ(reference->name(), QStringLiteral("after"));
     EXPECT_EQ(objectFor(reference)->baseName(), QStringLiteral("after"));
+}
+
+TEST(LayoutObjects, aFolderCalledIcon_isAFolder_whereTheTreeHasIt)
+{
+    const TemporaryTree tree;
+    tree.makeFile("folder/Icon\r/inside", "x");
+    const auto root = itemAt(tree.pathText("folder"));
+    root->addItem(itemAt(tree.pathText("folder/Icon\r")));
+    root->items().front()->addItem(itemAt(tree.pathText("folder/Icon\r/inside")));
+    LayoutRecorder recorder;
+    const auto folder = recorder.run(*root);
+    ASSERT_TRUE(folder);
+    EXPECT_EQ(pathsBelow(*folder), (QStringList{QStringLiteral("Icon\r/"), QStringLiteral("Icon\r/inside")}));
+}
+
+TEST(LayoutObjects, aFolderWhoseIconCannotBeLookedFor_isNamed)
+{
+    const TemporaryTree tree;
+    tree.makeFile("closed/file");
+    tree.setMode("", 0777);
+    tree.setMode("closed", 0600);
+    const auto root = virtualFolderItem(disc);
+    root->addItem(itemAt(tree.pathText("closed")));
+    LayoutRecorder recorder;
+    std::vector<UnreadableFolder> duringTheEnd;
+    recorder.onEnd = [&](KRFileHierarchyItem &item) { duringTheEnd = item.unreadableFolders(); };
+    {
+        // Rights belong to the whole process here, the worker included.
+        const WithoutRootRights rights;
+        const auto folder = recorder.run(*root);
+        ASSERT_TRUE(folder);
+        EXPECT_EQ(folder->children().size(), 1u);
+    }
+    const std::vector<UnreadableFolder> expected{{tree.path("closed"), EACCES}};
+    EXPECT_EQ(duringTheEnd, expected);
+    EXPECT_EQ(root->unreadableFolders(), expected);
+    tree.setMode("closed", 0700);
+    LayoutRecorder again;
+    ASSERT_TRUE(again.run(*root));
+    EXPECT_TRUE(root->unreadableFolders().empty());
 }

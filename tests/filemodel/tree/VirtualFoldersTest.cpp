@@ -61,9 +61,12 @@ TEST(VirtualFolders, virtualFolderWithFileReference_isNeverNull)
     EXPECT_FALSE(ofNothing->propertyForKey(DRMacFinderFlags, DRAllFilesystems).isValid());
 }
 
-TEST(VirtualFolders, aFolderCalledIcon_isNoIconFile)
+TEST(VirtualFolders, whateverIsCalledIcon_isAdded_asTheFileOfTheIcon)
 {
     const TemporaryTree tree;
     tree.makeFolder("folder/Icon\r");
-    EXPECT_TRUE(virtualFolderWithPath(tree.pathText("folder"))->children().empty());
+    const auto folder = virtualFolderWithPath(tree.pathText("folder"));
+    ASSERT_EQ(folder->children().size(), 1u);
+    EXPECT_FALSE(folder->children().front()->isFolder());
+    EXPECT_EQ(folder->children().front()->baseName(), QStringLiteral("Icon\r"));
 }
