@@ -74,7 +74,7 @@ int main(int argc, char **argv)
     NSError error;
     const auto planBegin = std::chrono::steady_clock::now();
     const DiscImagePlan plan = planDiscImage(DRFolder::folderWithPath(QString::fromLocal8Bit(argv[1])), PlanOptions(),
-                                             cancellation.flag(), {}, &error);
+                                             cancellation.token(), {}, &error);
     if (!plan.image)
         return fail(error);
     const double planSeconds = secondsSince(planBegin);

@@ -17,7 +17,6 @@ public:
         m_source.request_stop();
     }
     [[nodiscard]] bool isRequested() const { return m_isRequested.load(std::memory_order_acquire); }
-    [[nodiscard]] const std::atomic<bool> &flag() const { return m_isRequested; }
     [[nodiscard]] std::stop_token token() const { return m_source.get_token(); }
 
 private:

@@ -42,7 +42,7 @@ NSError BurnJob::plan()
     m_status->enterState(DRStatusStatePreparing);
     NSError error;
     m_plan = planBurn(
-        m_layout, m_cancellation.flag(), [this](double percent) { m_status->setPercentComplete(percent); }, &error);
+        m_layout, m_cancellation.token(), [this](double percent) { m_status->setPercentComplete(percent); }, &error);
     if (m_cancellation.isRequested())
         return burnCancelledError();
     if (error)

@@ -101,7 +101,7 @@ std::uint64_t PlannedTrack::bytes() const
     return image ? std::uint64_t(image->blockCount()) * logicalBlockSize : extent.bytes();
 }
 
-BurnPlan planBurn(const DRLayout &layout, const std::atomic<bool> &isCancelled,
+BurnPlan planBurn(const DRLayout &layout, const std::stop_token &cancellation,
                   const std::function<void(double)> &progress, NSError *error)
 {
     BurnPlan plan;
@@ -114,7 +114,7 @@ BurnPlan planBurn(const DRLayout &layout, const std::atomic<bool> &isCancelled,
         if (planned.track->rootFolder()) {
             const auto trackProgress = [&](double part) { progress((double(index) + part) / trackCount); };
             DiscImagePlan image =
-                planDiscImage(planned.track->rootFolder(), trackOptions(), isCancelled, trackProgress, error);
+                planDiscImage(planned.track->rootFolder(), trackOptions(), cancellation, trackProgress, error);
             if (!image.image)
                 return plan;
             planned.image = std::move(image.image);

@@ -6,9 +6,9 @@
 #include "platform/discrecording/objects/DRTrack.h"
 #include "platform/foundation/NSError.h"
 
-#include <atomic>
 #include <functional>
 #include <memory>
+#include <stop_token>
 #include <vector>
 
 namespace Tessaron
@@ -36,7 +36,7 @@ struct BurnPlan {
 /// Plans each track, after all have been looked at: what cannot be written fails before anything slow begins. `*error`
 /// is set when the layout cannot be written; after a cancel the plan is worth nothing. `progress` gets 0 to 1, on the
 /// calling thread.
-[[nodiscard]] BurnPlan planBurn(const DRLayout &layout, const std::atomic<bool> &isCancelled,
+[[nodiscard]] BurnPlan planBurn(const DRLayout &layout, const std::stop_token &cancellation,
                                 const std::function<void(double)> &progress, NSError *error);
 
 /// One report in place of several.

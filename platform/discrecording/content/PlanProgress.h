@@ -1,7 +1,8 @@
 #pragma once
 
-#include <atomic>
 #include <functional>
+#include <stop_token>
+#include <utility>
 
 namespace Tessaron
 {
@@ -10,14 +11,14 @@ namespace Tessaron
 class PlanProgress
 {
 public:
-    PlanProgress(const std::atomic<bool> &isCancelled, const std::function<void(double)> &report)
-        : m_isCancelled(isCancelled)
+    PlanProgress(std::stop_token cancellation, const std::function<void(double)> &report)
+        : m_cancellation(std::move(cancellation))
         , m_report(report)
     {
     }
 
     /// Any thread may ask.
-    [[nodiscard]] bool isCancelled() const { return m_isCancelled.load(std::memory_order_relaxed); }
+    [[nodiscard]] bool isCancelled() const { return m_cancellation.stop_requested(); }
 
     /// Tells a share of all planning, 0 to 1. On the thread that plans.
     void tell(double share) const
@@ -27,7 +28,7 @@ public:
     }
 
 private:
-    const std::atomic<bool> &m_isCancelled;
+    const std::stop_token m_cancellation;
     const std::function<void(double)> &m_report;
 };
 

@@ -4,8 +4,6 @@
 #include "platform/discrecording/hfsplus/HfsPlusForkData.h"
 #include "platform/discrecording/image/ImageLayout.h"
 
-#include <atomic>
-
 namespace Tessaron
 {
 
@@ -24,9 +22,8 @@ constexpr BTreeTraits extentsTraits{4096, HfsPlusBlockUse::longestKey, BTreeTrai
 /// Measures a tree that is not worth a look at whether to stop.
 void measureSmall(BTree &tree)
 {
-    const std::atomic<bool> isCancelled = false;
     const std::function<void(double)> report;
-    (void)tree.measure(PlanProgress(isCancelled, report));
+    (void)tree.measure(PlanProgress({}, report));
 }
 
 HfsPlusSpecialFile specialFile(std::uint64_t firstBlock, const BTree &tree)

@@ -325,7 +325,7 @@ std::optional<std::int64_t> sourceDateEpochFromEnvironment()
 }
 
 DiscImagePlan planDiscImage(const std::shared_ptr<DRFolder> &root, const PlanOptions &options,
-                            const std::atomic<bool> &isCancelled, const std::function<void(double)> &reportProgress,
+                            const std::stop_token &cancellation, const std::function<void(double)> &reportProgress,
                             NSError *error)
 {
     *error = {};
@@ -334,7 +334,7 @@ DiscImagePlan planDiscImage(const std::shared_ptr<DRFolder> &root, const PlanOpt
                            QStringLiteral("Give a folder."));
         return {};
     }
-    const PlanProgress progress(isCancelled, reportProgress);
+    const PlanProgress progress(cancellation, reportProgress);
     return Planner(*root, options, progress).plan(error);
 }
 

@@ -4,11 +4,11 @@
 #include "platform/discrecording/objects/DRFilesystems.h"
 #include "platform/foundation/NSError.h"
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 namespace Tessaron
 {
@@ -50,10 +50,10 @@ struct DiscImagePlan {
 /// need it.
 ///
 /// What cannot be stored as it stands is no error but an entry in the report. `*error` is set when there can be no
-/// image at all (no filesystem left to write, beyond 2^32 blocks). When `isCancelled` becomes true the answer is an
+/// image at all (no filesystem left to write, beyond 2^32 blocks). When `cancellation` is requested the answer is an
 /// empty plan with a null error. `progress`, when given, is told a number from 0 to 1 on the calling thread.
 [[nodiscard]] DiscImagePlan planDiscImage(const std::shared_ptr<DRFolder> &root, const PlanOptions &options,
-                                          const std::atomic<bool> &isCancelled,
+                                          const std::stop_token &cancellation,
                                           const std::function<void(double)> &progress, NSError *error);
 
 } // namespace Tessaron

@@ -38,10 +38,9 @@ private:
 
 NSError planError(const DRLayout &layout)
 {
-    const std::atomic<bool> isCancelled = false;
     NSError error;
     (void)planBurn(
-        layout, isCancelled, [](double) {}, &error);
+        layout, {}, [](double) {}, &error);
     return error;
 }
 
@@ -79,10 +78,9 @@ TEST(BurnPlan, plan_sumsAllTracksOfAllSessions)
     const auto producer = std::make_shared<TestProducer>();
     const std::vector<DRTrackArray> sessions{{trackOfProducer(producer, 5), trackOfProducer(producer, 7, 2352, 2)},
                                              {trackOfProducer(producer, 1)}};
-    const std::atomic<bool> isCancelled = false;
     NSError error;
     const BurnPlan plan = planBurn(
-        sessions, isCancelled, [](double) {}, &error);
+        sessions, {}, [](double) {}, &error);
     EXPECT_TRUE(error.isNull());
     EXPECT_EQ(plan.tracks.size(), 3u);
     EXPECT_EQ(plan.bytes, 5u * 2048 + 9 * 2352 + 2048);

@@ -13,9 +13,8 @@ namespace
 
 std::unique_ptr<ContentTree> treeOf(const DRFolder &root, unsigned int threads = 2)
 {
-    const std::atomic<bool> isCancelled = false;
     const std::function<void(double)> silent;
-    const PlanProgress progress(isCancelled, silent);
+    const PlanProgress progress({}, silent);
     StorageIssues issues;
     return ContentTreeBuilder(progress, {1'000, 0}, std::nullopt, threads).build(root, issues);
 }

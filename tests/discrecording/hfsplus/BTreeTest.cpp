@@ -47,9 +47,8 @@ struct MadeTree {
         : records(count)
         , tree(records, smallNodes)
     {
-        const std::atomic<bool> isCancelled = false;
         const std::function<void(double)> report;
-        EXPECT_TRUE(tree.measure(PlanProgress(isCancelled, report)));
+        EXPECT_TRUE(tree.measure(PlanProgress({}, report)));
         if (reserved > 0)
             tree.reserveNodes(reserved);
         bytes.resize(tree.byteCount());
@@ -122,9 +121,10 @@ TEST(BTree, measure_stops_whenCancelled)
 {
     const NumberedRecords records(10);
     BTree tree(records, smallNodes);
-    const std::atomic<bool> isCancelled = true;
+    std::stop_source stopper;
+    stopper.request_stop();
     const std::function<void(double)> report;
-    EXPECT_FALSE(tree.measure(PlanProgress(isCancelled, report)));
+    EXPECT_FALSE(tree.measure(PlanProgress(stopper.get_token(), report)));
 }
 
 } // namespace Tessaron::Testing

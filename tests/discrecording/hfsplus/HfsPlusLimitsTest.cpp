@@ -103,9 +103,10 @@ TEST(HfsPlusLimits, cancelledPlan_isNoPlan)
 {
     const TemporaryTree tree;
     tree.makeFile("file", "f");
-    const std::atomic<bool> isCancelled = true;
+    std::stop_source stopper;
+    stopper.request_stop();
     NSError error;
-    EXPECT_FALSE(planDiscImage(realFolder(tree), optionsFor(hfsPlusOnly), isCancelled, {}, &error).image);
+    EXPECT_FALSE(planDiscImage(realFolder(tree), optionsFor(hfsPlusOnly), stopper.get_token(), {}, &error).image);
     EXPECT_FALSE(error);
 }
 

@@ -89,9 +89,8 @@ TEST(HfsPlusMacAttributes, resourceForkThatChanges_endsTheImage_andIsNamed)
         GTEST_SKIP() << "the temporary folder keeps no extended attributes";
     tree.makeFile("document");
     tree.setExtendedAttribute("document", resourceForkName, "first");
-    const std::atomic<bool> isCancelled = false;
     NSError error;
-    const DiscImagePlan plan = planDiscImage(realFolder(tree), optionsFor(hfsPlusOnly), isCancelled, {}, &error);
+    const DiscImagePlan plan = planDiscImage(realFolder(tree), optionsFor(hfsPlusOnly), {}, {}, &error);
     ASSERT_TRUE(plan.image);
     tree.setExtendedAttribute("document", resourceForkName, "other");
     for (std::uint32_t at = 0; at < plan.image->blockCount() && !error;) {

@@ -15,9 +15,8 @@ namespace
 
 DiscImagePlan planOf(const std::shared_ptr<DRFolder> &root, const PlanOptions &options = {})
 {
-    const std::atomic<bool> isCancelled = false;
     NSError error;
-    DiscImagePlan plan = planDiscImage(root, options, isCancelled, {}, &error);
+    DiscImagePlan plan = planDiscImage(root, options, {}, {}, &error);
     EXPECT_FALSE(error) << qPrintable(error.localizedDescription());
     return plan;
 }

@@ -46,10 +46,9 @@ TEST(PlanDiscImage, plan_isMadeAlone_whenTheSystemHasNoThread)
     options.threadCount = 4;
     options.sourceDateEpoch = 1'700'000'000;
     const auto root = DRFolder::folderWithPath(tree.pathText());
-    const std::atomic<bool> isCancelled = false;
     const auto planned = [&] {
         NSError error;
-        const DiscImagePlan plan = planDiscImage(root, options, isCancelled, {}, &error);
+        const DiscImagePlan plan = planDiscImage(root, options, {}, {}, &error);
         EXPECT_FALSE(error) << error.localizedDescription().toStdString();
         return std::pair(plan.fileCount, plan.image ? plan.image->blockCount() : 0);
     };
@@ -171,24 +170,23 @@ TEST(PlanDiscImage, cancel_givesNeitherPlanNorError_atAnyStage)
     options.threadCount = 1; // so that each run tells the same shares
     std::vector<double> told;
     {
-        const std::atomic<bool> isCancelled = false;
         NSError error;
         EXPECT_TRUE(planDiscImage(
-                        root, options, isCancelled, [&](double share) { told.push_back(share); }, &error)
+                        root, options, {}, [&](double share) { told.push_back(share); }, &error)
                         .image);
     }
     EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
     EXPECT_EQ(told.back(), 1.0);
     // Cancelled within each call of the progress function but the last, which comes when all is done.
     for (std::size_t call = 0; call + 1 < told.size(); ++call) {
-        std::atomic<bool> isCancelled = false;
+        std::stop_source stopper;
         std::size_t calls = 0;
         NSError error;
         const auto cancel = [&](double) {
             if (calls++ == call)
-                isCancelled = true;
+                stopper.request_stop();
         };
-        const DiscImagePlan plan = planDiscImage(root, options, isCancelled, cancel, &error);
+        const DiscImagePlan plan = planDiscImage(root, options, stopper.get_token(), cancel, &error);
         EXPECT_FALSE(plan.image) << call;
         EXPECT_FALSE(plan.report) << call;
         EXPECT_FALSE(error) << call;
@@ -217,9 +215,8 @@ TEST(PlanDiscImage, image_isReproducible_withSourceDateEpoch)
         make(tree, reversed);
         const auto root = DRFolder::folderWithPath(tree.pathText());
         root->setBaseName(QStringLiteral("same"));
-        const std::atomic<bool> isCancelled = false;
         NSError error;
-        const DiscImagePlan plan = planDiscImage(root, options, isCancelled, {}, &error);
+        const DiscImagePlan plan = planDiscImage(root, options, {}, {}, &error);
         ASSERT_TRUE(plan.image);
         const QByteArray bytes = imageBytes(*plan.image, 64);
         if (first.isEmpty())

@@ -28,9 +28,8 @@ Places placesOf(const QString &folderName, const Contents &files,
     root->addChild(folder);
     for (const auto &[name, contents] : files)
         folder->addChild(DRFile::virtualFileWithName(QString::fromUtf8(name), contents));
-    const std::atomic<bool> isCancelled = false;
     const std::function<void(double)> report;
-    const PlanProgress progress(isCancelled, report);
+    const PlanProgress progress({}, report);
     StorageIssues issues;
     const auto tree = ContentTreeBuilder(progress, {}, {}, 1).build(*root, issues);
     DRFilesystemMask contents = 0;

@@ -35,8 +35,7 @@ bool isHole(const FileContents &file, std::uint64_t offset, std::uint64_t length
 WrittenImage::WrittenImage(const std::shared_ptr<DRFolder> &root, const PlanOptions &options,
                            std::uint32_t blocksPerPiece)
 {
-    const std::atomic<bool> isCancelled = false;
-    m_plan = planDiscImage(root, options, isCancelled, {}, &m_error);
+    m_plan = planDiscImage(root, options, {}, {}, &m_error);
     if (m_plan.image)
         write(blocksPerPiece);
 }

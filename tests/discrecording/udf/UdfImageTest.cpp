@@ -215,10 +215,15 @@ TEST(UdfImage, prepare_stops_whenCancelled)
 {
     const auto root = DRFolder::virtualFolderWithName(QStringLiteral("D"));
     root->addChild(DRFile::virtualFileWithName(QStringLiteral("f"), "x"));
-    std::atomic<bool> isCancelled = false;
+    std::stop_source stopper;
     NSError error;
     const DiscImagePlan plan = planDiscImage(
-        root, udfAlone, isCancelled, [&](double share) { isCancelled = share >= 0.6; }, &error);
+        root, udfAlone, stopper.get_token(),
+        [&](double share) {
+            if (share >= 0.6)
+                stopper.request_stop();
+        },
+        &error);
     EXPECT_EQ(plan.image, nullptr);
     EXPECT_FALSE(error);
 }
