@@ -58,8 +58,8 @@ FSRef ContentTree::sourceRef(NodeIndex node) const
         return ref;
     ref.device = devices[object.device];
     ref.inode = object.inode;
-    ref.birthSeconds = object.birthSeconds;
-    ref.birthNanoseconds = object.birthNanoseconds;
+    ref.birthSeconds = object.birthTime().seconds;
+    ref.birthNanoseconds = object.birthTime().nanoseconds;
     ref.node = object.sourceNode;
     return ref;
 }
@@ -69,12 +69,10 @@ FileContents ContentTree::fileContents(NodeIndex node) const
     const ContentNode &object = nodes[node];
     FileContents file;
     file.ref = sourceRef(node);
-    file.size = object.size;
+    file.size = object.fileSize();
     file.inode = object.inode;
-    file.modificationSeconds = object.modificationSeconds;
-    file.modificationNanoseconds = object.modificationNanoseconds;
-    file.changeSeconds = object.changeSeconds;
-    file.changeNanoseconds = object.changeNanoseconds;
+    file.modification = object.modificationTime();
+    file.change = object.changeTime();
     return file;
 }
 
@@ -88,7 +86,7 @@ std::uint32_t ContentTree::sharerCount(NodeIndex node) const
 {
     if (!nodes[node].has(ContentNode::SharesContents))
         return 1;
-    const std::uint32_t *const count = valueFor(sharerCounts, nodes[node].link);
+    const std::uint32_t *const count = valueFor(sharerCounts, nodes[node].contentsOwner());
     return count ? *count : 1;
 }
 
@@ -100,9 +98,9 @@ bool ContentTree::haveSameAttributes(NodeIndex one, NodeIndex other) const
         && !left.has(ContentNode::HasDates) && !right.has(ContentNode::HasDates);
 }
 
-DiscTime ContentTree::noLaterThanAllowed(DiscTime time) const
+FileTime ContentTree::noLaterThanAllowed(FileTime time) const
 {
-    return latestTime && time.seconds >= *latestTime ? DiscTime{*latestTime, 0} : time;
+    return latestTime && time.seconds >= *latestTime ? FileTime{*latestTime, 0} : time;
 }
 
 ObjectTimes ContentTree::times(NodeIndex node) const
@@ -110,13 +108,12 @@ ObjectTimes ContentTree::times(NodeIndex node) const
     const ContentNode &object = nodes[node];
     const bool hasSource = object.sourceNode != 0;
     ObjectTimes result;
-    result.modification = hasSource ? DiscTime{object.modificationSeconds, object.modificationNanoseconds} : volumeTime;
-    result.attributeModification =
-        hasSource && !latestTime ? DiscTime{object.changeSeconds, object.changeNanoseconds} : result.modification;
+    result.modification = hasSource ? object.modificationTime() : volumeTime;
+    result.attributeModification = hasSource && !latestTime ? object.changeTime() : result.modification;
     result.access = result.modification;
     result.creation = result.modification;
-    if (hasSource && !latestTime && object.birthSeconds != 0)
-        result.creation = std::min(result.creation, DiscTime{object.birthSeconds, object.birthNanoseconds});
+    if (hasSource && !latestTime && object.birthTime().seconds != 0)
+        result.creation = std::min(result.creation, object.birthTime());
     if (object.has(ContentNode::HasDates)) {
         const auto set =
             std::lower_bound(dates.begin(), dates.end(), node,

@@ -5,6 +5,7 @@
 #include "platform/discrecording/content/FileContents.h"
 #include "platform/discrecording/content/TextArena.h"
 #include "platform/discrecording/objects/DRFilesystems.h"
+#include "platform/foundation/FileTime.h"
 
 #include <QByteArray>
 #include <QString>
@@ -31,20 +32,12 @@ enum class ContentKind : std::uint8_t {
     Absent, ///< left out of the disc; it stays in the tree so that the report can name it
 };
 
-/// A point in time as file systems keep it.
-struct DiscTime {
-    std::int64_t seconds = 0; ///< since 1970, UTC
-    std::uint32_t nanoseconds = 0;
-
-    friend auto operator<=>(const DiscTime &, const DiscTime &) = default;
-};
-
 /// The times that an object gets on the disc.
 struct ObjectTimes {
-    DiscTime modification;
-    DiscTime access;
-    DiscTime attributeModification;
-    DiscTime creation;
+    FileTime modification;
+    FileTime access;
+    FileTime attributeModification;
+    FileTime creation;
 };
 
 /// One object of a disc. A million of these are held at once: members are packed, what few objects have lies in
@@ -61,23 +54,9 @@ struct ContentNode {
     };
 
     const char *name = nullptr; ///< its name on the disc, bytes, not terminated
-    /// File: its length in bytes. Symbolic link: the length of its target. Device: its `st_rdev`. Folder: its number
-    /// among the folders.
-    std::uint64_t size = 0;
-    std::int64_t modificationSeconds = 0;
-    std::int64_t changeSeconds = 0;
-    std::int64_t birthSeconds = 0;
     std::uint64_t inode = 0;
-    std::uint32_t modificationNanoseconds = 0;
-    std::uint32_t changeNanoseconds = 0;
-    std::uint32_t birthNanoseconds = 0;
     std::uint32_t sourceNode = 0; ///< FSRef::node of its source; 0 for an object without one
     NodeIndex parent = 0;
-    /// Folder: its first child, the others follow. File: the file whose contents it shares, mostly itself. Symbolic
-    /// link: the number of its target.
-    std::uint32_t link = 0;
-    /// Folder: how many children. File whose contents are its own: the first block of its extent.
-    std::uint32_t extent = 0;
     std::uint32_t userId = 0;
     std::uint32_t groupId = 0;
     std::uint16_t mode = 0; ///< `st_mode`
@@ -92,19 +71,78 @@ struct ContentNode {
     [[nodiscard]] DRFilesystemMask hiddenIn() const { return masks >> 4u; }
     [[nodiscard]] bool isFolder() const { return kind == ContentKind::Folder; }
     [[nodiscard]] bool isFile() const { return kind == ContentKind::File; }
+    [[nodiscard]] bool isDevice() const
+    {
+        return kind == ContentKind::CharacterDevice || kind == ContentKind::BlockDevice;
+    }
     [[nodiscard]] bool has(Flag flag) const { return (flags & flag) != 0; }
+
+    [[nodiscard]] FileTime modificationTime() const { return {m_modificationSeconds, m_modificationNanoseconds}; }
+    [[nodiscard]] FileTime changeTime() const { return {m_changeSeconds, m_changeNanoseconds}; }
+    /// When it was created; zero where that is not known.
+    [[nodiscard]] FileTime birthTime() const { return {m_birthSeconds, m_birthNanoseconds}; }
+    void setModificationTime(FileTime time);
+    void setChangeTime(FileTime time);
+    void setBirthTime(FileTime time);
+
+    // What follows is kept in three places, of which each kind of object makes its own use: only those of the object's
+    // kind may be asked for.
+
+    /// File: its length in bytes.
+    [[nodiscard]] std::uint64_t fileSize() const { return m_size; }
+    void setFileSize(std::uint64_t bytes) { m_size = bytes; }
+    /// File: the file whose contents it has, mostly itself.
+    [[nodiscard]] NodeIndex contentsOwner() const { return m_link; }
+    void setContentsOwner(NodeIndex file) { m_link = file; }
+    /// File whose contents are its own: the first block of its extent, 0 until it has one.
+    [[nodiscard]] std::uint32_t extentStart() const { return m_extent; }
+    void setExtentStart(std::uint32_t block) { m_extent = block; }
+    [[nodiscard]] bool hasExtent() const { return m_extent != 0; }
     /// A file with blocks of its own on the disc.
-    [[nodiscard]] bool ownsExtent(NodeIndex itself) const { return isFile() && size > 0 && link == itself; }
+    [[nodiscard]] bool ownsExtent(NodeIndex itself) const { return isFile() && m_size > 0 && m_link == itself; }
+
+    /// Folder: its number among the folders.
+    [[nodiscard]] std::uint32_t folderNumber() const { return static_cast<std::uint32_t>(m_size); }
+    void setFolderNumber(std::uint32_t number) { m_size = number; }
+    /// Folder: its first child, the others follow; one behind the last; how many there are.
+    [[nodiscard]] NodeIndex firstChild() const { return m_link; }
+    [[nodiscard]] NodeIndex endChild() const { return m_link + m_extent; }
+    [[nodiscard]] std::uint32_t childCount() const { return m_extent; }
+    void setChildren(NodeIndex first, std::uint32_t count);
+
+    /// Symbolic link: the length of its target in bytes, and the number of the target in the tree.
+    [[nodiscard]] std::uint64_t linkTargetLength() const { return m_size; }
+    [[nodiscard]] std::uint32_t linkTargetNumber() const { return m_link; }
+    void setLinkTargetLength(std::uint64_t bytes) { m_size = bytes; }
+    void setLinkTargetNumber(std::uint32_t number) { m_link = number; }
+
+    /// Device: its `st_rdev`.
+    [[nodiscard]] std::uint64_t deviceNumber() const { return m_size; }
+    void setDeviceNumber(std::uint64_t number) { m_size = number; }
+
+    /// Any: a number that differs where one of the above does.
+    [[nodiscard]] std::uint64_t fingerprint() const { return m_size; }
+
+private:
+    std::uint64_t m_size = 0;
+    std::int64_t m_modificationSeconds = 0;
+    std::int64_t m_changeSeconds = 0;
+    std::int64_t m_birthSeconds = 0;
+    std::uint32_t m_modificationNanoseconds = 0;
+    std::uint32_t m_changeNanoseconds = 0;
+    std::uint32_t m_birthNanoseconds = 0;
+    std::uint32_t m_link = 0;
+    std::uint32_t m_extent = 0;
 };
 static_assert(sizeof(ContentNode) == 96);
 
 /// Dates that were set for an object and take the place of its source's.
 struct ContentDates {
     NodeIndex node = 0;
-    std::optional<DiscTime> modification;
-    std::optional<DiscTime> access;
-    std::optional<DiscTime> attributeModification;
-    std::optional<DiscTime> creation;
+    std::optional<FileTime> modification;
+    std::optional<FileTime> access;
+    std::optional<FileTime> attributeModification;
+    std::optional<FileTime> creation;
 };
 
 /// What a layout says of an object for the Finder, in the place of what its source says.
@@ -114,6 +152,30 @@ struct ContentFinderFlags {
     bool hidesExtension = false;
 };
 
+inline void ContentNode::setModificationTime(FileTime time)
+{
+    m_modificationSeconds = time.seconds;
+    m_modificationNanoseconds = time.nanoseconds;
+}
+
+inline void ContentNode::setChangeTime(FileTime time)
+{
+    m_changeSeconds = time.seconds;
+    m_changeNanoseconds = time.nanoseconds;
+}
+
+inline void ContentNode::setBirthTime(FileTime time)
+{
+    m_birthSeconds = time.seconds;
+    m_birthNanoseconds = time.nanoseconds;
+}
+
+inline void ContentNode::setChildren(NodeIndex first, std::uint32_t count)
+{
+    m_link = first;
+    m_extent = count;
+}
+
 /// What a disc is to hold, flat: the objects of a layout and of the real folders in it. Children of a folder are
 /// neighbours, ordered by the bytes of their names, so that the order in which a folder lists its files does not
 /// matter. Parents come before their children. Made by ContentTreeBuilder, constant afterwards but for the extents.
@@ -122,7 +184,7 @@ class ContentTree
 public:
     ChunkedArray<ContentNode> nodes;
     std::uint32_t folderCount = 0; ///< folders in the tree, the root and absent ones counted
-    DiscTime volumeTime; ///< when the volume was made; also the time of objects without source
+    FileTime volumeTime; ///< when the volume was made; also the time of objects without source
     std::optional<std::int64_t> latestTime; ///< no object gets a later time; set for reproducible images
 
     TextArena texts;
@@ -146,7 +208,10 @@ public:
     [[nodiscard]] FileContents fileContents(NodeIndex node) const;
     /// The contents of a file that are no file on disk; empty for others.
     [[nodiscard]] QByteArray memoryContents(NodeIndex node) const;
-    [[nodiscard]] std::string_view linkTarget(NodeIndex node) const { return linkTargets[nodes[node].link]; }
+    [[nodiscard]] std::string_view linkTarget(NodeIndex node) const
+    {
+        return linkTargets[nodes[node].linkTargetNumber()];
+    }
     /// How many objects share the contents of this one, itself counted.
     [[nodiscard]] std::uint32_t sharerCount(NodeIndex node) const;
     /// True when both have the same permissions, owner and times, so that they may be one object with two names.
@@ -158,7 +223,7 @@ public:
     [[nodiscard]] ObjectTimes times(NodeIndex node) const;
 
 private:
-    [[nodiscard]] DiscTime noLaterThanAllowed(DiscTime time) const;
+    [[nodiscard]] FileTime noLaterThanAllowed(FileTime time) const;
 };
 
 } // namespace Tessaron

@@ -31,19 +31,19 @@ std::string_view view(QByteArrayView bytes)
     return {bytes.data(), static_cast<std::size_t>(bytes.size())};
 }
 
-std::optional<DiscTime> dateProperty(const DRFSObject &object, const QString &key)
+std::optional<FileTime> dateProperty(const DRFSObject &object, const QString &key)
 {
     const QDateTime date = object.propertyForKey(key, DRISO9660).toDateTime();
     if (!date.isValid())
         return std::nullopt;
     const qint64 milliseconds = date.toMSecsSinceEpoch();
     const qint64 part = ((milliseconds % 1000) + 1000) % 1000;
-    return DiscTime{(milliseconds - part) / 1000, static_cast<std::uint32_t>(part * 1'000'000)};
+    return FileTime{(milliseconds - part) / 1000, static_cast<std::uint32_t>(part * 1'000'000)};
 }
 
 } // namespace
 
-ContentTreeBuilder::ContentTreeBuilder(const PlanProgress &progress, DiscTime volumeTime,
+ContentTreeBuilder::ContentTreeBuilder(const PlanProgress &progress, FileTime volumeTime,
                                        std::optional<std::int64_t> latestTime, unsigned int threadCount)
     : m_progress(progress)
     , m_threadCount(std::max(threadCount, 1u))
@@ -115,8 +115,7 @@ void ContentTreeBuilder::addVirtualChildren(NodeIndex parent, const DRFolder &fo
         candidates.push_back(candidate);
     }
     makeNamesUsable(candidates);
-    m_tree->nodes[parent].link = m_tree->nodes.size();
-    m_tree->nodes[parent].extent = static_cast<std::uint32_t>(candidates.size());
+    m_tree->nodes[parent].setChildren(m_tree->nodes.size(), static_cast<std::uint32_t>(candidates.size()));
     for (const Candidate &candidate : candidates)
         addObject(parent, candidate);
 }
@@ -171,8 +170,9 @@ void ContentTreeBuilder::addObject(NodeIndex parent, const Candidate &candidate)
     content.nameLength = static_cast<std::uint8_t>(candidate.name.size());
     content.parent = parent;
     content.kind = object.isFolder() ? ContentKind::Folder : ContentKind::File;
-    content.link = object.isFolder() ? 0 : node;
     content.masks = static_cast<std::uint8_t>(candidate.mask & DRFilesystemInclusionMaskAll);
+    if (!object.isFolder())
+        content.setContentsOwner(node);
     content.mode = object.isFolder() ? S_IFDIR | 0755 : S_IFREG | 0644;
     if (candidate.name != candidate.baseName) {
         content.flags |= ContentNode::NameIsChanged;
@@ -182,7 +182,7 @@ void ContentTreeBuilder::addObject(NodeIndex parent, const Candidate &candidate)
         setSource(content, object.sourceRef());
     if (!object.isFolder() && object.isVirtual()) {
         const QByteArray contents = static_cast<const DRFile &>(object).virtualContents();
-        content.size = static_cast<std::uint64_t>(contents.size());
+        content.setFileSize(static_cast<std::uint64_t>(contents.size()));
         content.flags |= ContentNode::HasContentsInMemory;
         m_tree->contentsInMemory.emplace_back(node, contents);
     }
@@ -197,8 +197,7 @@ void ContentTreeBuilder::setSource(ContentNode &content, const FSRef &ref)
 {
     content.sourceNode = ref.node;
     content.inode = ref.inode;
-    content.birthSeconds = ref.birthSeconds;
-    content.birthNanoseconds = ref.birthNanoseconds;
+    content.setBirthTime({ref.birthSeconds, ref.birthNanoseconds});
     content.device = deviceNumber(m_tree->devices, ref.device);
     content.flags |= ContentNode::NeedsInspection;
 }
@@ -271,13 +270,13 @@ void ContentTreeBuilder::addListedChildren(NodeIndex parent, StorageIssues &issu
     }
     std::sort(children.begin(), children.end(),
               [](const ContentNode &one, const ContentNode &other) { return one.nameView() < other.nameView(); });
-    m_tree->nodes[parent].link = m_tree->nodes.size();
-    m_tree->nodes[parent].extent = static_cast<std::uint32_t>(children.size());
+    m_tree->nodes[parent].setChildren(m_tree->nodes.size(), static_cast<std::uint32_t>(children.size()));
     for (ContentNode &content : children) {
         const NodeIndex node = m_tree->nodes.size();
         content.parent = parent;
         content.masks = m_tree->nodes[parent].masks & 15u;
-        content.link = content.isFolder() ? 0 : node;
+        if (!content.isFolder())
+            content.setContentsOwner(node);
         noteLongName(node, content);
         m_tree->nodes.append(content);
         if (content.isFolder())
@@ -300,7 +299,7 @@ void ContentTreeBuilder::numberFolders()
 {
     for (NodeIndex node = 0; node < m_tree->nodes.size(); ++node) {
         if (m_tree->nodes[node].isFolder())
-            m_tree->nodes[node].size = m_tree->folderCount++;
+            m_tree->nodes[node].setFolderNumber(m_tree->folderCount++);
     }
 }
 

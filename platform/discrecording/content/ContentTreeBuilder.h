@@ -22,7 +22,7 @@ class ContentTreeBuilder
 {
 public:
     /// `volumeTime` is the time of objects that have no source; `threadCount` threads look at sources.
-    ContentTreeBuilder(const PlanProgress &progress, DiscTime volumeTime, std::optional<std::int64_t> latestTime,
+    ContentTreeBuilder(const PlanProgress &progress, FileTime volumeTime, std::optional<std::int64_t> latestTime,
                        unsigned int threadCount);
 
     /// Null when cancelled. What could not be taken along is added to `issues`, its tree still to be chosen.

@@ -137,8 +137,7 @@ NSError verifyFileContentsUnchanged(int descriptor, const FileContents &file)
         return replacedError(file);
     if (std::uint64_t(now.st_size) != file.size)
         return sizeError(file, std::uint64_t(now.st_size));
-    if (now.st_mtim.tv_sec != file.modificationSeconds || now.st_mtim.tv_nsec != file.modificationNanoseconds
-        || now.st_ctim.tv_sec != file.changeSeconds || now.st_ctim.tv_nsec != file.changeNanoseconds)
+    if (FileTime::from(now.st_mtim) != file.modification || FileTime::from(now.st_ctim) != file.change)
         return contentsError(file, fBsyErr, QStringLiteral("The file %1 was changed while the disc was made."),
                              leaveAloneSuggestion());
     return {};

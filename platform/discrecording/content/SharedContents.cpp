@@ -40,9 +40,10 @@ void findSharedContents(ContentTree &tree)
         for (; table[place] != 0; place = (place + 1) & mask) {
             ContentNode &other = tree.nodes[table[place]];
             // One that changed while the sources were looked at is two files: writing notices which of them is true.
-            if (other.inode != content.inode || other.device != content.device || other.size != content.size)
+            if (other.inode != content.inode || other.device != content.device
+                || other.fileSize() != content.fileSize())
                 continue;
-            content.link = table[place];
+            content.setContentsOwner(table[place]);
             content.flags |= ContentNode::SharesContents;
             other.flags |= ContentNode::SharesContents;
             ++sharers.try_emplace(table[place], 1).first->second;

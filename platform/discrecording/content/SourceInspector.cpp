@@ -45,11 +45,6 @@ ContentKind kindOf(std::uint32_t mode)
     }
 }
 
-bool isDevice(ContentKind kind)
-{
-    return kind == ContentKind::CharacterDevice || kind == ContentKind::BlockDevice;
-}
-
 /// True when the permissions alone say that everybody may read.
 bool isReadableByAll(std::uint32_t mode, bool isFolder)
 {
@@ -105,8 +100,8 @@ private:
     {
         FSRef ref;
         ref.inode = content.inode;
-        ref.birthSeconds = content.birthSeconds;
-        ref.birthNanoseconds = content.birthNanoseconds;
+        ref.birthSeconds = content.birthTime().seconds;
+        ref.birthNanoseconds = content.birthTime().nanoseconds;
         ref.node = content.sourceNode;
         return ref;
     }
@@ -140,19 +135,16 @@ private:
         if (!content.isFolder())
             content.kind = kindOf(status.stx_mode);
         if (content.kind == ContentKind::File)
-            content.size = status.stx_size;
-        else if (isDevice(content.kind))
-            content.size = makedev(status.stx_rdev_major, status.stx_rdev_minor);
-        content.modificationSeconds = status.stx_mtime.tv_sec;
-        content.modificationNanoseconds = status.stx_mtime.tv_nsec;
-        content.changeSeconds = status.stx_ctime.tv_sec;
-        content.changeNanoseconds = status.stx_ctime.tv_nsec;
+            content.setFileSize(status.stx_size);
+        else if (content.isDevice())
+            content.setDeviceNumber(makedev(status.stx_rdev_major, status.stx_rdev_minor));
+        content.setModificationTime(FileTime::from(status.stx_mtime));
+        content.setChangeTime(FileTime::from(status.stx_ctime));
         if (status.stx_ino != content.inode) {
             // Another file has taken the place since the layout was made, as editors do when they save: it is meant.
             content.inode = status.stx_ino;
             const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;
-            content.birthSeconds = hasBirth ? status.stx_btime.tv_sec : 0;
-            content.birthNanoseconds = hasBirth ? status.stx_btime.tv_nsec : 0;
+            content.setBirthTime(hasBirth ? FileTime::from(status.stx_btime) : FileTime{});
         }
         content.mode = static_cast<std::uint16_t>(status.stx_mode);
         content.userId = status.stx_uid;
@@ -168,7 +160,8 @@ private:
 
     bool isReadable(const ContentNode &content, const FSRef &ref, std::uint32_t mode)
     {
-        const bool hasContents = content.isFolder() ? content.extent == 0 : content.isFile() && content.size > 0;
+        const bool hasContents =
+            content.isFolder() ? content.childCount() == 0 : content.isFile() && content.fileSize() > 0;
         if (!hasContents || m_readsEverything || isReadableByAll(mode, content.isFolder()))
             return true;
         const int wanted = content.isFolder() ? R_OK | X_OK : R_OK;
@@ -184,14 +177,14 @@ private:
             leaveOut(node, StorageReason::LinkNotReadable);
             return;
         }
-        m_tree.nodes[node].size = static_cast<std::uint64_t>(target.size());
+        m_tree.nodes[node].setLinkTargetLength(static_cast<std::uint64_t>(target.size()));
         findings.linkTargets.emplace_back(node, target);
     }
 
     void leaveOut(NodeIndex node, StorageReason reason)
     {
         ContentNode &content = m_tree.nodes[node];
-        if (content.isFolder() && content.extent > 0) {
+        if (content.isFolder() && content.childCount() > 0) {
             // What the layout puts into the folder is still there; only its times and permissions are not known.
             content.sourceNode = 0;
             return;
@@ -221,7 +214,7 @@ void merge(ContentTree &tree, std::vector<Inspector> &inspectors, StorageIssues 
     std::sort(targets.begin(), targets.end(),
               [](const auto &one, const auto &other) { return one.first < other.first; });
     for (const auto &[node, target] : targets) {
-        tree.nodes[node].link = static_cast<std::uint32_t>(tree.linkTargets.size());
+        tree.nodes[node].setLinkTargetNumber(static_cast<std::uint32_t>(tree.linkTargets.size()));
         tree.linkTargets.push_back(tree.texts.store({target.constData(), static_cast<std::size_t>(target.size())}));
     }
 }
@@ -242,15 +235,16 @@ std::uint16_t deviceNumber(std::vector<std::uint64_t> &devices, std::uint64_t de
 bool takeCatalogInfo(ContentNode &content, const FSCatalogInfo &info, bool readsEverything)
 {
     content.kind = kindOf(info.mode);
-    content.size = content.isFile() ? info.dataLogicalSize : isDevice(content.kind) ? info.deviceNumber : 0;
-    content.modificationSeconds = info.contentModDate.tv_sec;
-    content.modificationNanoseconds = static_cast<std::uint32_t>(info.contentModDate.tv_nsec);
-    content.changeSeconds = info.attributeModDate.tv_sec;
-    content.changeNanoseconds = static_cast<std::uint32_t>(info.attributeModDate.tv_nsec);
+    if (content.isFile())
+        content.setFileSize(info.dataLogicalSize);
+    else if (content.isDevice())
+        content.setDeviceNumber(info.deviceNumber);
+    content.setModificationTime(FileTime::from(info.contentModDate));
+    content.setChangeTime(FileTime::from(info.attributeModDate));
     content.mode = static_cast<std::uint16_t>(info.mode);
     content.userId = info.userId;
     content.groupId = info.groupId;
-    const bool needsRead = content.isFile() && content.size > 0;
+    const bool needsRead = content.isFile() && content.fileSize() > 0;
     return content.kind != ContentKind::SymbolicLink
         && (!needsRead || readsEverything || isReadableByAll(info.mode, false));
 }

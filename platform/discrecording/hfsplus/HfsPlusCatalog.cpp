@@ -276,8 +276,8 @@ void HfsPlusCatalog::storeForks(NodeIndex node, std::uint8_t *to) const
     const ContentTree &tree = m_tree.tree();
     const ContentNode &content = tree.nodes[node];
     if (content.isFile()) {
-        storeHfsPlusForkData(to + dataForkPlace, content.size, tree.nodes[content.link].extent,
-                             blocksForBytes(content.size));
+        storeHfsPlusForkData(to + dataForkPlace, content.fileSize(), tree.nodes[content.contentsOwner()].extentStart(),
+                             blocksForBytes(content.fileSize()));
     } else if (const HfsPlusFork *const target = m_forks.linkTargets().forkOf(node)) {
         storeHfsPlusForkData(to + dataForkPlace, target->length, m_places.linkTargets + target->firstBlock,
                              blocksForBytes(target->length));
@@ -306,8 +306,8 @@ void HfsPlusCatalog::storeFile(NodeIndex node, std::uint8_t *to) const
     storeBigEndian<std::uint16_t>(to + flagsPlace, threadExistsFlag);
     storeBigEndian<std::uint32_t>(to + idPlace, HfsPlusTree::idOf(node));
     std::uint32_t special = 1;
-    if (content.kind == ContentKind::CharacterDevice || content.kind == ContentKind::BlockDevice)
-        special = major(content.size) << 24 | minor(content.size);
+    if (content.isDevice())
+        special = major(content.deviceNumber()) << 24 | minor(content.deviceNumber());
     storeAttributes(node, special, to);
     storeForks(node, to);
     if (content.kind == ContentKind::SymbolicLink)

@@ -51,7 +51,7 @@ bool hasChanged(const FSRef &ref, const ContentNode &planned)
 {
     struct statx now;
     return statFSRef(ref, STATX_INO | STATX_CTIME, &now) != 0 || now.stx_ino != planned.inode
-        || now.stx_ctime.tv_sec != planned.changeSeconds || now.stx_ctime.tv_nsec != planned.changeNanoseconds;
+        || FileTime::from(now.stx_ctime) != planned.changeTime();
 }
 
 /// The part of a fork that lies in the blocks from `firstBlock` on.

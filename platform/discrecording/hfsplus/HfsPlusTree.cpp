@@ -15,11 +15,6 @@ constexpr std::uint32_t nodesPerCheck = 4096;
 
 using Kind = DRStorageReportItem::Kind;
 
-bool isDevice(const ContentNode &content)
-{
-    return content.kind == ContentKind::CharacterDevice || content.kind == ContentKind::BlockDevice;
-}
-
 /// An ID from which on `count` of them have the same number of decimal digits, so that the names made from them are in
 /// the order of the IDs.
 std::uint32_t idWithEqualDigits(std::uint32_t first, std::uint32_t count)
@@ -49,7 +44,7 @@ bool HfsPlusTree::holds(NodeIndex node) const
     const ContentNode &content = m_tree->nodes[node];
     if (content.kind == ContentKind::Absent || (content.filesystems() & filesystem) == 0)
         return false;
-    return !isDevice(content) || fitsHfsPlusDevice(content.size);
+    return !content.isDevice() || fitsHfsPlusDevice(content.deviceNumber());
 }
 
 bool HfsPlusTree::prepare(const PlanProgress &progress, StorageIssues &issues)
@@ -73,7 +68,7 @@ bool HfsPlusTree::prepare(const PlanProgress &progress, StorageIssues &issues)
         const ContentNode &content = m_tree->nodes[node];
         if (content.isFolder() && holds(node)) {
             prepareFolder(node, siblings, issues);
-            unchecked += content.extent;
+            unchecked += content.childCount();
         }
     }
     m_names->finish();
@@ -86,7 +81,7 @@ void HfsPlusTree::findSharedFiles()
     for (NodeIndex node = 1; node < m_tree->nodes.size(); ++node) {
         const ContentNode &content = m_tree->nodes[node];
         if (content.has(ContentNode::SharesContents) && holds(node))
-            names.emplace_back(content.link, node);
+            names.emplace_back(content.contentsOwner(), node);
     }
     std::sort(names.begin(), names.end());
     for (const auto &[contents, node] : names) {
@@ -111,9 +106,9 @@ const HfsPlusSharedFile *HfsPlusTree::sharedFile(NodeIndex node) const
     if (!content.isFile() || !content.has(ContentNode::SharesContents))
         return nullptr;
     const auto found =
-        std::lower_bound(m_shared.begin(), m_shared.end(), content.link,
+        std::lower_bound(m_shared.begin(), m_shared.end(), content.contentsOwner(),
                          [](const HfsPlusSharedFile &file, NodeIndex contents) { return file.contents < contents; });
-    return found != m_shared.end() && found->contents == content.link ? &*found : nullptr;
+    return found != m_shared.end() && found->contents == content.contentsOwner() ? &*found : nullptr;
 }
 
 const HfsPlusSharedFile *HfsPlusTree::linkedFile(NodeIndex node) const
@@ -132,24 +127,24 @@ void HfsPlusTree::prepareFolder(NodeIndex folder, HfsPlusSiblings &siblings, Sto
     const ContentNode &content = m_tree->nodes[folder];
     siblings.clear();
     HfsPlusName name;
-    for (NodeIndex node = content.link; node < content.link + content.extent; ++node) {
+    for (NodeIndex node = content.firstChild(); node < content.endChild(); ++node) {
         const ContentNode &child = m_tree->nodes[node];
         if (holds(node)) {
             const bool isChanged = m_names->ruledName(node, &name);
             siblings.add(node, name.view(), isChanged);
-        } else if (isDevice(child) && (child.filesystems() & filesystem) != 0) {
+        } else if (child.isDevice() && (child.filesystems() & filesystem) != 0) {
             issues.push_back({node, DRDiscTree::HFSPlus, Kind::Refused, StorageReason::KindNotStorable, false});
         }
     }
     m_names->tellApart(siblings);
-    std::uint32_t position = content.link;
+    std::uint32_t position = content.firstChild();
     for (const HfsPlusSiblings::Entry &entry : siblings.entries()) {
         m_order[position++] = entry.node;
         m_nameLengths[entry.node] = entry.nameSize;
         ++(m_tree->nodes[entry.node].isFolder() ? m_folderCount : m_fileCount);
         report(entry, issues);
     }
-    m_childCounts[content.size] = static_cast<std::uint32_t>(siblings.entries().size());
+    m_childCounts[content.folderNumber()] = static_cast<std::uint32_t>(siblings.entries().size());
 }
 
 void HfsPlusTree::report(const HfsPlusSiblings::Entry &entry, StorageIssues &issues) const

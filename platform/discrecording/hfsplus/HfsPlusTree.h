@@ -51,11 +51,14 @@ public:
     /// True when a file of the HFS+ tree has the contents of this one.
     [[nodiscard]] bool holdsContents(NodeIndex node) const;
     /// Children of a folder, without the hidden folder.
-    [[nodiscard]] std::uint32_t childCount(NodeIndex folder) const { return m_childCounts[m_tree->nodes[folder].size]; }
+    [[nodiscard]] std::uint32_t childCount(NodeIndex folder) const
+    {
+        return m_childCounts[m_tree->nodes[folder].folderNumber()];
+    }
     /// The `position`-th child in the catalog's order.
     [[nodiscard]] NodeIndex child(NodeIndex folder, std::uint32_t position) const
     {
-        return m_order[m_tree->nodes[folder].link + position];
+        return m_order[m_tree->nodes[folder].firstChild() + position];
     }
     /// Units of the object's name.
     [[nodiscard]] std::uint32_t nameLength(NodeIndex node) const { return m_nameLengths[node]; }

@@ -21,7 +21,7 @@ struct HfsPlusSpecialFile {
 
 /// What the volume header says.
 struct HfsPlusVolumeFacts {
-    DiscTime time;
+    FileTime time;
     std::uint32_t fileCount = 0;
     std::uint32_t folderCount = 0;
     std::uint32_t totalBlocks = 0;

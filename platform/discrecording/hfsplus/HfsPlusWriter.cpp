@@ -79,8 +79,8 @@ std::vector<BlockRun> HfsPlusWriter::foreignRuns(const ImageLayout &layout) cons
     }
     for (NodeIndex node = 1; node < m_content->nodes.size(); ++node) {
         const ContentNode &content = m_content->nodes[node];
-        if (content.ownsExtent(node) && content.extent != 0 && !m_tree.holdsContents(node))
-            runs.push_back({content.extent, blocksForBytes(content.size)});
+        if (content.ownsExtent(node) && content.hasExtent() && !m_tree.holdsContents(node))
+            runs.push_back({content.extentStart(), blocksForBytes(content.fileSize())});
     }
     return runs;
 }

@@ -36,7 +36,7 @@ bool canWrap(std::uint64_t unit, HfsWrapperReaders readers)
     return readers == HfsWrapperReaders::All || unit <= hfsPlusVolumeStart;
 }
 
-void storeHfsWrapper(std::uint8_t *to, DiscTime time, std::u16string_view name, std::uint64_t volumeBlocks,
+void storeHfsWrapper(std::uint8_t *to, FileTime time, std::u16string_view name, std::uint64_t volumeBlocks,
                      std::uint64_t unit, HfsWrapperReaders readers)
 {
     const auto units = static_cast<std::uint16_t>(volumeBlocks / unit);

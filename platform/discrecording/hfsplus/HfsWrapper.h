@@ -32,7 +32,7 @@ enum class HfsWrapperReaders : std::uint8_t {
 /// Writes 162 bytes of a master directory block, which tells who reads the image from its first byte that an HFS+
 /// volume is embedded in it, and where (HFS Plus Volume Format, "HFS Wrapper"). `volumeBlocks` must be whole units of
 /// `unit` blocks. `to` holds zeros.
-void storeHfsWrapper(std::uint8_t *to, DiscTime time, std::u16string_view name, std::uint64_t volumeBlocks,
+void storeHfsWrapper(std::uint8_t *to, FileTime time, std::u16string_view name, std::uint64_t volumeBlocks,
                      std::uint64_t unit, HfsWrapperReaders readers);
 
 } // namespace Tessaron

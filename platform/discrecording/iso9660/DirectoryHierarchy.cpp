@@ -70,7 +70,7 @@ void DirectoryHierarchy::collectChildren(std::uint32_t number, SiblingNames &sib
     const ContentNode &folder = m_tree->nodes[m_folders[number].node];
     siblings.clear();
     RecordedName name;
-    for (NodeIndex node = folder.link; node < folder.link + folder.extent; ++node) {
+    for (NodeIndex node = folder.firstChild(); node < folder.endChild(); ++node) {
         const ContentNode &content = m_tree->nodes[node];
         if (holds(content)) {
             const bool isChanged = m_names->ruledName(node, &name);
@@ -83,7 +83,7 @@ void DirectoryHierarchy::collectChildren(std::uint32_t number, SiblingNames &sib
 
 void DirectoryHierarchy::storeOrder(std::uint32_t number, const SiblingNames &siblings)
 {
-    const NodeIndex first = m_tree->nodes[m_folders[number].node].link;
+    const NodeIndex first = m_tree->nodes[m_folders[number].node].firstChild();
     const PathMeasure path = m_paths[number];
     m_folders[number].childCount = static_cast<std::uint32_t>(siblings.entries().size());
     std::uint32_t position = first;
@@ -93,7 +93,7 @@ void DirectoryHierarchy::storeOrder(std::uint32_t number, const SiblingNames &si
         if (!content.isFolder())
             continue;
         ++m_folders[number].subfolderCount;
-        m_numberOfFolder[content.size] = static_cast<std::uint32_t>(m_folders.size());
+        m_numberOfFolder[content.folderNumber()] = static_cast<std::uint32_t>(m_folders.size());
         HierarchyFolder folder;
         folder.node = entry.node;
         folder.parent = number;

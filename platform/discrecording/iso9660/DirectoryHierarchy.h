@@ -82,12 +82,12 @@ public:
     [[nodiscard]] const std::vector<HierarchyFolder> &folders() const { return m_folders; }
     [[nodiscard]] const HierarchyFolder &folderOf(NodeIndex node) const
     {
-        return m_folders[m_numberOfFolder[m_tree->nodes[node].size]];
+        return m_folders[m_numberOfFolder[m_tree->nodes[node].folderNumber()]];
     }
     /// The `position`-th child of a folder in the order of its records.
     [[nodiscard]] NodeIndex child(const HierarchyFolder &folder, std::uint32_t position) const
     {
-        return m_order[m_tree->nodes[folder.node].link + position];
+        return m_order[m_tree->nodes[folder.node].firstChild() + position];
     }
     [[nodiscard]] const std::vector<DirectoryRestart> &restarts() const { return m_restarts; }
     [[nodiscard]] const std::vector<HierarchyContinuation> &continuations() const { return m_continuations; }

@@ -44,8 +44,10 @@ RockRidgeFacts factsAbout(const DirectoryHierarchy &hierarchy, NodeIndex node)
     const ContentNode &content = tree.nodes[node];
     if (content.isFolder())
         return {2 + hierarchy.folderOf(node).subfolderCount, node + 1};
-    const bool isOneOfSeveral = content.has(ContentNode::SharesContents) && tree.haveSameAttributes(node, content.link);
-    return isOneOfSeveral ? RockRidgeFacts{tree.sharerCount(node), content.link + 1} : RockRidgeFacts{1, node + 1};
+    const bool isOneOfSeveral =
+        content.has(ContentNode::SharesContents) && tree.haveSameAttributes(node, content.contentsOwner());
+    return isOneOfSeveral ? RockRidgeFacts{tree.sharerCount(node), content.contentsOwner() + 1}
+                          : RockRidgeFacts{1, node + 1};
 }
 
 } // namespace
@@ -119,7 +121,7 @@ void DirectoryRecords::makeChild(NodeIndex node)
 {
     const ContentNode &content = m_hierarchy.tree().nodes[node];
     m_node = node;
-    m_sectionCount = content.isFile() ? fileSectionCount(content.size) : 1;
+    m_sectionCount = content.isFile() ? fileSectionCount(content.fileSize()) : 1;
     if (m_names)
         m_name.assign(m_names->nameOf(m_names->entries()[m_next.position]));
     else
@@ -188,11 +190,11 @@ void DirectoryRecords::setExtent(NodeIndex node, std::uint32_t section)
         const HierarchyFolder &folder = m_hierarchy.folderOf(node);
         block = m_places->directories + folder.firstBlock;
         size = std::uint64_t{folder.blockCount} * logicalBlockSize;
-    } else if (content.isFile() && content.size > 0) {
+    } else if (content.isFile() && content.fileSize() > 0) {
         const std::uint64_t offset = section * fileSectionSize;
-        block = tree.nodes[content.link].extent + offset / logicalBlockSize;
-        size = std::min(content.size - offset, fileSectionSize);
-        const bool isLast = offset + size >= content.size;
+        block = tree.nodes[content.contentsOwner()].extentStart() + offset / logicalBlockSize;
+        size = std::min(content.fileSize() - offset, fileSectionSize);
+        const bool isLast = offset + size >= content.fileSize();
         m_record[25] = static_cast<std::uint8_t>((m_record[25] & ~flagMultiExtent) | (isLast ? 0 : flagMultiExtent));
     }
     storeBothEndian(&m_record[2], static_cast<std::uint32_t>(block));

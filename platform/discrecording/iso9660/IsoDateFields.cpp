@@ -60,12 +60,12 @@ void storeDigits(std::uint8_t *to, unsigned int value, int digits)
 
 } // namespace
 
-bool fitsRecordingDate(DiscTime time)
+bool fitsRecordingDate(FileTime time)
 {
     return time.seconds >= firstRecordingSecond && time.seconds <= lastRecordingSecond;
 }
 
-void storeRecordingDate(std::uint8_t *to, DiscTime time)
+void storeRecordingDate(std::uint8_t *to, FileTime time)
 {
     const CalendarTime parts = calendarTime(std::clamp(time.seconds, firstRecordingSecond, lastRecordingSecond));
     to[0] = static_cast<std::uint8_t>(parts.year - 1900);
@@ -77,7 +77,7 @@ void storeRecordingDate(std::uint8_t *to, DiscTime time)
     to[6] = 0;
 }
 
-void storeVolumeDate(std::uint8_t *to, DiscTime time)
+void storeVolumeDate(std::uint8_t *to, FileTime time)
 {
     const CalendarTime parts = calendarTime(std::clamp(time.seconds, firstVolumeSecond, lastVolumeSecond));
     storeDigits(to, static_cast<unsigned int>(parts.year), 4);

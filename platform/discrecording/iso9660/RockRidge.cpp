@@ -158,7 +158,6 @@ void storeDeviceNumber(std::span<std::uint8_t> pn, std::uint64_t device)
 void addRockRidgeAttributes(SystemUse &use, const ContentTree &tree, NodeIndex node, const RockRidgeFacts *facts)
 {
     const ContentNode &content = tree.nodes[node];
-    const bool isDevice = content.kind == ContentKind::CharacterDevice || content.kind == ContentKind::BlockDevice;
     const std::span<std::uint8_t> px = use.add("PX", 44);
     if (facts) {
         storeBothEndian(px.data(), content.mode);
@@ -167,8 +166,8 @@ void addRockRidgeAttributes(SystemUse &use, const ContentTree &tree, NodeIndex n
         storeBothEndian(px.data() + 24, content.groupId);
         storeBothEndian(px.data() + 32, facts->serialNumber);
     }
-    if (isDevice)
-        storeDeviceNumber(use.add("PN", 20), content.size);
+    if (content.isDevice())
+        storeDeviceNumber(use.add("PN", 20), content.deviceNumber());
     const std::span<std::uint8_t> tf = use.add("TF", 5 + 3 * recordingDateSize);
     if (!facts)
         return;

@@ -141,7 +141,7 @@ void storeVolumeDescriptor(std::span<std::uint8_t> block, const DirectoryHierarc
     storeLittleEndian<std::uint32_t>(&block[140], facts.littleEndianPathTable);
     storeBigEndian<std::uint32_t>(&block[148], facts.bigEndianPathTable);
     storeRootRecord(&block[156], hierarchy, facts.places);
-    const DiscTime time = hierarchy.tree().volumeTime;
+    const FileTime time = hierarchy.tree().volumeTime;
     storeVolumeDate(&block[813], time); // made
     storeVolumeDate(&block[830], time); // modified
     storeNoVolumeDate(&block[847]); // expires

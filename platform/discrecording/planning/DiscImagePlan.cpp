@@ -37,7 +37,7 @@ NSError planError(OSStatus status, const QString &what, const QString &suggestio
                    {{NSLocalizedDescriptionKey, what}, {NSLocalizedRecoverySuggestionErrorKey, suggestion}});
 }
 
-DiscTime volumeTimeOf(const DRFolder &root, const PlanOptions &options)
+FileTime volumeTimeOf(const DRFolder &root, const PlanOptions &options)
 {
     const QDateTime set = root.propertyForKey(DRVolumeCreationDate, DRISO9660).toDateTime();
     if (set.isValid())
@@ -242,7 +242,7 @@ void Planner::placeFiles()
         const ContentNode folder = m_tree->nodes[folders.back()];
         folders.pop_back();
         const std::size_t mark = folders.size();
-        for (NodeIndex node = folder.link; node < folder.link + folder.extent; ++node) {
+        for (NodeIndex node = folder.firstChild(); node < folder.endChild(); ++node) {
             const ContentNode &content = m_tree->nodes[node];
             if (content.kind == ContentKind::Absent || (content.filesystems() & m_filesystems) == 0)
                 continue;
@@ -250,14 +250,15 @@ void Planner::placeFiles()
                 folders.push_back(node);
                 continue;
             }
-            ContentNode &owner = m_tree->nodes[content.link];
+            ContentNode &owner = m_tree->nodes[content.contentsOwner()];
             // The extent of a file is 0 until it has one: the first of several names places it.
-            if (!content.isFile() || content.size == 0 || owner.extent != 0)
+            if (!content.isFile() || content.fileSize() == 0 || owner.hasExtent())
                 continue;
-            if (content.size >= sizeWorthAligning)
+            if (content.fileSize() >= sizeWorthAligning)
                 m_layout.leaveUnusedUpTo(roundedUpToAlignment(m_layout.allocateExtent(0)));
-            owner.extent = static_cast<std::uint32_t>(m_layout.allocateExtent(blocksForBytes(content.size)));
-            m_files.push_back(content.link);
+            owner.setExtentStart(
+                static_cast<std::uint32_t>(m_layout.allocateExtent(blocksForBytes(content.fileSize()))));
+            m_files.push_back(content.contentsOwner());
         }
         std::reverse(folders.begin() + static_cast<std::ptrdiff_t>(mark), folders.end());
     }

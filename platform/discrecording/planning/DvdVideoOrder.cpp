@@ -87,9 +87,9 @@ Head blockOf(const ContentTree &tree, NodeIndex node, std::uint64_t block)
     Head bytes{};
     const ContentNode &content = tree.nodes[node];
     const std::uint64_t offset = block * logicalBlockSize;
-    if (offset >= content.size)
+    if (offset >= content.fileSize())
         return bytes;
-    const std::uint64_t length = std::min<std::uint64_t>(bytes.size(), content.size - offset);
+    const std::uint64_t length = std::min<std::uint64_t>(bytes.size(), content.fileSize() - offset);
     if (content.has(ContentNode::HasContentsInMemory)) {
         std::memcpy(bytes.data(), tree.memoryContents(node).constData() + offset, length);
         return bytes;
@@ -175,8 +175,8 @@ public:
     void place(const DvdFile &file)
     {
         const ContentNode &content = m_tree.nodes[file.node];
-        ContentNode &owner = m_tree.nodes[content.link];
-        if (owner.extent != 0)
+        ContentNode &owner = m_tree.nodes[content.contentsOwner()];
+        if (owner.hasExtent())
             return; // another name of a file that has its place
         const bool isInformation = file.part == DvdFile::Information;
         const std::uint64_t next = m_layout.allocateExtent(0);
@@ -187,9 +187,9 @@ public:
         else if (isInformation || file.part == DvdFile::Backup)
             start = (next + unitBlocks - 1) / unitBlocks * unitBlocks;
         m_layout.leaveUnusedUpTo(start);
-        start = m_layout.allocateExtent(blocksForBytes(content.size));
-        owner.extent = static_cast<std::uint32_t>(start);
-        m_files.push_back(content.link);
+        start = m_layout.allocateExtent(blocksForBytes(content.fileSize()));
+        owner.setExtentStart(static_cast<std::uint32_t>(start));
+        m_files.push_back(content.contentsOwner());
         if (isInformation)
             take(file, start);
     }
@@ -245,14 +245,14 @@ void placeDvdVideoFiles(ContentTree &tree, DRFilesystemMask filesystems, ImageLa
     };
     std::vector<DvdFile> found;
     const ContentNode &root = tree.nodes[0];
-    for (NodeIndex node = root.link; node < root.link + root.extent; ++node) {
+    for (NodeIndex node = root.firstChild(); node < root.endChild(); ++node) {
         const ContentNode &folder = tree.nodes[node];
         if (!folder.isFolder() || !isOnDisc(folder) || folder.nameView() != "VIDEO_TS")
             continue;
-        for (NodeIndex child = folder.link; child < folder.link + folder.extent; ++child) {
+        for (NodeIndex child = folder.firstChild(); child < folder.endChild(); ++child) {
             const ContentNode &content = tree.nodes[child];
             std::optional<DvdFile> file = dvdFileNamed(content.nameView());
-            if (!file || !content.isFile() || content.size == 0 || !isOnDisc(content))
+            if (!file || !content.isFile() || content.fileSize() == 0 || !isOnDisc(content))
                 continue;
             file->node = child;
             found.push_back(*file);

@@ -67,13 +67,13 @@ std::uint32_t PlannedImage::blockCount() const
 
 std::uint64_t PlannedImage::endOf(NodeIndex file) const
 {
-    return startOf(file) + blocksForBytes(m_tree->nodes[file].size);
+    return startOf(file) + blocksForBytes(m_tree->nodes[file].fileSize());
 }
 
 bool PlannedImage::isBig(NodeIndex file) const
 {
     const ContentNode &content = m_tree->nodes[file];
-    return content.size >= m_bigFileSize && !content.has(ContentNode::HasContentsInMemory);
+    return content.fileSize() >= m_bigFileSize && !content.has(ContentNode::HasContentsInMemory);
 }
 
 std::size_t PlannedImage::firstFileEndingAfter(std::uint64_t block) const
@@ -95,7 +95,7 @@ ImagePiece PlannedImage::pieceAt(std::uint32_t at, std::uint32_t wanted) const
         piece.isFileRun = true;
         piece.run.fileIndex = file;
         piece.run.offset = (at - startOf(file)) * logicalBlockSize;
-        piece.run.length = std::min((end - at) * logicalBlockSize, m_tree->nodes[file].size - piece.run.offset);
+        piece.run.length = std::min((end - at) * logicalBlockSize, m_tree->nodes[file].fileSize() - piece.run.offset);
         return piece;
     }
     std::uint64_t end = std::min(limit, m_layout.blockCount());
@@ -130,7 +130,7 @@ NSError PlannedImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
         const std::uint64_t pieceStart = std::uint64_t{at} * logicalBlockSize;
         const std::uint64_t fileStart = startOf(file) * logicalBlockSize;
         const std::uint64_t from = std::max(pieceStart, fileStart);
-        const std::uint64_t to = std::min(pieceStart + out.size(), fileStart + m_tree->nodes[file].size);
+        const std::uint64_t to = std::min(pieceStart + out.size(), fileStart + m_tree->nodes[file].fileSize());
         if (from >= to)
             continue; // its last block's padding alone
         clearUpTo(from - pieceStart);

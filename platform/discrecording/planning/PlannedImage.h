@@ -32,7 +32,7 @@ public:
 private:
     /// Position in m_files of the first file whose extent ends behind the block.
     [[nodiscard]] std::size_t firstFileEndingAfter(std::uint64_t block) const;
-    [[nodiscard]] std::uint64_t startOf(NodeIndex file) const { return m_tree->nodes[file].extent; }
+    [[nodiscard]] std::uint64_t startOf(NodeIndex file) const { return m_tree->nodes[file].extentStart(); }
     [[nodiscard]] std::uint64_t endOf(NodeIndex file) const;
     [[nodiscard]] bool isBig(NodeIndex file) const;
 

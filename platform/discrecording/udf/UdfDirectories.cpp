@@ -84,7 +84,7 @@ void UdfDirectories::fillDirectory(const UdfFolder &folder, std::uint64_t begin,
         }
         at += entry.size();
     };
-    NodeIndex child = content.link;
+    NodeIndex child = content.firstChild();
     const std::uint64_t restart = begin / logicalBlockSize / UdfHierarchy::blocksPerRestart;
     if (restart == 0) {
         add(isDirectory | isParent, content.parent, {});
@@ -94,7 +94,7 @@ void UdfDirectories::fillDirectory(const UdfFolder &folder, std::uint64_t begin,
         at = place.offset;
     }
     UdfCompressedText name;
-    for (; child < content.link + content.extent && at < end; ++child) {
+    for (; child < content.endChild() && at < end; ++child) {
         if (!m_hierarchy.holds(child))
             continue;
         m_hierarchy.names().nameOf(child, &name);

@@ -32,12 +32,12 @@ constexpr std::uint8_t systemNumber = 0;
 
 } // namespace
 
-bool fitsUdfTimestamp(DiscTime time)
+bool fitsUdfTimestamp(FileTime time)
 {
     return time.seconds >= firstSecond && time.seconds <= lastSecond;
 }
 
-void storeUdfTimestamp(std::uint8_t *to, DiscTime time)
+void storeUdfTimestamp(std::uint8_t *to, FileTime time)
 {
     using namespace std::chrono;
     const sys_seconds second{seconds(std::clamp(time.seconds, firstSecond, lastSecond))};

@@ -21,10 +21,10 @@ inline constexpr std::size_t udfCharacterSetSize = 64;
 inline constexpr std::size_t udfLongDescriptorSize = 16;
 
 /// True when a timestamp can say the time: the years 1 to 9999.
-[[nodiscard]] bool fitsUdfTimestamp(DiscTime time);
+[[nodiscard]] bool fitsUdfTimestamp(FileTime time);
 /// Writes a timestamp (ECMA-167 1/7.3) in UTC, its zone said to be 0, to the microsecond. A time out of range becomes
 /// the first or last that is in range.
-void storeUdfTimestamp(std::uint8_t *to, DiscTime time);
+void storeUdfTimestamp(std::uint8_t *to, FileTime time);
 
 /// Writes the character set that all texts are in: "OSTA Compressed Unicode" (UDF 2.1.2).
 void storeUdfCharacterSet(std::uint8_t *to);

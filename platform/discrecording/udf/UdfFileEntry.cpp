@@ -94,7 +94,7 @@ void UdfFileEntry::storeTimes(std::uint8_t *entry, NodeIndex node) const
 
 std::size_t UdfFileEntry::storeAttributes(std::uint8_t *to, const ContentNode &content, std::uint32_t icb) const
 {
-    if (content.kind != ContentKind::CharacterDevice && content.kind != ContentKind::BlockDevice)
+    if (!content.isDevice())
         return 0;
     // The header of the attributes (ECMA-167 4/14.10.1), without places for those of implementations and applications,
     // which therefore begin where the attributes end.
@@ -110,8 +110,8 @@ std::size_t UdfFileEntry::storeAttributes(std::uint8_t *to, const ContentNode &c
     device[4] = 1; // subtype
     storeLittleEndian<std::uint32_t>(device + 8, deviceSize);
     storeLittleEndian<std::uint32_t>(device + 12, static_cast<std::uint32_t>(udfEntityIdentifierSize));
-    storeLittleEndian<std::uint32_t>(device + 16, gnu_dev_major(content.size));
-    storeLittleEndian<std::uint32_t>(device + 20, gnu_dev_minor(content.size));
+    storeLittleEndian<std::uint32_t>(device + 16, gnu_dev_major(content.deviceNumber()));
+    storeLittleEndian<std::uint32_t>(device + 20, gnu_dev_minor(content.deviceNumber()));
     storeUdfImplementation(device + 24);
     return headerSize + deviceSize;
 }
@@ -124,9 +124,9 @@ UdfAllocation UdfFileEntry::allocationOf(NodeIndex node) const
         const UdfFolder &folder = m_hierarchy.folderOf(node);
         return {m_places.inPartition(m_places.directories + folder.firstBlock), folder.size};
     }
-    if (!content.isFile() || content.size == 0)
+    if (!content.isFile() || content.fileSize() == 0)
         return {};
-    return {m_places.inPartition(tree.nodes[content.link].extent), content.size};
+    return {m_places.inPartition(tree.nodes[content.contentsOwner()].extentStart()), content.fileSize()};
 }
 
 std::size_t UdfFileEntry::storeAllocation(std::uint8_t *to, NodeIndex node, std::uint32_t icb) const

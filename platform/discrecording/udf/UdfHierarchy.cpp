@@ -38,16 +38,16 @@ bool UdfHierarchy::prepare(const PlanProgress &progress, StorageIssues &issues)
         const ContentNode &content = m_tree->nodes[node];
         if (!content.isFolder())
             continue;
-        unchecked += content.extent;
+        unchecked += content.childCount();
         if (folderNumber++ % foldersPerCheck == 0 || unchecked > childrenPerCheck) {
             unchecked = 0;
             if (progress.isCancelled())
                 return false;
         }
         // Folders that are not in the tree have their place, too, so that places ascend.
-        m_folders[content.size].node = node;
-        m_folders[content.size].firstBlock = static_cast<std::uint32_t>(m_directoryBlocks);
-        m_folders[content.size].firstRestart = static_cast<std::uint32_t>(m_restarts.size());
+        m_folders[content.folderNumber()].node = node;
+        m_folders[content.folderNumber()].firstBlock = static_cast<std::uint32_t>(m_directoryBlocks);
+        m_folders[content.folderNumber()].firstRestart = static_cast<std::uint32_t>(m_restarts.size());
         if (holds(node))
             addFolder(node, issues);
     }
@@ -81,7 +81,7 @@ void UdfHierarchy::addIcb(NodeIndex node)
     const ContentNode &content = m_tree->nodes[node];
     const std::uint32_t next = icbCount();
     if (content.isFile() && content.has(ContentNode::SharesContents) && !content.has(ContentNode::HasDates)) {
-        const Identity identity{content.link, content.mode, content.userId, content.groupId};
+        const Identity identity{content.contentsOwner(), content.mode, content.userId, content.groupId};
         SharedIcb &shared = m_shared.try_emplace(identity, SharedIcb{next, 0}).first->second;
         if (shared.links == mostLinks) {
             // One more than a file entry can count begins another entry.
@@ -97,7 +97,7 @@ void UdfHierarchy::addIcb(NodeIndex node)
     m_nodeOfIcb.push_back(node);
     if (!content.isFile())
         return;
-    const auto extents = static_cast<std::uint32_t>(UdfAllocation{0, content.size}.extentCount());
+    const auto extents = static_cast<std::uint32_t>(UdfAllocation{0, content.fileSize()}.extentCount());
     if (extents > 0)
         m_longFiles.push_back({next, m_allocationExtents, extents});
     m_allocationExtents += extents;
@@ -108,13 +108,13 @@ void UdfHierarchy::addFolder(NodeIndex node, StorageIssues &issues)
     const ContentNode &folder = m_tree->nodes[node];
     ++m_folderCount;
     m_siblings.clear();
-    for (NodeIndex child = folder.link; child < folder.link + folder.extent; ++child) {
+    for (NodeIndex child = folder.firstChild(); child < folder.endChild(); ++child) {
         if (!admits(child, issues))
             continue;
         addIcb(child);
         m_siblings.push_back({child});
         if (m_tree->nodes[child].isFolder())
-            ++m_folders[folder.size].subfolderCount;
+            ++m_folders[folder.folderNumber()].subfolderCount;
         else
             ++m_fileCount;
     }
@@ -137,7 +137,7 @@ void UdfHierarchy::measure(NodeIndex node)
         }
         used = end;
     }
-    m_folders[m_tree->nodes[node].size].size = used;
+    m_folders[m_tree->nodes[node].folderNumber()].size = used;
     m_directoryBlocks += blocksForBytes(used);
 }
 

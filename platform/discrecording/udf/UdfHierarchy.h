@@ -69,7 +69,10 @@ public:
 
     /// Directories in the order of their places; with gaps for the tree's other folders, which take no room.
     [[nodiscard]] const std::vector<UdfFolder> &folders() const { return m_folders; }
-    [[nodiscard]] const UdfFolder &folderOf(NodeIndex node) const { return m_folders[m_tree->nodes[node].size]; }
+    [[nodiscard]] const UdfFolder &folderOf(NodeIndex node) const
+    {
+        return m_folders[m_tree->nodes[node].folderNumber()];
+    }
     [[nodiscard]] const std::vector<UdfRestart> &restarts() const { return m_restarts; }
     [[nodiscard]] std::uint64_t directoryBlocks() const { return m_directoryBlocks; }
 

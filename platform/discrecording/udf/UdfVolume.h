@@ -29,7 +29,7 @@ struct UdfVolumeLayout {
 struct UdfVolumeFacts {
     std::u16string volumeName;
     std::u16string volumeSet; ///< the set of volumes that it belongs to; begins with 16 digits that tell it from others
-    DiscTime time;
+    FileTime time;
     std::uint32_t imageBlocks = 0;
     std::uint32_t fileSet = 0; ///< block of the partition
     std::uint32_t rootIcb = 0; ///< block of the partition

@@ -53,7 +53,7 @@ std::u16string UdfWriter::volumeSetPrefix() const
     std::uint64_t number = tree.volumeTime.nanoseconds + multiplier;
     for (NodeIndex node = 0; node < tree.nodes.size(); ++node) {
         const ContentNode &content = tree.nodes[node];
-        number = (number ^ content.size ^ (std::uint64_t{content.nameLength} << 56)) * multiplier;
+        number = (number ^ content.fingerprint() ^ (std::uint64_t{content.nameLength} << 56)) * multiplier;
         number ^= number >> 29;
     }
     return digitsOf(static_cast<std::uint32_t>(tree.volumeTime.seconds)) + digitsOf(static_cast<std::uint32_t>(number));

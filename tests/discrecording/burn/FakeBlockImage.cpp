@@ -40,10 +40,8 @@ FileContents fileContentsOf(const QByteArray &path)
     EXPECT_EQ(::stat(path.constData(), &status), 0) << path.constData();
     result.size = std::uint64_t(status.st_size);
     result.inode = status.st_ino;
-    result.modificationSeconds = status.st_mtim.tv_sec;
-    result.modificationNanoseconds = std::uint32_t(status.st_mtim.tv_nsec);
-    result.changeSeconds = status.st_ctim.tv_sec;
-    result.changeNanoseconds = std::uint32_t(status.st_ctim.tv_nsec);
+    result.modification = FileTime::from(status.st_mtim);
+    result.change = FileTime::from(status.st_ctim);
     return result;
 }
 

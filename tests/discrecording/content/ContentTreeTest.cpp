@@ -31,9 +31,9 @@ TEST(ContentTree, children_areNeighboursInTheOrderOfTheirBytes)
     for (NodeIndex node = 1; node < content->nodes.size(); ++node)
         paths.push_back(content->discPath(node).toStdString());
     EXPECT_EQ(paths, (std::vector<std::string>{"/B", "/a", "/b", "/sub", "/\xC3\xA4", "/sub/y", "/sub/z"}));
-    EXPECT_EQ(content->nodes[0].link, 1u);
-    EXPECT_EQ(content->nodes[0].extent, 5u);
-    EXPECT_EQ(content->nodes[4].link, 6u);
+    EXPECT_EQ(content->nodes[0].firstChild(), 1u);
+    EXPECT_EQ(content->nodes[0].childCount(), 5u);
+    EXPECT_EQ(content->nodes[4].contentsOwner(), 6u);
     EXPECT_EQ(content->folderCount, 2u);
 }
 

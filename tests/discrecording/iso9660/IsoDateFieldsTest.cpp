@@ -18,7 +18,7 @@ std::array<int, 7> recordingDate(std::int64_t seconds)
     return result;
 }
 
-std::string volumeDate(DiscTime time)
+std::string volumeDate(FileTime time)
 {
     std::array<std::uint8_t, volumeDateSize> bytes{};
     bytes.back() = 99;

@@ -40,7 +40,7 @@ Places placesOf(const QString &folderName, const Contents &files,
     placeDvdVideoFiles(*tree, filesystems, layout, nodes);
     Places places;
     for (const NodeIndex node : nodes)
-        places.emplace_back(std::string(tree->nodes[node].nameView()), tree->nodes[node].extent);
+        places.emplace_back(std::string(tree->nodes[node].nameView()), tree->nodes[node].extentStart());
     return places;
 }
 
