@@ -23,6 +23,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/disctracks/BlockAddress.h
     platform/disctracks/CDText.h
     platform/disctracks/DiscTrack.h
+    platform/disctracks/SectorCoding.h
     platform/disctracks/SectorForm.h
     platform/disctracks/TableOfContents.h
     platform/disctracks/vant/VANTImage.h
