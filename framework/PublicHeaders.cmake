@@ -32,6 +32,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/Export.h
     platform/foundation/FileSystemRepresentation.h
     platform/foundation/MainThread.h
+    platform/foundation/MessageTexts.h
     platform/foundation/NSBundle.h
     platform/foundation/NSError.h
     platform/foundation/NSFileHandle.h

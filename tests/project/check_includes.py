@@ -37,6 +37,7 @@ LAYERS = [
     "imaging",
     "imaging/verification",
     "ui/text",
+    "imaging/jobs",
     "ui/views",
     "ui/panels",
 ]

@@ -20,8 +20,8 @@ TEST(Arguments, image_hasDefaults_whenOnlyOutputAndPathAreGiven)
     EXPECT_EQ(arguments.action, Arguments::Action::MakeImage);
     EXPECT_EQ(arguments.output, "disc.iso");
     EXPECT_EQ(arguments.paths, QList<QByteArray>({"folder"}));
-    EXPECT_EQ(arguments.format, ImageFormat::Iso);
-    EXPECT_EQ(arguments.filesystems, DRFilesystemInclusionMaskAll);
+    EXPECT_EQ(arguments.format, DiscFormat::ISO);
+    EXPECT_EQ(arguments.filesystems, allDiscFilesystems);
     EXPECT_EQ(arguments.progress, ProgressMode::Auto);
     EXPECT_EQ(arguments.verbosity, Verbosity::Normal);
     EXPECT_FALSE(arguments.strict);
@@ -36,10 +36,10 @@ TEST(Arguments, options_areUnderstood_inEveryOrderAndSpelling)
     EXPECT_EQ(arguments.action, Arguments::Action::MakeImage);
     EXPECT_EQ(arguments.paths, QList<QByteArray>({"one", "two", "-o", "--json"}));
     EXPECT_EQ(arguments.output, "disc.x");
-    EXPECT_EQ(arguments.format, ImageFormat::Bin);
+    EXPECT_EQ(arguments.format, DiscFormat::BIN);
     EXPECT_EQ(arguments.volumeName, QStringLiteral("A B"));
     EXPECT_EQ(arguments.progress, ProgressMode::Json);
-    EXPECT_EQ(arguments.filesystems, DRFilesystemInclusionMaskISO9660);
+    EXPECT_EQ(arguments.filesystems, DiscFilesystem::ISO9660);
     EXPECT_EQ(arguments.verbosity, Verbosity::Quiet);
     EXPECT_TRUE(arguments.strict);
     EXPECT_TRUE(arguments.json);
@@ -47,11 +47,11 @@ TEST(Arguments, options_areUnderstood_inEveryOrderAndSpelling)
 
 TEST(Arguments, format_followsTheEndingOfTheOutput_whenItIsNotGiven)
 {
-    EXPECT_EQ(parseArguments({"image", "-o", "a/b.BIN", "x"}).format, ImageFormat::Bin);
-    EXPECT_EQ(parseArguments({"image", "-o", "a.bin/b", "x"}).format, ImageFormat::Iso);
-    EXPECT_EQ(parseArguments({"image", "-o", "b.bin", "--format", "iso", "x"}).format, ImageFormat::Iso);
-    EXPECT_EQ(parseArguments({"image", "-o", "b.Vant", "x"}).format, ImageFormat::Vant);
-    EXPECT_EQ(parseArguments({"image", "-o", "b.iso", "--format=vant", "x"}).format, ImageFormat::Vant);
+    EXPECT_EQ(parseArguments({"image", "-o", "a/b.BIN", "x"}).format, DiscFormat::BIN);
+    EXPECT_EQ(parseArguments({"image", "-o", "a.bin/b", "x"}).format, DiscFormat::ISO);
+    EXPECT_EQ(parseArguments({"image", "-o", "b.bin", "--format", "iso", "x"}).format, DiscFormat::ISO);
+    EXPECT_EQ(parseArguments({"image", "-o", "b.Vant", "x"}).format, DiscFormat::VANT);
+    EXPECT_EQ(parseArguments({"image", "-o", "b.iso", "--format=vant", "x"}).format, DiscFormat::VANT);
 }
 
 TEST(Arguments, filesystems_areAnyCombination_inAnyOrder)
@@ -59,11 +59,11 @@ TEST(Arguments, filesystems_areAnyCombination_inAnyOrder)
     const auto maskOf = [](const QByteArray &list) {
         return parseArguments({"image", "-o", "a", "--filesystems", list, "x"}).filesystems;
     };
-    EXPECT_EQ(maskOf("udf"), DRFilesystemInclusionMaskUDF);
-    EXPECT_EQ(maskOf("hfs+"), DRFilesystemInclusionMaskHFSPlus);
-    EXPECT_EQ(maskOf("joliet"), DRFilesystemInclusionMaskJoliet);
-    EXPECT_EQ(maskOf("hfs+,iso9660"), DRFilesystemInclusionMaskHFSPlus | DRFilesystemInclusionMaskISO9660);
-    EXPECT_EQ(maskOf("hfs+,udf,joliet,iso9660"), DRFilesystemInclusionMaskAll);
+    EXPECT_EQ(maskOf("udf"), DiscFilesystem::UDF);
+    EXPECT_EQ(maskOf("hfs+"), DiscFilesystem::HFSPlus);
+    EXPECT_EQ(maskOf("joliet"), DiscFilesystem::Joliet);
+    EXPECT_EQ(maskOf("hfs+,iso9660"), DiscFilesystems(DiscFilesystem::HFSPlus) | DiscFilesystem::ISO9660);
+    EXPECT_EQ(maskOf("hfs+,udf,joliet,iso9660"), allDiscFilesystems);
 }
 
 TEST(Arguments, lastOption_counts_whenItIsGivenTwice)

@@ -1,6 +1,6 @@
 #include "tools/tessaron/ProgressBar.h"
 #include "tools/tessaron/ProgressDisplay.h"
-#include "tools/tessaron/TransferRate.h"
+#include <TessaronClasses/TransferRate.h>
 
 #include <gtest/gtest.h>
 

@@ -175,11 +175,11 @@ bool Parser::setProgress(const QByteArray &value)
 bool Parser::setFormat(const QByteArray &value)
 {
     if (value == "iso")
-        m_arguments.format = ImageFormat::Iso;
+        m_arguments.format = DiscFormat::ISO;
     else if (value == "bin")
-        m_arguments.format = ImageFormat::Bin;
+        m_arguments.format = DiscFormat::BIN;
     else if (value == "vant")
-        m_arguments.format = ImageFormat::Vant;
+        m_arguments.format = DiscFormat::VANT;
     else
         return fail(QStringLiteral("%1 is no image format; use iso, bin or vant").arg(quoted(value)));
     hasFormat = true;
@@ -188,16 +188,16 @@ bool Parser::setFormat(const QByteArray &value)
 
 bool Parser::setFilesystems(const QByteArray &value)
 {
-    DRFilesystemMask mask = 0;
+    DiscFilesystems mask;
     for (const QByteArray &name : value.split(',')) {
         if (name == "iso9660")
-            mask |= DRFilesystemInclusionMaskISO9660;
+            mask |= DiscFilesystem::ISO9660;
         else if (name == "joliet")
-            mask |= DRFilesystemInclusionMaskJoliet;
+            mask |= DiscFilesystem::Joliet;
         else if (name == "udf")
-            mask |= DRFilesystemInclusionMaskUDF;
+            mask |= DiscFilesystem::UDF;
         else if (name == "hfs+")
-            mask |= DRFilesystemInclusionMaskHFSPlus;
+            mask |= DiscFilesystem::HFSPlus;
         else if (name == "rockridge")
             return fail(QStringLiteral("rockridge needs no mention: it always goes with iso9660"));
         else
@@ -220,11 +220,9 @@ QString checkImage(Arguments &arguments, bool hasFormat)
     if (arguments.output.isEmpty())
         return QStringLiteral("no output was given: name the image file with -o OUT");
     const QByteArray name = lastComponent(arguments.output);
-    if (!hasFormat && name.toLower().endsWith(".bin"))
-        arguments.format = ImageFormat::Bin;
-    if (!hasFormat && name.toLower().endsWith(".vant"))
-        arguments.format = ImageFormat::Vant;
-    if (arguments.format != ImageFormat::Bin)
+    if (!hasFormat)
+        arguments.format = discFormatForFileName(name);
+    if (arguments.format != DiscFormat::BIN)
         return {};
     if (name.contains('"') || name.contains('\n') || name.contains('\r'))
         return QStringLiteral("the name %1 cannot stand in a cue sheet; use one without quotes and line breaks")

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/discrecording/objects/DRFilesystems.h"
+#include <TessaronClasses/DiscFormat.h>
 
 #include <QByteArray>
 #include <QList>
@@ -22,13 +22,6 @@ enum class Verbosity : std::uint8_t {
     Quiet, ///< errors only
     Normal,
     Verbose, ///< every item that is not stored as it stands
-};
-
-/// What a disc image file is: plain blocks, the same with a cue sheet beside it, or with a trailer that describes them.
-enum class ImageFormat : std::uint8_t {
-    Iso,
-    Bin,
-    Vant,
 };
 
 /// The command line, understood. Paths are the bytes that the shell passed.
@@ -56,10 +49,11 @@ struct Arguments {
 
     // For MakeImage only.
     QByteArray output;
-    ImageFormat format = ImageFormat::Iso;
+    DiscFormat format = DiscFormat::ISO;
     QString volumeName; ///< empty: the source's name
-    DRFilesystemMask filesystems = DRFilesystemInclusionMaskAll;
+    DiscFilesystems filesystems = allDiscFilesystems;
     bool strict = false;
+    bool isSynchronized = true; ///< wait until the image is on the disk
 };
 
 /// Understands the words after the program's name. Never touches the file system. Options may stand before and behind

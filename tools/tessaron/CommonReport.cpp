@@ -1,6 +1,7 @@
 #include "tools/tessaron/CommonReport.h"
 
 #include "tools/tessaron/StandardStreams.h"
+#include "tools/tessaron/Text.h"
 
 namespace Tessaron::Tool
 {
@@ -60,14 +61,20 @@ void writeErrorMember(JsonWriter &writer, const Problem &problem)
     writer.endObject();
 }
 
-void writeGatheringErrors(JsonWriter &writer, const char *name, const std::vector<GatheringError> &errors)
+void printUnreadable(const std::vector<UnreadableSource> &unreadable)
 {
-    writer.key(name);
+    for (const UnreadableSource &folder : unreadable)
+        printDiagnostic(QStringLiteral("%1 cannot be listed: %2").arg(quoted(folder.path), folder.reason));
+}
+
+void writeUnreadableMember(JsonWriter &writer, const std::vector<UnreadableSource> &unreadable)
+{
+    writer.key("unreadable");
     writer.beginArray();
-    for (const GatheringError &error : errors) {
+    for (const UnreadableSource &folder : unreadable) {
         writer.beginObject();
-        writer.pathMember("path", error.path);
-        writer.member("message", error.message);
+        writer.pathMember("path", folder.path);
+        writer.member("message", folder.reason);
         writer.endObject();
     }
     writer.endArray();

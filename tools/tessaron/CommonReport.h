@@ -3,7 +3,7 @@
 #include "tools/tessaron/ExitStatus.h"
 #include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/Problem.h"
-#include "tools/tessaron/SourceGatherer.h"
+#include <TessaronClasses/DiscSources.h>
 
 #include <vector>
 
@@ -25,7 +25,10 @@ void printProblem(const Problem &problem);
 /// Member "error": null, or an object with kind, message, advice, path (when there is one) and code.
 void writeErrorMember(JsonWriter &writer, const Problem &problem);
 
-/// An array of objects with path and message.
-void writeGatheringErrors(JsonWriter &writer, const char *name, const std::vector<GatheringError> &errors);
+/// A line on standard error for each folder that could not be listed.
+void printUnreadable(const std::vector<UnreadableSource> &unreadable);
+
+/// Member "unreadable": an array of objects with path and message.
+void writeUnreadableMember(JsonWriter &writer, const std::vector<UnreadableSource> &unreadable);
 
 } // namespace Tessaron::Tool

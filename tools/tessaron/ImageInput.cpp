@@ -2,8 +2,8 @@
 
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CueSheet.h"
-#include "tools/tessaron/Destination.h"
 #include "tools/tessaron/Text.h"
+#include <TessaronClasses/DiscFormat.h>
 
 #include <QFile>
 
@@ -137,8 +137,8 @@ Problem openImage(const QByteArray &argument, ImageInput *input)
         if (!useCueSheet(argument, {}, input, &sectors))
             return cannotRead(argument, QStringLiteral("it is no cue sheet that names a file with tracks"));
     } else if (argument.toLower().endsWith(".bin")) {
-        (void)useCueSheet(folderOf(argument) + cueNameFor(lastComponent(argument)), lastComponent(argument), input,
-                          &sectors);
+        (void)useCueSheet(folderOf(argument) + cueSheetNameForImage(lastComponent(argument)), lastComponent(argument),
+                          input, &sectors);
     }
     const QString path = stringWithFileSystemRepresentation(input->path);
     DiscImageSourceResult opened =

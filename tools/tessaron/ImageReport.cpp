@@ -84,79 +84,65 @@ void writeRenamedCounts(JsonWriter &writer, const DRStorageReport *report)
     writer.endObject();
 }
 
-QString formatName(ImageFormat format)
-{
-    switch (format) {
-    case ImageFormat::Iso:
-        return QStringLiteral("iso");
-    case ImageFormat::Bin:
-        return QStringLiteral("bin");
-    case ImageFormat::Vant:
-        return QStringLiteral("vant");
-    }
-    return {};
-}
-
 } // namespace
 
-ExitStatus exitStatusFor(const ImageOutcome &outcome)
+ExitStatus exitStatusFor(const DiscImageResult &result, const Problem &problem)
 {
-    if (outcome.problem)
-        return exitStatusFor(outcome.problem);
-    const bool isIncomplete = !outcome.gatheringErrors.empty() || (outcome.report && outcome.report->lostCount() > 0);
-    return isIncomplete ? ExitStatus::Incomplete : ExitStatus::Done;
+    if (problem)
+        return exitStatusFor(problem);
+    return result.isComplete() ? ExitStatus::Done : ExitStatus::Incomplete;
 }
 
-void printImageReport(const Arguments &arguments, const ImageOutcome &outcome, double seconds)
+void printImageReport(const Arguments &arguments, const DiscImageResult &result, const Problem &problem, double seconds)
 {
     const bool isQuiet = arguments.verbosity == Verbosity::Quiet;
-    for (const GatheringError &error : outcome.gatheringErrors)
-        printDiagnostic(QStringLiteral("%1 cannot be listed: %2").arg(quoted(error.path), error.message));
-    const bool tellsWhy = !outcome.problem || outcome.problem.kind == Problem::Kind::NotStored;
-    if (outcome.report && tellsWhy && !isQuiet)
-        printStorage(arguments, *outcome.report);
-    if (outcome.report && tellsWhy && isQuiet)
-        printLostObjects(*outcome.report);
-    if (outcome.problem) {
-        printProblem(outcome.problem);
+    printUnreadable(result.unreadable);
+    const bool tellsWhy = !problem || problem.kind == Problem::Kind::NotStored;
+    if (result.report && tellsWhy && !isQuiet)
+        printStorage(arguments, *result.report);
+    if (result.report && tellsWhy && isQuiet)
+        printLostObjects(*result.report);
+    if (problem) {
+        printProblem(problem);
         return;
     }
     if (isQuiet)
         return;
+    if (!arguments.volumeName.isEmpty() && result.volumeName != arguments.volumeName)
+        printDiagnostic(QStringLiteral("the volume is named “%1”, since it holds DVD-Video").arg(result.volumeName));
     QString line = QStringLiteral("made %1: %2, %3, %4, %5 s")
-                       .arg(stringWithFileSystemRepresentation(arguments.output), sizeText(outcome.bytes),
-                            counted(outcome.files, "file", "files"), counted(outcome.folders, "folder", "folders"),
+                       .arg(stringWithFileSystemRepresentation(arguments.output), sizeText(result.bytes),
+                            counted(result.files, "file", "files"), counted(result.folders, "folder", "folders"),
                             QString::number(seconds, 'f', 1));
-    if (exitStatusFor(outcome) == ExitStatus::Incomplete)
+    if (exitStatusFor(result, problem) == ExitStatus::Incomplete)
         line += QStringLiteral("; not everything could be stored, see above");
     printDiagnostic(line);
 }
 
-bool writeImageJson(const Arguments &arguments, const QByteArray &output, const QByteArray &cueSheet,
-                    const QString &volumeName, const ImageOutcome &outcome, double seconds)
+bool writeImageJson(const Arguments &arguments, const DiscImageResult &result, const Problem &problem, double seconds)
 {
-    const DRStorageReport *const report = outcome.report.get();
+    const DRStorageReport *const report = result.report.get();
     JsonWriter writer(STDOUT_FILENO);
     writer.beginObject();
     writer.member("version", jsonVersion);
     writer.member("command", QStringLiteral("image"));
-    writer.member("result", resultName(exitStatusFor(outcome)));
-    writer.pathMember("output", output);
-    if (!cueSheet.isEmpty())
-        writer.pathMember("cueSheet", cueSheet);
-    writer.member("format", formatName(arguments.format));
-    writer.member("volumeName", volumeName);
-    writer.member("bytes", outcome.bytes);
-    writer.member("files", outcome.files);
-    writer.member("folders", outcome.folders);
+    writer.member("result", resultName(exitStatusFor(result, problem)));
+    writer.pathMember("output", result.imagePath.isEmpty() ? arguments.output : result.imagePath);
+    if (!result.cueSheetPath.isEmpty())
+        writer.pathMember("cueSheet", result.cueSheetPath);
+    writer.member("format", nameOfDiscFormat(arguments.format));
+    writer.member("volumeName", result.volumeName);
+    writer.member("bytes", result.bytes);
+    writer.member("files", result.files);
+    writer.member("folders", result.folders);
     writer.key("seconds");
     writer.value(seconds, 3);
     writeItems(writer, "renamed", Kind::Renamed, report);
     writeItems(writer, "refused", Kind::Refused, report);
     writeItems(writer, "altered", Kind::Altered, report);
     writeRenamedCounts(writer, report);
-    writeGatheringErrors(writer, "unreadable", outcome.gatheringErrors);
-    writeErrorMember(writer, outcome.problem);
+    writeUnreadableMember(writer, result.unreadable);
+    writeErrorMember(writer, problem);
     writer.endObject();
     return writer.finish();
 }

@@ -2,7 +2,8 @@
 
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
-#include "tools/tessaron/ImageMaker.h"
+#include "tools/tessaron/Problem.h"
+#include <TessaronClasses/DiscImageJob.h>
 
 #include <QByteArray>
 
@@ -10,17 +11,18 @@ namespace Tessaron::Tool
 {
 
 /// How the command ended.
-[[nodiscard]] ExitStatus exitStatusFor(const ImageOutcome &outcome);
+[[nodiscard]] ExitStatus exitStatusFor(const DiscImageResult &result, const Problem &problem);
 
 /// What the command says to people at its end, on standard error.
-void printImageReport(const Arguments &arguments, const ImageOutcome &outcome, double seconds);
+void printImageReport(const Arguments &arguments, const DiscImageResult &result, const Problem &problem,
+                      double seconds);
 
 /// The object that --json promises, on standard output; false when it cannot be written. The keys:
 /// version 1, command "image", result "done", "incomplete", "failed" or "cancelled", output, cueSheet (format bin
 /// only), format, volumeName, bytes, files, folders, seconds, renamed, refused, altered, renamedCounts, unreadable,
 /// error (null or object). A path that is not UTF-8 has U+FFFD in it and a companion "…Bytes", percent-encoded.
-[[nodiscard]] bool writeImageJson(const Arguments &arguments, const QByteArray &output, const QByteArray &cueSheet,
-                                  const QString &volumeName, const ImageOutcome &outcome, double seconds);
+[[nodiscard]] bool writeImageJson(const Arguments &arguments, const DiscImageResult &result, const Problem &problem,
+                                  double seconds);
 
 /// The same object for a command line that could not be understood.
 [[nodiscard]] bool writeUsageErrorJson(const Arguments &arguments);

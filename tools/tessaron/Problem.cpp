@@ -1,11 +1,32 @@
 #include "tools/tessaron/Problem.h"
 
+#include "platform/foundation/FileSystemRepresentation.h"
+
+#include <array>
+
 namespace Tessaron::Tool
 {
 
 Problem interruption()
 {
     return {Problem::Kind::Interrupted, QStringLiteral("interrupted"), {}, {}};
+}
+
+Problem problemOf(const NSError &error)
+{
+    using Kind = Problem::Kind;
+    if (!error)
+        return {};
+    Kind kind = Kind::Write;
+    if (isDiscJobError(error, DiscJobErrorCode::Cancelled))
+        return interruption();
+    constexpr std::array kinds = {Kind::Usage,  Kind::Source, Kind::Destination, Kind::Space,
+                                  Kind::Layout, Kind::Write,  Kind::NotStored};
+    if (error.domain() == DiscJobErrorDomain && error.code() >= 1 && error.code() <= qint64(kinds.size()))
+        kind = kinds[std::size_t(error.code() - 1)];
+    return {kind, error.localizedDescription(), error.localizedRecoverySuggestion(),
+            fileSystemRepresentation(error.filePath()),
+            error.userInfo().value(DiscJobUnderlyingStatusKey).toLongLong()};
 }
 
 QString nameOfKind(Problem::Kind kind)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <TessaronClasses/DiscJobErrors.h>
+
 #include <QByteArray>
 #include <QString>
 
@@ -35,6 +37,9 @@ struct Problem {
 
 /// That a signal ended the work.
 [[nodiscard]] Problem interruption();
+
+/// The problem that an error of a job is (DiscJobErrors.h); none for the null error.
+[[nodiscard]] Problem problemOf(const NSError &error);
 
 /// The name under which --json reports the kind: "usage", "source" …
 [[nodiscard]] QString nameOfKind(Problem::Kind kind);

@@ -65,6 +65,7 @@ QByteArray progressLine(const ProgressState &state, double percent, const Transf
         (counted(state.files, "file", "files") + QStringLiteral(", ") + counted(state.folders, "folder", "folders"))
             .toUtf8();
     switch (state.phase) {
+    case ProgressState::Phase::Preparing:
     case ProgressState::Phase::Scanning:
         result = "Scanning: " + found;
         break;
@@ -73,6 +74,7 @@ QByteArray progressLine(const ProgressState &state, double percent, const Transf
         break;
     case ProgressState::Phase::Writing:
     case ProgressState::Phase::Comparing:
+    case ProgressState::Phase::Finishing:
     case ProgressState::Phase::Done:
         result = writingLine(state, percent, rate, width);
         break;

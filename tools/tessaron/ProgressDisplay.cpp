@@ -19,6 +19,7 @@ constexpr std::chrono::milliseconds shortestInterval(100); // ten times a second
 QString nameOfPhase(ProgressState::Phase phase)
 {
     switch (phase) {
+    case ProgressState::Phase::Preparing:
     case ProgressState::Phase::Scanning:
         return QStringLiteral("scanning");
     case ProgressState::Phase::Planning:
@@ -27,6 +28,8 @@ QString nameOfPhase(ProgressState::Phase phase)
         return QStringLiteral("writing");
     case ProgressState::Phase::Comparing:
         return QStringLiteral("comparing");
+    case ProgressState::Phase::Finishing:
+        return QStringLiteral("finishing");
     case ProgressState::Phase::Done:
         return QStringLiteral("done");
     }
@@ -109,6 +112,18 @@ bool canShowBar()
 }
 
 } // namespace
+
+ProgressState stateOf(const DiscJobProgress &progress)
+{
+    ProgressState state;
+    // Looking at the sources takes no time worth a word of its own.
+    state.phase = progress.phase == DiscJobPhase::Preparing ? DiscJobPhase::Scanning : progress.phase;
+    state.files = progress.files;
+    state.folders = progress.folders;
+    state.bytesWritten = progress.bytesDone;
+    state.bytesTotal = progress.bytesTotal;
+    return state;
+}
 
 double ProgressState::percent() const
 {

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "tools/tessaron/Arguments.h"
-#include "tools/tessaron/TransferRate.h"
+#include <TessaronClasses/DiscJob.h>
+#include <TessaronClasses/TransferRate.h>
 
 #include <cstdint>
 #include <memory>
@@ -11,25 +12,25 @@ namespace Tessaron::Tool
 
 /// How far a command has come.
 struct ProgressState {
-    enum class Phase : std::uint8_t {
-        Scanning,
-        Planning,
-        Writing,
-        Comparing, ///< an image with its sources; its bytes count like those written
-        Done,
-    };
+    using Phase = DiscJobPhase;
 
     Phase phase = Phase::Scanning;
     std::uint64_t files = 0; ///< found so far
     std::uint64_t folders = 0;
-    std::uint64_t bytesWritten = 0;
+    std::uint64_t bytesWritten = 0; ///< or compared
     std::uint64_t bytesTotal = 0; ///< 0 until it is known
 
     /// 0 to 100 from the bytes written, in tenths, rounded down; 100 only when all is done.
     [[nodiscard]] double percent() const;
     /// The phases in which bytes are counted.
-    [[nodiscard]] bool countsBytes() const { return phase == Phase::Writing || phase == Phase::Comparing; }
+    [[nodiscard]] bool countsBytes() const
+    {
+        return phase == Phase::Writing || phase == Phase::Comparing || phase == Phase::Finishing;
+    }
 };
+
+/// What a job tells.
+[[nodiscard]] ProgressState stateOf(const DiscJobProgress &progress);
 
 /// Shows progress on standard error. Fed a few times a second and at each change of phase; it never shows less than it
 /// has shown before. Whoever prints something else calls clear() before.

@@ -4,24 +4,14 @@
 #include "tools/tessaron/SignalWatcher.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
-#include "tools/tessaron/UnreadableFolders.h"
-#include <TessaronClasses/KRFileHierarchyItem.h>
 
 #include <QEventLoop>
-#include <QTimer>
 
 #include <cerrno>
 #include <unistd.h>
 
 namespace Tessaron::Tool
 {
-
-namespace
-{
-
-constexpr std::chrono::milliseconds progressInterval(50);
-
-} // namespace
 
 ScanCommand::ScanCommand(const Arguments &arguments)
     : m_arguments(arguments)
@@ -32,13 +22,9 @@ ScanCommand::ScanCommand(const Arguments &arguments)
 
 ExitStatus ScanCommand::run()
 {
-    std::vector<Source> sources;
-    m_problem = inspectSources(m_arguments.paths, &sources);
-    if (!m_problem)
-        scan(sources);
+    scan();
     m_display->clear();
-    for (const GatheringError &error : m_errors)
-        printDiagnostic(QStringLiteral("%1 cannot be listed: %2").arg(quoted(error.path), error.message));
+    printUnreadable(m_result.unreadable);
     if (m_problem)
         printProblem(m_problem);
     const bool isWritten = m_arguments.json ? writeJson() : (m_problem || writeText());
@@ -48,56 +34,31 @@ ExitStatus ScanCommand::run()
     return ExitStatus::Failed;
 }
 
-void ScanCommand::scan(const std::vector<Source> &sources)
+void ScanCommand::scan()
 {
-    SourceGatherer gatherer(sources);
+    ScanJob job(m_arguments.paths);
+    const SignalWatcher signalWatcher([&job] { job.cancel(); });
     QEventLoop loop;
-    const SignalWatcher signalWatcher([&gatherer] { gatherer.cancel(); });
-    const auto showProgress = [&](ProgressState::Phase phase) {
-        ProgressState state;
-        state.phase = phase;
-        state.files = gatherer.files();
-        state.folders = gatherer.folders();
-        m_display->update(state);
-    };
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, &loop, [&] { showProgress(ProgressState::Phase::Scanning); });
-    timer.start(progressInterval);
-    showProgress(ProgressState::Phase::Scanning);
-    gatherer.start([&loop] { loop.quit(); });
+    QObject::connect(&job, &DiscJob::progressed, &loop,
+                     [this](const DiscJobProgress &progress) { m_display->update(stateOf(progress)); });
+    QObject::connect(&job, &ScanJob::finished, &loop, &QEventLoop::quit);
+    job.start();
     loop.exec();
-
-    m_problem = gatherer.problem();
-    m_errors = gatherer.errors();
-    if (gatherer.isCancelled())
-        m_problem = interruption();
-    if (m_problem)
-        return;
-    countTrees(gatherer);
-    showProgress(ProgressState::Phase::Done);
-}
-
-void ScanCommand::countTrees(SourceGatherer &gatherer)
-{
-    for (std::size_t index = 0; index < gatherer.gathered().size(); ++index) {
-        GatheredSource &gathered = gatherer.gathered()[index];
-        appendUnreadableFolders(*gathered.item, &m_errors);
-        m_counts.push_back({gatherer.sources()[index].argument, gathered.files, gathered.folders,
-                            gathered.item->contentsPhysicalSize()});
-    }
+    m_result = job.result();
+    m_problem = problemOf(m_result.error);
 }
 
 ExitStatus ScanCommand::status() const
 {
     if (m_problem)
         return exitStatusFor(m_problem);
-    return m_errors.empty() ? ExitStatus::Done : ExitStatus::Incomplete;
+    return m_result.unreadable.empty() ? ExitStatus::Done : ExitStatus::Incomplete;
 }
 
-ScanCommand::Counts ScanCommand::total() const
+ScannedSource ScanCommand::total() const
 {
-    Counts result;
-    for (const Counts &counts : m_counts) {
+    ScannedSource result;
+    for (const ScannedSource &counts : m_result.sources) {
         result.files += counts.files;
         result.folders += counts.folders;
         result.sizeOnDisk += counts.sizeOnDisk;
@@ -108,7 +69,7 @@ ScanCommand::Counts ScanCommand::total() const
 bool ScanCommand::writeText() const
 {
     QByteArray text;
-    const auto append = [&text](const QByteArray &path, const Counts &counts) {
+    const auto append = [&text](const QByteArray &path, const ScannedSource &counts) {
         text += path + ": "
             + (counted(counts.files, "file", "files") + QStringLiteral(", ")
                + counted(counts.folders, "folder", "folders") + QStringLiteral(", ") + sizeText(counts.sizeOnDisk)
@@ -116,16 +77,16 @@ bool ScanCommand::writeText() const
                   .toUtf8()
             + '\n';
     };
-    for (const Counts &counts : m_counts)
+    for (const ScannedSource &counts : m_result.sources)
         append(printable(counts.path), counts);
-    if (m_counts.size() > 1)
+    if (m_result.sources.size() > 1)
         append("total", total());
     return writeAll(STDOUT_FILENO, text);
 }
 
 bool ScanCommand::writeJson() const
 {
-    const auto writeCounts = [](JsonWriter &writer, const Counts &counts) {
+    const auto writeCounts = [](JsonWriter &writer, const ScannedSource &counts) {
         writer.member("files", counts.files);
         writer.member("folders", counts.folders);
         writer.member("sizeOnDisk", counts.sizeOnDisk);
@@ -141,14 +102,14 @@ bool ScanCommand::writeJson() const
     writer.value(time.count(), 3);
     writer.key("sources");
     writer.beginArray();
-    for (const Counts &counts : m_counts) {
+    for (const ScannedSource &counts : m_result.sources) {
         writer.beginObject();
         writer.pathMember("path", counts.path);
         writeCounts(writer, counts);
         writer.endObject();
     }
     writer.endArray();
-    writeGatheringErrors(writer, "unreadable", m_errors);
+    writeUnreadableMember(writer, m_result.unreadable);
     writeErrorMember(writer, m_problem);
     writer.endObject();
     return writer.finish();

@@ -2,12 +2,12 @@
 
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/Problem.h"
 #include "tools/tessaron/ProgressDisplay.h"
-#include "tools/tessaron/SourceGatherer.h"
+#include <TessaronClasses/ScanJob.h>
 
 #include <chrono>
 #include <memory>
-#include <vector>
 
 namespace Tessaron::Tool
 {
@@ -22,18 +22,9 @@ public:
     [[nodiscard]] ExitStatus run();
 
 private:
-    /// What is told about one PATH.
-    struct Counts {
-        QByteArray path;
-        std::uint64_t files = 0;
-        std::uint64_t folders = 0;
-        std::uint64_t sizeOnDisk = 0;
-    };
-
-    void scan(const std::vector<Source> &sources);
-    void countTrees(SourceGatherer &gatherer);
+    void scan();
     [[nodiscard]] ExitStatus status() const;
-    [[nodiscard]] Counts total() const;
+    [[nodiscard]] ScannedSource total() const;
     [[nodiscard]] bool writeText() const;
     [[nodiscard]] bool writeJson() const;
 
@@ -41,8 +32,7 @@ private:
     const std::chrono::steady_clock::time_point m_start;
     std::unique_ptr<ProgressDisplay> m_display;
     Problem m_problem;
-    std::vector<Counts> m_counts;
-    std::vector<GatheringError> m_errors;
+    ScanResult m_result;
 };
 
 } // namespace Tessaron::Tool

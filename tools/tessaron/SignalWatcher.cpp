@@ -1,7 +1,7 @@
 #include "tools/tessaron/SignalWatcher.h"
 
-#include "tools/tessaron/EmergencyRemoval.h"
 #include "tools/tessaron/ExitStatus.h"
+#include <TessaronClasses/UnfinishedFiles.h>
 
 #include <QObject>
 
@@ -27,7 +27,7 @@ void handleSignal(int)
 {
     const int savedErrno = errno;
     if (signalCount.fetch_add(1) > 0) {
-        removeNotedFiles();
+        removeUnfinishedFiles();
         ::_exit(int(ExitStatus::Interrupted));
     }
     const char byte = 0;

@@ -1,11 +1,7 @@
 #include "tools/tessaron/Text.h"
 
 #include "platform/foundation/FileSystemRepresentation.h"
-#include "platform/foundation/OSStatus.h"
 #include <TessaronClasses/SizeFormatting.h>
-
-#include <cerrno>
-#include <cstring>
 
 namespace Tessaron::Tool
 {
@@ -73,16 +69,6 @@ QByteArray printable(const QByteArray &bytes)
     return printable(stringWithFileSystemRepresentation(bytes));
 }
 
-QString quoted(const QByteArray &path)
-{
-    return QStringLiteral("“%1”").arg(stringWithFileSystemRepresentation(path));
-}
-
-QString counted(std::uint64_t count, const char *singular, const char *plural)
-{
-    return QString::number(count) + u' ' + QString::fromUtf8(count == 1 ? singular : plural);
-}
-
 QString sizeText(std::uint64_t bytes)
 {
     const unsigned long long value = bytes;
@@ -97,35 +83,6 @@ QByteArray percentEncoded(const QByteArray &bytes)
 bool isUtf8(const QByteArray &bytes)
 {
     return !holdsUndecodableBytes(stringWithFileSystemRepresentation(bytes));
-}
-
-QByteArray lastComponent(const QByteArray &path)
-{
-    qsizetype end = path.size();
-    while (end > 1 && path[end - 1] == '/')
-        --end;
-    if (end == 1 && path[0] == '/')
-        return QByteArrayLiteral("/");
-    const qsizetype slash = path.lastIndexOf('/', end - 1);
-    return path.mid(slash + 1, end - slash - 1);
-}
-
-QString systemText(int errnoValue)
-{
-    return QString::fromLocal8Bit(std::strerror(errnoValue));
-}
-
-QString reasonOfStatus(qint64 status)
-{
-    if (status == afpAccessDenied || status == permErr)
-        return systemText(EACCES);
-    if (status == fnfErr)
-        return systemText(ENOENT);
-    if (status == ioErr)
-        return systemText(EIO);
-    if (status == tmfoErr)
-        return systemText(EMFILE);
-    return QStringLiteral("the system gives error %1").arg(status);
 }
 
 } // namespace Tessaron::Tool

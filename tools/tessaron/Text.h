@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/MessageTexts.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -15,12 +17,6 @@ namespace Tessaron::Tool
 /// The same for a name or path given as bytes.
 [[nodiscard]] QByteArray printable(const QByteArray &bytes);
 
-/// A name or path between typographic quotation marks for use inside a message; undecodable bytes survive in it.
-[[nodiscard]] QString quoted(const QByteArray &path);
-
-/// "1 file", "2 files".
-[[nodiscard]] QString counted(std::uint64_t count, const char *singular, const char *plural);
-
 /// A size for people, in the library's units: "1.0 kB".
 [[nodiscard]] QString sizeText(std::uint64_t bytes);
 
@@ -30,14 +26,5 @@ namespace Tessaron::Tool
 
 /// True when the bytes are valid UTF-8.
 [[nodiscard]] bool isUtf8(const QByteArray &bytes);
-
-/// The last component of a path, trailing slashes ignored; "/" for the root folder, empty for no path.
-[[nodiscard]] QByteArray lastComponent(const QByteArray &path);
-
-/// The text of the system for an `errno` value.
-[[nodiscard]] QString systemText(int errnoValue);
-
-/// Why the library could not read something, in words.
-[[nodiscard]] QString reasonOfStatus(qint64 status);
 
 } // namespace Tessaron::Tool

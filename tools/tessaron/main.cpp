@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <unistd.h>
 
+using namespace Tessaron;
 using namespace Tessaron::Tool;
 
 namespace

@@ -1,8 +1,9 @@
-#include "tools/tessaron/StagedFile.h"
+#include "imaging/StagedFile.h"
 
+#include "imaging/EmergencyRemoval.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "tests/support/TemporaryTree.h"
-#include "tools/tessaron/EmergencyRemoval.h"
-#include "tools/tessaron/StandardStreams.h"
+#include <TessaronClasses/UnfinishedFiles.h>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -12,7 +13,7 @@
 #include <string>
 #include <sys/stat.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -34,7 +35,7 @@ protected:
         std::unique_ptr<StagedFile> file = StagedFile::create(m_folder.get(), m_tree.path(), name, &reason, GetParam());
         EXPECT_NE(file, nullptr) << reason;
         const UniqueDescriptor writer(::open(file->pathForWriting().constData(), O_WRONLY | O_CLOEXEC));
-        EXPECT_TRUE(writeAll(writer.get(), content));
+        EXPECT_EQ(writeFully(writer.get(), content.constData(), std::size_t(content.size())), 0);
         return file;
     }
 
@@ -150,7 +151,7 @@ TEST(StagedFile, hiddenFile_goes_whenTheProcessEndsInAnEmergency)
         StagedFile::create(folder.get(), tree.path(), "disc.iso", &reason, StagedFile::Naming::Hidden);
     ASSERT_NE(file, nullptr);
     EXPECT_FALSE(std::filesystem::is_empty(tree.path().toStdString()));
-    removeNotedFiles();
+    removeUnfinishedFiles();
     EXPECT_TRUE(std::filesystem::is_empty(tree.path().toStdString()));
 }
 
@@ -167,4 +168,4 @@ TEST(StagedFile, create_tellsTheReason_whenTheFolderTakesNoFiles)
 
 } // namespace
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,16 +1,18 @@
 #pragma once
 
+#include "platform/foundation/Export.h"
+
 #include <chrono>
 #include <cstdint>
 #include <deque>
 #include <optional>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 /// How fast bytes go and how long the rest will take, from what the last few seconds have shown: an average from the
 /// beginning would still count the fast start out of the cache when the disk has long become the limit.
-class TransferRate
+class TESSARON_EXPORT TransferRate
 {
 public:
     using Time = std::chrono::steady_clock::time_point;
@@ -32,4 +34,4 @@ private:
     std::deque<Sample> m_samples;
 };
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

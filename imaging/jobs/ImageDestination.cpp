@@ -1,6 +1,7 @@
-#include "tools/tessaron/Destination.h"
+#include "imaging/jobs/ImageDestination.h"
 
-#include "tools/tessaron/Text.h"
+#include "platform/foundation/MessageTexts.h"
+#include <TessaronClasses/DiscJobErrors.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -10,66 +11,66 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
 {
 
-Problem destinationProblem(const QByteArray &path, const QString &message, const QString &advice = {})
+NSError destinationError(const QByteArray &path, const QString &message, const QString &advice = {})
 {
-    return {Problem::Kind::Destination, message, advice, path};
+    return discJobError(DiscJobErrorCode::Destination, message, advice, path);
 }
 
-Problem isFolderProblem(const QByteArray &output)
+NSError isFolderError(const QByteArray &output)
 {
     const QByteArray example = output.endsWith('/') ? output + "disc.iso" : output + "/disc.iso";
-    return destinationProblem(output, QStringLiteral("the output %1 is a folder").arg(quoted(output)),
-                              QStringLiteral("Name the image file inside it, for example %1.").arg(quoted(example)));
+    return destinationError(output, QStringLiteral("the output %1 is a folder").arg(quoted(output)),
+                            QStringLiteral("Name the image file inside it, for example %1.").arg(quoted(example)));
 }
 
 /// Replaces a symbolic link by what it leads to.
-Problem followLink(QByteArray *output, struct stat *status)
+NSError followLink(QByteArray *output, struct stat *status)
 {
     const std::unique_ptr<char, decltype(&std::free)> real(::realpath(output->constData(), nullptr), &std::free);
     if (!real || ::stat(real.get(), status) != 0)
-        return destinationProblem(*output,
-                                  QStringLiteral("the output %1 is a symbolic link that leads nowhere: %2")
-                                      .arg(quoted(*output), systemText(errno)),
-                                  QStringLiteral("Remove it, or name another file."));
+        return destinationError(*output,
+                                QStringLiteral("the output %1 is a symbolic link that leads nowhere: %2")
+                                    .arg(quoted(*output), systemText(errno)),
+                                QStringLiteral("Remove it, or name another file."));
     *output = real.get();
     return {};
 }
 
-Problem checkReplaceable(const QByteArray &path, const struct stat &status)
+NSError checkReplaceable(const QByteArray &path, const struct stat &status)
 {
     if (S_ISDIR(status.st_mode))
-        return isFolderProblem(path);
+        return isFolderError(path);
     if (!S_ISREG(status.st_mode))
-        return destinationProblem(path, QStringLiteral("the output %1 is not a regular file").arg(quoted(path)),
-                                  QStringLiteral("An image can only replace a regular file or be a new one."));
+        return destinationError(path, QStringLiteral("the output %1 is not a regular file").arg(quoted(path)),
+                                QStringLiteral("An image can only replace a regular file or be a new one."));
     if (::faccessat(AT_FDCWD, path.constData(), W_OK, AT_EACCESS) != 0)
-        return destinationProblem(
+        return destinationError(
             path,
             QStringLiteral("the output %1 exists and may not be written: %2").arg(quoted(path), systemText(errno)),
             QStringLiteral("Remove it, or name another file."));
     return {};
 }
 
-Problem inspectExisting(Destination *destination)
+NSError inspectExisting(ImageDestination *destination)
 {
     struct stat status;
     if (::lstat(destination->path.constData(), &status) != 0) {
         // The folder's own check words the other reasons better.
         if (errno == ENAMETOOLONG)
-            return destinationProblem(destination->path,
-                                      QStringLiteral("the output's name is too long for the filesystem"),
-                                      QStringLiteral("Name it with at most 255 bytes."));
+            return destinationError(destination->path,
+                                    QStringLiteral("the output's name is too long for the filesystem"),
+                                    QStringLiteral("Name it with at most 255 bytes."));
         return {};
     }
     if (S_ISLNK(status.st_mode)) {
-        if (Problem problem = followLink(&destination->path, &status))
-            return problem;
+        if (const NSError error = followLink(&destination->path, &status))
+            return error;
     }
     destination->existingImage = DeviceAndInode{status.st_dev, status.st_ino};
     return checkReplaceable(destination->path, status);
@@ -82,7 +83,7 @@ bool isProtectedBySticky(const struct stat &folder, const struct stat &file)
     return (folder.st_mode & S_ISVTX) != 0 && user != 0 && folder.st_uid != user && file.st_uid != user;
 }
 
-Problem openFolder(Destination *destination)
+NSError openFolder(ImageDestination *destination)
 {
     const qsizetype slash = destination->path.lastIndexOf('/');
     destination->name = destination->path.mid(slash + 1);
@@ -91,25 +92,25 @@ Problem openFolder(Destination *destination)
     const QByteArray &folderPath = destination->folderPath;
     destination->folder.reset(::open(folderPath.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!destination->folder && errno == ENOENT)
-        return destinationProblem(folderPath,
-                                  QStringLiteral("the output's folder %1 does not exist").arg(quoted(folderPath)),
-                                  QStringLiteral("Make it first, or choose another place."));
+        return destinationError(folderPath,
+                                QStringLiteral("the output's folder %1 does not exist").arg(quoted(folderPath)),
+                                QStringLiteral("Make it first, or choose another place."));
     if (!destination->folder && errno == ENOTDIR)
-        return destinationProblem(
+        return destinationError(
             folderPath, QStringLiteral("%1 is not a folder, so nothing can be put into it").arg(quoted(folderPath)));
     if (!destination->folder)
-        return destinationProblem(
+        return destinationError(
             folderPath,
             QStringLiteral("the output's folder %1 cannot be opened: %2").arg(quoted(folderPath), systemText(errno)));
     if (::faccessat(destination->folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0)
-        return destinationProblem(folderPath,
-                                  QStringLiteral("no file can be made in the output's folder %1: %2")
-                                      .arg(quoted(folderPath), systemText(errno)),
-                                  QStringLiteral("Choose a folder that you may write to."));
+        return destinationError(folderPath,
+                                QStringLiteral("no file can be made in the output's folder %1: %2")
+                                    .arg(quoted(folderPath), systemText(errno)),
+                                QStringLiteral("Choose a folder that you may write to."));
     return {};
 }
 
-Problem checkSticky(const Destination &destination, const QByteArray &name)
+NSError checkSticky(const ImageDestination &destination, const QByteArray &name)
 {
     struct stat folder;
     struct stat file;
@@ -117,26 +118,25 @@ Problem checkSticky(const Destination &destination, const QByteArray &name)
         || ::fstatat(destination.folder.get(), name.constData(), &file, AT_SYMLINK_NOFOLLOW) != 0
         || !isProtectedBySticky(folder, file))
         return {};
-    return destinationProblem(name,
-                              QStringLiteral("the output %1 exists and belongs to somebody else").arg(quoted(name)),
-                              QStringLiteral("Name another file."));
+    return destinationError(name, QStringLiteral("the output %1 exists and belongs to somebody else").arg(quoted(name)),
+                            QStringLiteral("Name another file."));
 }
 
-Problem inspectCue(Destination *destination)
+NSError inspectCue(ImageDestination *destination)
 {
-    destination->cueName = cueNameFor(destination->name);
+    destination->cueName = cueSheetNameForImage(destination->name);
     struct stat status;
     if (::fstatat(destination->folder.get(), destination->cueName.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno != ENAMETOOLONG)
             return {};
-        return destinationProblem(
+        return destinationError(
             destination->cueName,
             QStringLiteral("the name of the cue sheet, %1, would be too long").arg(quoted(destination->cueName)),
             QStringLiteral("Give the image a shorter name."));
     }
     destination->existingCue = DeviceAndInode{status.st_dev, status.st_ino};
     if (!S_ISREG(status.st_mode))
-        return destinationProblem(
+        return destinationError(
             destination->cueName,
             QStringLiteral("the cue sheet %1 exists and is not a regular file").arg(quoted(destination->cueName)),
             QStringLiteral("Remove it, or name another image."));
@@ -160,46 +160,37 @@ std::vector<DeviceAndInode> folderAndAncestors(int folder)
 
 } // namespace
 
-QByteArray cueNameFor(const QByteArray &imageName)
+NSError openDestination(const QByteArray &output, DiscFormat format, ImageDestination *destination)
 {
-    const qsizetype dot = imageName.lastIndexOf('.');
-    return (dot > 0 ? imageName.left(dot) : imageName) + ".cue";
-}
-
-Problem openDestination(const QByteArray &output, ImageFormat format, Destination *destination)
-{
-    if (output == "-")
-        return destinationProblem(output, QStringLiteral("an image cannot go to standard output"),
-                                  QStringLiteral("Name a file; ./- is the file of that name."));
     if (output.endsWith('/'))
-        return isFolderProblem(output);
+        return isFolderError(output);
     destination->path = output;
-    if (Problem problem = inspectExisting(destination))
-        return problem;
-    if (Problem problem = openFolder(destination))
-        return problem;
-    if (Problem problem = checkSticky(*destination, destination->name))
-        return problem;
-    return format == ImageFormat::Bin ? inspectCue(destination) : Problem();
+    if (const NSError error = inspectExisting(destination))
+        return error;
+    if (const NSError error = openFolder(destination))
+        return error;
+    if (const NSError error = checkSticky(*destination, destination->name))
+        return error;
+    return format == DiscFormat::BIN ? inspectCue(destination) : NSError();
 }
 
-Problem checkOutside(const Destination &destination, const std::vector<Source> &sources)
+NSError checkOutside(const ImageDestination &destination, const std::vector<DiscSource> &sources)
 {
     const std::vector<DeviceAndInode> ancestors = folderAndAncestors(destination.folder.get());
-    for (const Source &source : sources) {
+    for (const DiscSource &source : sources) {
         const bool isInside =
             source.isFolder && std::find(ancestors.begin(), ancestors.end(), source.identity) != ancestors.end();
         if (isInside)
-            return destinationProblem(destination.path,
-                                      QStringLiteral("the output %1 lies inside the source folder %2")
-                                          .arg(quoted(destination.path), quoted(source.argument)),
-                                      QStringLiteral("Choose a place outside of it: an image cannot hold itself."));
+            return destinationError(destination.path,
+                                    QStringLiteral("the output %1 lies inside the source folder %2")
+                                        .arg(quoted(destination.path), quoted(source.argument)),
+                                    QStringLiteral("Choose a place outside of it: an image cannot hold itself."));
         if (destination.existingImage == source.identity || destination.existingCue == source.identity)
-            return destinationProblem(
+            return destinationError(
                 destination.path, QStringLiteral("the output would replace the source %1").arg(quoted(source.argument)),
                 QStringLiteral("Give the output another name."));
     }
     return {};
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,4 +1,4 @@
-#include "tools/tessaron/FreeSpace.h"
+#include "imaging/jobs/FreeSpace.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -34,4 +34,4 @@ std::optional<std::uint64_t> freeSpaceForPlainWriting(int descriptor)
     return blocks * space.f_frsize;
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

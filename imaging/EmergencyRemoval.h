@@ -2,11 +2,12 @@
 
 #include <QByteArray>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 /// Files that must not outlive the process, for the one place that may end it without unwinding: a signal handler.
-/// At most four at a time, which is more than the command ever makes.
+/// At most four at a time, which is two images with their cue sheets. See also
+/// UnfinishedFiles.h.
 
 /// Notes a file by the folder's descriptor (which must stay open) and its name; returns its number, -1 when there is
 /// no room.
@@ -14,7 +15,4 @@ namespace Tessaron::Tool
 /// Forgets it. -1 is ignored.
 void forgetEmergencyRemoval(int number);
 
-/// Removes all files that are noted. Safe inside a signal handler.
-void removeNotedFiles();
-
-} // namespace Tessaron::Tool
+} // namespace Tessaron

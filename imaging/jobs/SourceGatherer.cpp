@@ -1,17 +1,18 @@
-#include "tools/tessaron/SourceGatherer.h"
+#include "imaging/jobs/SourceGatherer.h"
 
 #include "platform/coreservices/FSRef.h"
 #include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/MessageTexts.h"
 #include "platform/foundation/NSError.h"
-#include "tools/tessaron/Text.h"
+#include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/KRDirectoryScanner.h>
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
-SourceGatherer::SourceGatherer(std::vector<Source> sources)
+SourceGatherer::SourceGatherer(std::vector<DiscSource> sources)
     : m_sources(std::move(sources))
     , m_life(std::make_shared<int>())
 {
@@ -64,18 +65,18 @@ void SourceGatherer::continueLater()
 
 void SourceGatherer::gatherNext()
 {
-    if (m_isCancelled || m_problem || m_gathered.size() == m_sources.size()) {
+    if (m_isCancelled || m_error || m_gathered.size() == m_sources.size()) {
         end();
         return;
     }
-    const Source &source = m_sources[m_gathered.size()];
+    const DiscSource &source = m_sources[m_gathered.size()];
     if (source.isFolder)
         gatherFolder(source);
     else
         gatherFile(source);
 }
 
-void SourceGatherer::gatherFolder(const Source &source)
+void SourceGatherer::gatherFolder(const DiscSource &source)
 {
     FSRef ref;
     if (FSPathMakeRef(source.path, &ref, nullptr) != noErr) {
@@ -86,7 +87,7 @@ void SourceGatherer::gatherFolder(const Source &source)
     KRDirectoryScannerDelegate delegate;
     delegate.context = m_life;
     delegate.directoryScannerReportedError = [this](KRDirectoryScanner &, const NSError &error) {
-        m_errors.push_back({fileSystemRepresentation(error.filePath()), reasonOfStatus(error.code())});
+        m_unreadable.push_back({fileSystemRepresentation(error.filePath()), reasonOfStatus(error.code())});
     };
     delegate.directoryScannerScanDidFinishWithHierarchyItem =
         [this](KRDirectoryScanner &, const std::shared_ptr<KRFileHierarchyItem> &item) { folderEnded(item); };
@@ -108,7 +109,7 @@ void SourceGatherer::folderEnded(const std::shared_ptr<KRFileHierarchyItem> &ite
     m_scanner.reset();
 }
 
-void SourceGatherer::gatherFile(const Source &source)
+void SourceGatherer::gatherFile(const DiscSource &source)
 {
     FSRef ref;
     if (FSPathMakeRef(source.path, &ref, nullptr) != noErr) {
@@ -120,10 +121,10 @@ void SourceGatherer::gatherFile(const Source &source)
     continueLater();
 }
 
-void SourceGatherer::fail(const Source &source, const QString &message)
+void SourceGatherer::fail(const DiscSource &source, const QString &message)
 {
     m_scanner.reset();
-    m_problem = {Problem::Kind::Source, message, {}, source.argument};
+    m_error = discJobError(DiscJobErrorCode::Source, message, {}, source.argument);
     continueLater();
 }
 
@@ -135,4 +136,4 @@ void SourceGatherer::end()
         whenEnded();
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

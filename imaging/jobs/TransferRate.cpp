@@ -1,8 +1,8 @@
-#include "tools/tessaron/TransferRate.h"
+#include <TessaronClasses/TransferRate.h>
 
 #include <cmath>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -38,4 +38,4 @@ std::optional<std::chrono::seconds> TransferRate::remaining(std::uint64_t bytesT
     return std::chrono::seconds(std::llround(std::ceil(double(bytesTotal - m_samples.back().bytes) / *rate)));
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

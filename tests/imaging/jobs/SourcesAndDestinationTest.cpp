@@ -1,47 +1,56 @@
+#include "imaging/jobs/ImageDestination.h"
 #include "tests/support/TemporaryTree.h"
-#include "tools/tessaron/Destination.h"
-#include "tools/tessaron/Sources.h"
+#include <TessaronClasses/DiscJobErrors.h>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <optional>
 #include <unistd.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
 {
 
-using Kind = Problem::Kind;
+using Code = DiscJobErrorCode;
+
+std::optional<Code> codeOf(const NSError &error)
+{
+    return error ? std::optional(Code(error.code())) : std::nullopt;
+}
 
 class SourcesAndDestination : public testing::Test
 {
 protected:
-    Problem inspected(const QList<QByteArray> &relativePaths)
+    NSError inspected(const QList<QByteArray> &relativePaths)
     {
         QList<QByteArray> paths;
         for (const QByteArray &path : relativePaths)
             paths.append(m_tree.path(path));
-        return inspectSources(paths, &m_sources);
+        Result<std::vector<DiscSource>> found = discSourcesAtPaths(paths);
+        if (found)
+            m_sources = std::move(*found);
+        return found.error();
     }
 
-    Problem opened(const QByteArray &relative, ImageFormat format = ImageFormat::Iso)
+    NSError opened(const QByteArray &relative, DiscFormat format = DiscFormat::ISO)
     {
         m_destination = {};
         return openDestination(m_tree.path(relative), format, &m_destination);
     }
 
     /// Whether image and source are refused together.
-    Kind conflictOf(const QByteArray &output, const QByteArray &source)
+    std::optional<Code> conflictOf(const QByteArray &output, const QByteArray &source)
     {
         EXPECT_FALSE(inspected({source}));
         EXPECT_FALSE(opened(output));
-        return checkOutside(m_destination, m_sources).kind;
+        return codeOf(checkOutside(m_destination, m_sources));
     }
 
     const Testing::TemporaryTree m_tree;
-    std::vector<Source> m_sources;
-    Destination m_destination;
+    std::vector<DiscSource> m_sources;
+    ImageDestination m_destination;
 };
 
 TEST_F(SourcesAndDestination, source_isTakenAsItIs)
@@ -59,7 +68,7 @@ TEST_F(SourcesAndDestination, source_hasTheNameOfTheFolder_whenItIsADot)
 {
     m_tree.makeFolder("folder/inner");
     EXPECT_FALSE(inspected({"folder/.", "folder/inner/..", "folder//"}));
-    for (const Source &source : m_sources)
+    for (const DiscSource &source : m_sources)
         EXPECT_EQ(source.name, "folder");
 }
 
@@ -79,9 +88,10 @@ TEST_F(SourcesAndDestination, source_isRefused_whenItIsMissingOrNoFile)
     m_tree.makeFifo("fifo");
     m_tree.makeFile("file");
     for (const QByteArray path : {"missing", "dangling", "fifo", "file/inside", "file/"}) {
-        const Problem problem = inspected({path});
-        EXPECT_EQ(problem.kind, Kind::Source) << path.constData();
-        EXPECT_TRUE(problem.message.contains(QString::fromUtf8(path))) << problem.message.toStdString();
+        const NSError error = inspected({path});
+        EXPECT_EQ(codeOf(error), Code::Source) << path.constData();
+        EXPECT_TRUE(error.localizedDescription().contains(QString::fromUtf8(path)))
+            << error.localizedDescription().toStdString();
     }
 }
 
@@ -94,11 +104,12 @@ TEST_F(SourcesAndDestination, source_isRefused_whenItCannotBeRead)
     m_tree.setMode({}, 0755);
     const Testing::WithoutRootRights withoutRootRights;
     if (::geteuid() != ::getuid()) { // a normal user owns the folder and may list it
-        EXPECT_EQ(inspected({"folder"}).kind, Kind::Source);
+        EXPECT_EQ(codeOf(inspected({"folder"})), Code::Source);
     }
-    const Problem problem = inspected({"file"});
-    EXPECT_EQ(problem.kind, Kind::Source);
-    EXPECT_TRUE(problem.message.contains(QStringLiteral("Permission denied"))) << problem.message.toStdString();
+    const NSError error = inspected({"file"});
+    EXPECT_EQ(codeOf(error), Code::Source);
+    EXPECT_TRUE(error.localizedDescription().contains(QStringLiteral("Permission denied")))
+        << error.localizedDescription().toStdString();
 }
 
 TEST_F(SourcesAndDestination, sources_cannotLieSideBySide_whenOneComesTwice)
@@ -107,13 +118,14 @@ TEST_F(SourcesAndDestination, sources_cannotLieSideBySide_whenOneComesTwice)
     m_tree.makeFile("b/same");
     m_tree.makeSymbolicLink("other", "a");
     EXPECT_FALSE(inspected({"a", "b"}));
-    EXPECT_FALSE(checkSideBySide(m_sources));
+    EXPECT_FALSE(errorOfSourcesSideBySide(m_sources));
     EXPECT_FALSE(inspected({"a/same", "b/same"}));
-    EXPECT_EQ(checkSideBySide(m_sources).kind, Kind::Usage);
+    EXPECT_EQ(codeOf(errorOfSourcesSideBySide(m_sources)), Code::InvalidOrder);
     EXPECT_FALSE(inspected({"a", "other"}));
-    EXPECT_EQ(checkSideBySide(m_sources).kind, Kind::Usage);
+    EXPECT_EQ(codeOf(errorOfSourcesSideBySide(m_sources)), Code::InvalidOrder);
     EXPECT_FALSE(inspected({"a/same", "a/../a/same"}));
-    EXPECT_TRUE(checkSideBySide(m_sources).message.contains(QStringLiteral("are the same file")));
+    EXPECT_TRUE(
+        errorOfSourcesSideBySide(m_sources).localizedDescription().contains(QStringLiteral("are the same file")));
 }
 
 TEST_F(SourcesAndDestination, destination_isOpened_whetherOrNotTheFileExists)
@@ -125,7 +137,7 @@ TEST_F(SourcesAndDestination, destination_isOpened_whetherOrNotTheFileExists)
     EXPECT_FALSE(m_destination.existingImage);
     EXPECT_EQ(m_destination.name, "new.iso");
     EXPECT_EQ(m_destination.cueName, "");
-    EXPECT_FALSE(opened("new.tar.bin", ImageFormat::Bin));
+    EXPECT_FALSE(opened("new.tar.bin", DiscFormat::BIN));
     EXPECT_EQ(m_destination.cueName, "new.tar.cue");
 }
 
@@ -146,12 +158,10 @@ TEST_F(SourcesAndDestination, destination_isRefused_whenItIsNoPlaceForAnImage)
     m_tree.makeFifo("fifo");
     m_tree.makeSymbolicLink("dangling", "nowhere");
     for (const QByteArray path : {"folder", "folder/", "missing/disc.iso", "file/disc.iso", "fifo", "dangling"})
-        EXPECT_EQ(opened(path).kind, Kind::Destination) << path.constData();
-    EXPECT_EQ(opened(QByteArray(256, 'x')).kind, Kind::Destination);
-    EXPECT_EQ(opened("taken.bin", ImageFormat::Bin).kind, Kind::Destination);
-    EXPECT_EQ(openDestination("-", ImageFormat::Iso, &m_destination).kind, Kind::Destination);
-    EXPECT_EQ(openDestination("/dev/full", ImageFormat::Iso, &m_destination).kind, Kind::Destination);
-    EXPECT_EQ(openDestination("", ImageFormat::Iso, &m_destination).kind, Kind::None); // the parser refuses it
+        EXPECT_EQ(codeOf(opened(path)), Code::Destination) << path.constData();
+    EXPECT_EQ(codeOf(opened(QByteArray(256, 'x'))), Code::Destination);
+    EXPECT_EQ(codeOf(opened("taken.bin", DiscFormat::BIN)), Code::Destination);
+    EXPECT_EQ(codeOf(openDestination("", DiscFormat::ISO, &m_destination)), std::nullopt); // the parser refuses it
 }
 
 TEST_F(SourcesAndDestination, destination_isRefused_whenItMayNotBeWritten)
@@ -165,10 +175,10 @@ TEST_F(SourcesAndDestination, destination_isRefused_whenItMayNotBeWritten)
     m_tree.setMode("protected.iso", 0444);
     m_tree.setMode({}, 0777);
     const Testing::WithoutRootRights withoutRootRights;
-    EXPECT_EQ(opened("closed/disc.iso").kind, Kind::Destination);
-    EXPECT_EQ(opened("protected.iso").kind, Kind::Destination);
+    EXPECT_EQ(codeOf(opened("closed/disc.iso")), Code::Destination);
+    EXPECT_EQ(codeOf(opened("protected.iso")), Code::Destination);
     if (::getuid() == 0) { // a normal user's own file is not protected from that user
-        EXPECT_EQ(opened("sticky/foreign.iso").kind, Kind::Destination);
+        EXPECT_EQ(codeOf(opened("sticky/foreign.iso")), Code::Destination);
     }
 }
 
@@ -176,22 +186,22 @@ TEST_F(SourcesAndDestination, destination_conflicts_whenItLiesInASourceByAnyPath
 {
     m_tree.makeFile("source/inner/file");
     m_tree.makeSymbolicLink("alias", "source/inner");
-    EXPECT_EQ(conflictOf("source/disc.iso", "source"), Kind::Destination);
-    EXPECT_EQ(conflictOf("source/inner/disc.iso", "source"), Kind::Destination);
-    EXPECT_EQ(conflictOf("alias/disc.iso", "source"), Kind::Destination);
-    EXPECT_EQ(conflictOf("source/disc.iso", "source/inner"), Kind::None);
-    EXPECT_EQ(conflictOf("source/inner/file", "source/inner/file"), Kind::Destination);
-    EXPECT_EQ(conflictOf("disc.iso", "alias"), Kind::None);
+    EXPECT_EQ(conflictOf("source/disc.iso", "source"), Code::Destination);
+    EXPECT_EQ(conflictOf("source/inner/disc.iso", "source"), Code::Destination);
+    EXPECT_EQ(conflictOf("alias/disc.iso", "source"), Code::Destination);
+    EXPECT_EQ(conflictOf("source/disc.iso", "source/inner"), std::nullopt);
+    EXPECT_EQ(conflictOf("source/inner/file", "source/inner/file"), Code::Destination);
+    EXPECT_EQ(conflictOf("disc.iso", "alias"), std::nullopt);
 }
 
 TEST_F(SourcesAndDestination, destination_conflicts_whenTheCueSheetWouldReplaceASource)
 {
     m_tree.makeFile("disc.cue");
     EXPECT_FALSE(inspected({"disc.cue"}));
-    EXPECT_FALSE(opened("disc.bin", ImageFormat::Bin));
-    EXPECT_EQ(checkOutside(m_destination, m_sources).kind, Kind::Destination);
+    EXPECT_FALSE(opened("disc.bin", DiscFormat::BIN));
+    EXPECT_EQ(codeOf(checkOutside(m_destination, m_sources)), Code::Destination);
 }
 
 } // namespace
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,10 +1,10 @@
-#include "tools/tessaron/VantTrailer.h"
+#include "imaging/jobs/VantTrailer.h"
 
 #include "platform/discrecording/objects/DRFolder.h"
 #include "platform/discrecording/objects/DRTrack.h"
 #include <TessaronClasses/VANTHeader.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 QByteArray vantTrailerForImage(std::uint64_t imageLength)
@@ -17,4 +17,4 @@ QByteArray vantTrailerForImage(std::uint64_t imageLength)
     return VANTHeaderForDRLayout(track);
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

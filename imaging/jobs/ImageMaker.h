@@ -1,9 +1,7 @@
 #pragma once
 
-#include "platform/discrecording/objects/DRFilesystems.h"
-#include "tools/tessaron/Problem.h"
-#include "tools/tessaron/ProgressDisplay.h"
-#include "tools/tessaron/SourceGatherer.h"
+#include "imaging/jobs/SourceGatherer.h"
+#include <TessaronClasses/DiscImageJob.h>
 
 #include <QByteArray>
 #include <QString>
@@ -15,57 +13,45 @@
 
 namespace Tessaron
 {
+
 class DRFolder;
-class DRStorageReport;
 class KRFileHierarchyItem;
 class KRTrackWriter;
-} // namespace Tessaron
 
-namespace Tessaron::Tool
-{
-
-/// What an image is made from and how.
-struct ImageOrder {
-    std::vector<Source> sources;
+/// What the blocks of an image are made from, and the file that takes them.
+struct ImageMakerOrder {
+    std::vector<DiscSource> sources;
     /// True: the content of the only source, a folder, is the content of the disc. False: the sources lie side by side.
     bool rootIsOnlySource = false;
     QString volumeName;
-    DRFilesystemMask filesystems = 0;
+    DiscFilesystems filesystems;
     bool isStrict = false;
     QByteArray path; ///< an existing empty file
     int descriptor = -1; ///< the same file, for a look at its filesystem; owned by the caller
 };
 
-/// How the making of an image has ended.
-struct ImageOutcome {
-    Problem problem; ///< none when the image is whole
-    std::uint64_t bytes = 0;
-    std::uint64_t files = 0;
-    std::uint64_t folders = 0;
-    std::vector<GatheringError> gatheringErrors;
-    std::shared_ptr<const DRStorageReport> report; ///< null when it did not come so far
-};
-
-/// Makes one disc image: gathers the sources, turns them into a layout, and writes that into a file. On the main
-/// thread, on an event loop; the work is done by worker threads. Destroying it stops all work and waits for it.
+/// Makes the blocks of one disc image: gathers the sources, turns them into a layout, and writes that into a file. On
+/// the main thread, on an event loop; the work is done by worker threads. Destroying it stops all work and waits for
+/// it.
 class ImageMaker
 {
 public:
-    explicit ImageMaker(ImageOrder order);
+    explicit ImageMaker(ImageMakerOrder order);
     ~ImageMaker();
     ImageMaker(const ImageMaker &) = delete;
     ImageMaker &operator=(const ImageMaker &) = delete;
 
     /// Starts; `whenEnded` is called once, never from inside start().
     void start(std::function<void()> whenEnded);
-    /// Stops the stage that runs; the outcome then is an interruption.
-    void interrupt();
+    /// Stops the stage that runs; the outcome then is a cancellation.
+    void cancel();
 
-    [[nodiscard]] ProgressState progress() const;
+    [[nodiscard]] DiscJobProgress progress() const;
     /// Call this a few times a second: it notices early what makes going on pointless.
     void lookAhead();
 
-    [[nodiscard]] const ImageOutcome &outcome() const { return m_outcome; }
+    /// What is known of the result: error, counts, what is not in the image.
+    [[nodiscard]] const DiscImageResult &result() const { return m_result; }
 
 private:
     void sourcesGathered();
@@ -73,16 +59,16 @@ private:
     void nameSources(const DRFolder &root) const;
     void layoutMade(const std::shared_ptr<DRFolder> &folder);
     void startWriting(const std::shared_ptr<DRFolder> &folder);
-    void writingEnded(const Problem &problem);
-    [[nodiscard]] Problem checkPlan() const;
-    [[nodiscard]] Problem checkSpace(std::uint64_t imageSize) const;
-    void stop(const Problem &problem);
+    void writingEnded(const NSError &error);
+    [[nodiscard]] NSError checkPlan() const;
+    [[nodiscard]] NSError checkSpace(std::uint64_t imageSize) const;
+    void stop(const NSError &error);
     void end();
 
-    const ImageOrder m_order;
-    ImageOutcome m_outcome;
+    const ImageMakerOrder m_order;
+    DiscImageResult m_result;
     std::function<void()> m_whenEnded;
-    ProgressState::Phase m_phase = ProgressState::Phase::Scanning;
+    DiscJobPhase m_phase = DiscJobPhase::Scanning;
     std::uint64_t m_allocatedSize = 0; ///< of the sources on disk
     bool m_isPlanChecked = false;
     bool m_hasEnded = false;
@@ -93,4 +79,4 @@ private:
     std::shared_ptr<const void> m_life; ///< its end silences all callbacks; last member, so it goes first
 };
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "platform/foundation/MainThread.h"
-#include "tools/tessaron/Problem.h"
-#include "tools/tessaron/Sources.h"
+#include <TessaronClasses/DiscSources.h>
 
 #include <QByteArray>
 #include <QString>
@@ -14,18 +13,9 @@
 
 namespace Tessaron
 {
+
 class KRDirectoryScanner;
 class KRFileHierarchyItem;
-} // namespace Tessaron
-
-namespace Tessaron::Tool
-{
-
-/// A part of a source that could not be listed.
-struct GatheringError {
-    QByteArray path;
-    QString message;
-};
 
 /// What was found at one source.
 struct GatheredSource {
@@ -39,7 +29,7 @@ struct GatheredSource {
 class SourceGatherer
 {
 public:
-    explicit SourceGatherer(std::vector<Source> sources);
+    explicit SourceGatherer(std::vector<DiscSource> sources);
     ~SourceGatherer();
     SourceGatherer(const SourceGatherer &) = delete;
     SourceGatherer &operator=(const SourceGatherer &) = delete;
@@ -55,29 +45,29 @@ public:
     [[nodiscard]] std::uint64_t folders() const;
 
     /// Why a source could not be gathered at all; none when all went well or some entries could not be listed.
-    [[nodiscard]] const Problem &problem() const { return m_problem; }
-    [[nodiscard]] const std::vector<GatheringError> &errors() const { return m_errors; }
-    [[nodiscard]] const std::vector<Source> &sources() const { return m_sources; }
+    [[nodiscard]] const NSError &error() const { return m_error; }
+    [[nodiscard]] const std::vector<UnreadableSource> &unreadable() const { return m_unreadable; }
+    [[nodiscard]] const std::vector<DiscSource> &sources() const { return m_sources; }
     /// One for each source, in order, once everything has ended well. The caller may take the items out.
     [[nodiscard]] std::vector<GatheredSource> &gathered() { return m_gathered; }
 
 private:
     void continueLater();
     void gatherNext();
-    void gatherFolder(const Source &source);
-    void gatherFile(const Source &source);
+    void gatherFolder(const DiscSource &source);
+    void gatherFile(const DiscSource &source);
     void folderEnded(const std::shared_ptr<KRFileHierarchyItem> &item);
-    void fail(const Source &source, const QString &message);
+    void fail(const DiscSource &source, const QString &message);
     void end();
 
-    const std::vector<Source> m_sources;
+    const std::vector<DiscSource> m_sources;
     std::vector<GatheredSource> m_gathered;
-    std::vector<GatheringError> m_errors;
+    std::vector<UnreadableSource> m_unreadable;
     std::function<void()> m_whenEnded;
     std::shared_ptr<KRDirectoryScanner> m_scanner;
-    Problem m_problem;
+    NSError m_error;
     bool m_isCancelled = false;
     std::shared_ptr<const void> m_life; ///< its end silences what is scheduled; last member, so it goes first
 };
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,11 +1,13 @@
-#include "tools/tessaron/EmergencyRemoval.h"
+#include "imaging/EmergencyRemoval.h"
+
+#include <TessaronClasses/UnfinishedFiles.h>
 
 #include <array>
 #include <atomic>
 #include <cstring>
 #include <unistd.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -49,7 +51,7 @@ void forgetEmergencyRemoval(int number)
     file.isTaken.store(false);
 }
 
-void removeNotedFiles()
+void removeUnfinishedFiles()
 {
     for (NotedFile &file : notedFiles) {
         if (file.isNoted.load())
@@ -57,4 +59,4 @@ void removeNotedFiles()
     }
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,35 +1,48 @@
-#include "tools/tessaron/ImageMaker.h"
+#include "imaging/jobs/ImageMaker.h"
 
+#include "imaging/jobs/FreeSpace.h"
 #include "platform/discrecording/objects/DRFolder.h"
 #include "platform/discrecording/objects/DRStorageReport.h"
 #include "platform/discrecording/objects/DRTrack.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MainThread.h"
-#include "tools/tessaron/FreeSpace.h"
-#include "tools/tessaron/Text.h"
+#include "platform/foundation/MessageTexts.h"
+#include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 #include <TessaronClasses/KRTrackWriter.h>
+#include <TessaronClasses/SizeFormatting.h>
 
 #include <optional>
 #include <sys/stat.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
 {
 
-Problem writeProblem(const NSError &error)
+NSError writeError(const NSError &error)
 {
     const QString reason = error.localizedFailureReason();
-    return {Problem::Kind::Write, reason.isEmpty() ? error.localizedDescription() : reason,
-            error.localizedRecoverySuggestion(), fileSystemRepresentation(error.filePath()), error.code()};
+    return discJobError(DiscJobErrorCode::Write, reason.isEmpty() ? error.localizedDescription() : reason,
+                        error.localizedRecoverySuggestion(), fileSystemRepresentation(error.filePath()), error.code());
+}
+
+NSError noLayout()
+{
+    return discJobError(DiscJobErrorCode::Layout, QStringLiteral("the disc's layout cannot be made"));
+}
+
+QString sizeText(std::uint64_t bytes)
+{
+    const unsigned long long value = bytes;
+    return sizeFormatForUnsignedLongLong(&value);
 }
 
 } // namespace
 
-ImageMaker::ImageMaker(ImageOrder order)
+ImageMaker::ImageMaker(ImageMakerOrder order)
     : m_order(std::move(order))
     , m_life(std::make_shared<int>())
 {
@@ -47,17 +60,17 @@ void ImageMaker::start(std::function<void()> whenEnded)
     m_gatherer->start([this] { sourcesGathered(); });
 }
 
-void ImageMaker::interrupt()
+void ImageMaker::cancel()
 {
-    stop(interruption());
+    stop(discJobCancellation());
 }
 
 /// Ends the stage that runs; its end then finds the problem. The first problem stays.
-void ImageMaker::stop(const Problem &problem)
+void ImageMaker::stop(const NSError &error)
 {
-    if (m_hasEnded || m_outcome.problem)
+    if (m_hasEnded || m_result.error)
         return;
-    m_outcome.problem = problem;
+    m_result.error = error;
     if (m_writer)
         m_writer->cancelTrackWriting();
     else if (m_rootItem)
@@ -66,47 +79,45 @@ void ImageMaker::stop(const Problem &problem)
         m_gatherer->cancel();
 }
 
-ProgressState ImageMaker::progress() const
+DiscJobProgress ImageMaker::progress() const
 {
-    ProgressState state;
+    DiscJobProgress state;
     state.phase = m_phase;
     if (m_gatherer) {
         state.files = m_gatherer->files();
         state.folders = m_gatherer->folders();
     } else {
-        state.files = m_outcome.files;
-        state.folders = m_outcome.folders;
+        state.files = m_result.files;
+        state.folders = m_result.folders;
     }
     if (!m_writer)
         return state;
     const DRBurnAmounts amounts = m_writer->amounts();
-    state.bytesWritten = amounts.bytesWritten;
+    state.bytesDone = amounts.bytesWritten;
     state.bytesTotal = amounts.bytesTotal;
-    if (state.phase == ProgressState::Phase::Planning && amounts.bytesTotal > 0)
-        state.phase = ProgressState::Phase::Writing;
+    if (state.phase == DiscJobPhase::Planning && amounts.bytesTotal > 0)
+        state.phase = DiscJobPhase::Writing;
     return state;
 }
 
 void ImageMaker::sourcesGathered()
 {
-    m_outcome.files = m_gatherer->files();
-    m_outcome.folders = m_gatherer->folders();
-    m_outcome.gatheringErrors = m_gatherer->errors();
-    if (!m_outcome.problem)
-        m_outcome.problem = m_gatherer->problem();
-    if (!m_outcome.problem && m_order.isStrict && !m_outcome.gatheringErrors.empty()) {
-        const GatheringError &first = m_outcome.gatheringErrors.front();
-        m_outcome.problem = {
-            Problem::Kind::NotStored,
-            QStringLiteral("the folder %1 cannot be listed: %2").arg(quoted(first.path), first.message),
-            {},
-            first.path};
+    m_result.files = m_gatherer->files();
+    m_result.folders = m_gatherer->folders();
+    m_result.unreadable = m_gatherer->unreadable();
+    if (!m_result.error)
+        m_result.error = m_gatherer->error();
+    if (!m_result.error && m_order.isStrict && !m_result.unreadable.empty()) {
+        const UnreadableSource &first = m_result.unreadable.front();
+        m_result.error = discJobError(
+            DiscJobErrorCode::NotStored,
+            QStringLiteral("the folder %1 cannot be listed: %2").arg(quoted(first.path), first.reason), {}, first.path);
     }
-    if (m_outcome.problem) {
+    if (m_result.error) {
         end();
         return;
     }
-    m_phase = ProgressState::Phase::Planning;
+    m_phase = DiscJobPhase::Planning;
     m_rootItem = rootItem();
     m_gatherer.reset();
     m_allocatedSize = m_rootItem->contentsPhysicalSize();
@@ -117,7 +128,7 @@ void ImageMaker::sourcesGathered()
     target.KRFileHierarchyItemDRLayoutCreationFinished =
         [this](KRFileHierarchyItem &, const std::shared_ptr<DRFolder> &folder) { layoutMade(folder); };
     if (!m_rootItem->createDRLayoutAsyncNotifyProgressToTarget(target))
-        stop({Problem::Kind::Layout, QStringLiteral("the disc's layout cannot be made"), {}, {}});
+        stop(noLayout());
 }
 
 std::shared_ptr<KRFileHierarchyItem> ImageMaker::rootItem()
@@ -153,15 +164,15 @@ void ImageMaker::nameSources(const DRFolder &root) const
 
 void ImageMaker::layoutMade(const std::shared_ptr<DRFolder> &folder)
 {
-    if (m_outcome.problem)
+    if (m_result.error)
         return;
     if (!folder) {
-        stop({Problem::Kind::Layout, QStringLiteral("the disc's layout cannot be made"), {}, {}});
+        stop(noLayout());
         return;
     }
     nameSources(*folder);
     folder->setBaseName(m_order.volumeName);
-    folder->setExplicitFilesystemMask(m_order.filesystems);
+    folder->setExplicitFilesystemMask(DRFilesystemMask(m_order.filesystems.toInt()));
     startWriting(folder);
     // The layout stands for itself. Freeing a large tree takes a while, which the burn's planning uses meanwhile.
     m_rootItem.reset();
@@ -173,18 +184,16 @@ void ImageMaker::startWriting(const std::shared_ptr<DRFolder> &folder)
     delegate.context = m_life;
     delegate.KRTrackWriterWritingProgress = [this](KRTrackWriter &, float) { lookAhead(); };
     delegate.KRTrackWriterWritingDidEnd = [this](KRTrackWriter &) { writingEnded({}); };
-    delegate.KRTrackWriterDidCancel = [this](KRTrackWriter &) { writingEnded(interruption()); };
+    delegate.KRTrackWriterDidCancel = [this](KRTrackWriter &) { writingEnded(discJobCancellation()); };
     delegate.KRTrackWriterWritingDidFailWithError = [this](KRTrackWriter &, const NSError &error) {
-        writingEnded(writeProblem(error));
+        writingEnded(writeError(error));
     };
     m_writer = KRTrackWriter::trackWriterWithTrack(DRTrack::trackForRootFolder(folder),
                                                    stringWithFileSystemRepresentation(m_order.path));
     if (const NSError error = m_writer->writeTrackAndNotifyDelegate(delegate)) {
-        m_outcome.problem = {Problem::Kind::Write,
-                             QStringLiteral("the image file cannot be opened for writing"),
-                             {},
-                             m_order.path,
-                             error.code()};
+        m_result.error =
+            discJobError(DiscJobErrorCode::Write, QStringLiteral("the image file cannot be opened for writing"), {},
+                         m_order.path, error.code());
         m_writer.reset();
         end();
     }
@@ -195,25 +204,24 @@ void ImageMaker::lookAhead()
     if (m_isPlanChecked || !m_writer || m_writer->amounts().bytesTotal == 0)
         return;
     m_isPlanChecked = true;
-    Problem problem = checkPlan();
-    if (!problem)
-        problem = checkSpace(m_writer->amounts().bytesTotal);
-    if (problem)
-        stop(problem);
+    NSError error = checkPlan();
+    if (!error)
+        error = checkSpace(m_writer->amounts().bytesTotal);
+    if (error)
+        stop(error);
 }
 
-Problem ImageMaker::checkPlan() const
+NSError ImageMaker::checkPlan() const
 {
     const std::shared_ptr<const DRStorageReport> report = m_writer->storageReport();
     if (!m_order.isStrict || !report || report->lostCount() == 0)
         return {};
-    return {Problem::Kind::NotStored,
-            counted(report->lostCount(), "item cannot be stored as it is", "items cannot be stored as they are"),
-            QStringLiteral("Leave --strict out to make the image without them."),
-            {}};
+    return discJobError(
+        DiscJobErrorCode::NotStored,
+        counted(report->lostCount(), "item cannot be stored as it is", "items cannot be stored as they are"));
 }
 
-Problem ImageMaker::checkSpace(std::uint64_t imageSize) const
+NSError ImageMaker::checkSpace(std::uint64_t imageSize) const
 {
     // Holes in the sources may stay holes in the image: only what they occupy is sure to be needed.
     const std::uint64_t needed = std::min(imageSize, m_allocatedSize);
@@ -224,25 +232,25 @@ Problem ImageMaker::checkSpace(std::uint64_t imageSize) const
     const std::uint64_t taken = ::fstat(m_order.descriptor, &own) == 0 ? std::uint64_t(own.st_blocks) * 512 : 0;
     if (!free || needed <= *free + taken)
         return {};
-    return {Problem::Kind::Space,
-            QStringLiteral("the disk is too full: the image needs %1, but only %2 is free")
-                .arg(sizeText(imageSize), sizeText(*free + taken)),
-            QStringLiteral("Make room, or choose another place for the output."), m_order.path};
+    return discJobError(DiscJobErrorCode::Space,
+                        QStringLiteral("the disk is too full: the image needs %1, but only %2 is free")
+                            .arg(sizeText(imageSize), sizeText(*free + taken)),
+                        QStringLiteral("Make room, or choose another place for the output."), m_order.path);
 }
 
-void ImageMaker::writingEnded(const Problem &problem)
+void ImageMaker::writingEnded(const NSError &error)
 {
     const DRBurnAmounts amounts = m_writer->amounts();
-    m_outcome.report = m_writer->storageReport();
-    m_outcome.bytes = amounts.bytesTotal;
+    m_result.report = m_writer->storageReport();
+    m_result.bytes = amounts.bytesTotal;
     if (amounts.bytesTotal > 0) {
-        m_outcome.files = amounts.filesTotal;
-        m_outcome.folders = amounts.foldersTotal;
+        m_result.files = amounts.filesTotal;
+        m_result.folders = amounts.foldersTotal;
     }
-    if (!m_outcome.problem && !problem && !m_isPlanChecked)
-        m_outcome.problem = checkPlan(); // it was all over before anybody looked
-    if (!m_outcome.problem)
-        m_outcome.problem = problem;
+    if (!m_result.error && !error && !m_isPlanChecked)
+        m_result.error = checkPlan(); // it was all over before anybody looked
+    if (!m_result.error)
+        m_result.error = error;
     end();
 }
 
@@ -251,7 +259,7 @@ void ImageMaker::end()
     if (m_hasEnded)
         return;
     m_hasEnded = true;
-    m_phase = m_outcome.problem ? m_phase : ProgressState::Phase::Writing;
+    m_phase = m_result.error ? m_phase : DiscJobPhase::Writing;
     // Not from inside a callback of an object that this one is about to let go.
     performOnMainThread([this, life = CallbackContext(m_life)] {
         if (life.isAlive() && m_whenEnded)
@@ -259,4 +267,4 @@ void ImageMaker::end()
     });
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

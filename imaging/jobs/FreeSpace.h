@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 /// Bytes that this user may still write on the filesystem of an open file, where each byte written takes one: empty for
@@ -11,4 +11,4 @@ namespace Tessaron::Tool
 /// There only trying tells.
 [[nodiscard]] std::optional<std::uint64_t> freeSpaceForPlainWriting(int descriptor);
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

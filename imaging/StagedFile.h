@@ -9,7 +9,7 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 /// A file that is being made and has its final name only when it is whole. Until then it has no name at all where the
@@ -67,4 +67,4 @@ private:
 /// `errno` value; the files stay staged then. Several files must lie in one folder.
 [[nodiscard]] int publishTogether(const std::vector<StagedFile *> &files);
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

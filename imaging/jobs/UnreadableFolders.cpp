@@ -1,14 +1,14 @@
-#include "tools/tessaron/UnreadableFolders.h"
+#include "imaging/jobs/UnreadableFolders.h"
 
 #include "platform/coreservices/FSCatalog.h"
-#include "tools/tessaron/Text.h"
+#include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
-void appendUnreadableFolders(const KRFileHierarchyItem &root, std::vector<GatheringError> *errors)
+void appendUnreadableFolders(const KRFileHierarchyItem &root, std::vector<UnreadableSource> *unreadable)
 {
     std::vector<const KRFileHierarchyItem *> open = {&root}; // a tree may be deeper than the stack
     while (!open.empty()) {
@@ -21,8 +21,8 @@ void appendUnreadableFolders(const KRFileHierarchyItem &root, std::vector<Gather
         OSStatus status = noErr;
         const FSRef &ref = *item.fileReference()->fileRef();
         if (!FSOpenIterator(ref, &status))
-            errors->push_back({lastKnownPath(ref), reasonOfStatus(status)});
+            unreadable->push_back({lastKnownPath(ref), reasonOfStatus(status)});
     }
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,6 +1,6 @@
-#include "tools/tessaron/StagedFile.h"
+#include "imaging/StagedFile.h"
 
-#include "tools/tessaron/EmergencyRemoval.h"
+#include "imaging/EmergencyRemoval.h"
 
 #include <QRandomGenerator>
 
@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -257,4 +257,4 @@ int publishTogether(const std::vector<StagedFile *> &files)
     return Publisher(files).publish();
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,0 +1,57 @@
+#include "imaging/jobs/BackgroundTask.h"
+
+#include "platform/foundation/MainThread.h"
+#include <TessaronClasses/DiscJobErrors.h>
+
+#include <new>
+#include <system_error>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+NSError outOfMemory()
+{
+    return discJobError(DiscJobErrorCode::Layout, QStringLiteral("there is not enough memory"),
+                        QStringLiteral("Close other programs, or take fewer files at a time."), {}, memFullErr);
+}
+
+NSError resultOf(const std::function<NSError(const std::stop_token &)> &work, const std::stop_token &stop)
+{
+    try {
+        return work(stop);
+    } catch (const std::bad_alloc &) {
+        return outOfMemory();
+    }
+}
+
+} // namespace
+
+BackgroundTask::~BackgroundTask()
+{
+    m_life.reset();
+}
+
+void BackgroundTask::start(std::function<NSError(const std::stop_token &)> work,
+                           std::function<void(const NSError &)> whenEnded)
+{
+    m_life = std::make_shared<int>();
+    const CallbackContext life(m_life);
+    const auto tell = [life, whenEnded = std::move(whenEnded)](const NSError &error) {
+        performOnMainThread([life, whenEnded, error] {
+            if (life.isAlive())
+                whenEnded(error);
+        });
+    };
+    try {
+        m_thread =
+            std::jthread([work = std::move(work), tell](const std::stop_token &stop) { tell(resultOf(work, stop)); });
+    } catch (const std::system_error &) {
+        tell(discJobError(DiscJobErrorCode::Layout, QStringLiteral("the system has no thread to give"),
+                          QStringLiteral("Close other programs, and try again."), {}, memFullErr));
+    }
+}
+
+} // namespace Tessaron

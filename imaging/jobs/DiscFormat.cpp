@@ -1,0 +1,34 @@
+#include <TessaronClasses/DiscFormat.h>
+
+namespace Tessaron
+{
+
+QString nameOfDiscFormat(DiscFormat format)
+{
+    switch (format) {
+    case DiscFormat::ISO:
+        return QStringLiteral("iso");
+    case DiscFormat::BIN:
+        return QStringLiteral("bin");
+    case DiscFormat::VANT:
+        return QStringLiteral("vant");
+    }
+    return {};
+}
+
+DiscFormat discFormatForFileName(const QByteArray &name)
+{
+    const QByteArray lower = name.toLower();
+    if (lower.endsWith(".bin"))
+        return DiscFormat::BIN;
+    return lower.endsWith(".vant") ? DiscFormat::VANT : DiscFormat::ISO;
+}
+
+QByteArray cueSheetNameForImage(const QByteArray &imageName)
+{
+    const qsizetype start = imageName.lastIndexOf('/') + 1;
+    const qsizetype dot = imageName.lastIndexOf('.');
+    return (dot > start ? imageName.left(dot) : imageName) + ".cue";
+}
+
+} // namespace Tessaron

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "imaging/StagedFile.h"
+#include "imaging/jobs/ImageDestination.h"
+#include "imaging/jobs/OutputStream.h"
+#include <TessaronClasses/DiscImageJob.h>
+
+#include <memory>
+#include <stop_token>
+#include <vector>
+
+namespace Tessaron
+{
+
+/// Where an image is made until it is whole: in files without their final names in the destination's folder, or, for a
+/// stream, in the stream itself. Used by one thread at a time.
+class ImageStage
+{
+public:
+    /// Looks at the destination and makes the files. Waits for a reader of a named pipe, as opening one does.
+    [[nodiscard]] NSError open(const DiscImageOrder &order, const std::vector<DiscSource> &sources,
+                               const std::stop_token &stop);
+
+    /// The path under which the image's blocks can be written.
+    [[nodiscard]] QByteArray pathForWriting() const;
+    /// Open for writing at least; owned by this object.
+    [[nodiscard]] int descriptor() const;
+
+    [[nodiscard]] const QByteArray &imageName() const { return m_destination.name; }
+    [[nodiscard]] const QByteArray &imagePath() const { return m_destination.path; }
+    [[nodiscard]] QByteArray cueSheetPath() const;
+
+    /// The error with the staged file's path, which means nothing to people, replaced by the final one.
+    [[nodiscard]] NSError withFinalNames(const NSError &error) const;
+
+    /// Completes an image of `bytes` bytes: checks its length, adds the trailer or the cue sheet that the format asks
+    /// for, and gives everything its name. `*written` becomes the length of the file. After a stop nothing gets a name.
+    [[nodiscard]] NSError finish(const DiscImageOrder &order, std::uint64_t bytes, std::uint64_t *written,
+                                 const std::stop_token &stop);
+
+    /// Lets go of everything; files that have no name yet are gone then.
+    void close();
+
+private:
+    [[nodiscard]] NSError openStream(const DiscImageOrder &order, const std::stop_token &stop);
+    [[nodiscard]] NSError makeFiles();
+    [[nodiscard]] NSError checkLength(std::uint64_t bytes) const;
+    [[nodiscard]] NSError appendTrailer(std::uint64_t *bytes);
+    [[nodiscard]] NSError writeCueSheet() const;
+    [[nodiscard]] NSError publish();
+    [[nodiscard]] NSError finishStream();
+
+    ImageDestination m_destination;
+    std::unique_ptr<StagedFile> m_image;
+    std::unique_ptr<StagedFile> m_cueSheet;
+    UniqueDescriptor m_stream;
+};
+
+} // namespace Tessaron

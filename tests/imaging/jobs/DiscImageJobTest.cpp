@@ -1,0 +1,229 @@
+#include "platform/discrecording/objects/DRStorageReport.h"
+#include "platform/foundation/UniqueDescriptor.h"
+#include "tests/imaging/jobs/JobRun.h"
+#include "tests/support/TemporaryTree.h"
+#include <TessaronClasses/DiscImageJob.h>
+#include <TessaronClasses/DiscJobErrors.h>
+
+#include <QProcess>
+#include <QTimer>
+
+#include <algorithm>
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <set>
+#include <thread>
+#include <unistd.h>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+using ImageRun = Testing::JobRun<DiscImageJob, DiscImageResult>;
+using Names = std::set<std::string>;
+
+class DiscImageJobs : public testing::Test
+{
+protected:
+    DiscImageJobs()
+    {
+        m_tree.makeFile("source/letter.txt", "Dear reader,\n");
+        m_tree.makeFile("source/folder/deep", QByteArray(100000, 'd'));
+        m_tree.makeFolder("out");
+    }
+
+    DiscImageOrder order(const QByteArray &output = "out/disc.iso") const
+    {
+        DiscImageOrder order;
+        order.sources = {m_tree.path("source")};
+        order.output = m_tree.path(output);
+        return order;
+    }
+
+    Names outNames() const
+    {
+        Names result;
+        for (const auto &entry : std::filesystem::directory_iterator(m_tree.path("out").toStdString()))
+            result.insert(entry.path().filename().string());
+        return result;
+    }
+
+    /// What another program reads of the letter.
+    QByteArray letterIn(const QByteArray &image) const
+    {
+        QProcess isoinfo;
+        isoinfo.start(QStringLiteral("isoinfo"),
+                      {QStringLiteral("-R"), QStringLiteral("-x"), QStringLiteral("/letter.txt"), QStringLiteral("-i"),
+                       m_tree.pathText(image)});
+        EXPECT_TRUE(isoinfo.waitForFinished());
+        return isoinfo.readAllStandardOutput();
+    }
+
+    void makeBigSource() const { m_tree.makeFile("source/big", QByteArray(64 << 20, 'b')); }
+
+    const Testing::TemporaryTree m_tree;
+};
+
+TEST_F(DiscImageJobs, job_makesTheImage_andTellsPhasesInOrder)
+{
+    DiscImageJob job(order());
+    const ImageRun run(job);
+    EXPECT_EQ(run.endings, 1);
+    EXPECT_FALSE(run.result.error) << run.result.error.localizedDescription().toStdString();
+    EXPECT_TRUE(run.result.isComplete());
+    EXPECT_EQ(run.result.files, 2u);
+    EXPECT_EQ(run.result.folders, 1u);
+    EXPECT_EQ(run.result.volumeName, QStringLiteral("source"));
+    EXPECT_EQ(run.result.imagePath, m_tree.path("out/disc.iso"));
+    EXPECT_EQ(run.result.bytes, std::filesystem::file_size(m_tree.path("out/disc.iso").toStdString()));
+    EXPECT_EQ(letterIn("out/disc.iso"), "Dear reader,\n");
+    ASSERT_GE(run.phases.size(), 2u);
+    EXPECT_EQ(run.phases.front(), DiscJobPhase::Preparing);
+    EXPECT_EQ(run.phases.back(), DiscJobPhase::Done);
+    EXPECT_TRUE(std::is_sorted(run.phases.begin(), run.phases.end()));
+    EXPECT_EQ(run.told.back().percent(), 100);
+    EXPECT_EQ(run.told.back().bytesTotal, run.result.bytes);
+}
+
+TEST_F(DiscImageJobs, job_endsInAnError_andLeavesNothing_whenASourceIsMissing)
+{
+    DiscImageOrder wrong = order();
+    wrong.sources.append(m_tree.path("missing"));
+    DiscImageJob job(wrong);
+    const ImageRun run(job);
+    EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Source));
+    EXPECT_TRUE(run.result.error.localizedDescription().contains(QStringLiteral("missing")));
+    EXPECT_EQ(outNames(), Names());
+    EXPECT_NE(run.phases.back(), DiscJobPhase::Done);
+}
+
+TEST_F(DiscImageJobs, job_makesBothFiles_whenTheFormatIsBin)
+{
+    DiscImageOrder bin = order("out/disc.bin");
+    bin.format = DiscFormat::BIN;
+    DiscImageJob job(bin);
+    const ImageRun run(job);
+    EXPECT_TRUE(run.result.isComplete());
+    EXPECT_EQ(run.result.cueSheetPath, m_tree.path("out/disc.cue"));
+    EXPECT_EQ(outNames(), Names({"disc.bin", "disc.cue"}));
+}
+
+TEST_F(DiscImageJobs, cancel_leavesTheOlderImage)
+{
+    makeBigSource();
+    m_tree.makeFile("out/disc.iso", "older");
+    DiscImageJob job(order());
+    QObject::connect(&job, &DiscJob::phaseChanged, &job, [&job](DiscJobPhase phase) {
+        if (phase == DiscJobPhase::Planning || phase == DiscJobPhase::Writing)
+            job.cancel();
+    });
+    const ImageRun run(job);
+    EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Cancelled));
+    EXPECT_EQ(outNames(), Names({"disc.iso"}));
+    EXPECT_EQ(m_tree.contents("out/disc.iso"), "older");
+}
+
+TEST_F(DiscImageJobs, cancel_isHeard_whenItComesRightAfterTheStart)
+{
+    DiscImageJob job(order());
+    QTimer::singleShot(0, &job, [&job] { job.cancel(); });
+    const ImageRun run(job);
+    EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Cancelled));
+    EXPECT_EQ(outNames(), Names());
+}
+
+TEST_F(DiscImageJobs, destroying_cancels_andNothingFollows)
+{
+    makeBigSource();
+    int endings = 0;
+    QEventLoop loop;
+    auto job = std::make_unique<DiscImageJob>(order());
+    QObject::connect(job.get(), &DiscImageJob::finished, &loop, [&endings](const DiscImageResult &) { ++endings; });
+    job->start();
+    QTimer::singleShot(30, &loop, [&] {
+        job.reset();
+        loop.quit();
+    });
+    loop.exec();
+    QTimer::singleShot(50, &loop, [&loop] { loop.quit(); });
+    loop.exec();
+    EXPECT_LE(endings, 1); // 1 where the image was whole within the 30 ms
+    EXPECT_EQ(outNames(), endings == 1 ? Names({"disc.iso"}) : Names());
+}
+
+TEST_F(DiscImageJobs, pipe_takesTheImage)
+{
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    QByteArray received;
+    std::jthread reader([&] {
+        char buffer[65536];
+        for (ssize_t count = 0; (count = ::read(ends[0], buffer, sizeof buffer)) > 0;)
+            received.append(buffer, count);
+    });
+    DiscImageOrder streamed = order();
+    streamed.output.clear();
+    streamed.outputDescriptor = ends[1];
+    {
+        DiscImageJob job(streamed);
+        const ImageRun run(job);
+        EXPECT_TRUE(run.result.isComplete()) << run.result.error.localizedDescription().toStdString();
+        EXPECT_TRUE(run.result.imagePath.isEmpty());
+    }
+    ::close(ends[1]);
+    reader.join();
+    ::close(ends[0]);
+    m_tree.makeFile("received.iso", received);
+    EXPECT_EQ(letterIn("received.iso"), "Dear reader,\n");
+}
+
+TEST_F(DiscImageJobs, namedPipe_isWaitedForUntilACancel)
+{
+    m_tree.makeFifo("out/pipe");
+    DiscImageJob job(order("out/pipe"));
+    QTimer::singleShot(100, &job, [&job] { job.cancel(); });
+    const ImageRun run(job);
+    EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Cancelled));
+    EXPECT_EQ(outNames(), Names({"pipe"}));
+}
+
+TEST_F(DiscImageJobs, stream_isRefused_whenItCannotTakeAnImage)
+{
+    DiscImageOrder streamed = order();
+    streamed.output.clear();
+    const QByteArray full = m_tree.makeFile("full", "something");
+    const UniqueDescriptor file(::open(full.constData(), O_WRONLY | O_APPEND | O_CLOEXEC));
+    const UniqueDescriptor readOnly(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    for (const int descriptor : {file.get(), readOnly.get()}) {
+        streamed.outputDescriptor = descriptor;
+        DiscImageJob job(streamed);
+        const ImageRun run(job);
+        EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Destination));
+        EXPECT_TRUE(run.result.error.localizedDescription().startsWith(QStringLiteral("the output")));
+    }
+    EXPECT_EQ(m_tree.contents("full"), "something");
+    streamed.outputDescriptor = readOnly.get();
+    streamed.format = DiscFormat::BIN;
+    DiscImageJob job(streamed);
+    const ImageRun run(job);
+    EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::InvalidOrder));
+}
+
+TEST_F(DiscImageJobs, environment_isRefused_whenItsTimeMeansNothing)
+{
+    for (const char *const value : {"yesterday", " 1", "1 ", "99999999999999999999"}) {
+        qputenv("SOURCE_DATE_EPOCH", value);
+        DiscImageJob job(order());
+        const ImageRun run(job);
+        EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::InvalidOrder)) << value;
+    }
+    qunsetenv("SOURCE_DATE_EPOCH");
+    EXPECT_EQ(outNames(), Names());
+}
+
+} // namespace
+
+} // namespace Tessaron
