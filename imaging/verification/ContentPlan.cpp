@@ -1,14 +1,15 @@
 #include "imaging/verification/ContentPlan.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace Tessaron
 {
 
 bool ContentPlan::isSame(const ContentPlace &place, const VolumeObject &file) const
 {
-    return runsOf(place) == file.extents;
+    if (place.runs != none)
+        return m_runs[place.runs] == file.extents;
+    return file.extents.size() == 1 && file.extents.front() == VolumeExtent{place.offset, place.length, false};
 }
 
 void ContentPlan::add(SourceNumber source, VolumeKind kind, const VolumeObject &file)
@@ -30,28 +31,19 @@ void ContentPlan::add(SourceNumber source, VolumeKind kind, const VolumeObject &
     m_places.push_back(place);
 }
 
-void ContentPlan::prepareLookup()
+std::vector<std::uint64_t> ContentPlan::offsetsOf(SourceNumber source) const
 {
-    m_byOffset.resize(m_places.size());
-    std::iota(m_byOffset.begin(), m_byOffset.end(), 0u);
-    std::sort(m_byOffset.begin(), m_byOffset.end(),
-              [this](std::uint32_t one, std::uint32_t other) { return m_places[one].offset < m_places[other].offset; });
-}
-
-std::span<const std::uint32_t> ContentPlan::placesAt(std::uint64_t offset) const
-{
-    const auto first =
-        std::lower_bound(m_byOffset.begin(), m_byOffset.end(), offset,
-                         [this](std::uint32_t index, std::uint64_t wanted) { return m_places[index].offset < wanted; });
-    auto last = first;
-    while (last != m_byOffset.end() && m_places[*last].offset == offset)
-        ++last;
-    return {first, last};
+    std::vector<std::uint64_t> offsets;
+    for (std::uint32_t index = m_firstPlace[source]; index != none; index = m_places[index].next) {
+        const std::uint32_t runs = m_places[index].runs;
+        if (runs == none || !m_runs[runs].front().isHole)
+            offsets.push_back(m_places[index].offset);
+    }
+    return offsets;
 }
 
 const std::vector<ContentPlace> &ContentPlan::sortedPlaces()
 {
-    m_byOffset = {};
     m_firstPlace = {};
     std::sort(m_places.begin(), m_places.end(), [](const ContentPlace &one, const ContentPlace &other) {
         return one.offset != other.offset ? one.offset < other.offset : one.source < other.source;

@@ -5,7 +5,6 @@
 #include <TessaronClasses/ImageDifferences.h>
 
 #include <cstdint>
-#include <span>
 #include <vector>
 
 namespace Tessaron
@@ -33,13 +32,10 @@ public:
 
     void add(SourceNumber source, VolumeKind kind, const VolumeObject &file);
 
-    /// Sorts the places by offset, so that sourcesAt() answers for all that were added up to now.
-    void prepareLookup();
-    /// Places that begin at the offset, as indices for place().
-    [[nodiscard]] std::span<const std::uint32_t> placesAt(std::uint64_t offset) const;
-    [[nodiscard]] const ContentPlace &place(std::uint32_t index) const { return m_places[index]; }
+    /// Where the volumes added up to now have the source's contents: the offsets of their first runs.
+    [[nodiscard]] std::vector<std::uint64_t> offsetsOf(SourceNumber source) const;
 
-    /// All places in the order of the image. Ends the use of the other operations.
+    /// All places in the order of the image. Ends the use of add() and offsetsOf().
     [[nodiscard]] const std::vector<ContentPlace> &sortedPlaces();
     [[nodiscard]] std::vector<VolumeExtent> runsOf(const ContentPlace &place) const;
 
@@ -51,7 +47,6 @@ private:
     std::vector<ContentPlace> m_places;
     std::vector<std::uint32_t> m_firstPlace; ///< by source
     std::vector<std::vector<VolumeExtent>> m_runs;
-    std::vector<std::uint32_t> m_byOffset;
 };
 
 } // namespace Tessaron

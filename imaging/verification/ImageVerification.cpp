@@ -2,6 +2,7 @@
 #include "imaging/verification/VolumeComparison.h"
 #include <TessaronClasses/ImageVerification.h>
 
+#include <algorithm>
 #include <array>
 
 namespace Tessaron
@@ -37,15 +38,18 @@ void checkLengths(const VerificationRequest &request, ImageDifferenceList *diffe
 void compareVolumes(const VerificationRequest &request, SourceIndex &sources, ContentPlan &plan,
                     const std::stop_token &stop, VerificationResult *result)
 {
-    FolderPlaces rockRidgeFolders;
-    bool hasRockRidge = false;
+    RecordedSources rockRidge;
+    const auto isRockRidge = [](const FoundVolume &volume) {
+        return volume.kind == VolumeKind::RockRidge && volume.reader;
+    };
+    const bool hasRockRidge = std::any_of(request.volumes.begin(), request.volumes.end(), isRockRidge);
     for (const VolumeKind kind : comparisonOrder) {
         for (const FoundVolume &volume : request.volumes) {
             if (volume.kind != kind || !volume.reader || stop.stop_requested())
                 continue;
-            hasRockRidge = hasRockRidge || kind == VolumeKind::RockRidge;
-            VolumeComparison comparison(*volume.reader, sources, plan, result->differences, &rockRidgeFolders,
-                                        hasRockRidge);
+            const bool sharesRecords = kind == VolumeKind::RockRidge || (kind == VolumeKind::ISO9660 && hasRockRidge);
+            VolumeComparison comparison(*volume.reader, sources, plan, result->differences,
+                                        sharesRecords ? &rockRidge : nullptr);
             result->volumes.push_back(comparison.run(stop));
         }
     }

@@ -3,6 +3,7 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 
 #include <algorithm>
+#include <array>
 
 namespace Tessaron
 {
@@ -24,75 +25,95 @@ NameParts partsOf(const QString &name)
     return {name.left(dot), name.mid(dot)};
 }
 
+/// The stem before a number such as "_12"; the whole stem when it has none.
 QString withoutNumber(const QString &stem)
 {
     qsizetype end = stem.size();
-    while (end > 0 && stem[end - 1].isDigit())
+    while (end > 0 && stem[end - 1] >= u'0' && stem[end - 1] <= u'9')
         --end;
-    const bool isNumbered = end < stem.size() && end > 1 && stem[end - 1] == u'_';
+    const bool isNumbered = end < stem.size() && end > 0 && stem[end - 1] == u'_' && stem[end] != u'0';
     return isNumbered ? stem.left(end - 1) : stem;
 }
 
-/// As HFS+ counts and keeps names. What is not text is no matter here.
-QString decomposed(const QString &name)
+/// The length up to which every writer keeps names whole, in UTF-16 units. Joliet's text says 64, many writers go on to
+/// 103; UDF has 254 bytes (ECMA-167 14.4.8), one for each character while all lie below U+0100.
+qsizetype sureLength(VolumeKind kind)
 {
-    return name.normalized(QString::NormalizationForm_D, QChar::Unicode_3_2);
-}
-
-/// The longest name that needs no cutting, in UTF-16 units.
-qsizetype longestName(VolumeKind kind, const QString &name)
-{
-    if (kind == VolumeKind::Joliet)
-        return 64; // by the text; many writers go on to 103
-    if (kind == VolumeKind::HFSPlus)
+    switch (kind) {
+    case VolumeKind::Joliet:
+        return 64;
+    case VolumeKind::UDF:
+        return 127;
+    case VolumeKind::HFSPlus:
         return 255;
-    const bool isNarrow = std::all_of(name.begin(), name.end(), [](QChar unit) { return unit.unicode() < 256; });
-    return isNarrow ? 254 : 127;
+    case VolumeKind::ISO9660:
+    case VolumeKind::RockRidge:
+        break;
+    }
+    return 8;
 }
 
 bool isForbidden(VolumeKind kind, QChar unit)
 {
-    if (unit.isSurrogate() || unit.unicode() == u'\uFFFD')
+    if (unit.isSurrogate() || unit == u'\uFFFD' || unit == u'\0')
         return true;
     if (kind == VolumeKind::HFSPlus)
-        return unit == u'\0' || unit == u':' || unit == u'\uFFFF';
+        return unit == u'\uFFFF';
     if (kind == VolumeKind::UDF)
         return unit == u'\uFEFF' || unit == u'\uFFFE';
     return kind == VolumeKind::Joliet && (unit.unicode() < 32 || QStringView(u"*/:;?\\").contains(unit));
 }
 
-bool needsChange(VolumeKind kind, const QString &name)
+/// Characters that the catalog of HFS+ passes over when it compares names (TN1150): a name of nothing else would be the
+/// empty one.
+bool isIgnored(QChar unit)
 {
-    const qsizetype length = kind == VolumeKind::HFSPlus ? decomposed(name).size() : name.size();
-    return length > longestName(kind, name)
-        || std::any_of(name.begin(), name.end(), [kind](QChar unit) { return isForbidden(kind, unit); })
-        || (kind == VolumeKind::Joliet && name.endsWith(u'.'));
+    const char16_t value = unit.unicode();
+    return (value >= 0x200c && value <= 0x200f) || (value >= 0x202a && value <= 0x202e)
+        || (value >= 0x206a && value <= 0x206f) || value == 0xfeff;
 }
 
-/// Unit by unit the same, or '_' where the source has something else; `recorded` may be shorter.
-bool isMasked(const QString &recorded, const QString &source)
+QString unicodeForm(VolumeKind kind, QString name)
 {
-    if (recorded.size() > source.size())
-        return false;
-    for (qsizetype at = 0; at < recorded.size(); ++at) {
-        if (recorded[at] != source[at] && recorded[at] != u'_')
-            return false;
+    for (qsizetype at = 0; at < name.size(); ++at) {
+        const bool isPair = name[at].isHighSurrogate() && at + 1 < name.size() && name[at + 1].isLowSurrogate();
+        if (isPair)
+            ++at;
+        else if (isForbidden(kind, name[at])) // a lone surrogate stands for a byte that is not text
+            name[at] = u'_';
     }
-    return true;
+    if (kind != VolumeKind::HFSPlus)
+        return name;
+    if (std::all_of(name.begin(), name.end(), isIgnored))
+        return QStringLiteral("_");
+    // Some characters are stored as they are although they have a decomposition; here both sides go all the way.
+    return name.normalized(QString::NormalizationForm_D);
 }
 
-bool mayBeUnicodeName(VolumeKind kind, const QString &recorded, const QString &source)
+/// How far the recorded name must have come before it may have been cut: a pair of surrogates that had to go whole, for
+/// the cut of the name and that for its number, leaves some units unused.
+bool isLongEnoughForCut(VolumeKind kind, const QString &recorded)
 {
-    const NameParts recordedParts = partsOf(recorded);
-    const NameParts sourceParts = partsOf(source);
-    if (!needsChange(kind, source))
-        return withoutNumber(recordedParts.stem) == sourceParts.stem && recordedParts.stem != sourceParts.stem
-            && recordedParts.extension == sourceParts.extension;
-    if (isMasked(recorded, source) || isMasked(withoutNumber(recorded), source))
+    constexpr qsizetype slack = 4;
+    return recorded.size() >= sureLength(kind) - slack;
+}
+
+bool mayBeUnicodeForm(VolumeKind kind, const QString &recorded, const QString &source)
+{
+    if (recorded == source)
         return true;
-    return isMasked(recordedParts.extension, sourceParts.extension)
-        && (isMasked(recordedParts.stem, sourceParts.stem)
-            || isMasked(withoutNumber(recordedParts.stem), sourceParts.stem));
+    const bool mayHaveBeenCut = isLongEnoughForCut(kind, recorded);
+    const auto isStem = [&](const QString &stem, const QString &whole) {
+        return stem == whole || (mayHaveBeenCut && whole.startsWith(stem));
+    };
+    for (const NameParts &parts : {NameParts{source, {}}, partsOf(source)}) {
+        if (!recorded.endsWith(parts.extension))
+            continue;
+        const QString stem = recorded.chopped(parts.extension.size());
+        if (isStem(stem, parts.stem) || (withoutNumber(stem) != stem && isStem(withoutNumber(stem), parts.stem)))
+            return true;
+    }
+    return false;
 }
 
 bool isDCharacter(QChar unit)
@@ -100,40 +121,67 @@ bool isDCharacter(QChar unit)
     return (unit >= u'A' && unit <= u'Z') || (unit >= u'0' && unit <= u'9');
 }
 
+/// Other letters have no capitals in ISO 9660, even where those are ASCII (the dotless i).
+QChar asciiCapital(QChar unit)
+{
+    return unit >= u'a' && unit <= u'z' ? QChar(unit.unicode() - u'a' + u'A') : unit;
+}
+
+QString inCapitals(QString text)
+{
+    std::transform(text.cbegin(), text.cend(), text.begin(), asciiCapital);
+    return text;
+}
+
 /// What is left of a name when all that ISO 9660 changes is left out.
 QString bones(const QString &text)
 {
     QString result;
     for (const QChar unit : text) {
-        const QChar upper = unit.unicode() < 128 ? unit.toUpper() : unit;
+        const QChar upper = asciiCapital(unit);
         if (isDCharacter(upper))
             result += upper;
     }
     return result;
 }
 
+/// Cut to 8.3 or 31 characters, what cannot stay replaced or left out, perhaps numbered.
+bool mayBeChangedPlainName(const NameParts &recorded, const QString &source)
+{
+    const QString sourceBones = bones(source);
+    const QString extension = bones(recorded.extension);
+    const bool hasItsExtension = extension.isEmpty() || bones(partsOf(source).extension).startsWith(extension);
+    return hasItsExtension
+        && (sourceBones.startsWith(bones(recorded.stem))
+            || sourceBones.startsWith(bones(withoutNumber(recorded.stem))));
+}
+
+/// A clean name may only be numbered; in folders, which have no extension, the dot is an underscore.
+bool mayBeNumberedPlainName(const QString &recorded, const QString &upper)
+{
+    NameParts source = partsOf(upper);
+    if (source.extension == QStringLiteral("."))
+        source.extension.clear();
+    const NameParts parts = partsOf(recorded);
+    if (withoutNumber(parts.stem) == source.stem && parts.extension == source.extension)
+        return true;
+    QString folder = upper;
+    folder.replace(u'.', u'_');
+    return recorded == folder || withoutNumber(recorded) == folder;
+}
+
 bool mayBePlainName(const QString &recorded, const QString &source)
 {
-    const QString upper = source.toUpper();
-    constexpr qsizetype longestPlainName = 30; // of level 2, without the dot
-    const bool isClean = upper.size() <= longestPlainName && upper.count(u'.') <= 1 && !upper.startsWith(u'.')
-        && std::all_of(upper.begin(), upper.end(),
-                       [](QChar unit) { return isDCharacter(unit) || unit == u'_' || unit == u'.'; });
-    const NameParts recordedParts = partsOf(recorded);
+    const QString upper = inCapitals(source);
     if (recorded == upper || (upper.endsWith(u'.') && recorded == upper.chopped(1)))
         return true;
-    if (isClean && recorded.size() >= upper.size()) {
-        const NameParts sourceParts = partsOf(upper);
-        return withoutNumber(recordedParts.stem) == sourceParts.stem
-            && recordedParts.extension == sourceParts.extension;
-    }
-    // Cut to 8.3 or 31 characters, what cannot stay replaced, perhaps numbered.
-    const QString sourceBones = bones(source);
-    const QString recordedBones = bones(recordedParts.stem);
-    const QString unnumbered = bones(withoutNumber(recordedParts.stem));
-    const QString extension = bones(recordedParts.extension);
-    const bool hasItsExtension = extension.isEmpty() || bones(partsOf(source).extension).startsWith(extension);
-    return (sourceBones.startsWith(recordedBones) || sourceBones.startsWith(unnumbered)) && hasItsExtension;
+    constexpr qsizetype surelyWhole = 24; // the 30 characters of level 2, less the room for a number
+    const bool isClean = upper.size() <= surelyWhole && upper.count(u'.') <= 1 && !upper.startsWith(u'.')
+        && std::all_of(upper.begin(), upper.end(),
+                       [](QChar unit) { return isDCharacter(unit) || unit == u'_' || unit == u'.'; });
+    if (isClean && recorded.size() >= upper.size())
+        return mayBeNumberedPlainName(recorded, upper);
+    return mayBeChangedPlainName(partsOf(recorded), source);
 }
 
 } // namespace
@@ -143,77 +191,55 @@ bool keepsEveryName(VolumeKind kind)
     return kind == VolumeKind::RockRidge;
 }
 
-bool mustChangeName(VolumeKind kind, std::string_view source)
+QString formOfName(VolumeKind kind, std::string_view name)
 {
-    if (keepsEveryName(kind))
-        return false;
-    if (kind == VolumeKind::ISO9660)
+    const QString text = stringWithFileSystemRepresentation(QByteArrayView(name.data(), qsizetype(name.size())));
+    if (kind == VolumeKind::RockRidge)
+        return text;
+    if (kind != VolumeKind::ISO9660)
+        return unicodeForm(kind, text);
+    return bones(text);
+}
+
+bool mayBeCut(VolumeKind kind, const QString &form)
+{
+    constexpr qsizetype longestNumber = 20; // a name may be cut for the number alone
+    return form.size() + longestNumber > sureLength(kind);
+}
+
+QString sureBeginning(VolumeKind kind, const QString &form)
+{
+    constexpr qsizetype extensionAndNumber = 40; // at the end of a cut name
+    return form.left(kind == VolumeKind::ISO9660 ? 3 : sureLength(kind) - extensionAndNumber);
+}
+
+std::vector<QString> formsWithoutNumber(const QString &form)
+{
+    std::vector<QString> forms;
+    if (QString whole = withoutNumber(form); whole != form)
+        forms.push_back(std::move(whole));
+    const NameParts parts = partsOf(form);
+    const QString stem = withoutNumber(parts.stem);
+    if (!parts.extension.isEmpty() && stem != parts.stem)
+        forms.push_back(stem + parts.extension);
+    return forms;
+}
+
+ComparableName::ComparableName(VolumeKind kind, std::string_view name)
+    : text(stringWithFileSystemRepresentation(QByteArrayView(name.data(), qsizetype(name.size()))))
+    , form(formOfName(kind, name))
+{
+}
+
+bool mayBeNameOf(VolumeKind kind, const ComparableName &recorded, const ComparableName &source)
+{
+    if (recorded.text == source.text)
         return true;
-    constexpr std::size_t surelyShort = 64;
-    const bool isPlain =
-        source.size() <= surelyShort && std::all_of(source.begin(), source.end(), [](char byte) {
-            return byte >= '0' && byte <= 'z' && byte != ':' && byte != ';' && byte != '?' && byte != '\\';
-        });
-    return !isPlain
-        && needsChange(kind,
-                       stringWithFileSystemRepresentation(QByteArrayView(source.data(), qsizetype(source.size()))));
-}
-
-QByteArray comparableName(VolumeKind kind, const QByteArray &name)
-{
-    const bool isAscii = std::all_of(name.begin(), name.end(), [](char byte) { return byte >= 0; });
-    if (kind != VolumeKind::HFSPlus || isAscii)
-        return name;
-    const QString text = stringWithFileSystemRepresentation(name);
-    return holdsUndecodableBytes(text) ? name : fileSystemRepresentation(text.normalized(QString::NormalizationForm_C));
-}
-
-QByteArray nameKey(VolumeKind kind, std::string_view source)
-{
-    QString name = stringWithFileSystemRepresentation(QByteArrayView(source.data(), qsizetype(source.size())));
-    if (kind == VolumeKind::ISO9660) {
-        const NameParts parts = partsOf(name);
-        return (bones(parts.stem) + u'.' + bones(parts.extension)).toLatin1();
-    }
-    if (kind == VolumeKind::HFSPlus && !holdsUndecodableBytes(name))
-        name = name.normalized(QString::NormalizationForm_C);
-    for (qsizetype at = 0; at < name.size(); ++at) {
-        const bool isPair = name[at].isHighSurrogate() && at + 1 < name.size() && name[at + 1].isLowSurrogate();
-        if (isPair)
-            ++at;
-        else if (isForbidden(kind, name[at])) // a lone surrogate stands for a byte that is no text
-            name[at] = u'_';
-    }
-    const qsizetype longest = kind == VolumeKind::Joliet ? 103 : longestName(kind, name);
-    const auto cut = [longest](const QString &text) {
-        const NameParts parts = partsOf(text);
-        return QString(parts.stem.left(std::max<qsizetype>(longest - parts.extension.size(), 0)) + parts.extension);
-    };
-    if (kind == VolumeKind::HFSPlus && decomposed(name).size() > longest)
-        name = cut(decomposed(name)).normalized(QString::NormalizationForm_C);
-    else if (name.size() > longest)
-        name = cut(name);
-    return fileSystemRepresentation(name);
-}
-
-QByteArray nameWithoutNumber(const QByteArray &recorded)
-{
-    const NameParts parts = partsOf(stringWithFileSystemRepresentation(recorded));
-    return fileSystemRepresentation(withoutNumber(parts.stem) + parts.extension);
-}
-
-bool mayBeNameOf(VolumeKind kind, const QByteArray &recorded, std::string_view source)
-{
     if (keepsEveryName(kind))
         return false;
-    const QString recordedText = stringWithFileSystemRepresentation(recorded);
-    const QString sourceText =
-        stringWithFileSystemRepresentation(QByteArrayView(source.data(), qsizetype(source.size())));
     if (kind == VolumeKind::ISO9660)
-        return mayBePlainName(recordedText, sourceText);
-    if (kind == VolumeKind::HFSPlus && !holdsUndecodableBytes(sourceText))
-        return mayBeUnicodeName(kind, recordedText, sourceText.normalized(QString::NormalizationForm_C));
-    return mayBeUnicodeName(kind, recordedText, sourceText);
+        return mayBePlainName(recorded.text, source.text);
+    return mayBeUnicodeForm(kind, recorded.form, source.form);
 }
 
 } // namespace Tessaron

@@ -6,30 +6,42 @@
 #include <QString>
 
 #include <string_view>
+#include <vector>
 
 namespace Tessaron
 {
 
+/// What filesystems do to names. A name can be held against another when both have their form: names that a filesystem
+/// has to take for the same have the same one.
+
 /// True when a filesystem of this kind keeps names as they are, whatever their bytes.
 [[nodiscard]] bool keepsEveryName(VolumeKind kind);
 
-/// True when the filesystem cannot hold the source's name as it is, whatever its neighbours are called.
-[[nodiscard]] bool mustChangeName(VolumeKind kind, std::string_view source);
+/// The source's name as the filesystem would record it had it room for any length: what it does not hold replaced by
+/// '_', for HFS+ decomposed. The form of a recorded name is that name. For plain ISO 9660, whose writers agree on
+/// little, only the letters and digits that they all keep, in capitals.
+[[nodiscard]] QString formOfName(VolumeKind kind, std::string_view name);
 
-/// The name in the form in which two names of the filesystem are compared: composed characters for HFS+, as it is for
-/// the others.
-[[nodiscard]] QByteArray comparableName(VolumeKind kind, const QByteArray &name);
+/// True when a name of this form is too long for some writers of the filesystem, so that they cut it.
+[[nodiscard]] bool mayBeCut(VolumeKind kind, const QString &form);
 
-/// What the filesystem makes of a source's name when it only replaces and cuts, in a form that is the same for the
-/// recorded name: a key to look names up by. Not every name that mayBeNameOf() accepts has its source's key.
-[[nodiscard]] QByteArray nameKey(VolumeKind kind, std::string_view source);
+/// The beginning of a long name that no writer cuts away, numbers included.
+[[nodiscard]] QString sureBeginning(VolumeKind kind, const QString &form);
 
-/// The recorded name without the number that told it from another of the same name; itself when it has none.
-[[nodiscard]] QByteArray nameWithoutNumber(const QByteArray &recorded);
+/// The forms without a number that may have told the name from another of the same form: "a_1.b" gives "a.b".
+[[nodiscard]] std::vector<QString> formsWithoutNumber(const QString &form);
 
-/// True when the filesystem may have had to give the source's name this form: forbidden characters replaced by '_', cut
-/// to the length that it allows, numbered beside another of the same name, for plain ISO 9660 also written in capitals.
-/// A name that needs no change may only be numbered.
-[[nodiscard]] bool mayBeNameOf(VolumeKind kind, const QByteArray &recorded, std::string_view source);
+/// A source's name, prepared to be held against many others.
+struct ComparableName {
+    ComparableName(VolumeKind kind, std::string_view name);
+
+    QString text;
+    QString form;
+};
+
+/// True when the filesystem may have had to give the source's name the recorded form: forbidden characters replaced by
+/// '_', cut to the length that it allows, numbered beside another of the same name, for plain ISO 9660 also written in
+/// capitals. A name that needs no change may only be numbered.
+[[nodiscard]] bool mayBeNameOf(VolumeKind kind, const ComparableName &recorded, const ComparableName &source);
 
 } // namespace Tessaron

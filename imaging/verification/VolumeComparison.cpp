@@ -1,6 +1,6 @@
 #include "imaging/verification/VolumeComparison.h"
 
-#include "imaging/verification/NameRules.h"
+#include "imaging/verification/LinkTargets.h"
 #include "platform/discimage/volume/VolumeWalk.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 
@@ -21,10 +21,6 @@ std::optional<std::int64_t> latestTimeFromEnvironment()
     const qint64 seconds = qgetenv("SOURCE_DATE_EPOCH").toLongLong(&isNumber);
     return isNumber ? std::optional<std::int64_t>(seconds) : std::nullopt;
 }
-
-/// How often names of a folder are held against each other by rules: an image of something else altogether must not
-/// take hours to refuse.
-constexpr std::size_t maximumTries = 2'000'000;
 
 QString kindText(VolumeObjectKind kind)
 {
@@ -60,33 +56,28 @@ bool isWithin(std::int64_t seconds, int firstYear, int lastYear)
         && seconds < (QDate(lastYear + 1, 1, 1).toJulianDay() - epoch) * secondsPerDay;
 }
 
-/// Several slashes in a row are one; one at the end, also as "/.", is none: discs record components.
-QByteArray plainTarget(const QByteArray &target)
-{
-    QByteArray result;
-    for (const char byte : target) {
-        if (byte != '/' || !result.endsWith('/'))
-            result += byte;
-    }
-    if (result.endsWith("/."))
-        result.chop(1);
-    if (result.size() > 1 && result.endsWith('/'))
-        result.chop(1);
-    return result;
-}
-
 } // namespace
 
+void RecordedSources::sort()
+{
+    std::sort(m_records.begin(), m_records.end());
+}
+
+SourceNumber RecordedSources::sourceAt(std::uint64_t recordOffset) const
+{
+    const auto found = std::lower_bound(m_records.begin(), m_records.end(), std::pair(recordOffset, SourceNumber(0)));
+    return found != m_records.end() && found->first == recordOffset ? found->second : noSource;
+}
+
 VolumeComparison::VolumeComparison(const VolumeReader &reader, SourceIndex &sources, ContentPlan &contents,
-                                   ImageDifferenceList &differences, FolderPlaces *rockRidgeFolders, bool hasRockRidge)
+                                   ImageDifferenceList &differences, RecordedSources *rockRidge)
     : m_reader(reader)
     , m_kind(reader.facts().kind)
     , m_bit(setOf(m_kind))
     , m_sources(sources)
     , m_contents(contents)
     , m_differences(differences)
-    , m_rockRidgeFolders(rockRidgeFolders)
-    , m_hasRockRidge(hasRockRidge)
+    , m_rockRidge(rockRidge)
     , m_latestTime(latestTimeFromEnvironment())
 {
 }
@@ -94,45 +85,41 @@ VolumeComparison::VolumeComparison(const VolumeReader &reader, SourceIndex &sour
 VolumeVerification VolumeComparison::run(const std::stop_token &stop)
 {
     m_result.kind = m_kind;
-    m_contents.prepareLookup();
+    m_stop = stop;
     VolumeWalker walker;
     walker.enterFolder = [this](const QByteArray &path, const VolumeObject &folder) { return enter(path, folder); };
     walker.leaveFolder = [this](const QByteArray &) { leave(); };
-    walker.object = [&](const QByteArray &, const VolumeObject &object) {
+    walker.object = [this](const QByteArray &, const VolumeObject &object) {
         take(object);
-        return !stop.stop_requested();
+        return !m_stop.stop_requested();
     };
-    walker.failed = [&](const QByteArray &path, const NSError &error) {
+    walker.failed = [this](const QByteArray &path, const NSError &error) {
         m_levels.back().isWhole = false;
         m_differences.addDamage(m_bit, '/' + path, error);
-        return !stop.stop_requested();
+        return !m_stop.stop_requested();
     };
     walkVolume(m_reader, walker);
+    if (m_rockRidge != nullptr && m_kind == VolumeKind::RockRidge)
+        m_rockRidge->sort();
     return m_result;
 }
 
 bool VolumeComparison::enter(const QByteArray &path, const VolumeObject &folder)
 {
-    takePending(); // the folder around this one is listed now
-    const SourceNumber source = path.isEmpty() ? 0 : m_entered.value(folder.location, noSource);
-    m_entered.remove(folder.location);
-    if (source == noSource)
+    if (!m_levels.empty())
+        settle(m_levels.back()); // the folder around this one is listed now
+    const SourceNumber source = path.isEmpty() ? 0 : m_foldersToEnter.value(folder.location, noSource);
+    m_foldersToEnter.remove(folder.location);
+    if (source == noSource || m_stop.stop_requested())
         return false;
-    Level level{source, true, {}};
-    const SourceObject &facts = m_sources[source];
-    for (SourceNumber child = facts.firstChild; child < facts.firstChild + facts.childCount; ++child) {
-        // In plain ISO 9660 hardly a name stays as it is; there names are looked up by key anyway.
-        if (m_kind != VolumeKind::ISO9660 && mustChangeName(m_kind, m_sources.name(child)))
-            level.changedNames.insert(nameKey(m_kind, m_sources.name(child)));
-    }
-    m_levels.push_back(std::move(level));
+    m_levels.push_back({source, FolderMatcher(m_reader, m_sources, m_contents, source, m_rockRidge != nullptr), true});
     return true;
 }
 
 void VolumeComparison::leave()
 {
-    takePending();
-    if (m_levels.back().isWhole)
+    settle(m_levels.back());
+    if (m_levels.back().isWhole && !m_stop.stop_requested())
         reportMissing(m_levels.back().folder);
     m_levels.pop_back();
 }
@@ -140,61 +127,54 @@ void VolumeComparison::leave()
 void VolumeComparison::take(const VolumeObject &object)
 {
     ++(object.kind == VolumeObjectKind::Folder ? m_result.folders : m_result.files);
-    // The place tells more than the name where names had to change: several may come near to one.
-    SourceNumber source = keepsEveryName(m_kind) ? noSource : sourceAtPlace(object);
-    if (source == noSource && !isAmbiguous(object))
-        source = sourceWithName(object);
-    if (source != noSource && isSeen(source))
-        source = noSource;
+    FolderMatcher &matcher = m_levels.back().matcher;
+    SourceNumber source = sourceOfRecord(object);
     if (source == noSource)
-        m_pending.push_back(object);
+        source = matcher.sourceByName(object);
+    if (source == noSource || isSeen(source))
+        matcher.keep(object);
     else
         compare(object, source);
 }
 
-void VolumeComparison::takePending()
+/// The source that Rock Ridge names in the same record, if the plain name may be made of it.
+SourceNumber VolumeComparison::sourceOfRecord(const VolumeObject &object) const
 {
-    if (m_pending.empty())
-        return;
-    const std::vector<VolumeObject> pending = std::move(m_pending);
-    m_pending.clear();
-    std::vector<SourceNumber> candidates;
-    const SourceObject &folder = m_sources[m_levels.back().folder];
-    for (SourceNumber child = folder.firstChild; child < folder.firstChild + folder.childCount; ++child) {
-        if (!isSeen(child))
-            candidates.push_back(child);
+    if (m_kind != VolumeKind::ISO9660 || m_rockRidge == nullptr)
+        return noSource;
+    const SourceNumber source = m_rockRidge->sourceAt(object.recordOffset);
+    if (source == noSource || m_sources[source].parent != m_levels.back().folder)
+        return noSource;
+    const ComparableName recorded(m_kind, std::string_view(object.name.data(), std::size_t(object.name.size())));
+    return mayBeNameOf(m_kind, recorded, ComparableName(m_kind, m_sources.name(source))) ? source : noSource;
+}
+
+void VolumeComparison::settle(Level &level)
+{
+    for (const MatchedObject &matched : level.matcher.matchKept(m_stop)) {
+        if (m_stop.stop_requested())
+            return;
+        if (matched.source != noSource)
+            compare(matched.object, matched.source);
+        else if (!belongsToRelocation(matched.object))
+            reportExtra(matched.object);
     }
-    NameKeys keys;
-    for (const SourceNumber source : candidates)
-        keys.insert(nameKey(m_kind, m_sources.name(source)), source);
-    std::vector<const VolumeObject *> unknown;
-    for (const VolumeObject &object : pending) {
-        const SourceNumber source = sourceByKey(object, keys);
-        if (source != noSource)
-            compare(object, source);
-        else
-            unknown.push_back(&object);
-    }
-    if (unknown.empty())
-        return;
-    std::erase_if(candidates, [this](SourceNumber source) { return isSeen(source); });
-    m_triesLeft = maximumTries;
-    std::size_t next = 0;
-    std::vector<const VolumeObject *> strangers;
-    for (const VolumeObject *const object : unknown) {
-        const SourceNumber source = sourceByRules(*object, candidates, &next);
-        if (source != noSource)
-            compare(*object, source);
-        else if (!belongsToRelocation(*object))
-            strangers.push_back(object);
-    }
-    for (const VolumeObject *const object : strangers) {
-        const SourceNumber source = sourceByNameAlone(*object, candidates);
-        if (source != noSource)
-            compare(*object, source);
-        else
-            reportExtra(*object);
-    }
+}
+
+/// The folder in which writers gather what lies deeper than ISO 9660 allows; Rock Ridge shows its content elsewhere.
+bool VolumeComparison::belongsToRelocation(const VolumeObject &folder) const
+{
+    if (m_levels.size() != 1 || folder.kind != VolumeObjectKind::Folder || m_rockRidge == nullptr)
+        return false;
+    const QByteArray name = folder.name.toLower();
+    if (name != "rr_moved" && name != ".rr_moved")
+        return false;
+    bool isEmpty = true;
+    const NSError error = m_reader.listFolder(folder, [&](const VolumeObject &) {
+        isEmpty = false;
+        return false;
+    });
+    return m_kind == VolumeKind::ISO9660 || (m_kind == VolumeKind::RockRidge && isEmpty && !error);
 }
 
 void VolumeComparison::reportExtra(const VolumeObject &object)
@@ -214,7 +194,7 @@ void VolumeComparison::compare(const VolumeObject &object, SourceNumber source)
     const auto differHere = [&](ImageDifference::Kind kind, const QString &message) {
         differ(kind, m_sources.discPath(source), object.recordOffset, message);
     };
-    if (!fitsKind(object, facts)) {
+    if (!mayStandFor(m_kind, m_rockRidge != nullptr, object, facts)) {
         differHere(ImageDifference::Kind::Type,
                    QStringLiteral("%1 instead of %2").arg(kindText(object.kind), kindText(facts.kind)));
         return;
@@ -227,11 +207,10 @@ void VolumeComparison::compare(const VolumeObject &object, SourceNumber source)
     compareTime(object, source);
     if (object.kind == VolumeObjectKind::SymbolicLink)
         compareLink(object, source);
-    if (object.kind != VolumeObjectKind::Folder)
-        return;
-    m_entered.insert(object.location, source);
-    if (m_kind == VolumeKind::RockRidge && m_rockRidgeFolders != nullptr)
-        m_rockRidgeFolders->insert(object.location, source);
+    if (object.kind == VolumeObjectKind::Folder)
+        m_foldersToEnter.insert(object.location, source);
+    if (m_kind == VolumeKind::RockRidge && m_rockRidge != nullptr)
+        m_rockRidge->add(object.recordOffset, source);
 }
 
 void VolumeComparison::compareTime(const VolumeObject &object, SourceNumber source)
@@ -258,13 +237,9 @@ void VolumeComparison::compareTime(const VolumeObject &object, SourceNumber sour
 
 void VolumeComparison::compareLink(const VolumeObject &object, SourceNumber source)
 {
-    const QByteArray target = plainTarget(m_sources.linkTarget(source));
-    const QByteArray recorded = plainTarget(object.linkTarget);
-    // UDF records characters, not bytes.
-    const bool isSame = recorded == target
-        || (m_kind == VolumeKind::UDF && holdsUndecodableBytes(stringWithFileSystemRepresentation(target))
-            && stringWithFileSystemRepresentation(recorded).size()
-                == stringWithFileSystemRepresentation(target).size());
+    const QByteArray target = m_sources.linkTarget(source);
+    const QByteArray &recorded = object.linkTarget;
+    const bool isSame = mayBeLinkTargetOf(m_kind, recorded, target);
     if (!isSame)
         differ(ImageDifference::Kind::LinkTarget, m_sources.discPath(source), object.recordOffset,
                QStringLiteral("leads to %1 instead of %2").arg(quoted(recorded), quoted(target)));
@@ -275,12 +250,9 @@ bool VolumeComparison::mayBeLeftOut(SourceNumber source) const
     const VolumeObjectKind kind = m_sources[source].kind;
     if (kind == VolumeObjectKind::File || kind == VolumeObjectKind::Folder)
         return false;
-    if (m_kind == VolumeKind::Joliet || (m_kind == VolumeKind::ISO9660 && !m_hasRockRidge))
+    if (m_kind == VolumeKind::Joliet || (m_kind == VolumeKind::ISO9660 && m_rockRidge == nullptr))
         return true;
-    // In UDF a target must fit into one block, at up to two bytes a character.
-    constexpr qsizetype longestSureTarget = 900;
-    return m_kind == VolumeKind::UDF && kind == VolumeObjectKind::SymbolicLink
-        && m_sources.linkTarget(source).size() > longestSureTarget;
+    return kind == VolumeObjectKind::SymbolicLink && !surelyHasRoom(m_kind, m_sources.linkTarget(source));
 }
 
 void VolumeComparison::reportMissing(SourceNumber folder)

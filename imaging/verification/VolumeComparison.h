@@ -1,67 +1,67 @@
 #pragma once
 
 #include "imaging/verification/ContentPlan.h"
+#include "imaging/verification/FolderMatcher.h"
 #include "imaging/verification/SourceIndex.h"
 #include "platform/discimage/volume/VolumeReader.h"
 #include <TessaronClasses/ImageDifferences.h>
+#include <TessaronClasses/ImageVerification.h>
 
 #include <QHash>
-#include <QSet>
 
 #include <cstdint>
 #include <optional>
 #include <stop_token>
+#include <utility>
 #include <vector>
 
 namespace Tessaron
 {
 
-/// What volumes that describe one another's objects share while they are compared: the folders of ISO 9660 and Rock
-/// Ridge are the same bytes, so that the names of the one say whose folders those of the other are.
-using FolderPlaces = QHash<quint64, SourceNumber>;
+/// The directory records of a view with Rock Ridge, by their offsets in the image, and the sources that they describe.
+/// The view without Rock Ridge has the same records: what one of them describes need not be found out again. 16 bytes
+/// an object.
+class RecordedSources
+{
+public:
+    void add(std::uint64_t recordOffset, SourceNumber source) { m_records.emplace_back(recordOffset, source); }
+    /// To be called between the last add() and the first sourceAt().
+    void sort();
+    [[nodiscard]] SourceNumber sourceAt(std::uint64_t recordOffset) const;
 
-/// Walks one volume beside the sources and compares names, kinds, sizes, times and link targets. Where
-/// contents lie goes into the plan.
+private:
+    std::vector<std::pair<std::uint64_t, SourceNumber>> m_records;
+};
+
+/// Walks one volume beside the sources and compares names, kinds, sizes, times and link targets. Where contents lie
+/// goes into the plan.
 class VolumeComparison
 {
 public:
-    /// `rockRidgeFolders`: filled by the view with Rock Ridge, used by the one without; may be null.
-    /// `hasRockRidge`: links and special files are there in plain ISO 9660, as empty files.
+    /// `rockRidge`: filled by the view with Rock Ridge, used by the one without; null for the other filesystems, and
+    /// for a plain view without Rock Ridge.
     VolumeComparison(const VolumeReader &reader, SourceIndex &sources, ContentPlan &contents,
-                     ImageDifferenceList &differences, FolderPlaces *rockRidgeFolders, bool hasRockRidge);
+                     ImageDifferenceList &differences, RecordedSources *rockRidge);
 
     [[nodiscard]] VolumeVerification run(const std::stop_token &stop);
 
 private:
-    using NameKeys = QMultiHash<QByteArray, SourceNumber>;
-
     struct Level {
         SourceNumber folder = noSource;
+        FolderMatcher matcher;
         bool isWhole = true; ///< its listing did not fail
-        QSet<QByteArray> changedNames; ///< keys of the children whose names the filesystem cannot hold
     };
 
     [[nodiscard]] bool enter(const QByteArray &path, const VolumeObject &folder);
     void leave();
     void take(const VolumeObject &object);
-    void takePending();
-    void reportExtra(const VolumeObject &object);
-    [[nodiscard]] SourceNumber sourceWithName(const VolumeObject &object) const;
-    [[nodiscard]] SourceNumber sourceAtPlace(const VolumeObject &object) const;
-    [[nodiscard]] bool isAmbiguous(const VolumeObject &object) const;
-    [[nodiscard]] SourceNumber sourceByKey(const VolumeObject &object, NameKeys &keys) const;
-    [[nodiscard]] SourceNumber sourceByRules(const VolumeObject &object, std::vector<SourceNumber> &candidates,
-                                             std::size_t *next);
-    [[nodiscard]] SourceNumber likeliest(const VolumeObject &object, const std::vector<SourceNumber> &sources) const;
-    [[nodiscard]] std::uint64_t likeness(const VolumeObject &object, SourceNumber source) const;
+    [[nodiscard]] SourceNumber sourceOfRecord(const VolumeObject &object) const;
+    void settle(Level &level);
     [[nodiscard]] bool belongsToRelocation(const VolumeObject &folder) const;
-    [[nodiscard]] SourceNumber sourceByNameAlone(const VolumeObject &object, std::vector<SourceNumber> &candidates);
-    [[nodiscard]] bool hasNameOf(const VolumeObject &object, SourceNumber source) const;
-    [[nodiscard]] bool mayBe(const VolumeObject &object, SourceNumber source) const;
-    [[nodiscard]] bool fitsKind(const VolumeObject &object, const SourceObject &source) const;
     void compare(const VolumeObject &object, SourceNumber source);
     void compareTime(const VolumeObject &object, SourceNumber source);
     void compareLink(const VolumeObject &object, SourceNumber source);
+    void reportExtra(const VolumeObject &object);
     void reportMissing(SourceNumber folder);
     [[nodiscard]] bool mayBeLeftOut(SourceNumber source) const;
     void differ(ImageDifference::Kind kind, const QByteArray &path, std::uint64_t offset, const QString &message);
@@ -73,14 +73,12 @@ private:
     SourceIndex &m_sources;
     ContentPlan &m_contents;
     ImageDifferenceList &m_differences;
-    FolderPlaces *const m_rockRidgeFolders;
-    const bool m_hasRockRidge;
+    RecordedSources *const m_rockRidge;
     const std::optional<std::int64_t> m_latestTime; ///< of SOURCE_DATE_EPOCH
+    std::stop_token m_stop;
     VolumeVerification m_result;
     std::vector<Level> m_levels;
-    std::vector<VolumeObject> m_pending; ///< objects of the folder whose names are not those of a source
-    std::size_t m_triesLeft = 0; ///< for the pending objects of one folder
-    FolderPlaces m_entered; ///< folders that are still to be entered, by their mark
+    QHash<quint64, SourceNumber> m_foldersToEnter; ///< by the reader's mark
 };
 
 } // namespace Tessaron

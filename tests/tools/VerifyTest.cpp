@@ -320,6 +320,74 @@ TEST_F(Verify, namesThatHaveToChange_areKnownAgain)
     (void)verified(0);
 }
 
+TEST_F(Verify, foldersWithADot_areKnownByTheirPlainNames)
+{
+    m_tree.makeFile("source/conf.d/a", "a");
+    m_tree.makeFile("source/conf_d/b", "b");
+    m_tree.makeFile("source/name./c", "c");
+    makeImage();
+    (void)verified(0);
+}
+
+TEST_F(Verify, deepFolders_areNoLoop)
+{
+    // Made step by step: the whole path is longer than the system takes at once.
+    const int levels = 1200;
+    const QByteArray name = "folder";
+    int folder = ::open(m_tree.path("source").constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    for (int level = 0; level < levels; ++level) {
+        ASSERT_EQ(::mkdirat(folder, name.constData(), 0755), 0);
+        const int next = ::openat(folder, name.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        ::close(folder);
+        folder = next;
+    }
+    ::close(folder);
+    makeImage();
+    EXPECT_EQ(verified(0)[QStringLiteral("folders")].toInteger(), levels);
+    EXPECT_EQ(runTessaron({"inspect", image()}).exitStatus, 0);
+}
+
+TEST_F(Verify, oddLinkTargets_areComparedAsEachFilesystemRecordsThem)
+{
+    m_tree.makeSymbolicLink("source/long", QByteArray(255, 'l') + "/" + QByteArray(255, 'm') + ".txt");
+    m_tree.makeSymbolicLink("source/mark",
+                            "a/\xEF\xBB\xBF"
+                            "b");
+    m_tree.makeSymbolicLink("source/bytes", "e\xCC\x81\xFF");
+    m_tree.makeSymbolicLink("source/many", QByteArray("a/").repeated(400));
+    m_tree.makeFile("source/e\xCC\x81\xFF", "decomposed, with a byte that is not text");
+    makeImage();
+    (void)verified(0);
+}
+
+TEST_F(Verify, linkTargetOfOtherLength_isADifference_whateverItsBytes)
+{
+    m_tree.makeSymbolicLink("source/link", "a\xFF");
+    makeImage({"--filesystems", "udf"});
+    keepTimes(m_tree.path("source"), [this] {
+        m_tree.remove("source/link");
+        m_tree.makeSymbolicLink("source/link", "b\xFF");
+    });
+    EXPECT_TRUE(differencesIn(verified(1)).contains("link-target /link"));
+}
+
+TEST_F(Verify, unrelatedNames_areToldQuickly)
+{
+    const int count = 4000;
+    for (int number = 0; number < count; ++number)
+        m_tree.makeFile("source/image?" + QByteArray::number(number), "i");
+    makeImage();
+    for (int number = 0; number < count; ++number) {
+        const QByteArray name = QByteArray::number(number);
+        ASSERT_EQ(::rename(m_tree.path("source/image?" + name).constData(),
+                           m_tree.path("source/name?of?another" + name).constData()),
+                  0);
+    }
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_GE(verified(1)[QStringLiteral("differenceCount")].toInteger(), count * 5 * 2);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10)); // it takes a fraction of one
+}
+
 TEST_F(Verify, unreadableSource_isAFailure)
 {
     makeOrdinaryTree();

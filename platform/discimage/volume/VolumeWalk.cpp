@@ -12,8 +12,8 @@ namespace Tessaron
 namespace
 {
 
-/// Deeper folders exist in no sound image: 255 bytes of name each would make a path of 255 kB.
-constexpr std::size_t maximumDepth = 1000;
+/// Longer paths exist in no sound image: folders nested sixty thousand deep under the longest of names.
+constexpr qsizetype longestPath = qsizetype(16) << 20;
 
 class Walk
 {
@@ -87,8 +87,8 @@ private:
         if (m_visited.contains(folder.location))
             return loop(QStringLiteral("The folder leads to one that is listed elsewhere"));
         m_visited.insert(folder.location);
-        if (m_levels.size() > maximumDepth)
-            return loop(QStringLiteral("The folders are nested more than %1 deep").arg(maximumDepth));
+        if (m_path.size() > longestPath)
+            return loop(QStringLiteral("The path of the folder is longer than %1 bytes").arg(longestPath));
         const std::uint64_t room = m_reader.source().length() - m_listed;
         if (folder.listingLength > room)
             return loop(QStringLiteral("The folders take more bytes together than the image has"));

@@ -31,7 +31,12 @@ TEST(NameRules, mayBeNameOf_acceptsWhatTheFilesystemHadToChange_andNothingElse)
         {VolumeKind::UDF, "what_", "what?", false}, // UDF holds a question mark
         {VolumeKind::HFSPlus, "readme_1", "readme", true},
         {VolumeKind::HFSPlus, "a_", "a?", false},
+        {VolumeKind::HFSPlus, "_", "\xe2\x80\x8c\xef\xbb\xbf", true}, // nothing that the catalog compares
+        {VolumeKind::HFSPlus, "u\xcc\x88_", "\xc3\xbc\xff", true},
         {VolumeKind::ISO9660, "README.TXT", "readme.txt", true},
+        {VolumeKind::ISO9660, "CONF_D", "conf.d", true}, // a folder
+        {VolumeKind::ISO9660, "CONF_D_2", "conf.d", true},
+        {VolumeKind::ISO9660, "CONF_E", "conf.d", false},
         {VolumeKind::ISO9660, "README.TXT", "reedme.txt", false},
         {VolumeKind::ISO9660, "FILE3", "file1", false},
         {VolumeKind::ISO9660, "FILE1_2", "file1", true},
@@ -43,35 +48,40 @@ TEST(NameRules, mayBeNameOf_acceptsWhatTheFilesystemHadToChange_andNothingElse)
         {VolumeKind::ISO9660, "OTHER_WORDS.TXT", "two words.txt", false},
     };
     for (const NameCase &one : cases)
-        EXPECT_EQ(mayBeNameOf(one.kind, one.recorded, one.source), one.mayBe)
+        EXPECT_EQ(mayBeNameOf(one.kind, ComparableName(one.kind, one.recorded), ComparableName(one.kind, one.source)),
+                  one.mayBe)
             << int(one.kind) << ' ' << one.recorded << ' ' << one.source;
 }
 
-TEST(NameRules, nameKey_isTheSame_forTheSourceAndItsRecordedName)
+TEST(NameRules, formOfName_isTheSame_forTheSourceAndItsRecordedName)
 {
-    EXPECT_EQ(nameKey(VolumeKind::Joliet, "a?b\xff.txt"), "a_b_.txt");
-    EXPECT_EQ(nameKey(VolumeKind::Joliet, "a_b_.txt"), "a_b_.txt");
-    EXPECT_EQ(nameKey(VolumeKind::Joliet, "smile \xf0\x9f\x98\x80"), "smile \xf0\x9f\x98\x80");
-    EXPECT_EQ(nameKey(VolumeKind::Joliet, std::string(150, 'n') + ".txt"), QByteArray(99, 'n') + ".txt");
-    EXPECT_EQ(nameKey(VolumeKind::HFSPlus, "u\xcc\x88"), "\xc3\xbc");
-    EXPECT_EQ(nameKey(VolumeKind::ISO9660, "my file.tar.gz"), nameKey(VolumeKind::ISO9660, "MY_FILE_TAR.GZ"));
-    EXPECT_EQ(nameWithoutNumber("readme_12.txt"), "readme.txt");
-    EXPECT_EQ(nameWithoutNumber("_12.txt"), "_12.txt");
-    EXPECT_EQ(nameWithoutNumber("readme12"), "readme12");
+    EXPECT_EQ(formOfName(VolumeKind::Joliet, "a?b\xff.txt"), QStringLiteral("a_b_.txt"));
+    EXPECT_EQ(formOfName(VolumeKind::Joliet, "a_b_.txt"), QStringLiteral("a_b_.txt"));
+    EXPECT_EQ(formOfName(VolumeKind::Joliet, "smile \xf0\x9f\x98\x80"), QString::fromUtf8("smile \xf0\x9f\x98\x80"));
+    EXPECT_EQ(formOfName(VolumeKind::UDF, "what?"), QStringLiteral("what?"));
+    EXPECT_EQ(formOfName(VolumeKind::HFSPlus, "\xc3\xbc"), QString::fromUtf8("u\xcc\x88"));
+    EXPECT_EQ(formOfName(VolumeKind::ISO9660, "my file.tar.gz"), formOfName(VolumeKind::ISO9660, "MY_FILE_TAR.GZ"));
 }
 
-TEST(NameRules, mustChangeName_knowsWhatEachFilesystemHolds)
+TEST(NameRules, formsWithoutNumber_areThoseBeforeAndAtTheExtension)
 {
-    EXPECT_FALSE(mustChangeName(VolumeKind::Joliet,
-                                "Gr\xc3\xbc\xc3\x9f"
-                                "e.txt"));
-    EXPECT_TRUE(mustChangeName(VolumeKind::Joliet, "what?"));
-    EXPECT_TRUE(mustChangeName(VolumeKind::Joliet, std::string(104, 'n')));
-    EXPECT_FALSE(mustChangeName(VolumeKind::UDF, "what?"));
-    EXPECT_FALSE(mustChangeName(VolumeKind::UDF, std::string(254, 'n')));
-    EXPECT_TRUE(mustChangeName(VolumeKind::UDF, std::string(255, 'n')));
-    EXPECT_TRUE(mustChangeName(VolumeKind::HFSPlus, "\xff"));
-    EXPECT_FALSE(mustChangeName(VolumeKind::RockRidge, "\xff"));
+    using Forms = std::vector<QString>;
+    EXPECT_EQ(formsWithoutNumber(QStringLiteral("readme_12.txt")), Forms({QStringLiteral("readme.txt")}));
+    EXPECT_EQ(formsWithoutNumber(QStringLiteral("conf.d_1")), Forms({QStringLiteral("conf.d")}));
+    EXPECT_EQ(formsWithoutNumber(QStringLiteral("readme12")), Forms());
+    EXPECT_EQ(formsWithoutNumber(QStringLiteral("readme_0")), Forms());
+}
+
+TEST(NameRules, longNames_areCutOnlyAsFarAsNeeded)
+{
+    const auto mayBe = [](VolumeKind kind, const std::string &recorded, const std::string &source) {
+        return mayBeNameOf(kind, ComparableName(kind, recorded), ComparableName(kind, source));
+    };
+    const std::string name(150, 'n');
+    EXPECT_TRUE(mayBe(VolumeKind::Joliet, name.substr(0, 99) + ".txt", name + ".txt"));
+    EXPECT_TRUE(mayBe(VolumeKind::Joliet, name.substr(0, 97) + "_1.txt", name + ".txt"));
+    EXPECT_FALSE(mayBe(VolumeKind::Joliet, name.substr(0, 20) + ".txt", name + ".txt"));
+    EXPECT_FALSE(mayBe(VolumeKind::HFSPlus, name.substr(0, 99) + ".txt", name + ".txt"));
 }
 
 } // namespace
