@@ -19,15 +19,19 @@ set(TESSARON_PUBLIC_HEADERS
     platform/discrecording/burn/DRNotificationCenter.h
     platform/discrecording/objects/DRStorageReport.h
     platform/discrecording/objects/DRTrack.h
+    platform/discrecording/objects/DRTrackDescription.h
     platform/discrecording/objects/DRTrackProducer.h
     platform/disctracks/BlockAddress.h
     platform/disctracks/CDText.h
+    platform/disctracks/CDTextPacks.h
     platform/disctracks/DiscTrack.h
     platform/disctracks/SectorCoding.h
     platform/disctracks/SectorForm.h
+    platform/disctracks/Subchannel.h
     platform/disctracks/TableOfContents.h
     platform/disctracks/vant/VANTImage.h
     platform/disctracks/vant/VANTReader.h
+    platform/disctracks/vant/VANTTrailer.h
     platform/foundation/DescriptorIO.h
     platform/foundation/Export.h
     platform/foundation/FileSystemRepresentation.h

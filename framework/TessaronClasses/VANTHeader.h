@@ -11,7 +11,7 @@ namespace Tessaron
 
 /// The bytes that make a file of blocks a VANT image when they are appended to it: a trailer that describes the
 /// sessions and tracks of the layout (docs/vant-format.md). The tracks' data is expected one after another from the
-/// start of the file, without pregaps.
+/// start of the file, without pregaps; for a file that holds them there is vantTrailer().
 ///
 /// Each track needs DRBlockSizeKey (not 0) and DRTrackLengthKey; of the other properties it says what is there. The
 /// result is null when a track lacks one of the two, when there is no track or a session without tracks, when the sizes

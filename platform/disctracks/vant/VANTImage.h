@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/disctracks/DiscTrack.h"
 #include "platform/foundation/Export.h"
 
 #include <QByteArray>
@@ -13,14 +14,6 @@
 namespace Tessaron
 {
 
-/// What a VANT image says of the right to copy a track (the state that a track's SCMS bits carry).
-enum class VANTCopyState : std::uint8_t {
-    Unstated = 0,
-    CopyrightFree = 1,
-    ProtectedOriginal = 2,
-    ProtectedCopy = 3,
-};
-
 /// One track of a VANT image. Numbers that a layout left out are absent, so that "not said" and 0 stay apart: block
 /// type 0 means audio.
 struct VANTTrack {
@@ -32,9 +25,10 @@ struct VANTTrack {
     std::optional<std::int32_t> dataForm;
     std::optional<std::int32_t> blockType;
     std::optional<std::int32_t> sessionFormat;
-    std::uint32_t pregap = 0; ///< blocks of silence or zeros in front of the data, not in the file
+    std::uint32_t pregap =
+        0; ///< blocks in front of the data; in the file when there is room for them before `startOffset`
     std::uint32_t postgap = 0; ///< blocks at the end of `length` that are silence or zeros
-    VANTCopyState copyState = VANTCopyState::Unstated;
+    CopyState copyState = CopyState::Unstated;
     bool hasPreEmphasis = false;
     bool hasFourChannels = false;
     std::vector<std::uint32_t> indexPoints; ///< frames

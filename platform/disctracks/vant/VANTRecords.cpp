@@ -85,7 +85,7 @@ bool readVANTTrack(const std::uint8_t *payload, std::size_t size, VANTTrack *tra
     }
     track->pregap = loadBigEndian<std::uint32_t>(payload + VANTTrackField::pregap);
     track->postgap = loadBigEndian<std::uint32_t>(payload + VANTTrackField::postgap);
-    track->copyState = VANTCopyState((flags >> VANTTrackFlag::copyStateShift) & VANTTrackFlag::copyStateMask);
+    track->copyState = CopyState((flags >> VANTTrackFlag::copyStateShift) & VANTTrackFlag::copyStateMask);
     track->hasPreEmphasis = flags & VANTTrackFlag::hasPreEmphasis;
     track->hasFourChannels = flags & VANTTrackFlag::hasFourChannels;
     track->indexPoints.resize(pointCount);

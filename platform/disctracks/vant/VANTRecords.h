@@ -77,7 +77,7 @@ inline constexpr std::uint32_t statesTrackMode = 1u << 4;
 inline constexpr std::uint32_t statesDataForm = 1u << 5;
 inline constexpr std::uint32_t statesBlockType = 1u << 6;
 inline constexpr std::uint32_t statesSessionFormat = 1u << 7;
-inline constexpr unsigned int copyStateShift = 8; ///< two bits: VANTCopyState
+inline constexpr unsigned int copyStateShift = 8; ///< two bits: CopyState
 inline constexpr std::uint32_t copyStateMask = 3;
 } // namespace VANTTrackFlag
 

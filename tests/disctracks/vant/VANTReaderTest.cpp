@@ -54,7 +54,7 @@ TEST(VANTReader, imageFromBytes_returnsWhatTheLayoutSaid)
     audio.trackMode = audio.dataForm = audio.blockType = audio.sessionFormat = 0;
     audio.pregap = 150;
     audio.postgap = 2;
-    audio.copyState = VANTCopyState::ProtectedOriginal;
+    audio.copyState = CopyState::ProtectedOriginal;
     audio.hasPreEmphasis = audio.hasFourChannels = true;
     audio.indexPoints = {10, 4000000000u};
     VANTTrack data;
@@ -84,16 +84,16 @@ TEST(VANTReader, imageFromBytes_tellsUnstatedFromZero)
     EXPECT_EQ(track.dataForm, std::nullopt);
     EXPECT_EQ(track.blockType, std::nullopt);
     EXPECT_EQ(track.sessionFormat, std::nullopt);
-    EXPECT_EQ(track.copyState, VANTCopyState::Unstated);
+    EXPECT_EQ(track.copyState, CopyState::Unstated);
 }
 
 TEST(VANTReader, imageFromBytes_returnsEachCopyState)
 {
-    const std::vector<std::pair<QString, VANTCopyState>> rows = {
-        {DRSCMSCopyrightFree, VANTCopyState::CopyrightFree},
-        {DRSCMSCopyrightProtectedOriginal, VANTCopyState::ProtectedOriginal},
-        {DRSCMSCopyrightProtectedCopy, VANTCopyState::ProtectedCopy},
-        {QStringLiteral("something else"), VANTCopyState::Unstated},
+    const std::vector<std::pair<QString, CopyState>> rows = {
+        {DRSCMSCopyrightFree, CopyState::CopyrightFree},
+        {DRSCMSCopyrightProtectedOriginal, CopyState::ProtectedOriginal},
+        {DRSCMSCopyrightProtectedCopy, CopyState::ProtectedCopy},
+        {QStringLiteral("something else"), CopyState::Unstated},
     };
     for (const auto &[text, state] : rows) {
         QVariantMap properties = dataTrack(0)->properties();

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/discrecording/objects/DRTrack.h"
+#include "platform/disctracks/TableOfContents.h"
+#include "platform/foundation/Export.h"
+#include "platform/foundation/Result.h"
+
+#include <QVariantMap>
+
+namespace Tessaron
+{
+
+// The one place that reads and writes the keys of track properties. Whoever wants to know what a track is asks for its
+// DiscTrack.
+
+/// Whether a track's length must be among its properties already.
+enum class TrackLengthIs {
+    Stated,
+    PlannedLater, ///< 0 until then
+};
+
+/// The track that the properties describe, numbered 1. Numbers for a recorder are kept as they are stated, odd pairs
+/// included; what a property does not say is absent or 0. Gaps are taken as not stored: who stores them says so.
+///
+/// An error of NSOSStatusErrorDomain (paramErr) when the block size is missing, 0 or above 65536, when a length is
+/// missing or no number, or when a track's postgap is longer than the track.
+[[nodiscard]] TESSARON_EXPORT Result<DiscTrack> discTrackOfProperties(const QVariantMap &properties,
+                                                                      TrackLengthIs length = TrackLengthIs::Stated);
+
+/// The properties that describe the track, put over `others`, which keep keys that are none of a track's description.
+/// discTrackOfProperties() leads back, except for the number and what no property says: ISRC, whether gaps are stored,
+/// and a kind without numbers for a recorder.
+[[nodiscard]] TESSARON_EXPORT QVariantMap propertiesOfDiscTrack(const DiscTrack &track, const QVariantMap &others = {});
+
+/// The sessions and tracks of a layout, numbered, each session behind the one before. `lengthOfFilesystem` is for the
+/// tracks that have a folder. An error for a layout without tracks, a session without tracks, a null track, or a track
+/// that discTrackOfProperties() refuses.
+[[nodiscard]] TESSARON_EXPORT Result<TableOfContents>
+tableOfContentsOfLayout(const DRLayout &layout, TrackLengthIs lengthOfFilesystem = TrackLengthIs::PlannedLater);
+
+} // namespace Tessaron
