@@ -1,8 +1,8 @@
 #include "platform/discrecording/objects/DRFSObject.h"
 #include "platform/discrecording/objects/DRFolder.h"
+#include "platform/foundation/RegularExpression.h"
 #include <TessaronClasses/DiscNames.h>
 
-#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
@@ -85,10 +85,7 @@ bool occurenceOfString(const QString &text, const QString &string, const QString
 
 bool matchesRegExp(const QString &text, const QString &pattern)
 {
-    // "." is to match no line end, whichever there is.
-    const QRegularExpression expression(QStringLiteral("(*ANY)") + QRegularExpression::anchoredPattern(pattern),
-                                        QRegularExpression::UseUnicodePropertiesOption);
-    return !pattern.isNull() && expression.isValid() && expression.match(text).hasMatch();
+    return !pattern.isNull() && regularExpressionMatches(pattern, text);
 }
 
 QString fullDescription(const DRFSObject &object)

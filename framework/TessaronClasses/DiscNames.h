@@ -29,8 +29,9 @@ class DRFolder;
 [[nodiscard]] TESSARON_EXPORT bool occurenceOfString(const QString &text, const QString &string,
                                                      const QString &comesBeforeString);
 
-/// True when the whole text matches the regular expression. "." does not match a line end, character classes know all
-/// of Unicode. A pattern that is not a regular expression matches nothing.
+/// True when the whole text matches the regular expression, which is read as ICU reads it: "." does not match a line
+/// end, character classes know all of Unicode. A pattern that is not a regular expression matches nothing, nor does one
+/// that needs more than about a second or 64 MiB for the text.
 [[nodiscard]] TESSARON_EXPORT bool matchesRegExp(const QString &text, const QString &pattern);
 
 /// The name of a DVD-Video volume made from the text: characters of ISO 9660 level one, blanks and hyphens as single

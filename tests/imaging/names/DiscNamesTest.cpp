@@ -76,6 +76,8 @@ TEST(DiscNames, matchesRegExp_matchesTheWholeText)
     EXPECT_TRUE(matchesRegExp(text("A"), text("(?i)a")));
     EXPECT_TRUE(matchesRegExp(text(""), text("")));
     EXPECT_FALSE(matchesRegExp(text("("), text("(")));
+    EXPECT_FALSE(matchesRegExp(text("axyz"), text("a)|(?:b")));
+    EXPECT_TRUE(matchesRegExp(text("x"), text("[[a-z]&&[^aeiou]]")));
     EXPECT_FALSE(matchesRegExp(text("a"), QString()));
 }
 
