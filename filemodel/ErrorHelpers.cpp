@@ -2,14 +2,28 @@
 #include <TessaronClasses/ErrorHelpers.h>
 #include <TessaronClasses/ErrorTexts.h>
 
+#include <QMutex>
+
+#include <optional>
+
 namespace Tessaron
 {
 
 std::shared_ptr<NSBundle> _finderBundle()
 {
-    static const std::shared_ptr<NSBundle> bundle =
-        NSBundle::bundleWithPath(QStringLiteral("/System/Library/CoreServices/Finder.app"));
-    return bundle;
+    struct Known {
+        QMutex mutex; // guards the members below
+        std::optional<QString> systemRoot; // where the bundle was looked for
+        std::shared_ptr<NSBundle> bundle;
+    };
+    static Known known;
+    const QString systemRoot = NSBundle::systemRoot();
+    const QMutexLocker lock(&known.mutex);
+    if (known.systemRoot != systemRoot) {
+        known.bundle = NSBundle::bundleWithPath(QStringLiteral("/System/Library/CoreServices/Finder.app"));
+        known.systemRoot = systemRoot;
+    }
+    return known.bundle;
 }
 
 QString getFailureReason(const NSError &error)
@@ -24,7 +38,7 @@ QString getFailureReason(const NSError &error)
         key = QStringLiteral("NE21");
     if (!key.isEmpty() && finder)
         return finder->localizedString(key, QString(), QStringLiteral("Localizable"));
-    return QStringLiteral("OSStatus error (%1)").arg(error.code());
+    return QStringLiteral("OSStatus error (%1)").arg(qint32(error.code()));
 }
 
 NSError filenameAlreadyExistsErrorForName(const QString &name)

@@ -108,6 +108,13 @@ void NSBundle::setSystemRoot(const QString &path)
     known.systemRoot = path;
 }
 
+QString NSBundle::systemRoot()
+{
+    Registry &known = registry();
+    const QMutexLocker lock(&known.mutex);
+    return known.systemRoot;
+}
+
 std::shared_ptr<NSBundle> NSBundle::bundleWithIdentifier(const QString &identifier)
 {
     if (identifier == frameworkBundleIdentifier)

@@ -33,6 +33,7 @@ public:
     [[nodiscard]] static std::shared_ptr<NSBundle> bundleWithPath(const QString &path);
     /// Where paths below "/System/" really lie; empty (the default) means where they say.
     static void setSystemRoot(const QString &path);
+    [[nodiscard]] static QString systemRoot();
 
     /// The bundle registered under an identifier, or null.
     [[nodiscard]] static std::shared_ptr<NSBundle> bundleWithIdentifier(const QString &identifier);

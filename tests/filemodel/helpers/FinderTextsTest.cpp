@@ -45,6 +45,16 @@ TEST_F(FinderTexts, _finderBundle_isTheSameEveryTime)
     EXPECT_EQ(_finderBundle(), _finderBundle());
 }
 
+TEST_F(FinderTexts, _finderBundle_isLookedUpAgain_whereTheSystemLiesElsewhere)
+{
+    const QString before = NSBundle::systemRoot();
+    const Testing::TemporaryTree empty;
+    NSBundle::setSystemRoot(empty.pathText());
+    EXPECT_EQ(_finderBundle(), nullptr);
+    NSBundle::setSystemRoot(before);
+    EXPECT_NE(_finderBundle(), nullptr);
+}
+
 TEST_F(FinderTexts, getFailureReason_usesTheFindersWords_forTwoCodes)
 {
     EXPECT_EQ(getFailureReason(NSError(NSOSStatusErrorDomain, -48)), QStringLiteral("The name is taken."));
