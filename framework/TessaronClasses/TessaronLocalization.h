@@ -17,7 +17,8 @@ namespace Tessaron
 /// null key and a count of 0.
 [[nodiscard]] TESSARON_EXPORT QString localizedStringForFS(const QString &fileSystemKey, int count);
 
-/// The main bundle's text for "disc image type iso" and so on; null for a code that is no format.
+/// The main bundle's text for "disc image type iso" and so on; for a code that is not a format, that for "disc image
+/// type (null)".
 [[nodiscard]] TESSARON_EXPORT QString localizedDiscImageNameForTessaronDiscImageFormat(TessaronDiscImageFormat format);
 
 /// The name of a new folder: the file manager's, else "untitled folder".

@@ -9,23 +9,34 @@ namespace Tessaron
 namespace
 {
 
-/// Fills in "%@" and "%d" wherever they stand; what is filled in is not looked at again. "%%" is a percent sign.
+/// The place behind the "2$" of "%2$@"; where there are no such digits, the place itself.
+qsizetype behindPosition(const QString &format, qsizetype at)
+{
+    qsizetype end = at;
+    while (end < format.size() && format[end] >= u'0' && format[end] <= u'9')
+        ++end;
+    return end > at && end < format.size() && format[end] == u'$' ? end + 1 : at;
+}
+
+/// Fills in "%@" and "%d" wherever they stand, also in their forms with a position, "%2$@". There is one value of each
+/// kind, so the kind says which one is meant. What is filled in is not looked at again. "%%" is a percent sign.
 QString filled(const QString &format, const QString &name, int count)
 {
     QString result;
     for (qsizetype at = 0; at < format.size(); ++at) {
-        const QChar kind = format[at] == u'%' && at + 1 < format.size() ? format[at + 1] : QChar();
+        const qsizetype kindAt = format[at] == u'%' ? behindPosition(format, at + 1) : format.size();
+        const QChar kind = kindAt < format.size() ? format[kindAt] : QChar();
         if (kind == u'@')
             result += name;
         else if (kind == u'd')
             result += QString::number(count);
-        else if (kind == u'%')
+        else if (kind == u'%' && kindAt == at + 1)
             result += u'%';
         else {
             result += format[at];
             continue;
         }
-        ++at;
+        at = kindAt;
     }
     return result;
 }
@@ -55,9 +66,8 @@ QString localizedStringForFS(const QString &fileSystemKey, int count)
 QString localizedDiscImageNameForTessaronDiscImageFormat(TessaronDiscImageFormat format)
 {
     const QString extension = extensionForTessaronDiscImageFormat(format);
-    if (extension.isNull())
-        return {};
-    return mainBundleText(QStringLiteral("disc image type ") + extension);
+    return mainBundleText(QStringLiteral("disc image type ")
+                          + (extension.isNull() ? QStringLiteral("(null)") : extension));
 }
 
 QString untitledFolderLocalizedString()

@@ -59,6 +59,14 @@ TEST_F(Localization, localizedStringForFS_takesTheNameFirst_whereItStandsFirst)
     EXPECT_EQ(localizedStringForFS(udf, 12), QStringLiteral("UDF: 12 (100%)"));
 }
 
+TEST_F(Localization, localizedStringForFS_fillsPositionsIn)
+{
+    makeMainTable("\"1 %type% track\" = \"(%1$@)\";\n"
+                  "\"n %type% tracks\" = \"%2$@ by %1$d, %1$ and %2 and 100%%\";\n");
+    EXPECT_EQ(localizedStringForFS(udf, 1), QStringLiteral("(UDF)"));
+    EXPECT_EQ(localizedStringForFS(udf, 7), QStringLiteral("UDF by 7, %1$ and %2 and 100%"));
+}
+
 TEST_F(Localization, localizedStringForFS_showsTheKey_withoutATranslation)
 {
     EXPECT_EQ(localizedStringForFS(udf, 1), QStringLiteral("1 %type% track"));
@@ -72,7 +80,15 @@ TEST_F(Localization, localizedDiscImageName_isLookedUpByExtension)
               QStringLiteral("ISO image"));
     EXPECT_EQ(localizedDiscImageNameForTessaronDiscImageFormat(TessaronDiscImageFormatBIN),
               QStringLiteral("disc image type bin"));
-    EXPECT_TRUE(localizedDiscImageNameForTessaronDiscImageFormat(3).isNull());
+}
+
+TEST_F(Localization, localizedDiscImageName_looksTheFilledKeyUp_forAnUnknownFormat)
+{
+    EXPECT_EQ(localizedDiscImageNameForTessaronDiscImageFormat(3), QStringLiteral("disc image type (null)"));
+    makeMainTable("\"disc image type (null)\" = \"Disc image\";\n");
+    NSBundle::setMainBundlePath(NSBundle::mainBundle()->bundlePath());
+    EXPECT_EQ(localizedDiscImageNameForTessaronDiscImageFormat(3), QStringLiteral("Disc image"));
+    EXPECT_EQ(localizedDiscImageNameForTessaronDiscImageFormat(0), QStringLiteral("Disc image"));
 }
 
 TEST_F(Localization, defaults_areEnglish_withoutAnyTable)
