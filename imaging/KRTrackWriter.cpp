@@ -57,7 +57,13 @@ std::shared_ptr<KRTrackWriter> KRTrackWriter::trackWriterWithTrack(const DRLayou
 {
     if (isNullLayout(track) || path.isNull())
         return nullptr;
-    return std::shared_ptr<KRTrackWriter>(new KRTrackWriter(track, path));
+    return initWithTrack(track, path);
+}
+
+std::shared_ptr<KRTrackWriter> KRTrackWriter::initWithTrack(const DRLayout &track, const QString &path)
+{
+    const bool isWhole = !isNullLayout(track) && !path.isNull();
+    return std::shared_ptr<KRTrackWriter>(isWhole ? new KRTrackWriter(track, path) : new KRTrackWriter({}, {}));
 }
 
 NSError KRTrackWriter::writeTrackAndNotifyDelegate(const KRTrackWriterDelegate &delegate)
@@ -156,7 +162,8 @@ void KRTrackWriter::writingHasFailed(const QVariantMap &status)
         notify(m_delegate.KRTrackWriterDidCancel);
     else
         notify(m_delegate.KRTrackWriterWritingDidFailWithError,
-               failureWithReason(code.toLongLong(), message.toString(), error.value(NSFilePathErrorKey).toString()));
+               failureWithReason(qint32(code.toLongLong()), message.toString(),
+                                 error.value(NSFilePathErrorKey).toString()));
 }
 
 void KRTrackWriter::writingGoesOn(const QString &state, const QVariantMap &status)

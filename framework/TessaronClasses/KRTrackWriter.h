@@ -46,6 +46,9 @@ public:
     /// Null when the layout is null (no track at all) or the path is a null text.
     [[nodiscard]] static std::shared_ptr<KRTrackWriter> trackWriterWithTrack(const DRLayout &track,
                                                                              const QString &path);
+    /// Never null: when the layout or the path is null, the writer has neither of them and its writing cannot start
+    /// (error -20).
+    [[nodiscard]] static std::shared_ptr<KRTrackWriter> initWithTrack(const DRLayout &track, const QString &path);
     ~KRTrackWriter() override;
     KRTrackWriter(const KRTrackWriter &) = delete;
     KRTrackWriter &operator=(const KRTrackWriter &) = delete;

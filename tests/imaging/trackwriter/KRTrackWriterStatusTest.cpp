@@ -105,6 +105,12 @@ TEST_F(KRTrackWriterStatus, failure_carriesCodeAndInformation_andRemovesTheFileF
     EXPECT_FALSE(wasThere);
 }
 
+TEST_F(KRTrackWriterStatus, failure_hasACodeOf32Bits)
+{
+    writeFailure({{DRErrorStatusErrorKey, 0x80020063u}, {DRErrorStatusErrorInfoStringKey, sentence}});
+    EXPECT_EQ(delegate.error.code(), -2147352477);
+}
+
 TEST_F(KRTrackWriterStatus, failure_takesTheGeneralText_whenThereIsNoInformation)
 {
     writeFailure({{DRErrorStatusErrorKey, -34}, {DRErrorStatusErrorStringKey, sentence}});

@@ -56,6 +56,27 @@ TEST_F(KRTrackWriterTest, writer_isNull_withoutLayoutOrPath)
     EXPECT_NE(KRTrackWriter::trackWriterWithTrack(trackOfProducer(producer, 1), QStringLiteral("")), nullptr);
 }
 
+TEST_F(KRTrackWriterTest, initWithTrack_makesAWriterThatCannotStart_withoutTrackOrPath)
+{
+    tree.makeFile("kept", "kept");
+    for (const auto &writer : {KRTrackWriter::initWithTrack({}, tree.pathText("kept")),
+                               KRTrackWriter::initWithTrack(trackOfProducer(producer, 1), QString())}) {
+        ASSERT_NE(writer, nullptr);
+        EXPECT_EQ(writer->writeTrackAndNotifyDelegate(delegate.callbacks()).code(), fileOpenErr);
+    }
+    EXPECT_EQ(tree.contents("kept"), "kept");
+    EXPECT_EQ(delegate.heard, QStringList());
+}
+
+TEST_F(KRTrackWriterTest, initWithTrack_makesAWriter)
+{
+    tree.makeFile("image");
+    const auto writer = KRTrackWriter::initWithTrack(trackOfProducer(producer, 2), tree.pathText("image"));
+    start(*writer);
+    delegate.waitForEnd();
+    EXPECT_EQ(tree.contents("image"), TestProducer::pattern(2 * 2048));
+}
+
 TEST_F(KRTrackWriterTest, writing_putsAllBlocksIntoTheFile_thenTellsTheEnd)
 {
     const auto writer = makeWriter(3000);
