@@ -77,7 +77,7 @@ QString extensionForTessaronDiscImageFormat(TessaronDiscImageFormat format)
 
 bool occurenceOfString(const QString &text, const QString &string, const QString &comesBeforeString)
 {
-    // Nothing occurs nowhere.
+    // An empty text occurs nowhere.
     const qsizetype first = string.isEmpty() ? -1 : text.indexOf(string);
     const qsizetype second = comesBeforeString.isEmpty() ? -1 : text.indexOf(comesBeforeString);
     return first >= 0 && (second < 0 || second > first);

@@ -19,8 +19,8 @@ public:
     /// it is "<place>/<name>-XXXXXX", the same one as long as it lasts. Empty when nothing can be made.
     [[nodiscard]] QByteArray path();
 
-    /// Makes a folder for the user alone, or takes the one that is there already; false when what is there is no such
-    /// folder or nothing can be made.
+    /// Makes a folder for the user alone, or takes an existing one; false when the name is taken by something else or
+    /// the folder cannot be made.
     [[nodiscard]] static bool makeOrTake(const QByteArray &path);
 
 private:

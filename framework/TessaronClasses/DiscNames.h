@@ -18,8 +18,8 @@ class DRFolder;
 // What is added to texts and to the objects of a layout. All of it works on values or on one tree, on any thread that
 // may use the tree; none of it reports an error.
 
-/// Reads "minutes:seconds:frames" as a number of CD frames, 75 to the second; blanks count for nothing, a part that is
-/// no number counts as 0, and seconds and frames have no upper limit. No value unless there are exactly three parts.
+/// Reads "minutes:seconds:frames" as a number of CD frames, 75 to the second; blanks are ignored, a part that is not a
+/// number counts as 0, and seconds and frames have no upper limit. No value unless there are exactly three parts.
 [[nodiscard]] TESSARON_EXPORT std::optional<std::int64_t> msfValue(const QString &text);
 
 /// The file name extension of one format, without a dot; null for any other code.

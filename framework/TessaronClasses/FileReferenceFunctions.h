@@ -36,8 +36,8 @@ struct ExtendedFileInfo {
 /// The persistent form of a reference; null when its file is gone.
 [[nodiscard]] TESSARON_EXPORT QByteArray AliasDataFromFSRef(const FSRef *ref);
 
-/// Finds the file of alias data, asking nobody for a missing volume. 1 for null data, else noErr or the status of
-/// FSResolveAliasWithMountFlags(); the output is left alone on failure.
+/// Finds the file of alias data without asking the user for a missing volume. 1 for null data, else noErr or the status
+/// of FSResolveAliasWithMountFlags(); the output is left alone on failure.
 [[nodiscard]] TESSARON_EXPORT OSErr FSRefFromAliasData(const QByteArray &data, FSRef *ref);
 
 } // namespace Tessaron

@@ -24,14 +24,14 @@ class NSError;
 class NSThread;
 class ScanRecord;
 
-/// Who hears of a scan. Every callback comes on the main thread; none comes once `context` or the scanner is gone. The
-/// scanner lives during the call even when the callback drops the last pointer to it.
+/// The callbacks of a scan. Every callback comes on the main thread; none comes once `context` or the scanner is gone.
+/// The scanner lives during the call even when the callback drops the last pointer to it.
 struct KRDirectoryScannerDelegate {
     CallbackContext context;
     /// For each folder whose listing failed half-way, in the order met: domain NSOSStatusErrorDomain, the status as
-    /// code, the folder's path under NSFilePathErrorKey. The scan goes on, but for memFullErr, which ends it.
+    /// code, the folder's path under NSFilePathErrorKey. The scan goes on, except after memFullErr, which ends it.
     std::function<void(KRDirectoryScanner &, const NSError &)> directoryScannerReportedError;
-    /// Once, with the root of the tree, when a scan ran to its end. Whoever keeps the pointer keeps the tree.
+    /// Once, with the root of the tree, when a scan ran to its end. The tree lives as long as the pointer is kept.
     std::function<void(KRDirectoryScanner &, const std::shared_ptr<KRFileHierarchyItem> &)>
         directoryScannerScanDidFinishWithHierarchyItem;
     /// Once, with what had been built, when a scan was cancelled.
@@ -75,32 +75,32 @@ public:
     [[nodiscard]] const KRDirectoryScannerDelegate &delegate() const { return m_delegate; }
     void setDelegate(const KRDirectoryScannerDelegate &delegate) { m_delegate = delegate; }
 
-    /// Starts a scan; false when one is running or the system has no thread to give. isRunning() is true from the
+    /// Starts a scan; false when one is running or the system cannot start a thread. isRunning() is true from the
     /// moment this returns true.
     bool startDirectoryScan();
     /// True until the worker has left the scan. The callback of its end comes after that.
     [[nodiscard]] bool isRunning() const;
-    /// Asks a running scan to stop, which shows at the next entry, and returns at once.
+    /// Asks a running scan to stop, which it does at the next entry, and returns at once.
     void stopScanAsync();
     /// The same, and returns when the worker has left the scan.
     void stopScanSync();
     /// Returns when no scan is running.
     void waitUntilScanEnds() const;
 
-    /// What the current or last scan has seen so far, the folder itself not counted.
+    /// What the current or last scan has counted so far, without the folder itself.
     [[nodiscard]] std::uint32_t scannedFiles() const;
     [[nodiscard]] std::uint32_t scannedDirs() const;
     /// Listings that failed half-way.
     [[nodiscard]] std::uint32_t errorCount() const;
-    /// All folders of the current or last scan that are in the tree without some or all of what they hold, in the order
-    /// met: those that could not be opened (the scanned folder itself, too) and those whose listing failed half-way,
-    /// which had a callback as well. When memory ran out: with ENOMEM all that were being read, the innermost first; an
-    /// entry without a path when there was no room to name them. Complete once the scan has ended; a cancelled scan
-    /// does not name what it did not come to. From any thread.
+    /// All folders of the current or last scan whose contents are missing from the tree in part or altogether, in the
+    /// order met: those that could not be opened (the scanned folder itself, too) and those whose listing failed
+    /// half-way, which had a callback as well. When memory ran out: with ENOMEM all that were being read, the innermost
+    /// first; an entry without a path when there was no room to name them. Complete once the scan has ended; a
+    /// cancelled scan does not name folders that it did not reach. From any thread.
     [[nodiscard]] std::vector<UnreadableFolder> unreadableFolders() const;
 
 private:
-    /// What says that a scan runs: taken when one starts, handed to the worker, given back when the worker has left it.
+    /// The mark of a running scan: taken when one starts, handed to the worker, given back when the worker has left it.
     class ScanLock
     {
     public:

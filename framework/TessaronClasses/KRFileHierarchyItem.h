@@ -22,7 +22,7 @@ class DRFolder;
 class KRFileHierarchyItem;
 class KRFileReference;
 
-/// Who hears of a layout creation. Every callback comes on the main thread, the last one when the worker has ended;
+/// The callbacks of a layout creation. Every callback comes on the main thread, the last one when the worker has ended;
 /// none comes once `context` is gone. The item is alive during the call, also when the callback drops the last pointer
 /// to it.
 ///
@@ -79,8 +79,8 @@ public:
     [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> parent() const { return m_parent.lock(); }
     void setParent(const std::shared_ptr<KRFileHierarchyItem> &parent) { m_parent = parent; }
 
-    /// The children themselves, not a copy: what the caller changes here is changed in the tree. Whoever adds here also
-    /// sets the child's parent.
+    /// The children themselves, not a copy: changes made here change the tree. Code that adds a child here must also
+    /// set its parent.
     [[nodiscard]] Items &items() { return m_items; }
     [[nodiscard]] const Items &items() const { return m_items; }
     [[nodiscard]] std::size_t numberOfItems() const { return m_items.size(); }
@@ -100,7 +100,7 @@ public:
     /// Removes every occurrence of the child.
     void removeItem(const std::shared_ptr<KRFileHierarchyItem> &item);
 
-    /// How many children have a file reference that is not invisible in the file manager, or none.
+    /// Counts the children that the file manager does not hide; a child without a file reference counts, too.
     [[nodiscard]] std::size_t numberOfVisibleItems() const;
     /// A new array of those children, in order.
     [[nodiscard]] Items visibleItems() const;
@@ -117,9 +117,9 @@ public:
     /// already running on this item or the target lacks one of the progress and finished callbacks. On the main thread.
     [[nodiscard]] bool createDRLayoutAsyncNotifyProgressToTarget(const KRFileHierarchyItemLayoutTarget &target);
 
-    /// Asks the running creation to stop and makes `target` the one that hears of it from now on. True when a worker
-    /// was there to be cancelled. The direct child of this item that is being built is completed first; a creation that
-    /// had just ended still reports that it finished. On the main thread.
+    /// Asks the running creation to stop and sends further callbacks to `target`. True when a worker was there to be
+    /// cancelled. The direct child of this item that is being built is completed first; a creation that had just ended
+    /// still reports that it finished. On the main thread.
     bool cancelDRLayoutCreationNotifyTarget(const KRFileHierarchyItemLayoutTarget &target);
 
     /// What the last layout creation on this item could not read, in the order met: folders that are in the layout
@@ -128,7 +128,7 @@ public:
     [[nodiscard]] std::vector<UnreadableFolder> unreadableFolders() const;
 
 private:
-    struct LayoutCreation; ///< what a running creation needs, and what it leaves to be asked for
+    struct LayoutCreation; ///< the state of a running creation and the results of the last one
 
     [[nodiscard]] bool isCreatingLayout() const;
     void _beginLayoutCreationOnThread();
@@ -158,7 +158,7 @@ public:
         using value_type = std::shared_ptr<KRFileHierarchyItem>;
         using difference_type = std::ptrdiff_t;
         using pointer = const value_type *;
-        using reference = value_type; ///< a copy: it outlives what the loop's body does to the array
+        using reference = value_type; ///< a copy: it stays alive when the loop's body changes the array
 
         Iterator(const Items &items, std::size_t index)
             : m_items(&items)

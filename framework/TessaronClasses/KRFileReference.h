@@ -21,11 +21,11 @@ namespace Tessaron
 /// reference to the file, remembers for a while what the system says about it, and carries the name and the options
 /// that the item is to have on the disc.
 ///
-/// What a getter had to ask the system for is kept: sizes and flags until a reset, names and kind for five seconds. A
-/// QString that is null stands for "none".
+/// Answers of the system are kept: sizes and flags until a reset, names and kind for five seconds. A QString that is
+/// null stands for "none".
 ///
-/// Not thread-safe: one thread at a time uses a reference, getters included, for they fill the cache, and drop from it
-/// what is older than five seconds.
+/// Not thread-safe: even getters may be called on one thread at a time only, since they fill the cache and drop values
+/// older than five seconds from it.
 ///
 /// A reference that has been asked nothing costs about 180 bytes, cached names and kind some 60 more.
 class TESSARON_EXPORT KRFileReference
@@ -40,7 +40,7 @@ public:
     /// A reference that takes over the record with its buffers.
     [[nodiscard]] static std::shared_ptr<KRFileReference> initWithFSRef(const FSRef &ref,
                                                                         _ZelFileAttribute knownAttributes);
-    /// The file at a path, a symbolic link at its end not followed; null for a null path and where there is no file.
+    /// The file at a path; a symbolic link at its end is not followed. Null for a null path and when nothing is there.
     /// Whether it is a folder is known from the start.
     [[nodiscard]] static std::shared_ptr<KRFileReference> initWithPath(const QString &path);
     [[nodiscard]] static std::shared_ptr<KRFileReference> initWithPath(const QString &path,
@@ -48,7 +48,7 @@ public:
     [[nodiscard]] static std::shared_ptr<KRFileReference> fileReferenceWithPath(const QString &path);
     [[nodiscard]] static std::shared_ptr<KRFileReference> fileReferenceWithPath(const QString &path,
                                                                                 _ZelFileAttribute knownAttributes);
-    /// A folder that is on no disk; null for a null or empty name.
+    /// A folder that exists on no disk; null for a null or empty name.
     [[nodiscard]] static std::shared_ptr<KRFileReference> initWithVirtualFolderName(const QString &name);
     [[nodiscard]] static std::shared_ptr<KRFileReference> virtualFolderWithName(const QString &name);
 
@@ -87,7 +87,7 @@ public:
     [[nodiscard]] QString path();
     /// The path as a "file" URL; invalid where the file is gone, and for a virtual folder.
     [[nodiscard]] QUrl url() const;
-    /// When the file was made; invalid when it is gone or its filesystem does not know. Of a symbolic link itself.
+    /// When the file was made; invalid when it is gone or its filesystem does not know. For a symbolic link, its own.
     [[nodiscard]] QDateTime creationDate() const;
     [[nodiscard]] QDateTime modificationDate() const;
 
@@ -124,12 +124,12 @@ public:
 
     /// Forgets names, kind, path and small icon. Keeps the large icon, the sizes and the flags.
     void resetAllGettableAttributes();
-    /// Forgets everything cached. The name of a virtual folder is no cache and stays.
+    /// Forgets everything cached. The name of a virtual folder is kept, since it is not a cached value.
     void resetAllAttributes();
 
 private:
-    struct Cache; ///< what few references hold at a time
-    struct GivenNames; ///< what few references are given
+    struct Cache; ///< values that few references hold at a time
+    struct GivenNames; ///< names that few references are given
 
     void _copyLSAttributes();
     void _copyCatAttributes();
@@ -146,8 +146,8 @@ private:
     FSRef m_fileRef;
     _TessaronAttributes m_tessaronAttributes;
     std::unique_ptr<Cache> m_cache; ///< null while nothing is cached
-    std::unique_ptr<GivenNames> m_givenNames; ///< null while there are none
-    // The members of a _ZelFileAttribute that are no buffers.
+    std::unique_ptr<GivenNames> m_givenNames; ///< null until a name is given
+    // The members of a _ZelFileAttribute that are not buffers.
     std::uint64_t m_dataSize = 0;
     std::uint64_t m_rsrcSize = 0;
     char m_empty = 1;

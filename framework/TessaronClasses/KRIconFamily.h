@@ -18,11 +18,11 @@ namespace Tessaron
 class TESSARON_EXPORT KRIconFamily
 {
 public:
-    /// The icon that a file manager shows for the item: its own, else that of its type. Null when it has none, because
-    /// there is no such item.
+    /// The icon that a file manager shows for the item: its own, else that of its type. Null when there is no such
+    /// item.
     [[nodiscard]] static std::shared_ptr<KRIconFamily> initWithFSRef(const FSRef &ref);
     [[nodiscard]] static std::shared_ptr<KRIconFamily> iconFamilyForFSRef(const FSRef &ref);
-    /// Null when nothing is at the path, too. A symbolic link at its end is followed.
+    /// Also null when nothing is at the path. A symbolic link at its end is followed.
     [[nodiscard]] static std::shared_ptr<KRIconFamily> iconFamilyForFile(const QString &path);
 
     /// The picture as an icon: it is given to a new file "myicon%d" in the temporary folder as the file's own icon, and
@@ -33,7 +33,7 @@ public:
     /// Never empty.
     [[nodiscard]] QByteArray data() const { return m_data; }
 
-    /// Writes the bytes to the path, not atomically. False when there are none or the file cannot be written.
+    /// Writes the bytes to the path, not atomically. False when there are no bytes or the file cannot be written.
     [[nodiscard]] bool writeToFile(const QString &path) const;
 
 private:

@@ -19,12 +19,12 @@ namespace Tessaron
 class DRStorageReport;
 class KRLayoutWriter;
 class KRTrackWriter;
-/// What a panel that makes disc images answers besides; the application defines it.
+/// Further questions that a panel for disc images answers; the application defines them.
 class TessaronDiscImageCreator;
 struct KRTrackWriterDelegate;
 
-/// What a layout writer reports, on the thread that started it. Each function may be empty. A function may let go of
-/// the writer.
+/// The callbacks of a layout writer, on the thread that started it. Each function may be empty. A function may let go
+/// of the writer.
 struct KRLayoutWriterDelegate {
     CallbackContext context; ///< its end silences the rest
     /// Above 0, up to 1: the layout's creation takes the first quarter, the writing the rest.
@@ -41,8 +41,8 @@ struct KRLayoutWriterDelegate {
 /// a VANT image. One writer serves one image.
 ///
 /// Made, used and destroyed on one thread, which needs an event loop. Destroying a writer at work stops it without a
-/// further call of the delegate and removes the partly written image; a panel that makes a layout for it finds its
-/// manager gone.
+/// further call of the delegate and removes the partly written image; a panel that makes a layout for it then finds no
+/// manager.
 class TESSARON_EXPORT KRLayoutWriter final : public TessaronLayoutCreationManager,
                                              public DRTrackProducer,
                                              public std::enable_shared_from_this<KRLayoutWriter>
@@ -59,8 +59,8 @@ public:
     /// loses what it held once the layout is there. The panel is not owned; when it goes while it makes the layout, no
     /// end is reported.
     ///
-    /// Errors: what the panel's createLayoutSync() gave; -4960 with the path and a description when the panel would not
-    /// start, and when the writer is at work already.
+    /// Errors: the one that the panel's createLayoutSync() gave; -4960 with the path and a description when the panel
+    /// would not start, and when the writer is at work already.
     [[nodiscard]] NSError writeLayoutToFSRef(const FSRef &ref, const std::shared_ptr<TessaronPanel> &askLayoutToPanel,
                                              TessaronDiscImageFormat imageFormat);
 
@@ -72,17 +72,17 @@ public:
     /// What the filesystems of the disc cannot hold as it stands; null until the blocks are being written.
     [[nodiscard]] std::shared_ptr<const DRStorageReport> storageReport() const;
 
-    /// Writes the layout; the panel's layout comes here in the end. Progress 0.25 is reported first. Does nothing more
-    /// when a writing is under way.
+    /// Writes the layout; the panel's own layout is written by this call, too. Progress 0.25 is reported first. Does
+    /// nothing more when a writing is under way.
     void _writeLayout(const DRLayout &layout);
 
-    // What the panel reports. Nothing of it counts once the writer's work has ended.
+    // Reports of the panel. They are ignored once the writer's work has ended.
     void TessaronPanelLayoutCreationDidFailWithError(TessaronPanel &panel, const NSError &error) override;
     void TessaronPanelLayoutIsCreated(TessaronPanel &panel, const DRLayout &layout) override;
     void TessaronPanelLayoutCreationCancel(TessaronPanel &panel) override;
     void TessaronPanelLayoutCreationProgress(TessaronPanel &panel, float progress) override;
 
-    // What the track writer reports.
+    // Reports of the track writer.
     void KRTrackWriterWritingProgress(KRTrackWriter &writer, float progress);
     void KRTrackWriterWritingDidEnd(KRTrackWriter &writer);
     void KRTrackWriterWritingDidFailWithError(KRTrackWriter &writer, const NSError &error);
@@ -126,7 +126,7 @@ private:
     std::shared_ptr<const KRLayoutWriterDelegate> m_delegate;
     Stage m_stage = Stage::Idle;
     std::shared_ptr<KRTrackWriter> m_trackWriter;
-    std::shared_ptr<const DRStorageReport> m_finalReport; ///< what the track writer left when it was let go
+    std::shared_ptr<const DRStorageReport> m_finalReport; ///< the track writer's report, kept after its end
 };
 
 } // namespace Tessaron

@@ -7,16 +7,16 @@
 namespace Tessaron
 {
 
-// Places for temporary files of this user. Programs of the same user share the folder; nobody else may look into it.
-// Nothing is removed here: what a program puts there, it takes away. Thread-safe.
+// Places for temporary files of this user. Programs of the same user share the folder; other users cannot look into it.
+// Each program removes its own files; nothing is removed here. Thread-safe.
 
 /// "tempFile", the extension of the paths of temporaryFileForObject().
 [[nodiscard]] TESSARON_EXPORT QString temporaryFilesExtension();
 
-/// The user's folder: "/private/tmp/qorvu-%@" with the login name, below "/tmp" where there is no "/private/tmp". It is
-/// made when it does not exist, with access for the user alone. A name that is taken by a link, by another user's
-/// folder or by one that others may look into is left alone: the folder then gets letters at random behind its name,
-/// and this process keeps using that one. Null when no folder can be made.
+/// The user's folder: "/private/tmp/qorvu-%@" with the login name, below "/tmp" when "/private/tmp" does not exist. It
+/// is made when it does not exist, with access for the user alone. A name that is taken by a link, by another user's
+/// folder or by one that others may look into is left alone: the folder then gets random letters behind its name, and
+/// this process keeps using that one. Null when no folder can be made.
 [[nodiscard]] TESSARON_EXPORT QString temporaryFolder();
 
 /// A folder in it for the object, made when it does not exist: its name is the object's identity, taken as a signed

@@ -9,8 +9,8 @@ namespace Tessaron
 class NSError;
 class TessaronPanel;
 
-/// Who hears of a panel's layout creation, for example a KRLayoutWriter. A panel whose creation has started sends any
-/// number of progress values, then exactly one of the three others, all on the main thread.
+/// Receives the reports of a panel's layout creation; a KRLayoutWriter is one. A panel whose creation has started sends
+/// any number of progress values, then exactly one of the three others, all on the main thread.
 class TESSARON_EXPORT TessaronLayoutCreationManager
 {
 public:

@@ -9,8 +9,8 @@ namespace Tessaron
 {
 
 // Texts for people. They come from the application's main bundle, from the framework's own table or, where the
-// application has no word of its own, from the file manager's table; the English defaults hold where there is none. Any
-// thread.
+// application has no word of its own, from the file manager's table; without such a table the English defaults are
+// used. Any thread.
 
 /// "3 ISO 9660 tracks": the name of the filesystem and the count, filled into the main bundle's text for "1 %type%
 /// track" or "n %type% tracks", in which "%@" stands for the name and "%d" for the count, in either order. Null for a

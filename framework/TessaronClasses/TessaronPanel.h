@@ -44,11 +44,11 @@ public:
     [[nodiscard]] bool actionMenuItemIsEnabled(QAction *menuItem) override;
     /// A view for another place of the host's window; owned by the panel. Default: null.
     [[nodiscard]] QWidget *accessoryViewForType(TessaronAccessoryViewType type) override;
-    /// What to tell a user who would burn an empty disc. Default: null.
+    /// The message for a user who is about to burn an empty disc. Default: null.
     [[nodiscard]] QString emptyDiscInformationMessage() override;
     /// Default: false.
     [[nodiscard]] bool enableInfoButton() override;
-    /// Shows information about what is selected. Default: nothing.
+    /// Shows information about the selection. Default: nothing.
     void getInfo() override;
     /// True when customSizeText() is to be shown instead of the host's own text. Default: false.
     [[nodiscard]] virtual bool hasCustomSizeTextFormat();

@@ -13,7 +13,7 @@ namespace Tessaron
 /// sessions and tracks of the layout (docs/vant-format.md). The tracks' data is expected one after another from the
 /// start of the file, without pregaps; for a file that holds them there is vantTrailer().
 ///
-/// Each track needs DRBlockSizeKey (not 0) and DRTrackLengthKey; of the other properties it says what is there. The
+/// Each track needs DRBlockSizeKey (not 0) and DRTrackLengthKey; other properties are described when they are set. The
 /// result is null when a track lacks one of the two, when there is no track or a session without tracks, when the sizes
 /// exceed 64 bits, or when the trailer would be longer than a reader accepts. Thread-safe as far as the tracks are left
 /// alone meanwhile.

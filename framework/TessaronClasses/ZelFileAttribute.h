@@ -14,7 +14,7 @@ namespace Tessaron
 struct MallocDeleter {
     void operator()(char *buffer) const { std::free(buffer); }
 };
-/// A buffer made with malloc(3) and owned by its record; null where there is none.
+/// A buffer made with malloc(3) and owned by its record; null for no value.
 using MallocBuffer = std::unique_ptr<char, MallocDeleter>;
 
 /// A NUL-terminated copy of the bytes.
@@ -22,11 +22,11 @@ using MallocBuffer = std::unique_ptr<char, MallocDeleter>;
 
 /// What is cached about a file, to be handed to a file reference that is being made. The flags are coded the other way
 /// round from a boolean: 0 means yes, 1 means no, 2 means not yet known. Strings are NUL-terminated and hold UTF-8, or
-/// the bytes of a name that is not; they belong to the record and go with it to whom it is moved.
+/// the bytes of a name that is not UTF-8; they belong to the record and move with it.
 struct TESSARON_EXPORT _ZelFileAttribute {
     char empty = 1; ///< 1: nothing cached yet, every getter asks the system; 0: the record has been filled
     char directory = 2; ///< 0: a folder
-    char nameBeginsWithADot = 2; ///< filled by nobody but the maker of the record
+    char nameBeginsWithADot = 2; ///< filled only by the maker of the record
     char dataSizeIsKnown = 1; ///< 0: `dataSize` holds the value read; 1: it must be read
     char rsrcSizeIsKnown = 1; ///< 0: `rsrcSize` holds the value read; 1: it must be read
     std::uint64_t dataSize = 0; ///< allocated size of the data fork, bytes

@@ -19,10 +19,10 @@ namespace Tessaron
 class TESSARON_EXPORT ImageSavePanel final : public QFileDialog
 {
 public:
-    /// A panel with a pop-up item for each name. The extension at the same position belongs to it; "????" stands for
-    /// none, and for what is missing at the end or altogether. The first format is chosen at the start, whatever the
-    /// integer holds; its index, and later that of each format chosen, is written to `*selectedFormatIndex`, which has
-    /// to outlive the panel. Null when the names or the address are missing.
+    /// A panel with a pop-up item for each name. The extension at the same position belongs to it; "????" stands for no
+    /// extension, and so does a missing entry or list. The first format is chosen at the start, whatever the integer
+    /// holds; its index, and later that of each format chosen, is written to `*selectedFormatIndex`, which has to
+    /// outlive the panel. Null when the names or the address are missing.
     [[nodiscard]] static std::unique_ptr<ImageSavePanel>
     savePanelWithExtensions(const std::optional<QStringList> &extensions,
                             const std::optional<QStringList> &localizedNames, int *selectedFormatIndex,

@@ -30,8 +30,8 @@ public:
     ~RequestQueue() override;
 
     void add(const void *target, Clock::time_point deadline, std::function<void()> function);
-    /// Called by any thread. The functions go to `released`, for the caller to destroy once no lock is held: what they
-    /// captured may have destructors that come back here.
+    /// Called by any thread. The functions go to `released`, for the caller to destroy once no lock is held: the
+    /// destructors of captured objects may call into this queue.
     void cancel(const void *target, std::vector<std::function<void()>> &released);
 
 protected:

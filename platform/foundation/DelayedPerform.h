@@ -17,8 +17,8 @@ namespace Tessaron
 TESSARON_EXPORT bool performAfterDelay(const void *target, std::chrono::milliseconds delay,
                                        std::function<void()> function);
 
-/// Forgets what the calling thread, or any other, still holds for `target`. After the call nothing that the calling
-/// thread scheduled for it before will start; what another thread scheduled may just be about to.
+/// Drops the requests for `target`, whichever thread they belong to. After the call no earlier request of the calling
+/// thread starts any more; one of another thread may be starting just now.
 TESSARON_EXPORT void cancelPreviousPerformRequests(const void *target);
 
 } // namespace Tessaron

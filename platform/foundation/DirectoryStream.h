@@ -15,8 +15,8 @@ struct DirectoryCloser {
 /// An open folder being listed; closes it at the end of its life.
 using DirectoryStream = std::unique_ptr<DIR, DirectoryCloser>;
 
-/// Begins to list the open folder, which from now on belongs to the stream. Null with `errno` set when that fails; the
-/// folder is closed then.
+/// Begins to list the open folder, which the stream owns from now on. Null with `errno` set when that fails; the folder
+/// is closed then.
 [[nodiscard]] inline DirectoryStream directoryStream(UniqueDescriptor folder)
 {
     DirectoryStream stream(folder ? ::fdopendir(folder.get()) : nullptr);

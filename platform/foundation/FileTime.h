@@ -8,7 +8,7 @@
 namespace Tessaron
 {
 
-/// A point in time as file systems keep it: seconds since 1970, UTC, and what goes beyond them. Times before 1970 have
+/// A point in time as file systems keep it: whole seconds since 1970, UTC, and nanoseconds. Times before 1970 have
 /// negative seconds; the nanoseconds always count forward.
 struct FileTime {
     std::int64_t seconds = 0;

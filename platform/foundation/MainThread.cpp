@@ -15,8 +15,8 @@ namespace Tessaron
 namespace
 {
 
-/// The queue of the main thread; null without a QCoreApplication. Each application gets one of its own: what waited for
-/// the last application must not run under the next.
+/// The queue of the main thread; null without a QCoreApplication. Each application gets one of its own: functions that
+/// waited for the last application must not run under the next.
 std::shared_ptr<RunLoopQueue> mainThreadQueue()
 {
     static std::mutex mutex;
@@ -57,7 +57,7 @@ void performOnMainThreadAndWait(const std::function<void()> &function)
     const std::shared_ptr<RunLoopQueue> queue = mainThreadQueue();
     if (!queue)
         return;
-    // The copy in the queue may be dropped when the application ends, so it is its end that is waited for.
+    // The copy in the queue may be dropped when the application ends, so the caller waits for the end of that copy.
     const auto hasEnded = std::make_shared<std::binary_semaphore>(0);
     queue->perform([&function, atEnd = std::shared_ptr<void>(nullptr, [hasEnded](void *) { hasEnded->release(); })] {
         function();

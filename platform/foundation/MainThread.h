@@ -8,8 +8,8 @@
 namespace Tessaron
 {
 
-/// What a callbacks record is tied to: an object whose end silences the record. A record that names no context lives
-/// as long as its copy. Compare `std::weak_ptr`, which cannot tell "never set" from "set and gone".
+/// Ties a record of callbacks to an object whose end silences them. A record that names no context lives as long as its
+/// copy. Compare `std::weak_ptr`, which cannot tell "never set" from "set and gone".
 class TESSARON_EXPORT CallbackContext
 {
 public:

@@ -153,7 +153,7 @@ void NSBundle::setPreferredLanguages(const QStringList &languages)
 NSBundle::Table NSBundle::loadTable(const QString &name) const
 {
     QStringList candidates;
-    // A user whose languages are not there gets the one that the texts were written in, not their keys.
+    // Without a table in any of the user's languages, the texts are shown in the language they were written in.
     for (const QString &language : m_languages + QStringList{QStringLiteral("en")})
         candidates << QStringLiteral("%1/Resources/%2.lproj/%3.strings").arg(m_path, language, name);
     candidates << QStringLiteral("%1/Resources/%2.strings").arg(m_path, name);

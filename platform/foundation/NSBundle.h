@@ -31,7 +31,7 @@ public:
     /// The bundle at a path, or null when there is no such folder. Paths below "/System/" are looked up below the
     /// folder given to setSystemRoot() when one was given.
     [[nodiscard]] static std::shared_ptr<NSBundle> bundleWithPath(const QString &path);
-    /// Where paths below "/System/" really lie; empty (the default) means where they say.
+    /// Where paths below "/System/" really lie; empty (the default) means at the path itself.
     static void setSystemRoot(const QString &path);
     [[nodiscard]] static QString systemRoot();
 

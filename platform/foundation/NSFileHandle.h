@@ -24,7 +24,7 @@ public:
     /// continued.
     [[nodiscard]] NSError writeData(const void *bytes, std::size_t length);
 
-    /// Closes and reports what the system says about it. A closed handle may be closed again.
+    /// Closes and returns the error that the system reports, if any. A closed handle may be closed again.
     [[nodiscard]] NSError closeFile();
 
     [[nodiscard]] int fileDescriptor() const { return m_descriptor.get(); }

@@ -8,13 +8,13 @@ namespace Tessaron
 
 // Paths as bytes, taken apart and put together by their slashes alone: the file system is never asked.
 
-/// What stands behind the last slash: empty for a path that ends in one.
+/// The part behind the last slash; empty for a path that ends in a slash.
 [[nodiscard]] inline QByteArrayView lastPathComponent(QByteArrayView path)
 {
     return path.sliced(path.lastIndexOf('/') + 1);
 }
 
-/// The path of the folder that holds what an absolute path names; "/" for the root itself.
+/// The path of the folder in which an absolute path ends; "/" for the root itself.
 [[nodiscard]] inline QByteArray parentPath(const QByteArray &path)
 {
     const qsizetype slash = path.lastIndexOf('/');

@@ -12,7 +12,7 @@ namespace
 
 // ICU counts steps of its matcher, not time: a unit is about a millisecond on the machines of 2020.
 constexpr int32_t timeLimit = 1000;
-// What can be gone back to is kept on a heap. "(a|b)*" takes 80 bytes a character.
+// The matcher keeps the states that it may return to: "(a|b)*" takes 80 bytes a character.
 constexpr int32_t stackLimit = 64 * 1024 * 1024;
 
 struct Closer {
@@ -41,7 +41,7 @@ bool regularExpressionMatches(QStringView pattern, QStringView text)
     uregex_setStackLimit(expression.get(), stackLimit, &status);
     constexpr char16_t nothing[] = u"";
     uregex_setText(expression.get(), text.isEmpty() ? nothing : text.utf16(), lengthForIcu(text), &status);
-    // Each call above does nothing once the status tells of a failure.
+    // ICU functions do nothing once the status holds a failure.
     constexpr int32_t fromTheStart = 0;
     const bool isMatch = uregex_matches(expression.get(), fromTheStart, &status);
     return isMatch && U_SUCCESS(status);

@@ -11,7 +11,7 @@
 namespace Tessaron
 {
 
-/// What a function that can fail returns: a value, or the NSError that says why there is none. A function that has
+/// The result of a function that can fail: a value, or the NSError that says why there is none. A function that has
 /// nothing to return but can fail returns an NSError alone.
 ///
 ///     Result<Table> readTable(const QByteArray &bytes);
@@ -39,7 +39,7 @@ public:
     {
     }
 
-    /// Failure. The null error is none and must not be passed.
+    /// Failure. The null error means success and must not be passed.
     Result(NSError error)
         : m_content(std::in_place_index<1>, std::move(error))
     {

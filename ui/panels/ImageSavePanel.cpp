@@ -19,7 +19,7 @@ namespace
 const QString noExtension = QStringLiteral("????");
 
 constexpr QSize popUpSize(250, 26);
-/// What the pop-up is wider than its widest title.
+/// The width that the pop-up needs beside its widest title.
 constexpr int roomBesideTitle = 30;
 constexpr int titlePixels = 13;
 
