@@ -20,7 +20,7 @@ OSErr FSGetFinderInfo(const FSRef *ref, FileInfo *finderInfo, ExtendedFileInfo *
         wanted |= kFSCatInfoFinderInfo;
     if (extendedFinderInfo)
         wanted |= kFSCatInfoFinderXInfo;
-    if (isDirectory)
+    if (isDirectory != nullptr)
         wanted |= kFSCatInfoNodeFlags;
     FSCatalogInfo info;
     if (const OSErr error = FSGetCatalogInfo(ref, wanted, &info))
