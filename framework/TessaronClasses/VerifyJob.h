@@ -1,43 +1,53 @@
 #pragma once
 
-#include "TessaronClasses/ImageVerification.h"
+#include <TessaronClasses/DiscFormat.h>
+#include <TessaronClasses/DiscJob.h>
+#include <TessaronClasses/ImageVerification.h>
 
-#include "platform/foundation/Export.h"
-
-#include <QObject>
+#include <QByteArray>
+#include <QList>
 
 #include <memory>
+#include <optional>
 
 namespace Tessaron
 {
 
-/// Compares an image with its sources on a thread of its own: verifyImage() for programs with an event loop. Lives on
-/// the thread that made it; all signals come on that thread, through its event loop. One comparison at a time.
-class TESSARON_EXPORT VerifyJob : public QObject
+/// What is to be compared. Paths are bytes; relative ones count from the working folder.
+struct VerifyOrder {
+    QByteArray image; ///< see openDiscImage()
+    QList<QByteArray> sources; ///< as in DiscImageOrder
+    /// The filesystems that the image must have, no more and no fewer; absent to take it as it is.
+    std::optional<DiscFilesystems> filesystems;
+};
+
+/// Compares an image with the sources that it was made of: verifyImage() in the background. See DiscJob for threads and
+/// lifetime.
+class TESSARON_EXPORT VerifyJob final : public DiscJob
 {
     Q_OBJECT
 
 public:
-    explicit VerifyJob(QObject *parent = nullptr);
-    /// Cancels, waits until the thread has noticed (a tenth of a second at most on an idle machine), and tells nothing
-    /// any more.
+    explicit VerifyJob(VerifyOrder order, QObject *parent = nullptr);
     ~VerifyJob() override;
 
-    /// Begins. Must not be called while a comparison runs.
-    void start(VerificationRequest request);
-    /// Asks the comparison to end soon; finished() comes all the same, with `isCancelled`. Does not wait.
-    void cancel();
-    [[nodiscard]] bool isRunning() const;
+    /// As it was sent with finished(); before that, empty.
+    [[nodiscard]] const VerificationResult &result() const;
 
 Q_SIGNALS:
-    void phaseChanged(Tessaron::VerificationProgress::Phase phase);
-    /// At most ten times a second; the last state of a phase may be left out.
-    void progressed(const Tessaron::VerificationProgress &progress);
     void finished(const Tessaron::VerificationResult &result);
 
+protected:
+    void begin() override;
+    void stop() override;
+    [[nodiscard]] DiscJobProgress currentProgress() const override;
+    void announceResult() override;
+
 private:
-    class Worker;
-    std::unique_ptr<Worker> m_worker;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace Tessaron
+
+Q_DECLARE_METATYPE(Tessaron::VerificationResult)

@@ -1,6 +1,6 @@
 #include "imaging/verification/ContentComparison.h"
 
-#include "platform/foundation/NSError.h"
+#include "platform/foundation/MessageTexts.h"
 #include "platform/foundation/UniqueDescriptor.h"
 
 #include <algorithm>
@@ -15,11 +15,6 @@ namespace Tessaron
 
 namespace
 {
-
-QString reasonOfErrno(int errnoValue)
-{
-    return NSError::errorWithErrno(errnoValue, {}).localizedFailureReason();
-}
 
 constexpr std::size_t pieceSize = std::size_t(1) << 20;
 constexpr std::size_t windowSize = 4 * pieceSize;
@@ -91,7 +86,7 @@ void ContentComparison::compare(const ContentPlace &place)
                            0,
                            m_sources.discPath(place.source),
                            {},
-                           QStringLiteral("the source cannot be read: %1").arg(reasonOfErrno(errno))});
+                           QStringLiteral("the source cannot be read: %1").arg(systemText(errno))});
         return;
     }
     std::uint64_t position = 0;
@@ -111,7 +106,7 @@ bool ContentComparison::compareRun(const ContentPlace &place, int file, const Vo
         const ssize_t got = readAt(file, m_buffer.data(), length, position + done);
         if (got < 0 || std::size_t(got) < length) {
             const QString reason =
-                got < 0 ? reasonOfErrno(errno) : QStringLiteral("it has become shorter since it was listed");
+                got < 0 ? systemText(errno) : QStringLiteral("it has become shorter since it was listed");
             m_differences.add({ImageDifference::Kind::Source,
                                0,
                                m_sources.discPath(place.source),

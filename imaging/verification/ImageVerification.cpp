@@ -1,5 +1,6 @@
 #include "imaging/verification/ContentComparison.h"
 #include "imaging/verification/VolumeComparison.h"
+#include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/ImageVerification.h>
 
 #include <algorithm>
@@ -15,16 +16,52 @@ namespace
 constexpr std::array comparisonOrder = {VolumeKind::RockRidge, VolumeKind::UDF, VolumeKind::HFSPlus, VolumeKind::Joliet,
                                         VolumeKind::ISO9660};
 
-/// A volume that states more blocks than the image has was cut.
-void checkLengths(const VerificationRequest &request, ImageDifferenceList *differences)
+DiscFilesystems filesystemOf(VolumeKind kind)
 {
+    switch (kind) {
+    case VolumeKind::ISO9660:
+    case VolumeKind::RockRidge:
+        return DiscFilesystem::ISO9660;
+    case VolumeKind::Joliet:
+        return DiscFilesystem::Joliet;
+    case VolumeKind::UDF:
+        return DiscFilesystem::UDF;
+    case VolumeKind::HFSPlus:
+        return DiscFilesystem::HFSPlus;
+    }
+    return {};
+}
+
+/// The image has the views that the filesystems asked for give it, Rock Ridge with ISO 9660.
+void checkFilesystems(const VerificationRequest &request, ImageDifferenceList *differences)
+{
+    for (const VolumeKind kind : comparisonOrder) {
+        const auto isOfKind = [kind](const FoundVolume &volume) { return volume.kind == kind; };
+        const bool isThere = std::any_of(request.volumes.begin(), request.volumes.end(), isOfKind);
+        const bool isWanted = (*request.filesystems & filesystemOf(kind)) == filesystemOf(kind);
+        if (isThere == isWanted)
+            continue;
+        differences->add({isThere ? ImageDifference::Kind::Extra : ImageDifference::Kind::Missing,
+                          setOf(kind),
+                          "/",
+                          {},
+                          isThere ? QStringLiteral("the image has this filesystem, which was not asked for")
+                                  : QStringLiteral("the image does not have this filesystem")});
+    }
+}
+
+/// The damage that opening the image has shown, and what is too short or too long.
+void checkImage(const VerificationRequest &request, ImageDifferenceList *differences)
+{
+    const std::uint64_t length = request.image->length();
+    if (request.image->vantError())
+        differences->addDamage(0, "/", request.image->vantError());
     for (const FoundVolume &volume : request.volumes) {
         if (volume.error)
             differences->addDamage(setOf(volume.kind), "/", volume.error);
         if (!volume.reader)
             continue;
         const DiscVolumeFacts &facts = volume.reader->facts();
-        const std::uint64_t length = request.image->length();
         if (facts.offset <= length && facts.blockCount <= (length - facts.offset) / facts.blockSize)
             continue;
         differences->add({ImageDifference::Kind::Damage, setOf(volume.kind), "/", length,
@@ -33,6 +70,14 @@ void checkLengths(const VerificationRequest &request, ImageDifferenceList *diffe
                               .arg(facts.blockSize)
                               .arg(length)});
     }
+    constexpr std::uint64_t smallestBlock = 512;
+    const std::uint64_t rest = length % smallestBlock;
+    if (rest != 0 && !request.image->vantError())
+        differences->add({ImageDifference::Kind::Damage, 0, "/", length - rest,
+                          QStringLiteral("the image ends with a piece of a block, or with a trailer that is damaged: "
+                                         "%1 bytes from byte %2 on")
+                              .arg(rest)
+                              .arg(length - rest)});
 }
 
 void compareVolumes(const VerificationRequest &request, SourceIndex &sources, ContentPlan &plan,
@@ -58,24 +103,27 @@ void compareVolumes(const VerificationRequest &request, SourceIndex &sources, Co
 } // namespace
 
 VerificationResult verifyImage(const VerificationRequest &request, const std::stop_token &stop,
-                               const std::function<void(const VerificationProgress &)> &progress)
+                               const std::function<void(const DiscJobProgress &)> &progress)
 {
     VerificationResult result;
-    VerificationProgress state;
+    DiscJobProgress state;
+    state.phase = DiscJobPhase::Scanning;
     progress(state);
     SourceIndex sources(request.sources, stop);
     for (const SourceFailure &failure : sources.failures())
         result.differences.add({ImageDifference::Kind::Source, 0, failure.path, {}, failure.reason});
     result.files = state.files = sources.fileCount();
     result.folders = state.folders = sources.folderCount();
-    state.phase = VerificationProgress::Phase::ComparingNames;
+    state.phase = DiscJobPhase::Planning;
     progress(state);
     ContentPlan plan(sources.count());
-    checkLengths(request, &result.differences);
+    if (request.filesystems)
+        checkFilesystems(request, &result.differences);
+    checkImage(request, &result.differences);
     compareVolumes(request, sources, plan, stop, &result);
     if (!stop.stop_requested()) {
         ContentComparison comparison(*request.image, sources, plan, result.differences);
-        state.phase = VerificationProgress::Phase::ComparingContents;
+        state.phase = DiscJobPhase::Comparing;
         state.bytesTotal = comparison.byteCount();
         comparison.run([&](std::uint64_t done) {
             result.bytesCompared = state.bytesDone = done;
@@ -83,7 +131,8 @@ VerificationResult verifyImage(const VerificationRequest &request, const std::st
             return !stop.stop_requested();
         });
     }
-    result.isCancelled = stop.stop_requested();
+    if (stop.stop_requested())
+        result.error = discJobCancellation();
     return result;
 }
 

@@ -1,6 +1,6 @@
 #include "imaging/verification/SourceIndex.h"
 
-#include "platform/foundation/NSError.h"
+#include "platform/foundation/MessageTexts.h"
 #include "platform/foundation/UniqueDescriptor.h"
 
 #include <algorithm>
@@ -18,11 +18,6 @@ namespace Tessaron
 
 namespace
 {
-
-QString reasonOfErrno(int errnoValue)
-{
-    return NSError::errorWithErrno(errnoValue, {}).localizedFailureReason();
-}
 
 /// The system takes no longer path at once.
 constexpr qsizetype longestPath = PATH_MAX - 1;
@@ -79,7 +74,7 @@ struct SourceIndex::Entry {
     QByteArray top; ///< for a source given by the user: its path
 };
 
-SourceIndex::SourceIndex(const std::vector<VerificationSource> &sources, const std::stop_token &stop)
+SourceIndex::SourceIndex(const std::vector<DiscSource> &sources, const std::stop_token &stop)
     : m_rootIsOnlySource(sources.size() == 1 && sources.front().isFolder)
 {
     addSources(sources);
@@ -91,7 +86,7 @@ SourceIndex::SourceIndex(const std::vector<VerificationSource> &sources, const s
     }
 }
 
-void SourceIndex::addSources(const std::vector<VerificationSource> &sources)
+void SourceIndex::addSources(const std::vector<DiscSource> &sources)
 {
     SourceObject root;
     root.kind = VolumeObjectKind::Folder;
@@ -105,9 +100,9 @@ void SourceIndex::addSources(const std::vector<VerificationSource> &sources)
     }
     m_objects.push_back(root);
     std::vector<Entry> entries;
-    for (const VerificationSource &source : sources) {
+    for (const DiscSource &source : sources) {
         if (::stat(source.path.constData(), &status) != 0) {
-            m_failures.push_back({source.path, reasonOfErrno(errno)});
+            m_failures.push_back({source.path, systemText(errno)});
             continue;
         }
         entries.push_back({source.name, objectFor(status), source.path});
@@ -165,7 +160,7 @@ void SourceIndex::addChildren(SourceNumber folder, std::vector<Entry> &entries)
 
 void SourceIndex::fail(SourceNumber number, int errnoValue)
 {
-    m_failures.push_back({diskPath(number), reasonOfErrno(errnoValue)});
+    m_failures.push_back({diskPath(number), systemText(errnoValue)});
 }
 
 std::string_view SourceIndex::name(SourceNumber number) const

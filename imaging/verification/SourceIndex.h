@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/discimage/volume/VolumeObject.h"
-#include <TessaronClasses/ImageVerification.h>
+#include <TessaronClasses/DiscSources.h>
 
 #include <QByteArray>
 
@@ -44,7 +44,7 @@ class SourceIndex
 {
 public:
     /// Lists the sources as `tessaron image` arranges them. Ends early when a stop is requested.
-    SourceIndex(const std::vector<VerificationSource> &sources, const std::stop_token &stop);
+    SourceIndex(const std::vector<DiscSource> &sources, const std::stop_token &stop);
 
     [[nodiscard]] std::size_t count() const { return m_objects.size(); }
     [[nodiscard]] const SourceObject &operator[](SourceNumber number) const { return m_objects[number]; }
@@ -66,7 +66,7 @@ public:
 
 private:
     struct Entry;
-    void addSources(const std::vector<VerificationSource> &sources);
+    void addSources(const std::vector<DiscSource> &sources);
     void listFolder(SourceNumber folder);
     void addChildren(SourceNumber folder, std::vector<Entry> &entries);
     void fail(SourceNumber number, int errnoValue);

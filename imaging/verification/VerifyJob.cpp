@@ -1,98 +1,100 @@
+#include "imaging/jobs/BackgroundTask.h"
+#include "platform/foundation/MessageTexts.h"
+#include <TessaronClasses/DiscJobErrors.h>
+#include <TessaronClasses/DiscSources.h>
+#include <TessaronClasses/OpenedDiscImage.h>
 #include <TessaronClasses/VerifyJob.h>
 
-#include <QMetaObject>
-
-#include <chrono>
-#include <optional>
-#include <thread>
+#include <mutex>
 
 namespace Tessaron
 {
 
-namespace
-{
-
-constexpr std::chrono::milliseconds shortestInterval(100); // people read no faster
-
-} // namespace
-
-/// The thread of one comparison. What it tells goes through the job's event loop, and is dropped there when the job is
-/// gone or has begun another comparison.
-class VerifyJob::Worker
+class VerifyJob::Private
 {
 public:
-    Worker(VerifyJob *job, VerificationRequest request)
-        : m_job(job)
-        , m_request(std::move(request))
-        , m_thread([this](const std::stop_token &stop) { run(stop); })
-    {
-    }
+    NSError work(const std::stop_token &stop);
+    NSError prepare(VerificationRequest *request) const;
 
-    void cancel() { m_thread.request_stop(); }
-
-private:
-    void run(const std::stop_token &stop)
-    {
-        VerificationResult result =
-            verifyImage(m_request, stop, [this](const VerificationProgress &progress) { tell(progress); });
-        post([result = std::move(result)](VerifyJob *job) {
-            // Whoever hears the signal may begin the next comparison.
-            const std::unique_ptr<Worker> ended = std::move(job->m_worker);
-            Q_EMIT job->finished(result);
-        });
-    }
-
-    void tell(const VerificationProgress &progress)
-    {
-        const auto now = std::chrono::steady_clock::now();
-        const bool isNewPhase = progress.phase != m_phase;
-        if (!isNewPhase && now - m_lastTold < shortestInterval)
-            return;
-        m_phase = progress.phase;
-        m_lastTold = now;
-        post([progress, isNewPhase](VerifyJob *job) {
-            if (isNewPhase)
-                Q_EMIT job->phaseChanged(progress.phase);
-            Q_EMIT job->progressed(progress);
-        });
-    }
-
-    template <typename Message>
-    void post(Message message)
-    {
-        QMetaObject::invokeMethod(
-            m_job, [job = m_job, message = std::move(message)] { message(job); }, Qt::QueuedConnection);
-    }
-
-    VerifyJob *const m_job;
-    const VerificationRequest m_request;
-    std::optional<VerificationProgress::Phase> m_phase; ///< told last
-    std::chrono::steady_clock::time_point m_lastTold;
-    std::jthread m_thread; ///< last: it uses all of the above, and ending it joins
+    VerifyOrder order;
+    VerificationResult result; ///< the worker's until the job has ended
+    std::mutex mutex;
+    DiscJobProgress progress; ///< guarded by `mutex`
+    BackgroundTask task; ///< last member: it ends before what it works on goes
 };
 
-VerifyJob::VerifyJob(QObject *parent)
-    : QObject(parent)
+NSError VerifyJob::Private::prepare(VerificationRequest *request) const
 {
+    Result<OpenedDiscImage> opened = openDiscImage(order.image);
+    if (!opened)
+        return opened.error();
+    if (opened->volumes.empty() && !order.filesystems)
+        return discJobError(DiscJobErrorCode::Source,
+                            QStringLiteral("no filesystem was found in %1").arg(quoted(order.image)),
+                            QStringLiteral("Known are ISO 9660, Rock Ridge, Joliet, UDF and HFS+."), order.image);
+    Result<std::vector<DiscSource>> sources = discSourcesAtPaths(order.sources);
+    if (!sources)
+        return sources.error();
+    if (NSError error = errorOfSourcesSideBySide(*sources))
+        return error;
+    request->image = opened->source;
+    request->volumes = std::move(opened->volumes);
+    request->sources = std::move(*sources);
+    request->filesystems = order.filesystems;
+    return {};
+}
+
+NSError VerifyJob::Private::work(const std::stop_token &stop)
+{
+    VerificationRequest request;
+    if (NSError error = prepare(&request))
+        return error;
+    result = verifyImage(request, stop, [this](const DiscJobProgress &now) {
+        const std::lock_guard lock(mutex);
+        progress = now;
+    });
+    return result.error;
+}
+
+VerifyJob::VerifyJob(VerifyOrder order, QObject *parent)
+    : DiscJob(parent)
+    , d(std::make_unique<Private>())
+{
+    d->order = std::move(order);
 }
 
 VerifyJob::~VerifyJob() = default;
 
-void VerifyJob::start(VerificationRequest request)
+const VerificationResult &VerifyJob::result() const
 {
-    Q_ASSERT(!m_worker);
-    m_worker = std::make_unique<Worker>(this, std::move(request));
+    return d->result;
 }
 
-void VerifyJob::cancel()
+void VerifyJob::begin()
 {
-    if (m_worker)
-        m_worker->cancel();
+    d->task.start([d = d.get()](const std::stop_token &stop) { return d->work(stop); },
+                  [this](const NSError &error) {
+                      d->result.error = error;
+                      if (!error)
+                          d->progress.phase = DiscJobPhase::Done;
+                      end();
+                  });
 }
 
-bool VerifyJob::isRunning() const
+void VerifyJob::stop()
 {
-    return m_worker != nullptr;
+    d->task.requestStop();
+}
+
+DiscJobProgress VerifyJob::currentProgress() const
+{
+    const std::lock_guard lock(d->mutex);
+    return d->progress;
+}
+
+void VerifyJob::announceResult()
+{
+    Q_EMIT finished(d->result);
 }
 
 } // namespace Tessaron

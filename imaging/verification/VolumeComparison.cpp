@@ -2,7 +2,7 @@
 
 #include "imaging/verification/LinkTargets.h"
 #include "platform/discimage/volume/VolumeWalk.h"
-#include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/MessageTexts.h"
 
 #include <QDate>
 #include <QDateTime>
@@ -41,11 +41,6 @@ QString kindText(VolumeObjectKind kind)
 QString timeText(const VolumeTime &time)
 {
     return QDateTime::fromSecsSinceEpoch(time.seconds, Qt::UTC).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-}
-
-QString quoted(const QByteArray &path)
-{
-    return QStringLiteral("“%1”").arg(stringWithFileSystemRepresentation(path));
 }
 
 bool isWithin(std::int64_t seconds, int firstYear, int lastYear)
@@ -231,7 +226,7 @@ void VolumeComparison::compareTime(const VolumeObject &object, SourceNumber sour
     if (object.modified->seconds == seconds && object.modified->nanoseconds / granularity == nanoseconds / granularity)
         return;
     differ(ImageDifference::Kind::Time, m_sources.discPath(source), object.recordOffset,
-           QStringLiteral("modified at %1 instead of %2")
+           QStringLiteral("modified at %1 instead of %2 (UTC)")
                .arg(timeText(*object.modified), timeText({seconds, nanoseconds, 1})));
 }
 

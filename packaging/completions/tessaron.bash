@@ -7,7 +7,7 @@ _tessaron_options() {
             "-h --help --version"
         ;;
     inspect) echo "--json -h --help --version" ;;
-    verify) echo "--progress --json -q --quiet -v --verbose -h --help --version" ;;
+    verify) echo "--filesystems --progress --json -q --quiet -v --verbose -h --help --version" ;;
     scan) echo "--progress --json -q --quiet -v --verbose -h --help --version" ;;
     *) echo "-h --help --version" ;;
     esac

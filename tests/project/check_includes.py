@@ -35,9 +35,9 @@ LAYERS = [
     "platform/discimage",
     "filemodel",
     "imaging",
-    "imaging/verification",
     "ui/text",
     "imaging/jobs",
+    "imaging/verification",
     "ui/views",
     "ui/panels",
 ]

@@ -45,8 +45,11 @@ protected:
         VerificationRequest request;
         request.image = DiscImageSource::sourceWithFile(QString::fromUtf8(image())).source;
         request.volumes = volumesInImage(request.image);
-        request.sources = {{m_tree.path("source"), "source", true}};
-        return verifyImage(request, {}, [](const VerificationProgress &) {});
+        DiscSource source;
+        source.path = m_tree.path("source");
+        source.isFolder = true;
+        request.sources = {source};
+        return verifyImage(request, {}, [](const DiscJobProgress &) {});
     }
 
     static QString keyOf(VolumeKind kind)

@@ -150,6 +150,49 @@ TEST_F(Inspect, damage_isNamedWithItsPlace)
     EXPECT_EQ(object[QStringLiteral("result")].toString(), QStringLiteral("failed"));
 }
 
+TEST_F(Inspect, cueSheetWhoseFileIsMissing_isAFailure)
+{
+    m_tree.makeFile("gone.cue", "FILE \"gone.bin\" BINARY\n TRACK 01 MODE1/2048\n INDEX 01 00:00:00\n");
+    for (const QByteArray name : {"gone.bin", "gone.cue"}) {
+        const ChildResult result = runTessaron({"inspect", m_tree.path(name)});
+        EXPECT_EQ(result.exitStatus, 1);
+        EXPECT_TRUE(result.errors.contains("cannot be read: No such file or directory")) << result.errors.constData();
+        EXPECT_EQ(result.output, "");
+        const QJsonObject report = jsonOf(runTessaron({"inspect", "--json", m_tree.path(name)}).output);
+        EXPECT_TRUE(report[QStringLiteral("format")].isNull());
+    }
+}
+
+TEST_F(Inspect, namedPipesAndFolders_areRefusedAtOnce)
+{
+    for (const QByteArray name : {"pipe.cue", "pipe.bin", "pipe.iso"}) {
+        m_tree.makeFifo(name);
+        const ChildResult result = runTessaron({"inspect", m_tree.path(name)});
+        EXPECT_EQ(result.exitStatus, 1);
+        EXPECT_TRUE(result.errors.contains("neither a regular file nor a block device")) << result.errors.constData();
+    }
+    m_tree.makeFolder("folder.cue");
+    EXPECT_TRUE(runTessaron({"inspect", m_tree.path("folder.cue")}).errors.contains("it is a folder"));
+    // A pipe that stands where a cue sheet could be describes nothing.
+    makeOrdinaryTree();
+    EXPECT_EQ(runTessaron({"image", "-q", "-o", m_tree.path("out/disc.bin"), m_tree.path("source")}).exitStatus, 0);
+    m_tree.remove("out/disc.cue");
+    m_tree.makeFifo("out/disc.cue");
+    EXPECT_EQ(runTessaron({"inspect", m_tree.path("out/disc.bin")}).exitStatus, 0);
+}
+
+TEST_F(Inspect, format_isIsoForDiscFilesystemsOnly)
+{
+    makeOrdinaryTree();
+    const auto formatWith = [this](const QByteArray &filesystems) {
+        EXPECT_EQ(runTessaron(imageArguments({"-q", "--filesystems", filesystems})).exitStatus, 0);
+        const ChildResult result = runTessaron({"inspect", "--json", image()});
+        return jsonOf(result.output)[QStringLiteral("format")].toString();
+    };
+    EXPECT_EQ(formatWith("udf,hfs+"), QStringLiteral("iso"));
+    EXPECT_EQ(formatWith("hfs+"), QStringLiteral("blocks"));
+}
+
 TEST_F(Inspect, whatIsNoImage_isAFailure)
 {
     m_tree.makeFile("text.txt", "This is no image.");

@@ -263,6 +263,55 @@ TEST_F(Verify, truncatedImage_isFound_whereverItEnds)
     EXPECT_EQ(verified(1)[QStringLiteral("error")][QStringLiteral("kind")].toString(), QStringLiteral("source"));
 }
 
+TEST_F(Verify, cutImage_isFound_inEachFilesystemAlone)
+{
+    makeOrdinaryTree();
+    makeBigFile("source/folder/zz", 300000);
+    for (const QByteArray filesystems : {"iso9660", "joliet", "udf", "hfs+", "iso9660,joliet,udf,hfs+"}) {
+        SCOPED_TRACE(filesystems.constData());
+        makeImage({"--filesystems", filesystems});
+        const auto whole = std::uintmax_t(m_tree.contents("out/disc.iso").size());
+        for (const std::uintmax_t less : {1, 100'000}) {
+            SCOPED_TRACE(less);
+            std::filesystem::resize_file(image().toStdString(), whole - less);
+            (void)verified(1);
+            makeImage({"--filesystems", filesystems});
+        }
+    }
+}
+
+TEST_F(Verify, filesystems_areThoseThatWereAskedFor)
+{
+    makeOrdinaryTree();
+    makeImage({"--filesystems", "iso9660,udf"});
+    const auto status = [this](const QByteArray &filesystems) {
+        return runTessaron({"verify", "--filesystems", filesystems, image(), m_tree.path("source")});
+    };
+    EXPECT_EQ(status("udf,iso9660").exitStatus, 0);
+    const ChildResult more = status("iso9660,udf,hfs+");
+    EXPECT_EQ(more.exitStatus, 1);
+    EXPECT_TRUE(more.errors.contains("HFS+: /: the image does not have this filesystem")) << more.errors.constData();
+    const ChildResult fewer = status("udf");
+    EXPECT_EQ(fewer.exitStatus, 1);
+    EXPECT_TRUE(fewer.errors.contains("ISO 9660: /: the image has this filesystem, which was not asked for"));
+}
+
+TEST_F(Verify, damagedVantTrailer_isFound)
+{
+    makeOrdinaryTree();
+    ASSERT_EQ(runTessaron({"image", "-q", "--format", "vant", "-o", image(), m_tree.path("source")}).exitStatus, 0);
+    (void)verified(0);
+    const qint64 length = m_tree.contents("out/disc.iso").size();
+    const qint64 trailer = length % 2048;
+    ASSERT_GT(trailer, 0);
+    for (qint64 at = length - trailer; at < length; at += 7) {
+        SCOPED_TRACE(at);
+        flipByte(at);
+        EXPECT_TRUE(differencesIn(verified(1)).contains("damage /"));
+        flipByte(at);
+    }
+}
+
 TEST_F(Verify, changedSources_areFound)
 {
     makeOrdinaryTree();

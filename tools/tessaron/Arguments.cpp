@@ -205,6 +205,7 @@ bool Parser::setFilesystems(const QByteArray &value)
                 QStringLiteral("there is no filesystem %1; use some of iso9660,joliet,udf,hfs+").arg(quoted(name)));
     }
     m_arguments.filesystems = mask;
+    m_arguments.hasFilesystems = true;
     return true;
 }
 

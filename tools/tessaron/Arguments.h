@@ -47,11 +47,14 @@ struct Arguments {
     ProgressMode progress = ProgressMode::Auto;
     Verbosity verbosity = Verbosity::Normal;
 
+    // For MakeImage and Verify.
+    DiscFilesystems filesystems = allDiscFilesystems;
+    bool hasFilesystems = false; ///< they were named
+
     // For MakeImage only.
     QByteArray output;
     DiscFormat format = DiscFormat::ISO;
     QString volumeName; ///< empty: the source's name
-    DiscFilesystems filesystems = allDiscFilesystems;
     bool strict = false;
     bool isSynchronized = true; ///< wait until the image is on the disk
 };

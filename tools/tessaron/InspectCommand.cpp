@@ -4,6 +4,7 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/JsonWriter.h"
+#include "tools/tessaron/SignalWatcher.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 #include "tools/tessaron/VolumeJson.h"
@@ -12,7 +13,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <thread>
 #include <unistd.h>
 
 namespace Tessaron::Tool
@@ -35,11 +35,29 @@ QString volumeLine(const VolumeReader &reader, const VolumeCensus &census)
         line += QStringLiteral(", ") + counted(census.others, "special file", "special files");
     line += QStringLiteral(", ") + sizeText(census.bytes);
     if (facts.created)
-        line += QStringLiteral(", made ") + timeText(*facts.created);
+        line += QStringLiteral(", made ") + timeText(*facts.created) + QStringLiteral(" UTC");
     return line;
 }
 
-QString trackLine(const ImageTrack &track)
+/// "iso" is what that word means to people, an image with a filesystem of optical discs; others are plain blocks.
+QString formatName(const OpenedDiscImage &image)
+{
+    const auto isOfDisc = [](const FoundVolume &volume) { return volume.kind != VolumeKind::HFSPlus; };
+    switch (image.layout) {
+    case DiscImageLayout::Blocks:
+        return std::any_of(image.volumes.begin(), image.volumes.end(), isOfDisc) ? QStringLiteral("iso")
+                                                                                 : QStringLiteral("blocks");
+    case DiscImageLayout::CueSheet:
+        return QStringLiteral("bin");
+    case DiscImageLayout::RawSectors:
+        return QStringLiteral("raw");
+    case DiscImageLayout::VANT:
+        return QStringLiteral("vant");
+    }
+    return {};
+}
+
+QString trackLine(const DiscImageTrack &track)
 {
     QString line = QStringLiteral("session %1, track %2: %3, %4 at byte %5")
                        .arg(track.session)
@@ -63,47 +81,42 @@ InspectCommand::InspectCommand(const Arguments &arguments)
 
 ExitStatus InspectCommand::run()
 {
-    m_signalWatcher = std::make_unique<SignalWatcher>([this] { m_stop.request_stop(); });
-    m_problem = openImage(m_arguments.paths.first(), &m_image);
+    inspect();
+    m_problem = problemOf(m_result.error);
     if (!m_problem)
-        inspect();
-    if (m_signalWatcher->isInterrupted())
-        m_problem = interruption();
-    else if (!m_problem)
         m_problem = judge();
     printErrors();
     if (m_problem)
         printProblem(m_problem);
-    const bool hasImage =
-        (!m_image.volumes.empty() || !m_image.tracks.empty()) && m_problem.kind != Problem::Kind::Interrupted;
-    const bool isWritten = m_arguments.json ? writeJson() : (!hasImage || writeText());
+    const bool hasReport = !m_result.error && (!m_result.image->volumes.empty() || !m_result.image->tracks.empty());
+    const bool isWritten = m_arguments.json ? writeJson() : (!hasReport || writeText());
     if (isWritten)
         return exitStatusFor(m_problem);
     printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
     return ExitStatus::Failed;
 }
 
-/// The walk has a thread of its own, so that signals are heard meanwhile.
 void InspectCommand::inspect()
 {
+    InspectJob job(m_arguments.paths.first());
+    const SignalWatcher signalWatcher([&job] { job.cancel(); });
     QEventLoop loop;
-    std::jthread walk([this, &loop] {
-        for (const FoundVolume &volume : m_image.volumes)
-            m_censuses.push_back(volume.reader ? censusOf(*volume.reader, m_stop.get_token()) : VolumeCensus());
-        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
-    });
+    QObject::connect(&job, &InspectJob::finished, &loop, &QEventLoop::quit);
+    job.start();
     loop.exec();
+    m_result = job.result();
 }
 
 Problem InspectCommand::judge() const
 {
-    const QByteArray &path = m_image.path;
+    const OpenedDiscImage &image = *m_result.image;
+    const QByteArray &path = image.path;
     const auto isDamaged = [](const FoundVolume &volume) { return bool(volume.error); };
     const auto hasFailures = [](const VolumeCensus &census) { return census.failureCount > 0; };
-    if (m_image.source->vantError() || std::any_of(m_image.volumes.begin(), m_image.volumes.end(), isDamaged)
-        || std::any_of(m_censuses.begin(), m_censuses.end(), hasFailures))
+    if (image.source->vantError() || std::any_of(image.volumes.begin(), image.volumes.end(), isDamaged)
+        || std::any_of(m_result.censuses.begin(), m_result.censuses.end(), hasFailures))
         return {Problem::Kind::Source, QStringLiteral("the image %1 is damaged").arg(quoted(path)), {}, path};
-    if (m_image.volumes.empty() && m_image.tracks.empty())
+    if (image.volumes.empty() && image.tracks.empty())
         return {Problem::Kind::Source, QStringLiteral("nothing that is known here was found in %1").arg(quoted(path)),
                 QStringLiteral("Known are ISO 9660, Rock Ridge, Joliet, UDF, HFS+, VANT and cue sheets."), path};
     return {};
@@ -111,16 +124,17 @@ Problem InspectCommand::judge() const
 
 void InspectCommand::printErrors() const
 {
-    if (!m_image.source)
+    if (!m_result.image)
         return;
-    if (m_image.source->vantError())
-        printDiagnostic(m_image.source->vantError().localizedFailureReason());
-    for (std::size_t index = 0; index < m_censuses.size(); ++index) {
-        const FoundVolume &volume = m_image.volumes[index];
+    const OpenedDiscImage &image = *m_result.image;
+    if (image.source->vantError())
+        printDiagnostic(image.source->vantError().localizedFailureReason());
+    for (std::size_t index = 0; index < m_result.censuses.size(); ++index) {
+        const FoundVolume &volume = image.volumes[index];
         const QString kind = volumeKindName(volume.kind);
         if (volume.error)
             printDiagnostic(QStringLiteral("%1: %2").arg(kind, volume.error.localizedFailureReason()));
-        const VolumeCensus &census = m_censuses[index];
+        const VolumeCensus &census = m_result.censuses[index];
         for (const VolumeCensus::Failure &failure : census.failures)
             printDiagnostic(QStringLiteral("%1, %2: %3")
                                 .arg(kind, quoted('/' + failure.path), failure.error.localizedFailureReason()));
@@ -131,24 +145,25 @@ void InspectCommand::printErrors() const
 
 bool InspectCommand::writeText() const
 {
-    QByteArray text = printable(m_image.path) + ": " + sizeText(m_image.source->fileLength()).toUtf8() + " ("
-        + QByteArray::number(qulonglong(m_image.source->fileLength())) + " bytes), " + m_image.format + '\n';
-    for (std::size_t index = 0; index < m_censuses.size(); ++index) {
-        if (m_image.volumes[index].reader)
-            text += "  " + printable(volumeLine(*m_image.volumes[index].reader, m_censuses[index])) + '\n';
+    const OpenedDiscImage &image = *m_result.image;
+    QByteArray text = printable(image.path) + ": " + sizeText(image.source->fileLength()).toUtf8() + " ("
+        + QByteArray::number(qulonglong(image.source->fileLength())) + " bytes), " + formatName(image).toUtf8() + '\n';
+    for (std::size_t index = 0; index < m_result.censuses.size(); ++index) {
+        if (image.volumes[index].reader)
+            text += "  " + printable(volumeLine(*image.volumes[index].reader, m_result.censuses[index])) + '\n';
     }
-    for (const ImageTrack &track : m_image.tracks)
+    for (const DiscImageTrack &track : image.tracks)
         text += "  " + printable(trackLine(track)) + '\n';
-    for (const DiscImagePartition &partition : m_image.source->partitions())
+    for (const DiscImagePartition &partition : image.source->partitions())
         text += "  "
             + printable(QStringLiteral("partition “%1” of type %2: %3 bytes at byte %4")
                             .arg(partition.name, partition.type)
                             .arg(partition.length)
                             .arg(partition.offset))
             + '\n';
-    if (m_image.source->vantImage() && !m_image.source->vantImage()->cdTextBlocks.isEmpty())
+    if (image.source->vantImage() && !image.source->vantImage()->cdTextBlocks.isEmpty())
         text += "  "
-            + counted(std::uint64_t(m_image.source->vantImage()->cdTextBlocks.size()), "block", "blocks").toUtf8()
+            + counted(std::uint64_t(image.source->vantImage()->cdTextBlocks.size()), "block", "blocks").toUtf8()
             + " of CD-TEXT\n";
     return writeAll(STDOUT_FILENO, text);
 }
@@ -157,9 +172,9 @@ void InspectCommand::writeVolumes(JsonWriter &writer) const
 {
     writer.key("filesystems");
     writer.beginArray();
-    for (std::size_t index = 0; index < m_censuses.size(); ++index) {
-        const FoundVolume &volume = m_image.volumes[index];
-        const VolumeCensus &census = m_censuses[index];
+    for (std::size_t index = 0; index < m_result.censuses.size(); ++index) {
+        const FoundVolume &volume = m_result.image->volumes[index];
+        const VolumeCensus &census = m_result.censuses[index];
         writer.beginObject();
         writer.member("filesystem", volumeKindKey(volume.kind));
         if (volume.reader)
@@ -186,7 +201,7 @@ void InspectCommand::writeTracks(JsonWriter &writer) const
 {
     writer.key("tracks");
     writer.beginArray();
-    for (const ImageTrack &track : m_image.tracks) {
+    for (const DiscImageTrack &track : m_result.image ? m_result.image->tracks : std::vector<DiscImageTrack>()) {
         writer.beginObject();
         writer.member("session", track.session);
         writer.member("track", track.number);
@@ -201,8 +216,8 @@ void InspectCommand::writeTracks(JsonWriter &writer) const
     writer.endArray();
     writer.key("partitions");
     writer.beginArray();
-    if (m_image.source) {
-        for (const DiscImagePartition &partition : m_image.source->partitions()) {
+    if (m_result.image) {
+        for (const DiscImagePartition &partition : m_result.image->source->partitions()) {
             writer.beginObject();
             writer.member("name", partition.name);
             writer.member("type", partition.type);
@@ -222,11 +237,15 @@ bool InspectCommand::writeJson() const
     writer.member("version", jsonVersion);
     writer.member("command", QStringLiteral("inspect"));
     writer.member("result", resultName(exitStatusFor(m_problem)));
-    writer.pathMember("image", m_image.path);
-    if (!m_image.cueSheet.isEmpty())
-        writer.pathMember("cueSheet", m_image.cueSheet);
-    writer.member("format", QString::fromLatin1(m_image.format));
-    writer.member("bytes", m_image.source ? m_image.source->fileLength() : 0);
+    writer.pathMember("image", m_result.image ? m_result.image->path : m_arguments.paths.first());
+    if (m_result.image && !m_result.image->cueSheet.isEmpty())
+        writer.pathMember("cueSheet", m_result.image->cueSheet);
+    writer.key("format");
+    if (m_result.image)
+        writer.value(formatName(*m_result.image));
+    else
+        writer.null();
+    writer.member("bytes", m_result.image ? m_result.image->source->fileLength() : 0);
     writer.key("seconds");
     writer.value(time.count(), 3);
     writeVolumes(writer);

@@ -2,14 +2,10 @@
 
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
-#include "tools/tessaron/ImageInput.h"
-#include "tools/tessaron/SignalWatcher.h"
-#include <TessaronClasses/VolumeCensus.h>
+#include "tools/tessaron/Problem.h"
+#include <TessaronClasses/InspectJob.h>
 
 #include <chrono>
-#include <memory>
-#include <stop_token>
-#include <vector>
 
 namespace Tessaron::Tool
 {
@@ -33,10 +29,7 @@ private:
 
     const Arguments m_arguments;
     const std::chrono::steady_clock::time_point m_start;
-    std::unique_ptr<SignalWatcher> m_signalWatcher;
-    std::stop_source m_stop;
-    ImageInput m_image;
-    std::vector<VolumeCensus> m_censuses; ///< one for each volume of the image
+    ImageInspection m_result;
     Problem m_problem;
 };
 

@@ -18,8 +18,9 @@ constexpr std::array options = {
                       "iso, bin with a cue sheet beside it, or vant.\nThe ending of OUT decides when it is not given."},
     OptionDescription{Option::Name, 'n', "name", "VOLUME", "image",
                       "Name of the volume; else the name of the only folder\ngiven, else that of OUT."},
-    OptionDescription{Option::Filesystems, 0, "filesystems", "LIST", "image",
-                      "Comma-separated: iso9660 (with Rock Ridge), joliet,\nudf, hfs+. All four when it is not given."},
+    OptionDescription{Option::Filesystems, 0, "filesystems", "LIST", "image verify",
+                      "Comma-separated: iso9660 (with Rock Ridge), joliet,\nudf, hfs+. Without it an image gets all "
+                      "four, and\nverify takes those that are there."},
     OptionDescription{Option::Strict, 0, "strict", nullptr, "image",
                       "Fail, and leave nothing, when something cannot be\nstored as it is."},
     OptionDescription{Option::Progress, 0, "progress", "KIND", "image scan verify",

@@ -62,7 +62,7 @@ void JsonDisplay::show(const ProgressState &state)
     if (const std::optional<double> bytesPerSecond = rate().bytesPerSecond())
         writer.member("bytesPerSecond", std::int64_t(std::llround(*bytesPerSecond)));
     const std::optional<std::chrono::seconds> remaining = rate().remaining(state.bytesTotal);
-    if (remaining && state.phase == ProgressState::Phase::Writing)
+    if (remaining && state.countsBytes())
         writer.member("secondsLeft", std::int64_t(remaining->count()));
     writer.endObject();
     // Progress that nobody reads any more is no reason to fail.

@@ -1,6 +1,7 @@
 #include "tools/tessaron/VerifyCommand.h"
 
 #include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/SignalWatcher.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 #include <TessaronClasses/VerifyJob.h>
@@ -12,24 +13,6 @@
 namespace Tessaron::Tool
 {
 
-namespace
-{
-
-ProgressState::Phase phaseFor(VerificationProgress::Phase phase)
-{
-    switch (phase) {
-    case VerificationProgress::Phase::ListingSources:
-        return ProgressState::Phase::Scanning;
-    case VerificationProgress::Phase::ComparingNames:
-        return ProgressState::Phase::Planning;
-    case VerificationProgress::Phase::ComparingContents:
-        return ProgressState::Phase::Comparing;
-    }
-    return ProgressState::Phase::Scanning;
-}
-
-} // namespace
-
 VerifyCommand::VerifyCommand(const Arguments &arguments)
     : m_arguments(arguments)
     , m_start(std::chrono::steady_clock::now())
@@ -39,16 +22,7 @@ VerifyCommand::VerifyCommand(const Arguments &arguments)
 
 ExitStatus VerifyCommand::run()
 {
-    m_signalWatcher = std::make_unique<SignalWatcher>([this] {
-        if (m_job != nullptr)
-            m_job->cancel();
-    });
-    std::vector<Source> sources;
-    m_outcome.problem = prepare(&sources);
-    if (!m_outcome.problem)
-        verify(sources);
-    if (m_signalWatcher->isInterrupted())
-        m_outcome.problem = interruption();
+    verify();
     m_display->clear();
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
     bool isWritten = true;
@@ -65,55 +39,23 @@ ExitStatus VerifyCommand::run()
     return ExitStatus::Failed;
 }
 
-Problem VerifyCommand::prepare(std::vector<Source> *sources)
+void VerifyCommand::verify()
 {
-    const QByteArray &image = m_arguments.paths.first();
-    if (Problem problem = openImage(image, &m_image))
-        return problem;
-    if (m_image.volumes.empty())
-        return {Problem::Kind::Source, QStringLiteral("no filesystem was found in %1").arg(quoted(image)),
-                QStringLiteral("Known are ISO 9660, Rock Ridge, Joliet, UDF and HFS+."), image};
-    if (Problem problem = inspectSources(m_arguments.paths.mid(1), sources))
-        return problem;
-    return checkSideBySide(*sources);
-}
-
-void VerifyCommand::verify(const std::vector<Source> &sources)
-{
-    VerificationRequest request;
-    request.image = m_image.source;
-    request.volumes = std::move(m_image.volumes);
-    for (const Source &source : sources)
-        request.sources.push_back({source.path, source.name, source.isFolder});
-    VerifyJob job;
+    VerifyOrder order;
+    order.image = m_arguments.paths.first();
+    order.sources = m_arguments.paths.mid(1);
+    if (m_arguments.hasFilesystems)
+        order.filesystems = m_arguments.filesystems;
+    VerifyJob job(order);
+    const SignalWatcher signalWatcher([&job] { job.cancel(); });
     QEventLoop loop;
-    QObject::connect(&job, &VerifyJob::progressed, &loop,
-                     [this](const VerificationProgress &progress) { showProgress(progress); });
-    QObject::connect(&job, &VerifyJob::finished, &loop, [&](const VerificationResult &result) {
-        m_outcome.result = result;
-        loop.quit();
-    });
-    m_job = &job;
-    job.start(std::move(request));
-    if (m_signalWatcher->isInterrupted())
-        job.cancel();
+    QObject::connect(&job, &DiscJob::progressed, &loop,
+                     [this](const DiscJobProgress &progress) { m_display->update(stateOf(progress)); });
+    QObject::connect(&job, &VerifyJob::finished, &loop, &QEventLoop::quit);
+    job.start();
     loop.exec();
-    m_job = nullptr;
-    if (m_outcome.result.isCancelled)
-        return;
-    m_progress.phase = ProgressState::Phase::Done;
-    m_progress.bytesWritten = m_outcome.result.bytesCompared;
-    m_display->update(m_progress);
-}
-
-void VerifyCommand::showProgress(const VerificationProgress &progress)
-{
-    m_progress.phase = phaseFor(progress.phase);
-    m_progress.files = progress.files;
-    m_progress.folders = progress.folders;
-    m_progress.bytesWritten = progress.bytesDone;
-    m_progress.bytesTotal = progress.bytesTotal;
-    m_display->update(m_progress);
+    m_outcome.result = job.result();
+    m_outcome.problem = problemOf(m_outcome.result.error);
 }
 
 } // namespace Tessaron::Tool

@@ -1,8 +1,8 @@
-#include "tools/tessaron/CueSheet.h"
+#include "imaging/verification/CueSheet.h"
 
 #include <gtest/gtest.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -43,4 +43,4 @@ TEST(CueSheet, nonsense_isPassedOver)
 
 } // namespace
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,11 +1,11 @@
-#include "tools/tessaron/CueSheet.h"
+#include "imaging/verification/CueSheet.h"
 
 #include <QList>
 
 #include <algorithm>
 #include <array>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -96,4 +96,4 @@ std::vector<CueTrack> tracksOfCueSheet(const QByteArray &text)
     return tracks;
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 /// A track as a cue sheet describes it.
@@ -25,4 +25,4 @@ struct CueTrack {
 /// most 99 tracks.
 [[nodiscard]] std::vector<CueTrack> tracksOfCueSheet(const QByteArray &text);
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

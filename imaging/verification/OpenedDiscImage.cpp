@@ -1,16 +1,18 @@
-#include "tools/tessaron/ImageInput.h"
-
+#include "imaging/verification/CueSheet.h"
 #include "platform/foundation/FileSystemRepresentation.h"
-#include "tools/tessaron/CueSheet.h"
-#include "tools/tessaron/Text.h"
-#include <TessaronClasses/DiscFormat.h>
-
-#include <QFile>
+#include "platform/foundation/MessageTexts.h"
+#include "platform/foundation/UniqueDescriptor.h"
+#include <TessaronClasses/DiscJobErrors.h>
+#include <TessaronClasses/OpenedDiscImage.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
 #include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
@@ -23,31 +25,61 @@ QByteArray folderOf(const QByteArray &path)
     return path.left(path.lastIndexOf('/') + 1);
 }
 
-Problem cannotRead(const QByteArray &path, const QString &reason)
+NSError cannotRead(const QByteArray &path, const QString &reason)
 {
-    return {
-        Problem::Kind::Source, QStringLiteral("the image %1 cannot be read: %2").arg(quoted(path), reason), {}, path};
+    return discJobError(DiscJobErrorCode::Source,
+                        QStringLiteral("the image %1 cannot be read: %2").arg(quoted(path), reason), {}, path);
+}
+
+/// The name that the cue sheet of an image has: "disc.cue" beside "disc.bin".
+QByteArray cueSheetBeside(const QByteArray &path)
+{
+    return path.left(path.lastIndexOf('.')) + ".cue";
 }
 
 /// The text of the sheet; absent when there is none that can be read.
 std::optional<QByteArray> readCueSheet(const QByteArray &path)
 {
-    QFile file(stringWithFileSystemRepresentation(path));
-    if (!QFile::exists(file.fileName()) || !file.open(QIODevice::ReadOnly) || file.isSequential())
+    // Without O_NONBLOCK, opening a named pipe would wait for a writer.
+    const UniqueDescriptor file(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat status;
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return std::nullopt;
-    return file.read(maximumCueSheet);
+    QByteArray text(qsizetype(std::min<off_t>(status.st_size, maximumCueSheet)), Qt::Uninitialized);
+    qsizetype done = 0;
+    while (done < text.size()) {
+        const ssize_t got = ::pread(file.get(), text.data() + done, std::size_t(text.size() - done), done);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            break;
+        done += got;
+    }
+    text.truncate(done);
+    return text;
+}
+
+/// Why a file of this kind cannot be an image; empty for one that can, or that is not there.
+QString reasonOfKind(const QByteArray &path)
+{
+    struct stat status;
+    if (::stat(path.constData(), &status) != 0 || S_ISREG(status.st_mode) || S_ISBLK(status.st_mode))
+        return {};
+    return S_ISDIR(status.st_mode) ? QStringLiteral("it is a folder")
+                                   : QStringLiteral("it is neither a regular file nor a block device");
 }
 
 std::uint64_t sizeOfFile(const QByteArray &path)
 {
-    return std::uint64_t(std::max<qint64>(QFile(stringWithFileSystemRepresentation(path)).size(), 0));
+    struct stat status;
+    return ::stat(path.constData(), &status) == 0 && S_ISREG(status.st_mode) ? std::uint64_t(status.st_size) : 0;
 }
 
 /// The tracks that lie in one file, in order; positions are counted with the block size of what lies in between.
-std::vector<ImageTrack> tracksInFile(const std::vector<CueTrack> &cueTracks, const QByteArray &name,
-                                     std::uint64_t fileSize)
+std::vector<DiscImageTrack> tracksInFile(const std::vector<CueTrack> &cueTracks, const QByteArray &name,
+                                         std::uint64_t fileSize)
 {
-    std::vector<ImageTrack> tracks;
+    std::vector<DiscImageTrack> tracks;
     std::uint64_t offset = 0;
     std::int64_t frame = 0;
     for (std::size_t index = 0; index < cueTracks.size(); ++index) {
@@ -61,7 +93,7 @@ std::vector<ImageTrack> tracksInFile(const std::vector<CueTrack> &cueTracks, con
             tracks.back().length = (offset - std::min(offset, tracks.back().offset)) / blockSize;
         offset += std::uint64_t(cueTrack.startFrame - first) * cueTrack.blockSize;
         frame = cueTrack.startFrame;
-        ImageTrack track;
+        DiscImageTrack track;
         track.number = cueTrack.number;
         track.mode = cueTrack.mode;
         track.isData = cueTrack.isData;
@@ -76,7 +108,7 @@ std::vector<ImageTrack> tracksInFile(const std::vector<CueTrack> &cueTracks, con
 }
 
 /// Takes tracks and file from a sheet; false when it names no file with a track.
-bool useCueSheet(const QByteArray &sheetPath, const QByteArray &wantedName, ImageInput *input,
+bool useCueSheet(const QByteArray &sheetPath, const QByteArray &wantedName, OpenedDiscImage *input,
                  std::optional<DiscImageSectors> *sectors)
 {
     const std::optional<QByteArray> text = readCueSheet(sheetPath);
@@ -90,9 +122,9 @@ bool useCueSheet(const QByteArray &sheetPath, const QByteArray &wantedName, Imag
         return false;
     input->path = named->fileName.startsWith('/') ? named->fileName : folderOf(sheetPath) + named->fileName;
     input->cueSheet = sheetPath;
-    input->format = "bin";
+    input->layout = DiscImageLayout::CueSheet;
     input->tracks = tracksInFile(cueTracks, named->fileName, sizeOfFile(input->path));
-    for (const ImageTrack &track : input->tracks) {
+    for (const DiscImageTrack &track : input->tracks) {
         if (!track.isData)
             continue;
         const auto cueTrack = std::find_if(cueTracks.begin(), cueTracks.end(),
@@ -114,9 +146,9 @@ QByteArray modeOfVantTrack(const VANTTrack &track)
     return (*track.blockType == mode1 ? "MODE1/" : "MODE2/") + QByteArray::number(track.blockSize);
 }
 
-std::vector<ImageTrack> tracksOfVant(const VANTImage &image)
+std::vector<DiscImageTrack> tracksOfVant(const VANTImage &image)
 {
-    std::vector<ImageTrack> tracks;
+    std::vector<DiscImageTrack> tracks;
     for (std::size_t session = 0; session < image.sessions.size(); ++session) {
         for (const VANTTrack &track : image.sessions[session].tracks) {
             const bool isData = track.blockType.value_or(8) != 0;
@@ -129,31 +161,33 @@ std::vector<ImageTrack> tracksOfVant(const VANTImage &image)
 
 } // namespace
 
-Problem openImage(const QByteArray &argument, ImageInput *input)
+Result<OpenedDiscImage> openDiscImage(const QByteArray &path)
 {
-    input->path = argument;
+    OpenedDiscImage image;
+    image.path = path;
     std::optional<DiscImageSectors> sectors;
-    if (argument.toLower().endsWith(".cue")) {
-        if (!useCueSheet(argument, {}, input, &sectors))
-            return cannotRead(argument, QStringLiteral("it is no cue sheet that names a file with tracks"));
-    } else if (argument.toLower().endsWith(".bin")) {
-        (void)useCueSheet(folderOf(argument) + cueSheetNameForImage(lastComponent(argument)), lastComponent(argument),
-                          input, &sectors);
+    if (const QString reason = reasonOfKind(path); !reason.isEmpty())
+        return cannotRead(path, reason);
+    if (path.toLower().endsWith(".cue")) {
+        if (!useCueSheet(path, {}, &image, &sectors))
+            return cannotRead(path, QStringLiteral("it is not a cue sheet that names a file with tracks"));
+    } else if (path.toLower().endsWith(".bin")) {
+        (void)useCueSheet(cueSheetBeside(path), lastComponent(path), &image, &sectors);
     }
-    const QString path = stringWithFileSystemRepresentation(input->path);
+    const QString text = stringWithFileSystemRepresentation(image.path);
     DiscImageSourceResult opened =
-        sectors ? DiscImageSource::sourceWithFile(path, *sectors) : DiscImageSource::sourceWithFile(path);
+        sectors ? DiscImageSource::sourceWithFile(text, *sectors) : DiscImageSource::sourceWithFile(text);
     if (!opened.source)
-        return cannotRead(input->path, opened.error.localizedFailureReason());
-    input->source = opened.source;
+        return cannotRead(image.path, opened.error.localizedFailureReason());
+    image.source = opened.source;
     if (opened.source->vantImage()) {
-        input->format = "vant";
-        input->tracks = tracksOfVant(*opened.source->vantImage());
-    } else if (input->cueSheet.isEmpty() && opened.source->sectors().size != 2048) {
-        input->format = "raw";
+        image.layout = DiscImageLayout::VANT;
+        image.tracks = tracksOfVant(*opened.source->vantImage());
+    } else if (image.cueSheet.isEmpty() && opened.source->sectors().size != 2048) {
+        image.layout = DiscImageLayout::RawSectors;
     }
-    input->volumes = volumesInImage(input->source);
-    return {};
+    image.volumes = volumesInImage(image.source);
+    return image;
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <TessaronClasses/DiscJob.h>
+#include <TessaronClasses/OpenedDiscImage.h>
+#include <TessaronClasses/VolumeCensus.h>
+
+#include <QByteArray>
+
+#include <memory>
+#include <vector>
+
+namespace Tessaron
+{
+
+/// What an image holds.
+struct ImageInspection {
+    NSError error; ///< null when the image was walked to its end; domain and codes are those of DiscJobErrors.h
+    std::shared_ptr<const OpenedDiscImage> image; ///< null when it cannot be opened
+    std::vector<VolumeCensus> censuses; ///< one for each volume of the image, in the same order
+};
+
+/// Finds out which filesystems an image has, walks them all, and counts what is in them. See DiscJob for threads and
+/// lifetime.
+class TESSARON_EXPORT InspectJob final : public DiscJob
+{
+    Q_OBJECT
+
+public:
+    /// Of the image at the path, see openDiscImage().
+    explicit InspectJob(QByteArray path, QObject *parent = nullptr);
+    ~InspectJob() override;
+
+    /// As it was sent with finished(); before that, empty.
+    [[nodiscard]] const ImageInspection &result() const;
+
+Q_SIGNALS:
+    void finished(const Tessaron::ImageInspection &result);
+
+protected:
+    void begin() override;
+    void stop() override;
+    [[nodiscard]] DiscJobProgress currentProgress() const override;
+    void announceResult() override;
+
+private:
+    class Private;
+    const std::unique_ptr<Private> d;
+};
+
+} // namespace Tessaron
+
+Q_DECLARE_METATYPE(Tessaron::ImageInspection)

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/discimage/VolumeFinder.h"
+#include "platform/discimage/source/DiscImageSource.h"
+#include "platform/foundation/Export.h"
+#include "platform/foundation/Result.h"
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace Tessaron
+{
+
+/// One track of an image's table of contents.
+struct DiscImageTrack {
+    std::uint32_t session = 1;
+    std::uint32_t number = 0;
+    QByteArray mode; ///< such as "MODE1/2048" or "AUDIO"
+    bool isData = false;
+    std::uint32_t blockSize = 0;
+    std::uint64_t offset = 0; ///< of its data in the file, bytes
+    std::uint64_t length = 0; ///< blocks
+    std::uint32_t pregap = 0; ///< blocks that are not in the file
+    std::uint32_t postgap = 0;
+};
+
+/// How the file of an image is laid out.
+enum class DiscImageLayout : std::uint8_t {
+    Blocks, ///< blocks of user data from its first byte on
+    CueSheet, ///< as a cue sheet says
+    RawSectors, ///< raw sectors that no cue sheet describes
+    VANT, ///< with a trailer
+};
+
+/// A disc image that was opened to be looked at.
+struct OpenedDiscImage {
+    QByteArray path; ///< of the file that holds the blocks
+    QByteArray cueSheet; ///< path of the sheet that describes it; empty when there is none
+    DiscImageLayout layout = DiscImageLayout::Blocks;
+    std::shared_ptr<const DiscImageSource> source; ///< never null
+    std::vector<DiscImageTrack> tracks; ///< empty when nothing describes them
+    std::vector<FoundVolume> volumes;
+};
+
+/// Opens an image: a file of blocks, a block device, a cue sheet, or a file whose name ends in ".bin" with a cue sheet
+/// of the same name beside it that names it. Finds its tracks and filesystems. An error of code Source
+/// (DiscJobErrors.h) when it cannot be read. Reads from the disk, so it is not for the main thread. Thread-safe.
+[[nodiscard]] TESSARON_EXPORT Result<OpenedDiscImage> openDiscImage(const QByteArray &path);
+
+} // namespace Tessaron

@@ -1,0 +1,122 @@
+#include "tests/imaging/jobs/JobRun.h"
+#include "tests/support/TemporaryTree.h"
+#include <TessaronClasses/DiscImageJob.h>
+#include <TessaronClasses/DiscJobErrors.h>
+#include <TessaronClasses/InspectJob.h>
+#include <TessaronClasses/VerifyJob.h>
+
+#include <chrono>
+#include <gtest/gtest.h>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+class VerificationJobs : public testing::Test
+{
+protected:
+    void makeImage() const
+    {
+        m_tree.makeFile("source/readme.txt", "read me");
+        m_tree.makeFile("source/folder/numbers", QByteArray(3 << 20, '1'));
+        makeImageOfSource();
+    }
+
+    void makeImageOfSource() const
+    {
+        DiscImageOrder order;
+        order.sources = {m_tree.path("source")};
+        order.output = m_tree.path("disc.iso");
+        DiscImageJob job(order);
+        const JobRun<DiscImageJob, DiscImageResult> run(job);
+        ASSERT_FALSE(run.result.error) << run.result.error.localizedDescription().toStdString();
+    }
+
+    [[nodiscard]] VerifyOrder verifyOrder() const { return {m_tree.path("disc.iso"), {m_tree.path("source")}, {}}; }
+
+    TemporaryTree m_tree;
+};
+
+TEST_F(VerificationJobs, verifyJob_tellsPhasesBytesAndResult)
+{
+    makeImage();
+    VerifyJob job(verifyOrder());
+    const JobRun<VerifyJob, VerificationResult> run(job);
+    EXPECT_EQ(run.endings, 1);
+    EXPECT_FALSE(run.result.error);
+    EXPECT_EQ(run.result.differences.count(), 0u);
+    EXPECT_EQ(run.result.volumes.size(), 5u);
+    EXPECT_EQ(run.result.bytesCompared, (3u << 20) + 7);
+    ASSERT_FALSE(run.phases.empty());
+    EXPECT_EQ(run.phases.back(), DiscJobPhase::Done);
+    EXPECT_EQ(run.told.back().bytesDone, run.told.back().bytesTotal);
+    EXPECT_EQ(run.told.back().files, 2u);
+}
+
+TEST_F(VerificationJobs, verifyJob_namesWhatCannotBeRead)
+{
+    makeImage();
+    VerifyOrder missing = verifyOrder();
+    missing.sources = {m_tree.path("missing")};
+    VerifyJob job(missing);
+    const JobRun<VerifyJob, VerificationResult> run(job);
+    EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Source));
+    EXPECT_TRUE(run.result.error.localizedDescription().contains(QStringLiteral("missing")));
+}
+
+TEST_F(VerificationJobs, cancel_endsTheComparisonSoon_andDestroyingSilencesIt)
+{
+    m_tree.makeSparseFile("source/big", qint64(3) << 30);
+    makeImageOfSource();
+    VerifyJob job(verifyOrder());
+    std::chrono::steady_clock::time_point cancelled;
+    QObject::connect(&job, &DiscJob::progressed, &job, [&](const DiscJobProgress &progress) {
+        if (progress.phase != DiscJobPhase::Comparing || job.isCancelled())
+            return;
+        cancelled = std::chrono::steady_clock::now();
+        job.cancel();
+    });
+    const JobRun<VerifyJob, VerificationResult> run(job);
+    EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Cancelled));
+    EXPECT_LT(std::chrono::steady_clock::now() - cancelled, std::chrono::seconds(2)); // a tenth on an idle machine
+
+    int endings = 0;
+    QEventLoop loop;
+    {
+        VerifyJob dropped(verifyOrder());
+        QObject::connect(&dropped, &VerifyJob::finished, &loop, [&endings] { ++endings; });
+        QObject::connect(&dropped, &DiscJob::phaseChanged, &loop, [&loop](DiscJobPhase phase) {
+            if (phase == DiscJobPhase::Comparing)
+                loop.quit();
+        });
+        dropped.start();
+        loop.exec();
+    }
+    loop.processEvents();
+    EXPECT_EQ(endings, 0);
+}
+
+TEST_F(VerificationJobs, inspectJob_countsEveryVolume)
+{
+    makeImage();
+    InspectJob job(m_tree.path("disc.iso"));
+    const JobRun<InspectJob, ImageInspection> run(job);
+    EXPECT_FALSE(run.result.error);
+    ASSERT_TRUE(run.result.image);
+    ASSERT_EQ(run.result.censuses.size(), 5u);
+    for (const VolumeCensus &census : run.result.censuses) {
+        EXPECT_EQ(census.files, 2u);
+        EXPECT_EQ(census.folders, 1u);
+        EXPECT_EQ(census.bytes, (3u << 20) + 7);
+    }
+    InspectJob other(m_tree.path("missing.iso"));
+    const JobRun<InspectJob, ImageInspection> failed(other);
+    EXPECT_TRUE(isDiscJobError(failed.result.error, DiscJobErrorCode::Source));
+    EXPECT_FALSE(failed.result.image);
+}
+
+} // namespace
+
+} // namespace Tessaron::Testing
