@@ -60,7 +60,7 @@ public:
     [[nodiscard]] QByteArray linkTarget(SourceNumber number) const;
 
     [[nodiscard]] const std::vector<SourceFailure> &failures() const { return m_failures; }
-    [[nodiscard]] std::uint64_t fileCount() const { return m_fileCount; } ///< all that is no folder
+    [[nodiscard]] std::uint64_t fileCount() const { return m_fileCount; } ///< everything but folders
     [[nodiscard]] std::uint64_t folderCount() const { return m_folderCount; } ///< without the root
     [[nodiscard]] std::uint64_t byteCount() const { return m_byteCount; } ///< of all files, each name counted
 

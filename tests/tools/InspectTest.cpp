@@ -195,7 +195,7 @@ TEST_F(Inspect, format_isIsoForDiscFilesystemsOnly)
 
 TEST_F(Inspect, whatIsNoImage_isAFailure)
 {
-    m_tree.makeFile("text.txt", "This is no image.");
+    m_tree.makeFile("text.txt", "This is not an image.");
     m_tree.makeFile("empty.iso");
     for (const QByteArray name : {"text.txt", "empty.iso", "missing", "source"}) {
         SCOPED_TRACE(name.constData());

@@ -459,7 +459,7 @@ TEST_F(Verify, signal_endsTheRun_withItsStatus)
     m_tree.makeSparseFile("source/big", qint64(6) << 30);
     makeImage({"--filesystems", "udf"});
     ChildProcess process(tessaron({"verify", "--json", "--progress", "json", image(), m_tree.path("source")}));
-    ASSERT_TRUE(process.waitUntil([&process] { return process.errorsSoFar().contains("\"comparing\""); }));
+    ASSERT_TRUE(process.waitUntil([&process] { return process.errorsSoFar().contains("\"secondsLeft\""); }));
     process.sendSignal(SIGTERM);
     const ChildResult result = process.finish();
     EXPECT_EQ(result.exitStatus, 130);
