@@ -30,7 +30,8 @@ std::uint64_t mixed(std::uint64_t one, std::uint64_t other)
 bool isSurelyKept(std::string_view name)
 {
     constexpr std::size_t surelyShort = 40;
-    return name.size() <= surelyShort && std::all_of(name.begin(), name.end(), [](char byte) {
+    return name.size() <= surelyShort && !name.ends_with('.') && !name.ends_with(' ')
+        && std::all_of(name.begin(), name.end(), [](char byte) {
                return byte >= ' ' && byte <= '~' && byte != ':' && byte != ';' && byte != '?' && byte != '\\'
                    && byte != '*';
            });

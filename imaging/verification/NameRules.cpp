@@ -82,6 +82,9 @@ QString unicodeForm(VolumeKind kind, QString name)
         else if (isForbidden(kind, name[at])) // a lone surrogate stands for a byte that is not text
             name[at] = u'_';
     }
+    // Systems that take dots and blanks off the end of a name before they look for it would not find it.
+    if (kind == VolumeKind::Joliet && (name.endsWith(u'.') || name.endsWith(u' ')))
+        name.back() = u'_';
     if (kind != VolumeKind::HFSPlus)
         return name;
     if (std::all_of(name.begin(), name.end(), isIgnored))
@@ -104,7 +107,12 @@ bool mayBeUnicodeForm(VolumeKind kind, const QString &recorded, const QString &s
         return true;
     const bool mayHaveBeenCut = isLongEnoughForCut(kind, recorded);
     const auto isStem = [&](const QString &stem, const QString &whole) {
-        return stem == whole || (mayHaveBeenCut && whole.startsWith(stem));
+        if (stem == whole || !mayHaveBeenCut || stem.isEmpty() || stem.size() > whole.size())
+            return stem == whole;
+        // A cut may leave a dot or a blank at the end.
+        const bool isEndReplaced = kind == VolumeKind::Joliet && stem.back() == u'_'
+            && (whole[stem.size() - 1] == u'.' || whole[stem.size() - 1] == u' ');
+        return whole.startsWith(isEndReplaced ? stem.chopped(1) : stem);
     };
     for (const NameParts &parts : {NameParts{source, {}}, partsOf(source)}) {
         if (!recorded.endsWith(parts.extension))

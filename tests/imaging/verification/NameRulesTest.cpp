@@ -27,6 +27,11 @@ TEST(NameRules, mayBeNameOf_acceptsWhatTheFilesystemHadToChange_andNothingElse)
         {VolumeKind::Joliet, "r_adme", "readme", false}, // nothing in it needs to be replaced
         {VolumeKind::Joliet, "b_.txt", "a?.txt", false},
         {VolumeKind::Joliet, "a_.txd", "a?.txt", false},
+        {VolumeKind::Joliet, "name_", "name.", true}, // some writers replace a dot at the end, others keep it
+        {VolumeKind::Joliet, "name.", "name.", true},
+        {VolumeKind::Joliet, "name__1", "name ", true},
+        {VolumeKind::Joliet, "name", "name.", false},
+        {VolumeKind::UDF, "name_", "name.", false},
         {VolumeKind::UDF, "bad_.txt", "bad\xff.txt", true},
         {VolumeKind::UDF, "what_", "what?", false}, // UDF holds a question mark
         {VolumeKind::HFSPlus, "readme_1", "readme", true},
@@ -80,6 +85,8 @@ TEST(NameRules, longNames_areCutOnlyAsFarAsNeeded)
     const std::string name(150, 'n');
     EXPECT_TRUE(mayBe(VolumeKind::Joliet, name.substr(0, 99) + ".txt", name + ".txt"));
     EXPECT_TRUE(mayBe(VolumeKind::Joliet, name.substr(0, 97) + "_1.txt", name + ".txt"));
+    EXPECT_TRUE(
+        mayBe(VolumeKind::Joliet, name.substr(0, 102) + "_", name.substr(0, 102) + ". a longer name than that"));
     EXPECT_FALSE(mayBe(VolumeKind::Joliet, name.substr(0, 20) + ".txt", name + ".txt"));
     EXPECT_FALSE(mayBe(VolumeKind::HFSPlus, name.substr(0, 99) + ".txt", name + ".txt"));
 }
