@@ -217,8 +217,9 @@ void FolderMatcher::run(Pass pass, const std::stop_token &stop)
             left.push_back(object);
     }
     for (const std::size_t object : left) {
-        if (!stop.stop_requested() && !takeFromAnother(pass, object))
-            continue; // the next pass asks for less
+        if (stop.stop_requested())
+            return;
+        takeFromAnother(pass, object);
     }
 }
 
@@ -335,8 +336,8 @@ bool FolderMatcher::takeFree(Pass pass, std::size_t object)
 }
 
 /// Looks for a chain of objects each of which can give its source to the one before and has another for itself, the
-/// shortest first.
-bool FolderMatcher::takeFromAnother(Pass pass, std::size_t object)
+/// shortest first. Without one, the object is left to the next pass, which asks for less.
+void FolderMatcher::takeFromAnother(Pass pass, std::size_t object)
 {
     struct Step {
         std::size_t object;
@@ -351,9 +352,11 @@ bool FolderMatcher::takeFromAnother(Pass pass, std::size_t object)
         const auto [taker, before] = open[next];
         for (const std::uint64_t key : m_groupsOfObject[taker]) {
             const auto found = m_groups.find(key);
-            for (const std::uint32_t index : found == m_groups.end() ? Group() : found->second) {
+            if (found == m_groups.end())
+                continue;
+            for (const std::uint32_t index : found->second) {
                 if (m_stepsLeft == 0)
-                    return false;
+                    return;
                 --m_stepsLeft;
                 if (visited.contains(index) || !fits(pass, taker, m_candidates[index]))
                     continue;
@@ -366,11 +369,10 @@ bool FolderMatcher::takeFromAnother(Pass pass, std::size_t object)
                 }
                 for (std::size_t step = steps.size() - 1; step != noStep; step = steps[step].before)
                     pair(steps[step].object, steps[step].candidate);
-                return true;
+                return;
             }
         }
     }
-    return false;
 }
 
 void FolderMatcher::pair(std::size_t object, std::uint32_t candidate)

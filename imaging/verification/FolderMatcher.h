@@ -72,7 +72,7 @@ private:
     [[nodiscard]] std::optional<std::uint64_t> evidenceOfObject(Pass pass, const VolumeObject &object);
     [[nodiscard]] bool fits(Pass pass, std::size_t object, const Candidate &candidate) const;
     [[nodiscard]] bool takeFree(Pass pass, std::size_t object);
-    [[nodiscard]] bool takeFromAnother(Pass pass, std::size_t object);
+    void takeFromAnother(Pass pass, std::size_t object);
     void pair(std::size_t object, std::uint32_t candidate);
     [[nodiscard]] bool isSeen(SourceNumber source) const;
 
