@@ -28,7 +28,7 @@ constexpr std::uint16_t kFinderHasCustomIcon = 0x0400;
 constexpr std::size_t finderFlagsOffset = 8;
 constexpr const char *folderIconName = "Icon\r";
 /// A family of all sizes takes less than half a megabyte; more is not read.
-constexpr qsizetype forkLimit = 16 * 1024 * 1024;
+constexpr qsizetype forkLimit = qsizetype(16) << 20;
 
 /// The Finder information and the resource fork of a file, and where they lie.
 struct Forks {

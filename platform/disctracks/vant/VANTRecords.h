@@ -18,7 +18,7 @@ inline constexpr std::uint16_t vantMinorVersion = 0;
 
 /// No trailer is longer: 99 tracks with 98 index points each and all of a disc's CD-TEXT take less than a hundredth. A
 /// reader need not believe a damaged length beyond it.
-inline constexpr std::uint64_t vantMaximumTrailerSize = 16 * 1024 * 1024;
+inline constexpr std::uint64_t vantMaximumTrailerSize = std::uint64_t(16) << 20;
 
 /// Where the fields of the tail lie. A later minor version may put fields in front of them and enlarge `tailSize`.
 namespace VANTTail

@@ -60,7 +60,7 @@ TEST(HfsPlusBlockUse, eighthRun_isTheLastOfItsRecord)
 
 TEST(HfsPlusBlockUse, bitmap_hasABitForEachUsedBlock_inPieces)
 {
-    constexpr std::uint64_t blocks = 3 * 16384 + 21;
+    constexpr std::uint64_t blocks = std::uint64_t(3) * 16384 + 21;
     HfsPlusBlockUse use;
     use.set(blocks, {}, {{start + 16380, 10}, {start + 40'000, 1}, {start + blocks - 5, 300}});
     EXPECT_EQ(HfsPlusBlockUse::bitmapBlocks(blocks), 4u);

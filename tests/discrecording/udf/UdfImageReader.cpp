@@ -112,7 +112,7 @@ QByteArray UdfImageReader::contents(const QByteArray &path)
 QByteArray UdfImageReader::digest(const QByteArray &path)
 {
     QCryptographicHash hash(QCryptographicHash::Sha1);
-    constexpr std::uint64_t step = 16 * 1024 * 1024;
+    constexpr std::uint64_t step = std::uint64_t(16) << 20;
     for (const UdfExtent &extent : m_objects.at(path).extents) {
         m_file.seek(static_cast<qint64>(extent.block * blockSize));
         for (std::uint64_t done = 0; done < extent.bytes; done += step)

@@ -145,7 +145,7 @@ TEST(UdfImage, volumeSet_beginsWithDigitsThatFollowFromTimeAndContents)
 TEST(UdfImage, longFiles_haveSeveralDescriptors_andTheirExactSizes)
 {
     const TemporaryTree tree;
-    const qint64 gibibyte = 1024 * 1024 * 1024;
+    const qint64 gibibyte = qint64(1) << 30;
     tree.makeSparseFile("a one descriptor", gibibyte - 2048);
     tree.makeSparseFile("b two", gibibyte);
     tree.makeSparseFile("c five and a bit", 5 * gibibyte + 123);
