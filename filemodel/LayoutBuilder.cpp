@@ -152,7 +152,7 @@ std::shared_ptr<DRFSObject> LayoutBuilder::makeFile(KRFileHierarchyItem &item, D
     if (isFolderIcon(reference))
         return nullptr;
     m_hooks.willAddFile(amountOfFile(reference));
-    const std::shared_ptr<DRFile> file = DRFileCreateReal(reference.fileRef());
+    std::shared_ptr<DRFile> file = DRFileCreateReal(reference.fileRef());
     if (!file)
         return nullptr;
     setOptions(reference, *file);

@@ -14,9 +14,9 @@ constexpr qsizetype longestBeforeLast = 26;
 /// An object that serves only to ask how one character is mangled.
 std::shared_ptr<DRFSObject> scratchObject(const QString &path)
 {
-    if (const std::shared_ptr<DRFile> file = DRFile::fileWithPath(path))
+    if (std::shared_ptr<DRFile> file = DRFile::fileWithPath(path))
         return file;
-    if (const std::shared_ptr<DRFolder> folder = DRFolder::folderWithPath(path))
+    if (std::shared_ptr<DRFolder> folder = DRFolder::folderWithPath(path))
         return folder;
     return DRFolder::virtualFolderWithName(path);
 }

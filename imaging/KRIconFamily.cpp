@@ -26,7 +26,7 @@ QByteArray makeScratchFile()
         return {};
     for (;;) {
         const quint32 number = QRandomGenerator::global()->generate() & 0x7FFFFFFF;
-        const QByteArray path = folder + "/myicon" + QByteArray::number(number);
+        QByteArray path = folder + "/myicon" + QByteArray::number(number);
         const UniqueDescriptor file(::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
         if (file)
             return path;

@@ -104,7 +104,7 @@ Result<std::vector<DiscSource>> discSourcesAtPaths(const QList<QByteArray> &path
     std::vector<DiscSource> sources;
     for (const QByteArray &path : paths) {
         DiscSource source;
-        if (const NSError error = inspect(path, &source))
+        if (NSError error = inspect(path, &source))
             return error;
         sources.push_back(source);
     }

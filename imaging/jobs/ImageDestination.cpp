@@ -69,7 +69,7 @@ NSError inspectExisting(ImageDestination *destination)
         return {};
     }
     if (S_ISLNK(status.st_mode)) {
-        if (const NSError error = followLink(&destination->path, &status))
+        if (NSError error = followLink(&destination->path, &status))
             return error;
     }
     destination->existingImage = DeviceAndInode{status.st_dev, status.st_ino};
@@ -165,11 +165,11 @@ NSError openDestination(const QByteArray &output, DiscFormat format, ImageDestin
     if (output.endsWith('/'))
         return isFolderError(output);
     destination->path = output;
-    if (const NSError error = inspectExisting(destination))
+    if (NSError error = inspectExisting(destination))
         return error;
-    if (const NSError error = openFolder(destination))
+    if (NSError error = openFolder(destination))
         return error;
-    if (const NSError error = checkSticky(*destination, destination->name))
+    if (NSError error = checkSticky(*destination, destination->name))
         return error;
     return format == DiscFormat::BIN ? inspectCue(destination) : NSError();
 }

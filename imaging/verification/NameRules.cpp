@@ -201,7 +201,7 @@ bool keepsEveryName(VolumeKind kind)
 
 QString formOfName(VolumeKind kind, std::string_view name)
 {
-    const QString text = stringWithFileSystemRepresentation(QByteArrayView(name.data(), qsizetype(name.size())));
+    QString text = stringWithFileSystemRepresentation(QByteArrayView(name.data(), qsizetype(name.size())));
     if (kind == VolumeKind::RockRidge)
         return text;
     if (kind != VolumeKind::ISO9660)

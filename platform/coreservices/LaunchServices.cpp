@@ -103,7 +103,7 @@ QByteArray beginningOf(const QByteArray &path)
 /// By the name alone, which needs no access to the file; by its contents where the name has no extension to tell.
 QString typeNameOf(const FoundItem &item)
 {
-    const QString special = typeNameOfMode(item.facts.stx_mode);
+    QString special = typeNameOfMode(item.facts.stx_mode);
     if (!special.isEmpty())
         return special;
     if (!MimeGlobs::shared().isEmpty()) {

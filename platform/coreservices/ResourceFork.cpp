@@ -151,6 +151,7 @@ std::optional<std::vector<Resource>> resourcesOfFork(QByteArrayView fork)
 QByteArray forkWithResources(const std::vector<Resource> &resources)
 {
     std::vector<const Resource *> sorted;
+    sorted.reserve(resources.size());
     for (const Resource &resource : resources)
         sorted.push_back(&resource);
     std::stable_sort(sorted.begin(), sorted.end(),

@@ -34,7 +34,7 @@ NSError NSError::errorWithErrno(int errnoValue, const QString &path)
 
 QString NSError::localizedDescription() const
 {
-    const QString description = m_userInfo.value(NSLocalizedDescriptionKey).toString();
+    QString description = m_userInfo.value(NSLocalizedDescriptionKey).toString();
     if (!description.isEmpty() || isNull())
         return description;
     const QString reason = localizedFailureReason();

@@ -81,7 +81,7 @@ void TemporaryTree::makeParents(const QByteArray &relative) const
 QByteArray TemporaryTree::makeFolder(const QByteArray &relative) const
 {
     makeParents(relative);
-    const QByteArray result = path(relative);
+    QByteArray result = path(relative);
     expectSuccess(::mkdir(result.constData(), 0755) == 0 || errno == EEXIST, "mkdir", result);
     return result;
 }
@@ -89,7 +89,7 @@ QByteArray TemporaryTree::makeFolder(const QByteArray &relative) const
 QByteArray TemporaryTree::makeFile(const QByteArray &relative, const QByteArray &contents) const
 {
     makeParents(relative);
-    const QByteArray result = path(relative);
+    QByteArray result = path(relative);
     const UniqueDescriptor file(::open(result.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
     expectSuccess(file.isValid()
                       && ::write(file.get(), contents.constData(), size_t(contents.size())) == contents.size(),
@@ -100,7 +100,7 @@ QByteArray TemporaryTree::makeFile(const QByteArray &relative, const QByteArray 
 QByteArray TemporaryTree::makeSymbolicLink(const QByteArray &relative, const QByteArray &target) const
 {
     makeParents(relative);
-    const QByteArray result = path(relative);
+    QByteArray result = path(relative);
     expectSuccess(::symlink(target.constData(), result.constData()) == 0, "symlink", result);
     return result;
 }
@@ -108,7 +108,7 @@ QByteArray TemporaryTree::makeSymbolicLink(const QByteArray &relative, const QBy
 QByteArray TemporaryTree::makeHardLink(const QByteArray &relative, const QByteArray &existing) const
 {
     makeParents(relative);
-    const QByteArray result = path(relative);
+    QByteArray result = path(relative);
     expectSuccess(::link(path(existing).constData(), result.constData()) == 0, "link", result);
     return result;
 }
@@ -116,14 +116,14 @@ QByteArray TemporaryTree::makeHardLink(const QByteArray &relative, const QByteAr
 QByteArray TemporaryTree::makeFifo(const QByteArray &relative) const
 {
     makeParents(relative);
-    const QByteArray result = path(relative);
+    QByteArray result = path(relative);
     expectSuccess(::mkfifo(result.constData(), 0644) == 0, "mkfifo", result);
     return result;
 }
 
 QByteArray TemporaryTree::makeSparseFile(const QByteArray &relative, qint64 size) const
 {
-    const QByteArray result = makeFile(relative);
+    QByteArray result = makeFile(relative);
     expectSuccess(::truncate(result.constData(), size) == 0, "truncate", result);
     return result;
 }

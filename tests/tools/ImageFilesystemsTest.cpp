@@ -32,7 +32,7 @@ protected:
     /// What 7z unpacks from the image when it takes it for this type; a warning is no failure.
     [[nodiscard]] QByteArray unpacked(const QByteArray &type) const
     {
-        const QByteArray folder = m_tree.makeFolder("unpacked " + type);
+        QByteArray folder = m_tree.makeFolder("unpacked " + type);
         ChildSettings settings;
         settings.program = "7z";
         settings.arguments = {"x", "-y", "-t" + type, image()};

@@ -79,7 +79,7 @@ std::set<std::string> ImageTest::outNames() const
 
 QByteArray ImageTest::extracted() const
 {
-    const QByteArray folder = m_tree.makeFolder("extracted");
+    QByteArray folder = m_tree.makeFolder("extracted");
     outputOf(
         "xorriso",
         {"-abort_on", "FAILURE", "-osirrox", "on", "-hardlinks", "on", "-indev", image(), "-extract", "/", folder});
@@ -90,7 +90,7 @@ QJsonObject jsonOf(const QByteArray &output)
 {
     EXPECT_EQ(output.count('\n'), 1) << output.constData();
     QJsonParseError error;
-    const QJsonObject result = QJsonDocument::fromJson(output, &error).object();
+    QJsonObject result = QJsonDocument::fromJson(output, &error).object();
     EXPECT_EQ(error.error, QJsonParseError::NoError) << error.errorString().toStdString() << output.constData();
     return result;
 }

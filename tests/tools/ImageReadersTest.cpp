@@ -30,7 +30,7 @@ protected:
     /// What `program` unpacks from the image.
     QByteArray unpacked(const QByteArray &program, const QList<QByteArray> &arguments)
     {
-        const QByteArray folder = m_tree.makeFolder("unpacked");
+        QByteArray folder = m_tree.makeFolder("unpacked");
         outputOf(program, arguments, folder);
         return folder;
     }

@@ -77,8 +77,8 @@ QString untitledFolderLocalizedString()
 
 QString untitledDiscLocalizedString()
 {
-    const QString key = QStringLiteral("untitled disc");
-    const QString text = NSBundle::frameworkBundle()->localizedString(key, {}, QStringLiteral("framework-localizable"));
+    QString key = QStringLiteral("untitled disc");
+    QString text = NSBundle::frameworkBundle()->localizedString(key, {}, QStringLiteral("framework-localizable"));
     if (text != key)
         return text;
     // The file manager's words come in two parts, the second to be put into the first; a missing one yields its key.

@@ -92,7 +92,7 @@ NSError readIsoDescriptors(const DiscImageSource &source, IsoDescriptorSet *set)
         const std::uint64_t offset = number * sectorSize;
         if (!source.contains(offset, sectorSize))
             return firstError;
-        if (const NSError error = source.read(offset, sector.data(), sector.size()))
+        if (NSError error = source.read(offset, sector.data(), sector.size()))
             return error;
         if (std::memcmp(&sector[identifierField], "CD001", 5) != 0 || sector[typeField] == Terminator)
             return firstError;

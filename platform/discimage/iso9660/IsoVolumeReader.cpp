@@ -111,13 +111,13 @@ private:
         if (m_facts.kind == VolumeKind::RockRidge) {
             RockRidgeEntry entry;
             const std::size_t skipped = std::min(m_skippedBytes, record.systemUse.size());
-            if (const NSError error = readRockRidgeEntry(m_source, m_facts.blockSize, record.systemUse.subspan(skipped),
-                                                         record.systemUseOffset + skipped, &entry))
+            if (NSError error = readRockRidgeEntry(m_source, m_facts.blockSize, record.systemUse.subspan(skipped),
+                                                   record.systemUseOffset + skipped, &entry))
                 return error;
             applyRockRidge(entry);
             if (entry.childBlock) {
                 folderBlock = *entry.childBlock;
-                if (const NSError error = readRelocated(folderBlock, &folderLength))
+                if (NSError error = readRelocated(folderBlock, &folderLength))
                     return error;
             }
         }

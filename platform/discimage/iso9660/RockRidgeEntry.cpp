@@ -219,7 +219,7 @@ NSError readRockRidgeEntry(const DiscImageSource &source, std::uint32_t blockSiz
             return discImageError(DiscImageErrorCode::Loop, place,
                                   QStringLiteral("The continuation areas of a record have no end"));
         buffer.resize(next.length);
-        if (const NSError error = source.read(place, buffer.data(), buffer.size()))
+        if (NSError error = source.read(place, buffer.data(), buffer.size()))
             return error;
         if (!parser.parse(buffer, &wrongAt))
             return damaged(place + wrongAt);

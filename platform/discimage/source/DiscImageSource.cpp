@@ -156,7 +156,7 @@ NSError DiscImageSource::read(std::uint64_t offset, void *buffer, std::size_t le
         const std::uint64_t within = offset % userDataSize;
         const std::size_t part = std::size_t(std::min<std::uint64_t>(userDataSize - within, length));
         const std::uint64_t sector = m_sectors.start + offset / userDataSize * m_sectors.size;
-        if (const NSError error = readFile(sector + m_sectors.dataOffset + within, to, part))
+        if (NSError error = readFile(sector + m_sectors.dataOffset + within, to, part))
             return error;
         to += part;
         length -= part;

@@ -125,14 +125,14 @@ public:
             if (length == 0)
                 return damaged(offset + at, QStringLiteral("A file's extents end %1 bytes early").arg(m_left));
             if (word >> 30 == Continuation) {
-                if (const NSError error = enterContinuation(address, offset + at, &block))
+                if (NSError error = enterContinuation(address, offset + at, &block))
                     return error;
                 offset = *m_structure.offsetOf(address) + allocationHeadSize;
                 descriptors = std::span(block).subspan(allocationHeadSize);
                 at = std::size_t(0) - step; // begins at its start
                 continue;
             }
-            if (const NSError error = add(word >> 30, length, address, offset + at, extents))
+            if (NSError error = add(word >> 30, length, address, offset + at, extents))
                 return error;
         }
         return {};
@@ -166,10 +166,9 @@ private:
                                   QStringLiteral("The list of a file's extents leads back to itself"));
         m_visited.insert(*place);
         block->resize(m_structure.facts.blockSize);
-        if (const NSError error = m_source.read(*place, block->data(), block->size()))
+        if (NSError error = m_source.read(*place, block->data(), block->size()))
             return error;
-        if (const NSError error =
-                checkUdfDescriptor(*block, UdfDescriptorKind::AllocationExtent, address.block, *place))
+        if (NSError error = checkUdfDescriptor(*block, UdfDescriptorKind::AllocationExtent, address.block, *place))
             return error;
         const std::size_t length = loadLittleEndian<std::uint32_t>(block->data() + 20);
         if (length > block->size() - allocationHeadSize)
@@ -230,7 +229,7 @@ NSError resolveLink(const DiscImageSource &source, std::uint64_t offset, VolumeO
         components.resize(start + std::size_t(extent.length));
         if (extent.isHole)
             continue;
-        if (const NSError error = source.read(extent.offset, &components[start], std::size_t(extent.length)))
+        if (NSError error = source.read(extent.offset, &components[start], std::size_t(extent.length)))
             return error;
     }
     object->extents.clear();
@@ -274,11 +273,11 @@ NSError readUdfEntry(const DiscImageSource &source, const UdfVolumeStructure &st
     if (!offset)
         return damaged(object->recordOffset, QStringLiteral("A file entry lies outside of its partition"));
     std::vector<std::uint8_t> bytes(structure.facts.blockSize);
-    if (const NSError error = source.read(*offset, bytes.data(), bytes.size()))
+    if (NSError error = source.read(*offset, bytes.data(), bytes.size()))
         return error;
     const bool isExtended = udfDescriptorKind(bytes) == UdfDescriptorKind::ExtendedFileEntry;
     const EntryShape &shape = isExtended ? extendedShape : plainShape;
-    if (const NSError error = checkUdfDescriptor(bytes, shape.kind, address.block, *offset))
+    if (NSError error = checkUdfDescriptor(bytes, shape.kind, address.block, *offset))
         return error;
     const std::uint8_t type = bytes[icbTypeField];
     object->recordOffset = *offset;
@@ -291,7 +290,7 @@ NSError readUdfEntry(const DiscImageSource &source, const UdfVolumeStructure &st
     object->identity = *offset;
     object->extents.clear();
     object->linkTarget.clear();
-    if (const NSError error = readExtents(source, structure, address.partition, bytes, shape, *offset, object))
+    if (NSError error = readExtents(source, structure, address.partition, bytes, shape, *offset, object))
         return error;
     if (object->kind == VolumeObjectKind::SymbolicLink)
         return resolveLink(source, *offset, object);

@@ -95,12 +95,12 @@ private:
         for (std::uint64_t number = start; number < start + count; ++number) {
             Block bytes(descriptorSize);
             const std::uint64_t offset = number * m_blockSize;
-            if (const NSError error = m_source.read(offset, bytes.data(), bytes.size()))
+            if (NSError error = m_source.read(offset, bytes.data(), bytes.size()))
                 return error;
             const UdfDescriptorKind kind = udfDescriptorKind(bytes);
             if (kind == UdfDescriptorKind::Terminator || std::uint16_t(kind) == 0)
                 break;
-            if (const NSError error = checkUdfDescriptor(bytes, kind, std::uint32_t(number), offset))
+            if (NSError error = checkUdfDescriptor(bytes, kind, std::uint32_t(number), offset))
                 return error;
             if (kind == UdfDescriptorKind::Partition)
                 m_partitions[loadLittleEndian<std::uint16_t>(&bytes[22])] = bytes;
@@ -166,7 +166,7 @@ private:
                 return discImageError(
                     DiscImageErrorCode::Unsupported, m_sequenceOffset,
                     QStringLiteral("Virtual, sparable and metadata partitions of later UDF versions are not read"));
-            if (const NSError error = addPartition(loadLittleEndian<std::uint16_t>(&logical[at + 4])))
+            if (NSError error = addPartition(loadLittleEndian<std::uint16_t>(&logical[at + 4])))
                 return error;
             at += mapSize;
         }

@@ -95,15 +95,14 @@ NSError UdfVolumeReader::findRoot()
     if (!offset)
         return damaged(0, QStringLiteral("The set of files lies outside of its partition"));
     std::uint8_t fileSet[512];
-    if (const NSError error = source().read(*offset, fileSet, sizeof fileSet))
+    if (NSError error = source().read(*offset, fileSet, sizeof fileSet))
         return error;
-    if (const NSError error =
-            checkUdfDescriptor(fileSet, UdfDescriptorKind::FileSet, m_structure.fileSet.block, *offset))
+    if (NSError error = checkUdfDescriptor(fileSet, UdfDescriptorKind::FileSet, m_structure.fileSet.block, *offset))
         return error;
     const UdfBlockAddress root = {loadLittleEndian<std::uint32_t>(fileSet + 404),
                                   loadLittleEndian<std::uint16_t>(fileSet + 408)};
     m_root.recordOffset = *offset;
-    if (const NSError error = readUdfEntry(source(), m_structure, root, &m_root))
+    if (NSError error = readUdfEntry(source(), m_structure, root, &m_root))
         return error;
     if (m_root.kind != VolumeObjectKind::Folder)
         return damaged(m_root.recordOffset, QStringLiteral("The root is no folder"));
@@ -117,7 +116,7 @@ NSError UdfVolumeReader::listFolder(const VolumeObject &folder, const VolumeVisi
     for (std::uint64_t position = 0; position < folder.listingLength;) {
         const std::uint64_t place = placeOf(folder, position);
         std::span<const std::uint8_t> bytes;
-        if (const NSError error = window.bytesAt(position, largestIdentifier, &bytes))
+        if (NSError error = window.bytesAt(position, largestIdentifier, &bytes))
             return error;
         if (bytes.size() < identifierHeadSize)
             return damaged(place, QStringLiteral("A folder ends within an entry"));
@@ -126,7 +125,7 @@ NSError UdfVolumeReader::listFolder(const VolumeObject &folder, const VolumeVisi
         const std::size_t size = (identifierHeadSize + useSize + nameSize + 3) / 4 * 4;
         if (size > bytes.size())
             return damaged(place, QStringLiteral("A folder ends within an entry"));
-        if (const NSError error =
+        if (NSError error =
                 checkUdfDescriptor(bytes.first(size), UdfDescriptorKind::FileIdentifier, std::nullopt, place))
             return error;
         position += size;

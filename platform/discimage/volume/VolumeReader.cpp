@@ -21,7 +21,7 @@ NSError VolumeReader::read(const VolumeObject &file, std::uint64_t offset, void 
         const std::size_t part = std::size_t(std::min<std::uint64_t>(extent.length - offset, length - *bytesRead));
         if (extent.isHole)
             std::memset(to + *bytesRead, 0, part);
-        else if (const NSError error = source().read(extent.offset + offset, to + *bytesRead, part))
+        else if (NSError error = source().read(extent.offset + offset, to + *bytesRead, part))
             return error;
         *bytesRead += part;
         offset = 0;

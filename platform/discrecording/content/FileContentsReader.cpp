@@ -119,7 +119,7 @@ NSError readFileContents(int descriptor, const FileContents &file, std::uint64_t
 
 NSError fileContentsReadError(int descriptor, const FileContents &file, int errnoValue)
 {
-    const NSError change = verifyFileContentsUnchanged(descriptor, file);
+    NSError change = verifyFileContentsUnchanged(descriptor, file);
     if (change)
         return change;
     if (errnoValue != 0)

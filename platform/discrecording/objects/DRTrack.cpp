@@ -25,7 +25,7 @@ std::shared_ptr<DRTrack> DRTrack::trackForRootFolder(const std::shared_ptr<DRFol
 {
     if (!root)
         return nullptr;
-    const std::shared_ptr<DRTrack> track(new DRTrack);
+    std::shared_ptr<DRTrack> track(new DRTrack);
     track->m_root = root;
     track->m_properties = {
         {DRBlockSizeKey, 2048u}, {DRBlockTypeKey, 8}, {DRDataFormKey, 16}, {DRTrackModeKey, 4}, {DRSessionFormatKey, 0},
@@ -37,7 +37,7 @@ std::shared_ptr<DRTrack> DRTrack::trackWithProducer(const std::shared_ptr<DRTrac
 {
     if (!producer)
         return nullptr;
-    const std::shared_ptr<DRTrack> track(new DRTrack);
+    std::shared_ptr<DRTrack> track(new DRTrack);
     track->m_producer = producer;
     return track;
 }

@@ -38,7 +38,7 @@ NSError readChecked(const FileContents &file, SourceFolder &folder, std::uint64_
         if (!descriptor)
             return error;
     }
-    if (const NSError error = readFileContents(descriptor.get(), file, offset, out.data(), out.size()))
+    if (NSError error = readFileContents(descriptor.get(), file, offset, out.data(), out.size()))
         return error;
     return verifyFileContentsUnchanged(descriptor.get(), file);
 }
@@ -135,7 +135,7 @@ NSError PlannedImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
             continue; // its last block's padding alone
         clearUpTo(from - pieceStart);
         const std::span<std::uint8_t> contents = out.subspan(from - pieceStart, to - from);
-        if (const NSError error = fillFile(file, from - fileStart, contents, folder, cancellation))
+        if (NSError error = fillFile(file, from - fileStart, contents, folder, cancellation))
             return error;
         cleared = to - pieceStart;
     }
@@ -153,7 +153,7 @@ NSError PlannedImage::fillRegions(std::uint64_t at, std::span<std::uint8_t> out)
         const std::uint64_t to = std::min(end, region.start + region.count);
         if (from >= to)
             continue;
-        if (const NSError error = region.owner->produceRegion(
+        if (NSError error = region.owner->produceRegion(
                 region.tag, static_cast<std::uint32_t>(from - region.start),
                 out.subspan((from - at) * logicalBlockSize, (to - from) * logicalBlockSize)))
             return error;

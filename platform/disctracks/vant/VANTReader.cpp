@@ -143,7 +143,7 @@ private:
 
     [[nodiscard]] NSError parseSession(std::size_t payload, std::uint32_t size)
     {
-        if (const NSError error = closeSession())
+        if (NSError error = closeSession())
             return error;
         if (size < vantSessionPayloadSize)
             return damaged(payload, QStringLiteral("A session's record has only %1 bytes").arg(size));

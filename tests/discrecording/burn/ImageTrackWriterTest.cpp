@@ -25,7 +25,7 @@ NSError write(const BlockImage &image, DRDeviceConsumer &consumer, BurnCancellat
     const auto status =
         std::make_shared<BurnStatus>(DRNotificationCenter::currentRunLoopCenter(), std::weak_ptr<DRBurn>());
     BurnSink sink(consumer, *status, cancellation);
-    const NSError error = ImageTrackWriter(image, sink, cancellation).write();
+    NSError error = ImageTrackWriter(image, sink, cancellation).write();
     if (amounts)
         *amounts = status->amounts();
     return error;
@@ -78,7 +78,7 @@ NSError errorWhenChangedBeforeCopy(const std::function<void(const QByteArray &pa
     ImageWithBigFile given;
     FileConsumer consumer(given.tree.path("image"));
     consumer.beforeCopy = [&] { change(given.tree.path("big")); };
-    const NSError error = write(given.image, consumer);
+    NSError error = write(given.image, consumer);
     EXPECT_EQ(error.filePath(), given.tree.pathText("big"));
     EXPECT_EQ(consumer.copiedBytes, 0u);
     return error;

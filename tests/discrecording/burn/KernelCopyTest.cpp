@@ -51,7 +51,7 @@ qint64 allocatedBytes(const QByteArray &path)
 /// A file of 8 MiB with data in [1 MiB, 1 MiB + 10000) and nothing else.
 QByteArray makeFileWithHoles(const TemporaryTree &tree, const QByteArray &data)
 {
-    const QByteArray path = tree.makeSparseFile("holes", 8 << 20);
+    QByteArray path = tree.makeSparseFile("holes", 8 << 20);
     const UniqueDescriptor file(::open(path.constData(), O_WRONLY | O_CLOEXEC));
     EXPECT_EQ(::pwrite(file.get(), data.constData(), size_t(data.size()), 1 << 20), data.size());
     return path;

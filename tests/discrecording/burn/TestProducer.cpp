@@ -64,7 +64,7 @@ QByteArray TestProducer::pattern(qsizetype length)
 std::shared_ptr<DRTrack> trackOfProducer(const std::shared_ptr<TestProducer> &producer, std::uint64_t blocks,
                                          std::uint32_t blockSize, std::uint32_t pregapBlocks)
 {
-    const std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(producer);
+    std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(producer);
     QVariantMap properties{{DRTrackLengthKey, quint64(blocks)}, {DRBlockSizeKey, quint32(blockSize)}};
     if (pregapBlocks > 0)
         properties.insert(DRPreGapLengthKey, quint32(pregapBlocks));

@@ -28,7 +28,7 @@ NSError errorOfProducing(const BlockImage &image)
     for (std::uint32_t at = 0; at < image.blockCount();) {
         const ImagePiece piece = image.pieceAt(at, 64);
         buffer.resize(std::size_t{piece.blockCount} * logicalBlockSize);
-        if (const NSError error = image.fillPiece(at, buffer, {}))
+        if (NSError error = image.fillPiece(at, buffer, {}))
             return error;
         at += piece.blockCount;
     }

@@ -26,7 +26,7 @@ public:
 
 std::shared_ptr<DRTrack> trackWith(const QVariantMap &properties)
 {
-    const std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(std::make_shared<SilentProducer>());
+    std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(std::make_shared<SilentProducer>());
     track->setProperties(properties);
     return track;
 }

@@ -31,7 +31,7 @@ public:
 
 DRLayout failingLayout()
 {
-    const std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(std::make_shared<EmptyProducer>());
+    std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(std::make_shared<EmptyProducer>());
     track->setProperties({{DRBlockSizeKey, 2048u}, {DRTrackLengthKey, quint64(4)}});
     return track;
 }

@@ -69,7 +69,7 @@ LayoutWriterFixture::LayoutWriterFixture()
 
 DRLayout LayoutWriterFixture::layoutOfBlocks(quint64 blocks)
 {
-    const std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(std::make_shared<LetterProducer>());
+    std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(std::make_shared<LetterProducer>());
     track->setProperties({{DRBlockSizeKey, 2048u}, {DRTrackLengthKey, blocks}});
     return track;
 }
