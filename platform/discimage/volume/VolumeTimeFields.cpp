@@ -8,6 +8,8 @@ namespace Tessaron
 namespace
 {
 
+constexpr std::int64_t secondsPerMinute = 60;
+constexpr std::int64_t secondsPerHour = 3600;
 constexpr std::int64_t secondsPerDay = 86400;
 constexpr int minutesPerZoneStep = 15; // ECMA-119 9.1.5: zones are counted in quarters of an hour
 
@@ -33,7 +35,7 @@ std::optional<VolumeTime> volumeTimeFromCalendar(int year, int month, int day, i
         return std::nullopt;
     const std::int64_t days = date.toJulianDay() - QDate(1970, 1, 1).toJulianDay();
     VolumeTime time;
-    time.seconds = days * secondsPerDay + hour * 3600 + (minute - zoneMinutes) * 60 + second;
+    time.seconds = days * secondsPerDay + hour * secondsPerHour + (minute - zoneMinutes) * secondsPerMinute + second;
     return time;
 }
 
