@@ -183,7 +183,7 @@ class ContentTree
 {
 public:
     ChunkedArray<ContentNode> nodes;
-    std::uint32_t folderCount = 0; ///< folders in the tree, the root and absent ones counted
+    std::uint32_t folderCount = 0; ///< folders in the tree, the root counted, absent ones not
     FileTime volumeTime; ///< when the volume was made; also the time of objects without source
     std::optional<std::int64_t> latestTime; ///< no object gets a later time; set for reproducible images
 

@@ -68,9 +68,9 @@ std::unique_ptr<ContentTree> ContentTreeBuilder::build(const DRFolder &root, Sto
             addListedChildren(next.node, issues);
     }
     m_progress.tell(0.15);
-    numberFolders();
     if (!inspect(issues))
         return nullptr;
+    numberFolders();
     findSharedContents(*m_tree);
     m_progress.tell(0.6);
     return std::move(m_tree);
@@ -295,6 +295,7 @@ void ContentTreeBuilder::noteLongName(NodeIndex node, ContentNode &content)
     m_tree->changedNames.emplace_back(node, name);
 }
 
+/// Only now that it is known which folders are there: writers keep a table of them in this order, and search in it.
 void ContentTreeBuilder::numberFolders()
 {
     for (NodeIndex node = 0; node < m_tree->nodes.size(); ++node) {

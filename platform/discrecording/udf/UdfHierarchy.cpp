@@ -44,7 +44,7 @@ bool UdfHierarchy::prepare(const PlanProgress &progress, StorageIssues &issues)
             if (progress.isCancelled())
                 return false;
         }
-        // Folders that are not in the tree have their place, too, so that places ascend.
+        // Folders that this tree does not hold have their place, too, so that places ascend.
         m_folders[content.folderNumber()].node = node;
         m_folders[content.folderNumber()].firstBlock = static_cast<std::uint32_t>(m_directoryBlocks);
         m_folders[content.folderNumber()].firstRestart = static_cast<std::uint32_t>(m_restarts.size());

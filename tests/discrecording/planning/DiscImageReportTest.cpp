@@ -23,6 +23,15 @@ std::shared_ptr<DRFolder> rootWith(const TemporaryTree &tree, std::initializer_l
     return root;
 }
 
+DRDiscTree firstTreeOf(DRFilesystemMask mask)
+{
+    if ((mask & DRFilesystemInclusionMaskISO9660) != 0)
+        return DRDiscTree::ISO9660;
+    if ((mask & DRFilesystemInclusionMaskJoliet) != 0)
+        return DRDiscTree::Joliet;
+    return (mask & DRFilesystemInclusionMaskUDF) != 0 ? DRDiscTree::UDF : DRDiscTree::HFSPlus;
+}
+
 } // namespace
 
 TEST(DiscImageReport, renamedInIsoAlone_isNotLost)
@@ -62,6 +71,55 @@ TEST(DiscImageReport, nameThatIsLegal_isNotReported)
         root->addChild(DRFile::virtualFileWithName(QString::fromUtf8(name), "x"));
     EXPECT_EQ(WrittenImage(root).plan().report->count(), 0u);
 }
+
+class DiscImageWithoutAFolder : public ::testing::TestWithParam<DRFilesystemMask>
+{
+};
+
+TEST_P(DiscImageWithoutAFolder, allElse_isFoundByOtherReaders)
+{
+    const TemporaryTree tree;
+    tree.makeFolder("a");
+    tree.makeFile("b/f", "1");
+    tree.makeFile("b/c/g", "22");
+    tree.makeFolder("z");
+    const auto source = [&](const char *path) {
+        FSRef ref;
+        EXPECT_EQ(FSPathMakeRef(tree.path(path), &ref, nullptr), noErr);
+        return ref;
+    };
+    // As a program lays out what it scanned: the folders are objects of their own that have sources.
+    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("root"));
+    for (const char *const name : {"a", "b", "z"}) {
+        const auto folder = DRFolder::virtualFolderWithName(QString::fromUtf8(name));
+        folder->setSourceRef(source(name));
+        root->addChild(folder);
+    }
+    const auto b = std::static_pointer_cast<DRFolder>(root->children()[1]);
+    b->addChild(DRFile::fileWithPath(tree.pathText("b/f")));
+    b->addChild(DRFolder::folderWithPath(tree.pathText("b/c")));
+    PlanOptions options;
+    options.filesystems = GetParam();
+    // A folder that may not be listed is found out at the same time; permissions mean nothing to a test run by root.
+    tree.remove("a");
+    const WrittenImage made(root, options);
+    EXPECT_FALSE(made.error());
+    EXPECT_FALSE(made.items(firstTreeOf(GetParam()), Kind::Refused).empty());
+    constexpr std::pair<DRFilesystemMask, const char *> kinds[] = {{DRFilesystemInclusionMaskISO9660, "-tiso"},
+                                                                   {DRFilesystemInclusionMaskUDF, "-tudf"},
+                                                                   {DRFilesystemInclusionMaskHFSPlus, "-thfs"}};
+    for (const auto &[mask, type] : kinds) {
+        if ((GetParam() & mask) == 0 || (mask == DRFilesystemInclusionMaskHFSPlus && GetParam() != mask))
+            continue;
+        const ProgramResult result = runProgram(
+            QStringLiteral("7z"), {QStringLiteral("l"), QStringLiteral("-ba"), QString::fromUtf8(type), made.path()});
+        EXPECT_LE(result.exitCode, 1) << type << result.output.toStdString() << result.errors.toStdString();
+        EXPECT_TRUE(result.output.toUpper().contains("B/F")) << type << result.output.toStdString();
+        EXPECT_TRUE(result.output.toUpper().contains("B/C/G")) << type << result.output.toStdString();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Masks, DiscImageWithoutAFolder, ::testing::Range<DRFilesystemMask>(1, 16));
 
 TEST(DiscImageReport, vanishedFile_isRefusedWithItsPath)
 {
