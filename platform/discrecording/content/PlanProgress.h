@@ -17,6 +17,8 @@ public:
     {
     }
 
+    /// For what lies below; any thread may ask it.
+    [[nodiscard]] const std::stop_token &cancellation() const { return m_cancellation; }
     /// Any thread may ask.
     [[nodiscard]] bool isCancelled() const { return m_cancellation.stop_requested(); }
 

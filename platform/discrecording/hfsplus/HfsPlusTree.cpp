@@ -67,12 +67,12 @@ bool HfsPlusTree::prepare(const PlanProgress &progress, StorageIssues &issues)
         }
         const ContentNode &content = m_tree->nodes[node];
         if (content.isFolder() && holds(node)) {
-            prepareFolder(node, siblings, issues);
+            prepareFolder(node, siblings, progress.cancellation(), issues);
             unchecked += content.childCount();
         }
     }
     m_names->finish();
-    return true;
+    return !progress.isCancelled();
 }
 
 void HfsPlusTree::findSharedFiles()
@@ -122,7 +122,8 @@ bool HfsPlusTree::holdsContents(NodeIndex node) const
     return m_tree->nodes[node].has(ContentNode::SharesContents) ? sharedFile(node) != nullptr : holds(node);
 }
 
-void HfsPlusTree::prepareFolder(NodeIndex folder, HfsPlusSiblings &siblings, StorageIssues &issues)
+void HfsPlusTree::prepareFolder(NodeIndex folder, HfsPlusSiblings &siblings, const std::stop_token &cancellation,
+                                StorageIssues &issues)
 {
     const ContentNode &content = m_tree->nodes[folder];
     siblings.clear();
@@ -136,7 +137,7 @@ void HfsPlusTree::prepareFolder(NodeIndex folder, HfsPlusSiblings &siblings, Sto
             issues.push_back({node, DRDiscTree::HFSPlus, Kind::Refused, StorageReason::KindNotStorable, false});
         }
     }
-    m_names->tellApart(siblings);
+    m_names->tellApart(siblings, cancellation);
     std::uint32_t position = content.firstChild();
     for (const HfsPlusSiblings::Entry &entry : siblings.entries()) {
         m_order[position++] = entry.node;

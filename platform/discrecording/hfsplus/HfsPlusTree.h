@@ -89,7 +89,8 @@ public:
 
 private:
     void findSharedFiles();
-    void prepareFolder(NodeIndex folder, HfsPlusSiblings &siblings, StorageIssues &issues);
+    void prepareFolder(NodeIndex folder, HfsPlusSiblings &siblings, const std::stop_token &cancellation,
+                       StorageIssues &issues);
     void report(const HfsPlusSiblings::Entry &entry, StorageIssues &issues) const;
     [[nodiscard]] const HfsPlusSharedFile *sharedFile(NodeIndex node) const;
 

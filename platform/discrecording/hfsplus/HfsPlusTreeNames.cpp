@@ -126,7 +126,7 @@ void HfsPlusTreeNames::nameOf(NodeIndex node, HfsPlusName *name) const
     (void)ruledName(node, name);
 }
 
-void HfsPlusTreeNames::tellApart(HfsPlusSiblings &siblings)
+void HfsPlusTreeNames::tellApart(HfsPlusSiblings &siblings, const std::stop_token &cancellation)
 {
     siblings.sort();
     if (siblings.allDiffer())
@@ -142,7 +142,7 @@ void HfsPlusTreeNames::tellApart(HfsPlusSiblings &siblings)
         (void)ruledName(entry.node, &name);
         names.push_back({std::u16string(name.view()), m_tree->nodes[entry.node].isFolder()});
     }
-    makeNamesUnique<char16_t>(std::span(names), hfsPlusLimits, hfsPlusNameKey);
+    makeNamesUnique<char16_t>(std::span(names), hfsPlusLimits, hfsPlusNameKey, cancellation);
     for (std::size_t index = 0; index < names.size(); ++index) {
         HfsPlusSiblings::Entry &entry = siblings.entries()[index];
         (void)ruledName(entry.node, &name);

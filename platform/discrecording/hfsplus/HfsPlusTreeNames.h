@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -75,8 +76,9 @@ public:
     /// The same before siblings are told apart. True when it is not the object's base name.
     bool ruledName(NodeIndex node, HfsPlusName *name) const;
 
-    /// Puts the children of one folder in order and, where any names are the same, tells them apart.
-    void tellApart(HfsPlusSiblings &siblings);
+    /// Puts the children of one folder in order and, where any names are the same, tells them apart. Once
+    /// `cancellation` is requested the names are worth nothing.
+    void tellApart(HfsPlusSiblings &siblings, const std::stop_token &cancellation);
     /// To be called once all names were told apart.
     void finish();
 

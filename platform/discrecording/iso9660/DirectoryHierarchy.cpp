@@ -53,7 +53,7 @@ bool DirectoryHierarchy::prepare(const PlanProgress &progress, StorageIssues &is
                 return false;
         }
         collectChildren(number, siblings, issues);
-        m_names->tellApart(siblings);
+        m_names->tellApart(siblings, progress.cancellation());
         storeOrder(number, siblings);
         measure(number, siblings);
         reportChildren(number, siblings, issues);
@@ -62,7 +62,7 @@ bool DirectoryHierarchy::prepare(const PlanProgress &progress, StorageIssues &is
     m_names->finish();
     m_paths = {};
     m_folders.shrink_to_fit();
-    return true;
+    return !progress.isCancelled();
 }
 
 void DirectoryHierarchy::collectChildren(std::uint32_t number, SiblingNames &siblings, StorageIssues &issues)

@@ -183,7 +183,7 @@ void HierarchyNames::tellApartAs(SiblingNames &siblings, const Decode &decode)
     }
 }
 
-void HierarchyNames::tellApart(SiblingNames &siblings)
+void HierarchyNames::tellApart(SiblingNames &siblings, const std::stop_token &cancellation)
 {
     siblings.sort();
     if (siblings.allDiffer())

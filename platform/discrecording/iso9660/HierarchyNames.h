@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -93,8 +94,9 @@ public:
     /// What a file's name is followed by in its identifier (ECMA-119 7.5.1).
     [[nodiscard]] std::string_view suffix(std::string_view name, bool isFolder) const;
 
-    /// Puts the names of one folder's children in order and, where any are the same, tells them apart.
-    void tellApart(SiblingNames &siblings);
+    /// Puts the names of one folder's children in order and, where any are the same, tells them apart. Once
+    /// `cancellation` is requested the names are worth nothing.
+    void tellApart(SiblingNames &siblings, const std::stop_token &cancellation);
     /// To be called once all names were told apart.
     void finish();
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -39,12 +40,14 @@ struct ExactName {
 ///
 /// The first that has a name keeps it, whatever comes before or after; each further one gets, in order, the first free
 /// name of the form "stem_1.ext", "stem_2.ext" …, its stem cut so that the limits hold. The result depends on the names
-/// and their order alone. Two names are the same when `KeyOf` gives equal keys for them. Returns how many names were
-/// changed.
+/// and their order alone. Two names are the same when `KeyOf` gives equal keys for them; the key of a text must be
+/// those of its parts in a row. Returns how many names were changed. Once `cancellation` is requested the names are
+/// worth nothing.
 ///
 /// Time grows linearly with the number of names, also when all of them collide: 100,000 take about 0.1 s.
 template <typename Unit, typename KeyOf = ExactName<Unit>>
-std::size_t makeNamesUnique(std::span<SiblingName<Unit>> siblings, const NameLimits &limits, const KeyOf &keyOf = {});
+std::size_t makeNamesUnique(std::span<SiblingName<Unit>> siblings, const NameLimits &limits, const KeyOf &keyOf = {},
+                            const std::stop_token &cancellation = {});
 
 /// Where the extension of a file name begins, its dot included; the name's size when it has none that is
 /// sensible (Utf8Names.h). Leading dots begin no extension.

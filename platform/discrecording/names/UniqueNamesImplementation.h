@@ -39,15 +39,17 @@ namespace Detail
 {
 
 /// Hands out the numbers of numbered names. All names that end up with the same stem, extension and number of digits
-/// share one counter; so no number is tried twice, and a folder full of collisions stays linear.
-template <typename Unit>
+/// share one counter, the same in the eyes of `KeyOf`; so no number is tried twice, and a folder full of collisions
+/// stays linear.
+template <typename Unit, typename KeyOf>
 class NumberedNames
 {
 public:
     using String = std::basic_string<Unit>;
 
-    explicit NumberedNames(const NameLimits &limits)
+    NumberedNames(const NameLimits &limits, const KeyOf &keyOf)
         : m_limits(limits)
+        , m_keyOf(keyOf)
     {
     }
 
@@ -62,14 +64,12 @@ public:
         std::uint64_t first = 1;
         for (std::size_t digits = 1;; ++digits, first *= 10) {
             const std::size_t cut = lengthWithoutSplitPair(name.substr(0, dot), room > digits ? room - digits - 1 : 0);
-            String key(name.substr(0, cut));
-            key.append(1, Unit('/')).append(extension).append(1, Unit('0' + digits));
+            const String stem(name.substr(0, cut));
+            String key(m_keyOf(stem));
+            key.append(1, Unit('/')).append(m_keyOf(String(extension))).append(1, Unit('0' + digits));
             const auto counter = m_counters.try_emplace(std::move(key), first).first;
             if (counter->second < first * 10)
-                return String(name.substr(0, cut))
-                    .append(1, Unit('_'))
-                    .append(text(counter->second++))
-                    .append(extension);
+                return String(stem).append(1, Unit('_')).append(text(counter->second++)).append(extension);
         }
     }
 
@@ -82,14 +82,17 @@ private:
     }
 
     const NameLimits m_limits;
+    const KeyOf &m_keyOf;
     std::unordered_map<String, std::uint64_t> m_counters;
 };
 
 } // namespace Detail
 
 template <typename Unit, typename KeyOf>
-std::size_t makeNamesUnique(std::span<SiblingName<Unit>> siblings, const NameLimits &limits, const KeyOf &keyOf)
+std::size_t makeNamesUnique(std::span<SiblingName<Unit>> siblings, const NameLimits &limits, const KeyOf &keyOf,
+                            const std::stop_token &cancellation)
 {
+    constexpr std::size_t namesPerCheck = 1024;
     using Key = decltype(keyOf(siblings.front().name));
     // Keys may be views: the name of a sibling changes only before its key is taken.
     std::unordered_set<Key> taken;
@@ -99,8 +102,11 @@ std::size_t makeNamesUnique(std::span<SiblingName<Unit>> siblings, const NameLim
         if (!taken.insert(keyOf(siblings[index].name)).second)
             duplicates.push_back(index);
     }
-    Detail::NumberedNames<Unit> numbered(limits);
-    for (const std::size_t index : duplicates) {
+    Detail::NumberedNames<Unit, KeyOf> numbered(limits, keyOf);
+    for (std::size_t done = 0; done < duplicates.size(); ++done) {
+        if (done % namesPerCheck == 0 && cancellation.stop_requested())
+            break;
+        const std::size_t index = duplicates[done];
         const SiblingName<Unit> original = siblings[index];
         do {
             siblings[index].name = numbered.next(original);

@@ -49,12 +49,12 @@ bool UdfHierarchy::prepare(const PlanProgress &progress, StorageIssues &issues)
         m_folders[content.folderNumber()].firstBlock = static_cast<std::uint32_t>(m_directoryBlocks);
         m_folders[content.folderNumber()].firstRestart = static_cast<std::uint32_t>(m_restarts.size());
         if (holds(node))
-            addFolder(node, issues);
+            addFolder(node, progress.cancellation(), issues);
     }
     keepLinkCounts();
     m_nodeOfIcb.shrink_to_fit();
     m_siblings = {};
-    return true;
+    return !progress.isCancelled();
 }
 
 bool UdfHierarchy::admits(NodeIndex node, StorageIssues &issues) const
@@ -103,7 +103,7 @@ void UdfHierarchy::addIcb(NodeIndex node)
     m_allocationExtents += extents;
 }
 
-void UdfHierarchy::addFolder(NodeIndex node, StorageIssues &issues)
+void UdfHierarchy::addFolder(NodeIndex node, const std::stop_token &cancellation, StorageIssues &issues)
 {
     const ContentNode &folder = m_tree->nodes[node];
     ++m_folderCount;
@@ -118,7 +118,7 @@ void UdfHierarchy::addFolder(NodeIndex node, StorageIssues &issues)
         else
             ++m_fileCount;
     }
-    m_names->makeNames(m_siblings);
+    m_names->makeNames(m_siblings, cancellation);
     for (const UdfSibling &sibling : m_siblings)
         report(sibling, issues);
     measure(node);

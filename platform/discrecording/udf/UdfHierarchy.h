@@ -102,7 +102,7 @@ private:
     /// Whether an object can be in the tree; adds what speaks against it.
     [[nodiscard]] bool admits(NodeIndex node, StorageIssues &issues) const;
     void addIcb(NodeIndex node);
-    void addFolder(NodeIndex node, StorageIssues &issues);
+    void addFolder(NodeIndex node, const std::stop_token &cancellation, StorageIssues &issues);
     void measure(NodeIndex node);
     void report(const UdfSibling &sibling, StorageIssues &issues) const;
     void keepLinkCounts();

@@ -23,7 +23,7 @@ bool UdfTreeNames::ruledName(NodeIndex node, UdfCompressedText *name) const
     return QStringView(text).toUtf8() != QByteArrayView(content.name, content.nameLength);
 }
 
-void UdfTreeNames::makeNames(std::span<UdfSibling> siblings)
+void UdfTreeNames::makeNames(std::span<UdfSibling> siblings, const std::stop_token &cancellation)
 {
     UdfCompressedText name;
     bool hasRenamed = false;
@@ -34,10 +34,10 @@ void UdfTreeNames::makeNames(std::span<UdfSibling> siblings)
     }
     // The names that siblings have on the disc differ: where all of them stay, nothing is to be told apart.
     if (hasRenamed)
-        tellApart(siblings);
+        tellApart(siblings, cancellation);
 }
 
-void UdfTreeNames::tellApart(std::span<UdfSibling> siblings)
+void UdfTreeNames::tellApart(std::span<UdfSibling> siblings, const std::stop_token &cancellation)
 {
     std::vector<SiblingName<char16_t>> names;
     names.reserve(siblings.size());
@@ -47,7 +47,7 @@ void UdfTreeNames::tellApart(std::span<UdfSibling> siblings)
         names.push_back({name.text(), m_tree->nodes[sibling.node].isFolder()});
     }
     const std::vector<SiblingName<char16_t>> before = names;
-    makeNamesUnique<char16_t>(names, udfLimits);
+    makeNamesUnique<char16_t>(names, udfLimits, {}, cancellation);
     for (std::size_t index = 0; index < names.size(); ++index) {
         if (names[index].name == before[index].name)
             continue;

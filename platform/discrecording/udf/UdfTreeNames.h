@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,7 +31,7 @@ public:
 
     /// Makes the names of one folder's children, different from each other. To be called for each folder once, in the
     /// order of the tree.
-    void makeNames(std::span<UdfSibling> siblings);
+    void makeNames(std::span<UdfSibling> siblings, const std::stop_token &cancellation);
 
     /// The name of an object other than the root whose folder has its names. Thread-safe afterwards.
     void nameOf(NodeIndex node, UdfCompressedText *name) const;
@@ -47,7 +48,7 @@ private:
 
     /// The name by the rules alone. True when it is not the one that the object has on the disc.
     bool ruledName(NodeIndex node, UdfCompressedText *name) const;
-    void tellApart(std::span<UdfSibling> siblings);
+    void tellApart(std::span<UdfSibling> siblings, const std::stop_token &cancellation);
 
     const std::shared_ptr<const ContentTree> m_tree;
     TextArena m_texts;

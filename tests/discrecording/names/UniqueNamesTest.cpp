@@ -121,3 +121,38 @@ TEST(UniqueNames, mangling_isFast_forAHundredThousandNames)
     EXPECT_EQ(length, 100'000u * 20 + (10u * 1 + 90 * 2 + 900 * 3 + 9'000 * 4 + 90'000 * 5));
     EXPECT_LT(elapsed, std::chrono::seconds(5));
 }
+
+TEST(UniqueNames, makeNamesUnique_takesLinearTime_whenNamesDifferInCaseAlone)
+{
+    constexpr std::size_t count = 1u << 15;
+    std::vector<SiblingName<char16_t>> siblings;
+    for (std::size_t number = 0; number < count; ++number) {
+        std::u16string name = u"abcdefghijklmno.txt";
+        for (std::size_t letter = 0; letter < 15; ++letter) {
+            if ((number >> letter & 1) != 0)
+                name[letter] = static_cast<char16_t>(name[letter] - u'a' + u'A');
+        }
+        siblings.push_back({name, false});
+    }
+    std::size_t keysMade = 0;
+    const auto keyOf = [&](const std::u16string &name) {
+        ++keysMade;
+        return hfsPlusNameKey(name);
+    };
+    EXPECT_EQ(makeNamesUnique<char16_t>(std::span(siblings), hfsPlusLimits, keyOf), count - 1);
+    EXPECT_LT(keysMade, 12 * count) << "some keys for each name, not one for each pair of names";
+    std::set<std::u16string> keys;
+    for (const auto &sibling : siblings)
+        EXPECT_TRUE(keys.insert(hfsPlusNameKey(sibling.name)).second);
+    EXPECT_EQ(siblings[1].name, u"Abcdefghijklmno_1.txt");
+    EXPECT_EQ(siblings[2].name, u"aBcdefghijklmno_2.txt");
+}
+
+TEST(UniqueNames, makeNamesUnique_stops_whenCancelled)
+{
+    std::vector<SiblingName<char>> siblings(5'000, SiblingName<char>{"SAME", false});
+    std::stop_source stopper;
+    stopper.request_stop();
+    (void)makeNamesUnique<char>(std::span(siblings), iso9660LevelTwoLimits, {}, stopper.get_token());
+    EXPECT_EQ(siblings.back().name, "SAME");
+}
