@@ -31,7 +31,7 @@ constexpr std::array<bool, 256> isPlainInJoliet = makePlainTable();
 /// The Joliet name of an ordinary name without the detour of the rules; false when it is not ordinary.
 bool assignPlainName(std::string_view rawName, RecordedName *name)
 {
-    if (rawName.empty() || rawName.size() > jolietNameLimit)
+    if (rawName.empty() || rawName.size() > jolietNameLimit || rawName.back() == '.' || rawName.back() == ' ')
         return false;
     name->clear();
     for (const char character : rawName) {
@@ -63,6 +63,18 @@ std::uint64_t prefixOf(std::string_view name)
     std::uint8_t bytes[8] = {};
     std::copy_n(name.begin(), std::min(name.size(), sizeof bytes), bytes);
     return loadBigEndian<std::uint64_t>(bytes);
+}
+
+/// FNV-1a of the units by which readers compare.
+std::uint64_t keyHashOfUnits(std::string_view bytes)
+{
+    std::uint64_t hash = 0xCBF29CE484222325u;
+    for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {
+        const auto unit = static_cast<char16_t>(static_cast<unsigned char>(bytes[at]) << 8
+                                                | static_cast<unsigned char>(bytes[at + 1]));
+        hash = (hash ^ jolietKeyUnit(unit)) * 0x100000001B3u;
+    }
+    return hash;
 }
 
 } // namespace
@@ -105,6 +117,16 @@ void SiblingNames::sort()
     // Names mostly come in an order that stays: that of the objects' own names.
     if (!std::is_sorted(m_entries.begin(), m_entries.end(), inOrder))
         std::sort(m_entries.begin(), m_entries.end(), inOrder);
+}
+
+bool SiblingNames::allDifferWithoutCase() const
+{
+    std::vector<std::uint64_t> hashes;
+    hashes.reserve(m_entries.size());
+    for (const Entry &entry : m_entries)
+        hashes.push_back(keyHashOfUnits(nameOf(entry)));
+    std::sort(hashes.begin(), hashes.end());
+    return std::adjacent_find(hashes.begin(), hashes.end()) == hashes.end();
 }
 
 bool SiblingNames::allDiffer() const
@@ -160,8 +182,9 @@ std::string_view HierarchyNames::suffix(std::string_view name, bool isFolder) co
     return name.find('.') == name.npos ? ".;1" : ";1";
 }
 
-template <typename Unit, typename Decode>
-void HierarchyNames::tellApartAs(SiblingNames &siblings, const Decode &decode)
+template <typename Unit, typename KeyOf, typename Decode>
+void HierarchyNames::tellApartAs(SiblingNames &siblings, const KeyOf &keyOf, const Decode &decode,
+                                 const std::stop_token &cancellation)
 {
     const bool isShort = m_level == Iso9660Level::One;
     const NameLimits &limits = m_coding == NameCoding::Joliet ? jolietLimits
@@ -171,7 +194,7 @@ void HierarchyNames::tellApartAs(SiblingNames &siblings, const Decode &decode)
     names.reserve(siblings.entries().size());
     for (const SiblingNames::Entry &entry : siblings.entries())
         names.push_back({decode(siblings.nameOf(entry)), m_tree->nodes[entry.node].isFolder()});
-    makeNamesUnique<Unit>(names, limits);
+    makeNamesUnique<Unit, KeyOf>(names, limits, keyOf, cancellation);
     RecordedName distinct;
     for (std::size_t index = 0; index < names.size(); ++index) {
         SiblingNames::Entry &entry = siblings.entries()[index];
@@ -186,15 +209,17 @@ void HierarchyNames::tellApartAs(SiblingNames &siblings, const Decode &decode)
 void HierarchyNames::tellApart(SiblingNames &siblings, const std::stop_token &cancellation)
 {
     siblings.sort();
-    if (siblings.allDiffer())
+    const bool isJoliet = m_coding == NameCoding::Joliet;
+    if (isJoliet ? siblings.allDifferWithoutCase() : siblings.allDiffer())
         return;
     // Who keeps its name is decided by the objects' own names, which the order of the tree is.
     std::sort(siblings.entries().begin(), siblings.entries().end(),
               [](const SiblingNames::Entry &one, const SiblingNames::Entry &other) { return one.node < other.node; });
-    if (m_coding == NameCoding::Joliet)
-        tellApartAs<char16_t>(siblings, unitsOf);
+    if (isJoliet)
+        tellApartAs<char16_t>(siblings, jolietNameKey, unitsOf, cancellation);
     else
-        tellApartAs<char>(siblings, [](std::string_view bytes) { return std::string(bytes); });
+        tellApartAs<char>(
+            siblings, ExactName<char>(), [](std::string_view bytes) { return std::string(bytes); }, cancellation);
     siblings.sort();
 }
 

@@ -65,6 +65,8 @@ public:
     /// character of a name).
     void sort();
     [[nodiscard]] bool allDiffer() const;
+    /// The same for names of Joliet by jolietNameKey(), in any order. False may be wrong, true is not.
+    [[nodiscard]] bool allDifferWithoutCase() const;
 
     [[nodiscard]] std::vector<Entry> &entries() { return m_entries; }
     [[nodiscard]] const std::vector<Entry> &entries() const { return m_entries; }
@@ -113,8 +115,9 @@ private:
         NodeIndex node = 0;
         std::string_view name;
     };
-    template <typename Unit, typename Decode>
-    void tellApartAs(SiblingNames &siblings, const Decode &decode);
+    template <typename Unit, typename KeyOf, typename Decode>
+    void tellApartAs(SiblingNames &siblings, const KeyOf &keyOf, const Decode &decode,
+                     const std::stop_token &cancellation);
 
     const std::shared_ptr<const ContentTree> m_tree;
     const NameCoding m_coding;

@@ -18,10 +18,17 @@ inline constexpr std::size_t jolietVolumeNameLimit = 16;
 ///
 /// Characters that Joliet refuses (U+0000 to U+001F, * / : ; ? \) and bytes that are not UTF-8 become "_" each;
 /// characters beyond U+FFFF become two units. A name above jolietNameLimit is cut, before the extension where a file
-/// has a sensible one and never between two surrogates.
+/// has a sensible one and never between two surrogates. A dot or a blank at its end becomes "_": the system that Joliet
+/// was made for takes it off before it looks for a name, and so never finds one that ends so.
 [[nodiscard]] std::u16string jolietName(std::string_view rawName, bool isFolder);
 
-/// The same for the name of the volume; empty when the raw name is.
+/// Equal for names that readers of Joliet take for the same one, whatever their case. It folds more than any single
+/// reader does, unit by unit: two names too many told apart are better than one file that cannot be opened.
+[[nodiscard]] std::u16string jolietNameKey(const std::u16string &name);
+/// The same for one unit.
+[[nodiscard]] char16_t jolietKeyUnit(char16_t unit);
+
+/// The name of the volume by the rules of jolietName(), but for its end; empty when the raw name is.
 [[nodiscard]] std::u16string jolietVolumeName(std::string_view rawName);
 
 } // namespace Tessaron

@@ -112,7 +112,7 @@ QString DRFSObject::mangledNameForFilesystem(DRFilesystem filesystem) const
                 return isoName(name, isFolder, Iso9660Level::Two);
             }));
     case DRFilesystem::Joliet:
-        return textOf(ownName<char16_t>(*this, mask, jolietLimits, jolietName));
+        return textOf(ownName<char16_t>(*this, mask, jolietLimits, jolietName, jolietNameKey));
     case DRFilesystem::UDF:
         return textOf(ownName<char16_t>(*this, mask, udfLimits, udfName));
     case DRFilesystem::HFSPlus:

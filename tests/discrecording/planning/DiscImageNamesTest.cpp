@@ -247,4 +247,39 @@ TEST(DiscImageNames, volume_hasTheNameOfTheRoot)
     EXPECT_FALSE(items[0].isLost) << "a label is nothing that is looked up";
 }
 
+TEST(DiscImageNames, jolietNames_areToldApart_whenTheyDifferInCaseAlone)
+{
+    const auto root = DRFolder::virtualFolderWithName({});
+    for (const char *const name : {"README", "readme", "ReadMe", "\xC3\x84.txt", "\xC3\xA4.txt"})
+        root->addChild(DRFile::virtualFileWithName(QString::fromUtf8(name), name));
+    const WrittenImage image(root);
+    const IsoImageReader reader(image.path());
+    EXPECT_EQ(reader.problems(), QStringList());
+    EXPECT_EQ(identifiersOf(*reader.joliet()),
+              QStringList({QStringLiteral("README"), QStringLiteral("ReadMe_1"), QStringLiteral("readme_2"),
+                           QStringLiteral("Ä.txt"), QStringLiteral("ä_1.txt")}));
+    EXPECT_EQ(image.items(DRDiscTree::Joliet, DRStorageReportItem::Kind::Renamed).size(), 3u);
+    for (const auto &child : root->children())
+        EXPECT_TRUE(identifiersOf(*reader.joliet()).contains(child->mangledNameForFilesystem(DRJoliet)));
+}
+
+TEST(DiscImageNames, jolietNames_endInNoDotAndNoBlank)
+{
+    const auto root = DRFolder::virtualFolderWithName({});
+    for (const char *const name : {"notes.", "notes", "blank ", "dots..."})
+        root->addChild(DRFile::virtualFileWithName(QString::fromUtf8(name), name));
+    const auto folder = DRFolder::virtualFolderWithName(QStringLiteral("folder."));
+    folder->addChild(DRFile::virtualFileWithName(QStringLiteral("f"), "f"));
+    root->addChild(folder);
+    // Cut where a blank comes to be last.
+    root->addChild(DRFile::virtualFileWithName(QString(102, u'x') + QStringLiteral(" yz"), "cut"));
+    const WrittenImage image(root);
+    const IsoImageReader reader(image.path());
+    EXPECT_EQ(reader.problems(), QStringList());
+    EXPECT_EQ(identifiersOf(*reader.joliet()),
+              QStringList({QStringLiteral("blank_"), QStringLiteral("dots.._"), QStringLiteral("folder_"),
+                           QStringLiteral("notes"), QStringLiteral("notes_"), QString(102, u'x') + u'_'}));
+    EXPECT_EQ(image.items(DRDiscTree::Joliet, DRStorageReportItem::Kind::Renamed).size(), 5u);
+}
+
 } // namespace Tessaron::Testing
