@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstring>
+#include <string_view>
 
 namespace Tessaron
 {
@@ -28,6 +29,8 @@ constexpr std::size_t blockSizeField = 128;
 constexpr std::size_t rootRecordField = 156;
 constexpr std::size_t creationField = 813;
 constexpr std::size_t modificationField = 830;
+constexpr std::size_t applicationUseField = 883;
+constexpr std::string_view standInNote = "THE FILES ARE IN THE JOLIET TREE";
 
 enum DescriptorType : std::uint8_t { BootRecord = 0, Primary = 1, Supplementary = 2, Terminator = 255 };
 
@@ -64,6 +67,8 @@ NSError readDescriptor(const Sector &sector, std::uint64_t offset, VolumeKind ki
     descriptor->rootBlock = loadLittleEndian<std::uint32_t>(root + 2);
     descriptor->rootLength = loadLittleEndian<std::uint32_t>(root + 10);
     descriptor->rootTime = volumeTimeFromRecordingDate(root + 18);
+    descriptor->isStandIn = kind == VolumeKind::ISO9660
+        && std::memcmp(&sector[applicationUseField], standInNote.data(), standInNote.size()) == 0;
     if (facts.blockSize != 512 && facts.blockSize != 1024 && facts.blockSize != 2048)
         return discImageError(DiscImageErrorCode::Damaged, offset + blockSizeField,
                               QStringLiteral("Blocks of %1 bytes are impossible").arg(facts.blockSize));

@@ -17,6 +17,8 @@ struct IsoDescriptor {
     std::uint32_t rootBlock = 0;
     std::uint32_t rootLength = 0; ///< bytes
     std::optional<VolumeTime> rootTime;
+    /// A primary volume of ours that holds nothing, since the files are in the Joliet tree alone.
+    bool isStandIn = false;
 };
 
 /// The descriptors of an image that matter here; each is absent when the image has none.

@@ -199,7 +199,8 @@ VolumeReaderResult IsoVolumeReader::open(const std::shared_ptr<const DiscImageSo
     IsoDescriptorSet set;
     const NSError error = readIsoDescriptors(*source, &set);
     const std::optional<IsoDescriptor> &descriptor = kind == VolumeKind::Joliet ? set.joliet : set.primary;
-    if (!descriptor) // a damaged one is told once, as the primary one
+    const bool isWanted = descriptor && !descriptor->isStandIn;
+    if (!isWanted) // a damaged one is told once, as the primary one
         return {nullptr, kind == VolumeKind::ISO9660 ? error : NSError()};
     std::unique_ptr<IsoVolumeReader> reader(new IsoVolumeReader(source, *descriptor));
     if (kind != VolumeKind::RockRidge)

@@ -17,6 +17,8 @@ namespace Tessaron
 /// What kind of directory hierarchy is made.
 struct HierarchyTraits {
     DRDiscTree tree = DRDiscTree::ISO9660;
+    /// 0 for the hierarchy of a primary volume that is there for the standard's sake, since Joliet is (ECMA-119 6.7.1):
+    /// it holds nothing.
     DRFilesystemMask filesystem = DRFilesystemInclusionMaskISO9660;
     NameCoding coding = NameCoding::Iso9660;
     Iso9660Level level = Iso9660Level::Two;

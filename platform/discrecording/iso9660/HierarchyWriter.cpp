@@ -40,6 +40,8 @@ bool HierarchyWriter::prepare(const PlanProgress &progress, StorageIssues &issue
     if (!m_hierarchy.prepare(progress, issues))
         return false;
     m_pathTable.prepare(issues);
+    if (m_hierarchy.traits().filesystem == 0)
+        return true; // nobody asked for it: what it cannot hold is not missed
     if (m_hierarchy.names().displayName(0) != m_hierarchy.tree().discName(0))
         issues.push_back(
             {0, m_hierarchy.traits().tree, DRStorageReportItem::Kind::Renamed, StorageReason::NameNotAllowed, false});
@@ -60,6 +62,8 @@ NSError HierarchyWriter::obstacle() const
 std::vector<NamedTree> HierarchyWriter::trees() const
 {
     const HierarchyTraits &traits = m_hierarchy.traits();
+    if (traits.filesystem == 0)
+        return {};
     std::vector<NamedTree> result{{traits.tree, traits.filesystem, m_hierarchy.sharedNames()}};
     if (traits.hasRockRidge)
         result.push_back({DRDiscTree::RockRidge, traits.filesystem,

@@ -20,6 +20,12 @@ constexpr std::uint8_t typePrimary = 1;
 constexpr std::uint8_t typeSupplementary = 2;
 constexpr std::uint8_t typeTerminator = 255;
 
+/// Where the bytes begin that are left to whoever makes the volume (8.4.32).
+constexpr std::size_t applicationUseStart = 883;
+/// What a primary volume says that holds nothing, since the files are in the Joliet tree alone: so that a check can
+/// tell it from one that lost them.
+constexpr std::string_view standInNote = "THE FILES ARE IN THE JOLIET TREE";
+
 void storeBothEndian(std::uint8_t *to, std::uint32_t value)
 {
     storeLittleEndian<std::uint32_t>(to, value);
@@ -147,6 +153,8 @@ void storeVolumeDescriptor(std::span<std::uint8_t> block, const DirectoryHierarc
     storeNoVolumeDate(&block[847]); // expires
     storeNoVolumeDate(&block[864]); // effective
     block[881] = 1; // file structure version
+    if (hierarchy.traits().filesystem == 0)
+        std::copy(standInNote.begin(), standInNote.end(), block.begin() + applicationUseStart);
 }
 
 void storeVolumeDescriptorSetTerminator(std::span<std::uint8_t> block)

@@ -138,6 +138,11 @@ void Planner::makeWriters()
         traits.level = levelOf(m_root);
         traits.hasRockRidge = m_options.rockRidge;
         m_writers.push_back(std::make_unique<HierarchyWriter>(m_tree, traits, texts));
+    } else if ((m_filesystems & DRFilesystemInclusionMaskJoliet) != 0) {
+        // A supplementary volume descriptor follows a primary one (ECMA-119 6.7.1): without it programs find nothing.
+        HierarchyTraits traits;
+        traits.filesystem = 0;
+        m_writers.push_back(std::make_unique<HierarchyWriter>(m_tree, traits, texts));
     }
     if ((m_filesystems & DRFilesystemInclusionMaskJoliet) != 0) {
         HierarchyTraits traits;

@@ -204,4 +204,69 @@ TEST(IndependentReadersOfHugeFiles, xorrisoAndSevenZip_seeTheTrueSize)
     }
 }
 
+class JolietWithoutIso : public testing::TestWithParam<DRFilesystemMask>
+{
+protected:
+    JolietWithoutIso()
+    {
+        source.makeFile("folder/Lower Case.txt", "joliet");
+        PlanOptions options;
+        options.filesystems = GetParam();
+        image = std::make_unique<WrittenImage>(DRFolder::folderWithPath(source.pathText()), options);
+        EXPECT_FALSE(image->error()) << qPrintable(image->error().localizedDescription());
+        const IsoImageReader reader(image->path());
+        EXPECT_EQ(reader.problems(), QStringList());
+        EXPECT_TRUE(reader.primary() && reader.primary()->root.children.empty()) << "ISO 9660 was not asked for";
+        EXPECT_TRUE(reader.joliet());
+    }
+
+    const TemporaryTree source;
+    const TemporaryTree target;
+    std::unique_ptr<WrittenImage> image;
+};
+
+TEST_P(JolietWithoutIso, isoinfo_listsIt)
+{
+    if (!hasProgram(QStringLiteral("isoinfo")))
+        GTEST_SKIP() << "isoinfo is not installed";
+    const ProgramResult result = runProgram(
+        QStringLiteral("isoinfo"), {QStringLiteral("-J"), QStringLiteral("-f"), QStringLiteral("-i"), image->path()});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_TRUE(result.output.contains("/folder/Lower Case.txt")) << result.output.constData();
+}
+
+TEST_P(JolietWithoutIso, xorriso_extractsIt)
+{
+    if (!hasProgram(QStringLiteral("xorriso")))
+        GTEST_SKIP() << "xorriso is not installed";
+    const ProgramResult result =
+        runProgram(QStringLiteral("xorriso"),
+                   {QStringLiteral("-osirrox"), QStringLiteral("on"), QStringLiteral("-indev"), image->path(),
+                    QStringLiteral("-extract"), QStringLiteral("/"), target.pathText("x")});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(target.contents("x/folder/Lower Case.txt"), "joliet");
+}
+
+TEST_P(JolietWithoutIso, bsdtar_extractsIt)
+{
+    if (!hasProgram(QStringLiteral("bsdtar")))
+        GTEST_SKIP() << "bsdtar is not installed";
+    const ProgramResult result = runProgram(
+        QStringLiteral("bsdtar"), {QStringLiteral("-xf"), image->path(), QStringLiteral("-C"), target.pathText()});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(target.contents("folder/Lower Case.txt"), "joliet");
+}
+
+TEST_P(JolietWithoutIso, blkid_recognisesIt)
+{
+    if (!hasProgram(QStringLiteral("blkid")))
+        GTEST_SKIP() << "blkid is not installed";
+    const ProgramResult result = runProgram(QStringLiteral("blkid"), {QStringLiteral("-p"), image->path()});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    const bool hasUdf = (GetParam() & DRFilesystemInclusionMaskUDF) != 0;
+    EXPECT_TRUE(result.output.contains(hasUdf ? " TYPE=\"udf\"" : " TYPE=\"iso9660\"")) << result.output.constData();
+}
+
+INSTANTIATE_TEST_SUITE_P(Masks, JolietWithoutIso, testing::Values(2u, 6u, 10u, 14u));
+
 } // namespace Tessaron::Testing
