@@ -2,6 +2,7 @@
 
 #include "platform/foundation/ByteOrder.h"
 
+#include <limits>
 #include <string_view>
 
 namespace Tessaron
@@ -13,12 +14,30 @@ namespace
 constexpr std::uint16_t driverSignature = 0x4552; // "ER"
 constexpr std::uint16_t partitionSignature = 0x504D; // "PM"
 
-/// Where the map begins.
-constexpr std::uint64_t mapStart = 1;
-constexpr std::uint32_t entryCount = applePartitionMapBlocks - 1;
+constexpr std::uint32_t smallUnit = 512;
+/// The first unit is the driver descriptor's.
+constexpr std::uint32_t mapStart = 1;
+constexpr std::uint32_t entryCount = 2;
 
 /// Valid, allocated, in use, and readable, but not writable: a write would damage the other filesystems of the disc.
 constexpr std::uint32_t readOnlyStatus = 0x17;
+
+/// Where fields of the driver descriptor lie.
+enum DriverField : std::size_t {
+    DriverUnit = 2,
+    DriverUnitCount = 4,
+};
+
+/// Where fields of an entry of the map lie.
+enum EntryField : std::size_t {
+    EntriesInMap = 4,
+    PartitionStart = 8,
+    PartitionCount = 12,
+    PartitionName = 16,
+    PartitionType = 48,
+    DataCount = 84,
+    PartitionStatus = 88,
+};
 
 void storeText(std::uint8_t *to, std::string_view text)
 {
@@ -28,29 +47,38 @@ void storeText(std::uint8_t *to, std::string_view text)
 
 } // namespace
 
-void storeAppleDriverDescriptor(std::span<std::uint8_t> block, std::uint32_t imageBlocks)
+std::uint32_t ApplePartitionMap::unitFor(std::uint64_t imageBlocks)
 {
-    std::uint8_t *const to = block.data();
-    storeBigEndian<std::uint16_t>(to, driverSignature);
-    storeBigEndian<std::uint16_t>(to + 2, logicalBlockSize);
-    storeBigEndian<std::uint32_t>(to + 4, imageBlocks);
+    constexpr std::uint64_t mostUnits = std::numeric_limits<std::uint32_t>::max();
+    return imageBlocks * (logicalBlockSize / smallUnit) <= mostUnits ? smallUnit : logicalBlockSize;
 }
 
-void storeApplePartition(std::span<std::uint8_t> block, std::uint32_t index, const BlockRun &volume)
+void ApplePartitionMap::store(std::span<std::uint8_t, size> to) const
 {
-    const bool isMap = index == 0;
-    // The map may have all blocks up to the volume.
-    const BlockRun run = isMap ? BlockRun{mapStart, volume.start - mapStart} : volume;
-    const auto count = static_cast<std::uint32_t>(run.count);
-    std::uint8_t *const to = block.data();
+    std::uint8_t *const driver = to.data();
+    storeBigEndian<std::uint16_t>(driver, driverSignature);
+    storeBigEndian<std::uint16_t>(driver + DriverUnit, static_cast<std::uint16_t>(unit));
+    storeBigEndian<std::uint32_t>(driver + DriverUnitCount,
+                                  static_cast<std::uint32_t>(imageBlocks * (logicalBlockSize / unit)));
+    storeEntry(driver + std::size_t{mapStart} * unit, true);
+    storeEntry(driver + std::size_t{mapStart + 1} * unit, false);
+}
+
+void ApplePartitionMap::storeEntry(std::uint8_t *to, bool isMap) const
+{
+    const std::uint64_t unitsPerBlock = logicalBlockSize / unit;
+    const std::uint64_t volumeStart = volume.start * unitsPerBlock;
+    // The map may have all up to the volume.
+    const auto start = static_cast<std::uint32_t>(isMap ? mapStart : volumeStart);
+    const auto count = static_cast<std::uint32_t>(isMap ? volumeStart - mapStart : volume.count * unitsPerBlock);
     storeBigEndian<std::uint16_t>(to, partitionSignature);
-    storeBigEndian<std::uint32_t>(to + 4, entryCount);
-    storeBigEndian<std::uint32_t>(to + 8, static_cast<std::uint32_t>(run.start));
-    storeBigEndian<std::uint32_t>(to + 12, count);
-    storeText(to + 16, isMap ? "Apple" : "HFS+");
-    storeText(to + 48, isMap ? "Apple_partition_map" : "Apple_HFS");
-    storeBigEndian<std::uint32_t>(to + 84, count); // all of it is data, from its first block on
-    storeBigEndian<std::uint32_t>(to + 88, readOnlyStatus);
+    storeBigEndian<std::uint32_t>(to + EntriesInMap, entryCount);
+    storeBigEndian<std::uint32_t>(to + PartitionStart, start);
+    storeBigEndian<std::uint32_t>(to + PartitionCount, count);
+    storeText(to + PartitionName, isMap ? "Apple" : "HFS+");
+    storeText(to + PartitionType, isMap ? "Apple_partition_map" : "Apple_HFS");
+    storeBigEndian<std::uint32_t>(to + DataCount, count); // all of it is data, from its first unit on
+    storeBigEndian<std::uint32_t>(to + PartitionStatus, readOnlyStatus);
 }
 
 } // namespace Tessaron

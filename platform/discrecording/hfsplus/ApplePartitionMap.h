@@ -8,15 +8,26 @@
 namespace Tessaron
 {
 
-/// Blocks that the driver descriptor and the partition map take, from block 0 on.
-inline constexpr std::uint32_t applePartitionMapBlocks = 3;
+/// The driver descriptor and the partition map with which an image begins (Inside Macintosh: Devices, "The Partition
+/// Map").
+struct ApplePartitionMap {
+    /// What the map counts in, bytes: 512 or 2048. The entries lie one such unit apart, from the second one on.
+    std::uint32_t unit = 0;
+    std::uint64_t imageBlocks = 0;
+    BlockRun volume; ///< the HFS+ volume
 
-/// Writes into block 0 the driver descriptor, which says that the map counts in blocks of 2048 bytes; only the first
-/// 512 bytes are touched.
-void storeAppleDriverDescriptor(std::span<std::uint8_t> block, std::uint32_t imageBlocks);
+    /// Bytes of descriptor and map at most.
+    static constexpr std::size_t size = 3 * std::size_t{logicalBlockSize};
 
-/// Writes into block 1 + `index` an entry of the map: 0 the map itself, 1 the HFS+ volume, which the run is. Its first
-/// 512 bytes are touched.
-void storeApplePartition(std::span<std::uint8_t> block, std::uint32_t index, const BlockRun &volume);
+    /// The unit that most systems know, Linux among them, as long as it can count an image of so many blocks: up to
+    /// 2 TiB. Above, the block of the disc.
+    [[nodiscard]] static std::uint32_t unitFor(std::uint64_t imageBlocks);
+
+    /// Writes descriptor and map. `to` holds zeros; what lies between the structures is left alone.
+    void store(std::span<std::uint8_t, size> to) const;
+
+private:
+    void storeEntry(std::uint8_t *to, bool isMap) const;
+};
 
 } // namespace Tessaron

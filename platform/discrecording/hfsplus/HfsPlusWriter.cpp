@@ -4,6 +4,8 @@
 #include "platform/discrecording/hfsplus/HfsPlusForkData.h"
 #include "platform/discrecording/image/ImageLayout.h"
 
+#include <array>
+
 namespace Tessaron
 {
 
@@ -33,14 +35,14 @@ HfsPlusSpecialFile specialFile(std::uint64_t firstBlock, const BTree &tree)
 
 } // namespace
 
-HfsPlusWriter::HfsPlusWriter(std::shared_ptr<const ContentTree> tree, HfsWrapperReaders wrapperReaders)
+HfsPlusWriter::HfsPlusWriter(std::shared_ptr<const ContentTree> tree, HfsPlusAccess access)
     : m_content(tree)
     , m_tree(std::move(tree))
     , m_forks(m_tree)
     , m_catalogRecords(m_tree, m_forks)
     , m_catalog(m_catalogRecords, catalogTraits)
     , m_extents(m_blockUse, extentsTraits)
-    , m_wrapperReaders(wrapperReaders)
+    , m_access(access)
 {
 }
 
@@ -57,7 +59,8 @@ std::vector<NamedTree> HfsPlusWriter::trees() const
 void HfsPlusWriter::placeFixed(ImageLayout &layout)
 {
     layout.reserve(0, systemAreaBlocks, this, SystemArea);
-    layout.reserveTail(1, this, LastImageBlock);
+    if (hasWrapper())
+        layout.reserveTail(1, this, LastImageBlock);
 }
 
 void HfsPlusWriter::place(ImageLayout &layout)
@@ -99,7 +102,8 @@ void HfsPlusWriter::placeLast(ImageLayout &layout, std::uint64_t)
     for (std::uint64_t needed = 1; bitmap < needed;) {
         bitmap = needed;
         const std::uint64_t most = known + m_facts.extentsFile.blockCount + bitmap;
-        unit = hfsWrapperUnit(most + most / 30'000); // a unit more than what is needed is less than that
+        if (hasWrapper())
+            unit = hfsWrapperUnit(most + most / 30'000); // a unit more than what is needed is less than that
         needed = HfsPlusBlockUse::bitmapBlocks(most + unit);
     }
     m_facts.allocationFile = {layout.allocate(bitmap, this, Allocation), bitmap, logicalBlockSize};
@@ -164,27 +168,23 @@ std::uint64_t HfsPlusWriter::volumeId() const
 
 void HfsPlusWriter::storeWrapper(std::uint8_t *to) const
 {
-    if (!canWrap(m_wrapperUnit, m_wrapperReaders))
-        return;
     HfsPlusName name;
     m_tree.names().nameOf(0, &name);
-    storeHfsWrapper(to, m_facts.time, name.view(), m_facts.totalBlocks, m_wrapperUnit, m_wrapperReaders);
+    storeHfsWrapper(to, m_facts.time, name.view(), m_facts.totalBlocks, m_wrapperUnit);
 }
 
 void HfsPlusWriter::fillSystemArea(std::uint32_t firstBlock, std::span<std::uint8_t> out) const
 {
-    for (std::uint32_t index = 0; std::size_t{index} * logicalBlockSize < out.size(); ++index) {
-        const std::span<std::uint8_t> block = out.subspan(std::size_t{index} * logicalBlockSize, logicalBlockSize);
-        const std::uint32_t number = firstBlock + index;
-        if (number == 0) {
-            storeAppleDriverDescriptor(block, m_imageBlocks);
-            storeWrapper(block.data() + hfsWrapperOffset);
-        } else if (number < applePartitionMapBlocks) {
-            storeApplePartition(block, number - 1, {hfsPlusVolumeStart, m_facts.totalBlocks});
-        } else if (number == hfsPlusVolumeStart) {
-            storeHfsPlusVolumeHeader(block.data() + hfsPlusVolumeHeaderOffset, m_facts);
-        }
-    }
+    // All of it is made, since a part may be asked for; it is 32 KiB.
+    std::array<std::uint8_t, systemAreaBlocks * logicalBlockSize> area{};
+    const std::uint32_t unit = hasWrapper() ? logicalBlockSize : ApplePartitionMap::unitFor(m_imageBlocks);
+    const ApplePartitionMap map{unit, m_imageBlocks, {hfsPlusVolumeStart, m_facts.totalBlocks}};
+    map.store(std::span(area).first<ApplePartitionMap::size>());
+    if (hasWrapper())
+        storeWrapper(area.data() + hfsWrapperOffset);
+    storeHfsPlusVolumeHeader(area.data() + hfsPlusVolumeStart * logicalBlockSize + hfsPlusVolumeHeaderOffset, m_facts);
+    for (std::size_t at = 0, from = std::size_t{firstBlock} * logicalBlockSize; at < out.size(); ++at)
+        out[at] |= area[from + at];
 }
 
 void HfsPlusWriter::fillRegion(std::uint32_t tag, std::uint32_t firstBlock, std::span<std::uint8_t> out) const

@@ -14,13 +14,23 @@
 namespace Tessaron
 {
 
-/// Writes an HFS+ volume over nearly the whole image, and two ways to it: an Apple partition map, and a wrapper for who
-/// reads the image from its first byte (docs/hfsplus.md). The volume accounts for the blocks of the other writers, so
-/// it must be told to place after them.
+/// Which ways to the volume an image gets.
+enum class HfsPlusAccess : std::uint8_t {
+    /// An Apple partition map, and a wrapper for systems that look at the first bytes of a device alone: for an image
+    /// that holds nothing but HFS+.
+    WrapperAndMap,
+    /// The map alone, in units of 512 bytes as long as these can count the image. libblkid looks for a wrapper as it
+    /// does for every filesystem that begins at a fixed place; of a device with two of them it says nothing but
+    /// "ambivalent", and mount(8) and desktops then mount none. Linux finds the map by itself when it looks for HFS+.
+    MapAlone,
+};
+
+/// Writes an HFS+ volume over nearly the whole image, and the ways to it (docs/hfsplus.md). The volume accounts for the
+/// blocks of the other writers, so it must be told to place after them.
 class HfsPlusWriter final : public FilesystemWriter
 {
 public:
-    HfsPlusWriter(std::shared_ptr<const ContentTree> tree, HfsWrapperReaders wrapperReaders);
+    HfsPlusWriter(std::shared_ptr<const ContentTree> tree, HfsPlusAccess access);
 
     [[nodiscard]] bool prepare(const PlanProgress &progress, StorageIssues &issues) override;
     [[nodiscard]] std::vector<NamedTree> trees() const override;
@@ -50,6 +60,7 @@ private:
     [[nodiscard]] std::vector<BlockRun> foreignRuns(const ImageLayout &layout) const;
     /// Takes blocks up to the end of the volume.
     void placeEnd(ImageLayout &layout, std::uint64_t unit);
+    [[nodiscard]] bool hasWrapper() const { return m_access == HfsPlusAccess::WrapperAndMap; }
     void storeWrapper(std::uint8_t *to) const;
     void fillSystemArea(std::uint32_t firstBlock, std::span<std::uint8_t> out) const;
     [[nodiscard]] std::uint64_t volumeId() const;
@@ -63,7 +74,7 @@ private:
     BTree m_extents;
     HfsPlusVolumeFacts m_facts;
     std::vector<BlockRun> m_fillers;
-    const HfsWrapperReaders m_wrapperReaders;
+    const HfsPlusAccess m_access;
     std::uint64_t m_wrapperUnit = 1; ///< blocks
     std::uint32_t m_imageBlocks = 0;
 };

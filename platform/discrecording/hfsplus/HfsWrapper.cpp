@@ -17,9 +17,26 @@ constexpr std::uint16_t wrapperSignature = 0x4244; // "BD"
 constexpr std::uint16_t embeddedSignature = 0x482B; // "H+"
 /// Unmounted, with blocks that are not its own, locked by software: what makes readers believe in an embedded volume.
 constexpr std::uint16_t wrapperAttributes = 0x8300;
-constexpr std::uint64_t mostUnits = 65534; // and one before the volume
+constexpr std::uint64_t mostUnits = 65534;
 constexpr std::uint64_t sectorsPerBlock = logicalBlockSize / 512;
 constexpr std::size_t longestName = 27;
+
+/// Where fields of a master directory block lie.
+enum Field : std::size_t {
+    Created = 2,
+    Modified = 6,
+    Attributes = 10,
+    UnitCount = 18,
+    UnitSize = 20,
+    ClumpSize = 24,
+    FirstUnit = 28,
+    NextId = 30,
+    NameLength = 36,
+    Name = 37,
+    EmbeddedSignature = 124,
+    EmbeddedStart = 126,
+    EmbeddedCount = 128,
+};
 
 } // namespace
 
@@ -31,35 +48,29 @@ std::uint64_t hfsWrapperUnit(std::uint64_t volumeBlocks)
     return unit;
 }
 
-bool canWrap(std::uint64_t unit, HfsWrapperReaders readers)
-{
-    return readers == HfsWrapperReaders::All || unit <= hfsPlusVolumeStart;
-}
-
 void storeHfsWrapper(std::uint8_t *to, FileTime time, std::u16string_view name, std::uint64_t volumeBlocks,
-                     std::uint64_t unit, HfsWrapperReaders readers)
+                     std::uint64_t unit)
 {
     const auto units = static_cast<std::uint16_t>(volumeBlocks / unit);
-    const std::uint16_t unitsBefore = readers == HfsWrapperReaders::All ? 0 : 1;
-    const auto unitBytes = static_cast<std::uint32_t>(unit * logicalBlockSize + unitsBefore);
-    const std::uint64_t firstUnit = (hfsPlusVolumeStart - unitsBefore * unit) * sectorsPerBlock;
+    const auto unitBytes = static_cast<std::uint32_t>(unit * logicalBlockSize);
+    const std::uint64_t firstUnit = hfsPlusVolumeStart * sectorsPerBlock;
     storeBigEndian<std::uint16_t>(to, wrapperSignature);
-    storeBigEndian<std::uint32_t>(to + 2, hfsPlusDate(time)); // created
-    storeBigEndian<std::uint32_t>(to + 6, hfsPlusDate(time)); // modified
-    storeBigEndian<std::uint16_t>(to + 10, wrapperAttributes);
-    storeBigEndian<std::uint16_t>(to + 18, static_cast<std::uint16_t>(unitsBefore + units));
-    storeBigEndian<std::uint32_t>(to + 20, unitBytes);
-    storeBigEndian<std::uint32_t>(to + 24, unitBytes); // clump size
-    storeBigEndian<std::uint16_t>(to + 28, static_cast<std::uint16_t>(firstUnit));
-    storeBigEndian<std::uint32_t>(to + 30, 16); // next free ID
+    storeBigEndian<std::uint32_t>(to + Created, hfsPlusDate(time));
+    storeBigEndian<std::uint32_t>(to + Modified, hfsPlusDate(time));
+    storeBigEndian<std::uint16_t>(to + Attributes, wrapperAttributes);
+    storeBigEndian<std::uint16_t>(to + UnitCount, units);
+    storeBigEndian<std::uint32_t>(to + UnitSize, unitBytes);
+    storeBigEndian<std::uint32_t>(to + ClumpSize, unitBytes);
+    storeBigEndian<std::uint16_t>(to + FirstUnit, static_cast<std::uint16_t>(firstUnit));
+    storeBigEndian<std::uint32_t>(to + NextId, 16);
     const std::u16string_view shown = name.substr(0, longestName);
-    to[36] = static_cast<std::uint8_t>(shown.size());
-    std::ranges::transform(shown, to + 37, [](char16_t unitOfName) {
+    to[NameLength] = static_cast<std::uint8_t>(shown.size());
+    std::ranges::transform(shown, to + Name, [](char16_t unitOfName) {
         return unitOfName >= 0x20 && unitOfName < 0x7F ? static_cast<std::uint8_t>(unitOfName) : std::uint8_t{'_'};
     });
-    storeBigEndian<std::uint16_t>(to + 124, embeddedSignature);
-    storeBigEndian<std::uint16_t>(to + 126, unitsBefore);
-    storeBigEndian<std::uint16_t>(to + 128, units);
+    storeBigEndian<std::uint16_t>(to + EmbeddedSignature, embeddedSignature);
+    storeBigEndian<std::uint16_t>(to + EmbeddedStart, std::uint16_t{0});
+    storeBigEndian<std::uint16_t>(to + EmbeddedCount, units);
 }
 
 } // namespace Tessaron

@@ -154,10 +154,11 @@ void Planner::makeWriters()
     if ((m_filesystems & DRFilesystemInclusionMaskUDF) != 0)
         m_writers.push_back(std::make_unique<UdfWriter>(m_tree, texts));
     // Behind the others, whose blocks it accounts for.
-    constexpr DRFilesystemMask foundByProbers = DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskUDF;
-    if ((m_filesystems & DRFilesystemInclusionMaskHFSPlus) != 0)
-        m_writers.push_back(std::make_unique<HfsPlusWriter>(
-            m_tree, (m_filesystems & foundByProbers) == 0 ? HfsWrapperReaders::All : HfsWrapperReaders::NotProbers));
+    if ((m_filesystems & DRFilesystemInclusionMaskHFSPlus) != 0) {
+        const bool isAlone = m_filesystems == DRFilesystemInclusionMaskHFSPlus;
+        m_writers.push_back(
+            std::make_unique<HfsPlusWriter>(m_tree, isAlone ? HfsPlusAccess::WrapperAndMap : HfsPlusAccess::MapAlone));
+    }
     // Last, so that it ends before the writers that it points to.
     std::vector<const FilesystemWriter *> all;
     for (const auto &writer : m_writers)

@@ -126,12 +126,16 @@ void HfsPlusImageReader::problem(const QString &text)
 void HfsPlusImageReader::readPartitionMap()
 {
     const std::uint64_t blocks = m_bytes.size() / blockSize;
-    if (m_bytes.size() % blockSize != 0 || big16(m_bytes, 0) != 0x4552 || big16(m_bytes, 2) != blockSize
-        || big32(m_bytes, 4) != blocks)
+    const std::uint64_t unit = big16(m_bytes, 2);
+    if (m_bytes.size() % blockSize != 0 || big16(m_bytes, 0) != 0x4552 || (unit != 512 && unit != blockSize)
+        || big32(m_bytes, 4) != blocks * blockSize / unit) {
         problem(QStringLiteral("the driver descriptor is wrong"));
+        return;
+    }
+    m_mapUnit = static_cast<std::uint32_t>(unit);
     std::vector<std::pair<std::uint64_t, std::uint64_t>> partitions; // begin and end
     for (std::uint32_t entry = 1; entry <= 2; ++entry) {
-        const Bytes bytes = m_bytes.subspan(entry * blockSize, blockSize);
+        const Bytes bytes = m_bytes.subspan(entry * unit, unit);
         const char *const type = reinterpret_cast<const char *>(bytes.data()) + 48;
         if (big16(bytes, 0) != 0x504D || big32(bytes, 4) != 2 || big32(bytes, 80) != 0
             || big32(bytes, 84) != big32(bytes, 12))
@@ -139,12 +143,12 @@ void HfsPlusImageReader::readPartitionMap()
         const std::uint64_t begin = big32(bytes, 8);
         partitions.emplace_back(begin, begin + big32(bytes, 12));
         if (qstrcmp(type, "Apple_HFS") == 0)
-            m_volume = m_bytes.subspan(std::min<std::uint64_t>(begin * blockSize, m_bytes.size()),
-                                       std::min<std::uint64_t>(big32(bytes, 12), blocks - begin) * blockSize);
+            m_volume = m_bytes.subspan(std::min<std::uint64_t>(begin * unit, m_bytes.size()),
+                                       std::min<std::uint64_t>(big32(bytes, 12) * unit, m_bytes.size() - begin * unit));
         else if (qstrcmp(type, "Apple_partition_map") != 0 || begin != 1)
             problem(QStringLiteral("the partition map does not know itself"));
     }
-    if (partitions[0].second > partitions[1].first || partitions[1].second > blocks)
+    if (partitions[0].second > partitions[1].first || partitions[1].second > m_bytes.size() / unit)
         problem(QStringLiteral("partitions overlap or leave the image"));
     readWrapper();
 }
@@ -152,13 +156,14 @@ void HfsPlusImageReader::readPartitionMap()
 void HfsPlusImageReader::readWrapper()
 {
     const Bytes wrapper = m_bytes.subspan(1024, 162);
-    m_hasWrapper = std::ranges::any_of(wrapper, [](std::uint8_t byte) { return byte != 0; });
+    // In its place lies the map's second entry where that counts in small units.
+    m_hasWrapper = m_mapUnit != 512 && std::ranges::any_of(wrapper, [](std::uint8_t byte) { return byte != 0; });
     if (!m_hasWrapper)
         return;
-    // As readers do that count in sectors; one that counts in bytes shall not find the volume beside other filesystems.
-    const std::uint64_t unit = big32(wrapper, 20) / 512 * 512;
+    const std::uint64_t unit = big32(wrapper, 20);
+    if (unit % 512 != 0)
+        problem(QStringLiteral("the wrapper's unit is not whole sectors"));
     const std::uint64_t start = big16(wrapper, 28) * std::uint64_t{512} + big16(wrapper, 126) * unit;
-    m_wrapperIsForAll = big32(wrapper, 20) == unit;
     if (big16(wrapper, 0) != 0x4244 || (big16(wrapper, 10) & 0x8200u) != 0x8200 || big16(wrapper, 124) != 0x482B)
         problem(QStringLiteral("the wrapper does not say that a volume is embedded"));
     if (big16(wrapper, 18) < big16(wrapper, 126) + big16(wrapper, 128))

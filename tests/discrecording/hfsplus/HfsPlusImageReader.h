@@ -78,8 +78,8 @@ public:
 
     /// The order of names by the text of the format: letters of one case as of Unicode 2 without decomposition.
     [[nodiscard]] bool hasWrapper() const { return m_hasWrapper; }
-    /// False for a wrapper that those miss who count in bytes.
-    [[nodiscard]] bool wrapperIsForAll() const { return m_wrapperIsForAll; }
+    /// Bytes that the partition map counts in.
+    [[nodiscard]] std::uint32_t mapUnit() const { return m_mapUnit; }
     [[nodiscard]] static std::u16string folded(std::u16string_view name);
 
 private:
@@ -122,7 +122,7 @@ private:
     std::uint32_t m_files = 0;
     std::uint32_t m_folders = 0;
     bool m_hasWrapper = false;
-    bool m_wrapperIsForAll = false;
+    std::uint32_t m_mapUnit = 0;
 };
 
 } // namespace Tessaron::Testing

@@ -1,6 +1,8 @@
 #include "platform/discrecording/objects/DRFile.h"
 #include "tests/discrecording/hfsplus/ReadHfsImage.h"
 
+#include <QtEndian>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -32,10 +34,33 @@ TEST(HfsPlusLimits, volumeOfManyBlocks_isWholeUnitsOfItsWrapper)
     EXPECT_EQ(image.at("/huge").data.length, (std::uint64_t{40} << 30) + 1);
     EXPECT_LT(image.reader.freeBlocks(), 512u + 16) << "a unit of the wrapper at most";
     EXPECT_TRUE(image.reader.hasWrapper());
-    EXPECT_FALSE(
-        ReadHfsImage(realFolder(tree), optionsFor(DRFilesystemInclusionMaskUDF | DRFilesystemInclusionMaskHFSPlus))
-            .reader.hasWrapper())
-        << "no unit that is small enough counts so many blocks";
+}
+
+TEST(HfsPlusLimits, partitionMap_countsInBlocksOfTheDisc_whereSmallUnitsCannot)
+{
+    const auto unitOfMap = [](std::int64_t size) {
+        const TemporaryTree tree;
+        tree.makeSparseFile("huge", size);
+        NSError error;
+        const DiscImagePlan plan =
+            planDiscImage(realFolder(tree), optionsFor(DRFilesystemInclusionMaskUDF | DRFilesystemInclusionMaskHFSPlus),
+                          {}, {}, &error);
+        EXPECT_TRUE(plan.image) << qPrintable(error.localizedDescription());
+        QByteArray area(qsizetype{16} * 2048, '\0');
+        if (plan.image && plan.image->pieceAt(0, 16).blockCount == 16) {
+            const std::span bytes(reinterpret_cast<std::uint8_t *>(area.data()), static_cast<std::size_t>(area.size()));
+            EXPECT_FALSE(plan.image->fillPiece(0, bytes, {}));
+        }
+        const auto unit = qFromBigEndian<quint16>(area.constData() + 2);
+        const char *const entry = area.constData() + 2 * qsizetype{unit};
+        EXPECT_EQ(QByteArray(entry, 2), "PM");
+        EXPECT_EQ(QByteArray(entry + 48), "Apple_HFS");
+        EXPECT_EQ(qFromBigEndian<quint32>(entry + 8) * quint64{unit}, 8u * 2048);
+        EXPECT_GT(qFromBigEndian<quint32>(entry + 12) * quint64{unit}, static_cast<quint64>(size));
+        return unit;
+    };
+    EXPECT_EQ(unitOfMap((std::int64_t{2} << 40) - (std::int64_t{1} << 30)), 512);
+    EXPECT_EQ(unitOfMap(std::int64_t{2} << 40), 2048);
 }
 
 TEST(HfsPlusLimits, folderOf20000Entries_isInOrder)

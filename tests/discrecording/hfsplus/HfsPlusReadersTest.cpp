@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QtEndian>
 
 namespace Tessaron::Testing
 {
@@ -27,6 +28,36 @@ QByteArray bytesOfFile(const QString &path)
     return file.readAll();
 }
 
+/// Where the driver of Linux finds the volume when it is given the whole device (fs/hfsplus/wrapper.c, part_tbl.c): a
+/// volume header or a wrapper 1024 bytes in, else the map in the second sector, whose entries it takes to lie one
+/// sector apart and to count in sectors. -1 when it finds none.
+qint64 placeByTheKernel(const QByteArray &image)
+{
+    const auto number16 = [&](qint64 at) { return qFromBigEndian<quint16>(image.constData() + at); };
+    const auto number32 = [&](qint64 at) { return qFromBigEndian<quint32>(image.constData() + at); };
+    const auto isHeader = [&](qint64 at) { return image.mid(at + 1024, 2) == "H+"; };
+    if (isHeader(0))
+        return 0;
+    if (image.mid(1024, 2) == "BD") {
+        const qint64 unit = number32(1024 + 20);
+        if (unit % 512 != 0 || (number16(1024 + 10) & 0x8000) == 0 || number16(1024 + 124) != 0x482B)
+            return -1;
+        const qint64 place = number16(1024 + 28) * qint64{512} + number16(1024 + 126) * unit;
+        return isHeader(place) ? place : -1;
+    }
+    const quint32 entries = number32(512 + 4);
+    for (quint32 entry = 0; entry < entries; ++entry) {
+        const qint64 at = 512 + qint64{entry} * 512;
+        if (image.mid(at, 2) != "PM")
+            return -1;
+        if (image.mid(at + 48, 9) == "Apple_HFS") {
+            const qint64 place = number32(at + 8) * qint64{512};
+            return isHeader(place) ? place : -1;
+        }
+    }
+    return -1;
+}
+
 } // namespace
 
 class HfsPlusReaders : public ::testing::TestWithParam<DRFilesystemMask>
@@ -41,9 +72,21 @@ TEST_P(HfsPlusReaders, sevenZip_extractsWhatWasWritten)
     makeTree(tree);
     const WrittenImage image(realFolder(tree), optionsFor(GetParam()));
     const QTemporaryDir folder;
+    QString volume = image.path();
+    if (GetParam() != hfsPlusOnly) {
+        // It looks for the volume where a file begins; so it gets the partition out of the map first.
+        ASSERT_LE(runProgram(QStringLiteral("7z"),
+                             {QStringLiteral("x"), QStringLiteral("-tapm"), QStringLiteral("-y"),
+                              QStringLiteral("-o") + folder.path(), image.path()})
+                      .exitCode,
+                  1);
+        const QStringList found = QDir(folder.path()).entryList({QStringLiteral("*.hfs")});
+        ASSERT_EQ(found.size(), 1);
+        volume = folder.filePath(found.front());
+    }
     const ProgramResult result = runProgram(QStringLiteral("7z"),
                                             {QStringLiteral("x"), QStringLiteral("-thfs"), QStringLiteral("-y"),
-                                             QStringLiteral("-o") + folder.path(), image.path()});
+                                             QStringLiteral("-o") + folder.path(), volume});
     // What precedes and follows the volume in the image is worth a warning.
     ASSERT_LE(result.exitCode, 1) << result.output.toStdString() << result.errors.toStdString();
     const QString root = folder.filePath(QDir(tree.pathText()).dirName());
@@ -69,8 +112,39 @@ TEST_P(HfsPlusReaders, sevenZip_findsTheVolumeInThePartitionMap)
     EXPECT_TRUE(result.output.contains("HFS+.hfs")) << result.output.toStdString();
 }
 
+TEST_P(HfsPlusReaders, driverOfLinux_findsTheVolume_onTheWholeDevice)
+{
+    const TemporaryTree tree;
+    makeTree(tree);
+    const WrittenImage image(realFolder(tree), optionsFor(GetParam()));
+    EXPECT_EQ(placeByTheKernel(image.bytes(0, 64 << 10)), 8 * 2048);
+}
+
+TEST_P(HfsPlusReaders, mmls_findsTheVolumeInThePartitionMap)
+{
+    if (!hasProgram(QStringLiteral("mmls")))
+        GTEST_SKIP() << "mmls is not installed";
+    const TemporaryTree tree;
+    makeTree(tree);
+    const WrittenImage image(realFolder(tree), optionsFor(GetParam()));
+    // It counts in units of the device, which is a disc only where the map does so, too.
+    const bool isAlone = GetParam() == hfsPlusOnly;
+    const ProgramResult result = runProgram(QStringLiteral("mmls"),
+                                            {QStringLiteral("-t"), QStringLiteral("mac"), QStringLiteral("-b"),
+                                             isAlone ? QStringLiteral("2048") : QStringLiteral("512"), image.path()});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+    const QByteArray start = isAlone ? " 0000000008 " : " 0000000032 ";
+    bool isFound = false;
+    for (const QByteArray &line : result.output.split('\n'))
+        isFound |= line.contains("Apple_HFS") && line.simplified().contains(start.trimmed());
+    EXPECT_TRUE(isFound) << result.output.toStdString();
+}
+
 TEST_P(HfsPlusReaders, hfsplusTools_readTheWholeDevice)
 {
+    // They know nothing of partition maps.
+    if (GetParam() != hfsPlusOnly)
+        return;
     if (!hasProgram(QStringLiteral("hpmount")))
         GTEST_SKIP() << "hpmount is not installed";
     const TemporaryTree tree;
@@ -104,9 +178,11 @@ TEST_P(HfsPlusReaders, blkid_recognisesTheVolumeOrABridge)
     EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
     EXPECT_TRUE(result.output.contains("LABEL=\"Label\"") || result.output.contains("LABEL=\"LABEL\""))
         << result.output.toStdString();
-    if (GetParam() == hfsPlusOnly) {
-        EXPECT_TRUE(result.output.contains("TYPE=\"hfsplus\"")) << result.output.toStdString();
-    }
+    const bool hasUdf = (GetParam() & DRFilesystemInclusionMaskUDF) != 0;
+    const char *const type = GetParam() == hfsPlusOnly ? " TYPE=\"hfsplus\""
+        : hasUdf                                       ? " TYPE=\"udf\""
+                                                       : " TYPE=\"iso9660\"";
+    EXPECT_TRUE(result.output.contains(type)) << result.output.toStdString();
 }
 
 INSTANTIATE_TEST_SUITE_P(Masks, HfsPlusReaders, ::testing::Range<DRFilesystemMask>(8, 16));
@@ -134,16 +210,15 @@ TEST(HfsPlusReadersAlone, hpfsck_findsHeadersAndExtentsSound)
     EXPECT_FALSE(result.output.contains("nexpected")) << result.output.toStdString();
 }
 
-TEST(HfsPlusReadersAlone, wrapper_isForAllReaders_onlyWhereNothingElseIsFoundAtAFixedPlace)
+TEST(HfsPlusReadersAlone, wrapper_isThere_onlyWhereTheImageHoldsNothingElse)
 {
     const TemporaryTree tree;
     makeTree(tree);
     for (DRFilesystemMask mask = 8; mask < 16; ++mask) {
         const WrittenImage image(realFolder(tree), optionsFor(mask));
         const HfsPlusImageReader reader(image.path());
-        EXPECT_TRUE(reader.hasWrapper());
-        EXPECT_EQ(reader.wrapperIsForAll(),
-                  (mask & (DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskUDF)) == 0);
+        EXPECT_EQ(reader.hasWrapper(), mask == hfsPlusOnly);
+        EXPECT_EQ(reader.mapUnit(), mask == hfsPlusOnly ? 2048u : 512u);
     }
 }
 
