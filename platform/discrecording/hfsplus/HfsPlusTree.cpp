@@ -55,7 +55,8 @@ bool HfsPlusTree::prepare(const PlanProgress &progress, StorageIssues &issues)
     findSharedFiles();
     HfsPlusName volumeName;
     if (m_names->ruledName(0, &volumeName))
-        issues.push_back({0, DRDiscTree::HFSPlus, Kind::Renamed, StorageReason::NameNotAllowed, false});
+        issues.push_back({0, DRDiscTree::HFSPlus, Kind::Renamed, StorageReason::VolumeNameNotAllowed, false});
+    reportTimes(0, issues);
     m_nameLengths[0] = static_cast<std::uint8_t>(volumeName.size());
     HfsPlusSiblings siblings;
     std::uint32_t unchecked = 0;
@@ -148,18 +149,23 @@ void HfsPlusTree::prepareFolder(NodeIndex folder, HfsPlusSiblings &siblings, con
     m_childCounts[content.folderNumber()] = static_cast<std::uint32_t>(siblings.entries().size());
 }
 
+void HfsPlusTree::reportTimes(NodeIndex node, StorageIssues &issues) const
+{
+    const ObjectTimes times = m_tree->times(node);
+    if (!fitsHfsPlusDate(times.creation) || !fitsHfsPlusDate(times.modification) || !fitsHfsPlusDate(times.access)
+        || !fitsHfsPlusDate(times.attributeModification))
+        issues.push_back({node, DRDiscTree::HFSPlus, Kind::Altered, StorageReason::TimeBeyondCatalog, false});
+}
+
 void HfsPlusTree::report(const HfsPlusSiblings::Entry &entry, StorageIssues &issues) const
 {
     const auto add = [&](Kind kind, StorageReason reason) {
         issues.push_back({entry.node, DRDiscTree::HFSPlus, kind, reason, false});
     };
     const bool isChangedOnDisc = m_tree->nodes[entry.node].has(ContentNode::NameIsChanged);
-    if (entry.isChanged)
-        add(Kind::Renamed, isChangedOnDisc ? StorageReason::NameChangedOnDisc : StorageReason::NameNotAllowed);
-    const ObjectTimes times = m_tree->times(entry.node);
-    if (!fitsHfsPlusDate(times.creation) || !fitsHfsPlusDate(times.modification) || !fitsHfsPlusDate(times.access)
-        || !fitsHfsPlusDate(times.attributeModification))
-        add(Kind::Altered, StorageReason::TimeBeyondCatalog);
+    if (entry.isChanged || entry.isTaken)
+        add(Kind::Renamed, reasonForName(isChangedOnDisc, entry.isChanged, entry.isTaken));
+    reportTimes(entry.node, issues);
     const HfsPlusSharedFile *const linked = linkedFile(entry.node);
     if (!linked || linked->firstName == entry.node)
         return;

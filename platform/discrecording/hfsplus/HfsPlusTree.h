@@ -92,6 +92,7 @@ private:
     void prepareFolder(NodeIndex folder, HfsPlusSiblings &siblings, const std::stop_token &cancellation,
                        StorageIssues &issues);
     void report(const HfsPlusSiblings::Entry &entry, StorageIssues &issues) const;
+    void reportTimes(NodeIndex node, StorageIssues &issues) const;
     [[nodiscard]] const HfsPlusSharedFile *sharedFile(NodeIndex node) const;
 
     const std::shared_ptr<const ContentTree> m_tree;

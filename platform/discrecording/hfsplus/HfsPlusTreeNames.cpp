@@ -71,7 +71,8 @@ void HfsPlusSiblings::add(NodeIndex node, std::u16string_view name, bool isChang
 
 void HfsPlusSiblings::replace(Entry &entry, std::u16string_view name)
 {
-    entry = makeEntry(entry.node, name, true);
+    entry = makeEntry(entry.node, name, entry.isChanged);
+    entry.isTaken = true;
 }
 
 void HfsPlusSiblings::sort()

@@ -44,6 +44,8 @@ bool DirectoryHierarchy::prepare(const PlanProgress &progress, StorageIssues &is
     m_order.resize(m_tree->nodes.size());
     m_folders.push_back({});
     m_paths.push_back({});
+    if (m_traits.filesystem != 0 && !canSayTimesOf(0))
+        issues.push_back({0, m_traits.tree, Kind::Altered, StorageReason::TimeOutOfRange, false});
     SiblingNames siblings;
     std::uint32_t unchecked = 0;
     for (std::uint32_t number = 0; number < m_folders.size(); ++number) {
@@ -147,38 +149,66 @@ void DirectoryHierarchy::measure(std::uint32_t number, const SiblingNames &sibli
     m_hasOversizedDirectory |= used > UINT32_MAX;
 }
 
+bool DirectoryHierarchy::canSayTimesOf(NodeIndex node) const
+{
+    const ObjectTimes times = m_tree->times(node);
+    if (!fitsRecordingDate(times.modification))
+        return false;
+    return !m_traits.hasRockRidge
+        || (fitsRecordingDate(times.access) && fitsRecordingDate(times.attributeModification));
+}
+
+void DirectoryHierarchy::reportFile(NodeIndex node, StorageIssues &issues) const
+{
+    // Linux gives up on a file after as many records.
+    constexpr std::uint64_t mostSections = 100;
+    const std::uint64_t sections = fileSectionCount(m_tree->nodes[node].fileSize());
+    if (sections > mostSections)
+        issues.push_back({node, m_traits.tree, Kind::Altered, StorageReason::TooManySections, false});
+    if (sections > 1 && m_traits.wantsOneSection)
+        issues.push_back({node, m_traits.tree, Kind::Altered, StorageReason::SectionsBeyondLevel, false});
+}
+
+void DirectoryHierarchy::reportRockRidge(NodeIndex node, StorageIssues &issues) const
+{
+    const ContentNode &content = m_tree->nodes[node];
+    if (content.has(ContentNode::NameIsChanged))
+        issues.push_back({node, DRDiscTree::RockRidge, Kind::Renamed, StorageReason::NameChangedOnDisc, false});
+    if (!content.isFile() && !content.isFolder())
+        issues.push_back({node, m_traits.tree, Kind::Refused, StorageReason::KindNotStorable, false});
+    if (content.kind == ContentKind::SymbolicLink
+        && recordedLinkTarget(m_tree->linkTarget(node)) != m_tree->linkTarget(node))
+        issues.push_back({node, DRDiscTree::RockRidge, Kind::Altered, StorageReason::LinkTargetSimplified, false});
+}
+
 void DirectoryHierarchy::reportChildren(std::uint32_t number, const SiblingNames &siblings, StorageIssues &issues) const
 {
-    const bool isIso = m_traits.tree == DRDiscTree::ISO9660;
-    const PathMeasure path = m_paths[number];
     std::uint32_t longestChild = 0;
     for (const SiblingNames::Entry &entry : siblings.entries()) {
         const ContentNode &content = m_tree->nodes[entry.node];
-        const bool isChangedOnDisc = content.has(ContentNode::NameIsChanged);
-        const StorageReason reason = isChangedOnDisc ? StorageReason::NameChangedOnDisc : StorageReason::NameNotAllowed;
-        if (entry.isChanged)
-            issues.push_back({entry.node, m_traits.tree, Kind::Renamed, reason, false});
-        const ObjectTimes times = m_tree->times(entry.node);
-        if (!fitsRecordingDate(times.modification)
-            || (m_traits.hasRockRidge && !fitsRecordingDate(times.attributeModification)))
-            issues.push_back({entry.node, m_traits.tree, Kind::Altered, StorageReason::TimeOutOfRange, false});
-        if (m_traits.hasRockRidge) {
-            if (isChangedOnDisc)
-                issues.push_back({entry.node, DRDiscTree::RockRidge, Kind::Renamed, reason, false});
-            if (!content.isFile() && !content.isFolder())
-                issues.push_back({entry.node, m_traits.tree, Kind::Refused, StorageReason::KindNotStorable, false});
-            if (content.kind == ContentKind::SymbolicLink
-                && recordedLinkTarget(m_tree->linkTarget(entry.node)) != m_tree->linkTarget(entry.node))
-                issues.push_back(
-                    {entry.node, DRDiscTree::RockRidge, Kind::Altered, StorageReason::LinkTargetSimplified, false});
+        if (entry.isChanged || entry.isTaken) {
+            const bool isChangedOnDisc = content.has(ContentNode::NameIsChanged);
+            issues.push_back({entry.node, m_traits.tree, Kind::Renamed,
+                              reasonForName(isChangedOnDisc, entry.isChanged, entry.isTaken), false});
         }
+        if (!canSayTimesOf(entry.node))
+            issues.push_back({entry.node, m_traits.tree, Kind::Altered, StorageReason::TimeOutOfRange, false});
+        if (content.isFile())
+            reportFile(entry.node, issues);
+        if (m_traits.hasRockRidge)
+            reportRockRidge(entry.node, issues);
         if (!content.isFolder()) {
             const auto suffix = m_names->suffix(siblings.nameOf(entry), false).size();
             longestChild = std::max(longestChild, entry.size + static_cast<std::uint32_t>(suffix));
         }
     }
-    if (!isIso)
-        return;
+    if (m_traits.tree == DRDiscTree::ISO9660)
+        reportPath(number, longestChild, issues);
+}
+
+void DirectoryHierarchy::reportPath(std::uint32_t number, std::uint32_t longestChild, StorageIssues &issues) const
+{
+    const PathMeasure path = m_paths[number];
     const NodeIndex node = m_folders[number].node;
     if (path.depth > deepestLevel)
         issues.push_back({node, m_traits.tree, Kind::Altered, StorageReason::DepthBeyondStandard, false});

@@ -23,6 +23,7 @@ struct HierarchyTraits {
     NameCoding coding = NameCoding::Iso9660;
     Iso9660Level level = Iso9660Level::Two;
     bool hasRockRidge = false;
+    bool wantsOneSection = false; ///< a level was asked for that allows no more for a file (ECMA-119 10.1, 10.2)
 };
 
 /// A folder of a hierarchy.
@@ -108,6 +109,11 @@ private:
     void storeOrder(std::uint32_t number, const SiblingNames &siblings);
     void measure(std::uint32_t number, const SiblingNames &siblings);
     void reportChildren(std::uint32_t number, const SiblingNames &siblings, StorageIssues &issues) const;
+    void reportFile(NodeIndex node, StorageIssues &issues) const;
+    void reportRockRidge(NodeIndex node, StorageIssues &issues) const;
+    void reportPath(std::uint32_t number, std::uint32_t longestChild, StorageIssues &issues) const;
+    /// True when the records can say all times that they have of the object.
+    [[nodiscard]] bool canSayTimesOf(NodeIndex node) const;
     void placeContinuation(NodeIndex node, std::size_t size);
 
     const std::shared_ptr<const ContentTree> m_tree;

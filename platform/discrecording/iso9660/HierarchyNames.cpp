@@ -95,14 +95,15 @@ void SiblingNames::clear()
 void SiblingNames::add(NodeIndex node, std::string_view name, bool isChanged)
 {
     m_entries.push_back({prefixOf(name), node, static_cast<std::uint32_t>(m_bytes.size()),
-                         static_cast<std::uint8_t>(name.size()), isChanged});
+                         static_cast<std::uint8_t>(name.size()), isChanged, false});
     m_bytes += name;
 }
 
 void SiblingNames::replace(Entry &entry, std::string_view name)
 {
-    entry = {prefixOf(name), entry.node, static_cast<std::uint32_t>(m_bytes.size()),
-             static_cast<std::uint8_t>(name.size()), true};
+    entry = {
+        prefixOf(name),  entry.node, static_cast<std::uint32_t>(m_bytes.size()), static_cast<std::uint8_t>(name.size()),
+        entry.isChanged, true};
     m_bytes += name;
 }
 

@@ -55,7 +55,8 @@ public:
         NodeIndex node = 0;
         std::uint32_t offset = 0;
         std::uint8_t size = 0;
-        bool isChanged = false; ///< it is not the object's base name
+        bool isChanged = false; ///< the rules do not give the object's base name
+        bool isTaken = false; ///< a sibling had the name that they give
     };
 
     void clear();

@@ -38,7 +38,7 @@ struct DRStorageReportItem {
     QString nameGiven; ///< for Renamed
     QString reason; ///< a sentence for people, always set
     /// False when another tree of the same disc holds the object with its own name and contents, so that nothing is
-    /// lost.
+    /// lost. For the root, whose name is the volume's, when another filesystem has that name.
     bool isLost = false;
 };
 
@@ -52,7 +52,8 @@ public:
 
     [[nodiscard]] virtual std::size_t count() const = 0;
     [[nodiscard]] virtual DRStorageReportItem item(std::size_t index) const = 0;
-    /// How many objects are lost: some tree refuses or renames them and no other tree of the disc makes up for it.
+    /// How many objects are lost: some tree refuses or renames them and no other tree of the disc makes up for it. The
+    /// root is not counted: nothing is looked up by the name of a volume.
     [[nodiscard]] virtual std::size_t lostCount() const = 0;
     /// How many items of this kind the tree has.
     [[nodiscard]] virtual std::size_t count(DRDiscTree tree, DRStorageReportItem::Kind kind) const = 0;

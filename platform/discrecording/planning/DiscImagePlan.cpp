@@ -47,11 +47,14 @@ FileTime volumeTimeOf(const DRFolder &root, const PlanOptions &options)
     return {QDateTime::currentSecsSinceEpoch(), 0};
 }
 
-Iso9660Level levelOf(const DRFolder &root)
+/// The level that was asked for.
+std::optional<Iso9660Level> levelOf(const DRFolder &root)
 {
     bool isNumber = false;
     const int level = root.propertyForKey(DRISOLevel, DRISO9660).toInt(&isNumber);
-    return isNumber && level >= 1 && level <= 3 ? static_cast<Iso9660Level>(level) : Iso9660Level::Two;
+    if (!isNumber || level < 1 || level > 3)
+        return std::nullopt;
+    return static_cast<Iso9660Level>(level);
 }
 
 /// One run of planning: the steps share what they make.
@@ -83,6 +86,9 @@ private:
     bool layOut(NSError *error);
     void placeFiles();
     void reportAbsent();
+    [[nodiscard]] std::vector<NamedTree> namedTrees() const;
+    /// The first tree that may hold the object; the first of all when none may.
+    [[nodiscard]] DRDiscTree firstTreeOf(NodeIndex node, const std::vector<NamedTree> &trees) const;
     DiscImagePlan result();
 
     const DRFolder &m_root;
@@ -135,7 +141,8 @@ void Planner::makeWriters()
     const VolumeTexts texts = volumeTextsOf(m_root);
     if ((m_filesystems & DRFilesystemInclusionMaskISO9660) != 0) {
         HierarchyTraits traits;
-        traits.level = levelOf(m_root);
+        traits.level = levelOf(m_root).value_or(Iso9660Level::Two);
+        traits.wantsOneSection = levelOf(m_root).value_or(Iso9660Level::Three) < Iso9660Level::Three;
         traits.hasRockRidge = m_options.rockRidge;
         m_writers.push_back(std::make_unique<HierarchyWriter>(m_tree, traits, texts));
     } else if ((m_filesystems & DRFilesystemInclusionMaskJoliet) != 0) {
@@ -207,20 +214,30 @@ bool Planner::prepareWriters()
     return true;
 }
 
-/// Names the trees in which the absent objects are missing, and finds those that no filesystem of the disc may hold.
-void Planner::reportAbsent()
+std::vector<NamedTree> Planner::namedTrees() const
 {
     std::vector<NamedTree> trees;
     for (const auto &writer : m_writers) {
         for (NamedTree &tree : writer->trees())
             trees.push_back(std::move(tree));
     }
-    for (StorageIssue &issue : m_issues) {
-        const DRFilesystemMask wanted = m_tree->nodes[issue.node].filesystems();
-        const auto holder = std::find_if(trees.begin(), trees.end(),
-                                         [&](const NamedTree &tree) { return (tree.filesystem & wanted) != 0; });
-        issue.tree = holder != trees.end() ? holder->tree : trees.front().tree;
-    }
+    return trees;
+}
+
+DRDiscTree Planner::firstTreeOf(NodeIndex node, const std::vector<NamedTree> &trees) const
+{
+    const DRFilesystemMask wanted = m_tree->nodes[node].filesystems();
+    const auto holder = std::find_if(trees.begin(), trees.end(),
+                                     [&](const NamedTree &tree) { return (tree.filesystem & wanted) != 0; });
+    return holder != trees.end() ? holder->tree : trees.front().tree;
+}
+
+/// Names the trees in which the absent objects are missing, and finds those that no filesystem of the disc may hold.
+void Planner::reportAbsent()
+{
+    const std::vector<NamedTree> trees = namedTrees();
+    for (StorageIssue &issue : m_issues)
+        issue.tree = firstTreeOf(issue.node, trees);
     for (NodeIndex node = 1; node < m_tree->nodes.size(); ++node) {
         const ContentNode &content = m_tree->nodes[node];
         if (content.kind != ContentKind::Absent && (content.filesystems() & m_filesystems) == 0)
@@ -229,8 +246,6 @@ void Planner::reportAbsent()
     }
 }
 
-/// Gives every file that is on the disc its extent: the files of a folder lie together, in the order of their names,
-/// before those of its folders.
 /// Extents of big files begin at whole units of the page cache, in which the kernel copies a fifth faster than from a
 /// page's middle to another's. At most 0.4 % of such a file's size is left unused before it.
 constexpr std::uint64_t sizeWorthAligning = std::uint64_t{16} << 20;
@@ -240,9 +255,13 @@ constexpr std::uint64_t roundedUpToAlignment(std::uint64_t block)
     return (block + unit - 1) / unit * unit;
 }
 
+/// Gives every file that is on the disc its extent: those of DVD-Video first; then the files of a folder lie together,
+/// in the order of their names, before those of its folders.
 void Planner::placeFiles()
 {
-    placeDvdVideoFiles(*m_tree, m_filesystems, m_layout, m_files);
+    for (const NodeIndex file : placeDvdVideoFiles(*m_tree, m_filesystems, m_layout, m_files))
+        m_issues.push_back({file, firstTreeOf(file, namedTrees()), DRStorageReportItem::Kind::Altered,
+                            StorageReason::VideoAddressNotMet, false});
     std::vector<NodeIndex> folders{0};
     while (!folders.empty()) {
         const ContentNode folder = m_tree->nodes[folders.back()];
@@ -306,12 +325,7 @@ DiscImagePlan Planner::result()
             continue;
         ++(content.isFolder() ? plan.folderCount : plan.fileCount);
     }
-    std::vector<NamedTree> trees;
-    for (const auto &writer : m_writers) {
-        for (NamedTree &tree : writer->trees())
-            trees.push_back(std::move(tree));
-    }
-    plan.report = std::make_shared<PlanReport>(m_tree, std::move(trees), std::move(m_issues));
+    plan.report = std::make_shared<PlanReport>(m_tree, namedTrees(), std::move(m_issues));
     plan.image = std::make_shared<PlannedImage>(m_tree, std::move(m_writers), std::move(m_layout), std::move(m_files),
                                                 m_options.bigFileSize);
     m_progress.tell(1.0);

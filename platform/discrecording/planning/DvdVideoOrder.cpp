@@ -176,11 +176,13 @@ public:
     {
         const ContentNode &content = m_tree.nodes[file.node];
         ContentNode &owner = m_tree.nodes[content.contentsOwner()];
-        if (owner.hasExtent())
-            return; // another name of a file that has its place
+        const std::uint64_t wanted = wantedPlace(file);
+        if (owner.hasExtent()) { // another name of a file that has its place
+            noteMissed(file.node, wanted, owner.extentStart());
+            return;
+        }
         const bool isInformation = file.part == DvdFile::Information;
         const std::uint64_t next = m_layout.allocateExtent(0);
-        const std::uint64_t wanted = wantedPlace(file);
         std::uint64_t start = next;
         if (wanted >= next && wanted - next <= longestGap)
             start = wanted;
@@ -188,13 +190,23 @@ public:
             start = (next + unitBlocks - 1) / unitBlocks * unitBlocks;
         m_layout.leaveUnusedUpTo(start);
         start = m_layout.allocateExtent(blocksForBytes(content.fileSize()));
+        noteMissed(file.node, wanted, start);
         owner.setExtentStart(static_cast<std::uint32_t>(start));
         m_files.push_back(content.contentsOwner());
         if (isInformation)
             take(file, start);
     }
 
+    /// Files that do not lie where they were wanted.
+    [[nodiscard]] const std::vector<NodeIndex> &missed() const { return m_missed; }
+
 private:
+    void noteMissed(NodeIndex file, std::uint64_t wanted, std::uint64_t start)
+    {
+        if (wanted != 0 && wanted != start)
+            m_missed.push_back(file);
+    }
+
     /// 0 for anywhere.
     [[nodiscard]] std::uint64_t wantedPlace(const DvdFile &file) const
     {
@@ -228,6 +240,7 @@ private:
     ContentTree &m_tree;
     ImageLayout &m_layout;
     std::vector<NodeIndex> &m_files;
+    std::vector<NodeIndex> m_missed;
     std::uint64_t m_managerStart = 0;
     TitleSetPlaces m_titleSets{};
     unsigned int m_titleSet = titleSetCount + 1; ///< which one m_parts is about
@@ -237,8 +250,8 @@ private:
 
 } // namespace
 
-void placeDvdVideoFiles(ContentTree &tree, DRFilesystemMask filesystems, ImageLayout &layout,
-                        std::vector<NodeIndex> &files)
+std::vector<NodeIndex> placeDvdVideoFiles(ContentTree &tree, DRFilesystemMask filesystems, ImageLayout &layout,
+                                          std::vector<NodeIndex> &files)
 {
     const auto isOnDisc = [&](const ContentNode &content) {
         return content.kind != ContentKind::Absent && (content.filesystems() & filesystems) != 0;
@@ -262,6 +275,7 @@ void placeDvdVideoFiles(ContentTree &tree, DRFilesystemMask filesystems, ImageLa
     DvdVideoPlacer placer(tree, layout, files);
     for (const DvdFile &file : found)
         placer.place(file);
+    return placer.missed();
 }
 
 } // namespace Tessaron

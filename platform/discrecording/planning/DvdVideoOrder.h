@@ -9,7 +9,7 @@ namespace Tessaron
 
 class ImageLayout;
 
-/// Where the root has a folder VIDEO_TS (in any case of letters), gives the files of DVD-Video in it their extents: the
+/// Where the root has a folder VIDEO_TS, gives the files of DVD-Video in it their extents: the
 /// manager first, then each title set; in each the information, the video objects, the backup of the information. Files
 /// follow each other without gaps but for what makes information and backup begin a unit of 32 KiB, so that one flaw of
 /// the disc does not hit both.
@@ -19,8 +19,9 @@ class ImageLayout;
 /// is read. A file that cannot be read has no such wishes: whatever is wrong with it turns up when its contents are
 /// written.
 ///
-/// Adds the files to `files`, in the order of their places. What else lies in the folder is left for later.
-void placeDvdVideoFiles(ContentTree &tree, DRFilesystemMask filesystems, ImageLayout &layout,
-                        std::vector<NodeIndex> &files);
+/// Adds the files to `files`, in the order of their places. What else lies in the folder is left for later. Returns the
+/// files that do not lie where the information files say.
+[[nodiscard]] std::vector<NodeIndex> placeDvdVideoFiles(ContentTree &tree, DRFilesystemMask filesystems,
+                                                        ImageLayout &layout, std::vector<NodeIndex> &files);
 
 } // namespace Tessaron

@@ -1,6 +1,7 @@
 #include "platform/discrecording/planning/PlanReport.h"
 
 #include "platform/coreservices/FSRef.h"
+#include "platform/discrecording/content/UsableBaseNames.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 
 #include <algorithm>
@@ -34,10 +35,17 @@ QString sentenceFor(StorageReason reason, ContentKind kind)
 {
     switch (reason) {
     case StorageReason::NameNotAllowed:
-        return QStringLiteral("The filesystem does not allow the name as it is, or another object has it already.");
+        return QStringLiteral("The filesystem does not allow the name as it is.");
+    case StorageReason::NameTaken:
+        return QStringLiteral("Another object in the folder has the name already, or one that the filesystem's readers "
+                              "take for the same.");
+    case StorageReason::SubstituteTaken:
+        return QStringLiteral("The filesystem does not allow the name as it is, and another object in the folder has "
+                              "the one that would take its place.");
+    case StorageReason::VolumeNameNotAllowed:
+        return QStringLiteral("The filesystem does not allow the name of the volume as it is.");
     case StorageReason::NameChangedOnDisc:
-        return QStringLiteral("The name cannot be a file's, is longer than 255 bytes, or another object in the folder "
-                              "has it already.");
+        return {}; // which of the three it was follows from the name
     case StorageReason::Vanished:
         return QStringLiteral("It is no longer where it was when the disc was composed.");
     case StorageReason::FileNotReadable:
@@ -75,6 +83,17 @@ QString sentenceFor(StorageReason reason, ContentKind kind)
         return QStringLiteral("A time lies outside the years 1 to 9999; the nearest possible one is stored.");
     case StorageReason::TimeBeyondCatalog:
         return QStringLiteral("A time lies outside the years 1904 to 2040; the nearest possible one is stored.");
+    case StorageReason::SectionsBeyondLevel:
+        return QStringLiteral(
+            "The file takes several sections, which the level of ISO 9660 that was asked for does not "
+            "allow; systems that know no other see 4 GiB of it.");
+    case StorageReason::TooManySections:
+        return QStringLiteral("The file takes more than 100 sections of 4 GiB; some systems, Linux among them, do not "
+                              "read it here.");
+    case StorageReason::VideoAddressNotMet:
+        return QStringLiteral(
+            "The file does not lie where the information files of DVD-Video say that it does; players "
+            "may not find it.");
     case StorageReason::AttributesOfOtherName:
         return QStringLiteral(
             "The file has several names on the disc, and the permissions, times and flags of the first "
@@ -98,7 +117,7 @@ PlanReport::PlanReport(std::shared_ptr<const ContentTree> tree, std::vector<Name
         const auto last =
             std::find_if(first, m_issues.end(), [&](const StorageIssue &issue) { return issue.node != first->node; });
         const bool lost = isLost(first, last);
-        m_lostCount += lost ? 1 : 0;
+        m_lostCount += lost && first->node != 0 ? 1 : 0;
         for (; first != last; ++first) {
             first->isLost = lost;
             ++m_counts[static_cast<std::size_t>(first->tree)][static_cast<std::size_t>(first->kind)];
@@ -108,9 +127,8 @@ PlanReport::PlanReport(std::shared_ptr<const ContentTree> tree, std::vector<Name
 
 bool PlanReport::isLost(StorageIssues::const_iterator first, StorageIssues::const_iterator last) const
 {
-    // The root's name is the volume's, which is a label: nothing is looked up by it.
     if (first->node == 0)
-        return false;
+        return isVolumeNameLost(first, last);
     const ContentNode &content = m_tree->nodes[first->node];
     if (content.kind == ContentKind::Absent)
         return true;
@@ -122,6 +140,30 @@ bool PlanReport::isLost(StorageIssues::const_iterator first, StorageIssues::cons
     });
 }
 
+bool PlanReport::isVolumeNameLost(StorageIssues::const_iterator first, StorageIssues::const_iterator last) const
+{
+    if (m_tree->baseName(0).empty())
+        return false; // there was none to lose
+    return std::none_of(m_trees.begin(), m_trees.end(), [&](const NamedTree &tree) {
+        const bool hasNameOfItsOwn = tree.tree != DRDiscTree::RockRidge; // which has no volume
+        return hasNameOfItsOwn && std::none_of(first, last, [&](const StorageIssue &issue) {
+                   return issue.tree == tree.tree && issue.kind == Kind::Renamed;
+               });
+    });
+}
+
+QString PlanReport::reasonOf(const StorageIssue &issue) const
+{
+    if (issue.reason != StorageReason::NameChangedOnDisc)
+        return sentenceFor(issue.reason, m_tree->nodes[issue.node].kind);
+    const std::string_view name = m_tree->baseName(issue.node);
+    if (isUsableBaseName(name))
+        return QStringLiteral("Another object in the folder has the name already.");
+    if (name.size() > longestBaseName)
+        return QStringLiteral("The name is longer than 255 bytes.");
+    return QStringLiteral("The name cannot be a file's.");
+}
+
 DRStorageReportItem PlanReport::item(std::size_t index) const
 {
     const StorageIssue &issue = m_issues[index];
@@ -130,7 +172,7 @@ DRStorageReportItem PlanReport::item(std::size_t index) const
     item.tree = issue.tree;
     item.path = stringWithFileSystemRepresentation(m_tree->discPath(issue.node));
     item.sourcePath = stringWithFileSystemRepresentation(lastKnownPath(m_tree->sourceRef(issue.node)));
-    item.reason = sentenceFor(issue.reason, m_tree->nodes[issue.node].kind);
+    item.reason = reasonOf(issue);
     item.isLost = issue.isLost;
     if (issue.kind != Kind::Renamed)
         return item;

@@ -31,6 +31,9 @@ private:
     /// True when no tree holds the object of these issues, which are all it has, under its own name.
     [[nodiscard]] bool isLost(StorageIssues::const_iterator first, StorageIssues::const_iterator last) const;
 
+    [[nodiscard]] bool isVolumeNameLost(StorageIssues::const_iterator first, StorageIssues::const_iterator last) const;
+    [[nodiscard]] QString reasonOf(const StorageIssue &issue) const;
+
     const std::shared_ptr<const ContentTree> m_tree;
     const std::vector<NamedTree> m_trees;
     StorageIssues m_issues;

@@ -32,6 +32,7 @@ bool UdfHierarchy::prepare(const PlanProgress &progress, StorageIssues &issues)
     m_icbOfNode.assign(m_tree->nodes.size(), noIcb);
     m_folders.resize(m_tree->folderCount);
     addIcb(0);
+    reportTimes(0, issues);
     std::uint32_t folderNumber = 0;
     std::uint32_t unchecked = 0;
     for (NodeIndex node = 0; node < m_tree->nodes.size(); ++node) {
@@ -144,13 +145,18 @@ void UdfHierarchy::measure(NodeIndex node)
 void UdfHierarchy::report(const UdfSibling &sibling, StorageIssues &issues) const
 {
     const bool isChangedOnDisc = m_tree->nodes[sibling.node].has(ContentNode::NameIsChanged);
-    if (isChangedOnDisc || sibling.isRenamed)
+    if (isChangedOnDisc || sibling.isRenamed || sibling.isTaken)
         issues.push_back({sibling.node, DRDiscTree::UDF, Kind::Renamed,
-                          isChangedOnDisc ? StorageReason::NameChangedOnDisc : StorageReason::NameNotAllowed, false});
-    const ObjectTimes times = m_tree->times(sibling.node);
+                          reasonForName(isChangedOnDisc, sibling.isRenamed, sibling.isTaken), false});
+    reportTimes(sibling.node, issues);
+}
+
+void UdfHierarchy::reportTimes(NodeIndex node, StorageIssues &issues) const
+{
+    const ObjectTimes times = m_tree->times(node);
     if (!fitsUdfTimestamp(times.modification) || !fitsUdfTimestamp(times.access)
         || !fitsUdfTimestamp(times.attributeModification))
-        issues.push_back({sibling.node, DRDiscTree::UDF, Kind::Altered, StorageReason::TimeBeyondCalendar, false});
+        issues.push_back({node, DRDiscTree::UDF, Kind::Altered, StorageReason::TimeBeyondCalendar, false});
 }
 
 void UdfHierarchy::keepLinkCounts()

@@ -105,6 +105,7 @@ private:
     void addFolder(NodeIndex node, const std::stop_token &cancellation, StorageIssues &issues);
     void measure(NodeIndex node);
     void report(const UdfSibling &sibling, StorageIssues &issues) const;
+    void reportTimes(NodeIndex node, StorageIssues &issues) const;
     void keepLinkCounts();
 
     const std::shared_ptr<const ContentTree> m_tree;

@@ -52,7 +52,7 @@ void UdfTreeNames::tellApart(std::span<UdfSibling> siblings, const std::stop_tok
         if (names[index].name == before[index].name)
             continue;
         name.assign(names[index].name);
-        siblings[index].isRenamed = true;
+        siblings[index].isTaken = true;
         siblings[index].nameSize = static_cast<std::uint8_t>(name.size());
         m_changedNames.push_back({siblings[index].node, m_texts.store(name.view())});
     }

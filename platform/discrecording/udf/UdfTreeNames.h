@@ -19,7 +19,8 @@ namespace Tessaron
 struct UdfSibling {
     NodeIndex node = 0;
     std::uint8_t nameSize = 0; ///< bytes of its recorded name
-    bool isRenamed = false; ///< its name is not the one that it has on the disc
+    bool isRenamed = false; ///< the rules do not give the name that it has on the disc
+    bool isTaken = false; ///< a sibling had the name that they give
 };
 
 /// The names in a UDF tree. They follow from the objects' own names and are made anew whenever they are needed; only

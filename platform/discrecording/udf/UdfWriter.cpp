@@ -41,7 +41,7 @@ bool UdfWriter::prepare(const PlanProgress &progress, StorageIssues &issues)
     m_facts.volumeSet += m_texts.volumeSet.empty() ? m_facts.volumeName : udfVolumeName(m_texts.volumeSet);
     if (m_hierarchy.names().displayName(0) != m_hierarchy.tree().discName(0))
         issues.push_back(
-            {0, DRDiscTree::UDF, DRStorageReportItem::Kind::Renamed, StorageReason::NameNotAllowed, false});
+            {0, DRDiscTree::UDF, DRStorageReportItem::Kind::Renamed, StorageReason::VolumeNameNotAllowed, false});
     return true;
 }
 

@@ -4,6 +4,10 @@
 #include "tests/discrecording/planning/WrittenImage.h"
 #include "tests/support/TemporaryTree.h"
 
+#include <QDateTime>
+#include <QTimeZone>
+#include <QVariant>
+
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -258,6 +262,112 @@ TEST(DiscImageReport, report_outlivesPlanAndLayout)
     }
     EXPECT_EQ(report->count(DRDiscTree::Joliet, Kind::Renamed), 100u);
     EXPECT_EQ(report->count(DRDiscTree::UDF, Kind::Renamed), 0u);
+}
+
+TEST(DiscImageReport, reasons_areToldApart)
+{
+    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("DISC"));
+    for (const char *const name : {"a*b", "a?b", "README", "readme"})
+        root->addChild(DRFile::virtualFileWithName(QString::fromUtf8(name), name));
+    const WrittenImage image(root);
+    const auto reasonOf = [&](const char *path) {
+        for (const DRStorageReportItem &item : image.items(DRDiscTree::Joliet, Kind::Renamed)) {
+            if (item.path == QString::fromUtf8(path))
+                return item.reason;
+        }
+        return QString();
+    };
+    EXPECT_EQ(reasonOf("/a*b"), QStringLiteral("The filesystem does not allow the name as it is."));
+    EXPECT_EQ(reasonOf("/a?b"),
+              QStringLiteral("The filesystem does not allow the name as it is, and another object in the folder has "
+                             "the one that would take its place."));
+    EXPECT_EQ(reasonOf("/readme"),
+              QStringLiteral("Another object in the folder has the name already, or one that the filesystem's readers "
+                             "take for the same."));
+    EXPECT_EQ(reasonOf("/README"), QString());
+}
+
+TEST(DiscImageReport, reasonsForNamesOnTheDisc_areToldApart)
+{
+    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("DISC"));
+    for (const QString &name :
+         {QStringLiteral("SAME"), QStringLiteral("SAME"), QString(300, u'L'), QStringLiteral("A/B")})
+        root->addChild(DRFile::virtualFileWithName(name, "x"));
+    const WrittenImage image(root);
+    QStringList reasons;
+    for (const DRStorageReportItem &item : image.items(DRDiscTree::RockRidge, Kind::Renamed))
+        reasons.append(item.reason);
+    reasons.sort();
+    EXPECT_EQ(reasons,
+              QStringList({QStringLiteral("Another object in the folder has the name already."),
+                           QStringLiteral("The name cannot be a file's."),
+                           QStringLiteral("The name is longer than 255 bytes.")}));
+}
+
+TEST(DiscImageReport, volumeNameThatNoTreeHolds_isLost)
+{
+    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("a volume with quite a long name"));
+    root->addChild(DRFile::virtualFileWithName(QStringLiteral("F"), "x"));
+    const WrittenImage lost(root);
+    ASSERT_EQ(lost.plan().report->count(), 2u);
+    for (std::size_t index = 0; index < 2; ++index) {
+        EXPECT_EQ(lost.plan().report->item(index).path, QStringLiteral("/"));
+        EXPECT_EQ(lost.plan().report->item(index).reason,
+                  QStringLiteral("The filesystem does not allow the name of the volume as it is."));
+        EXPECT_TRUE(lost.plan().report->item(index).isLost);
+    }
+    EXPECT_EQ(lost.plan().report->lostCount(), 0u) << "no object is lost";
+    PlanOptions withUdf;
+    withUdf.filesystems |= DRFilesystemInclusionMaskUDF;
+    const WrittenImage kept(root, withUdf);
+    for (std::size_t index = 0; index < kept.plan().report->count(); ++index)
+        EXPECT_FALSE(kept.plan().report->item(index).isLost);
+}
+
+TEST(DiscImageReport, timesOfTheRootAndOfAccess_areChecked)
+{
+    const QDateTime late(QDate(2200, 1, 1), QTime(0, 0), QTimeZone::utc());
+    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("DISC"));
+    const auto file = DRFile::virtualFileWithName(QStringLiteral("F"), "x");
+    file->setProperty(late, DRAccessDate, DRAllFilesystems);
+    root->addChild(file);
+    root->setProperty(late, DRContentModificationDate, DRAllFilesystems);
+    PlanOptions options;
+    options.filesystems = DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskHFSPlus;
+    const WrittenImage image(root, options);
+    for (const DRDiscTree tree : {DRDiscTree::ISO9660, DRDiscTree::HFSPlus}) {
+        QStringList paths;
+        for (const DRStorageReportItem &item : image.items(tree, Kind::Altered))
+            paths.append(item.path);
+        EXPECT_EQ(paths, QStringList({QStringLiteral("/"), QStringLiteral("/F")})) << static_cast<int>(tree);
+    }
+}
+
+TEST(DiscImageReport, filesOfManySections_areTold)
+{
+    const TemporaryTree tree;
+    tree.makeSparseFile("HUGE", (std::int64_t{101} << 32));
+    tree.makeSparseFile("BIG", (std::int64_t{5} << 30));
+    const auto pathsFor = [&](int level, const char *words) {
+        const auto root = DRFolder::virtualFolderWithName(QStringLiteral("DISC"));
+        root->addChild(DRFile::fileWithPath(tree.pathText("HUGE")));
+        root->addChild(DRFile::fileWithPath(tree.pathText("BIG")));
+        if (level > 0)
+            root->setProperty(level, DRISOLevel, DRAllFilesystems);
+        NSError error;
+        const DiscImagePlan plan = planDiscImage(root, {}, {}, {}, &error);
+        QStringList paths;
+        for (std::size_t index = 0; plan.report && index < plan.report->count(); ++index) {
+            const DRStorageReportItem item = plan.report->item(index);
+            if (item.tree == DRDiscTree::ISO9660 && item.reason.contains(QString::fromUtf8(words)))
+                paths.append(item.path);
+        }
+        return paths;
+    };
+    EXPECT_EQ(pathsFor(0, "100 sections"), QStringList({QStringLiteral("/HUGE")}));
+    EXPECT_EQ(pathsFor(0, "several sections"), QStringList());
+    EXPECT_EQ(pathsFor(1, "several sections"), QStringList({QStringLiteral("/BIG"), QStringLiteral("/HUGE")}));
+    EXPECT_EQ(pathsFor(3, "several sections"), QStringList());
 }
 
 } // namespace Tessaron::Testing

@@ -21,7 +21,8 @@ using Contents = std::vector<std::pair<QByteArray, QByteArray>>;
 using Places = std::vector<std::pair<std::string, std::uint64_t>>;
 
 Places placesOf(const QString &folderName, const Contents &files,
-                DRFilesystemMask filesystems = DRFilesystemInclusionMaskISO9660)
+                DRFilesystemMask filesystems = DRFilesystemInclusionMaskISO9660,
+                std::vector<std::string> *missed = nullptr)
 {
     const auto root = DRFolder::virtualFolderWithName(QStringLiteral("DISC"));
     const auto folder = DRFolder::virtualFolderWithName(folderName);
@@ -37,7 +38,10 @@ Places placesOf(const QString &folderName, const Contents &files,
     ImageLayout layout;
     layout.reserve(0, 23, nullptr, 0);
     std::vector<NodeIndex> nodes;
-    placeDvdVideoFiles(*tree, filesystems, layout, nodes);
+    for (const NodeIndex node : placeDvdVideoFiles(*tree, filesystems, layout, nodes)) {
+        if (missed)
+            missed->emplace_back(tree->nodes[node].nameView());
+    }
     Places places;
     for (const NodeIndex node : nodes)
         places.emplace_back(std::string(tree->nodes[node].nameView()), tree->nodes[node].extentStart());
@@ -166,6 +170,19 @@ TEST(DvdVideoOrder, nothingIsPlaced_butWhatPlayersLookFor)
     EXPECT_EQ(placesOf(QStringLiteral("AUDIO_TS"), files), Places());
     EXPECT_EQ(placesOf(QStringLiteral("Video_TS"), files), Places());
     EXPECT_EQ(placesOf(QStringLiteral("VIDEO_TS"), files, 0), Places());
+}
+
+TEST(DvdVideoOrder, addressesThatCannotBeMet_areTold)
+{
+    // The title set is said to begin where the menus of the manager still are.
+    std::vector<std::string> missed;
+    (void)placesOf(QStringLiteral("VIDEO_TS"),
+                   {{"VIDEO_TS.IFO", manager(9, 2, {{1, 4}})},
+                    {"VIDEO_TS.VOB", blocks(10)},
+                    {"VTS_01_0.IFO", titleSet(1, 0, 1)},
+                    {"VTS_01_1.VOB", blocks(3)}},
+                   DRFilesystemInclusionMaskISO9660, &missed);
+    EXPECT_EQ(missed, std::vector<std::string>{"VTS_01_0.IFO"});
 }
 
 } // namespace Tessaron::Testing
