@@ -93,7 +93,7 @@ std::optional<HfsPlusHeader> findHfsPlusHeader(const DiscImageSource &source, NS
     *error = {};
     std::vector<std::optional<Candidate>> candidates{candidateIn(source, 0, source.length())};
     for (const DiscImagePartition &partition : source.partitions()) {
-        if (partition.type.startsWith(QStringLiteral("Apple_HFS")))
+        if (isHfsPlusPartition(partition))
             candidates.push_back(candidateIn(source, partition.offset, partition.length));
     }
     for (const std::optional<Candidate> &candidate : candidates) {

@@ -15,6 +15,8 @@ namespace Tessaron
 TESSARON_EXPORT extern const QString DiscImageErrorDomain;
 /// User information of such an error: offset in the image of what is wrong (quint64, bytes).
 TESSARON_EXPORT extern const QString DiscImageErrorOffsetKey;
+/// User information of such an error: what is wrong, without the place (QString).
+TESSARON_EXPORT extern const QString DiscImageErrorReasonKey;
 
 enum class DiscImageErrorCode : int {
     Truncated = 1, ///< something lies beyond the end of the image

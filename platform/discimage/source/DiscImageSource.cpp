@@ -2,6 +2,7 @@
 
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/disctracks/vant/VANTReader.h"
+#include "platform/disctracks/vant/VANTRecords.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
@@ -26,20 +27,11 @@ constexpr std::uint32_t rawSectorSize = 2352;
 constexpr std::array<std::uint8_t, 12> syncField = {0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0};
 constexpr std::size_t sectorModeOffset = 15;
 
-/// A partition map of more entries is nobody's.
-constexpr std::uint32_t maximumPartitions = 256;
-
 NSError beyondTheEnd(std::uint64_t offset, std::uint64_t length, std::uint64_t imageLength)
 {
     return discImageError(
         DiscImageErrorCode::Truncated, offset,
         QStringLiteral("%1 bytes are needed here, but the image has only %2 bytes").arg(length).arg(imageLength));
-}
-
-QString latinText(const std::uint8_t *from, std::size_t room)
-{
-    const std::size_t length = std::size_t(std::find(from, from + room, 0) - from);
-    return QString::fromLatin1(reinterpret_cast<const char *>(from), qsizetype(length));
 }
 
 } // namespace
@@ -79,7 +71,7 @@ DiscImageSourceResult DiscImageSource::open(const QString &path, const std::opti
     else
         source->recogniseSectors();
     source->measure();
-    source->readPartitionMap();
+    source->m_partitions = readPartitionTables(*source, {});
     return {std::move(source), {}};
 }
 
@@ -93,9 +85,13 @@ std::shared_ptr<const DiscImageSource> DiscImageSource::sourceWithBytes(const QB
     source->m_vantImage = trailer.image;
     if (trailer.image)
         source->m_dataLength = trailer.image->dataLength;
+    else if (trailer.error.code() != qint64(VANTErrorCode::NoTrailer))
+        source->m_vantError = trailer.error;
+    else
+        source->recogniseDamagedTrailer();
     source->recogniseSectors();
     source->measure();
-    source->readPartitionMap();
+    source->m_partitions = readPartitionTables(*source, {});
     return source;
 }
 
@@ -107,7 +103,29 @@ void DiscImageSource::recogniseTrailer(const QString &path)
         m_dataLength = trailer.image->dataLength;
     } else if (trailer.error.domain() == VANTErrorDomain && trailer.error.code() != qint64(VANTErrorCode::NoTrailer)) {
         m_vantError = trailer.error;
+    } else {
+        recogniseDamagedTrailer();
     }
+}
+
+/// Without its last bytes a trailer is not found; what resembles them is one that was damaged.
+void DiscImageSource::recogniseDamagedTrailer()
+{
+    std::array<std::uint8_t, vantTailSize> tail;
+    if (m_fileLength < tail.size() || readFile(m_fileLength - tail.size(), tail.data(), tail.size()))
+        return;
+    std::size_t same = 0;
+    for (std::size_t index = 0; index < sizeof vantMagic; ++index)
+        same += tail[VANTTail::magic + index] == vantMagic[index] ? 1 : 0;
+    constexpr std::size_t enough = 5;
+    if (same < enough)
+        return;
+    const std::uint64_t offset = m_fileLength - sizeof vantMagic;
+    m_vantError = NSError(
+        VANTErrorDomain, int(VANTErrorCode::Damaged),
+        {{NSLocalizedFailureReasonErrorKey,
+          QStringLiteral("The mark at the end of the VANT image is damaged (at byte %1 of the file)").arg(offset)},
+         {VANTErrorOffsetKey, quint64(offset)}});
 }
 
 void DiscImageSource::recogniseSectors()
@@ -147,7 +165,7 @@ NSError DiscImageSource::read(std::uint64_t offset, void *buffer, std::size_t le
 {
     if (!contains(offset, length))
         return beyondTheEnd(offset, length, m_length);
-    if (length == 0) // nobody need own a buffer for it
+    if (length == 0) // no buffer is needed then
         return {};
     if (m_sectors.size == userDataSize)
         return readFile(m_sectors.start + offset, buffer, length);
@@ -163,27 +181,6 @@ NSError DiscImageSource::read(std::uint64_t offset, void *buffer, std::size_t le
         offset += part;
     }
     return {};
-}
-
-void DiscImageSource::readPartitionMap()
-{
-    // The map's blocks are of 512 bytes, on discs made for drives that know no others of 2048.
-    for (const std::uint64_t blockSize : {std::uint64_t(512), std::uint64_t(2048)}) {
-        std::uint32_t count = 1;
-        for (std::uint32_t number = 1; number <= count; ++number) {
-            std::array<std::uint8_t, 80> entry;
-            if (!contains(number * blockSize, entry.size()) || read(number * blockSize, entry.data(), entry.size()))
-                break;
-            if (entry[0] != 'P' || entry[1] != 'M')
-                break;
-            count = std::min(loadBigEndian<std::uint32_t>(&entry[4]), maximumPartitions);
-            m_partitions.push_back({latinText(&entry[16], 32), latinText(&entry[48], 32),
-                                    loadBigEndian<std::uint32_t>(&entry[8]) * blockSize,
-                                    loadBigEndian<std::uint32_t>(&entry[12]) * blockSize});
-        }
-        if (!m_partitions.empty())
-            return;
-    }
 }
 
 } // namespace Tessaron

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/discimage/source/PartitionTables.h"
 #include "platform/disctracks/vant/VANTImage.h"
 #include "platform/foundation/Export.h"
 #include "platform/foundation/NSError.h"
@@ -16,16 +17,6 @@
 
 namespace Tessaron
 {
-
-/// An entry of an Apple partition map.
-struct DiscImagePartition {
-    QString name;
-    QString type; ///< such as "Apple_HFS"
-    std::uint64_t offset = 0; ///< bytes, in the image
-    std::uint64_t length = 0; ///< bytes
-
-    friend bool operator==(const DiscImagePartition &, const DiscImagePartition &) = default;
-};
 
 /// How the sectors of a file hold the 2048 bytes of user data that filesystems are made of.
 struct DiscImageSectors {
@@ -49,8 +40,8 @@ struct DiscImageSourceResult {
 class TESSARON_EXPORT DiscImageSource
 {
 public:
-    /// Opens the image file at the path, a regular file or a block device. A VANT trailer and an Apple partition map
-    /// are looked for; raw sectors (2352 bytes with their sync marks) are recognised.
+    /// Opens the image file at the path, a regular file or a block device. A VANT trailer and partition maps are
+    /// looked for; raw sectors (2352 bytes with their sync marks) are recognised.
     [[nodiscard]] static DiscImageSourceResult sourceWithFile(const QString &path);
     /// The same with sectors that somebody (a cue sheet) has described.
     [[nodiscard]] static DiscImageSourceResult sourceWithFile(const QString &path, const DiscImageSectors &sectors);
@@ -77,7 +68,8 @@ public:
     /// What a VANT trailer says; absent when the file has none, or a damaged one (vantError() is set then).
     [[nodiscard]] const std::optional<VANTImage> &vantImage() const { return m_vantImage; }
     [[nodiscard]] const NSError &vantError() const { return m_vantError; }
-    /// The entries of an Apple partition map, the map's own included; empty when there is none.
+    /// The entries of all partition maps, an Apple map's own included; empty when there is none. See
+    /// readPartitionTables().
     [[nodiscard]] const std::vector<DiscImagePartition> &partitions() const { return m_partitions; }
 
 private:
@@ -87,7 +79,7 @@ private:
     void recogniseTrailer(const QString &path);
     void recogniseSectors();
     void measure();
-    void readPartitionMap();
+    void recogniseDamagedTrailer();
     [[nodiscard]] NSError readFile(std::uint64_t offset, void *buffer, std::size_t length) const;
 
     QString m_path;
