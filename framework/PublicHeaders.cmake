@@ -3,10 +3,13 @@
 set(TESSARON_PUBLIC_HEADERS
     platform/coreservices/FSCatalog.h
     platform/coreservices/FSRef.h
+    platform/discimage/ImageCheck.h
     platform/discimage/VolumeFinder.h
+    platform/discimage/iso9660/ElTorito.h
     platform/discimage/source/DiscImageErrors.h
     platform/discimage/source/DiscImageSource.h
     platform/discimage/source/PartitionTables.h
+    platform/discimage/volume/VolumeCheck.h
     platform/discimage/volume/VolumeObject.h
     platform/discimage/volume/VolumeReader.h
     platform/discimage/volume/VolumeWalk.h

@@ -1,13 +1,12 @@
 #include "platform/discimage/hfsplus/HfsPlusVolumeReader.h"
 
-#include "platform/discimage/hfsplus/HfsPlusNameOrder.h"
+#include "platform/discimage/hfsplus/HfsPlusKeyOrder.h"
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/foundation/ByteOrder.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
-#include <tuple>
 
 namespace Tessaron
 {
@@ -21,11 +20,7 @@ constexpr std::uint32_t extentsFileId = 3;
 constexpr std::uint32_t catalogFileId = 4;
 constexpr std::uint32_t firstUserId = 16;
 
-constexpr std::size_t shortestCatalogKey = 6;
-constexpr std::size_t extentsKeySize = 10;
 constexpr std::size_t extentRecordSize = 64;
-/// What a catalog says whose names are ordered with regard to case, on HFSX volumes.
-constexpr std::uint8_t binaryCompareType = 0xBC;
 /// No system follows a longer symbolic link.
 constexpr std::uint64_t longestLinkTarget = 65536;
 
@@ -48,27 +43,6 @@ QByteArray bigEndian(std::u16string_view text)
     for (std::size_t index = 0; index < text.size(); ++index)
         storeBigEndian<std::uint16_t>(reinterpret_cast<std::uint8_t *>(bytes.data()) + 2 * index, text[index]);
     return bytes;
-}
-
-int compareNumbers(const auto &one, const auto &other)
-{
-    return one < other ? -1 : other < one ? 1 : 0;
-}
-
-HfsPlusBTreeWalker::Order catalogOrder(int (*compareNames)(HfsPlusBytes, HfsPlusBytes))
-{
-    return [compareNames](HfsPlusBytes one, HfsPlusBytes other) {
-        const int order = compareNumbers(hfsPlusParentId(one), hfsPlusParentId(other));
-        return order != 0 ? order : compareNames(hfsPlusKeyName(one), hfsPlusKeyName(other));
-    };
-}
-
-int compareExtentKeys(HfsPlusBytes one, HfsPlusBytes other)
-{
-    const auto rank = [](HfsPlusBytes key) {
-        return std::tuple(loadBigEndian<std::uint32_t>(&key[2]), key[0], loadBigEndian<std::uint32_t>(&key[6]));
-    };
-    return compareNumbers(rank(one), rank(other));
 }
 
 } // namespace
@@ -110,8 +84,8 @@ NSError HfsPlusVolumeReader::openTrees(const std::shared_ptr<const DiscImageSour
     const HfsPlusBytes header = m_header.bytes;
     NSError error;
     HfsPlusBTreeWalker::Traits traits;
-    traits.shortestKey = extentsKeySize;
-    traits.orderFor = [](std::uint8_t) { return HfsPlusBTreeWalker::Order(compareExtentKeys); };
+    traits.shortestKey = hfsPlusExtentsKeySize;
+    traits.orderFor = [](std::uint8_t) { return hfsPlusExtentsOrder(); };
     traits.name = QStringLiteral("extents file");
     error =
         extentsOf(header.subspan(HfsPlusHeader::extentsFileOffset), extentsFileId, m_header.offset(), &traits.extents);
@@ -120,9 +94,9 @@ NSError HfsPlusVolumeReader::openTrees(const std::shared_ptr<const DiscImageSour
     if (error)
         return error;
     traits = {};
-    traits.shortestKey = shortestCatalogKey;
+    traits.shortestKey = hfsPlusShortestCatalogKey;
     traits.orderFor = [isHfsx = m_header.isHfsx](std::uint8_t compareType) {
-        return catalogOrder(isHfsx && compareType == binaryCompareType ? compareHfsxNames : compareHfsPlusNames);
+        return hfsPlusCatalogOrder(isHfsx, compareType);
     };
     traits.name = QStringLiteral("catalog");
     error =
@@ -219,7 +193,7 @@ NSError HfsPlusVolumeReader::extentsOf(HfsPlusBytes fork, std::uint32_t fileId, 
             return error;
     }
     while (!found.isComplete()) {
-        std::array<std::uint8_t, extentsKeySize> key{}; // of the data fork
+        std::array<std::uint8_t, hfsPlusExtentsKeySize> key{}; // of the data fork
         storeBigEndian<std::uint32_t>(&key[2], fileId);
         storeBigEndian<std::uint32_t>(&key[6], found.blocksFound());
         HfsPlusTreePlace place;

@@ -18,8 +18,11 @@ namespace Tessaron
 enum class UdfDescriptorKind : std::uint16_t {
     PrimaryVolume = 1,
     Anchor = 2,
+    VolumePointer = 3,
+    ImplementationUse = 4,
     Partition = 5,
     LogicalVolume = 6,
+    UnallocatedSpace = 7,
     Terminator = 8,
     Integrity = 9,
     FileSet = 256,

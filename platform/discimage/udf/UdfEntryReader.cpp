@@ -150,7 +150,7 @@ private:
         if (!isHole && !place)
             return damaged(offset, QStringLiteral("An extent lies outside of its partition"));
         m_left -= part;
-        if (appendVolumeExtent({isHole ? 0 : *place, part, isHole}, extents))
+        if (isHole ? appendVolumeExtent({0, part, true}, extents) : m_structure.appendRuns(address, part, extents))
             return {};
         return discImageError(DiscImageErrorCode::Loop, offset, QStringLiteral("A file has too many pieces"));
     }

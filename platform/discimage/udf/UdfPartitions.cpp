@@ -2,6 +2,8 @@
 
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/discimage/udf/UdfDescriptors.h"
+#include "platform/discimage/udf/UdfEntryReader.h"
+#include "platform/discimage/udf/UdfRecognition.h"
 #include "platform/foundation/ByteOrder.h"
 
 #include <algorithm>
@@ -14,36 +16,72 @@ namespace Tessaron
 namespace
 {
 
-constexpr std::uint64_t recognitionStart = 32768; // ECMA-167 2/8.1: from here, one structure every 2048 bytes
-constexpr std::uint64_t recognitionStep = 2048;
-constexpr std::uint64_t maximumRecognition = 64;
 constexpr std::uint64_t anchorBlock = 256;
 constexpr std::size_t descriptorSize = 512;
 constexpr std::uint64_t maximumSequence = 256; // blocks of a descriptor sequence; 16 is usual
 constexpr std::uint32_t maximumPartitionMaps = 64;
+
+// Fields of descriptors (ECMA-167 3/10.1, 3/10.5, 3/10.6, 3/10.10, UDF 2.2.8 to 2.2.10), counted from 0.
+namespace Primary
+{
+constexpr std::size_t recordingTime = 376;
+}
+namespace Partition
+{
+constexpr std::size_t number = 22;
+constexpr std::size_t start = 188;
+constexpr std::size_t length = 192;
+} // namespace Partition
+namespace LogicalVolume
+{
+constexpr std::size_t name = 84;
+constexpr std::size_t nameSize = 128;
+constexpr std::size_t blockSize = 212;
+constexpr std::size_t fileSetBlock = 252;
+constexpr std::size_t fileSetPartition = 256;
+constexpr std::size_t mapTableLength = 264;
+constexpr std::size_t mapCount = 268;
+constexpr std::size_t integrity = 432;
+constexpr std::size_t maps = 440;
+} // namespace LogicalVolume
+namespace Integrity
+{
+constexpr std::size_t recordingTime = 16;
+}
+namespace PartitionMap
+{
+constexpr std::size_t type = 0;
+constexpr std::size_t length = 1;
+constexpr std::size_t plainSize = 6;
+constexpr std::size_t plainNumber = 4;
+constexpr std::size_t otherSize = 64; // of type 2, which names its kind
+constexpr std::size_t identifier = 5;
+constexpr std::size_t identifierSize = 23;
+constexpr std::size_t otherNumber = 38;
+constexpr std::size_t metadataFile = 40;
+constexpr std::size_t metadataMirror = 44;
+constexpr std::size_t sparingTableCount = 42;
+constexpr std::size_t sparingTables = 48;
+} // namespace PartitionMap
+namespace SparingTable
+{
+constexpr std::size_t identifier = 17;
+constexpr std::size_t entryCount = 48;
+constexpr std::size_t entries = 56;
+constexpr std::size_t entrySize = 8;
+constexpr std::uint32_t firstUnusedPacket = 0xFFFFFFF0; // not replaced, or damaged itself
+} // namespace SparingTable
+namespace Anchor
+{
+constexpr std::size_t mainSequence = 16;
+constexpr std::size_t reserveSequence = 24;
+} // namespace Anchor
 
 using Block = std::vector<std::uint8_t>;
 
 NSError damaged(std::uint64_t offset, const QString &reason)
 {
     return discImageError(DiscImageErrorCode::Damaged, offset, reason);
-}
-
-bool hasRecognition(const DiscImageSource &source)
-{
-    for (std::uint64_t number = 0; number < maximumRecognition; ++number) {
-        char identifier[6];
-        const std::uint64_t offset = recognitionStart + number * recognitionStep;
-        if (!source.contains(offset, recognitionStep) || source.read(offset, identifier, sizeof identifier))
-            return false;
-        if (std::memcmp(identifier + 1, "NSR02", 5) == 0 || std::memcmp(identifier + 1, "NSR03", 5) == 0)
-            return true;
-        const bool isKnown = std::memcmp(identifier + 1, "CD001", 5) == 0
-            || std::memcmp(identifier + 1, "BEA01", 5) == 0 || std::memcmp(identifier + 1, "BOOT2", 5) == 0;
-        if (!isKnown)
-            return false;
-    }
-    return false;
 }
 
 /// Reads the structure when the size of blocks is known.
@@ -77,12 +115,12 @@ public:
 
     [[nodiscard]] NSError read()
     {
-        const NSError mainError = readSequence(&m_anchor[16]);
+        const NSError mainError = readSequence(&m_anchor[Anchor::mainSequence]);
         if (!mainError)
             return {};
         m_descriptors.clear();
         m_structure = {};
-        return readSequence(&m_anchor[24]) ? mainError : NSError();
+        return readSequence(&m_anchor[Anchor::reserveSequence]) ? mainError : NSError();
     }
 
 private:
@@ -90,7 +128,7 @@ private:
     [[nodiscard]] NSError readSequence(const std::uint8_t *extent)
     {
         const std::uint64_t count =
-            std::min(loadLittleEndian<std::uint32_t>(extent) / m_blockSize + std::uint64_t(0), maximumSequence);
+            std::min<std::uint64_t>(loadLittleEndian<std::uint32_t>(extent) / m_blockSize, maximumSequence);
         const std::uint64_t start = loadLittleEndian<std::uint32_t>(extent + 4);
         for (std::uint64_t number = start; number < start + count; ++number) {
             Block bytes(descriptorSize);
@@ -103,7 +141,7 @@ private:
             if (NSError error = checkUdfDescriptor(bytes, kind, std::uint32_t(number), offset))
                 return error;
             if (kind == UdfDescriptorKind::Partition)
-                m_partitions[loadLittleEndian<std::uint16_t>(&bytes[22])] = bytes;
+                m_partitions[loadLittleEndian<std::uint16_t>(&bytes[Partition::number])] = bytes;
             else
                 m_descriptors[std::uint16_t(kind)] = bytes;
         }
@@ -126,49 +164,56 @@ private:
         facts.kind = VolumeKind::UDF;
         facts.firstYear = 1;
         facts.lastYear = 9999;
-        facts.name = udfFieldText(std::span(*logical).subspan(84, 128));
-        facts.blockSize = loadLittleEndian<std::uint32_t>(&(*logical)[212]);
+        facts.name = udfFieldText(std::span(*logical).subspan(LogicalVolume::name, LogicalVolume::nameSize));
+        facts.blockSize = loadLittleEndian<std::uint32_t>(&(*logical)[LogicalVolume::blockSize]);
         if (facts.blockSize != m_blockSize)
             return damaged(m_sequenceOffset, QStringLiteral("The volume has blocks of another size than its anchor"));
-        m_structure.fileSet = {loadLittleEndian<std::uint32_t>(&(*logical)[252]),
-                               loadLittleEndian<std::uint16_t>(&(*logical)[256])};
+        m_structure.fileSet = {loadLittleEndian<std::uint32_t>(&(*logical)[LogicalVolume::fileSetBlock]),
+                               loadLittleEndian<std::uint16_t>(&(*logical)[LogicalVolume::fileSetPartition])};
         if (const Block *const primary = descriptor(UdfDescriptorKind::PrimaryVolume))
-            facts.created = udfTime(&(*primary)[376]);
-        readIntegrityTime(&(*logical)[432]);
+            facts.created = udfTime(&(*primary)[Primary::recordingTime]);
+        m_structure.integrity = {loadLittleEndian<std::uint32_t>(&(*logical)[LogicalVolume::integrity]),
+                                 loadLittleEndian<std::uint32_t>(&(*logical)[LogicalVolume::integrity + 4])};
+        readIntegrityTime();
         return readPartitionMaps(*logical);
     }
 
     /// When the volume was last closed (3/10.10). Without it the volume can be read as well.
-    void readIntegrityTime(const std::uint8_t *extent)
+    void readIntegrityTime()
     {
-        const std::uint32_t block = loadLittleEndian<std::uint32_t>(extent + 4);
-        const std::uint64_t offset = std::uint64_t(block) * m_blockSize;
+        const UdfVolumeExtent &extent = m_structure.integrity;
+        const std::uint64_t offset = std::uint64_t(extent.block) * m_blockSize;
         Block bytes(descriptorSize);
-        if (loadLittleEndian<std::uint32_t>(extent) >= bytes.size() && m_source.contains(offset, bytes.size())
+        if (extent.length >= bytes.size() && m_source.contains(offset, bytes.size())
             && !m_source.read(offset, bytes.data(), bytes.size())
-            && !checkUdfDescriptor(bytes, UdfDescriptorKind::Integrity, block, offset))
-            m_structure.facts.modified = udfTime(&bytes[16]);
+            && !checkUdfDescriptor(bytes, UdfDescriptorKind::Integrity, extent.block, offset))
+            m_structure.facts.modified = udfTime(&bytes[Integrity::recordingTime]);
     }
 
     [[nodiscard]] NSError readPartitionMaps(const Block &logical)
     {
-        constexpr std::size_t mapsStart = 440;
-        const std::size_t length = loadLittleEndian<std::uint32_t>(&logical[264]);
-        const std::uint32_t count = loadLittleEndian<std::uint32_t>(&logical[268]);
-        if (length > logical.size() - mapsStart || count > maximumPartitionMaps)
+        const std::size_t length = loadLittleEndian<std::uint32_t>(&logical[LogicalVolume::mapTableLength]);
+        const std::uint32_t count = loadLittleEndian<std::uint32_t>(&logical[LogicalVolume::mapCount]);
+        if (length > logical.size() - LogicalVolume::maps || count > maximumPartitionMaps)
             return damaged(m_sequenceOffset, QStringLiteral("The table of partitions does not fit"));
-        std::size_t at = mapsStart;
+        std::span<const std::uint8_t> maps = std::span(logical).subspan(LogicalVolume::maps, length);
         for (std::uint32_t number = 0; number < count; ++number) {
-            constexpr std::size_t mapSize = 6; // of type 1 (3/10.7.2)
-            if (at + mapSize > mapsStart + length)
-                return damaged(m_sequenceOffset, QStringLiteral("The table of partitions is cut off"));
-            if (logical[at] != 1 || logical[at + 1] != mapSize)
-                return discImageError(
-                    DiscImageErrorCode::Unsupported, m_sequenceOffset,
-                    QStringLiteral("Virtual, sparable and metadata partitions of later UDF versions are not read"));
-            if (NSError error = addPartition(loadLittleEndian<std::uint16_t>(&logical[at + 4])))
+            const std::size_t size = maps.size() < PartitionMap::plainSize ? 0 : maps[PartitionMap::length];
+            const bool isPlain = size == PartitionMap::plainSize && maps[PartitionMap::type] == 1;
+            const bool isOther = size == PartitionMap::otherSize && maps[PartitionMap::type] == 2;
+            if (size > maps.size() || (!isPlain && !isOther))
+                return damaged(m_sequenceOffset, QStringLiteral("The table of partitions makes no sense"));
+            const std::span<const std::uint8_t> map = maps.first(size);
+            if (const NSError error = isPlain
+                    ? addPartition(loadLittleEndian<std::uint16_t>(&map[PartitionMap::plainNumber]))
+                    : addOtherPartition(map))
                 return error;
-            at += mapSize;
+            maps = maps.subspan(size);
+        }
+        // Metadata partitions lie in others, which may come behind them in the table.
+        for (std::size_t index = 0; index < m_structure.partitions.size(); ++index) {
+            if (const NSError error = placeMetadata(m_structure.partitions[index]))
+                return error;
         }
         return {};
     }
@@ -178,10 +223,79 @@ private:
         const auto found = m_partitions.find(number);
         if (found == m_partitions.end())
             return damaged(m_sequenceOffset, QStringLiteral("Partition %1 is not described").arg(number));
-        const std::uint64_t start = loadLittleEndian<std::uint32_t>(&found->second[188]);
-        const std::uint64_t count = loadLittleEndian<std::uint32_t>(&found->second[192]);
-        m_structure.partitions.push_back({start * m_blockSize, count * m_blockSize});
+        const std::uint64_t start = loadLittleEndian<std::uint32_t>(&found->second[Partition::start]);
+        const std::uint64_t count = loadLittleEndian<std::uint32_t>(&found->second[Partition::length]);
+        UdfVolumeStructure::Partition partition;
+        partition.length = count * m_blockSize;
+        partition.extents.push_back({start * m_blockSize, partition.length, false});
+        partition.number = number;
+        m_structure.partitions.push_back(std::move(partition));
         m_structure.facts.blockCount = std::max(m_structure.facts.blockCount, start + count);
+        return {};
+    }
+
+    [[nodiscard]] NSError addOtherPartition(std::span<const std::uint8_t> map)
+    {
+        const QByteArray identifier(reinterpret_cast<const char *>(&map[PartitionMap::identifier]),
+                                    PartitionMap::identifierSize);
+        const auto number = loadLittleEndian<std::uint16_t>(&map[PartitionMap::otherNumber]);
+        if (identifier.startsWith("*UDF Virtual Partition"))
+            return discImageError(DiscImageErrorCode::Unsupported, m_sequenceOffset,
+                                  QStringLiteral("Virtual partitions of UDF, of discs that are written bit by bit, "
+                                                 "are not supported"));
+        const bool isSparable = identifier.startsWith("*UDF Sparable Partition");
+        if (!isSparable && !identifier.startsWith("*UDF Metadata Partition"))
+            return discImageError(DiscImageErrorCode::Unsupported, m_sequenceOffset,
+                                  QStringLiteral("A partition of UDF is of a kind that is not supported"));
+        if (const NSError error = addPartition(number))
+            return error;
+        if (isSparable)
+            return checkSparing(map);
+        m_structure.partitions.back().metadataFile = loadLittleEndian<std::uint32_t>(&map[PartitionMap::metadataFile]);
+        m_structure.partitions.back().metadataMirror =
+            loadLittleEndian<std::uint32_t>(&map[PartitionMap::metadataMirror]);
+        return {};
+    }
+
+    /// A sparable partition is a plain one as long as no packet had to be replaced (UDF 2.2.11).
+    [[nodiscard]] NSError checkSparing(std::span<const std::uint8_t> map) const
+    {
+        const std::size_t count = std::min<std::size_t>(map[PartitionMap::sparingTableCount], 4);
+        for (std::size_t index = 0; index < count; ++index) {
+            const auto block = loadLittleEndian<std::uint32_t>(&map[PartitionMap::sparingTables + 4 * index]);
+            Block bytes(m_blockSize);
+            if (m_source.read(std::uint64_t(block) * m_blockSize, bytes.data(), bytes.size())
+                || !QByteArrayView(reinterpret_cast<const char *>(&bytes[SparingTable::identifier]), 18)
+                        .startsWith("*UDF Sparing Table"))
+                continue;
+            const std::size_t entries = loadLittleEndian<std::uint16_t>(&bytes[SparingTable::entryCount]);
+            for (std::size_t entry = 0; entry < entries; ++entry) {
+                const std::size_t at = SparingTable::entries + entry * SparingTable::entrySize;
+                if (at + SparingTable::entrySize > bytes.size()
+                    || loadLittleEndian<std::uint32_t>(&bytes[at]) < SparingTable::firstUnusedPacket)
+                    return discImageError(DiscImageErrorCode::Unsupported, std::uint64_t(block) * m_blockSize,
+                                          QStringLiteral("Sparable partitions of UDF with replaced packets are not "
+                                                         "supported"));
+            }
+            return {};
+        }
+        return damaged(m_sequenceOffset, QStringLiteral("The sparing table of a partition is missing"));
+    }
+
+    /// A metadata partition is a file of the partition that it names; its copy serves where the file is damaged.
+    [[nodiscard]] NSError placeMetadata(UdfVolumeStructure::Partition &partition) const
+    {
+        if (!partition.metadataFile)
+            return {};
+        UdfVolumeStructure outer;
+        outer.facts = m_structure.facts;
+        outer.partitions.push_back(partition);
+        VolumeObject file;
+        NSError error = readUdfEntry(m_source, outer, {*partition.metadataFile, 0}, &file);
+        if (error && readUdfEntry(m_source, outer, {*partition.metadataMirror, 0}, &file))
+            return error;
+        partition.extents = file.extents;
+        partition.length = file.size;
         return {};
     }
 
@@ -200,18 +314,44 @@ std::optional<std::uint64_t> UdfVolumeStructure::offsetOf(const UdfBlockAddress 
 {
     if (address.partition >= partitions.size())
         return std::nullopt;
-    const Partition &partition = partitions[address.partition];
-    const std::uint64_t within = std::uint64_t(address.block) * facts.blockSize;
-    return within < partition.length ? std::optional(partition.offset + within) : std::nullopt;
+    std::uint64_t within = std::uint64_t(address.block) * facts.blockSize;
+    for (const VolumeExtent &extent : partitions[address.partition].extents) {
+        if (within < extent.length)
+            return extent.isHole ? std::nullopt : std::optional(extent.offset + within);
+        within -= extent.length;
+    }
+    return std::nullopt;
+}
+
+bool UdfVolumeStructure::appendRuns(const UdfBlockAddress &address, std::uint64_t length,
+                                    std::vector<VolumeExtent> *extents) const
+{
+    const std::vector<VolumeExtent> &runs = partitions[address.partition].extents;
+    std::uint64_t within = std::uint64_t(address.block) * facts.blockSize;
+    for (std::size_t index = 0; index < runs.size() && length > 0; ++index) {
+        const VolumeExtent &run = runs[index];
+        if (within >= run.length) {
+            within -= run.length;
+            continue;
+        }
+        // What leaves the last run is told when it is read, or by its length.
+        const bool isLast = index + 1 == runs.size();
+        const std::uint64_t part = isLast ? length : std::min(length, run.length - within);
+        if (!appendVolumeExtent({run.offset + within, part, run.isHole}, extents))
+            return false;
+        length -= part;
+        within = 0;
+    }
+    return true;
 }
 
 NSError readUdfVolumeStructure(const DiscImageSource &source, bool *isThere, UdfVolumeStructure *structure)
 {
-    *isThere = hasRecognition(source);
+    *isThere = readUdfRecognition(source).isUdf();
     if (!*isThere)
         return {};
     // Discs have blocks of 2048 bytes; images made for other media have those of their sectors.
-    for (const std::uint32_t blockSize : {2048u, 512u, 1024u, 4096u}) {
+    for (const std::uint32_t blockSize : udfBlockSizes) {
         StructureReader reader(source, blockSize, structure);
         if (reader.findAnchor())
             return reader.read();

@@ -11,6 +11,9 @@
 namespace Tessaron
 {
 
+/// Sizes of blocks that are looked for, that of discs first.
+inline constexpr std::uint32_t udfBlockSizes[] = {2048, 512, 1024, 4096, 8192, 16384, 32768};
+
 /// A block of a partition, as structures of UDF refer to one another.
 struct UdfBlockAddress {
     std::uint32_t block = 0;
@@ -19,23 +22,34 @@ struct UdfBlockAddress {
     friend bool operator==(const UdfBlockAddress &, const UdfBlockAddress &) = default;
 };
 
+/// A run of blocks by number, anywhere in the image (ECMA-167 3/7.1).
+struct UdfVolumeExtent {
+    std::uint32_t length = 0; ///< bytes
+    std::uint32_t block = 0;
+
+    friend bool operator==(const UdfVolumeExtent &, const UdfVolumeExtent &) = default;
+};
+
 /// What the volume structure of a UDF disc (ECMA-167 part 3) leads to.
 struct UdfVolumeStructure {
     DiscVolumeFacts facts;
     struct Partition {
-        std::uint64_t offset = 0; ///< in the image, bytes
-        std::uint64_t length = 0; ///< bytes
+        std::vector<VolumeExtent> extents; ///< in the image; one, unless the partition is a metadata file
+        std::uint64_t length = 0; ///< bytes, of all extents
+        std::uint16_t number = 0; ///< of the descriptor that it is part of
+        std::optional<std::uint32_t> metadataFile; ///< block of the file entry, of a metadata partition (UDF 2.2.10)
+        std::optional<std::uint32_t> metadataMirror; ///< and of its copy
     };
     std::vector<Partition> partitions; ///< by partition reference
     UdfBlockAddress fileSet;
+    UdfVolumeExtent integrity; ///< where the integrity descriptors are
 
     /// Offset in the image of a block; absent when it is in none of the partitions.
     [[nodiscard]] std::optional<std::uint64_t> offsetOf(const UdfBlockAddress &address) const;
-    /// Number in its partition of the block at this offset of the image.
-    [[nodiscard]] std::uint32_t blockAt(std::uint64_t offset, std::uint16_t partition) const
-    {
-        return std::uint32_t((offset - partitions[partition].offset) / facts.blockSize);
-    }
+    /// Appends where `length` bytes from a block on lie; the address has an offset. False when there are too many
+    /// pieces.
+    [[nodiscard]] bool appendRuns(const UdfBlockAddress &address, std::uint64_t length,
+                                  std::vector<VolumeExtent> *extents) const;
 };
 
 /// Finds a UDF volume: recognition sequence, anchor, volume descriptors, the reserve sequence where the main one is

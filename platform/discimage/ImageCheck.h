@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/discimage/source/DiscImageSource.h"
+#include "platform/discimage/volume/VolumeCheck.h"
+#include "platform/foundation/Export.h"
+
+#include <memory>
+#include <stop_token>
+
+namespace Tessaron
+{
+
+/// Holds all structures of an image against one another: the description behind a VANT image, partition maps and every
+/// filesystem, including those of which only remains are left and which volumesInImage() therefore does not find. What
+/// a reader would stumble over is among what is told, and so are copies, counts and checksums that no reader looks at.
+/// Contents of files are not read.
+///
+/// Takes time in proportion to the objects of the volumes, and memory of some 100 bytes for each at most. Returns the
+/// number of problems told. Ends early when the token asks for it or the visitor returns false. On any thread; the
+/// visitor is called on the same.
+TESSARON_EXPORT std::uint64_t checkDiscImage(const std::shared_ptr<const DiscImageSource> &source,
+                                             const VolumeProblemVisitor &visitor, const std::stop_token &stop = {});
+
+/// One line for people: where it belongs, what is wrong, and the byte: "UDF, anchor: it is damaged (at byte 524288)".
+[[nodiscard]] TESSARON_EXPORT QString volumeProblemText(const VolumeProblem &problem);
+
+} // namespace Tessaron

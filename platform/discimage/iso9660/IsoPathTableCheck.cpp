@@ -1,0 +1,150 @@
+#include "platform/discimage/iso9660/IsoPathTableCheck.h"
+
+#include "platform/foundation/ByteOrder.h"
+
+#include <QHash>
+
+#include <limits>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+// Of a record of a path table (ECMA-119 9.4).
+constexpr std::size_t identifierLengthField = 0;
+constexpr std::size_t attributeLengthField = 1;
+constexpr std::size_t blockField = 2;
+constexpr std::size_t parentField = 6;
+constexpr std::size_t identifierField = 8;
+/// No table can number more folders than its records can name as parents.
+constexpr std::size_t maximumParents = std::numeric_limits<std::uint16_t>::max();
+
+class TableCheck
+{
+public:
+    TableCheck(const DiscImageSource &source, const CheckedIsoDescriptor &descriptor,
+               const std::vector<IsoFolderPlace> &folders, VolumeProblemReport &report)
+        : m_source(source)
+        , m_descriptor(descriptor)
+        , m_folders(folders)
+        , m_problems(report, descriptor.kind)
+    {
+        m_indexOfBlock.reserve(qsizetype(folders.size()));
+        for (std::size_t index = 0; index < folders.size(); ++index)
+            m_indexOfBlock.insert(folders[index].block, std::uint32_t(index));
+    }
+
+    void run()
+    {
+        check(m_descriptor.littleEndianTables[0], false);
+        check(m_descriptor.bigEndianTables[0], true);
+        if (m_descriptor.littleEndianTables[1] != 0)
+            check(m_descriptor.littleEndianTables[1], false);
+        if (m_descriptor.bigEndianTables[1] != 0)
+            check(m_descriptor.bigEndianTables[1], true);
+    }
+
+private:
+    [[nodiscard]] static QString structure() { return QStringLiteral("path table"); }
+
+    void check(std::uint32_t block, bool isBigEndian)
+    {
+        const std::uint64_t offset = std::uint64_t(block) * m_descriptor.blockSize;
+        std::vector<std::uint8_t> table;
+        if (block == 0 || !m_source.contains(offset, m_descriptor.pathTableLength))
+            return m_problems.damaged(m_descriptor.offset, structure(),
+                                      QStringLiteral("it lies beyond the end of the image"));
+        table.resize(m_descriptor.pathTableLength);
+        if (const NSError error = m_source.read(offset, table.data(), table.size()))
+            return m_problems.error(structure(), error);
+        m_indexOfNumber.clear();
+        m_isSeen.assign(m_folders.size(), false);
+        std::size_t at = 0;
+        while (at + identifierField <= table.size()) {
+            const std::size_t length = table[at + identifierLengthField];
+            const std::size_t next = at + identifierField + length + length % 2;
+            if (length == 0 || next > table.size())
+                break;
+            if (!checkRecord(std::span(table).subspan(at, next - at), offset + at, isBigEndian))
+                return; // one is told; what is behind it would be wrong for the same reason
+            at = next;
+        }
+        if (at != table.size())
+            m_problems.damaged(offset + at, structure(), QStringLiteral("its last record does not end with it"));
+        else if (m_indexOfNumber.size() != m_folders.size())
+            m_problems.damaged(offset, structure(),
+                               QStringLiteral("it has %1 folders, but there are %2")
+                                   .arg(m_indexOfNumber.size())
+                                   .arg(m_folders.size()));
+    }
+
+    bool checkRecord(std::span<const std::uint8_t> record, std::uint64_t offset, bool isBigEndian)
+    {
+        const std::uint32_t block = isBigEndian ? loadBigEndian<std::uint32_t>(&record[blockField])
+                                                : loadLittleEndian<std::uint32_t>(&record[blockField]);
+        const std::uint16_t parent = isBigEndian ? loadBigEndian<std::uint16_t>(&record[parentField])
+                                                 : loadLittleEndian<std::uint16_t>(&record[parentField]);
+        const auto found = m_indexOfBlock.constFind(block + record[attributeLengthField]);
+        const auto wrong = [&](std::size_t field, const QString &message) {
+            m_problems.damaged(offset + field, structure(), message);
+            return false;
+        };
+        if (found == m_indexOfBlock.constEnd())
+            return wrong(blockField, QStringLiteral("a record leads to no folder of the tree"));
+        const std::uint32_t index = *found;
+        if (m_isSeen[index])
+            return wrong(blockField, QStringLiteral("two records lead to one folder"));
+        m_isSeen[index] = true;
+        const std::size_t length = record[identifierLengthField];
+        const auto identifier = record.subspan(identifierField, length);
+        const bool isRoot = m_indexOfNumber.empty();
+        const bool isRightName = isRoot ? length == 1 && identifier[0] == 0
+                                        : isoIdentifierHash(identifier) == m_folders[index].identifierHash;
+        if (!isRightName)
+            return wrong(identifierField, QStringLiteral("a record does not have the name of its folder"));
+        if (length % 2 == 1 && record.back() != 0)
+            m_problems.unnoticed(offset + identifierField + length, structure(),
+                                 QStringLiteral("a byte that has to be zero is not"));
+        // Behind so many folders there is no true number any more; writers put in what they like.
+        const std::uint32_t wanted = m_folders[index].parent;
+        if (isRoot ? parent != 1 : !isParent(parent, wanted))
+            return wrong(parentField, QStringLiteral("a record names another parent than its folder has"));
+        m_indexOfNumber.push_back(index);
+        return true;
+    }
+
+    [[nodiscard]] bool isParent(std::uint16_t number, std::uint32_t wanted) const
+    {
+        if (number != 0 && number <= m_indexOfNumber.size() && m_indexOfNumber[number - 1] == wanted)
+            return true;
+        return m_folders.size() > maximumParents && m_indexOfNumber.size() > maximumParents;
+    }
+
+    const DiscImageSource &m_source;
+    const CheckedIsoDescriptor &m_descriptor;
+    const std::vector<IsoFolderPlace> &m_folders;
+    const VolumeProblems m_problems;
+    QHash<quint32, std::uint32_t> m_indexOfBlock;
+    std::vector<std::uint32_t> m_indexOfNumber; ///< of the folders of the table so far; the first is number 1
+    std::vector<bool> m_isSeen;
+};
+
+} // namespace
+
+std::uint64_t isoIdentifierHash(std::span<const std::uint8_t> identifier)
+{
+    std::uint64_t hash = 0xCBF29CE484222325u; // FNV-1a
+    for (const std::uint8_t byte : identifier)
+        hash = (hash ^ byte) * 0x100000001B3u;
+    return hash;
+}
+
+void checkIsoPathTables(const DiscImageSource &source, const CheckedIsoDescriptor &descriptor,
+                        const std::vector<IsoFolderPlace> &folders, VolumeProblemReport &report)
+{
+    TableCheck(source, descriptor, folders, report).run();
+}
+
+} // namespace Tessaron
