@@ -5,6 +5,7 @@
 #include "platform/coreservices/FileLocator.h"
 #include "platform/coreservices/FilePlaces.h"
 #include "platform/coreservices/ForkAttributes.h"
+#include "platform/coreservices/IdentityProofs.h"
 #include "platform/coreservices/NodeTable.h"
 #include "platform/coreservices/PathAccess.h"
 #include "platform/foundation/NSError.h"
@@ -57,12 +58,8 @@ FSIterator::~FSIterator() = default;
 int FSIterator::open(const FSIterator *parent)
 {
     int error = openChecked(parent);
-    if (mayHaveMoved(error)) {
-        QByteArray path;
-        error = locateFile(m_container, 0, nullptr, &path);
-        if (error == 0)
-            error = openChecked(nullptr);
-    }
+    if (parent && mayHaveMoved(error))
+        error = openChecked(nullptr); // by its whole path, which is searched for
     if (error != 0)
         return error;
     m_node = FilePlaces::shared().currentNode(m_container);
@@ -74,20 +71,18 @@ int FSIterator::open(const FSIterator *parent)
     return 0;
 }
 
-/// Opens what lies at the reference's place; ENOENT when that is another file.
+/// Opens the folder below the one that is open, or finds it; ENOENT when another file lies there.
 int FSIterator::openChecked(const FSIterator *parent)
 {
     int error = 0;
-    if (parent && parent->m_folder && parent->m_node == parentNodeOfFSRef(m_container)) {
-        m_folder.reset(::openat(parent->m_folder.get(), nameOfFSRef(m_container).data(), folderFlags | O_CLOEXEC));
-        error = m_folder ? 0 : errno;
-    } else {
+    if (!parent || !parent->m_folder || parent->m_node != parentNodeOfFSRef(m_container)) {
         m_folder = openFSRef(m_container, folderFlags, &error);
+        return error;
     }
+    m_folder.reset(::openat(parent->m_folder.get(), nameOfFSRef(m_container).data(), folderFlags | O_CLOEXEC));
     struct statx facts;
-    if (error == 0)
-        error = statDescriptor(m_folder.get(), identityFields, &facts);
-    if (error == 0 && !isSameFile(m_container, facts))
+    error = m_folder ? statDescriptor(m_folder.get(), identityFields, &facts) : errno;
+    if (error == 0 && !isFileAtItsPlace(m_container, facts))
         error = ENOENT;
     if (error != 0)
         m_folder.reset();
@@ -160,6 +155,7 @@ int FSIterator::fetch(const std::string_view *names, std::size_t count, std::uin
                       std::uint32_t *actual)
 {
     const unsigned int mask = catalogFields(whichInfo);
+    const timespec now = IdentityProofs::now();
     constexpr std::uint32_t attributeInfo = kFSCatInfoRsrcSizes | kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo;
     std::array<std::string_view, namesAtOnce> present;
     std::size_t found = 0;
@@ -175,6 +171,12 @@ int FSIterator::fetch(const std::string_view *names, std::size_t count, std::uin
             break;
         FSBulkEntry &entry = entries[found];
         entry.ref = refWithFacts(facts, 0);
+        if (IdentityProofs::isYoung(entry.ref, now))
+            IdentityProofs::shared().noteYoung(entry.ref, m_folder.get(), names[index].data());
+        if (entry.ref.device != m_notedDevice) {
+            m_notedDevice = entry.ref.device;
+            IdentityProofs::shared().noteMount(m_notedDevice, mountOf(facts));
+        }
         fillCatalogInfo(facts, whichInfo, &entry.info);
         if (m_keepsAttributes && (whichInfo & attributeInfo) && mayHaveFinderInfo(facts)) {
             AttributeSource source{m_folder.get(), names[index].data(), m_attributePath, entry.ref.device};

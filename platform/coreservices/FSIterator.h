@@ -54,6 +54,7 @@ private:
     bool m_isAtEnd = false; ///< the folder holds no further records than these
     bool m_keepsAttributes = true;
     int m_vainLists = 0; ///< see AttributeSource
+    std::uint64_t m_notedDevice = 0; ///< whose mount was noted last
     int m_errnoValue = 0;
     int m_errorBehindRecords = 0; ///< met by releaseDescriptor(); told when the records before it are used up
 };

@@ -3,6 +3,7 @@
 #include "platform/coreservices/AbsolutePath.h"
 #include "platform/coreservices/FileLocator.h"
 #include "platform/coreservices/FilePlaces.h"
+#include "platform/coreservices/IdentityProofs.h"
 #include "platform/coreservices/NodeTable.h"
 #include "platform/coreservices/PathAccess.h"
 #include "platform/foundation/NSError.h"
@@ -19,14 +20,21 @@ namespace
 
 OSStatus makeRef(const QByteArray &absolutePath, FSRef *ref, bool *isDirectory)
 {
+    const timespec now = IdentityProofs::now();
+    const PathAccess access(absolutePath);
     struct statx facts;
-    if (const int error = statPath(absolutePath, identityFields, &facts))
+    if (const int error =
+            access.error() ? access.error() : statBelow(access.folder(), access.path(), identityFields, &facts))
         return statusForErrno(error);
     const std::uint32_t node = nodeOfPath(absolutePath);
     if (node == NodeTable::none)
         return memFullErr;
     noteFoldersAbove(node);
     const FSRef made = refWithFacts(facts, node);
+    IdentityProofs::shared().noteMount(made.device, mountOf(facts));
+    const bool hasBirth = made.birthSeconds != 0 || made.birthNanoseconds != 0;
+    if (!hasBirth || IdentityProofs::isYoung(made, now))
+        IdentityProofs::shared().noteYoung(made, access.folder(), access.path());
     const bool isFolder = S_ISDIR(facts.stx_mode);
     if (isFolder && node != NodeTable::root && FilePlaces::shared().isFolderInDoubt(node))
         FilePlaces::shared().noteFolder(node, identityOf(made));

@@ -14,13 +14,18 @@ namespace Tessaron
 /// Reference to a file or folder: 80 bytes, passed by value, comparable, meaningless outside this process (alias data
 /// is the persistent form). It names an identity (device, inode, birth time) and a place (a node of the process-wide
 /// table of parent and name pairs). The zero-filled value refers to nothing.
+///
+/// It refers to the file of that identity as long as there is one, at its place or wherever it was renamed or moved to,
+/// and else to the file of the same kind that has taken its place on the same volume, as programs do that save by
+/// replacing. A file elsewhere that only may be the same one, having got the inode of a removed one, is not meant.
 struct FSRef {
     std::uint64_t device = 0; ///< `st_dev` of the file
     std::uint64_t inode = 0;
     std::int64_t birthSeconds = 0; ///< birth time, 0 where the filesystem keeps none
     std::uint32_t birthNanoseconds = 0;
     std::uint32_t node = 0; ///< place in the table of names, 0 for none
-    std::uint8_t reserved[48] = {}; ///< zero
+    std::uint32_t kind = 0; ///< the S_IFMT bits of its mode, 0 where not known
+    std::uint8_t reserved[44] = {}; ///< zero
 
     friend bool operator==(const FSRef &, const FSRef &) = default;
 };

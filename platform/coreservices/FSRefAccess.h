@@ -11,14 +11,15 @@ namespace Tessaron
 {
 
 /// Access to the file behind a reference for programs that need its bytes. All of these work for paths of any length
-/// (longer than PATH_MAX by walking from folder to folder) and are thread-safe.
+/// (longer than PATH_MAX by walking from folder to folder), follow a file that was renamed or moved as FSRefMakePath()
+/// does, and are thread-safe.
 
 /// Opens the file with the flags of open(2) (O_CLOEXEC is added). An invalid descriptor with `*errnoValue` set on
 /// failure.
 [[nodiscard]] TESSARON_EXPORT UniqueDescriptor openFSRef(const FSRef &ref, int flags, int *errnoValue);
 
-/// statx(2) of what is at the reference's last known path, a symbolic link not followed; 0 or an `errno` value. It does
-/// not test whether it still is the same file: compare `stx_ino` where that matters.
+/// statx(2) of the file, a symbolic link not followed; 0 or an `errno` value. Where another file has taken its place
+/// (see FSRef), that one: compare `stx_ino` where it matters.
 [[nodiscard]] TESSARON_EXPORT int statFSRef(const FSRef &ref, unsigned int mask, struct statx *result);
 
 /// Reads the target of a symbolic link, of any length; 0 or an `errno` value.

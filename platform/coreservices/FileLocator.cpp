@@ -1,6 +1,7 @@
 #include "platform/coreservices/FileLocator.h"
 
 #include "platform/coreservices/FilePlaces.h"
+#include "platform/coreservices/IdentityProofs.h"
 #include "platform/coreservices/NodeTable.h"
 #include "platform/coreservices/PathAccess.h"
 #include "platform/coreservices/VolumeFacts.h"
@@ -86,9 +87,10 @@ public:
     {
     }
 
+    /// At a path that the reference's own names lead to, the identity is enough.
     [[nodiscard]] bool isAt(const QByteArray &path)
     {
-        if (path.isEmpty() || statPath(path, m_mask, &m_facts) != 0 || !isSameFile(m_ref, m_facts))
+        if (path.isEmpty() || statPath(path, m_mask, &m_facts) != 0 || !hasSameIdentity(m_ref, m_facts))
             return false;
         m_path = path;
         return true;
@@ -98,22 +100,36 @@ public:
     [[nodiscard]] bool findElsewhere()
     {
         bool isGone = false;
-        if (!findWithNewFolders() && !findByInode(&isGone) && (isGone || (!findInFolder() && !findAlongMovedFolders())))
+        if (!findWithNewFolders() && !findByInode(&isGone) && (isGone || !findInFolder())
+            && !findAlongMovedFolders(isGone))
             return false;
         const std::uint32_t node = nodeOfPath(m_path);
-        if (node != NodeTable::none)
-            FilePlaces::shared().noteMove(identityOf(m_ref), m_ref.node, node, S_ISDIR(m_facts.stx_mode));
+        if (node == NodeTable::none)
+            return true;
+        // A new folder may lie where one was that moved away: the path that was found leads through the new one.
+        noteFoldersAbove(node);
+        FilePlaces::shared().noteMove(identityOf(m_ref), m_ref.node, node, S_ISDIR(m_facts.stx_mode));
         return true;
     }
+
+    /// True when a file that stands for the reference's own, which is gone, lies at its path.
+    [[nodiscard]] bool findSuccessor();
 
     [[nodiscard]] const struct statx &facts() const { return m_facts; }
     [[nodiscard]] const QByteArray &path() const { return m_path; }
 
 private:
+    /// At any other path the file may be one that got the inode of the removed one.
+    [[nodiscard]] bool isProvenAt(const QByteArray &path)
+    {
+        return isAt(path) && IdentityProofs::shared().isProven(m_ref, PathAccess(path));
+    }
     [[nodiscard]] bool findWithNewFolders();
     [[nodiscard]] bool findByInode(bool *isGone);
     [[nodiscard]] bool findInFolder();
-    [[nodiscard]] bool findAlongMovedFolders();
+    [[nodiscard]] bool findAlongMovedFolders(bool isGone);
+    [[nodiscard]] bool findBelowMovedFolder(const std::vector<std::uint32_t> &chain, std::size_t index,
+                                            const FileIdentity &identity);
 
     const FSRef &m_ref;
     const unsigned int m_mask;
@@ -147,51 +163,70 @@ bool Search::findByInode(bool *isGone)
     if (path.isEmpty())
         return false;
     // The system names no symbolic links on the way; keep the way that the program knows where it leads there, too.
-    return isAt(childPath(folder, lastPathComponent(path))) || isAt(path);
+    return isProvenAt(childPath(folder, lastPathComponent(path))) || isProvenAt(path);
 }
 
 bool Search::findInFolder()
 {
     const QByteArray folder = parentPath(lastKnownPath(m_ref));
     const QByteArray name = nameOfInodeInFolder(folder, m_ref.inode);
-    return !name.isEmpty() && isAt(childPath(folder, name));
+    return !name.isEmpty() && isProvenAt(childPath(folder, name));
 }
 
 /// Goes down from the root folder and looks for each folder that is not where it was.
-bool Search::findAlongMovedFolders()
+bool Search::findAlongMovedFolders(bool isGone)
 {
     const NodeTable &table = NodeTable::shared();
-    FilePlaces &places = FilePlaces::shared();
     std::vector<std::uint32_t> chain; // the reference's node first
     for (std::uint32_t at = m_ref.node; at > NodeTable::root; at = table.parentOf(at))
         chain.push_back(at);
     for (std::size_t index = chain.size(); index-- > 1;) {
-        for (const FileIdentity &identity : places.foldersAt(chain[index])) {
-            FSRef folder;
-            folder.device = identity.device;
-            folder.inode = identity.inode;
-            folder.birthSeconds = identity.birthSeconds;
-            folder.birthNanoseconds = identity.birthNanoseconds;
-            folder.node = chain[index];
-            Search search(folder, 0);
-            bool isGone = false;
-            if (search.isAt(lastKnownPath(folder)) && places.currentNode(folder) == folder.node)
-                continue;
-            if (search.path().isEmpty()) {
-                if (!search.findByInode(&isGone) && (isGone || !search.findInFolder()))
-                    continue;
-                places.noteMove(identity, folder.node, nodeOfPath(search.path()), true);
-            }
-            QByteArray path = search.path();
-            for (std::size_t below = index; below-- > 0;) {
-                const std::string_view name = table.nameOf(chain[below]);
-                path = childPath(path, QByteArrayView(name.data(), static_cast<qsizetype>(name.size())));
-            }
-            if (isAt(path))
+        for (const FileIdentity &identity : FilePlaces::shared().foldersAt(chain[index])) {
+            if (findBelowMovedFolder(chain, index, identity))
                 return true;
         }
     }
-    return isAt(lastKnownPath(m_ref)) || findInFolder();
+    return isAt(lastKnownPath(m_ref)) || (!isGone && findInFolder());
+}
+
+/// Looks whether this folder, seen at `chain[index]`, lies elsewhere by now and holds the file at its old names.
+bool Search::findBelowMovedFolder(const std::vector<std::uint32_t> &chain, std::size_t index,
+                                  const FileIdentity &identity)
+{
+    FilePlaces &places = FilePlaces::shared();
+    FSRef folder;
+    folder.device = identity.device;
+    folder.inode = identity.inode;
+    folder.birthSeconds = identity.birthSeconds;
+    folder.birthNanoseconds = identity.birthNanoseconds;
+    folder.node = chain[index];
+    Search search(folder, 0);
+    if (search.isAt(lastKnownPath(folder)) && places.currentNode(folder) == folder.node)
+        return false;
+    if (search.path().isEmpty()) {
+        bool isGone = false;
+        if (!search.findByInode(&isGone) && (isGone || !search.findInFolder()))
+            return false;
+        const std::uint32_t node = nodeOfPath(search.path());
+        noteFoldersAbove(node);
+        places.noteMove(identity, folder.node, node, true);
+    }
+    QByteArray path = search.path();
+    for (std::size_t below = index; below-- > 0;) {
+        const std::string_view name = NodeTable::shared().nameOf(chain[below]);
+        path = childPath(path, QByteArrayView(name.data(), static_cast<qsizetype>(name.size())));
+    }
+    return isAt(path);
+}
+
+bool Search::findSuccessor()
+{
+    const QByteArray path = lastKnownPath(m_ref);
+    if (path.isEmpty() || statPath(path, m_mask, &m_facts) != 0 || !maySucceed(m_ref, m_facts))
+        return false;
+    m_path = path;
+    FilePlaces::shared().noteSuccessor(identityOf(m_ref), identityOf(refWithFacts(m_facts, 0)));
+    return true;
 }
 
 } // namespace
@@ -207,6 +242,24 @@ void noteFoldersAbove(std::uint32_t node)
     }
 }
 
+bool maySucceed(const FSRef &ref, const struct statx &facts)
+{
+    if (ref.kind == 0 || ref.kind != (facts.stx_mode & S_IFMT))
+        return false;
+    const FSRef found = refWithFacts(facts, 0);
+    const bool isSameBirth = found.birthSeconds == ref.birthSeconds && found.birthNanoseconds == ref.birthNanoseconds
+        && (ref.birthSeconds != 0 || ref.birthNanoseconds != 0);
+    const std::uint64_t mount = mountOf(facts);
+    return IdentityProofs::shared().wasSeenOnMount(ref.device, mount)
+        || (found.device == ref.device && (isSameBirth || mount == 0));
+}
+
+bool isFileAtItsPlace(const FSRef &ref, const struct statx &facts)
+{
+    return hasSameIdentity(ref, facts)
+        || FilePlaces::shared().isSuccessor(identityOf(ref), identityOf(refWithFacts(facts, 0)));
+}
+
 int locateFile(const FSRef &ref, unsigned int mask, struct statx *facts, QByteArray *path)
 {
     if (ref.node == NodeTable::none)
@@ -216,7 +269,7 @@ int locateFile(const FSRef &ref, unsigned int mask, struct statx *facts, QByteAr
         return ENOENT;
     struct statx found;
     const int error = statPath(known, mask | identityFields, &found);
-    if (error == 0 && isSameFile(ref, found)) {
+    if (error == 0 && isFileAtItsPlace(ref, found)) {
         if (facts)
             *facts = found;
         if (path)
@@ -226,7 +279,7 @@ int locateFile(const FSRef &ref, unsigned int mask, struct statx *facts, QByteAr
     if (error != 0 && error != ENOENT && error != ENOTDIR)
         return error;
     Search search(ref, mask);
-    if (!search.findElsewhere())
+    if (!search.findElsewhere() && !search.findSuccessor())
         return ENOENT;
     if (facts)
         *facts = search.facts();
@@ -256,20 +309,29 @@ QByteArray pathOfInode(int folderOnVolume, std::uint64_t inode, bool *isGone)
 
 QByteArray nameOfInodeInFolder(const QByteArray &folderPath, std::uint64_t inode)
 {
+    // The mutex guards the pointer alone: listing a slow folder keeps no other search waiting.
     static std::mutex mutex;
-    static FolderListing *const last = new FolderListing; // guarded by the mutex; kept to the very end of the process
+    static auto *const last = new std::shared_ptr<const FolderListing>; // kept to the very end of the process
     int error = 0;
     UniqueDescriptor folder = openPath(folderPath, O_RDONLY | O_DIRECTORY | O_NONBLOCK, &error);
     struct statx facts;
     if (!folder || statDescriptor(folder.get(), STATX_INO | STATX_MTIME, &facts) != 0)
         return {};
-    const std::lock_guard lock(mutex);
-    if (!last->isOf(facts))
-        *last = listFolder(std::move(folder), facts);
-    const auto found = std::lower_bound(last->names.begin(), last->names.end(), std::pair(inode, std::uint32_t(0)));
-    if (found == last->names.end() || found->first != inode)
+    std::shared_ptr<const FolderListing> listing;
+    {
+        const std::lock_guard lock(mutex);
+        listing = *last;
+    }
+    if (!listing || !listing->isOf(facts)) {
+        listing = std::make_shared<const FolderListing>(listFolder(std::move(folder), facts));
+        const std::lock_guard lock(mutex);
+        *last = listing;
+    }
+    const auto found =
+        std::lower_bound(listing->names.begin(), listing->names.end(), std::pair(inode, std::uint32_t(0)));
+    if (found == listing->names.end() || found->first != inode)
         return {};
-    return QByteArray(last->text.data() + found->second);
+    return QByteArray(listing->text.data() + found->second);
 }
 
 } // namespace Tessaron

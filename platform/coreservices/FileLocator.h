@@ -13,9 +13,20 @@ namespace Tessaron
 /// was renamed or moved to, as far as that shows cheaply. Returns 0, or an `errno` value (ENOENT when the file is
 /// gone). `path` and `facts` may be null; `mask` adds to the fields that identify the file. Thread-safe.
 ///
+/// The file at the last known place is the one meant when it has the reference's identity, or took the file's place on
+/// the same volume and the file itself is found nowhere. Elsewhere the identity needs proof; see IdentityProofs.
+///
 /// The search asks the file system for the inode where it is able and permitted to, then looks through the folder for
 /// a new name, then for the folders above. What it finds is remembered for this and all references below it.
 [[nodiscard]] int locateFile(const FSRef &ref, unsigned int mask, struct statx *facts, QByteArray *path);
+
+/// True when what was found at a reference's last known place is its file, without any search: the one that was there,
+/// or the one that a search has found to have taken its place.
+[[nodiscard]] bool isFileAtItsPlace(const FSRef &ref, const struct statx &facts);
+
+/// True when the file at the reference's place may stand for the one that was there: of the same kind, on a mount on
+/// which the reference's device was seen, or on the same device with the same birth time.
+[[nodiscard]] bool maySucceed(const FSRef &ref, const struct statx &facts);
 
 /// Notes what the folders above a node are, so that what they hold is found again when one of them is renamed. Only
 /// folders not yet known, or in doubt since one moved away, cost a system call.

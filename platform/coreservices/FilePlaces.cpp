@@ -141,6 +141,19 @@ void FilePlaces::noteMove(const FileIdentity &identity, std::uint32_t from, std:
     m_hasMoves.store(true, std::memory_order_release);
 }
 
+void FilePlaces::noteSuccessor(const FileIdentity &identity, const FileIdentity &successor)
+{
+    const std::lock_guard lock(m_mutex);
+    m_successors[identity] = successor;
+}
+
+bool FilePlaces::isSuccessor(const FileIdentity &identity, const FileIdentity &successor) const
+{
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_successors.find(identity);
+    return found != m_successors.end() && found->second == successor;
+}
+
 QByteArray pathOfNode(std::uint32_t node)
 {
     const NodeTable &table = NodeTable::shared();

@@ -47,6 +47,10 @@ public:
     /// Remembers that the file which a reference looked for at `from` lies at `to`.
     void noteMove(const FileIdentity &identity, std::uint32_t from, std::uint32_t to, bool isFolder);
 
+    /// Remembers that another file has taken the place of this one and is meant now.
+    void noteSuccessor(const FileIdentity &identity, const FileIdentity &successor);
+    [[nodiscard]] bool isSuccessor(const FileIdentity &identity, const FileIdentity &successor) const;
+
 private:
     struct Hash {
         std::size_t operator()(const FileIdentity &identity) const;
@@ -66,6 +70,7 @@ private:
     mutable std::mutex m_mutex; ///< guards the members below
     std::vector<FolderSeen> m_folders;
     std::unordered_map<FileIdentity, std::uint32_t, Hash> m_moves;
+    std::unordered_map<FileIdentity, FileIdentity, Hash> m_successors;
 };
 
 /// The path of a node as its names say, without a look at moves or at the disk.

@@ -2,6 +2,8 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstddef>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/sysmacros.h>
 
@@ -13,6 +15,9 @@ namespace
 
 /// Leaves room in PATH_MAX for the prefix of standalonePath().
 constexpr qsizetype longestPiece = PATH_MAX - 64;
+
+/// Where the number of the mount lies in the record of statx(2): behind the numbers of the device.
+constexpr std::size_t mountNumberOffset = offsetof(struct statx, stx_dev_minor) + sizeof(std::uint32_t);
 
 } // namespace
 
@@ -84,13 +89,24 @@ FSRef refWithFacts(const struct statx &facts, std::uint32_t node)
         ref.birthSeconds = facts.stx_btime.tv_sec;
         ref.birthNanoseconds = facts.stx_btime.tv_nsec;
     }
+    ref.kind = facts.stx_mode & S_IFMT;
     ref.node = node;
     return ref;
 }
 
-bool isSameFile(const FSRef &ref, const struct statx &facts)
+std::uint64_t mountOf(const struct statx &facts)
 {
-    return refWithFacts(facts, ref.node) == ref;
+    std::uint64_t mount = 0;
+    if (facts.stx_mask & mountField)
+        std::memcpy(&mount, reinterpret_cast<const char *>(&facts) + mountNumberOffset, sizeof mount);
+    return mount;
+}
+
+bool hasSameIdentity(const FSRef &ref, const struct statx &facts)
+{
+    const FSRef found = refWithFacts(facts, ref.node);
+    return found.inode == ref.inode && found.birthSeconds == ref.birthSeconds
+        && found.birthNanoseconds == ref.birthNanoseconds && (ref.device == 0 || found.device == ref.device);
 }
 
 UniqueDescriptor openPath(const QByteArray &absolutePath, int flags, int *errnoValue)

@@ -35,8 +35,12 @@ private:
 /// A path that leads to what is open under a descriptor.
 [[nodiscard]] QByteArray pathOfDescriptor(int descriptor);
 
+/// The number of the mount, as unique as the system makes it: kernels from 6.8 on give none a second time. The C
+/// library does not know the two fields of statx(2) yet.
+inline constexpr unsigned int mountField = 0x00001000U | 0x00004000U;
+
 /// The fields of statx(2) that make and check references.
-inline constexpr unsigned int identityFields = STATX_TYPE | STATX_MODE | STATX_INO | STATX_BTIME;
+inline constexpr unsigned int identityFields = STATX_TYPE | STATX_MODE | STATX_INO | STATX_BTIME | mountField;
 
 /// statx(2) of a path of any length, a symbolic link not followed, without asking a file server again; 0 or an `errno`
 /// value.
@@ -48,10 +52,12 @@ inline constexpr unsigned int identityFields = STATX_TYPE | STATX_MODE | STATX_I
 [[nodiscard]] int statDescriptor(int descriptor, unsigned int mask, struct statx *result);
 
 [[nodiscard]] std::uint64_t deviceOf(const struct statx &facts);
+/// The mount on which the file was found; 0 where the system does not say.
+[[nodiscard]] std::uint64_t mountOf(const struct statx &facts);
 /// A reference with the identity found by statx() at a node.
 [[nodiscard]] FSRef refWithFacts(const struct statx &facts, std::uint32_t node);
-/// True when the facts are those of the file that the reference means, wherever it lies.
-[[nodiscard]] bool isSameFile(const FSRef &ref, const struct statx &facts);
+/// True when device (if the reference knows it), inode and birth time are the reference's.
+[[nodiscard]] bool hasSameIdentity(const FSRef &ref, const struct statx &facts);
 
 /// Opens a path of any length; an invalid descriptor with `*errnoValue` set on failure. O_CLOEXEC is added.
 [[nodiscard]] UniqueDescriptor openPath(const QByteArray &absolutePath, int flags, int *errnoValue);

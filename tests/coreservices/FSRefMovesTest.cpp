@@ -1,5 +1,6 @@
 #include "platform/coreservices/FSCatalog.h"
 #include "platform/coreservices/FSRef.h"
+#include "platform/coreservices/FSRefAccess.h"
 #include "platform/coreservices/FileLocator.h"
 #include "platform/coreservices/PathAccess.h"
 #include "platform/foundation/UniqueDescriptor.h"
@@ -8,8 +9,12 @@
 #include <atomic>
 #include <cstdio>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <string>
+#include <sys/mount.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -274,6 +279,204 @@ TEST_F(FSRefMoves, references_mayBeLookedForByManyThreads_whileFilesMove)
     isOver = true;
     threads.clear();
     EXPECT_EQ(placeOf(file), "folder/file");
+}
+
+TEST_F(FSRefMoves, aRemovedFile_isNotTakenForALaterOne_thatGotItsInode)
+{
+    int reused = 0;
+    for (int round = 0; round < 50; ++round) {
+        tree.makeFile("removed", "x");
+        const FSRef removed = ref("removed");
+        ASSERT_EQ(::unlink(tree.path("removed").constData()), 0);
+        tree.makeFile("newcomer", "foreign");
+        reused += ref("newcomer").inode == removed.inode ? 1 : 0;
+        EXPECT_EQ(placeOf(removed), "<gone>");
+        ASSERT_EQ(::unlink(tree.path("newcomer").constData()), 0);
+    }
+    RecordProperty("reused", reused);
+}
+
+TEST_F(FSRefMovesWithoutRights, aRemovedFile_isNotTakenForALaterOne_thatGotItsInode)
+{
+    for (int round = 0; round < 50; ++round) {
+        tree.makeFile("removed", "x");
+        const FSRef removed = ref("removed");
+        ASSERT_EQ(::unlink(tree.path("removed").constData()), 0);
+        tree.makeFile("newcomer", "foreign");
+        EXPECT_EQ(placeOf(removed), "<gone>");
+        ASSERT_EQ(::unlink(tree.path("newcomer").constData()), 0);
+    }
+}
+
+TEST_F(FSRefMoves, aListedFileThatWasRemoved_isNotTakenForALaterOne)
+{
+    for (int round = 0; round < 20; ++round) {
+        tree.makeFile("folder/removed", "x");
+        OSStatus status = noErr;
+        const auto iterator = FSOpenIterator(ref("folder"), &status);
+        FSBulkEntry entry;
+        std::uint32_t actual = 0;
+        (void)FSGetCatalogInfoBulk(*iterator, 1, &actual, kFSCatInfoNone, &entry);
+        ASSERT_EQ(actual, 1u);
+        ASSERT_EQ(::unlink(tree.path("folder/removed").constData()), 0);
+        tree.makeFile("folder/newcomer", "foreign");
+        EXPECT_EQ(placeOf(entry.ref), "<gone>");
+        ASSERT_EQ(::unlink(tree.path("folder/newcomer").constData()), 0);
+    }
+}
+
+TEST_F(FSRefMovesWithoutRights, aFileSavedByReplacingIt_isTheFileAtItsPath)
+{
+    tree.makeFile("folder/file", "first");
+    const FSRef file = ref("folder/file");
+    tree.makeFile("folder/temporary", "second, longer");
+    rename("folder/temporary", "folder/file");
+    EXPECT_EQ(placeOf(file), "folder/file");
+    struct statx facts;
+    ASSERT_EQ(statFSRef(file, STATX_SIZE, &facts), 0);
+    EXPECT_EQ(facts.stx_size, 14u);
+    // Again, and then with its folder.
+    tree.makeFile("folder/temporary", "third");
+    rename("folder/temporary", "folder/file");
+    EXPECT_EQ(placeOf(file), "folder/file");
+    rename("folder", "moved");
+    EXPECT_EQ(placeOf(file), "moved/file");
+}
+
+TEST_F(FSRefMoves, aFileReplacedBySomethingOfAnotherKind_isGone)
+{
+    tree.makeFile("file", "x");
+    tree.makeFolder("folder");
+    const FSRef file = ref("file");
+    const FSRef folder = ref("folder");
+    tree.remove("file");
+    tree.remove("folder");
+    tree.makeFolder("file");
+    tree.makeSymbolicLink("folder", "file");
+    EXPECT_EQ(placeOf(file), "<gone>");
+    EXPECT_EQ(placeOf(folder), "<gone>");
+}
+
+TEST_F(FSRefMoves, aFileMovedIntoANewFolderInAnOldOnesPlace_hasOnePlaceForAllCalls)
+{
+    tree.makeFile("X/other", "o");
+    tree.makeFile("D/r", "r");
+    const FSRef other = ref("X/other");
+    const FSRef moved = ref("D/r");
+    rename("X", "Y");
+    EXPECT_EQ(placeOf(other), "Y/other");
+    tree.makeFolder("X");
+    rename("D/r", "X/r");
+    if (!systemFindsInodes())
+        GTEST_SKIP() << "this file system, or this user, cannot look up inodes";
+    EXPECT_EQ(placeOf(moved), "X/r");
+    EXPECT_EQ(lastKnownPath(moved), tree.path("X/r"));
+    int error = 0;
+    EXPECT_TRUE(openFSRef(moved, O_RDONLY, &error)) << error;
+    EXPECT_EQ(placeOf(other), "Y/other");
+    EXPECT_EQ(lastKnownPath(other), tree.path("Y/other"));
+}
+
+TEST_F(FSRefMovesWithoutRights, openingAndAsking_followTheFile_asItsPathDoes)
+{
+    tree.makeFile("folder/file", "mine");
+    tree.makeSymbolicLink("folder/link", "target");
+    const FSRef file = ref("folder/file");
+    FSRef link;
+    ASSERT_EQ(FSPathMakeRefWithOptions(tree.path("folder/link"), kFSPathMakeRefDoNotFollowLeafSymlink, &link, nullptr),
+              noErr);
+    rename("folder/file", "folder/renamed");
+    rename("folder/link", "folder/renamed link");
+    tree.makeFile("folder/file", "another's");
+    int error = 0;
+    const UniqueDescriptor opened = openFSRef(file, O_RDONLY, &error);
+    ASSERT_TRUE(opened) << error;
+    char text[8] = {};
+    EXPECT_EQ(::read(opened.get(), text, sizeof text), 4);
+    EXPECT_EQ(QByteArray(text), "mine");
+    QByteArray target;
+    EXPECT_EQ(readLinkTarget(link, &target), 0);
+    EXPECT_EQ(target, "target");
+    rename("folder/renamed", "folder/renamed again");
+    struct statx facts;
+    ASSERT_EQ(statFSRef(file, STATX_SIZE, &facts), 0);
+    EXPECT_EQ(facts.stx_size, 4u);
+}
+
+/// In a mount namespace of its own, as far as the user may have one.
+class FSRefMounts : public ::testing::Test
+{
+protected:
+    /// Runs the steps in a child process, whose mounts end with it; they answer 0 or the number of what failed.
+    static void runApart(const std::function<int()> &steps)
+    {
+        constexpr int mayNotMount = 77;
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const bool isApart =
+                ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+            ::_exit(isApart ? steps() : mayNotMount);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFEXITED(status));
+        if (WEXITSTATUS(status) == mayNotMount)
+            GTEST_SKIP() << "this user may not mount";
+        EXPECT_EQ(WEXITSTATUS(status), 0);
+    }
+
+    const Testing::TemporaryTree tree;
+};
+
+TEST_F(FSRefMounts, aFileOfAVolumeMountedInThePlace_isAnother)
+{
+    const QByteArray point = tree.makeFolder("point");
+    runApart([&] {
+        const auto mountWithFile = [&point](const char *size) {
+            if (::mount("tmpfs", point.constData(), "tmpfs", 0, size) != 0)
+                return 77;
+            return ::close(::open((point + "/file").constData(), O_WRONLY | O_CREAT, 0644));
+        };
+        if (const int failure = mountWithFile("size=1m"))
+            return failure;
+        FSRef ref;
+        if (FSPathMakeRef(point + "/file", &ref, nullptr) != noErr)
+            return 2;
+        // Within a tick the new volume's file would be equal in every number that the system gives it.
+        Testing::TemporaryTree::letBirthTimesPass();
+        if (::umount(point.constData()) != 0 || mountWithFile("size=2m") != 0)
+            return 3;
+        return FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr) == fnfErr ? 0 : 4;
+    });
+}
+
+TEST_F(FSRefMounts, aFileOfAnOverlay_staysTheSame_whenItIsWrittenTo)
+{
+    tree.makeFile("lower/folder/file", "line");
+    for (const char *const folder : {"both", "merged"})
+        tree.makeFolder(folder);
+    runApart([&] {
+        // The two layers are on different file systems, where an overlay makes inode numbers up.
+        if (::mount("tmpfs", tree.path("both").constData(), "tmpfs", 0, nullptr) != 0)
+            return 77;
+        ::mkdir(tree.path("both/upper").constData(), 0755);
+        ::mkdir(tree.path("both/work").constData(), 0755);
+        const QByteArray options = "lowerdir=" + tree.path("lower") + ",upperdir=" + tree.path("both/upper")
+            + ",workdir=" + tree.path("both/work") + ",xino=off";
+        const QByteArray merged = tree.path("merged");
+        if (::mount("overlay", merged.constData(), "overlay", 0, options.constData()) != 0)
+            return 77;
+        FSRef ref;
+        if (FSPathMakeRef(merged + "/folder/file", &ref, nullptr) != noErr)
+            return 2;
+        const int file = ::open((merged + "/folder/file").constData(), O_WRONLY | O_APPEND);
+        if (::write(file, "more", 4) != 4 || ::close(file) != 0)
+            return 3;
+        FSCatalogInfo info;
+        if (FSGetCatalogInfo(&ref, kFSCatInfoDataSizes, &info) != noErr)
+            return 4;
+        return info.dataLogicalSize == 8 ? 0 : 5;
+    });
 }
 
 } // namespace Tessaron
