@@ -1,15 +1,13 @@
 #include "platform/coreservices/AliasSearch.h"
 
+#include "platform/coreservices/FileHandle.h"
 #include "platform/coreservices/FileLocator.h"
 #include "platform/coreservices/Mounts.h"
 #include "platform/coreservices/PathAccess.h"
-#include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/DirectoryStream.h"
 #include "platform/foundation/PathBytes.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
 #include <deque>
 #include <fcntl.h>
 
@@ -78,21 +76,10 @@ bool AliasSearch::isAt(const QByteArray &path)
 
 bool AliasSearch::findByHandle()
 {
-    constexpr qsizetype typeBytes = 4;
-    if (m_record.handle.size() <= typeBytes || m_record.handle.size() > typeBytes + MAX_HANDLE_SZ)
-        return false;
-    std::array<std::uint32_t, 2 + MAX_HANDLE_SZ / 4> words = {};
-    const auto size = static_cast<std::size_t>(m_record.handle.size() - typeBytes);
-    words[0] = static_cast<std::uint32_t>(size);
-    words[1] = loadBigEndian<std::uint32_t>(reinterpret_cast<const std::uint8_t *>(m_record.handle.constData()));
-    std::memcpy(words.data() + 2, m_record.handle.constData() + typeBytes, size);
     for (const QByteArray &volume : m_volumes) {
         int error = 0;
         const UniqueDescriptor folder = openPath(volume, O_RDONLY | O_DIRECTORY | O_NONBLOCK, &error);
-        if (!folder)
-            continue;
-        const UniqueDescriptor file(::open_by_handle_at(folder.get(), reinterpret_cast<file_handle *>(words.data()),
-                                                        O_PATH | O_NOFOLLOW | O_CLOEXEC));
+        const UniqueDescriptor file = folder ? openFileHandle(folder.get(), m_record.handle) : UniqueDescriptor();
         QByteArray path;
         if (file && readLinkBelow(AT_FDCWD, pathOfDescriptor(file.get()), &path) == 0 && isAt(path))
             return true;
@@ -152,12 +139,14 @@ bool AliasSearch::findBelow(const QByteArray &top, std::uint64_t device)
     return false;
 }
 
-/// A file that was saved by replacing it is another file to the system, but the same one to people.
+/// A file that was saved by replacing it is another file to the system, but the same one to people; one on another
+/// volume, mounted where the file's volume was, is not.
 bool AliasSearch::findSuccessor()
 {
     for (const QByteArray &place : m_places) {
         struct statx facts;
-        if (statPath(place, identityFields, &facts) != 0 || S_ISDIR(facts.stx_mode) != m_record.isFolder)
+        if (statPath(place, identityFields, &facts) != 0 || S_ISDIR(facts.stx_mode) != m_record.isFolder
+            || volumeIdentifierAt(place) != m_record.volumeIdentifier)
             continue;
         m_path = place;
         m_isOriginal = false;

@@ -2,18 +2,16 @@
 
 #include "platform/coreservices/AliasRecord.h"
 #include "platform/coreservices/AliasSearch.h"
-#include "platform/coreservices/FSCatalog.h"
+#include "platform/coreservices/FileHandle.h"
 #include "platform/coreservices/FileLocator.h"
 #include "platform/coreservices/ForkAttributes.h"
 #include "platform/coreservices/Mounts.h"
 #include "platform/coreservices/PathAccess.h"
-#include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/NSError.h"
+#include "platform/foundation/PathBytes.h"
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -46,46 +44,55 @@ const Mount *mountOfPath(const std::vector<Mount> &mounts, const QByteArray &pat
     return best;
 }
 
-QByteArray handleOf(const QByteArray &path)
+/// The same path without symbolic links on the way, as the list of mounts has it; the path itself where the system
+/// cannot tell. A link at its end stays.
+QByteArray pathWithoutLinks(const QByteArray &path)
 {
-    struct Storage {
-        std::array<std::uint32_t, 2 + MAX_HANDLE_SZ / 4> words = {};
-    } storage;
-    storage.words[0] = MAX_HANDLE_SZ;
-    auto *const handle = reinterpret_cast<file_handle *>(storage.words.data());
-    const PathAccess access(path);
-    int mountNumber = 0;
-    if (access.error() != 0 || ::name_to_handle_at(access.folder(), access.path(), handle, &mountNumber, 0) != 0)
-        return {};
-    QByteArray bytes(4, '\0');
-    storeBigEndian<std::uint32_t>(reinterpret_cast<std::uint8_t *>(bytes.data()), storage.words[1]);
-    return bytes.append(reinterpret_cast<const char *>(storage.words.data() + 2),
-                        static_cast<qsizetype>(storage.words[0]));
+    if (path == "/")
+        return path;
+    int error = 0;
+    const UniqueDescriptor folder = openPath(parentPath(path), O_PATH | O_DIRECTORY, &error);
+    QByteArray real;
+    if (!folder || readLinkBelow(AT_FDCWD, pathOfDescriptor(folder.get()), &real) != 0 || !real.startsWith('/'))
+        return path;
+    return childPath(real, lastPathComponent(path));
 }
 
-/// The alias data in an alias file, empty for another file.
-QByteArray aliasDataInFile(const FSRef &ref, bool *isFolder, OSStatus *status)
+/// What is known of a file that may be an alias file.
+struct AliasFile {
+    bool isAlias = false; ///< it has the flag
+    bool isFolder = false;
+    QByteArray data; ///< empty where it has the flag alone
+};
+
+OSStatus readAliasFile(const FSRef &ref, AliasFile *alias)
 {
     struct statx facts;
     QByteArray path;
-    *status = statusForErrno(locateFile(ref, STATX_SIZE, &facts, &path));
-    if (*status != noErr)
-        return {};
-    *isFolder = S_ISDIR(facts.stx_mode);
+    if (const int error = locateFile(ref, STATX_SIZE, &facts, &path))
+        return statusForErrno(error);
+    *alias = {};
+    alias->isFolder = S_ISDIR(facts.stx_mode);
     const PathAccess access(path);
-    if (!S_ISREG(facts.stx_mode) || !(finderFlagsOf(readFinderInfo(access).data()) & kFinderIsAlias))
-        return {};
-    QByteArray data = readResourceFork(access, longestAliasData);
-    if (!data.isEmpty() && aliasRecordFromData(data))
-        return data;
+    alias->isAlias = S_ISREG(facts.stx_mode) && (finderFlagsOf(readFinderInfo(access).data()) & kFinderIsAlias);
+    if (!alias->isAlias)
+        return noErr;
+    const QByteArray fork = readResourceFork(access, longestAliasData);
+    if (!fork.isEmpty() && aliasRecordFromData(fork)) {
+        alias->data = fork;
+        return noErr;
+    }
     int error = 0;
     const UniqueDescriptor file = openPath(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK, &error);
     if (!file || facts.stx_size > static_cast<std::uint64_t>(longestAliasData))
-        return {};
-    data.resize(static_cast<qsizetype>(facts.stx_size));
-    const ssize_t length = ::pread(file.get(), data.data(), static_cast<std::size_t>(data.size()), 0);
-    data.truncate(std::max(ssize_t(0), length));
-    return aliasRecordFromData(data) ? data : QByteArray();
+        return noErr;
+    QByteArray contents(static_cast<qsizetype>(facts.stx_size), '\0');
+    std::size_t length = 0;
+    error = readFully(file.get(), 0, contents.data(), static_cast<std::size_t>(contents.size()), &length);
+    contents.truncate(static_cast<qsizetype>(length));
+    if (error == 0 && aliasRecordFromData(contents))
+        alias->data = contents;
+    return noErr;
 }
 
 OSStatus fillAliasFile(int descriptor, const QByteArray &path, const QByteArray &data)
@@ -94,7 +101,7 @@ OSStatus fillAliasFile(int descriptor, const QByteArray &path, const QByteArray 
     if (written != data.size())
         return written < 0 ? statusForErrno(errno) : OSErr(dskFulErr);
     FinderInfoBytes info = {};
-    storeBigEndian<std::uint16_t>(info.data() + 8, kFinderIsAlias);
+    setFinderFlags(info.data(), kFinderIsAlias);
     return writeFinderInfo(PathAccess(path), info);
 }
 
@@ -109,15 +116,18 @@ OSErr FSNewAliasMinimal(const FSRef *target, QByteArray *alias)
     if (const int error = locateFile(*target, 0, &facts, &record.path))
         return statusForErrno(error);
     record.isFolder = S_ISDIR(facts.stx_mode);
-    record.inode = target->inode;
-    record.birthSeconds = target->birthSeconds;
-    record.birthNanoseconds = target->birthNanoseconds;
+    const FSRef found = refWithFacts(facts, 0); // perhaps the file that has taken the place of the first
+    record.inode = found.inode;
+    record.birthSeconds = found.birthSeconds;
+    record.birthNanoseconds = found.birthNanoseconds;
     record.volumeIdentifier = volumeIdentifierAt(record.path);
     const std::vector<Mount> mounts = currentMounts();
-    const Mount *const mount = mountOfPath(mounts, record.path);
+    const QByteArray realPath = pathWithoutLinks(record.path);
+    const Mount *const mount = mountOfPath(mounts, realPath);
     record.volumeType = mount ? mount->type : QByteArray();
-    record.pathInVolume = mount ? pathInVolume(*mount, record.path) : record.path;
-    record.handle = handleOf(record.path);
+    record.pathInVolume = mount ? pathInVolume(*mount, realPath) : realPath;
+    if (const PathAccess access(record.path); access.error() == 0)
+        record.handle = fileHandleBelow(access.folder(), access.path());
     *alias = aliasDataFromRecord(record);
     return alias->size() <= longestAliasData ? noErr : bdNamErr;
 }
@@ -142,15 +152,13 @@ OSErr FSIsAliasFile(const FSRef *ref, bool *aliasFileFlag, bool *folderFlag)
 {
     if (!ref)
         return paramErr;
-    OSStatus status = noErr;
-    bool isFolder = false;
-    const QByteArray data = aliasDataInFile(*ref, &isFolder, &status);
-    if (status != noErr)
+    AliasFile alias;
+    if (const OSStatus status = readAliasFile(*ref, &alias))
         return static_cast<OSErr>(status);
     if (aliasFileFlag)
-        *aliasFileFlag = !data.isEmpty();
+        *aliasFileFlag = alias.isAlias;
     if (folderFlag)
-        *folderFlag = isFolder;
+        *folderFlag = alias.isFolder;
     return noErr;
 }
 
@@ -159,23 +167,21 @@ OSErr FSResolveAliasFile(FSRef *ref, bool resolveAliasChains, bool *targetIsFold
     if (!ref)
         return paramErr;
     FSRef at = *ref;
-    bool isFolder = false;
+    AliasFile alias;
     int links = 0;
     for (;;) {
-        OSStatus status = noErr;
-        const QByteArray data = aliasDataInFile(at, &isFolder, &status);
-        if (status != noErr)
+        if (const OSStatus status = readAliasFile(at, &alias))
             return static_cast<OSErr>(status);
-        if (data.isEmpty() || (links > 0 && !resolveAliasChains))
+        if (!alias.isAlias || (links > 0 && !resolveAliasChains))
             break;
         if (++links > longestChain)
             return fnfErr;
-        if (const OSErr error = FSResolveAliasWithMountFlags(nullptr, data, &at, nullptr, kResolveAliasFileNoUI))
+        if (const OSErr error = FSResolveAliasWithMountFlags(nullptr, alias.data, &at, nullptr, kResolveAliasFileNoUI))
             return error;
     }
     *ref = at;
     if (targetIsFolder)
-        *targetIsFolder = isFolder;
+        *targetIsFolder = alias.isFolder;
     if (wasAliased)
         *wasAliased = links > 0;
     return noErr;

@@ -26,13 +26,14 @@ enum ResolveAliasFlags : std::uint32_t {
 [[nodiscard]] TESSARON_EXPORT OSErr FSResolveAliasWithMountFlags(const FSRef *from, const QByteArray &alias,
                                                                  FSRef *target, bool *wasChanged, std::uint32_t flags);
 
-/// Tells whether a file is an alias file: one with the alias flag in its Finder information and alias data as its
-/// resource fork or its contents. Both outputs may be null.
+/// Tells whether a file is an alias file: one with the alias flag in its Finder information, whatever it holds. Both
+/// outputs may be null.
 [[nodiscard]] TESSARON_EXPORT OSErr FSIsAliasFile(const FSRef *ref, bool *aliasFileFlag, bool *folderFlag);
 
 /// Replaces the reference of an alias file by the one of its target; one of another file stays. With
 /// `resolveAliasChains` the target of an alias file that is itself one is followed on. Errors, with the reference
-/// untouched: those of FSResolveAliasWithMountFlags(), and fnfErr for a chain that leads back to itself. All outputs
+/// untouched: those of FSResolveAliasWithMountFlags() for the alias data that is the file's resource fork or contents
+/// (paramErr where neither is any), and fnfErr for a chain that leads back to itself. All outputs
 /// but `ref` may be null.
 [[nodiscard]] TESSARON_EXPORT OSErr FSResolveAliasFile(FSRef *ref, bool resolveAliasChains, bool *targetIsFolder,
                                                        bool *wasAliased);

@@ -5,7 +5,6 @@
 #include "platform/coreservices/IconFamily.h"
 #include "platform/coreservices/PathAccess.h"
 #include "platform/coreservices/ResourceFork.h"
-#include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/PathBytes.h"
 
@@ -25,7 +24,6 @@ namespace
 constexpr std::uint32_t iconFamilyType = 0x69636E73; // 'icns'
 constexpr std::int16_t customIconId = -16455;
 constexpr std::uint16_t kFinderHasCustomIcon = 0x0400;
-constexpr std::size_t finderFlagsOffset = 8;
 constexpr const char *folderIconName = "Icon\r";
 /// A family of all sizes takes less than half a megabyte; more is not read.
 constexpr qsizetype forkLimit = qsizetype(16) << 20;
@@ -109,8 +107,7 @@ bool writeForks(const QByteArray &path, const Forks &forks)
 void setCustomIconFlag(FinderInfoBytes *info, bool isSet)
 {
     const std::uint16_t flags = finderFlagsOf(info->data());
-    storeBigEndian<std::uint16_t>(info->data() + finderFlagsOffset,
-                                  std::uint16_t(isSet ? flags | kFinderHasCustomIcon : flags & ~kFinderHasCustomIcon));
+    setFinderFlags(info->data(), std::uint16_t(isSet ? flags | kFinderHasCustomIcon : flags & ~kFinderHasCustomIcon));
 }
 
 bool isCustomIcon(const Resource &resource)

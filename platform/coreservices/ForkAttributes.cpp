@@ -101,6 +101,11 @@ std::uint16_t finderFlagsOf(const std::uint8_t *finderInfo)
     return loadBigEndian<std::uint16_t>(finderInfo + finderFlagsOffset);
 }
 
+void setFinderFlags(std::uint8_t *finderInfo, std::uint16_t flags)
+{
+    storeBigEndian<std::uint16_t>(finderInfo + finderFlagsOffset, flags);
+}
+
 bool attributesNeedPaths()
 {
     return !hasGetAttributeAt.load(std::memory_order_relaxed);

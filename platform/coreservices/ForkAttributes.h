@@ -27,7 +27,9 @@ enum FinderFlags : std::uint16_t {
     kFinderIsAlias = 0x8000,
 };
 
+/// The flags in Finder information of 16 or 32 bytes.
 [[nodiscard]] std::uint16_t finderFlagsOf(const std::uint8_t *finderInfo);
+void setFinderFlags(std::uint8_t *finderInfo, std::uint16_t flags);
 
 /// Length in bytes of an extended attribute of the file named `name` in an open folder (or AT_FDCWD and a whole path),
 /// 0 when it has none; a symbolic link is not followed and no file is opened. `folderPath` is a path of that folder,

@@ -4,8 +4,10 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <cstring>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/vfs.h>
 
 namespace Tessaron
@@ -37,12 +39,59 @@ QByteArray unescaped(const QByteArray &field)
     return text;
 }
 
+/// The names of common types, as the list of mounts has them.
+QByteArray typeName(std::int64_t type)
+{
+    constexpr std::int64_t exfat = 0x2011BAB0;
+    switch (type) {
+    case EXT4_SUPER_MAGIC:
+        return "ext4";
+    case XFS_SUPER_MAGIC:
+        return "xfs";
+    case BTRFS_SUPER_MAGIC:
+        return "btrfs";
+    case TMPFS_MAGIC:
+        return "tmpfs";
+    case OVERLAYFS_SUPER_MAGIC:
+        return "overlay";
+    case NFS_SUPER_MAGIC:
+        return "nfs4";
+    case MSDOS_SUPER_MAGIC:
+        return "vfat";
+    case exfat:
+        return "exfat";
+    default:
+        return QByteArray::number(qlonglong(type), 16);
+    }
+}
+
+/// What is known of the mount at "/" without the system's list.
+Mount mountAtRoot()
+{
+    Mount mount;
+    mount.root = mount.point = "/";
+    struct statx facts;
+    if (statPath("/", mountField, &facts) == 0)
+        mount.number = mountOf(facts);
+    struct statfs volume;
+    if (::statfs("/", &volume) == 0)
+        mount.type = typeName(volume.f_type);
+    return mount;
+}
+
 } // namespace
 
 std::vector<Mount> currentMounts()
 {
     QFile file(QStringLiteral("/proc/self/mountinfo"));
-    return file.open(QIODevice::ReadOnly) ? mountsFromText(file.readAll()) : std::vector<Mount>();
+    std::vector<Mount> mounts;
+    if (file.open(QIODevice::ReadOnly))
+        mounts = mountsFromText(file.readAll());
+    const bool hasRoot =
+        std::any_of(mounts.begin(), mounts.end(), [](const Mount &mount) { return mount.point == "/"; });
+    if (!hasRoot)
+        mounts.insert(mounts.begin(), mountAtRoot());
+    return mounts;
 }
 
 std::vector<Mount> mountsFromText(const QByteArray &text)

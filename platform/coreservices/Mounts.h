@@ -16,7 +16,8 @@ struct Mount {
     QByteArray type; ///< "ext4"
 };
 
-/// The mounts that this process sees, from /proc/self/mountinfo; empty where that cannot be read.
+/// The mounts that this process sees, from /proc/self/mountinfo. One at "/" is always among them: in a changed root the
+/// system does not list it, and what lies at "/" stands for it then.
 [[nodiscard]] std::vector<Mount> currentMounts();
 /// The same from the text of such a file. Lines that make no sense are left out; safe for any bytes.
 [[nodiscard]] std::vector<Mount> mountsFromText(const QByteArray &text);

@@ -5,11 +5,14 @@
 #include "platform/coreservices/FSRefAccess.h"
 #include "platform/coreservices/ForkAttributes.h"
 #include "platform/coreservices/Mounts.h"
+#include "tests/support/MountTest.h"
 #include "tests/support/TemporaryTree.h"
 
 #include <cstdio>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <random>
+#include <sys/mount.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -59,6 +62,10 @@ protected:
     }
 
     const Testing::TemporaryTree tree;
+};
+
+class AliasMounts : public Testing::MountTest
+{
 };
 
 } // namespace
@@ -230,7 +237,7 @@ TEST_F(Aliases, aliasFile_mayKeepItsDataInTheResourceFork)
     EXPECT_EQ(at, ref("target"));
 }
 
-TEST_F(Aliases, aliasFile_withTheFlagAlone_isNone)
+TEST_F(Aliases, aliasFile_withTheFlagAlone_isOneThatLeadsNowhere)
 {
     if (!keepsAttributes())
         GTEST_SKIP() << "this file system keeps no extended attributes";
@@ -239,9 +246,80 @@ TEST_F(Aliases, aliasFile_withTheFlagAlone_isNone)
     tree.makeFile("file", "no alias data");
     tree.setExtendedAttribute("file", finderInfoAttribute, info);
     const FSRef made = ref("file");
-    bool isAlias = true;
+    bool isAlias = false;
     EXPECT_EQ(FSIsAliasFile(&made, &isAlias, nullptr), noErr);
-    EXPECT_FALSE(isAlias);
+    EXPECT_TRUE(isAlias);
+    FSRef at = made;
+    EXPECT_NE(FSResolveAliasFile(&at, true, nullptr, nullptr), noErr);
+    EXPECT_EQ(at, made);
+}
+
+TEST_F(Aliases, alias_madeThroughASymbolicLink_isFoundOnItsVolumeElsewhere)
+{
+    tree.makeFile("real/file", "x");
+    tree.makeSymbolicLink("link", "real");
+    const std::optional<AliasRecord> through = aliasRecordFromData(aliasOf("link/file"));
+    const std::optional<AliasRecord> straight = aliasRecordFromData(aliasOf("real/file"));
+    ASSERT_TRUE(through && straight);
+    EXPECT_EQ(through->path, tree.path("link/file"));
+    EXPECT_EQ(through->pathInVolume, straight->pathInVolume);
+    EXPECT_EQ(through->volumeType, straight->volumeType);
+    ASSERT_EQ(::unlink(tree.path("link").constData()), 0);
+    EXPECT_EQ(resolved(aliasDataFromRecord(*through)), "real/file");
+}
+
+TEST_F(AliasMounts, alias_doesNotLeadToAnotherVolumesFile_ofTheSameName)
+{
+    const QByteArray point = tree.makeFolder("point");
+    runApart([&] {
+        const auto mountWithFile = [&point] {
+            if (::mount("tmpfs", point.constData(), "tmpfs", 0, nullptr) != 0)
+                return mayNotMount;
+            return ::close(::open((point + "/file").constData(), O_WRONLY | O_CREAT, 0644));
+        };
+        if (const int failure = mountWithFile())
+            return failure;
+        if (volumeIdentifierAt(point) == 0)
+            return mayNotMount; // an old kernel, which does not tell one memory file system from the next
+        FSRef file;
+        QByteArray alias;
+        if (FSPathMakeRef(point + "/file", &file, nullptr) != noErr || FSNewAliasMinimal(&file, &alias) != noErr)
+            return 2;
+        if (::umount(point.constData()) != 0 || mountWithFile() != 0)
+            return 3;
+        FSRef target;
+        target.inode = 42;
+        const OSErr status = FSResolveAliasWithMountFlags(nullptr, alias, &target, nullptr, kResolveAliasFileNoUI);
+        return status == nsvErr && target.inode == 42 ? 0 : 4;
+    });
+}
+
+TEST_F(AliasMounts, alias_isResolvedInAChangedRoot)
+{
+    tree.makeFile("folder/old", "x");
+    tree.makeFolder("proc");
+    runApart([&] {
+        if (::mount("proc", tree.path("proc").constData(), "proc", 0, nullptr) != 0
+            || ::chroot(tree.path().constData()) != 0 || ::chdir("/") != 0)
+            return mayNotMount;
+        const std::vector<Mount> mounts = currentMounts();
+        if (mounts.empty() || mounts.front().point != "/" || mounts.front().type.isEmpty())
+            return 2;
+        FSRef file;
+        QByteArray alias;
+        if (FSPathMakeRef("/folder/old", &file, nullptr) != noErr || FSNewAliasMinimal(&file, &alias) != noErr)
+            return 3;
+        if (::rename("/folder", "/renamed") != 0)
+            return 4;
+        FSRef target;
+        if (FSResolveAliasWithMountFlags(nullptr, alias, &target, nullptr, kResolveAliasFileNoUI) != noErr)
+            return 5;
+        if (lastKnownPath(target) != "/renamed/old")
+            return 6;
+        // What is gone is said to be gone, not to lie on a volume that is missing.
+        ::unlink("/renamed/old");
+        return FSResolveAliasWithMountFlags(nullptr, alias, &target, nullptr, 0) == fnfErr ? 0 : 7;
+    });
 }
 
 TEST_F(Aliases, chainsOfAliasFiles_areFollowed_onlyWhenAsked)

@@ -4,17 +4,15 @@
 #include "platform/coreservices/FileLocator.h"
 #include "platform/coreservices/PathAccess.h"
 #include "platform/foundation/UniqueDescriptor.h"
+#include "tests/support/MountTest.h"
 #include "tests/support/TemporaryTree.h"
 
 #include <atomic>
 #include <cstdio>
 #include <fcntl.h>
-#include <functional>
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <string>
 #include <sys/mount.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -403,29 +401,8 @@ TEST_F(FSRefMovesWithoutRights, openingAndAsking_followTheFile_asItsPathDoes)
     EXPECT_EQ(facts.stx_size, 4u);
 }
 
-/// In a mount namespace of its own, as far as the user may have one.
-class FSRefMounts : public ::testing::Test
+class FSRefMounts : public Testing::MountTest
 {
-protected:
-    /// Runs the steps in a child process, whose mounts end with it; they answer 0 or the number of what failed.
-    static void runApart(const std::function<int()> &steps)
-    {
-        constexpr int mayNotMount = 77;
-        const pid_t child = ::fork();
-        if (child == 0) {
-            const bool isApart =
-                ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
-            ::_exit(isApart ? steps() : mayNotMount);
-        }
-        int status = 0;
-        ASSERT_EQ(::waitpid(child, &status, 0), child);
-        ASSERT_TRUE(WIFEXITED(status));
-        if (WEXITSTATUS(status) == mayNotMount)
-            GTEST_SKIP() << "this user may not mount";
-        EXPECT_EQ(WEXITSTATUS(status), 0);
-    }
-
-    const Testing::TemporaryTree tree;
 };
 
 TEST_F(FSRefMounts, aFileOfAVolumeMountedInThePlace_isAnother)
@@ -434,7 +411,7 @@ TEST_F(FSRefMounts, aFileOfAVolumeMountedInThePlace_isAnother)
     runApart([&] {
         const auto mountWithFile = [&point](const char *size) {
             if (::mount("tmpfs", point.constData(), "tmpfs", 0, size) != 0)
-                return 77;
+                return mayNotMount;
             return ::close(::open((point + "/file").constData(), O_WRONLY | O_CREAT, 0644));
         };
         if (const int failure = mountWithFile("size=1m"))
@@ -458,14 +435,14 @@ TEST_F(FSRefMounts, aFileOfAnOverlay_staysTheSame_whenItIsWrittenTo)
     runApart([&] {
         // The two layers are on different file systems, where an overlay makes inode numbers up.
         if (::mount("tmpfs", tree.path("both").constData(), "tmpfs", 0, nullptr) != 0)
-            return 77;
+            return mayNotMount;
         ::mkdir(tree.path("both/upper").constData(), 0755);
         ::mkdir(tree.path("both/work").constData(), 0755);
         const QByteArray options = "lowerdir=" + tree.path("lower") + ",upperdir=" + tree.path("both/upper")
             + ",workdir=" + tree.path("both/work") + ",xino=off";
         const QByteArray merged = tree.path("merged");
         if (::mount("overlay", merged.constData(), "overlay", 0, options.constData()) != 0)
-            return 77;
+            return mayNotMount;
         FSRef ref;
         if (FSPathMakeRef(merged + "/folder/file", &ref, nullptr) != noErr)
             return 2;
