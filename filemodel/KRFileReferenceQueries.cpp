@@ -7,6 +7,7 @@
 #include "platform/coreservices/NodeTable.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/NSBundle.h"
+#include "platform/foundation/PathBytes.h"
 #include <TessaronClasses/KRFileReference.h>
 
 #include <QDateTime>
@@ -57,8 +58,10 @@ QString KRFileReference::extension()
 QString KRFileReference::displayKind()
 {
     dropWhatIsTooOld();
-    if (!m_isVirtual && (!isFilled() || !m_cache || !m_cache->text(Cache::DisplayKind)))
+    if (!m_isVirtual && (!isFilled() || !m_cache || !m_cache->text(Cache::DisplayKind))) {
         _copyLSAttributes();
+        copyDisplayKind();
+    }
     return m_cache ? textOf(m_cache->text(Cache::DisplayKind)) : QString();
 }
 
@@ -76,8 +79,10 @@ QString KRFileReference::name()
         const std::string_view last = NodeTable::shared().nameOf(m_cache->pathNode);
         m_cache->refer(Cache::Name, {last.data(), static_cast<qsizetype>(last.size())});
     } else {
-        const QByteArray bytes(m_cache->path.get());
-        m_cache->own(Cache::Name, mallocCopy(bytes.mid(bytes.lastIndexOf('/') + 1)));
+        QByteArrayView bytes(m_cache->path.get());
+        while (bytes.size() > 1 && bytes.endsWith('/'))
+            bytes.chop(1);
+        m_cache->own(Cache::Name, mallocCopy(bytes.size() == 1 ? bytes : lastPathComponent(bytes)));
     }
     m_empty = 0;
     return textOf(m_cache->text(Cache::Name));
@@ -166,13 +171,12 @@ QByteArray KRFileReference::aliasData() const
 void KRFileReference::_copyLSAttributes()
 {
     LSItemAttributes attributes;
-    if (LSCopyItemAttributes(&m_fileRef, kLSRolesViewer, {kLSItemDisplayName, kLSItemDisplayKind}, &attributes)
-        == noErr) {
+    if (LSCopyItemAttributes(&m_fileRef, kLSRolesViewer, {kLSItemDisplayName}, &attributes) == noErr) {
         if (attributes.ownedDisplayName.isEmpty())
             cache().refer(Cache::DisplayName, attributes.displayName);
         else
             cache().own(Cache::DisplayName, mallocCopy(attributes.ownedDisplayName));
-        cache().refer(Cache::DisplayKind, attributes.displayKind);
+        cache().clear(Cache::DisplayKind); // asked for when it is wanted
     }
     LSItemInfoRecord info;
     if (LSCopyItemInfoForRef(&m_fileRef, &info) == noErr) {
@@ -187,6 +191,14 @@ void KRFileReference::_copyLSAttributes()
     }
     m_empty = 0;
     startAging();
+}
+
+/// Apart from the other attributes: to tell the kind of a file without an extension, its contents are read.
+void KRFileReference::copyDisplayKind()
+{
+    LSItemAttributes attributes;
+    if (LSCopyItemAttributes(&m_fileRef, kLSRolesViewer, {kLSItemDisplayKind}, &attributes) == noErr)
+        cache().refer(Cache::DisplayKind, attributes.displayKind);
 }
 
 void KRFileReference::_copyCatAttributes()

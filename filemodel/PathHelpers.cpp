@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
 #include <unistd.h>
 #include <vector>
@@ -63,6 +64,22 @@ bool listWorthless(const UniqueDescriptor &folder, std::vector<QByteArray> *name
     }
 }
 
+/// "stem-number.extension", the stem shortened as far as a file system that takes 255 bytes demands.
+QByteArray numberedName(QByteArray stem, std::uint64_t number, const QByteArray &extension)
+{
+    QByteArray end = QByteArray("-").append(QByteArray::number(qulonglong(number)));
+    if (!extension.isEmpty())
+        end.append('.').append(extension);
+    qsizetype room = std::max<qsizetype>(NAME_MAX - end.size(), 1);
+    if (stem.size() > room) {
+        constexpr auto continuesCharacter = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0u) == 0x80; };
+        while (room > 1 && continuesCharacter(stem[room]))
+            --room;
+        stem.truncate(room);
+    }
+    return (stem + end).left(NAME_MAX);
+}
+
 } // namespace
 
 FSRef fsRef(const QString &path)
@@ -100,12 +117,12 @@ QString unusedName(const QString &path)
         return path;
     while (bytes.size() > 1 && bytes.endsWith('/'))
         bytes.chop(1);
-    const QByteArray extension = extensionOfName(lastPathComponent(bytes)).toByteArray();
-    const QByteArray base = extension.isEmpty() ? bytes : bytes.chopped(extension.size() + 1);
+    const QByteArray name = lastPathComponent(bytes).toByteArray();
+    const QByteArray folder = bytes.chopped(name.size());
+    const QByteArray extension = extensionOfName(name).toByteArray();
+    const QByteArray stem = extension.isEmpty() ? name : name.chopped(extension.size() + 1);
     for (std::uint64_t number = 1;; ++number) {
-        QByteArray candidate = QByteArray(base).append('-').append(QByteArray::number(qulonglong(number)));
-        if (!extension.isEmpty())
-            candidate.append('.').append(extension);
+        const QByteArray candidate = folder + numberedName(stem, number, extension);
         if (!existsAt(candidate))
             return stringWithFileSystemRepresentation(candidate);
     }
@@ -122,8 +139,12 @@ bool isFinderAliasAtPath(const QString &path)
 
 bool deleteDirectoryAtPathIfEmpty(const QString &path)
 {
+    QByteArray bytes = fileSystemRepresentation(path);
+    // A link to a folder is none, with or without a slash behind it.
+    while (bytes.size() > 1 && bytes.endsWith('/'))
+        bytes.chop(1);
     QByteArray absolute;
-    int error = makeAbsolutePath(fileSystemRepresentation(path), LeafLink::NotFollowed, &absolute);
+    int error = makeAbsolutePath(bytes, LeafLink::NotFollowed, &absolute);
     if (error != 0)
         return false;
     const UniqueDescriptor folder = openPath(absolute, O_RDONLY | O_DIRECTORY | O_NOFOLLOW, &error);

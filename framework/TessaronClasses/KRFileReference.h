@@ -132,6 +132,7 @@ private:
     struct GivenNames; ///< names that few references are given
 
     void _copyLSAttributes();
+    void copyDisplayKind();
     void _copyCatAttributes();
     void _getIcon();
     void _getLargeIcon();

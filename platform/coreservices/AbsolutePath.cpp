@@ -88,6 +88,11 @@ private:
         }
         if (const int error = followLeaf())
             return error;
+        struct statx facts;
+        if (const int error = m_path.isEmpty() ? 0 : statPath(m_path, STATX_TYPE, &facts))
+            return error;
+        if (!m_path.isEmpty() && !S_ISDIR(facts.stx_mode))
+            return ENOTDIR;
         m_path.truncate(qMax(qsizetype(0), m_path.lastIndexOf('/')));
         return 0;
     }

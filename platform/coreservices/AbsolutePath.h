@@ -13,7 +13,8 @@ enum class LeafLink {
 
 /// Makes a path absolute (from the working folder) and plain: no ".", no "..", no doubled or final slash. Symbolic
 /// links on the way stay as they are written, but a ".." behind one means what the system means by it: the folder that
-/// holds the link's target. Returns 0, or ENOENT, ENOTDIR, ELOOP, EACCES … when a link that counts cannot be read.
+/// holds the link's target. What a ".." follows must be a folder, as for the system. Returns 0, or ENOENT, ENOTDIR,
+/// ELOOP, EACCES … when that or a link that counts cannot be read.
 /// Thread-safe.
 [[nodiscard]] int makeAbsolutePath(const QByteArray &path, LeafLink leaf, QByteArray *absolute);
 

@@ -29,11 +29,21 @@ QByteArray workingFolder()
 TEST(AbsolutePath, makeAbsolutePath_dropsDotsAndDoubledSlashes)
 {
     EXPECT_EQ(absolute("/nowhere//a/./b/"), "/nowhere/a/b");
-    EXPECT_EQ(absolute("/nowhere/a/../b"), "/nowhere/b");
+    EXPECT_EQ(absolute("/usr/bin/../b"), "/usr/b");
     EXPECT_EQ(absolute("/.."), "/");
     EXPECT_EQ(absolute("/../../x"), "/x");
     EXPECT_EQ(absolute("//"), "/");
     EXPECT_EQ(absolute("/."), "/");
+}
+
+TEST(AbsolutePath, makeAbsolutePath_refusesTwoDots_behindWhatIsNoFolder)
+{
+    const Testing::TemporaryTree tree;
+    tree.makeFile("file");
+    QByteArray result;
+    EXPECT_EQ(makeAbsolutePath(tree.path("missing/../file"), LeafLink::NotFollowed, &result), ENOENT);
+    EXPECT_EQ(makeAbsolutePath(tree.path("file/../file"), LeafLink::NotFollowed, &result), ENOTDIR);
+    EXPECT_TRUE(result.isNull());
 }
 
 TEST(AbsolutePath, makeAbsolutePath_startsAtTheWorkingFolder_forARelativePath)

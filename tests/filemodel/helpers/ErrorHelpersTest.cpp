@@ -43,6 +43,7 @@ TEST_F(ErrorHelpers, getFailureReason_namesTheCode_withoutAFinder)
 {
     EXPECT_EQ(getFailureReason(NSError(NSOSStatusErrorDomain, -36)), QStringLiteral("OSStatus error (-36)"));
     EXPECT_EQ(getFailureReason(NSError(NSOSStatusErrorDomain, -48)), QStringLiteral("OSStatus error (-48)"));
+    EXPECT_EQ(getFailureReason(NSError(NSOSStatusErrorDomain, 0xFFFFFFDC)), QStringLiteral("OSStatus error (-36)"));
     EXPECT_EQ(getFailureReason(NSError(NSOSStatusErrorDomain, -5000)), QStringLiteral("OSStatus error (-5000)"));
     EXPECT_EQ(getFailureReason(NSError(NSOSStatusErrorDomain, 0x80020066)),
               QStringLiteral("OSStatus error (-2147352474)"));

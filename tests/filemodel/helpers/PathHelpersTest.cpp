@@ -97,6 +97,21 @@ TEST_F(PathHelpers, unusedName_doesNotGiveTheNameOfABrokenLink)
     EXPECT_EQ(unusedName(tree.pathText("link")), tree.pathText("link-1"));
 }
 
+TEST_F(PathHelpers, unusedName_isNeverLongerThanAFileSystemTakes)
+{
+    const QByteArray longest = QByteArray(249, 'a') + ".txt" + "yy"; // 255 bytes
+    tree.makeFile(longest);
+    const QString unused = unusedName(tree.pathText(longest));
+    EXPECT_EQ(unused, tree.pathText(QByteArray(247, 'a') + "-1.txtyy"));
+    tree.makeFile(QByteArray(247, 'a') + "-1.txtyy");
+    EXPECT_EQ(unusedName(tree.pathText(longest)), tree.pathText(QByteArray(247, 'a') + "-2.txtyy"));
+    QByteArray accents;
+    for (int letter = 0; letter < 127; ++letter)
+        accents += "\xC3\xA9";
+    tree.makeFile(accents);
+    EXPECT_EQ(unusedName(tree.pathText(accents)), tree.pathText(accents.first(252) + "-1")) << "whole letters";
+}
+
 TEST_F(PathHelpers, stringByResolvingFinderAlias_leavesOtherFilesAlone)
 {
     tree.makeFile("file");
@@ -168,6 +183,7 @@ TEST_F(PathHelpers, deleteDirectoryAtPathIfEmpty_isFalse_forWhatIsNoFolder)
     EXPECT_FALSE(deleteDirectoryAtPathIfEmpty(tree.pathText("missing")));
     EXPECT_FALSE(deleteDirectoryAtPathIfEmpty(tree.pathText("file")));
     EXPECT_FALSE(deleteDirectoryAtPathIfEmpty(tree.pathText("link")));
+    EXPECT_FALSE(deleteDirectoryAtPathIfEmpty(tree.pathText("link/")));
     EXPECT_TRUE(tree.exists("folder"));
     EXPECT_TRUE(tree.exists("file"));
 }

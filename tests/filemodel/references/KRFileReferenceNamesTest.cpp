@@ -3,7 +3,9 @@
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/KRFileReference.h>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/xattr.h>
 
 namespace Tessaron
@@ -34,6 +36,41 @@ TEST_F(KRFileReferenceNames, names_comeFromTheFile)
     EXPECT_FALSE(made->displayKind().isEmpty());
     EXPECT_EQ(made->kind(), made->displayKind());
     EXPECT_TRUE(file("README")->extension().isNull());
+}
+
+TEST_F(KRFileReferenceNames, name_isTheLastComponent_ofAPathThatEndsInASlash)
+{
+    const auto nameFor = [this](const char *path) {
+        _ZelFileAttribute known = ZelFileAttributeNone_fct();
+        known.empty = 0;
+        known.path = mallocCopy(path);
+        return KRFileReference::initWithFSRef(*file("file")->fileRef(), std::move(known))->name();
+    };
+    EXPECT_EQ(nameFor("/"), QStringLiteral("/"));
+    EXPECT_EQ(nameFor("//"), QStringLiteral("/"));
+    EXPECT_EQ(nameFor("/volume/folder/"), QStringLiteral("folder"));
+    EXPECT_EQ(KRFileReference::initWithPath(QStringLiteral("/"))->name(), QStringLiteral("/"));
+}
+
+TEST_F(KRFileReferenceNames, flagsAndNames_readNoContents)
+{
+    // A fifo's reader would wait; a file that has been read has a new time of access where those are kept strictly, and
+    // always when that time lies behind its modification.
+    const std::shared_ptr<KRFileReference> made = file("README");
+    tree.makeFile("README", "some text");
+    const timespec times[] = {{1000, 0}, {2000, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, tree.path("README").constData(), times, 0), 0);
+    const auto accessTime = [this] {
+        struct stat facts = {};
+        EXPECT_EQ(::stat(tree.path("README").constData(), &facts), 0);
+        return facts.st_atim.tv_sec;
+    };
+    EXPECT_FALSE(made->isInvisible() || made->isBundle() || made->isExtensionHidden());
+    EXPECT_EQ(made->displayName(), QStringLiteral("README"));
+    EXPECT_EQ(accessTime(), 1000);
+    EXPECT_FALSE(made->displayKind().isEmpty());
+    if (accessTime() == 1000)
+        GTEST_SKIP() << "this file system keeps no times of access";
 }
 
 TEST_F(KRFileReferenceNames, names_keepBytesThatAreNotUtf8)
