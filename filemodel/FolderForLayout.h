@@ -1,5 +1,7 @@
 #pragma once
 
+#include "filemodel/LayoutSource.h"
+
 #include <memory>
 
 namespace Tessaron
@@ -8,8 +10,9 @@ namespace Tessaron
 class DRFolder;
 class KRFileReference;
 
-/// What virtualFolderWithFileReference() makes, never null; `*errnoValue` is 0, or says why the folder's icon or Finder
-/// flags could not be read and are missing.
-[[nodiscard]] std::shared_ptr<DRFolder> folderForLayout(KRFileReference &reference, int *errnoValue);
+/// What virtualFolderWithFileReference() makes, never null. A real folder is looked for in the open folder `above` and
+/// left open in `source`. `*errnoValue` is 0, or says why its icon or Finder flags could not be read and are missing.
+[[nodiscard]] std::shared_ptr<DRFolder> folderForLayout(KRFileReference &reference, const LayoutSource &above,
+                                                        LayoutSource *source, int *errnoValue);
 
 } // namespace Tessaron

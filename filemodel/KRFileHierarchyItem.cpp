@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <unordered_map>
 
 namespace Tessaron
 {
@@ -139,7 +140,7 @@ std::size_t KRFileHierarchyItem::numberOfVisibleItems() const
 {
     std::size_t count = 0;
     for (const auto &item : walk())
-        count += isVisible(*item) ? 1 : 0;
+        count += item && isVisible(*item) ? 1 : 0;
     return count;
 }
 
@@ -147,7 +148,7 @@ KRFileHierarchyItem::Items KRFileHierarchyItem::visibleItems() const
 {
     Items result;
     for (const auto &item : walk()) {
-        if (isVisible(*item))
+        if (item && isVisible(*item))
             result.push_back(item);
     }
     return result;
@@ -158,7 +159,7 @@ std::shared_ptr<KRFileHierarchyItem> KRFileHierarchyItem::childWithDesiredName(c
     if (name.isNull())
         return nullptr;
     for (const auto &item : walk()) {
-        KRFileReference *const reference = item->m_fileReference.get();
+        KRFileReference *const reference = item ? item->m_fileReference.get() : nullptr;
         if (!reference)
             continue;
         QString discName = desiredDiscNameOrNull(*reference);
@@ -174,17 +175,40 @@ std::shared_ptr<KRFileHierarchyItem> KRFileHierarchyItem::childWithDesiredName(c
 
 std::uint64_t KRFileHierarchyItem::contentsPhysicalSize() const
 {
-    std::uint64_t size = 0;
-    std::vector<const KRFileHierarchyItem *> pending{this};
-    while (!pending.empty()) {
-        const KRFileHierarchyItem *const item = pending.back();
-        pending.pop_back();
-        if (item->m_fileReference)
-            size += item->m_fileReference->physicalSize();
-        for (const auto &child : item->walk())
-            pending.push_back(child.get());
+    struct OpenItem {
+        const KRFileHierarchyItem *item;
+        std::uint64_t size;
+        std::size_t nextChild = 0;
+    };
+    const auto ownSize = [](const KRFileHierarchyItem &item) {
+        return item.m_fileReference ? item.m_fileReference->physicalSize() : 0;
+    };
+    // Of items with children, so that one that lies in many places is walked once; 0 while it is being walked, so that
+    // one that holds itself, made so through items(), comes to an end.
+    std::unordered_map<const KRFileHierarchyItem *, std::uint64_t> sizes{{this, 0}};
+    std::vector<OpenItem> open{{this, ownSize(*this)}};
+    for (;;) {
+        OpenItem &top = open.back();
+        if (top.nextChild == top.item->m_items.size()) {
+            const std::uint64_t size = top.size;
+            sizes[top.item] = size;
+            open.pop_back();
+            if (open.empty())
+                return size;
+            open.back().size += size;
+            continue;
+        }
+        const KRFileHierarchyItem *const child = top.item->m_items[top.nextChild++].get();
+        if (!child)
+            continue;
+        if (child->m_items.empty()) {
+            top.size += ownSize(*child);
+        } else if (const auto [known, isNew] = sizes.try_emplace(child, 0); !isNew) {
+            top.size += known->second;
+        } else {
+            open.push_back({child, ownSize(*child)});
+        }
     }
-    return size;
 }
 
 } // namespace Tessaron

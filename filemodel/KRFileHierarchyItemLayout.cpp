@@ -17,7 +17,7 @@ namespace Tessaron
 bool KRFileHierarchyItem::createDRLayoutAsyncNotifyProgressToTarget(const KRFileHierarchyItemLayoutTarget &target)
 {
     if (isCreatingLayout() || !target.KRFileHierarchyItemDRLayoutCreationProgress
-        || !target.KRFileHierarchyItemDRLayoutCreationFinished)
+        || !target.KRFileHierarchyItemDRLayoutCreationFinished || !target.context.isAlive())
         return false;
     const std::weak_ptr<KRFileHierarchyItem> weakThis = weak_from_this();
     m_creation = std::make_unique<LayoutCreation>();
@@ -61,9 +61,9 @@ bool KRFileHierarchyItem::cancelDRLayoutCreationNotifyTarget(const KRFileHierarc
 void KRFileHierarchyItem::_beginLayoutCreationOnThread()
 {
     LayoutCreation &creation = *m_creation;
-    std::shared_ptr<DRFolder> folder;
+    std::shared_ptr<DRFSObject> root;
     try {
-        folder = std::dynamic_pointer_cast<DRFolder>(_createDRLayoutForItem(nullptr, nullptr, *this));
+        root = _createDRLayoutForItem(nullptr, nullptr, *this);
     } catch (const std::bad_alloc &) {
         // Room for one was made at the start.
         const FSRef ref = m_fileReference ? *m_fileReference->fileRef() : FSRef();
@@ -75,7 +75,7 @@ void KRFileHierarchyItem::_beginLayoutCreationOnThread()
         if (isCancelled)
             creation.messages->postEnd([this] { _notifyTargetWeCanceled(); });
         else
-            creation.messages->postEnd([this, folder] { _notifyTargetWeAreFinished(folder); });
+            creation.messages->postEnd([this, root] { _notifyTargetWeAreFinished(root); });
     });
 }
 
@@ -115,11 +115,11 @@ void KRFileHierarchyItem::_notifyTargetOfProgress(float progress)
         target->KRFileHierarchyItemDRLayoutCreationProgress(*this, progress);
 }
 
-void KRFileHierarchyItem::_notifyTargetWeAreFinished(const std::shared_ptr<DRFolder> &folder)
+void KRFileHierarchyItem::_notifyTargetWeAreFinished(const std::shared_ptr<DRFSObject> &root)
 {
     const auto target = endLayoutCreation();
     if (target->context.isAlive() && target->KRFileHierarchyItemDRLayoutCreationFinished)
-        target->KRFileHierarchyItemDRLayoutCreationFinished(*this, folder);
+        target->KRFileHierarchyItemDRLayoutCreationFinished(*this, root);
 }
 
 void KRFileHierarchyItem::_notifyTargetWeCanceled()

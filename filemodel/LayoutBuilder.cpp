@@ -3,15 +3,13 @@
 #include "filemodel/DesiredDiscName.h"
 #include "filemodel/FolderForLayout.h"
 #include "platform/coreservices/FSRefAccess.h"
-#include "platform/coreservices/FilePlaces.h"
-#include "platform/coreservices/NodeTable.h"
 #include "platform/discrecording/objects/DRFile.h"
 #include "platform/discrecording/objects/DRFolder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 
-#include <vector>
+#include <utility>
 
 namespace Tessaron
 {
@@ -46,12 +44,6 @@ void setOptions(KRFileReference &reference, DRFSObject &object)
         object.setProperty(true, DRMacFinderHideExtension, DRAllFilesystems);
 }
 
-/// The file that gives a folder its icon; the folder's own step adds it.
-bool isFolderIcon(const KRFileReference &reference)
-{
-    return nameOfFSRef(*reference.fileRef()) == QByteArrayView("Icon\r");
-}
-
 /// A folder that has the name of an icon's file was taken for one when the folder above was made.
 void takeOutIconFile(DRFolder &parent, const DRFolder &child)
 {
@@ -60,12 +52,6 @@ void takeOutIconFile(DRFolder &parent, const DRFolder &child)
     const std::shared_ptr<DRFSObject> first = parent.children().front();
     if (!first->isFolder() && first->sourceRef() == child.sourceRef())
         parent.removeChild(first);
-}
-
-QString nameOfNode(std::uint32_t node)
-{
-    const std::string_view name = NodeTable::shared().nameOf(node);
-    return stringWithFileSystemRepresentation(QByteArrayView(name.data(), static_cast<qsizetype>(name.size())));
 }
 
 /// In units of 1,048,576 bytes; whole units of 10,240 bytes only.
@@ -82,6 +68,7 @@ double amountOfFile(KRFileReference &reference)
 struct LayoutBuilder::OpenFolder {
     KRFileHierarchyItem *item = nullptr;
     std::shared_ptr<DRFolder> folder;
+    LayoutSource source;
     QString discName;
     std::size_t nextChild = 0;
 };
@@ -96,63 +83,88 @@ std::shared_ptr<DRFSObject> LayoutBuilder::build(KRFileHierarchyItem &item, DRFo
     if (m_hooks.isCancelled(item) || !item.fileReference())
         return nullptr;
     if (!item.fileReference()->isContainer())
-        return makeFile(item, addToFolder);
+        return makeFile(item, LayoutSource(), addToFolder);
 
     std::vector<OpenFolder> stack;
-    stack.push_back(openFolder(item));
+    std::unordered_set<const KRFileHierarchyItem *> open; // those on the stack: none is laid out inside itself
+    enter(item, stack, open);
     for (;;) {
-        OpenFolder &open = stack.back();
-        if (m_hooks.isAbandoned() || (open.nextChild > 0 && stack.size() == 1 && m_hooks.isCancelled(item)))
+        OpenFolder &top = stack.back();
+        if (m_hooks.isAbandoned() || (top.nextChild > 0 && stack.size() == 1 && m_hooks.isCancelled(item)))
             return nullptr;
-        if (open.nextChild < open.item->items().size()) {
-            KRFileHierarchyItem *const child = open.item->items()[open.nextChild++].get();
-            if (!child || !child->fileReference())
+        if (top.nextChild < top.item->items().size()) {
+            KRFileHierarchyItem *const child = top.item->items()[top.nextChild++].get();
+            if (!child || !child->fileReference() || open.contains(child))
                 continue;
             if (child->fileReference()->isContainer())
-                stack.push_back(openFolder(*child));
+                enter(*child, stack, open);
             else
-                makeFile(*child, open.folder.get());
+                makeFile(*child, top.source, top.folder.get());
             continue;
         }
-        const std::shared_ptr<DRFolder> folder = open.folder;
-        const QString discName = open.discName;
-        stack.pop_back();
-        if (DRFolder *const parent = stack.empty() ? addToFolder : stack.back().folder.get()) {
-            takeOutIconFile(*parent, *folder);
-            parent->addChild(folder);
-        }
-        if (!discName.isNull())
-            folder->setBaseName(discName);
+        open.erase(top.item);
+        const std::shared_ptr<DRFolder> folder = leave(stack, addToFolder);
         if (stack.empty())
             return m_hooks.isCancelled(item) ? nullptr : folder;
     }
 }
 
-LayoutBuilder::OpenFolder LayoutBuilder::openFolder(KRFileHierarchyItem &item) const
+void LayoutBuilder::enter(KRFileHierarchyItem &item, std::vector<OpenFolder> &stack,
+                          std::unordered_set<const KRFileHierarchyItem *> &open) const
 {
+    /// Folders above each other that keep their descriptors.
+    constexpr std::size_t mostOpen = 16;
     const std::shared_ptr<KRFileReference> &reference = item.fileReference();
-    OpenFolder open;
-    open.item = &item;
-    open.discName = desiredDiscNameOrNull(*reference);
+    OpenFolder entered;
+    entered.item = &item;
+    entered.discName = desiredDiscNameOrNull(*reference);
     if (reference->isVirtual()) {
-        open.folder = DRFolderCreateVirtual(open.discName);
+        entered.folder = DRFolderCreateVirtual(entered.discName);
     } else {
+        const LayoutSource outside;
         int error = 0;
-        open.folder = folderForLayout(*reference, &error);
+        entered.folder =
+            folderForLayout(*reference, stack.empty() ? outside : stack.back().source, &entered.source, &error);
         if (error != 0)
             m_hooks.noteUnreadable(*reference->fileRef(), error);
     }
-    setOptions(*reference, *open.folder);
-    return open;
+    setOptions(*reference, *entered.folder);
+    stack.push_back(std::move(entered));
+    open.insert(&item);
+    if (stack.size() > mostOpen)
+        stack[stack.size() - mostOpen - 1].source.descriptor.reset();
 }
 
-std::shared_ptr<DRFSObject> LayoutBuilder::makeFile(KRFileHierarchyItem &item, DRFolder *addToFolder) const
+/// Takes the folder that is done from the stack and puts it into the one that holds it.
+std::shared_ptr<DRFolder> LayoutBuilder::leave(std::vector<OpenFolder> &stack, DRFolder *addToFolder)
+{
+    const OpenFolder done = std::move(stack.back());
+    stack.pop_back();
+    if (!stack.empty()) {
+        OpenFolder &above = stack.back();
+        if (above.source.node != 0 && !above.source.descriptor)
+            above.source.descriptor = openSourceAbove(done.source, above.folder->sourceRef());
+    }
+    if (DRFolder *const parent = stack.empty() ? addToFolder : stack.back().folder.get()) {
+        takeOutIconFile(*parent, *done.folder);
+        parent->addChild(done.folder);
+    }
+    if (!done.discName.isNull())
+        done.folder->setBaseName(done.discName);
+    return done.folder;
+}
+
+std::shared_ptr<DRFSObject> LayoutBuilder::makeFile(KRFileHierarchyItem &item, const LayoutSource &source,
+                                                    DRFolder *addToFolder) const
 {
     KRFileReference &reference = *item.fileReference();
-    if (isFolderIcon(reference))
+    const FSRef &ref = *reference.fileRef();
+    const LayoutPlace place = findLayoutPlace(ref, source);
+    // The file that gives a folder its icon: the folder's own step adds it.
+    if (place.name == QByteArrayView("Icon\r"))
         return nullptr;
     m_hooks.willAddFile(amountOfFile(reference));
-    std::shared_ptr<DRFile> file = DRFileCreateReal(reference.fileRef());
+    const std::shared_ptr<DRFile> file = DRFileCreateReal(&ref);
     if (!file)
         return nullptr;
     setOptions(reference, *file);
@@ -161,9 +173,8 @@ std::shared_ptr<DRFSObject> LayoutBuilder::makeFile(KRFileHierarchyItem &item, D
     const QString discName = desiredDiscNameOrNull(reference);
     if (!discName.isNull())
         file->setBaseName(discName);
-    else if (const std::uint32_t place = FilePlaces::shared().currentNode(*reference.fileRef());
-             place != reference.fileRef()->node)
-        file->setBaseName(nameOfNode(place)); // renamed since it was added
+    else if (place.name != nameOfFSRef(ref))
+        file->setBaseName(stringWithFileSystemRepresentation(place.name)); // renamed since it was added
     m_hooks.didAddFile();
     return file;
 }

@@ -2,6 +2,8 @@
 
 #include <functional>
 #include <memory>
+#include <unordered_set>
+#include <vector>
 
 namespace Tessaron
 {
@@ -10,9 +12,11 @@ class DRFSObject;
 class DRFolder;
 class KRFileHierarchyItem;
 struct FSRef;
+struct LayoutSource;
 
-/// Builds the objects of a layout from a tree of items. Works with a stack of its own, so that the depth of a tree is
-/// limited by memory alone. What it makes refers to nothing of the items. Used on the worker of a layout creation.
+/// Builds the objects of a layout from a tree of items, as the files are named on the disk at that time. Works with a
+/// stack of its own, so that the depth of a tree is limited by memory alone. What it makes refers to nothing of the
+/// items. Used on the worker of a layout creation.
 class LayoutBuilder
 {
 public:
@@ -38,8 +42,11 @@ public:
 private:
     struct OpenFolder;
 
-    [[nodiscard]] OpenFolder openFolder(KRFileHierarchyItem &item) const;
-    std::shared_ptr<DRFSObject> makeFile(KRFileHierarchyItem &item, DRFolder *addToFolder) const;
+    void enter(KRFileHierarchyItem &item, std::vector<OpenFolder> &stack,
+               std::unordered_set<const KRFileHierarchyItem *> &open) const;
+    static std::shared_ptr<DRFolder> leave(std::vector<OpenFolder> &stack, DRFolder *addToFolder);
+    std::shared_ptr<DRFSObject> makeFile(KRFileHierarchyItem &item, const LayoutSource &source,
+                                         DRFolder *addToFolder) const;
 
     const Hooks m_hooks;
 };

@@ -72,7 +72,9 @@ QByteArray numberedName(QByteArray stem, std::uint64_t number, const QByteArray 
         end.append('.').append(extension);
     qsizetype room = std::max<qsizetype>(NAME_MAX - end.size(), 1);
     if (stem.size() > room) {
-        constexpr auto continuesCharacter = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0u) == 0x80; };
+        constexpr auto continuesCharacter = [](char byte) {
+            return (static_cast<unsigned char>(byte) & 0xC0u) == 0x80;
+        };
         while (room > 1 && continuesCharacter(stem[room]))
             --room;
         stem.truncate(room);

@@ -25,8 +25,9 @@ std::shared_ptr<DRFolder> virtualFolderWithFSRef(const FSRef &ref)
 
 std::shared_ptr<DRFolder> virtualFolderWithFileReference(const std::shared_ptr<KRFileReference> &reference)
 {
+    LayoutSource source;
     int error = 0; // a folder without flags and icon is the answer then
-    return folderForLayout(*reference, &error);
+    return folderForLayout(*reference, LayoutSource(), &source, &error);
 }
 
 } // namespace Tessaron

@@ -51,9 +51,10 @@ KRFileHierarchyItemLayoutTarget DataPanel::target()
             manager->TessaronPanelLayoutCreationProgress(*this, progress);
     };
     target.KRFileHierarchyItemDRLayoutCreationFinished = [this](KRFileHierarchyItem &,
-                                                                const std::shared_ptr<DRFolder> &folder) {
+                                                                const std::shared_ptr<DRFSObject> &root) {
         if (const auto manager = m_manager.lock())
-            manager->TessaronPanelLayoutIsCreated(*this, DRTrack::trackForRootFolder(folder));
+            manager->TessaronPanelLayoutIsCreated(
+                *this, DRTrack::trackForRootFolder(std::dynamic_pointer_cast<DRFolder>(root)));
     };
     target.KRFileHierarchyItemDRLayoutCreationDidCancel = [this](KRFileHierarchyItem &) {
         if (const auto manager = m_manager.lock())

@@ -32,10 +32,10 @@ struct KRFileHierarchyItemLayoutTarget {
     /// After each file that was put into the layout. The progress lies between 0 and 1, but does not reach 1: it is the
     /// amount done in units of 1,048,576 bytes divided by the total in bytes.
     std::function<void(KRFileHierarchyItem &, float)> KRFileHierarchyItemDRLayoutCreationProgress;
-    /// Once, at the end of a run that was not cancelled, with the root folder; null when nothing could be made, and
-    /// when memory ran out (see KRFileHierarchyItem::unreadableFolders()). The
-    /// target shares ownership of the folder and may keep it; it refers to nothing of the item tree.
-    std::function<void(KRFileHierarchyItem &, const std::shared_ptr<DRFolder> &)>
+    /// Once, at the end of a run that was not cancelled, with the root: a DRFolder, or a DRFile where the item is a
+    /// file; null when nothing could be made, and when memory ran out (see KRFileHierarchyItem::unreadableFolders()).
+    /// The target shares ownership of it and may keep it; it refers to nothing of the item tree.
+    std::function<void(KRFileHierarchyItem &, const std::shared_ptr<DRFSObject> &)>
         KRFileHierarchyItemDRLayoutCreationFinished;
     /// Once, at the end of a cancelled run.
     std::function<void(KRFileHierarchyItem &)> KRFileHierarchyItemDRLayoutCreationDidCancel;
@@ -85,8 +85,9 @@ public:
     [[nodiscard]] const Items &items() const { return m_items; }
     [[nodiscard]] std::size_t numberOfItems() const { return m_items.size(); }
 
-    /// The children for a loop that notices when children are added or removed under it: taking the next child then
-    /// raises std::logic_error. The child of the current turn stays alive during its turn.
+    /// The children for a loop that notices when children are added, removed or exchanged under it: taking the next
+    /// child, or the end of the loop, then raises std::logic_error. The child of the current turn stays alive during
+    /// its turn.
     [[nodiscard]] Walk walk() const;
 
     /// Sets the child's parent to this item and appends it. Ignored for null and for an item that is this one or
@@ -114,7 +115,8 @@ public:
     [[nodiscard]] std::uint64_t contentsPhysicalSize() const;
 
     /// Starts building a layout of this subtree on a worker thread. False, and nothing started, when a creation is
-    /// already running on this item or the target lacks one of the progress and finished callbacks. On the main thread.
+    /// already running on this item, or the target lacks one of the progress and finished callbacks or its context is
+    /// gone. On the main thread.
     [[nodiscard]] bool createDRLayoutAsyncNotifyProgressToTarget(const KRFileHierarchyItemLayoutTarget &target);
 
     /// Asks the running creation to stop and sends further callbacks to `target`. True when a worker was there to be
@@ -137,7 +139,7 @@ private:
     void _increaseCurrentDRSizeBy(double amount);
     [[nodiscard]] float _drprogressPercent() const;
     void _notifyTargetOfProgress(float progress);
-    void _notifyTargetWeAreFinished(const std::shared_ptr<DRFolder> &folder);
+    void _notifyTargetWeAreFinished(const std::shared_ptr<DRFSObject> &root);
     void _notifyTargetWeCanceled();
     std::shared_ptr<const KRFileHierarchyItemLayoutTarget> endLayoutCreation();
 
@@ -160,49 +162,55 @@ public:
         using pointer = const value_type *;
         using reference = value_type; ///< a copy: it stays alive when the loop's body changes the array
 
-        Iterator(const Items &items, std::size_t index)
-            : m_items(&items)
-            , m_start(items.data())
-            , m_count(items.size())
+        Iterator(const Walk &walk, std::size_t index)
+            : m_walk(&walk)
             , m_index(index)
         {
         }
 
         reference operator*() const
         {
-            throwIfChanged();
-            return (*m_items)[m_index];
+            m_walk->throwIfChangedAt(m_index);
+            return m_walk->m_items[m_index];
         }
         Iterator &operator++()
         {
-            throwIfChanged();
-            ++m_index;
+            m_walk->throwIfChangedAt(m_index);
+            if (++m_index == m_walk->m_atStart.size())
+                m_walk->throwIfChanged();
             return *this;
         }
         friend bool operator==(const Iterator &one, const Iterator &other) { return one.m_index == other.m_index; }
 
     private:
-        void throwIfChanged() const
-        {
-            if (m_items->data() != m_start || m_items->size() != m_count)
-                throw std::logic_error("the children of a file hierarchy item were changed during a walk");
-        }
-
-        const Items *m_items;
-        const value_type *m_start;
-        std::size_t m_count;
+        const Walk *m_walk;
         std::size_t m_index;
     };
 
     explicit Walk(const Items &items)
         : m_items(items)
     {
+        m_atStart.reserve(items.size());
+        for (const auto &item : items)
+            m_atStart.push_back(item.get());
     }
-    [[nodiscard]] Iterator begin() const { return Iterator(m_items, 0); }
-    [[nodiscard]] Iterator end() const { return Iterator(m_items, m_items.size()); }
+    [[nodiscard]] Iterator begin() const { return Iterator(*this, 0); }
+    [[nodiscard]] Iterator end() const { return Iterator(*this, m_atStart.size()); }
 
 private:
+    void throwIfChangedAt(std::size_t index) const
+    {
+        if (m_items.size() != m_atStart.size() || m_items[index].get() != m_atStart[index])
+            throw std::logic_error("the children of a file hierarchy item were changed during a walk");
+    }
+    void throwIfChanged() const
+    {
+        for (std::size_t index = 0; index < m_atStart.size(); ++index)
+            throwIfChangedAt(index);
+    }
+
     const Items &m_items;
+    std::vector<const KRFileHierarchyItem *> m_atStart;
 };
 
 inline KRFileHierarchyItem::Walk KRFileHierarchyItem::walk() const

@@ -125,8 +125,10 @@ void ImageMaker::sourcesGathered()
     KRFileHierarchyItemLayoutTarget target;
     target.context = m_life;
     target.KRFileHierarchyItemDRLayoutCreationProgress = [](KRFileHierarchyItem &, float) {};
-    target.KRFileHierarchyItemDRLayoutCreationFinished =
-        [this](KRFileHierarchyItem &, const std::shared_ptr<DRFolder> &folder) { layoutMade(folder); };
+    target.KRFileHierarchyItemDRLayoutCreationFinished = [this](KRFileHierarchyItem &,
+                                                                const std::shared_ptr<DRFSObject> &root) {
+        layoutMade(std::dynamic_pointer_cast<DRFolder>(root));
+    };
     if (!m_rootItem->createDRLayoutAsyncNotifyProgressToTarget(target))
         stop(noLayout());
 }

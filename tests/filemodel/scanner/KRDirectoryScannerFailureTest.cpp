@@ -284,9 +284,9 @@ TEST_F(KRDirectoryScannerFailure, everyAllocationThatFails_isSurvivedOrTold)
     for (int call = 0; hasFailed && call < 2000; ++call) {
         events.clear();
         root.reset();
-        ASSERT_TRUE(scanner->startDirectoryScan());
         {
             const Testing::FailingAllocation failing(call);
+            ASSERT_TRUE(scanner->startDirectoryScan());
             scanner->waitUntilScanEnds();
             ASSERT_TRUE(Testing::runEventLoopUntil([this] { return !events.empty() && events.back() == "finished"; }));
             hasFailed = failing.hasFailed();

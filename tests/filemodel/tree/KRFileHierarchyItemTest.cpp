@@ -279,6 +279,8 @@ TEST(KRFileHierarchyItem, walk_raises_whenTheChildrenAreChangedUnderIt)
     EXPECT_THROW(changeWhileWalking([](KRFileHierarchyItem &root) { root.addItem(folderNamed(x)); }), std::logic_error);
     EXPECT_THROW(changeWhileWalking([](KRFileHierarchyItem &root) { root.removeItemAtIndex(0); }), std::logic_error);
     EXPECT_THROW(changeWhileWalking([](KRFileHierarchyItem &root) { root.items().clear(); }), std::logic_error);
+    EXPECT_THROW(changeWhileWalking([](KRFileHierarchyItem &root) { std::swap(root.items()[0], root.items()[1]); }),
+                 std::logic_error);
 }
 
 TEST(KRFileHierarchyItem, treesOfAnyDepth_areSizedAndFreedWithoutRecursion)

@@ -119,9 +119,65 @@ TEST(LayoutCreation, finished_getsNull_whenTheRootCannotBeMade)
     LayoutRecorder icon;
     EXPECT_FALSE(icon.run(*itemAt(QString::fromUtf8(tree.makeFile("Icon\r")))));
     EXPECT_EQ(icon.calls, (std::vector<std::string>{"finished"}));
-    LayoutRecorder file; // a file is no root folder
-    EXPECT_FALSE(file.run(*itemAt(QString::fromUtf8(tree.makeFile("file")))));
-    EXPECT_EQ(file.calls, (std::vector<std::string>{"progress", "finished"}));
+}
+
+TEST(LayoutCreation, finished_getsTheFile_whenTheRootIsOne)
+{
+    const TemporaryTree tree;
+    LayoutRecorder recorder;
+    EXPECT_FALSE(recorder.run(*itemAt(QString::fromUtf8(tree.makeFile("file")))));
+    EXPECT_EQ(recorder.calls, (std::vector<std::string>{"progress", "finished"}));
+    ASSERT_TRUE(recorder.madeRoot);
+    EXPECT_FALSE(recorder.madeRoot->isFolder());
+    EXPECT_EQ(recorder.madeRoot->baseName(), QStringLiteral("file"));
+}
+
+TEST(LayoutCreation, start_isFalse_forATargetThatIsGone)
+{
+    const auto root = virtualFolderItem(QStringLiteral("disc"));
+    LayoutRecorder recorder;
+    KRFileHierarchyItemLayoutTarget target = recorder.target();
+    auto context = std::make_shared<int>();
+    target.context = CallbackContext(context);
+    context.reset();
+    EXPECT_FALSE(root->createDRLayoutAsyncNotifyProgressToTarget(target));
+    ASSERT_TRUE(recorder.run(*root)) << "nothing was started";
+}
+
+TEST(LayoutCreation, anItemThatHoldsItself_isLaidOutOnce_andNullChildrenAreNone)
+{
+    const TemporaryTree tree;
+    const auto root = virtualFolderItem(QStringLiteral("disc"));
+    const auto inner = virtualFolderItem(QStringLiteral("inner"));
+    root->addItem(inner);
+    inner->addItem(itemAt(QString::fromUtf8(tree.makeFile("file", "x"))));
+    const std::uint64_t size = root->contentsPhysicalSize();
+    inner->items().push_back(root); // past the check of addItem()
+    inner->items().push_back(inner);
+    inner->items().push_back(nullptr);
+    EXPECT_EQ(root->contentsPhysicalSize(), size);
+    EXPECT_EQ(inner->visibleItems().size(), 3u);
+    EXPECT_EQ(inner->numberOfVisibleItems(), 3u);
+    EXPECT_FALSE(inner->childWithDesiredName(QStringLiteral("missing")));
+    LayoutRecorder recorder;
+    const auto folder = recorder.run(*root);
+    ASSERT_TRUE(folder);
+    EXPECT_EQ(pathsBelow(*folder), (QStringList{QStringLiteral("inner/"), QStringLiteral("inner/file")}));
+    inner->items().clear(); // or they would keep each other alive
+}
+
+TEST(LayoutCreation, aChildInManyPlaces_isCountedInEach_withoutWalkingItAgain)
+{
+    const TemporaryTree tree;
+    auto item = virtualFolderItem(QStringLiteral("innermost"));
+    item->addItem(itemAt(QString::fromUtf8(tree.makeFile("file", "x"))));
+    const std::uint64_t size = item->contentsPhysicalSize();
+    for (int level = 0; level < 40; ++level) { // 2^40 ways to the file
+        const auto above = virtualFolderItem(QString::number(level));
+        above->items() = {item, item};
+        item = above;
+    }
+    EXPECT_EQ(item->contentsPhysicalSize(), size << 40);
 }
 
 TEST(LayoutCreation, anotherOne_canBeStartedFromTheFinishedCallback)

@@ -4,6 +4,7 @@
 #include "tests/support/TemporaryTree.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <gtest/gtest.h>
 
 using namespace Tessaron;
@@ -275,4 +276,33 @@ TEST(LayoutObjects, aFolderWhoseIconCannotBeLookedFor_isNamed)
     LayoutRecorder again;
     ASSERT_TRUE(again.run(*root));
     EXPECT_TRUE(root->unreadableFolders().empty());
+}
+
+TEST(LayoutObjects, filesAreLaidOut_asTheyAreNamedAtThatTime)
+{
+    const TemporaryTree tree;
+    tree.makeFile("folder/Icon\r", "was the icon");
+    tree.makeFile("folder/other", "is the icon");
+    tree.makeFile("folder/inner/file", "x");
+    const auto root = itemAt(tree.pathText("folder"));
+    for (const char *const name : {"folder/Icon\r", "folder/other", "folder/inner"})
+        root->addItem(itemAt(tree.pathText(name)));
+    root->items().back()->addItem(itemAt(tree.pathText("folder/inner/file")));
+    for (const auto &item : root->items())
+        EXPECT_FALSE(item->fileReference()->name().isNull()); // and remembered for five seconds
+    const auto rename = [&tree](const char *from, const char *to) {
+        ASSERT_EQ(::rename(tree.path(from).constData(), tree.path(to).constData()), 0);
+    };
+    rename("folder/Icon\r", "folder/plain");
+    rename("folder/other", "folder/Icon\r");
+    rename("folder/inner/file", "folder/inner/renamed file");
+    rename("folder/inner", "folder/renamed folder");
+    rename("folder", "renamed root");
+    LayoutRecorder recorder;
+    const auto folder = recorder.run(*root);
+    ASSERT_TRUE(folder);
+    EXPECT_EQ(folder->baseName(), QStringLiteral("renamed root"));
+    EXPECT_EQ(pathsBelow(*folder),
+              (QStringList{QStringLiteral("Icon\r"), QStringLiteral("plain"), QStringLiteral("renamed folder/"),
+                           QStringLiteral("renamed folder/renamed file")}));
 }

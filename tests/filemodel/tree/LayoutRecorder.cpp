@@ -20,10 +20,11 @@ KRFileHierarchyItemLayoutTarget LayoutRecorder::target()
             onProgress(item);
     };
     target.KRFileHierarchyItemDRLayoutCreationFinished = [this](KRFileHierarchyItem &item,
-                                                                const std::shared_ptr<DRFolder> &made) {
+                                                                const std::shared_ptr<DRFSObject> &made) {
         EXPECT_TRUE(isMainThread());
         calls.emplace_back("finished");
-        folder = made;
+        madeRoot = made;
+        folder = std::dynamic_pointer_cast<DRFolder>(made);
         isOver = true;
         if (onEnd)
             onEnd(item);

@@ -17,7 +17,8 @@ namespace Tessaron::Testing
 struct LayoutRecorder {
     std::vector<std::string> calls;
     std::vector<float> progress;
-    std::shared_ptr<DRFolder> folder;
+    std::shared_ptr<DRFSObject> madeRoot;
+    std::shared_ptr<DRFolder> folder; ///< the root where it is one
     bool isOver = false;
     std::function<void(KRFileHierarchyItem &)> onProgress; ///< called as well
     std::function<void(KRFileHierarchyItem &)> onEnd; ///< called as well, at either end

@@ -1,10 +1,14 @@
 #include "platform/discrecording/objects/DRFile.h"
 #include "platform/discrecording/objects/DRFolder.h"
+#include "tests/coreservices/LongTree.h"
 #include "tests/filemodel/tree/LayoutRecorder.h"
+#include "tests/support/EventLoop.h"
 #include "tests/support/TemporaryTree.h"
+#include <TessaronClasses/KRDirectoryScanner.h>
 
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <gtest/gtest.h>
 #include <malloc.h>
 
@@ -81,4 +85,33 @@ TEST(LayoutScale, aVeryDeepTree_needsNoRecursion)
     for (const DRFolder *at = folder.get(); !at->children().empty(); ++depth)
         at = static_cast<const DRFolder *>(at->children().front().get());
     EXPECT_EQ(depth, 100'000u);
+}
+
+TEST(LayoutScale, aLayoutThousandsOfLevelsDeep_takesTimeForEachLevelOnce)
+{
+    constexpr int levels = 6000;
+    const TemporaryTree tree;
+    ASSERT_FALSE(makeDeepFolders(tree.path(), "d", levels).isEmpty());
+    const auto scanner = KRDirectoryScanner::directoryScannerWithPath(tree.pathText());
+    std::shared_ptr<KRFileHierarchyItem> root;
+    KRDirectoryScannerDelegate delegate;
+    delegate.directoryScannerScanDidFinishWithHierarchyItem =
+        [&root](KRDirectoryScanner &, const std::shared_ptr<KRFileHierarchyItem> &item) { root = item; };
+    scanner->setDelegate(delegate);
+    ASSERT_TRUE(scanner->startDirectoryScan());
+    ASSERT_TRUE(runEventLoopUntil([&root] { return root != nullptr; }));
+    LayoutRecorder recorder;
+    const std::clock_t start = std::clock();
+    const auto folder = recorder.run(*root);
+    const double seconds = double(std::clock() - start) / CLOCKS_PER_SEC;
+    std::printf("layout of %d levels: %.0f ms of processor time\n", levels, seconds * 1000);
+    ASSERT_TRUE(folder);
+    int depth = 0;
+    for (const DRFSObject *at = folder.get(); at->isFolder(); ++depth)
+        at = static_cast<const DRFolder *>(at)->children().front().get();
+    --depth; // the root itself
+    EXPECT_EQ(depth, levels);
+    EXPECT_TRUE(root->unreadableFolders().empty());
+    EXPECT_LT(seconds, 3.0); // by paths it takes half a minute
+    removeDeepFolders(tree.path(), "d", levels);
 }
