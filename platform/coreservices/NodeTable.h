@@ -41,7 +41,7 @@ public:
     /// The name, followed by a NUL, in storage that lives as long as the process. Empty for a number that is no node.
     [[nodiscard]] std::string_view nameOf(std::uint32_t node) const;
 
-    /// A word that the table keeps for its user with each node; zero at first. See FolderIdentities.
+    /// A word that the table keeps for its user with each node; zero at first. See FilePlaces.
     [[nodiscard]] std::uint32_t noteOf(std::uint32_t node) const;
     void setNoteOf(std::uint32_t node, std::uint32_t note);
 
