@@ -244,7 +244,7 @@ void noteFoldersAbove(std::uint32_t node)
 
 bool maySucceed(const FSRef &ref, const struct statx &facts)
 {
-    if (ref.kind == 0 || ref.kind != (facts.stx_mode & S_IFMT))
+    if (ref.kind != 0 && ref.kind != (facts.stx_mode & S_IFMT))
         return false;
     const FSRef found = refWithFacts(facts, 0);
     const bool isSameBirth = found.birthSeconds == ref.birthSeconds && found.birthNanoseconds == ref.birthNanoseconds

@@ -24,8 +24,8 @@ namespace Tessaron
 /// or the one that a search has found to have taken its place.
 [[nodiscard]] bool isFileAtItsPlace(const FSRef &ref, const struct statx &facts);
 
-/// True when the file at the reference's place may stand for the one that was there: of the same kind, on a mount on
-/// which the reference's device was seen, or on the same device with the same birth time.
+/// True when the file at the reference's place may stand for the one that was there: of the same kind (if the reference
+/// knows it), on a mount on which the reference's device was seen, or on the same device with the same birth time.
 [[nodiscard]] bool maySucceed(const FSRef &ref, const struct statx &facts);
 
 /// Notes what the folders above a node are, so that what they hold is found again when one of them is renamed. Only
