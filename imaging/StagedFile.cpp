@@ -146,12 +146,24 @@ QByteArray StagedFile::pathForTheSystem() const
     return length > 0 ? target.left(length) : pathForWriting();
 }
 
+namespace
+{
+
+/// True also where the filesystem has nothing to synchronize.
+bool synchronize(int descriptor)
+{
+    return ::fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
+}
+
+} // namespace
+
 /// Moves staged files to their final names and can take that back.
 class Publisher
 {
 public:
-    explicit Publisher(const std::vector<StagedFile *> &files)
+    Publisher(const std::vector<StagedFile *> &files, Synchronization synchronization)
         : m_files(files)
+        , m_synchronization(synchronization)
         , m_steps(files.size(), Step::Pending)
     {
     }
@@ -169,9 +181,11 @@ private:
     [[nodiscard]] static mode_t finalModeOf(const StagedFile &file);
     bool prepare(StagedFile &file) const;
     bool place(const StagedFile &file, Step *step) const;
+    [[nodiscard]] static bool synchronizeFolder(const StagedFile &file);
     void takeBack();
 
     const std::vector<StagedFile *> &m_files;
+    const Synchronization m_synchronization;
     std::vector<Step> m_steps;
 };
 
@@ -188,7 +202,19 @@ mode_t Publisher::finalModeOf(const StagedFile &file)
 
 bool Publisher::prepare(StagedFile &file) const
 {
-    return ::fchmod(file.descriptor(), finalModeOf(file)) == 0 && file.giveTemporaryName();
+    if (::fchmod(file.descriptor(), finalModeOf(file)) != 0)
+        return false;
+    if (m_synchronization == Synchronization::Wait && !synchronize(file.descriptor()))
+        return false;
+    return file.giveTemporaryName();
+}
+
+/// The new names, too, are to survive a loss of power.
+bool Publisher::synchronizeFolder(const StagedFile &file)
+{
+    const UniqueDescriptor folder(::openat(file.m_folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // A folder that may be written but not read: the whole filesystem then.
+    return folder ? synchronize(folder.get()) : ::syncfs(file.descriptor()) == 0;
 }
 
 bool Publisher::place(const StagedFile &file, Step *step) const
@@ -243,6 +269,11 @@ int Publisher::publish()
             return reason;
         }
     }
+    if (m_synchronization == Synchronization::Wait && !synchronizeFolder(*m_files.front())) {
+        const int reason = errno;
+        takeBack();
+        return reason;
+    }
     for (std::size_t index = 0; index < m_files.size(); ++index) {
         if (m_steps[index] == Step::Exchanged)
             m_files[index]->removeTemporaryName(); // the older file
@@ -252,9 +283,9 @@ int Publisher::publish()
     return 0;
 }
 
-int publishTogether(const std::vector<StagedFile *> &files)
+int publishTogether(const std::vector<StagedFile *> &files, Synchronization synchronization)
 {
-    return Publisher(files).publish();
+    return Publisher(files, synchronization).publish();
 }
 
 } // namespace Tessaron

@@ -62,9 +62,16 @@ private:
     UniqueDescriptor m_file;
 };
 
+/// Whether publishing waits for the disk.
+enum class Synchronization : std::uint8_t {
+    Wait, ///< contents first, then names: no loss of power leaves a final name whose file is not whole
+    DoNotWait,
+};
+
 /// Gives all files their final names, replacing older ones, with the permissions of those or else those that the
 /// process's umask asks for: either all of them or, as far as the filesystem can exchange two names, none. 0 or an
 /// `errno` value; the files stay staged then. Several files must lie in one folder.
-[[nodiscard]] int publishTogether(const std::vector<StagedFile *> &files);
+[[nodiscard]] int publishTogether(const std::vector<StagedFile *> &files,
+                                  Synchronization synchronization = Synchronization::Wait);
 
 } // namespace Tessaron

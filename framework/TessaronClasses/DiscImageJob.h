@@ -2,7 +2,7 @@
 
 #include <TessaronClasses/DiscFormat.h>
 #include <TessaronClasses/DiscJob.h>
-#include <TessaronClasses/DiscSources.h>
+#include <TessaronClasses/UnreadableFolder.h>
 
 #include <QByteArray>
 #include <QList>
@@ -50,8 +50,9 @@ struct DiscImageResult {
     std::uint64_t bytes = 0; ///< of the image file
     std::uint64_t files = 0;
     std::uint64_t folders = 0; ///< the root not counted
-    /// Folders of the sources that could not be listed, so that nothing below them is in the image.
-    std::vector<UnreadableSource> unreadable;
+    /// Folders below the sources that could not be listed, or not to their end: what is in them is missing in the
+    /// image. A source itself that cannot be listed is an error.
+    std::vector<UnreadableFolder> unreadable;
     /// What the disc's filesystems cannot hold as it stands; null when it did not come so far.
     std::shared_ptr<const DRStorageReport> report;
 

@@ -36,6 +36,9 @@ enum class DiscJobErrorCode : std::uint8_t {
                                                    const QString &suggestion = {}, const QByteArray &path = {},
                                                    qint64 status = 0);
 
+/// What a job ends with for which there was too little memory.
+[[nodiscard]] TESSARON_EXPORT NSError outOfMemoryError();
+
 /// What a cancelled job ends with.
 [[nodiscard]] TESSARON_EXPORT NSError discJobCancellation();
 

@@ -29,12 +29,6 @@ struct DiscSource {
     DeviceAndInode identity;
 };
 
-/// Part of a source that could not be read, and why.
-struct UnreadableSource {
-    QByteArray path;
-    QString reason;
-};
-
 /// Looks at each path: it must exist, be a folder or a regular file (a symbolic link to one counts as that one) and be
 /// readable. Fails on the first that is not, with code Source (DiscJobErrors.h). Touches the disk. Thread-safe.
 [[nodiscard]] TESSARON_EXPORT Result<std::vector<DiscSource>> discSourcesAtPaths(const QList<QByteArray> &paths);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <TessaronClasses/DiscJob.h>
-#include <TessaronClasses/DiscSources.h>
+#include <TessaronClasses/UnreadableFolder.h>
 
 #include <QByteArray>
 #include <QList>
@@ -29,10 +29,11 @@ struct ScannedSource {
 struct ScanResult {
     NSError error; ///< null when all paths were scanned; domain and codes are those of DiscJobErrors.h
     std::vector<ScannedSource> sources; ///< one for each path, in their order; empty after an error
-    std::vector<UnreadableSource> unreadable; ///< folders that could not be listed, or not to their end
+    std::vector<UnreadableFolder> unreadable; ///< folders that could not be listed, or not to their end
 };
 
-/// Finds out what is in folders and files. See DiscJob for threads and lifetime.
+/// Finds out what is in folders and files. A folder given that cannot be listed at all is an error; one below it is
+/// named among the unreadable ones. See DiscJob for threads and lifetime.
 class TESSARON_EXPORT ScanJob final : public DiscJob
 {
     Q_OBJECT

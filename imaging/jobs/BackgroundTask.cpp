@@ -12,18 +12,12 @@ namespace Tessaron
 namespace
 {
 
-NSError outOfMemory()
-{
-    return discJobError(DiscJobErrorCode::Layout, QStringLiteral("there is not enough memory"),
-                        QStringLiteral("Close other programs, or take fewer files at a time."), {}, memFullErr);
-}
-
 NSError resultOf(const std::function<NSError(const std::stop_token &)> &work, const std::stop_token &stop)
 {
     try {
         return work(stop);
     } catch (const std::bad_alloc &) {
-        return outOfMemory();
+        return outOfMemoryError();
     }
 }
 

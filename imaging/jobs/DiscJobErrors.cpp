@@ -20,6 +20,12 @@ NSError discJobError(DiscJobErrorCode code, const QString &description, const QS
     return NSError(DiscJobErrorDomain, qint64(code), userInfo);
 }
 
+NSError outOfMemoryError()
+{
+    return discJobError(DiscJobErrorCode::Layout, QStringLiteral("there is not enough memory"),
+                        QStringLiteral("Close other programs, or take fewer files at a time."), {}, memFullErr);
+}
+
 NSError discJobCancellation()
 {
     return discJobError(DiscJobErrorCode::Cancelled, QStringLiteral("cancelled"));

@@ -1,3 +1,4 @@
+#include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/DiscSources.h>
@@ -5,6 +6,7 @@
 #include <QHash>
 
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <fcntl.h>
 #include <memory>
@@ -33,6 +35,13 @@ NSError missing(const QByteArray &path, int reason)
 {
     if (reason == ENOENT)
         return sourceError(path, QStringLiteral("there is no file or folder %1").arg(quoted(path)));
+    if (reason == ENAMETOOLONG && path.size() >= PATH_MAX)
+        return sourceError(path,
+                           QStringLiteral("a path has %1 bytes, and the system takes %2 at most: “%3…”")
+                               .arg(path.size())
+                               .arg(PATH_MAX - 1)
+                               .arg(displayableText(stringWithFileSystemRepresentation(path.left(60)))),
+                           QStringLiteral("Go into a folder on its way, and name it from there."));
     return sourceError(path, QStringLiteral("%1 cannot be reached: %2").arg(quoted(path), systemText(reason)));
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <fcntl.h>
 #include <memory>
@@ -62,6 +63,13 @@ NSError inspectExisting(ImageDestination *destination)
     struct stat status;
     if (::lstat(destination->path.constData(), &status) != 0) {
         // The folder's own check words the other reasons better.
+        if (errno == ENAMETOOLONG && destination->path.size() >= PATH_MAX)
+            return destinationError(
+                destination->path,
+                QStringLiteral("the path of the output has %1 bytes, and the system takes %2 at most")
+                    .arg(destination->path.size())
+                    .arg(PATH_MAX - 1),
+                QStringLiteral("Go into a folder on its way, and name it from there."));
         if (errno == ENAMETOOLONG)
             return destinationError(destination->path,
                                     QStringLiteral("the output's name is too long for the filesystem"),

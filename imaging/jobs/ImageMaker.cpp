@@ -13,6 +13,8 @@
 #include <TessaronClasses/KRTrackWriter.h>
 #include <TessaronClasses/SizeFormatting.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <optional>
 #include <sys/stat.h>
 
@@ -32,6 +34,12 @@ NSError writeError(const NSError &error)
 NSError noLayout()
 {
     return discJobError(DiscJobErrorCode::Layout, QStringLiteral("the disc's layout cannot be made"));
+}
+
+bool isOutOfMemory(const std::vector<UnreadableFolder> &folders)
+{
+    return std::any_of(folders.begin(), folders.end(),
+                       [](const UnreadableFolder &folder) { return folder.errnoValue == ENOMEM; });
 }
 
 QString sizeText(std::uint64_t bytes)
@@ -107,12 +115,6 @@ void ImageMaker::sourcesGathered()
     m_result.unreadable = m_gatherer->unreadable();
     if (!m_result.error)
         m_result.error = m_gatherer->error();
-    if (!m_result.error && m_order.isStrict && !m_result.unreadable.empty()) {
-        const UnreadableSource &first = m_result.unreadable.front();
-        m_result.error = discJobError(
-            DiscJobErrorCode::NotStored,
-            QStringLiteral("the folder %1 cannot be listed: %2").arg(quoted(first.path), first.reason), {}, first.path);
-    }
     if (m_result.error) {
         end();
         return;
@@ -169,9 +171,11 @@ void ImageMaker::layoutMade(const std::shared_ptr<DRFolder> &folder)
     if (m_result.error)
         return;
     if (!folder) {
-        stop(noLayout());
+        stop(isOutOfMemory(m_rootItem->unreadableFolders()) ? outOfMemoryError() : noLayout());
         return;
     }
+    const std::vector<UnreadableFolder> withoutIcon = m_rootItem->unreadableFolders();
+    m_result.unreadable.insert(m_result.unreadable.end(), withoutIcon.begin(), withoutIcon.end());
     nameSources(*folder);
     folder->setBaseName(m_order.volumeName);
     folder->setExplicitFilesystemMask(DRFilesystemMask(m_order.filesystems.toInt()));
@@ -213,14 +217,20 @@ void ImageMaker::lookAhead()
         stop(error);
 }
 
+/// Only here, so that all that is missing can be told at once.
 NSError ImageMaker::checkPlan() const
 {
     const std::shared_ptr<const DRStorageReport> report = m_writer->storageReport();
-    if (!m_order.isStrict || !report || report->lostCount() == 0)
+    if (!m_order.isStrict)
         return {};
-    return discJobError(
-        DiscJobErrorCode::NotStored,
-        counted(report->lostCount(), "item cannot be stored as it is", "items cannot be stored as they are"));
+    if (report && report->lostCount() > 0)
+        return discJobError(
+            DiscJobErrorCode::NotStored,
+            counted(report->lostCount(), "item cannot be stored as it is", "items cannot be stored as they are"));
+    if (m_result.unreadable.empty())
+        return {};
+    return discJobError(DiscJobErrorCode::NotStored,
+                        counted(m_result.unreadable.size(), "folder cannot be read", "folders cannot be read"));
 }
 
 NSError ImageMaker::checkSpace(std::uint64_t imageSize) const

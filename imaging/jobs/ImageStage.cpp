@@ -164,15 +164,15 @@ NSError ImageStage::finish(const DiscImageOrder &order, std::uint64_t bytes, std
     }
     if (stop.stop_requested())
         return discJobCancellation();
-    return m_image ? publish() : finishStream();
+    return m_image ? publish(order.isSynchronized) : finishStream(order.isSynchronized);
 }
 
-NSError ImageStage::publish()
+NSError ImageStage::publish(bool isSynchronized)
 {
     std::vector<StagedFile *> files = {m_image.get()};
     if (m_cueSheet)
         files.push_back(m_cueSheet.get());
-    const int reason = publishTogether(files);
+    const int reason = publishTogether(files, isSynchronized ? Synchronization::Wait : Synchronization::DoNotWait);
     if (reason == 0)
         return {};
     return discJobError(DiscJobErrorCode::Destination,
@@ -181,10 +181,13 @@ NSError ImageStage::publish()
                         QStringLiteral("Choose another place for the output."), m_destination.path);
 }
 
-NSError ImageStage::finishStream()
+NSError ImageStage::finishStream(bool isSynchronized)
 {
+    struct stat status;
+    const bool isFile = ::fstat(m_stream.get(), &status) == 0 && S_ISREG(status.st_mode);
     (void)::lseek(m_stream.get(), 0, SEEK_END); // what the shell writes next goes behind the image
-    if (m_stream.closeAndReport())
+    const bool isSafe = !isFile || !isSynchronized || ::fsync(m_stream.get()) == 0;
+    if (isSafe && m_stream.closeAndReport())
         return {};
     return discJobError(DiscJobErrorCode::Write,
                         QStringLiteral("the image cannot be written: %1").arg(systemText(errno)), {},

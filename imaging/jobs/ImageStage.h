@@ -47,8 +47,8 @@ private:
     [[nodiscard]] NSError checkLength(std::uint64_t bytes) const;
     [[nodiscard]] NSError appendTrailer(std::uint64_t *bytes);
     [[nodiscard]] NSError writeCueSheet() const;
-    [[nodiscard]] NSError publish();
-    [[nodiscard]] NSError finishStream();
+    [[nodiscard]] NSError publish(bool isSynchronized);
+    [[nodiscard]] NSError finishStream(bool isSynchronized);
 
     ImageDestination m_destination;
     std::unique_ptr<StagedFile> m_image;

@@ -1,6 +1,5 @@
 #include "imaging/jobs/BackgroundTask.h"
 #include "imaging/jobs/SourceGatherer.h"
-#include "imaging/jobs/UnreadableFolders.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/ScanJob.h>
@@ -70,10 +69,8 @@ void ScanJob::gathered()
     // A tree of a million items takes a while to add up.
     d->task.start(
         [d = d.get()](const std::stop_token &) {
-            for (ScannedSource &source : d->result.sources) {
+            for (ScannedSource &source : d->result.sources)
                 source.sizeOnDisk = source.tree->contentsPhysicalSize();
-                appendUnreadableFolders(*source.tree, &d->result.unreadable);
-            }
             return NSError();
         },
         [this](const NSError &error) { endWith(isCancelled() ? discJobCancellation() : error); });

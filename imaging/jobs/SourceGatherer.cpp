@@ -9,6 +9,8 @@
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 
+#include <cerrno>
+
 namespace Tessaron
 {
 
@@ -83,23 +85,23 @@ void SourceGatherer::gatherFolder(const DiscSource &source)
         fail(source, QStringLiteral("the folder %1 is gone").arg(quoted(source.argument)));
         return;
     }
+    m_scannedPath = lastKnownPath(ref);
     m_scanner = KRDirectoryScanner::directoryScannerWithFSRef(ref);
     KRDirectoryScannerDelegate delegate;
     delegate.context = m_life;
-    delegate.directoryScannerReportedError = [this](KRDirectoryScanner &, const NSError &error) {
-        m_unreadable.push_back({fileSystemRepresentation(error.filePath()), reasonOfStatus(error.code())});
-    };
     delegate.directoryScannerScanDidFinishWithHierarchyItem =
         [this](KRDirectoryScanner &, const std::shared_ptr<KRFileHierarchyItem> &item) { folderEnded(item); };
     delegate.directoryScannerScanDidCancelWithHierarchyItem =
         [this](KRDirectoryScanner &, const std::shared_ptr<KRFileHierarchyItem> &item) { folderEnded(item); };
     m_scanner->setDelegate(delegate);
     if (!m_scanner->startDirectoryScan())
-        fail(source, QStringLiteral("the folder %1 cannot be scanned").arg(quoted(source.argument)));
+        fail(source,
+             QStringLiteral("the folder %1 cannot be scanned: %2").arg(quoted(source.argument), systemText(EAGAIN)));
 }
 
 void SourceGatherer::folderEnded(const std::shared_ptr<KRFileHierarchyItem> &item)
 {
+    judge(*item);
     m_gathered.push_back({item, m_scanner->scannedFiles(), m_scanner->scannedDirs()});
     // The scanner is still busy with this very callback: it goes when the next source, or the end, has come.
     performOnMainThread([this, life = CallbackContext(m_life), scanner = m_scanner] {
@@ -107,6 +109,23 @@ void SourceGatherer::folderEnded(const std::shared_ptr<KRFileHierarchyItem> &ite
             gatherNext();
     });
     m_scanner.reset();
+}
+
+/// The scanner leaves out in silence what it cannot list: only what it was told not to be able to says so.
+void SourceGatherer::judge(const KRFileHierarchyItem &root)
+{
+    const DiscSource &source = m_sources[m_gathered.size()];
+    for (UnreadableFolder &folder : m_scanner->unreadableFolders()) {
+        if (folder.errnoValue == ENOMEM)
+            m_error = outOfMemoryError();
+        else if (folder.path == m_scannedPath && root.numberOfItems() == 0)
+            m_error = discJobError(DiscJobErrorCode::Source,
+                                   QStringLiteral("the folder %1 cannot be listed: %2")
+                                       .arg(quoted(source.argument), systemText(folder.errnoValue)),
+                                   {}, source.argument);
+        else
+            m_unreadable.push_back(std::move(folder));
+    }
 }
 
 void SourceGatherer::gatherFile(const DiscSource &source)

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/MainThread.h"
 #include <TessaronClasses/DiscSources.h>
+#include <TessaronClasses/UnreadableFolder.h>
 
 #include <QByteArray>
 #include <QString>
@@ -44,9 +45,10 @@ public:
     [[nodiscard]] std::uint64_t files() const;
     [[nodiscard]] std::uint64_t folders() const;
 
-    /// Why a source could not be gathered at all; none when all went well or some entries could not be listed.
+    /// Why a source could not be gathered at all, or not for want of memory; none when all went well or some folders
+    /// below it could not be listed.
     [[nodiscard]] const NSError &error() const { return m_error; }
-    [[nodiscard]] const std::vector<UnreadableSource> &unreadable() const { return m_unreadable; }
+    [[nodiscard]] const std::vector<UnreadableFolder> &unreadable() const { return m_unreadable; }
     [[nodiscard]] const std::vector<DiscSource> &sources() const { return m_sources; }
     /// One for each source, in order, once everything has ended well. The caller may take the items out.
     [[nodiscard]] std::vector<GatheredSource> &gathered() { return m_gathered; }
@@ -56,15 +58,17 @@ private:
     void gatherNext();
     void gatherFolder(const DiscSource &source);
     void gatherFile(const DiscSource &source);
+    void judge(const KRFileHierarchyItem &root);
     void folderEnded(const std::shared_ptr<KRFileHierarchyItem> &item);
     void fail(const DiscSource &source, const QString &message);
     void end();
 
     const std::vector<DiscSource> m_sources;
     std::vector<GatheredSource> m_gathered;
-    std::vector<UnreadableSource> m_unreadable;
+    std::vector<UnreadableFolder> m_unreadable;
     std::function<void()> m_whenEnded;
     std::shared_ptr<KRDirectoryScanner> m_scanner;
+    QByteArray m_scannedPath; ///< of the folder that is scanned, as the scanner names it
     NSError m_error;
     bool m_isCancelled = false;
     std::shared_ptr<const void> m_life; ///< its end silences what is scheduled; last member, so it goes first

@@ -65,6 +65,11 @@ void ChildProcess::becomeChild(const ChildSettings &settings) const
         ::close(ends[0]);
         ::close(ends[1]);
     }
+    if (settings.descriptorLimit) {
+        const rlimit limit = {*settings.descriptorLimit, *settings.descriptorLimit};
+        if (::setrlimit(RLIMIT_NOFILE, &limit) != 0)
+            ::_exit(126);
+    }
     if (settings.fileSizeLimit) {
         const rlimit limit = {*settings.fileSizeLimit, *settings.fileSizeLimit};
         ::setrlimit(RLIMIT_FSIZE, &limit);

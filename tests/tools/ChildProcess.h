@@ -20,6 +20,7 @@ struct ChildSettings {
     std::optional<QByteArray> standardOutput; ///< a file to write to; "" closes the descriptor
     bool outputToBrokenPipe = false; ///< standard output is a pipe that nobody reads
     std::optional<quint64> fileSizeLimit; ///< RLIMIT_FSIZE, bytes
+    std::optional<quint64> descriptorLimit; ///< RLIMIT_NOFILE
     bool withoutRootRights = false; ///< as user 65534 when the test runs as root
 };
 

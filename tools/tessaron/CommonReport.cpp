@@ -61,20 +61,21 @@ void writeErrorMember(JsonWriter &writer, const Problem &problem)
     writer.endObject();
 }
 
-void printUnreadable(const std::vector<UnreadableSource> &unreadable)
+void printUnreadable(const std::vector<UnreadableFolder> &unreadable)
 {
-    for (const UnreadableSource &folder : unreadable)
-        printDiagnostic(QStringLiteral("%1 cannot be listed: %2").arg(quoted(folder.path), folder.reason));
+    for (const UnreadableFolder &folder : unreadable)
+        printDiagnostic(
+            QStringLiteral("%1 cannot be listed: %2").arg(quoted(folder.path), systemText(folder.errnoValue)));
 }
 
-void writeUnreadableMember(JsonWriter &writer, const std::vector<UnreadableSource> &unreadable)
+void writeUnreadableMember(JsonWriter &writer, const std::vector<UnreadableFolder> &unreadable)
 {
     writer.key("unreadable");
     writer.beginArray();
-    for (const UnreadableSource &folder : unreadable) {
+    for (const UnreadableFolder &folder : unreadable) {
         writer.beginObject();
         writer.pathMember("path", folder.path);
-        writer.member("message", folder.reason);
+        writer.member("message", systemText(folder.errnoValue));
         writer.endObject();
     }
     writer.endArray();

@@ -3,7 +3,7 @@
 #include "tools/tessaron/ExitStatus.h"
 #include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/Problem.h"
-#include <TessaronClasses/DiscSources.h>
+#include <TessaronClasses/UnreadableFolder.h>
 
 #include <vector>
 
@@ -26,9 +26,9 @@ void printProblem(const Problem &problem);
 void writeErrorMember(JsonWriter &writer, const Problem &problem);
 
 /// A line on standard error for each folder that could not be listed.
-void printUnreadable(const std::vector<UnreadableSource> &unreadable);
+void printUnreadable(const std::vector<UnreadableFolder> &unreadable);
 
 /// Member "unreadable": an array of objects with path and message.
-void writeUnreadableMember(JsonWriter &writer, const std::vector<UnreadableSource> &unreadable);
+void writeUnreadableMember(JsonWriter &writer, const std::vector<UnreadableFolder> &unreadable);
 
 } // namespace Tessaron::Tool

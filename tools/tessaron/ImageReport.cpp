@@ -84,6 +84,19 @@ void writeRenamedCounts(JsonWriter &writer, const DRStorageReport *report)
     writer.endObject();
 }
 
+/// The folders that could not be listed, but for those that the report names as not stored.
+std::vector<UnreadableFolder> unreadableBesidesLost(const DiscImageResult &result)
+{
+    std::vector<UnreadableFolder> folders = result.unreadable;
+    if (folders.empty() || !result.report)
+        return folders;
+    for (const LostObject &object : lostObjects(*result.report, shownObjects))
+        std::erase_if(folders, [path = fileSystemRepresentation(object.path)](const UnreadableFolder &folder) {
+            return folder.path == path;
+        });
+    return folders;
+}
+
 } // namespace
 
 ExitStatus exitStatusFor(const DiscImageResult &result, const Problem &problem)
@@ -96,7 +109,7 @@ ExitStatus exitStatusFor(const DiscImageResult &result, const Problem &problem)
 void printImageReport(const Arguments &arguments, const DiscImageResult &result, const Problem &problem, double seconds)
 {
     const bool isQuiet = arguments.verbosity == Verbosity::Quiet;
-    printUnreadable(result.unreadable);
+    printUnreadable(unreadableBesidesLost(result));
     const bool tellsWhy = !problem || problem.kind == Problem::Kind::NotStored;
     if (result.report && tellsWhy && !isQuiet)
         printStorage(arguments, *result.report);

@@ -4,6 +4,7 @@
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/ScanJob.h>
 
+#include <cerrno>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -62,7 +63,7 @@ TEST_F(ScanJobs, job_namesFoldersThatCannotBeListed)
         EXPECT_FALSE(run.result.error);
         ASSERT_EQ(run.result.unreadable.size(), 1u);
         EXPECT_EQ(run.result.unreadable[0].path, m_tree.path("source/closed"));
-        EXPECT_FALSE(run.result.unreadable[0].reason.isEmpty());
+        EXPECT_EQ(run.result.unreadable[0].errnoValue, EACCES);
     }
     m_tree.setMode("source/closed", 0755);
 }

@@ -1,0 +1,117 @@
+#include "tests/tools/ImageFixture.h"
+
+#include <QJsonArray>
+
+#include <gtest/gtest.h>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+/// Folders that the system does not list, whatever their permissions.
+class ImageUnreadable : public ImageTest
+{
+protected:
+    ImageUnreadable()
+    {
+        m_tree.makeFile("source/a/kept");
+        m_tree.makeFile("source/broken/lost");
+        m_tree.makeFile("source/z/kept too");
+    }
+
+    /// Runs the command with the first opening of the folder of this name failing like a disk that is worn out.
+    ChildResult runWithBrokenFolder(const QByteArray &name, const QList<QByteArray> &arguments) const
+    {
+        ChildSettings settings = tessaron(arguments);
+        settings.arguments = QList<QByteArray>{"-f",
+                                               "-qq",
+                                               "-o",
+                                               "/dev/null",
+                                               "-P",
+                                               name,
+                                               "-e",
+                                               "trace=openat",
+                                               "-e",
+                                               "inject=openat:error=EIO",
+                                               settings.program}
+            + settings.arguments;
+        settings.program = "strace";
+        return runChild(settings);
+    }
+
+    static bool canTrace()
+    {
+        ChildSettings settings;
+        settings.program = "strace";
+        settings.arguments = {"-qq", "-o", "/dev/null", "true"};
+        return runChild(settings).exitStatus == 0;
+    }
+};
+
+TEST_F(ImageUnreadable, folder_isNamed_whenItsListingFails)
+{
+    if (!canTrace())
+        GTEST_SKIP() << "this user may not trace a process";
+    const ChildResult result = runWithBrokenFolder("broken", imageArguments({"--json"}));
+    EXPECT_EQ(result.exitStatus, 3);
+    EXPECT_TRUE(result.errors.contains("source/broken")) << result.errors.constData();
+    EXPECT_TRUE(result.errors.contains("Input/output error")) << result.errors.constData();
+    const QJsonObject object = jsonOf(result.output);
+    EXPECT_EQ(object[QStringLiteral("result")].toString(), QStringLiteral("incomplete"));
+    const QJsonArray unreadable = object[QStringLiteral("unreadable")].toArray();
+    ASSERT_EQ(unreadable.size(), 1);
+    EXPECT_EQ(unreadable[0][QStringLiteral("path")].toString(), m_tree.pathText("source/broken"));
+    const QByteArray listing = outputOf("isoinfo", {"-R", "-f", "-i", image()});
+    EXPECT_TRUE(listing.contains("/z/kept too")) << listing.constData();
+    EXPECT_TRUE(outputOf("7z", {"l", "-tudf", image()}).contains("kept too"));
+}
+
+TEST_F(ImageUnreadable, strict_fails_whenAListingFails)
+{
+    if (!canTrace())
+        GTEST_SKIP() << "this user may not trace a process";
+    const ChildResult result = runWithBrokenFolder("broken", imageArguments({"--strict"}));
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.errors.contains("source/broken")) << result.errors.constData();
+    EXPECT_TRUE(result.errors.contains("--strict")) << result.errors.constData();
+    EXPECT_TRUE(outNames().empty());
+}
+
+TEST_F(ImageUnreadable, thereIsNoImage_whenTheSourceItselfCannotBeListed)
+{
+    if (!canTrace())
+        GTEST_SKIP() << "this user may not trace a process";
+    const ChildResult result = runWithBrokenFolder(m_tree.path("source"), imageArguments());
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.errors.contains("cannot be listed: Input/output error")) << result.errors.constData();
+    EXPECT_TRUE(outNames().empty());
+}
+
+TEST_F(ImageUnreadable, scan_namesTheFolder)
+{
+    if (!canTrace())
+        GTEST_SKIP() << "this user may not trace a process";
+    const ChildResult result = runWithBrokenFolder("broken", {"scan", "-q", m_tree.path("source")});
+    EXPECT_EQ(result.exitStatus, 3);
+    EXPECT_EQ(result.output, "");
+    EXPECT_TRUE(result.errors.contains("source/broken")) << result.errors.constData();
+}
+
+TEST_F(ImageUnreadable, nothingIsLost_whenDescriptorsAreFew)
+{
+    QByteArray deep = "source";
+    for (int level = 0; level < 300; ++level)
+        deep += "/n";
+    m_tree.makeFile(deep + "/file");
+    ChildSettings settings = tessaron(imageArguments());
+    settings.descriptorLimit = 64;
+    const ChildResult result = runChild(settings);
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    EXPECT_TRUE(result.errors.contains("4 files, 303 folders")) << result.errors.constData();
+}
+
+} // namespace
+
+} // namespace Tessaron::Testing
