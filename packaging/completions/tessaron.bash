@@ -3,12 +3,12 @@
 _tessaron_options() {
     case $1 in
     image)
-        echo "-o --output --format -n --name --filesystems --strict --progress --json -q --quiet -v --verbose" \
+        echo "-o --output --format -n --name --filesystems --strict --no-sync --progress --json -q --quiet -v --verbose" \
             "-h --help --version"
         ;;
     inspect) echo "--json -h --help --version" ;;
     verify) echo "--filesystems --progress --json -q --quiet -v --verbose -h --help --version" ;;
-    scan) echo "--progress --json -q --quiet -v --verbose -h --help --version" ;;
+    scan) echo "--progress --json -q --quiet -h --help --version" ;;
     *) echo "-h --help --version" ;;
     esac
 }
@@ -49,6 +49,8 @@ _tessaron() {
     elif [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(_tessaron_options "$command")" -- "$word")
     elif ((COMP_CWORD == 1)); then
+        mapfile -t COMPREPLY < <(compgen -W "help image inspect scan verify" -- "$word")
+    elif [[ $command == help ]]; then
         mapfile -t COMPREPLY < <(compgen -W "image inspect scan verify" -- "$word")
     else
         _tessaron_complete_paths "$word"

@@ -45,6 +45,22 @@ TEST(Arguments, options_areUnderstood_inEveryOrderAndSpelling)
     EXPECT_TRUE(arguments.json);
 }
 
+TEST(Arguments, help_isAboutTheCommandThatFollows)
+{
+    EXPECT_EQ(parseArguments({"help"}).action, Arguments::Action::ShowHelp);
+    EXPECT_EQ(parseArguments({"help"}).command, "");
+    EXPECT_EQ(parseArguments({"help", "image"}).action, Arguments::Action::ShowHelp);
+    EXPECT_EQ(parseArguments({"help", "image"}).command, "image");
+    EXPECT_EQ(parseArguments({"help", "frobnicate"}).action, Arguments::Action::ReportUsageError);
+    EXPECT_EQ(parseArguments({"help", "image", "scan"}).action, Arguments::Action::ReportUsageError);
+}
+
+TEST(Arguments, image_isSynchronized_unlessItIsToldNotToBe)
+{
+    EXPECT_TRUE(parseArguments({"image", "-o", "a", "x"}).isSynchronized);
+    EXPECT_FALSE(parseArguments({"image", "--no-sync", "-o", "a", "x"}).isSynchronized);
+}
+
 TEST(Arguments, format_followsTheEndingOfTheOutput_whenItIsNotGiven)
 {
     EXPECT_EQ(parseArguments({"image", "-o", "a/b.BIN", "x"}).format, DiscFormat::BIN);

@@ -50,7 +50,7 @@ TEST(OptionAgreement, helpText_namesExactlyTheOptionsOfTheCommand)
 {
     for (const QByteArray command : {"", "image", "inspect", "verify", "scan"}) {
         const QString help = QString::fromUtf8(helpText(command));
-        Options inHelp = matchesIn(help, "^ {2,6}(?:-\\w, )?(--[a-z]+)");
+        Options inHelp = matchesIn(help, "^ {2,6}(?:-\\w, )?(--[a-z-]+)");
         inHelp.merge(matchesIn(help, "^ {2}(-\\w), "));
         EXPECT_EQ(inHelp, knownOptions(command)) << command.constData();
     }
@@ -68,9 +68,9 @@ TEST(OptionAgreement, manualPage_describesExactlyTheOptions)
 {
     const QString page = projectFile("packaging/man/tessaron.1");
     Options described;
-    for (const std::string &option : matchesIn(page, "^\\.It Fl -?([a-z]+)"))
+    for (const std::string &option : matchesIn(page, "^\\.It Fl -?([a-z-]+)"))
         described.insert((option.size() == 1 ? "-" : "--") + option);
-    for (const std::string &option : matchesIn(page, "^\\.It Fl [a-z] , Fl -([a-z]+)"))
+    for (const std::string &option : matchesIn(page, "^\\.It Fl [a-z] , Fl -([a-z-]+)"))
         described.insert("--" + option);
     Options known = knownOptions("");
     for (const char *const command : {"image", "inspect", "verify"})
@@ -86,7 +86,7 @@ TEST(OptionAgreement, completion_offersExactlyTheOptionsOfTheCommand)
         const qsizetype from = script.indexOf(QString::fromUtf8(start));
         const qsizetype to = script.indexOf(QStringLiteral(";;"), from);
         EXPECT_GE(from, 0) << start;
-        return matchesIn(script.mid(from, to - from), "(?<=[ \"])(--?[a-z]+)(?=[ \"])");
+        return matchesIn(script.mid(from, to - from), "(?<=[ \"])(--?[a-z-]+)(?=[ \"])");
     };
     EXPECT_EQ(offered("    image)\n"), knownOptions("image"));
     EXPECT_EQ(offered("    inspect) "), knownOptions("inspect"));

@@ -141,6 +141,9 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
     case Option::Strict:
         m_arguments.strict = true;
         return true;
+    case Option::NoSync:
+        m_arguments.isSynchronized = false;
+        return true;
     case Option::Output:
         m_arguments.output = value;
         return true;
@@ -281,6 +284,19 @@ bool isCommand(const QByteArray &word)
     return word == "scan" || word == "image" || word == "inspect" || word == "verify";
 }
 
+/// "help" and "help COMMAND".
+Arguments helpAbout(const QList<QByteArray> &words)
+{
+    Arguments result;
+    if (words.size() > 1)
+        return withUsageError(result, QStringLiteral("help is about one command at a time"));
+    if (!words.isEmpty() && !isCommand(words.first()))
+        return withUsageError(result, QStringLiteral("there is no command %1").arg(quoted(words.first())));
+    result.action = Arguments::Action::ShowHelp;
+    result.command = words.value(0);
+    return result;
+}
+
 } // namespace
 
 Arguments parseArguments(const QList<QByteArray> &words)
@@ -289,6 +305,8 @@ Arguments parseArguments(const QList<QByteArray> &words)
     if (words.isEmpty())
         return withUsageError(result, QStringLiteral("no command was given"));
     QList<QByteArray> rest = words;
+    if (words.first() == "help")
+        return helpAbout(words.mid(1));
     if (isCommand(words.first()))
         result.command = rest.takeFirst();
     else if (!words.first().startsWith('-'))

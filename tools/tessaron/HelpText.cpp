@@ -19,7 +19,7 @@ Commands:
   verify   compare every filesystem of a disc image with its sources
   scan     count what is in folders and files
 
-'tessaron COMMAND --help' tells more about a command.
+'tessaron help COMMAND' tells more about a command.
 
 Options:
 )";
@@ -51,6 +51,8 @@ Examples:
       disc.bin and its cue sheet disc.cue.
   tessaron image -o film.iso --filesystems iso9660,udf Film
       For a DVD player, when the folder Film holds VIDEO_TS.
+  tessaron image -o - Photos | ssh host 'cat >photos.iso'
+      To another program.
   tessaron image --strict --json --progress json -o out.iso tree
       For programs: fails when anything cannot be stored as it is.
 

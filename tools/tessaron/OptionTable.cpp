@@ -12,8 +12,9 @@ namespace
 {
 
 constexpr std::array options = {
-    OptionDescription{Option::Output, 'o', "output", "OUT", "image",
-                      "The image file to make. It appears when it is whole;\nan older file is replaced then."},
+    OptionDescription{
+        Option::Output, 'o', "output", "OUT", "image",
+        "The image file to make. It appears when it is whole;\nan older file is replaced then. - is standard output."},
     OptionDescription{Option::Format, 0, "format", "FORMAT", "image",
                       "iso, bin with a cue sheet beside it, or vant.\nThe ending of OUT decides when it is not given."},
     OptionDescription{Option::Name, 'n', "name", "VOLUME", "image",
@@ -23,12 +24,13 @@ constexpr std::array options = {
                       "four, and\nverify takes those that are there."},
     OptionDescription{Option::Strict, 0, "strict", nullptr, "image",
                       "Fail, and leave nothing, when something cannot be\nstored as it is."},
+    OptionDescription{Option::NoSync, 0, "no-sync", nullptr, "image", "Do not wait until the image is on the disk."},
     OptionDescription{Option::Progress, 0, "progress", "KIND", "image scan verify",
                       "auto: a bar on a terminal; bar, json (one object in\na line) or none. On standard error."},
     OptionDescription{Option::Json, 0, "json", nullptr, "image scan inspect verify",
                       "Print one JSON object on standard output at the end,\nalso after a failure."},
     OptionDescription{Option::Quiet, 'q', "quiet", nullptr, "image scan verify", "Errors only."},
-    OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "image scan verify",
+    OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "image verify",
                       "List everything that is not as it should be."},
     OptionDescription{Option::Help, 'h', "help", nullptr, "- image scan inspect verify", "Show this help."},
     OptionDescription{Option::Version, 0, "version", nullptr, "- image scan inspect verify", "Show the version."},

@@ -15,6 +15,7 @@ enum class Option : std::uint8_t {
     Quiet,
     Verbose,
     Strict,
+    NoSync,
     Output,
     Name,
     Progress,

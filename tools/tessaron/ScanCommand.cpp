@@ -22,12 +22,13 @@ ScanCommand::ScanCommand(const Arguments &arguments)
 
 ExitStatus ScanCommand::run()
 {
+    const bool isQuiet = m_arguments.verbosity == Verbosity::Quiet;
     scan();
     m_display->clear();
     printUnreadable(m_result.unreadable);
     if (m_problem)
         printProblem(m_problem);
-    const bool isWritten = m_arguments.json ? writeJson() : (m_problem || writeText());
+    const bool isWritten = m_arguments.json ? writeJson() : (m_problem || isQuiet || writeText());
     if (isWritten)
         return status();
     printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));

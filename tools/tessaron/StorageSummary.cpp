@@ -43,8 +43,16 @@ QString fateOf(const DRStorageReportItem &item)
     return {};
 }
 
+/// The root has no name on the disc but the volume's.
+bool isVolumeName(const DRStorageReportItem &item)
+{
+    return item.path == u"/" && item.kind == Kind::Renamed;
+}
+
 QString pathOf(const DRStorageReportItem &item)
 {
+    if (isVolumeName(item))
+        return QStringLiteral("the volume's name");
     return item.sourcePath.isEmpty() ? item.path : item.sourcePath;
 }
 
@@ -68,6 +76,23 @@ const std::vector<DRDiscTree> &allDiscTrees()
     static const std::vector<DRDiscTree> trees = {DRDiscTree::ISO9660, DRDiscTree::RockRidge, DRDiscTree::Joliet,
                                                   DRDiscTree::UDF, DRDiscTree::HFSPlus};
     return trees;
+}
+
+QString nameOfTree(DRDiscTree tree)
+{
+    switch (tree) {
+    case DRDiscTree::ISO9660:
+        return QStringLiteral("ISO 9660");
+    case DRDiscTree::RockRidge:
+        return QStringLiteral("Rock Ridge");
+    case DRDiscTree::Joliet:
+        return QStringLiteral("Joliet");
+    case DRDiscTree::UDF:
+        return QStringLiteral("UDF");
+    case DRDiscTree::HFSPlus:
+        return QStringLiteral("HFS+");
+    }
+    return {};
 }
 
 bool isWorthTelling(const DRStorageReportItem &item)
@@ -97,11 +122,11 @@ std::vector<LostObject> lostObjects(const DRStorageReport &report, std::size_t l
             return;
         const QString key = item.path + QChar(u'\0') + fateOf(item);
         if (const auto found = known.constFind(key); found != known.constEnd())
-            result[*found].trees += discTreeName(item.tree);
+            result[*found].trees += nameOfTree(item.tree);
         else if (result.size() < limit) {
             known.insert(key, result.size());
             result.push_back(
-                {pathOf(item), fateOf(item), item.reason, {discTreeName(item.tree)}, item.kind == Kind::Refused});
+                {pathOf(item), fateOf(item), item.reason, {nameOfTree(item.tree)}, item.kind == Kind::Refused});
         }
     });
     return result;
@@ -110,24 +135,36 @@ std::vector<LostObject> lostObjects(const DRStorageReport &report, std::size_t l
 QStringList harmlessDifferences(const DRStorageReport &report)
 {
     std::map<DRDiscTree, std::map<Kind, std::uint64_t>> counts;
+    QStringList volumeNames;
     forEachTelling(report, [&](const DRStorageReportItem &item) {
-        if (!item.isLost && item.tree != DRDiscTree::ISO9660)
+        if (item.isLost || item.tree == DRDiscTree::ISO9660)
+            return;
+        if (isVolumeName(item))
+            volumeNames += QStringLiteral("“%1” (%2)").arg(item.nameGiven, nameOfTree(item.tree));
+        else
             ++counts[item.tree][item.kind];
     });
     QStringList result;
+    if (!volumeNames.isEmpty())
+        result += QStringLiteral("The volume's name is stored as %1.").arg(volumeNames.join(QStringLiteral(" and ")));
     for (const auto &[tree, kinds] : counts) {
         QStringList parts;
-        for (const auto &[kind, count] : kinds)
+        std::uint64_t total = 0;
+        for (const auto &[kind, count] : kinds) {
             parts += differenceText(kind, count);
-        result += QStringLiteral("In the %1 tree, %2; another tree has them as they are (-v lists them).")
-                      .arg(discTreeName(tree), parts.join(QStringLiteral(" and ")));
+            total += count;
+        }
+        const QString them = total == 1 ? QStringLiteral("it as it is") : QStringLiteral("them as they are");
+        result += QStringLiteral("In the %1 tree, %2; another tree has %3 (-v lists %4).")
+                      .arg(nameOfTree(tree), parts.join(QStringLiteral(" and ")), them,
+                           total == 1 ? QStringLiteral("it") : QStringLiteral("them"));
     }
     return result;
 }
 
 QString lineAbout(const DRStorageReportItem &item)
 {
-    return QStringLiteral("%1: %2 (%3): %4").arg(pathOf(item), fateOf(item), discTreeName(item.tree), item.reason);
+    return QStringLiteral("%1: %2 (%3): %4").arg(pathOf(item), fateOf(item), nameOfTree(item.tree), item.reason);
 }
 
 } // namespace Tessaron::Tool

@@ -16,6 +16,9 @@ namespace Tessaron::Tool
 /// All trees that a report may speak of.
 [[nodiscard]] const std::vector<DRDiscTree> &allDiscTrees();
 
+/// What people call the tree: "Joliet", "HFS+".
+[[nodiscard]] QString nameOfTree(DRDiscTree tree);
+
 /// True for what people want to know of: everything but the short names of the plain ISO 9660 tree, which nearly every
 /// object has and which nobody sees where another tree holds the true name.
 [[nodiscard]] bool isWorthTelling(const DRStorageReportItem &item);
@@ -36,7 +39,7 @@ struct LostObject {
 /// The objects of which something is lost, in the order of the report, at most `limit`.
 [[nodiscard]] std::vector<LostObject> lostObjects(const DRStorageReport &report, std::size_t limit);
 
-/// A sentence for each tree in which something differs that another tree makes up for: "In the joliet tree, 3 names are
+/// A sentence for each tree in which something differs that another tree makes up for: "In the Joliet tree, 3 names are
 /// changed …". None for the plain ISO 9660 tree: whoever reads no more than that one expects it.
 [[nodiscard]] QStringList harmlessDifferences(const DRStorageReport &report);
 
