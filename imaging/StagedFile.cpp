@@ -189,7 +189,7 @@ private:
     std::vector<Step> m_steps;
 };
 
-/// A file that replaces one of the same owner is open to nobody to whom that one was closed, as if it had been written
+/// A file that replaces one of the same owner gets its permissions, as if that one had been written
 /// anew.
 mode_t Publisher::finalModeOf(const StagedFile &file)
 {

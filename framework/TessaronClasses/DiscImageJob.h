@@ -21,16 +21,17 @@ class DRStorageReport;
 struct DiscImageOrder {
     /// The content of one folder becomes the content of the disc; files, or several folders, are put together under
     /// their own names. A symbolic link here stands for what it leads to.
-    QList<QByteArray> sources;
+    QList<QByteArray> sources = {};
     /// The image file. It appears when it is whole; an older file is replaced then and is left as it was if the job
     /// fails. A pipe or a character device takes the image as a stream: what it has taken cannot be had back.
-    QByteArray output;
-    /// Takes the image as a stream instead of `output` when it is not -1: an open descriptor of a pipe, a socket that
-    /// can be opened anew, a character device or an empty file. Stays the caller's and must stay open.
+    QByteArray output = {};
+    /// Takes the image as a stream instead of `output` when it is not -1: an open descriptor of a pipe, a character
+    /// device or an empty file. Stays the caller's and must stay open. A program that writes into pipes ignores SIGPIPE,
+    /// so that a reader that goes away is an error.
     int outputDescriptor = -1;
     DiscFormat format = DiscFormat::ISO;
     /// Name of the volume; empty for the name of the only folder given, else that of the output without its extension.
-    QString volumeName;
+    QString volumeName = {};
     DiscFilesystems filesystems = allDiscFilesystems;
     /// Fail, and leave nothing, when something cannot be read or stored as it is.
     bool isStrict = false;

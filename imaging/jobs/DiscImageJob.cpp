@@ -25,7 +25,7 @@ QByteArray withoutExtension(const QByteArray &name)
     return dot > 0 ? name.left(dot) : name;
 }
 
-/// Who sets the variable wants reproducible bytes: a value that means nothing must not pass in silence.
+/// The variable is set to get reproducible bytes: a value that means nothing must not be ignored.
 NSError errorOfEnvironment()
 {
     const QByteArray value = qgetenv("SOURCE_DATE_EPOCH");

@@ -126,7 +126,7 @@ NSError checkSticky(const ImageDestination &destination, const QByteArray &name)
         || ::fstatat(destination.folder.get(), name.constData(), &file, AT_SYMLINK_NOFOLLOW) != 0
         || !isProtectedBySticky(folder, file))
         return {};
-    return destinationError(name, QStringLiteral("the output %1 exists and belongs to somebody else").arg(quoted(name)),
+    return destinationError(name, QStringLiteral("the output %1 exists and belongs to another user").arg(quoted(name)),
                             QStringLiteral("Name another file."));
 }
 

@@ -60,7 +60,7 @@ Result<UniqueDescriptor> streamAtPath(const QByteArray &path, const std::stop_to
 {
     UniqueDescriptor stream;
     while (!stop.stop_requested()) {
-        // Opened without waiting, so that a stop is heard while nobody reads the pipe.
+        // Opened without waiting, so that a stop is heard while the pipe has no reader.
         stream.reset(::open(path.constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
         struct stat status;
         const bool lacksReader =

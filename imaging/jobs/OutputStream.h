@@ -10,7 +10,7 @@
 namespace Tessaron
 {
 
-// Outputs that take an image as a stream: pipes, character devices, and files that somebody else has opened, such as
+// Outputs that take an image as a stream: pipes, character devices, and files that are open already, such as
 // standard output. Errors have code Destination (DiscJobErrors.h).
 
 /// True when a pipe, a socket or a character device is at the path, or at the end of a symbolic link there, such as

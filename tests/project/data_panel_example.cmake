@@ -48,3 +48,36 @@ foreach(_arguments "${WORK}/source;${WORK}/missing/disc.iso" "${WORK}/source" "$
         message(FATAL_ERROR "data-panel ${_arguments} ended with ${_status}: ${_message}")
     endif()
 endforeach()
+
+# A failure leaves the older image; an image in its own folder is refused; what is not stored is told.
+file(WRITE ${WORK}/older.iso "older")
+execute_process(
+    COMMAND ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/${LIBDIR}
+            ${WORK}/build/data-panel ${WORK}/missing ${WORK}/older.iso
+    RESULT_VARIABLE _status ERROR_QUIET OUTPUT_QUIET)
+file(READ ${WORK}/older.iso _older)
+if(_status EQUAL 0 OR NOT _older STREQUAL "older")
+    message(FATAL_ERROR "the older image is now '${_older}' (${_status})")
+endif()
+execute_process(
+    COMMAND ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/${LIBDIR}
+            ${WORK}/build/data-panel ${WORK}/source ${WORK}/source/folder/disc.iso
+    RESULT_VARIABLE _status ERROR_VARIABLE _message OUTPUT_QUIET)
+if(_status EQUAL 0 OR NOT _message MATCHES "lies in the folder" OR EXISTS ${WORK}/source/folder/disc.iso)
+    message(FATAL_ERROR "an image in its own folder ended with ${_status}: ${_message}")
+endif()
+execute_process(COMMAND strace -qq -o /dev/null true RESULT_VARIABLE _status ERROR_QUIET)
+if(_status EQUAL 0) # not everywhere may a process be traced
+    execute_process(
+        COMMAND ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/${LIBDIR}
+                strace -f -qq -o /dev/null -P folder -e trace=openat -e inject=openat:error=EIO
+                ${WORK}/build/data-panel ${WORK}/source ${WORK}/partial.iso
+        RESULT_VARIABLE _status ERROR_VARIABLE _message OUTPUT_QUIET)
+    if(NOT _status EQUAL 3 OR NOT _message MATCHES "source/folder: cannot be listed")
+        message(FATAL_ERROR "a folder that cannot be listed ended with ${_status}: ${_message}")
+    endif()
+endif()
+file(GLOB _left ${WORK}/.data-panel.*)
+if(_left)
+    message(FATAL_ERROR "left behind: ${_left}")
+endif()

@@ -81,7 +81,7 @@ constexpr char inspectIntroduction[] = R"(Usage: tessaron inspect [OPTION]... IM
 
 Tells which filesystems a disc image has, what they hold, its partitions, and
 the tracks that a VANT image or a cue sheet describes. Knows ISO 9660, Rock
-Ridge, Joliet, UDF and HFS+, whoever wrote them.
+Ridge, Joliet, UDF and HFS+, by any program.
 
 Options:
 )";

@@ -65,7 +65,7 @@ void JsonDisplay::show(const ProgressState &state)
     if (remaining && state.countsBytes())
         writer.member("secondsLeft", std::int64_t(remaining->count()));
     writer.endObject();
-    // Progress that nobody reads any more is no reason to fail.
+    // A reader of the progress that has gone away is no reason to fail.
     static_cast<void>(writer.finish());
 }
 

@@ -33,7 +33,7 @@ struct ProgressState {
 [[nodiscard]] ProgressState stateOf(const DiscJobProgress &progress);
 
 /// Shows progress on standard error. Fed a few times a second and at each change of phase; it never shows less than it
-/// has shown before. Whoever prints something else calls clear() before.
+/// has shown before. Call clear() before printing anything else.
 class ProgressDisplay
 {
 public:

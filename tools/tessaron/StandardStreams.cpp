@@ -13,7 +13,7 @@ namespace Tessaron::Tool
 void occupyStandardDescriptors()
 {
     // open() takes the lowest free number: going up from 0 fills each gap. The wrong direction on purpose: a closed
-    // standard output stays a failing one instead of swallowing a report that somebody waits for.
+    // standard output stays a failing one instead of swallowing a report that a script waits for.
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (::fcntl(descriptor, F_GETFD) < 0 && errno == EBADF) {
             const int flags = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;

@@ -20,7 +20,7 @@ namespace Tessaron::Tool
 [[nodiscard]] QString nameOfTree(DRDiscTree tree);
 
 /// True for what people want to know of: everything but the short names of the plain ISO 9660 tree, which nearly every
-/// object has and which nobody sees where another tree holds the true name.
+/// object has and no reader shows where another tree holds the true name.
 [[nodiscard]] bool isWorthTelling(const DRStorageReportItem &item);
 
 /// Calls `function` for every item that is worth telling. Costs nothing for a report without any: the short names, of
@@ -40,7 +40,7 @@ struct LostObject {
 [[nodiscard]] std::vector<LostObject> lostObjects(const DRStorageReport &report, std::size_t limit);
 
 /// A sentence for each tree in which something differs that another tree makes up for: "In the Joliet tree, 3 names are
-/// changed …". None for the plain ISO 9660 tree: whoever reads no more than that one expects it.
+/// changed …". None for the plain ISO 9660 tree, whose readers expect short names.
 [[nodiscard]] QStringList harmlessDifferences(const DRStorageReport &report);
 
 /// One line about one item.
