@@ -1,5 +1,6 @@
 #include "platform/discrecording/objects/DRFSObject.h"
 #include "platform/discrecording/objects/DRFolder.h"
+#include "platform/disctracks/BlockAddress.h"
 #include "platform/foundation/RegularExpression.h"
 #include <TessaronClasses/DiscNames.h>
 
@@ -46,7 +47,7 @@ std::optional<std::int64_t> msfValue(const QString &text)
     const QList<QStringView> parts = QStringView(compact).split(u':');
     if (parts.size() != 3)
         return std::nullopt;
-    return (leadingInteger(parts[0]) * 60 + leadingInteger(parts[1])) * 75 + leadingInteger(parts[2]);
+    return MSF{leadingInteger(parts[0]), leadingInteger(parts[1]), leadingInteger(parts[2])}.totalFrames();
 }
 
 QString extensionForTessaronDiscImageFormat(TessaronDiscImageFormat format)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/disctracks/BlockAddress.h"
 #include "platform/foundation/Export.h"
 
 #include <QString>
@@ -16,9 +17,9 @@ public:
     [[nodiscard]] static constexpr DRMSF msfWithFrames(std::uint32_t frames) { return DRMSF(frames); }
 
     [[nodiscard]] constexpr std::uint32_t intValue() const { return m_frames; }
-    [[nodiscard]] constexpr std::uint32_t minutes() const { return m_frames / (75 * 60); }
-    [[nodiscard]] constexpr std::uint32_t seconds() const { return m_frames / 75 % 60; }
-    [[nodiscard]] constexpr std::uint32_t frames() const { return m_frames % 75; }
+    [[nodiscard]] constexpr std::uint32_t minutes() const { return std::uint32_t(msf().minutes); }
+    [[nodiscard]] constexpr std::uint32_t seconds() const { return std::uint32_t(msf().seconds); }
+    [[nodiscard]] constexpr std::uint32_t frames() const { return std::uint32_t(msf().frames); }
     /// "MM:SS:FF"; minutes grow beyond two digits where needed.
     [[nodiscard]] QString description() const;
 
@@ -29,6 +30,8 @@ private:
         : m_frames(frames)
     {
     }
+
+    [[nodiscard]] constexpr MSF msf() const { return MSF::ofFrames(m_frames); }
 
     std::uint32_t m_frames;
 };

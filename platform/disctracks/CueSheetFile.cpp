@@ -1,0 +1,223 @@
+#include "platform/disctracks/CueSheetReader.h"
+#include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/DescriptorIO.h"
+#include "platform/foundation/DirectoryStream.h"
+#include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/UniqueDescriptor.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr std::int64_t maximumCDTextSize = 8 * 256 * 18 + 5; // with a header and a zero
+
+struct OpenedFile {
+    UniqueDescriptor descriptor;
+    std::uint64_t length = 0;
+};
+
+/// Opens a regular file; anything else is refused, and a fifo not waited for.
+Result<OpenedFile> openRegularFile(const QByteArray &path)
+{
+    const QString name = stringWithFileSystemRepresentation(path);
+    OpenedFile file;
+    file.descriptor.reset(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat status;
+    if (!file.descriptor || ::fstat(file.descriptor.get(), &status) != 0)
+        return NSError::errorWithErrno(errno, name);
+    if (S_ISDIR(status.st_mode))
+        return NSError::errorWithErrno(EISDIR, name);
+    if (!S_ISREG(status.st_mode))
+        return NSError(NSOSStatusErrorDomain, paramErr,
+                       {{NSLocalizedFailureReasonErrorKey, QStringLiteral("it is not a regular file")},
+                        {NSFilePathErrorKey, name}});
+    file.length = std::uint64_t(status.st_size);
+    return file;
+}
+
+Result<QByteArray> contentsOf(const QByteArray &path, std::int64_t most)
+{
+    const Result<OpenedFile> file = openRegularFile(path);
+    if (!file)
+        return file.error();
+    const QString name = stringWithFileSystemRepresentation(path);
+    if (file->length > std::uint64_t(most))
+        return NSError(NSOSStatusErrorDomain, paramErr,
+                       {{NSLocalizedFailureReasonErrorKey,
+                         QStringLiteral("it has %1 bytes, far more than such a file can have").arg(file->length)},
+                        {NSFilePathErrorKey, name}});
+    QByteArray bytes(qsizetype(file->length), Qt::Uninitialized);
+    std::size_t got = 0;
+    if (const int failure = readFully(file->descriptor.get(), 0, bytes.data(), std::size_t(bytes.size()), &got))
+        return NSError::errorWithErrno(failure, name);
+    bytes.truncate(qsizetype(got));
+    return bytes;
+}
+
+bool isThere(const QByteArray &path)
+{
+    struct stat status;
+    return ::stat(path.constData(), &status) == 0;
+}
+
+QByteArrayView lastComponent(QByteArrayView name)
+{
+    return name.sliced(std::max(name.lastIndexOf('/'), name.lastIndexOf('\\')) + 1);
+}
+
+/// The entry of the folder whose name is the same in another letter case; empty when there is none or more than one.
+QByteArray entryInAnyCase(const QByteArray &folder, const QByteArray &name)
+{
+    const QString wanted = QString::fromUtf8(name).toCaseFolded();
+    QByteArray found;
+    const DirectoryStream stream =
+        directoryStream(UniqueDescriptor(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
+    while (const dirent *const entry = stream ? ::readdir(stream.get()) : nullptr) {
+        if (QString::fromUtf8(entry->d_name).toCaseFolded() != wanted)
+            continue;
+        if (!found.isEmpty())
+            return {};
+        found = entry->d_name;
+    }
+    return found;
+}
+
+/// Where a file lies that a sheet in `folder` (with a slash at its end, or empty) names; empty when it is not there.
+QByteArray pathOfNamedFile(const QByteArray &folder, const QByteArrayList &names)
+{
+    for (const QByteArray &name : names) {
+        const QByteArray path = name.startsWith('/') ? name : folder + name;
+        if (!name.isEmpty() && isThere(path))
+            return path;
+    }
+    // Sheets travel: a folder of another machine is of no use, but the file may lie beside the sheet.
+    for (const QByteArray &name : names) {
+        const QByteArray alone = lastComponent(name).toByteArray();
+        if (!alone.isEmpty() && isThere(folder + alone))
+            return folder + alone;
+        const QByteArray other = entryInAnyCase(folder.isEmpty() ? QByteArray(".") : folder, alone);
+        if (!alone.isEmpty() && !other.isEmpty())
+            return folder + other;
+    }
+    return {};
+}
+
+/// How long the samples of a WAVE or AIFF file of CD audio are; no value for anything that needs a decoder.
+class SoundFile
+{
+public:
+    explicit SoundFile(const OpenedFile &file)
+        : m_file(file)
+    {
+    }
+
+    [[nodiscard]] std::optional<std::uint64_t> sampleBytes() const
+    {
+        std::array<std::uint8_t, 12> head;
+        if (!read(0, head.data(), head.size()))
+            return std::nullopt;
+        if (std::memcmp(head.data(), "RIFF", 4) == 0 && std::memcmp(&head[8], "WAVE", 4) == 0)
+            return ofChunks("fmt ", "data", false);
+        if (std::memcmp(head.data(), "FORM", 4) == 0 && std::memcmp(&head[8], "AIFF", 4) == 0)
+            return ofChunks("COMM", "SSND", true);
+        return std::nullopt;
+    }
+
+private:
+    [[nodiscard]] bool read(std::uint64_t offset, std::uint8_t *to, std::size_t length) const
+    {
+        std::size_t got = 0;
+        return readFully(m_file.descriptor.get(), offset, to, length, &got) == 0 && got == length;
+    }
+
+    [[nodiscard]] std::optional<std::uint64_t> ofChunks(const char *formatId, const char *samplesId, bool isBig) const
+    {
+        constexpr std::size_t headSize = 8;
+        bool isCDAudio = false;
+        for (std::uint64_t at = 12; at + headSize <= m_file.length;) {
+            std::array<std::uint8_t, headSize> head;
+            if (!read(at, head.data(), head.size()))
+                return std::nullopt;
+            const std::uint64_t size =
+                isBig ? loadBigEndian<std::uint32_t>(&head[4]) : loadLittleEndian<std::uint32_t>(&head[4]);
+            const std::uint64_t start = at + headSize;
+            if (std::memcmp(head.data(), formatId, 4) == 0)
+                isCDAudio = isBig ? isCDFormatOfAiff(start) : isCDFormatOfWave(start);
+            if (std::memcmp(head.data(), samplesId, 4) == 0) {
+                constexpr std::uint64_t aiffOffsets = 8; // in front of the samples
+                const std::uint64_t skipped = isBig ? aiffOffsets : 0;
+                // Writers that never came back to correct it leave a size of 0 or more than there is.
+                const std::uint64_t there = m_file.length - start;
+                const std::uint64_t length = size == 0 ? there : std::min(size, there);
+                return isCDAudio && length >= skipped ? std::optional(length - skipped) : std::nullopt;
+            }
+            at = start + size + size % 2;
+        }
+        return std::nullopt;
+    }
+
+    /// 16 bits, two channels, 44,100 Hz.
+    [[nodiscard]] bool isCDFormatOfWave(std::uint64_t at) const
+    {
+        std::array<std::uint8_t, 16> format;
+        return read(at, format.data(), format.size()) && loadLittleEndian<std::uint16_t>(&format[2]) == 2
+            && loadLittleEndian<std::uint32_t>(&format[4]) == 44100
+            && loadLittleEndian<std::uint16_t>(&format[14]) == 16;
+    }
+    [[nodiscard]] bool isCDFormatOfAiff(std::uint64_t at) const
+    {
+        std::array<std::uint8_t, 18> common;
+        // The rate is an 80-bit number: 44,100 is 1.345825... times 2^15.
+        constexpr std::array<std::uint8_t, 10> rate = {0x40, 0x0E, 0xAC, 0x44, 0, 0, 0, 0, 0, 0};
+        return read(at, common.data(), common.size()) && loadBigEndian<std::uint16_t>(&common[0]) == 2
+            && loadBigEndian<std::uint16_t>(&common[6]) == 16 && std::memcmp(&common[8], rate.data(), rate.size()) == 0;
+    }
+
+    const OpenedFile &m_file;
+};
+
+Result<std::optional<std::uint64_t>> measureFile(const QByteArray &folder, CueFile *file)
+{
+    const QByteArray path = pathOfNamedFile(folder, {file->nameAsWritten, file->name});
+    if (path.isEmpty())
+        return NSError(NSOSStatusErrorDomain, fnfErr,
+                       {{NSLocalizedFailureReasonErrorKey, QStringLiteral("it is not there")},
+                        {NSFilePathErrorKey, stringWithFileSystemRepresentation(folder + file->name)}});
+    const Result<OpenedFile> opened = openRegularFile(path);
+    if (!opened)
+        return opened.error();
+    file->path = path;
+    if (file->type == CueFileType::Binary || file->type == CueFileType::Motorola)
+        return std::optional(opened->length);
+    return SoundFile(*opened).sampleBytes();
+}
+
+} // namespace
+
+Result<CueSheet> cueSheetOfFile(const QByteArray &path)
+{
+    const Result<QByteArray> text = contentsOf(path, maximumCueSheetSize);
+    if (!text)
+        return text.error();
+    const QByteArray folder = path.left(path.lastIndexOf('/') + 1);
+    CueSheetFiles files;
+    files.measure = [&folder](CueFile *file) { return measureFile(folder, file); };
+    files.cdText = [&folder](const QByteArray &name) -> Result<QByteArray> {
+        const QByteArray found = pathOfNamedFile(folder, {name});
+        if (found.isEmpty())
+            return NSError(NSOSStatusErrorDomain, fnfErr,
+                           {{NSLocalizedFailureReasonErrorKey, QStringLiteral("the file is not there")}});
+        return contentsOf(found, maximumCDTextSize);
+    };
+    return cueSheetOfText(*text, files);
+}
+
+} // namespace Tessaron

@@ -1,0 +1,134 @@
+#include "platform/disctracks/CDTextPacks.h"
+#include "platform/disctracks/CueSheetReader.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+using namespace Tessaron;
+
+namespace
+{
+
+class CueSheetFile : public testing::Test
+{
+protected:
+    void write(const QByteArray &name, const QByteArray &contents)
+    {
+        QFile file(QString::fromLocal8Bit(path(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(contents), contents.size());
+    }
+    [[nodiscard]] QByteArray path(const QByteArray &name) const { return m_folder.path().toUtf8() + '/' + name; }
+
+    /// A sheet of one audio track in the named file.
+    Result<CueSheet> sheetNaming(const QByteArray &name, const QByteArray &type = "BINARY")
+    {
+        write("sheet.cue", "FILE \"" + name + "\" " + type + "\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n");
+        return cueSheetOfFile(path("sheet.cue"));
+    }
+
+    QTemporaryDir m_folder;
+};
+
+QByteArray waveOf(const QByteArray &samples, std::uint32_t rate = 44100)
+{
+    QByteArray wave = QByteArray("RIFF\0\0\0\0WAVELIST\2\0\0\0xxfmt \x10\0\0\0\1\0\2\0", 34);
+    for (const std::uint32_t number : {rate, rate * 4}) {
+        for (int byte = 0; byte < 4; ++byte)
+            wave.append(char(number >> 8 * byte));
+    }
+    wave.append(QByteArray("\4\0\x10\0data", 8));
+    for (int byte = 0; byte < 4; ++byte)
+        wave.append(char(std::uint32_t(samples.size()) >> 8 * byte));
+    return wave + samples + "tail";
+}
+
+} // namespace
+
+TEST_F(CueSheetFile, files_areFoundBesideTheSheet)
+{
+    write("Disc.bin", QByteArray(7 * 2352, 'x'));
+    for (const char *const name : {"Disc.bin", "disc.BIN", "C:\\Images\\Disc.bin", "/nowhere/Disc.bin", "./Disc.bin"}) {
+        const Result<CueSheet> sheet = sheetNaming(name);
+        ASSERT_TRUE(sheet) << name << sheet.error().localizedDescription().toStdString();
+        EXPECT_EQ(sheet->contents.track(1)->length, 7u);
+        EXPECT_TRUE(sheet->files[0].path.endsWith("Disc.bin"));
+    }
+}
+
+TEST_F(CueSheetFile, aNameThatIsNotUtf8_isFoundAsItIs_andDecoded)
+{
+    write("plain.bin", QByteArray(2352, 'x'));
+    ASSERT_EQ(::rename(path("plain.bin").constData(), path("caf\xE9.bin").constData()), 0);
+    Result<CueSheet> sheet = sheetNaming("caf\xE9.bin");
+    ASSERT_TRUE(sheet);
+    EXPECT_EQ(sheet->files[0].path, path("caf\xE9.bin"));
+    ASSERT_EQ(::rename(path("caf\xE9.bin").constData(), path("caf\xC3\xA9.bin").constData()), 0);
+    sheet = sheetNaming("caf\xE9.bin");
+    ASSERT_TRUE(sheet);
+    EXPECT_EQ(sheet->files[0].path, path("caf\xC3\xA9.bin"));
+}
+
+TEST_F(CueSheetFile, aMissingFile_isAnErrorThatNamesLineAndFile)
+{
+    const Result<CueSheet> sheet = sheetNaming("gone.bin");
+    ASSERT_FALSE(sheet);
+    EXPECT_TRUE(
+        sheet.error().localizedFailureReason().startsWith(QStringLiteral("Line 1 of the cue sheet: \"gone.bin\"")));
+    EXPECT_FALSE(sheet.error().localizedRecoverySuggestion().isEmpty());
+    EXPECT_FALSE(cueSheetOfFile(path("no-sheet.cue")));
+    EXPECT_FALSE(cueSheetOfFile(m_folder.path().toUtf8()));
+}
+
+TEST_F(CueSheetFile, aFifo_isRefusedAtOnce)
+{
+    ASSERT_EQ(::mkfifo(path("fifo.cue").constData(), 0600), 0);
+    EXPECT_FALSE(cueSheetOfFile(path("fifo.cue")));
+    ASSERT_EQ(::mkfifo(path("fifo.bin").constData(), 0600), 0);
+    EXPECT_FALSE(sheetNaming("fifo.bin"));
+}
+
+TEST_F(CueSheetFile, aLongFile_isNoSheet)
+{
+    write("big.cue", QByteArray(2 << 20, '\n'));
+    EXPECT_FALSE(cueSheetOfFile(path("big.cue")));
+}
+
+TEST_F(CueSheetFile, soundFiles_areMeasuredInTheirSamples)
+{
+    write("sound.wav", waveOf(QByteArray(3 * 2352, 's')));
+    Result<CueSheet> sheet = sheetNaming("sound.wav", "WAVE");
+    ASSERT_TRUE(sheet) << sheet.error().localizedDescription().toStdString();
+    EXPECT_EQ(sheet->contents.track(1)->length, 3u);
+    EXPECT_TRUE(sheet->places[0].isLengthKnown);
+    // What only a decoder can measure has no length yet.
+    write("sound.wav", waveOf(QByteArray(3 * 2352, 's'), 48000));
+    sheet = sheetNaming("sound.wav", "WAVE");
+    ASSERT_TRUE(sheet);
+    EXPECT_FALSE(sheet->places[0].isLengthKnown);
+    write("sound.flac", "fLaC");
+    EXPECT_FALSE(sheetNaming("sound.flac", "WAVE")->places[0].isLengthKnown);
+}
+
+TEST_F(CueSheetFile, cdTextFile_isRead)
+{
+    CDText texts;
+    CDTextBlock block;
+    block.texts[CDTextKind::Title] = {QStringLiteral("Album"), QStringLiteral("Track")};
+    texts.blocks.push_back(block);
+    write("a.bin", QByteArray(2352, 'x'));
+    write("a.cdt", *cdTextPacks(texts, 1) + QByteArray(1, '\0'));
+    write("a.cue", "CDTEXTFILE \"a.cdt\"\nFILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n");
+    const Result<CueSheet> sheet = cueSheetOfFile(path("a.cue"));
+    ASSERT_TRUE(sheet);
+    EXPECT_EQ(sheet->contents.cdText, texts);
+    write("a.cdt", "no packs");
+    const Result<CueSheet> damaged = cueSheetOfFile(path("a.cue"));
+    ASSERT_TRUE(damaged);
+    ASSERT_EQ(damaged->notes.size(), 1u);
+    EXPECT_EQ(damaged->notes[0].line, 1u);
+}
