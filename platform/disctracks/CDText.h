@@ -37,7 +37,7 @@ struct CDTextBlock {
 
     std::uint8_t language = english; ///< EBU Tech 3264 annex 1: 08 German, 09 English, 0F French, 69 Japanese
     CDTextEncoding encoding = CDTextEncoding::Latin1;
-    std::uint8_t copyright = 0; ///< bits 0 to 6 for the kinds of text that somebody has rights in; 0 free
+    std::uint8_t copyright = 0; ///< bits 0 to 6: the kinds of text that are copyrighted; 0 free
     std::uint16_t genreCode = 0; ///< 0 not used
     std::uint32_t firstTrack = 1; ///< number of the first track with texts
     /// For each kind the texts: that of the disc, then one for each track from `firstTrack` on; empty where none is.

@@ -26,7 +26,7 @@ struct CueFile {
     QByteArray name; ///< as the sheet says it, in UTF-8; a name that is not UTF-8 in the sheet was decoded
     QByteArray nameAsWritten; ///< the bytes of the sheet itself; empty for a sheet in UTF-16
     CueFileType type = CueFileType::Binary;
-    QByteArray path; ///< where it was found; empty when nobody looked
+    QByteArray path; ///< where it was found; empty when it was not looked for
 
     friend bool operator==(const CueFile &, const CueFile &) = default;
 };

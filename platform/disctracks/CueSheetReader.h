@@ -16,8 +16,8 @@ namespace Tessaron
 /// No sheet is longer: 99 tracks with 99 index points and their texts take a tenth.
 inline constexpr std::int64_t maximumCueSheetSize = 1 << 20;
 
-/// What a reader of cue sheets asks for the files that a sheet names. An operation that is not set stands for files
-/// that nobody looks at.
+/// What a reader of cue sheets asks for the files that a sheet names. Without an operation the
+/// files are not looked at.
 struct CueSheetFiles {
     /// Finds the file, fills in its path, and says how many bytes of sectors (or samples) it holds; no value when only
     /// a decoder could tell. The error is passed on with the line of the sheet.
@@ -32,8 +32,8 @@ struct CueSheetFiles {
 /// over with a note.
 ///
 /// Errors are of DiscTracksErrorDomain and name the line, the cause and what to do: a mode that is not known, numbers
-/// that are none or out of order, an INDEX beyond the end of its file, a track without INDEX 01, no track at all.
-/// Thread-safe as far as `files` is.
+/// that cannot be read or are out of order, an INDEX beyond the end of its file, a track without INDEX 01, no track at
+/// all. Thread-safe as far as `files` is.
 [[nodiscard]] TESSARON_EXPORT Result<CueSheet> cueSheetOfText(const QByteArray &text, const CueSheetFiles &files);
 
 /// Reads the sheet at the path (bytes) and looks for its files beside it: as they are named, without the folders of

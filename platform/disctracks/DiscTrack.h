@@ -30,7 +30,7 @@ struct TrackGap {
     friend bool operator==(const TrackGap &, const TrackGap &) = default;
 };
 
-/// What a recorder is told of a track, in the numbers of MMC's cue sheet, where somebody stated them. They may
+/// What a recorder is told of a track, in the numbers of MMC's cue sheet, where they were stated. They may
 /// contradict the track's kind (image makers have their ways) and are carried as they are.
 struct RecordingNumbers {
     std::optional<std::int32_t> trackMode; ///< control bits: 0 audio, 4 data, 5 data in increments

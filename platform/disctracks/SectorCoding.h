@@ -65,13 +65,13 @@ TESSARON_EXPORT void completeForm2Sector(std::uint8_t *sector, BlockAddress addr
 /// What is wrong with a sector.
 enum class SectorFault : std::uint32_t {
     Sync = 1u << 0, ///< no sync field
-    Address = 1u << 1, ///< no BCD, or not the address expected
+    Address = 1u << 1, ///< not decimal digits, or not the address expected
     Mode = 1u << 2, ///< not the mode of the track's kind
     Subheader = 1u << 3, ///< its two copies differ
     Checksum = 1u << 4,
     ParityP = 1u << 5,
     ParityQ = 1u << 6,
-    Zeros = 1u << 7, ///< the eight zeros of mode 1 are none
+    Zeros = 1u << 7, ///< one of the eight zeros of mode 1 is set
 };
 Q_DECLARE_FLAGS(SectorFaults, SectorFault)
 Q_DECLARE_OPERATORS_FOR_FLAGS(SectorFaults)

@@ -47,7 +47,7 @@ constexpr std::uint8_t bcd(std::int64_t number)
     return std::uint8_t(number / 10 % 10 << 4 | number % 10);
 }
 
-/// The number of two decimal digits; -1 when a digit is none.
+/// The number of two decimal digits; -1 when either is not a decimal digit.
 constexpr int fromBcd(std::uint8_t byte)
 {
     return (byte >> 4) < 10 && (byte & 15) < 10 ? (byte >> 4) * 10 + (byte & 15) : -1;

@@ -51,7 +51,7 @@ subchannelQOfCatalogNumber(std::uint8_t control, QByteArrayView digits, std::int
 
 /// True when the checksum at its end is right.
 [[nodiscard]] TESSARON_EXPORT bool isSound(const SubchannelQ &channel);
-/// What a part of mode 1 says; no value for another mode, a wrong checksum or digits that are none.
+/// What a part of mode 1 says; no value for another mode, a wrong checksum, or bytes that are not decimal digits.
 [[nodiscard]] TESSARON_EXPORT std::optional<SubchannelPosition> positionOfSubchannelQ(const SubchannelQ &channel);
 /// The 13 digits of a part of mode 2; empty for anything else.
 [[nodiscard]] TESSARON_EXPORT QByteArray catalogNumberOfSubchannelQ(const SubchannelQ &channel);

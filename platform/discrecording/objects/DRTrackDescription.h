@@ -10,7 +10,7 @@
 namespace Tessaron
 {
 
-// The one place that reads and writes the keys of track properties. Whoever wants to know what a track is asks for its
+// The one place that reads and writes the keys of track properties. To know what a track is, ask for its
 // DiscTrack.
 
 /// Whether a track's length must be among its properties already.
@@ -27,7 +27,7 @@ enum class TrackLengthIs {
 [[nodiscard]] TESSARON_EXPORT Result<DiscTrack> discTrackOfProperties(const QVariantMap &properties,
                                                                       TrackLengthIs length = TrackLengthIs::Stated);
 
-/// The properties that describe the track, put over `others`, which keep keys that are none of a track's description.
+/// The properties that describe the track, put over `others`, which keep the keys that do not describe the track.
 /// discTrackOfProperties() leads back, except for the number and what no property says: ISRC, whether gaps are stored,
 /// and a kind without numbers for a recorder.
 [[nodiscard]] TESSARON_EXPORT QVariantMap propertiesOfDiscTrack(const DiscTrack &track, const QVariantMap &others = {});

@@ -12,7 +12,7 @@
 namespace Tessaron
 {
 
-/// What came of reading: the image, or why there is none.
+/// The image that was read, or the reason why it could not be.
 struct VANTReadResult {
     std::optional<VANTImage> image;
     NSError error; ///< null when there is an image
