@@ -6,6 +6,7 @@
 #include "platform/foundation/Result.h"
 
 #include <QByteArray>
+#include <QStringList>
 
 #include <cstdint>
 #include <memory>
@@ -25,6 +26,7 @@ struct DiscImageTrack {
     std::uint64_t length = 0; ///< blocks
     std::uint32_t pregap = 0; ///< blocks that are not in the file
     std::uint32_t postgap = 0;
+    QByteArray file; ///< path of the file that holds it, where that is not the image's own
 };
 
 /// How the file of an image is laid out.
@@ -43,6 +45,8 @@ struct OpenedDiscImage {
     std::shared_ptr<const DiscImageSource> source; ///< never null
     std::vector<DiscImageTrack> tracks; ///< empty when nothing describes them
     std::vector<FoundVolume> volumes;
+    /// What of a cue sheet was passed over or taken in a certain way, and why a sheet beside the image was not used.
+    QStringList notes;
 };
 
 /// Opens an image: a file of blocks, a block device, a cue sheet, or a file whose name ends in ".bin" with a cue sheet

@@ -1,16 +1,13 @@
-#include "imaging/verification/CueSheet.h"
+#include "platform/disctracks/CueModes.h"
+#include "platform/disctracks/CueSheetReader.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
-#include "platform/foundation/UniqueDescriptor.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/OpenedDiscImage.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
 #include <optional>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace Tessaron
 {
@@ -18,45 +15,16 @@ namespace Tessaron
 namespace
 {
 
-constexpr qint64 maximumCueSheet = 1 << 20; // 99 tracks with 99 index points each take a fifth
-
-QByteArray folderOf(const QByteArray &path)
-{
-    return path.left(path.lastIndexOf('/') + 1);
-}
-
-NSError cannotRead(const QByteArray &path, const QString &reason)
+NSError cannotRead(const QByteArray &path, const QString &reason, const QString &suggestion = {})
 {
     return discJobError(DiscJobErrorCode::Source,
-                        QStringLiteral("the image %1 cannot be read: %2").arg(quoted(path), reason), {}, path);
+                        QStringLiteral("the image %1 cannot be read: %2").arg(quoted(path), reason), suggestion, path);
 }
 
 /// The name that the cue sheet of an image has: "disc.cue" beside "disc.bin".
 QByteArray cueSheetBeside(const QByteArray &path)
 {
     return path.left(path.lastIndexOf('.')) + ".cue";
-}
-
-/// The text of the sheet; absent when there is none that can be read.
-std::optional<QByteArray> readCueSheet(const QByteArray &path)
-{
-    // Without O_NONBLOCK, opening a named pipe would wait for a writer.
-    const UniqueDescriptor file(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat status;
-    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
-    QByteArray text(qsizetype(std::min<off_t>(status.st_size, maximumCueSheet)), Qt::Uninitialized);
-    qsizetype done = 0;
-    while (done < text.size()) {
-        const ssize_t got = ::pread(file.get(), text.data() + done, std::size_t(text.size() - done), done);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            break;
-        done += got;
-    }
-    text.truncate(done);
-    return text;
 }
 
 /// Why a file of this kind cannot be an image; empty for one that can, or that is not there.
@@ -69,70 +37,100 @@ QString reasonOfKind(const QByteArray &path)
                                    : QStringLiteral("it is neither a regular file nor a block device");
 }
 
-std::uint64_t sizeOfFile(const QByteArray &path)
+DiscImageTrack trackOfSheet(const CueSheet &sheet, const DiscTrack &track, const CueTrackPlace &place,
+                            const QByteArray &imagePath)
 {
+    DiscImageTrack result;
+    result.number = track.number;
+    result.mode = cueModeOf(track);
+    result.isData = !track.isAudio();
+    result.blockSize = track.blockSize;
+    result.length = track.length;
+    result.pregap = track.pregap.isStored ? 0 : std::uint32_t(track.pregap.length);
+    result.postgap = std::uint32_t(track.postgap.length);
+    if (place.data.empty())
+        return result;
+    const QByteArray &path = sheet.files[place.data.front().file].path;
+    result.offset = place.data.front().offset;
+    result.file = path == imagePath ? QByteArray() : path;
+    return result;
+}
+
+/// The file of the sheet that holds filesystems, as far as the sheet can tell: that of its first track of data, else
+/// that of its last track.
+QByteArray fileWithData(const CueSheet &sheet)
+{
+    const std::vector<const DiscTrack *> tracks = sheet.contents.tracks();
+    QByteArray path;
+    for (std::size_t index = 0; index < tracks.size(); ++index) {
+        const std::vector<CueRun> &runs = sheet.places[index].data;
+        if (runs.empty())
+            continue;
+        path = sheet.files[runs.front().file].path;
+        if (!tracks[index]->isAudio())
+            break;
+    }
+    return path;
+}
+
+/// How the first track of data in the image's file holds its 2048 bytes; no value when it has none.
+std::optional<DiscImageSectors> sectorsOfSheet(const CueSheet &sheet, const QByteArray &imagePath)
+{
+    const std::vector<const DiscTrack *> tracks = sheet.contents.tracks();
+    for (std::size_t index = 0; index < tracks.size(); ++index) {
+        const DiscTrack &track = *tracks[index];
+        const std::vector<CueRun> &runs = sheet.places[index].data;
+        if (track.isAudio() || runs.empty() || sheet.files[runs.front().file].path != imagePath)
+            continue;
+        const std::optional<SectorForm> form = track.sectorForm();
+        const std::optional<SectorPart> part = form ? userDataPart(track.kind, *form) : std::nullopt;
+        if (part)
+            return DiscImageSectors{runs.front().offset, track.blockSize, std::uint32_t(part->offset)};
+    }
+    return std::nullopt;
+}
+
+/// Takes path, tracks and notes from a sheet.
+void useCueSheet(const CueSheet &sheet, const QByteArray &sheetPath, const QByteArray &imagePath,
+                 OpenedDiscImage *image)
+{
+    image->path = imagePath;
+    image->cueSheet = sheetPath;
+    image->layout = DiscImageLayout::CueSheet;
+    std::size_t index = 0;
+    for (std::size_t session = 0; session < sheet.contents.sessions.size(); ++session) {
+        for (const DiscTrack &track : sheet.contents.sessions[session].tracks) {
+            const CueTrackPlace &place = sheet.places[index++];
+            image->tracks.push_back(trackOfSheet(sheet, track, place, imagePath));
+            image->tracks.back().session = std::uint32_t(session + 1);
+            if (!place.isLengthKnown)
+                image->notes << QStringLiteral("The length of track %1 is not known: its file must be decoded first.")
+                                    .arg(track.number);
+        }
+    }
+    for (const CueNote &note : sheet.notes)
+        image->notes << (note.line > 0 ? QStringLiteral("Line %1 of the cue sheet: %2").arg(note.line).arg(note.text)
+                                       : note.text);
+}
+
+/// Looks whether the sheet beside an image describes it. A sheet that cannot be used is noted.
+std::optional<DiscImageSectors> useSheetBeside(const QByteArray &imagePath, OpenedDiscImage *image)
+{
+    const QByteArray sheetPath = cueSheetBeside(imagePath);
     struct stat status;
-    return ::stat(path.constData(), &status) == 0 && S_ISREG(status.st_mode) ? std::uint64_t(status.st_size) : 0;
-}
-
-/// The tracks that lie in one file, in order; positions are counted with the block size of what lies in between.
-std::vector<DiscImageTrack> tracksInFile(const std::vector<CueTrack> &cueTracks, const QByteArray &name,
-                                         std::uint64_t fileSize)
-{
-    std::vector<DiscImageTrack> tracks;
-    std::uint64_t offset = 0;
-    std::int64_t frame = 0;
-    for (std::size_t index = 0; index < cueTracks.size(); ++index) {
-        const CueTrack &cueTrack = cueTracks[index];
-        if (cueTrack.fileName != name || cueTrack.blockSize == 0 || cueTrack.startFrame < frame)
-            continue;
-        const std::uint32_t blockSize = tracks.empty() ? cueTrack.blockSize : tracks.back().blockSize;
-        const std::int64_t first = std::max(cueTrack.firstFrame, frame);
-        offset += std::uint64_t(first - frame) * blockSize;
-        if (!tracks.empty())
-            tracks.back().length = (offset - std::min(offset, tracks.back().offset)) / blockSize;
-        offset += std::uint64_t(cueTrack.startFrame - first) * cueTrack.blockSize;
-        frame = cueTrack.startFrame;
-        DiscImageTrack track;
-        track.number = cueTrack.number;
-        track.mode = cueTrack.mode;
-        track.isData = cueTrack.isData;
-        track.blockSize = cueTrack.blockSize;
-        track.offset = offset;
-        track.pregap = cueTrack.pregap;
-        tracks.push_back(track);
+    if (::stat(sheetPath.constData(), &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    const Result<CueSheet> sheet = cueSheetOfFile(sheetPath);
+    if (!sheet) {
+        image->notes << QStringLiteral("The cue sheet beside the image is not used. %1")
+                            .arg(sheet.error().localizedFailureReason());
+        return std::nullopt;
     }
-    if (!tracks.empty())
-        tracks.back().length = (fileSize - std::min(fileSize, tracks.back().offset)) / tracks.back().blockSize;
-    return tracks;
-}
-
-/// Takes tracks and file from a sheet; false when it names no file with a track.
-bool useCueSheet(const QByteArray &sheetPath, const QByteArray &wantedName, OpenedDiscImage *input,
-                 std::optional<DiscImageSectors> *sectors)
-{
-    const std::optional<QByteArray> text = readCueSheet(sheetPath);
-    if (!text)
-        return false;
-    const std::vector<CueTrack> cueTracks = tracksOfCueSheet(*text);
-    const auto named = std::find_if(cueTracks.begin(), cueTracks.end(), [&](const CueTrack &track) {
-        return wantedName.isEmpty() ? track.isData || &track == &cueTracks.back() : track.fileName == wantedName;
-    });
-    if (named == cueTracks.end() || named->fileName.isEmpty())
-        return false;
-    input->path = named->fileName.startsWith('/') ? named->fileName : folderOf(sheetPath) + named->fileName;
-    input->cueSheet = sheetPath;
-    input->layout = DiscImageLayout::CueSheet;
-    input->tracks = tracksInFile(cueTracks, named->fileName, sizeOfFile(input->path));
-    for (const DiscImageTrack &track : input->tracks) {
-        if (!track.isData)
-            continue;
-        const auto cueTrack = std::find_if(cueTracks.begin(), cueTracks.end(),
-                                           [&](const CueTrack &other) { return other.number == track.number; });
-        *sectors = DiscImageSectors{track.offset, track.blockSize, cueTrack->dataOffset};
-        break;
-    }
-    return true;
+    const auto isImage = [&](const CueFile &file) { return file.path == imagePath; };
+    if (std::none_of(sheet->files.begin(), sheet->files.end(), isImage))
+        return std::nullopt;
+    useCueSheet(*sheet, sheetPath, imagePath, image);
+    return sectorsOfSheet(*sheet, imagePath);
 }
 
 QByteArray modeOfVantTrack(const VANTTrack &track)
@@ -152,8 +150,16 @@ std::vector<DiscImageTrack> tracksOfVant(const VANTImage &image)
     for (std::size_t session = 0; session < image.sessions.size(); ++session) {
         for (const VANTTrack &track : image.sessions[session].tracks) {
             const bool isData = track.blockType.value_or(8) != 0;
-            tracks.push_back({std::uint32_t(session + 1), track.number, modeOfVantTrack(track), isData, track.blockSize,
-                              track.startOffset, track.length, track.pregap, track.postgap});
+            tracks.push_back({std::uint32_t(session + 1),
+                              track.number,
+                              modeOfVantTrack(track),
+                              isData,
+                              track.blockSize,
+                              track.startOffset,
+                              track.length,
+                              track.pregap,
+                              track.postgap,
+                              {}});
         }
     }
     return tracks;
@@ -169,10 +175,14 @@ Result<OpenedDiscImage> openDiscImage(const QByteArray &path)
     if (const QString reason = reasonOfKind(path); !reason.isEmpty())
         return cannotRead(path, reason);
     if (path.toLower().endsWith(".cue")) {
-        if (!useCueSheet(path, {}, &image, &sectors))
-            return cannotRead(path, QStringLiteral("it is not a cue sheet that names a file with tracks"));
+        const Result<CueSheet> sheet = cueSheetOfFile(path);
+        if (!sheet)
+            return cannotRead(path, sheet.error().localizedFailureReason(),
+                              sheet.error().localizedRecoverySuggestion());
+        useCueSheet(*sheet, path, fileWithData(*sheet), &image);
+        sectors = sectorsOfSheet(*sheet, image.path);
     } else if (path.toLower().endsWith(".bin")) {
-        (void)useCueSheet(cueSheetBeside(path), lastComponent(path), &image, &sectors);
+        sectors = useSheetBeside(path, &image);
     }
     const QString text = stringWithFileSystemRepresentation(image.path);
     DiscImageSourceResult opened =

@@ -188,9 +188,7 @@ Result<std::optional<std::uint64_t>> measureFile(const QByteArray &folder, CueFi
 {
     const QByteArray path = pathOfNamedFile(folder, {file->nameAsWritten, file->name});
     if (path.isEmpty())
-        return NSError(NSOSStatusErrorDomain, fnfErr,
-                       {{NSLocalizedFailureReasonErrorKey, QStringLiteral("it is not there")},
-                        {NSFilePathErrorKey, stringWithFileSystemRepresentation(folder + file->name)}});
+        return NSError::errorWithErrno(ENOENT, stringWithFileSystemRepresentation(folder + file->name));
     const Result<OpenedFile> opened = openRegularFile(path);
     if (!opened)
         return opened.error();

@@ -508,7 +508,7 @@ private:
             const QString remedy = length.error().localizedRecoverySuggestion();
             return sheetError(
                 m_fileLines[file],
-                QStringLiteral("\"%1\" cannot be used: %2").arg(nameOf(file), length.error().localizedFailureReason()),
+                QStringLiteral("\"%1\" cannot be read: %2").arg(nameOf(file), length.error().localizedFailureReason()),
                 remedy.isEmpty() ? QStringLiteral("Put the file beside the sheet, or correct its name there.")
                                  : remedy);
         }

@@ -163,6 +163,42 @@ TEST_F(Inspect, cueSheetWhoseFileIsMissing_isAFailure)
     }
 }
 
+TEST_F(Inspect, cueSheets_areReadAsPeopleWriteThem)
+{
+    m_tree.makeFile("audio.bin", QByteArray(100 * 2352, 'a'));
+    m_tree.makeFile("more.bin", QByteArray(50 * 2352, 'b'));
+    m_tree.makeFile("odd.cue",
+                    "\xEF\xBB\xBF"
+                    "file AUDIO.BIN binary\rtrack 1 audio\rindex 1 0:0:0\rfile more.bin binary\r"
+                    "track 2 cdg\rindex 1 0:0:0\rshiny\r");
+    const ChildResult result = runTessaron({"inspect", m_tree.path("odd.cue")});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    EXPECT_TRUE(result.output.contains("track 1: AUDIO, 100 blocks")) << result.output.constData();
+    EXPECT_TRUE(result.output.contains("track 2: CDG, 48 blocks")) << result.output.constData();
+    EXPECT_TRUE(result.errors.contains("Line 7 of the cue sheet: SHINY")) << result.errors.constData();
+    EXPECT_TRUE(result.errors.contains("fill no block")) << result.errors.constData();
+}
+
+TEST_F(Inspect, cueSheetThatDoesNotFit_isAFailure_withItsLine)
+{
+    m_tree.makeFile("a.bin", QByteArray(100 * 2352, 'a'));
+    const struct {
+        QByteArray lines;
+        QByteArray told;
+    } rows[] = {
+        {" TRACK 01 AUDIO\n  INDEX 01 00:02:00\n", "Line 3 of the cue sheet: 00:02:00 lies beyond the end"},
+        {" TRACK 01 MODE7/1\n  INDEX 01 00:00:00\n", "Line 2 of the cue sheet: \"MODE7/1\""},
+    };
+    for (const auto &row : rows) {
+        m_tree.makeFile("a.cue", "FILE \"a.bin\" BINARY\n" + row.lines);
+        const ChildResult result = runTessaron({"inspect", m_tree.path("a.cue")});
+        EXPECT_EQ(result.exitStatus, 1);
+        EXPECT_TRUE(result.errors.contains(row.told)) << result.errors.constData();
+        // The file itself can be looked at without it, but not in silence.
+        EXPECT_TRUE(runTessaron({"inspect", m_tree.path("a.bin")}).errors.contains("is not used"));
+    }
+}
+
 TEST_F(Inspect, namedPipesAndFolders_areRefusedAtOnce)
 {
     for (const QByteArray name : {"pipe.cue", "pipe.bin", "pipe.iso"}) {

@@ -68,6 +68,8 @@ QString trackLine(const DiscImageTrack &track)
         line += QStringLiteral(", pregap %1").arg(track.pregap);
     if (track.postgap > 0)
         line += QStringLiteral(", postgap %1").arg(track.postgap);
+    if (!track.file.isEmpty())
+        line += QStringLiteral(", in %1").arg(quoted(track.file));
     return line;
 }
 
@@ -127,6 +129,8 @@ void InspectCommand::printErrors() const
     if (!m_result.image)
         return;
     const OpenedDiscImage &image = *m_result.image;
+    for (const QString &note : image.notes)
+        printDiagnostic(note);
     if (image.source->vantError())
         printDiagnostic(image.source->vantError().localizedFailureReason());
     for (std::size_t index = 0; index < m_result.censuses.size(); ++index) {
@@ -211,6 +215,8 @@ void InspectCommand::writeTracks(JsonWriter &writer) const
         writer.member("blocks", track.length);
         writer.member("pregap", track.pregap);
         writer.member("postgap", track.postgap);
+        if (!track.file.isEmpty())
+            writer.pathMember("file", track.file);
         writer.endObject();
     }
     writer.endArray();
