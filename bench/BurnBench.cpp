@@ -1,13 +1,13 @@
 // Writes a folder as a disc image with chosen sizes of the block pipeline, to find out which are best:
-//   burn_bench FOLDER IMAGE READERS PIECE-KIB BUFFERS KERNEL-COPY-FROM-MIB
-// The time for the plan and the time for the writing are printed apart.
+//   burn_bench FOLDER IMAGE READERS PIECE-KIB BUFFERS KERNEL-COPY-FROM-MIB [sync]
+// The time for the plan and the time for the writing are printed apart. With "sync", the latter lasts until the image
+// is on the disk.
 
 #include "platform/discrecording/burn/BlockPipeline.h"
-#include "platform/discrecording/burn/BurnSink.h"
+#include "platform/discrecording/burn/FileSink.h"
 #include "platform/discrecording/burn/ImageTrackWriter.h"
 #include "platform/discrecording/objects/DRFolder.h"
 #include "platform/discrecording/planning/DiscImagePlan.h"
-#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/UniqueDescriptor.h"
 
@@ -22,28 +22,6 @@ using namespace Tessaron;
 
 namespace
 {
-
-class ImageFile final : public DRDeviceConsumer, public DRFileDescriptorConsumer
-{
-public:
-    explicit ImageFile(const char *path)
-        : m_file(::open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644))
-    {
-    }
-    OSStatus writeBlocks(const void *buffer, std::uint32_t blockCount, std::uint32_t blockSize,
-                         std::uint32_t /*atAddress*/) override
-    {
-        m_lastErrno = writeFully(m_file.get(), buffer, std::size_t(blockCount) * blockSize);
-        return statusForErrno(m_lastErrno);
-    }
-    int outputDescriptor() override { return m_file.get(); }
-    void didCopyBlocks(std::uint32_t /*blockCount*/, std::uint32_t /*blockSize*/) override { }
-    [[nodiscard]] int lastWriteErrno() const override { return m_lastErrno; }
-
-private:
-    UniqueDescriptor m_file;
-    int m_lastErrno = 0;
-};
 
 std::uint32_t number(const char *text)
 {
@@ -66,15 +44,14 @@ int fail(const NSError &error)
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
-    if (argc != 7) {
-        std::fputs("usage: burn_bench FOLDER IMAGE READERS PIECE-KIB BUFFERS KERNEL-COPY-FROM-MIB\n", stderr);
+    if (argc != 7 && argc != 8) {
+        std::fputs("usage: burn_bench FOLDER IMAGE READERS PIECE-KIB BUFFERS KERNEL-COPY-FROM-MIB [sync]\n", stderr);
         return 2;
     }
-    const BurnCancellation cancellation;
     NSError error;
     const auto planBegin = std::chrono::steady_clock::now();
-    const DiscImagePlan plan = planDiscImage(DRFolder::folderWithPath(QString::fromLocal8Bit(argv[1])), PlanOptions(),
-                                             cancellation.token(), {}, &error);
+    const DiscImagePlan plan =
+        planDiscImage(DRFolder::folderWithPath(QString::fromLocal8Bit(argv[1])), PlanOptions(), {}, {}, &error);
     if (!plan.image)
         return fail(error);
     const double planSeconds = secondsSince(planBegin);
@@ -84,12 +61,14 @@ int main(int argc, char **argv)
     options.pieceBlocks = number(argv[4]) * 1024 / logicalBlockSize;
     options.bufferCount = number(argv[5]);
     options.smallestFileRunLeft = std::uint64_t(number(argv[6])) << 20;
-    ImageFile file(argv[2]);
-    const auto status =
-        std::make_shared<BurnStatus>(DRNotificationCenter::currentRunLoopCenter(), std::weak_ptr<DRBurn>());
-    BurnSink sink(file, *status, cancellation);
+    const UniqueDescriptor file(::open(argv[2], O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+    FileSink sink(file.get(), QString::fromLocal8Bit(argv[2]),
+                  argc > 7 ? FileSink::Syncing::AtTheEnd : FileSink::Syncing::No);
+    BlockStream stream(sink);
     const auto writeBegin = std::chrono::steady_clock::now();
-    error = ImageTrackWriter(*plan.image, sink, options, cancellation).write();
+    error = ImageTrackWriter(plan.image, options).write(stream);
+    if (!error)
+        error = sink.endDisc();
     if (error)
         return fail(error);
     std::printf("plan %.3f s, writing %.3f s\n", planSeconds, secondsSince(writeBegin));

@@ -1,13 +1,11 @@
 #include "platform/discrecording/burn/DRNotificationCenter.h"
-#include "platform/foundation/DescriptorIO.h"
+#include "platform/discrecording/burn/FileSink.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/NSFileHandle.h"
 #include <TessaronClasses/KRTrackWriter.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace Tessaron
@@ -39,6 +37,7 @@ NSError failureWithReason(qint64 code, const QString &reason, const QString &pat
 KRTrackWriter::KRTrackWriter(const DRLayout &track, const QString &path)
     : m_track(track)
     , m_path(path)
+    , m_outputName(path)
 {
 }
 
@@ -49,8 +48,7 @@ KRTrackWriter::~KRTrackWriter()
     m_burn->abort();
     m_burn->waitUntilFinished(); // it writes through this object
     forgetBurn();
-    m_output.reset();
-    removeFile();
+    dropOutput();
 }
 
 std::shared_ptr<KRTrackWriter> KRTrackWriter::trackWriterWithTrack(const DRLayout &track, const QString &path)
@@ -71,10 +69,11 @@ NSError KRTrackWriter::writeTrackAndNotifyDelegate(const KRTrackWriterDelegate &
     if (m_burn)
         return NSError(NSOSStatusErrorDomain, coreFoundationUnknownErr);
     m_delegate = delegate;
-    m_lastWriteErrno = 0;
     m_output = NSFileHandle::fileHandleForWritingAtPath(m_path);
     if (!m_output)
         return NSError(NSOSStatusErrorDomain, fileOpenErr, {{NSFilePathErrorKey, m_path}});
+    m_sink = std::make_unique<FileSink>(m_output->fileDescriptor(), m_outputName,
+                                        m_waitsForDisk ? FileSink::Syncing::AtTheEnd : FileSink::Syncing::No);
     m_burn = DRBurn::burnForDevice(DRCallbackDevice::initWithConsumer(this));
     if (!m_burn)
         return NSError(NSOSStatusErrorDomain, coreFoundationUnknownErr);
@@ -108,18 +107,14 @@ std::shared_ptr<const DRStorageReport> KRTrackWriter::storageReport() const
 OSStatus KRTrackWriter::writeBlocks(const void *buffer, std::uint32_t blockCount, std::uint32_t blockSize,
                                     std::uint32_t /*atAddress*/)
 {
-    m_lastWriteErrno = writeFully(m_output->fileDescriptor(), buffer, std::size_t(blockCount) * blockSize);
-    return statusForErrno(m_lastWriteErrno);
+    if (!m_sink)
+        return ioErr;
+    return OSStatus(m_sink->writeBlocks({buffer, blockCount, blockSize, {}}).code());
 }
 
-int KRTrackWriter::outputDescriptor()
+BlockSink *KRTrackWriter::blockSink()
 {
-    return m_output ? m_output->fileDescriptor() : -1;
-}
-
-void KRTrackWriter::didCopyBlocks(std::uint32_t /*blockCount*/, std::uint32_t /*blockSize*/)
-{
-    // The file's own position says how much it holds.
+    return m_sink.get();
 }
 
 void KRTrackWriter::writeStatus(const QVariantMap &status)
@@ -137,8 +132,7 @@ void KRTrackWriter::writingIsDone()
 {
     forgetBurn();
     if (const NSError error = closeOutput()) {
-        // What the disk refuses only now is as lost as what it refuses at once.
-        removeFile();
+        dropOutput();
         notify(m_delegate.KRTrackWriterWritingDidFailWithError, error);
     } else {
         notify(m_delegate.KRTrackWriterWritingDidEnd);
@@ -148,8 +142,7 @@ void KRTrackWriter::writingIsDone()
 void KRTrackWriter::writingHasFailed(const QVariantMap &status)
 {
     forgetBurn();
-    m_output.reset();
-    removeFile();
+    dropOutput();
     if (!status.contains(DRErrorStatusKey))
         return;
     const QVariantMap error = status.value(DRErrorStatusKey).toMap();
@@ -188,31 +181,24 @@ void KRTrackWriter::forgetBurn()
     m_burn.reset();
 }
 
-/// Ends the file where the writing ended, should it have been longer before.
+/// The sink has seen to it that all is in the file; what the disk refuses now is as lost as what it refuses at once.
 NSError KRTrackWriter::closeOutput()
 {
-    if (!m_output)
-        return {};
+    m_sink.reset();
     const std::shared_ptr<NSFileHandle> output = std::exchange(m_output, nullptr);
-    const int descriptor = output->fileDescriptor();
-    struct stat status;
-    const off_t end = ::lseek(descriptor, 0, SEEK_CUR);
-    const bool isTooLong =
-        end >= 0 && ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > end;
-    int failure = isTooLong && ::ftruncate(descriptor, end) != 0 ? errno : 0;
-    const NSError closing = output->closeFile();
-    if (!closing && failure == 0)
+    const NSError closing = output ? output->closeFile() : NSError();
+    if (!closing)
         return {};
-    const QString reason =
-        closing ? closing.localizedFailureReason() : QString::fromStdString(std::generic_category().message(failure));
-    return failureWithReason(closing ? closing.code() : statusForErrno(failure),
-                             QStringLiteral("“%1” could not be finished: %2. Check the disk, or write to another one.")
-                                 .arg(displayableText(m_path), reason));
+    const QString reason = QStringLiteral("“%1” could not be finished: %2. Check the disk, or write to another one.")
+                               .arg(displayableText(m_outputName), closing.localizedFailureReason());
+    return failureWithReason(closing.code(), reason, m_outputName);
 }
 
-/// Removes the partly written file. A device that was written to is none, and stays.
-void KRTrackWriter::removeFile() const
+/// Lets go of the output and removes the partly written file. A device or a pipe in its place stays.
+void KRTrackWriter::dropOutput()
 {
+    m_sink.reset();
+    m_output.reset();
     const QByteArray path = fileSystemRepresentation(m_path);
     struct stat status;
     if (::lstat(path.constData(), &status) == 0 && (S_ISREG(status.st_mode) || S_ISLNK(status.st_mode)))

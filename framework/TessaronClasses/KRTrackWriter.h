@@ -16,6 +16,7 @@
 namespace Tessaron
 {
 
+class BlockSink;
 class DRNotificationCenter;
 class DRStorageReport;
 class KRTrackWriter;
@@ -38,9 +39,7 @@ struct KRTrackWriterDelegate {
 ///
 /// Made, started and destroyed on one thread, which needs an event loop: the delegate hears on it. Destroying a running
 /// writer cancels it, waits for the burn's thread and removes the file; the delegate hears nothing more.
-class TESSARON_EXPORT KRTrackWriter final : public std::enable_shared_from_this<KRTrackWriter>,
-                                            public DRDeviceConsumer,
-                                            public DRFileDescriptorConsumer
+class TESSARON_EXPORT KRTrackWriter final : public std::enable_shared_from_this<KRTrackWriter>, public DRDeviceConsumer
 {
 public:
     /// Null when the layout is null (no track at all) or the path is a null text.
@@ -52,6 +51,13 @@ public:
     ~KRTrackWriter() override;
     KRTrackWriter(const KRTrackWriter &) = delete;
     KRTrackWriter &operator=(const KRTrackWriter &) = delete;
+
+    /// What errors call the file, where its path means nothing to people: one that is written under another name first.
+    /// For the next writing.
+    void setOutputName(const QString &path) { m_outputName = path; }
+    /// Whether the writing ends only when the contents are on the disk, so that they survive a crash and a failure of
+    /// the disk is known (fsync(2)). It does unless told otherwise here. For the next writing.
+    void setWaitsForDisk(bool waits) { m_waitsForDisk = waits; }
 
     /// Starts. Null when the burn was started; its end reaches the delegate. The file must exist and is best empty: it
     /// is written from its start and in the end is as long as what was written. Errors, both in NSOSStatusErrorDomain:
@@ -70,13 +76,12 @@ public:
     /// Takes the status of the burn, as its notification brings it, and tells the delegate.
     void writeStatus(const QVariantMap &status);
 
-    /// Appends the blocks to the file; the address is ignored. Called on the burn's thread. Returns 0; when the file
-    /// takes no more, the status of that, which fails the burn.
+    /// Appends the blocks to the file; the address is ignored. Returns 0; when the file takes no more, the status of
+    /// that. A burn goes by blockSink() instead.
     OSStatus writeBlocks(const void *buffer, std::uint32_t blockCount, std::uint32_t blockSize,
                          std::uint32_t atAddress) override;
-    [[nodiscard]] int outputDescriptor() override;
-    void didCopyBlocks(std::uint32_t blockCount, std::uint32_t blockSize) override;
-    [[nodiscard]] int lastWriteErrno() const override { return m_lastWriteErrno; }
+    /// The file; null when none is being written.
+    [[nodiscard]] BlockSink *blockSink() override;
 
 private:
     KRTrackWriter(const DRLayout &track, const QString &path);
@@ -86,17 +91,19 @@ private:
     void writingGoesOn(const QString &state, const QVariantMap &status);
     void forgetBurn();
     [[nodiscard]] NSError closeOutput();
-    void removeFile() const;
+    void dropOutput();
     template <typename Callback, typename... Arguments>
     void notify(const Callback &callback, const Arguments &...arguments);
 
     const DRLayout m_track;
     const QString m_path;
+    QString m_outputName;
+    bool m_waitsForDisk = true;
     std::shared_ptr<NSFileHandle> m_output; ///< open while writing
+    std::unique_ptr<BlockSink> m_sink; ///< writes to m_output
     KRTrackWriterDelegate m_delegate;
     std::shared_ptr<DRBurn> m_burn; ///< null when none runs
     std::shared_ptr<DRNotificationCenter> m_center; ///< where the burn is observed
-    int m_lastWriteErrno = 0; ///< the burn thread's
     // What the burn left when it was let go.
     DRBurnAmounts m_finalAmounts;
     std::shared_ptr<const DRStorageReport> m_finalReport;

@@ -74,4 +74,15 @@ int readFully(int descriptor, std::uint64_t offset, void *buffer, std::size_t le
     return 0;
 }
 
+int syncToDisk(int descriptor)
+{
+    while (::fsync(descriptor) != 0) {
+        if (errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP)
+            return 0;
+        if (errno != EINTR)
+            return errno;
+    }
+    return 0;
+}
+
 } // namespace Tessaron

@@ -22,4 +22,8 @@ namespace Tessaron
 [[nodiscard]] TESSARON_EXPORT int readFully(int descriptor, std::uint64_t offset, void *buffer, std::size_t length,
                                             std::size_t *got);
 
+/// Waits until what was written to the file, or the names in the folder, are on the disk (fsync(2)). What cannot be
+/// waited for, a pipe for one, counts as done.
+[[nodiscard]] TESSARON_EXPORT int syncToDisk(int descriptor);
+
 } // namespace Tessaron

@@ -8,10 +8,10 @@
 namespace Tessaron
 {
 
-BlockPipeline::BlockPipeline(const BlockImage &image, const Options &options, const BurnCancellation &cancellation)
+BlockPipeline::BlockPipeline(const BlockImage &image, const Options &options, std::stop_token cancellation)
     : m_image(image)
     , m_options(options)
-    , m_cancellation(cancellation)
+    , m_cancellation(std::move(cancellation))
     , m_blockCount(image.blockCount())
     , m_slots(options.bufferCount)
 {
@@ -38,9 +38,9 @@ void BlockPipeline::startReaders()
             m_readers.emplace_back([this] { read(); });
     } catch (const std::system_error &) {
         if (m_readers.empty())
-            m_startError = burnError(memFullErr,
-                                     QStringLiteral("The system allows no further threads to read files with. "
-                                                    "Close other programs and try again."));
+            m_startError =
+                burnError(memFullErr, QStringLiteral("The system allows no further threads to read files with."),
+                          QStringLiteral("Close other programs and try again."));
     }
 }
 
@@ -58,8 +58,8 @@ const BlockPipeline::Piece *BlockPipeline::next(NSError *error)
     }
     Slot &slot = m_slots[m_released % m_slots.size()];
     const auto isReadyOrOver = [&] { return slot.isReady || (m_released == m_claimed && m_nextBlock >= m_blockCount); };
-    m_isReady.wait(lock, m_cancellation.token(), isReadyOrOver);
-    if (m_cancellation.isRequested())
+    m_isReady.wait(lock, m_cancellation, isReadyOrOver);
+    if (m_cancellation.stop_requested())
         *error = burnCancelledError();
     else if (slot.isReady)
         *error = slot.error;
@@ -83,7 +83,9 @@ void BlockPipeline::read()
 
 BlockPipeline::Slot *BlockPipeline::claim(std::unique_lock<std::mutex> &lock)
 {
-    const auto isOver = [this] { return m_isStopping || m_cancellation.isRequested() || m_nextBlock >= m_blockCount; };
+    const auto isOver = [this] {
+        return m_isStopping || m_cancellation.stop_requested() || m_nextBlock >= m_blockCount;
+    };
     m_canClaim.wait(lock, [&] { return isOver() || m_claimed - m_released < m_slots.size(); });
     if (isOver())
         return nullptr;
@@ -127,12 +129,11 @@ void BlockPipeline::fill(Slot &slot) const
             slot.capacity = size;
         }
         const std::span<std::uint8_t> bytes(slot.buffer.get(), size);
-        slot.error = m_image.fillPiece(slot.piece.at, bytes, m_cancellation.token());
+        slot.error = m_image.fillPiece(slot.piece.at, bytes, m_cancellation);
         slot.piece.bytes = bytes;
     } catch (const std::bad_alloc &) {
-        slot.error = burnError(memFullErr,
-                               QStringLiteral("There is not enough memory to read the files. "
-                                              "Close other programs and try again."));
+        slot.error = burnError(memFullErr, QStringLiteral("There is not enough memory to read the files."),
+                               QStringLiteral("Close other programs and try again."));
     }
 }
 

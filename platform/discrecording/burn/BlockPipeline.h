@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/discrecording/burn/BurnCancellation.h"
 #include "platform/discrecording/image/BlockImage.h"
 
 #include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <span>
+#include <stop_token>
 #include <thread>
 #include <vector>
 
@@ -42,7 +42,7 @@ public:
         std::span<const std::uint8_t> bytes;
     };
 
-    BlockPipeline(const BlockImage &image, const Options &options, const BurnCancellation &cancellation);
+    BlockPipeline(const BlockImage &image, const Options &options, std::stop_token cancellation);
     ~BlockPipeline();
     BlockPipeline(const BlockPipeline &) = delete;
     BlockPipeline &operator=(const BlockPipeline &) = delete;
@@ -69,7 +69,7 @@ private:
 
     const BlockImage &m_image;
     const Options m_options;
-    const BurnCancellation &m_cancellation;
+    const std::stop_token m_cancellation;
     const std::uint32_t m_blockCount;
 
     std::mutex m_mutex; ///< guards the members down to the empty line; a slot that is not ready belongs to its reader

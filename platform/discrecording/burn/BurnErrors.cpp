@@ -3,30 +3,14 @@
 #include "platform/discrecording/burn/DRBurn.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 
-#include <array>
 #include <cerrno>
-#include <string>
 #include <system_error>
-#include <unistd.h>
 
 namespace Tessaron
 {
 
 namespace
 {
-
-/// Path behind an open descriptor; empty when the system does not tell or the file has no name.
-QString pathOfDescriptor(int descriptor)
-{
-    if (descriptor < 0)
-        return {};
-    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
-    std::array<char, 4096> target{};
-    const ssize_t length = ::readlink(link.c_str(), target.data(), target.size());
-    if (length <= 0 || target[0] != '/')
-        return {};
-    return displayableText(stringWithFileSystemRepresentation(QByteArrayView(target.data(), length)));
-}
 
 QString adviceForWriteError(int errnoValue)
 {
@@ -48,9 +32,12 @@ QString adviceForWriteError(int errnoValue)
 
 } // namespace
 
-NSError burnError(OSStatus code, const QString &description)
+NSError burnError(OSStatus code, const QString &description, const QString &suggestion)
 {
-    return NSError(NSOSStatusErrorDomain, code, {{NSLocalizedDescriptionKey, description}});
+    QVariantMap userInfo = {{NSLocalizedDescriptionKey, description}};
+    if (!suggestion.isEmpty())
+        userInfo.insert(NSLocalizedRecoverySuggestionErrorKey, suggestion);
+    return NSError(NSOSStatusErrorDomain, code, userInfo);
 }
 
 NSError burnCancelledError()
@@ -58,10 +45,10 @@ NSError burnCancelledError()
     return burnError(kDRUserCanceledErr, QStringLiteral("The burn was cancelled."));
 }
 
-NSError burnOutputError(int errnoValue, int descriptor)
+NSError burnOutputError(int errnoValue, const QString &outputName)
 {
-    const QString path = pathOfDescriptor(descriptor);
-    const QString place = path.isEmpty() ? QStringLiteral("the output") : QStringLiteral("“%1”").arg(path);
+    const QString place =
+        outputName.isEmpty() ? QStringLiteral("the output") : QStringLiteral("“%1”").arg(displayableText(outputName));
     QString description;
     if (errnoValue == ENOSPC)
         description = QStringLiteral("The disk holding %1 is full.").arg(place);
@@ -70,12 +57,11 @@ NSError burnOutputError(int errnoValue, int descriptor)
     else
         description = QStringLiteral("Writing to %1 failed: %2.")
                           .arg(place, QString::fromStdString(std::generic_category().message(errnoValue)));
-    NSError error = burnError(statusForErrno(errnoValue), description + u' ' + adviceForWriteError(errnoValue));
-    if (path.isEmpty())
-        return error;
-    QVariantMap userInfo = error.userInfo();
-    userInfo.insert(NSFilePathErrorKey, path);
-    return NSError(error.domain(), error.code(), userInfo);
+    QVariantMap userInfo = {{NSLocalizedDescriptionKey, description},
+                            {NSLocalizedRecoverySuggestionErrorKey, adviceForWriteError(errnoValue)}};
+    if (!outputName.isEmpty())
+        userInfo.insert(NSFilePathErrorKey, outputName);
+    return NSError(NSOSStatusErrorDomain, statusForErrno(errnoValue), userInfo);
 }
 
 QString meaningOfStatus(OSStatus code)

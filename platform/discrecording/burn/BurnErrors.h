@@ -8,18 +8,17 @@
 namespace Tessaron
 {
 
-/// An error of NSOSStatusErrorDomain with a sentence for people.
-[[nodiscard]] NSError burnError(OSStatus code, const QString &description);
+/// An error of NSOSStatusErrorDomain with a sentence for people and, where there is one, another that says what to do.
+[[nodiscard]] NSError burnError(OSStatus code, const QString &description, const QString &suggestion = {});
 /// What an aborted burn ends with: code kDRUserCanceledErr.
 [[nodiscard]] NSError burnCancelledError();
-/// A failure to write, in words that say what to do. `descriptor` is the output where it is known, else -1: the
-/// message then names no file.
-[[nodiscard]] NSError burnOutputError(int errnoValue, int descriptor);
+/// A failure to write to the output that people know by this name; with an empty one the error names no file.
+[[nodiscard]] NSError burnOutputError(int errnoValue, const QString &outputName);
 
 /// The general meaning of a status code.
 [[nodiscard]] QString meaningOfStatus(OSStatus code);
-/// The value of DRErrorStatusKey for an error. The description goes in as it is, and never starts with "0x": that start
-/// is the mark of a cancelled burn.
+/// The value of DRErrorStatusKey for an error: what happened and what to do about it in one text. That never starts
+/// with "0x", which is the mark of a cancelled burn.
 [[nodiscard]] QVariantMap errorStatusOf(const NSError &error);
 
 } // namespace Tessaron

@@ -1,6 +1,7 @@
 #include "platform/discrecording/burn/BurnJob.h"
 
 #include "platform/discrecording/burn/BurnErrors.h"
+#include "platform/discrecording/burn/CallbackSink.h"
 
 #include <new>
 
@@ -24,51 +25,41 @@ void BurnJob::run()
         if (!error)
             error = writeTracks();
     } catch (const std::bad_alloc &) {
-        error = burnError(memFullErr,
-                          QStringLiteral("There is not enough memory to write the disc. "
-                                         "Close other programs, or put fewer files on it."));
+        error = burnError(memFullErr, QStringLiteral("There is not enough memory to write the disc."),
+                          QStringLiteral("Close other programs, or put fewer files on it."));
     }
-    if (error && m_cancellation.isRequested())
+    if (error && m_cancellation.stop_requested())
         error = burnCancelledError();
-    // Whoever hears of the end must not wait for a reader that hangs in a slow read: those are joined afterwards.
+    // The end is told before the plan's readers are joined: one of them may hang in a slow read.
     m_status->finish(error);
-    m_imageWriter.reset();
-    m_plan = {};
+    m_plan.reset();
     m_layout = {};
 }
 
 NSError BurnJob::plan()
 {
     m_status->enterState(DRStatusStatePreparing);
-    NSError error;
-    m_plan = planBurn(
-        m_layout, m_cancellation.token(), [this](double percent) { m_status->setPercentComplete(percent); }, &error);
-    if (m_cancellation.isRequested())
-        return burnCancelledError();
-    if (error)
-        return error;
-    m_layout = {};
-    m_status->setTotals(m_plan.bytes, m_plan.files, m_plan.folders);
+    const auto progress = [this](double percent) { m_status->setPercentComplete(percent); };
+    Result<BurnPlan> plan = planBurn(m_layout, m_burn, m_cancellation.get_token(), progress);
+    m_layout = {}; // the plan keeps what it needs of it
+    if (!plan)
+        return plan.error();
+    m_plan = std::move(*plan);
+    m_status->setTotals(m_plan->bytes, m_plan->files, m_plan->folders);
     const std::lock_guard lock(m_reportMutex);
-    m_report = std::exchange(m_plan.report, nullptr);
+    m_report = m_plan->report;
     return {};
 }
 
 NSError BurnJob::writeTracks()
 {
     m_status->enterState(DRStatusStateTrackWrite);
-    BurnSink sink(*m_device->consumer(), *m_status, m_cancellation);
-    for (const PlannedTrack &planned : m_plan.tracks) {
-        NSError error;
-        if (planned.image) {
-            m_imageWriter = std::make_unique<ImageTrackWriter>(*planned.image, sink, m_cancellation);
-            error = m_imageWriter->write();
-        } else {
-            error = ProducerTrackWriter(m_burn, *planned.track, sink, m_cancellation).write(planned.extent);
-        }
-        if (error)
-            return error;
-    }
+    CallbackSink callback(*m_device->consumer());
+    BlockSink *const ownSink = m_device->consumer()->blockSink();
+    BlockSink &sink = ownSink ? *ownSink : callback;
+    const auto bytesTaken = [this](std::uint64_t bytes) { m_status->addBytesWritten(bytes); };
+    if (NSError error = writeDisc(*m_plan, sink, m_cancellation.get_token(), bytesTaken))
+        return error;
     m_status->setPercentComplete(1.0, BurnStatus::Posting::Always);
     return {};
 }

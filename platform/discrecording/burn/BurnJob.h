@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/discrecording/burn/BurnCancellation.h"
 #include "platform/discrecording/burn/BurnPlan.h"
 #include "platform/discrecording/burn/BurnStatus.h"
 #include "platform/discrecording/burn/DRCallbackDevice.h"
-#include "platform/discrecording/burn/ImageTrackWriter.h"
 
 #include <mutex>
+#include <optional>
+#include <stop_token>
 
 namespace Tessaron
 {
@@ -24,7 +24,7 @@ public:
     void run();
 
     // From any thread:
-    void cancel() { m_cancellation.request(); }
+    void cancel() { m_cancellation.request_stop(); }
     [[nodiscard]] std::shared_ptr<const DRStorageReport> storageReport() const;
 
 private:
@@ -35,9 +35,8 @@ private:
     const std::shared_ptr<DRCallbackDevice> m_device;
     DRLayout m_layout;
     const std::shared_ptr<BurnStatus> m_status;
-    BurnCancellation m_cancellation;
-    BurnPlan m_plan;
-    std::unique_ptr<ImageTrackWriter> m_imageWriter; ///< ends before the image it reads
+    std::stop_source m_cancellation;
+    std::optional<BurnPlan> m_plan;
 
     mutable std::mutex m_reportMutex;
     std::shared_ptr<const DRStorageReport> m_report; ///< guarded by m_reportMutex

@@ -1,7 +1,6 @@
 #include "platform/discrecording/burn/BurnPlan.h"
 
 #include "platform/discrecording/burn/BurnErrors.h"
-#include "platform/discrecording/planning/DiscImagePlan.h"
 
 #include <limits>
 #include <numeric>
@@ -53,83 +52,109 @@ private:
     const std::vector<std::shared_ptr<const DRStorageReport>> m_reports;
 };
 
-/// The masks of a track's objects alone decide which filesystems it has.
-PlanOptions trackOptions()
-{
-    PlanOptions options;
-    options.filesystems = DRFilesystemInclusionMaskAll;
-    return options;
-}
-
 NSError layoutError(const QString &description)
 {
     return burnError(paramErr, description);
 }
 
-/// What can be said of the layout without looking at any file; fills in the tracks.
-NSError checkTracks(const DRLayout &layout, std::vector<PlannedTrack> *tracks)
+std::vector<DRTrackArray> sessionsOf(const DRLayout &layout)
 {
-    const DRTrackArray all = tracksOfLayout(layout);
-    if (all.empty() || isNullLayout(layout))
+    if (const auto *const sessions = std::get_if<std::vector<DRTrackArray>>(&layout))
+        return *sessions;
+    return {tracksOfLayout(layout)};
+}
+
+/// What can be said of the layout without looking at any file: makes the writers.
+NSError checkTracks(const DRLayout &layout, DRBurn *burn, std::vector<std::unique_ptr<TrackWriter>> *writers)
+{
+    const DRTrackArray tracks = tracksOfLayout(layout);
+    if (tracks.empty() || isNullLayout(layout))
         return layoutError(QStringLiteral("There is nothing to write: the layout has no track."));
-    NSError error;
-    for (const std::shared_ptr<DRTrack> &track : all) {
-        if (!track)
-            return layoutError(QStringLiteral("A track of the layout is missing."));
-        PlannedTrack planned;
-        planned.track = track;
-        if (track->producer())
-            planned.extent = extentOfProducerTrack(*track, &error);
-        else if (!track->rootFolder())
-            error = layoutError(QStringLiteral("A track has neither a folder nor a producer."));
-        if (error)
-            return error;
-        tracks->push_back(std::move(planned));
+    for (const std::shared_ptr<DRTrack> &track : tracks) {
+        Result<std::unique_ptr<TrackWriter>> writer = trackWriterFor(track, burn);
+        if (!writer)
+            return writer.error();
+        writers->push_back(std::move(*writer));
     }
     return {};
 }
 
+/// The disc's description, when all tracks are planned. An empty session of the layout is left out.
+TableOfContents describeDisc(const DRLayout &layout, const std::vector<std::unique_ptr<TrackWriter>> &writers)
+{
+    TableOfContents contents;
+    auto writer = writers.begin();
+    for (const DRTrackArray &tracks : sessionsOf(layout)) {
+        DiscSession session;
+        for (std::size_t count = tracks.size(); count > 0; --count)
+            session.tracks.push_back((*writer++)->track());
+        if (!session.tracks.empty())
+            contents.sessions.push_back(std::move(session));
+    }
+    contents.numberTracks();
+    contents.joinSessions();
+    return contents;
+}
+
+std::uint64_t blocksOf(const TableOfContents &contents)
+{
+    std::uint64_t blocks = 0;
+    for (const DiscSession &session : contents.sessions)
+        blocks += session.blocksOnDisc();
+    return blocks;
+}
+
+NSError writeTrack(TrackWriter &writer, const DiscTrack &track, BlockSink &sink, BlockStream &stream)
+{
+    NSError error = sink.beginTrack(track);
+    if (!error)
+        error = writer.write(stream);
+    return error ? error : sink.endTrack();
+}
+
 } // namespace
 
-std::uint64_t PlannedTrack::blocks() const
-{
-    return image ? image->blockCount() : extent.blocks();
-}
-
-std::uint64_t PlannedTrack::bytes() const
-{
-    return image ? std::uint64_t(image->blockCount()) * logicalBlockSize : extent.bytes();
-}
-
-BurnPlan planBurn(const DRLayout &layout, const std::stop_token &cancellation,
-                  const std::function<void(double)> &progress, NSError *error)
+Result<BurnPlan> planBurn(const DRLayout &layout, DRBurn *burn, const std::stop_token &cancellation,
+                          const std::function<void(double)> &progress)
 {
     BurnPlan plan;
-    *error = checkTracks(layout, &plan.tracks);
+    if (NSError error = checkTracks(layout, burn, &plan.writers))
+        return error;
     std::vector<std::shared_ptr<const DRStorageReport>> reports;
-    const double trackCount = double(plan.tracks.size());
-    std::uint64_t blocks = 0;
-    for (std::size_t index = 0; index < plan.tracks.size() && !*error; ++index) {
-        PlannedTrack &planned = plan.tracks[index];
-        if (planned.track->rootFolder()) {
-            const auto trackProgress = [&](double part) { progress((double(index) + part) / trackCount); };
-            DiscImagePlan image =
-                planDiscImage(planned.track->rootFolder(), trackOptions(), cancellation, trackProgress, error);
-            if (!image.image)
-                return plan;
-            planned.image = std::move(image.image);
-            planned.track.reset(); // the image does not need the tree, which may be big
-            reports.push_back(std::move(image.report));
-            plan.files += image.fileCount;
-            plan.folders += image.folderCount;
-        }
-        plan.bytes += planned.bytes();
-        blocks += planned.blocks();
+    for (std::size_t index = 0; index < plan.writers.size(); ++index) {
+        TrackWriter &writer = *plan.writers[index];
+        const auto trackProgress = [&](double part) { progress((double(index) + part) / double(plan.writers.size())); };
+        if (NSError error = writer.plan(cancellation, trackProgress))
+            return error;
+        const TrackFacts facts = writer.facts();
+        plan.files += facts.files;
+        plan.folders += facts.folders;
+        if (facts.report)
+            reports.push_back(facts.report);
     }
-    if (!*error && blocks > std::numeric_limits<std::uint32_t>::max())
-        *error = layoutError(QStringLiteral("The layout's %1 blocks are more than any disc has.").arg(blocks));
+    plan.contents = describeDisc(layout, plan.writers);
+    if (const std::uint64_t blocks = blocksOf(plan.contents); blocks > std::numeric_limits<std::uint32_t>::max())
+        return layoutError(QStringLiteral("The layout's %1 blocks are more than any disc has.").arg(blocks));
+    plan.bytes = plan.contents.storedBytes();
     plan.report = joinReports(std::move(reports));
     return plan;
+}
+
+NSError writeDisc(const BurnPlan &plan, BlockSink &sink, const std::stop_token &cancellation,
+                  const std::function<void(std::uint64_t bytes)> &bytesTaken)
+{
+    BlockStream stream(sink, cancellation, bytesTaken);
+    if (NSError error = sink.beginDisc(plan.contents))
+        return error;
+    auto writer = plan.writers.begin();
+    for (const DiscSession &session : plan.contents.sessions) {
+        stream.beginSession(session.firstBlock);
+        for (const DiscTrack &track : session.tracks) {
+            if (NSError error = writeTrack(**writer++, track, sink, stream))
+                return error;
+        }
+    }
+    return sink.endDisc();
 }
 
 std::shared_ptr<const DRStorageReport> joinReports(std::vector<std::shared_ptr<const DRStorageReport>> reports)

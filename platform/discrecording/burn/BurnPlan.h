@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/discrecording/burn/ProducerTrackWriter.h"
-#include "platform/discrecording/image/BlockImage.h"
+#include "platform/discrecording/burn/TrackWriter.h"
 #include "platform/discrecording/objects/DRStorageReport.h"
 #include "platform/discrecording/objects/DRTrack.h"
-#include "platform/foundation/NSError.h"
+#include "platform/disctracks/TableOfContents.h"
+#include "platform/foundation/Result.h"
 
 #include <functional>
 #include <memory>
@@ -14,30 +14,25 @@
 namespace Tessaron
 {
 
-/// One track of a layout, ready to be written: it has either an image or a producer.
-struct PlannedTrack {
-    std::shared_ptr<DRTrack> track; ///< null once the image is planned
-    std::shared_ptr<const BlockImage> image; ///< null for a track with a producer
-    ProducerTrackExtent extent; ///< for a track with a producer
-
-    [[nodiscard]] std::uint64_t blocks() const;
-    [[nodiscard]] std::uint64_t bytes() const;
-};
-
 /// A whole layout, ready to be written.
 struct BurnPlan {
-    std::vector<PlannedTrack> tracks; ///< of all sessions, in order
+    TableOfContents contents;
+    std::vector<std::unique_ptr<TrackWriter>> writers; ///< of the tracks of all sessions, in order
     std::shared_ptr<const DRStorageReport> report; ///< on all tracks together
     std::uint64_t bytes = 0;
     std::uint32_t files = 0;
     std::uint32_t folders = 0;
 };
 
-/// Plans each track, after all have been looked at: what cannot be written fails before anything slow begins. `*error`
-/// is set when the layout cannot be written; after a cancel the plan is worth nothing. `progress` gets 0 to 1, on the
-/// calling thread.
-[[nodiscard]] BurnPlan planBurn(const DRLayout &layout, const std::stop_token &cancellation,
-                                const std::function<void(double)> &progress, NSError *error);
+/// Plans each track, after all have been looked at: what cannot be written fails before anything slow begins. The error
+/// is burnCancelledError() once a stop was asked for. `burn` is only passed on to producers and may be null. `progress`
+/// gets 0 to 1, on the calling thread.
+[[nodiscard]] Result<BurnPlan> planBurn(const DRLayout &layout, DRBurn *burn, const std::stop_token &cancellation,
+                                        const std::function<void(double)> &progress);
+
+/// Writes all that was planned to the sink, from the disc's begin to its end. `bytesTaken` as in BlockStream.
+[[nodiscard]] NSError writeDisc(const BurnPlan &plan, BlockSink &sink, const std::stop_token &cancellation,
+                                const std::function<void(std::uint64_t bytes)> &bytesTaken);
 
 /// One report in place of several.
 [[nodiscard]] std::shared_ptr<const DRStorageReport>

@@ -23,8 +23,8 @@ void BurnStatus::enterState(const QString &state)
     const std::lock_guard lock(m_mutex);
     if (m_isFinal)
         return;
-    m_status = {{DRStatusStateKey, state}, {DRStatusPercentCompleteKey, 0.0}};
-    post(m_status);
+    m_facts = {state, 0, {}};
+    post();
 }
 
 void BurnStatus::setPercentComplete(double percent, Posting posting)
@@ -32,12 +32,11 @@ void BurnStatus::setPercentComplete(double percent, Posting posting)
     const std::lock_guard lock(m_mutex);
     if (m_isFinal)
         return;
-    m_status.insert(DRStatusPercentCompleteKey, percent);
-    const bool isLastPostPending = m_lastPosted && !m_lastPosted->isDelivered;
-    if (isLastPostPending && m_lastPosted->status.value(DRStatusStateKey) == m_status.value(DRStatusStateKey))
-        m_lastPosted->status = m_status;
+    m_facts.percent = percent;
+    if (m_lastPosted && !m_lastPosted->isDelivered && m_lastPosted->facts.state == m_facts.state)
+        m_lastPosted->facts = m_facts;
     else if (posting == Posting::Always || std::chrono::steady_clock::now() - m_lastPostTime >= progressInterval)
-        post(m_status);
+        post();
 }
 
 void BurnStatus::finish(const NSError &error)
@@ -46,29 +45,34 @@ void BurnStatus::finish(const NSError &error)
     if (m_isFinal)
         return;
     m_isFinal = true;
-    if (error) {
-        m_status.insert(DRStatusStateKey, DRStatusStateFailed);
-        m_status.insert(DRErrorStatusKey, errorStatusOf(error));
-    } else {
-        m_status = {{DRStatusStateKey, DRStatusStateDone}, {DRStatusPercentCompleteKey, 1.0}};
-    }
-    post(m_status);
+    m_facts = error ? Facts{DRStatusStateFailed, m_facts.percent, error} : Facts{DRStatusStateDone, 1.0, {}};
+    post();
 }
 
 QVariantMap BurnStatus::status() const
 {
     const std::lock_guard lock(m_mutex);
     if (m_shown && m_showingThread == std::this_thread::get_id())
-        return m_shown->status;
-    return m_status;
+        return recordOf(m_shown->facts);
+    return recordOf(m_facts);
+}
+
+QVariantMap BurnStatus::recordOf(const Facts &facts)
+{
+    if (facts.state.isNull())
+        return {};
+    QVariantMap record = {{DRStatusStateKey, facts.state}, {DRStatusPercentCompleteKey, facts.percent}};
+    if (facts.error)
+        record.insert(DRErrorStatusKey, errorStatusOf(facts.error));
+    return record;
 }
 
 /// Called with the mutex held; the centre only schedules.
-void BurnStatus::post(const QVariantMap &status)
+void BurnStatus::post()
 {
     auto snapshot = std::make_shared<Snapshot>();
     snapshot->serial = m_lastPosted ? m_lastPosted->serial + 1 : 1;
-    snapshot->status = status;
+    snapshot->facts = m_facts;
     m_lastPosted = snapshot;
     m_lastPostTime = std::chrono::steady_clock::now();
     m_center->post(DRBurnStatusChangedNotification, m_burn,

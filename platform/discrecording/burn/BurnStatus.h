@@ -31,6 +31,7 @@ public:
     /// Enters the final state: failed when there is an error. Ignored when the burn has ended already.
     void finish(const NSError &error);
 
+    /// The record of the status; see the keys in DRBurn.h.
     [[nodiscard]] QVariantMap status() const;
 
     void setTotals(std::uint64_t bytes, std::uint32_t files, std::uint32_t folders);
@@ -39,21 +40,28 @@ public:
     [[nodiscard]] DRBurnAmounts amounts() const;
 
 private:
+    /// What the burn does or how it ended.
+    struct Facts {
+        QString state; ///< null before the start
+        double percent = 0; ///< of the state, 0 to 1
+        NSError error; ///< of a burn that failed
+    };
     /// What one notification tells.
     struct Snapshot {
         std::uint64_t serial = 0;
-        QVariantMap status;
+        Facts facts;
         bool isDelivered = false;
     };
 
-    void post(const QVariantMap &status);
+    [[nodiscard]] static QVariantMap recordOf(const Facts &facts);
+    void post();
     void deliver(const std::shared_ptr<Snapshot> &snapshot, const std::function<void()> &callObservers);
 
     const std::shared_ptr<DRNotificationCenter> m_center;
     const std::weak_ptr<DRBurn> m_burn;
 
     mutable std::mutex m_mutex; ///< guards the members down to the empty line
-    QVariantMap m_status;
+    Facts m_facts;
     bool m_isFinal = false;
     std::shared_ptr<Snapshot> m_lastPosted;
     std::chrono::steady_clock::time_point m_lastPostTime;

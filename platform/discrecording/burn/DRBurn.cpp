@@ -78,8 +78,8 @@ void DRBurn::writeLayout(const DRLayout &layout)
         d->thread = std::thread([job] { job->run(); });
     } catch (const std::system_error &) {
         status->finish(burnError(memFullErr,
-                                 QStringLiteral("The system allows no further thread to write the disc with. "
-                                                "Close other programs and try again.")));
+                                 QStringLiteral("The system allows no further thread to write the disc with."),
+                                 QStringLiteral("Close other programs and try again.")));
     }
 }
 

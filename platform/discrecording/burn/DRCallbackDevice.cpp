@@ -5,7 +5,10 @@ namespace Tessaron
 
 DRDeviceConsumer::~DRDeviceConsumer() = default;
 
-DRFileDescriptorConsumer::~DRFileDescriptorConsumer() = default;
+BlockSink *DRDeviceConsumer::blockSink()
+{
+    return nullptr;
+}
 
 std::shared_ptr<DRCallbackDevice> DRCallbackDevice::initWithConsumer(DRDeviceConsumer *consumer)
 {

@@ -9,6 +9,8 @@
 namespace Tessaron
 {
 
+class BlockSink;
+
 /// Takes the blocks that a burn would send to a drive.
 class TESSARON_EXPORT DRDeviceConsumer
 {
@@ -18,24 +20,13 @@ public:
     /// burn.
     virtual OSStatus writeBlocks(const void *buffer, std::uint32_t blockCount, std::uint32_t blockSize,
                                  std::uint32_t atAddress) = 0;
+    /// The sink to which the consumer would pass every block unchanged, if there is one: a burn then calls that in the
+    /// place of writeBlocks(), which keeps what the sink can do besides and what its errors say. It stays the
+    /// consumer's and must outlive the burn. The default is null.
+    [[nodiscard]] virtual BlockSink *blockSink();
 };
 
-/// What a consumer may be besides: one whose blocks all go into a file, one after another, so that the contents of
-/// big files can be copied by the kernel. Found by dynamic_cast.
-class TESSARON_EXPORT DRFileDescriptorConsumer
-{
-public:
-    virtual ~DRFileDescriptorConsumer();
-    /// The descriptor to which the consumer would write next, at its current position; -1 refuses. What the burn copies
-    /// to it counts as consumed.
-    [[nodiscard]] virtual int outputDescriptor() = 0;
-    /// Told what was copied, in blocks, after each such copy.
-    virtual void didCopyBlocks(std::uint32_t blockCount, std::uint32_t blockSize) = 0;
-    /// Why the last write failed, as an `errno` value; 0 when it did not. Words the burn's error.
-    [[nodiscard]] virtual int lastWriteErrno() const = 0;
-};
-
-/// A device without a drive: it hands every block to its consumer.
+/// A device without a drive: its consumer gets every block.
 class TESSARON_EXPORT DRCallbackDevice
 {
 public:

@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <limits>
 #include <mutex>
+#include <utility>
 
 namespace Tessaron
 {
@@ -33,9 +34,36 @@ bool readNumber(const QVariantMap &properties, const QString &key, std::uint64_t
     return value.isValid() && isNumber && (value.typeId() == QMetaType::ULongLong || value.toLongLong() >= 0);
 }
 
+/// Cleans a prepared producer up, also after an exception.
+class PreparedProducer
+{
+public:
+    PreparedProducer(DRTrackProducer &producer, DRTrack &track)
+        : m_producer(producer)
+        , m_track(track)
+    {
+    }
+    ~PreparedProducer() { m_producer.cleanupTrackAfterBurn(&m_track); }
+    PreparedProducer(const PreparedProducer &) = delete;
+    PreparedProducer &operator=(const PreparedProducer &) = delete;
+
+private:
+    DRTrackProducer &m_producer;
+    DRTrack &m_track;
+};
+
+/// False when a stop was asked for meanwhile.
+bool waitBeforeRetry(const std::stop_token &cancellation)
+{
+    std::mutex mutex;
+    std::condition_variable_any stopped;
+    std::unique_lock lock(mutex);
+    return !stopped.wait_for(lock, cancellation, retryDelay, [&] { return cancellation.stop_requested(); });
+}
+
 } // namespace
 
-ProducerTrackExtent extentOfProducerTrack(const DRTrack &track, NSError *error)
+DiscTrack describeProducerTrack(const DRTrack &track, NSError *error)
 {
     const QVariantMap properties = track.properties();
     std::uint64_t blockSize = 0;
@@ -49,53 +77,59 @@ ProducerTrackExtent extentOfProducerTrack(const DRTrack &track, NSError *error)
         *error = layoutError(QStringLiteral("A track says no valid pregap (%1).").arg(DRPreGapLengthKey));
     else if (constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max(); length > most || pregap > most)
         *error = layoutError(QStringLiteral("A track of %1 blocks is longer than any disc.").arg(length));
-    else
-        return {std::uint32_t(blockSize), std::uint32_t(pregap), length};
+    DiscTrack described;
+    described.kind = TrackKind::Unstated;
+    described.blockSize = std::uint32_t(blockSize);
+    described.length = length;
+    described.pregap = {pregap, true};
+    return described;
+}
+
+ProducerTrackWriter::ProducerTrackWriter(std::shared_ptr<DRTrack> track, const DiscTrack &described, DRBurn *burn)
+    : m_track(std::move(track))
+    , m_described(described)
+    , m_burn(burn)
+{
+}
+
+NSError ProducerTrackWriter::plan(const std::stop_token & /*cancellation*/,
+                                  const std::function<void(double)> & /*progress*/)
+{
     return {};
 }
 
-ProducerTrackWriter::ProducerTrackWriter(DRBurn *burn, DRTrack &track, BurnSink &sink,
-                                         const BurnCancellation &cancellation)
-    : m_burn(burn)
-    , m_track(track)
-    , m_producer(*track.producer())
-    , m_sink(sink)
-    , m_cancellation(cancellation)
+NSError ProducerTrackWriter::write(BlockStream &stream)
 {
+    const std::shared_ptr<DRTrackProducer> producer = m_track->producer();
+    if (!producer->prepareTrack(m_track.get(), m_burn, {}))
+        return burnError(ioErr, QStringLiteral("A track's data could not be prepared."),
+                         QStringLiteral("Check the file that it is made from."));
+    const PreparedProducer prepared(*producer, *m_track);
+    return writePrepared(stream);
 }
 
-NSError ProducerTrackWriter::write(const ProducerTrackExtent &planned)
-{
-    if (!m_producer.prepareTrack(&m_track, m_burn, {}))
-        return burnError(ioErr,
-                         QStringLiteral("A track's data could not be prepared. Check the file that it is made from."));
-    NSError error = writePrepared(planned);
-    m_producer.cleanupTrackAfterBurn(&m_track);
-    return error;
-}
-
-NSError ProducerTrackWriter::writePrepared(const ProducerTrackExtent &planned)
+NSError ProducerTrackWriter::writePrepared(BlockStream &stream)
 {
     NSError error;
-    const ProducerTrackExtent extent = extentOfProducerTrack(m_track, &error);
+    const DiscTrack prepared = describeProducerTrack(*m_track, &error);
     if (error)
         return error;
-    if (extent != planned || extent.blockSize == 0)
+    if (prepared != m_described)
         return layoutError(QStringLiteral("A track changed its size while it was prepared."));
-    m_blockSize = extent.blockSize;
-    m_buffer.resize(std::size_t(bufferSize / m_blockSize) * m_blockSize);
-    error = writePart(&DRTrackProducer::producePreGapForTrack, extent.pregapBlocks);
-    return error ? error : writePart(&DRTrackProducer::produceDataForTrack, extent.dataBlocks);
+    m_buffer.resize(std::size_t(bufferSize / m_described.blockSize) * m_described.blockSize);
+    error = writePart(stream, &DRTrackProducer::producePreGapForTrack, m_described.pregap.length);
+    return error ? error : writePart(stream, &DRTrackProducer::produceDataForTrack, m_described.length);
 }
 
-NSError ProducerTrackWriter::writePart(Produce produce, std::uint64_t blockCount)
+NSError ProducerTrackWriter::writePart(BlockStream &stream, Produce produce, std::uint64_t blockCount)
 {
-    const auto bufferBlocks = std::uint32_t(m_buffer.size() / m_blockSize);
+    const std::uint32_t blockSize = m_described.blockSize;
+    const auto bufferBlocks = std::uint32_t(m_buffer.size() / blockSize);
     while (blockCount > 0) {
         const auto part = std::uint32_t(std::min<std::uint64_t>(blockCount, bufferBlocks));
-        NSError error = fillBuffer(produce, part * m_blockSize);
+        NSError error = fillBuffer(stream, produce, part * blockSize);
         if (!error)
-            error = m_sink.writeBlocks(m_buffer.data(), part, m_blockSize);
+            error = stream.writeBlocks(m_buffer.data(), part, blockSize);
         if (error)
             return error;
         blockCount -= part;
@@ -104,40 +138,32 @@ NSError ProducerTrackWriter::writePart(Produce produce, std::uint64_t blockCount
 }
 
 /// A producer may give less than asked, and nothing for a moment; nothing several times in a row is the end of it.
-NSError ProducerTrackWriter::fillBuffer(Produce produce, std::uint32_t length)
+NSError ProducerTrackWriter::fillBuffer(const BlockStream &stream, Produce produce, std::uint32_t length)
 {
+    DRTrackProducer &producer = *m_track->producer();
+    const std::uint32_t blockSize = m_described.blockSize;
     std::uint32_t filled = 0;
     int failures = 0;
     while (filled < length) {
-        if (m_cancellation.isRequested())
+        if (stream.cancellation().stop_requested())
             return burnCancelledError();
         const std::uint32_t wanted = length - filled;
+        const auto address = std::uint64_t(stream.position().number()) + filled / blockSize;
         std::uint32_t flags = 0;
-        const std::uint32_t got = (m_producer.*produce)(&m_track, m_buffer.data() + filled, wanted,
-                                                        m_sink.address() + filled / m_blockSize, m_blockSize, &flags);
+        const std::uint32_t got =
+            (producer.*produce)(m_track.get(), m_buffer.data() + filled, wanted, address, blockSize, &flags);
         if (got > wanted)
             return burnError(paramErr, QStringLiteral("A track's producer gave more than it was asked for."));
         filled += got;
         failures = got > 0 ? 0 : failures + 1;
         if (failures > retries)
             return burnError(eofErr,
-                             QStringLiteral("A track's data ended too early, at block %1 of the layout. "
-                                            "Check the file that it is made from.")
-                                 .arg(m_sink.address() + filled / m_blockSize));
-        if (got == 0 && !waitBeforeRetry())
+                             QStringLiteral("A track's data ended too early, at block %1 of the layout.").arg(address),
+                             QStringLiteral("Check the file that it is made from."));
+        if (got == 0 && !waitBeforeRetry(stream.cancellation()))
             return burnCancelledError();
     }
     return {};
-}
-
-/// False when the burn was cancelled meanwhile.
-bool ProducerTrackWriter::waitBeforeRetry() const
-{
-    std::mutex mutex;
-    std::condition_variable_any cancelled;
-    std::unique_lock lock(mutex);
-    const auto isCancelled = [this] { return m_cancellation.isRequested(); };
-    return !cancelled.wait_for(lock, m_cancellation.token(), retryDelay, isCancelled);
 }
 
 } // namespace Tessaron

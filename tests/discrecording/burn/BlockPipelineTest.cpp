@@ -50,8 +50,7 @@ TEST_P(BlockPipelineReaders, next_deliversAllBlocksInOrder_withAnyNumberOfReader
 {
     FakeBlockImage image;
     image.addGenerated(1003);
-    const BurnCancellation cancellation;
-    BlockPipeline pipeline(image, smallPieces(GetParam()), cancellation);
+    BlockPipeline pipeline(image, smallPieces(GetParam()), {});
     NSError error;
     EXPECT_EQ(takeAll(pipeline, &error), generatedBlocks(1003));
     EXPECT_TRUE(error.isNull());
@@ -64,8 +63,7 @@ INSTANTIATE_TEST_SUITE_P(Counts, BlockPipelineReaders, testing::Values(1, 2, 3, 
 TEST(BlockPipeline, next_isNullWithoutError_forAnEmptyImage)
 {
     const FakeBlockImage image;
-    const BurnCancellation cancellation;
-    BlockPipeline pipeline(image, smallPieces(), cancellation);
+    BlockPipeline pipeline(image, smallPieces(), {});
     NSError error;
     EXPECT_EQ(pipeline.next(&error), nullptr);
     EXPECT_TRUE(error.isNull());
@@ -75,9 +73,8 @@ TEST(BlockPipeline, readers_fillNoMoreThanTheRing_whileTheConsumerIsBusy)
 {
     FakeBlockImage image;
     image.addGenerated(8 * 100);
-    const BurnCancellation cancellation;
     {
-        BlockPipeline pipeline(image, smallPieces(), cancellation);
+        BlockPipeline pipeline(image, smallPieces(), {});
         NSError error;
         ASSERT_NE(pipeline.next(&error), nullptr);
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
@@ -91,11 +88,22 @@ TEST(BlockPipeline, next_givesWhatComesBefore_whenALaterPieceFails)
     FakeBlockImage image;
     image.addGenerated(800);
     image.failingBlock = 85;
-    const BurnCancellation cancellation;
-    BlockPipeline pipeline(image, smallPieces(), cancellation);
+    BlockPipeline pipeline(image, smallPieces(), {});
     NSError error;
     EXPECT_EQ(takeAll(pipeline, &error), generatedBlocks(80));
     EXPECT_EQ(error.localizedDescription(), QStringLiteral("Block 85 cannot be read."));
+}
+
+TEST(BlockPipeline, next_fails_whenAReaderGetsNoMemory)
+{
+    FakeBlockImage image;
+    image.addGenerated(80);
+    image.hungryBlock = 20;
+    BlockPipeline pipeline(image, smallPieces(), {});
+    NSError error;
+    EXPECT_EQ(takeAll(pipeline, &error), generatedBlocks(16));
+    EXPECT_EQ(error.code(), memFullErr);
+    EXPECT_EQ(error.localizedRecoverySuggestion(), QStringLiteral("Close other programs and try again."));
 }
 
 TEST(BlockPipeline, next_fails_whenTheImageHasNoValidPiece)
@@ -103,8 +111,7 @@ TEST(BlockPipeline, next_fails_whenTheImageHasNoValidPiece)
     FakeBlockImage image;
     image.addGenerated(80);
     image.invalidBlock = 16;
-    const BurnCancellation cancellation;
-    BlockPipeline pipeline(image, smallPieces(), cancellation);
+    BlockPipeline pipeline(image, smallPieces(), {});
     NSError error;
     EXPECT_EQ(takeAll(pipeline, &error), generatedBlocks(16));
     EXPECT_EQ(error.code(), paramErr);
@@ -115,15 +122,15 @@ TEST(BlockPipeline, next_returnsAtOnce_whenCancelledDuringASlowRead)
     FakeBlockImage image;
     image.addGenerated(80);
     image.slowBlock = 20;
-    BurnCancellation cancellation;
-    BlockPipeline pipeline(image, smallPieces(), cancellation);
+    std::stop_source cancellation;
+    BlockPipeline pipeline(image, smallPieces(), cancellation.get_token());
     NSError error;
     ASSERT_NE(pipeline.next(&error), nullptr);
     ASSERT_NE(pipeline.next(&error), nullptr);
     image.gate.waitForVisitor();
     std::thread canceller([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        cancellation.request();
+        cancellation.request_stop();
     });
     EXPECT_EQ(pipeline.next(&error), nullptr);
     EXPECT_EQ(error.code(), kDRUserCanceledErr);
@@ -145,8 +152,7 @@ TEST(BlockPipeline, next_handsOverBigRunsWhole_andReadsSmallOnes)
     image.addGenerated(1);
     BlockPipeline::Options options = smallPieces();
     options.smallestFileRunLeft = 20 * 2048;
-    const BurnCancellation cancellation;
-    BlockPipeline pipeline(image, options, cancellation);
+    BlockPipeline pipeline(image, options, {});
 
     NSError error;
     QList<QByteArray> pieces;

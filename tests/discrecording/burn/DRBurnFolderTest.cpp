@@ -67,7 +67,7 @@ TEST(DRBurnOfAFolder, theImage_isTheSame_readOrCopiedByTheKernel)
                          })
                   .value(DRStatusStateKey),
               DRStatusStateDone);
-    FileConsumer file(tree.path("image"));
+    SpiedFile file(tree.path("image"));
     EXPECT_EQ(burnFolder(tree, file).value(DRStatusStateKey), DRStatusStateDone);
     EXPECT_TRUE(tree.contents("image") == memory.bytes);
     EXPECT_GT(file.copiedBytes, 60u << 20);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <new>
 #include <sys/stat.h>
 
 namespace Tessaron::Testing
@@ -97,6 +98,8 @@ NSError FakeBlockImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
     ++filledPieces;
     if (holds(slowBlock))
         gate.pass();
+    if (holds(hungryBlock))
+        throw std::bad_alloc();
     if (holds(failingBlock))
         return burnError(ioErr, QStringLiteral("Block %1 cannot be read.").arg(*failingBlock));
     const ImagePiece piece = pieceAt(at, count);

@@ -51,6 +51,7 @@ public:
     [[nodiscard]] FileContents fileContents(std::uint32_t fileIndex) const override { return m_files[fileIndex]; }
 
     std::optional<std::uint32_t> failingBlock; ///< the piece with it cannot be read
+    std::optional<std::uint32_t> hungryBlock; ///< there is no memory for the piece with it
     std::optional<std::uint32_t> slowBlock; ///< the piece with it is read once the gate is open
     std::optional<std::uint32_t> invalidBlock; ///< a piece that begins at or behind it is no piece at all
     mutable Gate gate;

@@ -1,6 +1,8 @@
 #include "platform/discrecording/burn/ImageTrackWriter.h"
 
 #include "platform/discrecording/burn/BurnErrors.h"
+#include "platform/discrecording/burn/CallbackSink.h"
+#include "platform/discrecording/burn/DRBurn.h"
 #include "tests/discrecording/burn/FakeBlockImage.h"
 #include "tests/discrecording/burn/TestConsumers.h"
 #include "tests/support/TemporaryTree.h"
@@ -18,23 +20,35 @@ namespace
 
 constexpr qint64 mebibyte = 1 << 20;
 
-/// Writes the image to the consumer and gives what it ended with.
-NSError write(const BlockImage &image, DRDeviceConsumer &consumer, BurnCancellation &cancellation,
-              DRBurnAmounts *amounts = nullptr)
+/// Does not own the image, which lives as long as the test.
+std::shared_ptr<const BlockImage> shared(const BlockImage &image)
 {
-    const auto status =
-        std::make_shared<BurnStatus>(DRNotificationCenter::currentRunLoopCenter(), std::weak_ptr<DRBurn>());
-    BurnSink sink(consumer, *status, cancellation);
-    NSError error = ImageTrackWriter(image, sink, cancellation).write();
-    if (amounts)
-        *amounts = status->amounts();
+    return {std::shared_ptr<const BlockImage>(), &image};
+}
+
+/// Writes the image to the sink; gives what it ended with, and how many bytes were taken.
+NSError write(const BlockImage &image, BlockSink &sink, std::stop_token cancellation = {},
+              std::uint64_t *bytesTaken = nullptr)
+{
+    std::uint64_t taken = 0;
+    BlockStream stream(sink, std::move(cancellation), [&](std::uint64_t bytes) { taken += bytes; });
+    NSError error = ImageTrackWriter(shared(image)).write(stream);
+    if (bytesTaken)
+        *bytesTaken = taken;
     return error;
 }
 
-NSError write(const BlockImage &image, DRDeviceConsumer &consumer)
+NSError write(const BlockImage &image, DRDeviceConsumer &consumer, std::stop_token cancellation = {},
+              std::uint64_t *bytesTaken = nullptr)
 {
-    BurnCancellation cancellation;
-    return write(image, consumer, cancellation);
+    CallbackSink sink(consumer);
+    return write(image, sink, std::move(cancellation), bytesTaken);
+}
+
+/// Which of its two faces a file of a test shows does not matter.
+BlockSink &sinkOf(SpiedFile &file)
+{
+    return file;
 }
 
 QByteArray patternFile(qint64 size)
@@ -76,11 +90,10 @@ struct ImageWithBigFile {
 NSError errorWhenChangedBeforeCopy(const std::function<void(const QByteArray &path)> &change)
 {
     ImageWithBigFile given;
-    FileConsumer consumer(given.tree.path("image"));
-    consumer.beforeCopy = [&] { change(given.tree.path("big")); };
-    NSError error = write(given.image, consumer);
+    SpiedFile file(given.tree.path("image"));
+    file.beforeCopy = [&] { change(given.tree.path("big")); };
+    NSError error = write(given.image, sinkOf(file));
     EXPECT_EQ(error.filePath(), given.tree.pathText("big"));
-    EXPECT_EQ(consumer.copiedBytes, 0u);
     return error;
 }
 
@@ -90,25 +103,23 @@ TEST(ImageTrackWriter, write_handsBlocksToTheConsumerInOrder_withTheirAddresses)
 {
     ImageWithBigFile given;
     MemoryConsumer consumer;
-    BurnCancellation cancellation;
-    DRBurnAmounts amounts;
-    EXPECT_TRUE(write(given.image, consumer, cancellation, &amounts).isNull());
+    std::uint64_t taken = 0;
+    EXPECT_TRUE(write(given.image, consumer, {}, &taken).isNull());
     EXPECT_TRUE(consumer.bytes == given.expected());
     EXPECT_EQ(consumer.addresses.first(), 0u);
     EXPECT_EQ(consumer.addresses.last(), given.image.blockCount() - 2);
-    EXPECT_EQ(amounts.bytesWritten, std::uint64_t(given.image.blockCount()) * 2048);
+    EXPECT_EQ(taken, std::uint64_t(given.image.blockCount()) * 2048);
 }
 
 TEST(ImageTrackWriter, write_letsTheKernelCopyBigFiles_intoAFile)
 {
     ImageWithBigFile given;
-    FileConsumer consumer(given.tree.path("image"));
-    BurnCancellation cancellation;
-    DRBurnAmounts amounts;
-    EXPECT_TRUE(write(given.image, consumer, cancellation, &amounts).isNull());
+    SpiedFile file(given.tree.path("image"));
+    std::uint64_t taken = 0;
+    EXPECT_TRUE(write(given.image, sinkOf(file), {}, &taken).isNull());
     EXPECT_TRUE(given.tree.contents("image") == given.expected());
-    EXPECT_EQ(consumer.copiedBytes, 20u * mebibyte + 2048);
-    EXPECT_EQ(amounts.bytesWritten, std::uint64_t(given.image.blockCount()) * 2048);
+    EXPECT_EQ(file.copiedBytes, 20u * mebibyte + 2048);
+    EXPECT_EQ(taken, std::uint64_t(given.image.blockCount()) * 2048);
 }
 
 TEST(ImageTrackWriter, write_doesNotLetTheKernelCopy_intoAPipe)
@@ -118,9 +129,9 @@ TEST(ImageTrackWriter, write_doesNotLetTheKernelCopy_intoAPipe)
     QByteArray received;
     std::thread reader([&] { received = given.tree.contents("fifo"); });
     {
-        FileConsumer consumer(fifo);
-        EXPECT_TRUE(write(given.image, consumer).isNull());
-        EXPECT_EQ(consumer.copiedBytes, 0u);
+        SpiedFile file(fifo);
+        EXPECT_TRUE(write(given.image, sinkOf(file)).isNull());
+        EXPECT_EQ(file.copiedBytes, 0u);
     }
     reader.join();
     EXPECT_TRUE(received == given.expected());
@@ -133,8 +144,8 @@ TEST(ImageTrackWriter, write_keepsAnImageEndingInAHole_exactlyAsLongAsPlanned)
     FakeBlockImage image;
     image.addGenerated(1);
     image.addFileRun(file, 0, file.size);
-    FileConsumer consumer(tree.path("image"));
-    EXPECT_TRUE(write(image, consumer).isNull());
+    SpiedFile output(tree.path("image"));
+    EXPECT_TRUE(write(image, sinkOf(output)).isNull());
     EXPECT_TRUE(tree.contents("image") == generatedBlock(0) + QByteArray(64 * mebibyte + 2048, '\0'));
 }
 
@@ -153,8 +164,8 @@ TEST(ImageTrackWriter, write_failsWithTheFilesName_whenItVanishesBeforeItIsOpene
 {
     ImageWithBigFile given;
     given.tree.remove("big");
-    FileConsumer toFile(given.tree.path("image"));
-    const NSError error = write(given.image, toFile);
+    SpiedFile toFile(given.tree.path("image"));
+    const NSError error = write(given.image, sinkOf(toFile));
     EXPECT_EQ(error.code(), fnfErr);
     EXPECT_EQ(error.filePath(), given.tree.pathText("big"));
     MemoryConsumer toMemory;
@@ -189,21 +200,22 @@ TEST(ImageTrackWriter, write_saysThatTheDiskIsFull_whenItIs)
 {
     FakeBlockImage generated;
     generated.addGenerated(100);
-    FileConsumer full("/dev/full");
-    const NSError error = write(generated, full);
+    SpiedFile full("/dev/full");
+    const NSError error = write(generated, sinkOf(full));
     EXPECT_EQ(error.code(), dskFulErr);
-    EXPECT_EQ(error.localizedDescription(),
-              QStringLiteral("The disk holding “/dev/full” is full. Free some space there, or write to another disk."));
+    EXPECT_EQ(error.localizedDescription(), QStringLiteral("The disk holding “/dev/full” is full."));
+    EXPECT_EQ(error.localizedRecoverySuggestion(), QStringLiteral("Free some space there, or write to another disk."));
+    EXPECT_EQ(error.filePath(), QStringLiteral("/dev/full"));
 }
 
 TEST(ImageTrackWriter, write_ends_whenCancelledDuringTheKernelsCopy)
 {
     ImageWithBigFile given;
-    FileConsumer consumer(given.tree.path("image"));
-    BurnCancellation cancellation;
-    consumer.beforeCopy = [&] { cancellation.request(); };
-    EXPECT_EQ(write(given.image, consumer, cancellation).code(), kDRUserCanceledErr);
-    EXPECT_EQ(consumer.copiedBytes, 0u);
+    SpiedFile file(given.tree.path("image"));
+    std::stop_source cancellation;
+    file.beforeCopy = [&] { cancellation.request_stop(); };
+    EXPECT_EQ(write(given.image, sinkOf(file), cancellation.get_token()).code(), kDRUserCanceledErr);
+    EXPECT_LE(file.copiedBytes, 16u * mebibyte) << "no more than one piece";
 }
 
 TEST(ImageTrackWriter, write_returns_whenCancelledWhileAReaderHangs)
@@ -212,17 +224,16 @@ TEST(ImageTrackWriter, write_returns_whenCancelledWhileAReaderHangs)
     image.addGenerated(20000);
     image.slowBlock = 3000;
     MemoryConsumer consumer;
-    BurnCancellation cancellation;
-    const auto status =
-        std::make_shared<BurnStatus>(DRNotificationCenter::currentRunLoopCenter(), std::weak_ptr<DRBurn>());
-    BurnSink sink(consumer, *status, cancellation);
+    std::stop_source cancellation;
+    CallbackSink sink(consumer);
+    BlockStream stream(sink, cancellation.get_token());
     std::thread canceller([&] {
         image.gate.waitForVisitor();
-        cancellation.request();
+        cancellation.request_stop();
     });
     {
-        ImageTrackWriter writer(image, sink, cancellation);
-        EXPECT_EQ(writer.write().code(), kDRUserCanceledErr);
+        ImageTrackWriter writer(shared(image));
+        EXPECT_EQ(writer.write(stream).code(), kDRUserCanceledErr);
         image.gate.open(); // only now can the writer be destroyed
     }
     canceller.join();
@@ -232,10 +243,10 @@ TEST(ImageTrackWriter, write_ends_whenCancelledBetweenBlocks)
 {
     FakeBlockImage image;
     image.addGenerated(20000);
-    BurnCancellation cancellation;
+    std::stop_source cancellation;
     MemoryConsumer consumer;
-    consumer.beforeWrite = [&] { cancellation.request(); };
-    EXPECT_EQ(write(image, consumer, cancellation).code(), kDRUserCanceledErr);
+    consumer.beforeWrite = [&] { cancellation.request_stop(); };
+    EXPECT_EQ(write(image, consumer, cancellation.get_token()).code(), kDRUserCanceledErr);
     EXPECT_EQ(consumer.addresses.size(), 1) << "the write that was under way is the last";
 }
 

@@ -16,7 +16,7 @@ namespace Tessaron::Testing
 namespace
 {
 
-using Outcome = CopyResult::Outcome;
+using Outcome = FileCopyResult::Outcome;
 
 QByteArray pattern(qsizetype length)
 {
@@ -29,6 +29,11 @@ QByteArray pattern(qsizetype length)
 bool goOn(std::uint64_t)
 {
     return true;
+}
+
+FileCopyResult copy(const FileRange &range, const UniqueDescriptor &to, const CopyProgress &progress)
+{
+    return copyToDescriptor(range, to.get(), QStringLiteral("the name"), progress);
 }
 
 UniqueDescriptor openForReading(const QByteArray &path)
@@ -73,7 +78,7 @@ TEST(KernelCopy, copiesTheRangeToThePosition_andMovesIt)
     const UniqueDescriptor to = openForWriting(tree.makeFile("to", "head"));
     ASSERT_EQ(::lseek(to.get(), 4, SEEK_SET), 4);
     std::uint64_t told = 0;
-    const CopyResult result = copyDescriptorRange({from.get(), to.get(), 1001, 4500000}, [&](std::uint64_t more) {
+    const FileCopyResult result = copy({from.get(), 1001, 4500000}, to, [&](std::uint64_t more) {
         told += more;
         return true;
     });
@@ -90,7 +95,7 @@ TEST(KernelCopy, copiesByReadingAndWriting_whenTheFileSystemsDiffer)
     const QByteArray bytes = pattern(3000001);
     const UniqueDescriptor from = openForReading(memory.makeFile("from", bytes));
     const UniqueDescriptor to = openForWriting(tree.makeFile("to"));
-    EXPECT_EQ(copyDescriptorRange({from.get(), to.get(), 0, 3000001}, goOn).outcome, Outcome::Copied);
+    EXPECT_EQ(copy({from.get(), 0, 3000001}, to, goOn).outcome, Outcome::Copied);
     EXPECT_EQ(tree.contents("to"), bytes);
 }
 
@@ -100,7 +105,7 @@ TEST(KernelCopy, makesHolesOfHoles_whenTheOutputGrows)
     const QByteArray data = pattern(10000);
     const UniqueDescriptor from = openForReading(makeFileWithHoles(tree, data));
     const UniqueDescriptor to = openForWriting(tree.makeFile("to"));
-    EXPECT_EQ(copyDescriptorRange({from.get(), to.get(), 0, 8 << 20}, goOn).outcome, Outcome::Copied);
+    EXPECT_EQ(copy({from.get(), 0, 8 << 20}, to, goOn).outcome, Outcome::Copied);
     EXPECT_EQ(tree.contents("to"), expectedWithHoles(data));
     EXPECT_LT(allocatedBytes(tree.path("to")), 1 << 20);
 }
@@ -111,7 +116,7 @@ TEST(KernelCopy, writesZerosForHoles_overOldContents)
     const QByteArray data = pattern(10000);
     const UniqueDescriptor from = openForReading(makeFileWithHoles(tree, data));
     const UniqueDescriptor to = openForWriting(tree.makeFile("to", QByteArray(9 << 20, 'x')));
-    EXPECT_EQ(copyDescriptorRange({from.get(), to.get(), 0, 8 << 20}, goOn).outcome, Outcome::Copied);
+    EXPECT_EQ(copy({from.get(), 0, 8 << 20}, to, goOn).outcome, Outcome::Copied);
     EXPECT_EQ(tree.contents("to"), expectedWithHoles(data) + QByteArray(1 << 20, 'x'));
 }
 
@@ -121,7 +126,7 @@ TEST(KernelCopy, copiesPartOfAHole_whenTheRangeBeginsAndEndsInOne)
     const QByteArray data = pattern(10000);
     const UniqueDescriptor from = openForReading(makeFileWithHoles(tree, data));
     const UniqueDescriptor to = openForWriting(tree.makeFile("to"));
-    EXPECT_EQ(copyDescriptorRange({from.get(), to.get(), 500000, 1000000}, goOn).outcome, Outcome::Copied);
+    EXPECT_EQ(copy({from.get(), 500000, 1000000}, to, goOn).outcome, Outcome::Copied);
     EXPECT_EQ(tree.contents("to"), expectedWithHoles(data).mid(500000, 1000000));
 }
 
@@ -131,7 +136,7 @@ TEST(KernelCopy, stops_whenProgressSaysSo)
     const UniqueDescriptor from = openForReading(tree.makeFile("from", pattern(40 << 20)));
     const UniqueDescriptor to = openForWriting(tree.makeFile("to"));
     std::vector<std::uint64_t> told;
-    const CopyResult result = copyDescriptorRange({from.get(), to.get(), 0, 40 << 20}, [&](std::uint64_t more) {
+    const FileCopyResult result = copy({from.get(), 0, 40 << 20}, to, [&](std::uint64_t more) {
         told.push_back(more);
         return told.size() < 2;
     });
@@ -145,7 +150,7 @@ TEST(KernelCopy, saysSo_whenTheFileEndsEarly)
     const TemporaryTree tree;
     const UniqueDescriptor from = openForReading(tree.makeFile("from", pattern(5000)));
     const UniqueDescriptor to = openForWriting(tree.makeFile("to"));
-    EXPECT_EQ(copyDescriptorRange({from.get(), to.get(), 0, 6000}, goOn).outcome, Outcome::EndedEarly);
+    EXPECT_EQ(copy({from.get(), 0, 6000}, to, goOn).outcome, Outcome::EndedEarly);
 }
 
 TEST(KernelCopy, reportsTheWriteError_whenTheDeviceIsFull)
@@ -153,9 +158,10 @@ TEST(KernelCopy, reportsTheWriteError_whenTheDeviceIsFull)
     const TemporaryTree tree;
     const UniqueDescriptor from = openForReading(tree.makeFile("from", pattern(5000)));
     const UniqueDescriptor to = openForWriting("/dev/full");
-    const CopyResult result = copyDescriptorRange({from.get(), to.get(), 0, 5000}, goOn);
+    const FileCopyResult result = copy({from.get(), 0, 5000}, to, goOn);
     EXPECT_EQ(result.outcome, Outcome::WriteFailed);
-    EXPECT_EQ(result.errnoValue, ENOSPC);
+    EXPECT_EQ(result.writeError.code(), dskFulErr);
+    EXPECT_EQ(result.writeError.localizedDescription(), QStringLiteral("The disk holding “the name” is full."));
 }
 
 TEST(KernelCopy, reportsTheReadError_whenTheSourceCannotBeRead)
@@ -163,9 +169,9 @@ TEST(KernelCopy, reportsTheReadError_whenTheSourceCannotBeRead)
     const TemporaryTree tree;
     const UniqueDescriptor from(::open(tree.path().constData(), O_RDONLY | O_CLOEXEC)); // a folder
     const UniqueDescriptor to = openForWriting(tree.makeFile("to"));
-    const CopyResult result = copyDescriptorRange({from.get(), to.get(), 0, 5000}, goOn);
+    const FileCopyResult result = copy({from.get(), 0, 5000}, to, goOn);
     EXPECT_EQ(result.outcome, Outcome::ReadFailed);
-    EXPECT_EQ(result.errnoValue, EISDIR);
+    EXPECT_EQ(result.readErrno, EISDIR);
 }
 
 } // namespace Tessaron::Testing

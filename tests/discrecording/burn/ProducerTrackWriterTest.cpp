@@ -1,9 +1,12 @@
 #include "platform/discrecording/burn/ProducerTrackWriter.h"
 
+#include "platform/discrecording/burn/CallbackSink.h"
+#include "platform/discrecording/burn/DRBurn.h"
 #include "tests/discrecording/burn/TestConsumers.h"
 #include "tests/discrecording/burn/TestProducer.h"
 
 #include <gtest/gtest.h>
+#include <new>
 
 namespace Tessaron::Testing
 {
@@ -17,10 +20,11 @@ protected:
     NSError write(const std::shared_ptr<DRTrack> &track)
     {
         NSError error;
-        const ProducerTrackExtent extent = extentOfProducerTrack(*track, &error);
+        const DiscTrack described = describeProducerTrack(*track, &error);
         EXPECT_TRUE(error.isNull()) << error.localizedDescription().toStdString();
-        BurnSink sink(consumer, *m_status, cancellation);
-        return ProducerTrackWriter(nullptr, *track, sink, cancellation).write(extent);
+        CallbackSink sink(consumer);
+        BlockStream stream(sink, cancellation.get_token());
+        return ProducerTrackWriter(track, described, nullptr).write(stream);
     }
     [[nodiscard]] QStringList wholeLife() const
     {
@@ -29,47 +33,45 @@ protected:
 
     const std::shared_ptr<TestProducer> producer = std::make_shared<TestProducer>();
     MemoryConsumer consumer;
-    BurnCancellation cancellation;
-
-private:
-    const std::shared_ptr<BurnStatus> m_status =
-        std::make_shared<BurnStatus>(DRNotificationCenter::currentRunLoopCenter(), std::weak_ptr<DRBurn>());
+    std::stop_source cancellation;
 };
 
-QString extentError(const QVariantMap &properties)
+QString descriptionError(const QVariantMap &properties)
 {
     const std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(std::make_shared<TestProducer>());
     track->setProperties(properties);
     NSError error;
-    EXPECT_EQ(extentOfProducerTrack(*track, &error), ProducerTrackExtent());
+    (void)describeProducerTrack(*track, &error);
     EXPECT_EQ(error.code(), paramErr);
     return error.localizedDescription();
 }
 
 } // namespace
 
-TEST_F(ProducerTrackWriterTest, extent_isReadFromTheProperties)
+TEST_F(ProducerTrackWriterTest, description_isReadFromTheProperties)
 {
     NSError error;
-    const ProducerTrackExtent extent = extentOfProducerTrack(*trackOfProducer(producer, 12, 2352, 150), &error);
+    const DiscTrack track = describeProducerTrack(*trackOfProducer(producer, 12, 2352, 150), &error);
     EXPECT_TRUE(error.isNull());
-    EXPECT_EQ(extent, (ProducerTrackExtent{2352, 150, 12}));
-    EXPECT_EQ(extent.bytes(), 162u * 2352);
+    EXPECT_EQ(track.blockSize, 2352u);
+    EXPECT_EQ(track.length, 12u);
+    EXPECT_EQ(track.pregap, (TrackGap{150, true}));
+    EXPECT_EQ(track.storedBytes(), 162u * 2352);
 }
 
-TEST_F(ProducerTrackWriterTest, extent_isAnError_whenSomethingIsMissingOrMakesNoSense)
+TEST_F(ProducerTrackWriterTest, description_isAnError_whenSomethingIsMissingOrMakesNoSense)
 {
     const QVariantMap good{{DRBlockSizeKey, 2048u}, {DRTrackLengthKey, quint64(5)}};
     const auto with = [&](const QString &key, const QVariant &value) {
         QVariantMap changed = good;
         changed.insert(key, value);
-        return extentError(changed);
+        return descriptionError(changed);
     };
-    EXPECT_TRUE(extentError({}).contains(DRBlockSizeKey));
+    EXPECT_TRUE(descriptionError({}).contains(DRBlockSizeKey));
     EXPECT_TRUE(with(DRBlockSizeKey, 0u).contains(DRBlockSizeKey));
     EXPECT_TRUE(with(DRBlockSizeKey, 70000u).contains(DRBlockSizeKey));
     EXPECT_TRUE(with(DRBlockSizeKey, -2048).contains(DRBlockSizeKey));
-    EXPECT_TRUE(extentError({{DRBlockSizeKey, 2048u}}).contains(DRTrackLengthKey));
+    EXPECT_TRUE(descriptionError({{DRBlockSizeKey, 2048u}}).contains(DRTrackLengthKey));
     EXPECT_TRUE(with(DRTrackLengthKey, 0).contains(DRTrackLengthKey));
     EXPECT_TRUE(with(DRTrackLengthKey, QStringLiteral("many")).contains(DRTrackLengthKey));
     EXPECT_TRUE(with(DRTrackLengthKey, quint64(1) << 32).contains(QStringLiteral("longer than any disc")));
@@ -136,6 +138,13 @@ TEST_F(ProducerTrackWriterTest, write_fails_whenPreparingChangesTheSize)
     EXPECT_EQ(producer->calls, (QStringList{QStringLiteral("prepare"), QStringLiteral("cleanup")}));
 }
 
+TEST_F(ProducerTrackWriterTest, write_cleansUp_whenTheProducerGetsNoMemory)
+{
+    producer->beforeData = [](std::uint64_t) { throw std::bad_alloc(); };
+    EXPECT_THROW((void)write(trackOfProducer(producer, 20)), std::bad_alloc);
+    EXPECT_EQ(producer->calls, wholeLife());
+}
+
 TEST_F(ProducerTrackWriterTest, write_cleansUp_whenTheConsumerFails)
 {
     consumer.failingBlock = 700;
@@ -149,7 +158,7 @@ TEST_F(ProducerTrackWriterTest, write_endsCancelled_whileTheProducerHasNothing)
     producer->nothingTimes = 1;
     producer->beforeData = [this](std::uint64_t position) {
         if (position > 0)
-            cancellation.request();
+            cancellation.request_stop();
     };
     EXPECT_EQ(write(trackOfProducer(producer, 20)).code(), kDRUserCanceledErr);
     EXPECT_EQ(producer->calls, wholeLife());

@@ -1,9 +1,7 @@
 #include "tests/discrecording/burn/TestConsumers.h"
 
-#include "platform/foundation/DescriptorIO.h"
-#include "platform/foundation/NSError.h"
-
 #include <fcntl.h>
+#include <gtest/gtest.h>
 
 namespace Tessaron::Testing
 {
@@ -20,29 +18,64 @@ OSStatus MemoryConsumer::writeBlocks(const void *buffer, std::uint32_t blockCoun
     return noErr;
 }
 
-FileConsumer::FileConsumer(const QByteArray &path)
+SpiedFile::SpiedFile(const QByteArray &path)
     : m_output(::open(path.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644))
+    , m_sink(m_output.get(), QString::fromUtf8(path), FileSink::Syncing::No)
 {
 }
 
-OSStatus FileConsumer::writeBlocks(const void *buffer, std::uint32_t blockCount, std::uint32_t blockSize,
-                                   std::uint32_t /*atAddress*/)
+NSError SpiedFile::writeBlocks(const BlockBatch &run)
 {
-    m_lastWriteErrno = writeFully(m_output.get(), buffer, std::size_t(blockCount) * blockSize);
-    return statusForErrno(m_lastWriteErrno);
+    return m_sink.writeBlocks(run);
 }
 
-int FileConsumer::outputDescriptor()
+FileCopyResult SpiedFile::copyFile(const FileRange &range, std::uint32_t blockSize, const CopyProgress &progress)
 {
-    if (m_wasAsked && beforeCopy)
+    if (beforeCopy)
         beforeCopy();
-    m_wasAsked = true;
-    return m_output.get();
+    return m_sink.copyFile(range, blockSize, [&](std::uint64_t bytes) {
+        copiedBytes += bytes;
+        return progress(bytes);
+    });
 }
 
-void FileConsumer::didCopyBlocks(std::uint32_t blockCount, std::uint32_t blockSize)
+OSStatus SpiedFile::writeBlocks(const void * /*buffer*/, std::uint32_t /*blockCount*/, std::uint32_t /*blockSize*/,
+                                std::uint32_t /*atAddress*/)
 {
-    copiedBytes += std::uint64_t(blockCount) * blockSize;
+    ADD_FAILURE() << "the sink is asked instead";
+    return ioErr;
+}
+
+NSError ScriptedSink::note(const QString &call)
+{
+    calls << call;
+    return call == failingCall ? NSError(NSOSStatusErrorDomain, ioErr) : NSError();
+}
+
+NSError ScriptedSink::beginDisc(const TableOfContents &contents)
+{
+    disc = contents;
+    return note(QStringLiteral("disc %1").arg(contents.trackCount()));
+}
+
+NSError ScriptedSink::beginTrack(const DiscTrack &track)
+{
+    return note(QStringLiteral("track %1").arg(track.number));
+}
+
+NSError ScriptedSink::writeBlocks(const BlockBatch &run)
+{
+    return note(QStringLiteral("blocks %1 at %2").arg(run.count).arg(run.at.number()));
+}
+
+NSError ScriptedSink::endTrack()
+{
+    return note(QStringLiteral("end track"));
+}
+
+NSError ScriptedSink::endDisc()
+{
+    return note(QStringLiteral("end disc"));
 }
 
 } // namespace Tessaron::Testing

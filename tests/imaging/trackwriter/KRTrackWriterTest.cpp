@@ -264,7 +264,63 @@ TEST_F(KRTrackWriterTest, writing_failsWithASentence_whenTheDeviceIsFull)
     EXPECT_EQ(delegate.error.domain(), NSOSStatusErrorDomain);
     EXPECT_EQ(delegate.error.code(), dskFulErr);
     EXPECT_EQ(delegate.error.localizedFailureReason(),
-              QStringLiteral("The disk holding “/dev/full” is full. Free some space there, or write to another disk."));
+              QStringLiteral("The disk holding “%1” is full. Free some space there, or write to another disk.")
+                  .arg(tree.pathText("image")));
+    EXPECT_EQ(delegate.error.filePath(), tree.pathText("image"));
+}
+
+TEST_F(KRTrackWriterTest, failure_speaksOfTheFileByTheNameThatPeopleKnow)
+{
+    const auto writer = makeWriter(100);
+    tree.remove("image");
+    tree.makeSymbolicLink("image", "/dev/full");
+    writer->setOutputName(QStringLiteral("/home/me/disc.iso"));
+    start(*writer);
+    delegate.waitForEnd();
+    EXPECT_TRUE(delegate.error.localizedFailureReason().startsWith(
+        QStringLiteral("The disk holding “/home/me/disc.iso” is full.")));
+    EXPECT_EQ(delegate.error.filePath(), QStringLiteral("/home/me/disc.iso"));
+}
+
+TEST_F(KRTrackWriterTest, writer_servesASecondWriting_howeverTheFirstEnded)
+{
+    const auto writer = makeWriter(3000);
+    producer->beforeData = [&](std::uint64_t) { writer->cancelTrackWriting(); };
+    start(*writer);
+    delegate.waitForEnd();
+    EXPECT_EQ(lastHeard(), QStringLiteral("cancel"));
+
+    producer->beforeData = {};
+    producer->endsAfter = 100;
+    tree.makeFile("image");
+    RecordingDelegate second;
+    EXPECT_TRUE(writer->writeTrackAndNotifyDelegate(second.callbacks()).isNull());
+    second.waitForEnd();
+    EXPECT_EQ(second.heard.last(), QStringLiteral("failure"));
+    EXPECT_FALSE(tree.exists("image"));
+
+    producer->endsAfter = ~std::uint64_t(0);
+    tree.makeFile("image");
+    RecordingDelegate third;
+    writer->setWaitsForDisk(false);
+    EXPECT_TRUE(writer->writeTrackAndNotifyDelegate(third.callbacks()).isNull());
+    third.waitForEnd();
+    EXPECT_EQ(third.heard, (QStringList{QStringLiteral("progress"), QStringLiteral("end")}));
+    EXPECT_TRUE(tree.contents("image") == TestProducer::pattern(3000 * 2048));
+    EXPECT_EQ(writer->amounts().bytesWritten, 3000u * 2048);
+}
+
+TEST_F(KRTrackWriterTest, writeBlocks_appendsWhateverTheAddress_asAConsumerDoes)
+{
+    const auto writer = makeWriter(1);
+    EXPECT_EQ(writer->writeBlocks("x", 1, 1, 0), ioErr) << "nothing is being written";
+    EXPECT_EQ(writer->blockSink(), nullptr);
+    OSStatus status = -1;
+    producer->beforeData = [&](std::uint64_t) { status = writer->writeBlocks("head", 2, 2, 99); };
+    start(*writer);
+    delegate.waitForEnd();
+    EXPECT_EQ(status, noErr);
+    EXPECT_EQ(tree.contents("image"), "head" + TestProducer::pattern(2048));
 }
 
 TEST_F(KRTrackWriterTest, writing_leavesADeviceAlone_whenItFails)
