@@ -1,4 +1,4 @@
-#include "imaging/ImageAdditions.h"
+#include "imaging/ImageFinisher.h"
 #include "platform/coreservices/FSRefAccess.h"
 #include "platform/discrecording/objects/DRStorageReport.h"
 #include "platform/foundation/DelayedPerform.h"
@@ -9,10 +9,9 @@
 #include <TessaronClasses/KRTrackWriter.h>
 #include <TessaronClasses/TessaronPanel.h>
 
-#include <QtGlobal>
-
 #include <climits>
 #include <fcntl.h>
+#include <sys/stat.h>
 
 namespace Tessaron
 {
@@ -38,7 +37,7 @@ QByteArray pathOfRef(const FSRef &ref)
 /// Makes sure that the file exists and is empty. What fails here fails the track writer, which reports it.
 void writeEmptyFile(const QByteArray &path)
 {
-    // Without waiting: in the file's place there may be a fifo by now, and nobody at its other end.
+    // Without waiting: in the file's place there may by now be a fifo that has no reader.
     const UniqueDescriptor file(::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666));
 }
 
@@ -172,6 +171,7 @@ NSError KRLayoutWriter::startTrackWriter(const DRLayout &layout)
         writeEmptyFile(path);
     m_trackWriter = KRTrackWriter::trackWriterWithTrack(
         layout, path.isEmpty() ? pathOfNothing : stringWithFileSystemRepresentation(path));
+    m_trackWriter->setWaitsForDisk(m_waitsForDisk);
     return m_trackWriter->writeTrackAndNotifyDelegate(trackWriterDelegate());
 }
 
@@ -253,20 +253,26 @@ void KRLayoutWriter::KRTrackWriterWritingDidEnd(KRTrackWriter &)
     if (delegate && delegate->KRLayoutWriterDidFinishWritingLayout && delegate->context.isAlive())
         delegate->KRLayoutWriterDidFinishWritingLayout(*this);
     releaseTrackWriter();
-    addWhatTheFormatNeeds();
+    const NSError error = addWhatTheFormatNeeds();
     m_stage = Stage::Ended;
+    // Asked anew: the call above may have set another delegate.
+    const std::shared_ptr<const KRLayoutWriterDelegate> told = m_delegate;
+    if (error && told && told->KRLayoutWriterDidNotCompleteImage && told->context.isAlive())
+        told->KRLayoutWriterDidNotCompleteImage(*this, error);
 }
 
-void KRLayoutWriter::addWhatTheFormatNeeds()
+NSError KRLayoutWriter::addWhatTheFormatNeeds() const
 {
+    if (m_format != TessaronDiscImageFormatBIN && m_format != TessaronDiscImageFormatVANT)
+        return {};
     // Asked again: the delegate may have given the file its final name.
     const QByteArray path = pathOfRef(m_fileRef);
-    if (path.isEmpty())
-        return;
-    if (m_format == TessaronDiscImageFormatBIN && !writeCueSheet(path))
-        qWarning("The cue sheet of %s could not be written", path.constData());
-    if (m_format == TessaronDiscImageFormatVANT && !appendVANTHeader(path, shared_from_this()))
-        qWarning("The VANT header could not be appended to %s", path.constData());
+    struct stat status;
+    if (path.isEmpty() || ::stat(path.constData(), &status) != 0)
+        return {}; // it has removed the file
+    ImageFinisher finisher(m_format, contentsOfPlainImage(std::uint64_t(status.st_size)));
+    finisher.setWaitsForDisk(m_waitsForDisk);
+    return finisher.finishInPlace(path);
 }
 
 void KRLayoutWriter::KRTrackWriterWritingDidFailWithError(KRTrackWriter &, const NSError &error)

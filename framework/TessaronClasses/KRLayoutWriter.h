@@ -32,6 +32,9 @@ struct KRLayoutWriterDelegate {
     /// The blocks are in the file. What the format needs besides, the cue sheet or the header, is added right after
     /// this call.
     std::function<void(KRLayoutWriter &writer)> KRLayoutWriterDidFinishWritingLayout;
+    /// Follows the call above when that could not be added: the cue sheet is not there, or the image has no header; the
+    /// blocks stay. The error names the file and says what to do. Nothing is called any more afterwards.
+    std::function<void(KRLayoutWriter &writer, const NSError &error)> KRLayoutWriterDidNotCompleteImage;
     std::function<void(KRLayoutWriter &writer, const NSError &error)> KRLayoutWriterDidFailWithError;
     std::function<void(KRLayoutWriter &writer)> KRLayoutWriterDidCancel;
 };
@@ -54,6 +57,9 @@ public:
     KRLayoutWriter &operator=(const KRLayoutWriter &) = delete;
 
     void setDelegate(const KRLayoutWriterDelegate &delegate);
+    /// Whether the writer waits until what it writes is on the disk (fsync(2)), so that it survives a crash and a
+    /// failure of the disk is known. It does unless told otherwise here.
+    void setWaitsForDisk(bool waits) { m_waitsForDisk = waits; }
 
     /// Starts; a null error means that the work goes on and that the delegate will hear of its end. The file at `ref`
     /// loses what it held once the layout is there. The panel is not owned; when it goes while it makes the layout, no
@@ -113,7 +119,7 @@ private:
     [[nodiscard]] KRTrackWriterDelegate trackWriterDelegate();
     void releaseTrackWriter();
     void end();
-    void addWhatTheFormatNeeds();
+    [[nodiscard]] NSError addWhatTheFormatNeeds() const;
 
     void notifyProgress(float progress);
     void notifyFailure(const NSError &error);
@@ -122,6 +128,7 @@ private:
     FSRef m_fileRef;
     std::weak_ptr<TessaronPanel> m_panel;
     TessaronDiscImageFormat m_format = 0;
+    bool m_waitsForDisk = true;
     /// Shared, so that a function may set another delegate while it runs.
     std::shared_ptr<const KRLayoutWriterDelegate> m_delegate;
     Stage m_stage = Stage::Idle;

@@ -1,6 +1,8 @@
 #include "tests/imaging/layoutwriter/LayoutWriterFixture.h"
 
 #include <algorithm>
+#include <csignal>
+#include <sys/resource.h>
 
 namespace Tessaron::Testing
 {
@@ -91,13 +93,51 @@ TEST_F(KRLayoutWriterPanel, cancel_isTooLate_withinTheFinish)
     EXPECT_TRUE(tree.exists("disc.cue"));
 }
 
-TEST_F(KRLayoutWriterPanel, finish_isAllThatIsHeard_whenTheCueSheetCannotBeWritten)
+TEST_F(KRLayoutWriterPanel, lackOfTheCueSheet_isReportedAfterTheFinish)
 {
     tree.makeFolder("disc.cue");
     EXPECT_FALSE(start(TessaronDiscImageFormatBIN));
     waitForEnd();
-    EXPECT_EQ(heard, (QStringList{QStringLiteral("progress"), QStringLiteral("finish")}));
+    EXPECT_EQ(heard, (QStringList{QStringLiteral("progress"), QStringLiteral("finish"), QStringLiteral("lack")}));
+    EXPECT_EQ(error.filePath(), tree.pathText("disc.cue"));
+    EXPECT_FALSE(error.localizedRecoverySuggestion().isEmpty());
     EXPECT_EQ(tree.contents(fileName), sixteenBlocks);
+}
+
+TEST_F(KRLayoutWriterPanel, lackOfTheHeader_isReportedAfterTheFinish)
+{
+    fileName = "disc.vant";
+    rlimit limit;
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlim_t before = limit.rlim_cur;
+    const auto handlerBefore = std::signal(SIGXFSZ, SIG_IGN);
+    onEnd = [&] { // from now on the image cannot grow
+        limit.rlim_cur = rlim_t(sixteenBlocks.size()) + 50;
+        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    };
+    EXPECT_FALSE(start(TessaronDiscImageFormatVANT));
+    waitForEnd();
+    limit.rlim_cur = before;
+    EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    std::signal(SIGXFSZ, handlerBefore);
+    EXPECT_EQ(heard, (QStringList{QStringLiteral("progress"), QStringLiteral("finish"), QStringLiteral("lack")}));
+    EXPECT_EQ(error.filePath(), tree.pathText(fileName));
+    EXPECT_EQ(tree.contents(fileName), sixteenBlocks);
+}
+
+TEST_F(KRLayoutWriterPanel, lack_isReportedToTheDelegateThatIsSetWithinTheFinish)
+{
+    tree.makeFolder("disc.cue");
+    int lacks = 0;
+    onEnd = [&] {
+        KRLayoutWriterDelegate other;
+        other.KRLayoutWriterDidNotCompleteImage = [&](KRLayoutWriter &, const NSError &) { ++lacks; };
+        writer->setDelegate(other);
+    };
+    EXPECT_FALSE(start(TessaronDiscImageFormatBIN));
+    waitForEnd();
+    EXPECT_EQ(lacks, 1);
+    EXPECT_EQ(heard.last(), QLatin1String("finish"));
 }
 
 TEST_F(KRLayoutWriterPanel, finish_comes_whereAFifoHasTheCueSheetsName)
@@ -105,7 +145,7 @@ TEST_F(KRLayoutWriterPanel, finish_comes_whereAFifoHasTheCueSheetsName)
     tree.makeFifo("disc.cue");
     EXPECT_FALSE(start(TessaronDiscImageFormatBIN));
     waitForEnd();
-    EXPECT_EQ(heard.last(), QLatin1String("finish"));
+    EXPECT_EQ(heard, (QStringList{QStringLiteral("progress"), QStringLiteral("finish"), QStringLiteral("lack")}));
 }
 
 TEST_F(KRLayoutWriterPanel, writer_takesANameThatIsNotUtf8)

@@ -64,6 +64,10 @@ LayoutWriterFixture::LayoutWriterFixture()
         error = failure;
         noteEnd(QStringLiteral("fail"));
     };
+    delegate.KRLayoutWriterDidNotCompleteImage = [this](KRLayoutWriter &, const NSError &failure) {
+        error = failure;
+        heard.append(QStringLiteral("lack"));
+    };
     writer->setDelegate(delegate);
 }
 

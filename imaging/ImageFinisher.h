@@ -1,0 +1,71 @@
+#pragma once
+
+#include "platform/disctracks/TableOfContents.h"
+#include "platform/foundation/NSError.h"
+#include <TessaronClasses/TessaronDiscImageFormat.h>
+
+#include <QByteArray>
+
+#include <functional>
+
+namespace Tessaron
+{
+
+/// Where the cue sheet of an image lies: beside it, with the extension "cue" in place of its own.
+[[nodiscard]] QByteArray pathOfCueSheet(const QByteArray &imagePath);
+
+/// The table of an image of plain blocks of 2048 bytes: one track, as many blocks as `bytes` has whole ones.
+[[nodiscard]] TableOfContents contentsOfPlainImage(std::uint64_t bytes);
+
+/// An image whose blocks are written, but nothing else. Descriptors stay the caller's.
+struct UnfinishedImage {
+    QByteArray path; ///< final; the cue sheet and errors name it
+    int descriptor = -1; ///< open for writing
+    int cueSheet = -1; ///< open for writing, empty; only for formats that have one
+    int folder = -1; ///< that holds the final names, open in whatever way; -1 when nothing gets a name
+    /// Gives the files their final names, all or none; 0 or an `errno` value. Empty when they have them already.
+    std::function<int()> giveNames;
+};
+
+/// Makes an image file of the blocks of a disc: adds what the format needs besides (a cue sheet beside a BIN image, the
+/// trailer behind a VANT image), gives the files their final names, and sees to it that what has a final name is on the
+/// disk. Used by any one thread; waits for the disk.
+///
+/// Errors are of NSOSStatusErrorDomain, name the file and have a recovery suggestion. After one, nothing that is only
+/// half made has a final name.
+class ImageFinisher
+{
+public:
+    /// `contents` describes the blocks. Its tracks must lie in the file as it says.
+    ImageFinisher(TessaronDiscImageFormat format, TableOfContents contents);
+
+    /// Whether each step waits until it is on the disk (fsync(2)): the files before they get their names, the folder
+    /// after. It does unless told otherwise here. Without that, a crash can leave an incomplete file under the final
+    /// name.
+    void setWaitsForDisk(bool waits) { m_waitsForDisk = waits; }
+
+    /// True when the format needs a cue sheet.
+    [[nodiscard]] bool hasCueSheet() const;
+
+    /// Completes an image that was written elsewhere or into a stream. What the files hold after an error is of no use:
+    /// the caller drops them, unless they have got their names already (the error then says that they are whole).
+    [[nodiscard]] NSError finish(const UnfinishedImage &image) const;
+
+    /// Completes an image that was written under its final name. When its cue sheet cannot be written, there is none;
+    /// when its trailer cannot, the image is left without one.
+    [[nodiscard]] NSError finishInPlace(const QByteArray &imagePath) const;
+
+private:
+    [[nodiscard]] NSError addTrailer(int descriptor, const QByteArray &imagePath) const;
+    [[nodiscard]] NSError writeCueSheet(int descriptor, const QByteArray &imagePath) const;
+    [[nodiscard]] NSError addCueSheetInPlace(const QByteArray &imagePath) const;
+    [[nodiscard]] NSError addTrailerInPlace(const QByteArray &imagePath) const;
+    [[nodiscard]] NSError sync(int descriptor, const QByteArray &path) const;
+    [[nodiscard]] NSError syncFolder(int folder, int image, const QByteArray &imagePath) const;
+
+    const TessaronDiscImageFormat m_format;
+    const TableOfContents m_contents;
+    bool m_waitsForDisk = true;
+};
+
+} // namespace Tessaron
