@@ -228,7 +228,7 @@ private:
             m_use = checkRockRidgeUse(m_source, m_descriptor.blockSize, record, m_rockRidgeProblems);
         if (!m_use.isUsed)
             return;
-        const RockRidgeFacts facts =
+        const RockRidgeRecordFacts facts =
             checkRockRidgeRecord(m_source, m_descriptor.blockSize, m_use, record, isRootRecord, m_rockRidgeProblems);
         const Folder &meant = number == 0 ? m_folders[index] : m_folders[m_places[index].parent];
         if (isRootRecord)
@@ -257,7 +257,7 @@ private:
         checkIdentifier(record);
         std::optional<std::uint32_t> mode;
         if (m_use.isUsed) {
-            const RockRidgeFacts facts =
+            const RockRidgeRecordFacts facts =
                 checkRockRidgeRecord(m_source, m_descriptor.blockSize, m_use, record, false, m_rockRidgeProblems);
             mode = facts.mode;
         }

@@ -74,7 +74,7 @@ public:
         }
     }
 
-    [[nodiscard]] const RockRidgeFacts &facts() const { return m_facts; }
+    [[nodiscard]] const RockRidgeRecordFacts &facts() const { return m_facts; }
     [[nodiscard]] bool hasAttributes() const { return m_facts.mode.has_value(); }
     [[nodiscard]] bool hasTimes() const { return m_hasTimes; }
     [[nodiscard]] bool isMarked() const { return m_isMarked; }
@@ -290,7 +290,7 @@ private:
     const std::uint32_t m_blockSize;
     const RockRidgeUse &m_use;
     const VolumeProblems &m_problems;
-    RockRidgeFacts m_facts;
+    RockRidgeRecordFacts m_facts;
     std::uint64_t m_nextOffset = 0;
     std::size_t m_nextLength = 0;
     std::size_t m_skippedBytes = 0;
@@ -338,8 +338,9 @@ RockRidgeUse checkRockRidgeUse(const DiscImageSource &source, std::uint32_t bloc
     return use;
 }
 
-RockRidgeFacts checkRockRidgeRecord(const DiscImageSource &source, std::uint32_t blockSize, const RockRidgeUse &use,
-                                    const IsoRecord &record, bool isRootRecord, const VolumeProblems &problems)
+RockRidgeRecordFacts checkRockRidgeRecord(const DiscImageSource &source, std::uint32_t blockSize,
+                                          const RockRidgeUse &use, const IsoRecord &record, bool isRootRecord,
+                                          const VolumeProblems &problems)
 {
     RecordCheck check(source, blockSize, use, problems);
     const std::size_t skipped = isRootRecord ? 0 : std::min(use.skippedBytes, record.systemUse.size());
@@ -364,7 +365,7 @@ RockRidgeFacts checkRockRidgeRecord(const DiscImageSource &source, std::uint32_t
         damaged(QStringLiteral("it has no attributes of Rock Ridge"));
         return check.facts();
     }
-    const RockRidgeFacts &facts = check.facts();
+    const RockRidgeRecordFacts &facts = check.facts();
     const std::uint32_t type = *facts.mode & S_IFMT;
     if (!record.isSpecial() && !facts.hasName)
         damaged(QStringLiteral("it has no name of Rock Ridge"));

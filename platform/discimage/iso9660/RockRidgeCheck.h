@@ -11,7 +11,7 @@ namespace Tessaron
 {
 
 /// What Rock Ridge says of one record, as far as other records say it, too.
-struct RockRidgeFacts {
+struct RockRidgeRecordFacts {
     std::optional<std::uint32_t> mode;
     std::optional<std::uint32_t> userId;
     std::optional<std::uint32_t> groupId;
@@ -34,8 +34,8 @@ struct RockRidgeUse {
 
 /// Looks at the system use entries of one record and of its continuation areas (SUSP 1.12, IEEE P1282): lengths,
 /// versions, both byte orders, and what the record itself says.
-[[nodiscard]] RockRidgeFacts checkRockRidgeRecord(const DiscImageSource &source, std::uint32_t blockSize,
-                                                  const RockRidgeUse &use, const IsoRecord &record, bool isRootRecord,
-                                                  const VolumeProblems &problems);
+[[nodiscard]] RockRidgeRecordFacts checkRockRidgeRecord(const DiscImageSource &source, std::uint32_t blockSize,
+                                                        const RockRidgeUse &use, const IsoRecord &record,
+                                                        bool isRootRecord, const VolumeProblems &problems);
 
 } // namespace Tessaron
