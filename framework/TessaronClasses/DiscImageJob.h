@@ -26,8 +26,8 @@ struct DiscImageOrder {
     /// fails. A pipe or a character device takes the image as a stream: what it has taken cannot be had back.
     QByteArray output = {};
     /// Takes the image as a stream instead of `output` when it is not -1: an open descriptor of a pipe, a character
-    /// device or an empty file. Stays the caller's and must stay open. A program that writes into pipes ignores SIGPIPE,
-    /// so that a reader that goes away is an error.
+    /// device or an empty file. Stays the caller's and must stay open. A program that writes into pipes ignores
+    /// SIGPIPE, so that a reader that goes away is an error.
     int outputDescriptor = -1;
     DiscFormat format = DiscFormat::ISO;
     /// Name of the volume; empty for the name of the only folder given, else that of the output without its extension.

@@ -7,9 +7,9 @@
 namespace Tessaron::Testing
 {
 
-/// A file that cannot be opened while the gate is closed: a process that tries waits. It stops a program at the place where it
-/// begins to read that file, without any guess about time (a lease, fcntl(2) F_SETLEASE, made exactly for knowing when
-/// somebody comes).
+/// A file that cannot be opened while the gate is closed: a process that tries waits. It stops a program at the place
+/// where it begins to read that file, without any guess about time (a lease, fcntl(2) F_SETLEASE, made exactly for
+/// knowing when somebody comes).
 class WriteGate
 {
 public:
