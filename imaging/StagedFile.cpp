@@ -5,7 +5,6 @@
 #include <QRandomGenerator>
 
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -139,31 +138,12 @@ QByteArray StagedFile::pathForWriting() const
     return m_folderPath.endsWith('/') ? m_folderPath + m_temporaryName : m_folderPath + '/' + m_temporaryName;
 }
 
-QByteArray StagedFile::pathForTheSystem() const
-{
-    QByteArray target(PATH_MAX, '\0');
-    const ssize_t length = ::readlink(descriptorPath(m_file.get()).constData(), target.data(), size_t(target.size()));
-    return length > 0 ? target.left(length) : pathForWriting();
-}
-
-namespace
-{
-
-/// True also where the filesystem has nothing to synchronize.
-bool synchronize(int descriptor)
-{
-    return ::fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
-}
-
-} // namespace
-
 /// Moves staged files to their final names and can take that back.
 class Publisher
 {
 public:
-    Publisher(const std::vector<StagedFile *> &files, Synchronization synchronization)
+    explicit Publisher(const std::vector<StagedFile *> &files)
         : m_files(files)
-        , m_synchronization(synchronization)
         , m_steps(files.size(), Step::Pending)
     {
     }
@@ -181,11 +161,9 @@ private:
     [[nodiscard]] static mode_t finalModeOf(const StagedFile &file);
     bool prepare(StagedFile &file) const;
     bool place(const StagedFile &file, Step *step) const;
-    [[nodiscard]] static bool synchronizeFolder(const StagedFile &file);
     void takeBack();
 
     const std::vector<StagedFile *> &m_files;
-    const Synchronization m_synchronization;
     std::vector<Step> m_steps;
 };
 
@@ -204,17 +182,7 @@ bool Publisher::prepare(StagedFile &file) const
 {
     if (::fchmod(file.descriptor(), finalModeOf(file)) != 0)
         return false;
-    if (m_synchronization == Synchronization::Wait && !synchronize(file.descriptor()))
-        return false;
     return file.giveTemporaryName();
-}
-
-/// The new names, too, are to survive a loss of power.
-bool Publisher::synchronizeFolder(const StagedFile &file)
-{
-    const UniqueDescriptor folder(::openat(file.m_folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    // A folder that may be written but not read: the whole filesystem then.
-    return folder ? synchronize(folder.get()) : ::syncfs(file.descriptor()) == 0;
 }
 
 bool Publisher::place(const StagedFile &file, Step *step) const
@@ -269,11 +237,6 @@ int Publisher::publish()
             return reason;
         }
     }
-    if (m_synchronization == Synchronization::Wait && !synchronizeFolder(*m_files.front())) {
-        const int reason = errno;
-        takeBack();
-        return reason;
-    }
     for (std::size_t index = 0; index < m_files.size(); ++index) {
         if (m_steps[index] == Step::Exchanged)
             m_files[index]->removeTemporaryName(); // the older file
@@ -283,9 +246,9 @@ int Publisher::publish()
     return 0;
 }
 
-int publishTogether(const std::vector<StagedFile *> &files, Synchronization synchronization)
+int publishTogether(const std::vector<StagedFile *> &files)
 {
-    return Publisher(files, synchronization).publish();
+    return Publisher(files).publish();
 }
 
 } // namespace Tessaron

@@ -34,8 +34,6 @@ public:
 
     /// A path under which the file can be opened for writing.
     [[nodiscard]] QByteArray pathForWriting() const;
-    /// The path under which the system knows the file; for one without a name a text such as "/folder/#42 (deleted)".
-    [[nodiscard]] QByteArray pathForTheSystem() const;
     /// A descriptor open for reading and writing, owned by this object.
     [[nodiscard]] int descriptor() const { return m_file.get(); }
     [[nodiscard]] bool isNameless() const { return m_temporaryName.isEmpty(); }
@@ -62,16 +60,9 @@ private:
     UniqueDescriptor m_file;
 };
 
-/// Whether publishing waits for the disk.
-enum class Synchronization : std::uint8_t {
-    Wait, ///< contents first, then names: no loss of power leaves a final name whose file is not whole
-    DoNotWait,
-};
-
 /// Gives all files their final names, replacing older ones, with the permissions of those or else those that the
 /// process's umask asks for: either all of them or, as far as the filesystem can exchange two names, none. 0 or an
 /// `errno` value; the files stay staged then. Several files must lie in one folder.
-[[nodiscard]] int publishTogether(const std::vector<StagedFile *> &files,
-                                  Synchronization synchronization = Synchronization::Wait);
+[[nodiscard]] int publishTogether(const std::vector<StagedFile *> &files);
 
 } // namespace Tessaron

@@ -139,6 +139,8 @@ void DiscImageJob::prepared(const NSError &error)
     order.isStrict = d->order.isStrict;
     order.path = d->stage.pathForWriting();
     order.descriptor = d->stage.descriptor();
+    order.finalPath = d->stage.imagePath();
+    order.isSynchronized = d->order.isSynchronized;
     d->maker = std::make_unique<ImageMaker>(std::move(order));
     d->maker->start([this] { imageMade(); });
 }
@@ -155,7 +157,7 @@ void DiscImageJob::imageMade()
     const std::uint64_t bytes = made.bytes;
     d->maker.reset();
     if (error || isCancelled()) {
-        endWith(error ? d->stage.withFinalNames(error) : discJobCancellation());
+        endWith(error ? error : discJobCancellation());
         return;
     }
     d->phase = DiscJobPhase::Finishing;

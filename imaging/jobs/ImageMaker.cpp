@@ -196,10 +196,12 @@ void ImageMaker::startWriting(const std::shared_ptr<DRFolder> &folder)
     };
     m_writer = KRTrackWriter::trackWriterWithTrack(DRTrack::trackForRootFolder(folder),
                                                    stringWithFileSystemRepresentation(m_order.path));
+    m_writer->setOutputName(stringWithFileSystemRepresentation(m_order.finalPath));
+    m_writer->setWaitsForDisk(m_order.isSynchronized);
     if (const NSError error = m_writer->writeTrackAndNotifyDelegate(delegate)) {
         m_result.error =
             discJobError(DiscJobErrorCode::Write, QStringLiteral("the image file cannot be opened for writing"), {},
-                         m_order.path, error.code());
+                         m_order.finalPath, error.code());
         m_writer.reset();
         end();
     }
@@ -247,7 +249,7 @@ NSError ImageMaker::checkSpace(std::uint64_t imageSize) const
     return discJobError(DiscJobErrorCode::Space,
                         QStringLiteral("the disk is too full: the image needs %1, but only %2 is free")
                             .arg(sizeText(imageSize), sizeText(*free + taken)),
-                        QStringLiteral("Make room, or choose another place for the output."), m_order.path);
+                        QStringLiteral("Make room, or choose another place for the output."), m_order.finalPath);
 }
 
 void ImageMaker::writingEnded(const NSError &error)

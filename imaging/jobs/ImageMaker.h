@@ -27,6 +27,8 @@ struct ImageMakerOrder {
     DiscFilesystems filesystems;
     bool isStrict = false;
     QByteArray path; ///< an existing empty file
+    QByteArray finalPath; ///< what errors call it; empty for a stream without a path
+    bool isSynchronized = true; ///< wait until the blocks are on the disk
     int descriptor = -1; ///< the same file, for a look at its filesystem; owned by the caller
 };
 

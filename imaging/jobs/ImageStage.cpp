@@ -1,35 +1,16 @@
 #include "imaging/jobs/ImageStage.h"
 
-#include "imaging/jobs/VantTrailer.h"
+#include "imaging/ImageFinisher.h"
 #include "platform/coreservices/PathAccess.h"
-#include "platform/foundation/DescriptorIO.h"
-#include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
-#include <TessaronClasses/CueSheets.h>
 #include <TessaronClasses/DiscJobErrors.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace Tessaron
 {
-
-namespace
-{
-
-/// The name that the system has for an open file; for a pipe a text such as "pipe:[42]". Empty when it has none.
-QByteArray systemNameOfDescriptor(int descriptor)
-{
-    QByteArray target(PATH_MAX, '\0');
-    const ssize_t length =
-        ::readlink(pathOfDescriptor(descriptor).constData(), target.data(), std::size_t(target.size()));
-    return target.left(std::max<ssize_t>(length, 0));
-}
-
-} // namespace
 
 NSError ImageStage::open(const DiscImageOrder &order, const std::vector<DiscSource> &sources,
                          const std::stop_token &stop)
@@ -92,102 +73,40 @@ QByteArray ImageStage::cueSheetPath() const
     return m_destination.path.left(m_destination.path.lastIndexOf('/') + 1) + m_destination.cueName;
 }
 
-NSError ImageStage::withFinalNames(const NSError &error) const
-{
-    const QString finalName = m_image || !m_destination.path.isEmpty()
-        ? stringWithFileSystemRepresentation(m_destination.path)
-        : QStringLiteral("the output");
-    const QByteArray systemPath = m_image ? m_image->pathForTheSystem() : systemNameOfDescriptor(m_stream.get());
-    QVariantMap userInfo = error.userInfo();
-    for (const QByteArray &stagedPath : {systemPath, pathForWriting()}) {
-        const QString text = stringWithFileSystemRepresentation(stagedPath);
-        if (text.isEmpty())
-            continue;
-        for (QVariant &value : userInfo) {
-            if (value.userType() == QMetaType::QString)
-                value = value.toString().replace(text, finalName);
-        }
-    }
-    return NSError(error.domain(), error.code(), userInfo);
-}
-
-NSError ImageStage::checkLength(std::uint64_t bytes) const
-{
-    struct stat status;
-    const bool isKnown = ::fstat(descriptor(), &status) == 0;
-    if (isKnown && (!S_ISREG(status.st_mode) || std::uint64_t(status.st_size) == bytes))
-        return {};
-    return discJobError(DiscJobErrorCode::Write,
-                        QStringLiteral("the image has another length than it must have; something else wrote to it"),
-                        {}, m_destination.path);
-}
-
-NSError ImageStage::writeCueSheet() const
-{
-    const QString sheet = standardCueSheetForFile(stringWithFileSystemRepresentation(m_destination.path));
-    // The name stands in the sheet as the bytes that it has on disk.
-    const QByteArray bytes = fileSystemRepresentation(sheet);
-    if (const int failure = writeFully(m_cueSheet->descriptor(), bytes.constData(), std::size_t(bytes.size())))
-        return discJobError(DiscJobErrorCode::Write,
-                            QStringLiteral("the cue sheet cannot be written: %1").arg(systemText(failure)), {},
-                            m_destination.cueName);
-    return {};
-}
-
-NSError ImageStage::appendTrailer(std::uint64_t *bytes)
-{
-    const QByteArray trailer = vantTrailerForImage(*bytes);
-    const bool isAtEnd = ::lseek(descriptor(), 0, SEEK_END) >= 0 || errno == ESPIPE;
-    const int failure = isAtEnd ? writeFully(descriptor(), trailer.constData(), std::size_t(trailer.size())) : errno;
-    if (failure != 0)
-        return discJobError(DiscJobErrorCode::Write,
-                            QStringLiteral("the description of the tracks cannot be written behind the image: %1")
-                                .arg(systemText(failure)),
-                            {}, m_destination.path);
-    *bytes += std::uint64_t(trailer.size());
-    return {};
-}
-
 NSError ImageStage::finish(const DiscImageOrder &order, std::uint64_t bytes, std::uint64_t *written,
                            const std::stop_token &stop)
 {
-    if (NSError error = checkLength(bytes))
-        return error;
-    *written = bytes;
-    if (order.format == DiscFormat::VANT) {
-        if (NSError error = appendTrailer(written))
-            return error;
-    }
-    if (m_cueSheet) {
-        if (NSError error = writeCueSheet())
-            return error;
-    }
     if (stop.stop_requested())
         return discJobCancellation();
-    return m_image ? publish(order.isSynchronized) : finishStream(order.isSynchronized);
+    ImageFinisher finisher(TessaronDiscImageFormat(order.format), contentsOfPlainImage(bytes));
+    finisher.setWaitsForDisk(order.isSynchronized);
+    UnfinishedImage image;
+    image.path = m_destination.path;
+    image.descriptor = descriptor();
+    image.cueSheet = m_cueSheet ? m_cueSheet->descriptor() : -1;
+    image.folder = m_image ? m_destination.folder.get() : -1;
+    if (m_image)
+        image.giveNames = [this] { return giveNames(); };
+    if (const NSError error = finisher.finish(image))
+        return discJobError(DiscJobErrorCode::Write, error.localizedDescription(), error.localizedRecoverySuggestion(),
+                            m_destination.path, error.code());
+    struct stat status;
+    *written = ::fstat(descriptor(), &status) == 0 && S_ISREG(status.st_mode) ? std::uint64_t(status.st_size) : bytes;
+    return m_image ? NSError() : closeStream();
 }
 
-NSError ImageStage::publish(bool isSynchronized)
+int ImageStage::giveNames()
 {
     std::vector<StagedFile *> files = {m_image.get()};
     if (m_cueSheet)
         files.push_back(m_cueSheet.get());
-    const int reason = publishTogether(files, isSynchronized ? Synchronization::Wait : Synchronization::DoNotWait);
-    if (reason == 0)
-        return {};
-    return discJobError(DiscJobErrorCode::Destination,
-                        QStringLiteral("the image is made, but cannot get its name %1: %2")
-                            .arg(quoted(m_destination.path), systemText(reason)),
-                        QStringLiteral("Choose another place for the output."), m_destination.path);
+    return publishTogether(files);
 }
 
-NSError ImageStage::finishStream(bool isSynchronized)
+NSError ImageStage::closeStream()
 {
-    struct stat status;
-    const bool isFile = ::fstat(m_stream.get(), &status) == 0 && S_ISREG(status.st_mode);
     (void)::lseek(m_stream.get(), 0, SEEK_END); // what the shell writes next goes behind the image
-    const bool isSafe = !isFile || !isSynchronized || ::fsync(m_stream.get()) == 0;
-    if (isSafe && m_stream.closeAndReport())
+    if (m_stream.closeAndReport())
         return {};
     return discJobError(DiscJobErrorCode::Write,
                         QStringLiteral("the image cannot be written: %1").arg(systemText(errno)), {},

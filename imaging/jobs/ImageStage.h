@@ -27,14 +27,12 @@ public:
     [[nodiscard]] int descriptor() const;
 
     [[nodiscard]] const QByteArray &imageName() const { return m_destination.name; }
+    /// Empty for a stream without a path.
     [[nodiscard]] const QByteArray &imagePath() const { return m_destination.path; }
     [[nodiscard]] QByteArray cueSheetPath() const;
 
-    /// The error with the staged file's path, which means nothing to people, replaced by the final one.
-    [[nodiscard]] NSError withFinalNames(const NSError &error) const;
-
-    /// Completes an image of `bytes` bytes: checks its length, adds the trailer or the cue sheet that the format asks
-    /// for, and gives everything its name. `*written` becomes the length of the file. After a stop nothing gets a name.
+    /// Completes an image of `bytes` bytes: adds the trailer or the cue sheet that the format asks for, and gives
+    /// everything its name. `*written` becomes the length of the file. After a stop nothing gets a name.
     [[nodiscard]] NSError finish(const DiscImageOrder &order, std::uint64_t bytes, std::uint64_t *written,
                                  const std::stop_token &stop);
 
@@ -44,11 +42,8 @@ public:
 private:
     [[nodiscard]] NSError openStream(const DiscImageOrder &order, const std::stop_token &stop);
     [[nodiscard]] NSError makeFiles();
-    [[nodiscard]] NSError checkLength(std::uint64_t bytes) const;
-    [[nodiscard]] NSError appendTrailer(std::uint64_t *bytes);
-    [[nodiscard]] NSError writeCueSheet() const;
-    [[nodiscard]] NSError publish(bool isSynchronized);
-    [[nodiscard]] NSError finishStream(bool isSynchronized);
+    [[nodiscard]] int giveNames();
+    [[nodiscard]] NSError closeStream();
 
     ImageDestination m_destination;
     std::unique_ptr<StagedFile> m_image;
