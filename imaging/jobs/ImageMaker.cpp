@@ -13,6 +13,8 @@
 #include <TessaronClasses/KRTrackWriter.h>
 #include <TessaronClasses/SizeFormatting.h>
 
+#include <QSet>
+
 #include <algorithm>
 #include <cerrno>
 #include <optional>
@@ -174,14 +176,25 @@ void ImageMaker::layoutMade(const std::shared_ptr<DRFolder> &folder)
         stop(isOutOfMemory(m_rootItem->unreadableFolders()) ? outOfMemoryError() : noLayout());
         return;
     }
-    const std::vector<UnreadableFolder> withoutIcon = m_rootItem->unreadableFolders();
-    m_result.unreadable.insert(m_result.unreadable.end(), withoutIcon.begin(), withoutIcon.end());
+    addUnreadable(m_rootItem->unreadableFolders());
     nameSources(*folder);
     folder->setBaseName(m_order.volumeName);
     folder->setExplicitFilesystemMask(DRFilesystemMask(m_order.filesystems.toInt()));
     startWriting(folder);
     // The layout stands for itself. Freeing a large tree takes a while, which the burn's planning uses meanwhile.
     m_rootItem.reset();
+}
+
+/// A folder that could not be listed is likely to keep its icon from the layout, too: it is named once.
+void ImageMaker::addUnreadable(const std::vector<UnreadableFolder> &folders)
+{
+    QSet<QByteArray> known;
+    for (const UnreadableFolder &folder : m_result.unreadable)
+        known.insert(folder.path);
+    for (const UnreadableFolder &folder : folders) {
+        if (!known.contains(folder.path))
+            m_result.unreadable.push_back(folder);
+    }
 }
 
 void ImageMaker::startWriting(const std::shared_ptr<DRFolder> &folder)

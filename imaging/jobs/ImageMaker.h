@@ -60,6 +60,7 @@ private:
     [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> rootItem();
     void nameSources(const DRFolder &root) const;
     void layoutMade(const std::shared_ptr<DRFolder> &folder);
+    void addUnreadable(const std::vector<UnreadableFolder> &folders);
     void startWriting(const std::shared_ptr<DRFolder> &folder);
     void writingEnded(const NSError &error);
     [[nodiscard]] NSError checkPlan() const;
