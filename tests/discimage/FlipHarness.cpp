@@ -110,13 +110,21 @@ QByteArray checkedFields(const QByteArray &line)
     return fields.join('\t');
 }
 
-/// One line differs, and only in such fields.
+/// The filesystem of a line; plain ISO 9660 and Rock Ridge are two views of the same records.
+QByteArray filesystemOf(const QByteArray &line)
+{
+    const QByteArray view = line.left(line.indexOf('\t')).split('/').first();
+    return view == "Rock Ridge" ? QByteArray("ISO 9660") : view;
+}
+
+/// One record differs, and only in such fields: it has one line in each view.
 bool isSingleCopy(const QByteArray &before, const QByteArray &after)
 {
     const QList<QByteArray> old = before.split('\n');
     const QList<QByteArray> changed = after.split('\n');
     if (old.size() != changed.size())
         return false;
+    QByteArray filesystem;
     int differing = 0;
     for (qsizetype index = 0; index < old.size(); ++index) {
         if (old[index] == changed[index])
@@ -124,8 +132,11 @@ bool isSingleCopy(const QByteArray &before, const QByteArray &after)
         ++differing;
         if (checkedFields(old[index]) != checkedFields(changed[index]))
             return false;
+        if (!filesystem.isEmpty() && filesystemOf(old[index]) != filesystem)
+            return false;
+        filesystem = filesystemOf(old[index]);
     }
-    return differing == 1;
+    return differing == 1 || (differing == 2 && filesystem == "ISO 9660");
 }
 
 /// Where a bit lies, fine enough to tell structures apart.
