@@ -1,6 +1,8 @@
 #pragma once
 
+#include "platform/discimage/ImageCheck.h"
 #include "platform/discimage/VolumeFinder.h"
+#include "platform/discimage/iso9660/ElTorito.h"
 #include "platform/discimage/volume/VolumeWalk.h"
 #include "platform/foundation/ByteOrder.h"
 
@@ -66,6 +68,16 @@ inline void correctUdfTags(QByteArray *image)
 {
     const auto source = DiscImageSource::sourceWithBytes(image);
     const char *broken = nullptr;
+    std::uint64_t told = 0;
+    const auto count = checkDiscImage(source, [&](const VolumeProblem &problem) {
+        if (problem.message.isEmpty() || problem.structure.isEmpty())
+            broken = "a problem without a place or a reason";
+        return ++told < 20'000;
+    });
+    if (count != told)
+        return "the check does not count what it tells";
+    if (const std::optional<BootCatalog> catalog = readBootCatalog(*source); catalog && catalog->entries.size() > 64)
+        return "a boot catalog with more entries than it has room for";
     for (const FoundVolume &volume : volumesInImage(source)) {
         if (!volume.reader && !volume.error)
             return "a volume with neither reader nor error";

@@ -91,8 +91,10 @@ HfsPlusTreeCheck::HfsPlusTreeCheck(const DiscImageSource &source, Traits traits,
     , m_traits(std::move(traits))
     , m_problems(problems)
 {
-    for (const VolumeExtent &extent : m_traits.extents)
+    for (const VolumeExtent &extent : m_traits.extents) {
+        m_starts.push_back(m_fileLength);
         m_fileLength += extent.length;
+    }
 }
 
 void HfsPlusTreeCheck::damaged(std::uint64_t offset, const QString &message) const
@@ -105,33 +107,36 @@ void HfsPlusTreeCheck::unnoticed(std::uint64_t offset, const QString &message) c
     m_problems.unnoticed(offset, m_traits.name, message);
 }
 
+/// The extent that holds a byte of the file, which has to lie in it.
+std::size_t HfsPlusTreeCheck::extentAt(std::uint64_t at) const
+{
+    return std::size_t(std::upper_bound(m_starts.begin(), m_starts.end(), at) - m_starts.begin()) - 1;
+}
+
 std::uint64_t HfsPlusTreeCheck::imageOffset(std::uint64_t at) const
 {
-    for (const VolumeExtent &extent : m_traits.extents) {
-        if (at < extent.length)
-            return extent.offset + at;
-        at -= extent.length;
-    }
-    return m_traits.extents.empty() ? 0 : m_traits.extents.front().offset;
+    if (at >= m_fileLength)
+        return m_traits.extents.empty() ? 0 : m_traits.extents.front().offset;
+    const std::size_t index = extentAt(at);
+    return m_traits.extents[index].offset + (at - m_starts[index]);
 }
 
 bool HfsPlusTreeCheck::readBytes(std::uint64_t at, std::uint8_t *to, std::size_t length) const
 {
-    for (const VolumeExtent &extent : m_traits.extents) {
-        if (length == 0)
-            break;
-        if (at >= extent.length) {
-            at -= extent.length;
-            continue;
-        }
-        const auto part = std::size_t(std::min<std::uint64_t>(length, extent.length - at));
-        if (m_source.read(extent.offset + at, to, part))
+    if (at > m_fileLength || length > m_fileLength - at)
+        return false;
+    while (length > 0) {
+        const std::size_t index = extentAt(at);
+        const VolumeExtent &extent = m_traits.extents[index];
+        const std::uint64_t within = at - m_starts[index];
+        const auto part = std::size_t(std::min<std::uint64_t>(length, extent.length - within));
+        if (m_source.read(extent.offset + within, to, part))
             return false;
+        at += part;
         to += part;
         length -= part;
-        at = 0;
     }
-    return length == 0;
+    return true;
 }
 
 bool HfsPlusTreeCheck::run()

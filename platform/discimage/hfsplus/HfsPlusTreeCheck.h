@@ -53,6 +53,7 @@ private:
     };
 
     [[nodiscard]] bool readBytes(std::uint64_t at, std::uint8_t *to, std::size_t length) const;
+    [[nodiscard]] std::size_t extentAt(std::uint64_t at) const;
     [[nodiscard]] std::uint64_t imageOffset(std::uint64_t at) const;
     [[nodiscard]] bool readHeader();
     [[nodiscard]] bool checkHeader() const;
@@ -73,6 +74,7 @@ private:
     const VolumeProblems &m_problems;
     HfsPlusBTreeWalker::Order m_order;
     Header m_header;
+    std::vector<std::uint64_t> m_starts; ///< of the extents, in the file
     std::uint64_t m_fileLength = 0; ///< bytes
     std::vector<std::uint8_t> m_headerNode;
     std::vector<std::uint8_t> m_node; ///< the one that is looked at

@@ -166,12 +166,12 @@ private:
             const auto count = loadBigEndian<std::uint32_t>(&eightExtents[index * extentSize + 4]);
             if (count == 0 || count > *left || start > m_isUsed.size() || count > m_isUsed.size() - start)
                 return; // told by what adds the extents up
-            bool isTaken = false;
-            for (std::uint32_t block = start; block < start + count; ++block) {
-                isTaken = isTaken || m_isUsed[block];
+            // Behind the first block that is taken nothing is marked: volumes whose forks all claim everything would
+            // take forever.
+            std::uint32_t block = start;
+            for (; block < start + count && !m_isUsed[block]; ++block)
                 m_isUsed[block] = true;
-            }
-            if (isTaken)
+            if (block < start + count)
                 m_problems.damaged(offset, structure, QStringLiteral("an extent overlaps another one"));
             *left -= count;
         }

@@ -56,6 +56,10 @@ private:
         if (block == 0 || !m_source.contains(offset, m_descriptor.pathTableLength))
             return m_problems.damaged(m_descriptor.offset, structure(),
                                       QStringLiteral("it lies beyond the end of the image"));
+        constexpr std::uint64_t longestRecord = identifierField + 256;
+        if (m_descriptor.pathTableLength > m_folders.size() * longestRecord)
+            return m_problems.damaged(m_descriptor.offset, structure(),
+                                      QStringLiteral("it is longer than the folders could make it"));
         table.resize(m_descriptor.pathTableLength);
         if (const NSError error = m_source.read(offset, table.data(), table.size()))
             return m_problems.error(structure(), error);

@@ -167,6 +167,8 @@ private:
             damaged(offset + AppleEntry::dataLength, QStringLiteral("an entry contradicts itself on its length"));
         if (entry[AppleEntry::padding] != 0 || entry[AppleEntry::padding + 1] != 0)
             damaged(offset + AppleEntry::padding, QStringLiteral("bytes that have to be zero are not"));
+        if (partition.type == QStringLiteral("Apple_partition_map") && partition.offset != blockSize)
+            damaged(offset + AppleEntry::start, QStringLiteral("its own entry leads elsewhere"));
         if (!m_source.contains(partition.offset, partition.length))
             damaged(offset + AppleEntry::start, QStringLiteral("a partition reaches beyond the end of the image"));
         if (isAlmostKnown(partition.type))

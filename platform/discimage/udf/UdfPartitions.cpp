@@ -294,6 +294,10 @@ private:
         NSError error = readUdfEntry(m_source, outer, {*partition.metadataFile, 0}, &file);
         if (error && readUdfEntry(m_source, outer, {*partition.metadataMirror, 0}, &file))
             return error;
+        constexpr std::size_t mostPieces = 4096; // it is made in one, and grows by big ones
+        if (file.extents.size() > mostPieces)
+            return discImageError(DiscImageErrorCode::Unsupported, file.recordOffset,
+                                  QStringLiteral("A metadata partition in so many pieces is not supported"));
         partition.extents = file.extents;
         partition.length = file.size;
         return {};

@@ -58,6 +58,7 @@ constexpr std::size_t partition = 28;
 constexpr std::size_t uniqueId = 32; // in the use of implementations of the address (UDF 2.3.4.3)
 constexpr std::size_t useLength = 36;
 constexpr std::size_t headSize = 38;
+constexpr std::size_t greatestSize = headSize + 255 + 65535 + 3;
 constexpr std::uint8_t isFolder = 2;
 constexpr std::uint8_t isDeleted = 4;
 constexpr std::uint8_t isParent = 8;
@@ -256,13 +257,21 @@ private:
         if (m_listed > m_source.length())
             return m_problems.damaged(folder.object.recordOffset, entryName(),
                                       QStringLiteral("the folders take more bytes together than the image has"));
-        std::vector<std::uint8_t> bytes(std::size_t(folder.object.listingLength));
-        if (const NSError error = readContents(folder.object, bytes.data()))
-            return m_problems.error(entryName(), error);
-        std::size_t at = 0;
+        const std::uint64_t length = folder.object.listingLength;
+        constexpr std::uint64_t windowSize = 1'048'576; // several identifiers of the greatest size
+        std::vector<std::uint8_t> window;
+        std::uint64_t windowStart = 0;
+        std::uint64_t at = 0;
         bool hasParent = false;
-        while (at < bytes.size() && !m_problems.isStopped()) {
-            const std::span<const std::uint8_t> rest = std::span(bytes).subspan(at);
+        while (at < length && !m_problems.isStopped()) {
+            const std::uint64_t windowEnd = windowStart + window.size();
+            if (windowEnd < length && at + Identifier::greatestSize > windowEnd) {
+                windowStart = at;
+                window.resize(std::size_t(std::min(windowSize, length - at)));
+                if (const NSError error = readContents(folder.object, at, window))
+                    return m_problems.error(entryName(), error);
+            }
+            const std::span<const std::uint8_t> rest = std::span(window).subspan(std::size_t(at - windowStart));
             const std::uint64_t offset = placeOf(folder.object, at);
             const std::size_t size = identifierSize(rest);
             if (size == 0 || size > rest.size())
@@ -276,14 +285,21 @@ private:
                                QStringLiteral("a folder does not lead to its parent"));
     }
 
-    [[nodiscard]] NSError readContents(const VolumeObject &object, std::uint8_t *to) const
+    [[nodiscard]] NSError readContents(const VolumeObject &object, std::uint64_t position,
+                                       std::span<std::uint8_t> to) const
     {
         for (const VolumeExtent &extent : object.extents) {
+            if (position >= extent.length) {
+                position -= extent.length;
+                continue;
+            }
+            const auto part = std::size_t(std::min<std::uint64_t>(to.size(), extent.length - position));
             if (extent.isHole)
-                std::fill_n(to, extent.length, std::uint8_t(0));
-            else if (const NSError error = m_source.read(extent.offset, to, std::size_t(extent.length)))
+                std::fill_n(to.begin(), part, std::uint8_t(0));
+            else if (const NSError error = m_source.read(extent.offset + position, to.data(), part))
                 return error;
-            to += extent.length;
+            to = to.subspan(part);
+            position = 0;
         }
         return {};
     }
