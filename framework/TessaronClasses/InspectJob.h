@@ -1,12 +1,16 @@
 #pragma once
 
+#include "platform/discimage/ImageCheck.h"
+#include "platform/discimage/iso9660/ElTorito.h"
 #include <TessaronClasses/DiscJob.h>
 #include <TessaronClasses/OpenedDiscImage.h>
 #include <TessaronClasses/VolumeCensus.h>
 
 #include <QByteArray>
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace Tessaron
@@ -17,6 +21,10 @@ struct ImageInspection {
     NSError error; ///< null when the image was walked to its end; domain and codes are those of DiscJobErrors.h
     std::shared_ptr<const OpenedDiscImage> image; ///< null when it cannot be opened
     std::vector<VolumeCensus> censuses; ///< one for each volume of the image, in the same order
+    std::vector<VolumeProblem> problems; ///< the first hundred that checkDiscImage() told
+    std::uint64_t problemCount = 0; ///< all that it told
+    std::uint64_t unsupportedCount = 0; ///< of these, those that are not damage
+    std::optional<BootCatalog> bootCatalog; ///< of El Torito; absent when there is none
 };
 
 /// Finds out which filesystems an image has, walks them all, and counts what is in them. See DiscJob for threads and

@@ -1,5 +1,6 @@
 #include "imaging/verification/ContentComparison.h"
 #include "imaging/verification/VolumeComparison.h"
+#include "platform/discimage/ImageCheck.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/ImageVerification.h>
 
@@ -50,25 +51,25 @@ void checkFilesystems(const VerificationRequest &request, ImageDifferenceList *d
     }
 }
 
-/// The damage that opening the image has shown, and what is too short or too long.
-void checkImage(const VerificationRequest &request, ImageDifferenceList *differences)
+/// The damage that the image's structures show when they are held against one another, and what is too long. What a
+/// reader says of a volume that it cannot open is told there, too, unless the check does not look at it.
+void checkImage(const VerificationRequest &request, const std::stop_token &stop, ImageDifferenceList *differences)
 {
     const std::uint64_t length = request.image->length();
-    if (request.image->vantError())
-        differences->addDamage(0, "/", request.image->vantError());
+    VolumeSet told = 0;
+    const auto add = [&](const VolumeProblem &problem) {
+        const VolumeSet volumes = problem.volume ? setOf(*problem.volume) : VolumeSet(0);
+        told = VolumeSet(told | volumes);
+        differences->add({ImageDifference::Kind::Damage, volumes, "/", problem.offset,
+                          QStringLiteral("%1: %2 (at byte %3 of the image)")
+                              .arg(problem.structure, problem.message)
+                              .arg(problem.offset)});
+        return true;
+    };
+    (void)checkDiscImage(request.image, add, stop);
     for (const FoundVolume &volume : request.volumes) {
-        if (volume.error)
+        if (volume.error && (told & setOf(volume.kind)) == 0)
             differences->addDamage(setOf(volume.kind), "/", volume.error);
-        if (!volume.reader)
-            continue;
-        const DiscVolumeFacts &facts = volume.reader->facts();
-        if (facts.offset <= length && facts.blockCount <= (length - facts.offset) / facts.blockSize)
-            continue;
-        differences->add({ImageDifference::Kind::Damage, setOf(volume.kind), "/", length,
-                          QStringLiteral("the volume has %1 blocks of %2 bytes, but the image ends at byte %3")
-                              .arg(facts.blockCount)
-                              .arg(facts.blockSize)
-                              .arg(length)});
     }
     constexpr std::uint64_t smallestBlock = 512;
     const std::uint64_t rest = length % smallestBlock;
@@ -119,7 +120,7 @@ VerificationResult verifyImage(const VerificationRequest &request, const std::st
     ContentPlan plan(sources.count());
     if (request.filesystems)
         checkFilesystems(request, &result.differences);
-    checkImage(request, &result.differences);
+    checkImage(request, stop, &result.differences);
     compareVolumes(request, sources, plan, stop, &result);
     if (!stop.stop_requested()) {
         ContentComparison comparison(*request.image, sources, plan, result.differences);

@@ -19,7 +19,21 @@ public:
         phase = DiscJobPhase::Scanning;
         for (const FoundVolume &volume : result.image->volumes)
             result.censuses.push_back(volume.reader ? censusOf(*volume.reader, stop) : VolumeCensus());
+        check(stop);
         return stop.stop_requested() ? discJobCancellation() : NSError();
+    }
+
+    void check(const std::stop_token &stop)
+    {
+        constexpr std::size_t keptProblems = 100;
+        result.bootCatalog = readBootCatalog(*result.image->source);
+        const auto keep = [this](const VolumeProblem &problem) {
+            result.unsupportedCount += problem.kind == VolumeProblem::Kind::Unsupported ? 1 : 0;
+            if (result.problems.size() < keptProblems)
+                result.problems.push_back(problem);
+            return true;
+        };
+        result.problemCount = checkDiscImage(result.image->source, keep, stop);
     }
 
     QByteArray path;

@@ -144,10 +144,49 @@ TEST_F(Inspect, damage_isNamedWithItsPlace)
     const ChildResult result = runTessaron({"inspect", image()});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_TRUE(result.errors.contains("is damaged")) << result.errors.constData();
-    EXPECT_TRUE(result.errors.contains("UDF: ")) << result.errors.constData();
+    EXPECT_TRUE(result.errors.contains("UDF, ")) << result.errors.constData();
     EXPECT_TRUE(result.errors.contains("at byte ")) << result.errors.constData();
     const QJsonObject object = inspected(image(), 1);
     EXPECT_EQ(object[QStringLiteral("result")].toString(), QStringLiteral("failed"));
+}
+
+TEST_F(Inspect, bitThatHidesAFilesystem_isDamage)
+{
+    makeOrdinaryTree();
+    makeImage("out/disc.iso");
+    const QByteArray sound = m_tree.contents("out/disc.iso");
+    EXPECT_EQ(inspected(image())[QStringLiteral("problemCount")].toInteger(), 0);
+    for (const qsizetype place : {32769, 34816, 34904, 40961, 256 * 2048}) {
+        SCOPED_TRACE(place);
+        QByteArray flipped = sound;
+        flipped[place] = char(flipped[place] ^ 1);
+        m_tree.makeFile("out/disc.iso", flipped);
+        const QJsonObject object = inspected(image(), 1);
+        EXPECT_GT(object[QStringLiteral("problemCount")].toInteger(), 0);
+        EXPECT_FALSE(object[QStringLiteral("problems")][0][QStringLiteral("message")].toString().isEmpty());
+    }
+}
+
+TEST_F(Inspect, unsupportedFilesystem_isNotCalledDamaged)
+{
+    m_tree.makeSparseFile("out/write-once.udf", 40 << 20);
+    outputOf("mkudffs", {"--media-type=cdr", "--blocksize=2048", m_tree.path("out/write-once.udf")});
+    const ChildResult result = runTessaron({"inspect", m_tree.path("out/write-once.udf")});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.errors.contains("not supported")) << result.errors.constData();
+    EXPECT_FALSE(result.errors.contains("damaged")) << result.errors.constData();
+}
+
+TEST_F(Inspect, bootCatalog_isShown)
+{
+    m_tree.makeFile("source/boot.img", QByteArray(4096, 'B'));
+    outputOf("xorriso",
+             {"-as", "mkisofs", "-quiet", "-R", "-b", "boot.img", "-no-emul-boot", "-boot-load-size", "4", "-c",
+              "boot.cat", "-o", image(), m_tree.path("source")});
+    const ChildResult result = runTessaron({"inspect", image()});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    EXPECT_TRUE(result.output.contains("starts computers: x86, no emulation, 4 sectors")) << result.output.constData();
+    EXPECT_EQ(inspected(image())[QStringLiteral("boot")].toArray().size(), 1);
 }
 
 TEST_F(Inspect, cueSheetWhoseFileIsMissing_isAFailure)

@@ -280,6 +280,22 @@ TEST_F(Verify, cutImage_isFound_inEachFilesystemAlone)
     }
 }
 
+TEST_F(Verify, bitInACopyOrACount_isFound)
+{
+    makeOrdinaryTree();
+    makeImage();
+    (void)verified(0);
+    constexpr qint64 block = 2048;
+    constexpr qint64 mainSequence = 32 * block;
+    for (const qint64 place : {qint64(32769), qint64(34816), qint64(40961), 256 * block, mainSequence + 20,
+                               mainSequence + 2 * block + 190, m_tree.contents("out/disc.iso").size() - block + 20}) {
+        SCOPED_TRACE(place);
+        flipByte(place);
+        (void)verified(1);
+        flipByte(place);
+    }
+}
+
 TEST_F(Verify, filesystems_areThoseThatWereAskedFor)
 {
     makeOrdinaryTree();

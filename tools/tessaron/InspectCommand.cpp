@@ -73,6 +73,32 @@ QString trackLine(const DiscImageTrack &track)
     return line;
 }
 
+QString bootLine(const BootEntry &entry)
+{
+    QString line = QStringLiteral("starts computers: %1, %2, %3 of 512 bytes at byte %4")
+                       .arg(bootPlatformName(entry.platform), bootEmulationName(entry.emulation),
+                            counted(entry.sectorCount, "sector", "sectors"))
+                       .arg(entry.offset);
+    if (!entry.isBootable)
+        line += QStringLiteral(", marked as not bootable");
+    return line;
+}
+
+QString nameOf(VolumeProblem::Kind kind)
+{
+    switch (kind) {
+    case VolumeProblem::Kind::Damaged:
+        return QStringLiteral("damaged");
+    case VolumeProblem::Kind::Truncated:
+        return QStringLiteral("truncated");
+    case VolumeProblem::Kind::Remains:
+        return QStringLiteral("remains");
+    case VolumeProblem::Kind::Unsupported:
+        return QStringLiteral("unsupported");
+    }
+    return {};
+}
+
 } // namespace
 
 InspectCommand::InspectCommand(const Arguments &arguments)
@@ -113,11 +139,21 @@ Problem InspectCommand::judge() const
 {
     const OpenedDiscImage &image = *m_result.image;
     const QByteArray &path = image.path;
-    const auto isDamaged = [](const FoundVolume &volume) { return bool(volume.error); };
+    const auto isUnsupported = [](const FoundVolume &volume) {
+        return volume.error.domain() == DiscImageErrorDomain
+            && volume.error.code() == qint64(DiscImageErrorCode::Unsupported);
+    };
+    const auto isDamaged = [&](const FoundVolume &volume) { return volume.error && !isUnsupported(volume); };
     const auto hasFailures = [](const VolumeCensus &census) { return census.failureCount > 0; };
-    if (image.source->vantError() || std::any_of(image.volumes.begin(), image.volumes.end(), isDamaged)
+    if (m_result.problemCount > m_result.unsupportedCount
+        || std::any_of(image.volumes.begin(), image.volumes.end(), isDamaged)
         || std::any_of(m_result.censuses.begin(), m_result.censuses.end(), hasFailures))
         return {Problem::Kind::Source, QStringLiteral("the image %1 is damaged").arg(quoted(path)), {}, path};
+    if (m_result.unsupportedCount > 0 || std::any_of(image.volumes.begin(), image.volumes.end(), isUnsupported))
+        return {Problem::Kind::Source,
+                QStringLiteral("the image %1 has a filesystem of a kind that is not supported").arg(quoted(path)),
+                {},
+                path};
     if (image.volumes.empty() && image.tracks.empty())
         return {Problem::Kind::Source, QStringLiteral("nothing that is known here was found in %1").arg(quoted(path)),
                 QStringLiteral("Known are ISO 9660, Rock Ridge, Joliet, UDF, HFS+, VANT and cue sheets."), path};
@@ -131,12 +167,14 @@ void InspectCommand::printErrors() const
     const OpenedDiscImage &image = *m_result.image;
     for (const QString &note : image.notes)
         printDiagnostic(note);
-    if (image.source->vantError())
-        printDiagnostic(image.source->vantError().localizedFailureReason());
+    for (const VolumeProblem &problem : m_result.problems)
+        printDiagnostic(volumeProblemText(problem));
+    if (m_result.problemCount > m_result.problems.size())
+        printDiagnostic(QStringLiteral("… and %1 more").arg(m_result.problemCount - m_result.problems.size()));
     for (std::size_t index = 0; index < m_result.censuses.size(); ++index) {
         const FoundVolume &volume = image.volumes[index];
         const QString kind = volumeKindName(volume.kind);
-        if (volume.error)
+        if (volume.error && !hasProblemIn(volume.kind))
             printDiagnostic(QStringLiteral("%1: %2").arg(kind, volume.error.localizedFailureReason()));
         const VolumeCensus &census = m_result.censuses[index];
         for (const VolumeCensus::Failure &failure : census.failures)
@@ -160,11 +198,15 @@ bool InspectCommand::writeText() const
         text += "  " + printable(trackLine(track)) + '\n';
     for (const DiscImagePartition &partition : image.source->partitions())
         text += "  "
-            + printable(QStringLiteral("partition “%1” of type %2: %3 bytes at byte %4")
-                            .arg(partition.name, partition.type)
+            + printable(QStringLiteral("%1: partition “%2” of type %3: %4 bytes at byte %5")
+                            .arg(partitionSchemeName(partition.scheme), partition.name, partition.type)
                             .arg(partition.length)
                             .arg(partition.offset))
             + '\n';
+    if (m_result.bootCatalog) {
+        for (const BootEntry &entry : m_result.bootCatalog->entries)
+            text += "  " + printable(bootLine(entry)) + '\n';
+    }
     if (image.source->vantImage() && !image.source->vantImage()->cdTextBlocks.isEmpty())
         text += "  "
             + counted(std::uint64_t(image.source->vantImage()->cdTextBlocks.size()), "block", "blocks").toUtf8()
@@ -225,6 +267,7 @@ void InspectCommand::writeTracks(JsonWriter &writer) const
     if (m_result.image) {
         for (const DiscImagePartition &partition : m_result.image->source->partitions()) {
             writer.beginObject();
+            writer.member("map", partitionSchemeName(partition.scheme));
             writer.member("name", partition.name);
             writer.member("type", partition.type);
             writer.member("offset", partition.offset);
@@ -233,6 +276,47 @@ void InspectCommand::writeTracks(JsonWriter &writer) const
         }
     }
     writer.endArray();
+}
+
+void InspectCommand::writeProblems(JsonWriter &writer) const
+{
+    writer.member("problemCount", m_result.problemCount);
+    writer.key("problems");
+    writer.beginArray();
+    for (const VolumeProblem &problem : m_result.problems) {
+        writer.beginObject();
+        writer.member("kind", nameOf(problem.kind));
+        if (problem.volume)
+            writer.member("filesystem", volumeKindKey(*problem.volume));
+        writer.member("structure", problem.structure);
+        writer.member("message", problem.message);
+        writer.member("offset", problem.offset);
+        writer.member("visible", problem.isVisible);
+        writer.endObject();
+    }
+    writer.endArray();
+}
+
+void InspectCommand::writeBootCatalog(JsonWriter &writer) const
+{
+    writer.key("boot");
+    writer.beginArray();
+    for (const BootEntry &entry : m_result.bootCatalog ? m_result.bootCatalog->entries : std::vector<BootEntry>()) {
+        writer.beginObject();
+        writer.member("platform", bootPlatformName(entry.platform));
+        writer.member("emulation", bootEmulationName(entry.emulation));
+        writer.member("bootable", entry.isBootable);
+        writer.member("sectors", entry.sectorCount);
+        writer.member("offset", entry.offset);
+        writer.endObject();
+    }
+    writer.endArray();
+}
+
+bool InspectCommand::hasProblemIn(VolumeKind volume) const
+{
+    return std::any_of(m_result.problems.begin(), m_result.problems.end(),
+                       [volume](const VolumeProblem &problem) { return problem.volume == volume; });
 }
 
 bool InspectCommand::writeJson() const
@@ -256,6 +340,8 @@ bool InspectCommand::writeJson() const
     writer.value(time.count(), 3);
     writeVolumes(writer);
     writeTracks(writer);
+    writeBootCatalog(writer);
+    writeProblems(writer);
     writeErrorMember(writer, m_problem);
     writer.endObject();
     return writer.finish();

@@ -26,6 +26,9 @@ private:
     [[nodiscard]] bool writeJson() const;
     void writeVolumes(class JsonWriter &writer) const;
     void writeTracks(class JsonWriter &writer) const;
+    void writeProblems(class JsonWriter &writer) const;
+    void writeBootCatalog(class JsonWriter &writer) const;
+    [[nodiscard]] bool hasProblemIn(VolumeKind volume) const;
 
     const Arguments m_arguments;
     const std::chrono::steady_clock::time_point m_start;
