@@ -81,6 +81,9 @@ SourceNumber FolderMatcher::sourceByName(const VolumeObject &object) const
     const SourceNumber source = m_sources.child(m_folder, viewOf(object.name));
     if (source == noSource || keepsEveryName(m_kind))
         return source;
+    // A link of this name may have been left out, so that a neighbour of another kind has got it.
+    if (m_sources[source].kind != object.kind)
+        return noSource;
     // A neighbour whose name had to change may have got this one.
     if (!m_changedNames.isEmpty() || m_hasLongNames) {
         const QString form = formOfName(m_kind, viewOf(object.name));

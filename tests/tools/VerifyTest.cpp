@@ -362,6 +362,17 @@ TEST_F(Verify, namesThatCollideOnDisc_areMatchedByTheirContents)
     }
 }
 
+TEST_F(Verify, nameOfALinkThatWasLeftOut_mayBeANeighbours)
+{
+    m_tree.makeFile("source/a*", "first of this name");
+    m_tree.makeFile("source/a?/in the folder", "which is numbered, and so gets the name of the link");
+    m_tree.makeSymbolicLink("source/a__1", "a*");
+    for (const QByteArray filesystems : {"joliet", "iso9660,joliet,udf,hfs+"}) {
+        makeImage({"--filesystems", filesystems});
+        EXPECT_EQ(differencesIn(verified(0)), Words());
+    }
+}
+
 TEST_F(Verify, hardLinksAndBytesThatAreNoText_areCompared)
 {
     m_tree.makeFile("source/one \xe4\xff.bin", QByteArray(5000, 'x'));
