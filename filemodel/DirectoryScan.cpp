@@ -54,8 +54,9 @@ std::shared_ptr<KRFileHierarchyItem> itemForFile(const FSBulkEntry &entry)
         KRFileReference::initWithFSRef(entry.ref, std::move(attributes)));
 }
 
-/// The heap of a worker thread grows page by page, with a system call for each: 4,300 of them for 100,000 files. A block
-/// that is taken and given back leaves its room behind: less than malloc(3) would map apart, or give back to the system.
+/// The heap of a worker thread grows page by page, with a system call for each: 4,300 of them for 100,000 files. A
+/// block that is taken and given back leaves its room behind: less than malloc(3) would map apart, or give back to the
+/// system.
 void growHeapAtOnce()
 {
     constexpr std::size_t room = 120 * 1024;
