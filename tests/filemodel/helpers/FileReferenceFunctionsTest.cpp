@@ -1,10 +1,14 @@
+#include "platform/coreservices/FSForks.h"
 #include "platform/coreservices/ForkAttributes.h"
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/FileReferenceFunctions.h>
+#include <TessaronClasses/KRFileReference.h>
 #include <TessaronClasses/PathHelpers.h>
 
 #include <cstdio>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -60,6 +64,29 @@ TEST_F(FileReferenceFunctions, FSGetFinderInfo_fillsWhatIsAskedFor)
     EXPECT_EQ(extended.bytes[0], 2);
 }
 
+TEST_F(FileReferenceFunctions, FSGetFinderInfo_givesAllItsBytesInTheirPlaces)
+{
+    tree.makeFile("file");
+    tree.makeFile("short");
+    QByteArray bytes(32, '\0');
+    for (int index = 0; index < 32; ++index)
+        bytes[index] = static_cast<char>(100 + index);
+    if (::setxattr(tree.path("file").constData(), finderInfoAttribute, bytes.constData(), 32, 0) != 0)
+        GTEST_SKIP() << "this file system keeps no extended attributes";
+    ASSERT_EQ(::setxattr(tree.path("short").constData(), finderInfoAttribute, bytes.constData(), 20, 0), 0);
+    for (const char *const name : {"file", "short"}) {
+        const FSRef file = ref(name);
+        const int stored = QByteArray(name) == "file" ? 32 : 20;
+        FileInfo info;
+        ExtendedFileInfo extended;
+        ASSERT_EQ(FSGetFinderInfo(&file, &info, &extended, nullptr), noErr);
+        for (int index = 0; index < 32; ++index) {
+            const int got = index < 16 ? info.bytes[std::size_t(index)] : extended.bytes[std::size_t(index) - 16];
+            EXPECT_EQ(got, index < stored ? 100 + index : 0) << name << ' ' << index;
+        }
+    }
+}
+
 TEST_F(FileReferenceFunctions, FSGetFinderInfo_writesNothing_onFailure)
 {
     tree.makeFile("file");
@@ -98,6 +125,41 @@ TEST_F(FileReferenceFunctions, FSGetTotalForkSizes_addsTheResourceFork)
     EXPECT_EQ(FSGetTotalForkSizes(&file, &logical, nullptr, &forks), noErr);
     EXPECT_EQ(logical, 8u);
     EXPECT_EQ(forks, 2u);
+}
+
+TEST_F(FileReferenceFunctions, FSGetTotalForkSizes_countsTheAllocatedBytesOfBothForks)
+{
+    tree.makeFile("file", QByteArray(9000, 'x'));
+    const QByteArray fork(3000, 'r');
+    if (::setxattr(tree.path("file").constData(), resourceForkAttribute, fork.constData(), 3000, 0) != 0)
+        GTEST_SKIP() << "this file system keeps no extended attributes of that size";
+    struct stat facts = {};
+    ASSERT_EQ(::stat(tree.path("file").constData(), &facts), 0);
+    struct statvfs volume = {};
+    ASSERT_EQ(::statvfs(tree.path("file").constData(), &volume), 0);
+    const FSRef file = ref("file");
+    std::uint64_t logical = 0;
+    std::uint64_t physical = 0;
+    EXPECT_EQ(FSGetTotalForkSizes(&file, &logical, &physical, nullptr), noErr);
+    EXPECT_EQ(logical, 12000u);
+    const auto dataAllocated = KRFileReference::initWithFSRef(file)->dataPhysicalSize();
+    const std::uint64_t forkAllocated = (3000 + volume.f_bsize - 1) / volume.f_bsize * volume.f_bsize;
+    EXPECT_EQ(physical, dataAllocated + forkAllocated);
+    EXPECT_EQ(dataAllocated, static_cast<std::uint64_t>(facts.st_blocks) * 512);
+}
+
+TEST_F(FileReferenceFunctions, aWalkThroughForks_endsWithTheFailure_whenTheFileVanishesMidway)
+{
+    tree.makeFile("file", "data");
+    if (::setxattr(tree.path("file").constData(), resourceForkAttribute, "fork", 4, 0) != 0)
+        GTEST_SKIP() << "this file system keeps no extended attributes";
+    const FSRef file = ref("file");
+    FSForkPosition position;
+    FSForkInfo fork;
+    ASSERT_EQ(FSIterateForks(&file, &position, &fork), noErr);
+    EXPECT_EQ(fork.logicalSize, 4u);
+    tree.remove("file");
+    EXPECT_EQ(FSIterateForks(&file, &position, &fork), fnfErr);
 }
 
 TEST_F(FileReferenceFunctions, FSGetTotalForkSizes_findsNoFork_inAFolder)

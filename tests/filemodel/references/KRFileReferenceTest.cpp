@@ -10,6 +10,7 @@
 #include <QImage>
 #include <QUrl>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <sys/stat.h>
@@ -129,6 +130,21 @@ TEST_F(KRFileReferenceTest, dates_areThoseOfTheLinkItself)
     tree.makeSymbolicLink("link", "file");
     EXPECT_EQ(reference("file")->modificationDate().toSecsSinceEpoch(), 1000000000);
     EXPECT_GT(reference("link")->modificationDate().toSecsSinceEpoch(), 1000000000);
+}
+
+TEST_F(KRFileReferenceTest, creationDate_isTheTimeOfBirth_andStays)
+{
+    const QDateTime before = QDateTime::currentDateTimeUtc();
+    tree.makeFile("file");
+    tree.setModificationTime("file", 1000000000);
+    const QDateTime created = reference("file")->creationDate();
+    if (!created.isValid())
+        GTEST_SKIP() << "this file system keeps no times of birth";
+    struct statx facts;
+    ASSERT_EQ(::statx(AT_FDCWD, tree.path("file").constData(), 0, STATX_BTIME, &facts), 0);
+    EXPECT_EQ(created.toSecsSinceEpoch(), facts.stx_btime.tv_sec);
+    EXPECT_GE(created.msecsTo(QDateTime::currentDateTimeUtc()), 0);
+    EXPECT_GE(before.msecsTo(created), -20) << "the clock of file systems goes in ticks";
 }
 
 TEST_F(KRFileReferenceTest, modificationDate_mayBeTheStartOfTheEpoch)
