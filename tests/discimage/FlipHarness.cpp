@@ -94,7 +94,7 @@ QByteArray inBlocks(const QByteArray &size)
     return QByteArray::number((size.toULongLong() + blockSize - 1) / blockSize);
 }
 
-/// A line's fields but for name, date and permissions: what has a second copy, or can be counted.
+/// A line's fields but for name, date, permissions and link target: what has a second copy, or can be counted.
 QByteArray checkedFields(const QByteArray &line)
 {
     QList<QByteArray> fields = line.split('\t');
@@ -103,7 +103,7 @@ QByteArray checkedFields(const QByteArray &line)
         fields[SizeField] = inBlocks(fields[SizeField]);
         fields[FirstExtentField] = extent.first() + '+' + inBlocks(extent.last());
     }
-    for (const qsizetype field : {NameField, DateField, ModeField}) {
+    for (const qsizetype field : {NameField, DateField, ModeField, TargetField}) {
         if (field < fields.size())
             fields[field].clear();
     }
@@ -117,11 +117,44 @@ QByteArray filesystemOf(const QByteArray &line)
     return view == "Rock Ridge" ? QByteArray("ISO 9660") : view;
 }
 
+/// View and path of an object as the lines of what lies in it begin.
+QByteArray pathOf(const QList<QByteArray> &fields)
+{
+    return fields[FolderField] + (fields[FolderField].endsWith('/') ? "" : "/") + fields[NameField];
+}
+
+/// The paths of what lies in a folder whose name changed have that name in them, too.
+bool isPathBelow(const QByteArray &line, const QByteArray &path)
+{
+    const QByteArray folder = line.left(line.indexOf('\t'));
+    return folder == path || folder.startsWith(path + '/');
+}
+
+/// Gives the lines of a renamed folder's contents the old name again.
+void undoFolderName(const QList<QByteArray> &before, QList<QByteArray> *after)
+{
+    for (qsizetype index = 0; index < std::min(before.size(), after->size()); ++index) {
+        const QList<QByteArray> old = before[index].split('\t');
+        const QList<QByteArray> changed = after->at(index).split('\t');
+        if (old.size() <= NameField || changed.size() <= NameField || old[FolderField] != changed[FolderField]
+            || old[NameField] == changed[NameField])
+            continue;
+        const QByteArray path = pathOf(changed);
+        const QByteArray oldPath = pathOf(old);
+        for (QByteArray &line : *after) {
+            if (isPathBelow(line, path))
+                line = oldPath + line.mid(path.size());
+        }
+        return;
+    }
+}
+
 /// One record differs, and only in such fields: it has one line in each view.
 bool isSingleCopy(const QByteArray &before, const QByteArray &after)
 {
     const QList<QByteArray> old = before.split('\n');
-    const QList<QByteArray> changed = after.split('\n');
+    QList<QByteArray> changed = after.split('\n');
+    undoFolderName(old, &changed);
     if (old.size() != changed.size())
         return false;
     QByteArray filesystem;

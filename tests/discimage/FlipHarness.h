@@ -24,9 +24,9 @@ struct FlipResult {
     int flips = 0;
     int told = 0; ///< by the check or a reader
     int harmless = 0; ///< neither told nor visible
-    /// Not told, but visible as another name, date or permission of a single object or volume in a single view, or, in
-    /// HFS+, as another length within the last block: of these a filesystem has but one copy, which the sources alone
-    /// can confirm.
+    /// Not told, but visible as another name, date, permission or link target of a single object or volume in a single
+    /// view, or, in HFS+, as another length within the last block: of these a filesystem has but one copy, which the
+    /// sources alone can confirm.
     int singleCopies = 0;
     /// Visible otherwise, and not told: the offset, with the lines that changed.
     std::vector<std::pair<std::uint64_t, QString>> missed;

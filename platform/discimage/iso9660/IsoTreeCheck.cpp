@@ -19,6 +19,7 @@ namespace
 {
 
 // Of a directory record (ECMA-119 9.1).
+constexpr std::size_t attributeLengthField = 1; // blocks of the extended attribute record in front of the extent
 constexpr std::size_t blockField = 2;
 constexpr std::size_t lengthField = 10;
 constexpr std::size_t dateField = 18;
@@ -119,7 +120,11 @@ private:
         if (number != loadBigEndian<std::uint16_t>(&record.bytes[volumeNumberField + 2]))
             unnoticed(record.offset + volumeNumberField,
                       QStringLiteral("the two byte orders of the volume's number disagree"));
-        if ((record.flags & reservedFlags) != 0 || (record.bytes[1] == 0 && (record.flags & attributeFlags) != 0))
+        if (record.bytes[attributeLengthField] != 0 && !hasAttributeRecord(record))
+            damaged(record.offset + attributeLengthField,
+                    QStringLiteral("it says that extended attributes lie before its extent, but there are none"));
+        if ((record.flags & reservedFlags) != 0
+            || (record.bytes[attributeLengthField] == 0 && (record.flags & attributeFlags) != 0))
             damaged(record.offset + flagsField, QStringLiteral("flags are set that have no meaning here"));
         const std::span<const std::uint8_t> date = record.bytes.subspan(dateField, dateSize);
         const bool isUnset = std::all_of(date.begin(), date.end(), [](std::uint8_t byte) { return byte == 0; });
@@ -134,6 +139,21 @@ private:
             (std::uint64_t(record.length) + m_descriptor.blockSize - 1) / m_descriptor.blockSize;
         if (record.length > 0 && record.block + blocks > m_descriptor.blockCount)
             damaged(record.offset + blockField, QStringLiteral("it leads beyond the end of the volume"));
+    }
+
+    /// An extended attribute record (9.5) begins with two numbers in both byte orders and has version 1 at its byte
+    /// 180.
+    [[nodiscard]] bool hasAttributeRecord(const IsoRecord &record) const
+    {
+        constexpr std::size_t versionField = 180;
+        std::array<std::uint8_t, versionField + 1> attributes;
+        const std::uint64_t offset =
+            std::uint64_t(record.block - record.bytes[attributeLengthField]) * m_descriptor.blockSize;
+        if (m_source.read(offset, attributes.data(), attributes.size()))
+            return false;
+        return loadLittleEndian<std::uint16_t>(&attributes[0]) == loadBigEndian<std::uint16_t>(&attributes[2])
+            && loadLittleEndian<std::uint16_t>(&attributes[4]) == loadBigEndian<std::uint16_t>(&attributes[6])
+            && attributes[versionField] == 1;
     }
 
     void checkFolder(std::size_t index)
