@@ -20,6 +20,13 @@ enum RecordType : std::uint16_t {
     FileThreadRecord = 4,
 };
 
+// Of folder and file records ("Catalog Folder Records", "Catalog File Records").
+constexpr std::size_t childCountField = 4;
+constexpr std::size_t idField = 8;
+constexpr std::size_t createdField = 12;
+constexpr std::size_t modifiedField = 16;
+constexpr std::size_t modeField = 42;
+constexpr std::size_t specialField = 44;
 constexpr std::size_t folderRecordSize = 88;
 constexpr std::size_t fileRecordSize = 248;
 constexpr std::size_t threadHeadSize = 10;
@@ -91,12 +98,12 @@ std::optional<HfsPlusItem> hfsPlusItem(HfsPlusBytes data)
         return std::nullopt;
     HfsPlusItem item;
     item.isFolder = type == FolderRecord;
-    item.childCount = loadBigEndian<std::uint32_t>(&data[4]);
-    item.id = loadBigEndian<std::uint32_t>(&data[8]);
-    item.created = loadBigEndian<std::uint32_t>(&data[12]);
-    item.modified = loadBigEndian<std::uint32_t>(&data[16]);
-    item.mode = loadBigEndian<std::uint16_t>(&data[42]);
-    item.special = loadBigEndian<std::uint32_t>(&data[44]);
+    item.childCount = loadBigEndian<std::uint32_t>(&data[childCountField]);
+    item.id = loadBigEndian<std::uint32_t>(&data[idField]);
+    item.created = loadBigEndian<std::uint32_t>(&data[createdField]);
+    item.modified = loadBigEndian<std::uint32_t>(&data[modifiedField]);
+    item.mode = loadBigEndian<std::uint16_t>(&data[modeField]);
+    item.special = loadBigEndian<std::uint32_t>(&data[specialField]);
     if (!item.isFolder) {
         const auto *const bytes = reinterpret_cast<const char *>(data.data());
         item.typeAndCreator = {bytes + finderInfoOffset, typeAndCreatorSize};

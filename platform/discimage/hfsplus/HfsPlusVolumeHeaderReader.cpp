@@ -19,6 +19,16 @@ constexpr std::uint16_t caseSensitiveSignature = 0x4858; // "HX"
 constexpr std::uint32_t smallestBlock = 512;
 constexpr std::uint32_t journalAttribute = 1u << 13;
 
+// Of a wrapper ("HFS Wrapper").
+constexpr std::size_t wrapperUnitField = 20;
+constexpr std::size_t wrapperFirstSectorField = 28;
+constexpr std::size_t wrapperEmbeddedField = 124; ///< signature, first unit and number of units of the volume inside
+// Of the header.
+constexpr std::size_t attributesField = 4;
+constexpr std::size_t modifiedField = 20;
+constexpr std::size_t blockSizeField = 40;
+constexpr std::size_t blockCountField = 44;
+
 using HeaderBytes = std::array<std::uint8_t, HfsPlusHeader::size>;
 
 /// Where a volume may be.
@@ -52,12 +62,13 @@ std::optional<Candidate> candidateIn(const DiscImageSource &source, std::uint64_
         return std::nullopt;
     if (isVolume(bytes))
         return Candidate{offset, length, false};
-    if (signatureOf(bytes) != wrapperSignature || loadBigEndian<std::uint16_t>(&bytes[124]) != volumeSignature)
+    if (signatureOf(bytes) != wrapperSignature
+        || loadBigEndian<std::uint16_t>(&bytes[wrapperEmbeddedField]) != volumeSignature)
         return std::nullopt;
-    const std::uint64_t unit = loadBigEndian<std::uint32_t>(&bytes[20]);
-    const std::uint64_t firstSector = loadBigEndian<std::uint16_t>(&bytes[28]);
-    const std::uint64_t firstUnit = loadBigEndian<std::uint16_t>(&bytes[126]);
-    const std::uint64_t units = loadBigEndian<std::uint16_t>(&bytes[128]);
+    const std::uint64_t unit = loadBigEndian<std::uint32_t>(&bytes[wrapperUnitField]);
+    const std::uint64_t firstSector = loadBigEndian<std::uint16_t>(&bytes[wrapperFirstSectorField]);
+    const std::uint64_t firstUnit = loadBigEndian<std::uint16_t>(&bytes[wrapperEmbeddedField + 2]);
+    const std::uint64_t units = loadBigEndian<std::uint16_t>(&bytes[wrapperEmbeddedField + 4]);
     return Candidate{offset + firstSector * 512 + firstUnit * unit, units * unit, true};
 }
 
@@ -70,10 +81,10 @@ NSError readHeader(const DiscImageSource &source, const Candidate &candidate, Hf
     if (!isVolume(header->bytes))
         return damaged(offset, QStringLiteral("A wrapper says that an HFS+ volume is here, but there is none"));
     header->isHfsx = signatureOf(header->bytes) == caseSensitiveSignature;
-    header->hasJournal = (loadBigEndian<std::uint32_t>(from + 4) & journalAttribute) != 0;
-    header->modified = loadBigEndian<std::uint32_t>(from + 20);
-    header->place = {candidate.offset, loadBigEndian<std::uint32_t>(from + 40),
-                     loadBigEndian<std::uint32_t>(from + 44)};
+    header->hasJournal = (loadBigEndian<std::uint32_t>(from + attributesField) & journalAttribute) != 0;
+    header->modified = loadBigEndian<std::uint32_t>(from + modifiedField);
+    header->place = {candidate.offset, loadBigEndian<std::uint32_t>(from + blockSizeField),
+                     loadBigEndian<std::uint32_t>(from + blockCountField)};
     header->containerLength = candidate.length;
     const std::uint32_t blockSize = header->place.blockSize;
     if (blockSize < smallestBlock || (blockSize & (blockSize - 1)) != 0 || header->place.blockCount == 0)

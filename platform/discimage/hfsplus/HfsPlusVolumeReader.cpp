@@ -130,7 +130,7 @@ NSError HfsPlusVolumeReader::findPrivateFolder()
         return {};
     const std::optional<HfsPlusItem> folder = hfsPlusItem(place.data);
     if (!folder || !folder->isFolder)
-        return damaged(place.recordOffset(), QStringLiteral("The folder of hard links is none"));
+        return damaged(place.recordOffset(), QStringLiteral("The folder of hard links is not a folder"));
     m_privateFolder = folder->id;
     m_privateFolderCreated = folder->created;
     return {};
@@ -269,7 +269,7 @@ NSError HfsPlusVolumeReader::listFolder(const VolumeObject &folder, const Volume
 
 bool HfsPlusVolumeReader::leadsToPrivateFolder(const HfsPlusItem &item) const
 {
-    // Anybody can give a file this type; a link has the date of the folder that it leads to, too ("Hard Links").
+    // Any program can give a file this type; a link has the date of the folder that it leads to, too ("Hard Links").
     return item.isHardLink() && m_privateFolder != 0
         && (item.created == m_privateFolderCreated || item.created == m_rootCreated);
 }

@@ -16,7 +16,7 @@ namespace Tessaron
 /// Reads an HFS+ or HFSX volume (Apple's Technical Note TN1150, "HFS Plus Volume Format") in any way that an image can
 /// hold it: found through a partition map, in an HFS wrapper, or from the first byte on.
 ///
-/// Names come composed, as Linux shows them; who compares must compare canonical forms. Hard links have the identity,
+/// Names come composed, as Linux shows them; comparisons have to use canonical forms. Hard links have the identity,
 /// attributes and contents of the file that they lead to. The folders and files that the volume keeps for itself are
 /// left out. Listing a folder checks what a mounted system relies on: that its thread leads to it, the order of the
 /// catalog, that the index leads to each leaf, and the number of children. Threads of files are looked at for files in

@@ -62,7 +62,7 @@ constexpr std::uint8_t greatestEmulation = 4;
 
 using Sector = std::array<std::uint8_t, sectorSize>;
 
-/// Goes through a catalog; problems are told when somebody asks.
+/// Goes through a catalog; problems are told when there is a report to tell them to.
 class CatalogParser
 {
 public:

@@ -11,6 +11,14 @@ namespace Tessaron
 namespace
 {
 
+// Of a directory record (ECMA-119 9.1). Numbers are recorded little-endian, then big-endian.
+constexpr std::size_t attributeLengthField = 1;
+constexpr std::size_t blockField = 2;
+constexpr std::size_t lengthField = 10;
+constexpr std::size_t flagsField = 25;
+constexpr std::size_t unitSizeField = 26;
+constexpr std::size_t gapSizeField = 27;
+constexpr std::size_t identifierLengthField = 32;
 constexpr std::size_t identifierOffset = 33;
 constexpr std::size_t smallestRecord = 34;
 
@@ -60,7 +68,7 @@ NSError IsoDirectory::parse(std::size_t at, IsoRecord *record) const
         return damaged(record->offset, QStringLiteral("A directory record of %1 bytes is impossible here").arg(size));
     record->bytes = std::span(m_sector).subspan(at, size);
     const std::span<const std::uint8_t> bytes = record->bytes;
-    const std::size_t identifierSize = bytes[32];
+    const std::size_t identifierSize = bytes[identifierLengthField];
     // A byte of padding makes the identifier's end even.
     const std::size_t useStart = identifierOffset + identifierSize + (identifierSize % 2 == 0 ? 1 : 0);
     if (identifierSize == 0 || identifierOffset + identifierSize > size)
@@ -69,17 +77,19 @@ NSError IsoDirectory::parse(std::size_t at, IsoRecord *record) const
     record->identifier = bytes.subspan(identifierOffset, identifierSize);
     record->systemUse = useStart < size ? bytes.subspan(useStart) : std::span<const std::uint8_t>();
     record->systemUseOffset = record->offset + useStart;
-    const auto block = loadLittleEndian<std::uint32_t>(&bytes[2]);
-    record->length = loadLittleEndian<std::uint32_t>(&bytes[10]);
-    record->flags = bytes[25];
-    if (loadBigEndian<std::uint32_t>(&bytes[6]) != block || loadBigEndian<std::uint32_t>(&bytes[14]) != record->length)
-        return damaged(record->offset + 2, QStringLiteral("The two byte orders of a place or length disagree"));
-    const std::uint32_t attributeBlocks = bytes[1];
+    const auto block = loadLittleEndian<std::uint32_t>(&bytes[blockField]);
+    record->length = loadLittleEndian<std::uint32_t>(&bytes[lengthField]);
+    record->flags = bytes[flagsField];
+    if (loadBigEndian<std::uint32_t>(&bytes[blockField + 4]) != block
+        || loadBigEndian<std::uint32_t>(&bytes[lengthField + 4]) != record->length)
+        return damaged(record->offset + blockField,
+                       QStringLiteral("The two byte orders of a place or length disagree"));
+    const std::uint32_t attributeBlocks = bytes[attributeLengthField];
     if (block > UINT32_MAX - attributeBlocks)
-        return damaged(record->offset + 2, QStringLiteral("An extent lies beyond all blocks"));
+        return damaged(record->offset + blockField, QStringLiteral("An extent lies beyond all blocks"));
     record->block = block + attributeBlocks;
-    if (bytes[26] != 0 || bytes[27] != 0)
-        return discImageError(DiscImageErrorCode::Unsupported, record->offset + 26,
+    if (bytes[unitSizeField] != 0 || bytes[gapSizeField] != 0)
+        return discImageError(DiscImageErrorCode::Unsupported, record->offset + unitSizeField,
                               QStringLiteral("Interleaved files are not read"));
     return {};
 }

@@ -105,7 +105,7 @@ private:
         m_object.kind = record.isFolder() ? VolumeObjectKind::Folder : VolumeObjectKind::File;
         m_object.name = m_facts.kind == VolumeKind::Joliet ? jolietName(record.identifier)
                                                            : plainName(m_identifier, record.isFolder());
-        m_object.modified = volumeTimeFromRecordingDate(&record.bytes[18]);
+        m_object.modified = volumeTimeFromRecordingDate(&record.bytes[IsoRecord::dateField]);
         std::uint32_t folderBlock = record.block;
         std::uint32_t folderLength = record.length;
         if (m_facts.kind == VolumeKind::RockRidge) {

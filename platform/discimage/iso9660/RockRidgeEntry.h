@@ -31,7 +31,7 @@ struct RockRidgeEntry {
 };
 
 /// Reads the entries of a record's system use area and of the continuation areas that it leads to. `offset` is where
-/// the area lies in the image. What is damaged is an error; `*entry` has what was read before.
+/// the area lies in the image. Damage is an error; `*entry` then has what was read before it.
 [[nodiscard]] NSError readRockRidgeEntry(const DiscImageSource &source, std::uint32_t blockSize,
                                          std::span<const std::uint8_t> area, std::uint64_t offset,
                                          RockRidgeEntry *entry);

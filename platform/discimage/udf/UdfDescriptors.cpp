@@ -15,6 +15,12 @@ namespace
 
 constexpr std::size_t tagSize = 16;
 
+// Of a tag (ECMA-167 3/7.2).
+constexpr std::size_t tagChecksumField = 4;
+constexpr std::size_t checksumField = 8;
+constexpr std::size_t coveredField = 10;
+constexpr std::size_t placeField = 12;
+
 constexpr std::array<std::uint16_t, 256> makeTable()
 {
     std::array<std::uint16_t, 256> table{};
@@ -61,16 +67,16 @@ NSError checkUdfDescriptor(std::span<const std::uint8_t> bytes, UdfDescriptorKin
             QStringLiteral("There is a descriptor of kind %1 instead of %2").arg(stated).arg(std::uint16_t(kind)));
     std::uint8_t sum = 0;
     for (std::size_t at = 0; at < tagSize; ++at)
-        sum = std::uint8_t(sum + (at == 4 ? 0 : bytes[at]));
-    if (sum != bytes[4])
-        return damaged(offset + 4, QStringLiteral("The checksum of a descriptor's tag is wrong"));
-    const std::size_t covered = loadLittleEndian<std::uint16_t>(&bytes[10]);
+        sum = std::uint8_t(sum + (at == tagChecksumField ? 0 : bytes[at]));
+    if (sum != bytes[tagChecksumField])
+        return damaged(offset + tagChecksumField, QStringLiteral("The checksum of a descriptor's tag is wrong"));
+    const std::size_t covered = loadLittleEndian<std::uint16_t>(&bytes[coveredField]);
     if (covered > bytes.size() - tagSize)
-        return damaged(offset + 10, QStringLiteral("A checksum covers more than the descriptor"));
-    if (checksumOf(bytes.subspan(tagSize, covered)) != loadLittleEndian<std::uint16_t>(&bytes[8]))
-        return damaged(offset + 8, QStringLiteral("The checksum of a descriptor is wrong"));
-    if (block && loadLittleEndian<std::uint32_t>(&bytes[12]) != *block)
-        return damaged(offset + 12, QStringLiteral("A descriptor says that it belongs elsewhere"));
+        return damaged(offset + coveredField, QStringLiteral("A checksum covers more than the descriptor"));
+    if (checksumOf(bytes.subspan(tagSize, covered)) != loadLittleEndian<std::uint16_t>(&bytes[checksumField]))
+        return damaged(offset + checksumField, QStringLiteral("The checksum of a descriptor is wrong"));
+    if (block && loadLittleEndian<std::uint32_t>(&bytes[placeField]) != *block)
+        return damaged(offset + placeField, QStringLiteral("A descriptor says that it belongs elsewhere"));
     return {};
 }
 

@@ -46,7 +46,7 @@ enum class UdfDescriptorKind : std::uint16_t {
 /// Text in a field of fixed size, whose last byte is the length (ECMA-167 1/7.2.12). Empty when it makes no sense.
 [[nodiscard]] QString udfFieldText(std::span<const std::uint8_t> field);
 
-/// The 12 bytes of ECMA-167 1/7.3; absent when they are none.
+/// The 12 bytes of ECMA-167 1/7.3; absent when they do not make a date.
 [[nodiscard]] std::optional<VolumeTime> udfTime(const std::uint8_t *timestamp);
 
 } // namespace Tessaron

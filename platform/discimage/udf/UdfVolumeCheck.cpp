@@ -426,7 +426,7 @@ private:
         std::uint64_t lastOffset = 0;
         UdfVolumeExtent extent = m_structure.integrity;
         std::uint32_t number = 0;
-        // A descriptor may lead to another extent, where they go on; a thousand of them are none of a sound volume.
+        // A descriptor may lead to another extent, where they go on. No sound volume has a thousand of them.
         for (int left = 1000; left > 0 && extent.length / blockSize > number; --left) {
             const std::uint32_t block = extent.block + number++;
             const std::uint64_t offset = std::uint64_t(block) * blockSize;

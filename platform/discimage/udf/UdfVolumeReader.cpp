@@ -15,7 +15,17 @@ namespace Tessaron
 namespace
 {
 
-constexpr std::size_t identifierHeadSize = 38; // ECMA-167 4/14.4
+// Of a file identifier (ECMA-167 4/14.4).
+constexpr std::size_t characteristicsField = 18;
+constexpr std::size_t nameSizeField = 19;
+constexpr std::size_t entryBlockField = 24;
+constexpr std::size_t entryPartitionField = 28;
+constexpr std::size_t useSizeField = 36;
+constexpr std::size_t identifierHeadSize = 38;
+// Of a file set descriptor (ECMA-167 4/14.1).
+constexpr std::size_t rootBlockField = 404;
+constexpr std::size_t rootPartitionField = 408;
+
 constexpr std::size_t largestIdentifier = identifierHeadSize + 255 + 65535 + 3;
 
 /// Characteristics of a file identifier (4/14.4.3).
@@ -99,8 +109,8 @@ NSError UdfVolumeReader::findRoot()
         return error;
     if (NSError error = checkUdfDescriptor(fileSet, UdfDescriptorKind::FileSet, m_structure.fileSet.block, *offset))
         return error;
-    const UdfBlockAddress root = {loadLittleEndian<std::uint32_t>(fileSet + 404),
-                                  loadLittleEndian<std::uint16_t>(fileSet + 408)};
+    const UdfBlockAddress root = {loadLittleEndian<std::uint32_t>(fileSet + rootBlockField),
+                                  loadLittleEndian<std::uint16_t>(fileSet + rootPartitionField)};
     m_root.recordOffset = *offset;
     if (NSError error = readUdfEntry(source(), m_structure, root, &m_root))
         return error;
@@ -120,8 +130,8 @@ NSError UdfVolumeReader::listFolder(const VolumeObject &folder, const VolumeVisi
             return error;
         if (bytes.size() < identifierHeadSize)
             return damaged(place, QStringLiteral("A folder ends within an entry"));
-        const std::size_t nameSize = bytes[19];
-        const std::size_t useSize = loadLittleEndian<std::uint16_t>(&bytes[36]);
+        const std::size_t nameSize = bytes[nameSizeField];
+        const std::size_t useSize = loadLittleEndian<std::uint16_t>(&bytes[useSizeField]);
         const std::size_t size = (identifierHeadSize + useSize + nameSize + 3) / 4 * 4;
         if (size > bytes.size())
             return damaged(place, QStringLiteral("A folder ends within an entry"));
@@ -129,15 +139,15 @@ NSError UdfVolumeReader::listFolder(const VolumeObject &folder, const VolumeVisi
                 checkUdfDescriptor(bytes.first(size), UdfDescriptorKind::FileIdentifier, std::nullopt, place))
             return error;
         position += size;
-        if ((bytes[18] & (Deleted | Parent)) != 0)
+        if ((bytes[characteristicsField] & (Deleted | Parent)) != 0)
             continue;
         const std::optional<QString> name = udfText(bytes.subspan(identifierHeadSize + useSize, nameSize));
         if (!name || name->isEmpty())
             return damaged(place, QStringLiteral("A name makes no sense"));
         VolumeObject object;
         object.recordOffset = place;
-        const UdfBlockAddress address = {loadLittleEndian<std::uint32_t>(&bytes[24]),
-                                         loadLittleEndian<std::uint16_t>(&bytes[28])};
+        const UdfBlockAddress address = {loadLittleEndian<std::uint32_t>(&bytes[entryBlockField]),
+                                         loadLittleEndian<std::uint16_t>(&bytes[entryPartitionField])};
         if (const NSError error = readUdfEntry(source(), m_structure, address, &object)) {
             // One bad entry does not hide the others of its folder.
             firstError = firstError ? firstError : error;

@@ -13,7 +13,7 @@ constexpr std::int64_t secondsPerHour = 3600;
 constexpr std::int64_t secondsPerDay = 86400;
 constexpr int minutesPerZoneStep = 15; // ECMA-119 9.1.5: zones are counted in quarters of an hour
 
-/// `count` digits as a number; -1 when one of them is none.
+/// `count` digits as a number; -1 when one of them is not a digit.
 int numberOf(const std::uint8_t *digits, int count)
 {
     int number = 0;
