@@ -77,7 +77,7 @@ NSError ImageTrackWriter::write(BlockStream &stream)
     if (error)
         return error;
     m_pipeline.reset(); // all was read, so nothing hangs; the next track needs the memory
-    return {};
+    return m_image->verifyEmptyFiles(stream.cancellation());
 }
 
 } // namespace Tessaron

@@ -50,6 +50,11 @@ public:
     [[nodiscard]] virtual NSError fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
                                             const std::stop_token &cancellation) const = 0;
 
+    /// Looks again at the files that have no byte in the image because they were empty: an error names one that holds
+    /// something now, which no read would notice. Call it when all blocks are written. What follows a cancel is of no
+    /// interest.
+    [[nodiscard]] virtual NSError verifyEmptyFiles(const std::stop_token &cancellation) const = 0;
+
     /// The file behind FileRun::fileIndex.
     [[nodiscard]] virtual FileContents fileContents(std::uint32_t fileIndex) const = 0;
 };

@@ -8,6 +8,7 @@
 #include <array>
 #include <climits>
 #include <fcntl.h>
+#include <sys/stat.h>
 
 namespace Tessaron
 {
@@ -25,6 +26,14 @@ UniqueDescriptor openIn(int folder, const FSRef &ref)
     *std::copy(name.begin(), name.end(), terminated.begin()) = '\0';
     return UniqueDescriptor(
         ::openat(folder, terminated.data(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+}
+
+/// True when a file that was empty certainly still is, or is gone: then nothing is lost.
+bool isStillEmpty(int folder, const FSRef &ref)
+{
+    const UniqueDescriptor descriptor = openIn(folder, ref);
+    struct stat status;
+    return descriptor && ::fstat(descriptor.get(), &status) == 0 && (!S_ISREG(status.st_mode) || status.st_size == 0);
 }
 
 /// Reads a part of a file and makes sure that the file is the planned one.
@@ -170,6 +179,27 @@ NSError PlannedImage::fillFile(NodeIndex file, std::uint64_t offset, std::span<s
         return {};
     }
     return readChecked(m_tree->fileContents(file), folder, offset, out, cancellation);
+}
+
+NSError PlannedImage::verifyEmptyFiles(const std::stop_token &cancellation) const
+{
+    SourceFolder folder;
+    for (NodeIndex node = 0; node < m_tree->nodes.size(); ++node) {
+        const ContentNode &content = m_tree->nodes[node];
+        if (!content.isFile() || content.fileSize() > 0 || content.sourceNode == 0)
+            continue;
+        if (cancellation.stop_requested())
+            return {};
+        const FileContents file = m_tree->fileContents(node);
+        if (isStillEmpty(folder.descriptorFor(file.ref), file.ref))
+            continue;
+        NSError error;
+        (void)openFileContents(file, &error, cancellation);
+        // Of a file that vanished, cannot be opened or was only touched, everything is in the image.
+        if (error && error.code() == fBsyErr)
+            return error;
+    }
+    return {};
 }
 
 FileContents PlannedImage::fileContents(std::uint32_t fileIndex) const

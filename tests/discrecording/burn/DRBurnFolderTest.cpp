@@ -106,6 +106,42 @@ TEST(DRBurnOfAFolder, fails_namingTheFile_whenItShrinksGrowsOrVanishes)
     EXPECT_EQ(failureAfter([](const QByteArray &path) { ::utimes(path.constData(), nullptr); }), fBsyErr);
 }
 
+TEST(DRBurnOfAFolder, fails_namingTheFile_whenAnEmptyOneGrowsWhileOthersAreWritten)
+{
+    const TemporaryTree tree;
+    tree.makeFile("source/a/empty");
+    tree.makeFile("source/b/empty");
+    tree.makeFile("source/data", QByteArray(3 << 20, 'x'));
+    MemoryConsumer consumer;
+    bool isChanged = false;
+    consumer.beforeWrite = [&] {
+        if (!std::exchange(isChanged, true))
+            tree.makeFile("source/b/empty", "a line");
+    };
+    const QVariantMap final = burnFolder(tree, consumer);
+    EXPECT_EQ(final.value(DRStatusStateKey), DRStatusStateFailed);
+    EXPECT_EQ(code(final), fBsyErr);
+    EXPECT_TRUE(information(final).contains(tree.pathText("source/b/empty"))) << information(final).toStdString();
+    EXPECT_TRUE(information(final).contains(QStringLiteral("had 0 bytes and now has 6")));
+}
+
+TEST(DRBurnOfAFolder, isDone_whenEmptyFilesVanishOrAreTouched)
+{
+    const TemporaryTree tree;
+    tree.makeFile("source/empty");
+    tree.makeFile("source/other");
+    tree.makeFile("source/data", QByteArray(3 << 20, 'x'));
+    MemoryConsumer consumer;
+    bool isChanged = false;
+    consumer.beforeWrite = [&] {
+        if (std::exchange(isChanged, true))
+            return;
+        ::unlink(tree.path("source/empty").constData());
+        ::utimes(tree.path("source/other").constData(), nullptr);
+    };
+    EXPECT_EQ(burnFolder(tree, consumer).value(DRStatusStateKey), DRStatusStateDone);
+}
+
 TEST(DRBurnOfAFolder, abort_endsCancelled_inEachState)
 {
     const TemporaryTree tree;

@@ -48,6 +48,7 @@ public:
     [[nodiscard]] ImagePiece pieceAt(std::uint32_t at, std::uint32_t wanted) const override;
     [[nodiscard]] NSError fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
                                     const std::stop_token &cancellation) const override;
+    [[nodiscard]] NSError verifyEmptyFiles(const std::stop_token & /*cancellation*/) const override { return {}; }
     [[nodiscard]] FileContents fileContents(std::uint32_t fileIndex) const override { return m_files[fileIndex]; }
 
     std::optional<std::uint32_t> failingBlock; ///< the piece with it cannot be read
