@@ -1,13 +1,12 @@
 #include "imaging/ImageFinisher.h"
 
 #include "platform/discrecording/burn/BurnErrors.h"
-#include "platform/discrecording/objects/DRTrack.h"
+#include "platform/disctracks/vant/VANTTrailer.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/PathBytes.h"
 #include "platform/foundation/UniqueDescriptor.h"
 #include <TessaronClasses/CueSheets.h>
-#include <TessaronClasses/VANTHeader.h>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -49,44 +48,16 @@ NSError writingError(int errnoValue, const QByteArray &path)
     return burnOutputError(errnoValue, nameOf(path));
 }
 
-/// Gives the track's properties to those who describe it; it has no data.
-class DescribedTrack final : public DRTrackProducer
+/// What the standard cue sheet can say. Numbers for a recorder have no place in any.
+bool isOnePlainTrack(const TableOfContents &contents)
 {
-public:
-    std::uint32_t produceDataForTrack(DRTrack * /*track*/, char * /*intoBuffer*/, std::uint32_t /*length*/,
-                                      std::uint64_t /*atAddress*/, std::uint32_t /*blockSize*/,
-                                      std::uint32_t * /*ioFlags*/) override
-    {
-        return 0;
-    }
-};
-
-std::shared_ptr<DRTrack> layoutTrack(const DiscTrack &described)
-{
-    const std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(std::make_shared<DescribedTrack>());
-    QVariantMap properties = {{DRBlockSizeKey, described.blockSize}, {DRTrackLengthKey, quint64(described.length)}};
-    const RecordingNumbers numbers = recordingNumbers(described);
-    const auto add = [&](const QString &key, const std::optional<std::int32_t> &number) {
-        if (number)
-            properties.insert(key, *number);
-    };
-    add(DRTrackModeKey, numbers.trackMode);
-    add(DRDataFormKey, numbers.dataForm);
-    add(DRBlockTypeKey, numbers.blockType);
-    add(DRSessionFormatKey, numbers.sessionFormat);
-    track->setProperties(properties);
-    return track;
-}
-
-QByteArray trailerOf(const TableOfContents &contents)
-{
-    std::vector<DRTrackArray> layout;
-    for (const DiscSession &session : contents.sessions) {
-        DRTrackArray &tracks = layout.emplace_back();
-        for (const DiscTrack &track : session.tracks)
-            tracks.push_back(layoutTrack(track));
-    }
-    return VANTHeaderForDRLayout(layout);
+    if (contents.trackCount() != 1)
+        return false;
+    TableOfContents plain = contents;
+    plain.sessions.front().tracks.front().recording = {};
+    TableOfContents expected = contentsOfPlainImage(contents.storedBytes());
+    expected.sessions.front().tracks.front().recording = {};
+    return plain == expected;
 }
 
 bool isRegularFile(int descriptor, struct stat *status)
@@ -121,6 +92,7 @@ TableOfContents contentsOfPlainImage(std::uint64_t bytes)
     track.kind = TrackKind::Mode1;
     track.blockSize = plainBlockSize;
     track.length = bytes / plainBlockSize;
+    track.recording = {4, 16, 8, 0};
     return TableOfContents::withTrack(track);
 }
 
@@ -162,21 +134,21 @@ NSError ImageFinisher::finish(const UnfinishedImage &image) const
 
 NSError ImageFinisher::addTrailer(int descriptor, const QByteArray &imagePath) const
 {
-    const QByteArray trailer = trailerOf(m_contents);
-    if (trailer.isEmpty())
+    const Result<QByteArray> trailer = vantTrailer(m_contents);
+    if (!trailer)
         return fileError(paramErr, imagePath, QStringLiteral("No VANT trailer can describe the tracks of “%1”."),
                          QStringLiteral("Choose another format."));
     struct stat status;
     // In a pipe or a device the blocks end where the position is.
     if (isRegularFile(descriptor, &status) && ::lseek(descriptor, status.st_size, SEEK_SET) < 0)
         return writingError(errno, imagePath);
-    const int failure = writeFully(descriptor, trailer.constData(), std::size_t(trailer.size()));
+    const int failure = writeFully(descriptor, trailer->constData(), std::size_t(trailer->size()));
     return failure == 0 ? NSError() : writingError(failure, imagePath);
 }
 
 NSError ImageFinisher::writeCueSheet(int descriptor, const QByteArray &imagePath) const
 {
-    if (m_contents != contentsOfPlainImage(m_contents.storedBytes()))
+    if (!isOnePlainTrack(m_contents))
         return fileError(paramErr, imagePath, QStringLiteral("No cue sheet can describe the tracks of “%1”."),
                          QStringLiteral("Choose another format."));
     // ASCII, except that the image's name stands there as it is.

@@ -1,6 +1,7 @@
 #include "platform/discrecording/burn/ProducerTrackWriter.h"
 
 #include "platform/discrecording/burn/BurnErrors.h"
+#include "platform/discrecording/objects/DRTrackDescription.h"
 
 #include <algorithm>
 #include <chrono>
@@ -16,7 +17,6 @@ namespace
 {
 
 constexpr std::uint32_t bufferSize = 1u << 20; // bytes; rounded down to whole blocks
-constexpr std::uint32_t largestBlockSize = 65536;
 constexpr int retries = 5;
 constexpr std::chrono::milliseconds retryDelay(20);
 
@@ -25,13 +25,10 @@ NSError layoutError(const QString &description)
     return burnError(paramErr, description);
 }
 
-/// The whole number under the key; false when there is none or it is negative.
-bool readNumber(const QVariantMap &properties, const QString &key, std::uint64_t *number)
+/// Preparing may change what a recorder is told, but not how many bytes come.
+bool haveSameSize(const DiscTrack &one, const DiscTrack &other)
 {
-    const QVariant value = properties.value(key);
-    bool isNumber = false;
-    *number = value.toULongLong(&isNumber);
-    return value.isValid() && isNumber && (value.typeId() == QMetaType::ULongLong || value.toLongLong() >= 0);
+    return one.blockSize == other.blockSize && one.length == other.length && one.pregap == other.pregap;
 }
 
 /// Cleans a prepared producer up, also after an exception.
@@ -63,25 +60,18 @@ bool waitBeforeRetry(const std::stop_token &cancellation)
 
 } // namespace
 
-DiscTrack describeProducerTrack(const DRTrack &track, NSError *error)
+Result<DiscTrack> describeProducerTrack(const DRTrack &track)
 {
-    const QVariantMap properties = track.properties();
-    std::uint64_t blockSize = 0;
-    std::uint64_t length = 0;
-    std::uint64_t pregap = 0;
-    if (!readNumber(properties, DRBlockSizeKey, &blockSize) || blockSize == 0 || blockSize > largestBlockSize)
-        *error = layoutError(QStringLiteral("A track says no valid block size (%1).").arg(DRBlockSizeKey));
-    else if (!readNumber(properties, DRTrackLengthKey, &length) || length == 0)
-        *error = layoutError(QStringLiteral("A track says no valid length (%1).").arg(DRTrackLengthKey));
-    else if (properties.contains(DRPreGapLengthKey) && !readNumber(properties, DRPreGapLengthKey, &pregap))
-        *error = layoutError(QStringLiteral("A track says no valid pregap (%1).").arg(DRPreGapLengthKey));
-    else if (constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max(); length > most || pregap > most)
-        *error = layoutError(QStringLiteral("A track of %1 blocks is longer than any disc.").arg(length));
-    DiscTrack described;
-    described.kind = TrackKind::Unstated;
-    described.blockSize = std::uint32_t(blockSize);
-    described.length = length;
-    described.pregap = {pregap, true};
+    Result<DiscTrack> described = discTrackOfProperties(track.properties());
+    if (!described)
+        return described;
+    constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max();
+    if (described->length == 0)
+        return layoutError(QStringLiteral("A track says no valid length (%1).").arg(DRTrackLengthKey));
+    if (described->length > most || described->pregap.length > most)
+        return layoutError(QStringLiteral("A track of %1 blocks is longer than any disc.").arg(described->length));
+    described->pregap.isStored = true;
+    described->postgap.isStored = true;
     return described;
 }
 
@@ -110,14 +100,13 @@ NSError ProducerTrackWriter::write(BlockStream &stream)
 
 NSError ProducerTrackWriter::writePrepared(BlockStream &stream)
 {
-    NSError error;
-    const DiscTrack prepared = describeProducerTrack(*m_track, &error);
-    if (error)
-        return error;
-    if (prepared != m_described)
+    const Result<DiscTrack> prepared = describeProducerTrack(*m_track);
+    if (!prepared)
+        return prepared.error();
+    if (!haveSameSize(*prepared, m_described))
         return layoutError(QStringLiteral("A track changed its size while it was prepared."));
     m_buffer.resize(std::size_t(bufferSize / m_described.blockSize) * m_described.blockSize);
-    error = writePart(stream, &DRTrackProducer::producePreGapForTrack, m_described.pregap.length);
+    const NSError error = writePart(stream, &DRTrackProducer::producePreGapForTrack, m_described.pregap.length);
     return error ? error : writePart(stream, &DRTrackProducer::produceDataForTrack, m_described.length);
 }
 

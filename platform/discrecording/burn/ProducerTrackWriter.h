@@ -8,9 +8,9 @@
 namespace Tessaron
 {
 
-/// The track as its properties describe it: block size, length, pregap. `*error` says what is missing or makes no
-/// sense.
-[[nodiscard]] DiscTrack describeProducerTrack(const DRTrack &track, NSError *error);
+/// The track as its properties describe it; its gaps come from the producer and are stored. An error says which
+/// property is missing or makes no sense.
+[[nodiscard]] Result<DiscTrack> describeProducerTrack(const DRTrack &track);
 
 /// Writes one track that a producer delivers: prepares it, asks for the pregap and the data, and cleans up in every
 /// case. A stop is seen between two calls of the producer.

@@ -15,11 +15,10 @@ Result<std::unique_ptr<TrackWriter>> trackWriterFor(const std::shared_ptr<DRTrac
     if (!track)
         return burnError(paramErr, QStringLiteral("A track of the layout is missing."));
     if (track->producer()) {
-        NSError error;
-        const DiscTrack described = describeProducerTrack(*track, &error);
-        if (error)
-            return error;
-        return std::make_unique<ProducerTrackWriter>(track, described, burn);
+        const Result<DiscTrack> described = describeProducerTrack(*track);
+        if (!described)
+            return described.error();
+        return std::make_unique<ProducerTrackWriter>(track, *described, burn);
     }
     if (track->rootFolder())
         return std::make_unique<ImageTrackWriter>(track->rootFolder());

@@ -19,12 +19,12 @@ class ProducerTrackWriterTest : public testing::Test
 protected:
     NSError write(const std::shared_ptr<DRTrack> &track)
     {
-        NSError error;
-        const DiscTrack described = describeProducerTrack(*track, &error);
-        EXPECT_TRUE(error.isNull()) << error.localizedDescription().toStdString();
+        const Result<DiscTrack> described = describeProducerTrack(*track);
+        if (!described)
+            return described.error();
         CallbackSink sink(consumer);
         BlockStream stream(sink, cancellation.get_token());
-        return ProducerTrackWriter(track, described, nullptr).write(stream);
+        return ProducerTrackWriter(track, *described, nullptr).write(stream);
     }
     [[nodiscard]] QStringList wholeLife() const
     {
@@ -40,8 +40,7 @@ QString descriptionError(const QVariantMap &properties)
 {
     const std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(std::make_shared<TestProducer>());
     track->setProperties(properties);
-    NSError error;
-    (void)describeProducerTrack(*track, &error);
+    const NSError error = describeProducerTrack(*track).error();
     EXPECT_EQ(error.code(), paramErr);
     return error.localizedDescription();
 }
@@ -50,13 +49,12 @@ QString descriptionError(const QVariantMap &properties)
 
 TEST_F(ProducerTrackWriterTest, description_isReadFromTheProperties)
 {
-    NSError error;
-    const DiscTrack track = describeProducerTrack(*trackOfProducer(producer, 12, 2352, 150), &error);
-    EXPECT_TRUE(error.isNull());
-    EXPECT_EQ(track.blockSize, 2352u);
-    EXPECT_EQ(track.length, 12u);
-    EXPECT_EQ(track.pregap, (TrackGap{150, true}));
-    EXPECT_EQ(track.storedBytes(), 162u * 2352);
+    const Result<DiscTrack> track = describeProducerTrack(*trackOfProducer(producer, 12, 2352, 150));
+    ASSERT_TRUE(track);
+    EXPECT_EQ(track->blockSize, 2352u);
+    EXPECT_EQ(track->length, 12u);
+    EXPECT_EQ(track->pregap, (TrackGap{150, true}));
+    EXPECT_EQ(track->storedBytes(), 162u * 2352);
 }
 
 TEST_F(ProducerTrackWriterTest, description_isAnError_whenSomethingIsMissingOrMakesNoSense)
@@ -143,6 +141,27 @@ TEST_F(ProducerTrackWriterTest, write_cleansUp_whenTheProducerGetsNoMemory)
     producer->beforeData = [](std::uint64_t) { throw std::bad_alloc(); };
     EXPECT_THROW((void)write(trackOfProducer(producer, 20)), std::bad_alloc);
     EXPECT_EQ(producer->calls, wholeLife());
+}
+
+TEST_F(ProducerTrackWriterTest, write_goesOn_whenPreparingChangesOnlyWhatARecorderIsTold)
+{
+    producer->onPrepare = [](DRTrack &track) {
+        QVariantMap properties = track.properties();
+        properties.insert(DRTrackModeKey, 5);
+        track.setProperties(properties);
+    };
+    EXPECT_TRUE(write(trackOfProducer(producer, 20)).isNull());
+}
+
+TEST_F(ProducerTrackWriterTest, write_givesThePostgapAsTheProducerHasIt)
+{
+    const std::shared_ptr<DRTrack> track = trackOfProducer(producer, 20);
+    QVariantMap properties = track->properties();
+    properties.insert(DRPostGapLengthKey, 5u);
+    track->setProperties(properties);
+    EXPECT_EQ(describeProducerTrack(*track)->storedBytes(), 20u * 2048);
+    EXPECT_TRUE(write(track).isNull());
+    EXPECT_TRUE(consumer.bytes == TestProducer::pattern(20 * 2048));
 }
 
 TEST_F(ProducerTrackWriterTest, write_cleansUp_whenTheConsumerFails)
