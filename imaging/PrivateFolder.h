@@ -7,8 +7,8 @@
 namespace Tessaron
 {
 
-/// A folder in a place where everybody may write, for this user alone: with mode 0700, never a link that somebody
-/// planted, never somebody else's folder. Thread-safe.
+/// A folder for this user alone in a place where all users may write: with mode 0700, never a link, never a folder of
+/// another user. Thread-safe.
 class PrivateFolder
 {
 public:

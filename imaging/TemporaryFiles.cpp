@@ -13,7 +13,7 @@ namespace Tessaron
 namespace
 {
 
-/// The login name of the user whose rights the process has; their number when the system knows no name.
+/// The login name of the user whose rights the process has, or that user's number where the system has no name for it.
 QByteArray loginName()
 {
     std::vector<char> buffer(1024);

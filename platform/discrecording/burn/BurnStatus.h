@@ -12,7 +12,7 @@
 namespace Tessaron
 {
 
-/// Status and amounts of one burn, and the posting of its changes. The burn thread changes it, anybody reads it.
+/// Status and amounts of one burn, and the posting of its changes. Changed by the burn thread, read by any.
 ///
 /// Observers see the states in their order: while they are called, status() answers what was true when their
 /// notification was posted. Progress is posted at most 25 times a second and never piles up: as long as the last

@@ -37,8 +37,8 @@ public:
         return std::ranges::any_of(observers, [=](const Observer &each) { return each.identifier == identifier; });
     }
 
-    /// Calls who observes, on the centre's thread. A handler may take observers out, itself included, and may add some:
-    /// those hear of later notifications only.
+    /// Calls the observers, on the centre's thread. A handler may take observers out, itself included, and may add
+    /// some, which hear of later notifications only.
     void callObservers(const QString &name, DRBurn &sender)
     {
         std::vector<std::pair<std::uint64_t, Handler>> called;

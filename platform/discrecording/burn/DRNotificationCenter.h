@@ -27,7 +27,8 @@ public:
     /// The centre of the calling thread's event loop; made on first use, lives until the thread's end.
     [[nodiscard]] static std::shared_ptr<DRNotificationCenter> currentRunLoopCenter();
 
-    /// `observer` names who observes and is never dereferenced; `sender` null means every burn. On the centre's thread.
+    /// `observer` identifies the observer and is never dereferenced; a null `sender` means every burn. On the centre's
+    /// thread.
     void addObserver(const void *observer, const QString &name, const DRBurn *sender, Handler handler);
     /// Takes out what `observer` registered under `name` for `sender`; null means any. Nothing reaches it afterwards,
     /// not even what was posted already. On the centre's thread.

@@ -76,7 +76,7 @@ NSError ImageTrackWriter::write(BlockStream &stream)
     }
     if (error)
         return error;
-    m_pipeline.reset(); // all was read, so nothing hangs; the next track needs the memory
+    m_pipeline.reset(); // all is read, so this does not wait; the next track needs the memory
     return m_image->verifyEmptyFiles(stream.cancellation());
 }
 
