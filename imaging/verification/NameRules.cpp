@@ -101,6 +101,26 @@ bool isLongEnoughForCut(VolumeKind kind, const QString &recorded)
     return recorded.size() >= sureLength(kind) - slack;
 }
 
+/// True when the text may be the end of a cut name: the system that Joliet was made for takes dots and blanks off
+/// there.
+bool mayEndWith(VolumeKind kind, const QString &source, const QString &end, qsizetype from)
+{
+    if (source.indexOf(end, from) >= 0)
+        return true;
+    if (kind != VolumeKind::Joliet || !end.endsWith(u'_'))
+        return false;
+    return source.indexOf(end.chopped(1) + u'.', from) >= 0 || source.indexOf(end.chopped(1) + u' ', from) >= 0;
+}
+
+/// A name that was cut first may get its number before what looks like an extension since then.
+bool mayBeNumberedAfterCut(VolumeKind kind, const QString &recorded, const QString &source)
+{
+    const NameParts parts = partsOf(recorded);
+    const QString stem = withoutNumber(parts.stem);
+    return stem != parts.stem && !parts.extension.isEmpty() && source.startsWith(stem)
+        && mayEndWith(kind, source, parts.extension, stem.size());
+}
+
 bool mayBeUnicodeForm(VolumeKind kind, const QString &recorded, const QString &source)
 {
     if (recorded == source)
@@ -121,7 +141,7 @@ bool mayBeUnicodeForm(VolumeKind kind, const QString &recorded, const QString &s
         if (isStem(stem, parts.stem) || (withoutNumber(stem) != stem && isStem(withoutNumber(stem), parts.stem)))
             return true;
     }
-    return false;
+    return mayHaveBeenCut && mayBeNumberedAfterCut(kind, recorded, source);
 }
 
 bool isDCharacter(QChar unit)

@@ -88,6 +88,12 @@ TEST(NameRules, longNames_areCutOnlyAsFarAsNeeded)
     EXPECT_TRUE(
         mayBe(VolumeKind::Joliet, name.substr(0, 102) + "_", name.substr(0, 102) + ". a longer name than that"));
     EXPECT_FALSE(mayBe(VolumeKind::Joliet, name.substr(0, 20) + ".txt", name + ".txt"));
+    // Cut to 103 units, it seems to have an extension, which its number comes before.
+    const std::string longExtension = name.substr(0, 92) + "." + std::string(20, 'e');
+    EXPECT_TRUE(mayBe(VolumeKind::Joliet, name.substr(0, 90) + "_1." + std::string(10, 'e'), longExtension));
+    EXPECT_FALSE(mayBe(VolumeKind::Joliet, name.substr(0, 90) + "_1." + std::string(10, 'f'), longExtension));
+    const std::string dots = name.substr(0, 101) + "..." + name;
+    EXPECT_TRUE(mayBe(VolumeKind::Joliet, name.substr(0, 99) + "_1._", dots));
     EXPECT_FALSE(mayBe(VolumeKind::HFSPlus, name.substr(0, 99) + ".txt", name + ".txt"));
 }
 
