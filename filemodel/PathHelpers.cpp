@@ -142,7 +142,7 @@ bool isFinderAliasAtPath(const QString &path)
 bool deleteDirectoryAtPathIfEmpty(const QString &path)
 {
     QByteArray bytes = fileSystemRepresentation(path);
-    // A link to a folder is none, with or without a slash behind it.
+    // A link to a folder does not count as one, with or without a slash behind it.
     while (bytes.size() > 1 && bytes.endsWith('/'))
         bytes.chop(1);
     QByteArray absolute;

@@ -32,7 +32,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size)
 {
     QByteArray packs(reinterpret_cast<const char *>(bytes), qsizetype(size));
     readAndCheck(packs);
-    // An engine does not find checksums by chance.
+    // A fuzzing engine hardly ever finds a checksum that fits.
     for (qsizetype at = 0; at + qsizetype(cdTextPackSize) <= packs.size(); at += qsizetype(cdTextPackSize)) {
         auto *const pack = reinterpret_cast<std::uint8_t *>(packs.data()) + at;
         const std::uint16_t checksum = subchannelChecksum(pack, 16);

@@ -24,7 +24,7 @@ void readAndCheck(const std::uint8_t *bytes, std::size_t size)
 int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size)
 {
     readAndCheck(bytes, size);
-    // An engine does not find checksums by chance.
+    // A fuzzing engine hardly ever finds a checksum that fits.
     std::vector<std::uint8_t> corrected(bytes, bytes + size);
     Tessaron::correctVANTChecksum(corrected.data(), size);
     readAndCheck(corrected.data(), size);

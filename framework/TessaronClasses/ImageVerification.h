@@ -19,7 +19,7 @@
 namespace Tessaron
 {
 
-/// What is held against what.
+/// An image, and the sources that it is compared with.
 struct VerificationRequest {
     std::shared_ptr<const DiscImageSource> image;
     std::vector<FoundVolume> volumes; ///< of the image, see volumesInImage()
