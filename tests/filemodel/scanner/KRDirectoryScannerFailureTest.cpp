@@ -171,6 +171,9 @@ TEST_F(KRDirectoryScannerFailure, noFolderIsLost_whenDescriptorsAreFew)
 
 TEST_F(KRDirectoryScannerFailure, noFolderIsLost_ofManyBelowEachOther_whenDescriptorsAreFew)
 {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer looks at objects through a pipe, for which there are no descriptors here";
+#endif
     QByteArray path("top");
     for (int level = 0; level < 300; ++level) {
         path += "/d";
