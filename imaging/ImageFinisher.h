@@ -51,8 +51,8 @@ public:
     /// the caller drops them, unless they have got their names already (the error then says that they are whole).
     [[nodiscard]] NSError finish(const UnfinishedImage &image) const;
 
-    /// Completes an image that was written under its final name. When its cue sheet cannot be written, there is none;
-    /// when its trailer cannot, the image is left without one.
+    /// Completes an image that was written under its final name. When writing its cue sheet fails, no sheet is left;
+    /// when writing its trailer fails, the image is left without a trailer.
     [[nodiscard]] NSError finishInPlace(const QByteArray &imagePath) const;
 
 private:

@@ -46,7 +46,7 @@ struct DiscImageResult {
     /// codes are those of DiscJobErrors.h.
     NSError error;
     QByteArray imagePath; ///< where the image is or was to be, symbolic links followed; empty for a descriptor
-    QByteArray cueSheetPath; ///< empty when there is none
+    QByteArray cueSheetPath; ///< empty for formats without a cue sheet
     QString volumeName; ///< as it was asked for, or for DVD-Video as players need it
     std::uint64_t bytes = 0; ///< of the image file
     std::uint64_t files = 0;

@@ -24,7 +24,7 @@ struct ImageInspection {
     std::vector<VolumeProblem> problems; ///< the first hundred that checkDiscImage() told
     std::uint64_t problemCount = 0; ///< all that it told
     std::uint64_t unsupportedCount = 0; ///< of these, those that are not damage
-    std::optional<BootCatalog> bootCatalog; ///< of El Torito; absent when there is none
+    std::optional<BootCatalog> bootCatalog; ///< of El Torito; absent when the image does not boot
 };
 
 /// Finds out which filesystems an image has, walks them all, and counts what is in them. See DiscJob for threads and

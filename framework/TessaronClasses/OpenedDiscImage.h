@@ -40,7 +40,7 @@ enum class DiscImageLayout : std::uint8_t {
 /// A disc image that was opened to be looked at.
 struct OpenedDiscImage {
     QByteArray path; ///< of the file that holds the blocks
-    QByteArray cueSheet; ///< path of the sheet that describes it; empty when there is none
+    QByteArray cueSheet; ///< path of the sheet that describes it; empty for an image without a sheet
     DiscImageLayout layout = DiscImageLayout::Blocks;
     std::shared_ptr<const DiscImageSource> source; ///< never null
     std::vector<DiscImageTrack> tracks; ///< empty when nothing describes them

@@ -24,7 +24,7 @@ NSError sourceError(const QByteArray &path, const QString &message, const QStrin
     return discJobError(DiscJobErrorCode::Source, message, advice, path);
 }
 
-/// The real path, all links resolved; empty with `errno` set when there is none.
+/// The real path, all links resolved; empty, with `errno` set, when nothing is there.
 QByteArray resolved(const QByteArray &path)
 {
     const std::unique_ptr<char, decltype(&std::free)> result(::realpath(path.constData(), nullptr), &std::free);

@@ -32,7 +32,7 @@ struct BootCatalog {
     std::vector<BootEntry> entries; ///< the first is the one that is used without a choice
 };
 
-/// The boot catalog that a boot record among the volume descriptors leads to; absent when there is none, or when it
+/// The boot catalog that a boot record among the volume descriptors leads to; absent without such a record, or when it
 /// lies beyond the end of the image.
 [[nodiscard]] TESSARON_EXPORT std::optional<BootCatalog> readBootCatalog(const DiscImageSource &source);
 

@@ -22,7 +22,7 @@ struct CheckedIsoDescriptor {
     std::uint32_t blockSize = 0; ///< bytes
     std::uint32_t blockCount = 0;
     std::uint32_t pathTableLength = 0; ///< bytes
-    std::array<std::uint32_t, 2> littleEndianTables{}; ///< blocks; the second, a copy, is 0 when there is none
+    std::array<std::uint32_t, 2> littleEndianTables{}; ///< blocks; the second, an optional copy, may be 0
     std::array<std::uint32_t, 2> bigEndianTables{};
     std::array<std::uint8_t, rootRecordSize> rootRecord{};
 };

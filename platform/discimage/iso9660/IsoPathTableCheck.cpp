@@ -111,7 +111,7 @@ private:
         if (length % 2 == 1 && record.back() != 0)
             m_problems.unnoticed(offset + identifierField + length, structure(),
                                  QStringLiteral("a byte that has to be zero is not"));
-        // Behind so many folders there is no true number any more; writers put in what they like.
+        // The field has 16 bits: past 65,535 folders no number in it can be right, and writers differ.
         const std::uint32_t wanted = m_folders[index].parent;
         if (isRoot ? parent != 1 : !isParent(parent, wanted))
             return wrong(parentField, QStringLiteral("a record names another parent than its folder has"));
