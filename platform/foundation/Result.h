@@ -34,7 +34,8 @@ public:
         std::constructible_from<Value, Other> &&std::convertible_to<
             Other,
             Value> && !std::same_as<std::remove_cvref_t<Other>, NSError> && !std::same_as<std::remove_cvref_t<Other>, Result>)
-        Result(Other &&value)
+        // The constraint excludes Result itself, which the check for constructors that hide the copy does not see.
+        Result(Other &&value) // NOLINT(bugprone-forwarding-reference-overload)
         : m_content(std::in_place_index<0>, std::forward<Other>(value))
     {
     }
