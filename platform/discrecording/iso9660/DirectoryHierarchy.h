@@ -24,6 +24,7 @@ struct HierarchyTraits {
     Iso9660Level level = Iso9660Level::Two;
     bool hasRockRidge = false;
     bool wantsOneSection = false; ///< a level was asked for that allows no more for a file (ECMA-119 10.1, 10.2)
+    std::uint32_t firstBlock = 0; ///< of the image on its disc: recorded addresses count from the disc's begin
 };
 
 /// A folder of a hierarchy.

@@ -192,7 +192,7 @@ void DirectoryRecords::setExtent(NodeIndex node, std::uint32_t section)
         size = std::uint64_t{folder.blockCount} * logicalBlockSize;
     } else if (content.isFile() && content.fileSize() > 0) {
         const std::uint64_t offset = section * fileSectionSize;
-        block = tree.nodes[content.contentsOwner()].extentStart() + offset / logicalBlockSize;
+        block = m_places->image + tree.nodes[content.contentsOwner()].extentStart() + offset / logicalBlockSize;
         size = std::min(content.fileSize() - offset, fileSectionSize);
         const bool isLast = offset + size >= content.fileSize();
         m_record[25] = static_cast<std::uint8_t>((m_record[25] & ~flagMultiExtent) | (isLast ? 0 : flagMultiExtent));

@@ -9,8 +9,9 @@
 namespace Tessaron
 {
 
-/// Where the parts of a hierarchy lie in the image.
+/// Where the parts of a hierarchy lie on the disc.
 struct HierarchyPlaces {
+    std::uint64_t image = 0; ///< first block of the image
     std::uint64_t directories = 0; ///< first block of the directories with their continuation areas
 };
 

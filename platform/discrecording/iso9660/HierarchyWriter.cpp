@@ -75,15 +75,20 @@ void HierarchyWriter::place(ImageLayout &layout)
 {
     const std::uint64_t tableBlocks = blocksForBytes(m_pathTable.size());
     m_facts.pathTableBytes = static_cast<std::uint32_t>(m_pathTable.size());
-    m_facts.littleEndianPathTable =
-        static_cast<std::uint32_t>(layout.allocate(tableBlocks, this, LittleEndianPathTable));
-    m_facts.bigEndianPathTable = static_cast<std::uint32_t>(layout.allocate(tableBlocks, this, BigEndianPathTable));
-    m_facts.places.directories = layout.allocate(m_hierarchy.directoryBlocks(), this, Directories);
+    const std::uint64_t image = m_hierarchy.traits().firstBlock;
+    const auto place = [&](std::uint64_t blocks, Region region) {
+        return image + layout.allocate(blocks, this, region);
+    };
+    m_facts.places.image = image;
+    m_facts.littleEndianPathTable = static_cast<std::uint32_t>(place(tableBlocks, LittleEndianPathTable));
+    m_facts.bigEndianPathTable = static_cast<std::uint32_t>(place(tableBlocks, BigEndianPathTable));
+    m_facts.places.directories = place(m_hierarchy.directoryBlocks(), Directories);
 }
 
 void HierarchyWriter::didPlaceFiles(std::uint32_t imageBlocks)
 {
-    m_facts.imageBlocks = imageBlocks;
+    // The volume space begins with the disc (ECMA-119 6.1.2), whatever lies in front of the image.
+    m_facts.imageBlocks = m_hierarchy.traits().firstBlock + imageBlocks;
 }
 
 void HierarchyWriter::fillDescriptor(std::uint32_t, std::span<std::uint8_t> descriptor) const

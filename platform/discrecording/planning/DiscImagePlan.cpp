@@ -70,7 +70,7 @@ public:
 
     DiscImagePlan plan(NSError *error)
     {
-        if (!makeTree(error) || !chooseFilesystems(error))
+        if (!checkFirstBlock(error) || !makeTree(error) || !chooseFilesystems(error))
             return {};
         makeWriters();
         if (!prepareWriters() || !layOut(error))
@@ -79,6 +79,7 @@ public:
     }
 
 private:
+    [[nodiscard]] bool checkFirstBlock(NSError *error) const;
     bool makeTree(NSError *error);
     bool chooseFilesystems(NSError *error);
     void makeWriters();
@@ -101,6 +102,16 @@ private:
     ImageLayout m_layout;
     std::vector<NodeIndex> m_files; ///< with extents of their own, in the order of these
 };
+
+bool Planner::checkFirstBlock(NSError *error) const
+{
+    const std::int64_t first = m_options.firstBlock.number();
+    if (first >= 0 && first <= std::numeric_limits<std::uint32_t>::max())
+        return true;
+    *error = planError(paramErr, QStringLiteral("No filesystem can begin at block %1 of a disc.").arg(first),
+                       QStringLiteral("Begin the track at block 0 or behind it."));
+    return false;
+}
 
 bool Planner::makeTree(NSError *error)
 {
@@ -139,8 +150,10 @@ bool Planner::chooseFilesystems(NSError *error)
 void Planner::makeWriters()
 {
     const VolumeTexts texts = volumeTextsOf(m_root);
+    const auto firstBlock = static_cast<std::uint32_t>(m_options.firstBlock.number());
     if ((m_filesystems & DRFilesystemInclusionMaskISO9660) != 0) {
         HierarchyTraits traits;
+        traits.firstBlock = firstBlock;
         traits.level = levelOf(m_root).value_or(Iso9660Level::Two);
         traits.wantsOneSection = levelOf(m_root).value_or(Iso9660Level::Three) < Iso9660Level::Three;
         traits.hasRockRidge = m_options.rockRidge;
@@ -148,18 +161,20 @@ void Planner::makeWriters()
     } else if ((m_filesystems & DRFilesystemInclusionMaskJoliet) != 0) {
         // A supplementary volume descriptor follows a primary one (ECMA-119 6.7.1): without it programs find nothing.
         HierarchyTraits traits;
+        traits.firstBlock = firstBlock;
         traits.filesystem = 0;
         m_writers.push_back(std::make_unique<HierarchyWriter>(m_tree, traits, texts));
     }
     if ((m_filesystems & DRFilesystemInclusionMaskJoliet) != 0) {
         HierarchyTraits traits;
+        traits.firstBlock = firstBlock;
         traits.tree = DRDiscTree::Joliet;
         traits.filesystem = DRFilesystemInclusionMaskJoliet;
         traits.coding = NameCoding::Joliet;
         m_writers.push_back(std::make_unique<HierarchyWriter>(m_tree, traits, texts));
     }
     if ((m_filesystems & DRFilesystemInclusionMaskUDF) != 0)
-        m_writers.push_back(std::make_unique<UdfWriter>(m_tree, texts));
+        m_writers.push_back(std::make_unique<UdfWriter>(m_tree, texts, firstBlock));
     // Behind the others, whose blocks it accounts for.
     if ((m_filesystems & DRFilesystemInclusionMaskHFSPlus) != 0) {
         const bool isAlone = m_filesystems == DRFilesystemInclusionMaskHFSPlus;
@@ -304,7 +319,8 @@ bool Planner::layOut(NSError *error)
     for (const auto &writer : m_writers)
         writer->placeLast(m_layout, m_options.trailingPaddingBlocks);
     m_layout.finish(m_options.trailingPaddingBlocks);
-    if (m_layout.blockCount() > std::numeric_limits<std::uint32_t>::max()) {
+    const std::uint64_t end = std::uint64_t(m_options.firstBlock.number()) + m_layout.blockCount();
+    if (end > std::numeric_limits<std::uint32_t>::max()) {
         *error = planError(dskFulErr,
                            QStringLiteral("The disc would be larger than the 8 TiB that its filesystems can hold."),
                            QStringLiteral("Put fewer files onto it."));

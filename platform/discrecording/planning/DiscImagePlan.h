@@ -2,6 +2,7 @@
 
 #include "platform/discrecording/image/BlockImage.h"
 #include "platform/discrecording/objects/DRFilesystems.h"
+#include "platform/disctracks/BlockAddress.h"
 #include "platform/foundation/NSError.h"
 
 #include <cstdint>
@@ -33,6 +34,9 @@ struct PlanOptions {
     std::optional<std::int64_t> sourceDateEpoch = sourceDateEpochFromEnvironment();
     /// Files of at least so many bytes come as FileRun pieces of their own; smaller ones are gathered.
     std::uint32_t bigFileSize = 256 * 1024;
+    /// Where on its disc the image begins: behind another track, or in a later session. The addresses that ISO 9660,
+    /// Joliet and the volume structures of UDF record count from the disc's begin; those of HFS+ from the image's.
+    BlockAddress firstBlock;
     /// How many threads look at the source files, this one included.
     unsigned int threadCount = 2;
 };
@@ -50,8 +54,9 @@ struct DiscImagePlan {
 /// need it.
 ///
 /// What cannot be stored as it stands is no error but an entry in the report. `*error` is set when there can be no
-/// image at all (no filesystem left to write, beyond 2^32 blocks). When `cancellation` is requested the answer is an
-/// empty plan with a null error. `progress`, when given, is told a number from 0 to 1 on the calling thread.
+/// image at all (no filesystem left to write, a first block below 0, an end beyond 2^32 blocks). When `cancellation` is
+/// requested the answer is an empty plan with a null error. `progress`, when given, is told a number from 0 to 1 on the
+/// calling thread.
 [[nodiscard]] DiscImagePlan planDiscImage(const std::shared_ptr<DRFolder> &root, const PlanOptions &options,
                                           const std::stop_token &cancellation,
                                           const std::function<void(double)> &progress, NSError *error);

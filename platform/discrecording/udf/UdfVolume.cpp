@@ -57,7 +57,7 @@ void storePartition(std::span<std::uint8_t> block, const UdfVolumeFacts &facts)
     storeLittleEndian<std::uint16_t>(&block[22], 0); // its number
     storeUdfEntityIdentifier(&block[24], "+NSR02", UdfIdentifierSuffix::None);
     storeLittleEndian<std::uint32_t>(&block[184], readOnly);
-    storeLittleEndian<std::uint32_t>(&block[188], UdfVolumeLayout::partition);
+    storeLittleEndian<std::uint32_t>(&block[188], facts.onDisc(UdfVolumeLayout::partition));
     storeLittleEndian<std::uint32_t>(&block[192], facts.partitionBlocks());
     storeUdfImplementation(&block[196]);
 }
@@ -76,13 +76,13 @@ void storeLogicalVolume(std::span<std::uint8_t> block, const UdfVolumeFacts &fac
     storeLittleEndian<std::uint32_t>(&block[268], 1); // partition maps
     storeUdfImplementation(&block[272]);
     storeUdfVolumeExtent(&block[432], UdfVolumeLayout::integrityBlocks * logicalBlockSize,
-                         UdfVolumeLayout::integritySequence);
+                         facts.onDisc(UdfVolumeLayout::integritySequence));
     block[440] = 1; // type of the map: a partition as it is
     block[441] = partitionMapSize;
     storeLittleEndian<std::uint16_t>(&block[442], 1); // volume of the set; its partition 0
 }
 
-/// A block of one of the two sequences (ECMA-167 3/8.4.2); `at` is where it lies, `index` which it is.
+/// A block of one of the two sequences (ECMA-167 3/8.4.2); `at` is where it lies on the disc, `index` which it is.
 void storeSequenceBlock(std::span<std::uint8_t> block, std::uint32_t index, std::uint32_t at,
                         const UdfVolumeFacts &facts)
 {
@@ -139,8 +139,8 @@ void storeIntegrity(std::span<std::uint8_t> block, std::uint32_t at, const UdfVo
 /// ECMA-167 3/10.2; in the first 512 bytes of the block.
 void storeAnchor(std::span<std::uint8_t> block, std::uint32_t at, const UdfVolumeFacts &facts)
 {
-    storeUdfVolumeExtent(&block[16], sequenceBytes, UdfVolumeLayout::mainSequence);
-    storeUdfVolumeExtent(&block[24], sequenceBytes, facts.reserveSequence());
+    storeUdfVolumeExtent(&block[16], sequenceBytes, facts.onDisc(UdfVolumeLayout::mainSequence));
+    storeUdfVolumeExtent(&block[24], sequenceBytes, facts.onDisc(facts.reserveSequence()));
     storeUdfTag(block.first(descriptorSize), UdfTag::AnchorVolumePointer, at);
 }
 
@@ -156,19 +156,20 @@ void storeUdfRecognition(std::span<std::uint8_t> block, std::uint32_t index)
 void storeUdfVolumeBlock(std::span<std::uint8_t> block, std::uint32_t at, const UdfVolumeFacts &facts)
 {
     using Layout = UdfVolumeLayout;
+    const std::uint32_t onDisc = facts.onDisc(at);
     if (at >= Layout::mainSequence && at < Layout::mainSequence + Layout::sequenceBlocks)
-        storeSequenceBlock(block, at - Layout::mainSequence, at, facts);
+        storeSequenceBlock(block, at - Layout::mainSequence, onDisc, facts);
     else if (at == Layout::integritySequence)
-        storeIntegrity(block, at, facts);
+        storeIntegrity(block, onDisc, facts);
     else if (at == Layout::integritySequence + 1)
-        storeTerminator(block, at);
+        storeTerminator(block, onDisc);
     else if (at == Layout::anchor)
-        storeAnchor(block, at, facts);
+        storeAnchor(block, onDisc, facts);
 }
 
 void storeUdfTailBlock(std::span<std::uint8_t> block, std::uint32_t index, const UdfVolumeFacts &facts)
 {
-    const std::uint32_t at = facts.reserveSequence() + index;
+    const std::uint32_t at = facts.onDisc(facts.reserveSequence() + index);
     if (index < UdfVolumeLayout::sequenceBlocks)
         storeSequenceBlock(block, index, at, facts);
     else

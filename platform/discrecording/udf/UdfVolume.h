@@ -9,8 +9,8 @@
 namespace Tessaron
 {
 
-/// The blocks at the beginning of an image that have their places by the standard, or that we give the same place in
-/// every image: between the volume descriptors, which begin at block 16, and the partition.
+/// The blocks at the beginning of an image, counted from there, that have their places by the standard, or that we give
+/// the same place in every image: between the volume descriptors, which begin at block 16, and the partition.
 struct UdfVolumeLayout {
     static constexpr std::uint32_t firstReserved = 16;
     static constexpr std::uint32_t mainSequence = 32;
@@ -30,6 +30,7 @@ struct UdfVolumeFacts {
     std::u16string volumeName;
     std::u16string volumeSet; ///< the set of volumes that it belongs to; begins with 16 digits that tell it from others
     FileTime time;
+    std::uint32_t firstBlock = 0; ///< of the image on its disc: places of the volume count from the disc's begin
     std::uint32_t imageBlocks = 0;
     std::uint32_t fileSet = 0; ///< block of the partition
     std::uint32_t rootIcb = 0; ///< block of the partition
@@ -37,8 +38,11 @@ struct UdfVolumeFacts {
     std::uint32_t fileCount = 0;
     std::uint32_t folderCount = 0; ///< the root included
 
+    /// In the image.
     [[nodiscard]] std::uint32_t reserveSequence() const { return imageBlocks - UdfVolumeLayout::tailBlocks; }
     [[nodiscard]] std::uint32_t partitionBlocks() const { return reserveSequence() - UdfVolumeLayout::partition; }
+    /// The place on the disc of a block of the image.
+    [[nodiscard]] std::uint32_t onDisc(std::uint32_t block) const { return firstBlock + block; }
 };
 
 /// Descriptors of the volume recognition sequence (ECMA-167 2/8.3): the beginning of those of ECMA-167, its second

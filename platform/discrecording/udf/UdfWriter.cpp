@@ -22,10 +22,11 @@ std::u16string digitsOf(std::uint32_t value)
 
 } // namespace
 
-UdfWriter::UdfWriter(std::shared_ptr<const ContentTree> tree, const VolumeTexts &texts)
+UdfWriter::UdfWriter(std::shared_ptr<const ContentTree> tree, const VolumeTexts &texts, std::uint32_t firstBlock)
     : m_texts(texts)
     , m_hierarchy(std::move(tree))
 {
+    m_facts.firstBlock = firstBlock;
 }
 
 bool UdfWriter::prepare(const PlanProgress &progress, StorageIssues &issues)

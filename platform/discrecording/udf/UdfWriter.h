@@ -17,7 +17,8 @@ namespace Tessaron
 class UdfWriter final : public FilesystemWriter
 {
 public:
-    UdfWriter(std::shared_ptr<const ContentTree> tree, const VolumeTexts &texts);
+    /// The image begins at `firstBlock` of its disc.
+    UdfWriter(std::shared_ptr<const ContentTree> tree, const VolumeTexts &texts, std::uint32_t firstBlock);
 
     [[nodiscard]] bool prepare(const PlanProgress &progress, StorageIssues &issues) override;
     [[nodiscard]] std::vector<NamedTree> trees() const override;

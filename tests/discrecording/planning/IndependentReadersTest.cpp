@@ -179,6 +179,84 @@ TEST_F(IndependentReaders, isovfy_findsNoErrors)
     EXPECT_TRUE(result.output.contains("No errors found")) << result.output.constData();
 }
 
+/// A file of a disc with two images: of an empty folder, and well behind it of the source.
+class IndependentReadersOfLaterTracks : public testing::Test
+{
+protected:
+    static constexpr std::uint32_t firstBlock = 11'702;
+
+    IndependentReadersOfLaterTracks()
+    {
+        makeTree(source);
+        PlanOptions options;
+        options.filesystems =
+            DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet | DRFilesystemInclusionMaskUDF;
+        options.firstBlock = BlockAddress(firstBlock);
+        const WrittenImage image(DRFolder::folderWithPath(source.pathText()), options);
+        EXPECT_FALSE(image.error()) << qPrintable(image.error().localizedDescription());
+        const TemporaryTree inFront;
+        const WrittenImage other(DRFolder::folderWithPath(inFront.pathText()));
+        QFile disc(discPath());
+        EXPECT_TRUE(disc.open(QIODevice::WriteOnly));
+        EXPECT_EQ(disc.write(other.bytes(0, other.size())), qint64(other.size()));
+        EXPECT_TRUE(disc.seek(qint64(firstBlock) * 2048));
+        EXPECT_EQ(disc.write(image.bytes(0, image.size())), qint64(image.size()));
+    }
+
+    ~IndependentReadersOfLaterTracks() override
+    {
+        // Extracted folders may be read-only.
+        (void)runProgram(QStringLiteral("chmod"), {QStringLiteral("-R"), QStringLiteral("u+rwX"), target.pathText()});
+    }
+
+    [[nodiscard]] QString discPath() const { return target.pathText("disc"); }
+
+    const TemporaryTree source;
+    const TemporaryTree target;
+};
+
+TEST_F(IndependentReadersOfLaterTracks, xorriso_extractsTheSource)
+{
+    if (!hasProgram(QStringLiteral("xorriso")))
+        GTEST_SKIP() << "xorriso is not installed";
+    const ProgramResult result =
+        runProgram(QStringLiteral("xorriso"),
+                   {QStringLiteral("-osirrox"), QStringLiteral("on"), QStringLiteral("-load"),
+                    QStringLiteral("sbsector"), QString::number(firstBlock), QStringLiteral("-indev"), discPath(),
+                    QStringLiteral("-extract"), QStringLiteral("/"), target.pathText("extracted")});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    expectSameTrees(source.pathText(), target.pathText("extracted"));
+    EXPECT_EQ(listingOf(target.pathText("extracted")), listingOf(source.pathText()));
+}
+
+TEST_F(IndependentReadersOfLaterTracks, udfinfo_findsTheVolume)
+{
+    if (!hasProgram(QStringLiteral("udfinfo")))
+        GTEST_SKIP() << "udfinfo is not installed";
+    const ProgramResult result =
+        runProgram(QStringLiteral("udfinfo"),
+                   {QStringLiteral("--blocksize=2048"), QStringLiteral("--startblock=%1").arg(firstBlock), discPath()});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_FALSE(result.errors.contains("Warning")) << result.errors.constData();
+    EXPECT_TRUE(result.output.contains("start=" + QByteArray::number(firstBlock + 257) + ", "))
+        << result.output.constData();
+    EXPECT_TRUE(result.output.contains("udfrev=1.02"));
+}
+
+TEST(PlanOfALaterTrack, fails_whenItCannotBeginThere)
+{
+    const TemporaryTree source;
+    source.makeFile("file", "contents");
+    for (const std::int64_t first : {std::int64_t(-1), (std::int64_t(1) << 32) - 20, std::int64_t(1) << 32}) {
+        PlanOptions options;
+        options.firstBlock = BlockAddress(first);
+        const WrittenImage image(DRFolder::folderWithPath(source.pathText()), options);
+        EXPECT_FALSE(image.plan().image);
+        EXPECT_FALSE(image.error().isNull());
+        EXPECT_FALSE(image.error().localizedRecoverySuggestion().isEmpty());
+    }
+}
+
 TEST(IndependentReadersOfHugeFiles, xorrisoAndSevenZip_seeTheTrueSize)
 {
     const TemporaryTree tree;
