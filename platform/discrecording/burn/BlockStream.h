@@ -23,6 +23,9 @@ public:
     /// The next block will have this address.
     void beginSession(BlockAddress firstBlock) { m_position = firstBlock; }
 
+    /// Blocks that the disc has and the image does not hold: they only count in the addresses.
+    void skip(std::uint64_t blockCount) { m_position = m_position + std::int64_t(blockCount); }
+
     /// Whole blocks; burnCancelledError() once a stop was asked for, as from copyFileRun().
     [[nodiscard]] NSError writeBlocks(const void *bytes, std::uint32_t blockCount, std::uint32_t blockSize);
 

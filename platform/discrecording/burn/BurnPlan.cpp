@@ -79,36 +79,88 @@ NSError checkTracks(const DRLayout &layout, DRBurn *burn, std::vector<std::uniqu
     return {};
 }
 
-/// The disc's description, when all tracks are planned. An empty session of the layout is left out.
-TableOfContents describeDisc(const DRLayout &layout, const std::vector<std::unique_ptr<TrackWriter>> &writers)
+/// How the disc begins. Block 0 is the first one of what a disc holds beyond the pregap that every CD has, unless the
+/// image is to hold that as well.
+BlockAddress firstBlockOfDisc(const TrackGap &pregap)
 {
-    TableOfContents contents;
-    auto writer = writers.begin();
-    for (const DRTrackArray &tracks : sessionsOf(layout)) {
-        DiscSession session;
-        for (std::size_t count = tracks.size(); count > 0; --count)
-            session.tracks.push_back((*writer++)->track());
-        if (!session.tracks.empty())
-            contents.sessions.push_back(std::move(session));
-    }
-    contents.numberTracks();
-    contents.joinSessions();
-    return contents;
+    return BlockAddress(pregap.isStored ? 0 : -std::int64_t(pregap.length));
 }
 
-std::uint64_t blocksOf(const TableOfContents &contents)
+/// Plans the tracks of one session after another, each at its place behind those in front of it.
+class DiscPlanner
 {
-    std::uint64_t blocks = 0;
-    for (const DiscSession &session : contents.sessions)
-        blocks += session.blocksOnDisc();
-    return blocks;
-}
+public:
+    DiscPlanner(BurnPlan &plan, const std::stop_token &cancellation, const std::function<void(double)> &progress)
+        : m_plan(plan)
+        , m_cancellation(cancellation)
+        , m_progress(progress)
+    {
+    }
+
+    /// An empty session of the layout is left out.
+    [[nodiscard]] NSError addSession(std::size_t trackCount)
+    {
+        if (trackCount == 0)
+            return {};
+        m_plan.contents.sessions.emplace_back().firstBlock = m_next;
+        for (; trackCount > 0; --trackCount) {
+            if (NSError error = addTrack())
+                return error;
+        }
+        return {};
+    }
+
+    [[nodiscard]] std::vector<std::shared_ptr<const DRStorageReport>> takeReports() { return std::move(m_reports); }
+
+private:
+    [[nodiscard]] NSError addTrack()
+    {
+        const std::size_t count = m_plan.writers.size();
+        TrackWriter &writer = *m_plan.writers[m_index];
+        if (m_index == 0) {
+            m_next = firstBlockOfDisc(writer.pregap());
+            m_plan.contents.sessions.front().firstBlock = m_next;
+        }
+        const auto trackProgress = [&](double part) { m_progress((double(m_index) + part) / double(count)); };
+        if (NSError error = writer.plan(m_next, m_cancellation, trackProgress))
+            return error;
+        ++m_index;
+        return take(writer.track(), writer.facts());
+    }
+
+    [[nodiscard]] NSError take(const DiscTrack &track, const TrackFacts &facts)
+    {
+        constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max();
+        m_plan.contents.sessions.back().tracks.push_back(track);
+        m_blocks += track.blocksOnDisc();
+        if (m_blocks > most)
+            return layoutError(QStringLiteral("The layout's %1 blocks are more than any disc has.").arg(m_blocks));
+        m_next = m_next + std::int64_t(track.blocksOnDisc());
+        m_plan.files += facts.files;
+        m_plan.folders += facts.folders;
+        if (facts.report)
+            m_reports.push_back(facts.report);
+        return {};
+    }
+
+    BurnPlan &m_plan;
+    const std::stop_token &m_cancellation;
+    const std::function<void(double)> &m_progress;
+    std::vector<std::shared_ptr<const DRStorageReport>> m_reports;
+    std::size_t m_index = 0; ///< of the next track, through all sessions
+    std::uint64_t m_blocks = 0;
+    BlockAddress m_next;
+};
 
 NSError writeTrack(TrackWriter &writer, const DiscTrack &track, BlockSink &sink, BlockStream &stream)
 {
     NSError error = sink.beginTrack(track);
+    if (!error && !track.pregap.isStored)
+        stream.skip(track.pregap.length);
     if (!error)
         error = writer.write(stream);
+    if (!error && !track.postgap.isStored)
+        stream.skip(track.postgap.length);
     return error ? error : sink.endTrack();
 }
 
@@ -120,23 +172,14 @@ Result<BurnPlan> planBurn(const DRLayout &layout, DRBurn *burn, const std::stop_
     BurnPlan plan;
     if (NSError error = checkTracks(layout, burn, &plan.writers))
         return error;
-    std::vector<std::shared_ptr<const DRStorageReport>> reports;
-    for (std::size_t index = 0; index < plan.writers.size(); ++index) {
-        TrackWriter &writer = *plan.writers[index];
-        const auto trackProgress = [&](double part) { progress((double(index) + part) / double(plan.writers.size())); };
-        if (NSError error = writer.plan(cancellation, trackProgress))
+    DiscPlanner planner(plan, cancellation, progress);
+    for (const DRTrackArray &tracks : sessionsOf(layout)) {
+        if (NSError error = planner.addSession(tracks.size()))
             return error;
-        const TrackFacts facts = writer.facts();
-        plan.files += facts.files;
-        plan.folders += facts.folders;
-        if (facts.report)
-            reports.push_back(facts.report);
     }
-    plan.contents = describeDisc(layout, plan.writers);
-    if (const std::uint64_t blocks = blocksOf(plan.contents); blocks > std::numeric_limits<std::uint32_t>::max())
-        return layoutError(QStringLiteral("The layout's %1 blocks are more than any disc has.").arg(blocks));
+    plan.contents.numberTracks();
     plan.bytes = plan.contents.storedBytes();
-    plan.report = joinReports(std::move(reports));
+    plan.report = joinReports(planner.takeReports());
     return plan;
 }
 

@@ -3,6 +3,8 @@
 #include "platform/discrecording/burn/BurnErrors.h"
 #include "platform/discrecording/planning/DiscImagePlan.h"
 
+#include <algorithm>
+
 namespace Tessaron
 {
 
@@ -13,35 +15,52 @@ namespace
 /// on the clock as `cp`; smaller files gain more from being read side by side.
 constexpr std::uint64_t smallestKernelCopy = std::uint64_t(16) << 20;
 
-BlockPipeline::Options optionsFor(const BlockStream &stream)
+BlockPipeline::Options optionsFor(const BlockStream &stream, const SectorEncoder &encoder)
 {
     BlockPipeline::Options options;
-    options.smallestFileRunLeft = stream.copiesFiles() ? smallestKernelCopy : 0;
+    options.smallestFileRunLeft = stream.copiesFiles() && encoder.isPlain() ? smallestKernelCopy : 0;
     return options;
+}
+
+std::optional<SectorEncoder> encoderFor(const DiscTrack &track)
+{
+    const std::optional<SectorForm> form = track.sectorForm();
+    return form ? SectorEncoder::encoderFor(track.kind, *form) : std::nullopt;
 }
 
 } // namespace
 
-ImageTrackWriter::ImageTrackWriter(std::shared_ptr<DRFolder> root)
-    : m_root(std::move(root))
+ImageTrackWriter::ImageTrackWriter(std::shared_ptr<DRFolder> root, const DiscTrack &described)
+    : m_described(described)
+    , m_encoder(encoderFor(described).value())
+    , m_root(std::move(root))
 {
 }
 
 ImageTrackWriter::ImageTrackWriter(std::shared_ptr<const BlockImage> image,
-                                   std::optional<BlockPipeline::Options> options)
-    : m_image(std::move(image))
+                                   std::optional<BlockPipeline::Options> options, const DiscTrack &described)
+    : m_described(described)
+    , m_encoder(encoderFor(described).value())
+    , m_image(std::move(image))
     , m_options(options)
 {
 }
 
 ImageTrackWriter::~ImageTrackWriter() = default;
 
-NSError ImageTrackWriter::plan(const std::stop_token &cancellation, const std::function<void(double)> &progress)
+bool ImageTrackWriter::canWrite(const DiscTrack &described)
+{
+    return encoderFor(described).has_value();
+}
+
+NSError ImageTrackWriter::plan(BlockAddress begin, const std::stop_token &cancellation,
+                               const std::function<void(double)> &progress)
 {
     if (m_image)
         return {};
     PlanOptions options;
     options.filesystems = DRFilesystemInclusionMaskAll;
+    options.firstBlock = begin + std::int64_t(m_described.pregap.length);
     NSError error;
     DiscImagePlan plan = planDiscImage(m_root, options, cancellation, progress, &error);
     if (cancellation.stop_requested())
@@ -56,28 +75,56 @@ NSError ImageTrackWriter::plan(const std::stop_token &cancellation, const std::f
 
 DiscTrack ImageTrackWriter::track() const
 {
-    DiscTrack track;
-    track.kind = TrackKind::Mode1;
-    track.blockSize = logicalBlockSize;
-    track.length = m_image->blockCount();
+    DiscTrack track = m_described;
+    track.length = m_image->blockCount() + track.postgap.length;
     return track;
 }
 
 NSError ImageTrackWriter::write(BlockStream &stream)
 {
-    m_pipeline =
-        std::make_unique<BlockPipeline>(*m_image, m_options ? *m_options : optionsFor(stream), stream.cancellation());
+    if (NSError error = writePieces(stream))
+        return error;
+    m_pipeline.reset(); // all is read, so this does not wait; the next track needs the memory
+    if (NSError error = m_image->verifyEmptyFiles(stream.cancellation()))
+        return error;
+    return writePostgap(stream);
+}
+
+NSError ImageTrackWriter::writePieces(BlockStream &stream)
+{
+    const BlockPipeline::Options options = m_options ? *m_options : optionsFor(stream, m_encoder);
+    m_pipeline = std::make_unique<BlockPipeline>(*m_image, options, stream.cancellation());
     NSError error;
     while (const BlockPipeline::Piece *const piece = m_pipeline->next(&error)) {
         error = piece->isFileRun ? stream.copyFileRun(m_image->fileContents(piece->run.fileIndex), piece->run)
-                                 : stream.writeBlocks(piece->bytes.data(), piece->blockCount, logicalBlockSize);
+                                 : writeUserData(stream, piece->bytes.data(), piece->blockCount);
         if (error)
             return error;
     }
-    if (error)
-        return error;
-    m_pipeline.reset(); // all is read, so this does not wait; the next track needs the memory
-    return m_image->verifyEmptyFiles(stream.cancellation());
+    return error;
+}
+
+NSError ImageTrackWriter::writePostgap(BlockStream &stream)
+{
+    constexpr std::uint64_t most = 64; // blocks at once
+    const std::uint64_t length = m_described.postgap.isStored ? m_described.postgap.length : 0;
+    const std::vector<char> zeros(std::size_t(std::min(most, length)) * logicalBlockSize);
+    for (std::uint64_t left = length; left > 0;) {
+        const auto part = std::uint32_t(std::min(left, most));
+        if (NSError error = writeUserData(stream, zeros.data(), part))
+            return error;
+        left -= part;
+    }
+    return {};
+}
+
+NSError ImageTrackWriter::writeUserData(BlockStream &stream, const void *userData, std::uint32_t blockCount)
+{
+    if (m_encoder.isPlain())
+        return stream.writeBlocks(userData, blockCount, logicalBlockSize);
+    m_sectors.resize(blockCount * m_encoder.blockSize());
+    m_encoder.encode(static_cast<const char *>(userData), blockCount, stream.position(), m_sectors.data());
+    return stream.writeBlocks(m_sectors.data(), blockCount, std::uint32_t(m_encoder.blockSize()));
 }
 
 } // namespace Tessaron

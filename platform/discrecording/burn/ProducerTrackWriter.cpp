@@ -82,7 +82,7 @@ ProducerTrackWriter::ProducerTrackWriter(std::shared_ptr<DRTrack> track, const D
 {
 }
 
-NSError ProducerTrackWriter::plan(const std::stop_token & /*cancellation*/,
+NSError ProducerTrackWriter::plan(BlockAddress /*begin*/, const std::stop_token & /*cancellation*/,
                                   const std::function<void(double)> & /*progress*/)
 {
     return {};

@@ -21,7 +21,8 @@ public:
     /// is passed on to the producer and may be null.
     ProducerTrackWriter(std::shared_ptr<DRTrack> track, const DiscTrack &described, DRBurn *burn);
 
-    [[nodiscard]] NSError plan(const std::stop_token &cancellation,
+    [[nodiscard]] TrackGap pregap() const override { return m_described.pregap; }
+    [[nodiscard]] NSError plan(BlockAddress begin, const std::stop_token &cancellation,
                                const std::function<void(double)> &progress) override;
     [[nodiscard]] DiscTrack track() const override { return m_described; }
     [[nodiscard]] NSError write(BlockStream &stream) override;

@@ -34,16 +34,19 @@ public:
     TrackWriter &operator=(const TrackWriter &) = delete;
     virtual ~TrackWriter();
 
-    /// Finds out what the track will be: all that takes time before the first block. `progress` gets 0 to 1.
-    /// burnCancelledError() once a stop was asked for.
-    [[nodiscard]] virtual NSError plan(const std::stop_token &cancellation,
+    /// What lies in front of the track's index 1; known from the start.
+    [[nodiscard]] virtual TrackGap pregap() const = 0;
+    /// Finds out what the track will be: all that takes time before the first block. `begin` is where on the disc the
+    /// track's pregap begins, or its index 1 when it has none. `progress` gets 0 to 1. burnCancelledError() once a stop
+    /// was asked for.
+    [[nodiscard]] virtual NSError plan(BlockAddress begin, const std::stop_token &cancellation,
                                        const std::function<void(double)> &progress) = 0;
     /// The track as the disc's table of contents has it, but for its number.
     [[nodiscard]] virtual DiscTrack track() const = 0;
     [[nodiscard]] virtual TrackFacts facts() const { return {}; }
 
-    /// Writes all blocks that the table promises, pregap first. Returns as soon as that is done, something failed or a
-    /// stop was asked for.
+    /// Writes all blocks that the table promises to store, pregap first. Returns as soon as that is done, something
+    /// failed or a stop was asked for.
     [[nodiscard]] virtual NSError write(BlockStream &stream) = 0;
 };
 

@@ -98,7 +98,9 @@ void setOrRemove(QVariantMap *properties, const QString &key, bool isSet, const 
 Result<DiscTrack> discTrackOfProperties(const QVariantMap &properties, TrackLengthIs length)
 {
     DiscTrack track;
-    const std::optional<std::uint64_t> blockSize = wholeNumber(properties, DRBlockSizeKey);
+    const bool isPlain = length == TrackLengthIs::PlannedLater && !properties.contains(DRBlockSizeKey);
+    const std::optional<std::uint64_t> blockSize =
+        isPlain ? std::optional<std::uint64_t>(track.blockSize) : wholeNumber(properties, DRBlockSizeKey);
     if (!blockSize || *blockSize == 0 || *blockSize > largestBlockSize)
         return propertyError("block size", DRBlockSizeKey);
     track.blockSize = std::uint32_t(*blockSize);

@@ -16,7 +16,7 @@ namespace Tessaron
 /// Whether a track's length must be among its properties already.
 enum class TrackLengthIs {
     Stated,
-    PlannedLater, ///< 0 until then
+    PlannedLater, ///< as with filesystems: 0 until then, and a block size that is missing is 2048
 };
 
 /// The track that the properties describe, numbered 1. Numbers for a recorder are kept as they are stated, odd pairs

@@ -1,7 +1,10 @@
 #include "platform/discrecording/burn/BurnPlan.h"
 
+#include "platform/discrecording/burn/CallbackSink.h"
 #include "platform/discrecording/burn/DRBurn.h"
 #include "platform/discrecording/objects/DRFolder.h"
+#include "platform/disctracks/SectorCoding.h"
+#include "platform/foundation/ByteOrder.h"
 #include "tests/discrecording/burn/TestConsumers.h"
 #include "tests/discrecording/burn/TestProducer.h"
 #include "tests/support/TemporaryTree.h"
@@ -60,6 +63,31 @@ NSError writePlan(const BurnPlan &plan, BlockSink &sink)
 std::vector<DRTrackArray> twoSessions(const std::shared_ptr<TestProducer> &producer)
 {
     return {{trackOfProducer(producer, 5), trackOfProducer(producer, 7, 2352, 2)}, {trackOfProducer(producer, 1)}};
+}
+
+/// A track of an empty folder, with these changes to its properties.
+std::shared_ptr<DRTrack> trackOfFolder(const QVariantMap &changes = {})
+{
+    const auto track = DRTrack::trackForRootFolder(DRFolder::virtualFolderWithName(QStringLiteral("disc")));
+    QVariantMap properties = track->properties();
+    properties.insert(changes);
+    track->setProperties(properties);
+    return track;
+}
+
+/// The disc, with the part that nothing is written of in front of it left out.
+QByteArray writtenBytes(const DRLayout &layout)
+{
+    const Result<BurnPlan> plan = planLayout(layout);
+    MemoryConsumer consumer;
+    CallbackSink sink(consumer);
+    EXPECT_TRUE(plan && writePlan(*plan, sink).isNull());
+    return consumer.bytes;
+}
+
+std::uint32_t littleEndian(const QByteArray &bytes, qsizetype offset)
+{
+    return loadLittleEndian<std::uint32_t>(reinterpret_cast<const std::uint8_t *>(bytes.constData()) + offset);
 }
 
 } // namespace
@@ -176,6 +204,64 @@ TEST(BurnPlan, writeDisc_callsNothingMore_whereTheSinkFails)
         EXPECT_EQ(writePlan(*plan, sink).code(), ioErr);
         EXPECT_EQ(sink.calls.last(), sink.failingCall);
         EXPECT_EQ(producer->calls.count(QStringLiteral("prepare")), producer->calls.count(QStringLiteral("cleanup")));
+    }
+}
+
+TEST(BurnPlan, plan_describesAFilesystemInTheFormThatItsPropertiesName)
+{
+    const Result<BurnPlan> raw = planLayout(trackOfFolder({{DRBlockSizeKey, 2352u},
+                                                           {DRDataFormKey, 17},
+                                                           {DRPreGapLengthKey, 150u},
+                                                           {DRPostGapLengthKey, 150u},
+                                                           {DRIndexPointsKey, QVariantList{20u}}}));
+    ASSERT_TRUE(raw) << raw.error().localizedDescription().toStdString();
+    const DiscTrack *const described = raw->contents.track(1);
+    EXPECT_EQ(described->blockSize, 2352u);
+    EXPECT_EQ(described->kind, TrackKind::Mode1);
+    EXPECT_EQ(described->pregap, (TrackGap{150, false}));
+    EXPECT_EQ(described->postgap, (TrackGap{150, true}));
+    EXPECT_EQ(described->indexPoints, (std::vector<std::uint64_t>{20}));
+    EXPECT_GT(described->length, 150u);
+    EXPECT_EQ(raw->bytes, described->length * 2352);
+    EXPECT_EQ(raw->contents.sessions.front().firstBlock, BlockAddress(-150));
+    EXPECT_EQ(raw->contents.firstBlockOfTrack(1), BlockAddress(0));
+}
+
+TEST(BurnPlan, plan_fails_whenAFilesystemCannotLieInTheBlocksOfItsTrack)
+{
+    const auto errorOf = [](const QVariantMap &changes) { return planError(trackOfFolder(changes)); };
+    for (const QVariantMap &changes : {QVariantMap{{DRBlockSizeKey, 2336u}, {DRBlockTypeKey, 9}},
+                                       QVariantMap{{DRBlockSizeKey, 2352u}, {DRBlockTypeKey, 0}},
+                                       QVariantMap{{DRBlockSizeKey, 512u}}, QVariantMap{{DRBlockSizeKey, 0u}}}) {
+        EXPECT_EQ(errorOf(changes).code(), paramErr);
+        EXPECT_TRUE(errorOf(changes).localizedDescription().contains(DRBlockSizeKey));
+    }
+}
+
+TEST(BurnPlan, writeDisc_givesAFilesystemTheAddressesOfItsPlaceOnTheDisc)
+{
+    const auto audio = trackOfProducer(std::make_shared<TestProducer>(), 40, 2352);
+    const QByteArray bytes = writtenBytes(DRTrackArray{audio, trackOfFolder({{DRPreGapLengthKey, 150u}})});
+    constexpr std::uint32_t begin = 40 + 150; // the gap has blocks, though nothing stores them
+    const QByteArray image = bytes.mid(qsizetype(40) * 2352);
+    constexpr qsizetype rootExtentInDescriptor = 156 + 2;
+    const std::uint32_t root = littleEndian(image, 16 * 2048 + rootExtentInDescriptor);
+    ASSERT_GT(root, begin);
+    // The root's first record is that of itself.
+    EXPECT_EQ(littleEndian(image, qsizetype(root - begin) * 2048 + 2), root);
+    constexpr qsizetype mainSequence = 16;
+    EXPECT_EQ(littleEndian(image, 256 * 2048 + mainSequence + 4), begin + 32);
+}
+
+TEST(BurnPlan, writeDisc_codesSectorsForTheirPlaceOnTheDisc)
+{
+    const auto audio = trackOfProducer(std::make_shared<TestProducer>(), 40, 2352);
+    const QByteArray bytes = writtenBytes(
+        DRTrackArray{audio, trackOfFolder({{DRBlockSizeKey, 2352u}, {DRDataFormKey, 17}, {DRPreGapLengthKey, 150u}})});
+    ASSERT_EQ(bytes.size() % 2352, 0);
+    for (qsizetype block = 40; block < bytes.size() / 2352; ++block) {
+        const auto *const sector = reinterpret_cast<const std::uint8_t *>(bytes.constData()) + block * 2352;
+        ASSERT_FALSE(checkSector(sector, TrackKind::Mode1, BlockAddress(block + 150)));
     }
 }
 

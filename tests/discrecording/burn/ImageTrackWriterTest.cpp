@@ -3,6 +3,7 @@
 #include "platform/discrecording/burn/BurnErrors.h"
 #include "platform/discrecording/burn/CallbackSink.h"
 #include "platform/discrecording/burn/DRBurn.h"
+#include "platform/disctracks/SectorCoding.h"
 #include "tests/discrecording/burn/FakeBlockImage.h"
 #include "tests/discrecording/burn/TestConsumers.h"
 #include "tests/support/TemporaryTree.h"
@@ -248,6 +249,58 @@ TEST(ImageTrackWriter, write_ends_whenCancelledBetweenBlocks)
     consumer.beforeWrite = [&] { cancellation.request_stop(); };
     EXPECT_EQ(write(image, consumer, cancellation.get_token()).code(), kDRUserCanceledErr);
     EXPECT_EQ(consumer.addresses.size(), 1) << "the write that was under way is the last";
+}
+
+TEST(ImageTrackWriter, write_makesTheSectorsThatTheTrackAsksFor)
+{
+    ImageWithBigFile given;
+    DiscTrack described;
+    described.blockSize = 2352;
+    described.postgap = {150, true};
+    for (const TrackKind kind : {TrackKind::Mode1, TrackKind::Mode2Form1, TrackKind::Mode2Mixed}) {
+        described.kind = kind;
+        const QByteArray name = "raw" + QByteArray::number(int(kind));
+        SpiedFile file(given.tree.path(name));
+        BlockStream stream(sinkOf(file));
+        stream.beginSession(BlockAddress(1000));
+        ImageTrackWriter writer(shared(given.image), {}, described);
+        const DiscTrack track = writer.track();
+        EXPECT_EQ(track.length, given.image.blockCount() + 150u);
+        ASSERT_TRUE(writer.write(stream).isNull());
+        EXPECT_EQ(file.copiedBytes, 0u) << "what must be coded cannot be copied";
+        const QByteArray raw = given.tree.contents(name);
+        ASSERT_EQ(std::uint64_t(raw.size()), track.storedBytes());
+        const SectorPart part = *userDataPart(kind, SectorForm::Raw);
+        QByteArray userData;
+        for (std::uint64_t block = 0; block < track.length; ++block) {
+            const char *const sector = raw.constData() + block * 2352;
+            ASSERT_FALSE(checkSector(reinterpret_cast<const std::uint8_t *>(sector), kind,
+                                     BlockAddress(1000 + std::int64_t(block))))
+                << block;
+            userData.append(sector + part.offset, qsizetype(part.length));
+        }
+        EXPECT_TRUE(userData == given.expected() + QByteArray(qsizetype(150) * 2048, '\0'));
+    }
+}
+
+TEST(ImageTrackWriter, canWrite_isTrueOfTheFormsThatHoldAFilesystem)
+{
+    const auto canWrite = [](TrackKind kind, std::uint32_t blockSize) {
+        DiscTrack track;
+        track.kind = kind;
+        track.blockSize = blockSize;
+        return ImageTrackWriter::canWrite(track);
+    };
+    EXPECT_TRUE(canWrite(TrackKind::Mode1, 2048));
+    EXPECT_TRUE(canWrite(TrackKind::Mode1, 2352));
+    EXPECT_TRUE(canWrite(TrackKind::Mode2Mixed, 2336));
+    EXPECT_TRUE(canWrite(TrackKind::Mode2Form1, 2352));
+    EXPECT_TRUE(canWrite(TrackKind::Unstated, 2048));
+    EXPECT_FALSE(canWrite(TrackKind::Audio, 2352));
+    EXPECT_FALSE(canWrite(TrackKind::Mode1, 2336));
+    EXPECT_FALSE(canWrite(TrackKind::Mode2Form2, 2324));
+    EXPECT_FALSE(canWrite(TrackKind::Mode2Formless, 2336));
+    EXPECT_FALSE(canWrite(TrackKind::Mode1, 512));
 }
 
 } // namespace Tessaron::Testing
