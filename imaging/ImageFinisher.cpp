@@ -1,6 +1,7 @@
 #include "imaging/ImageFinisher.h"
 
 #include "platform/discrecording/burn/BurnErrors.h"
+#include "platform/disctracks/CueSheetWriter.h"
 #include "platform/disctracks/vant/VANTTrailer.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
@@ -48,18 +49,6 @@ NSError writingError(int errnoValue, const QByteArray &path)
     return burnOutputError(errnoValue, nameOf(path));
 }
 
-/// What the standard cue sheet can say. Numbers for a recorder have no place in any.
-bool isOnePlainTrack(const TableOfContents &contents)
-{
-    if (contents.trackCount() != 1)
-        return false;
-    TableOfContents plain = contents;
-    plain.sessions.front().tracks.front().recording = {};
-    TableOfContents expected = contentsOfPlainImage(contents.storedBytes());
-    expected.sessions.front().tracks.front().recording = {};
-    return plain == expected;
-}
-
 bool isRegularFile(int descriptor, struct stat *status)
 {
     return ::fstat(descriptor, status) == 0 && S_ISREG(status->st_mode);
@@ -96,6 +85,21 @@ TableOfContents contentsOfPlainImage(std::uint64_t bytes)
     return TableOfContents::withTrack(track);
 }
 
+bool isOnePlainTrack(const TableOfContents &contents)
+{
+    if (contents.trackCount() != 1)
+        return false;
+    TableOfContents plain = contents;
+    DiscTrack &track = plain.sessions.front().tracks.front();
+    // Numbers for a recorder have no place in any sheet.
+    track.recording = {};
+    if (track.kind == TrackKind::Unstated)
+        track.kind = TrackKind::Mode1;
+    TableOfContents expected = contentsOfPlainImage(contents.storedBytes());
+    expected.sessions.front().tracks.front().recording = {};
+    return plain == expected;
+}
+
 ImageFinisher::ImageFinisher(TessaronDiscImageFormat format, TableOfContents contents)
     : m_format(format)
     , m_contents(std::move(contents))
@@ -105,6 +109,16 @@ ImageFinisher::ImageFinisher(TessaronDiscImageFormat format, TableOfContents con
 bool ImageFinisher::hasCueSheet() const
 {
     return m_format == TessaronDiscImageFormatBIN;
+}
+
+QStringList ImageFinisher::lost() const
+{
+    if (m_format == TessaronDiscImageFormatVANT)
+        return lostInVANT(m_contents);
+    if (!hasCueSheet())
+        return {};
+    const Result<CueSheetText> sheet = cueSheetForImage(m_contents, QByteArray());
+    return sheet ? sheet->lost : QStringList();
 }
 
 NSError ImageFinisher::finish(const UnfinishedImage &image) const
@@ -136,7 +150,9 @@ NSError ImageFinisher::addTrailer(int descriptor, const QByteArray &imagePath) c
 {
     const Result<QByteArray> trailer = vantTrailer(m_contents);
     if (!trailer)
-        return fileError(paramErr, imagePath, QStringLiteral("No VANT trailer can describe the tracks of “%1”."),
+        return fileError(paramErr, imagePath,
+                         QStringLiteral("No VANT trailer can describe the tracks of “%1”: ")
+                             + trailer.error().localizedFailureReason(),
                          QStringLiteral("Choose another format."));
     struct stat status;
     // In a pipe or a device the blocks end where the position is.
@@ -146,14 +162,27 @@ NSError ImageFinisher::addTrailer(int descriptor, const QByteArray &imagePath) c
     return failure == 0 ? NSError() : writingError(failure, imagePath);
 }
 
+Result<QByteArray> ImageFinisher::cueSheetText(const QByteArray &imagePath) const
+{
+    // ASCII, except that the image's name stands there as it is.
+    if (isOnePlainTrack(m_contents))
+        return fileSystemRepresentation(standardCueSheetForFile(nameOf(imagePath)));
+    Result<CueSheetText> sheet = cueSheetForImage(m_contents, lastPathComponent(imagePath).toByteArray());
+    if (sheet)
+        return std::move(sheet->text);
+    const NSError &error = sheet.error();
+    const QString remedy = error.localizedRecoverySuggestion();
+    return fileError(paramErr, imagePath,
+                     QStringLiteral("No cue sheet can describe the tracks of “%1”: ") + error.localizedFailureReason(),
+                     remedy.isEmpty() ? QStringLiteral("Choose another format.") : remedy);
+}
+
 NSError ImageFinisher::writeCueSheet(int descriptor, const QByteArray &imagePath) const
 {
-    if (!isOnePlainTrack(m_contents))
-        return fileError(paramErr, imagePath, QStringLiteral("No cue sheet can describe the tracks of “%1”."),
-                         QStringLiteral("Choose another format."));
-    // ASCII, except that the image's name stands there as it is.
-    const QByteArray sheet = fileSystemRepresentation(standardCueSheetForFile(nameOf(imagePath)));
-    const int failure = writeFully(descriptor, sheet.constData(), std::size_t(sheet.size()));
+    const Result<QByteArray> sheet = cueSheetText(imagePath);
+    if (!sheet)
+        return sheet.error();
+    const int failure = writeFully(descriptor, sheet->constData(), std::size_t(sheet->size()));
     return failure == 0 ? NSError() : writingError(failure, pathOfCueSheet(imagePath));
 }
 

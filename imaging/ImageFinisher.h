@@ -2,9 +2,11 @@
 
 #include "platform/disctracks/TableOfContents.h"
 #include "platform/foundation/NSError.h"
+#include "platform/foundation/Result.h"
 #include <TessaronClasses/TessaronDiscImageFormat.h>
 
 #include <QByteArray>
+#include <QStringList>
 
 #include <functional>
 
@@ -16,6 +18,10 @@ namespace Tessaron
 
 /// The table of an image of plain blocks of 2048 bytes: one track, as many blocks as `bytes` has whole ones.
 [[nodiscard]] TableOfContents contentsOfPlainImage(std::uint64_t bytes);
+
+/// True for what such an image holds: one track of blocks of 2048 bytes, without gaps, index points or flags. Its cue
+/// sheet is the standard one.
+[[nodiscard]] bool isOnePlainTrack(const TableOfContents &contents);
 
 /// An image whose blocks are written, but nothing else. Descriptors stay the caller's.
 struct UnfinishedImage {
@@ -46,6 +52,8 @@ public:
 
     /// True when the format needs a cue sheet.
     [[nodiscard]] bool hasCueSheet() const;
+    /// What the contents have that the format cannot say, in words; empty when all is said.
+    [[nodiscard]] QStringList lost() const;
 
     /// Completes an image that was written elsewhere or into a stream. What the files hold after an error is of no use:
     /// the caller drops them, unless they have got their names already (the error then says that they are whole).
@@ -57,6 +65,7 @@ public:
 
 private:
     [[nodiscard]] NSError addTrailer(int descriptor, const QByteArray &imagePath) const;
+    [[nodiscard]] Result<QByteArray> cueSheetText(const QByteArray &imagePath) const;
     [[nodiscard]] NSError writeCueSheet(int descriptor, const QByteArray &imagePath) const;
     [[nodiscard]] NSError addCueSheetInPlace(const QByteArray &imagePath) const;
     [[nodiscard]] NSError addTrailerInPlace(const QByteArray &imagePath) const;

@@ -193,8 +193,10 @@ KRTrackWriterDelegate KRLayoutWriter::trackWriterDelegate()
 
 void KRLayoutWriter::releaseTrackWriter()
 {
-    if (m_trackWriter)
+    if (m_trackWriter) {
         m_finalReport = m_trackWriter->storageReport();
+        m_finalContents = m_trackWriter->tableOfContents();
+    }
     m_trackWriter.reset();
 }
 
@@ -261,8 +263,9 @@ void KRLayoutWriter::KRTrackWriterWritingDidEnd(KRTrackWriter &)
         told->KRLayoutWriterDidNotCompleteImage(*this, error);
 }
 
-NSError KRLayoutWriter::addWhatTheFormatNeeds() const
+NSError KRLayoutWriter::addWhatTheFormatNeeds()
 {
+    m_lostInFormat.clear();
     if (m_format != TessaronDiscImageFormatBIN && m_format != TessaronDiscImageFormatVANT)
         return {};
     // Asked again: the delegate may have given the file its final name.
@@ -270,9 +273,13 @@ NSError KRLayoutWriter::addWhatTheFormatNeeds() const
     struct stat status;
     if (path.isEmpty() || ::stat(path.constData(), &status) != 0)
         return {}; // it has removed the file
-    ImageFinisher finisher(m_format, contentsOfPlainImage(std::uint64_t(status.st_size)));
+    const bool isPlain = !m_finalContents || isOnePlainTrack(*m_finalContents);
+    ImageFinisher finisher(m_format, isPlain ? contentsOfPlainImage(std::uint64_t(status.st_size)) : *m_finalContents);
     finisher.setWaitsForDisk(m_waitsForDisk);
-    return finisher.finishInPlace(path);
+    NSError error = finisher.finishInPlace(path);
+    if (!error)
+        m_lostInFormat = finisher.lost();
+    return error;
 }
 
 void KRLayoutWriter::KRTrackWriterWritingDidFailWithError(KRTrackWriter &, const NSError &error)

@@ -104,6 +104,11 @@ std::shared_ptr<const DRStorageReport> KRTrackWriter::storageReport() const
     return m_burn ? m_burn->storageReport() : m_finalReport;
 }
 
+std::shared_ptr<const TableOfContents> KRTrackWriter::tableOfContents() const
+{
+    return m_burn ? m_burn->tableOfContents() : m_finalContents;
+}
+
 OSStatus KRTrackWriter::writeBlocks(const void *buffer, std::uint32_t blockCount, std::uint32_t blockSize,
                                     std::uint32_t /*atAddress*/)
 {
@@ -177,6 +182,7 @@ void KRTrackWriter::forgetBurn()
         return;
     m_finalAmounts = m_burn->amounts();
     m_finalReport = m_burn->storageReport();
+    m_finalContents = m_burn->tableOfContents();
     m_center->removeObserver(this, DRBurnStatusChangedNotification, m_burn.get());
     m_burn.reset();
 }

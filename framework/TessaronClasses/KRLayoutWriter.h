@@ -9,6 +9,7 @@
 #include <TessaronClasses/TessaronLayoutCreationManager.h>
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <memory>
@@ -19,6 +20,7 @@ namespace Tessaron
 class DRStorageReport;
 class KRLayoutWriter;
 class KRTrackWriter;
+struct TableOfContents;
 /// Further questions that a panel for disc images answers; the application defines them.
 class TessaronDiscImageCreator;
 struct KRTrackWriterDelegate;
@@ -41,7 +43,8 @@ struct KRLayoutWriterDelegate {
 
 /// Saves what a panel holds as a disc image: asks the panel for its layout, has a track writer write the layout's
 /// blocks into the file, then adds what the format needs: a cue sheet beside a BIN image, a header behind the blocks of
-/// a VANT image. One writer serves one image.
+/// a VANT image. A layout of one track of 2048 bytes a block gets the standard sheet, or a header that describes the
+/// file as one such track; for any other layout they say what its tracks are. One writer serves one image.
 ///
 /// Made, used and destroyed on one thread, which needs an event loop. Destroying a writer at work stops it without a
 /// further call of the delegate and removes the partly written image; a panel that makes a layout for it then finds no
@@ -77,6 +80,9 @@ public:
 
     /// What the filesystems of the disc cannot hold as it stands; null until the blocks are being written.
     [[nodiscard]] std::shared_ptr<const DRStorageReport> storageReport() const;
+    /// What the tracks of the last image have that its format cannot say, in words (a copy state, for one). Known when
+    /// the image is complete; empty when all is said.
+    [[nodiscard]] const QStringList &lostInFormat() const { return m_lostInFormat; }
 
     /// Writes the layout; the panel's own layout is written by this call, too. Progress 0.25 is reported first. Does
     /// nothing more when a writing is under way.
@@ -119,7 +125,7 @@ private:
     [[nodiscard]] KRTrackWriterDelegate trackWriterDelegate();
     void releaseTrackWriter();
     void end();
-    [[nodiscard]] NSError addWhatTheFormatNeeds() const;
+    [[nodiscard]] NSError addWhatTheFormatNeeds();
 
     void notifyProgress(float progress);
     void notifyFailure(const NSError &error);
@@ -133,7 +139,10 @@ private:
     std::shared_ptr<const KRLayoutWriterDelegate> m_delegate;
     Stage m_stage = Stage::Idle;
     std::shared_ptr<KRTrackWriter> m_trackWriter;
-    std::shared_ptr<const DRStorageReport> m_finalReport; ///< the track writer's report, kept after its end
+    // Of the track writer, kept after its end.
+    std::shared_ptr<const DRStorageReport> m_finalReport;
+    std::shared_ptr<const TableOfContents> m_finalContents;
+    QStringList m_lostInFormat;
 };
 
 } // namespace Tessaron

@@ -21,6 +21,7 @@ class DRNotificationCenter;
 class DRStorageReport;
 class KRTrackWriter;
 class NSFileHandle;
+struct TableOfContents;
 
 /// What a track writer reports, on the thread that started the writing. Each function may be empty. A function may let
 /// go of the writer.
@@ -72,6 +73,9 @@ public:
     [[nodiscard]] DRBurnAmounts amounts() const;
     /// What the disc's filesystems cannot hold as it stands; null until the burn has been prepared.
     [[nodiscard]] std::shared_ptr<const DRStorageReport> storageReport() const;
+    /// The tracks that the file holds, one after another from its start, each with those gaps that the table calls
+    /// stored; null until the burn has been prepared.
+    [[nodiscard]] std::shared_ptr<const TableOfContents> tableOfContents() const;
 
     /// Takes the status of the burn, as its notification brings it, and tells the delegate.
     void writeStatus(const QVariantMap &status);
@@ -107,6 +111,7 @@ private:
     // What the burn left when it was let go.
     DRBurnAmounts m_finalAmounts;
     std::shared_ptr<const DRStorageReport> m_finalReport;
+    std::shared_ptr<const TableOfContents> m_finalContents;
 };
 
 } // namespace Tessaron

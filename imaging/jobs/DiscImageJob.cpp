@@ -154,7 +154,7 @@ void DiscImageJob::imageMade()
     d->result.unreadable = made.unreadable;
     d->result.report = made.report;
     const NSError error = made.error;
-    const std::uint64_t bytes = made.bytes;
+    const std::shared_ptr<const TableOfContents> contents = d->maker->contents();
     d->maker.reset();
     if (error || isCancelled()) {
         endWith(error ? error : discJobCancellation());
@@ -162,8 +162,8 @@ void DiscImageJob::imageMade()
     }
     d->phase = DiscJobPhase::Finishing;
     d->task.start(
-        [d = d.get(), bytes](const std::stop_token &stop) {
-            return d->stage.finish(d->order, bytes, &d->finishedBytes, stop);
+        [d = d.get(), contents](const std::stop_token &stop) {
+            return d->stage.finish(d->order, *contents, &d->finishedBytes, stop);
         },
         [this](const NSError &finishError) {
             if (!finishError)

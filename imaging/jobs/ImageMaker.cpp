@@ -281,6 +281,11 @@ void ImageMaker::writingEnded(const NSError &error)
     end();
 }
 
+std::shared_ptr<const TableOfContents> ImageMaker::contents() const
+{
+    return m_writer && !m_result.error ? m_writer->tableOfContents() : nullptr;
+}
+
 void ImageMaker::end()
 {
     if (m_hasEnded)

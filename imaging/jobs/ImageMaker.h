@@ -17,6 +17,7 @@ namespace Tessaron
 class DRFolder;
 class KRFileHierarchyItem;
 class KRTrackWriter;
+struct TableOfContents;
 
 /// What the blocks of an image are made from, and the file that takes them.
 struct ImageMakerOrder {
@@ -54,6 +55,8 @@ public:
 
     /// What is known of the result: error, counts, what is not in the image.
     [[nodiscard]] const DiscImageResult &result() const { return m_result; }
+    /// What was written, once it is; null after an error.
+    [[nodiscard]] std::shared_ptr<const TableOfContents> contents() const;
 
 private:
     void sourcesGathered();

@@ -73,12 +73,12 @@ QByteArray ImageStage::cueSheetPath() const
     return m_destination.path.left(m_destination.path.lastIndexOf('/') + 1) + m_destination.cueName;
 }
 
-NSError ImageStage::finish(const DiscImageOrder &order, std::uint64_t bytes, std::uint64_t *written,
+NSError ImageStage::finish(const DiscImageOrder &order, const TableOfContents &contents, std::uint64_t *written,
                            const std::stop_token &stop)
 {
     if (stop.stop_requested())
         return discJobCancellation();
-    ImageFinisher finisher(TessaronDiscImageFormat(order.format), contentsOfPlainImage(bytes));
+    ImageFinisher finisher(TessaronDiscImageFormat(order.format), contents);
     finisher.setWaitsForDisk(order.isSynchronized);
     UnfinishedImage image;
     image.path = m_destination.path;
@@ -91,7 +91,8 @@ NSError ImageStage::finish(const DiscImageOrder &order, std::uint64_t bytes, std
         return discJobError(DiscJobErrorCode::Write, error.localizedDescription(), error.localizedRecoverySuggestion(),
                             m_destination.path, error.code());
     struct stat status;
-    *written = ::fstat(descriptor(), &status) == 0 && S_ISREG(status.st_mode) ? std::uint64_t(status.st_size) : bytes;
+    *written = ::fstat(descriptor(), &status) == 0 && S_ISREG(status.st_mode) ? std::uint64_t(status.st_size)
+                                                                              : contents.storedBytes();
     return m_image ? NSError() : closeStream();
 }
 

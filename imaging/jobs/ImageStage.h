@@ -12,6 +12,8 @@
 namespace Tessaron
 {
 
+struct TableOfContents;
+
 /// Where an image is made until it is whole: in files without their final names in the destination's folder, or, for a
 /// stream, in the stream itself. Used by one thread at a time.
 class ImageStage
@@ -31,9 +33,9 @@ public:
     [[nodiscard]] const QByteArray &imagePath() const { return m_destination.path; }
     [[nodiscard]] QByteArray cueSheetPath() const;
 
-    /// Completes an image of `bytes` bytes: adds the trailer or the cue sheet that the format asks for, and gives
-    /// everything its name. `*written` becomes the length of the file. After a stop nothing gets a name.
-    [[nodiscard]] NSError finish(const DiscImageOrder &order, std::uint64_t bytes, std::uint64_t *written,
+    /// Completes an image whose blocks hold these tracks: adds the trailer or the cue sheet that the format asks for,
+    /// and gives everything its name. `*written` becomes the length of the file. After a stop nothing gets a name.
+    [[nodiscard]] NSError finish(const DiscImageOrder &order, const TableOfContents &contents, std::uint64_t *written,
                                  const std::stop_token &stop);
 
     /// Lets go of everything; files that have no name yet are gone then.

@@ -27,7 +27,11 @@ struct TrackGap {
     /// Whether the image holds these blocks. When it does not, they are made when the disc is written.
     bool isStored = false;
 
-    friend bool operator==(const TrackGap &, const TrackGap &) = default;
+    /// Of no blocks it does not matter whether they are stored.
+    friend bool operator==(const TrackGap &one, const TrackGap &other)
+    {
+        return one.length == other.length && (one.length == 0 || one.isStored == other.isStored);
+    }
 };
 
 /// What a recorder is told of a track, in the numbers of MMC's cue sheet, where they were stated. They may

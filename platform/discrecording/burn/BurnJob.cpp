@@ -46,8 +46,10 @@ NSError BurnJob::plan()
         return plan.error();
     m_plan = std::move(*plan);
     m_status->setTotals(m_plan->bytes, m_plan->files, m_plan->folders);
-    const std::lock_guard lock(m_reportMutex);
+    auto contents = std::make_shared<const TableOfContents>(m_plan->contents);
+    const std::lock_guard lock(m_mutex);
     m_report = m_plan->report;
+    m_contents = std::move(contents);
     return {};
 }
 
@@ -66,8 +68,14 @@ NSError BurnJob::writeTracks()
 
 std::shared_ptr<const DRStorageReport> BurnJob::storageReport() const
 {
-    const std::lock_guard lock(m_reportMutex);
+    const std::lock_guard lock(m_mutex);
     return m_report;
+}
+
+std::shared_ptr<const TableOfContents> BurnJob::tableOfContents() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_contents;
 }
 
 } // namespace Tessaron

@@ -26,6 +26,7 @@ public:
     // From any thread:
     void cancel() { m_cancellation.request_stop(); }
     [[nodiscard]] std::shared_ptr<const DRStorageReport> storageReport() const;
+    [[nodiscard]] std::shared_ptr<const TableOfContents> tableOfContents() const;
 
 private:
     [[nodiscard]] NSError plan();
@@ -38,8 +39,9 @@ private:
     std::stop_source m_cancellation;
     std::optional<BurnPlan> m_plan;
 
-    mutable std::mutex m_reportMutex;
-    std::shared_ptr<const DRStorageReport> m_report; ///< guarded by m_reportMutex
+    mutable std::mutex m_mutex; ///< guards what follows; both null until the layout is planned
+    std::shared_ptr<const DRStorageReport> m_report;
+    std::shared_ptr<const TableOfContents> m_contents;
 };
 
 } // namespace Tessaron

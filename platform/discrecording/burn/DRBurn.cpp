@@ -114,4 +114,10 @@ std::shared_ptr<const DRStorageReport> DRBurn::storageReport() const
     return d->job ? d->job->storageReport() : nullptr;
 }
 
+std::shared_ptr<const TableOfContents> DRBurn::tableOfContents() const
+{
+    const std::lock_guard lock(d->mutex);
+    return d->job ? d->job->tableOfContents() : nullptr;
+}
+
 } // namespace Tessaron

@@ -14,6 +14,7 @@ namespace Tessaron
 
 class DRCallbackDevice;
 class DRStorageReport;
+struct TableOfContents;
 
 // Keys of a burn's status, and the values' types.
 TESSARON_EXPORT extern const QString DRStatusStateKey; ///< QString, one of the states below
@@ -73,6 +74,9 @@ public:
     /// What the disc's filesystems cannot hold as it stands; null until the burn has been prepared. Stays valid on its
     /// own.
     [[nodiscard]] std::shared_ptr<const DRStorageReport> storageReport() const;
+
+    /// What the disc consists of, as it will be written; null until the burn has been prepared. Stays valid on its own.
+    [[nodiscard]] std::shared_ptr<const TableOfContents> tableOfContents() const;
 
 private:
     class Private;

@@ -1,6 +1,7 @@
 #include "imaging/ImageFinisher.h"
 
 #include "platform/disctracks/vant/VANTReader.h"
+#include "platform/disctracks/vant/VANTTrailer.h"
 #include "platform/foundation/UniqueDescriptor.h"
 #include "tests/support/TemporaryTree.h"
 
@@ -9,6 +10,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -242,13 +244,100 @@ TEST(ImageFinisher, finish_refuses_whatACueSheetOrATrailerCannotSay)
     StagedImage staged(tree);
     TableOfContents audio = contentsOfPlainImage(3 * 2048);
     audio.sessions[0].tracks[0].kind = TrackKind::Audio;
+    ASSERT_EQ(audio.sessions[0].tracks[0].blockSize, 2048u) << "audio has blocks of 2352 bytes alone";
     const NSError noSheet = ImageFinisher(TessaronDiscImageFormatBIN, audio).finish(staged.unfinished);
     EXPECT_EQ(noSheet.code(), paramErr);
-    EXPECT_TRUE(noSheet.localizedDescription().contains(QStringLiteral("cue sheet")));
+    EXPECT_EQ(
+        noSheet.localizedDescription(),
+        QStringLiteral("No cue sheet can describe the tracks of “%1”: A cue sheet has no mode for track 1 with its "
+                       "blocks of 2048 bytes.")
+            .arg(tree.pathText("disc.bin")));
+    EXPECT_EQ(noSheet.localizedRecoverySuggestion(), QStringLiteral("Save the disc as a VANT image."));
     UnfinishedImage empty;
     empty.path = tree.path("disc.vant");
     EXPECT_EQ(ImageFinisher(TessaronDiscImageFormatVANT, TableOfContents()).finish(empty).code(), paramErr);
     EXPECT_EQ(staged.namesGiven, 0);
+}
+
+namespace
+{
+
+/// A data track of raw sectors with a pregap, then audio in a second session.
+TableOfContents mixedContents()
+{
+    TableOfContents contents = contentsOfPlainImage(0);
+    DiscTrack &data = contents.sessions[0].tracks[0];
+    data.recording = {};
+    data.blockSize = 2352;
+    data.length = 4;
+    data.pregap = {150, false};
+    DiscTrack audio;
+    audio.kind = TrackKind::Audio;
+    audio.blockSize = 2352;
+    audio.length = 6;
+    audio.indexPoints = {2};
+    audio.copyState = CopyState::ProtectedOriginal;
+    contents.sessions.push_back({{}, {audio}});
+    contents.numberTracks();
+    contents.joinSessions();
+    return contents;
+}
+
+} // namespace
+
+TEST(ImageFinisher, isOnePlainTrack_isFalse_whenAnythingIsBesides)
+{
+    EXPECT_TRUE(isOnePlainTrack(contentsOfPlainImage(5 * 2048)));
+    const auto isPlainWith = [](const std::function<void(DiscTrack &)> &change) {
+        TableOfContents contents = contentsOfPlainImage(5 * 2048);
+        change(contents.sessions[0].tracks[0]);
+        return isOnePlainTrack(contents);
+    };
+    EXPECT_TRUE(isPlainWith([](DiscTrack &track) { track.recording.trackMode = 5; }));
+    EXPECT_TRUE(isPlainWith([](DiscTrack &track) { track.kind = TrackKind::Unstated; }));
+    EXPECT_FALSE(isPlainWith([](DiscTrack &track) { track.kind = TrackKind::Mode2Form1; }));
+    EXPECT_FALSE(isPlainWith([](DiscTrack &track) { track.blockSize = 2352; }));
+    EXPECT_FALSE(isPlainWith([](DiscTrack &track) { track.pregap.length = 150; }));
+    EXPECT_FALSE(isPlainWith([](DiscTrack &track) { track.postgap = {1, true}; }));
+    EXPECT_FALSE(isPlainWith([](DiscTrack &track) { track.indexPoints = {2}; }));
+    EXPECT_FALSE(isOnePlainTrack(mixedContents()));
+}
+
+TEST(ImageFinisher, finish_writesACueSheetOfAllTracks)
+{
+    const TemporaryTree tree;
+    StagedImage staged(tree, QByteArray(10 * 2352, 'x'));
+    const ImageFinisher bin(TessaronDiscImageFormatBIN, mixedContents());
+    EXPECT_TRUE(bin.finish(staged.unfinished).isNull());
+    EXPECT_EQ(tree.contents("disc.cue"),
+              "FILE \"disc.bin\" BINARY\r\n"
+              "  REM SESSION 01\r\n"
+              "  TRACK 01 MODE1/2352\r\n"
+              "    PREGAP 00:02:00\r\n"
+              "    INDEX 01 00:00:00\r\n"
+              "  REM SESSION 02\r\n"
+              "  TRACK 02 AUDIO\r\n"
+              "    INDEX 01 00:00:04\r\n"
+              "    INDEX 02 00:00:06\r\n");
+    EXPECT_EQ(bin.lost(), QStringList{QStringLiteral("that a track is a protected original")});
+}
+
+TEST(ImageFinisher, finish_describesAllTracksInTheTrailer)
+{
+    const TemporaryTree tree;
+    const QByteArray path = tree.makeFile("disc.vant", QByteArray(10 * 2352, 'x'));
+    TableOfContents contents = mixedContents();
+    contents.mediaCatalogNumber = "0123456789012";
+    const ImageFinisher vant(TessaronDiscImageFormatVANT, contents);
+    EXPECT_TRUE(vant.finishInPlace(path).isNull());
+    const VANTReadResult read = VANTReader::imageFromFile(tree.pathText("disc.vant"));
+    ASSERT_TRUE(read.image) << qPrintable(read.error.localizedDescription());
+    TableOfContents said = tableOfContentsOfVANT(*read.image);
+    ASSERT_EQ(said.sessions.size(), 2u);
+    EXPECT_EQ(said.track(1)->pregap, (TrackGap{150, false}));
+    EXPECT_EQ(said.track(2)->indexPoints, (std::vector<std::uint64_t>{2}));
+    EXPECT_EQ(said.track(2)->copyState, CopyState::ProtectedOriginal);
+    EXPECT_EQ(vant.lost(), QStringList{QStringLiteral("the disc's catalogue number")});
 }
 
 TEST(ImageFinisher, finish_putsTheTrailerBehindTheBlocks_ofAStream)

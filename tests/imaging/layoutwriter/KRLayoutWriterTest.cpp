@@ -1,3 +1,5 @@
+#include "platform/discrecording/objects/DRFolder.h"
+#include "platform/disctracks/BlockAddress.h"
 #include "platform/disctracks/vant/VANTReader.h"
 #include "tests/imaging/layoutwriter/LayoutWriterFixture.h"
 #include "tests/support/EventLoop.h"
@@ -130,6 +132,37 @@ TEST_F(KRLayoutWriterTest, finish_isReportedBeforeTheHeaderIsAppended)
     expected.blockType = 8;
     expected.sessionFormat = 0;
     EXPECT_EQ(read.image->sessions, (std::vector<VANTSession>{{{expected}}}));
+}
+
+TEST_F(KRLayoutWriterTest, finish_describesTheTracksOfTheLayout_whenTheyAreNotOnePlainTrack)
+{
+    const auto track = DRTrack::trackForRootFolder(DRFolder::virtualFolderWithName(QStringLiteral("disc")));
+    QVariantMap properties = track->properties();
+    properties.insert({{DRBlockSizeKey, 2352u}, {DRDataFormKey, 17}, {DRPostGapLengthKey, 150u}});
+    properties.insert(DRSerialCopyManagementStateKey, DRSCMSCopyrightProtectedOriginal);
+    track->setProperties(properties);
+    panel->layout = DRTrackArray{track, track};
+    EXPECT_FALSE(start(TessaronDiscImageFormatBIN));
+    waitForEnd();
+    const qint64 blocks = tree.contents(fileName).size() / 2352 / 2;
+    EXPECT_EQ(tree.contents("disc.cue"),
+              "FILE \"disc.bin\" BINARY\r\n  TRACK 01 MODE1/2352\r\n    INDEX 01 00:00:00\r\n"
+              "  TRACK 02 MODE1/2352\r\n    INDEX 01 "
+                  + MSF::ofFrames(blocks).text().toLatin1() + "\r\n");
+    EXPECT_EQ(writer->lostInFormat(), QStringList{QStringLiteral("that a track is a protected original")});
+
+    isOver = false;
+    fileName = "disc.vant";
+    EXPECT_FALSE(start(TessaronDiscImageFormatVANT));
+    waitForEnd();
+    const VANTReadResult read = VANTReader::imageFromFile(tree.pathText(fileName));
+    ASSERT_TRUE(read.image) << qPrintable(read.error.localizedDescription());
+    const std::vector<VANTTrack> &tracks = read.image->sessions.at(0).tracks;
+    ASSERT_EQ(tracks.size(), 2u);
+    EXPECT_EQ(tracks[1].blockSize, 2352u);
+    EXPECT_EQ(tracks[1].postgap, 150u);
+    EXPECT_EQ(tracks[1].startOffset, quint64(blocks) * 2352);
+    EXPECT_EQ(writer->lostInFormat(), QStringList());
 }
 
 TEST_F(KRLayoutWriterTest, finish_followsTheFile_whenTheDelegateRenamesIt)
