@@ -130,8 +130,8 @@ private:
             line(indent, "ISRC " + track.isrc);
         if (track.pregap.length > 0 && track.pregap.isStored)
             addIndex(indent, 0, 0);
-        else if (track.pregap.length > 0)
-            line(indent, "PREGAP " + timeOf(track.pregap.length));
+        else if (const std::uint64_t gap = gapToMake(track); gap > 0)
+            line(indent, "PREGAP " + timeOf(gap));
         m_frame += track.pregap.isStored ? track.pregap.length : 0;
         addIndex(indent, 1, 0);
         for (std::size_t point = 0; point < track.indexPoints.size(); ++point)
@@ -146,6 +146,15 @@ private:
         if (track.kind == TrackKind::Mode2Form1 && track.blockSize != std::uint32_t(SectorForm::UserData))
             lose(QStringLiteral("that all sectors of mode 2 are of form 1"));
         return {};
+    }
+
+    /// The length of the track's pregap that nothing stores. What of it lies in front of block 0 every CD has, and
+    /// every reader of sheets adds.
+    [[nodiscard]] std::uint64_t gapToMake(const DiscTrack &track) const
+    {
+        const bool isFirst = &track == &m_contents.sessions.front().tracks.front();
+        const std::int64_t inFront = isFirst ? -m_contents.sessions.front().firstBlock.number() : 0;
+        return track.pregap.length - std::min(track.pregap.length, std::uint64_t(std::max<std::int64_t>(inFront, 0)));
     }
 
     void addIndex(const char *indent, std::size_t number, std::uint64_t offset)

@@ -17,7 +17,8 @@ struct CueSheetText {
 
 /// The cue sheet of one file that holds the tracks one after another, each with those gaps that the table calls stored.
 /// `imageName` stands there byte for byte; the sheet must lie beside the file. Texts are in UTF-8, the first language
-/// only. More than one session is said by REM SESSION lines.
+/// only. More than one session is said by REM SESSION lines. The part of the first track's pregap that lies in front of
+/// block 0 is not said: every CD has it.
 ///
 /// An error of DiscTracksErrorDomain when the table makes no sense, when a track is of a kind and size that has no
 /// mode, or when the name or a text holds a quote or a line end, which a sheet cannot say. Thread-safe.

@@ -1,6 +1,7 @@
 #include "platform/disctracks/SectorCoding.h"
 
 #include "platform/disctracks/SectorParity.h"
+#include "platform/disctracks/TrackSubchannel.h"
 #include "platform/foundation/ByteOrder.h"
 
 #include <algorithm>
@@ -233,12 +234,14 @@ std::optional<SectorEncoder> SectorEncoder::encoderFor(TrackKind kind, SectorFor
     const bool holdsUserData = isMode2 || kind == TrackKind::Mode1;
     if (form == SectorForm::UserData && (holdsUserData || kind == TrackKind::Unstated))
         return SectorEncoder(kind, form);
-    if ((form == SectorForm::Raw && holdsUserData) || (form == SectorForm::WithoutHeader && isMode2))
+    const bool isWhole = form == SectorForm::Raw || form == SectorForm::RawWithSubchannel;
+    if ((isWhole && holdsUserData) || (form == SectorForm::WithoutHeader && isMode2))
         return SectorEncoder(kind, form);
     return std::nullopt;
 }
 
-void SectorEncoder::encode(const char *userData, std::size_t blockCount, BlockAddress first, char *blocks) const
+void SectorEncoder::encode(const char *userData, std::size_t blockCount, BlockAddress first, char *blocks,
+                           const TrackSubchannel *subchannel) const
 {
     if (isPlain()) {
         std::memcpy(blocks, userData, blockCount * userDataSize);
@@ -246,6 +249,7 @@ void SectorEncoder::encode(const char *userData, std::size_t blockCount, BlockAd
     }
     std::array<std::uint8_t, sectorSize> sector;
     const std::size_t skipped = m_form == SectorForm::WithoutHeader ? std::size_t(subheader) : 0;
+    const std::size_t kept = std::min(blockSize(), sectorSize - skipped);
     for (std::size_t block = 0; block < blockCount; ++block) {
         const BlockAddress at = first + std::int64_t(block);
         std::memcpy(sector.data() + (m_kind == TrackKind::Mode1 ? mode1Data : form1Data),
@@ -254,7 +258,12 @@ void SectorEncoder::encode(const char *userData, std::size_t blockCount, BlockAd
             completeMode1Sector(sector.data(), at);
         else
             completeForm1Sector(sector.data(), at, SectorSubheader{});
-        std::memcpy(blocks + block * blockSize(), sector.data() + skipped, blockSize());
+        char *const to = blocks + block * blockSize();
+        std::memcpy(to, sector.data() + skipped, kept);
+        if (m_form != SectorForm::RawWithSubchannel)
+            continue;
+        const auto behind = subchannel ? subchannel->bytesAt(at) : std::array<std::uint8_t, subchannelSize>{};
+        std::memcpy(to + kept, behind.data(), behind.size());
     }
 }
 

@@ -16,6 +16,8 @@
 namespace Tessaron
 {
 
+class TrackSubchannel;
+
 /// Where the fields of a whole sector lie (ECMA-130 14 and annex A; for mode 2 the CD-ROM XA system description).
 namespace SectorField
 {
@@ -90,15 +92,17 @@ class TESSARON_EXPORT SectorEncoder
 {
 public:
     /// No encoder for a form that cannot hold user data of 2048 bytes: those are UserData for each kind of data,
-    /// Raw for mode 1 and mode 2, WithoutHeader for mode 2. In mode 2 the sectors are of form 1.
+    /// Raw and RawWithSubchannel for mode 1 and mode 2, WithoutHeader for mode 2. In mode 2 the sectors are of form 1.
     [[nodiscard]] static std::optional<SectorEncoder> encoderFor(TrackKind kind, SectorForm form);
 
     [[nodiscard]] std::size_t blockSize() const { return std::size_t(m_form); }
     /// True when the blocks are the user data as they stand.
     [[nodiscard]] bool isPlain() const { return m_form == SectorForm::UserData; }
     /// Makes `blockCount` blocks of blockSize() bytes each from as many of 2048 bytes; the first one is at `first`. The
-    /// buffers must not overlap.
-    void encode(const char *userData, std::size_t blockCount, BlockAddress first, char *blocks) const;
+    /// buffers must not overlap. `subchannel` is needed for the form that has it, and not looked at otherwise; null
+    /// leaves its bytes 0.
+    void encode(const char *userData, std::size_t blockCount, BlockAddress first, char *blocks,
+                const TrackSubchannel *subchannel = nullptr) const;
 
 private:
     SectorEncoder(TrackKind kind, SectorForm form)

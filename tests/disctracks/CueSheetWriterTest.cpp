@@ -58,6 +58,22 @@ TEST(CueSheetWriter, sheet_isWhatTheTableSays)
     EXPECT_TRUE(sheet->lost.isEmpty());
 }
 
+TEST(CueSheetWriter, sheet_doesNotSayThePregapThatEveryCDHas)
+{
+    TableOfContents contents;
+    DiscTrack track;
+    track.length = 300;
+    track.pregap = {200, false};
+    contents.sessions = {{BlockAddress(-150), {track}}};
+    const Result<CueSheetText> longer = cueSheetForImage(contents, "disc.bin");
+    ASSERT_TRUE(longer);
+    EXPECT_TRUE(longer->text.contains("PREGAP 00:00:50\r\n")) << longer->text.constData();
+    contents.sessions[0].tracks[0].pregap.length = 150;
+    const Result<CueSheetText> usual = cueSheetForImage(contents, "disc.bin");
+    ASSERT_TRUE(usual);
+    EXPECT_EQ(usual->text, "FILE \"disc.bin\" BINARY\r\n  TRACK 01 MODE1/2048\r\n    INDEX 01 00:00:00\r\n");
+}
+
 TEST(CueSheetWriter, aWrittenSheet_readsBackAsTheSameTable)
 {
     const TableOfContents contents = album();

@@ -246,6 +246,6 @@ TEST(SectorEncoder, encoderFor_hasNoValue_whenTheFormHoldsNoFilesystem)
     EXPECT_FALSE(SectorEncoder::encoderFor(TrackKind::Audio, SectorForm::Raw));
     EXPECT_FALSE(SectorEncoder::encoderFor(TrackKind::Mode2Form2, SectorForm::Form2UserData));
     EXPECT_FALSE(SectorEncoder::encoderFor(TrackKind::Mode2Formless, SectorForm::WithoutHeader));
-    EXPECT_FALSE(SectorEncoder::encoderFor(TrackKind::Mode1, SectorForm::RawWithSubchannel));
+    EXPECT_FALSE(SectorEncoder::encoderFor(TrackKind::Audio, SectorForm::RawWithSubchannel));
     EXPECT_FALSE(SectorEncoder::encoderFor(TrackKind::Unstated, SectorForm::Raw));
 }

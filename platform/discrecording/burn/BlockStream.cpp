@@ -19,6 +19,21 @@ void BlockStream::countBytes(std::uint64_t bytes) const
         m_bytesTaken(bytes);
 }
 
+NSError BlockStream::beginTrack(const DiscTrack &track)
+{
+    m_track = track;
+    if (!track.pregap.isStored)
+        skip(track.pregap.length);
+    return m_sink.beginTrack(track);
+}
+
+NSError BlockStream::endTrack()
+{
+    if (!m_track.postgap.isStored)
+        skip(m_track.postgap.length);
+    return m_sink.endTrack();
+}
+
 NSError BlockStream::writeBlocks(const void *bytes, std::uint32_t blockCount, std::uint32_t blockSize)
 {
     if (m_cancellation.stop_requested())

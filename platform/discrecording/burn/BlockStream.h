@@ -2,6 +2,7 @@
 
 #include "platform/discrecording/burn/BlockSink.h"
 #include "platform/discrecording/image/BlockImage.h"
+#include "platform/disctracks/DiscTrack.h"
 
 #include <functional>
 #include <stop_token>
@@ -23,8 +24,13 @@ public:
     /// The next block will have this address.
     void beginSession(BlockAddress firstBlock) { m_position = firstBlock; }
 
-    /// Blocks that the disc has and the image does not hold: they only count in the addresses.
-    void skip(std::uint64_t blockCount) { m_position = m_position + std::int64_t(blockCount); }
+    /// The blocks that follow are those of this track, which the sink hears of; what of its pregap is not stored only
+    /// counts in the addresses.
+    [[nodiscard]] NSError beginTrack(const DiscTrack &track);
+    /// The same at the track's end, with its postgap.
+    [[nodiscard]] NSError endTrack();
+    /// The track that was begun last.
+    [[nodiscard]] const DiscTrack &track() const { return m_track; }
 
     /// Whole blocks; burnCancelledError() once a stop was asked for, as from copyFileRun().
     [[nodiscard]] NSError writeBlocks(const void *bytes, std::uint32_t blockCount, std::uint32_t blockSize);
@@ -39,12 +45,14 @@ public:
     [[nodiscard]] const std::stop_token &cancellation() const { return m_cancellation; }
 
 private:
+    void skip(std::uint64_t blockCount) { m_position = m_position + std::int64_t(blockCount); }
     void countBytes(std::uint64_t bytes) const;
 
     BlockSink &m_sink;
     const std::stop_token m_cancellation;
     const BytesTaken m_bytesTaken;
     BlockAddress m_position;
+    DiscTrack m_track;
 };
 
 } // namespace Tessaron

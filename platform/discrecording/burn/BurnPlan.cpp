@@ -152,16 +152,12 @@ private:
     BlockAddress m_next;
 };
 
-NSError writeTrack(TrackWriter &writer, const DiscTrack &track, BlockSink &sink, BlockStream &stream)
+NSError writeTrack(TrackWriter &writer, const DiscTrack &track, BlockStream &stream)
 {
-    NSError error = sink.beginTrack(track);
-    if (!error && !track.pregap.isStored)
-        stream.skip(track.pregap.length);
+    NSError error = stream.beginTrack(track);
     if (!error)
         error = writer.write(stream);
-    if (!error && !track.postgap.isStored)
-        stream.skip(track.postgap.length);
-    return error ? error : sink.endTrack();
+    return error ? error : stream.endTrack();
 }
 
 } // namespace
@@ -193,7 +189,7 @@ NSError writeDisc(const BurnPlan &plan, BlockSink &sink, const std::stop_token &
     for (const DiscSession &session : plan.contents.sessions) {
         stream.beginSession(session.firstBlock);
         for (const DiscTrack &track : session.tracks) {
-            if (NSError error = writeTrack(**writer++, track, sink, stream))
+            if (NSError error = writeTrack(**writer++, track, stream))
                 return error;
         }
     }

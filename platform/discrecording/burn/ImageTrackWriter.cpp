@@ -82,6 +82,7 @@ DiscTrack ImageTrackWriter::track() const
 
 NSError ImageTrackWriter::write(BlockStream &stream)
 {
+    m_subchannel.emplace(stream.track(), stream.position());
     if (NSError error = writePieces(stream))
         return error;
     m_pipeline.reset(); // all is read, so this does not wait; the next track needs the memory
@@ -123,7 +124,8 @@ NSError ImageTrackWriter::writeUserData(BlockStream &stream, const void *userDat
     if (m_encoder.isPlain())
         return stream.writeBlocks(userData, blockCount, logicalBlockSize);
     m_sectors.resize(blockCount * m_encoder.blockSize());
-    m_encoder.encode(static_cast<const char *>(userData), blockCount, stream.position(), m_sectors.data());
+    m_encoder.encode(static_cast<const char *>(userData), blockCount, stream.position(), m_sectors.data(),
+                     &*m_subchannel);
     return stream.writeBlocks(m_sectors.data(), blockCount, std::uint32_t(m_encoder.blockSize()));
 }
 

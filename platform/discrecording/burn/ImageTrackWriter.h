@@ -3,6 +3,7 @@
 #include "platform/discrecording/burn/BlockPipeline.h"
 #include "platform/discrecording/burn/TrackWriter.h"
 #include "platform/disctracks/SectorCoding.h"
+#include "platform/disctracks/TrackSubchannel.h"
 
 #include <optional>
 #include <vector>
@@ -46,6 +47,7 @@ private:
 
     const DiscTrack m_described; ///< but for the length
     const SectorEncoder m_encoder;
+    std::optional<TrackSubchannel> m_subchannel; ///< while it writes
     std::vector<char> m_sectors; ///< of one piece, unless the blocks are user data alone
     std::shared_ptr<DRFolder> m_root; ///< null once the image is planned
     std::shared_ptr<const BlockImage> m_image;

@@ -31,7 +31,7 @@ Result<std::unique_ptr<TrackWriter>> trackWriterFor(const std::shared_ptr<DRTrac
                                             "bytes (%2) of this type (%3).")
                                  .arg(described->blockSize)
                                  .arg(DRBlockSizeKey, DRBlockTypeKey),
-                             QStringLiteral("Use blocks of 2048 bytes, of 2352 bytes in mode 1 or 2, or of 2336 bytes "
+                             QStringLiteral("Use blocks of 2048, 2352 or 2448 bytes in mode 1 or 2, or of 2336 bytes "
                                             "in mode 2."));
         return std::make_unique<ImageTrackWriter>(track->rootFolder(), *described);
     }

@@ -8,6 +8,8 @@
 #include "tests/discrecording/burn/TestConsumers.h"
 #include "tests/support/TemporaryTree.h"
 
+#include <algorithm>
+#include <array>
 #include <gtest/gtest.h>
 #include <sys/time.h>
 #include <thread>
@@ -283,6 +285,36 @@ TEST(ImageTrackWriter, write_makesTheSectorsThatTheTrackAsksFor)
     }
 }
 
+TEST(ImageTrackWriter, write_putsTheSubchannelBehindEachSector)
+{
+    ImageWithBigFile given;
+    DiscTrack described;
+    described.blockSize = 2448;
+    described.indexPoints = {10};
+    SpiedFile file(given.tree.path("raw"));
+    BlockStream stream(sinkOf(file));
+    stream.beginSession(BlockAddress(5000));
+    ImageTrackWriter writer(shared(given.image), {}, described);
+    DiscTrack track = writer.track();
+    track.number = 3;
+    ASSERT_TRUE(stream.beginTrack(track).isNull());
+    ASSERT_TRUE(writer.write(stream).isNull());
+    const QByteArray raw = given.tree.contents("raw");
+    ASSERT_EQ(std::uint64_t(raw.size()), track.storedBytes());
+    for (std::int64_t block = 0; block < std::int64_t(track.length); ++block) {
+        const auto *const sector = reinterpret_cast<const std::uint8_t *>(raw.constData()) + block * 2448;
+        const BlockAddress address(5000 + block);
+        ASSERT_FALSE(checkSector(sector, TrackKind::Mode1, address)) << block;
+        std::array<std::uint8_t, subchannelSize> channels;
+        deinterleaveSubchannels(sector + 2352, channels.data());
+        SubchannelQ q;
+        std::copy_n(channels.begin() + q.size(), q.size(), q.begin());
+        const std::uint8_t index = block < 10 ? 1 : 2;
+        ASSERT_EQ(positionOfSubchannelQ(q), (SubchannelPosition{SubchannelControl::data, 3, index, block, address}))
+            << block;
+    }
+}
+
 TEST(ImageTrackWriter, canWrite_isTrueOfTheFormsThatHoldAFilesystem)
 {
     const auto canWrite = [](TrackKind kind, std::uint32_t blockSize) {
@@ -296,6 +328,7 @@ TEST(ImageTrackWriter, canWrite_isTrueOfTheFormsThatHoldAFilesystem)
     EXPECT_TRUE(canWrite(TrackKind::Mode2Mixed, 2336));
     EXPECT_TRUE(canWrite(TrackKind::Mode2Form1, 2352));
     EXPECT_TRUE(canWrite(TrackKind::Unstated, 2048));
+    EXPECT_TRUE(canWrite(TrackKind::Mode1, 2448));
     EXPECT_FALSE(canWrite(TrackKind::Audio, 2352));
     EXPECT_FALSE(canWrite(TrackKind::Mode1, 2336));
     EXPECT_FALSE(canWrite(TrackKind::Mode2Form2, 2324));

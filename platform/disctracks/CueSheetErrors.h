@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/foundation/NSError.h"
+
+#include <cstdint>
+
+namespace Tessaron
+{
+
+/// What is wrong with a cue sheet, where, and what to do; line 0 means the whole sheet.
+[[nodiscard]] NSError cueSheetError(std::uint32_t line, const QString &reason, const QString &remedy);
+
+} // namespace Tessaron
