@@ -12,7 +12,7 @@ BlockPipeline::BlockPipeline(const BlockImage &image, const Options &options, st
     : m_image(image)
     , m_options(options)
     , m_cancellation(std::move(cancellation))
-    , m_blockCount(image.blockCount())
+    , m_end(image.blockCount())
     , m_slots(options.bufferCount)
 {
     startReaders();
@@ -57,7 +57,7 @@ const BlockPipeline::Piece *BlockPipeline::next(NSError *error)
         m_canClaim.notify_one();
     }
     Slot &slot = m_slots[m_released % m_slots.size()];
-    const auto isReadyOrOver = [&] { return slot.isReady || (m_released == m_claimed && m_nextBlock >= m_blockCount); };
+    const auto isReadyOrOver = [&] { return slot.isReady || (m_released == m_claimed && m_nextBlock >= m_end); };
     m_isReady.wait(lock, m_cancellation, isReadyOrOver);
     if (m_cancellation.stop_requested())
         *error = burnCancelledError();
@@ -83,24 +83,22 @@ void BlockPipeline::read()
 
 BlockPipeline::Slot *BlockPipeline::claim(std::unique_lock<std::mutex> &lock)
 {
-    const auto isOver = [this] {
-        return m_isStopping || m_cancellation.stop_requested() || m_nextBlock >= m_blockCount;
-    };
+    const auto isOver = [this] { return m_isStopping || m_cancellation.stop_requested() || m_nextBlock >= m_end; };
     m_canClaim.wait(lock, [&] { return isOver() || m_claimed - m_released < m_slots.size(); });
     if (isOver())
         return nullptr;
     Slot &slot = m_slots[m_claimed % m_slots.size()];
     slot.piece = nextPiece();
     slot.error = {};
-    if (slot.piece.blockCount == 0 || slot.piece.blockCount > m_blockCount - m_nextBlock) {
-        slot.error =
-            burnError(paramErr, QStringLiteral("The disc image has no valid piece at block %1.").arg(m_nextBlock));
-        m_nextBlock = m_blockCount;
+    if (slot.piece.blockCount == 0 || slot.piece.blockCount > m_end - m_nextBlock) {
+        slot.error = burnError(
+            paramErr, QStringLiteral("The disc image has no valid piece at block %1.").arg(m_nextBlock.number()));
+        m_nextBlock = m_end;
     } else {
-        m_nextBlock += slot.piece.blockCount;
+        m_nextBlock = m_nextBlock + slot.piece.blockCount;
     }
     ++m_claimed;
-    if (m_nextBlock >= m_blockCount)
+    if (m_nextBlock >= m_end)
         m_canClaim.notify_all(); // nothing is left for the other readers
     return &slot;
 }
@@ -113,7 +111,7 @@ BlockPipeline::Piece BlockPipeline::nextPiece() const
     };
     if (piece.isFileRun && m_options.smallestFileRunLeft > 0) {
         // The whole run at once, so that its file is opened and compared once.
-        const ImagePiece wholeRun = m_image.pieceAt(m_nextBlock, m_blockCount - m_nextBlock);
+        const ImagePiece wholeRun = m_image.pieceAt(m_nextBlock, std::uint32_t(m_end - m_nextBlock));
         if (isLeft(wholeRun))
             piece = wholeRun;
     }

@@ -35,7 +35,7 @@ public:
 
     /// A part of the image, in order.
     struct Piece {
-        std::uint32_t at = 0; ///< block
+        BlockAddress at; ///< in the image
         std::uint32_t blockCount = 0;
         bool isFileRun = false; ///< `run` says what the piece holds, `bytes` is empty
         FileRun run;
@@ -70,7 +70,7 @@ private:
     const BlockImage &m_image;
     const Options m_options;
     const std::stop_token m_cancellation;
-    const std::uint32_t m_blockCount;
+    const BlockAddress m_end; ///< of the image
 
     std::mutex m_mutex; ///< guards the members down to the empty line; a slot that is not ready belongs to its reader
     std::condition_variable m_canClaim;
@@ -78,7 +78,7 @@ private:
     std::vector<Slot> m_slots; ///< piece n is in slot n modulo their number
     std::uint64_t m_claimed = 0; ///< pieces claimed so far
     std::uint64_t m_released = 0; ///< pieces that the consumer has done with
-    std::uint32_t m_nextBlock = 0; ///< first block that is not claimed
+    BlockAddress m_nextBlock; ///< first one that is not claimed
     bool m_isStopping = false;
 
     bool m_isHolding = false; ///< the consumer has a piece

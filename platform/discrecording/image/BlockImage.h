@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/discrecording/content/FileContents.h"
+#include "platform/disctracks/BlockAddress.h"
 #include "platform/foundation/NSError.h"
 
 #include <cstdint>
@@ -29,7 +30,8 @@ struct ImagePiece {
 };
 
 /// A planned disc image: a fixed number of blocks whose every byte is a function of the plan and of the files'
-/// contents. All operations are const and may be called by several threads at once.
+/// contents. Blocks are addressed from the image's begin, wherever on a disc it will lie. All operations are const and
+/// may be called by several threads at once.
 class BlockImage
 {
 public:
@@ -41,13 +43,13 @@ public:
     /// The piece that begins at block `at` (a boundary: 0 or the end of an earlier piece) and has about `wanted`
     /// blocks: less where a big file begins or ends, more only where something cannot be cut. A big file's
     /// contents come as pieces of their own with `isFileRun` set; small files are gathered.
-    [[nodiscard]] virtual ImagePiece pieceAt(std::uint32_t at, std::uint32_t wanted) const = 0;
+    [[nodiscard]] virtual ImagePiece pieceAt(BlockAddress at, std::uint32_t wanted) const = 0;
 
     /// Produces the bytes of the piece at block `at`; `out` has exactly the size of the piece. File contents in it are
     /// read from disk and compared with the plan: a file that changed, shrank, grew or vanished gives an error that
     /// names it, as does a failing read. `cancellation` ends a wait for a file that another program keeps busy; the
     /// error is then of no interest.
-    [[nodiscard]] virtual NSError fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
+    [[nodiscard]] virtual NSError fillPiece(BlockAddress at, std::span<std::uint8_t> out,
                                             const std::stop_token &cancellation) const = 0;
 
     /// Looks again at the files that have no byte in the image because they were empty: an error names one that holds

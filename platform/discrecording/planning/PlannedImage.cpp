@@ -92,10 +92,11 @@ std::size_t PlannedImage::firstFileEndingAfter(std::uint64_t block) const
     return static_cast<std::size_t>(found - m_files.begin());
 }
 
-ImagePiece PlannedImage::pieceAt(std::uint32_t at, std::uint32_t wanted) const
+ImagePiece PlannedImage::pieceAt(BlockAddress address, std::uint32_t wanted) const
 {
     ImagePiece piece;
-    const std::uint64_t limit = std::uint64_t{at} + std::max(wanted, 1u);
+    const auto at = std::uint64_t(address.number());
+    const std::uint64_t limit = at + std::max(wanted, 1u);
     const std::size_t here = firstFileEndingAfter(at);
     if (here < m_files.size() && startOf(m_files[here]) <= at && isBig(m_files[here])) {
         const NodeIndex file = m_files[here];
@@ -120,9 +121,10 @@ ImagePiece PlannedImage::pieceAt(std::uint32_t at, std::uint32_t wanted) const
     return piece;
 }
 
-NSError PlannedImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
+NSError PlannedImage::fillPiece(BlockAddress address, std::span<std::uint8_t> out,
                                 const std::stop_token &cancellation) const
 {
+    const auto at = std::uint64_t(address.number());
     const std::uint64_t endBlock = at + out.size() / logicalBlockSize;
     SourceFolder folder;
     std::size_t cleared = 0; // bytes of the piece that hold what they are to hold
@@ -136,7 +138,7 @@ NSError PlannedImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
         const NodeIndex file = m_files[position];
         if (startOf(file) >= endBlock)
             break;
-        const std::uint64_t pieceStart = std::uint64_t{at} * logicalBlockSize;
+        const std::uint64_t pieceStart = at * logicalBlockSize;
         const std::uint64_t fileStart = startOf(file) * logicalBlockSize;
         const std::uint64_t from = std::max(pieceStart, fileStart);
         const std::uint64_t to = std::min(pieceStart + out.size(), fileStart + m_tree->nodes[file].fileSize());

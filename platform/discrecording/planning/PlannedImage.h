@@ -24,8 +24,8 @@ public:
                  ImageLayout layout, std::vector<NodeIndex> files, std::uint32_t bigFileSize);
 
     [[nodiscard]] std::uint32_t blockCount() const override;
-    [[nodiscard]] ImagePiece pieceAt(std::uint32_t at, std::uint32_t wanted) const override;
-    [[nodiscard]] NSError fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
+    [[nodiscard]] ImagePiece pieceAt(BlockAddress at, std::uint32_t wanted) const override;
+    [[nodiscard]] NSError fillPiece(BlockAddress at, std::span<std::uint8_t> out,
                                     const std::stop_token &cancellation) const override;
     [[nodiscard]] NSError verifyEmptyFiles(const std::stop_token &cancellation) const override;
     [[nodiscard]] FileContents fileContents(std::uint32_t fileIndex) const override;

@@ -160,7 +160,7 @@ TEST(BlockPipeline, next_handsOverBigRunsWhole_andReadsSmallOnes)
         if (piece->isFileRun)
             pieces << "run of " + QByteArray::number(qulonglong(piece->run.length)) + " bytes";
         else
-            pieces << QByteArray::number(piece->at) + "+" + QByteArray::number(piece->blockCount);
+            pieces << QByteArray::number(piece->at.number()) + "+" + QByteArray::number(piece->blockCount);
     }
     EXPECT_TRUE(error.isNull());
     EXPECT_EQ(pieces, (QList<QByteArray>{"0+2", "2+4", "run of 81921 bytes", "47+1"}));

@@ -73,8 +73,9 @@ const FakeBlockImage::Segment &FakeBlockImage::segmentAt(std::uint32_t block) co
     return *std::prev(behind);
 }
 
-ImagePiece FakeBlockImage::pieceAt(std::uint32_t at, std::uint32_t wanted) const
+ImagePiece FakeBlockImage::pieceAt(BlockAddress address, std::uint32_t wanted) const
 {
+    const auto at = std::uint32_t(address.number());
     if (invalidBlock && at >= *invalidBlock)
         return {};
     const Segment &segment = segmentAt(at);
@@ -88,9 +89,10 @@ ImagePiece FakeBlockImage::pieceAt(std::uint32_t at, std::uint32_t wanted) const
     return {count, true, run};
 }
 
-NSError FakeBlockImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
+NSError FakeBlockImage::fillPiece(BlockAddress address, std::span<std::uint8_t> out,
                                   const std::stop_token & /*cancellation*/) const
 {
+    const auto at = std::uint32_t(address.number());
     const auto count = std::uint32_t(out.size() / logicalBlockSize);
     const auto holds = [=](const std::optional<std::uint32_t> &block) {
         return block && *block >= at && *block < at + count;
@@ -102,7 +104,7 @@ NSError FakeBlockImage::fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
         throw std::bad_alloc();
     if (holds(failingBlock))
         return burnError(ioErr, QStringLiteral("Block %1 cannot be read.").arg(*failingBlock));
-    const ImagePiece piece = pieceAt(at, count);
+    const ImagePiece piece = pieceAt(address, count);
     if (piece.isFileRun) {
         NSError error;
         const FileContents &file = m_files[piece.run.fileIndex];

@@ -45,8 +45,8 @@ public:
     void addFileRun(const FileContents &file, std::uint64_t offset, std::uint64_t length);
 
     [[nodiscard]] std::uint32_t blockCount() const override { return m_blockCount; }
-    [[nodiscard]] ImagePiece pieceAt(std::uint32_t at, std::uint32_t wanted) const override;
-    [[nodiscard]] NSError fillPiece(std::uint32_t at, std::span<std::uint8_t> out,
+    [[nodiscard]] ImagePiece pieceAt(BlockAddress at, std::uint32_t wanted) const override;
+    [[nodiscard]] NSError fillPiece(BlockAddress at, std::span<std::uint8_t> out,
                                     const std::stop_token &cancellation) const override;
     [[nodiscard]] NSError verifyEmptyFiles(const std::stop_token & /*cancellation*/) const override { return {}; }
     [[nodiscard]] FileContents fileContents(std::uint32_t fileIndex) const override { return m_files[fileIndex]; }

@@ -47,9 +47,9 @@ TEST(HfsPlusLimits, partitionMap_countsInBlocksOfTheDisc_whereSmallUnitsCannot)
                           {}, {}, &error);
         EXPECT_TRUE(plan.image) << qPrintable(error.localizedDescription());
         QByteArray area(qsizetype{16} * 2048, '\0');
-        if (plan.image && plan.image->pieceAt(0, 16).blockCount == 16) {
+        if (plan.image && plan.image->pieceAt(BlockAddress(0), 16).blockCount == 16) {
             const std::span bytes(reinterpret_cast<std::uint8_t *>(area.data()), static_cast<std::size_t>(area.size()));
-            EXPECT_FALSE(plan.image->fillPiece(0, bytes, {}));
+            EXPECT_FALSE(plan.image->fillPiece(BlockAddress(0), bytes, {}));
         }
         const auto unit = qFromBigEndian<quint16>(area.constData() + 2);
         const char *const entry = area.constData() + 2 * qsizetype{unit};

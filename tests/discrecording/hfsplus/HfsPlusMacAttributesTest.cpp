@@ -94,9 +94,9 @@ TEST(HfsPlusMacAttributes, resourceForkThatChanges_endsTheImage_andIsNamed)
     ASSERT_TRUE(plan.image);
     tree.setExtendedAttribute("document", resourceForkName, "other");
     for (std::uint32_t at = 0; at < plan.image->blockCount() && !error;) {
-        const ImagePiece piece = plan.image->pieceAt(at, 64);
+        const ImagePiece piece = plan.image->pieceAt(BlockAddress(at), 64);
         std::vector<std::uint8_t> bytes(std::size_t{piece.blockCount} * 2048);
-        error = plan.image->fillPiece(at, bytes, {});
+        error = plan.image->fillPiece(BlockAddress(at), bytes, {});
         at += piece.blockCount;
     }
     EXPECT_EQ(error.code(), fBsyErr);

@@ -311,14 +311,14 @@ TEST(DiscImageContents, contentsOfABigFile_areARunOfTheFile)
     EXPECT_EQ(image.reader.contents(image.primary("/b")), big);
     const std::uint32_t start = image.primary("/b").extents[0].block;
     const BlockImage &blocks = *image.written.plan().image;
-    EXPECT_FALSE(blocks.pieceAt(0, 100'000).isFileRun);
-    EXPECT_EQ(blocks.pieceAt(0, 100'000).blockCount, start);
-    const ImagePiece first = blocks.pieceAt(start, 100);
+    EXPECT_FALSE(blocks.pieceAt(BlockAddress(0), 100'000).isFileRun);
+    EXPECT_EQ(blocks.pieceAt(BlockAddress(0), 100'000).blockCount, start);
+    const ImagePiece first = blocks.pieceAt(BlockAddress(start), 100);
     EXPECT_TRUE(first.isFileRun);
     EXPECT_EQ(first.blockCount, 100u);
     EXPECT_EQ(first.run.offset, 0u);
     EXPECT_EQ(first.run.length, 100u * 2048);
-    const ImagePiece rest = blocks.pieceAt(start + 100, 100'000);
+    const ImagePiece rest = blocks.pieceAt(BlockAddress(start + 100), 100'000);
     EXPECT_TRUE(rest.isFileRun);
     EXPECT_EQ(rest.run.offset, 100u * 2048);
     EXPECT_EQ(rest.run.length, 1'000'001u - 100 * 2048);

@@ -26,9 +26,9 @@ NSError errorOfProducing(const BlockImage &image)
 {
     std::vector<std::uint8_t> buffer;
     for (std::uint32_t at = 0; at < image.blockCount();) {
-        const ImagePiece piece = image.pieceAt(at, 64);
+        const ImagePiece piece = image.pieceAt(BlockAddress(at), 64);
         buffer.resize(std::size_t{piece.blockCount} * logicalBlockSize);
-        if (NSError error = image.fillPiece(at, buffer, {}))
+        if (NSError error = image.fillPiece(BlockAddress(at), buffer, {}))
             return error;
         at += piece.blockCount;
     }
@@ -72,7 +72,7 @@ TEST(DiscImagePieces, pieceAt_coversTheImage_withoutCuttingSmallFiles)
     const DiscImagePlan plan = planOf(variedRoot(tree));
     std::uint32_t at = 0;
     while (at < plan.image->blockCount()) {
-        const ImagePiece piece = plan.image->pieceAt(at, 8);
+        const ImagePiece piece = plan.image->pieceAt(BlockAddress(at), 8);
         ASSERT_GE(piece.blockCount, 1u);
         // More than wanted only for a small file, which is one piece: less than 256 KiB.
         ASSERT_LE(piece.blockCount, 128u);

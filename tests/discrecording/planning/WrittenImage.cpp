@@ -46,13 +46,13 @@ void WrittenImage::write(std::uint32_t blocksPerPiece)
     std::vector<std::uint8_t> buffer;
     const BlockImage &image = *m_plan.image;
     for (std::uint32_t at = 0; at < image.blockCount() && !m_error;) {
-        const ImagePiece piece = image.pieceAt(at, blocksPerPiece);
+        const ImagePiece piece = image.pieceAt(BlockAddress(at), blocksPerPiece);
         const std::uint32_t start = at;
         at += piece.blockCount;
         if (piece.isFileRun && isHole(image.fileContents(piece.run.fileIndex), piece.run.offset, piece.run.length))
             continue;
         buffer.assign(std::size_t{piece.blockCount} * logicalBlockSize, 0xA5);
-        m_error = image.fillPiece(start, buffer, {});
+        m_error = image.fillPiece(BlockAddress(start), buffer, {});
         if (!isZero(buffer)
             && ::pwrite(descriptor, buffer.data(), buffer.size(), static_cast<off_t>(start) * logicalBlockSize)
                 != static_cast<ssize_t>(buffer.size()))
@@ -96,9 +96,9 @@ QByteArray imageBytes(const BlockImage &image, std::uint32_t blocksPerPiece)
 {
     QByteArray result(static_cast<qsizetype>(image.blockCount()) * logicalBlockSize, '\x5A');
     for (std::uint32_t at = 0; at < image.blockCount();) {
-        const ImagePiece piece = image.pieceAt(at, blocksPerPiece);
+        const ImagePiece piece = image.pieceAt(BlockAddress(at), blocksPerPiece);
         auto *const bytes = reinterpret_cast<std::uint8_t *>(result.data()) + std::size_t{at} * logicalBlockSize;
-        if (image.fillPiece(at, {bytes, std::size_t{piece.blockCount} * logicalBlockSize}, {}))
+        if (image.fillPiece(BlockAddress(at), {bytes, std::size_t{piece.blockCount} * logicalBlockSize}, {}))
             return {};
         at += piece.blockCount;
     }
