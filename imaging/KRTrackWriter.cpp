@@ -1,5 +1,6 @@
 #include "platform/discrecording/burn/DRNotificationCenter.h"
 #include "platform/discrecording/burn/FileSink.h"
+#include "platform/discrecording/objects/DRTrackDescription.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/NSFileHandle.h"
 #include <TessaronClasses/KRTrackWriter.h>
@@ -140,6 +141,8 @@ void KRTrackWriter::writingIsDone()
         dropOutput();
         notify(m_delegate.KRTrackWriterWritingDidFailWithError, error);
     } else {
+        if (m_finalContents)
+            putPlannedLengths(*m_finalContents, m_track);
         notify(m_delegate.KRTrackWriterWritingDidEnd);
     }
 }

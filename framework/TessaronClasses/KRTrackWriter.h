@@ -60,7 +60,8 @@ public:
     /// the disk is known (fsync(2)). It does unless told otherwise here. For the next writing.
     void setWaitsForDisk(bool waits) { m_waitsForDisk = waits; }
 
-    /// Starts. Null when the burn was started; its end reaches the delegate. The file must exist and is best empty: it
+    /// Starts. Null when the burn was started; its end reaches the delegate; the layout's tracks of folders
+    /// have got their lengths then (DRTrackLengthKey). The file must exist and is best empty: it
     /// is written from its start and in the end is as long as what was written. Errors, both in NSOSStatusErrorDomain:
     /// -20 with the path under NSFilePathErrorKey when the file cannot be opened, -4960 when there is no burn to be had
     /// or a writing of this writer runs.

@@ -1,5 +1,6 @@
 #include "platform/discrecording/objects/DRTrackDescription.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 
@@ -181,6 +182,20 @@ Result<TableOfContents> tableOfContentsOfLayout(const DRLayout &layout, TrackLen
     contents.numberTracks();
     contents.joinSessions();
     return contents;
+}
+
+void putPlannedLengths(const TableOfContents &contents, const DRLayout &layout)
+{
+    const std::vector<const DiscTrack *> planned = contents.tracks();
+    const DRTrackArray tracks = tracksOfLayout(layout);
+    for (std::size_t index = 0; index < std::min(planned.size(), tracks.size()); ++index) {
+        DRTrack &track = *tracks[index];
+        if (!track.rootFolder())
+            continue;
+        QVariantMap properties = track.properties();
+        properties.insert(DRTrackLengthKey, quint64(planned[index]->length));
+        track.setProperties(properties);
+    }
 }
 
 } // namespace Tessaron

@@ -38,4 +38,8 @@ enum class TrackLengthIs {
 [[nodiscard]] TESSARON_EXPORT Result<TableOfContents>
 tableOfContentsOfLayout(const DRLayout &layout, TrackLengthIs lengthOfFilesystem = TrackLengthIs::PlannedLater);
 
+/// Puts the lengths that were planned among the properties of the layout's tracks that have a folder
+/// (DRTrackLengthKey), so that the layout describes what was written. `contents` is the table of this layout.
+TESSARON_EXPORT void putPlannedLengths(const TableOfContents &contents, const DRLayout &layout);
+
 } // namespace Tessaron

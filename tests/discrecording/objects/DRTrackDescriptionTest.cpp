@@ -31,6 +31,16 @@ QVariantMap with(QVariantMap properties, const QString &key, const QVariant &val
     return properties;
 }
 
+class SilentProducer final : public DRTrackProducer
+{
+public:
+    std::uint32_t produceDataForTrack(DRTrack *, char *, std::uint32_t, std::uint64_t, std::uint32_t,
+                                      std::uint32_t *) override
+    {
+        return 0;
+    }
+};
+
 QVariantMap plain()
 {
     return {{DRBlockSizeKey, 2048u}, {DRTrackLengthKey, quint64(10)}};
@@ -138,4 +148,18 @@ TEST(DRTrackDescription, tableOfContentsOfLayout_fails_whenATrackIsMissing)
     EXPECT_FALSE(tableOfContentsOfLayout(DRTrackArray{}));
     EXPECT_FALSE(tableOfContentsOfLayout(DRTrackArray{folder, nullptr}));
     EXPECT_FALSE(tableOfContentsOfLayout(std::vector<DRTrackArray>{{folder}, {}}));
+}
+
+TEST(DRTrackDescription, putPlannedLengths_completesTheTracksOfFolders)
+{
+    const auto folder = DRTrack::trackForRootFolder(DRFolder::virtualFolderWithName(QStringLiteral("disc")));
+    const auto producer = DRTrack::trackWithProducer(std::make_shared<SilentProducer>());
+    producer->setProperties(plain());
+    TableOfContents contents = TableOfContents::withTrack(DiscTrack());
+    contents.sessions[0].tracks = {DiscTrack(), DiscTrack()};
+    contents.sessions[0].tracks[0].length = 17;
+    contents.sessions[0].tracks[1].length = 99;
+    putPlannedLengths(contents, DRTrackArray{folder, producer});
+    EXPECT_EQ(discTrackOfProperties(folder->properties())->length, 17u);
+    EXPECT_EQ(producer->properties(), plain()) << "a producer's track says its length itself";
 }

@@ -374,11 +374,12 @@ TEST_F(KRTrackWriterTest, writing_makesAnImageOfAFolder)
     tree.makeFile("source/file", "contents of the file");
     tree.makeFile("source/big", TestProducer::pattern(20 << 20));
     tree.makeFile("image");
-    const auto writer = KRTrackWriter::trackWriterWithTrack(
-        DRTrack::trackForRootFolder(DRFolder::folderWithPath(tree.pathText("source"))), tree.pathText("image"));
+    const auto track = DRTrack::trackForRootFolder(DRFolder::folderWithPath(tree.pathText("source")));
+    const auto writer = KRTrackWriter::trackWriterWithTrack(track, tree.pathText("image"));
     start(*writer);
     delegate.waitForEnd();
     EXPECT_EQ(lastHeard(), QStringLiteral("end"));
+    EXPECT_EQ(track->properties().value(DRTrackLengthKey).toULongLong(), writer->amounts().bytesTotal / 2048);
     const QByteArray image = tree.contents("image");
     EXPECT_EQ(image.mid(16 * 2048 + 1, 5), "CD001");
     EXPECT_TRUE(image.contains("contents of the file"));
