@@ -2,16 +2,27 @@
 
 #include "platform/discrecording/burn/BurnErrors.h"
 
+#include <chrono>
 #include <new>
 #include <system_error>
 
 namespace Tessaron
 {
 
-BlockPipeline::BlockPipeline(const BlockImage &image, const Options &options, std::stop_token cancellation)
+namespace
+{
+
+/// So long a reader waits for its piece to be due; then it leaves the piece in the ring and reads on. Pieces that are
+/// in the system's cache already come within that time; a disk that seeks takes longer.
+constexpr std::chrono::milliseconds patience(2);
+
+} // namespace
+
+BlockPipeline::BlockPipeline(const BlockImage &image, const Options &options, std::stop_token cancellation, Taker taker)
     : m_image(image)
     , m_options(options)
     , m_cancellation(std::move(cancellation))
+    , m_taker(std::move(taker))
     , m_end(image.blockCount())
     , m_slots(options.bufferCount)
 {
@@ -22,11 +33,19 @@ BlockPipeline::~BlockPipeline()
 {
     {
         const std::lock_guard lock(m_mutex);
-        m_isStopping = true;
+        stopReaders();
     }
-    m_canClaim.notify_all();
     for (std::thread &reader : m_readers)
         reader.join();
+}
+
+/// The caller holds the mutex.
+void BlockPipeline::stopReaders()
+{
+    m_isStopping = true;
+    m_canClaim.notify_all();
+    for (Slot &slot : m_slots)
+        slot.isDue.notify_one();
 }
 
 /// One reader is enough to go on with when the system gives no more.
@@ -51,20 +70,30 @@ const BlockPipeline::Piece *BlockPipeline::next(NSError *error)
         return nullptr;
     std::unique_lock lock(m_mutex);
     if (m_isHolding) {
-        m_slots[m_released % m_slots.size()].isReady = false;
+        slotInTurn().isReady = false;
         ++m_released;
         m_isHolding = false;
         m_canClaim.notify_one();
     }
-    Slot &slot = m_slots[m_released % m_slots.size()];
-    const auto isReadyOrOver = [&] { return slot.isReady || (m_released == m_claimed && m_nextBlock >= m_end); };
-    m_isReady.wait(lock, m_cancellation, isReadyOrOver);
+    Slot &slot = slotInTurn();
+    m_isReady.wait(lock, m_cancellation, [&] { return slot.isReady || isAllConsumed(); });
     if (m_cancellation.stop_requested())
         *error = burnCancelledError();
     else if (slot.isReady)
         *error = slot.error;
     m_isHolding = !*error && slot.isReady;
     return m_isHolding ? &slot.piece : nullptr;
+}
+
+NSError BlockPipeline::waitUntilTaken()
+{
+    if (m_startError)
+        return m_startError;
+    std::unique_lock lock(m_mutex);
+    m_isReady.wait(lock, m_cancellation, [this] { return m_takeError || isAllConsumed(); });
+    stopReaders();
+    m_isReady.wait(lock, [this] { return !m_isTaking; });
+    return m_cancellation.stop_requested() ? burnCancelledError() : m_takeError;
 }
 
 void BlockPipeline::read()
@@ -77,7 +106,54 @@ void BlockPipeline::read()
             lock.lock();
         }
         slot->isReady = true;
-        m_isReady.notify_one();
+        if (m_taker)
+            takeInTurn(*slot, lock);
+        else
+            m_isReady.notify_one();
+    }
+}
+
+/// A reader hands its piece over itself when those before it are taken soon enough. Else it leaves the piece to the
+/// reader that comes to it.
+void BlockPipeline::takeInTurn(Slot &slot, std::unique_lock<std::mutex> &lock)
+{
+    slot.isWaited = true;
+    slot.isDue.wait_for(lock, patience, [&] { return m_isStopping || (&slot == &slotInTurn() && !m_isTaking); });
+    slot.isWaited = false;
+    takeWhatIsDue(lock);
+}
+
+void BlockPipeline::takeWhatIsDue(std::unique_lock<std::mutex> &lock)
+{
+    while (!m_isTaking && !m_isStopping && !m_takeError && slotInTurn().isReady) {
+        Slot &slot = slotInTurn();
+        if (slot.isWaited) {
+            slot.isDue.notify_one();
+            return;
+        }
+        m_isTaking = true;
+        lock.unlock();
+        NSError error = take(slot);
+        lock.lock();
+        m_isTaking = false;
+        m_takeError = std::move(error);
+        slot.isReady = false;
+        ++m_released;
+        m_canClaim.notify_one();
+        if (m_takeError || m_isStopping || isAllConsumed())
+            m_isReady.notify_one();
+    }
+}
+
+NSError BlockPipeline::take(const Slot &slot) const
+{
+    if (slot.error || m_cancellation.stop_requested())
+        return slot.error ? slot.error : burnCancelledError();
+    try {
+        return m_taker(slot.piece);
+    } catch (const std::bad_alloc &) {
+        return burnError(memFullErr, QStringLiteral("There is not enough memory to write the disc."),
+                         QStringLiteral("Close other programs, or put fewer files on it."));
     }
 }
 

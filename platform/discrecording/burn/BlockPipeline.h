@@ -3,6 +3,7 @@
 #include "platform/discrecording/image/BlockImage.h"
 
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <span>
@@ -13,11 +14,15 @@
 namespace Tessaron
 {
 
-/// Produces the blocks of an image ahead of the thread that consumes them: readers claim pieces in their order and fill
-/// the buffers of a bounded ring; the consumer takes them in the same order. Memory does not grow with the image.
+/// Produces the blocks of an image ahead of whoever consumes them: readers claim pieces in their order and fill the
+/// buffers of a bounded ring. The pieces are consumed in the same order, in one of two ways. Memory does not grow with
+/// the image.
 ///
-/// Made, used and destroyed by one thread, the consumer. The image must outlive the pipeline. Destruction stops the
-/// readers and joins them; it waits for a reader that is inside a slow read.
+/// - By the thread that made the pipeline, which asks for one after another with next().
+/// - By a Taker, which is called by the readers: the bytes are still in the cache of the processor that has read them.
+///
+/// Made, used and destroyed by one thread. The image must outlive the pipeline. Destruction stops the readers and joins
+/// them; it waits for a reader that is inside a slow read.
 class BlockPipeline
 {
 public:
@@ -42,7 +47,12 @@ public:
         std::span<const std::uint8_t> bytes;
     };
 
-    BlockPipeline(const BlockImage &image, const Options &options, std::stop_token cancellation);
+    /// Takes pieces in order, one at a time, each on a thread of its own choosing. After an error it is not called any
+    /// more.
+    using Taker = std::function<NSError(const Piece &)>;
+
+    /// Without a taker, next() gives the pieces; with one, waitUntilTaken() says how it went.
+    BlockPipeline(const BlockImage &image, const Options &options, std::stop_token cancellation, Taker taker = {});
     ~BlockPipeline();
     BlockPipeline(const BlockPipeline &) = delete;
     BlockPipeline &operator=(const BlockPipeline &) = delete;
@@ -51,6 +61,10 @@ public:
     /// (at once, whatever the readers do) and after a failure; `*error` tells them apart and is null only at the end.
     [[nodiscard]] const Piece *next(NSError *error);
 
+    /// Waits until the taker has had all pieces, has failed, or a piece could not be read: the error then. After a
+    /// cancel it returns as soon as the taker does, whatever the readers do. The taker is not called after it.
+    [[nodiscard]] NSError waitUntilTaken();
+
 private:
     struct Slot {
         Piece piece;
@@ -58,6 +72,8 @@ private:
         std::size_t capacity = 0;
         NSError error;
         bool isReady = false;
+        bool isWaited = false; ///< its reader waits until it is due
+        std::condition_variable isDue;
     };
 
     void startReaders();
@@ -66,10 +82,18 @@ private:
     Slot *claim(std::unique_lock<std::mutex> &lock);
     [[nodiscard]] Piece nextPiece() const;
     void fill(Slot &slot) const;
+    void takeInTurn(Slot &slot, std::unique_lock<std::mutex> &lock);
+    void takeWhatIsDue(std::unique_lock<std::mutex> &lock);
+    [[nodiscard]] NSError take(const Slot &slot) const;
+    [[nodiscard]] Slot &slotInTurn() { return m_slots[m_released % m_slots.size()]; }
+    /// Every piece was consumed. The caller holds the mutex.
+    [[nodiscard]] bool isAllConsumed() const { return m_released == m_claimed && m_nextBlock >= m_end; }
+    void stopReaders();
 
     const BlockImage &m_image;
     const Options m_options;
     const std::stop_token m_cancellation;
+    const Taker m_taker; ///< empty when the thread that made the pipeline takes the pieces
     const BlockAddress m_end; ///< of the image
 
     std::mutex m_mutex; ///< guards the members down to the empty line; a slot that is not ready belongs to its reader
@@ -80,6 +104,8 @@ private:
     std::uint64_t m_released = 0; ///< pieces that the consumer has done with
     BlockAddress m_nextBlock; ///< first one that is not claimed
     bool m_isStopping = false;
+    bool m_isTaking = false; ///< the taker is called just now
+    NSError m_takeError; ///< ends the taking
 
     bool m_isHolding = false; ///< the consumer has a piece
     NSError m_startError;

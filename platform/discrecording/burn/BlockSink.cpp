@@ -27,6 +27,11 @@ NSError BlockSink::endDisc()
     return {};
 }
 
+bool BlockSink::takesBlocksFromAnyThread() const
+{
+    return false;
+}
+
 bool BlockSink::copiesFiles() const
 {
     return false;

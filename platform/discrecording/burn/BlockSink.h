@@ -47,9 +47,10 @@ using CopyProgress = std::function<bool(std::uint64_t bytes)>;
 /// Where the blocks of a disc go: into a file, to a callback, to a drive.
 ///
 /// One thread makes the calls, in this order: beginDisc(); for each track beginTrack(), its blocks, endTrack();
-/// endDisc(). Blocks come in ascending order without a gap. Nothing is called any more after an error or a cancel;
-/// what is to become of a disc that was begun is up to the owner of the sink. An error says what happened, names the
-/// output, and has a recovery suggestion.
+/// endDisc(). Where takesBlocksFromAnyThread(), the blocks of a track may come from other threads, one call at a time.
+/// Blocks come in ascending order without a gap. Nothing is called any more after an error or a cancel; what is to
+/// become of a disc that was begun is up to the owner of the sink. An error says what happened, names the output, and
+/// has a recovery suggestion.
 class BlockSink
 {
 public:
@@ -67,6 +68,10 @@ public:
     [[nodiscard]] virtual NSError endDisc();
 
     [[nodiscard]] virtual NSError writeBlocks(const BlockBatch &run) = 0;
+
+    /// Whether writeBlocks() and copyFile() may be called by other threads than the one that calls the rest. The
+    /// default wants one thread. Asked when a track begins.
+    [[nodiscard]] virtual bool takesBlocksFromAnyThread() const;
 
     /// Whether the sink can take contents of files without their passing through this process. Asked when a track
     /// begins.

@@ -11,7 +11,7 @@ namespace Tessaron
 {
 
 /// The way of a disc's blocks from the writers of its tracks to a sink: gives each block its address, counts what was
-/// taken, and ends with an error once a stop was asked for. Used by one thread.
+/// taken, and ends with an error once a stop was asked for. Used by one thread at a time.
 class BlockStream
 {
 public:
@@ -35,6 +35,8 @@ public:
     /// Whole blocks; burnCancelledError() once a stop was asked for, as from copyFileRun().
     [[nodiscard]] NSError writeBlocks(const void *bytes, std::uint32_t blockCount, std::uint32_t blockSize);
 
+    /// True when writeBlocks() and copyFileRun() may be called by another thread than the one that made the stream.
+    [[nodiscard]] bool takesBlocksFromAnyThread() const { return m_sink.takesBlocksFromAnyThread(); }
     /// True when copyFileRun() may be used.
     [[nodiscard]] bool copiesFiles() const { return m_sink.copiesFiles(); }
     /// Lets the sink copy contents of a planned file, and compares the file with the plan before and after.

@@ -22,6 +22,7 @@ public:
     FileSink(int descriptor, const QString &name, Syncing syncing);
 
     [[nodiscard]] NSError writeBlocks(const BlockBatch &run) override;
+    [[nodiscard]] bool takesBlocksFromAnyThread() const override { return true; }
     [[nodiscard]] bool copiesFiles() const override;
     [[nodiscard]] FileCopyResult copyFile(const FileRange &range, std::uint32_t blockSize,
                                           const CopyProgress &progress) override;

@@ -94,14 +94,19 @@ NSError ImageTrackWriter::write(BlockStream &stream)
 NSError ImageTrackWriter::writePieces(BlockStream &stream)
 {
     const BlockPipeline::Options options = m_options ? *m_options : optionsFor(stream, m_encoder);
+    const auto take = [this, &stream](const BlockPipeline::Piece &piece) {
+        return piece.isFileRun ? stream.copyFileRun(m_image->fileContents(piece.run.fileIndex), piece.run)
+                               : writeUserData(stream, piece.bytes.data(), piece.blockCount);
+    };
+    if (stream.takesBlocksFromAnyThread()) {
+        m_pipeline = std::make_unique<BlockPipeline>(*m_image, options, stream.cancellation(), take);
+        return m_pipeline->waitUntilTaken();
+    }
     m_pipeline = std::make_unique<BlockPipeline>(*m_image, options, stream.cancellation());
     NSError error;
-    while (const BlockPipeline::Piece *const piece = m_pipeline->next(&error)) {
-        error = piece->isFileRun ? stream.copyFileRun(m_image->fileContents(piece->run.fileIndex), piece->run)
-                                 : writeUserData(stream, piece->bytes.data(), piece->blockCount);
-        if (error)
-            return error;
-    }
+    const BlockPipeline::Piece *piece = nullptr;
+    while (!error && (piece = m_pipeline->next(&error)) != nullptr)
+        error = take(*piece);
     return error;
 }
 

@@ -5,8 +5,12 @@
 #include "tests/discrecording/burn/FakeBlockImage.h"
 #include "tests/support/TemporaryTree.h"
 
+#include <atomic>
 #include <chrono>
+#include <functional>
 #include <gtest/gtest.h>
+#include <new>
+#include <optional>
 
 namespace Tessaron::Testing
 {
@@ -32,6 +36,28 @@ QByteArray takeAll(BlockPipeline &pipeline, NSError *error)
     return all;
 }
 
+/// Takes pieces and keeps what it got.
+class KeepingTaker
+{
+public:
+    [[nodiscard]] BlockPipeline::Taker taker()
+    {
+        return [this](const BlockPipeline::Piece &piece) {
+            EXPECT_FALSE(isCalled.exchange(true)) << "one at a time";
+            if (onPiece)
+                onPiece(piece);
+            all.append(reinterpret_cast<const char *>(piece.bytes.data()), qsizetype(piece.bytes.size()));
+            isCalled = false;
+            return failingBlock == piece.at ? burnError(dskFulErr, QStringLiteral("full")) : NSError();
+        };
+    }
+
+    QByteArray all;
+    std::optional<BlockAddress> failingBlock; ///< the piece that begins with it
+    std::function<void(const BlockPipeline::Piece &)> onPiece;
+    std::atomic<bool> isCalled = false;
+};
+
 QByteArray generatedBlocks(std::uint32_t count)
 {
     QByteArray all;
@@ -56,6 +82,16 @@ TEST_P(BlockPipelineReaders, next_deliversAllBlocksInOrder_withAnyNumberOfReader
     EXPECT_TRUE(error.isNull());
     EXPECT_EQ(pipeline.next(&error), nullptr) << "the end stays the end";
     EXPECT_TRUE(error.isNull());
+}
+
+TEST_P(BlockPipelineReaders, taker_getsAllBlocksInOrder_withAnyNumberOfReaders)
+{
+    FakeBlockImage image;
+    image.addGenerated(1003);
+    KeepingTaker kept;
+    BlockPipeline pipeline(image, smallPieces(GetParam()), {}, kept.taker());
+    EXPECT_TRUE(pipeline.waitUntilTaken().isNull());
+    EXPECT_EQ(kept.all, generatedBlocks(1003));
 }
 
 INSTANTIATE_TEST_SUITE_P(Counts, BlockPipelineReaders, testing::Values(1, 2, 3, 8));
@@ -164,6 +200,116 @@ TEST(BlockPipeline, next_handsOverBigRunsWhole_andReadsSmallOnes)
     }
     EXPECT_TRUE(error.isNull());
     EXPECT_EQ(pieces, (QList<QByteArray>{"0+2", "2+4", "run of 81921 bytes", "47+1"}));
+}
+
+TEST(BlockPipeline, taker_isNotCalled_forAnEmptyImage)
+{
+    const FakeBlockImage image;
+    KeepingTaker kept;
+    BlockPipeline pipeline(image, smallPieces(), {}, kept.taker());
+    EXPECT_TRUE(pipeline.waitUntilTaken().isNull());
+    EXPECT_TRUE(kept.all.isEmpty());
+}
+
+TEST(BlockPipeline, taker_getsWhatComesBefore_whenALaterPieceFails)
+{
+    for (std::uint32_t readers = 1; readers <= 4; ++readers) {
+        FakeBlockImage image;
+        image.addGenerated(800);
+        image.failingBlock = 85;
+        KeepingTaker kept;
+        BlockPipeline pipeline(image, smallPieces(readers), {}, kept.taker());
+        EXPECT_EQ(pipeline.waitUntilTaken().localizedDescription(), QStringLiteral("Block 85 cannot be read."));
+        EXPECT_EQ(kept.all, generatedBlocks(80));
+    }
+}
+
+TEST(BlockPipeline, taker_isNotCalledAgain_whenItHasFailed)
+{
+    for (std::uint32_t readers = 1; readers <= 4; ++readers) {
+        FakeBlockImage image;
+        image.addGenerated(800);
+        KeepingTaker kept;
+        kept.failingBlock = BlockAddress(80);
+        BlockPipeline pipeline(image, smallPieces(readers), {}, kept.taker());
+        EXPECT_EQ(pipeline.waitUntilTaken().code(), dskFulErr);
+        EXPECT_EQ(kept.all, generatedBlocks(88));
+    }
+}
+
+TEST(BlockPipeline, waitUntilTaken_fails_whenThereIsNoMemory)
+{
+    FakeBlockImage image;
+    image.addGenerated(80);
+    image.hungryBlock = 20;
+    KeepingTaker kept;
+    BlockPipeline reading(image, smallPieces(), {}, kept.taker());
+    EXPECT_EQ(reading.waitUntilTaken().code(), memFullErr);
+    EXPECT_EQ(kept.all, generatedBlocks(16));
+
+    image.hungryBlock.reset();
+    KeepingTaker hungry;
+    hungry.onPiece = [](const BlockPipeline::Piece &) { throw std::bad_alloc(); };
+    BlockPipeline writing(image, smallPieces(), {}, hungry.taker());
+    EXPECT_EQ(writing.waitUntilTaken().code(), memFullErr);
+}
+
+TEST(BlockPipeline, readers_goOnUpToTheRing_whileAPieceIsSlow)
+{
+    FakeBlockImage image;
+    image.addGenerated(8 * 100);
+    image.slowBlock = 0;
+    KeepingTaker kept;
+    BlockPipeline pipeline(image, smallPieces(), {}, kept.taker());
+    image.gate.waitForVisitor();
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (image.filledPieces < 4 && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(image.filledPieces, 4);
+    EXPECT_TRUE(kept.all.isEmpty());
+    image.gate.open();
+    EXPECT_TRUE(pipeline.waitUntilTaken().isNull());
+    EXPECT_EQ(kept.all, generatedBlocks(800));
+}
+
+TEST(BlockPipeline, waitUntilTaken_returnsAtOnce_whenCancelledDuringASlowRead)
+{
+    FakeBlockImage image;
+    image.addGenerated(80);
+    image.slowBlock = 20;
+    std::stop_source cancellation;
+    KeepingTaker kept;
+    BlockPipeline pipeline(image, smallPieces(), cancellation.get_token(), kept.taker());
+    image.gate.waitForVisitor();
+    std::thread canceller([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        cancellation.request_stop();
+    });
+    EXPECT_EQ(pipeline.waitUntilTaken().code(), kDRUserCanceledErr);
+    canceller.join();
+    const QByteArray taken = kept.all;
+    image.gate.open();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(kept.all, taken) << "the taker was called after the end";
+}
+
+TEST(BlockPipeline, waitUntilTaken_waitsForTheTaker_whenCancelled)
+{
+    FakeBlockImage image;
+    image.addGenerated(80);
+    std::stop_source cancellation;
+    KeepingTaker kept;
+    kept.onPiece = [&](const BlockPipeline::Piece &piece) {
+        if (piece.at != BlockAddress(16))
+            return;
+        cancellation.request_stop();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    };
+    BlockPipeline pipeline(image, smallPieces(), cancellation.get_token(), kept.taker());
+    EXPECT_EQ(pipeline.waitUntilTaken().code(), kDRUserCanceledErr);
+    EXPECT_FALSE(kept.isCalled);
+    EXPECT_EQ(kept.all, generatedBlocks(24));
 }
 
 } // namespace Tessaron::Testing
