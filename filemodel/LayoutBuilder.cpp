@@ -82,8 +82,9 @@ std::shared_ptr<DRFSObject> LayoutBuilder::build(KRFileHierarchyItem &item, DRFo
 {
     if (m_hooks.isCancelled(item) || !item.fileReference())
         return nullptr;
+    LayoutSource loose; // of files that lie in a virtual folder, the one that the last of them is in on disk
     if (!item.fileReference()->isContainer())
-        return makeFile(item, LayoutSource(), addToFolder);
+        return makeFile(item, loose, addToFolder);
 
     std::vector<OpenFolder> stack;
     std::unordered_set<const KRFileHierarchyItem *> open; // those on the stack: none is laid out inside itself
@@ -96,10 +97,14 @@ std::shared_ptr<DRFSObject> LayoutBuilder::build(KRFileHierarchyItem &item, DRFo
             KRFileHierarchyItem *const child = top.item->items()[top.nextChild++].get();
             if (!child || !child->fileReference() || open.contains(child))
                 continue;
-            if (child->fileReference()->isContainer())
+            if (child->fileReference()->isContainer()) {
                 enter(*child, stack, open);
-            else
+            } else if (top.source.node != 0) {
                 makeFile(*child, top.source, top.folder.get());
+            } else {
+                enterFolderOf(*child->fileReference()->fileRef(), loose);
+                makeFile(*child, loose, top.folder.get());
+            }
             continue;
         }
         open.erase(top.item);
@@ -125,6 +130,7 @@ void LayoutBuilder::enter(KRFileHierarchyItem &item, std::vector<OpenFolder> &st
         int error = 0;
         entered.folder =
             folderForLayout(*reference, stack.empty() ? outside : stack.back().source, &entered.source, &error);
+        entered.source.filesToLookAt = item.items().size();
         if (error != 0)
             m_hooks.noteUnreadable(*reference->fileRef(), error);
     }
@@ -154,14 +160,14 @@ std::shared_ptr<DRFolder> LayoutBuilder::leave(std::vector<OpenFolder> &stack, D
     return done.folder;
 }
 
-std::shared_ptr<DRFSObject> LayoutBuilder::makeFile(KRFileHierarchyItem &item, const LayoutSource &source,
+std::shared_ptr<DRFSObject> LayoutBuilder::makeFile(KRFileHierarchyItem &item, LayoutSource &source,
                                                     DRFolder *addToFolder) const
 {
     KRFileReference &reference = *item.fileReference();
     const FSRef &ref = *reference.fileRef();
-    const LayoutPlace place = findLayoutPlace(ref, source);
+    const QByteArrayView name = findLayoutName(ref, source);
     // The file that gives a folder its icon: the folder's own step adds it.
-    if (place.name == QByteArrayView("Icon\r"))
+    if (name == QByteArrayView("Icon\r"))
         return nullptr;
     m_hooks.willAddFile(amountOfFile(reference));
     const std::shared_ptr<DRFile> file = DRFileCreateReal(&ref);
@@ -173,8 +179,8 @@ std::shared_ptr<DRFSObject> LayoutBuilder::makeFile(KRFileHierarchyItem &item, c
     const QString discName = desiredDiscNameOrNull(reference);
     if (!discName.isNull())
         file->setBaseName(discName);
-    else if (place.name != nameOfFSRef(ref))
-        file->setBaseName(stringWithFileSystemRepresentation(place.name)); // renamed since it was added
+    else if (name != nameOfFSRef(ref))
+        file->setBaseName(stringWithFileSystemRepresentation(name)); // renamed since it was added
     m_hooks.didAddFile();
     return file;
 }

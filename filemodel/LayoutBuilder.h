@@ -45,8 +45,7 @@ private:
     void enter(KRFileHierarchyItem &item, std::vector<OpenFolder> &stack,
                std::unordered_set<const KRFileHierarchyItem *> &open) const;
     static std::shared_ptr<DRFolder> leave(std::vector<OpenFolder> &stack, DRFolder *addToFolder);
-    std::shared_ptr<DRFSObject> makeFile(KRFileHierarchyItem &item, const LayoutSource &source,
-                                         DRFolder *addToFolder) const;
+    std::shared_ptr<DRFSObject> makeFile(KRFileHierarchyItem &item, LayoutSource &source, DRFolder *addToFolder) const;
 
     const Hooks m_hooks;
 };

@@ -1,7 +1,9 @@
 #include "filemodel/LayoutCreationMessages.h"
 
+#include "platform/foundation/DelayedPerform.h"
 #include "platform/foundation/MainThread.h"
 
+#include <chrono>
 #include <utility>
 
 namespace Tessaron
@@ -12,6 +14,9 @@ namespace
 
 /// How many values one event delivers.
 constexpr std::size_t batchSize = 256;
+
+/// How long the main thread leaves the worker alone once it has delivered all.
+constexpr std::chrono::milliseconds rest(10);
 
 } // namespace
 
@@ -31,6 +36,8 @@ void LayoutCreationMessages::postEnd(std::function<void()> end)
 {
     const std::lock_guard lock(m_mutex);
     m_end = std::move(end);
+    if (m_isResting)
+        m_isScheduled = m_isResting = false; // the end does not wait
     scheduleOnce();
 }
 
@@ -54,28 +61,45 @@ void LayoutCreationMessages::deliver()
     if (!alive)
         return;
     std::function<void()> end;
-    bool hasEnded = false;
+    bool isEmpty = false;
     {
         const std::lock_guard lock(m_mutex);
+        const bool hasDelivered = !m_delivering.empty();
         if (m_next == m_delivering.size()) {
             m_delivering.clear();
             m_next = 0;
             m_delivering.swap(m_posted);
         }
-        hasEnded = m_delivering.empty();
-        if (hasEnded) {
-            m_isScheduled = false;
+        isEmpty = m_delivering.empty();
+        if (isEmpty) {
             end = std::exchange(m_end, {});
+            m_isResting = !end && hasDelivered && performAfterDelay(this, rest, [weak = weak_from_this()] {
+                if (const std::shared_ptr<LayoutCreationMessages> self = weak.lock())
+                    self->deliverLater();
+            });
+            m_isScheduled = m_isResting;
         } else {
             schedule(); // before the callbacks: one of them may run an event loop that waits for the end
         }
     }
     if (end)
         end();
-    if (hasEnded)
+    if (isEmpty)
         return;
     for (std::size_t count = 0; count < batchSize && m_next < m_delivering.size(); ++count)
         m_receiver.progress(m_delivering[m_next++]);
+}
+
+/// After the rest, unless the end came meanwhile.
+void LayoutCreationMessages::deliverLater()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_isResting)
+            return;
+        m_isResting = false;
+    }
+    deliver();
 }
 
 } // namespace Tessaron

@@ -11,7 +11,8 @@ namespace Tessaron
 
 /// Carries what a worker reports to the main thread: each progress value on its own, in order, and then the end.
 /// However many values wait, one posted event at a time delivers a batch of them; so 100,000 files cost 100,000 calls,
-/// not as many events, and other events still get their turn.
+/// not as many events, and other events still get their turn. The first value comes at once. When all were delivered,
+/// the main thread looks for more after some milliseconds, so that the worker does not wake it up for each.
 class LayoutCreationMessages : public std::enable_shared_from_this<LayoutCreationMessages>
 {
 public:
@@ -33,13 +34,15 @@ private:
     void schedule();
     void scheduleOnce();
     void deliver();
+    void deliverLater();
 
     const Receiver m_receiver;
 
-    std::mutex m_mutex; ///< guards the three members below
+    std::mutex m_mutex; ///< guards the four members below
     std::vector<float> m_posted;
     std::function<void()> m_end;
-    bool m_isScheduled = false;
+    bool m_isScheduled = false; ///< deliver() will be called, at once or later
+    bool m_isResting = false; ///< later
 
     std::vector<float> m_delivering; ///< main thread only, like the index of the next one
     std::size_t m_next = 0;

@@ -306,3 +306,95 @@ TEST(LayoutObjects, filesAreLaidOut_asTheyAreNamedAtThatTime)
               (QStringList{QStringLiteral("Icon\r"), QStringLiteral("plain"), QStringLiteral("renamed folder/"),
                            QStringLiteral("renamed folder/renamed file")}));
 }
+
+/// Folders of many files are listed, not looked at file by file.
+class LayoutOfManyFiles : public testing::TestWithParam<bool>
+{
+protected:
+    void SetUp() override
+    {
+        for (int number = 0; number < 20; ++number) {
+            const QByteArray name = "file " + QByteArray::number(number);
+            m_tree.makeFile("folder/" + name, name);
+            m_root->addItem(itemAt(m_tree.pathText("folder/" + name)));
+            m_expected << QString::fromUtf8(name);
+        }
+    }
+
+    [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> makeRoot() const
+    {
+        m_tree.makeFolder("folder");
+        return GetParam() ? virtualFolderItem(disc) : itemAt(m_tree.pathText("folder"));
+    }
+    void rename(const char *from, const char *to) const
+    {
+        ASSERT_EQ(::rename(m_tree.path(from).constData(), m_tree.path(to).constData()), 0);
+    }
+    void expectLayout()
+    {
+        LayoutRecorder recorder;
+        const auto folder = recorder.run(*m_root);
+        ASSERT_TRUE(folder);
+        QStringList paths = pathsBelow(*folder);
+        paths.sort();
+        m_expected.sort();
+        EXPECT_EQ(paths.join(u'|').toStdString(), m_expected.join(u'|').toStdString());
+    }
+
+    const TemporaryTree m_tree;
+    const std::shared_ptr<KRFileHierarchyItem> m_root = makeRoot();
+    QStringList m_expected;
+};
+
+TEST_P(LayoutOfManyFiles, names_areThoseOfThatTime)
+{
+    rename("folder/file 3", "folder/new name");
+    m_expected[3] = QStringLiteral("new name");
+    rename("folder/file 4", "elsewhere");
+    m_expected[4] = QStringLiteral("elsewhere");
+    rename("folder/file 5", "folder/swap");
+    rename("folder/file 6", "folder/file 5");
+    rename("folder/swap", "folder/file 6");
+    m_tree.remove("folder/file 7");
+    rename("folder/file 8", "folder/Icon\r"); // the folder's icon now
+    m_expected.removeAll(QStringLiteral("file 8"));
+    if (!GetParam())
+        m_expected << QStringLiteral("Icon\r"); // added by the folder
+    m_tree.remove("folder/file 9");
+    m_tree.makeFile("folder/file 9", "another file, perhaps with the inode of the first");
+    expectLayout();
+}
+
+TEST_P(LayoutOfManyFiles, names_areFound_whereTheFolderWasRenamed)
+{
+    rename("folder", "renamed folder");
+    rename("renamed folder/file 3", "renamed folder/new name");
+    m_expected[3] = QStringLiteral("new name");
+    expectLayout();
+}
+
+TEST_P(LayoutOfManyFiles, names_areFound_whereAnotherFolderHasComeToThePlace)
+{
+    rename("folder", "renamed folder");
+    rename("renamed folder/file 3", "renamed folder/new name");
+    m_tree.makeFile("folder/file 3", "foreign");
+    m_tree.makeFile("folder/file 4", "foreign");
+    m_expected[3] = QStringLiteral("new name");
+    expectLayout();
+}
+
+TEST_P(LayoutOfManyFiles, names_areFound_whereTheFolderMayNotBeListed)
+{
+    m_tree.setMode("", 0777);
+    rename("folder/file 3", "folder/new name");
+    m_expected[3] = QStringLiteral("file 3"); // nor can it be looked for
+    m_tree.setMode("folder", 0300);
+    {
+        const WithoutRootRights rights;
+        expectLayout();
+    }
+    m_tree.setMode("folder", 0700);
+}
+
+INSTANTIATE_TEST_SUITE_P(Roots, LayoutOfManyFiles, testing::Bool(),
+                         [](const auto &row) { return row.param ? "virtualRoot" : "realRoot"; });
