@@ -82,14 +82,6 @@ QByteArray ContentTree::memoryContents(NodeIndex node) const
     return contents ? *contents : QByteArray();
 }
 
-std::uint32_t ContentTree::sharerCount(NodeIndex node) const
-{
-    if (!nodes[node].has(ContentNode::SharesContents))
-        return 1;
-    const std::uint32_t *const count = valueFor(sharerCounts, nodes[node].contentsOwner());
-    return count ? *count : 1;
-}
-
 bool ContentTree::haveSameAttributes(NodeIndex one, NodeIndex other) const
 {
     const ContentNode &left = nodes[one];

@@ -195,7 +195,7 @@ public:
     std::vector<std::pair<NodeIndex, QByteArray>> contentsInMemory; ///< ordered by node
     std::vector<std::pair<NodeIndex, std::string_view>> changedNames; ///< base names, ordered by node
     std::vector<std::pair<NodeIndex, std::uint32_t>>
-        sharerCounts; ///< how many share a file's contents, ordered by node
+        sharerCounts; ///< how many objects share the contents of this one, itself counted; ordered by node
 
     /// The name that the layout gives the object.
     [[nodiscard]] std::string_view baseName(NodeIndex node) const;
@@ -212,8 +212,6 @@ public:
     {
         return linkTargets[nodes[node].linkTargetNumber()];
     }
-    /// How many objects share the contents of this one, itself counted.
-    [[nodiscard]] std::uint32_t sharerCount(NodeIndex node) const;
     /// True when both have the same permissions, owner and times, so that they may be one object with two names.
     [[nodiscard]] bool haveSameAttributes(NodeIndex one, NodeIndex other) const;
 

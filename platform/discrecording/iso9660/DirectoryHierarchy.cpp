@@ -38,6 +38,42 @@ bool DirectoryHierarchy::holds(const ContentNode &content) const
     return content.isFolder() || content.isFile() || m_traits.hasRockRidge;
 }
 
+namespace
+{
+
+/// Where the file's count is among `counts`, which are ordered; the end when it has none.
+template <typename Counts>
+auto countOf(Counts &counts, NodeIndex contents)
+{
+    const auto found = std::lower_bound(counts.begin(), counts.end(), contents,
+                                        [](const auto &entry, NodeIndex wanted) { return entry.first < wanted; });
+    return found != counts.end() && found->first == contents ? found : counts.end();
+}
+
+} // namespace
+
+/// Not every object that shares contents is in this tree, or has the attributes that names of one file have in common.
+void DirectoryHierarchy::countLinks()
+{
+    m_linkCounts = m_tree->sharerCounts;
+    if (m_linkCounts.empty())
+        return;
+    for (auto &entry : m_linkCounts)
+        entry.second = 0;
+    for (NodeIndex node = 1; node < m_tree->nodes.size(); ++node) {
+        const ContentNode &content = m_tree->nodes[node];
+        if (content.isFile() && content.has(ContentNode::SharesContents) && holds(content)
+            && m_tree->haveSameAttributes(node, content.contentsOwner()))
+            ++countOf(m_linkCounts, content.contentsOwner())->second;
+    }
+}
+
+std::uint32_t DirectoryHierarchy::linkCount(NodeIndex contents) const
+{
+    const auto count = countOf(m_linkCounts, contents);
+    return count == m_linkCounts.end() ? 1 : count->second;
+}
+
 bool DirectoryHierarchy::prepare(const PlanProgress &progress, StorageIssues &issues)
 {
     m_numberOfFolder.resize(m_tree->folderCount);
@@ -46,6 +82,8 @@ bool DirectoryHierarchy::prepare(const PlanProgress &progress, StorageIssues &is
     m_paths.push_back({});
     if (m_traits.filesystem != 0 && !canSayTimesOf(0))
         issues.push_back({0, m_traits.tree, Kind::Altered, StorageReason::TimeOutOfRange, false});
+    if (m_traits.hasRockRidge)
+        countLinks();
     SiblingNames siblings;
     std::uint32_t unchecked = 0;
     for (std::uint32_t number = 0; number < m_folders.size(); ++number) {

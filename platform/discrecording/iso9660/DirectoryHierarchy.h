@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace Tessaron
@@ -99,6 +100,10 @@ public:
     /// Blocks of all directories and their continuation areas.
     [[nodiscard]] std::uint64_t directoryBlocks() const { return m_directoryBlocks; }
 
+    /// How many names in the tree a file has whose contents and attributes several objects share; `contents` is the
+    /// object that owns the contents. Valid after prepare().
+    [[nodiscard]] std::uint32_t linkCount(NodeIndex contents) const;
+
     /// True when a directory is longer than its 32-bit length can say; the hierarchy is of no use then.
     [[nodiscard]] bool hasOversizedDirectory() const { return m_hasOversizedDirectory; }
 
@@ -106,6 +111,7 @@ public:
     [[nodiscard]] bool holds(const ContentNode &content) const;
 
 private:
+    void countLinks();
     void collectChildren(std::uint32_t number, SiblingNames &siblings, StorageIssues &issues);
     void storeOrder(std::uint32_t number, const SiblingNames &siblings);
     void measure(std::uint32_t number, const SiblingNames &siblings);
@@ -125,6 +131,7 @@ private:
     std::vector<NodeIndex> m_order; ///< children of each folder in a row, where the tree has them
     std::vector<DirectoryRestart> m_restarts;
     std::vector<HierarchyContinuation> m_continuations;
+    std::vector<std::pair<NodeIndex, std::uint32_t>> m_linkCounts; ///< by owner of the contents, ordered
     std::uint64_t m_directoryBlocks = 0;
     bool m_hasOversizedDirectory = false;
     // While a folder is measured: continuation blocks of its own, and used bytes of the last one.

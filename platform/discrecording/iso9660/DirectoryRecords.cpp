@@ -46,7 +46,7 @@ RockRidgeFacts factsAbout(const DirectoryHierarchy &hierarchy, NodeIndex node)
         return {2 + hierarchy.folderOf(node).subfolderCount, node + 1};
     const bool isOneOfSeveral =
         content.has(ContentNode::SharesContents) && tree.haveSameAttributes(node, content.contentsOwner());
-    return isOneOfSeveral ? RockRidgeFacts{tree.sharerCount(node), content.contentsOwner() + 1}
+    return isOneOfSeveral ? RockRidgeFacts{hierarchy.linkCount(content.contentsOwner()), content.contentsOwner() + 1}
                           : RockRidgeFacts{1, node + 1};
 }
 

@@ -4,7 +4,10 @@
 #include "platform/foundation/ByteOrder.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 #include <sys/sysmacros.h>
+#include <vector>
 
 namespace Tessaron
 {
@@ -41,9 +44,10 @@ std::span<const std::uint8_t> bytesOf(std::string_view text)
     return {reinterpret_cast<const std::uint8_t *>(text.data()), text.size()};
 }
 
-/// Collects the components of a link target into SL entries. Where one entry ends and more components follow, the entry
-/// ends within a component, if need be an empty part of it: the texts allow other ends, too, but a widespread reader
-/// (libarchive 3.6) forgets the slash there.
+/// Collects the components of a link target into SL entries. Where one entry ends and more components follow, it ends
+/// within a component, of which both entries have a byte at least: the texts allow other ends, too, but a widespread
+/// reader (libarchive 3.6) forgets the slash there. A ".." without a flag is a name like any other and can be parted.
+/// Only an entry without a component of two bytes ends between two.
 class LinkEntries
 {
 public:
@@ -52,57 +56,96 @@ public:
     {
     }
 
-    /// A component with a meaning of its own, without text.
-    void addSpecial(std::uint8_t flags, bool isLast)
+    void add(std::uint8_t flags, std::string_view name)
     {
-        if (partSize + following(isLast) > room())
-            endWithPart({});
-        append(flags, {});
-    }
-
-    void addName(std::string_view name, bool isLast)
-    {
-        while (partSize + name.size() + following(isLast) > room()) {
+        while (partSize + name.size() > room()) {
+            if (name.size() < 2 || room() <= partSize) {
+                breakBeforeNext();
+                continue;
+            }
             // What remains for the next entry is a byte at least.
             const std::string_view part = name.substr(0, std::min(room() - partSize, name.size() - 1));
-            endWithPart(part);
+            append({continues, part});
+            flush(continues);
             name.remove_prefix(part.size());
         }
-        append(0, name);
+        append({flags, name});
     }
 
     void finish() { flush(0); }
 
 private:
+    struct Component {
+        std::uint8_t flags = 0;
+        std::string_view name;
+    };
     static constexpr std::size_t partSize = 2; ///< bytes of a component without its text
 
-    /// Room that has to stay so that the entry can end within the next component.
-    static std::size_t following(bool isLast) { return isLast ? 0 : partSize; }
     [[nodiscard]] std::size_t room() const { return entryCapacity - m_size; }
 
-    void endWithPart(std::string_view part)
+    void append(const Component &component)
     {
-        append(continues, part);
-        flush(continues);
+        m_components[m_count++] = component;
+        m_size += partSize + component.name.size();
     }
 
-    void append(std::uint8_t flags, std::string_view name)
+    static bool canBeParted(const Component &component)
     {
-        m_components[m_size] = flags;
-        m_components[m_size + 1] = static_cast<std::uint8_t>(name.size());
-        std::copy(name.begin(), name.end(), m_components.begin() + static_cast<std::ptrdiff_t>(m_size + partSize));
-        m_size += partSize + name.size();
+        return component.flags == componentParent || (component.flags == 0 && component.name.size() > 1);
+    }
+
+    /// Takes the last component out of the entry.
+    Component takeLast()
+    {
+        const Component last = m_components[--m_count];
+        m_size -= partSize + last.name.size();
+        return last;
+    }
+
+    /// Ends the entry within its last component that can be parted, and begins the next one with the rest.
+    void breakBeforeNext()
+    {
+        std::vector<Component> rest;
+        while (m_count > 0) {
+            const Component last = takeLast();
+            const std::string_view name = last.flags == componentParent ? std::string_view("..") : last.name;
+            // As a name ".." takes more room than there may be.
+            if (canBeParted(last) && partSize + name.size() - 1 <= room()) {
+                append({continues, name.substr(0, name.size() - 1)});
+                rest.push_back({0, name.substr(name.size() - 1)});
+                break;
+            }
+            rest.push_back(last);
+        }
+        if (m_count == 0) {
+            for (; !rest.empty(); rest.pop_back())
+                append(rest.back());
+        }
+        flush(continues);
+        for (auto component = rest.rbegin(); component != rest.rend(); ++component)
+            append(*component);
     }
 
     void flush(std::uint8_t flags)
     {
-        m_use.addBytes("SL", flags, {m_components.data(), m_size});
+        std::array<std::uint8_t, entryCapacity> bytes{};
+        std::size_t at = 0;
+        for (const Component &component : std::span(m_components).first(m_count)) {
+            bytes[at] = component.flags;
+            bytes[at + 1] = static_cast<std::uint8_t>(component.name.size());
+            std::copy(component.name.begin(), component.name.end(),
+                      bytes.begin() + static_cast<std::ptrdiff_t>(at + partSize));
+            at += partSize + component.name.size();
+        }
+        m_use.addBytes("SL", flags, {bytes.data(), at});
+        m_count = 0;
         m_size = 0;
     }
 
     SystemUse &m_use;
-    std::array<std::uint8_t, entryCapacity> m_components{};
-    std::size_t m_size = 0;
+    std::array<Component, entryCapacity / partSize> m_components; ///< of the entry that is being filled
+    std::size_t m_count = 0;
+    std::size_t m_size = 0; ///< bytes that they take
 };
 
 /// Calls `visit` for each component of the target; the root is an empty one.
@@ -126,19 +169,16 @@ void forEachComponent(std::string_view target, const Visit &visit)
 
 void addLinkTarget(SystemUse &use, std::string_view target)
 {
-    std::size_t count = 0;
-    forEachComponent(target, [&](std::string_view) { ++count; });
     LinkEntries entries(use);
     forEachComponent(target, [&](std::string_view component) {
-        const bool isLast = --count == 0;
         if (component.empty())
-            entries.addSpecial(componentRoot, isLast);
+            entries.add(componentRoot, {});
         else if (component == ".")
-            entries.addSpecial(componentCurrent, isLast);
+            entries.add(componentCurrent, {});
         else if (component == "..")
-            entries.addSpecial(componentParent, isLast);
+            entries.add(componentParent, {});
         else
-            entries.addName(component, isLast);
+            entries.add(0, component);
     });
     entries.finish();
 }

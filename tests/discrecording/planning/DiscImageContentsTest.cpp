@@ -327,4 +327,120 @@ TEST(DiscImageContents, contentsOfABigFile_areARunOfTheFile)
     EXPECT_EQ(blocks.fileContents(first.run.fileIndex).size, 1'000'001u);
 }
 
+TEST(DiscImageContents, linkCount_countsTheNamesInTheTree)
+{
+    const TemporaryTree tree;
+    tree.makeFile("A", "shared");
+    tree.makeHardLink("B", "A");
+    tree.makeHardLink("C", "A");
+    const auto root = DRFolder::virtualFolderWithName({});
+    for (const char *const name : {"A", "B", "C"})
+        root->addChild(DRFile::fileWithPath(tree.pathText(name)));
+    root->children()[0]->setExplicitFilesystemMask(DRFilesystemInclusionMaskJoliet);
+    const WrittenImage image(root);
+    const IsoImageReader reader(image.path());
+    ASSERT_TRUE(reader.primary());
+    ASSERT_EQ(reader.primary()->root.children.size(), 2u);
+    for (const auto &child : reader.primary()->root.children)
+        EXPECT_EQ(child->rockRidge->linkCount, 2u);
+}
+
+TEST(DiscImageContents, linkCount_isOne_whenTheOtherNameHasOtherAttributes)
+{
+    const TemporaryTree tree;
+    tree.makeFile("A", "shared");
+    tree.makeHardLink("B", "A");
+    const auto root = DRFolder::virtualFolderWithName({});
+    for (const char *const name : {"A", "B"})
+        root->addChild(DRFile::fileWithPath(tree.pathText(name)));
+    root->children()[1]->setProperty(0600u, DRPosixFileMode, DRAllFilesystems);
+    const WrittenImage image(root);
+    const IsoImageReader reader(image.path());
+    ASSERT_TRUE(reader.primary());
+    ASSERT_EQ(reader.primary()->root.children.size(), 2u);
+    for (const auto &child : reader.primary()->root.children)
+        EXPECT_EQ(child->rockRidge->linkCount, 1u);
+}
+
+/// Targets of symbolic links that need more than one entry, each divided in another way.
+QByteArrayList longLinkTargets()
+{
+    return {QByteArray(250, 'c'),
+            QByteArray(255, 'd'),
+            QByteArray(255, 'e') + "/" + QByteArray(255, 'f') + "/g",
+            QByteArray("../").repeated(200) + "end",
+            QByteArray("../").repeated(124) + "..",
+            QByteArray("../").repeated(125) + "..",
+            QByteArray("name/../").repeated(50) + "x",
+            "ab/" + QByteArray("c/").repeated(80) + "de/" + QByteArray("f/").repeated(80) + "g",
+            "/" + QByteArray(249, 'n') + "/y",
+            QByteArray(248, 'm') + "/../z",
+            QByteArray(246, 'o') + "/../z",
+            QByteArray(246, 'p') + "/q/r"};
+}
+
+TEST(DiscImageContents, longLinkTargets_areWhole_withoutEmptyComponents)
+{
+    QByteArrayList targets = longLinkTargets();
+    targets.append(QByteArray(1000, 'c'));
+    targets.append(QByteArray("a/").repeated(300) + "b");
+    targets.append(QByteArray("./").repeated(300) + "b");
+    const TemporaryTree tree;
+    for (qsizetype index = 0; index < targets.size(); ++index)
+        tree.makeSymbolicLink("L" + QByteArray::number(index), targets[index]);
+    const WrittenImage image(DRFolder::folderWithPath(tree.pathText()));
+    const IsoImageReader reader(image.path());
+    EXPECT_EQ(reader.problems(), QStringList());
+    ASSERT_EQ(reader.primary()->root.children.size(), static_cast<std::size_t>(targets.size()));
+    for (const auto &child : reader.primary()->root.children)
+        EXPECT_EQ(child->rockRidge->linkTarget, targets[child->name.mid(1).toInt()]) << qPrintable(child->name);
+}
+
+QByteArray targetOfLink(const QByteArray &path)
+{
+    QByteArray target(4096, '\0');
+    const ssize_t length = ::readlink(path.constData(), target.data(), std::size_t(target.size()));
+    return length < 0 ? QByteArray() : target.first(length);
+}
+
+/// The same targets as independent programs read them back.
+TEST(DiscImageContents, longLinkTargets_areReadBackByOthers)
+{
+    const QByteArrayList targets = longLinkTargets();
+    const TemporaryTree tree;
+    for (qsizetype index = 0; index < targets.size(); ++index)
+        tree.makeSymbolicLink("L" + QByteArray::number(index), targets[index]);
+    const WrittenImage image(DRFolder::folderWithPath(tree.pathText()));
+    const TemporaryTree target;
+    target.makeFolder("bsdtar");
+    const auto expectTargets = [&](const QByteArray &folder) {
+        for (qsizetype index = 0; index < targets.size(); ++index)
+            EXPECT_EQ(targetOfLink(target.path(folder + "/L" + QByteArray::number(index))), targets[index])
+                << folder.constData() << ' ' << index;
+    };
+    if (hasProgram(QStringLiteral("bsdtar"))) {
+        const ProgramResult result =
+            runProgram(QStringLiteral("bsdtar"),
+                       {QStringLiteral("-xpf"), image.path(), QStringLiteral("-C"), target.pathText("bsdtar")});
+        EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+        expectTargets("bsdtar");
+    }
+    if (hasProgram(QStringLiteral("xorriso"))) {
+        const ProgramResult result =
+            runProgram(QStringLiteral("xorriso"),
+                       {QStringLiteral("-osirrox"), QStringLiteral("on"), QStringLiteral("-indev"), image.path(),
+                        QStringLiteral("-extract"), QStringLiteral("/"), target.pathText("xorriso")});
+        EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+        expectTargets("xorriso");
+    }
+    if (hasProgram(QStringLiteral("isoinfo"))) {
+        const QByteArray listing =
+            runProgram(QStringLiteral("isoinfo"),
+                       {QStringLiteral("-R"), QStringLiteral("-l"), QStringLiteral("-i"), image.path()})
+                .output;
+        for (const QByteArray &wanted : targets)
+            EXPECT_TRUE(listing.contains("-> " + wanted + "\n")) << wanted.constData();
+    }
+}
+
 } // namespace Tessaron::Testing

@@ -48,6 +48,8 @@ void IsoImageReader::readLink(std::span<const std::uint8_t> entry, RockRidgeEntr
         const std::size_t size = entry[at + 1];
         if ((flags & ~0x0F) != 0 || ((flags & 0x0E) != 0 && size != 0))
             problem(where + QStringLiteral(": wrong flags of a link component"));
+        if ((flags & 0x0E) == 0 && size == 0)
+            problem(where + QStringLiteral(": an empty link component"));
         if (!m_componentContinues && !result.linkTarget.isEmpty() && !result.linkTarget.endsWith('/'))
             result.linkTarget += '/';
         if ((flags & 8) != 0)
