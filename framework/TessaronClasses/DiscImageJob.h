@@ -33,6 +33,10 @@ struct DiscImageOrder {
     /// Name of the volume; empty for the name of the only folder given, else that of the output without its extension.
     QString volumeName = {};
     DiscFilesystems filesystems = allDiscFilesystems;
+    /// Keep ISO 9660 within the eight levels of folders that its standard allows: deeper ones are recorded in a folder
+    /// "rr_moved" of the root, and Rock Ridge shows them in their places. Without it they are recorded where they are,
+    /// which today's systems read.
+    bool relocatesDeepFolders = false;
     /// Fail, and leave nothing, when something cannot be read or stored as it is.
     bool isStrict = false;
     /// Have the image on the disk, past all caches, before it gets its name: not even a loss of power can leave a file

@@ -136,6 +136,7 @@ void DiscImageJob::prepared(const NSError &error)
     order.rootIsOnlySource = isOneFolder(d->sources);
     order.volumeName = d->result.volumeName;
     order.filesystems = d->order.filesystems;
+    order.relocatesDeepFolders = d->order.relocatesDeepFolders;
     order.isStrict = d->order.isStrict;
     order.path = d->stage.pathForWriting();
     order.descriptor = d->stage.descriptor();

@@ -180,6 +180,8 @@ void ImageMaker::layoutMade(const std::shared_ptr<DRFolder> &folder)
     nameSources(*folder);
     folder->setBaseName(m_order.volumeName);
     folder->setExplicitFilesystemMask(DRFilesystemMask(m_order.filesystems.toInt()));
+    if (m_order.relocatesDeepFolders)
+        folder->setProperty(true, DRRelocatesDeepFolders, DRISO9660);
     startWriting(folder);
     // The layout stands for itself. Freeing a large tree takes a while, which the burn's planning uses meanwhile.
     m_rootItem.reset();

@@ -26,6 +26,7 @@ struct ImageMakerOrder {
     bool rootIsOnlySource = false;
     QString volumeName;
     DiscFilesystems filesystems;
+    bool relocatesDeepFolders = false;
     bool isStrict = false;
     QByteArray path; ///< an existing empty file
     QByteArray finalPath; ///< what errors call it; empty for a stream without a path

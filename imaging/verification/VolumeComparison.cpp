@@ -51,6 +51,20 @@ bool isWithin(std::int64_t seconds, int firstYear, int lastYear)
         && seconds < (QDate(lastYear + 1, 1, 1).toJulianDay() - epoch) * secondsPerDay;
 }
 
+/// In the plain tree the name has no dot, and a number where another object has it.
+bool isNameOfRelocation(QByteArray name)
+{
+    if (name.startsWith('.') || name.startsWith('_'))
+        name.remove(0, 1);
+    const QByteArray usual = "rr_moved";
+    if (!name.startsWith(usual))
+        return false;
+    const QByteArray rest = name.mid(usual.size());
+    bool isNumber = false;
+    (void)rest.mid(1).toUInt(&isNumber);
+    return rest.isEmpty() || (rest.startsWith('_') && isNumber);
+}
+
 } // namespace
 
 void RecordedSources::sort()
@@ -156,13 +170,17 @@ void VolumeComparison::settle(Level &level)
     }
 }
 
-/// The folder in which writers gather what lies deeper than ISO 9660 allows; Rock Ridge shows its content elsewhere.
+/// The folder in which writers gather what lies deeper than ISO 9660 allows; Rock Ridge shows its content elsewhere. It
+/// may be one of the sources, too.
 bool VolumeComparison::belongsToRelocation(const VolumeObject &folder) const
 {
-    if (m_levels.size() != 1 || folder.kind != VolumeObjectKind::Folder || m_rockRidge == nullptr)
+    if (folder.kind != VolumeObjectKind::Folder || m_rockRidge == nullptr)
         return false;
-    const QByteArray name = folder.name.toLower();
-    if (name != "rr_moved" && name != ".rr_moved")
+    if (m_levels.size() == 2 && m_kind == VolumeKind::ISO9660) {
+        const std::string_view source = m_sources.name(m_levels.back().folder);
+        return source == "rr_moved" || source == ".rr_moved";
+    }
+    if (m_levels.size() != 1 || !isNameOfRelocation(folder.name.toLower()))
         return false;
     bool isEmpty = true;
     const NSError error = m_reader.listFolder(folder, [&](const VolumeObject &) {

@@ -29,9 +29,12 @@ protected:
 
     /// Makes the image and says how many objects each tree refused; under no name, those that no tree
     /// holds as they are.
-    std::map<QString, std::uint64_t> makeImage(const QList<QByteArray> &filesystems)
+    std::map<QString, std::uint64_t> makeImage(const QList<QByteArray> &filesystems, bool isRelocated)
     {
-        const ChildResult result = runTessaron(imageArguments({"--json", "--filesystems", filesystems.join(',')}));
+        QList<QByteArray> options = {"--json", "--filesystems", filesystems.join(',')};
+        if (isRelocated)
+            options.append("--relocate");
+        const ChildResult result = runTessaron(imageArguments(options));
         EXPECT_TRUE(result.exitStatus == 0 || result.exitStatus == 3) << result.errors.constData();
         std::map<QString, std::uint64_t> refused;
         const QJsonObject report = jsonOf(result.output);
@@ -79,7 +82,7 @@ TEST_F(HostileTrees, image_isAsItsSources_whateverTheyAre)
         SCOPED_TRACE(testing::Message() << "tree " << seed << ", filesystems " << mask);
         emptyFolder(m_tree.path("source"));
         HostileTree(seed).fill(m_tree.path("source"));
-        std::map<QString, std::uint64_t> refused = makeImage(filesystemsOfMask(mask));
+        std::map<QString, std::uint64_t> refused = makeImage(filesystemsOfMask(mask), seed % 2 == 0);
         const VerificationResult result = verified();
         EXPECT_EQ(result.volumes.size(), std::size_t(filesystemsOfMask(mask).size() + (mask & 1)));
         for (const ImageDifference &difference : result.differences.items())

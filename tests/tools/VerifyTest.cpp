@@ -423,6 +423,24 @@ TEST_F(Verify, deepFolders_areNoLoop)
     EXPECT_EQ(runTessaron({"inspect", image()}).exitStatus, 0);
 }
 
+TEST_F(Verify, relocatedFolders_areWhereTheyBelong)
+{
+    // The names that others are moved to are taken as well: by a file, by a folder, in another case.
+    for (const QByteArray taken : {"", "rr_moved", "RR_MOVED", "rr_moved/own", ".rr_moved/own/file", "_rr_moved"}) {
+        SCOPED_TRACE(taken.constData());
+        std::filesystem::remove_all(m_tree.path("source").toStdString());
+        m_tree.makeFile("source/" + QByteArray("folder/").repeated(20) + "file", "deep");
+        m_tree.makeFile("source/" + QByteArray("own/").repeated(20) + "file", "another");
+        if (!taken.isEmpty())
+            m_tree.makeFile("source/" + taken, "taken");
+        for (const QByteArray filesystems : {"iso9660", "iso9660,joliet,udf,hfs+"}) {
+            makeImage({"--relocate", "--filesystems", filesystems});
+            EXPECT_EQ(differencesIn(verified(0)), Words());
+            EXPECT_EQ(runTessaron({"inspect", image()}).exitStatus, 0);
+        }
+    }
+}
+
 TEST_F(Verify, oddLinkTargets_areComparedAsEachFilesystemRecordsThem)
 {
     m_tree.makeSymbolicLink("source/long", QByteArray(255, 'l') + "/" + QByteArray(255, 'm') + ".txt");

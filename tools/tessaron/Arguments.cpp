@@ -138,6 +138,9 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
     case Option::Verbose:
         m_arguments.verbosity = Verbosity::Verbose;
         return true;
+    case Option::Relocate:
+        m_arguments.relocatesDeepFolders = true;
+        return true;
     case Option::Strict:
         m_arguments.strict = true;
         return true;

@@ -55,6 +55,7 @@ struct Arguments {
     QByteArray output;
     DiscFormat format = DiscFormat::ISO;
     QString volumeName; ///< empty: the source's name
+    bool relocatesDeepFolders = false;
     bool strict = false;
     bool isSynchronized = true; ///< wait until the image is on the disk
 };

@@ -59,6 +59,7 @@ DiscImageOrder ImageCommand::order() const
     order.format = m_arguments.format;
     order.volumeName = m_arguments.volumeName;
     order.filesystems = m_arguments.filesystems;
+    order.relocatesDeepFolders = m_arguments.relocatesDeepFolders;
     order.isStrict = m_arguments.strict;
     order.isSynchronized = m_arguments.isSynchronized;
     return order;

@@ -22,6 +22,10 @@ constexpr std::array options = {
     OptionDescription{Option::Filesystems, 0, "filesystems", "LIST", "image verify",
                       "Comma-separated: iso9660 (with Rock Ridge), joliet,\nudf, hfs+. Without it an image gets all "
                       "four, and\nverify takes those that are there."},
+    OptionDescription{
+        Option::Relocate, 0, "relocate", nullptr, "image",
+        "Keep ISO 9660 within eight levels of folders: deeper\nones go into the folder rr_moved, and Rock "
+        "Ridge shows\nthem in their places."},
     OptionDescription{Option::Strict, 0, "strict", nullptr, "image",
                       "Fail, and leave nothing, when something cannot be\nstored as it is."},
     OptionDescription{Option::NoSync, 0, "no-sync", nullptr, "image", "Do not wait until the image is on the disk."},

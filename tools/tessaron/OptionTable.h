@@ -14,6 +14,7 @@ enum class Option : std::uint8_t {
     Json,
     Quiet,
     Verbose,
+    Relocate,
     Strict,
     NoSync,
     Output,

@@ -187,6 +187,10 @@ public:
     FileTime volumeTime; ///< when the volume was made; also the time of objects without source
     std::optional<std::int64_t> latestTime; ///< no object gets a later time; set for reproducible images
 
+    /// The folder of the root that takes those which are too deep for ISO 9660 (IEEE P1282 4.1.5); 0 for none.
+    NodeIndex relocationFolder = 0;
+    bool hidesRelocationFolder = false; ///< it is there for that alone
+
     TextArena texts;
     std::vector<std::uint64_t> devices; ///< `st_dev` by number
     std::vector<std::string_view> linkTargets;

@@ -11,6 +11,7 @@
 #include <QVariant>
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <map>
 #include <sys/stat.h>
@@ -66,10 +67,13 @@ std::unique_ptr<ContentTree> ContentTreeBuilder::build(const DRFolder &root, Sto
             addVirtualChildren(next.node, *next.virtualFolder);
         else
             addListedChildren(next.node, issues);
+        if (next.node == 0 && m_relocatesDeepFolders)
+            addRelocationFolder();
     }
     m_progress.tell(0.15);
     if (!inspect(issues))
         return nullptr;
+    settleRelocationFolder();
     numberFolders();
     findSharedContents(*m_tree);
     m_progress.tell(0.6);
@@ -293,6 +297,72 @@ void ContentTreeBuilder::noteLongName(NodeIndex node, ContentNode &content)
         return;
     content.flags |= ContentNode::NameIsChanged;
     m_tree->changedNames.emplace_back(node, name);
+}
+
+void ContentTreeBuilder::addRelocationFolder()
+{
+    // Readers know it by one of these names.
+    constexpr std::array<std::string_view, 2> names{"rr_moved", ".rr_moved"};
+    std::array<NodeIndex, 2> holders{};
+    ContentNode &root = m_tree->nodes[0];
+    for (NodeIndex node = root.firstChild(); node < root.endChild(); ++node) {
+        for (std::size_t index = 0; index < names.size(); ++index) {
+            if (m_tree->nodes[node].nameView() == names[index])
+                holders[index] = node;
+        }
+    }
+    const auto isFolder = [&](NodeIndex node) { return node != 0 && m_tree->nodes[node].isFolder(); };
+    if (isFolder(holders[0]) || isFolder(holders[1])) {
+        // Of two, readers could take the wrong one.
+        if (!isFolder(holders[0]) || !isFolder(holders[1]))
+            m_tree->relocationFolder = isFolder(holders[0]) ? holders[0] : holders[1];
+        return;
+    }
+    if (root.kind == ContentKind::Absent || (holders[0] != 0 && holders[1] != 0))
+        return;
+    const std::string_view name = holders[0] == 0 ? names[0] : names[1];
+    ContentNode folder;
+    folder.name = name.data();
+    folder.nameLength = static_cast<std::uint8_t>(name.size());
+    folder.kind = ContentKind::Folder;
+    folder.masks = DRFilesystemInclusionMaskISO9660;
+    folder.mode = S_IFDIR | 0755;
+    // Behind the others: no child of theirs is there yet.
+    m_tree->relocationFolder = m_tree->nodes.size();
+    m_tree->hidesRelocationFolder = true;
+    root.setChildren(root.childCount() == 0 ? m_tree->relocationFolder : root.firstChild(), root.childCount() + 1);
+    m_tree->nodes.append(folder);
+}
+
+bool ContentTreeBuilder::hasDeepFolder() const
+{
+    constexpr std::uint8_t deepestLevel = 8; // ECMA-119 6.8.2.1; the root is the first
+    std::vector<std::uint8_t> levels(m_tree->nodes.size(), 1);
+    for (NodeIndex node = 1; node < m_tree->nodes.size(); ++node) {
+        const ContentNode &content = m_tree->nodes[node];
+        const std::uint8_t parentLevel = levels[content.parent];
+        levels[node] = std::min<std::uint8_t>(parentLevel + 1, deepestLevel + 1);
+        // A folder is where an object of it is.
+        const bool isInDeepFolder = (content.isFolder() ? levels[node] : parentLevel) > deepestLevel;
+        if (isInDeepFolder && content.kind != ContentKind::Absent
+            && (content.filesystems() & DRFilesystemInclusionMaskISO9660) != 0)
+            return true;
+    }
+    return false;
+}
+
+void ContentTreeBuilder::settleRelocationFolder()
+{
+    if (m_tree->relocationFolder == 0)
+        return;
+    ContentNode &folder = m_tree->nodes[m_tree->relocationFolder];
+    if (folder.isFolder() && hasDeepFolder()) {
+        folder.masks |= DRFilesystemInclusionMaskISO9660;
+        return;
+    }
+    if (m_tree->hidesRelocationFolder)
+        folder.kind = ContentKind::Absent;
+    m_tree->relocationFolder = 0;
 }
 
 /// Only now that it is known which folders are there: writers keep a table of them in this order, and search in it.

@@ -25,6 +25,9 @@ public:
     ContentTreeBuilder(const PlanProgress &progress, FileTime volumeTime, std::optional<std::int64_t> latestTime,
                        unsigned int threadCount);
 
+    /// Gives the tree a relocation folder when ISO 9660 needs one. To be called before build().
+    void relocateDeepFolders() { m_relocatesDeepFolders = true; }
+
     /// Null when cancelled. What could not be taken along is added to `issues`, its tree still to be chosen.
     [[nodiscard]] std::unique_ptr<ContentTree> build(const DRFolder &root, StorageIssues &issues);
 
@@ -55,6 +58,11 @@ private:
     void setSource(ContentNode &content, const FSRef &ref);
     std::string_view nameOf(const DRFSObject &object);
     void makeNamesUsable(std::vector<Candidate> &candidates);
+    /// Finds or makes the folder of the root to which deep ones can be moved.
+    void addRelocationFolder();
+    /// Takes it away again when no folder is that deep.
+    void settleRelocationFolder();
+    [[nodiscard]] bool hasDeepFolder() const;
     void numberFolders();
     /// False when cancelled.
     bool inspect(StorageIssues &issues);
@@ -62,6 +70,7 @@ private:
     const PlanProgress &m_progress;
     const unsigned int m_threadCount;
     const bool m_readsEverything; ///< permissions do not matter to this process
+    bool m_relocatesDeepFolders = false;
     std::unique_ptr<ContentTree> m_tree;
     std::deque<PendingFolder> m_pending;
     std::vector<std::pair<NodeIndex, std::uint16_t>> m_modes; ///< set by properties: stronger than the source's

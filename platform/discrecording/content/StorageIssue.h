@@ -25,6 +25,7 @@ enum class StorageReason : std::uint8_t {
     KindNotStorable, ///< the tree has no such thing
     TimeOutOfRange,
     DepthBeyondStandard,
+    Relocated, ///< recorded in another folder, since its own is too deep
     PathBeyondStandard,
     MissingInPathTable,
     LinkTargetSimplified,

@@ -17,7 +17,6 @@ constexpr std::uint32_t foldersPerCheck = 64;
 constexpr std::uint32_t childrenPerCheck = 4096;
 
 // What plain ECMA-119 allows (6.8.2.1).
-constexpr std::uint32_t deepestLevel = 8;
 constexpr std::uint32_t longestPath = 255;
 
 using Kind = DRStorageReportItem::Kind;
@@ -82,8 +81,10 @@ bool DirectoryHierarchy::prepare(const PlanProgress &progress, StorageIssues &is
     m_paths.push_back({});
     if (m_traits.filesystem != 0 && !canSayTimesOf(0))
         issues.push_back({0, m_traits.tree, Kind::Altered, StorageReason::TimeOutOfRange, false});
-    if (m_traits.hasRockRidge)
+    if (m_traits.hasRockRidge) {
         countLinks();
+        m_relocated.find(*m_tree, m_traits.filesystem);
+    }
     SiblingNames siblings;
     std::uint32_t unchecked = 0;
     for (std::uint32_t number = 0; number < m_folders.size(); ++number) {
@@ -109,31 +110,49 @@ void DirectoryHierarchy::collectChildren(std::uint32_t number, SiblingNames &sib
 {
     const ContentNode &folder = m_tree->nodes[m_folders[number].node];
     siblings.clear();
-    RecordedName name;
     for (NodeIndex node = folder.firstChild(); node < folder.endChild(); ++node) {
         const ContentNode &content = m_tree->nodes[node];
         if (holds(content)) {
-            const bool isChanged = m_names->ruledName(node, &name);
-            siblings.add(node, name.view(), isChanged);
+            addChild(node, roleOf(m_folders[number], node), siblings);
         } else if (content.kind != ContentKind::Absent && (content.filesystems() & m_traits.filesystem) != 0) {
             issues.push_back({node, m_traits.tree, Kind::Refused, StorageReason::KindNotStorable, false});
         }
     }
+    if (number == 0 || m_folders[number].node != m_tree->relocationFolder)
+        return;
+    for (const NodeIndex node : m_relocated.nodes())
+        addChild(node, NameRole::Folder, siblings);
+}
+
+void DirectoryHierarchy::addChild(NodeIndex node, NameRole role, SiblingNames &siblings) const
+{
+    RecordedName name;
+    const bool isChanged = m_names->ruledName(node, role, &name);
+    siblings.add(node, role, name.view(), isChanged);
 }
 
 void DirectoryHierarchy::storeOrder(std::uint32_t number, const SiblingNames &siblings)
 {
-    const NodeIndex first = m_tree->nodes[m_folders[number].node].firstChild();
+    const ContentNode &content = m_tree->nodes[m_folders[number].node];
     const PathMeasure path = m_paths[number];
-    m_folders[number].childCount = static_cast<std::uint32_t>(siblings.entries().size());
-    std::uint32_t position = first;
+    const auto count = static_cast<std::uint32_t>(siblings.entries().size());
+    std::uint32_t position = content.firstChild();
+    if (count > content.childCount()) {
+        // With relocated folders it has more than its own.
+        position = static_cast<std::uint32_t>(m_order.size());
+        m_order.resize(m_order.size() + count);
+    }
+    m_folders[number].firstEntry = position;
+    m_folders[number].childCount = count;
     for (const SiblingNames::Entry &entry : siblings.entries()) {
         m_order[position++] = entry.node;
-        const ContentNode &content = m_tree->nodes[entry.node];
-        if (!content.isFolder())
+        if (entry.role == NameRole::File)
             continue;
-        ++m_folders[number].subfolderCount;
-        m_numberOfFolder[content.folderNumber()] = static_cast<std::uint32_t>(m_folders.size());
+        if (m_tree->nodes[entry.node].parent == m_folders[number].node && !isHiddenByRockRidge(entry.node))
+            ++m_folders[number].subfolderCount;
+        if (entry.role == NameRole::FolderElsewhere)
+            continue;
+        m_numberOfFolder[m_tree->nodes[entry.node].folderNumber()] = static_cast<std::uint32_t>(m_folders.size());
         HierarchyFolder folder;
         folder.node = entry.node;
         folder.parent = number;
@@ -142,14 +161,14 @@ void DirectoryHierarchy::storeOrder(std::uint32_t number, const SiblingNames &si
     }
 }
 
-void DirectoryHierarchy::placeContinuation(NodeIndex node, std::size_t size)
+void DirectoryHierarchy::placeContinuation(NodeIndex node, NameRole role, std::size_t size)
 {
     // An area lies within one block; one that needs more begins a block (SystemUse).
     if (m_continuationEnd + size > logicalBlockSize) {
         ++m_continuationBlocks;
         m_continuationEnd = 0;
     }
-    m_continuations.push_back({node, m_continuationBlocks - 1, m_continuationEnd});
+    m_continuations.push_back({node, role, m_continuationBlocks - 1, m_continuationEnd});
     const std::uint64_t further = blocksForBytes(m_continuationEnd + size) - 1;
     m_continuationBlocks += static_cast<std::uint32_t>(further);
     m_continuationEnd += static_cast<std::uint32_t>(size - further * logicalBlockSize);
@@ -176,7 +195,8 @@ void DirectoryHierarchy::measure(std::uint32_t number, const SiblingNames &sibli
             m_restarts.push_back(records.place());
         used += size;
         if (records.isFirstSection() && !records.continuation().empty())
-            placeContinuation(records.node() == folder.node ? 0 : records.node(), records.continuation().size());
+            placeContinuation(records.node() == folder.node ? 0 : records.node(), records.role(),
+                              records.continuation().size());
     }
     folder.blockCount = static_cast<std::uint32_t>(blocksForBytes(used));
     // A reader that goes through the image once, as libarchive does, finds an area only right behind the directory, and
@@ -224,6 +244,16 @@ void DirectoryHierarchy::reportChildren(std::uint32_t number, const SiblingNames
     std::uint32_t longestChild = 0;
     for (const SiblingNames::Entry &entry : siblings.entries()) {
         const ContentNode &content = m_tree->nodes[entry.node];
+        if (entry.role != NameRole::Folder) {
+            const auto suffix = m_names->suffix(siblings.nameOf(entry), entry.role).size();
+            longestChild = std::max(longestChild, entry.size + static_cast<std::uint32_t>(suffix));
+        }
+        if (entry.role == NameRole::FolderElsewhere) {
+            issues.push_back({entry.node, m_traits.tree, Kind::Altered, StorageReason::Relocated, false});
+            continue; // the rest is said of the folder itself
+        }
+        if (isHiddenByRockRidge(entry.node))
+            continue;
         if (entry.isChanged || entry.isTaken) {
             const bool isChangedOnDisc = content.has(ContentNode::NameIsChanged);
             issues.push_back({entry.node, m_traits.tree, Kind::Renamed,
@@ -235,10 +265,6 @@ void DirectoryHierarchy::reportChildren(std::uint32_t number, const SiblingNames
             reportFile(entry.node, issues);
         if (m_traits.hasRockRidge)
             reportRockRidge(entry.node, issues);
-        if (!content.isFolder()) {
-            const auto suffix = m_names->suffix(siblings.nameOf(entry), false).size();
-            longestChild = std::max(longestChild, entry.size + static_cast<std::uint32_t>(suffix));
-        }
     }
     if (m_traits.tree == DRDiscTree::ISO9660)
         reportPath(number, longestChild, issues);
@@ -248,7 +274,7 @@ void DirectoryHierarchy::reportPath(std::uint32_t number, std::uint32_t longestC
 {
     const PathMeasure path = m_paths[number];
     const NodeIndex node = m_folders[number].node;
-    if (path.depth > deepestLevel)
+    if (path.depth > RelocatedFolders::deepestLevel)
         issues.push_back({node, m_traits.tree, Kind::Altered, StorageReason::DepthBeyondStandard, false});
     else if (path.length + longestChild > longestPath)
         issues.push_back({node, m_traits.tree, Kind::Altered, StorageReason::PathBeyondStandard, false});

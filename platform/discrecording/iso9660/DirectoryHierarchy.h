@@ -4,6 +4,7 @@
 #include "platform/discrecording/content/PlanProgress.h"
 #include "platform/discrecording/content/StorageIssue.h"
 #include "platform/discrecording/iso9660/HierarchyNames.h"
+#include "platform/discrecording/iso9660/RelocatedFolders.h"
 #include "platform/discrecording/iso9660/SystemUse.h"
 #include "platform/discrecording/objects/DRStorageReport.h"
 
@@ -31,11 +32,12 @@ struct HierarchyTraits {
 /// A folder of a hierarchy.
 struct HierarchyFolder {
     NodeIndex node = 0;
-    std::uint32_t parent = 0; ///< number in the hierarchy
+    std::uint32_t parent = 0; ///< number in the hierarchy: for a relocated folder, of where it was moved to
+    std::uint32_t firstEntry = 0; ///< place of its first child among the children of all folders
     std::uint32_t firstBlock = 0; ///< of its directory, counted from the first directory's
     std::uint32_t blockCount = 0; ///< of its directory; the continuation areas of its records follow at once
     std::uint32_t childCount = 0;
-    std::uint32_t subfolderCount = 0;
+    std::uint32_t subfolderCount = 0; ///< that Rock Ridge shows in it
     std::uint32_t firstContinued = 0; ///< number of the first continuation area of its records
     std::uint32_t firstRestart = 0;
 };
@@ -51,6 +53,7 @@ struct DirectoryRestart {
 /// A continuation area of a directory record.
 struct HierarchyContinuation {
     NodeIndex node = 0; ///< whose record; 0 for the "." of the root
+    NameRole role = NameRole::File; ///< in which it has the record
     std::uint32_t block = 0; ///< counted like HierarchyFolder::firstBlock
     std::uint32_t offset = 0;
 };
@@ -92,8 +95,16 @@ public:
     /// The `position`-th child of a folder in the order of its records.
     [[nodiscard]] NodeIndex child(const HierarchyFolder &folder, std::uint32_t position) const
     {
-        return m_order[m_tree->nodes[folder.node].firstChild() + position];
+        return m_order[folder.firstEntry + position];
     }
+    /// What the folder records the child as.
+    [[nodiscard]] NameRole roleOf(const HierarchyFolder &folder, NodeIndex child) const
+    {
+        const bool isElsewhere = m_relocated.contains(child) && m_tree->nodes[child].parent == folder.node;
+        return isElsewhere ? NameRole::FolderElsewhere : m_names->usualRole(child);
+    }
+    /// True for a folder that is not recorded where it belongs.
+    [[nodiscard]] bool isRelocated(NodeIndex folder) const { return m_relocated.contains(folder); }
     [[nodiscard]] const std::vector<DirectoryRestart> &restarts() const { return m_restarts; }
     [[nodiscard]] const std::vector<HierarchyContinuation> &continuations() const { return m_continuations; }
 
@@ -109,6 +120,11 @@ public:
 
     /// True when the object has a record in the hierarchy.
     [[nodiscard]] bool holds(const ContentNode &content) const;
+    /// True for the folder that is there for relocated ones alone: Rock Ridge does not show it.
+    [[nodiscard]] bool isHiddenByRockRidge(NodeIndex node) const
+    {
+        return node != 0 && node == m_tree->relocationFolder && m_tree->hidesRelocationFolder;
+    }
 
 private:
     void countLinks();
@@ -121,14 +137,16 @@ private:
     void reportPath(std::uint32_t number, std::uint32_t longestChild, StorageIssues &issues) const;
     /// True when the records can say all times that they have of the object.
     [[nodiscard]] bool canSayTimesOf(NodeIndex node) const;
-    void placeContinuation(NodeIndex node, std::size_t size);
+    void addChild(NodeIndex node, NameRole role, SiblingNames &siblings) const;
+    void placeContinuation(NodeIndex node, NameRole role, std::size_t size);
 
     const std::shared_ptr<const ContentTree> m_tree;
     const HierarchyTraits m_traits;
     const std::shared_ptr<HierarchyNames> m_names;
     std::vector<HierarchyFolder> m_folders;
     std::vector<std::uint32_t> m_numberOfFolder; ///< by the tree's number of the folder
-    std::vector<NodeIndex> m_order; ///< children of each folder in a row, where the tree has them
+    std::vector<NodeIndex> m_order; ///< children of each folder in a row, mostly where the tree has them
+    RelocatedFolders m_relocated;
     std::vector<DirectoryRestart> m_restarts;
     std::vector<HierarchyContinuation> m_continuations;
     std::vector<std::pair<NodeIndex, std::uint32_t>> m_linkCounts; ///< by owner of the contents, ordered

@@ -107,6 +107,7 @@ bool DirectoryRecords::next()
 void DirectoryRecords::makeSpecial(Role role)
 {
     m_node = m_folder->node;
+    m_role = NameRole::Folder;
     m_isFirstSection = true;
     m_use.clear();
     makeSystemUse(m_node, role, 1);
@@ -121,12 +122,13 @@ void DirectoryRecords::makeChild(NodeIndex node)
 {
     const ContentNode &content = m_hierarchy.tree().nodes[node];
     m_node = node;
+    m_role = m_hierarchy.roleOf(*m_folder, node);
     m_sectionCount = content.isFile() ? fileSectionCount(content.fileSize()) : 1;
     if (m_names)
         m_name.assign(m_names->nameOf(m_names->entries()[m_next.position]));
     else
-        m_hierarchy.names().nameOf(node, &m_name);
-    const std::string_view suffix = m_hierarchy.names().suffix(m_name.view(), content.isFolder());
+        m_hierarchy.names().nameOf(node, m_role, &m_name);
+    const std::string_view suffix = m_hierarchy.names().suffix(m_name.view(), m_role);
     m_use.clear();
     makeSystemUse(node, Role::Child, m_name.size() + suffix.size());
     makeRecord(node, m_name.view(), suffix);
@@ -148,6 +150,7 @@ void DirectoryRecords::makeSystemUse(NodeIndex node, Role role, std::size_t iden
     addRockRidgeAttributes(m_use, tree, described, m_places ? &facts : nullptr);
     if (role == Role::Child)
         addRockRidgeName(m_use, tree, node);
+    addRelocation(node, role);
     if (isRootItself)
         addRockRidgeReference(m_use);
     m_use.divide(longestRecord - systemUseStart(identifierSize));
@@ -155,6 +158,23 @@ void DirectoryRecords::makeSystemUse(NodeIndex node, Role role, std::size_t iden
         const HierarchyContinuation &place = m_hierarchy.continuations()[m_next.continued];
         m_use.setContinuationPlace({m_places->directories + place.block, place.offset});
     }
+}
+
+void DirectoryRecords::addRelocation(NodeIndex node, Role role)
+{
+    if (role == Role::Child && m_role == NameRole::FolderElsewhere)
+        addChildLink(m_use, directoryOf(node));
+    else if (role == Role::Child && (m_hierarchy.isRelocated(node) || m_hierarchy.isHiddenByRockRidge(node)))
+        addRelocatedMark(m_use);
+    else if (role == Role::Parent && m_hierarchy.isRelocated(node))
+        addParentLink(m_use, directoryOf(m_hierarchy.tree().nodes[node].parent));
+}
+
+std::uint32_t DirectoryRecords::directoryOf(NodeIndex folder) const
+{
+    if (!m_places)
+        return 0;
+    return static_cast<std::uint32_t>(m_places->directories + m_hierarchy.folderOf(folder).firstBlock);
 }
 
 void DirectoryRecords::makeRecord(NodeIndex node, std::string_view identifier, std::string_view suffix)
@@ -169,7 +189,8 @@ void DirectoryRecords::makeRecord(NodeIndex node, std::string_view identifier, s
     if (m_places)
         storeRecordingDate(&m_record[18], m_hierarchy.tree().times(node).modification);
     const bool isHidden = (content.hiddenIn() & m_hierarchy.traits().filesystem) != 0;
-    m_record[25] = static_cast<std::uint8_t>((isHidden ? flagHidden : 0) | (content.isFolder() ? flagDirectory : 0));
+    m_record[25] =
+        static_cast<std::uint8_t>((isHidden ? flagHidden : 0) | (m_role == NameRole::Folder ? flagDirectory : 0));
     storeLittleEndian<std::uint16_t>(&m_record[28], 1);
     storeBigEndian<std::uint16_t>(&m_record[30], 1);
     m_record[32] = static_cast<std::uint8_t>(identifierSize);
@@ -186,7 +207,7 @@ void DirectoryRecords::setExtent(NodeIndex node, std::uint32_t section)
     const ContentNode &content = tree.nodes[node];
     std::uint64_t block = 0;
     std::uint64_t size = 0;
-    if (content.isFolder()) {
+    if (m_role == NameRole::Folder) {
         const HierarchyFolder &folder = m_hierarchy.folderOf(node);
         block = m_places->directories + folder.firstBlock;
         size = std::uint64_t{folder.blockCount} * logicalBlockSize;
@@ -206,12 +227,12 @@ std::span<const std::uint8_t> DirectoryRecords::continuationOf(const HierarchyCo
     const NodeIndex node = continuation.node;
     m_folder = nullptr;
     m_use.clear();
+    m_role = continuation.role;
     if (node == 0) {
         makeSystemUse(0, Role::Self, 1);
     } else {
-        m_hierarchy.names().nameOf(node, &m_name);
-        const bool isFolder = m_hierarchy.tree().nodes[node].isFolder();
-        makeSystemUse(node, Role::Child, m_name.size() + m_hierarchy.names().suffix(m_name.view(), isFolder).size());
+        m_hierarchy.names().nameOf(node, m_role, &m_name);
+        makeSystemUse(node, Role::Child, m_name.size() + m_hierarchy.names().suffix(m_name.view(), m_role).size());
     }
     m_use.setContinuationPlace({m_places->directories + continuation.block, continuation.offset});
     return m_use.continuation();

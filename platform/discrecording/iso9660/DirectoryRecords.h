@@ -40,6 +40,8 @@ public:
     [[nodiscard]] bool isFirstSection() const { return m_isFirstSection; }
     /// Whose record it is: the folder itself for "." and "..".
     [[nodiscard]] NodeIndex node() const { return m_node; }
+    /// What the record is of: a folder, a file, a file in the place of a folder.
+    [[nodiscard]] NameRole role() const { return m_role; }
     /// Where to begin to get the record again.
     [[nodiscard]] DirectoryRestart place() const { return m_place; }
 
@@ -56,7 +58,11 @@ private:
     void makeSpecial(Role role);
     void makeChild(NodeIndex node);
     void makeSystemUse(NodeIndex node, Role role, std::size_t identifierSize);
+    /// What leads from a relocated folder to where it belongs, and back; `node` as for makeSystemUse().
+    void addRelocation(NodeIndex node, Role role);
     void makeRecord(NodeIndex node, std::string_view identifier, std::string_view suffix);
+    /// The first block of a folder's directory; 0 while measuring.
+    [[nodiscard]] std::uint32_t directoryOf(NodeIndex folder) const;
     void setExtent(NodeIndex node, std::uint32_t section);
 
     const DirectoryHierarchy &m_hierarchy;
@@ -68,6 +74,7 @@ private:
     DirectoryRestart m_place; ///< of the present one
     std::uint64_t m_sectionCount = 1; ///< of the present child
     NodeIndex m_node = 0;
+    NameRole m_role = NameRole::Folder;
     bool m_isFirstSection = true;
     RecordedName m_name;
     SystemUse m_use;

@@ -92,18 +92,19 @@ void SiblingNames::clear()
     m_entries.clear();
 }
 
-void SiblingNames::add(NodeIndex node, std::string_view name, bool isChanged)
+void SiblingNames::add(NodeIndex node, NameRole role, std::string_view name, bool isChanged)
 {
     m_entries.push_back({prefixOf(name), node, static_cast<std::uint32_t>(m_bytes.size()),
-                         static_cast<std::uint8_t>(name.size()), isChanged, false});
+                         static_cast<std::uint8_t>(name.size()), role, isChanged, false});
     m_bytes += name;
 }
 
 void SiblingNames::replace(Entry &entry, std::string_view name)
 {
-    entry = {
-        prefixOf(name),  entry.node, static_cast<std::uint32_t>(m_bytes.size()), static_cast<std::uint8_t>(name.size()),
-        entry.isChanged, true};
+    entry.prefix = prefixOf(name);
+    entry.offset = static_cast<std::uint32_t>(m_bytes.size());
+    entry.size = static_cast<std::uint8_t>(name.size());
+    entry.isTaken = true;
     m_bytes += name;
 }
 
@@ -145,13 +146,13 @@ HierarchyNames::HierarchyNames(std::shared_ptr<const ContentTree> tree, NameCodi
 {
 }
 
-bool HierarchyNames::ruledName(NodeIndex node, RecordedName *name) const
+bool HierarchyNames::ruledName(NodeIndex node, NameRole role, RecordedName *name) const
 {
     const ContentNode &content = m_tree->nodes[node];
     const bool hasBaseName = !content.has(ContentNode::NameIsChanged);
     if (m_coding == NameCoding::Iso9660) {
         const std::string_view base = content.nameView();
-        name->assign(content.isFolder() ? iso9660FolderName(base, m_level) : iso9660FileName(base, m_level));
+        name->assign(role == NameRole::Folder ? iso9660FolderName(base, m_level) : iso9660FileName(base, m_level));
         return !hasBaseName || name->view() != base;
     }
     if (assignPlainName(content.nameView(), name))
@@ -162,23 +163,24 @@ bool HierarchyNames::ruledName(NodeIndex node, RecordedName *name) const
     return !hasBaseName || QStringView(units) != stringWithFileSystemRepresentation(raw);
 }
 
-void HierarchyNames::nameOf(NodeIndex node, RecordedName *name) const
+void HierarchyNames::nameOf(NodeIndex node, NameRole role, RecordedName *name) const
 {
-    if (!m_changedNames.empty()) {
+    const std::vector<ChangedName> &names = changedNames(role);
+    if (!names.empty()) {
         const auto changed =
-            std::lower_bound(m_changedNames.begin(), m_changedNames.end(), node,
+            std::lower_bound(names.begin(), names.end(), node,
                              [](const ChangedName &entry, NodeIndex wanted) { return entry.node < wanted; });
-        if (changed != m_changedNames.end() && changed->node == node) {
+        if (changed != names.end() && changed->node == node) {
             name->assign(changed->name);
             return;
         }
     }
-    (void)ruledName(node, name);
+    (void)ruledName(node, role, name);
 }
 
-std::string_view HierarchyNames::suffix(std::string_view name, bool isFolder) const
+std::string_view HierarchyNames::suffix(std::string_view name, NameRole role) const
 {
-    if (isFolder || m_coding == NameCoding::Joliet)
+    if (role == NameRole::Folder || m_coding == NameCoding::Joliet)
         return {};
     return name.find('.') == name.npos ? ".;1" : ";1";
 }
@@ -194,7 +196,7 @@ void HierarchyNames::tellApartAs(SiblingNames &siblings, const KeyOf &keyOf, con
     std::vector<SiblingName<Unit>> names;
     names.reserve(siblings.entries().size());
     for (const SiblingNames::Entry &entry : siblings.entries())
-        names.push_back({decode(siblings.nameOf(entry)), m_tree->nodes[entry.node].isFolder()});
+        names.push_back({decode(siblings.nameOf(entry)), entry.role == NameRole::Folder});
     makeNamesUnique<Unit, KeyOf>(names, limits, keyOf, cancellation);
     RecordedName distinct;
     for (std::size_t index = 0; index < names.size(); ++index) {
@@ -203,7 +205,8 @@ void HierarchyNames::tellApartAs(SiblingNames &siblings, const KeyOf &keyOf, con
         if (distinct.view() == siblings.nameOf(entry))
             continue;
         siblings.replace(entry, distinct.view());
-        m_changedNames.push_back({entry.node, m_texts.store(distinct.view())});
+        auto &changed = entry.role == NameRole::FolderElsewhere ? m_changedPlaceholders : m_changedNames;
+        changed.push_back({entry.node, m_texts.store(distinct.view())});
     }
 }
 
@@ -226,9 +229,11 @@ void HierarchyNames::tellApart(SiblingNames &siblings, const std::stop_token &ca
 
 void HierarchyNames::finish()
 {
-    std::sort(m_changedNames.begin(), m_changedNames.end(),
-              [](const ChangedName &one, const ChangedName &other) { return one.node < other.node; });
-    m_changedNames.shrink_to_fit();
+    for (std::vector<ChangedName> *const names : {&m_changedNames, &m_changedPlaceholders}) {
+        std::sort(names->begin(), names->end(),
+                  [](const ChangedName &one, const ChangedName &other) { return one.node < other.node; });
+        names->shrink_to_fit();
+    }
 }
 
 QString HierarchyNames::displayName(NodeIndex node) const

@@ -46,6 +46,13 @@ private:
     std::uint8_t m_size = 0;
 };
 
+/// What a name is recorded for.
+enum class NameRole : std::uint8_t {
+    File, ///< or anything else that is no folder
+    Folder,
+    FolderElsewhere, ///< a file in the place of a folder that was relocated
+};
+
 /// The names of one folder's children while they are put in order.
 class SiblingNames
 {
@@ -55,12 +62,13 @@ public:
         NodeIndex node = 0;
         std::uint32_t offset = 0;
         std::uint8_t size = 0;
+        NameRole role = NameRole::File;
         bool isChanged = false; ///< the rules do not give the object's base name
         bool isTaken = false; ///< a sibling had the name that they give
     };
 
     void clear();
-    void add(NodeIndex node, std::string_view name, bool isChanged);
+    void add(NodeIndex node, NameRole role, std::string_view name, bool isChanged);
     void replace(Entry &entry, std::string_view name);
     /// Orders by the bytes of the names, shorter ones first (ECMA-119 9.3; the padding it asks for is lower than any
     /// character of a name).
@@ -90,12 +98,18 @@ class HierarchyNames final : public TreeDisplayNames
 public:
     HierarchyNames(std::shared_ptr<const ContentTree> tree, NameCoding coding, Iso9660Level level);
 
+    /// The role in which an object has its name where it is recorded as what it is.
+    [[nodiscard]] NameRole usualRole(NodeIndex node) const
+    {
+        return m_tree->nodes[node].isFolder() ? NameRole::Folder : NameRole::File;
+    }
     /// The name of an object other than the root. Thread-safe once finish() was called.
-    void nameOf(NodeIndex node, RecordedName *name) const;
+    void nameOf(NodeIndex node, NameRole role, RecordedName *name) const;
+    void nameOf(NodeIndex node, RecordedName *name) const { nameOf(node, usualRole(node), name); }
     /// The same before siblings are told apart. True when it is not the object's base name.
-    bool ruledName(NodeIndex node, RecordedName *name) const;
+    bool ruledName(NodeIndex node, NameRole role, RecordedName *name) const;
     /// What a file's name is followed by in its identifier (ECMA-119 7.5.1).
-    [[nodiscard]] std::string_view suffix(std::string_view name, bool isFolder) const;
+    [[nodiscard]] std::string_view suffix(std::string_view name, NameRole role) const;
 
     /// Puts the names of one folder's children in order and, where any are the same, tells them apart. Once
     /// `cancellation` is requested the names are worth nothing.
@@ -116,6 +130,10 @@ private:
         NodeIndex node = 0;
         std::string_view name;
     };
+    [[nodiscard]] const std::vector<ChangedName> &changedNames(NameRole role) const
+    {
+        return role == NameRole::FolderElsewhere ? m_changedPlaceholders : m_changedNames;
+    }
     template <typename Unit, typename KeyOf, typename Decode>
     void tellApartAs(SiblingNames &siblings, const KeyOf &keyOf, const Decode &decode,
                      const std::stop_token &cancellation);
@@ -125,6 +143,7 @@ private:
     const Iso9660Level m_level;
     TextArena m_texts;
     std::vector<ChangedName> m_changedNames; ///< ordered by node
+    std::vector<ChangedName> m_changedPlaceholders; ///< of folders that are elsewhere, ordered by node
 };
 
 } // namespace Tessaron

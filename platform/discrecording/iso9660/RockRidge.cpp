@@ -230,6 +230,21 @@ void addRockRidgeName(SystemUse &use, const ContentTree &tree, NodeIndex node)
         addLinkTarget(use, tree.linkTarget(node));
 }
 
+void addChildLink(SystemUse &use, std::uint32_t block)
+{
+    storeBothEndian(use.add("CL", 12).data(), block);
+}
+
+void addParentLink(SystemUse &use, std::uint32_t block)
+{
+    storeBothEndian(use.add("PL", 12).data(), block);
+}
+
+void addRelocatedMark(SystemUse &use)
+{
+    use.add("RE", 4);
+}
+
 void addSharingProtocolIndicator(SystemUse &use)
 {
     const std::span<std::uint8_t> sp = use.add("SP", 7);

@@ -25,6 +25,13 @@ void addRockRidgeAttributes(SystemUse &use, const ContentTree &tree, NodeIndex n
 /// (SL, 4.1.3).
 void addRockRidgeName(SystemUse &use, const ContentTree &tree, NodeIndex node);
 
+/// Adds what the record in the place of a relocated folder leads there by (CL, 4.1.5.1) …
+void addChildLink(SystemUse &use, std::uint32_t block);
+/// … what its ".." record leads back to the parent by (PL, 4.1.5.2) …
+void addParentLink(SystemUse &use, std::uint32_t block);
+/// … and the mark of what is not shown where it is recorded (RE, 4.1.5.3).
+void addRelocatedMark(SystemUse &use);
+
 /// Adds what the "." record of the root begins with: SP (SUSP 5.3) …
 void addSharingProtocolIndicator(SystemUse &use);
 /// … and what tells that Rock Ridge is there: ER (SUSP 5.5), as IEEE P1282 4.3 words it.

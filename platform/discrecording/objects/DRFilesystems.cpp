@@ -15,6 +15,7 @@ const QString DRAttributeModificationDate = QStringLiteral("DRAttributeModificat
 const QString DRAccessDate = QStringLiteral("DRAccessDate");
 
 const QString DRISOLevel = QStringLiteral("DRISOLevel");
+const QString DRRelocatesDeepFolders = QStringLiteral("DRRelocatesDeepFolders");
 const QString DRVolumeSet = QStringLiteral("DRVolumeSet");
 const QString DRPublisher = QStringLiteral("DRPublisher");
 const QString DRDataPreparer = QStringLiteral("DRDataPreparer");

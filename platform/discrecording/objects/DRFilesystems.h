@@ -52,6 +52,9 @@ TESSARON_EXPORT extern const QString DRAccessDate; ///< QDateTime
 
 // Keys for the root folder: what the volume says of itself (ECMA-119 8.4). QString unless said otherwise.
 TESSARON_EXPORT extern const QString DRISOLevel; ///< int 1 to 3: name level of the ISO 9660 tree, 2 when unset
+/// bool: folders deeper than the eight levels of ECMA-119 6.8.2.1 are recorded in a folder "rr_moved" of the root, and
+/// Rock Ridge shows them in their places. Unset, they are recorded where they are.
+TESSARON_EXPORT extern const QString DRRelocatesDeepFolders;
 TESSARON_EXPORT extern const QString DRVolumeSet;
 TESSARON_EXPORT extern const QString DRPublisher;
 TESSARON_EXPORT extern const QString DRDataPreparer;

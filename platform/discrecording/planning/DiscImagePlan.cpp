@@ -117,6 +117,8 @@ bool Planner::makeTree(NSError *error)
 {
     ContentTreeBuilder builder(m_progress, volumeTimeOf(m_root, m_options), m_options.sourceDateEpoch,
                                m_options.threadCount);
+    if (m_options.rockRidge && m_root.propertyForKey(DRRelocatesDeepFolders, DRISO9660).toBool())
+        builder.relocateDeepFolders();
     m_tree = builder.build(m_root, m_issues);
     if (!m_tree)
         return false;
@@ -339,6 +341,8 @@ DiscImagePlan Planner::result()
         const ContentNode &content = m_tree->nodes[node];
         if (content.kind == ContentKind::Absent || (content.filesystems() & m_filesystems) == 0)
             continue;
+        if (node == m_tree->relocationFolder && m_tree->hidesRelocationFolder)
+            continue; // not of the layout
         ++(content.isFolder() ? plan.folderCount : plan.fileCount);
     }
     plan.report = std::make_shared<PlanReport>(m_tree, namedTrees(), std::move(m_issues));

@@ -65,6 +65,10 @@ QString sentenceFor(StorageReason reason, ContentKind kind)
     case StorageReason::DepthBeyondStandard:
         return QStringLiteral(
             "The folder is deeper than the eight levels of the standard; some systems do not find it.");
+    case StorageReason::Relocated:
+        return QStringLiteral(
+            "The folder is deeper than the eight levels of the standard: it is recorded in the folder rr_moved, and "
+            "Rock Ridge shows it in its place.");
     case StorageReason::PathBeyondStandard:
         return QStringLiteral("Paths in the folder are longer than the 255 characters of the standard; some systems do "
                               "not find them.");

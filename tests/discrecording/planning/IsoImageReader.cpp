@@ -289,6 +289,8 @@ void IsoImageReader::readFolder(IsoVolume &volume, IsoObject &folder, const IsoO
             if (object->identifier != QByteArray(1, static_cast<char>(number)) || !object->isFolder
                 || object->extents != meant.extents)
                 problem(path + QStringLiteral(": wrong record for the folder itself or its parent"));
+            if (number == 1 && object->rockRidge)
+                folder.belongsTo = object->rockRidge->parentBlock;
         } else if (continues) {
             IsoObject &whole = *folder.children.back();
             if (whole.identifier != object->identifier || object->isFolder)

@@ -26,6 +26,9 @@ struct RockRidgeEntry {
     std::uint32_t serialNumber = 0;
     std::optional<std::uint64_t> deviceNumber; ///< high half times 2^32 plus low half
     QByteArray linkTarget;
+    std::optional<std::uint32_t> childBlock; ///< CL: where the folder lies that the record stands for
+    std::optional<std::uint32_t> parentBlock; ///< PL: where the folder lies to which a relocated one belongs
+    bool isRelocated = false; ///< RE
     std::int64_t modificationTime = 0; ///< seconds since 1970
     std::int64_t accessTime = 0;
     std::int64_t attributeTime = 0;
@@ -46,6 +49,7 @@ struct IsoObject {
     std::int64_t recordingTime = 0;
     std::optional<RockRidgeEntry> rockRidge;
     std::vector<std::unique_ptr<IsoObject>> children;
+    std::optional<std::uint32_t> belongsTo; ///< PL of a folder's ".."
 
     /// The name for comparisons: Rock Ridge's, else the identifier without version and final dot, else the text of
     /// UCS-2.

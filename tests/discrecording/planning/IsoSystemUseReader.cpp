@@ -98,6 +98,11 @@ void IsoImageReader::readSystemUse(std::span<const std::uint8_t> area, RockRidge
             entry.name.append(reinterpret_cast<const char *>(&use[5]), static_cast<qsizetype>(size - 5));
         } else if (signature == QStringLiteral("SL")) {
             readLink(use, entry, where);
+        } else if ((signature == QStringLiteral("CL") || signature == QStringLiteral("PL")) && size == 12) {
+            (signature == QStringLiteral("CL") ? entry.childBlock : entry.parentBlock) =
+                bothEndian32(use.subspan(4), where);
+        } else if (signature == QStringLiteral("RE") && size == 4) {
+            entry.isRelocated = true;
         } else if (signature == QStringLiteral("CE") && size == 28 && !hasContinuation) {
             const std::uint32_t number32 = bothEndian32(use.subspan(4), where);
             const std::uint32_t offset = bothEndian32(use.subspan(12), where);
