@@ -116,7 +116,9 @@ ExitStatus InspectCommand::run()
     printErrors();
     if (m_problem)
         printProblem(m_problem);
-    const bool hasReport = !m_result.error && (!m_result.image->volumes.empty() || !m_result.image->tracks.empty());
+    const bool hasReport = !m_result.error
+        && (!m_result.image->volumes.empty() || !m_result.image->tracks.empty()
+            || !m_result.image->source->partitions().empty());
     const bool isWritten = m_arguments.json ? writeJson() : (!hasReport || writeText());
     if (isWritten)
         return exitStatusFor(m_problem);
@@ -154,7 +156,13 @@ Problem InspectCommand::judge() const
                 QStringLiteral("the image %1 has a filesystem of a kind that is not supported").arg(quoted(path)),
                 {},
                 path};
-    if (image.volumes.empty() && image.tracks.empty())
+    const bool isEmpty = image.volumes.empty() && image.tracks.empty();
+    if (isEmpty && !image.source->partitions().empty())
+        return {
+            Problem::Kind::Source,
+            QStringLiteral("no filesystem that is known here was found in %1, which has partitions").arg(quoted(path)),
+            QStringLiteral("Copy a partition into a file of its own to have that looked at."), path};
+    if (isEmpty)
         return {Problem::Kind::Source, QStringLiteral("nothing that is known here was found in %1").arg(quoted(path)),
                 QStringLiteral("Known are ISO 9660, Rock Ridge, Joliet, UDF, HFS+, VANT and cue sheets."), path};
     return {};

@@ -66,6 +66,7 @@ private:
 namespace Driver
 {
 constexpr std::size_t blockSize = 2;
+constexpr std::size_t blockCount = 4;
 } // namespace Driver
 namespace AppleEntry
 {
@@ -101,6 +102,8 @@ public:
             if (!hasDriver)
                 damaged(0, QStringLiteral("the driver descriptor in front of it is damaged or missing"));
             readEntries(blockSize, loadBigEndian<std::uint32_t>(&first[AppleEntry::count]), partitions);
+            if (hasDriver)
+                checkLength(driver, *partitions);
             return;
         }
         checkRemains(driver, hasDriver);
@@ -112,6 +115,22 @@ private:
     static bool isSigned(const Block &block, const char (&signature)[3])
     {
         return block[0] == std::uint8_t(signature[0]) && block[1] == std::uint8_t(signature[1]);
+    }
+
+    /// The driver descriptor says how long the disc is. On discs that start computers the number is part of a program,
+    /// and means nothing: it is believed where it leaves little room behind the last partition.
+    void checkLength(const Block &driver, const std::vector<DiscImagePartition> &partitions) const
+    {
+        constexpr std::uint64_t mostBehindPartitions = 1 << 20;
+        const auto blockSize = loadBigEndian<std::uint16_t>(&driver[Driver::blockSize]);
+        const std::uint64_t length =
+            std::uint64_t(loadBigEndian<std::uint32_t>(&driver[Driver::blockCount])) * blockSize;
+        std::uint64_t end = 0;
+        for (const DiscImagePartition &partition : partitions)
+            end = std::max(end, partition.offset + partition.length);
+        if (length >= end && length - end <= mostBehindPartitions && length > m_source.length())
+            damaged(Driver::blockCount,
+                    QStringLiteral("the disc has %1 bytes, the image only %2").arg(length).arg(m_source.length()));
     }
 
     /// The map's begin is damaged: another entry, or a driver descriptor with a possible size of blocks, is left.
