@@ -1,9 +1,9 @@
 #include "filemodel/DirectoryScan.h"
 #include "filemodel/ScanRecord.h"
-#include "filemodel/WhenThereIsMemory.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/NSThread.h"
+#include "platform/foundation/WhenThereIsMemory.h"
 #include <TessaronClasses/KRDirectoryScanner.h>
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/PathHelpers.h>

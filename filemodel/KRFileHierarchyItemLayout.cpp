@@ -1,7 +1,7 @@
 #include "filemodel/LayoutBuilder.h"
 #include "filemodel/LayoutCreation.h"
-#include "filemodel/WhenThereIsMemory.h"
 #include "platform/discrecording/objects/DRFolder.h"
+#include "platform/foundation/WhenThereIsMemory.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 
