@@ -2,6 +2,7 @@
 
 #include "filemodel/FolderReader.h"
 #include "filemodel/ScanRecord.h"
+#include "platform/foundation/WhenThereIsMemory.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 
@@ -78,7 +79,7 @@ DirectoryScan::~DirectoryScan() = default;
 
 bool DirectoryScan::run()
 {
-    m_record.begin();
+    whenThereIsMemory([this] { m_record.begin(); });
     bool wasCancelled = false;
     m_entering = m_folder;
     try {

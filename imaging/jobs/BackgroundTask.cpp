@@ -1,6 +1,7 @@
 #include "imaging/jobs/BackgroundTask.h"
 
 #include "platform/foundation/MainThread.h"
+#include "platform/foundation/WhenThereIsMemory.h"
 #include <TessaronClasses/DiscJobErrors.h>
 
 #include <new>
@@ -14,11 +15,13 @@ namespace
 
 NSError resultOf(const std::function<NSError(const std::stop_token &)> &work, const std::stop_token &stop)
 {
+    NSError error;
     try {
-        return work(stop);
+        error = work(stop);
     } catch (const std::bad_alloc &) {
-        return outOfMemoryError();
+        whenThereIsMemory([&error] { error = outOfMemoryError(); });
     }
+    return error;
 }
 
 } // namespace
@@ -40,8 +43,10 @@ void BackgroundTask::start(std::function<NSError(const std::stop_token &)> work,
         });
     };
     try {
-        m_thread =
-            std::jthread([work = std::move(work), tell](const std::stop_token &stop) { tell(resultOf(work, stop)); });
+        m_thread = std::jthread([work = std::move(work), tell](const std::stop_token &stop) {
+            const NSError error = resultOf(work, stop);
+            whenThereIsMemory([&] { tell(error); });
+        });
     } catch (const std::system_error &) {
         tell(discJobError(DiscJobErrorCode::Layout, QStringLiteral("the system has no thread to give"),
                           QStringLiteral("Close other programs, and try again."), {}, memFullErr));

@@ -3,15 +3,15 @@
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/DiscSources.h>
 
-#include <QHash>
-
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <fcntl.h>
+#include <map>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace Tessaron
 {
@@ -122,8 +122,8 @@ Result<std::vector<DiscSource>> discSourcesAtPaths(const QList<QByteArray> &path
 
 NSError errorOfSourcesSideBySide(const std::vector<DiscSource> &sources)
 {
-    QHash<QByteArray, const DiscSource *> byName;
-    QHash<QPair<quint64, quint64>, const DiscSource *> folders;
+    std::map<QByteArray, const DiscSource *> byName;
+    std::map<std::pair<std::uint64_t, std::uint64_t>, const DiscSource *> folders;
     for (const DiscSource &source : sources) {
         if (source.isFolder) {
             const DiscSource *&known = folders[{source.identity.device, source.identity.inode}];

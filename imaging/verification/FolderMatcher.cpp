@@ -85,7 +85,7 @@ SourceNumber FolderMatcher::sourceByName(const VolumeObject &object) const
     if (m_sources[source].kind != object.kind)
         return noSource;
     // A neighbour whose name had to change may have got this one.
-    if (!m_changedNames.isEmpty() || m_hasLongNames) {
+    if (!m_changedNames.empty() || m_hasLongNames) {
         const QString form = formOfName(m_kind, viewOf(object.name));
         if (m_changedNames.contains(form) || (m_hasLongNames && mayBeCut(m_kind, form)))
             return noSource;
@@ -350,7 +350,7 @@ void FolderMatcher::takeFromAnother(Pass pass, std::size_t object)
     constexpr std::size_t noStep = std::numeric_limits<std::size_t>::max();
     std::vector<Step> steps;
     std::vector<std::pair<std::size_t, std::size_t>> open = {{object, noStep}};
-    QSet<quint32> visited;
+    std::unordered_set<std::uint32_t> visited;
     for (std::size_t next = 0; next < open.size(); ++next) {
         const auto [taker, before] = open[next];
         for (const std::uint64_t key : m_groupsOfObject[taker]) {

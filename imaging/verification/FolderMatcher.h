@@ -6,14 +6,13 @@
 #include "imaging/verification/SourceIndex.h"
 
 #include <QByteArray>
-#include <QHash>
-#include <QSet>
 #include <QString>
 
 #include <cstdint>
 #include <optional>
 #include <stop_token>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -82,7 +81,7 @@ private:
     const ContentPlan &m_plan;
     const SourceNumber m_folder;
     const bool m_hasRockRidge;
-    QSet<QString> m_changedNames; ///< what names become that the filesystem cannot hold
+    std::unordered_set<QString> m_changedNames; ///< what names become that the filesystem cannot hold
     bool m_hasLongNames = false; ///< that may have been cut
 
     std::vector<MatchedObject> m_kept;

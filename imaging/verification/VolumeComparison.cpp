@@ -117,8 +117,8 @@ bool VolumeComparison::enter(const QByteArray &path, const VolumeObject &folder)
 {
     if (!m_levels.empty())
         settle(m_levels.back()); // the folder around this one is listed now
-    const SourceNumber source = path.isEmpty() ? 0 : m_foldersToEnter.value(folder.location, noSource);
-    m_foldersToEnter.remove(folder.location);
+    const auto toEnter = m_foldersToEnter.extract(folder.location);
+    const SourceNumber source = path.isEmpty() ? 0 : toEnter.empty() ? noSource : toEnter.mapped();
     if (source == noSource || m_stop.stop_requested())
         return false;
     m_levels.push_back({source, FolderMatcher(m_reader, m_sources, m_contents, source, m_rockRidge != nullptr), true});
@@ -221,7 +221,7 @@ void VolumeComparison::compare(const VolumeObject &object, SourceNumber source)
     if (object.kind == VolumeObjectKind::SymbolicLink)
         compareLink(object, source);
     if (object.kind == VolumeObjectKind::Folder)
-        m_foldersToEnter.insert(object.location, source);
+        m_foldersToEnter.insert_or_assign(object.location, source);
     if (m_kind == VolumeKind::RockRidge && m_rockRidge != nullptr)
         m_rockRidge->add(object.recordOffset, source);
 }

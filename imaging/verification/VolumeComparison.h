@@ -7,11 +7,10 @@
 #include <TessaronClasses/ImageDifferences.h>
 #include <TessaronClasses/ImageVerification.h>
 
-#include <QHash>
-
 #include <cstdint>
 #include <optional>
 #include <stop_token>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -78,7 +77,7 @@ private:
     std::stop_token m_stop;
     VolumeVerification m_result;
     std::vector<Level> m_levels;
-    QHash<quint64, SourceNumber> m_foldersToEnter; ///< by the reader's mark
+    std::unordered_map<std::uint64_t, SourceNumber> m_foldersToEnter; ///< by the reader's mark
 };
 
 } // namespace Tessaron

@@ -63,6 +63,12 @@ std::uint32_t linkedFileNumber(HfsPlusBytes name)
     return std::uint32_t(number);
 }
 
+std::uint32_t countOf(const std::unordered_map<std::uint32_t, std::uint32_t> &counts, std::uint32_t key)
+{
+    const auto found = counts.find(key);
+    return found == counts.end() ? 0 : found->second;
+}
+
 } // namespace
 
 void HfsPlusCatalogCheck::damaged(std::uint64_t offset, const QString &message) const
@@ -133,7 +139,7 @@ void HfsPlusCatalogCheck::takeObject(std::uint32_t parentId, HfsPlusBytes name, 
     m_folderCount += item->id == rootId ? 0 : 1;
     if (m_valences.contains(item->id))
         damaged(offset, QStringLiteral("two folders have the ID %1").arg(item->id));
-    m_valences.insert(item->id, {item->childCount, offset});
+    m_valences.insert_or_assign(item->id, Valence{item->childCount, offset});
 }
 
 void HfsPlusCatalogCheck::takeFile(std::uint32_t parentId, HfsPlusBytes name, HfsPlusBytes data, std::uint64_t offset)
@@ -142,7 +148,7 @@ void HfsPlusCatalogCheck::takeFile(std::uint32_t parentId, HfsPlusBytes name, Hf
     const HfsPlusItem item = *hfsPlusItem(data);
     const std::uint32_t number = linkedFileNumber(name);
     if (number != 0 && parentId != rootId && !item.isHardLink())
-        m_linkedFiles.insert(number, {item.special, offset});
+        m_linkedFiles.insert_or_assign(number, Valence{item.special, offset});
     if (item.isHardLink())
         ++m_links[item.special];
     checkKind(item, data, offset);
@@ -188,13 +194,13 @@ void HfsPlusCatalogCheck::finish()
 {
     endFolder();
     compareThreads();
-    for (auto folder = m_valences.constBegin(); folder != m_valences.constEnd(); ++folder) {
-        const std::uint32_t found = m_found.value(folder.key());
-        if (found != folder->count)
-            damaged(folder->offset,
-                    QStringLiteral("a folder says that it has %1 children, but has %2").arg(folder->count).arg(found));
+    for (const auto &[id, folder] : m_valences) {
+        const std::uint32_t found = countOf(m_found, id);
+        if (found != folder.count)
+            damaged(folder.offset,
+                    QStringLiteral("a folder says that it has %1 children, but has %2").arg(folder.count).arg(found));
     }
-    if (m_found.value(rootParentId) != 1)
+    if (countOf(m_found, rootParentId) != 1)
         damaged(0, QStringLiteral("there is not one root"));
     compareLinks();
 }
@@ -228,16 +234,16 @@ void HfsPlusCatalogCheck::compareThreads()
 
 void HfsPlusCatalogCheck::compareLinks() const
 {
-    for (auto file = m_linkedFiles.constBegin(); file != m_linkedFiles.constEnd(); ++file) {
-        const std::uint32_t found = m_links.value(file.key());
-        if (found != file->count)
+    for (const auto &[number, file] : m_linkedFiles) {
+        const std::uint32_t found = countOf(m_links, number);
+        if (found != file.count)
             m_problems.unnoticed(
-                file->offset, structure(),
-                QStringLiteral("a file says that %1 names lead to it, but %2 do").arg(file->count).arg(found));
+                file.offset, structure(),
+                QStringLiteral("a file says that %1 names lead to it, but %2 do").arg(file.count).arg(found));
     }
-    for (auto link = m_links.constBegin(); link != m_links.constEnd(); ++link) {
-        if (!m_linkedFiles.isEmpty() && !m_linkedFiles.contains(link.key()))
-            damaged(0, QStringLiteral("a hard link leads to file %1, which does not exist").arg(link.key()));
+    for (const auto &[number, count] : m_links) {
+        if (!m_linkedFiles.empty() && !m_linkedFiles.contains(number))
+            damaged(0, QStringLiteral("a hard link leads to file %1, which does not exist").arg(number));
     }
 }
 

@@ -3,10 +3,9 @@
 #include "platform/discimage/hfsplus/HfsPlusBTreeWalker.h"
 #include "platform/discimage/volume/VolumeCheck.h"
 
-#include <QHash>
-
 #include <cstdint>
 #include <functional>
+#include <unordered_map>
 #include <vector>
 
 namespace Tessaron
@@ -59,10 +58,11 @@ private:
     const ForkVisitor m_fork;
     std::vector<Mark> m_threads;
     std::vector<Mark> m_objects;
-    QHash<quint32, Valence> m_valences; ///< of the folders, by ID
-    QHash<quint32, std::uint32_t> m_found; ///< children of the folders, by ID
-    QHash<quint32, Valence> m_linkedFiles; ///< files with several names, by the number in theirs; count: links stated
-    QHash<quint32, std::uint32_t> m_links; ///< hard links, by the number that they lead to
+    std::unordered_map<std::uint32_t, Valence> m_valences; ///< of the folders, by ID
+    std::unordered_map<std::uint32_t, std::uint32_t> m_found; ///< children of the folders, by ID
+    std::unordered_map<std::uint32_t, Valence>
+        m_linkedFiles; ///< files with several names, by the number in theirs; count: links stated
+    std::unordered_map<std::uint32_t, std::uint32_t> m_links; ///< hard links, by the number that they lead to
     std::uint32_t m_parent = 0; ///< whose children are told
     bool m_hasThread = false; ///< the parent's was the first
     bool m_parentIsFolder = false;

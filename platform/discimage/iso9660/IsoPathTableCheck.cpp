@@ -2,9 +2,8 @@
 
 #include "platform/foundation/ByteOrder.h"
 
-#include <QHash>
-
 #include <limits>
+#include <unordered_map>
 
 namespace Tessaron
 {
@@ -31,9 +30,9 @@ public:
         , m_folders(folders)
         , m_problems(report, descriptor.kind)
     {
-        m_indexOfBlock.reserve(qsizetype(folders.size()));
+        m_indexOfBlock.reserve(folders.size());
         for (std::size_t index = 0; index < folders.size(); ++index)
-            m_indexOfBlock.insert(folders[index].block, std::uint32_t(index));
+            m_indexOfBlock.insert_or_assign(folders[index].block, std::uint32_t(index));
     }
 
     void run()
@@ -90,14 +89,14 @@ private:
                                                 : loadLittleEndian<std::uint32_t>(&record[blockField]);
         const std::uint16_t parent = isBigEndian ? loadBigEndian<std::uint16_t>(&record[parentField])
                                                  : loadLittleEndian<std::uint16_t>(&record[parentField]);
-        const auto found = m_indexOfBlock.constFind(block + record[attributeLengthField]);
+        const auto found = m_indexOfBlock.find(block + record[attributeLengthField]);
         const auto wrong = [&](std::size_t field, const QString &message) {
             m_problems.damaged(offset + field, structure(), message);
             return false;
         };
-        if (found == m_indexOfBlock.constEnd())
+        if (found == m_indexOfBlock.end())
             return wrong(blockField, QStringLiteral("a record leads to no folder of the tree"));
-        const std::uint32_t index = *found;
+        const std::uint32_t index = found->second;
         if (m_isSeen[index])
             return wrong(blockField, QStringLiteral("two records lead to one folder"));
         m_isSeen[index] = true;
@@ -130,7 +129,7 @@ private:
     const CheckedIsoDescriptor &m_descriptor;
     const std::vector<IsoFolderPlace> &m_folders;
     const VolumeProblems m_problems;
-    QHash<quint32, std::uint32_t> m_indexOfBlock;
+    std::unordered_map<std::uint32_t, std::uint32_t> m_indexOfBlock;
     std::vector<std::uint32_t> m_indexOfNumber; ///< of the folders of the table so far; the first is number 1
     std::vector<bool> m_isSeen;
 };

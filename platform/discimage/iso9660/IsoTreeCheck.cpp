@@ -6,11 +6,10 @@
 #include "platform/discimage/volume/VolumeTimeFields.h"
 #include "platform/foundation/ByteOrder.h"
 
-#include <QSet>
-
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
+#include <unordered_set>
 
 namespace Tessaron
 {
@@ -329,7 +328,7 @@ private:
     RockRidgeUse m_use;
     std::vector<Folder> m_folders; ///< in the order in which they are listed, the root first
     std::vector<IsoFolderPlace> m_places; ///< the same folders
-    QSet<quint32> m_visited; ///< blocks of the folders
+    std::unordered_set<std::uint32_t> m_visited; ///< blocks of the folders
     std::uint64_t m_listed = 0; ///< bytes of the folders so far
     // Of the folder that is being listed:
     std::string m_lastIdentifier;

@@ -5,10 +5,9 @@
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 
-#include <QSet>
-
 #include <algorithm>
 #include <sys/stat.h>
+#include <unordered_set>
 #include <vector>
 
 namespace Tessaron
@@ -181,7 +180,7 @@ private:
     const UdfVolumeStructure &m_structure;
     const std::uint16_t m_partition;
     std::uint64_t m_left; ///< bytes that have no place yet
-    QSet<quint64> m_visited;
+    std::unordered_set<std::uint64_t> m_visited;
 };
 
 /// Path components (4/14.16) as a path; false when they make no sense.

@@ -7,10 +7,9 @@
 #include "platform/discimage/udf/UdfVolumeSpaceCheck.h"
 #include "platform/foundation/ByteOrder.h"
 
-#include <QHash>
-
 #include <algorithm>
 #include <array>
+#include <unordered_map>
 
 namespace Tessaron
 {
@@ -251,7 +250,7 @@ private:
         if (m_folders.size() == 1) {
             VolumeObject root;
             if (readEntry(folder.address, &root))
-                m_links.insert(keyOf(folder.address), checkEntry(root));
+                m_links.insert_or_assign(keyOf(folder.address), checkEntry(root));
         }
         m_listed += folder.object.listingLength;
         if (m_listed > m_source.length())
@@ -370,7 +369,7 @@ private:
             if (!readEntry(address, &object))
                 return;
             const Links links = checkEntry(object);
-            m_links.insert(key, links);
+            m_links.insert_or_assign(key, links);
             if (links.isFolder)
                 m_folders.push_back({address, folder.address, std::move(object)});
         }
@@ -391,21 +390,20 @@ private:
 
     void checkLinkCounts() const
     {
-        for (auto links = m_links.constBegin(); links != m_links.constEnd(); ++links) {
-            if (links->stated != links->found)
+        for (const auto &[key, links] : m_links) {
+            if (links.stated != links.found)
                 m_problems.unnoticed(
-                    m_structure.offsetOf({std::uint32_t(links.key()), std::uint16_t(links.key() >> 32)}).value_or(0)
-                        + Entry::linkCount,
+                    m_structure.offsetOf({std::uint32_t(key), std::uint16_t(key >> 32)}).value_or(0) + Entry::linkCount,
                     entryName(),
-                    QStringLiteral("it says that %1 names lead to it, but %2 do").arg(links->stated).arg(links->found));
+                    QStringLiteral("it says that %1 names lead to it, but %2 do").arg(links.stated).arg(links.found));
         }
     }
 
     void checkUniqueIds()
     {
         std::vector<std::uint64_t> numbers;
-        numbers.reserve(std::size_t(m_links.size()));
-        for (const Links &links : m_links) {
+        numbers.reserve(m_links.size());
+        for (const auto &[key, links] : m_links) {
             if (links.uniqueId != 0)
                 numbers.push_back(links.uniqueId);
         }
@@ -555,7 +553,7 @@ private:
     const VolumeProblems &m_problems;
     std::vector<std::uint8_t> m_entry; ///< the block of the file entry that was read last
     std::vector<Folder> m_folders; ///< in the order in which they are listed
-    QHash<quint64, Links> m_links; ///< by address
+    std::unordered_map<std::uint64_t, Links> m_links; ///< by address
     std::uint64_t m_listed = 0; ///< bytes of the folders so far
     std::uint64_t m_fileCount = 0;
     std::uint64_t m_nameCount = 0; ///< of the files

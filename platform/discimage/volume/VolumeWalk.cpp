@@ -2,8 +2,7 @@
 
 #include "platform/discimage/source/DiscImageErrors.h"
 
-#include <QSet>
-
+#include <unordered_set>
 #include <vector>
 
 namespace Tessaron
@@ -100,7 +99,7 @@ private:
     const VolumeWalker &m_walker;
     QByteArray m_path;
     std::vector<Level> m_levels;
-    QSet<quint64> m_visited;
+    std::unordered_set<std::uint64_t> m_visited;
     std::uint64_t m_listed = 0;
 };
 

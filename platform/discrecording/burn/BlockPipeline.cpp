@@ -1,6 +1,7 @@
 #include "platform/discrecording/burn/BlockPipeline.h"
 
 #include "platform/discrecording/burn/BurnErrors.h"
+#include "platform/foundation/WhenThereIsMemory.h"
 
 #include <chrono>
 #include <new>
@@ -52,14 +53,22 @@ void BlockPipeline::stopReaders()
 void BlockPipeline::startReaders()
 {
     m_readers.reserve(m_options.readerCount);
+    while (m_readers.size() < m_options.readerCount && startReader()) { }
+    if (m_readers.empty())
+        m_startError = burnError(memFullErr, QStringLiteral("The system allows no further threads to read files with."),
+                                 QStringLiteral("Close other programs and try again."));
+}
+
+/// Nothing may leave the constructor while a reader runs.
+bool BlockPipeline::startReader()
+{
     try {
-        for (std::uint32_t started = 0; started < m_options.readerCount; ++started)
-            m_readers.emplace_back([this] { read(); });
+        m_readers.emplace_back([this] { read(); });
+        return true;
     } catch (const std::system_error &) {
-        if (m_readers.empty())
-            m_startError =
-                burnError(memFullErr, QStringLiteral("The system allows no further threads to read files with."),
-                          QStringLiteral("Close other programs and try again."));
+        return false;
+    } catch (const std::bad_alloc &) {
+        return false;
     }
 }
 
@@ -206,8 +215,10 @@ void BlockPipeline::fill(Slot &slot) const
         slot.error = m_image.fillPiece(slot.piece.at, bytes, m_cancellation);
         slot.piece.bytes = bytes;
     } catch (const std::bad_alloc &) {
-        slot.error = burnError(memFullErr, QStringLiteral("There is not enough memory to read the files."),
-                               QStringLiteral("Close other programs and try again."));
+        whenThereIsMemory([&slot] {
+            slot.error = burnError(memFullErr, QStringLiteral("There is not enough memory to read the files."),
+                                   QStringLiteral("Close other programs and try again."));
+        });
     }
 }
 

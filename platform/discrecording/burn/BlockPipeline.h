@@ -77,6 +77,8 @@ private:
     };
 
     void startReaders();
+    /// False when the system gives no thread.
+    [[nodiscard]] bool startReader();
     void read();
     /// The next piece in order, put into its slot; null when there is nothing to claim any more. Waits for a free slot.
     Slot *claim(std::unique_lock<std::mutex> &lock);

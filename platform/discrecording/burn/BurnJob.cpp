@@ -2,6 +2,7 @@
 
 #include "platform/discrecording/burn/BurnErrors.h"
 #include "platform/discrecording/burn/CallbackSink.h"
+#include "platform/foundation/WhenThereIsMemory.h"
 
 #include <new>
 
@@ -25,13 +26,17 @@ void BurnJob::run()
         if (!error)
             error = writeTracks();
     } catch (const std::bad_alloc &) {
-        error = burnError(memFullErr, QStringLiteral("There is not enough memory to write the disc."),
-                          QStringLiteral("Close other programs, or put fewer files on it."));
+        whenThereIsMemory([&error] {
+            error = burnError(memFullErr, QStringLiteral("There is not enough memory to write the disc."),
+                              QStringLiteral("Close other programs, or put fewer files on it."));
+        });
     }
-    if (error && m_cancellation.stop_requested())
-        error = burnCancelledError();
     // The end is told before the plan's readers are joined: one of them may hang in a slow read.
-    m_status->finish(error);
+    whenThereIsMemory([&] {
+        if (error && m_cancellation.stop_requested())
+            error = burnCancelledError();
+        m_status->finish(error);
+    });
     m_plan.reset();
     m_layout = {};
 }

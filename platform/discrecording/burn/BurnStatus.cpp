@@ -44,9 +44,9 @@ void BurnStatus::finish(const NSError &error)
     const std::lock_guard lock(m_mutex);
     if (m_isFinal)
         return;
-    m_isFinal = true;
     m_facts = error ? Facts{DRStatusStateFailed, m_facts.percent, error} : Facts{DRStatusStateDone, 1.0, {}};
     post();
+    m_isFinal = true; // not before it is told: without memory for that the caller tries again
 }
 
 QVariantMap BurnStatus::status() const
@@ -73,12 +73,11 @@ void BurnStatus::post()
     auto snapshot = std::make_shared<Snapshot>();
     snapshot->serial = m_lastPosted ? m_lastPosted->serial + 1 : 1;
     snapshot->facts = m_facts;
-    m_lastPosted = snapshot;
+    m_center->post(
+        DRBurnStatusChangedNotification, m_burn,
+        [own = shared_from_this(), snapshot](const auto &callObservers) { own->deliver(snapshot, callObservers); });
+    m_lastPosted = std::move(snapshot);
     m_lastPostTime = std::chrono::steady_clock::now();
-    m_center->post(DRBurnStatusChangedNotification, m_burn,
-                   [own = shared_from_this(), snapshot = std::move(snapshot)](const auto &callObservers) {
-                       own->deliver(snapshot, callObservers);
-                   });
 }
 
 void BurnStatus::deliver(const std::shared_ptr<Snapshot> &snapshot, const std::function<void()> &callObservers)
