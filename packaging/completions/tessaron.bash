@@ -3,7 +3,7 @@
 _tessaron_options() {
     case $1 in
     image)
-        echo "-o --output --format -n --name --filesystems --strict --no-sync --progress --json -q --quiet -v --verbose" \
+        echo "-o --output --format -n --name --filesystems --relocate --strict --no-sync --progress --json -q --quiet -v --verbose" \
             "-h --help --version"
         ;;
     inspect) echo "--json -h --help --version" ;;

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdlib>
 #include <fcntl.h>
+#include <ostream>
 #include <string>
 
 namespace Tessaron
@@ -17,6 +18,8 @@ namespace
 struct ForeignVolume {
     const char *name;
     const char *commands;
+
+    friend void PrintTo(const ForeignVolume &volume, std::ostream *out) { *out << volume.name; }
 };
 
 /// Files on filesystems that keep no stable inode numbers, or no times of birth.
