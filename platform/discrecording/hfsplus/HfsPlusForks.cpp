@@ -21,6 +21,10 @@ constexpr std::uint32_t nodesPerCheck = 1024;
 constexpr std::size_t flagsOffset = 8; // the same for files and folders
 constexpr std::size_t typeAndCreatorSize = 8;
 
+/// Where every file carries a label of the system, a list of attributes tells nothing: after so many it is not asked
+/// for again.
+constexpr int mostVainLists = 8;
+
 /// Takes away types and creators that would make the file something else: only the volume itself says what a link is.
 void dropLinkTypes(FinderInfoBytes &info)
 {
@@ -138,6 +142,9 @@ void HfsPlusForks::look(NodeIndex node, SourceFolder &folder)
     std::uint64_t forkLength = 0;
     if (descriptor >= 0 && name.size() <= NAME_MAX) {
         *std::copy(name.begin(), name.end(), terminated.begin()) = '\0';
+        // One question instead of two, where it tells something.
+        if (m_vainLists < mostVainLists && !hasAnyAttribute(descriptor, terminated.data(), {}))
+            return;
         info = readFinderInfo(descriptor, terminated.data(), {}, &isSupported);
         if (isSupported && content.isFile())
             forkLength = attributeLength(descriptor, terminated.data(), {}, resourceForkAttribute, &isSupported);
@@ -148,6 +155,8 @@ void HfsPlusForks::look(NodeIndex node, SourceFolder &folder)
     }
     if (!isSupported)
         m_keepsAttributes[content.device] = false;
+    if (forkLength == 0 && isZero(info))
+        ++m_vainLists;
     dropLinkTypes(info);
     if (!isZero(info))
         m_finderInfo.emplace_back(node, info);

@@ -64,6 +64,7 @@ private:
 
     const HfsPlusTree &m_tree;
     std::vector<bool> m_keepsAttributes; ///< by number of the source's device
+    int m_vainLists = 0; ///< lists of attributes that were not empty, but told of none that counts here
     std::vector<std::pair<NodeIndex, FinderInfoBytes>> m_finderInfo; ///< ordered by node; what is all zero is left out
     HfsPlusForkList m_linkTargets;
     HfsPlusForkList m_resourceForks;
