@@ -79,10 +79,11 @@ OSStatus FileSystemListing::next(std::uint32_t maximum, std::uint32_t *actual, s
     if (m_nextBatch < m_folder.batches.size()) {
         // The scan asks for batches as the reader reads them: the two constants are one.
         FolderReader::Batch &batch = m_folder.batches[m_nextBatch++];
-        *actual = std::min(maximum, static_cast<std::uint32_t>(batch.entries.size()));
+        *actual = std::min(maximum, batch.count);
         std::copy_n(batch.entries.begin(), *actual, entries);
         status = batch.status;
         m_errnoValue = batch.errnoValue;
+        m_lister.reader()->reuse(std::move(batch));
     } else {
         status = FSGetCatalogInfoBulk(*m_folder.iterator, maximum, actual, whichInfo, entries);
         m_errnoValue = m_folder.iterator->errnoValue();

@@ -55,7 +55,7 @@ std::shared_ptr<KRFileHierarchyItem> itemForFile(const FSBulkEntry &entry)
         KRFileReference::initWithFSRef(entry.ref, std::move(attributes)));
 }
 
-/// The heap of a worker thread grows page by page, with a system call for each: 4,300 of them for 100,000 files. A
+/// The heap of a worker thread grows page by page, with a system call for each: thousands of them for 100,000 files. A
 /// block that is taken and given back leaves its room behind: less than malloc(3) would map apart, or give back to the
 /// system.
 void growHeapAtOnce()
@@ -64,6 +64,9 @@ void growHeapAtOnce()
     void *volatile block = std::malloc(room); // volatile: a compiler may leave out what seems to be in vain
     std::free(block);
 }
+
+/// The items of so many entries, with their references, take about that room.
+constexpr std::size_t entriesPerGrowth = 300;
 
 } // namespace
 
@@ -133,7 +136,10 @@ DirectoryScan::Step DirectoryScan::prepareEntry(Level &level)
 
 void DirectoryScan::fetchBatch(Level &level)
 {
-    growHeapAtOnce();
+    if (m_untilGrowth < batchSize) {
+        growHeapAtOnce();
+        m_untilGrowth = entriesPerGrowth;
+    }
     level.entries.resize(batchSize);
     level.count = level.next = 0;
     std::uint32_t actual = 0;
@@ -143,6 +149,7 @@ void DirectoryScan::fetchBatch(Level &level)
         level.status = level.listing->next(batchSize, &actual, wantedInfo, level.entries.data());
     }
     level.count = actual;
+    m_untilGrowth -= actual;
 }
 
 /// Tells the lister which folders come next, but for the first, which is opened right away.

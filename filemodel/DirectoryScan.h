@@ -68,6 +68,7 @@ private:
     std::shared_ptr<KRFileHierarchyItem> m_root;
     std::vector<Level> m_levels; ///< the first m_depth are in use; the rest keep their buffers for the next folder
     std::size_t m_depth = 0;
+    std::size_t m_untilGrowth = 0; ///< entries until the heap is made to grow again
     FSRef m_entering; ///< the folder whose level is being made; the zero reference else
 };
 

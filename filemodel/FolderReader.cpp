@@ -18,14 +18,16 @@ constexpr std::size_t mostFoldersAhead = 64;
 constexpr std::size_t mostBatchesAhead = 4;
 /// Batches that the reader goes on in a long folder while the scan takes the ones before.
 constexpr std::size_t batchesReadOn = 16;
+/// Batches whose room is kept.
+constexpr std::size_t mostSpare = 64;
 
 } // namespace
 
 struct FolderReader::Job {
     enum class State { Pending, Reading, Read, Withdrawn };
 
-    void read();
-    void readOrGiveUp() noexcept;
+    void read(FolderReader &reader);
+    void readOrGiveUp(FolderReader &reader) noexcept;
 
     FSRef ref;
     std::atomic<bool> isAbandoned = false; ///< ends the reading after the bulk call that it is in
@@ -35,7 +37,7 @@ struct FolderReader::Job {
     Folder folder;
 };
 
-void FolderReader::Job::read()
+void FolderReader::Job::read(FolderReader &reader)
 {
     OSStatus status = noErr;
     if (!folder.iterator)
@@ -43,10 +45,8 @@ void FolderReader::Job::read()
     hasNoRoom = !folder.iterator && (folder.errnoValue == EMFILE || folder.errnoValue == ENFILE);
     while (folder.iterator && status == noErr && folder.batches.size() < mostBatches && !isAbandoned) {
         Batch &batch = folder.batches.emplace_back();
-        batch.entries.resize(batchSize);
-        std::uint32_t actual = 0;
-        status = FSGetCatalogInfoBulk(*folder.iterator, batchSize, &actual, whichInfo, batch.entries.data());
-        batch.entries.resize(actual);
+        batch.entries = reader.roomForBatch();
+        status = FSGetCatalogInfoBulk(*folder.iterator, batchSize, &batch.count, whichInfo, batch.entries.data());
         batch.status = status;
         batch.errnoValue = folder.iterator->errnoValue();
     }
@@ -55,10 +55,10 @@ void FolderReader::Job::read()
 }
 
 /// On the reader's thread, where nothing may be thrown.
-void FolderReader::Job::readOrGiveUp() noexcept
+void FolderReader::Job::readOrGiveUp(FolderReader &reader) noexcept
 {
     try {
-        read();
+        read(reader);
     } catch (const std::bad_alloc &) {
         hasNoRoom = true;
         folder = {};
@@ -66,8 +66,9 @@ void FolderReader::Job::readOrGiveUp() noexcept
 }
 
 FolderReader::FolderReader()
-    : m_thread([this] { run(); })
 {
+    m_spare.reserve(mostSpare);
+    m_thread = std::thread([this] { run(); });
 }
 
 FolderReader::~FolderReader()
@@ -119,7 +120,7 @@ std::vector<FolderReader::Batch> FolderReader::takeOn(const Reading &reading)
         lock.unlock();
         // A single one: the caller asks again at once.
         reading->mostBatches = 1;
-        reading->read();
+        reading->read(*this);
     } else {
         m_isRead.wait(lock, [&reading] { return reading->state == Job::State::Read; });
         --m_readCount;
@@ -164,6 +165,26 @@ bool FolderReader::take(const FSRef &ref, Folder *folder)
     return true;
 }
 
+void FolderReader::reuse(Batch &&batch)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_spare.size() < mostSpare)
+        m_spare.push_back(std::move(batch.entries));
+}
+
+std::vector<FSBulkEntry> FolderReader::roomForBatch()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_spare.empty()) {
+            std::vector<FSBulkEntry> room = std::move(m_spare.back());
+            m_spare.pop_back();
+            return room;
+        }
+    }
+    return std::vector<FSBulkEntry>(batchSize);
+}
+
 void FolderReader::dropFolders()
 {
     std::unique_lock lock(m_mutex);
@@ -188,7 +209,7 @@ void FolderReader::forgetWhatIsTaken()
 void FolderReader::run()
 {
     while (const std::shared_ptr<Job> job = nextJob()) {
-        job->readOrGiveUp();
+        job->readOrGiveUp(*this);
         {
             const std::lock_guard lock(m_mutex);
             job->state = Job::State::Read;

@@ -25,9 +25,10 @@ public:
     static constexpr std::uint32_t batchSize = 50;
     static constexpr std::uint32_t whichInfo = kFSCatInfoNodeFlags | kFSCatInfoDataSizes | kFSCatInfoRsrcSizes;
 
-    /// What one bulk call gave.
+    /// What one bulk call gave: the first `count` of the entries.
     struct Batch {
         std::vector<FSBulkEntry> entries;
+        std::uint32_t count = 0;
         OSStatus status = noErr;
         int errnoValue = 0; ///< of a status that is a failure
     };
@@ -63,12 +64,16 @@ public:
     /// to open it. Either way the reader forgets it.
     [[nodiscard]] bool take(const FSRef &ref, Folder *folder);
 
+    /// Takes back the room of a batch that is done with, for a later one: making it anew costs more than filling it.
+    void reuse(Batch &&batch);
+
     /// Gives up what was announced and not taken, to have its descriptors closed; the scan opens those folders itself.
     void dropFolders();
 
 private:
     void run();
     void forgetWhatIsTaken();
+    [[nodiscard]] std::vector<FSBulkEntry> roomForBatch();
     [[nodiscard]] std::shared_ptr<Job> nextJob();
 
     std::mutex m_mutex; ///< guards the members below
@@ -77,9 +82,10 @@ private:
     std::unordered_map<std::uint32_t, std::shared_ptr<Job>> m_jobs; ///< by node, until they are taken
     std::vector<std::weak_ptr<Job>> m_pending; ///< those announced last at the back
     std::size_t m_readCount = 0; ///< jobs read and not yet taken
+    std::vector<std::vector<FSBulkEntry>> m_spare; ///< room for batches, each of batchSize entries
     std::shared_ptr<Job> m_current; ///< the one being read
     bool m_isEnding = false;
-    std::thread m_thread; ///< the last member: it uses the others
+    std::thread m_thread; ///< uses the others
 };
 
 } // namespace Tessaron
