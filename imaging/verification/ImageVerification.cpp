@@ -1,6 +1,7 @@
 #include "imaging/verification/ContentComparison.h"
 #include "imaging/verification/VolumeComparison.h"
 #include "platform/discimage/ImageCheck.h"
+#include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/ImageVerification.h>
 
@@ -76,8 +77,8 @@ void checkImage(const VerificationRequest &request, const std::stop_token &stop,
     if (rest != 0 && !request.image->vantError())
         differences->add({ImageDifference::Kind::Damage, 0, "/", length - rest,
                           QStringLiteral("the image ends with a piece of a block, or with a trailer that is damaged: "
-                                         "%1 bytes from byte %2 on")
-                              .arg(rest)
+                                         "%1 from byte %2 on")
+                              .arg(counted(rest, "byte", "bytes"))
                               .arg(length - rest)});
 }
 

@@ -214,7 +214,7 @@ void VolumeComparison::compare(const VolumeObject &object, SourceNumber source)
     }
     if (object.size != facts.size)
         differHere(ImageDifference::Kind::Size,
-                   QStringLiteral("%1 bytes instead of %2").arg(object.size).arg(facts.size));
+                   QStringLiteral("%1 instead of %2").arg(counted(object.size, "byte", "bytes")).arg(facts.size));
     else
         m_contents.add(source, m_kind, object);
     compareTime(object, source);

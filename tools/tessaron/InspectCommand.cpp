@@ -24,9 +24,8 @@ namespace
 QString volumeLine(const VolumeReader &reader, const VolumeCensus &census)
 {
     const DiscVolumeFacts &facts = reader.facts();
-    QString line = QStringLiteral("%1 “%2”: %3 blocks of %4 bytes, %5, %6")
-                       .arg(volumeKindName(facts.kind), facts.name)
-                       .arg(facts.blockCount)
+    QString line = QStringLiteral("%1 “%2”: %3 of %4 bytes, %5, %6")
+                       .arg(volumeKindName(facts.kind), facts.name, counted(facts.blockCount, "block", "blocks"))
                        .arg(facts.blockSize)
                        .arg(counted(census.files, "file", "files"), counted(census.folders, "folder", "folders"));
     if (census.symbolicLinks > 0)

@@ -2,6 +2,7 @@
 
 #include "platform/discimage/hfsplus/HfsPlusCatalogItem.h"
 #include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/MessageTexts.h"
 
 #include <algorithm>
 #include <sys/stat.h>
@@ -198,7 +199,9 @@ void HfsPlusCatalogCheck::finish()
         const std::uint32_t found = countOf(m_found, id);
         if (found != folder.count)
             damaged(folder.offset,
-                    QStringLiteral("a folder says that it has %1 children, but has %2").arg(folder.count).arg(found));
+                    QStringLiteral("a folder says that it has %1, but has %2")
+                        .arg(counted(folder.count, "object", "objects"))
+                        .arg(found));
     }
     if (countOf(m_found, rootParentId) != 1)
         damaged(0, QStringLiteral("there is not one root"));
@@ -237,9 +240,10 @@ void HfsPlusCatalogCheck::compareLinks() const
     for (const auto &[number, file] : m_linkedFiles) {
         const std::uint32_t found = countOf(m_links, number);
         if (found != file.count)
-            m_problems.unnoticed(
-                file.offset, structure(),
-                QStringLiteral("a file says that %1 names lead to it, but %2 do").arg(file.count).arg(found));
+            m_problems.unnoticed(file.offset, structure(),
+                                 QStringLiteral("a file says that it has %1, but has %2")
+                                     .arg(counted(file.count, "name", "names"))
+                                     .arg(found));
     }
     for (const auto &[number, count] : m_links) {
         if (!m_linkedFiles.empty() && !m_linkedFiles.contains(number))

@@ -1,6 +1,7 @@
 #include "platform/discimage/hfsplus/HfsPlusTreeCheck.h"
 
 #include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/MessageTexts.h"
 
 #include <algorithm>
 
@@ -158,8 +159,8 @@ bool HfsPlusTreeCheck::run()
     const std::uint64_t offset = imageOffset(descriptorSize);
     if (m_leafRecords != m_header.leafRecords)
         unnoticed(offset + HeaderField::leafRecords,
-                  QStringLiteral("its header says that it has %1 records, but it has %2")
-                      .arg(m_header.leafRecords)
+                  QStringLiteral("its header says that it has %1, but it has %2")
+                      .arg(counted(m_header.leafRecords, "record", "records"))
                       .arg(m_leafRecords));
     checkMap();
     return true;
@@ -220,8 +221,8 @@ bool HfsPlusTreeCheck::checkHeader() const
         unnoticed(offset + descriptorSize + HeaderField::type, QStringLiteral("it is of an unknown type"));
     if (std::uint64_t(m_header.nodeCount) * m_header.nodeSize != m_fileLength)
         unnoticed(offset + descriptorSize + HeaderField::nodeCount,
-                  QStringLiteral("it has %1 nodes, but its file has room for %2")
-                      .arg(m_header.nodeCount)
+                  QStringLiteral("it has %1, but its file has room for %2")
+                      .arg(counted(m_header.nodeCount, "node", "nodes"))
                       .arg(m_fileLength / m_header.nodeSize));
     return true;
 }
@@ -351,8 +352,8 @@ void HfsPlusTreeCheck::checkMap()
                   QStringLiteral("its map of nodes does not show those in use"));
     if (m_header.nodeCount - used != m_header.freeNodes)
         unnoticed(imageOffset(descriptorSize) + HeaderField::freeNodes,
-                  QStringLiteral("its header says that %1 nodes are free, but %2 are")
-                      .arg(m_header.freeNodes)
+                  QStringLiteral("its header says that it has %1 free, but it has %2")
+                      .arg(counted(m_header.freeNodes, "node", "nodes"))
                       .arg(m_header.nodeCount - used));
 }
 

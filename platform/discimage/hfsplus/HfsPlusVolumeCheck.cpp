@@ -7,6 +7,7 @@
 #include "platform/discimage/hfsplus/HfsPlusTreeCheck.h"
 #include "platform/discimage/hfsplus/HfsPlusVolumeHeaderReader.h"
 #include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/MessageTexts.h"
 
 #include <algorithm>
 #include <array>
@@ -76,8 +77,8 @@ public:
         const std::uint64_t length = std::uint64_t(m_header.place.blockCount) * m_header.place.blockSize;
         if (!m_source.contains(m_header.place.offset, length) || length > m_header.containerLength)
             return m_problems.truncated(m_header.offset() + Field::blockCount, headerName(),
-                                        QStringLiteral("the volume has %1 blocks of %2 bytes, more than there are")
-                                            .arg(m_header.place.blockCount)
+                                        QStringLiteral("the volume has %1 of %2 bytes, more than there is room for")
+                                            .arg(counted(m_header.place.blockCount, "block", "blocks"))
                                             .arg(m_header.place.blockSize));
         m_isUsed.assign(m_header.place.blockCount, false);
         markOwnBlocks();
@@ -407,15 +408,14 @@ private:
         const bool isFullyMarked =
             state.freeBlocks == 0 && state.wronglyFree == 0 && (number(Field::attributes) & softwareLockAttribute) != 0;
         if (state.wronglyFree > 0 || (state.wronglyUsed > 0 && !isFullyMarked))
-            m_problems.unnoticed(
-                state.wrongOffset, allocationName(),
-                QStringLiteral("%1 blocks in use are not marked, and %2 are marked that are not in use")
-                    .arg(state.wronglyFree)
-                    .arg(state.wronglyUsed));
+            m_problems.unnoticed(state.wrongOffset, allocationName(),
+                                 QStringLiteral("it does not mark %1 in use, and marks %2 that are not in use")
+                                     .arg(counted(state.wronglyFree, "block", "blocks"))
+                                     .arg(state.wronglyUsed));
         if (state.freeBlocks != number(Field::freeBlocks))
             unnoticed(Field::freeBlocks,
-                      QStringLiteral("it says that %1 blocks are free, but %2 are")
-                          .arg(number(Field::freeBlocks))
+                      QStringLiteral("it says that it has %1 free, but has %2")
+                          .arg(counted(number(Field::freeBlocks), "block", "blocks"))
                           .arg(state.freeBlocks));
     }
 

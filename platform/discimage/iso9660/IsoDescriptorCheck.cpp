@@ -2,6 +2,7 @@
 
 #include "platform/discimage/volume/VolumeTimeFields.h"
 #include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/MessageTexts.h"
 
 #include <algorithm>
 #include <string_view>
@@ -360,8 +361,8 @@ private:
         if (length > m_source.length())
             VolumeProblems(m_report, descriptor.kind)
                 .truncated(descriptor.offset + blockCountField, QStringLiteral("volume descriptor"),
-                           QStringLiteral("the volume has %1 blocks of %2 bytes, but the image ends at byte %3")
-                               .arg(descriptor.blockCount)
+                           QStringLiteral("the volume has %1 of %2 bytes, but the image ends at byte %3")
+                               .arg(counted(descriptor.blockCount, "block", "blocks"))
                                .arg(descriptor.blockSize)
                                .arg(m_source.length()));
     }

@@ -1,6 +1,7 @@
 #include "platform/discimage/iso9660/IsoPathTableCheck.h"
 
 #include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/MessageTexts.h"
 
 #include <limits>
 #include <unordered_map>
@@ -78,8 +79,8 @@ private:
             m_problems.damaged(offset + at, structure(), QStringLiteral("its last record does not end with it"));
         else if (m_indexOfNumber.size() != m_folders.size())
             m_problems.damaged(offset, structure(),
-                               QStringLiteral("it has %1 folders, but there are %2")
-                                   .arg(m_indexOfNumber.size())
+                               QStringLiteral("it has %1 in place of %2")
+                                   .arg(counted(m_indexOfNumber.size(), "folder", "folders"))
                                    .arg(m_folders.size()));
     }
 

@@ -6,6 +6,7 @@
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/MessageTexts.h"
 
 #include <algorithm>
 #include <array>
@@ -29,9 +30,10 @@ constexpr std::size_t sectorModeOffset = 15;
 
 NSError beyondTheEnd(std::uint64_t offset, std::uint64_t length, std::uint64_t imageLength)
 {
-    return discImageError(
-        DiscImageErrorCode::Truncated, offset,
-        QStringLiteral("%1 bytes are needed here, but the image has only %2 bytes").arg(length).arg(imageLength));
+    return discImageError(DiscImageErrorCode::Truncated, offset,
+                          QStringLiteral("Something of %1 should be here, but the image ends at byte %2")
+                              .arg(counted(length, "byte", "bytes"))
+                              .arg(imageLength));
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "platform/discimage/udf/UdfDescriptors.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/MessageTexts.h"
 
 #include <algorithm>
 #include <sys/stat.h>
@@ -115,14 +116,16 @@ public:
         std::vector<std::uint8_t> block;
         for (std::size_t at = 0; m_left > 0; at += step) {
             if (at + step > descriptors.size())
-                return damaged(offset + at, QStringLiteral("A file's extents end %1 bytes early").arg(m_left));
+                return damaged(offset + at,
+                               QStringLiteral("A file's extents end %1 early").arg(counted(m_left, "byte", "bytes")));
             const auto word = loadLittleEndian<std::uint32_t>(&descriptors[at]);
             const std::uint32_t length = word & 0x3FFFFFFF;
             UdfBlockAddress address = {loadLittleEndian<std::uint32_t>(&descriptors[at + 4]), m_partition};
             if (isLong)
                 address.partition = loadLittleEndian<std::uint16_t>(&descriptors[at + 8]);
             if (length == 0)
-                return damaged(offset + at, QStringLiteral("A file's extents end %1 bytes early").arg(m_left));
+                return damaged(offset + at,
+                               QStringLiteral("A file's extents end %1 early").arg(counted(m_left, "byte", "bytes")));
             if (word >> 30 == Continuation) {
                 if (NSError error = enterContinuation(address, offset + at, &block))
                     return error;
@@ -221,7 +224,8 @@ bool readLinkTarget(std::span<const std::uint8_t> components, QByteArray *target
 NSError resolveLink(const DiscImageSource &source, std::uint64_t offset, VolumeObject *object)
 {
     if (object->size > maximumLinkComponents)
-        return damaged(offset, QStringLiteral("A link target of %1 bytes is impossible").arg(object->size));
+        return damaged(offset,
+                       QStringLiteral("A link target of %1 is impossible").arg(counted(object->size, "byte", "bytes")));
     std::vector<std::uint8_t> components;
     for (const VolumeExtent &extent : object->extents) {
         const std::size_t start = components.size();

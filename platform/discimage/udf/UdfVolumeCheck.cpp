@@ -6,6 +6,7 @@
 #include "platform/discimage/udf/UdfPartitions.h"
 #include "platform/discimage/udf/UdfVolumeSpaceCheck.h"
 #include "platform/foundation/ByteOrder.h"
+#include "platform/foundation/MessageTexts.h"
 
 #include <algorithm>
 #include <array>
@@ -236,8 +237,9 @@ private:
                 needed += extent.isHole ? 0 : (extent.length + m_entry.size() - 1) / m_entry.size();
         }
         if (object.kind != VolumeObjectKind::SymbolicLink && needed > recorded)
-            m_problems.unnoticed(object.recordOffset + fields.blocksRecorded, entryName(),
-                                 QStringLiteral("it has %1 blocks, but says %2").arg(needed).arg(recorded));
+            m_problems.unnoticed(
+                object.recordOffset + fields.blocksRecorded, entryName(),
+                QStringLiteral("it has %1, but says %2").arg(counted(needed, "block", "blocks")).arg(recorded));
         for (const VolumeExtent &extent : object.extents) {
             if (!extent.isHole && !m_source.contains(extent.offset, extent.length))
                 m_problems.truncated(object.recordOffset, entryName(),
@@ -392,10 +394,12 @@ private:
     {
         for (const auto &[key, links] : m_links) {
             if (links.stated != links.found)
-                m_problems.unnoticed(
-                    m_structure.offsetOf({std::uint32_t(key), std::uint16_t(key >> 32)}).value_or(0) + Entry::linkCount,
-                    entryName(),
-                    QStringLiteral("it says that %1 names lead to it, but %2 do").arg(links.stated).arg(links.found));
+                m_problems.unnoticed(m_structure.offsetOf({std::uint32_t(key), std::uint16_t(key >> 32)}).value_or(0)
+                                         + Entry::linkCount,
+                                     entryName(),
+                                     QStringLiteral("it says that it has %1, but has %2")
+                                         .arg(counted(links.stated, "name", "names"))
+                                         .arg(links.found));
         }
     }
 
@@ -496,9 +500,10 @@ private:
         const auto size = loadLittleEndian<std::uint32_t>(&bytes[at]);
         const std::uint64_t blocks = m_structure.partitions[index].length / m_structure.facts.blockSize;
         if (size != unknown && size != blocks)
-            m_problems.unnoticed(
-                offset + at, integrityName(),
-                QStringLiteral("it says that a partition has %1 blocks, but there are %2").arg(size).arg(blocks));
+            m_problems.unnoticed(offset + at, integrityName(),
+                                 QStringLiteral("it says that a partition has %1, but it has %2")
+                                     .arg(counted(size, "block", "blocks"))
+                                     .arg(blocks));
         if (freeBlocks != unknown && freeBlocks > blocks)
             m_problems.unnoticed(offset + Integrity::tables + 4 * index, integrityName(),
                                  QStringLiteral("more blocks are free than there are"));
