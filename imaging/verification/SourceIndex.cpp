@@ -4,12 +4,14 @@
 #include "platform/foundation/UniqueDescriptor.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -74,15 +76,50 @@ struct SourceIndex::Entry {
     QByteArray top; ///< for a source given by the user: its path
 };
 
+/// The folders that were listed last stay open, so that those in them can be opened from there: by whole paths the time
+/// would grow with the square of the depth.
+class SourceIndex::RecentFolders
+{
+public:
+    /// -1 when the folder is not open any more.
+    [[nodiscard]] int descriptorOf(SourceNumber folder) const
+    {
+        const auto found = std::find_if(m_folders.begin(), m_folders.end(),
+                                        [folder](const Folder &each) { return each.number == folder; });
+        return found != m_folders.end() && found->listing ? ::dirfd(found->listing.get()) : -1;
+    }
+
+    /// Takes the descriptor over; null with `errno` set when it cannot be listed. The one kept longest is closed.
+    DIR *keep(SourceNumber folder, UniqueDescriptor descriptor)
+    {
+        m_next = (m_next + 1) % m_folders.size();
+        Folder &place = m_folders[m_next];
+        place.number = folder;
+        place.listing.reset(::fdopendir(descriptor.get()));
+        if (place.listing)
+            (void)descriptor.release();
+        return place.listing.get();
+    }
+
+private:
+    struct Folder {
+        SourceNumber number = noSource;
+        std::unique_ptr<DIR, int (*)(DIR *)> listing{nullptr, ::closedir};
+    };
+    std::array<Folder, 8> m_folders;
+    std::size_t m_next = 0;
+};
+
 SourceIndex::SourceIndex(const std::vector<DiscSource> &sources, const std::stop_token &stop)
     : m_rootIsOnlySource(sources.size() == 1 && sources.front().isFolder)
 {
     addSources(sources);
+    RecentFolders recent;
     // Children are appended behind all that is there, so going on by number is going on by level.
     for (SourceNumber number = m_rootIsOnlySource ? 0 : 1; number < m_objects.size() && !stop.stop_requested();
          ++number) {
         if (m_objects[number].kind == VolumeObjectKind::Folder)
-            listFolder(number);
+            listFolder(number, recent);
     }
 }
 
@@ -112,21 +149,32 @@ void SourceIndex::addSources(const std::vector<DiscSource> &sources)
         m_tops.push_back(entry.top);
 }
 
-void SourceIndex::listFolder(SourceNumber folder)
+int SourceIndex::openFolder(SourceNumber folder, const RecentFolders &recent) const
 {
-    const int descriptor = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) {
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    // What was given by the user has a path of its own.
+    const bool wasGiven = folder == 0 || (m_objects[folder].parent == 0 && !m_rootIsOnlySource);
+    const int parent = wasGiven ? -1 : recent.descriptorOf(m_objects[folder].parent);
+    if (parent < 0)
+        return open(folder, flags);
+    return ::openat(parent, std::string(name(folder)).c_str(), flags | O_NOCTTY | O_NONBLOCK);
+}
+
+void SourceIndex::listFolder(SourceNumber folder, RecentFolders &recent)
+{
+    UniqueDescriptor descriptor(openFolder(folder, recent));
+    DIR *const listing = descriptor ? recent.keep(folder, std::move(descriptor)) : nullptr;
+    if (!listing) {
         fail(folder, errno);
         return;
     }
-    const std::unique_ptr<DIR, int (*)(DIR *)> listing(::fdopendir(descriptor), ::closedir);
     std::vector<Entry> entries;
     errno = 0;
-    while (const dirent *const found = listing ? ::readdir(listing.get()) : nullptr) {
+    while (const dirent *const found = ::readdir(listing)) {
         const std::string_view name(found->d_name);
         struct stat status;
         if (name != "." && name != "..") {
-            if (::fstatat(::dirfd(listing.get()), found->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0)
+            if (::fstatat(::dirfd(listing), found->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0)
                 entries.push_back({QByteArray(found->d_name), objectFor(status), {}});
             else
                 fail(folder, errno);

@@ -66,8 +66,11 @@ public:
 
 private:
     struct Entry;
+    class RecentFolders;
     void addSources(const std::vector<DiscSource> &sources);
-    void listFolder(SourceNumber folder);
+    void listFolder(SourceNumber folder, RecentFolders &recent);
+    /// Opens a folder for listing, from the one above where that is open still; -1 with `errno` set on failure.
+    [[nodiscard]] int openFolder(SourceNumber folder, const RecentFolders &recent) const;
     void addChildren(SourceNumber folder, std::vector<Entry> &entries);
     void fail(SourceNumber number, int errnoValue);
     /// The source's path on disk: that of its PATH and the names below it.

@@ -215,7 +215,7 @@ void VolumeComparison::compare(const VolumeObject &object, SourceNumber source)
     if (object.size != facts.size)
         differHere(ImageDifference::Kind::Size,
                    QStringLiteral("%1 instead of %2").arg(counted(object.size, "byte", "bytes")).arg(facts.size));
-    else
+    else if (object.kind == VolumeObjectKind::File) // a folder's extents are those of its records
         m_contents.add(source, m_kind, object);
     compareTime(object, source);
     if (object.kind == VolumeObjectKind::SymbolicLink)

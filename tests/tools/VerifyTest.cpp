@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace Tessaron::Testing
@@ -421,6 +422,47 @@ TEST_F(Verify, deepFolders_areNoLoop)
     makeImage();
     EXPECT_EQ(verified(0)[QStringLiteral("folders")].toInteger(), levels);
     EXPECT_EQ(runTessaron({"inspect", image()}).exitStatus, 0);
+}
+
+/// Processor time of the children so far, in seconds.
+double secondsOfChildren()
+{
+    struct rusage usage = {};
+    ::getrusage(RUSAGE_CHILDREN, &usage);
+    const auto seconds = [](const timeval &time) { return double(time.tv_sec) + double(time.tv_usec) / 1e6; };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+void makeChain(const QByteArray &top, int levels)
+{
+    int folder = ::open(top.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    for (int level = 0; level < levels; ++level) {
+        ASSERT_EQ(::mkdirat(folder, "f", 0755), 0);
+        const int next = ::openat(folder, "f", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        ::close(folder);
+        folder = next;
+    }
+    ::close(folder);
+}
+
+TEST_F(Verify, deepTrees_takeTimeInProportionToTheirDepth)
+{
+    constexpr int levels = 1500;
+    double image[2] = {};
+    double verify[2] = {};
+    for (const int round : {0, 1}) {
+        makeChain(m_tree.path("source"), levels * (1 + 3 * round));
+        double start = secondsOfChildren();
+        makeImage({"--no-sync"});
+        image[round] = secondsOfChildren() - start;
+        start = secondsOfChildren();
+        (void)verified(0);
+        verify[round] = secondsOfChildren() - start;
+        outputOf("rm", {"-rf", m_tree.path("source/f")});
+    }
+    // Four times as deep: by its square the time would grow by sixteen.
+    EXPECT_LT(image[1], 10 * std::max(image[0], 0.02));
+    EXPECT_LT(verify[1], 10 * std::max(verify[0], 0.02));
 }
 
 TEST_F(Verify, relocatedFolders_areWhereTheyBelong)

@@ -2,11 +2,14 @@
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/DiscImageJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
+#include <TessaronClasses/ImageVerification.h>
 #include <TessaronClasses/InspectJob.h>
 #include <TessaronClasses/VerifyJob.h>
 
 #include <chrono>
 #include <gtest/gtest.h>
+#include <stop_token>
+#include <thread>
 
 namespace Tessaron::Testing
 {
@@ -96,6 +99,40 @@ TEST_F(VerificationJobs, cancel_endsTheComparisonSoon_andDestroyingSilencesIt)
     }
     loop.processEvents();
     EXPECT_EQ(endings, 0);
+}
+
+TEST_F(VerificationJobs, cancel_isHeard_amongNamesThatHaveNothingInCommon)
+{
+    constexpr int count = 4000;
+    for (int number = 0; number < count; ++number)
+        m_tree.makeFile("source/image?" + QByteArray::number(number), "i");
+    makeImageOfSource();
+    for (int number = 0; number < count; ++number)
+        m_tree.makeFile("others/name?of?another" + QByteArray::number(number), "i");
+    VerificationRequest request;
+    request.image = DiscImageSource::sourceWithFile(m_tree.pathText("disc.iso")).source;
+    request.volumes = volumesInImage(request.image);
+    DiscSource source;
+    source.path = m_tree.path("others");
+    source.isFolder = true;
+    request.sources = {source};
+
+    std::stop_source stop;
+    std::chrono::steady_clock::time_point cancelled;
+    std::jthread canceller;
+    const VerificationResult result = verifyImage(request, stop.get_token(), [&](const DiscJobProgress &progress) {
+        if (progress.phase != DiscJobPhase::Planning || canceller.joinable())
+            return;
+        canceller = std::jthread([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            cancelled = std::chrono::steady_clock::now();
+            stop.request_stop();
+        });
+    });
+    const auto ended = std::chrono::steady_clock::now();
+    canceller.join();
+    EXPECT_TRUE(isDiscJobError(result.error, DiscJobErrorCode::Cancelled));
+    EXPECT_LT(ended - cancelled, std::chrono::seconds(2)); // a tenth on an idle machine
 }
 
 TEST_F(VerificationJobs, inspectJob_countsEveryVolume)
