@@ -91,6 +91,24 @@ TEST(LayoutCreation, progress_isMebibytesOverBytes)
     EXPECT_EQ(recorder.progress, (std::vector<float>{float(5.0 / 10485760), float(10.0 / 10485760)}));
 }
 
+TEST(LayoutCreation, progress_countsWholeUnitsOf10240Bytes)
+{
+    const TemporaryTree tree;
+    const auto root = virtualFolderItem(disc);
+    // Three of the system's pages are one unit and a bit, eight are three and a bit, one is none.
+    for (const int pages : {3, 8, 1})
+        root->addItem(
+            itemAt(QString::fromUtf8(tree.makeFile("f" + QByteArray::number(pages), QByteArray(pages * 4096, 'x')))));
+    ASSERT_EQ(root->contentsPhysicalSize(), 12u * 4096) << "the temporary folder allocates as we expect";
+    LayoutRecorder recorder;
+    ASSERT_TRUE(recorder.run(*root));
+    const double total = 12 * 4096;
+    const double first = 1 / 102.4;
+    const double second = first + 3 / 102.4;
+    EXPECT_EQ(recorder.progress,
+              (std::vector<float>{float(first / total), float(second / total), float((second + 0.0001) / total)}));
+}
+
 TEST(LayoutCreation, progress_countsALittle_forAnEmptyFile_andIsCappedAtOne)
 {
     const TemporaryTree tree;
