@@ -94,7 +94,14 @@ QByteArray inBlocks(const QByteArray &size)
     return QByteArray::number((size.toULongLong() + blockSize - 1) / blockSize);
 }
 
-/// A line's fields but for name, date, permissions and link target: what has a second copy, or can be counted.
+/// True for an object whose date and permissions stand twice, or under a checksum; where ISO 9660 is, so is Rock Ridge.
+bool hasAttributesTwice(const QByteArray &line)
+{
+    return line.startsWith("Rock Ridge/") || line.startsWith("ISO 9660/") || line.startsWith("UDF/");
+}
+
+/// A line's fields but for name, link target and, in some filesystems, date and permissions: what has a second copy, or
+/// can be counted.
 QByteArray checkedFields(const QByteArray &line)
 {
     QList<QByteArray> fields = line.split('\t');
@@ -104,7 +111,8 @@ QByteArray checkedFields(const QByteArray &line)
         fields[FirstExtentField] = extent.first() + '+' + inBlocks(extent.last());
     }
     for (const qsizetype field : {NameField, DateField, ModeField, TargetField}) {
-        if (field < fields.size())
+        const bool isAttribute = field == DateField || field == ModeField;
+        if (field < fields.size() && !(isAttribute && hasAttributesTwice(line)))
             fields[field].clear();
     }
     return fields.join('\t');

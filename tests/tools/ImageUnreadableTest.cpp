@@ -70,6 +70,26 @@ TEST_F(ImageUnreadable, folder_isNamed_whenItsListingFails)
     EXPECT_TRUE(outputOf("7z", {"l", "-tudf", image()}).contains("kept too"));
 }
 
+TEST_F(ImageUnreadable, folderWithoutPermission_isNamed_andTheRestIsSound)
+{
+    m_tree.setMode("source/broken", 0);
+    m_tree.setMode("", 0755);
+    m_tree.setMode("out", 0777);
+    ChildSettings settings = tessaron(imageArguments());
+    settings.withoutRootRights = true;
+    const ChildResult result = runChild(settings);
+    EXPECT_EQ(result.exitStatus, 3) << result.errors.constData();
+    EXPECT_TRUE(result.errors.contains("source/broken")) << result.errors.constData();
+    for (const QByteArray type : {"-tudf", "-tiso"}) {
+        const QByteArray listing = outputOf("7z", {"l", type, image()});
+        EXPECT_TRUE(listing.contains("kept too")) << listing.constData();
+        EXPECT_FALSE(listing.contains("Warning")) << listing.constData();
+    }
+    const ChildResult inspected = runTessaron({"inspect", image()});
+    EXPECT_EQ(inspected.exitStatus, 0) << inspected.errors.constData();
+    m_tree.setMode("source/broken", 0755); // for the tree's end
+}
+
 TEST_F(ImageUnreadable, strict_fails_whenAListingFails)
 {
     if (!canTrace())
