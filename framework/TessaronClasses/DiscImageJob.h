@@ -52,6 +52,8 @@ struct DiscImageResult {
     QByteArray imagePath; ///< where the image is or was to be, symbolic links followed; empty for a descriptor
     QByteArray cueSheetPath; ///< empty for formats without a cue sheet
     QString volumeName; ///< as it was asked for, or for DVD-Video as players need it
+    /// The order gave the volume a name, and no filesystem of the image has it.
+    bool isVolumeNameLost = false;
     std::uint64_t bytes = 0; ///< of the image file
     std::uint64_t files = 0;
     std::uint64_t folders = 0; ///< the root not counted
@@ -61,7 +63,8 @@ struct DiscImageResult {
     /// What the disc's filesystems cannot hold as it stands; null when it did not come so far.
     std::shared_ptr<const DRStorageReport> report;
 
-    /// True when there is no error and everything is in the image: nothing unreadable, nothing lost. A program must
+    /// True when there is no error and everything is in the image: nothing unreadable, nothing lost, the volume's name
+    /// neither where it was given. A program must
     /// look, and tell its user what is not.
     [[nodiscard]] TESSARON_EXPORT bool isComplete() const;
 };

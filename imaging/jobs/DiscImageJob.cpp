@@ -57,7 +57,7 @@ bool isDvdVideo(const std::vector<DiscSource> &sources)
 
 bool DiscImageResult::isComplete() const
 {
-    return !error && unreadable.empty() && (!report || report->lostCount() == 0);
+    return !error && unreadable.empty() && !isVolumeNameLost && (!report || report->lostCount() == 0);
 }
 
 class DiscImageJob::Private
@@ -135,6 +135,8 @@ void DiscImageJob::prepared(const NSError &error)
     order.sources = d->sources;
     order.rootIsOnlySource = isOneFolder(d->sources);
     order.volumeName = d->result.volumeName;
+    order.isVolumeNameGiven = !d->order.volumeName.isEmpty();
+    order.isVolumeNameChanged = order.isVolumeNameGiven && d->result.volumeName != d->order.volumeName;
     order.filesystems = d->order.filesystems;
     order.relocatesDeepFolders = d->order.relocatesDeepFolders;
     order.isStrict = d->order.isStrict;
@@ -153,6 +155,7 @@ void DiscImageJob::imageMade()
     d->result.files = made.files;
     d->result.folders = made.folders;
     d->result.unreadable = made.unreadable;
+    d->result.isVolumeNameLost = made.isVolumeNameLost;
     d->result.report = made.report;
     const NSError error = made.error;
     const std::shared_ptr<const TableOfContents> contents = d->maker->contents();

@@ -235,19 +235,32 @@ void ImageMaker::lookAhead()
 }
 
 /// Only here, so that all that is missing can be told at once.
-NSError ImageMaker::checkPlan() const
+NSError ImageMaker::checkPlan()
 {
     const std::shared_ptr<const DRStorageReport> report = m_writer->storageReport();
+    m_result.isVolumeNameLost = losesVolumeName(report.get());
     if (!m_order.isStrict)
         return {};
     if (report && report->lostCount() > 0)
         return discJobError(
             DiscJobErrorCode::NotStored,
             counted(report->lostCount(), "item cannot be stored as it is", "items cannot be stored as they are"));
+    if (m_result.isVolumeNameLost)
+        return discJobError(DiscJobErrorCode::NotStored,
+                            QStringLiteral("the name of the volume cannot be stored as it is"));
     if (m_result.unreadable.empty())
         return {};
     return discJobError(DiscJobErrorCode::NotStored,
                         counted(m_result.unreadable.size(), "folder cannot be read", "folders cannot be read"));
+}
+
+/// The root, whose name is the volume's, is the first in the report.
+bool ImageMaker::losesVolumeName(const DRStorageReport *report) const
+{
+    if (!m_order.isVolumeNameGiven || m_order.isVolumeNameChanged || !report || report->count() == 0)
+        return m_order.isVolumeNameChanged;
+    const DRStorageReportItem first = report->item(0);
+    return first.path == u"/" && first.isLost;
 }
 
 NSError ImageMaker::checkSpace(std::uint64_t imageSize) const

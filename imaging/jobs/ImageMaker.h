@@ -25,6 +25,8 @@ struct ImageMakerOrder {
     /// True: the content of the only source, a folder, is the content of the disc. False: the sources lie side by side.
     bool rootIsOnlySource = false;
     QString volumeName;
+    bool isVolumeNameGiven = false; ///< by the user, so that another one is a loss
+    bool isVolumeNameChanged = false; ///< already, from the given one
     DiscFilesystems filesystems;
     bool relocatesDeepFolders = false;
     bool isStrict = false;
@@ -67,7 +69,8 @@ private:
     void addUnreadable(const std::vector<UnreadableFolder> &folders);
     void startWriting(const std::shared_ptr<DRFolder> &folder);
     void writingEnded(const NSError &error);
-    [[nodiscard]] NSError checkPlan() const;
+    [[nodiscard]] NSError checkPlan();
+    [[nodiscard]] bool losesVolumeName(const DRStorageReport *report) const;
     [[nodiscard]] NSError checkSpace(std::uint64_t imageSize) const;
     void stop(const NSError &error);
     void end();

@@ -3,8 +3,8 @@
 _tessaron_options() {
     case $1 in
     image)
-        echo "-o --output --format -n --name --filesystems --relocate --strict --no-sync --progress --json -q --quiet -v --verbose" \
-            "-h --help --version"
+        echo "-o --output --format -n --name --filesystems --relocate --strict --no-sync --progress --json -q --quiet -v" \
+            "--verbose -h --help --version"
         ;;
     inspect) echo "--json -h --help --version" ;;
     verify) echo "--filesystems --progress --json -q --quiet -v --verbose -h --help --version" ;;

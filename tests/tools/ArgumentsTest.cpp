@@ -164,7 +164,8 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongLine{{"image", "--filesystems", "iso9660,", "x"}, "there is no filesystem"},
                     WrongLine{{"image", "-o", "a\".bin", "x"}, "cannot stand in a cue sheet"},
                     WrongLine{{"image", "-o", "a\n.bin", "x"}, "cannot stand in a cue sheet"},
-                    WrongLine{{"image", "--format=bin", "-o", "a.cue", "x"}, "is the name of the cue sheet"}));
+                    WrongLine{{"image", "--format=bin", "-o", "a.cue", "x"}, "is the name of the cue sheet"},
+                    WrongLine{{"image", "-o", "out/A.CUE", "x"}, "“A.CUE” is a name for a cue sheet; name the image"}));
 
 } // namespace
 

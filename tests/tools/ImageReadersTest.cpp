@@ -142,6 +142,37 @@ TEST_F(ImageReaders, volumeName_isThatOfTheFolderOrTheOneGiven)
     EXPECT_TRUE(outputOf("isoinfo", {"-d", "-i", image()}).contains("Volume id: HOLIDAY"));
 }
 
+TEST_F(ImageReaders, volumeNameThatNoFilesystemHolds_isTold_andMissed_whenItWasGiven)
+{
+    makeOrdinaryTree();
+    const QByteArray text = "The volume's name is stored as “MY_DISC” (ISO 9660).";
+    const ChildResult given = runTessaron(imageArguments({"--filesystems", "iso9660", "-n", "My Disc"}));
+    EXPECT_EQ(given.exitStatus, 3);
+    EXPECT_TRUE(given.errors.contains(text)) << given.errors.constData();
+    const ChildResult quiet = runTessaron(imageArguments({"-q", "--filesystems", "iso9660", "-n", "My Disc"}));
+    EXPECT_EQ(quiet.exitStatus, 3);
+    EXPECT_TRUE(quiet.errors.contains(text)) << quiet.errors.constData();
+    const QJsonObject report =
+        jsonOf(runTessaron(imageArguments({"--json", "--filesystems", "iso9660", "-n", "My Disc"})).output);
+    EXPECT_EQ(report[QStringLiteral("result")].toString(), QStringLiteral("incomplete"));
+    const QJsonValue item = report[QStringLiteral("renamed")][0];
+    EXPECT_EQ(item[QStringLiteral("path")].toString(), QStringLiteral("/"));
+    EXPECT_TRUE(item[QStringLiteral("lost")].toBool());
+    const ChildResult strict = runTessaron(imageArguments({"--strict", "--filesystems", "iso9660", "-n", "My Disc"}));
+    EXPECT_EQ(strict.exitStatus, 1);
+    EXPECT_TRUE(strict.errors.contains("the name of the volume cannot be stored as it is"))
+        << strict.errors.constData();
+
+    // One that is only the folder's is told, and nothing is missing; another filesystem may have it.
+    const ChildResult ofFolder = runTessaron(imageArguments({"--filesystems", "iso9660"}));
+    EXPECT_EQ(ofFolder.exitStatus, 0);
+    EXPECT_TRUE(ofFolder.errors.contains("The volume's name is stored as “SOURCE” (ISO 9660)."))
+        << ofFolder.errors.constData();
+    const ChildResult elsewhere = runTessaron(imageArguments({"--strict", "-n", "My Disc"}));
+    EXPECT_EQ(elsewhere.exitStatus, 0);
+    EXPECT_FALSE(elsewhere.errors.contains("volume")) << elsewhere.errors.constData();
+}
+
 TEST_F(ImageReaders, severalSources_lieSideBySide)
 {
     m_tree.makeFile("source/in a.txt", "a");

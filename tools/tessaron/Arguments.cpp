@@ -227,6 +227,10 @@ QString checkImage(Arguments &arguments, bool hasFormat)
     if (arguments.output.isEmpty())
         return QStringLiteral("no output was given: name the image file with -o OUT");
     const QByteArray name = lastComponent(arguments.output);
+    if (!hasFormat && name.toLower().endsWith(".cue"))
+        return QStringLiteral("%1 is a name for a cue sheet; name the image, ending in .bin, and the cue sheet is made "
+                              "beside it (or say --format iso)")
+            .arg(quoted(name));
     if (!hasFormat)
         arguments.format = discFormatForFileName(name);
     if (arguments.format != DiscFormat::BIN)

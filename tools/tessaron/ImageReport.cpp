@@ -51,8 +51,7 @@ void writeItem(JsonWriter &writer, const DRStorageReportItem &item)
     writer.pathMember("path", fileSystemRepresentation(item.path));
     if (!item.sourcePath.isEmpty())
         writer.pathMember("source", fileSystemRepresentation(item.sourcePath));
-    if (item.kind != Kind::Refused || !item.isLost) // what is lost so is in none
-        writer.member("filesystem", discTreeName(item.tree));
+    writer.member("filesystem", discTreeName(item.tree));
     if (item.kind == Kind::Renamed)
         writer.pathMember("name", fileSystemRepresentation(item.nameGiven));
     writer.member("reason", item.reason);
@@ -106,6 +105,21 @@ ExitStatus exitStatusFor(const DiscImageResult &result, const Problem &problem)
     return result.isComplete() ? ExitStatus::Done : ExitStatus::Incomplete;
 }
 
+namespace
+{
+
+/// The volume has another name than the user has given it; -q does not hide that.
+void printVolumeName(const Arguments &arguments, const DiscImageResult &result)
+{
+    const bool isForVideo = !arguments.volumeName.isEmpty() && result.volumeName != arguments.volumeName;
+    if (isForVideo)
+        printDiagnostic(QStringLiteral("the volume is named “%1”, since it holds DVD-Video").arg(result.volumeName));
+    else if (result.isVolumeNameLost && arguments.verbosity == Verbosity::Quiet)
+        printDiagnostic(volumeNameText(*result.report));
+}
+
+} // namespace
+
 void printImageReport(const Arguments &arguments, const DiscImageResult &result, const Problem &problem, double seconds)
 {
     const bool isQuiet = arguments.verbosity == Verbosity::Quiet;
@@ -115,14 +129,14 @@ void printImageReport(const Arguments &arguments, const DiscImageResult &result,
         printStorage(arguments, *result.report);
     if (result.report && tellsWhy && isQuiet)
         printLostObjects(*result.report);
+    if (tellsWhy && (result.isVolumeNameLost || !isQuiet))
+        printVolumeName(arguments, result);
     if (problem) {
         printProblem(problem);
         return;
     }
     if (isQuiet)
         return;
-    if (!arguments.volumeName.isEmpty() && result.volumeName != arguments.volumeName)
-        printDiagnostic(QStringLiteral("the volume is named “%1”, since it holds DVD-Video").arg(result.volumeName));
     QString line = QStringLiteral("made %1: %2, %3, %4, %5 s")
                        .arg(stringWithFileSystemRepresentation(arguments.output), sizeText(result.bytes),
                             counted(result.files, "file", "files"), counted(result.folders, "folder", "folders"),

@@ -16,6 +16,12 @@ using Kind = DRStorageReportItem::Kind;
 
 constexpr Kind allKinds[] = {Kind::Renamed, Kind::Refused, Kind::Altered};
 
+/// The root has no name on the disc but the volume's.
+bool isVolumeName(const DRStorageReportItem &item)
+{
+    return item.path == u"/" && item.kind == Kind::Renamed;
+}
+
 bool hasSomethingToTell(const DRStorageReport &report)
 {
     if (report.lostCount() > 0)
@@ -41,12 +47,6 @@ QString fateOf(const DRStorageReportItem &item)
         return QStringLiteral("stored differently");
     }
     return {};
-}
-
-/// The root has no name on the disc but the volume's.
-bool isVolumeName(const DRStorageReportItem &item)
-{
-    return item.path == u"/" && item.kind == Kind::Renamed;
 }
 
 QString pathOf(const DRStorageReportItem &item)
@@ -102,10 +102,12 @@ bool isWorthTelling(const DRStorageReportItem &item)
 
 void forEachTelling(const DRStorageReport &report, const std::function<void(const DRStorageReportItem &)> &function)
 {
-    if (!hasSomethingToTell(report))
-        return;
+    const bool isAllLookedAt = hasSomethingToTell(report);
     for (std::size_t index = 0; index < report.count(); ++index) {
         const DRStorageReportItem item = report.item(index);
+        // The root's items come first. Short names of a million files are not worth a look at each.
+        if (!isAllLookedAt && item.path != u"/")
+            return;
         if (isWorthTelling(item))
             function(item);
     }
@@ -118,7 +120,7 @@ std::vector<LostObject> lostObjects(const DRStorageReport &report, std::size_t l
         return result;
     QHash<QString, std::size_t> known;
     forEachTelling(report, [&](const DRStorageReportItem &item) {
-        if (!item.isLost)
+        if (!item.isLost || isVolumeName(item))
             return;
         const QString key = item.path + QChar(u'\0') + fateOf(item);
         if (const auto found = known.constFind(key); found != known.constEnd())
@@ -132,21 +134,31 @@ std::vector<LostObject> lostObjects(const DRStorageReport &report, std::size_t l
     return result;
 }
 
+QString volumeNameText(const DRStorageReport &report)
+{
+    QStringList names;
+    for (std::size_t index = 0; index < report.count(); ++index) {
+        const DRStorageReportItem item = report.item(index);
+        if (item.path != u"/")
+            break; // the root's items come first
+        if (isVolumeName(item) && isWorthTelling(item))
+            names += QStringLiteral("“%1” (%2)").arg(item.nameGiven, nameOfTree(item.tree));
+    }
+    return names.isEmpty()
+        ? QString()
+        : QStringLiteral("The volume's name is stored as %1.").arg(names.join(QStringLiteral(" and ")));
+}
+
 QStringList harmlessDifferences(const DRStorageReport &report)
 {
     std::map<DRDiscTree, std::map<Kind, std::uint64_t>> counts;
-    QStringList volumeNames;
     forEachTelling(report, [&](const DRStorageReportItem &item) {
-        if (item.isLost || item.tree == DRDiscTree::ISO9660)
-            return;
-        if (isVolumeName(item))
-            volumeNames += QStringLiteral("“%1” (%2)").arg(item.nameGiven, nameOfTree(item.tree));
-        else
+        if (!item.isLost && !isVolumeName(item) && item.tree != DRDiscTree::ISO9660)
             ++counts[item.tree][item.kind];
     });
     QStringList result;
-    if (!volumeNames.isEmpty())
-        result += QStringLiteral("The volume's name is stored as %1.").arg(volumeNames.join(QStringLiteral(" and ")));
+    if (const QString text = volumeNameText(report); !text.isEmpty())
+        result += text;
     for (const auto &[tree, kinds] : counts) {
         QStringList parts;
         std::uint64_t total = 0;

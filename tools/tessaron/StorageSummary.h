@@ -39,6 +39,10 @@ struct LostObject {
 /// The objects of which something is lost, in the order of the report, at most `limit`.
 [[nodiscard]] std::vector<LostObject> lostObjects(const DRStorageReport &report, std::size_t limit);
 
+/// A sentence on the names that the volume has where they are not the one wanted; empty when there are none. Those of
+/// plain ISO 9660 do not count where another filesystem has the name.
+[[nodiscard]] QString volumeNameText(const DRStorageReport &report);
+
 /// A sentence for each tree in which something differs that another tree makes up for: "In the Joliet tree, 3 names are
 /// changed …". None for the plain ISO 9660 tree, whose readers expect short names.
 [[nodiscard]] QStringList harmlessDifferences(const DRStorageReport &report);

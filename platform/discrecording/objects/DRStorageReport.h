@@ -50,6 +50,7 @@ class TESSARON_EXPORT DRStorageReport
 public:
     virtual ~DRStorageReport();
 
+    /// Items are in the order of the disc's tree, those of the root first.
     [[nodiscard]] virtual std::size_t count() const = 0;
     [[nodiscard]] virtual DRStorageReportItem item(std::size_t index) const = 0;
     /// How many objects are lost: some tree refuses or renames them and no other tree of the disc makes up for it. The
