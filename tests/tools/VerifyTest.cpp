@@ -445,9 +445,36 @@ void makeChain(const QByteArray &top, int levels)
     ::close(folder);
 }
 
+/// No path leads there in one step; names relative to the working folder do.
+TEST_F(Verify, workingFolderBeyondTheLongestPath_isNoObstacle)
+{
+    const QByteArray folder(200, 'n');
+    const QByteArray enter = "for i in $(seq 30); do cd " + folder + " || exit 9; done; ";
+    const QByteArray make = "for i in $(seq 30); do mkdir " + folder + " && cd " + folder
+        + " || exit 9; done; mkdir below && echo 1 > below/file; ";
+    const QByteArray source = m_tree.path("source");
+    outputOf("bash", {"-c", make}, source);
+    const QByteArray program = tessaron({}).program;
+    outputOf("bash", {"-c", enter + "exec \"$@\"", "bash", program, "image", "-q", "-o", image(), "."}, source);
+    outputOf("bash", {"-c", enter + "exec \"$@\"", "bash", program, "verify", "-q", image(), "."}, source);
+    EXPECT_TRUE(outputOf("isoinfo", {"-R", "-f", "-i", image()}).contains("/below/file"));
+    // A whole path is refused in words that tell the way.
+    const QByteArray path = source + ('/' + folder).repeated(30);
+    for (const QByteArray command : {"image", "verify", "scan"}) {
+        QList<QByteArray> words = {command};
+        if (command != "scan")
+            words += command == "image" ? QList<QByteArray>({"-o", image()}) : QList<QByteArray>({image()});
+        const ChildResult result = runTessaron(words + QList<QByteArray>({path}));
+        EXPECT_EQ(result.exitStatus, 1);
+        EXPECT_TRUE(result.errors.contains("and the system takes 4095 at most")) << result.errors.constData();
+        EXPECT_TRUE(result.errors.contains("Go into a folder on its way")) << result.errors.constData();
+    }
+    outputOf("rm", {"-rf", source});
+}
+
 TEST_F(Verify, deepTrees_takeTimeInProportionToTheirDepth)
 {
-    constexpr int levels = 1500;
+    constexpr int levels = 800;
     double image[2] = {};
     double verify[2] = {};
     for (const int round : {0, 1}) {
