@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QLocale>
 
+#include <dlfcn.h>
+
 // Linked statically, a compiled-in resource must be asked for by name, and outside of any namespace.
 static void registerCompiledInBundle()
 {
@@ -44,6 +46,22 @@ QString defaultMainBundlePath()
 {
     const QFileInfo executable(QCoreApplication::applicationFilePath());
     return QDir(executable.absolutePath()).absoluteFilePath(QStringLiteral("../share/") + executable.fileName());
+}
+
+/// Where the library's helper programs lie: found from the library itself, so that an installation can be moved.
+QStringList foldersOfHelperPrograms()
+{
+    Dl_info self;
+    if (::dladdr(reinterpret_cast<const void *>(&compiledInBundlePath), &self) == 0 || !self.dli_fname)
+        return {};
+    QFileInfo library(QFile::decodeName(self.dli_fname));
+    if (library.isRelative()) // Linked into the program, which knows only what it was called by.
+        library.setFile(QCoreApplication::applicationFilePath());
+    const QDir home = library.absoluteDir();
+    QStringList folders;
+    for (const char *way : {TESSARON_WAY_TO_HELPER_PROGRAMS, "../libexec/TessaronClasses"})
+        folders << QDir::cleanPath(home.absoluteFilePath(QString::fromUtf8(way))) + u'/';
+    return folders;
 }
 
 /// "de-AT" also asks for "de_AT" and "de": locale names come in both spellings.
@@ -150,15 +168,38 @@ void NSBundle::setPreferredLanguages(const QStringList &languages)
     m_tables.clear();
 }
 
+QStringList NSBundle::foldersOfResources() const
+{
+    QStringList folders;
+    // Without a resource in any of the user's languages, the one in the language of the sources serves.
+    for (const QString &language : m_languages + QStringList{QStringLiteral("en")})
+        folders << QStringLiteral("%1/Resources/%2.lproj/").arg(m_path, language);
+    folders << m_path + QStringLiteral("/Resources/");
+    return folders;
+}
+
+QString NSBundle::pathForResource(const QString &name, const QString &type) const
+{
+    const QString fileName = type.isEmpty() ? name : name + u'.' + type;
+    QStringList folders;
+    {
+        const QMutexLocker lock(&m_mutex);
+        folders = foldersOfResources();
+    }
+    if (this == mainBundle().get())
+        folders << foldersOfHelperPrograms();
+    for (const QString &folder : std::as_const(folders)) {
+        if (const QFileInfo file(folder + fileName); !name.isEmpty() && file.isFile())
+            return file.absoluteFilePath();
+    }
+    return {};
+}
+
 NSBundle::Table NSBundle::loadTable(const QString &name) const
 {
-    QStringList candidates;
-    // Without a table in any of the user's languages, the texts are shown in the language they were written in.
-    for (const QString &language : m_languages + QStringList{QStringLiteral("en")})
-        candidates << QStringLiteral("%1/Resources/%2.lproj/%3.strings").arg(m_path, language, name);
-    candidates << QStringLiteral("%1/Resources/%2.strings").arg(m_path, name);
-    for (const QString &candidate : std::as_const(candidates)) {
-        QFile file(candidate);
+    const QStringList folders = foldersOfResources();
+    for (const QString &folder : folders) {
+        QFile file(folder + name + QStringLiteral(".strings"));
         if (file.open(QIODevice::ReadOnly))
             return parseStringsTable(file.readAll());
     }

@@ -44,6 +44,12 @@ public:
 
     [[nodiscard]] QString bundlePath() const { return m_path; }
 
+    /// The path of a resource: `<bundle>/Resources/<name>`, with "." and the type behind it unless that is empty, in
+    /// the folder of the first of the user's languages that has it, or beside these folders. The main bundle also has
+    /// what the library brings for every program: the helper programs in its private folder (`libexec/TessaronClasses`
+    /// of the installation, or of the build). Empty when there is no such file.
+    [[nodiscard]] QString pathForResource(const QString &name, const QString &type = {}) const;
+
     /// The text for `key` in `table` ("Localizable" when empty) in the first of the user's languages that has the
     /// table. A missing key or table yields `value`, or the key itself when `value` is empty.
     [[nodiscard]] QString localizedString(const QString &key, const QString &value = {},
@@ -57,6 +63,7 @@ private:
     explicit NSBundle(const QString &path);
     using Table = QHash<QString, QString>;
     [[nodiscard]] Table loadTable(const QString &name) const;
+    [[nodiscard]] QStringList foldersOfResources() const;
 
     const QString m_path;
     mutable QMutex m_mutex; ///< guards the two members below

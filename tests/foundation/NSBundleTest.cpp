@@ -3,6 +3,10 @@
 #include "platform/foundation/StringsTable.h"
 #include "tests/support/TemporaryTree.h"
 
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+
 #include <gtest/gtest.h>
 
 using namespace Tessaron;
@@ -66,6 +70,42 @@ TEST(NSBundle, mainBundle_isTheFolderNamed)
     tree.makeFile("Resources/Localizable.strings", "\"toolbar burn\" = \"Make disc\";");
     NSBundle::setMainBundlePath(tree.pathText());
     EXPECT_EQ(NSBundle::mainBundle()->localizedString(QStringLiteral("toolbar burn")), QStringLiteral("Make disc"));
+}
+
+TEST(NSBundle, pathForResource_findsTheOneOfTheUsersLanguageFirst)
+{
+    const TemporaryTree tree;
+    tree.makeFile("Resources/picture.png");
+    tree.makeFile("Resources/page.html");
+    tree.makeFile("Resources/de.lproj/page.html");
+    tree.makeFolder("Resources/folder");
+    const auto bundle = NSBundle::bundleWithPath(tree.pathText());
+    bundle->setPreferredLanguages({QStringLiteral("de-AT")});
+    const auto found = [&](const char *name, const char *type) {
+        return bundle->pathForResource(QString::fromLatin1(name), QString::fromLatin1(type));
+    };
+    EXPECT_EQ(found("picture", "png"), tree.pathText("Resources/picture.png"));
+    EXPECT_EQ(found("picture.png", ""), tree.pathText("Resources/picture.png"));
+    EXPECT_EQ(found("page", "html"), tree.pathText("Resources/de.lproj/page.html"));
+    EXPECT_EQ(found("missing", "html"), QString());
+    EXPECT_EQ(found("folder", ""), QString());
+    EXPECT_EQ(found("", ""), QString());
+}
+
+TEST(NSBundle, pathForResource_ofTheMainBundleFindsHelperPrograms_itsOwnOnesFirst)
+{
+    const QDir programs(QCoreApplication::applicationDirPath() + QStringLiteral("/../libexec/TessaronClasses"));
+    ASSERT_TRUE(QDir().mkpath(programs.path()));
+    const QString name = QStringLiteral("helper-of-a-test-%1").arg(QCoreApplication::applicationPid());
+    QFile program(programs.absoluteFilePath(name));
+    ASSERT_TRUE(program.open(QIODevice::WriteOnly));
+    const TemporaryTree tree;
+    NSBundle::setMainBundlePath(tree.pathText());
+    EXPECT_EQ(NSBundle::mainBundle()->pathForResource(name), QDir::cleanPath(program.fileName()));
+    EXPECT_EQ(NSBundle::bundleWithPath(tree.pathText())->pathForResource(name), QString());
+    tree.makeFile("Resources/" + name.toUtf8());
+    EXPECT_EQ(NSBundle::mainBundle()->pathForResource(name), tree.pathText("Resources/") + name);
+    EXPECT_TRUE(program.remove());
 }
 
 TEST(NSBundle, bundleWithIdentifier_findsTheFrameworkAndWhatWasRegistered)
