@@ -45,6 +45,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/MainThread.h
     platform/foundation/MessageTexts.h
     platform/foundation/NSBundle.h
+    platform/foundation/NSDistributedNotificationCenter.h
     platform/foundation/NSError.h
     platform/foundation/NSFileHandle.h
     platform/foundation/NSScanner.h
