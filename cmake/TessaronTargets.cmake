@@ -64,12 +64,13 @@ endfunction()
 # inside std::string that cannot happen.)
 set(TESSARON_TEST_OPTIONS $<$<CONFIG:RelWithDebInfo,Release>:-O0>)
 
-# tessaron_add_layer(NAME [SOURCES ...] [DEPENDS ...] [PRIVATE_DEPENDS ...])
+# tessaron_add_layer(NAME [APART] [SOURCES ...] [DEPENDS ...] [PRIVATE_DEPENDS ...])
 #
 # One folder of the library: a static library of position independent code, which the shared library
-# gathers and which the tests link directly, so that they reach what is not exported.
+# gathers and which the tests link directly, so that they reach what is not exported. The shared library leaves out what
+# is kept APART.
 function(tessaron_add_layer name)
-    cmake_parse_arguments(LAYER "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+    cmake_parse_arguments(LAYER "APART" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
     add_library(${name} STATIC ${LAYER_SOURCES})
     target_include_directories(${name} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
@@ -78,7 +79,9 @@ function(tessaron_add_layer name)
         PUBLIC ${LAYER_DEPENDS} Qt6::Core Threads::Threads
         PRIVATE tessaron_options ${LAYER_PRIVATE_DEPENDS})
     tessaron_use_precompiled_headers(${name} tessaron_precompiled)
-    set_property(GLOBAL APPEND PROPERTY TESSARON_LAYERS ${name})
+    if(NOT LAYER_APART)
+        set_property(GLOBAL APPEND PROPERTY TESSARON_LAYERS ${name})
+    endif()
 endfunction()
 
 # tessaron_add_test(NAME SOURCES ... LIBRARIES ...)

@@ -33,6 +33,7 @@ LAYERS = [
     "platform/discimage/udf",
     "platform/discimage/hfsplus",
     "platform/discimage",
+    "platform/quicktime",
     "filemodel",
     "imaging",
     "ui/text",

@@ -1,0 +1,261 @@
+#include "platform/quicktime/CDAudioDecoder.h"
+
+#include "platform/quicktime/AudioStreamReader.h"
+#include "platform/quicktime/DownmixMatrix.h"
+#include "platform/quicktime/MediaErrors.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <vector>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+static_assert(std::endian::native == std::endian::little, "samples are written as they lie in memory");
+
+constexpr int outputRate = int(CDAudioDecoder::samplesPerSecond);
+constexpr AVSampleFormat outputFormat = AV_SAMPLE_FMT_S16;
+constexpr int soxrPrecision = 28; ///< bits; the best that soxr has
+
+/// Encoders of Opus have resampled to 48,000 and rounded up: rounded down, a sound that was a CD's has its length
+/// again.
+std::int64_t scaledToOutput(std::int64_t samples, int rate, AVCodecID codec)
+{
+    return av_rescale_rnd(samples, outputRate, rate, codec == AV_CODEC_ID_OPUS ? AV_ROUND_DOWN : AV_ROUND_NEAR_INF);
+}
+
+/// Where the samples lie in the planes of a frame.
+std::vector<const std::uint8_t *> planesOf(const SampleRun &run)
+{
+    const AVSampleFormat format = AVSampleFormat(run.frame->format);
+    const int channels = run.frame->ch_layout.nb_channels;
+    const bool isPlanar = av_sample_fmt_is_planar(format) != 0;
+    const std::ptrdiff_t step = std::ptrdiff_t(av_get_bytes_per_sample(format)) * (isPlanar ? 1 : channels);
+    std::vector<const std::uint8_t *> planes;
+    for (int plane = 0; plane < (isPlanar ? channels : 1); ++plane)
+        planes.push_back(run.frame->extended_data[plane] + run.first * step);
+    return planes;
+}
+
+} // namespace
+
+struct CDAudioDecoder::Private {
+    explicit Private(std::unique_ptr<AudioStreamReader> stream)
+        : reader(std::move(stream))
+    {
+    }
+
+    [[nodiscard]] bool fitsForm(const AVFrame &frame) const
+    {
+        return hasForm && format == frame.format && rate == frame.sample_rate
+            && layout.nb_channels == frame.ch_layout.nb_channels
+            && av_channel_layout_compare(&layout, &frame.ch_layout) == 0;
+    }
+    [[nodiscard]] int beginForm(const AVFrame &frame);
+    [[nodiscard]] int setUpResampler();
+    [[nodiscard]] int endForm();
+    [[nodiscard]] int convert(const SampleRun &run);
+    [[nodiscard]] int resample(const std::uint8_t *const *planes, int count);
+    [[nodiscard]] NSError decodeMore();
+    [[nodiscard]] std::size_t available() const { return (output.size() - taken) / 2; }
+
+    const std::unique_ptr<AudioStreamReader> reader;
+    std::vector<std::int16_t> output; ///< decoded and not read yet, from `taken` on
+    std::size_t taken = 0;
+    bool isAtEnd = false;
+
+    // The form of the samples that come from the stream now.
+    bool hasForm = false;
+    int format = 0;
+    int rate = 0;
+    AVChannelLayout layout = {};
+    Resampler resampler; ///< null while samples pass as they are
+    std::int64_t samplesIn = 0; ///< of this form
+    std::int64_t samplesOut = 0;
+
+    ~Private() { av_channel_layout_uninit(&layout); }
+    Private(const Private &) = delete;
+    Private &operator=(const Private &) = delete;
+};
+
+int CDAudioDecoder::Private::beginForm(const AVFrame &frame)
+{
+    format = frame.format;
+    rate = frame.sample_rate;
+    samplesIn = samplesOut = 0;
+    resampler.reset();
+    if (const int code = av_channel_layout_copy(&layout, &frame.ch_layout); code < 0)
+        return code;
+    if (rate <= 0 || layout.nb_channels <= 0)
+        return AVERROR_INVALIDDATA;
+    hasForm = true;
+    const bool passesAsItIs = format == outputFormat && rate == outputRate && layout.nb_channels == 2;
+    return passesAsItIs ? 0 : setUpResampler();
+}
+
+int CDAudioDecoder::Private::setUpResampler()
+{
+    AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO;
+    AVChannelLayout unnamed = {};
+    unnamed.order = AV_CHANNEL_ORDER_UNSPEC;
+    unnamed.nb_channels = layout.nb_channels;
+    SwrContext *made = nullptr;
+    int code = swr_alloc_set_opts2(&made, &stereo, outputFormat, outputRate, &unnamed, AVSampleFormat(format), rate, 0,
+                                   nullptr);
+    resampler.reset(made);
+    if (code < 0)
+        return code;
+    // Whole numbers that need no rounding are not dithered.
+    const bool staysWhole =
+        av_get_bytes_per_sample(AVSampleFormat(format)) <= 2 && rate == outputRate && layout.nb_channels <= 2;
+    av_opt_set(made, "resampler", "soxr", 0);
+    av_opt_set_int(made, "precision", soxrPrecision, 0);
+    av_opt_set_sample_fmt(made, "internal_sample_fmt", AV_SAMPLE_FMT_FLTP, 0);
+    av_opt_set_int(made, "dither_method", staysWhole ? SWR_DITHER_NONE : SWR_DITHER_TRIANGULAR, 0);
+    const std::vector<ChannelWeights> weights = downmixMatrix(layout);
+    std::vector<double> matrix;
+    for (const ChannelWeights &one : weights)
+        matrix.push_back(one.left);
+    for (const ChannelWeights &one : weights)
+        matrix.push_back(one.right);
+    if (code = swr_set_matrix(made, matrix.data(), layout.nb_channels); code < 0)
+        return code;
+    return swr_init(made);
+}
+
+/// Takes what the resampler still holds. Filters give a sample more or less than the rates say; that is evened out.
+int CDAudioDecoder::Private::endForm()
+{
+    if (!hasForm || !resampler)
+        return 0;
+    if (const int code = resample(nullptr, 0); code < 0)
+        return code;
+    const std::int64_t missing = scaledToOutput(samplesIn, rate, reader->parameters().codec_id) - samplesOut;
+    const std::size_t excess = std::min(std::size_t(std::max<std::int64_t>(-missing, 0)) * 2, output.size() - taken);
+    output.resize(output.size() - excess);
+    output.resize(output.size() + std::size_t(std::max<std::int64_t>(missing, 0)) * 2, 0);
+    hasForm = false;
+    return 0;
+}
+
+int CDAudioDecoder::Private::resample(const std::uint8_t *const *planes, int count)
+{
+    for (;;) {
+        const int room = std::max(swr_get_out_samples(resampler.get(), count), 4096);
+        const std::size_t before = output.size();
+        output.resize(before + std::size_t(room) * 2);
+        auto *target = reinterpret_cast<std::uint8_t *>(output.data() + before);
+        const int got = swr_convert(resampler.get(), &target, room, const_cast<const std::uint8_t **>(planes), count);
+        output.resize(before + std::size_t(std::max(got, 0)) * 2);
+        if (got < 0)
+            return got;
+        samplesOut += got;
+        if (planes || got == 0) // Draining goes on until nothing more comes.
+            return 0;
+    }
+}
+
+int CDAudioDecoder::Private::convert(const SampleRun &run)
+{
+    if (!fitsForm(*run.frame)) {
+        if (const int code = endForm(); code < 0)
+            return code;
+        if (const int code = beginForm(*run.frame); code < 0)
+            return code;
+    }
+    samplesIn += run.count;
+    const std::vector<const std::uint8_t *> planes = planesOf(run);
+    if (resampler)
+        return resample(planes.data(), run.count);
+    const std::size_t before = output.size();
+    output.resize(before + std::size_t(run.count) * 2);
+    std::memcpy(output.data() + before, planes.front(), std::size_t(run.count) * bytesPerSample);
+    return 0;
+}
+
+NSError CDAudioDecoder::Private::decodeMore()
+{
+    output.erase(output.begin(), output.begin() + std::ptrdiff_t(taken));
+    taken = 0;
+    const Result<SampleRun> run = reader->next();
+    if (!run)
+        return run.error();
+    isAtEnd = !run->frame;
+    const int code = isAtEnd ? endForm() : convert(*run);
+    return code < 0 ? mediaErrorOfCode(code, reader->path(), QStringLiteral("converting the sound")) : NSError();
+}
+
+CDAudioDecoder::CDAudioDecoder(std::unique_ptr<Private> priv)
+    : d(std::move(priv))
+{
+}
+
+CDAudioDecoder::~CDAudioDecoder() = default;
+
+Result<std::unique_ptr<CDAudioDecoder>> CDAudioDecoder::openFile(const QByteArray &path, std::stop_token stop)
+{
+    Result<std::unique_ptr<AudioStreamReader>> reader = AudioStreamReader::open(path, std::move(stop));
+    if (!reader)
+        return reader.error();
+    return std::unique_ptr<CDAudioDecoder>(new CDAudioDecoder(std::make_unique<Private>(*std::move(reader))));
+}
+
+Result<std::uint64_t> CDAudioDecoder::countSamples(const QByteArray &path, std::stop_token stop)
+{
+    const Result<std::unique_ptr<CDAudioDecoder>> decoder = openFile(path, std::move(stop));
+    if (!decoder)
+        return decoder.error();
+    if (const CDAudioLength length = (*decoder)->length(); length.isExact)
+        return length.samples;
+    std::array<char, 64 * 1024> buffer;
+    std::uint64_t samples = 0;
+    for (;;) {
+        const Result<std::size_t> got = (*decoder)->read(buffer.data(), buffer.size() / bytesPerSample);
+        if (!got)
+            return got.error();
+        if (*got == 0)
+            return samples;
+        samples += *got;
+    }
+}
+
+CDAudioLength CDAudioDecoder::length() const
+{
+    const SampleCount length = d->reader->length();
+    const std::int64_t samples = std::max<std::int64_t>(
+        scaledToOutput(length.samples, d->reader->sampleRate(), d->reader->parameters().codec_id), 0);
+    return {std::uint64_t(samples), length.isExact};
+}
+
+Result<std::size_t> CDAudioDecoder::read(char *buffer, std::size_t samples)
+{
+    std::size_t filled = 0;
+    while (filled < samples) {
+        const std::size_t count = std::min(d->available(), samples - filled);
+        std::memcpy(buffer + filled * bytesPerSample, d->output.data() + d->taken, count * bytesPerSample);
+        d->taken += count * 2;
+        filled += count;
+        if (filled == samples || (d->isAtEnd && d->available() == 0))
+            break;
+        if (const NSError error = d->decodeMore())
+            return error;
+    }
+    return filled;
+}
+
+const AudioDamageReport &CDAudioDecoder::damage() const
+{
+    return d->reader->damage();
+}
+
+double CDAudioDecoder::progress() const
+{
+    return d->reader->progress();
+}
+
+} // namespace Tessaron
