@@ -1,0 +1,107 @@
+// DummyRedbook: decodes an audio or movie file to the sound of a CD and writes it into a FIFO or to standard output.
+//
+//     DummyRedbook SOURCE FIFO|- [NOTIFICATION]
+//
+// Exit status: 0 all was written, 1 it could not be, 2 wrong arguments, 3 all was written but something in the source
+// was broken and is silent now, 4 the reader went away. Progress is posted as distributed notifications of the given
+// name.
+
+#include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/quicktime/CDAudioDecoder.h"
+#include "platform/quicktime/redbook/ProgressPoster.h"
+#include "platform/quicktime/redbook/RedbookOutput.h"
+
+#include <QCoreApplication>
+
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <unistd.h>
+
+using namespace Tessaron;
+
+namespace
+{
+
+enum ExitStatus { AllWritten = 0, Failed = 1, WrongArguments = 2, WrittenWithDamage = 3, ReaderIsGone = 4 };
+
+constexpr std::size_t framesAtATime = 75;
+
+void say(const QString &text)
+{
+    const QByteArray line = "DummyRedbook: " + text.toUtf8() + '\n';
+    std::fputs(line.constData(), stderr);
+}
+
+int statusAfter(const NSError &error)
+{
+    say(displayableText(error.localizedDescription()));
+    return Failed;
+}
+
+int statusAfter(RedbookOutput::State state, const RedbookOutput &output)
+{
+    return state == RedbookOutput::State::ReaderIsGone ? ReaderIsGone : statusAfter(output.error());
+}
+
+int statusAfter(const AudioDamageReport &damage)
+{
+    for (const AudioDamage &place : damage.places)
+        say(QStringLiteral("at %1 s: %2").arg(place.seconds, 0, 'f', 3).arg(place.what));
+    if (damage.count > damage.places.size())
+        say(QStringLiteral("and %1 more places like these").arg(damage.count - damage.places.size()));
+    return damage.isEmpty() ? AllWritten : WrittenWithDamage;
+}
+
+int copySound(CDAudioDecoder &decoder, RedbookOutput &output, ProgressPoster &poster)
+{
+    std::array<char, framesAtATime * CDAudioDecoder::bytesPerFrame> buffer;
+    for (;;) {
+        const Result<std::size_t> got = decoder.read(buffer.data(), buffer.size() / CDAudioDecoder::bytesPerSample);
+        if (!got)
+            return statusAfter(got.error());
+        if (*got == 0)
+            break;
+        const RedbookOutput::State state = output.write(buffer.data(), *got * CDAudioDecoder::bytesPerSample);
+        if (state != RedbookOutput::State::Good)
+            return statusAfter(state, output);
+        poster.setProgress(decoder.progress());
+    }
+    poster.setProgress(1);
+    if (const RedbookOutput::State state = output.finish(); state != RedbookOutput::State::Good)
+        return statusAfter(state, output);
+    return statusAfter(decoder.damage());
+}
+
+int run(const QByteArray &source, const QByteArray &target, const QString &notification)
+{
+    // The reader may wait for this end of the pipe: it is opened first, whatever the source turns out to be.
+    Result<RedbookOutput> output = RedbookOutput::open(target);
+    if (!output)
+        return statusAfter(output.error());
+    const Result<std::unique_ptr<CDAudioDecoder>> decoder = CDAudioDecoder::openFile(source);
+    if (!decoder)
+        return statusAfter(decoder.error());
+    ProgressPoster poster(notification);
+    return copySound(**decoder, *output, poster);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // Among what was inherited may be the read end of the very pipe, which would keep it from breaking.
+    ::close_range(3, ~0U, 0);
+    std::signal(SIGPIPE, SIG_IGN);
+    if (argc < 3 || argc > 4) {
+        say(QStringLiteral("usage: DummyRedbook SOURCE FIFO|- [NOTIFICATION]"));
+        return WrongArguments;
+    }
+    const QByteArray source(argv[1]), target(argv[2]);
+    const QString notification = argc == 4 ? QString::fromLocal8Bit(argv[3]) : QString();
+    const QCoreApplication application(argc, argv);
+    const int status = run(source, target, notification);
+    // A thread that still waits for a bus must not keep the process, or be there while the rest of it is taken down.
+    std::fflush(nullptr);
+    ::_exit(status);
+}
