@@ -69,6 +69,18 @@ NSError noDecoderError(const QByteArray &path, AVCodecID codec)
 
 } // namespace
 
+std::vector<const std::uint8_t *> planesOf(const SampleRun &run)
+{
+    const AVSampleFormat format = AVSampleFormat(run.frame->format);
+    const int channels = run.frame->ch_layout.nb_channels;
+    const bool isPlanar = av_sample_fmt_is_planar(format) != 0;
+    const std::ptrdiff_t step = std::ptrdiff_t(av_get_bytes_per_sample(format)) * (isPlanar ? 1 : channels);
+    std::vector<const std::uint8_t *> planes;
+    for (int plane = 0; plane < (isPlanar ? channels : 1); ++plane)
+        planes.push_back(run.frame->extended_data[plane] + run.first * step);
+    return planes;
+}
+
 AudioStreamReader::AudioStreamReader(std::unique_ptr<MediaContainer> container, AVStream *stream, CodecContext decoder)
     : m_container(std::move(container))
     , m_stream(stream)

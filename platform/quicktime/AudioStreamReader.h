@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <vector>
 
 namespace Tessaron
 {
@@ -18,6 +19,9 @@ struct SampleRun {
     int first = 0;
     int count = 0;
 };
+
+/// Where its samples begin in each plane of the frame.
+[[nodiscard]] std::vector<const std::uint8_t *> planesOf(const SampleRun &run);
 
 /// The length of a stream in samples of its own rate.
 struct SampleCount {

@@ -29,19 +29,6 @@ std::int64_t scaledToOutput(std::int64_t samples, int rate, AVCodecID codec)
     return av_rescale_rnd(samples, outputRate, rate, codec == AV_CODEC_ID_OPUS ? AV_ROUND_DOWN : AV_ROUND_NEAR_INF);
 }
 
-/// Where the samples lie in the planes of a frame.
-std::vector<const std::uint8_t *> planesOf(const SampleRun &run)
-{
-    const AVSampleFormat format = AVSampleFormat(run.frame->format);
-    const int channels = run.frame->ch_layout.nb_channels;
-    const bool isPlanar = av_sample_fmt_is_planar(format) != 0;
-    const std::ptrdiff_t step = std::ptrdiff_t(av_get_bytes_per_sample(format)) * (isPlanar ? 1 : channels);
-    std::vector<const std::uint8_t *> planes;
-    for (int plane = 0; plane < (isPlanar ? channels : 1); ++plane)
-        planes.push_back(run.frame->extended_data[plane] + run.first * step);
-    return planes;
-}
-
 } // namespace
 
 struct CDAudioDecoder::Private {

@@ -81,11 +81,7 @@ NSError openingError(int code, const LocalMediaFile &file)
 /// The last packet of a short Vorbis stream gets a duration of 27 hours.
 constexpr std::int64_t longestPacketInSeconds = 60;
 
-/// Samples of a packet that are decoded and not heard.
-struct SkippedSamples {
-    std::uint32_t atStart = 0;
-    std::uint32_t atEnd = 0;
-};
+} // namespace
 
 SkippedSamples skippedSamples(const AVPacket &packet)
 {
@@ -97,8 +93,6 @@ SkippedSamples skippedSamples(const AVPacket &packet)
     }
     return skipped;
 }
-
-} // namespace
 
 MediaContainer::MediaContainer(std::unique_ptr<LocalMediaFile> file, InputContext context)
     : m_file(std::move(file))

@@ -20,6 +20,13 @@ struct StreamLength {
     bool isExact = false; ///< else a guess: a packet does not tell its duration, or not in samples
 };
 
+/// Samples of a packet that are decoded and not heard.
+struct SkippedSamples {
+    std::uint32_t atStart = 0;
+    std::uint32_t atEnd = 0;
+};
+[[nodiscard]] SkippedSamples skippedSamples(const AVPacket &packet);
+
 /// How a QuickTime or MP4 file is opened: as its edit lists say, or all of the media, for those who read the edit lists
 /// themselves.
 enum class EditLists { Followed, Ignored };
