@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/quicktime/AudioStreamReader.h"
+#include "platform/quicktime/MovieStorage.h"
+
+#include <stop_token>
+#include <vector>
+
+namespace Tessaron
+{
+
+/// Writes segments of sound into the file of a movie, one behind the other. For one movie.
+class MovieWriter
+{
+public:
+    MovieWriter(MovieStorage &storage, std::stop_token stop);
+
+    [[nodiscard]] NSError write(const std::vector<QTMovie::Segment> &segments);
+
+private:
+    using Segment = QTMovie::Segment;
+
+    [[nodiscard]] NSError begin(const AVCodecParameters &sound);
+    [[nodiscard]] NSError end();
+    [[nodiscard]] NSError copyPackets(const Segment &segment, MediaContainer &source, AVStream &stream, MediaRun heard);
+    [[nodiscard]] NSError writePacket(AVPacket &packet);
+    [[nodiscard]] NSError decode(const Segment &segment);
+    [[nodiscard]] NSError beginPcm(const AVFrame &frame);
+    [[nodiscard]] NSError writeSamples(const SampleRun &run);
+    [[nodiscard]] NSError failed(int code) const;
+
+    MovieStorage &m_storage;
+    const std::stop_token m_stop;
+    OutputContext m_output;
+    Resampler m_interleaver;
+    AVCodecParameters *m_form = nullptr; ///< of the samples written; the output's
+    AVSampleFormat m_sourceFormat = AV_SAMPLE_FMT_NONE;
+    AVSampleFormat m_format = AV_SAMPLE_FMT_NONE;
+    std::int64_t m_written = 0; ///< samples
+};
+
+} // namespace Tessaron
