@@ -224,7 +224,8 @@ Result<std::size_t> CDAudioDecoder::read(char *buffer, std::size_t samples)
     std::size_t filled = 0;
     while (filled < samples) {
         const std::size_t count = std::min(d->available(), samples - filled);
-        std::memcpy(buffer + filled * bytesPerSample, d->output.data() + d->taken, count * bytesPerSample);
+        if (count > 0) // An empty vector has no data to copy from.
+            std::memcpy(buffer + filled * bytesPerSample, d->output.data() + d->taken, count * bytesPerSample);
         d->taken += count * 2;
         filled += count;
         if (filled == samples || (d->isAtEnd && d->available() == 0))
