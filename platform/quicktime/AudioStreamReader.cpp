@@ -236,11 +236,13 @@ void AudioStreamReader::lookForGap()
     const std::int64_t rate = sampleRate();
     const std::int64_t gap =
         m_nextTime ? samplesOfTicks(av_sat_sub64(m_packet->pts, *m_nextTime), *m_stream, sampleRate()) : 0;
+    // Streams that are chained in Ogg (RFC 3533, 4) have times of their own.
+    const bool isNextStream = gap < 0 && m_container->formatName() == "ogg";
     if (gap > 0 && gap <= longestGapInSeconds * rate) {
         report(QStringLiteral("%1 are missing; silence stands for them")
                    .arg(counted(std::uint64_t(gap), "sample", "samples")));
         m_pendingSilence += gap;
-    } else if (gap != 0 && m_damage.count < AudioDamageReport::mostDescribed) {
+    } else if (gap != 0 && !isNextStream && m_damage.count < AudioDamageReport::mostDescribed) {
         report(QStringLiteral("the times of two packets do not fit together"));
     }
     m_nextTime = av_sat_add64(m_packet->pts, m_packet->duration);

@@ -184,6 +184,29 @@ TEST_F(CDAudio, decoding_isExact_forSoundsOfAnyLength)
     }
 }
 
+TEST_F(CDAudio, decoding_goesThroughAllStreamsThatAreChainedInOgg)
+{
+    // Radio stations and joiners of files put one stream behind the other.
+    const QByteArray wave = makeWave(tone(30000));
+    for (const auto &[program, output] : {std::pair{"opusenc", "opus"}, std::pair{"oggenc", "ogg"}}) {
+        QByteArray chain;
+        for (int count = 0; count < 3; ++count) {
+            const QByteArray path = tree.path(QByteArray("one.") + output);
+            if (output == QByteArray("ogg"))
+                outputOfProgram(program, {"-Q", "--serial", QByteArray::number(count + 1), wave, "-o", path});
+            else
+                outputOfProgram(program, {"--quiet", "--serial", QByteArray::number(count + 1), wave, path});
+            chain += tree.contents(QByteArray("one.") + output);
+        }
+        const QByteArray path = tree.makeFile(QByteArray("chain.") + output, chain);
+        const Decoded result = decoded(path);
+        // At the end of a Vorbis stream on a single page, the libraries err by 128 samples.
+        EXPECT_NEAR(double(result.samples.size()) / 2, 90000, 2 * 128) << output;
+        EXPECT_TRUE(result.damage.isEmpty()) << output << ": " << qPrintable(result.damage.places.at(0).what);
+        EXPECT_FALSE(result.announced.isExact && result.announced.samples != result.samples.size() / 2) << output;
+    }
+}
+
 TEST_F(CDAudio, decoding_dropsThePreSkipOfOpusToTheSample)
 {
     // 48,000 samples a second become as many of CD's.
