@@ -12,3 +12,28 @@ with_installation(${WORK}/with-pkg-config)
 
 # The command finds its library where it was installed, without any help.
 run(${prefix}/bin/tessaron --version)
+
+# The library finds the helper programs where they were installed with it, and they run.
+if(HELPER)
+    file(WRITE ${WORK}/find-helper.cpp "#include <platform/foundation/NSBundle.h>
+#include <QCoreApplication>
+#include <cstdio>
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    const QString name = QString::fromUtf8(argv[1]);
+    std::puts(qPrintable(Tessaron::NSBundle::mainBundle()->pathForResource(name)));
+}
+")
+    run(${COMPILER} -std=c++20 -fPIC ${WORK}/find-helper.cpp -o ${WORK}/find-helper ${_flags})
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/${LIBDIR} ${WORK}/find-helper ${HELPER}
+        OUTPUT_VARIABLE _found OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    cmake_path(IS_PREFIX prefix ${_found} NORMALIZE _is_installed)
+    if(NOT _is_installed)
+        message(FATAL_ERROR "${HELPER} was found at '${_found}', not below ${prefix}")
+    endif()
+    execute_process(COMMAND ${_found} RESULT_VARIABLE _status ERROR_VARIABLE _usage)
+    if(NOT _status EQUAL 2 OR NOT _usage MATCHES "usage: ${HELPER} ")
+        message(FATAL_ERROR "${_found} without arguments: status ${_status}, ${_usage}")
+    endif()
+endif()
