@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <memory>
+#include <system_error>
 
 namespace Tessaron
 {
@@ -28,8 +29,13 @@ struct ProgressPoster::Shared {
 ProgressPoster::ProgressPoster(const QString &notificationName)
     : m_shared(std::make_shared<Shared>())
 {
-    if (!notificationName.isEmpty())
+    if (notificationName.isEmpty())
+        return;
+    try {
         m_thread = std::thread(&ProgressPoster::run, m_shared, notificationName);
+    } catch (const std::system_error &) {
+        // Without room for a thread, the sound goes out without its progress.
+    }
 }
 
 ProgressPoster::~ProgressPoster()
