@@ -1,5 +1,6 @@
 #include "platform/quicktime/AudioStreamReader.h"
 
+#include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/quicktime/MediaErrors.h"
 #include "platform/quicktime/OggPages.h"
@@ -46,6 +47,23 @@ bool headerTellsLength(const AVFormatContext &context, const AVStream &stream)
 {
     return isLossless(stream.codecpar->codec_id) && stream.duration > 0
         && context.duration_estimation_method != AVFMT_DURATION_FROM_BITRATE && MediaContainer::ticksAreSamples(stream);
+}
+
+/// Whether the data chunk of a WAVE file has one of the sizes that stand for none.
+bool waveHasNoLength(const LocalMediaFile &file)
+{
+    constexpr int mostChunks = 100;
+    std::int64_t at = 12;
+    for (int count = 0; count < mostChunks; ++count) {
+        const QByteArray head = file.bytesAt(at, 8);
+        if (head.size() < 8)
+            return false;
+        const auto size = loadLittleEndian<std::uint32_t>(reinterpret_cast<const std::uint8_t *>(head.constData()) + 4);
+        if (head.startsWith("data"))
+            return size == 0 || size == UINT32_MAX;
+        at += 8 + std::int64_t(size) + size % 2;
+    }
+    return false;
 }
 
 std::int64_t samplesOfTicks(std::int64_t ticks, const AVStream &stream, int rate)
@@ -211,9 +229,17 @@ std::int64_t AudioStreamReader::samplesOfPacket() const
     return m_decoder->frame_size > 0 ? m_decoder->frame_size : samplesOfUnknownPacket;
 }
 
+/// Of sound that was written into a pipe, without a length in its header, the last packet is as long as it is.
+bool AudioStreamReader::isShortEndOfUnknownLength() const
+{
+    const LocalMediaFile &file = m_container->file();
+    const bool endsFile = m_packet->pos >= 0 && av_sat_add64(m_packet->pos, m_packet->size) >= file.length();
+    return endsFile && m_container->formatName() == "wav" && waveHasNoLength(file);
+}
+
 void AudioStreamReader::lookAtPacket()
 {
-    if ((m_packet->flags & AV_PKT_FLAG_CORRUPT) != 0)
+    if ((m_packet->flags & AV_PKT_FLAG_CORRUPT) != 0 && !isShortEndOfUnknownLength())
         report(QStringLiteral("the file says that a packet is damaged"));
     lookForGap();
     const bool isAlone = hasOnlyPackets(m_container->formatName()) && m_packet->pos >= 0;

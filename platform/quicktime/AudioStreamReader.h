@@ -58,6 +58,7 @@ private:
     [[nodiscard]] NSError openDecoder();
     [[nodiscard]] Result<bool> decodeMore();
     [[nodiscard]] Result<bool> feedDecoder();
+    [[nodiscard]] bool isShortEndOfUnknownLength() const;
     void lookAtPacket();
     void lookForGap();
     [[nodiscard]] bool makeSilence(std::int64_t samples);

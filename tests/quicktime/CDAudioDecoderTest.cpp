@@ -143,6 +143,23 @@ TEST_F(CDAudio, decoding_equalsTheSourceToTheBit_forWhatItsOwnEncoderMade)
     }
 }
 
+TEST_F(CDAudio, decoding_equalsTheSource_whereItWasWrittenIntoAPipe)
+{
+    // The header of such a file holds no length, or the greatest there is.
+    const Samples source = noise(someSamples);
+    const QByteArray wave = makeWave(source);
+    for (const char *form : {"-c:a pcm_s16le -f wav", "-c:a flac -f flac", "-c:a pcm_s16be -f au"}) {
+        const QByteArray path = tree.makeFile("piped", ffmpeg("-i " + wave + ' ' + form + " -"));
+        const Decoded result = decoded(path);
+        EXPECT_EQ(result.samples, source) << form;
+        EXPECT_TRUE(result.damage.isEmpty()) << form << ": " << qPrintable(result.damage.places.at(0).what);
+    }
+    // Cut where a length is announced is another matter.
+    QByteArray cut = tree.contents("source.wav");
+    cut.chop(4000);
+    EXPECT_FALSE(decoded(tree.makeFile("cut.wav", cut)).damage.isEmpty());
+}
+
 TEST_P(GaplessAudio, decoding_keepsEachSampleInItsPlace)
 {
     const Samples source = noise(someSamples);
