@@ -179,6 +179,34 @@ TEST_F(CommandOutput, progressBar_hasNoControlSequences_offATerminal)
     EXPECT_FALSE(result.errors.contains('\x1b'));
 }
 
+TEST_F(CommandOutput, namesStayAsTheyAre_withoutALocale)
+{
+    makeOrdinaryTree();
+    m_tree.makeFile("source/Gr\xC3\xBC\xC3\x9F"
+                    "e \xE6\x97\xA5",
+                    "text");
+    m_tree.makeFile("source/\xE4\xFF", "bytes that are no text");
+    const auto runBare = [](const QList<QByteArray> &words) {
+        ChildSettings settings;
+        settings.program = "env";
+        settings.arguments = QList<QByteArray>({"-i", TESSARON_PROGRAM}) + words;
+        return runChild(settings);
+    };
+    const ChildResult made = runBare(imageArguments({"-v"}));
+    EXPECT_EQ(made.exitStatus, 0) << made.errors.constData();
+    EXPECT_FALSE(made.errors.contains("locale")) << made.errors.constData();
+    EXPECT_TRUE(runTessaron({"verify", "-q", image(), m_tree.path("source")}).exitStatus == 0);
+    const ChildResult verified = runBare({"verify", image(), m_tree.path("source")});
+    EXPECT_EQ(verified.exitStatus, 0) << verified.errors.constData();
+    m_tree.remove("source/Gr\xC3\xBC\xC3\x9F"
+                  "e \xE6\x97\xA5");
+    const ChildResult different = runBare({"verify", image(), m_tree.path("source")});
+    EXPECT_EQ(different.exitStatus, 1);
+    EXPECT_TRUE(different.errors.contains("/Gr\xC3\xBC\xC3\x9F"
+                                          "e \xE6\x97\xA5: "))
+        << different.errors.constData();
+}
+
 TEST_F(CommandOutput, progressBar_isShownOnATerminal)
 {
     makeOrdinaryTree();
