@@ -22,22 +22,26 @@ constexpr std::uint32_t entryCount = 2;
 /// Valid, allocated, in use, and readable, but not writable: a write would damage the other filesystems of the disc.
 constexpr std::uint32_t readOnlyStatus = 0x17;
 
-/// Where fields of the driver descriptor lie.
-enum DriverField : std::size_t {
-    DriverUnit = 2,
-    DriverUnitCount = 4,
-};
+// Fields of the driver descriptor (Inside Macintosh, "The Partition Map"), counted from 0.
+namespace Driver
+{
+constexpr std::size_t signature = 0;
+constexpr std::size_t unit = 2;
+constexpr std::size_t unitCount = 4;
+} // namespace Driver
 
-/// Where fields of an entry of the map lie.
-enum EntryField : std::size_t {
-    EntriesInMap = 4,
-    PartitionStart = 8,
-    PartitionCount = 12,
-    PartitionName = 16,
-    PartitionType = 48,
-    DataCount = 84,
-    PartitionStatus = 88,
-};
+// Fields of an entry of the map.
+namespace Entry
+{
+constexpr std::size_t signature = 0;
+constexpr std::size_t entryCount = 4;
+constexpr std::size_t start = 8;
+constexpr std::size_t count = 12;
+constexpr std::size_t name = 16;
+constexpr std::size_t type = 48;
+constexpr std::size_t dataCount = 84;
+constexpr std::size_t status = 88;
+} // namespace Entry
 
 void storeText(std::uint8_t *to, std::string_view text)
 {
@@ -56,9 +60,9 @@ std::uint32_t ApplePartitionMap::unitFor(std::uint64_t imageBlocks)
 void ApplePartitionMap::store(std::span<std::uint8_t, size> to) const
 {
     std::uint8_t *const driver = to.data();
-    storeBigEndian<std::uint16_t>(driver, driverSignature);
-    storeBigEndian<std::uint16_t>(driver + DriverUnit, static_cast<std::uint16_t>(unit));
-    storeBigEndian<std::uint32_t>(driver + DriverUnitCount,
+    storeBigEndian<std::uint16_t>(driver + Driver::signature, driverSignature);
+    storeBigEndian<std::uint16_t>(driver + Driver::unit, static_cast<std::uint16_t>(unit));
+    storeBigEndian<std::uint32_t>(driver + Driver::unitCount,
                                   static_cast<std::uint32_t>(imageBlocks * (logicalBlockSize / unit)));
     storeEntry(driver + std::size_t{mapStart} * unit, true);
     storeEntry(driver + std::size_t{mapStart + 1} * unit, false);
@@ -71,14 +75,14 @@ void ApplePartitionMap::storeEntry(std::uint8_t *to, bool isMap) const
     // The map may have all up to the volume.
     const auto start = static_cast<std::uint32_t>(isMap ? mapStart : volumeStart);
     const auto count = static_cast<std::uint32_t>(isMap ? volumeStart - mapStart : volume.count * unitsPerBlock);
-    storeBigEndian<std::uint16_t>(to, partitionSignature);
-    storeBigEndian<std::uint32_t>(to + EntriesInMap, entryCount);
-    storeBigEndian<std::uint32_t>(to + PartitionStart, start);
-    storeBigEndian<std::uint32_t>(to + PartitionCount, count);
-    storeText(to + PartitionName, isMap ? "Apple" : "HFS+");
-    storeText(to + PartitionType, isMap ? "Apple_partition_map" : "Apple_HFS");
-    storeBigEndian<std::uint32_t>(to + DataCount, count); // all of it is data, from its first unit on
-    storeBigEndian<std::uint32_t>(to + PartitionStatus, readOnlyStatus);
+    storeBigEndian<std::uint16_t>(to + Entry::signature, partitionSignature);
+    storeBigEndian<std::uint32_t>(to + Entry::entryCount, entryCount);
+    storeBigEndian<std::uint32_t>(to + Entry::start, start);
+    storeBigEndian<std::uint32_t>(to + Entry::count, count);
+    storeText(to + Entry::name, isMap ? "Apple" : "HFS+");
+    storeText(to + Entry::type, isMap ? "Apple_partition_map" : "Apple_HFS");
+    storeBigEndian<std::uint32_t>(to + Entry::dataCount, count); // all of it is data, from its first unit on
+    storeBigEndian<std::uint32_t>(to + Entry::status, readOnlyStatus);
 }
 
 } // namespace Tessaron

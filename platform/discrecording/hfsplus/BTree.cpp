@@ -10,6 +10,32 @@ namespace Tessaron
 namespace
 {
 
+// Fields of a node's descriptor (HFS Plus Volume Format, "Node Structure"), counted from 0.
+namespace NodeField
+{
+constexpr std::size_t next = 0;
+constexpr std::size_t previous = 4;
+constexpr std::size_t kind = 8;
+constexpr std::size_t height = 9;
+constexpr std::size_t recordCount = 10;
+} // namespace NodeField
+
+// Fields of the header record ("Header Record").
+namespace HeaderField
+{
+constexpr std::size_t depth = 0;
+constexpr std::size_t root = 2;
+constexpr std::size_t leafRecords = 6;
+constexpr std::size_t firstLeaf = 10;
+constexpr std::size_t lastLeaf = 14;
+constexpr std::size_t nodeSize = 18;
+constexpr std::size_t longestKey = 20;
+constexpr std::size_t nodeCount = 22;
+constexpr std::size_t freeNodes = 26;
+constexpr std::size_t clumpSize = 32;
+constexpr std::size_t attributes = 38;
+} // namespace HeaderField
+
 constexpr std::size_t descriptorSize = 14;
 constexpr std::size_t offsetSize = 2;
 constexpr std::size_t childPointerSize = 4;
@@ -52,11 +78,11 @@ public:
     void finish(NodeKind kind, std::uint8_t height, std::uint32_t next, std::uint32_t previous)
     {
         std::uint8_t *const node = m_node.data();
-        storeBigEndian<std::uint32_t>(node, next);
-        storeBigEndian<std::uint32_t>(node + 4, previous);
-        node[8] = kind;
-        node[9] = height;
-        storeBigEndian<std::uint16_t>(node + 10, m_count);
+        storeBigEndian<std::uint32_t>(node + NodeField::next, next);
+        storeBigEndian<std::uint32_t>(node + NodeField::previous, previous);
+        node[NodeField::kind] = kind;
+        node[NodeField::height] = height;
+        storeBigEndian<std::uint16_t>(node + NodeField::recordCount, m_count);
     }
 
 private:
@@ -231,17 +257,17 @@ void BTree::fillHeader(std::span<std::uint8_t> node) const
     std::uint8_t *const header = filler.append(headerRecordSize);
     const bool isEmpty = m_leafStarts.empty();
     const std::size_t top = m_levels.size();
-    storeBigEndian<std::uint16_t>(header, isEmpty ? 0 : static_cast<std::uint16_t>(top + 1));
-    storeBigEndian<std::uint32_t>(header + 2, isEmpty ? 0 : levelStart(top));
-    storeBigEndian<std::uint32_t>(header + 6, m_recordCount);
-    storeBigEndian<std::uint32_t>(header + 10, isEmpty ? 0 : 1);
-    storeBigEndian<std::uint32_t>(header + 14, levelSize(0));
-    storeBigEndian<std::uint16_t>(header + 18, static_cast<std::uint16_t>(m_traits.nodeSize));
-    storeBigEndian<std::uint16_t>(header + 20, m_traits.longestKey);
-    storeBigEndian<std::uint32_t>(header + 22, m_nodeCount);
-    storeBigEndian<std::uint32_t>(header + 26, m_nodeCount - m_usedWithoutMap - m_mapNodes);
-    storeBigEndian<std::uint32_t>(header + 32, m_traits.nodeSize); // clump size
-    storeBigEndian<std::uint32_t>(header + 38, m_traits.attributes);
+    storeBigEndian<std::uint16_t>(header + HeaderField::depth, isEmpty ? 0 : static_cast<std::uint16_t>(top + 1));
+    storeBigEndian<std::uint32_t>(header + HeaderField::root, isEmpty ? 0 : levelStart(top));
+    storeBigEndian<std::uint32_t>(header + HeaderField::leafRecords, m_recordCount);
+    storeBigEndian<std::uint32_t>(header + HeaderField::firstLeaf, isEmpty ? 0 : 1);
+    storeBigEndian<std::uint32_t>(header + HeaderField::lastLeaf, levelSize(0));
+    storeBigEndian<std::uint16_t>(header + HeaderField::nodeSize, static_cast<std::uint16_t>(m_traits.nodeSize));
+    storeBigEndian<std::uint16_t>(header + HeaderField::longestKey, m_traits.longestKey);
+    storeBigEndian<std::uint32_t>(header + HeaderField::nodeCount, m_nodeCount);
+    storeBigEndian<std::uint32_t>(header + HeaderField::freeNodes, m_nodeCount - m_usedWithoutMap - m_mapNodes);
+    storeBigEndian<std::uint32_t>(header + HeaderField::clumpSize, m_traits.nodeSize);
+    storeBigEndian<std::uint32_t>(header + HeaderField::attributes, m_traits.attributes);
     filler.append(userRecordSize);
     const std::size_t mapSize = m_traits.nodeSize - headerMapOffset - headerOffsets;
     fillMap(0, {filler.append(mapSize), mapSize});

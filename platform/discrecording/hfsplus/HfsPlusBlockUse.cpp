@@ -14,8 +14,15 @@ namespace
 
 constexpr std::uint64_t bitsPerBlock = std::uint64_t{logicalBlockSize} * 8;
 constexpr std::size_t extentsPerRecord = 8;
-constexpr std::size_t keyBytes = 12;
-constexpr std::size_t extentBytes = 8;
+
+// Fields of a key (HFS Plus Volume Format, "Extents Overflow File Key"), counted from 0. The fork is 0, the data fork.
+namespace Key
+{
+constexpr std::size_t length = 0;
+constexpr std::size_t fileId = 4;
+constexpr std::size_t firstBlock = 8;
+constexpr std::size_t size = 12;
+} // namespace Key
 
 bool startsBefore(const BlockRun &one, const BlockRun &other)
 {
@@ -121,31 +128,29 @@ bool HfsPlusBlockUse::advance(BTreePosition *position) const
 
 std::size_t HfsPlusBlockUse::keySize(BTreePosition) const
 {
-    return keyBytes;
+    return Key::size;
 }
 
 std::size_t HfsPlusBlockUse::recordSize(BTreePosition) const
 {
-    return keyBytes + extentsPerRecord * extentBytes;
+    return Key::size + extentsPerRecord * hfsPlusExtentSize;
 }
 
 void HfsPlusBlockUse::storeKey(BTreePosition position, std::uint8_t *to) const
 {
-    storeBigEndian<std::uint16_t>(to, longestKey);
-    storeBigEndian<std::uint32_t>(to + 4, HfsPlusBadBlockFileId);
-    storeBigEndian<std::uint32_t>(to + 8, m_foreign[position.item * extentsPerRecord].before);
+    storeBigEndian<std::uint16_t>(to + Key::length, longestKey);
+    storeBigEndian<std::uint32_t>(to + Key::fileId, HfsPlusBadBlockFileId);
+    storeBigEndian<std::uint32_t>(to + Key::firstBlock, m_foreign[position.item * extentsPerRecord].before);
 }
 
 void HfsPlusBlockUse::storeRecord(BTreePosition position, std::uint8_t *to) const
 {
     storeKey(position, to);
-    to += keyBytes;
+    to += Key::size;
     const std::size_t start = position.item * extentsPerRecord;
     const std::size_t end = std::min(start + extentsPerRecord, m_foreign.size());
-    for (std::size_t index = start; index < end; ++index, to += extentBytes) {
-        storeBigEndian<std::uint32_t>(to, m_foreign[index].start);
-        storeBigEndian<std::uint32_t>(to + 4, m_foreign[index].count);
-    }
+    for (std::size_t index = start; index < end; ++index, to += hfsPlusExtentSize)
+        storeHfsPlusExtent(to, m_foreign[index].start, m_foreign[index].count);
 }
 
 } // namespace Tessaron

@@ -28,22 +28,43 @@ constexpr std::size_t emptyThreadSize = 10;
 constexpr std::size_t folderRecordSize = 88;
 constexpr std::size_t fileRecordSize = 248;
 
-// Places that folder and file records have in common.
-constexpr std::size_t flagsPlace = 2;
-constexpr std::size_t valencePlace = 4;
-constexpr std::size_t idPlace = 8;
-constexpr std::size_t createDatePlace = 12;
-constexpr std::size_t contentDatePlace = 16;
-constexpr std::size_t attributeDatePlace = 20;
-constexpr std::size_t accessDatePlace = 24;
-constexpr std::size_t permissionsPlace = 32;
-constexpr std::size_t modePlace = permissionsPlace + 10;
-constexpr std::size_t specialPlace = permissionsPlace + 12;
-constexpr std::size_t finderInfoPlace = 48;
-constexpr std::size_t finderFlagsPlace = finderInfoPlace + 8;
-constexpr std::size_t finderLocationPlace = finderInfoPlace + 10;
-constexpr std::size_t dataForkPlace = 88;
-constexpr std::size_t resourceForkPlace = 168;
+// Fields of keys, counted from 0 (HFS Plus Volume Format, "Catalog File Key").
+namespace Key
+{
+constexpr std::size_t length = 0;
+constexpr std::size_t parentId = 2;
+constexpr std::size_t name = 6;
+} // namespace Key
+
+// Fields of threads ("Catalog Thread Records").
+namespace Thread
+{
+constexpr std::size_t type = 0;
+constexpr std::size_t parentId = 4;
+constexpr std::size_t name = 8;
+} // namespace Thread
+
+// Fields of folder and file records ("Catalog Folder Records", "Catalog File Records").
+namespace Field
+{
+constexpr std::size_t type = 0;
+constexpr std::size_t flags = 2;
+constexpr std::size_t valence = 4;
+constexpr std::size_t id = 8;
+constexpr std::size_t createDate = 12;
+constexpr std::size_t contentDate = 16;
+constexpr std::size_t attributeDate = 20;
+constexpr std::size_t accessDate = 24;
+constexpr std::size_t userId = 32;
+constexpr std::size_t groupId = 36;
+constexpr std::size_t mode = 42;
+constexpr std::size_t special = 44;
+constexpr std::size_t finderInfo = 48;
+constexpr std::size_t finderFlags = 56;
+constexpr std::size_t finderLocation = 58; // vertical, then horizontal
+constexpr std::size_t dataFork = 88;
+constexpr std::size_t resourceFork = 168;
+} // namespace Field
 
 constexpr std::uint16_t threadExistsFlag = 2;
 
@@ -64,7 +85,7 @@ std::size_t digitCount(std::uint32_t number)
 
 void storeTypeAndCreator(std::uint8_t *record, const char (&text)[9])
 {
-    std::memcpy(record + finderInfoPlace, text, 8);
+    std::memcpy(record + Field::finderInfo, text, 8);
 }
 
 } // namespace
@@ -216,10 +237,10 @@ std::uint8_t *HfsPlusCatalog::storeName(Target target, std::uint8_t *to) const
 
 void HfsPlusCatalog::storeKey(BTreePosition position, std::uint8_t *to) const
 {
-    storeBigEndian<std::uint16_t>(to, static_cast<std::uint16_t>(keySize(position) - 2));
-    storeBigEndian<std::uint32_t>(to + 2, position.group);
+    storeBigEndian<std::uint16_t>(to + Key::length, static_cast<std::uint16_t>(keySize(position) - Key::parentId));
+    storeBigEndian<std::uint32_t>(to + Key::parentId, position.group);
     if (position.item > 0)
-        (void)storeName(targetAt(position), to + 6);
+        (void)storeName(targetAt(position), to + Key::name);
 }
 
 void HfsPlusCatalog::storeRecord(BTreePosition position, std::uint8_t *to) const
@@ -239,9 +260,9 @@ void HfsPlusCatalog::storeRecord(BTreePosition position, std::uint8_t *to) const
 
 void HfsPlusCatalog::storeThread(Target target, std::uint8_t *to) const
 {
-    storeBigEndian<std::uint16_t>(to, isFolder(target) ? FolderThreadRecord : FileThreadRecord);
-    storeBigEndian<std::uint32_t>(to + 4, parentIdOf(target));
-    (void)storeName(target, to + 8);
+    storeBigEndian<std::uint16_t>(to + Thread::type, isFolder(target) ? FolderThreadRecord : FileThreadRecord);
+    storeBigEndian<std::uint32_t>(to + Thread::parentId, parentIdOf(target));
+    (void)storeName(target, to + Thread::name);
 }
 
 void HfsPlusCatalog::storeObject(NodeIndex node, std::uint8_t *to) const
@@ -259,16 +280,16 @@ void HfsPlusCatalog::storeAttributes(NodeIndex node, std::uint32_t special, std:
 {
     const ContentNode &content = m_tree.tree().nodes[node];
     const ObjectTimes times = m_tree.tree().times(node);
-    storeBigEndian<std::uint32_t>(to + createDatePlace, hfsPlusDate(times.creation));
-    storeBigEndian<std::uint32_t>(to + contentDatePlace, hfsPlusDate(times.modification));
-    storeBigEndian<std::uint32_t>(to + attributeDatePlace, hfsPlusDate(times.attributeModification));
-    storeBigEndian<std::uint32_t>(to + accessDatePlace, hfsPlusDate(times.access));
-    storeBigEndian<std::uint32_t>(to + permissionsPlace, content.userId);
-    storeBigEndian<std::uint32_t>(to + permissionsPlace + 4, content.groupId);
-    storeBigEndian<std::uint16_t>(to + modePlace, content.mode);
-    storeBigEndian<std::uint32_t>(to + specialPlace, special);
+    storeBigEndian<std::uint32_t>(to + Field::createDate, hfsPlusDate(times.creation));
+    storeBigEndian<std::uint32_t>(to + Field::contentDate, hfsPlusDate(times.modification));
+    storeBigEndian<std::uint32_t>(to + Field::attributeDate, hfsPlusDate(times.attributeModification));
+    storeBigEndian<std::uint32_t>(to + Field::accessDate, hfsPlusDate(times.access));
+    storeBigEndian<std::uint32_t>(to + Field::userId, content.userId);
+    storeBigEndian<std::uint32_t>(to + Field::groupId, content.groupId);
+    storeBigEndian<std::uint16_t>(to + Field::mode, content.mode);
+    storeBigEndian<std::uint32_t>(to + Field::special, special);
     const FinderInfoBytes info = m_forks.finderInfo(node);
-    std::copy(info.begin(), info.end(), to + finderInfoPlace);
+    std::copy(info.begin(), info.end(), to + Field::finderInfo);
 }
 
 void HfsPlusCatalog::storeForks(NodeIndex node, std::uint8_t *to) const
@@ -276,35 +297,35 @@ void HfsPlusCatalog::storeForks(NodeIndex node, std::uint8_t *to) const
     const ContentTree &tree = m_tree.tree();
     const ContentNode &content = tree.nodes[node];
     if (content.isFile()) {
-        storeHfsPlusForkData(to + dataForkPlace, content.fileSize(), tree.nodes[content.contentsOwner()].extentStart(),
-                             blocksForBytes(content.fileSize()));
+        storeHfsPlusForkData(to + Field::dataFork, content.fileSize(),
+                             tree.nodes[content.contentsOwner()].extentStart(), blocksForBytes(content.fileSize()));
     } else if (const HfsPlusFork *const target = m_forks.linkTargets().forkOf(node)) {
-        storeHfsPlusForkData(to + dataForkPlace, target->length, m_places.linkTargets + target->firstBlock,
+        storeHfsPlusForkData(to + Field::dataFork, target->length, m_places.linkTargets + target->firstBlock,
                              blocksForBytes(target->length));
     }
     if (const HfsPlusFork *const fork = m_forks.resourceForks().forkOf(node))
-        storeHfsPlusForkData(to + resourceForkPlace, fork->length, m_places.resourceForks + fork->firstBlock,
+        storeHfsPlusForkData(to + Field::resourceFork, fork->length, m_places.resourceForks + fork->firstBlock,
                              blocksForBytes(fork->length));
 }
 
 void HfsPlusCatalog::storeFolder(NodeIndex node, std::uint8_t *to) const
 {
-    storeBigEndian<std::uint16_t>(to, FolderRecord);
+    storeBigEndian<std::uint16_t>(to + Field::type, FolderRecord);
     const std::uint32_t id = HfsPlusTree::idOf(node);
-    storeBigEndian<std::uint32_t>(to + valencePlace, itemCount(id) - 1);
-    storeBigEndian<std::uint32_t>(to + idPlace, id);
+    storeBigEndian<std::uint32_t>(to + Field::valence, itemCount(id) - 1);
+    storeBigEndian<std::uint32_t>(to + Field::id, id);
     storeAttributes(node, 0, to);
     // The links below are known by the date that the root and the hidden folder were created.
     if (node == 0)
-        storeBigEndian<std::uint32_t>(to + createDatePlace, hfsPlusDate(m_tree.tree().volumeTime));
+        storeBigEndian<std::uint32_t>(to + Field::createDate, hfsPlusDate(m_tree.tree().volumeTime));
 }
 
 void HfsPlusCatalog::storeFile(NodeIndex node, std::uint8_t *to) const
 {
     const ContentNode &content = m_tree.tree().nodes[node];
-    storeBigEndian<std::uint16_t>(to, FileRecord);
-    storeBigEndian<std::uint16_t>(to + flagsPlace, threadExistsFlag);
-    storeBigEndian<std::uint32_t>(to + idPlace, HfsPlusTree::idOf(node));
+    storeBigEndian<std::uint16_t>(to + Field::type, FileRecord);
+    storeBigEndian<std::uint16_t>(to + Field::flags, threadExistsFlag);
+    storeBigEndian<std::uint32_t>(to + Field::id, HfsPlusTree::idOf(node));
     std::uint32_t special = 1;
     if (content.isDevice())
         special = major(content.deviceNumber()) << 24 | minor(content.deviceNumber());
@@ -316,36 +337,36 @@ void HfsPlusCatalog::storeFile(NodeIndex node, std::uint8_t *to) const
 
 void HfsPlusCatalog::storeLink(NodeIndex node, const HfsPlusSharedFile &file, std::uint8_t *to) const
 {
-    storeBigEndian<std::uint16_t>(to, FileRecord);
-    storeBigEndian<std::uint16_t>(to + flagsPlace, threadExistsFlag);
-    storeBigEndian<std::uint32_t>(to + idPlace, HfsPlusTree::idOf(node));
+    storeBigEndian<std::uint16_t>(to + Field::type, FileRecord);
+    storeBigEndian<std::uint16_t>(to + Field::flags, threadExistsFlag);
+    storeBigEndian<std::uint32_t>(to + Field::id, HfsPlusTree::idOf(node));
     storeAttributes(file.firstName, m_tree.firstLinkedId() + file.number, to);
-    storeBigEndian<std::uint32_t>(to + createDatePlace, hfsPlusDate(m_tree.tree().volumeTime));
-    std::fill_n(to + finderInfoPlace, 32, std::uint8_t{0});
+    storeBigEndian<std::uint32_t>(to + Field::createDate, hfsPlusDate(m_tree.tree().volumeTime));
+    std::fill_n(to + Field::finderInfo, 32, std::uint8_t{0});
     storeTypeAndCreator(to, "hlnkhfs+");
-    storeBigEndian<std::uint16_t>(to + finderFlagsPlace, hasBeenInitialised);
+    storeBigEndian<std::uint16_t>(to + Field::finderFlags, hasBeenInitialised);
 }
 
 void HfsPlusCatalog::storePrivateFolder(std::uint8_t *to) const
 {
-    storeBigEndian<std::uint16_t>(to, FolderRecord);
-    storeBigEndian<std::uint32_t>(to + valencePlace, m_tree.linkedFileCount());
-    storeBigEndian<std::uint32_t>(to + idPlace, m_tree.privateFolderId());
+    storeBigEndian<std::uint16_t>(to + Field::type, FolderRecord);
+    storeBigEndian<std::uint32_t>(to + Field::valence, m_tree.linkedFileCount());
+    storeBigEndian<std::uint32_t>(to + Field::id, m_tree.privateFolderId());
     const std::uint32_t date = hfsPlusDate(m_tree.tree().volumeTime);
-    for (const std::size_t place : {createDatePlace, contentDatePlace, attributeDatePlace, accessDatePlace})
+    for (const std::size_t place : {Field::createDate, Field::contentDate, Field::attributeDate, Field::accessDate})
         storeBigEndian<std::uint32_t>(to + place, date);
-    storeBigEndian<std::uint16_t>(to + modePlace, S_IFDIR | 0700);
-    storeBigEndian<std::uint16_t>(to + finderFlagsPlace, invisibleAndNameLocked);
-    storeBigEndian<std::uint16_t>(to + finderLocationPlace, farAway);
-    storeBigEndian<std::uint16_t>(to + finderLocationPlace + 2, farAway);
+    storeBigEndian<std::uint16_t>(to + Field::mode, S_IFDIR | 0700);
+    storeBigEndian<std::uint16_t>(to + Field::finderFlags, invisibleAndNameLocked);
+    storeBigEndian<std::uint16_t>(to + Field::finderLocation, farAway);
+    storeBigEndian<std::uint16_t>(to + Field::finderLocation + 2, farAway);
 }
 
 void HfsPlusCatalog::storeLinkedFile(std::uint32_t number, std::uint8_t *to) const
 {
     const HfsPlusSharedFile &file = m_tree.linkedFileByNumber(number);
-    storeBigEndian<std::uint16_t>(to, FileRecord);
-    storeBigEndian<std::uint16_t>(to + flagsPlace, threadExistsFlag);
-    storeBigEndian<std::uint32_t>(to + idPlace, m_tree.firstLinkedId() + number);
+    storeBigEndian<std::uint16_t>(to + Field::type, FileRecord);
+    storeBigEndian<std::uint16_t>(to + Field::flags, threadExistsFlag);
+    storeBigEndian<std::uint32_t>(to + Field::id, m_tree.firstLinkedId() + number);
     storeAttributes(file.firstName, file.nameCount, to);
     storeForks(file.firstName, to);
 }

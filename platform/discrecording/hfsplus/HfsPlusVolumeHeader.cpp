@@ -11,12 +11,39 @@ namespace Tessaron
 namespace
 {
 
-constexpr std::uint16_t signature = 0x482B; // "H+"
-constexpr std::uint16_t version = 4;
-constexpr std::uint32_t lastMountedBy = 0x54657373; // "Tess"
+// Fields of a volume header, counted from 0.
+namespace Field
+{
+constexpr std::size_t signature = 0;
+constexpr std::size_t version = 2;
+constexpr std::size_t attributes = 4;
+constexpr std::size_t lastMountedBy = 8;
+constexpr std::size_t creationDate = 16;
+constexpr std::size_t modificationDate = 20;
+constexpr std::size_t checkDate = 28;
+constexpr std::size_t fileCount = 32;
+constexpr std::size_t folderCount = 36;
+constexpr std::size_t blockSize = 40;
+constexpr std::size_t totalBlocks = 44;
+constexpr std::size_t freeBlocks = 48;
+constexpr std::size_t nextAllocation = 52;
+constexpr std::size_t resourceClumpSize = 56;
+constexpr std::size_t dataClumpSize = 60;
+constexpr std::size_t nextCatalogId = 64;
+constexpr std::size_t writeCount = 68;
+constexpr std::size_t encodings = 72;
+constexpr std::size_t volumeId = 104; // the last of eight numbers for the Finder; the others name folders to start from
+constexpr std::size_t allocationFile = 112;
+constexpr std::size_t extentsFile = 192;
+constexpr std::size_t catalogFile = 272;
+} // namespace Field
+
+constexpr std::uint16_t signatureOfHfsPlus = 0x482B; // "H+"
+constexpr std::uint16_t versionOfHfsPlus = 4;
+constexpr std::uint32_t thisSystem = 0x54657373; // "Tess"
 
 enum Attribute : std::uint32_t {
-    Unmounted = 1u << 8, ///< nobody has left it half written
+    Unmounted = 1u << 8, ///< it was written to its end
     SparedBlocks = 1u << 9,
     SoftwareLock = 1u << 15, ///< not to be written to: that would damage the other filesystems of the disc
 };
@@ -32,31 +59,31 @@ void storeSpecialFile(std::uint8_t *to, const HfsPlusSpecialFile &file)
 
 void storeHfsPlusVolumeHeader(std::uint8_t *to, const HfsPlusVolumeFacts &facts)
 {
-    storeBigEndian<std::uint16_t>(to, signature);
-    storeBigEndian<std::uint16_t>(to + 2, version);
-    storeBigEndian<std::uint32_t>(to + 4, Unmounted | SoftwareLock | (facts.hasSparedBlocks ? SparedBlocks : 0u));
-    storeBigEndian<std::uint32_t>(to + 8, lastMountedBy);
-    // Of the four dates the first is meant in local time; which one is nobody's to know, so it is UTC like the others.
+    storeBigEndian<std::uint16_t>(to + Field::signature, signatureOfHfsPlus);
+    storeBigEndian<std::uint16_t>(to + Field::version, versionOfHfsPlus);
+    storeBigEndian<std::uint32_t>(to + Field::attributes,
+                                  Unmounted | SoftwareLock | (facts.hasSparedBlocks ? SparedBlocks : 0u));
+    storeBigEndian<std::uint32_t>(to + Field::lastMountedBy, thisSystem);
+    // The date of creation is meant in local time. A disc does not say of which zone, so it is UTC like the others.
     const std::uint32_t date = hfsPlusDate(facts.time);
-    storeBigEndian<std::uint32_t>(to + 16, date); // created
-    storeBigEndian<std::uint32_t>(to + 20, date); // modified
-    storeBigEndian<std::uint32_t>(to + 28, date); // checked
-    storeBigEndian<std::uint32_t>(to + 32, facts.fileCount);
-    storeBigEndian<std::uint32_t>(to + 36, facts.folderCount);
-    storeBigEndian<std::uint32_t>(to + 40, logicalBlockSize);
-    storeBigEndian<std::uint32_t>(to + 44, facts.totalBlocks);
-    storeBigEndian<std::uint32_t>(to + 48, facts.freeBlocks);
-    storeBigEndian<std::uint32_t>(to + 52, facts.nextFreeBlock);
-    storeBigEndian<std::uint32_t>(to + 56, logicalBlockSize); // clump sizes of both forks
-    storeBigEndian<std::uint32_t>(to + 60, logicalBlockSize);
-    storeBigEndian<std::uint32_t>(to + 64, facts.nextId);
-    storeBigEndian<std::uint32_t>(to + 68, 1); // how often it was written
-    storeBigEndian<std::uint64_t>(to + 72, romanEncoding);
-    storeBigEndian<std::uint64_t>(to + 104,
-                                  facts.volumeId); // behind the folders for starting a system, of which it has none
-    storeSpecialFile(to + 112, facts.allocationFile);
-    storeSpecialFile(to + 192, facts.extentsFile);
-    storeSpecialFile(to + 272, facts.catalogFile);
+    storeBigEndian<std::uint32_t>(to + Field::creationDate, date);
+    storeBigEndian<std::uint32_t>(to + Field::modificationDate, date);
+    storeBigEndian<std::uint32_t>(to + Field::checkDate, date);
+    storeBigEndian<std::uint32_t>(to + Field::fileCount, facts.fileCount);
+    storeBigEndian<std::uint32_t>(to + Field::folderCount, facts.folderCount);
+    storeBigEndian<std::uint32_t>(to + Field::blockSize, logicalBlockSize);
+    storeBigEndian<std::uint32_t>(to + Field::totalBlocks, facts.totalBlocks);
+    storeBigEndian<std::uint32_t>(to + Field::freeBlocks, facts.freeBlocks);
+    storeBigEndian<std::uint32_t>(to + Field::nextAllocation, facts.nextFreeBlock);
+    storeBigEndian<std::uint32_t>(to + Field::resourceClumpSize, logicalBlockSize);
+    storeBigEndian<std::uint32_t>(to + Field::dataClumpSize, logicalBlockSize);
+    storeBigEndian<std::uint32_t>(to + Field::nextCatalogId, facts.nextId);
+    storeBigEndian<std::uint32_t>(to + Field::writeCount, 1);
+    storeBigEndian<std::uint64_t>(to + Field::encodings, romanEncoding);
+    storeBigEndian<std::uint64_t>(to + Field::volumeId, facts.volumeId);
+    storeSpecialFile(to + Field::allocationFile, facts.allocationFile);
+    storeSpecialFile(to + Field::extentsFile, facts.extentsFile);
+    storeSpecialFile(to + Field::catalogFile, facts.catalogFile);
 }
 
 } // namespace Tessaron

@@ -21,22 +21,24 @@ constexpr std::uint64_t mostUnits = 65534;
 constexpr std::uint64_t sectorsPerBlock = logicalBlockSize / 512;
 constexpr std::size_t longestName = 27;
 
-/// Where fields of a master directory block lie.
-enum Field : std::size_t {
-    Created = 2,
-    Modified = 6,
-    Attributes = 10,
-    UnitCount = 18,
-    UnitSize = 20,
-    ClumpSize = 24,
-    FirstUnit = 28,
-    NextId = 30,
-    NameLength = 36,
-    Name = 37,
-    EmbeddedSignature = 124,
-    EmbeddedStart = 126,
-    EmbeddedCount = 128,
-};
+// Fields of a master directory block (Inside Macintosh, "Master Directory Blocks"), counted from 0.
+namespace Field
+{
+constexpr std::size_t signature = 0;
+constexpr std::size_t creationDate = 2;
+constexpr std::size_t modificationDate = 6;
+constexpr std::size_t attributes = 10;
+constexpr std::size_t unitCount = 18;
+constexpr std::size_t unitSize = 20;
+constexpr std::size_t clumpSize = 24;
+constexpr std::size_t firstUnit = 28;
+constexpr std::size_t nextId = 30;
+constexpr std::size_t nameLength = 36;
+constexpr std::size_t name = 37;
+constexpr std::size_t embeddedSignature = 124;
+constexpr std::size_t embeddedStart = 126;
+constexpr std::size_t embeddedCount = 128;
+} // namespace Field
 
 } // namespace
 
@@ -54,23 +56,23 @@ void storeHfsWrapper(std::uint8_t *to, FileTime time, std::u16string_view name, 
     const auto units = static_cast<std::uint16_t>(volumeBlocks / unit);
     const auto unitBytes = static_cast<std::uint32_t>(unit * logicalBlockSize);
     const std::uint64_t firstUnit = hfsPlusVolumeStart * sectorsPerBlock;
-    storeBigEndian<std::uint16_t>(to, wrapperSignature);
-    storeBigEndian<std::uint32_t>(to + Created, hfsPlusDate(time));
-    storeBigEndian<std::uint32_t>(to + Modified, hfsPlusDate(time));
-    storeBigEndian<std::uint16_t>(to + Attributes, wrapperAttributes);
-    storeBigEndian<std::uint16_t>(to + UnitCount, units);
-    storeBigEndian<std::uint32_t>(to + UnitSize, unitBytes);
-    storeBigEndian<std::uint32_t>(to + ClumpSize, unitBytes);
-    storeBigEndian<std::uint16_t>(to + FirstUnit, static_cast<std::uint16_t>(firstUnit));
-    storeBigEndian<std::uint32_t>(to + NextId, 16);
+    storeBigEndian<std::uint16_t>(to + Field::signature, wrapperSignature);
+    storeBigEndian<std::uint32_t>(to + Field::creationDate, hfsPlusDate(time));
+    storeBigEndian<std::uint32_t>(to + Field::modificationDate, hfsPlusDate(time));
+    storeBigEndian<std::uint16_t>(to + Field::attributes, wrapperAttributes);
+    storeBigEndian<std::uint16_t>(to + Field::unitCount, units);
+    storeBigEndian<std::uint32_t>(to + Field::unitSize, unitBytes);
+    storeBigEndian<std::uint32_t>(to + Field::clumpSize, unitBytes);
+    storeBigEndian<std::uint16_t>(to + Field::firstUnit, static_cast<std::uint16_t>(firstUnit));
+    storeBigEndian<std::uint32_t>(to + Field::nextId, 16);
     const std::u16string_view shown = name.substr(0, longestName);
-    to[NameLength] = static_cast<std::uint8_t>(shown.size());
-    std::ranges::transform(shown, to + Name, [](char16_t unitOfName) {
+    to[Field::nameLength] = static_cast<std::uint8_t>(shown.size());
+    std::ranges::transform(shown, to + Field::name, [](char16_t unitOfName) {
         return unitOfName >= 0x20 && unitOfName < 0x7F ? static_cast<std::uint8_t>(unitOfName) : std::uint8_t{'_'};
     });
-    storeBigEndian<std::uint16_t>(to + EmbeddedSignature, embeddedSignature);
-    storeBigEndian<std::uint16_t>(to + EmbeddedStart, std::uint16_t{0});
-    storeBigEndian<std::uint16_t>(to + EmbeddedCount, units);
+    storeBigEndian<std::uint16_t>(to + Field::embeddedSignature, embeddedSignature);
+    storeBigEndian<std::uint16_t>(to + Field::embeddedStart, std::uint16_t{0});
+    storeBigEndian<std::uint16_t>(to + Field::embeddedCount, units);
 }
 
 } // namespace Tessaron

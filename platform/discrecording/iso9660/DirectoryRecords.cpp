@@ -1,8 +1,8 @@
 #include "platform/discrecording/iso9660/DirectoryRecords.h"
 
+#include "platform/discrecording/iso9660/BothEndianFields.h"
 #include "platform/discrecording/iso9660/IsoDateFields.h"
 #include "platform/discrecording/iso9660/RockRidge.h"
-#include "platform/foundation/ByteOrder.h"
 
 #include <algorithm>
 
@@ -17,6 +17,18 @@ constexpr std::size_t fixedRecordSize = 33;
 /// Longest record: its length is one byte and even.
 constexpr std::size_t longestRecord = 254;
 
+// Fields of a record (ECMA-119 9.1), counted from 0.
+namespace Field
+{
+constexpr std::size_t recordLength = 0;
+constexpr std::size_t extentBlock = 2;
+constexpr std::size_t dataLength = 10;
+constexpr std::size_t recordingTime = 18;
+constexpr std::size_t flags = 25;
+constexpr std::size_t numberInSet = 28;
+constexpr std::size_t identifierLength = 32;
+} // namespace Field
+
 // File flags (9.1.6).
 constexpr std::uint8_t flagHidden = 0x01;
 constexpr std::uint8_t flagDirectory = 0x02;
@@ -30,12 +42,6 @@ constexpr std::string_view parentIdentifier{"\1", 1};
 constexpr std::size_t systemUseStart(std::size_t identifierSize)
 {
     return fixedRecordSize + identifierSize + (identifierSize % 2 == 0 ? 1 : 0);
-}
-
-void storeBothEndian(std::uint8_t *to, std::uint32_t value)
-{
-    storeLittleEndian<std::uint32_t>(to, value);
-    storeBigEndian<std::uint32_t>(to + 4, value);
 }
 
 RockRidgeFacts factsAbout(const DirectoryHierarchy &hierarchy, NodeIndex node)
@@ -185,15 +191,14 @@ void DirectoryRecords::makeRecord(NodeIndex node, std::string_view identifier, s
     const std::span<const std::uint8_t> use = m_use.inRecord();
     m_recordSize = useStart + use.size() + (useStart + use.size()) % 2;
     m_record.fill(0);
-    m_record[0] = static_cast<std::uint8_t>(m_recordSize);
+    m_record[Field::recordLength] = static_cast<std::uint8_t>(m_recordSize);
     if (m_places)
-        storeRecordingDate(&m_record[18], m_hierarchy.tree().times(node).modification);
+        storeRecordingDate(&m_record[Field::recordingTime], m_hierarchy.tree().times(node).modification);
     const bool isHidden = (content.hiddenIn() & m_hierarchy.traits().filesystem) != 0;
-    m_record[25] =
+    m_record[Field::flags] =
         static_cast<std::uint8_t>((isHidden ? flagHidden : 0) | (m_role == NameRole::Folder ? flagDirectory : 0));
-    storeLittleEndian<std::uint16_t>(&m_record[28], 1);
-    storeBigEndian<std::uint16_t>(&m_record[30], 1);
-    m_record[32] = static_cast<std::uint8_t>(identifierSize);
+    storeBothEndian16(&m_record[Field::numberInSet], 1);
+    m_record[Field::identifierLength] = static_cast<std::uint8_t>(identifierSize);
     const auto end = std::copy(identifier.begin(), identifier.end(), m_record.begin() + fixedRecordSize);
     std::copy(suffix.begin(), suffix.end(), end);
     std::copy(use.begin(), use.end(), m_record.begin() + static_cast<std::ptrdiff_t>(useStart));
@@ -216,10 +221,11 @@ void DirectoryRecords::setExtent(NodeIndex node, std::uint32_t section)
         block = m_places->image + tree.nodes[content.contentsOwner()].extentStart() + offset / logicalBlockSize;
         size = std::min(content.fileSize() - offset, fileSectionSize);
         const bool isLast = offset + size >= content.fileSize();
-        m_record[25] = static_cast<std::uint8_t>((m_record[25] & ~flagMultiExtent) | (isLast ? 0 : flagMultiExtent));
+        m_record[Field::flags] =
+            static_cast<std::uint8_t>((m_record[Field::flags] & ~flagMultiExtent) | (isLast ? 0 : flagMultiExtent));
     }
-    storeBothEndian(&m_record[2], static_cast<std::uint32_t>(block));
-    storeBothEndian(&m_record[10], static_cast<std::uint32_t>(size));
+    storeBothEndian(&m_record[Field::extentBlock], static_cast<std::uint32_t>(block));
+    storeBothEndian(&m_record[Field::dataLength], static_cast<std::uint32_t>(size));
 }
 
 std::span<const std::uint8_t> DirectoryRecords::continuationOf(const HierarchyContinuation &continuation)
@@ -242,14 +248,13 @@ void storeRootRecord(std::uint8_t *to, const DirectoryHierarchy &hierarchy, cons
 {
     const HierarchyFolder &root = hierarchy.folders().front();
     std::fill_n(to, rootRecordSize, std::uint8_t{0});
-    to[0] = rootRecordSize;
-    storeBothEndian(to + 2, static_cast<std::uint32_t>(places.directories + root.firstBlock));
-    storeBothEndian(to + 10, root.blockCount * logicalBlockSize);
-    storeRecordingDate(to + 18, hierarchy.tree().times(root.node).modification);
-    to[25] = flagDirectory;
-    storeLittleEndian<std::uint16_t>(to + 28, 1);
-    storeBigEndian<std::uint16_t>(to + 30, 1);
-    to[32] = 1;
+    to[Field::recordLength] = rootRecordSize;
+    storeBothEndian(to + Field::extentBlock, static_cast<std::uint32_t>(places.directories + root.firstBlock));
+    storeBothEndian(to + Field::dataLength, root.blockCount * logicalBlockSize);
+    storeRecordingDate(to + Field::recordingTime, hierarchy.tree().times(root.node).modification);
+    to[Field::flags] = flagDirectory;
+    storeBothEndian16(to + Field::numberInSet, 1);
+    to[Field::identifierLength] = 1;
 }
 
 } // namespace Tessaron

@@ -11,12 +11,18 @@ namespace Tessaron
 namespace
 {
 
-/// Bytes of a record before its identifier (ECMA-119 9.4).
-constexpr std::size_t fixedSize = 8;
+// Fields of a record (ECMA-119 9.4), counted from 0.
+namespace Field
+{
+constexpr std::size_t identifierLength = 0;
+constexpr std::size_t extentBlock = 2;
+constexpr std::size_t parentNumber = 6;
+constexpr std::size_t identifier = 8;
+} // namespace Field
 
 constexpr std::size_t recordSize(std::size_t identifierSize)
 {
-    return fixedSize + identifierSize + identifierSize % 2;
+    return Field::identifier + identifierSize + identifierSize % 2;
 }
 
 } // namespace
@@ -68,15 +74,15 @@ void PathTable::fill(PathTableOrder order, const HierarchyPlaces &places, std::u
         const auto block = static_cast<std::uint32_t>(places.directories + folders[number].firstBlock);
         const auto parent = static_cast<std::uint16_t>(folders[number].parent + 1);
         record.fill(0);
-        record[0] = static_cast<std::uint8_t>(name.size());
+        record[Field::identifierLength] = static_cast<std::uint8_t>(name.size());
         if (order == PathTableOrder::LittleEndian) {
-            storeLittleEndian<std::uint32_t>(&record[2], block);
-            storeLittleEndian<std::uint16_t>(&record[6], parent);
+            storeLittleEndian<std::uint32_t>(&record[Field::extentBlock], block);
+            storeLittleEndian<std::uint16_t>(&record[Field::parentNumber], parent);
         } else {
-            storeBigEndian<std::uint32_t>(&record[2], block);
-            storeBigEndian<std::uint16_t>(&record[6], parent);
+            storeBigEndian<std::uint32_t>(&record[Field::extentBlock], block);
+            storeBigEndian<std::uint16_t>(&record[Field::parentNumber], parent);
         }
-        std::copy_n(name.view().begin(), name.size(), record.begin() + fixedSize);
+        std::copy_n(name.view().begin(), name.size(), record.begin() + Field::identifier);
         // The table is a row of bytes: a record may lie partly before or behind the part that is wanted.
         const std::uint64_t from = std::max(at, firstByte);
         const std::uint64_t to = std::min(at + size, end);

@@ -1,7 +1,7 @@
 #include "platform/discrecording/iso9660/RockRidge.h"
 
+#include "platform/discrecording/iso9660/BothEndianFields.h"
 #include "platform/discrecording/iso9660/IsoDateFields.h"
-#include "platform/foundation/ByteOrder.h"
 
 #include <algorithm>
 #include <array>
@@ -32,12 +32,6 @@ constexpr std::uint8_t componentRoot = 8;
 
 // Which times a TF entry holds (4.1.6).
 constexpr std::uint8_t modificationAccessAndAttributes = 0x0E;
-
-void storeBothEndian(std::uint8_t *to, std::uint32_t value)
-{
-    storeLittleEndian<std::uint32_t>(to, value);
-    storeBigEndian<std::uint32_t>(to + 4, value);
-}
 
 std::span<const std::uint8_t> bytesOf(std::string_view text)
 {

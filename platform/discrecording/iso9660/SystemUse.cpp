@@ -1,6 +1,6 @@
 #include "platform/discrecording/iso9660/SystemUse.h"
 
-#include "platform/foundation/ByteOrder.h"
+#include "platform/discrecording/iso9660/BothEndianFields.h"
 
 #include <algorithm>
 
@@ -9,12 +9,6 @@ namespace Tessaron
 
 namespace
 {
-
-void storeBothEndian(std::uint8_t *to, std::uint32_t value)
-{
-    storeLittleEndian<std::uint32_t>(to, value);
-    storeBigEndian<std::uint32_t>(to + 4, value);
-}
 
 /// A CE entry: where the area is and how long (SUSP 5.1).
 void storeContinuationEntry(std::uint8_t *to, const ContinuationPlace &place, std::uint32_t size)

@@ -1,5 +1,6 @@
 #include "platform/discrecording/iso9660/VolumeDescriptor.h"
 
+#include "platform/discrecording/iso9660/BothEndianFields.h"
 #include "platform/discrecording/iso9660/DescriptorText.h"
 #include "platform/discrecording/iso9660/IsoDateFields.h"
 #include "platform/discrecording/objects/DRFolder.h"
@@ -20,31 +21,52 @@ constexpr std::uint8_t typePrimary = 1;
 constexpr std::uint8_t typeSupplementary = 2;
 constexpr std::uint8_t typeTerminator = 255;
 
-/// Where the bytes begin that are left to whoever makes the volume (8.4.32).
-constexpr std::size_t applicationUseStart = 883;
-/// What a primary volume says that holds nothing, since the files are in the Joliet tree alone: so that a check can
-/// tell it from one that lost them.
+// Fields of primary and supplementary descriptors (ECMA-119 8.4 and 8.5), counted from 0.
+namespace Field
+{
+constexpr std::size_t type = 0;
+constexpr std::size_t standardIdentifier = 1;
+constexpr std::size_t version = 6;
+constexpr std::size_t systemIdentifier = 8;
+constexpr std::size_t volumeIdentifier = 40;
+constexpr std::size_t shortTextSize = 32; // of these two
+constexpr std::size_t blockCount = 80;
+constexpr std::size_t escapeSequences = 88;
+constexpr std::size_t setSize = 120;
+constexpr std::size_t numberInSet = 124;
+constexpr std::size_t blockSize = 128;
+constexpr std::size_t pathTableSize = 132;
+constexpr std::size_t littleEndianPathTable = 140;
+constexpr std::size_t bigEndianPathTable = 148;
+constexpr std::size_t rootRecord = 156;
+constexpr std::size_t setIdentifier = 190;
+constexpr std::size_t publisher = 318;
+constexpr std::size_t dataPreparer = 446;
+constexpr std::size_t application = 574;
+constexpr std::size_t longTextSize = 128; // of these four
+constexpr std::size_t copyrightFile = 702;
+constexpr std::size_t abstractFile = 739;
+constexpr std::size_t bibliographicFile = 776;
+constexpr std::size_t fileNameSize = 37; // of these three
+constexpr std::size_t creationTime = 813;
+constexpr std::size_t modificationTime = 830;
+constexpr std::size_t expirationTime = 847;
+constexpr std::size_t effectiveTime = 864;
+constexpr std::size_t structureVersion = 881;
+constexpr std::size_t applicationUse = 883;
+} // namespace Field
+
+/// The note in a primary volume that is empty because the files are in the Joliet tree alone: a check can tell it from
+/// a volume that lost its files.
 constexpr std::string_view standInNote = "THE FILES ARE IN THE JOLIET TREE";
-
-void storeBothEndian(std::uint8_t *to, std::uint32_t value)
-{
-    storeLittleEndian<std::uint32_t>(to, value);
-    storeBigEndian<std::uint32_t>(to + 4, value);
-}
-
-void storeBothEndian16(std::uint8_t *to, std::uint16_t value)
-{
-    storeLittleEndian<std::uint16_t>(to, value);
-    storeBigEndian<std::uint16_t>(to + 2, value);
-}
 
 /// Type, "CD001" and version, which every descriptor begins with (ECMA-119 8.1).
 void storeHead(std::span<std::uint8_t> block, std::uint8_t type)
 {
     constexpr std::string_view identifier = "CD001";
-    block[0] = type;
-    std::copy(identifier.begin(), identifier.end(), block.begin() + 1);
-    block[6] = 1;
+    block[Field::type] = type;
+    std::copy(identifier.begin(), identifier.end(), block.begin() + Field::standardIdentifier);
+    block[Field::version] = 1;
 }
 
 /// The texts of one descriptor in its character set, filled up with blanks.
@@ -96,16 +118,16 @@ void storeTexts(std::span<std::uint8_t> block, const DirectoryHierarchy &hierarc
 {
     using Characters = DescriptorTexts::Characters;
     DescriptorTexts writer(block, hierarchy.traits().coding);
-    writer.store(8, 32, texts.systemIdentifier, Characters::A);
-    writer.storeRecorded(40, 32, hierarchy.names().volumeName().view());
-    writer.store(190, 128, texts.volumeSet, Characters::D);
-    writer.store(318, 128, texts.publisher, Characters::A);
-    writer.store(446, 128, texts.dataPreparer, Characters::A);
-    writer.store(574, 128, texts.application, Characters::A);
-    // Copyright, abstract and bibliographic files: none.
-    writer.store(702, 37, {}, Characters::D);
-    writer.store(739, 37, {}, Characters::D);
-    writer.store(776, 37, {}, Characters::D);
+    writer.store(Field::systemIdentifier, Field::shortTextSize, texts.systemIdentifier, Characters::A);
+    writer.storeRecorded(Field::volumeIdentifier, Field::shortTextSize, hierarchy.names().volumeName().view());
+    writer.store(Field::setIdentifier, Field::longTextSize, texts.volumeSet, Characters::D);
+    writer.store(Field::publisher, Field::longTextSize, texts.publisher, Characters::A);
+    writer.store(Field::dataPreparer, Field::longTextSize, texts.dataPreparer, Characters::A);
+    writer.store(Field::application, Field::longTextSize, texts.application, Characters::A);
+    // No file on the disc is named for these.
+    writer.store(Field::copyrightFile, Field::fileNameSize, {}, Characters::D);
+    writer.store(Field::abstractFile, Field::fileNameSize, {}, Characters::D);
+    writer.store(Field::bibliographicFile, Field::fileNameSize, {}, Characters::D);
 }
 
 std::string textProperty(const DRFolder &root, const QString &key)
@@ -134,27 +156,27 @@ void storeVolumeDescriptor(std::span<std::uint8_t> block, const DirectoryHierarc
     const bool isJoliet = hierarchy.traits().coding == NameCoding::Joliet;
     storeHead(block, isJoliet ? typeSupplementary : typePrimary);
     storeTexts(block, hierarchy, texts);
-    storeBothEndian(&block[80], facts.imageBlocks);
+    storeBothEndian(&block[Field::blockCount], facts.imageBlocks);
     if (isJoliet) {
         // UCS-2 level 3: the escape sequence %/E.
         constexpr std::string_view escape = "%/E";
-        std::copy(escape.begin(), escape.end(), block.begin() + 88);
+        std::copy(escape.begin(), escape.end(), block.begin() + Field::escapeSequences);
     }
-    storeBothEndian16(&block[120], 1); // volumes in the set
-    storeBothEndian16(&block[124], 1); // this one's number
-    storeBothEndian16(&block[128], logicalBlockSize);
-    storeBothEndian(&block[132], facts.pathTableBytes);
-    storeLittleEndian<std::uint32_t>(&block[140], facts.littleEndianPathTable);
-    storeBigEndian<std::uint32_t>(&block[148], facts.bigEndianPathTable);
-    storeRootRecord(&block[156], hierarchy, facts.places);
+    storeBothEndian16(&block[Field::setSize], 1);
+    storeBothEndian16(&block[Field::numberInSet], 1);
+    storeBothEndian16(&block[Field::blockSize], logicalBlockSize);
+    storeBothEndian(&block[Field::pathTableSize], facts.pathTableBytes);
+    storeLittleEndian<std::uint32_t>(&block[Field::littleEndianPathTable], facts.littleEndianPathTable);
+    storeBigEndian<std::uint32_t>(&block[Field::bigEndianPathTable], facts.bigEndianPathTable);
+    storeRootRecord(&block[Field::rootRecord], hierarchy, facts.places);
     const FileTime time = hierarchy.tree().volumeTime;
-    storeVolumeDate(&block[813], time); // made
-    storeVolumeDate(&block[830], time); // modified
-    storeNoVolumeDate(&block[847]); // expires
-    storeNoVolumeDate(&block[864]); // effective
-    block[881] = 1; // file structure version
+    storeVolumeDate(&block[Field::creationTime], time);
+    storeVolumeDate(&block[Field::modificationTime], time);
+    storeNoVolumeDate(&block[Field::expirationTime]);
+    storeNoVolumeDate(&block[Field::effectiveTime]);
+    block[Field::structureVersion] = 1;
     if (hierarchy.traits().filesystem == 0)
-        std::copy(standInNote.begin(), standInNote.end(), block.begin() + applicationUseStart);
+        std::copy(standInNote.begin(), standInNote.end(), block.begin() + Field::applicationUse);
 }
 
 void storeVolumeDescriptorSetTerminator(std::span<std::uint8_t> block)

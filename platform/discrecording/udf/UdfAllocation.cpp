@@ -12,6 +12,13 @@ namespace Tessaron
 namespace
 {
 
+// Fields of an allocation extent (ECMA-167 4/14.5), counted from 0.
+namespace ExtentHead
+{
+constexpr std::size_t previousExtent = 16;
+constexpr std::size_t descriptorsLength = 20;
+} // namespace ExtentHead
+
 /// Extent type 3: the descriptors go on in the extent (ECMA-167 4/14.14.1.1).
 constexpr std::uint32_t goesOnThere = 3u << 30;
 
@@ -52,8 +59,8 @@ void UdfAllocation::storeExtent(std::uint8_t *to, std::uint64_t index, std::uint
     }
     const std::uint64_t bytes = stored * descriptorSize;
     if (index > 0)
-        storeLittleEndian<std::uint32_t>(to + 16, here - 1);
-    storeLittleEndian<std::uint32_t>(to + 20, static_cast<std::uint32_t>(bytes));
+        storeLittleEndian<std::uint32_t>(to + ExtentHead::previousExtent, here - 1);
+    storeLittleEndian<std::uint32_t>(to + ExtentHead::descriptorsLength, static_cast<std::uint32_t>(bytes));
     storeUdfTag({to, extentHeadSize + bytes}, UdfTag::AllocationExtent, here);
 }
 

@@ -14,6 +14,16 @@ namespace Tessaron
 namespace
 {
 
+// Fields of a file identifier (ECMA-167 4/14.4), counted from 0.
+namespace Field
+{
+constexpr std::size_t version = 16;
+constexpr std::size_t characteristics = 18;
+constexpr std::size_t nameLength = 19;
+constexpr std::size_t icb = 20;
+constexpr std::size_t name = 38; // nothing is in the use of implementations
+} // namespace Field
+
 // File characteristics (ECMA-167 4/14.4.3).
 constexpr std::uint8_t isHidden = 1;
 constexpr std::uint8_t isDirectory = 2;
@@ -106,11 +116,11 @@ void UdfDirectories::storeEntry(std::span<std::uint8_t> entry, std::uint8_t char
                                 std::string_view name, std::uint32_t location) const
 {
     std::fill(entry.begin(), entry.end(), std::uint8_t{0});
-    storeLittleEndian<std::uint16_t>(&entry[16], 1); // file version
-    entry[18] = characteristics;
-    entry[19] = static_cast<std::uint8_t>(name.size());
-    storeUdfLongDescriptor(&entry[20], logicalBlockSize, m_places.icb(m_hierarchy.icbOf(target)));
-    std::copy(name.begin(), name.end(), entry.begin() + 38);
+    storeLittleEndian<std::uint16_t>(&entry[Field::version], 1);
+    entry[Field::characteristics] = characteristics;
+    entry[Field::nameLength] = static_cast<std::uint8_t>(name.size());
+    storeUdfLongDescriptor(&entry[Field::icb], logicalBlockSize, m_places.icb(m_hierarchy.icbOf(target)));
+    std::copy(name.begin(), name.end(), entry.begin() + Field::name);
     storeUdfTag(entry, UdfTag::FileIdentifier, location);
 }
 

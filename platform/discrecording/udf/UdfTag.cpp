@@ -10,6 +10,19 @@ namespace Tessaron
 namespace
 {
 
+// Fields of a tag (ECMA-167 3/7.2), counted from 0.
+namespace Field
+{
+constexpr std::size_t identifier = 0;
+constexpr std::size_t version = 2;
+constexpr std::size_t checksum = 4;
+constexpr std::size_t reserved = 5;
+constexpr std::size_t serialNumber = 6;
+constexpr std::size_t crc = 8;
+constexpr std::size_t crcLength = 10;
+constexpr std::size_t location = 12;
+} // namespace Field
+
 /// Version of the tag's format: 2 for the second edition of ECMA-167, which UDF 1.02 is built on.
 constexpr std::uint16_t descriptorVersion = 2;
 
@@ -54,18 +67,18 @@ std::uint16_t udfCrc(std::span<const std::uint8_t> bytes)
 void storeUdfTag(std::span<std::uint8_t> descriptor, UdfTag tag, std::uint32_t location)
 {
     const std::span<const std::uint8_t> body = descriptor.subspan(udfTagSize);
-    storeLittleEndian<std::uint16_t>(&descriptor[0], static_cast<std::uint16_t>(tag));
-    storeLittleEndian<std::uint16_t>(&descriptor[2], descriptorVersion);
-    descriptor[4] = 0;
-    descriptor[5] = 0;
-    storeLittleEndian<std::uint16_t>(&descriptor[6], 0); // serial number: none
-    storeLittleEndian<std::uint16_t>(&descriptor[8], udfCrc(body));
-    storeLittleEndian<std::uint16_t>(&descriptor[10], static_cast<std::uint16_t>(body.size()));
-    storeLittleEndian<std::uint32_t>(&descriptor[12], location);
+    storeLittleEndian<std::uint16_t>(&descriptor[Field::identifier], static_cast<std::uint16_t>(tag));
+    storeLittleEndian<std::uint16_t>(&descriptor[Field::version], descriptorVersion);
+    descriptor[Field::checksum] = 0;
+    descriptor[Field::reserved] = 0;
+    storeLittleEndian<std::uint16_t>(&descriptor[Field::serialNumber], 0); // not given
+    storeLittleEndian<std::uint16_t>(&descriptor[Field::crc], udfCrc(body));
+    storeLittleEndian<std::uint16_t>(&descriptor[Field::crcLength], static_cast<std::uint16_t>(body.size()));
+    storeLittleEndian<std::uint32_t>(&descriptor[Field::location], location);
     unsigned int sum = 0;
     for (std::size_t at = 0; at < udfTagSize; ++at)
         sum += descriptor[at];
-    descriptor[4] = static_cast<std::uint8_t>(sum);
+    descriptor[Field::checksum] = static_cast<std::uint8_t>(sum);
 }
 
 } // namespace Tessaron
