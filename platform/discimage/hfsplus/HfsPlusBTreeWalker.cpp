@@ -1,5 +1,6 @@
 #include "platform/discimage/hfsplus/HfsPlusBTreeWalker.h"
 
+#include "platform/discimage/hfsplus/HfsPlusRecordFields.h"
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/foundation/ByteOrder.h"
 
@@ -12,8 +13,8 @@ namespace Tessaron
 namespace
 {
 
-constexpr std::size_t descriptorSize = 14;
-constexpr std::size_t headerRecordSize = 106;
+namespace Node = HfsPlusNodeField;
+
 constexpr std::uint32_t smallestNode = 512;
 constexpr std::uint32_t largestNode = 32768;
 constexpr std::size_t pointerSize = 4;
@@ -97,22 +98,23 @@ NSError HfsPlusBTreeWalker::readBytes(std::uint64_t at, std::uint8_t *to, std::s
 
 NSError HfsPlusBTreeWalker::readHeader()
 {
-    std::array<std::uint8_t, descriptorSize + headerRecordSize> bytes;
+    std::array<std::uint8_t, Node::size + HfsPlusTreeHeaderField::size> bytes;
     if (NSError error = readBytes(0, bytes.data(), bytes.size()))
         return error;
     const std::uint64_t offset = imageOffset(0);
-    const std::uint8_t *const header = bytes.data() + descriptorSize;
-    m_depth = loadBigEndian<std::uint16_t>(header);
-    m_root = loadBigEndian<std::uint32_t>(header + 2);
-    m_firstLeaf = loadBigEndian<std::uint32_t>(header + 10);
-    m_lastLeaf = loadBigEndian<std::uint32_t>(header + 14);
-    m_nodeSize = loadBigEndian<std::uint16_t>(header + 18);
-    m_longestKey = loadBigEndian<std::uint16_t>(header + 20);
-    m_nodeCount = loadBigEndian<std::uint32_t>(header + 22);
-    const std::uint32_t attributes = loadBigEndian<std::uint32_t>(header + 38);
+    namespace Header = HfsPlusTreeHeaderField;
+    const std::uint8_t *const header = bytes.data() + Node::size;
+    m_depth = loadBigEndian<std::uint16_t>(header + Header::depth);
+    m_root = loadBigEndian<std::uint32_t>(header + Header::root);
+    m_firstLeaf = loadBigEndian<std::uint32_t>(header + Header::firstLeaf);
+    m_lastLeaf = loadBigEndian<std::uint32_t>(header + Header::lastLeaf);
+    m_nodeSize = loadBigEndian<std::uint16_t>(header + Header::nodeSize);
+    m_longestKey = loadBigEndian<std::uint16_t>(header + Header::longestKey);
+    m_nodeCount = loadBigEndian<std::uint32_t>(header + Header::nodeCount);
+    const std::uint32_t attributes = loadBigEndian<std::uint32_t>(header + Header::attributes);
     m_hasVariableIndexKeys = (attributes & variableIndexKeysAttribute) != 0;
-    m_order = m_traits.orderFor(header[37]);
-    if (bytes[8] != headerKind || (attributes & bigKeysAttribute) == 0)
+    m_order = m_traits.orderFor(header[Header::compareType]);
+    if (bytes[Node::kind] != headerKind || (attributes & bigKeysAttribute) == 0)
         return damaged(offset, QStringLiteral("there is no header node"));
     const bool isPowerOfTwo = (m_nodeSize & (m_nodeSize - 1)) == 0;
     if (m_nodeSize < smallestNode || m_nodeSize > largestNode || !isPowerOfTwo)
@@ -149,18 +151,18 @@ NSError HfsPlusBTreeWalker::readNode(std::uint32_t number, std::uint8_t level, H
     if (NSError error = readBytes(at, node->bytes.data(), m_nodeSize))
         return error;
     const std::uint8_t *const from = node->bytes.data();
-    node->next = loadBigEndian<std::uint32_t>(from);
-    node->previous = loadBigEndian<std::uint32_t>(from + 4);
-    node->recordCount = loadBigEndian<std::uint16_t>(from + 10);
-    if (from[8] != (level == 1 ? leafKind : indexKind) || from[9] != level)
+    node->next = loadBigEndian<std::uint32_t>(from + Node::next);
+    node->previous = loadBigEndian<std::uint32_t>(from + Node::previous);
+    node->recordCount = loadBigEndian<std::uint16_t>(from + Node::recordCount);
+    if (from[Node::kind] != (level == 1 ? leafKind : indexKind) || from[Node::height] != level)
         return damaged(node->offset, QStringLiteral("a node is not of the level where it stands"));
     const std::size_t tableSize = 2 * (std::size_t{node->recordCount} + 1);
-    if (node->recordCount == 0 || tableSize > m_nodeSize - descriptorSize)
+    if (node->recordCount == 0 || tableSize > m_nodeSize - Node::size)
         return damaged(node->offset, QStringLiteral("a node has an impossible number of records"));
-    std::size_t before = descriptorSize;
+    std::size_t before = Node::size;
     for (std::size_t index = 0; index <= node->recordCount; ++index) {
         const std::size_t start = node->recordStart(index);
-        if (index == 0 ? start != descriptorSize : start <= before)
+        if (index == 0 ? start != Node::size : start <= before)
             return damaged(node->offset, QStringLiteral("the records of a node are not in a row"));
         before = start;
     }

@@ -1,6 +1,7 @@
 #include "platform/discimage/hfsplus/HfsPlusCatalogCheck.h"
 
 #include "platform/discimage/hfsplus/HfsPlusCatalogItem.h"
+#include "platform/discimage/hfsplus/HfsPlusRecordFields.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
 
@@ -13,19 +14,8 @@ namespace Tessaron
 namespace
 {
 
-enum RecordType : std::uint16_t { FolderRecord = 1, FileRecord = 2, FolderThreadRecord = 3, FileThreadRecord = 4 };
-
-constexpr std::size_t folderRecordSize = 88;
-constexpr std::size_t fileRecordSize = 248;
-constexpr std::size_t threadHeadSize = 10;
-constexpr std::size_t threadReservedField = 2;
-constexpr std::size_t flagsField = 2;
-constexpr std::size_t reservedField = 4; // of a file; a folder has its number of children there
-constexpr std::size_t modeField = 42;
-constexpr std::size_t dataForkField = 88;
-constexpr std::size_t resourceForkField = 168;
-constexpr std::size_t forkSize = 80;
-constexpr std::size_t catalogKeyHeadSize = 6;
+namespace Field = HfsPlusItemField;
+namespace Key = HfsPlusCatalogKeyField;
 
 constexpr std::uint32_t rootParentId = 1;
 constexpr std::uint32_t rootId = 2;
@@ -81,8 +71,8 @@ void HfsPlusCatalogCheck::take(HfsPlusBytes key, HfsPlusBytes data, std::uint64_
 {
     const std::uint32_t parentId = hfsPlusParentId(key);
     const HfsPlusBytes name = hfsPlusKeyName(key);
-    if (key.size() != catalogKeyHeadSize + name.size()
-        || loadBigEndian<std::uint16_t>(&key[catalogKeyHeadSize - 2]) * std::size_t(2) != name.size())
+    if (key.size() != Key::name + name.size()
+        || loadBigEndian<std::uint16_t>(&key[Key::nameLength]) * std::size_t(2) != name.size())
         damaged(offset, QStringLiteral("a key and the name in it are not of the same length"));
     if (parentId != m_parent) {
         endFolder();
@@ -94,7 +84,7 @@ void HfsPlusCatalogCheck::take(HfsPlusBytes key, HfsPlusBytes data, std::uint64_
     if (data.size() < 2)
         return damaged(offset, QStringLiteral("a record is too short"));
     const auto type = loadBigEndian<std::uint16_t>(data.data());
-    if (type == FolderThreadRecord || type == FileThreadRecord) {
+    if (type == HfsPlusFolderThreadRecord || type == HfsPlusFileThreadRecord) {
         if (!name.empty())
             return damaged(offset, QStringLiteral("a thread has a name in its key"));
         return takeThread(parentId, data, offset);
@@ -110,9 +100,9 @@ void HfsPlusCatalogCheck::take(HfsPlusBytes key, HfsPlusBytes data, std::uint64_
 void HfsPlusCatalogCheck::takeThread(std::uint32_t id, HfsPlusBytes data, std::uint64_t offset)
 {
     const std::optional<HfsPlusThread> thread = hfsPlusThread(data);
-    if (!thread || data.size() != threadHeadSize + std::size_t(thread->name.size()))
+    if (!thread || data.size() != HfsPlusThreadField::name + std::size_t(thread->name.size()))
         return damaged(offset, QStringLiteral("a thread has an impossible length"));
-    if (loadBigEndian<std::uint16_t>(&data[threadReservedField]) != 0)
+    if (loadBigEndian<std::uint16_t>(&data[HfsPlusThreadField::reserved]) != 0)
         m_problems.unnoticed(offset, structure(), QStringLiteral("bytes that have to be zero are not"));
     m_hasThread = true;
     m_parentIsFolder = thread->isFolder;
@@ -124,8 +114,8 @@ void HfsPlusCatalogCheck::takeThread(std::uint32_t id, HfsPlusBytes data, std::u
 void HfsPlusCatalogCheck::takeObject(std::uint32_t parentId, HfsPlusBytes name, HfsPlusBytes data, std::uint64_t offset)
 {
     const auto type = loadBigEndian<std::uint16_t>(data.data());
-    const bool isFolder = type == FolderRecord;
-    if ((!isFolder && type != FileRecord) || data.size() != (isFolder ? folderRecordSize : fileRecordSize))
+    const bool isFolder = type == HfsPlusFolderRecord;
+    if ((!isFolder && type != HfsPlusFileRecord) || data.size() != (isFolder ? Field::folderSize : Field::fileSize))
         return damaged(offset, QStringLiteral("a record is of an unknown type or length"));
     const std::optional<HfsPlusItem> item = hfsPlusItem(data);
     if (!item)
@@ -153,8 +143,8 @@ void HfsPlusCatalogCheck::takeFile(std::uint32_t parentId, HfsPlusBytes name, Hf
     if (item.isHardLink())
         ++m_links[item.special];
     checkKind(item, data, offset);
-    m_fork(item.id, false, data.subspan(dataForkField, forkSize), offset);
-    m_fork(item.id, true, data.subspan(resourceForkField, forkSize), offset);
+    m_fork(item.id, false, data.subspan(Field::dataFork, HfsPlusForkDataField::size), offset);
+    m_fork(item.id, true, data.subspan(Field::resourceFork, HfsPlusForkDataField::size), offset);
 }
 
 /// A link has its type in its Finder information, too; pipes, sockets and devices have no contents.
@@ -162,27 +152,28 @@ void HfsPlusCatalogCheck::checkKind(const HfsPlusItem &item, HfsPlusBytes data, 
 {
     const VolumeObjectKind kind = item.kind();
     const bool isMarkedAsLink = item.typeAndCreator == "slnkrhap";
-    const bool hasContents = loadBigEndian<std::uint64_t>(&data[dataForkField]) != 0;
+    const bool hasContents = loadBigEndian<std::uint64_t>(&data[Field::dataFork]) != 0;
     const bool isLink = kind == VolumeObjectKind::SymbolicLink;
     if (item.mode != 0
         && (isLink != isMarkedAsLink || (kind == VolumeObjectKind::Other && hasContents) || (isLink && !hasContents)))
-        damaged(offset + modeField, QStringLiteral("the mode of an object is not of its kind"));
+        damaged(offset + Field::mode, QStringLiteral("the mode of an object is not of its kind"));
 }
 
 void HfsPlusCatalogCheck::checkAttributes(bool isFolder, HfsPlusBytes data, std::uint64_t offset) const
 {
-    const auto flags = loadBigEndian<std::uint16_t>(&data[flagsField]);
+    const auto flags = loadBigEndian<std::uint16_t>(&data[Field::flags]);
     if ((flags & ~knownFlags) != 0)
-        m_problems.unnoticed(offset + flagsField, structure(), QStringLiteral("a record has unknown flags"));
+        m_problems.unnoticed(offset + Field::flags, structure(), QStringLiteral("a record has unknown flags"));
     if (!isFolder && (flags & threadExistsFlag) == 0)
-        m_problems.unnoticed(offset + flagsField, structure(), QStringLiteral("a file says that it has no thread"));
-    if (!isFolder && loadBigEndian<std::uint32_t>(&data[reservedField]) != 0)
-        m_problems.unnoticed(offset + reservedField, structure(), QStringLiteral("bytes that have to be zero are not"));
-    const std::uint32_t type = loadBigEndian<std::uint16_t>(&data[modeField]) & S_IFMT;
+        m_problems.unnoticed(offset + Field::flags, structure(), QStringLiteral("a file says that it has no thread"));
+    if (!isFolder && loadBigEndian<std::uint32_t>(&data[Field::childCount]) != 0)
+        m_problems.unnoticed(offset + Field::childCount, structure(),
+                             QStringLiteral("bytes that have to be zero are not"));
+    const std::uint32_t type = loadBigEndian<std::uint16_t>(&data[Field::mode]) & S_IFMT;
     const bool isKnown =
         type == S_IFREG || type == S_IFLNK || type == S_IFIFO || type == S_IFSOCK || type == S_IFCHR || type == S_IFBLK;
-    if (loadBigEndian<std::uint16_t>(&data[modeField]) != 0 && (isFolder ? type != S_IFDIR : !isKnown))
-        damaged(offset + modeField, QStringLiteral("the mode of an object is not of its kind"));
+    if (loadBigEndian<std::uint16_t>(&data[Field::mode]) != 0 && (isFolder ? type != S_IFDIR : !isKnown))
+        damaged(offset + Field::mode, QStringLiteral("the mode of an object is not of its kind"));
 }
 
 void HfsPlusCatalogCheck::endFolder()

@@ -1,5 +1,6 @@
 #include "platform/discimage/hfsplus/HfsPlusCatalogItem.h"
 
+#include "platform/discimage/hfsplus/HfsPlusRecordFields.h"
 #include "platform/foundation/ByteOrder.h"
 
 #include <QString>
@@ -13,28 +14,9 @@ namespace Tessaron
 namespace
 {
 
-enum RecordType : std::uint16_t {
-    FolderRecord = 1,
-    FileRecord = 2,
-    FolderThreadRecord = 3,
-    FileThreadRecord = 4,
-};
-
-// Of folder and file records ("Catalog Folder Records", "Catalog File Records").
-constexpr std::size_t childCountField = 4;
-constexpr std::size_t idField = 8;
-constexpr std::size_t createdField = 12;
-constexpr std::size_t modifiedField = 16;
-constexpr std::size_t modeField = 42;
-constexpr std::size_t specialField = 44;
-constexpr std::size_t folderRecordSize = 88;
-constexpr std::size_t fileRecordSize = 248;
-constexpr std::size_t threadHeadSize = 10;
-constexpr std::size_t keyHeadSize = 6;
-constexpr std::size_t dataForkOffset = 88;
-constexpr std::size_t dataForkSize = 80;
-constexpr std::size_t finderInfoOffset = 48;
-constexpr std::size_t typeAndCreatorSize = 8;
+namespace Field = HfsPlusItemField;
+namespace Thread = HfsPlusThreadField;
+namespace Key = HfsPlusCatalogKeyField;
 
 /// From 1904 to 1970, seconds.
 constexpr std::int64_t epochDistance = 2'082'844'800;
@@ -78,57 +60,57 @@ VolumeObjectKind HfsPlusItem::kind() const
 
 std::optional<HfsPlusThread> hfsPlusThread(HfsPlusBytes data)
 {
-    if (data.size() < threadHeadSize)
+    if (data.size() < Thread::name)
         return std::nullopt;
     const std::uint16_t type = loadBigEndian<std::uint16_t>(data.data());
-    const std::size_t nameSize = 2 * std::size_t{loadBigEndian<std::uint16_t>(&data[8])};
-    if ((type != FolderThreadRecord && type != FileThreadRecord) || nameSize > data.size() - threadHeadSize)
+    const std::size_t nameSize = 2 * std::size_t{loadBigEndian<std::uint16_t>(&data[Thread::nameLength])};
+    if ((type != HfsPlusFolderThreadRecord && type != HfsPlusFileThreadRecord) || nameSize > data.size() - Thread::name)
         return std::nullopt;
-    const auto *const name = reinterpret_cast<const char *>(data.data()) + threadHeadSize;
-    return HfsPlusThread{type == FolderThreadRecord, loadBigEndian<std::uint32_t>(&data[4]),
+    const auto *const name = reinterpret_cast<const char *>(data.data()) + Thread::name;
+    return HfsPlusThread{type == HfsPlusFolderThreadRecord, loadBigEndian<std::uint32_t>(&data[Thread::parentId]),
                          QByteArray(name, qsizetype(nameSize))};
 }
 
 std::optional<HfsPlusItem> hfsPlusItem(HfsPlusBytes data)
 {
-    if (data.size() < folderRecordSize)
+    if (data.size() < Field::folderSize)
         return std::nullopt;
     const std::uint16_t type = loadBigEndian<std::uint16_t>(data.data());
-    if (type != FolderRecord && (type != FileRecord || data.size() < fileRecordSize))
+    if (type != HfsPlusFolderRecord && (type != HfsPlusFileRecord || data.size() < Field::fileSize))
         return std::nullopt;
     HfsPlusItem item;
-    item.isFolder = type == FolderRecord;
-    item.childCount = loadBigEndian<std::uint32_t>(&data[childCountField]);
-    item.id = loadBigEndian<std::uint32_t>(&data[idField]);
-    item.created = loadBigEndian<std::uint32_t>(&data[createdField]);
-    item.modified = loadBigEndian<std::uint32_t>(&data[modifiedField]);
-    item.mode = loadBigEndian<std::uint16_t>(&data[modeField]);
-    item.special = loadBigEndian<std::uint32_t>(&data[specialField]);
+    item.isFolder = type == HfsPlusFolderRecord;
+    item.childCount = loadBigEndian<std::uint32_t>(&data[Field::childCount]);
+    item.id = loadBigEndian<std::uint32_t>(&data[Field::id]);
+    item.created = loadBigEndian<std::uint32_t>(&data[Field::creationDate]);
+    item.modified = loadBigEndian<std::uint32_t>(&data[Field::modificationDate]);
+    item.mode = loadBigEndian<std::uint16_t>(&data[Field::mode]);
+    item.special = loadBigEndian<std::uint32_t>(&data[Field::special]);
     if (!item.isFolder) {
         const auto *const bytes = reinterpret_cast<const char *>(data.data());
-        item.typeAndCreator = {bytes + finderInfoOffset, typeAndCreatorSize};
-        item.dataFork = data.subspan(dataForkOffset, dataForkSize);
+        item.typeAndCreator = {bytes + Field::finderInfo, Field::typeAndCreatorSize};
+        item.dataFork = data.subspan(Field::dataFork, HfsPlusForkDataField::size);
     }
     return item;
 }
 
 std::uint32_t hfsPlusParentId(HfsPlusBytes key)
 {
-    return loadBigEndian<std::uint32_t>(key.data());
+    return loadBigEndian<std::uint32_t>(&key[Key::parentId]);
 }
 
 HfsPlusBytes hfsPlusKeyName(HfsPlusBytes key)
 {
-    const std::size_t size = 2 * std::size_t{loadBigEndian<std::uint16_t>(&key[4])};
-    return key.subspan(keyHeadSize, std::min(size, (key.size() - keyHeadSize) / 2 * 2));
+    const std::size_t size = 2 * std::size_t{loadBigEndian<std::uint16_t>(&key[Key::nameLength])};
+    return key.subspan(Key::name, std::min(size, (key.size() - Key::name) / 2 * 2));
 }
 
 QByteArray hfsPlusKey(std::uint32_t parentId, QByteArrayView name)
 {
-    QByteArray key(qsizetype(keyHeadSize), Qt::Uninitialized);
+    QByteArray key(qsizetype(Key::name), Qt::Uninitialized);
     auto *const to = reinterpret_cast<std::uint8_t *>(key.data());
-    storeBigEndian<std::uint32_t>(to, parentId);
-    storeBigEndian<std::uint16_t>(to + 4, static_cast<std::uint16_t>(name.size() / 2));
+    storeBigEndian<std::uint32_t>(to + Key::parentId, parentId);
+    storeBigEndian<std::uint16_t>(to + Key::nameLength, static_cast<std::uint16_t>(name.size() / 2));
     key.append(name);
     return key;
 }

@@ -1,5 +1,6 @@
 #include "platform/discimage/hfsplus/HfsPlusForkExtents.h"
 
+#include "platform/discimage/hfsplus/HfsPlusRecordFields.h"
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/discimage/volume/VolumeReader.h"
 #include "platform/foundation/ByteOrder.h"
@@ -10,8 +11,7 @@ namespace Tessaron
 namespace
 {
 
-constexpr std::size_t extentsInRecord = 8;
-constexpr std::size_t extentSize = 8;
+namespace Extent = HfsPlusExtentField;
 
 NSError damaged(std::uint64_t offset, const QString &reason)
 {
@@ -22,7 +22,8 @@ NSError damaged(std::uint64_t offset, const QString &reason)
 
 HfsPlusForkHead hfsPlusForkHead(const std::uint8_t *from)
 {
-    return {loadBigEndian<std::uint64_t>(from), loadBigEndian<std::uint32_t>(from + 12)};
+    return {loadBigEndian<std::uint64_t>(from + HfsPlusForkDataField::length),
+            loadBigEndian<std::uint32_t>(from + HfsPlusForkDataField::blockCount)};
 }
 
 HfsPlusForkExtents::HfsPlusForkExtents(const HfsPlusVolumePlace &volume, const HfsPlusForkHead &head)
@@ -34,9 +35,9 @@ HfsPlusForkExtents::HfsPlusForkExtents(const HfsPlusVolumePlace &volume, const H
 NSError HfsPlusForkExtents::add(const std::uint8_t *eightExtents, std::uint64_t recordOffset)
 {
     const std::uint32_t before = m_blocksFound;
-    for (std::size_t index = 0; index < extentsInRecord && !isComplete(); ++index) {
-        const std::uint32_t start = loadBigEndian<std::uint32_t>(eightExtents + index * extentSize);
-        const std::uint32_t count = loadBigEndian<std::uint32_t>(eightExtents + index * extentSize + 4);
+    for (std::size_t index = 0; index < Extent::perRecord && !isComplete(); ++index) {
+        const std::uint32_t start = loadBigEndian<std::uint32_t>(eightExtents + index * Extent::size + Extent::start);
+        const std::uint32_t count = loadBigEndian<std::uint32_t>(eightExtents + index * Extent::size + Extent::count);
         if (count == 0)
             break;
         if (start > m_volume.blockCount || count > m_volume.blockCount - start)

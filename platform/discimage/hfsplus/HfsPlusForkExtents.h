@@ -19,14 +19,11 @@ struct HfsPlusVolumePlace {
 /// What the volume says of a fork (HFS Plus Volume Format, "Fork Data Structure"); its first eight extents follow these
 /// numbers.
 struct HfsPlusForkHead {
-    static constexpr std::size_t size = 80; ///< bytes of the structure, the extents included
-    static constexpr std::size_t extentsOffset = 16;
-
     std::uint64_t length = 0; ///< bytes
     std::uint32_t blockCount = 0;
 };
 
-/// Reads the head of a structure of HfsPlusForkHead::size bytes.
+/// Reads the head of a structure of HfsPlusForkDataField::size bytes.
 [[nodiscard]] HfsPlusForkHead hfsPlusForkHead(const std::uint8_t *from);
 
 /// Collects the extents of one fork while they are found: those in its own record, then those in the extents file.

@@ -2,6 +2,7 @@
 
 #include "platform/discimage/hfsplus/HfsPlusCatalogItem.h"
 #include "platform/discimage/hfsplus/HfsPlusNameOrder.h"
+#include "platform/discimage/hfsplus/HfsPlusRecordFields.h"
 #include "platform/foundation/ByteOrder.h"
 
 #include <tuple>
@@ -14,11 +15,6 @@ namespace
 
 /// What a catalog says whose names are ordered with regard to case, on HFSX volumes.
 constexpr std::uint8_t binaryCompareType = 0xBC;
-
-// Of a key of the extents file ("Extents Overflow File Key"), without the length.
-constexpr std::size_t forkField = 0;
-constexpr std::size_t fileField = 2;
-constexpr std::size_t firstBlockField = 6;
 
 int compareNumbers(const auto &one, const auto &other)
 {
@@ -40,8 +36,9 @@ HfsPlusBTreeWalker::Order hfsPlusExtentsOrder()
 {
     return [](HfsPlusBytes one, HfsPlusBytes other) {
         const auto rank = [](HfsPlusBytes key) {
-            return std::tuple(loadBigEndian<std::uint32_t>(&key[fileField]), key[forkField],
-                              loadBigEndian<std::uint32_t>(&key[firstBlockField]));
+            namespace Field = HfsPlusExtentsKeyField;
+            return std::tuple(loadBigEndian<std::uint32_t>(&key[Field::fileId]), key[Field::fork],
+                              loadBigEndian<std::uint32_t>(&key[Field::firstBlock]));
         };
         return compareNumbers(rank(one), rank(other));
     };

@@ -2,14 +2,10 @@
 
 #include "platform/discimage/hfsplus/HfsPlusBTreeWalker.h"
 
-#include <cstddef>
 #include <cstdint>
 
 namespace Tessaron
 {
-
-inline constexpr std::size_t hfsPlusShortestCatalogKey = 6; ///< bytes, without the length
-inline constexpr std::size_t hfsPlusExtentsKeySize = 10; ///< bytes, without the length
 
 /// The order of the catalog's keys. On HFSX volumes the header of the catalog says by `compareType` whether letters of
 /// either case are the same.

@@ -1,5 +1,6 @@
 #include "platform/discimage/hfsplus/HfsPlusPlaceCheck.h"
 
+#include "platform/discimage/hfsplus/HfsPlusRecordFields.h"
 #include "platform/discimage/hfsplus/HfsPlusVolumeHeaderReader.h"
 #include "platform/foundation/ByteOrder.h"
 
@@ -12,27 +13,8 @@ namespace Tessaron
 namespace
 {
 
-constexpr std::uint64_t headerDistance = 1024; // from the begin of a volume; of the copy from its end
-constexpr std::uint16_t wrapperSignature = 0x4244; // "BD"
-constexpr std::uint16_t volumeSignature = 0x482B; // "H+"
-constexpr std::uint16_t caseSensitiveSignature = 0x4858; // "HX"
-
-// "HFS Wrapper": of the master directory block.
-namespace Wrapper
-{
-constexpr std::size_t unitCount = 18;
-constexpr std::size_t embeddedSignature = 124;
-constexpr std::size_t firstUnit = 126;
-constexpr std::size_t embeddedCount = 128;
-} // namespace Wrapper
-
-// "Volume Header".
-namespace Header
-{
-constexpr std::size_t version = 2;
-constexpr std::size_t blockSize = 40;
-constexpr std::size_t blockCount = 44;
-} // namespace Header
+namespace Wrapper = HfsPlusWrapperField;
+namespace Header = HfsPlusHeaderField;
 
 using Sector = std::array<std::uint8_t, HfsPlusHeader::size>;
 
@@ -51,25 +33,25 @@ bool resemblesVolume(const Sector &bytes)
 /// The same of a wrapper, by the signature of the volume inside of it and one byte of its own.
 bool resemblesWrapper(const Sector &bytes)
 {
-    return loadBigEndian<std::uint16_t>(&bytes[Wrapper::embeddedSignature]) == volumeSignature
+    return loadBigEndian<std::uint16_t>(&bytes[Wrapper::embeddedSignature]) == HfsPlusVolumeSignature
         && loadBigEndian<std::uint16_t>(&bytes[Wrapper::embeddedCount]) != 0;
 }
 
 Content contentOf(const Sector &bytes)
 {
     const auto signature = loadBigEndian<std::uint16_t>(bytes.data());
-    if (signature == volumeSignature || signature == caseSensitiveSignature)
+    if (signature == HfsPlusVolumeSignature || signature == HfsPlusCaseSensitiveSignature)
         return Content::Volume;
-    if (signature != wrapperSignature) {
+    if (signature != HfsPlusWrapperSignature) {
         if (resemblesVolume(bytes))
             return Content::DamagedVolume;
         return resemblesWrapper(bytes) ? Content::DamagedWrapper : Content::Nothing;
     }
     const auto embedded = loadBigEndian<std::uint16_t>(&bytes[Wrapper::embeddedSignature]);
-    if (embedded == volumeSignature)
+    if (embedded == HfsPlusVolumeSignature)
         return Content::Wrapper;
     const bool isAlmostSigned =
-        (embedded >> 8) == (volumeSignature >> 8) || (embedded & 0xFF) == (volumeSignature & 0xFF);
+        (embedded >> 8) == (HfsPlusVolumeSignature >> 8) || (embedded & 0xFF) == (HfsPlusVolumeSignature & 0xFF);
     return isAlmostSigned ? Content::DamagedWrapper : Content::PlainHfs;
 }
 
@@ -102,7 +84,7 @@ private:
     {
         const QString structure = QStringLiteral("volume header");
         Sector bytes;
-        const std::uint64_t place = offset + headerDistance;
+        const std::uint64_t place = offset + hfsPlusHeaderDistance;
         if (!read(place, &bytes)) {
             if (isPromised)
                 m_problems.remains(place, structure,
@@ -137,9 +119,10 @@ private:
     void checkCopy(std::uint64_t offset, std::uint64_t length) const
     {
         Sector bytes;
-        if (length < 2 * headerDistance || offset + length < offset || !read(offset + length - headerDistance, &bytes))
+        if (length < 2 * hfsPlusHeaderDistance || offset + length < offset
+            || !read(offset + length - hfsPlusHeaderDistance, &bytes))
             return;
-        const std::uint64_t place = offset + length - headerDistance;
+        const std::uint64_t place = offset + length - hfsPlusHeaderDistance;
         const Content content = contentOf(bytes);
         const bool isWhole = content == Content::Volume && resemblesVolume(bytes);
         if (!isWhole && content != Content::Wrapper)
@@ -153,13 +136,14 @@ private:
     void checkSame(std::uint64_t offset, const QString &structure) const
     {
         if (m_found && m_found->place.offset != offset && offset == 0)
-            m_problems.damaged(offset + headerDistance, structure, QStringLiteral("there are two volumes at once"));
+            m_problems.damaged(offset + hfsPlusHeaderDistance, structure,
+                               QStringLiteral("there are two volumes at once"));
     }
 
     void checkWrapper(const Sector &bytes, std::uint64_t place) const
     {
         const std::uint32_t count = loadBigEndian<std::uint16_t>(&bytes[Wrapper::unitCount]);
-        const std::uint32_t first = loadBigEndian<std::uint16_t>(&bytes[Wrapper::firstUnit]);
+        const std::uint32_t first = loadBigEndian<std::uint16_t>(&bytes[Wrapper::embeddedStart]);
         const std::uint32_t embedded = loadBigEndian<std::uint16_t>(&bytes[Wrapper::embeddedCount]);
         if (first + embedded > count)
             m_problems.unnoticed(place + Wrapper::unitCount, QStringLiteral("wrapper of the volume"),

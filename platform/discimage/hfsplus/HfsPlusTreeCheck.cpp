@@ -1,5 +1,6 @@
 #include "platform/discimage/hfsplus/HfsPlusTreeCheck.h"
 
+#include "platform/discimage/hfsplus/HfsPlusRecordFields.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
 
@@ -11,42 +12,15 @@ namespace Tessaron
 namespace
 {
 
-constexpr std::size_t descriptorSize = 14;
-constexpr std::size_t headerRecordSize = 106;
+namespace NodeField = HfsPlusNodeField;
+namespace HeaderField = HfsPlusTreeHeaderField;
+
 constexpr std::size_t userRecordSize = 128;
 constexpr std::uint32_t smallestNode = 512;
 constexpr std::uint32_t largestNode = 32768;
 constexpr std::size_t keyLengthSize = 2;
 constexpr std::size_t pointerSize = 4;
 constexpr std::uint16_t greatestDepth = 24;
-
-// "Node Structure".
-namespace NodeField
-{
-constexpr std::size_t next = 0;
-constexpr std::size_t previous = 4;
-constexpr std::size_t kind = 8;
-constexpr std::size_t height = 9;
-constexpr std::size_t recordCount = 10;
-constexpr std::size_t reserved = 12;
-} // namespace NodeField
-
-// "Header Record", counted from the record.
-namespace HeaderField
-{
-constexpr std::size_t depth = 0;
-constexpr std::size_t root = 2;
-constexpr std::size_t leafRecords = 6;
-constexpr std::size_t firstLeaf = 10;
-constexpr std::size_t lastLeaf = 14;
-constexpr std::size_t nodeSize = 18;
-constexpr std::size_t longestKey = 20;
-constexpr std::size_t nodeCount = 22;
-constexpr std::size_t freeNodes = 26;
-constexpr std::size_t type = 36;
-constexpr std::size_t compareType = 37;
-constexpr std::size_t attributes = 38;
-} // namespace HeaderField
 
 enum NodeKind : std::uint8_t { IndexNode = 0, HeaderNode = 1, MapNode = 2, LeafNode = 0xFF };
 constexpr std::uint32_t closedBadly = 1;
@@ -76,7 +50,7 @@ bool hasSoundRecords(const std::vector<std::uint8_t> &node)
 {
     const std::size_t count = recordCount(node);
     const std::size_t tableSize = 2 * (count + 1);
-    if (tableSize > node.size() - descriptorSize || recordStart(node, 0) != descriptorSize)
+    if (tableSize > node.size() - NodeField::size || recordStart(node, 0) != NodeField::size)
         return false;
     for (std::size_t index = 1; index <= count; ++index) {
         if (recordStart(node, index) <= recordStart(node, index - 1))
@@ -156,7 +130,7 @@ bool HfsPlusTreeCheck::run()
             return false;
         nodes = std::move(below);
     }
-    const std::uint64_t offset = imageOffset(descriptorSize);
+    const std::uint64_t offset = imageOffset(NodeField::size);
     if (m_leafRecords != m_header.leafRecords)
         unnoticed(offset + HeaderField::leafRecords,
                   QStringLiteral("its header says that it has %1, but it has %2")
@@ -168,12 +142,12 @@ bool HfsPlusTreeCheck::run()
 
 bool HfsPlusTreeCheck::readHeader()
 {
-    std::uint8_t start[descriptorSize + headerRecordSize];
+    std::uint8_t start[NodeField::size + HeaderField::size];
     if (!readBytes(0, start, sizeof start)) {
         damaged(imageOffset(0), QStringLiteral("its header lies beyond the end of the image"));
         return false;
     }
-    const std::uint8_t *const from = start + descriptorSize;
+    const std::uint8_t *const from = start + NodeField::size;
     m_header.depth = loadBigEndian<std::uint16_t>(from + HeaderField::depth);
     m_header.root = loadBigEndian<std::uint32_t>(from + HeaderField::root);
     m_header.leafRecords = loadBigEndian<std::uint32_t>(from + HeaderField::leafRecords);
@@ -190,7 +164,7 @@ bool HfsPlusTreeCheck::readHeader()
         && m_header.nodeCount > 0 && std::uint64_t(m_header.nodeCount) * m_header.nodeSize <= m_fileLength;
     m_headerNode.resize(isPossible ? m_header.nodeSize : 0);
     if (!isPossible || !readBytes(0, m_headerNode.data(), m_headerNode.size())) {
-        damaged(imageOffset(descriptorSize), QStringLiteral("its header makes no sense"));
+        damaged(imageOffset(NodeField::size), QStringLiteral("its header makes no sense"));
         return false;
     }
     return true;
@@ -201,8 +175,8 @@ bool HfsPlusTreeCheck::checkHeader() const
     const std::uint64_t offset = imageOffset(0);
     constexpr std::size_t headerRecords = 3;
     const bool hasRecords = hasSoundRecords(m_headerNode) && recordCount(m_headerNode) == headerRecords
-        && recordStart(m_headerNode, 1) == descriptorSize + headerRecordSize
-        && recordStart(m_headerNode, 2) == descriptorSize + headerRecordSize + userRecordSize;
+        && recordStart(m_headerNode, 1) == NodeField::size + HeaderField::size
+        && recordStart(m_headerNode, 2) == NodeField::size + HeaderField::size + userRecordSize;
     if (!hasRecords || m_headerNode[NodeField::kind] != HeaderNode || m_headerNode[NodeField::height] != 0
         || loadBigEndian<std::uint32_t>(&m_headerNode[NodeField::previous]) != 0) {
         damaged(offset, QStringLiteral("its header node makes no sense"));
@@ -210,17 +184,17 @@ bool HfsPlusTreeCheck::checkHeader() const
     }
     if (m_header.depth > greatestDepth || (m_header.depth == 0) != (m_header.root == 0)
         || (m_header.attributes & bigKeys) == 0 || m_header.longestKey < m_traits.shortestKey) {
-        damaged(offset + descriptorSize, QStringLiteral("its header contradicts itself"));
+        damaged(offset + NodeField::size, QStringLiteral("its header contradicts itself"));
         return false;
     }
     if ((m_header.attributes & ~(bigKeys | variableIndexKeys)) != 0)
-        unnoticed(offset + descriptorSize + HeaderField::attributes,
+        unnoticed(offset + NodeField::size + HeaderField::attributes,
                   (m_header.attributes & closedBadly) != 0 ? QStringLiteral("it was not closed by what wrote it last")
                                                            : QStringLiteral("it has unknown attributes"));
-    if (m_headerNode[descriptorSize + HeaderField::type] != 0)
-        unnoticed(offset + descriptorSize + HeaderField::type, QStringLiteral("it is of an unknown type"));
+    if (m_headerNode[NodeField::size + HeaderField::type] != 0)
+        unnoticed(offset + NodeField::size + HeaderField::type, QStringLiteral("it is of an unknown type"));
     if (std::uint64_t(m_header.nodeCount) * m_header.nodeSize != m_fileLength)
-        unnoticed(offset + descriptorSize + HeaderField::nodeCount,
+        unnoticed(offset + NodeField::size + HeaderField::nodeCount,
                   QStringLiteral("it has %1, but its file has room for %2")
                       .arg(counted(m_header.nodeCount, "node", "nodes"))
                       .arg(m_fileLength / m_header.nodeSize));
@@ -255,7 +229,7 @@ bool HfsPlusTreeCheck::checkLevel(std::uint16_t height, const std::vector<Expect
             return false;
     }
     if (height == 1 && (nodes.front().number != m_header.firstLeaf || nodes.back().number != m_header.lastLeaf))
-        damaged(imageOffset(descriptorSize) + HeaderField::firstLeaf,
+        damaged(imageOffset(NodeField::size) + HeaderField::firstLeaf,
                 QStringLiteral("its header names other leaves as the first and the last"));
     return true;
 }
@@ -351,7 +325,7 @@ void HfsPlusTreeCheck::checkMap()
         unnoticed(imageOffset(recordStart(m_headerNode, mapRecord)),
                   QStringLiteral("its map of nodes does not show those in use"));
     if (m_header.nodeCount - used != m_header.freeNodes)
-        unnoticed(imageOffset(descriptorSize) + HeaderField::freeNodes,
+        unnoticed(imageOffset(NodeField::size) + HeaderField::freeNodes,
                   QStringLiteral("its header says that it has %1 free, but it has %2")
                       .arg(counted(m_header.freeNodes, "node", "nodes"))
                       .arg(m_header.nodeCount - used));

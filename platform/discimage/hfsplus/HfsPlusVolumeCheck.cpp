@@ -4,6 +4,7 @@
 #include "platform/discimage/hfsplus/HfsPlusForkExtents.h"
 #include "platform/discimage/hfsplus/HfsPlusKeyOrder.h"
 #include "platform/discimage/hfsplus/HfsPlusPlaceCheck.h"
+#include "platform/discimage/hfsplus/HfsPlusRecordFields.h"
 #include "platform/discimage/hfsplus/HfsPlusTreeCheck.h"
 #include "platform/discimage/hfsplus/HfsPlusVolumeHeaderReader.h"
 #include "platform/foundation/ByteOrder.h"
@@ -21,20 +22,8 @@ namespace Tessaron
 namespace
 {
 
-// "Volume Header".
-namespace Field
-{
-constexpr std::size_t version = 2;
-constexpr std::size_t attributes = 4;
-constexpr std::size_t fileCount = 32;
-constexpr std::size_t folderCount = 36;
-constexpr std::size_t blockCount = 44;
-constexpr std::size_t freeBlocks = 48;
-constexpr std::size_t nextCatalogId = 64;
-constexpr std::size_t allocationFile = 112;
-constexpr std::size_t attributesFile = 352;
-constexpr std::size_t startupFile = 432;
-} // namespace Field
+namespace Field = HfsPlusHeaderField;
+namespace Extent = HfsPlusExtentField;
 
 constexpr std::uint32_t unmountedAttribute = 1u << 8;
 constexpr std::uint32_t softwareLockAttribute = 1u << 15;
@@ -51,9 +40,6 @@ enum FileId : std::uint32_t {
 };
 
 constexpr std::uint8_t resourceFork = 0xFF;
-constexpr std::uint64_t headerDistance = 1024; // from the begin of the volume; of the copy from its end
-constexpr std::size_t extentsInRecord = 8;
-constexpr std::size_t extentSize = 8;
 constexpr std::size_t shortestAttributeKey = 12;
 
 QString headerName()
@@ -96,7 +82,7 @@ private:
         std::uint32_t fileId = 0;
         std::uint8_t fork = 0;
         std::uint32_t firstBlock = 0; ///< of the fork
-        std::array<std::uint8_t, extentsInRecord * extentSize> extents{};
+        std::array<std::uint8_t, Extent::recordSize> extents{};
         std::uint64_t offset = 0; ///< in the image
         bool isUsed = false;
     };
@@ -116,10 +102,10 @@ private:
     void checkCopy() const
     {
         const std::uint64_t length = std::uint64_t(m_header.place.blockCount) * m_header.place.blockSize;
-        if (length < 2 * headerDistance)
+        if (length < 2 * hfsPlusHeaderDistance)
             return;
         std::array<std::uint8_t, HfsPlusHeader::size> copy;
-        const std::uint64_t offset = m_header.place.offset + length - headerDistance;
+        const std::uint64_t offset = m_header.place.offset + length - hfsPlusHeaderDistance;
         if (m_source.read(offset, copy.data(), copy.size()))
             return; // the volume's length is told elsewhere
         std::size_t differing = 0;
@@ -149,12 +135,12 @@ private:
     void markOwnBlocks()
     {
         const std::uint32_t blockSize = m_header.place.blockSize;
-        constexpr std::uint64_t begin = headerDistance + HfsPlusHeader::size;
+        constexpr std::uint64_t begin = hfsPlusHeaderDistance + HfsPlusHeader::size;
         const std::uint64_t length = std::uint64_t(m_header.place.blockCount) * blockSize;
         for (std::uint64_t block = 0; block * blockSize < begin && block < m_isUsed.size(); ++block)
             m_isUsed[block] = true;
-        for (std::uint64_t block = (length - std::min(length, headerDistance)) / blockSize; block < m_isUsed.size();
-             ++block)
+        for (std::uint64_t block = (length - std::min(length, hfsPlusHeaderDistance)) / blockSize;
+             block < m_isUsed.size(); ++block)
             m_isUsed[block] = true;
         HfsPlusBytes bytes = m_header.bytes;
         useFork(AllocationFile, false, bytes.subspan(Field::allocationFile), m_header.offset(), &m_allocation);
@@ -162,9 +148,9 @@ private:
 
     void markExtents(HfsPlusBytes eightExtents, std::uint32_t *left, std::uint64_t offset, const QString &structure)
     {
-        for (std::size_t index = 0; index<extentsInRecord && * left> 0; ++index) {
-            const auto start = loadBigEndian<std::uint32_t>(&eightExtents[index * extentSize]);
-            const auto count = loadBigEndian<std::uint32_t>(&eightExtents[index * extentSize + 4]);
+        for (std::size_t index = 0; index<Extent::perRecord && * left> 0; ++index) {
+            const auto start = loadBigEndian<std::uint32_t>(&eightExtents[index * Extent::size + Extent::start]);
+            const auto count = loadBigEndian<std::uint32_t>(&eightExtents[index * Extent::size + Extent::count]);
             if (count == 0 || count > *left || start > m_isUsed.size() || count > m_isUsed.size() - start)
                 return; // told by what adds the extents up
             // Behind the first block that is taken nothing is marked: volumes whose forks all claim everything would
@@ -196,7 +182,7 @@ private:
     {
         const QString structure = QStringLiteral("extents");
         const HfsPlusForkHead head = hfsPlusForkHead(fork.data());
-        const HfsPlusBytes first = fork.subspan(HfsPlusForkHead::extentsOffset, extentsInRecord * extentSize);
+        const HfsPlusBytes first = fork.subspan(HfsPlusForkDataField::extents, Extent::recordSize);
         HfsPlusForkExtents found(m_header.place, head);
         std::uint32_t left = head.blockCount;
         NSError error = found.add(first.data(), offset);
@@ -225,9 +211,9 @@ private:
     /// Extents behind the last one that is needed are empty ones.
     void checkUnusedExtents(HfsPlusBytes eightExtents, std::uint32_t left, std::uint64_t offset) const
     {
-        for (std::size_t index = 0; index < extentsInRecord; ++index) {
-            const auto start = loadBigEndian<std::uint32_t>(&eightExtents[index * extentSize]);
-            const auto count = loadBigEndian<std::uint32_t>(&eightExtents[index * extentSize + 4]);
+        for (std::size_t index = 0; index < Extent::perRecord; ++index) {
+            const auto start = loadBigEndian<std::uint32_t>(&eightExtents[index * Extent::size + Extent::start]);
+            const auto count = loadBigEndian<std::uint32_t>(&eightExtents[index * Extent::size + Extent::count]);
             if (left == 0 && (start != 0 || count != 0))
                 return m_problems.unnoticed(offset, QStringLiteral("extents"),
                                             QStringLiteral("there is something behind the last extent of a fork"));
@@ -239,9 +225,9 @@ private:
     {
         HfsPlusTreeCheck::Traits traits;
         const HfsPlusBytes header = m_header.bytes;
-        useFork(ExtentsFile, false, header.subspan(HfsPlusHeader::extentsFileOffset), m_header.offset(),
+        useFork(ExtentsFile, false, header.subspan(HfsPlusHeaderField::extentsFile), m_header.offset(),
                 &traits.extents);
-        traits.shortestKey = hfsPlusExtentsKeySize;
+        traits.shortestKey = HfsPlusExtentsKeyField::size;
         traits.orderFor = [](std::uint8_t) { return hfsPlusExtentsOrder(); };
         traits.name = QStringLiteral("extents file");
         traits.record = [this](HfsPlusBytes key, HfsPlusBytes data, std::uint64_t offset) {
@@ -249,13 +235,13 @@ private:
             if (data.size() != record.extents.size())
                 return m_problems.damaged(offset, QStringLiteral("extents file"),
                                           QStringLiteral("a record has the wrong length"));
-            constexpr std::size_t paddingField = 1;
-            if (key[paddingField] != 0)
+            namespace Key = HfsPlusExtentsKeyField;
+            if (key[Key::padding] != 0)
                 m_problems.unnoticed(offset, QStringLiteral("extents file"),
                                      QStringLiteral("bytes that have to be zero are not"));
-            record.fork = key[0];
-            record.fileId = loadBigEndian<std::uint32_t>(&key[2]);
-            record.firstBlock = loadBigEndian<std::uint32_t>(&key[6]);
+            record.fork = key[Key::fork];
+            record.fileId = loadBigEndian<std::uint32_t>(&key[Key::fileId]);
+            record.firstBlock = loadBigEndian<std::uint32_t>(&key[Key::firstBlock]);
             std::copy(data.begin(), data.end(), record.extents.begin());
             record.offset = offset;
             m_overflow.push_back(record);
@@ -267,13 +253,13 @@ private:
     {
         const HfsPlusBytes header = m_header.bytes;
         HfsPlusTreeCheck::Traits traits;
-        useFork(CatalogFile, false, header.subspan(HfsPlusHeader::catalogFileOffset), m_header.offset(),
+        useFork(CatalogFile, false, header.subspan(HfsPlusHeaderField::catalogFile), m_header.offset(),
                 &traits.extents);
         HfsPlusCatalogCheck catalog(m_problems,
                                     [this](std::uint32_t id, bool isResource, HfsPlusBytes fork, std::uint64_t offset) {
                                         useFork(id, isResource, fork, offset, nullptr);
                                     });
-        traits.shortestKey = hfsPlusShortestCatalogKey;
+        traits.shortestKey = HfsPlusCatalogKeyField::name;
         traits.orderFor = [isHfsx = m_header.isHfsx](std::uint8_t compareType) {
             return hfsPlusCatalogOrder(isHfsx, compareType);
         };
@@ -330,12 +316,11 @@ private:
             return;
         const auto type = loadBigEndian<std::uint32_t>(data.data());
         std::uint32_t left = m_header.place.blockCount;
-        if (type == forkData && data.size() >= headSize + HfsPlusForkHead::size)
-            markExtents(data.subspan(headSize + HfsPlusForkHead::extentsOffset, extentsInRecord * extentSize), &left,
-                        offset, QStringLiteral("attributes file"));
-        else if (type == moreExtents && data.size() >= headSize + extentsInRecord * extentSize)
-            markExtents(data.subspan(headSize, extentsInRecord * extentSize), &left, offset,
+        if (type == forkData && data.size() >= headSize + HfsPlusForkDataField::size)
+            markExtents(data.subspan(headSize + HfsPlusForkDataField::extents, Extent::recordSize), &left, offset,
                         QStringLiteral("attributes file"));
+        else if (type == moreExtents && data.size() >= headSize + Extent::recordSize)
+            markExtents(data.subspan(headSize, Extent::recordSize), &left, offset, QStringLiteral("attributes file"));
     }
 
     /// The blocks that the volume leaves alone have only their extents; all other records belong to a fork.
@@ -443,12 +428,10 @@ private:
 /// partition map, and those that do find the volume by it.
 bool isOddWrapper(const DiscImageSource &source)
 {
-    constexpr std::uint16_t wrapperSignature = 0x4244; // "BD"
-    constexpr std::size_t unitField = 20;
     std::array<std::uint8_t, HfsPlusHeader::size> bytes;
-    return !source.read(headerDistance, bytes.data(), bytes.size())
-        && loadBigEndian<std::uint16_t>(bytes.data()) == wrapperSignature
-        && loadBigEndian<std::uint32_t>(&bytes[unitField]) % 512 != 0;
+    return !source.read(hfsPlusHeaderDistance, bytes.data(), bytes.size())
+        && loadBigEndian<std::uint16_t>(bytes.data()) == HfsPlusWrapperSignature
+        && loadBigEndian<std::uint32_t>(&bytes[HfsPlusWrapperField::unitSize]) % 512 != 0;
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "platform/discimage/hfsplus/HfsPlusVolumeHeaderReader.h"
 
+#include "platform/discimage/hfsplus/HfsPlusRecordFields.h"
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/foundation/ByteOrder.h"
 
@@ -11,23 +12,11 @@ namespace Tessaron
 namespace
 {
 
-/// Of the header, and of a wrapper's, from the first byte of the volume or partition; the copy from its end.
-constexpr std::uint64_t headerDistance = 1024;
-constexpr std::uint16_t wrapperSignature = 0x4244; // "BD"
-constexpr std::uint16_t volumeSignature = 0x482B; // "H+"
-constexpr std::uint16_t caseSensitiveSignature = 0x4858; // "HX"
 constexpr std::uint32_t smallestBlock = 512;
 constexpr std::uint32_t journalAttribute = 1u << 13;
 
-// Of a wrapper ("HFS Wrapper").
-constexpr std::size_t wrapperUnitField = 20;
-constexpr std::size_t wrapperFirstSectorField = 28;
-constexpr std::size_t wrapperEmbeddedField = 124; ///< signature, first unit and number of units of the volume inside
-// Of the header.
-constexpr std::size_t attributesField = 4;
-constexpr std::size_t modifiedField = 20;
-constexpr std::size_t blockSizeField = 40;
-constexpr std::size_t blockCountField = 44;
+namespace Wrapper = HfsPlusWrapperField;
+namespace Field = HfsPlusHeaderField;
 
 using HeaderBytes = std::array<std::uint8_t, HfsPlusHeader::size>;
 
@@ -45,7 +34,7 @@ std::uint16_t signatureOf(const HeaderBytes &bytes)
 
 bool isVolume(const HeaderBytes &bytes)
 {
-    return signatureOf(bytes) == volumeSignature || signatureOf(bytes) == caseSensitiveSignature;
+    return signatureOf(bytes) == HfsPlusVolumeSignature || signatureOf(bytes) == HfsPlusCaseSensitiveSignature;
 }
 
 NSError damaged(std::uint64_t offset, const QString &reason)
@@ -57,34 +46,34 @@ NSError damaged(std::uint64_t offset, const QString &reason)
 std::optional<Candidate> candidateIn(const DiscImageSource &source, std::uint64_t offset, std::uint64_t length)
 {
     HeaderBytes bytes;
-    if (!source.contains(offset, headerDistance + bytes.size())
-        || source.read(offset + headerDistance, bytes.data(), bytes.size()))
+    if (!source.contains(offset, hfsPlusHeaderDistance + bytes.size())
+        || source.read(offset + hfsPlusHeaderDistance, bytes.data(), bytes.size()))
         return std::nullopt;
     if (isVolume(bytes))
         return Candidate{offset, length, false};
-    if (signatureOf(bytes) != wrapperSignature
-        || loadBigEndian<std::uint16_t>(&bytes[wrapperEmbeddedField]) != volumeSignature)
+    if (signatureOf(bytes) != HfsPlusWrapperSignature
+        || loadBigEndian<std::uint16_t>(&bytes[Wrapper::embeddedSignature]) != HfsPlusVolumeSignature)
         return std::nullopt;
-    const std::uint64_t unit = loadBigEndian<std::uint32_t>(&bytes[wrapperUnitField]);
-    const std::uint64_t firstSector = loadBigEndian<std::uint16_t>(&bytes[wrapperFirstSectorField]);
-    const std::uint64_t firstUnit = loadBigEndian<std::uint16_t>(&bytes[wrapperEmbeddedField + 2]);
-    const std::uint64_t units = loadBigEndian<std::uint16_t>(&bytes[wrapperEmbeddedField + 4]);
+    const std::uint64_t unit = loadBigEndian<std::uint32_t>(&bytes[Wrapper::unitSize]);
+    const std::uint64_t firstSector = loadBigEndian<std::uint16_t>(&bytes[Wrapper::firstSector]);
+    const std::uint64_t firstUnit = loadBigEndian<std::uint16_t>(&bytes[Wrapper::embeddedStart]);
+    const std::uint64_t units = loadBigEndian<std::uint16_t>(&bytes[Wrapper::embeddedCount]);
     return Candidate{offset + firstSector * 512 + firstUnit * unit, units * unit, true};
 }
 
 NSError readHeader(const DiscImageSource &source, const Candidate &candidate, HfsPlusHeader *header)
 {
-    const std::uint64_t offset = candidate.offset + headerDistance;
+    const std::uint64_t offset = candidate.offset + hfsPlusHeaderDistance;
     if (NSError error = source.read(offset, header->bytes.data(), header->bytes.size()))
         return error;
     const std::uint8_t *const from = header->bytes.data();
     if (!isVolume(header->bytes))
         return damaged(offset, QStringLiteral("A wrapper says that an HFS+ volume is here, but there is none"));
-    header->isHfsx = signatureOf(header->bytes) == caseSensitiveSignature;
-    header->hasJournal = (loadBigEndian<std::uint32_t>(from + attributesField) & journalAttribute) != 0;
-    header->modified = loadBigEndian<std::uint32_t>(from + modifiedField);
-    header->place = {candidate.offset, loadBigEndian<std::uint32_t>(from + blockSizeField),
-                     loadBigEndian<std::uint32_t>(from + blockCountField)};
+    header->isHfsx = signatureOf(header->bytes) == HfsPlusCaseSensitiveSignature;
+    header->hasJournal = (loadBigEndian<std::uint32_t>(from + Field::attributes) & journalAttribute) != 0;
+    header->modified = loadBigEndian<std::uint32_t>(from + Field::modificationDate);
+    header->place = {candidate.offset, loadBigEndian<std::uint32_t>(from + Field::blockSize),
+                     loadBigEndian<std::uint32_t>(from + Field::blockCount)};
     header->containerLength = candidate.length;
     const std::uint32_t blockSize = header->place.blockSize;
     if (blockSize < smallestBlock || (blockSize & (blockSize - 1)) != 0 || header->place.blockCount == 0)
@@ -96,7 +85,7 @@ NSError readHeader(const DiscImageSource &source, const Candidate &candidate, Hf
 
 std::uint64_t HfsPlusHeader::offset() const
 {
-    return place.offset + headerDistance;
+    return place.offset + hfsPlusHeaderDistance;
 }
 
 std::optional<HfsPlusHeader> findHfsPlusHeader(const DiscImageSource &source, NSError *error)
@@ -126,19 +115,17 @@ NSError checkHfsPlusHeaderCopy(const DiscImageSource &source, const HfsPlusHeade
     const std::uint64_t volumeLength = std::uint64_t{header.place.blockCount} * header.place.blockSize;
     NSError error;
     for (const std::uint64_t length : {volumeLength, header.containerLength}) {
-        if (length < 2 * headerDistance)
+        if (length < 2 * hfsPlusHeaderDistance)
             continue;
-        const std::uint64_t offset = header.place.offset + length - headerDistance;
+        const std::uint64_t offset = header.place.offset + length - hfsPlusHeaderDistance;
         HeaderBytes copy;
         NSError failure = source.read(offset, copy.data(), copy.size());
         const auto isSame = [&](std::size_t from, std::size_t count) {
             return std::equal(copy.begin() + std::ptrdiff_t(from), copy.begin() + std::ptrdiff_t(from + count),
                               header.bytes.begin() + std::ptrdiff_t(from));
         };
-        constexpr std::size_t versionEnd = 4;
-        constexpr std::size_t blocksStart = 40;
-        constexpr std::size_t filesStart = 112;
-        if (!failure && isSame(0, versionEnd) && isSame(blocksStart, 8) && isSame(filesStart, copy.size() - filesStart))
+        if (!failure && isSame(0, Field::attributes) && isSame(Field::blockSize, Field::freeBlocks - Field::blockSize)
+            && isSame(Field::allocationFile, copy.size() - Field::allocationFile))
             return {};
         if (!failure)
             failure = damaged(offset, QStringLiteral("The copy of the HFS+ volume header differs"));

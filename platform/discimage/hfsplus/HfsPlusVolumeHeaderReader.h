@@ -14,8 +14,6 @@ namespace Tessaron
 /// The header of an HFS+ volume that was found in an image.
 struct HfsPlusHeader {
     static constexpr std::size_t size = 512;
-    static constexpr std::size_t extentsFileOffset = 192;
-    static constexpr std::size_t catalogFileOffset = 272;
 
     HfsPlusVolumePlace place;
     std::uint64_t containerLength = 0; ///< bytes of the partition, wrapper or image that the volume may fill

@@ -1,6 +1,7 @@
 #include "platform/discimage/hfsplus/HfsPlusVolumeReader.h"
 
 #include "platform/discimage/hfsplus/HfsPlusKeyOrder.h"
+#include "platform/discimage/hfsplus/HfsPlusRecordFields.h"
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/foundation/ByteOrder.h"
 
@@ -20,7 +21,6 @@ constexpr std::uint32_t extentsFileId = 3;
 constexpr std::uint32_t catalogFileId = 4;
 constexpr std::uint32_t firstUserId = 16;
 
-constexpr std::size_t extentRecordSize = 64;
 /// No system follows a longer symbolic link.
 constexpr std::uint64_t longestLinkTarget = 65536;
 
@@ -84,23 +84,23 @@ NSError HfsPlusVolumeReader::openTrees(const std::shared_ptr<const DiscImageSour
     const HfsPlusBytes header = m_header.bytes;
     NSError error;
     HfsPlusBTreeWalker::Traits traits;
-    traits.shortestKey = hfsPlusExtentsKeySize;
+    traits.shortestKey = HfsPlusExtentsKeyField::size;
     traits.orderFor = [](std::uint8_t) { return hfsPlusExtentsOrder(); };
     traits.name = QStringLiteral("extents file");
     error =
-        extentsOf(header.subspan(HfsPlusHeader::extentsFileOffset), extentsFileId, m_header.offset(), &traits.extents);
+        extentsOf(header.subspan(HfsPlusHeaderField::extentsFile), extentsFileId, m_header.offset(), &traits.extents);
     if (!error)
         m_extents = HfsPlusBTreeWalker::open(source, std::move(traits), &error);
     if (error)
         return error;
     traits = {};
-    traits.shortestKey = hfsPlusShortestCatalogKey;
+    traits.shortestKey = HfsPlusCatalogKeyField::name;
     traits.orderFor = [isHfsx = m_header.isHfsx](std::uint8_t compareType) {
         return hfsPlusCatalogOrder(isHfsx, compareType);
     };
     traits.name = QStringLiteral("catalog");
     error =
-        extentsOf(header.subspan(HfsPlusHeader::catalogFileOffset), catalogFileId, m_header.offset(), &traits.extents);
+        extentsOf(header.subspan(HfsPlusHeaderField::catalogFile), catalogFileId, m_header.offset(), &traits.extents);
     if (!error)
         m_catalog = HfsPlusBTreeWalker::open(source, std::move(traits), &error);
     return error;
@@ -186,23 +186,23 @@ NSError HfsPlusVolumeReader::extentsOf(HfsPlusBytes fork, std::uint32_t fileId, 
 {
     const HfsPlusForkHead head = hfsPlusForkHead(fork.data());
     HfsPlusForkExtents found(m_header.place, head);
-    if (NSError error = found.add(fork.data() + HfsPlusForkHead::extentsOffset, recordOffset))
+    if (NSError error = found.add(fork.data() + HfsPlusForkDataField::extents, recordOffset))
         return error;
     if (!found.isComplete() && fileId >= firstUserId) {
         if (NSError error = checkThread(fileId, recordOffset))
             return error;
     }
     while (!found.isComplete()) {
-        std::array<std::uint8_t, hfsPlusExtentsKeySize> key{}; // of the data fork
-        storeBigEndian<std::uint32_t>(&key[2], fileId);
-        storeBigEndian<std::uint32_t>(&key[6], found.blocksFound());
+        std::array<std::uint8_t, HfsPlusExtentsKeyField::size> key{}; // of the data fork
+        storeBigEndian<std::uint32_t>(&key[HfsPlusExtentsKeyField::fileId], fileId);
+        storeBigEndian<std::uint32_t>(&key[HfsPlusExtentsKeyField::firstBlock], found.blocksFound());
         HfsPlusTreePlace place;
         bool isFound = false;
         if (m_extents) { // the extents file itself has no more than eight
             if (NSError error = m_extents->find(key, &place, &isFound))
                 return error;
         }
-        if (!isFound || place.data.size() < extentRecordSize)
+        if (!isFound || place.data.size() < HfsPlusExtentField::recordSize)
             return damaged(recordOffset, QStringLiteral("A fork has fewer blocks than it says"));
         if (NSError error = found.add(place.data.data(), place.recordOffset()))
             return error;

@@ -1,5 +1,6 @@
 #include "platform/discimage/iso9660/ElTorito.h"
 
+#include "platform/discimage/iso9660/IsoFields.h"
 #include "platform/foundation/ByteOrder.h"
 
 #include <algorithm>
@@ -15,10 +16,8 @@ namespace
 constexpr std::uint64_t sectorSize = 2048;
 constexpr std::uint64_t firstDescriptor = 16;
 constexpr std::uint64_t maximumDescriptors = 64;
-constexpr std::size_t catalogField = 71; // in the boot record
-constexpr std::size_t unusedField = 75;
+constexpr std::uint8_t bootRecord = 0; // a type of descriptors
 constexpr char systemIdentifier[] = "EL TORITO SPECIFICATION";
-constexpr std::size_t identifierField = 7;
 
 // The catalog's entries are of 32 bytes; sections take as many as they like, sound ones a dozen.
 constexpr std::size_t entrySize = 32;
@@ -27,6 +26,7 @@ constexpr std::size_t maximumEntries = sectorSize / entrySize;
 // El Torito 2.1 to 2.5: where fields lie in the entries.
 namespace Validation
 {
+constexpr std::size_t mark = 0;
 constexpr std::size_t platform = 1;
 constexpr std::size_t reserved = 2;
 constexpr std::size_t maker = 4;
@@ -35,6 +35,7 @@ constexpr std::size_t key = 30;
 } // namespace Validation
 namespace Entry
 {
+constexpr std::size_t mark = 0;
 constexpr std::size_t media = 1;
 constexpr std::size_t segment = 2;
 constexpr std::size_t systemType = 4;
@@ -44,6 +45,7 @@ constexpr std::size_t block = 8;
 } // namespace Entry
 namespace Section
 {
+constexpr std::size_t mark = 0;
 constexpr std::size_t platform = 1;
 constexpr std::size_t count = 2;
 } // namespace Section
@@ -78,12 +80,14 @@ public:
         if (m_source.read(recordOffset, sector.data(), sector.size()))
             return std::nullopt;
         m_catalog.recordOffset = recordOffset;
-        m_catalog.offset = loadLittleEndian<std::uint32_t>(&sector[catalogField]) * sectorSize;
-        if (std::any_of(sector.begin() + unusedField, sector.end(), [](std::uint8_t byte) { return byte != 0; }))
-            unnoticed(recordOffset + unusedField, QStringLiteral("bytes that have to be zero are not"));
+        m_catalog.offset = loadLittleEndian<std::uint32_t>(&sector[IsoBootRecordField::catalog]) * sectorSize;
+        if (std::any_of(sector.begin() + IsoBootRecordField::unused, sector.end(),
+                        [](std::uint8_t byte) { return byte != 0; }))
+            unnoticed(recordOffset + IsoBootRecordField::unused, QStringLiteral("bytes that have to be zero are not"));
         if (!m_source.contains(m_catalog.offset, sectorSize)
             || m_source.read(m_catalog.offset, sector.data(), sector.size())) {
-            damaged(recordOffset + catalogField, QStringLiteral("the catalog lies beyond the end of the image"));
+            damaged(recordOffset + IsoBootRecordField::catalog,
+                    QStringLiteral("the catalog lies beyond the end of the image"));
             return std::nullopt;
         }
         parseValidation(sector);
@@ -108,7 +112,8 @@ private:
         unsigned int sum = 0;
         for (std::size_t at = 0; at < entrySize; at += 2)
             sum += loadLittleEndian<std::uint16_t>(&sector[at]);
-        if (sector[0] != ValidationMark || sector[Validation::key] != 0x55 || sector[Validation::key + 1] != 0xAA)
+        if (sector[Validation::mark] != ValidationMark || sector[Validation::key] != 0x55
+            || sector[Validation::key + 1] != 0xAA)
             damaged(m_catalog.offset, QStringLiteral("its first entry does not have the marks of one"));
         if ((sum & 0xFFFFu) != 0)
             damaged(m_catalog.offset, QStringLiteral("the checksum of its first entry is wrong"));
@@ -126,7 +131,7 @@ private:
         bool goesOn = true;
         while (goesOn && index < maximumEntries) {
             const std::size_t at = index * entrySize;
-            const std::uint8_t mark = sector[at];
+            const std::uint8_t mark = sector[at + Section::mark];
             if (mark != SectionMark && mark != LastSectionMark)
                 break;
             ++index;
@@ -156,12 +161,12 @@ private:
         const std::uint64_t offset = m_catalog.offset + index * entrySize;
         BootEntry entry;
         entry.platform = m_platform;
-        entry.isBootable = from[0] == Bootable;
+        entry.isBootable = from[Entry::mark] == Bootable;
         entry.emulation = from[Entry::media] & emulationMask;
         entry.loadSegment = loadLittleEndian<std::uint16_t>(from + Entry::segment);
         entry.sectorCount = loadLittleEndian<std::uint16_t>(from + Entry::sectorCount);
         entry.offset = loadLittleEndian<std::uint32_t>(from + Entry::block) * sectorSize;
-        if (from[0] != Bootable && from[0] != NotBootable)
+        if (from[Entry::mark] != Bootable && from[Entry::mark] != NotBootable)
             damaged(offset, QStringLiteral("an entry does not have the mark of one"));
         if (entry.emulation > greatestEmulation)
             damaged(offset + Entry::media, QStringLiteral("an entry has an unknown kind of medium"));
@@ -187,9 +192,11 @@ std::optional<BootCatalog> readBootCatalog(const DiscImageSource &source)
     for (std::uint64_t number = firstDescriptor; number < firstDescriptor + maximumDescriptors; ++number) {
         const std::uint64_t offset = number * sectorSize;
         if (!source.contains(offset, sectorSize) || source.read(offset, sector.data(), sector.size())
-            || std::memcmp(&sector[1], "CD001", 5) != 0)
+            || std::memcmp(&sector[IsoDescriptorField::identifier], "CD001", 5) != 0)
             break;
-        if (sector[0] == 0 && std::memcmp(&sector[identifierField], systemIdentifier, sizeof systemIdentifier - 1) == 0)
+        if (sector[IsoDescriptorField::type] == bootRecord
+            && std::memcmp(&sector[IsoBootRecordField::systemIdentifier], systemIdentifier, sizeof systemIdentifier - 1)
+                == 0)
             return CatalogParser(source, nullptr).parse(offset);
     }
     return std::nullopt;

@@ -1,5 +1,6 @@
 #include "platform/discimage/iso9660/IsoDescriptorCheck.h"
 
+#include "platform/discimage/iso9660/IsoFields.h"
 #include "platform/discimage/volume/VolumeTimeFields.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
@@ -18,28 +19,7 @@ constexpr std::uint64_t firstSector = 16;
 /// Descriptors stand in a row from the first on; one with a broken identifier interrupts it by a sector.
 constexpr std::uint64_t searchedSectors = 32;
 
-// ECMA-119 8.4, counted from 0.
-constexpr std::size_t identifierField = 1;
-constexpr std::size_t versionField = 6;
-constexpr std::size_t flagsField = 7; // unused in a primary descriptor
-constexpr std::size_t systemIdentifierField = 8;
-constexpr std::size_t systemIdentifierSize = 32;
-constexpr std::size_t unusedField = 72;
-constexpr std::size_t unusedSize = 8;
-constexpr std::size_t blockCountField = 80;
-constexpr std::size_t escapeField = 88;
-constexpr std::size_t escapeSize = 32;
-constexpr std::size_t setSizeField = 120;
-constexpr std::size_t sequenceNumberField = 124;
-constexpr std::size_t blockSizeField = 128;
-constexpr std::size_t pathTableLengthField = 132;
-constexpr std::size_t littleEndianTablesField = 140;
-constexpr std::size_t bigEndianTablesField = 148;
-constexpr std::size_t textsField = 190;
-constexpr std::size_t datesField = 813;
-constexpr std::size_t dateSize = 17;
-constexpr std::size_t structureVersionField = 881;
-constexpr std::size_t reservedField = 1395;
+namespace Field = IsoDescriptorField;
 
 enum DescriptorType : std::uint8_t { BootRecord = 0, Primary = 1, Supplementary = 2, Partition = 3, Terminator = 255 };
 
@@ -58,7 +38,7 @@ std::string_view textAt(const Sector &sector, std::size_t at, std::size_t length
 
 std::string_view identifierOf(const Sector &sector)
 {
-    return textAt(sector, identifierField, isoIdentifier.size());
+    return textAt(sector, Field::identifier, isoIdentifier.size());
 }
 
 bool isKnown(std::string_view identifier)
@@ -98,20 +78,21 @@ public:
 
     void run(CheckedIsoDescriptor *descriptor)
     {
-        descriptor->blockCount = bothEndian<std::uint32_t>(blockCountField, "the number of blocks");
-        descriptor->blockSize = bothEndian<std::uint16_t>(blockSizeField, "the size of blocks");
-        descriptor->pathTableLength = bothEndian<std::uint32_t>(pathTableLengthField, "the length of the path tables");
-        const auto setSize = bothEndian<std::uint16_t>(setSizeField, "the number of volumes");
-        const auto sequenceNumber = bothEndian<std::uint16_t>(sequenceNumberField, "the number of the volume");
+        descriptor->blockCount = bothEndian<std::uint32_t>(Field::blockCount, "the number of blocks");
+        descriptor->blockSize = bothEndian<std::uint16_t>(Field::blockSize, "the size of blocks");
+        descriptor->pathTableLength =
+            bothEndian<std::uint32_t>(Field::pathTableLength, "the length of the path tables");
+        const auto setSize = bothEndian<std::uint16_t>(Field::setSize, "the number of volumes");
+        const auto sequenceNumber = bothEndian<std::uint16_t>(Field::sequenceNumber, "the number of the volume");
         if (sequenceNumber == 0 || sequenceNumber > setSize)
-            unnoticed(sequenceNumberField, QStringLiteral("the volume has a number beyond its set"));
+            unnoticed(Field::sequenceNumber, QStringLiteral("the volume has a number beyond its set"));
         for (std::size_t index = 0; index < 2; ++index) {
             descriptor->littleEndianTables[index] =
-                loadLittleEndian<std::uint32_t>(&m_sector[littleEndianTablesField + 4 * index]);
+                loadLittleEndian<std::uint32_t>(&m_sector[Field::littleEndianTables + sizeof(std::uint32_t) * index]);
             descriptor->bigEndianTables[index] =
-                loadBigEndian<std::uint32_t>(&m_sector[bigEndianTablesField + 4 * index]);
+                loadBigEndian<std::uint32_t>(&m_sector[Field::bigEndianTables + sizeof(std::uint32_t) * index]);
         }
-        std::copy_n(m_sector.begin() + CheckedIsoDescriptor::rootRecordField, CheckedIsoDescriptor::rootRecordSize,
+        std::copy_n(m_sector.begin() + Field::rootRecord, CheckedIsoDescriptor::rootRecordSize,
                     descriptor->rootRecord.begin());
         checkFixedValues();
         checkTexts();
@@ -131,45 +112,46 @@ private:
 
     void checkFixedValues() const
     {
-        if (m_sector[versionField] != 1)
-            m_problems.damaged(m_offset + versionField, structure(),
-                               QStringLiteral("version %1 is unknown").arg(m_sector[versionField]));
-        if (m_sector[structureVersionField] != 1)
+        if (m_sector[Field::version] != 1)
+            m_problems.damaged(m_offset + Field::version, structure(),
+                               QStringLiteral("version %1 is unknown").arg(m_sector[Field::version]));
+        if (m_sector[Field::structureVersion] != 1)
             m_problems.damaged(
-                m_offset + structureVersionField, structure(),
-                QStringLiteral("version %1 of the directories is unknown").arg(m_sector[structureVersionField]));
-        const bool hasFlags = m_isJoliet ? m_sector[flagsField] > 1 : m_sector[flagsField] != 0;
+                m_offset + Field::structureVersion, structure(),
+                QStringLiteral("version %1 of the directories is unknown").arg(m_sector[Field::structureVersion]));
+        const bool hasFlags = m_isJoliet ? m_sector[Field::flags] > 1 : m_sector[Field::flags] != 0;
         if (hasFlags)
-            unnoticed(flagsField, QStringLiteral("unused flags are set"));
-        if (!isZero(m_sector, unusedField, unusedSize) || (!m_isJoliet && !isZero(m_sector, escapeField, escapeSize))
-            || (m_isJoliet && !isZero(m_sector, escapeField + 3, escapeSize - 3))
-            || m_sector[structureVersionField + 1] != 0 || !isZero(m_sector, reservedField, sectorSize - reservedField))
-            unnoticed(unusedField, QStringLiteral("bytes that have to be zero are not"));
+            unnoticed(Field::flags, QStringLiteral("unused flags are set"));
+        if (!isZero(m_sector, Field::unused, Field::unusedSize)
+            || (!m_isJoliet && !isZero(m_sector, Field::escape, Field::escapeSize))
+            || (m_isJoliet && !isZero(m_sector, Field::escape + 3, Field::escapeSize - 3))
+            || m_sector[Field::structureVersion + 1] != 0
+            || !isZero(m_sector, Field::reserved, sectorSize - Field::reserved))
+            unnoticed(Field::unused, QStringLiteral("bytes that have to be zero are not"));
     }
 
     /// Of a primary descriptor: texts of printable ASCII characters (a- and d-characters, and the small letters that
     /// many writers allow). Joliet has any characters but control characters.
     void checkTexts() const
     {
-        checkText(systemIdentifierField, systemIdentifierSize, "the system's name");
-        checkText(systemIdentifierField + systemIdentifierSize, systemIdentifierSize, "the volume's name");
-        checkText(textsField, datesField - textsField, "a name of the volume");
+        checkText(Field::systemIdentifier, Field::shortTextSize, "the system's name");
+        checkText(Field::volumeName, Field::shortTextSize, "the volume's name");
+        checkText(Field::texts, Field::dates - Field::texts, "a name of the volume");
     }
 
     void checkText(std::size_t at, std::size_t size, const char *what) const
     {
         bool isFine = true;
         if (m_isJoliet && (at & 1) == 0) {
-            // The name of 37 bytes each behind the others shift the pairs of bytes; only the first ones are looked at.
-            constexpr std::size_t pairedEnd = 702;
-            for (std::size_t pair = at; pair + 1 < std::min(at + size, pairedEnd); pair += 2) {
+            // File names have 37 bytes each, which shifts the pairs; only the texts before them are looked at.
+            for (std::size_t pair = at; pair + 1 < std::min(at + size, Field::fileNames); pair += 2) {
                 const auto unit = loadBigEndian<std::uint16_t>(&m_sector[pair]);
                 isFine = isFine && (unit == 0 || unit >= ' ');
             }
         } else {
             for (std::size_t byte = at; byte < at + size; ++byte)
                 isFine = isFine && (m_sector[byte] == 0 || m_sector[byte] >= ' ') && m_sector[byte] != 0x7F
-                    && (m_sector[byte] < 0x80 || at != systemIdentifierField);
+                    && (m_sector[byte] < 0x80 || at != Field::systemIdentifier);
         }
         if (!isFine)
             m_problems.damaged(m_offset + at, structure(),
@@ -180,11 +162,11 @@ private:
     {
         constexpr std::size_t dateCount = 4;
         for (std::size_t index = 0; index < dateCount; ++index) {
-            const std::size_t at = datesField + index * dateSize;
-            const std::string_view digits = textAt(m_sector, at, dateSize - 1);
+            const std::size_t at = Field::dates + index * Field::dateSize;
+            const std::string_view digits = textAt(m_sector, at, Field::dateSize - 1);
             const bool isUnset =
-                digits.find_first_not_of('0') == std::string_view::npos || isZero(m_sector, at, dateSize);
-            const int zone = std::int8_t(m_sector[at + dateSize - 1]);
+                digits.find_first_not_of('0') == std::string_view::npos || isZero(m_sector, at, Field::dateSize);
+            const int zone = std::int8_t(m_sector[at + Field::dateSize - 1]);
             constexpr int westernmost = -48;
             constexpr int easternmost = 56; // the standard ends at 52; there are places at 56
             if (isUnset ? zone != 0 : !volumeTimeFromDigits(&m_sector[at]) || zone < westernmost || zone > easternmost)
@@ -225,7 +207,7 @@ public:
                 break;
             const std::string_view identifier = identifierOf(m_sector);
             if (isAlmostKnown(identifier) || (identifier != isoIdentifier && looksLikeADescriptor()))
-                m_problems.remains(offset + identifierField, QStringLiteral("volume descriptor"),
+                m_problems.remains(offset + Field::identifier, QStringLiteral("volume descriptor"),
                                    QStringLiteral("its identifier is damaged"));
             if (!isKnown(identifier)) {
                 m_lastIsEmpty = isZero(m_sector, 0, sectorSize);
@@ -251,18 +233,18 @@ private:
 
     [[nodiscard]] bool isLikeATree() const
     {
-        const auto blockSize = loadLittleEndian<std::uint16_t>(&m_sector[blockSizeField]);
-        return blockSize == sectorSize && loadBigEndian<std::uint16_t>(&m_sector[blockSizeField + 2]) == blockSize
-            && m_sector[CheckedIsoDescriptor::rootRecordField] == CheckedIsoDescriptor::rootRecordSize;
+        const auto blockSize = loadLittleEndian<std::uint16_t>(&m_sector[Field::blockSize]);
+        return blockSize == sectorSize && loadBigEndian<std::uint16_t>(&m_sector[Field::blockSize + 2]) == blockSize
+            && m_sector[Field::rootRecord] == CheckedIsoDescriptor::rootRecordSize;
     }
 
     void take(std::uint64_t offset)
     {
         m_isThere = true;
-        if (m_hasTerminator && m_sector[0] != Terminator)
+        if (m_hasTerminator && m_sector[Field::type] != Terminator)
             m_problems.damaged(offset, QStringLiteral("volume descriptor"),
                                QStringLiteral("it stands behind the end of its set"));
-        switch (m_sector[0]) {
+        switch (m_sector[Field::type]) {
         case BootRecord:
             takeBootRecord(offset);
             break;
@@ -280,42 +262,42 @@ private:
             break;
         case Terminator:
             m_hasTerminator = true;
-            if (m_sector[versionField] != 1)
-                m_problems.damaged(offset + versionField, QStringLiteral("end of the volume descriptors"),
-                                   QStringLiteral("version %1 is unknown").arg(m_sector[versionField]));
-            if (!isZero(m_sector, flagsField, sectorSize - flagsField))
-                m_problems.unnoticed(offset + flagsField, QStringLiteral("end of the volume descriptors"),
+            if (m_sector[Field::version] != 1)
+                m_problems.damaged(offset + Field::version, QStringLiteral("end of the volume descriptors"),
+                                   QStringLiteral("version %1 is unknown").arg(m_sector[Field::version]));
+            if (!isZero(m_sector, Field::flags, sectorSize - Field::flags))
+                m_problems.unnoticed(offset + Field::flags, QStringLiteral("end of the volume descriptors"),
                                      QStringLiteral("bytes that have to be zero are not"));
             break;
         default:
             m_problems.damaged(offset, QStringLiteral("volume descriptor"),
-                               QStringLiteral("type %1 is unknown").arg(m_sector[0]));
+                               QStringLiteral("type %1 is unknown").arg(m_sector[Field::type]));
         }
     }
 
     void takeBootRecord(std::uint64_t offset)
     {
-        if (m_sector[versionField] != 1)
-            m_problems.damaged(offset + versionField, QStringLiteral("boot record"),
-                               QStringLiteral("version %1 is unknown").arg(m_sector[versionField]));
-        const std::string_view system = textAt(m_sector, flagsField, systemIdentifierSize);
+        if (m_sector[Field::version] != 1)
+            m_problems.damaged(offset + Field::version, QStringLiteral("boot record"),
+                               QStringLiteral("version %1 is unknown").arg(m_sector[Field::version]));
+        const std::string_view system = textAt(m_sector, IsoBootRecordField::systemIdentifier, Field::shortTextSize);
         if (system.starts_with(elTorito) && system.find_first_not_of('\0', elTorito.size()) == std::string_view::npos)
             m_found.bootRecordOffset = offset;
         else
-            m_problems.damaged(offset + flagsField, QStringLiteral("boot record"),
+            m_problems.damaged(offset + IsoBootRecordField::systemIdentifier, QStringLiteral("boot record"),
                                QStringLiteral("it is not that of El Torito, the only one that is known"));
     }
 
     void takeSupplementary(std::uint64_t offset)
     {
-        const std::uint8_t *const escape = &m_sector[escapeField];
+        const std::uint8_t *const escape = &m_sector[Field::escape];
         const bool isJoliet =
             escape[0] == '%' && escape[1] == '/' && (escape[2] == '@' || escape[2] == 'C' || escape[2] == 'E');
         constexpr std::uint8_t enhancedVersion = 2; // ISO 9660:1999
         if (isJoliet)
             takeTree(offset, VolumeKind::Joliet);
-        else if (m_sector[versionField] != enhancedVersion || !isZero(m_sector, escapeField, escapeSize))
-            m_problems.damaged(offset + escapeField, QStringLiteral("volume descriptor"),
+        else if (m_sector[Field::version] != enhancedVersion || !isZero(m_sector, Field::escape, Field::escapeSize))
+            m_problems.damaged(offset + Field::escape, QStringLiteral("volume descriptor"),
                                QStringLiteral("its set of characters is unknown"));
     }
 
@@ -331,7 +313,7 @@ private:
             m_found.trees.push_back(descriptor);
         } else {
             VolumeProblems(m_report, kind)
-                .damaged(offset + blockSizeField, QStringLiteral("volume descriptor"),
+                .damaged(offset + Field::blockSize, QStringLiteral("volume descriptor"),
                          QStringLiteral("blocks of %1 bytes are impossible").arg(descriptor.blockSize));
         }
     }
@@ -339,19 +321,19 @@ private:
     /// All descriptors of an image describe the same volume: its size and dates stand in each.
     void compareWithOthers(const CheckedIsoDescriptor &descriptor)
     {
-        constexpr std::size_t copied = 2 * dateSize;
+        constexpr std::size_t copied = 2 * Field::dateSize;
         if (m_found.trees.empty()) {
-            std::copy_n(m_sector.begin() + datesField, copied, m_dates.begin());
+            std::copy_n(m_sector.begin() + Field::dates, copied, m_dates.begin());
             return;
         }
         const CheckedIsoDescriptor &first = m_found.trees.front();
         const VolumeProblems problems(m_report, descriptor.kind);
         if (descriptor.blockCount * std::uint64_t(descriptor.blockSize)
             != first.blockCount * std::uint64_t(first.blockSize))
-            problems.damaged(descriptor.offset + blockCountField, QStringLiteral("volume descriptor"),
+            problems.damaged(descriptor.offset + Field::blockCount, QStringLiteral("volume descriptor"),
                              QStringLiteral("another descriptor states another size of the volume"));
-        if (!std::equal(m_dates.begin(), m_dates.end(), m_sector.begin() + datesField))
-            problems.damaged(descriptor.offset + datesField, QStringLiteral("volume descriptor"),
+        if (!std::equal(m_dates.begin(), m_dates.end(), m_sector.begin() + Field::dates))
+            problems.damaged(descriptor.offset + Field::dates, QStringLiteral("volume descriptor"),
                              QStringLiteral("another descriptor states other dates of the volume"));
     }
 
@@ -360,7 +342,7 @@ private:
         const std::uint64_t length = std::uint64_t(descriptor.blockCount) * descriptor.blockSize;
         if (length > m_source.length())
             VolumeProblems(m_report, descriptor.kind)
-                .truncated(descriptor.offset + blockCountField, QStringLiteral("volume descriptor"),
+                .truncated(descriptor.offset + Field::blockCount, QStringLiteral("volume descriptor"),
                            QStringLiteral("the volume has %1 of %2 bytes, but the image ends at byte %3")
                                .arg(counted(descriptor.blockCount, "block", "blocks"))
                                .arg(descriptor.blockSize)
@@ -384,7 +366,7 @@ private:
     const VolumeProblems m_problems;
     CheckedIsoDescriptors m_found;
     Sector m_sector{};
-    std::array<std::uint8_t, 2 * dateSize> m_dates{}; ///< of the first descriptor
+    std::array<std::uint8_t, 2 * Field::dateSize> m_dates{}; ///< of the first descriptor
     bool m_lastIsEmpty = false; ///< UDF with larger blocks leaves sectors out
     bool m_isThere = false;
     bool m_hasPrimary = false;

@@ -14,7 +14,6 @@ namespace Tessaron
 /// A primary or supplementary volume descriptor whose fields were looked at.
 struct CheckedIsoDescriptor {
     static constexpr std::size_t size = 2048;
-    static constexpr std::size_t rootRecordField = 156;
     static constexpr std::size_t rootRecordSize = 34;
 
     VolumeKind kind = VolumeKind::ISO9660; ///< or Joliet

@@ -1,5 +1,6 @@
 #include "platform/discimage/iso9660/IsoDescriptors.h"
 
+#include "platform/discimage/iso9660/IsoFields.h"
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/discimage/volume/VolumeTimeFields.h"
 #include "platform/foundation/ByteOrder.h"
@@ -18,18 +19,8 @@ constexpr std::uint64_t sectorSize = 2048;
 constexpr std::uint64_t firstDescriptor = 16;
 constexpr std::uint64_t maximumDescriptors = 64; // four or five is what there is
 
-// Where fields of a volume descriptor lie (ECMA-119 8.4, counted from 0).
-constexpr std::size_t typeField = 0;
-constexpr std::size_t identifierField = 1;
-constexpr std::size_t volumeNameField = 40;
-constexpr std::size_t volumeNameSize = 32;
-constexpr std::size_t blockCountField = 80;
-constexpr std::size_t escapeField = 88;
-constexpr std::size_t blockSizeField = 128;
-constexpr std::size_t rootRecordField = 156;
-constexpr std::size_t creationField = 813;
-constexpr std::size_t modificationField = 830;
-constexpr std::size_t applicationUseField = 883;
+namespace Field = IsoDescriptorField;
+
 constexpr std::string_view standInNote = "THE FILES ARE IN THE JOLIET TREE";
 
 enum DescriptorType : std::uint8_t { BootRecord = 0, Primary = 1, Supplementary = 2, Terminator = 255 };
@@ -46,7 +37,7 @@ QString trimmed(QString text)
 /// The three escape sequences of Joliet, for the levels of UCS-2.
 bool isJoliet(const Sector &sector)
 {
-    const std::uint8_t *const escape = &sector[escapeField];
+    const std::uint8_t *const escape = &sector[Field::escape];
     return escape[0] == '%' && escape[1] == '/' && (escape[2] == '@' || escape[2] == 'C' || escape[2] == 'E');
 }
 
@@ -54,27 +45,28 @@ NSError readDescriptor(const Sector &sector, std::uint64_t offset, VolumeKind ki
 {
     DiscVolumeFacts &facts = descriptor->facts;
     facts.kind = kind;
-    const std::uint8_t *const name = &sector[volumeNameField];
-    facts.name =
-        trimmed(kind == VolumeKind::Joliet ? textFromBigEndianUnits(name, volumeNameSize)
-                                           : QString::fromLatin1(reinterpret_cast<const char *>(name), volumeNameSize));
-    facts.blockSize = loadLittleEndian<std::uint16_t>(&sector[blockSizeField]);
-    facts.blockCount = loadLittleEndian<std::uint32_t>(&sector[blockCountField]);
-    facts.created = volumeTimeFromDigits(&sector[creationField]);
-    facts.modified = volumeTimeFromDigits(&sector[modificationField]);
+    const std::uint8_t *const name = &sector[Field::volumeName];
+    facts.name = trimmed(kind == VolumeKind::Joliet
+                             ? textFromBigEndianUnits(name, Field::shortTextSize)
+                             : QString::fromLatin1(reinterpret_cast<const char *>(name), Field::shortTextSize));
+    facts.blockSize = loadLittleEndian<std::uint16_t>(&sector[Field::blockSize]);
+    facts.blockCount = loadLittleEndian<std::uint32_t>(&sector[Field::blockCount]);
+    facts.created = volumeTimeFromDigits(&sector[Field::creationDate]);
+    facts.modified = volumeTimeFromDigits(&sector[Field::modificationDate]);
     descriptor->offset = offset;
-    const std::uint8_t *const root = &sector[rootRecordField];
-    descriptor->rootBlock = loadLittleEndian<std::uint32_t>(root + 2);
-    descriptor->rootLength = loadLittleEndian<std::uint32_t>(root + 10);
-    descriptor->rootTime = volumeTimeFromRecordingDate(root + 18);
+    const std::uint8_t *const root = &sector[Field::rootRecord];
+    descriptor->rootBlock = loadLittleEndian<std::uint32_t>(root + IsoRecordField::block);
+    descriptor->rootLength = loadLittleEndian<std::uint32_t>(root + IsoRecordField::dataLength);
+    descriptor->rootTime = volumeTimeFromRecordingDate(root + IsoRecordField::date);
     descriptor->isStandIn = kind == VolumeKind::ISO9660
-        && std::memcmp(&sector[applicationUseField], standInNote.data(), standInNote.size()) == 0;
+        && std::memcmp(&sector[Field::applicationUse], standInNote.data(), standInNote.size()) == 0;
     if (facts.blockSize != 512 && facts.blockSize != 1024 && facts.blockSize != 2048)
-        return discImageError(DiscImageErrorCode::Damaged, offset + blockSizeField,
+        return discImageError(DiscImageErrorCode::Damaged, offset + Field::blockSize,
                               QStringLiteral("Blocks of %1 bytes are impossible").arg(facts.blockSize));
-    if (loadBigEndian<std::uint32_t>(root + 6) != descriptor->rootBlock
-        || loadBigEndian<std::uint32_t>(root + 14) != descriptor->rootLength)
-        return discImageError(DiscImageErrorCode::Damaged, offset + rootRecordField,
+    if (loadBigEndian<std::uint32_t>(root + IsoRecordField::block + sizeof(std::uint32_t)) != descriptor->rootBlock
+        || loadBigEndian<std::uint32_t>(root + IsoRecordField::dataLength + sizeof(std::uint32_t))
+            != descriptor->rootLength)
+        return discImageError(DiscImageErrorCode::Damaged, offset + Field::rootRecord,
                               QStringLiteral("The two byte orders of the root's place disagree"));
     return {};
 }
@@ -99,18 +91,19 @@ NSError readIsoDescriptors(const DiscImageSource &source, IsoDescriptorSet *set)
             return firstError;
         if (NSError error = source.read(offset, sector.data(), sector.size()))
             return error;
-        if (std::memcmp(&sector[identifierField], "CD001", 5) != 0 || sector[typeField] == Terminator)
+        if (std::memcmp(&sector[Field::identifier], "CD001", 5) != 0 || sector[Field::type] == Terminator)
             return firstError;
-        if (sector[typeField] == BootRecord) {
-            set->isBootable = std::memcmp(&sector[7], "EL TORITO SPECIFICATION", 23) == 0;
+        if (sector[Field::type] == BootRecord) {
+            set->isBootable =
+                std::memcmp(&sector[IsoBootRecordField::systemIdentifier], "EL TORITO SPECIFICATION", 23) == 0;
             continue;
         }
-        const bool isOurs = sector[typeField] == Primary
+        const bool isOurs = sector[Field::type] == Primary
             ? !set->primary
-            : sector[typeField] == Supplementary && isJoliet(sector) && !set->joliet;
+            : sector[Field::type] == Supplementary && isJoliet(sector) && !set->joliet;
         if (!isOurs)
             continue;
-        const VolumeKind kind = sector[typeField] == Primary ? VolumeKind::ISO9660 : VolumeKind::Joliet;
+        const VolumeKind kind = sector[Field::type] == Primary ? VolumeKind::ISO9660 : VolumeKind::Joliet;
         IsoDescriptor descriptor;
         if (const NSError error = readDescriptor(sector, offset, kind, &descriptor)) {
             if (!firstError)

@@ -1,5 +1,6 @@
 #include "platform/discimage/iso9660/IsoDirectory.h"
 
+#include "platform/discimage/iso9660/IsoFields.h"
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/foundation/ByteOrder.h"
 
@@ -11,15 +12,8 @@ namespace Tessaron
 namespace
 {
 
-// Of a directory record (ECMA-119 9.1). Numbers are recorded little-endian, then big-endian.
-constexpr std::size_t attributeLengthField = 1;
-constexpr std::size_t blockField = 2;
-constexpr std::size_t lengthField = 10;
-constexpr std::size_t flagsField = 25;
-constexpr std::size_t unitSizeField = 26;
-constexpr std::size_t gapSizeField = 27;
-constexpr std::size_t identifierLengthField = 32;
-constexpr std::size_t identifierOffset = 33;
+namespace Field = IsoRecordField;
+
 constexpr std::size_t smallestRecord = 34;
 
 NSError damaged(std::uint64_t offset, const QString &reason)
@@ -39,7 +33,7 @@ bool IsoDirectory::next(IsoRecord *record, NSError *error)
             if (*error)
                 return false;
         }
-        const std::size_t size = m_sector[at];
+        const std::size_t size = m_sector[at + Field::length];
         if (size == 0) { // the rest of the sector is empty
             m_position += sectorSize - at;
             continue;
@@ -62,34 +56,34 @@ NSError IsoDirectory::readSector()
 
 NSError IsoDirectory::parse(std::size_t at, IsoRecord *record) const
 {
-    const std::size_t size = m_sector[at];
+    const std::size_t size = m_sector[at + Field::length];
     record->offset = m_offset + m_position;
     if (size < smallestRecord || size > sectorSize - at)
         return damaged(record->offset, QStringLiteral("A directory record of %1 bytes is impossible here").arg(size));
     record->bytes = std::span(m_sector).subspan(at, size);
     const std::span<const std::uint8_t> bytes = record->bytes;
-    const std::size_t identifierSize = bytes[identifierLengthField];
+    const std::size_t identifierSize = bytes[Field::identifierLength];
     // A byte of padding makes the identifier's end even.
-    const std::size_t useStart = identifierOffset + identifierSize + (identifierSize % 2 == 0 ? 1 : 0);
-    if (identifierSize == 0 || identifierOffset + identifierSize > size)
+    const std::size_t useStart = Field::identifier + identifierSize + (identifierSize % 2 == 0 ? 1 : 0);
+    if (identifierSize == 0 || Field::identifier + identifierSize > size)
         return damaged(record->offset,
                        QStringLiteral("A name of %1 bytes does not fit into its record").arg(identifierSize));
-    record->identifier = bytes.subspan(identifierOffset, identifierSize);
+    record->identifier = bytes.subspan(Field::identifier, identifierSize);
     record->systemUse = useStart < size ? bytes.subspan(useStart) : std::span<const std::uint8_t>();
     record->systemUseOffset = record->offset + useStart;
-    const auto block = loadLittleEndian<std::uint32_t>(&bytes[blockField]);
-    record->length = loadLittleEndian<std::uint32_t>(&bytes[lengthField]);
-    record->flags = bytes[flagsField];
-    if (loadBigEndian<std::uint32_t>(&bytes[blockField + 4]) != block
-        || loadBigEndian<std::uint32_t>(&bytes[lengthField + 4]) != record->length)
-        return damaged(record->offset + blockField,
+    const auto block = loadLittleEndian<std::uint32_t>(&bytes[Field::block]);
+    record->length = loadLittleEndian<std::uint32_t>(&bytes[Field::dataLength]);
+    record->flags = bytes[Field::flags];
+    if (loadBigEndian<std::uint32_t>(&bytes[Field::block + sizeof block]) != block
+        || loadBigEndian<std::uint32_t>(&bytes[Field::dataLength + sizeof record->length]) != record->length)
+        return damaged(record->offset + Field::block,
                        QStringLiteral("The two byte orders of a place or length disagree"));
-    const std::uint32_t attributeBlocks = bytes[attributeLengthField];
+    const std::uint32_t attributeBlocks = bytes[Field::attributeLength];
     if (block > UINT32_MAX - attributeBlocks)
-        return damaged(record->offset + blockField, QStringLiteral("An extent lies beyond all blocks"));
+        return damaged(record->offset + Field::block, QStringLiteral("An extent lies beyond all blocks"));
     record->block = block + attributeBlocks;
-    if (bytes[unitSizeField] != 0 || bytes[gapSizeField] != 0)
-        return discImageError(DiscImageErrorCode::Unsupported, record->offset + unitSizeField,
+    if (bytes[Field::unitSize] != 0 || bytes[Field::gapSize] != 0)
+        return discImageError(DiscImageErrorCode::Unsupported, record->offset + Field::unitSize,
                               QStringLiteral("Interleaved files are not read"));
     return {};
 }

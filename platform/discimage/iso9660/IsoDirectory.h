@@ -21,7 +21,6 @@ struct IsoRecord {
     std::uint32_t length = 0; ///< of the extent, bytes
     std::uint8_t flags = 0;
 
-    static constexpr std::size_t dateField = 18; ///< of the 7 bytes of 9.1.5
     static constexpr std::uint8_t folderFlag = 2;
     static constexpr std::uint8_t associatedFlag = 4; ///< the other fork of a file of the same name
     static constexpr std::uint8_t moreSectionsFlag = 0x80;

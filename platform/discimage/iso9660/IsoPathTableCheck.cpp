@@ -1,5 +1,6 @@
 #include "platform/discimage/iso9660/IsoPathTableCheck.h"
 
+#include "platform/discimage/iso9660/IsoFields.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
 
@@ -12,12 +13,8 @@ namespace Tessaron
 namespace
 {
 
-// Of a record of a path table (ECMA-119 9.4).
-constexpr std::size_t identifierLengthField = 0;
-constexpr std::size_t attributeLengthField = 1;
-constexpr std::size_t blockField = 2;
-constexpr std::size_t parentField = 6;
-constexpr std::size_t identifierField = 8;
+namespace Field = IsoPathTableField;
+
 /// No table can number more folders than its records can name as parents.
 constexpr std::size_t maximumParents = std::numeric_limits<std::uint16_t>::max();
 
@@ -56,7 +53,7 @@ private:
         if (block == 0 || !m_source.contains(offset, m_descriptor.pathTableLength))
             return m_problems.damaged(m_descriptor.offset, structure(),
                                       QStringLiteral("it lies beyond the end of the image"));
-        constexpr std::uint64_t longestRecord = identifierField + 256;
+        constexpr std::uint64_t longestRecord = Field::identifier + 256;
         if (m_descriptor.pathTableLength > m_folders.size() * longestRecord)
             return m_problems.damaged(m_descriptor.offset, structure(),
                                       QStringLiteral("it is longer than the folders could make it"));
@@ -66,9 +63,9 @@ private:
         m_indexOfNumber.clear();
         m_isSeen.assign(m_folders.size(), false);
         std::size_t at = 0;
-        while (at + identifierField <= table.size()) {
-            const std::size_t length = table[at + identifierLengthField];
-            const std::size_t next = at + identifierField + length + length % 2;
+        while (at + Field::identifier <= table.size()) {
+            const std::size_t length = table[at + Field::identifierLength];
+            const std::size_t next = at + Field::identifier + length + length % 2;
             if (length == 0 || next > table.size())
                 break;
             if (!checkRecord(std::span(table).subspan(at, next - at), offset + at, isBigEndian))
@@ -86,35 +83,35 @@ private:
 
     bool checkRecord(std::span<const std::uint8_t> record, std::uint64_t offset, bool isBigEndian)
     {
-        const std::uint32_t block = isBigEndian ? loadBigEndian<std::uint32_t>(&record[blockField])
-                                                : loadLittleEndian<std::uint32_t>(&record[blockField]);
-        const std::uint16_t parent = isBigEndian ? loadBigEndian<std::uint16_t>(&record[parentField])
-                                                 : loadLittleEndian<std::uint16_t>(&record[parentField]);
-        const auto found = m_indexOfBlock.find(block + record[attributeLengthField]);
+        const std::uint32_t block = isBigEndian ? loadBigEndian<std::uint32_t>(&record[Field::block])
+                                                : loadLittleEndian<std::uint32_t>(&record[Field::block]);
+        const std::uint16_t parent = isBigEndian ? loadBigEndian<std::uint16_t>(&record[Field::parent])
+                                                 : loadLittleEndian<std::uint16_t>(&record[Field::parent]);
+        const auto found = m_indexOfBlock.find(block + record[Field::attributeLength]);
         const auto wrong = [&](std::size_t field, const QString &message) {
             m_problems.damaged(offset + field, structure(), message);
             return false;
         };
         if (found == m_indexOfBlock.end())
-            return wrong(blockField, QStringLiteral("a record leads to no folder of the tree"));
+            return wrong(Field::block, QStringLiteral("a record leads to no folder of the tree"));
         const std::uint32_t index = found->second;
         if (m_isSeen[index])
-            return wrong(blockField, QStringLiteral("two records lead to one folder"));
+            return wrong(Field::block, QStringLiteral("two records lead to one folder"));
         m_isSeen[index] = true;
-        const std::size_t length = record[identifierLengthField];
-        const auto identifier = record.subspan(identifierField, length);
+        const std::size_t length = record[Field::identifierLength];
+        const auto identifier = record.subspan(Field::identifier, length);
         const bool isRoot = m_indexOfNumber.empty();
         const bool isRightName = isRoot ? length == 1 && identifier[0] == 0
                                         : isoIdentifierHash(identifier) == m_folders[index].identifierHash;
         if (!isRightName)
-            return wrong(identifierField, QStringLiteral("a record does not have the name of its folder"));
+            return wrong(Field::identifier, QStringLiteral("a record does not have the name of its folder"));
         if (length % 2 == 1 && record.back() != 0)
-            m_problems.unnoticed(offset + identifierField + length, structure(),
+            m_problems.unnoticed(offset + Field::identifier + length, structure(),
                                  QStringLiteral("a byte that has to be zero is not"));
         // The field has 16 bits: past 65,535 folders no number in it can be right, and writers differ.
         const std::uint32_t wanted = m_folders[index].parent;
         if (isRoot ? parent != 1 : !isParent(parent, wanted))
-            return wrong(parentField, QStringLiteral("a record names another parent than its folder has"));
+            return wrong(Field::parent, QStringLiteral("a record names another parent than its folder has"));
         m_indexOfNumber.push_back(index);
         return true;
     }

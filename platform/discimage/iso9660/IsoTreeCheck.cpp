@@ -1,6 +1,7 @@
 #include "platform/discimage/iso9660/IsoTreeCheck.h"
 
 #include "platform/discimage/iso9660/IsoDirectory.h"
+#include "platform/discimage/iso9660/IsoFields.h"
 #include "platform/discimage/iso9660/IsoPathTableCheck.h"
 #include "platform/discimage/iso9660/RockRidgeCheck.h"
 #include "platform/discimage/volume/VolumeTimeFields.h"
@@ -17,16 +18,7 @@ namespace Tessaron
 namespace
 {
 
-// Of a directory record (ECMA-119 9.1).
-constexpr std::size_t attributeLengthField = 1; // blocks of the extended attribute record in front of the extent
-constexpr std::size_t blockField = 2;
-constexpr std::size_t lengthField = 10;
-constexpr std::size_t dateField = 18;
-constexpr std::size_t dateSize = 7;
-constexpr std::size_t flagsField = 25;
-constexpr std::size_t volumeNumberField = 28;
-constexpr std::size_t identifierLengthField = 32;
-constexpr std::size_t identifierField = 33;
+namespace Field = IsoRecordField;
 
 /// Formats and protection are those of an extended attribute record, which has to be there then (9.1.6).
 constexpr std::uint8_t attributeFlags = 0x18;
@@ -53,10 +45,10 @@ public:
     {
         const auto &root = m_descriptor.rootRecord;
         Folder folder;
-        folder.block = loadLittleEndian<std::uint32_t>(&root[blockField]);
-        folder.length = loadLittleEndian<std::uint32_t>(&root[lengthField]);
-        folder.recordOffset = m_descriptor.offset + CheckedIsoDescriptor::rootRecordField;
-        std::copy_n(root.begin() + dateField, dateSize, folder.date.begin());
+        folder.block = loadLittleEndian<std::uint32_t>(&root[Field::block]);
+        folder.length = loadLittleEndian<std::uint32_t>(&root[Field::dataLength]);
+        folder.recordOffset = m_descriptor.offset + IsoDescriptorField::rootRecord;
+        std::copy_n(root.begin() + Field::date, Field::dateSize, folder.date.begin());
         checkRootRecord(root);
         m_places.push_back({folder.block, 0, isoIdentifierHash({})});
         m_folders.push_back(folder);
@@ -72,7 +64,7 @@ private:
         std::uint32_t block = 0;
         std::uint32_t length = 0;
         std::uint64_t recordOffset = 0; ///< of the record in its parent
-        std::array<std::uint8_t, dateSize> date{};
+        std::array<std::uint8_t, Field::dateSize> date{};
         std::optional<std::uint32_t> mode;
     };
 
@@ -87,17 +79,17 @@ private:
 
     void checkRootRecord(const std::array<std::uint8_t, CheckedIsoDescriptor::rootRecordSize> &root)
     {
-        const std::uint64_t offset = m_descriptor.offset + CheckedIsoDescriptor::rootRecordField;
+        const std::uint64_t offset = m_descriptor.offset + IsoDescriptorField::rootRecord;
         IsoRecord record;
         record.bytes = root;
         record.offset = offset;
-        record.flags = root[flagsField];
-        record.identifier = std::span(root).subspan(identifierField, 1);
-        if (root[0] != CheckedIsoDescriptor::rootRecordSize || root[identifierLengthField] != 1
-            || root[identifierField] != 0)
+        record.flags = root[Field::flags];
+        record.identifier = std::span(root).subspan(Field::identifier, 1);
+        if (root[Field::length] != CheckedIsoDescriptor::rootRecordSize || root[Field::identifierLength] != 1
+            || root[Field::identifier] != 0)
             damaged(offset, QStringLiteral("the root's record has an impossible name or length"));
         if (!record.isFolder())
-            damaged(offset + flagsField, QStringLiteral("the root is not a folder"));
+            damaged(offset + Field::flags, QStringLiteral("the root is not a folder"));
         checkBothEndian(record);
         checkFields(record);
     }
@@ -105,9 +97,9 @@ private:
     /// The reader of directories looks at these two before it passes a record on; the root's record comes another way.
     void checkBothEndian(const IsoRecord &record) const
     {
-        for (const std::size_t at : {blockField, lengthField}) {
+        for (const std::size_t at : {Field::block, Field::dataLength}) {
             if (loadLittleEndian<std::uint32_t>(&record.bytes[at])
-                != loadBigEndian<std::uint32_t>(&record.bytes[at + 4]))
+                != loadBigEndian<std::uint32_t>(&record.bytes[at + sizeof(std::uint32_t)]))
                 damaged(record.offset + at, QStringLiteral("the two byte orders of a place or length disagree"));
         }
     }
@@ -115,44 +107,44 @@ private:
     /// What every record has to say whatever it describes.
     void checkFields(const IsoRecord &record) const
     {
-        const auto number = loadLittleEndian<std::uint16_t>(&record.bytes[volumeNumberField]);
-        if (number != loadBigEndian<std::uint16_t>(&record.bytes[volumeNumberField + 2]))
-            unnoticed(record.offset + volumeNumberField,
+        const auto number = loadLittleEndian<std::uint16_t>(&record.bytes[Field::volumeNumber]);
+        if (number != loadBigEndian<std::uint16_t>(&record.bytes[Field::volumeNumber + sizeof number]))
+            unnoticed(record.offset + Field::volumeNumber,
                       QStringLiteral("the two byte orders of the volume's number disagree"));
-        if (record.bytes[attributeLengthField] != 0 && !hasAttributeRecord(record))
-            damaged(record.offset + attributeLengthField,
+        if (record.bytes[Field::attributeLength] != 0 && !hasAttributeRecord(record))
+            damaged(record.offset + Field::attributeLength,
                     QStringLiteral("it says that extended attributes lie before its extent, but there are none"));
         if ((record.flags & reservedFlags) != 0
-            || (record.bytes[attributeLengthField] == 0 && (record.flags & attributeFlags) != 0))
-            damaged(record.offset + flagsField, QStringLiteral("flags are set that have no meaning here"));
-        const std::span<const std::uint8_t> date = record.bytes.subspan(dateField, dateSize);
+            || (record.bytes[Field::attributeLength] == 0 && (record.flags & attributeFlags) != 0))
+            damaged(record.offset + Field::flags, QStringLiteral("flags are set that have no meaning here"));
+        const std::span<const std::uint8_t> date = record.bytes.subspan(Field::date, Field::dateSize);
         const bool isUnset = std::all_of(date.begin(), date.end(), [](std::uint8_t byte) { return byte == 0; });
         const int zone = std::int8_t(date.back());
         if (!isUnset && (!volumeTimeFromRecordingDate(date.data()) || zone < -48 || zone > 56))
-            damaged(record.offset + dateField, QStringLiteral("its date makes no sense"));
-        const std::size_t identifierEnd = identifierField + record.identifier.size();
+            damaged(record.offset + Field::date, QStringLiteral("its date makes no sense"));
+        const std::size_t identifierEnd = Field::identifier + record.identifier.size();
         if (record.identifier.size() % 2 == 0 && identifierEnd < record.bytes.size()
             && record.bytes[identifierEnd] != 0)
             unnoticed(record.offset + identifierEnd, QStringLiteral("a byte that has to be zero is not"));
         const std::uint64_t blocks =
             (std::uint64_t(record.length) + m_descriptor.blockSize - 1) / m_descriptor.blockSize;
         if (record.length > 0 && record.block + blocks > m_descriptor.blockCount)
-            damaged(record.offset + blockField, QStringLiteral("it leads beyond the end of the volume"));
+            damaged(record.offset + Field::block, QStringLiteral("it leads beyond the end of the volume"));
     }
 
     /// An extended attribute record (9.5) begins with two numbers in both byte orders and has version 1 at its byte
     /// 180.
     [[nodiscard]] bool hasAttributeRecord(const IsoRecord &record) const
     {
-        constexpr std::size_t versionField = 180;
-        std::array<std::uint8_t, versionField + 1> attributes;
+        constexpr std::size_t version = 180;
+        std::array<std::uint8_t, version + 1> attributes;
         const std::uint64_t offset =
-            std::uint64_t(record.block - record.bytes[attributeLengthField]) * m_descriptor.blockSize;
+            std::uint64_t(record.block - record.bytes[Field::attributeLength]) * m_descriptor.blockSize;
         if (m_source.read(offset, attributes.data(), attributes.size()))
             return false;
         return loadLittleEndian<std::uint16_t>(&attributes[0]) == loadBigEndian<std::uint16_t>(&attributes[2])
             && loadLittleEndian<std::uint16_t>(&attributes[4]) == loadBigEndian<std::uint16_t>(&attributes[6])
-            && attributes[versionField] == 1;
+            && attributes[version] == 1;
     }
 
     void checkFolder(std::size_t index)
@@ -221,10 +213,10 @@ private:
         // Some writers do not know the length of the parent, or name the folder itself in its place.
         const bool isRightPlace = record.block == meant.block || (number == 1 && record.block == folder.block);
         if (!isRightPlace || (number == 0 && record.length != meant.length))
-            damaged(record.offset + blockField,
+            damaged(record.offset + Field::block,
                     QStringLiteral("it does not lead where the folder's other records lead"));
-        if (number == 0 && index != 0 && !isSameDate(record.bytes.subspan(dateField, dateSize), meant.date))
-            damaged(record.offset + dateField, QStringLiteral("its date is not that of the folder's other record"));
+        if (number == 0 && index != 0 && !isSameDate(record.bytes.subspan(Field::date, Field::dateSize), meant.date))
+            damaged(record.offset + Field::date, QStringLiteral("its date is not that of the folder's other record"));
         checkSpecialRockRidge(record, index, number);
     }
 
@@ -287,17 +279,17 @@ private:
     void addFolder(const IsoRecord &record, std::size_t parent, const std::optional<std::uint32_t> &mode)
     {
         if (m_visited.contains(record.block))
-            return damaged(record.offset + blockField,
+            return damaged(record.offset + Field::block,
                            QStringLiteral("the folder leads to one that is listed elsewhere"));
         if (record.hasMoreSections())
-            damaged(record.offset + flagsField, QStringLiteral("a folder cannot have several sections"));
+            damaged(record.offset + Field::flags, QStringLiteral("a folder cannot have several sections"));
         m_visited.insert(record.block);
         Folder folder;
         folder.block = record.block;
         folder.length = record.length;
         folder.recordOffset = record.offset;
         folder.mode = mode;
-        std::copy_n(record.bytes.begin() + dateField, dateSize, folder.date.begin());
+        std::copy_n(record.bytes.begin() + Field::date, Field::dateSize, folder.date.begin());
         m_folders.push_back(folder);
         m_places.push_back({record.block, std::uint32_t(parent), isoIdentifierHash(record.identifier)});
     }
@@ -317,7 +309,7 @@ private:
                      });
         }
         if (!isFine)
-            damaged(record.offset + identifierField, QStringLiteral("its name has characters that are not allowed"));
+            damaged(record.offset + Field::identifier, QStringLiteral("its name has characters that are not allowed"));
     }
 
     const DiscImageSource &m_source;

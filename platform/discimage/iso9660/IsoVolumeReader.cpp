@@ -1,6 +1,7 @@
 #include "platform/discimage/iso9660/IsoVolumeReader.h"
 
 #include "platform/discimage/iso9660/IsoDirectory.h"
+#include "platform/discimage/iso9660/IsoFields.h"
 #include "platform/discimage/iso9660/RockRidgeEntry.h"
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/discimage/volume/VolumeTimeFields.h"
@@ -105,7 +106,7 @@ private:
         m_object.kind = record.isFolder() ? VolumeObjectKind::Folder : VolumeObjectKind::File;
         m_object.name = m_facts.kind == VolumeKind::Joliet ? jolietName(record.identifier)
                                                            : plainName(m_identifier, record.isFolder());
-        m_object.modified = volumeTimeFromRecordingDate(&record.bytes[IsoRecord::dateField]);
+        m_object.modified = volumeTimeFromRecordingDate(&record.bytes[IsoRecordField::date]);
         std::uint32_t folderBlock = record.block;
         std::uint32_t folderLength = record.length;
         if (m_facts.kind == VolumeKind::RockRidge) {

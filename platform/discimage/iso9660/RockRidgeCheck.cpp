@@ -1,5 +1,6 @@
 #include "platform/discimage/iso9660/RockRidgeCheck.h"
 
+#include "platform/discimage/iso9660/IsoFields.h"
 #include "platform/discimage/volume/VolumeTimeFields.h"
 #include "platform/foundation/ByteOrder.h"
 
@@ -19,11 +20,6 @@ namespace
 
 using Bytes = std::span<const std::uint8_t>;
 
-// What every entry begins with (SUSP 4.2).
-constexpr std::size_t lengthField = 2;
-constexpr std::size_t versionField = 3;
-constexpr std::size_t headSize = 4;
-constexpr std::size_t recordDateField = 18; // of a directory record
 /// The entries of a record take less in any sound image; areas that lead to themselves end here.
 constexpr std::size_t maximumContinuation = 65536;
 
@@ -95,11 +91,11 @@ private:
     void checkArea(Bytes area, std::uint64_t offset)
     {
         std::size_t at = 0;
-        while (at + headSize <= area.size()) {
-            const std::size_t size = area[at + lengthField];
+        while (at + SystemUseField::data <= area.size()) {
+            const std::size_t size = area[at + SystemUseField::length];
             if (area[at] == 0 && size == 0)
                 break; // some writers fill up with zeros
-            if (size < headSize || size > area.size() - at)
+            if (size < SystemUseField::data || size > area.size() - at)
                 return damaged(offset + at, QStringLiteral("an entry of %1 bytes is impossible").arg(size));
             const Bytes entry = area.subspan(at, size);
             checkEntry(entry, offset + at);
@@ -123,9 +119,9 @@ private:
             return;
         }
         if (known->length != 0 && known->length != entry.size())
-            return damaged(offset + lengthField, QStringLiteral("an entry has the wrong length"));
-        if (entry[versionField] != 1 && signature != "AA" && signature != "ZF" && signature != "AL")
-            damaged(offset + versionField, QStringLiteral("an entry has an unknown version"));
+            return damaged(offset + SystemUseField::length, QStringLiteral("an entry has the wrong length"));
+        if (entry[SystemUseField::version] != 1 && signature != "AA" && signature != "ZF" && signature != "AL")
+            damaged(offset + SystemUseField::version, QStringLiteral("an entry has an unknown version"));
         if (signature == "CE")
             checkContinuation(entry, offset);
         else if (signature == "PX")
@@ -150,8 +146,9 @@ private:
     void checkNumbers(Bytes entry, std::uint64_t offset, std::size_t count)
     {
         for (std::size_t index = 0; index < count; ++index) {
-            const std::size_t at = headSize + 8 * index;
-            if (loadLittleEndian<std::uint32_t>(&entry[at]) != loadBigEndian<std::uint32_t>(&entry[at + 4]))
+            const std::size_t at = SystemUseField::data + 8 * index;
+            if (loadLittleEndian<std::uint32_t>(&entry[at])
+                != loadBigEndian<std::uint32_t>(&entry[at + sizeof(std::uint32_t)]))
                 damaged(offset + at, QStringLiteral("the two byte orders of a number disagree"));
         }
     }
@@ -159,9 +156,9 @@ private:
     void checkContinuation(Bytes entry, std::uint64_t offset)
     {
         checkNumbers(entry, offset, 3);
-        const std::uint64_t block = loadLittleEndian<std::uint32_t>(&entry[headSize]);
-        m_nextOffset = block * m_blockSize + loadLittleEndian<std::uint32_t>(&entry[headSize + 8]);
-        m_nextLength = loadLittleEndian<std::uint32_t>(&entry[headSize + 16]);
+        const std::uint64_t block = loadLittleEndian<std::uint32_t>(&entry[ContinuationField::block]);
+        m_nextOffset = block * m_blockSize + loadLittleEndian<std::uint32_t>(&entry[ContinuationField::offset]);
+        m_nextLength = loadLittleEndian<std::uint32_t>(&entry[ContinuationField::length]);
         if (!m_source.contains(m_nextOffset, m_nextLength)) {
             damaged(offset, QStringLiteral("entries go on beyond the end of the image"));
             m_nextLength = 0;
@@ -170,14 +167,12 @@ private:
 
     void checkAttributes(Bytes entry, std::uint64_t offset)
     {
-        constexpr std::size_t oldSize = 36; // without a serial number
-        constexpr std::size_t size = 44;
-        if (entry.size() != oldSize && entry.size() != size)
-            return damaged(offset + lengthField, QStringLiteral("an entry has the wrong length"));
-        checkNumbers(entry, offset, (entry.size() - headSize) / 8);
-        m_facts.mode = loadLittleEndian<std::uint32_t>(&entry[headSize]);
-        m_facts.userId = loadLittleEndian<std::uint32_t>(&entry[headSize + 16]);
-        m_facts.groupId = loadLittleEndian<std::uint32_t>(&entry[headSize + 24]);
+        if (entry.size() != PosixField::serialNumber && entry.size() != PosixField::size)
+            return damaged(offset + SystemUseField::length, QStringLiteral("an entry has the wrong length"));
+        checkNumbers(entry, offset, (entry.size() - SystemUseField::data) / 8);
+        m_facts.mode = loadLittleEndian<std::uint32_t>(&entry[PosixField::mode]);
+        m_facts.userId = loadLittleEndian<std::uint32_t>(&entry[PosixField::userId]);
+        m_facts.groupId = loadLittleEndian<std::uint32_t>(&entry[PosixField::groupId]);
     }
 
     void checkTimes(Bytes entry, std::uint64_t offset)
@@ -187,24 +182,24 @@ private:
         constexpr std::uint8_t longForm = 0x80;
         constexpr std::size_t longSize = 17;
         constexpr std::size_t shortSize = 7;
-        constexpr std::size_t stampsField = headSize + 1;
-        if (entry.size() < stampsField)
-            return damaged(offset + lengthField, QStringLiteral("an entry has the wrong length"));
-        const std::uint8_t flags = entry[headSize];
+        if (entry.size() < RockRidgeField::content)
+            return damaged(offset + SystemUseField::length, QStringLiteral("an entry has the wrong length"));
+        const std::uint8_t flags = entry[RockRidgeField::flags];
         const bool isLong = (flags & longForm) != 0;
         const std::size_t size = isLong ? longSize : shortSize;
         const auto count = std::size_t(std::popcount(std::uint8_t(flags & ~longForm)));
-        if (entry.size() != stampsField + count * size)
-            return damaged(offset + headSize, QStringLiteral("the number of times is not that of the entry's flags"));
+        if (entry.size() != RockRidgeField::content + count * size)
+            return damaged(offset + RockRidgeField::flags,
+                           QStringLiteral("the number of times is not that of the entry's flags"));
         m_hasTimes = true;
         for (std::size_t index = 0; index < count; ++index) {
-            const Bytes stamp = entry.subspan(stampsField + index * size, size);
+            const Bytes stamp = entry.subspan(RockRidgeField::content + index * size, size);
             const bool isUnset =
                 std::all_of(stamp.begin(), stamp.end(), [](std::uint8_t b) { return b == 0 || b == '0'; });
             const std::optional<VolumeTime> time =
                 isLong ? volumeTimeFromDigits(stamp.data()) : volumeTimeFromRecordingDate(stamp.data());
             if (!isUnset && !time)
-                damaged(offset + stampsField + index * size, QStringLiteral("a time makes no sense"));
+                damaged(offset + RockRidgeField::content + index * size, QStringLiteral("a time makes no sense"));
             const std::size_t modificationIndex = (flags & creation) != 0 ? 1 : 0;
             if ((flags & modification) != 0 && index == modificationIndex)
                 m_facts.modified = time;
@@ -214,16 +209,16 @@ private:
     void checkName(Bytes entry, std::uint64_t offset)
     {
         constexpr std::uint8_t knownFlags = 0x27; // continues, ".", "..", the name of the host
-        if (entry.size() <= headSize)
-            return damaged(offset + lengthField, QStringLiteral("an entry has the wrong length"));
-        if ((entry[headSize] & ~knownFlags) != 0 || (entry[headSize] & 6) != 0)
-            damaged(offset + headSize, QStringLiteral("a name has unknown flags"));
+        if (entry.size() < RockRidgeField::content)
+            return damaged(offset + SystemUseField::length, QStringLiteral("an entry has the wrong length"));
+        if ((entry[RockRidgeField::flags] & ~knownFlags) != 0 || (entry[RockRidgeField::flags] & 6) != 0)
+            damaged(offset + RockRidgeField::flags, QStringLiteral("a name has unknown flags"));
         if (m_facts.hasName && !m_nameContinues)
             damaged(offset, QStringLiteral("a record has two names"));
-        const Bytes name = entry.subspan(headSize + 1);
+        const Bytes name = entry.subspan(RockRidgeField::content);
         if (std::any_of(name.begin(), name.end(), [](std::uint8_t byte) { return byte == 0 || byte == '/'; }))
-            damaged(offset + headSize + 1, QStringLiteral("a name has characters that are not allowed"));
-        m_nameContinues = (entry[headSize] & 1) != 0;
+            damaged(offset + RockRidgeField::content, QStringLiteral("a name has characters that are not allowed"));
+        m_nameContinues = (entry[RockRidgeField::flags] & 1) != 0;
         m_facts.hasName = true;
     }
 
@@ -231,24 +226,26 @@ private:
     {
         constexpr std::uint8_t knownFlags = 0x0F; // continues, ".", "..", root (P1282 4.1.3.1)
         constexpr std::uint8_t specialFlags = 0x0E;
+        namespace Component = LinkComponentField;
         m_isLink = true;
-        if (entry.size() <= headSize || entry[headSize] > 1)
-            return damaged(offset + headSize, QStringLiteral("a link target has unknown flags"));
-        for (std::size_t at = headSize + 1; at < entry.size();) {
-            if (at + 2 > entry.size() || at + 2 + entry[at + 1] > entry.size())
+        if (entry.size() < RockRidgeField::content || entry[RockRidgeField::flags] > 1)
+            return damaged(offset + RockRidgeField::flags, QStringLiteral("a link target has unknown flags"));
+        for (std::size_t at = RockRidgeField::content; at < entry.size();) {
+            if (at + Component::text > entry.size()
+                || at + Component::text + entry[at + Component::length] > entry.size())
                 return damaged(offset + at, QStringLiteral("a part of a link target leaves its entry"));
-            const std::size_t length = entry[at + 1];
-            const std::uint8_t flags = entry[at];
-            const Bytes text = entry.subspan(at + 2, length);
+            const std::size_t length = entry[at + Component::length];
+            const std::uint8_t flags = entry[at + Component::flags];
+            const Bytes text = entry.subspan(at + Component::text, length);
             const bool isSpecial = (flags & specialFlags) != 0;
             const bool isWrong = (flags & ~knownFlags) != 0 || (isSpecial && length != 0)
                 || std::popcount(std::uint8_t(flags & specialFlags)) > 1
                 || std::any_of(text.begin(), text.end(), [](std::uint8_t byte) { return byte == 0; });
             if (isWrong)
                 damaged(offset + at, QStringLiteral("a part of a link target makes no sense"));
-            at += 2 + length;
+            at += Component::text + length;
         }
-        m_linkContinues = entry[headSize] == 1;
+        m_linkContinues = entry[RockRidgeField::flags] == 1;
     }
 
     void checkRelocation(Bytes entry, std::uint64_t offset)
@@ -259,19 +256,22 @@ private:
 
     void checkSharingProtocol(Bytes entry, std::uint64_t offset)
     {
-        m_hasSharingProtocol = entry[headSize] == 0xBE && entry[headSize + 1] == 0xEF;
+        m_hasSharingProtocol =
+            entry[SharingProtocolField::checkBytes] == 0xBE && entry[SharingProtocolField::checkBytes + 1] == 0xEF;
         if (!m_hasSharingProtocol)
-            damaged(offset + headSize, QStringLiteral("the check bytes of SP are wrong"));
-        m_skippedBytes = entry[headSize + 2];
+            damaged(offset + SharingProtocolField::checkBytes, QStringLiteral("the check bytes of SP are wrong"));
+        m_skippedBytes = entry[SharingProtocolField::skippedBytes];
     }
 
     void checkExtension(Bytes entry, std::uint64_t offset)
     {
-        constexpr std::size_t textsField = 8;
-        if (entry.size() < textsField
-            || entry.size() != textsField + entry[headSize] + entry[headSize + 1] + entry[headSize + 2])
-            return damaged(offset + headSize, QStringLiteral("the texts of ER do not fill it"));
-        const std::string_view identifier(reinterpret_cast<const char *>(entry.data()) + textsField, entry[headSize]);
+        if (entry.size() < ExtensionField::texts
+            || entry.size()
+                != ExtensionField::texts + entry[ExtensionField::identifierLength]
+                    + entry[ExtensionField::descriptionLength] + entry[ExtensionField::sourceLength])
+            return damaged(offset + ExtensionField::identifierLength, QStringLiteral("the texts of ER do not fill it"));
+        const std::string_view identifier(reinterpret_cast<const char *>(entry.data()) + ExtensionField::texts,
+                                          entry[ExtensionField::identifierLength]);
         constexpr std::string_view rockRidge[] = {"RRIP_1991A", "IEEE_P1282", "IEEE_1282"};
         if (std::find(std::begin(rockRidge), std::end(rockRidge), identifier) != std::end(rockRidge))
             m_isMarked = true;
@@ -281,7 +281,7 @@ private:
                                                std::not_equal_to())
                          <= 1;
                  }))
-            damaged(offset + textsField, QStringLiteral("the name of Rock Ridge in ER is damaged"));
+            damaged(offset + ExtensionField::texts, QStringLiteral("the name of Rock Ridge in ER is damaged"));
         else
             m_hasOtherExtensions = true;
     }
@@ -306,8 +306,9 @@ private:
 /// Bytes that look like entries: two capital letters, a length, version 1.
 bool looksLikeEntries(Bytes area)
 {
-    return area.size() >= headSize && area[0] >= 'A' && area[0] <= 'Z' && area[1] >= 'A' && area[1] <= 'Z'
-        && area[lengthField] >= headSize && area[lengthField] <= area.size() && area[versionField] == 1;
+    return area.size() >= SystemUseField::data && area[0] >= 'A' && area[0] <= 'Z' && area[1] >= 'A' && area[1] <= 'Z'
+        && area[SystemUseField::length] >= SystemUseField::data && area[SystemUseField::length] <= area.size()
+        && area[SystemUseField::version] == 1;
 }
 
 } // namespace
@@ -319,7 +320,8 @@ RockRidgeUse checkRockRidgeUse(const DiscImageSource &source, std::uint32_t bloc
     if (rootRecord.systemUse.empty())
         return use;
     RecordCheck check(source, blockSize, use, problems);
-    const bool isSigned = rootRecord.systemUse.size() >= headSize && signatureOf(rootRecord.systemUse) == "SP";
+    const bool isSigned =
+        rootRecord.systemUse.size() >= SystemUseField::data && signatureOf(rootRecord.systemUse) == "SP";
     if (!isSigned && !looksLikeEntries(rootRecord.systemUse)
         && !std::any_of(rootRecord.systemUse.begin(), rootRecord.systemUse.end(),
                         [](std::uint8_t b) { return b == 0xBE; }))
@@ -375,7 +377,7 @@ RockRidgeRecordFacts checkRockRidgeRecord(const DiscImageSource &source, std::ui
         damaged(QStringLiteral("its flags and its mode do not agree on whether it is a folder"));
     if (S_ISLNK(type) != check.isLink())
         damaged(QStringLiteral("its mode and its entries do not agree on whether it is a symbolic link"));
-    const std::optional<VolumeTime> recorded = volumeTimeFromRecordingDate(&record.bytes[recordDateField]);
+    const std::optional<VolumeTime> recorded = volumeTimeFromRecordingDate(&record.bytes[IsoRecordField::date]);
     // Some writers give the record of a link the date of what it leads to.
     if (!S_ISLNK(type) && facts.modified && recorded && facts.modified->seconds != recorded->seconds)
         damaged(QStringLiteral("its date is not that of Rock Ridge"));

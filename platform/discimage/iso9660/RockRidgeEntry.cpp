@@ -1,5 +1,6 @@
 #include "platform/discimage/iso9660/RockRidgeEntry.h"
 
+#include "platform/discimage/iso9660/IsoFields.h"
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/discimage/volume/VolumeTimeFields.h"
 #include "platform/foundation/ByteOrder.h"
@@ -12,8 +13,6 @@ namespace Tessaron
 
 namespace
 {
-
-constexpr std::size_t entryHeadSize = 4; // signature, length, version
 
 // All of a record's entries together. A name of 255 bytes and a link target of 4096 take less than a tenth of it, and
 // areas that lead to themselves end here.
@@ -51,12 +50,12 @@ public:
     {
         m_continuation.reset();
         // An area may end with a byte of padding.
-        for (std::size_t at = 0; at + entryHeadSize <= area.size();) {
-            const std::size_t size = area[at + 2];
+        for (std::size_t at = 0; at + SystemUseField::data <= area.size();) {
+            const std::size_t size = area[at + SystemUseField::length];
             *wrongAt = at;
             if (size == 0 && area[at] == 0)
                 return true; // some writers fill up with zeros
-            if (size < entryHeadSize || size > area.size() - at)
+            if (size < SystemUseField::data || size > area.size() - at)
                 return false;
             const auto use = area.subspan(at, size);
             if (signature(char(use[0]), char(use[1])) == signature('S', 'T'))
@@ -75,8 +74,10 @@ private:
     {
         switch (signature(char(use[0]), char(use[1]))) {
         case signature('S', 'P'):
-            m_entry.hasSharingProtocol = use.size() >= 7 && use[4] == 0xBE && use[5] == 0xEF;
-            m_entry.skippedBytes = use.size() >= 7 ? use[6] : 0;
+            m_entry.hasSharingProtocol = use.size() >= SharingProtocolField::size
+                && use[SharingProtocolField::checkBytes] == 0xBE && use[SharingProtocolField::checkBytes + 1] == 0xEF;
+            m_entry.skippedBytes =
+                use.size() >= SharingProtocolField::size ? use[SharingProtocolField::skippedBytes] : 0;
             return true;
         case signature('E', 'R'):
             return parseExtension(use);
@@ -84,10 +85,11 @@ private:
             m_entry.isRockRidge = true;
             return true;
         case signature('C', 'E'):
-            if (use.size() < 28)
+            if (use.size() < ContinuationField::size)
                 return false;
-            m_continuation = {loadLittleEndian<std::uint32_t>(&use[4]), loadLittleEndian<std::uint32_t>(&use[12]),
-                              loadLittleEndian<std::uint32_t>(&use[20])};
+            m_continuation = {loadLittleEndian<std::uint32_t>(&use[ContinuationField::block]),
+                              loadLittleEndian<std::uint32_t>(&use[ContinuationField::offset]),
+                              loadLittleEndian<std::uint32_t>(&use[ContinuationField::length])};
             return true;
         case signature('P', 'X'):
             return parseAttributes(use);
@@ -98,9 +100,9 @@ private:
         case signature('S', 'L'):
             return parseLink(use);
         case signature('C', 'L'):
-            if (use.size() < 12)
+            if (use.size() < ChildLinkField::size)
                 return false;
-            m_entry.childBlock = loadLittleEndian<std::uint32_t>(&use[4]);
+            m_entry.childBlock = loadLittleEndian<std::uint32_t>(&use[ChildLinkField::block]);
             return true;
         case signature('R', 'E'):
             m_entry.isRelocated = true;
@@ -112,9 +114,11 @@ private:
 
     bool parseExtension(std::span<const std::uint8_t> use)
     {
-        if (use.size() < 8 || std::size_t(8) + use[4] > use.size())
+        if (use.size() < ExtensionField::texts
+            || ExtensionField::texts + use[ExtensionField::identifierLength] > use.size())
             return false;
-        const QByteArrayView identifier(reinterpret_cast<const char *>(use.data()) + 8, use[4]);
+        const QByteArrayView identifier(reinterpret_cast<const char *>(use.data()) + ExtensionField::texts,
+                                        use[ExtensionField::identifierLength]);
         for (const char *const known : {"RRIP_1991A", "IEEE_P1282", "IEEE_1282"})
             m_entry.isRockRidge = m_entry.isRockRidge || identifier == QByteArrayView(known);
         return true;
@@ -122,53 +126,56 @@ private:
 
     bool parseAttributes(std::span<const std::uint8_t> use)
     {
-        if (use.size() < 36)
+        if (use.size() < PosixField::serialNumber)
             return false;
         m_entry.isRockRidge = true;
-        m_entry.mode = loadLittleEndian<std::uint32_t>(&use[4]);
-        if (use.size() >= 44) // the older text has no serial number
-            m_entry.serialNumber = loadLittleEndian<std::uint32_t>(&use[36]);
+        m_entry.mode = loadLittleEndian<std::uint32_t>(&use[PosixField::mode]);
+        if (use.size() >= PosixField::size) // the older text has no serial number
+            m_entry.serialNumber = loadLittleEndian<std::uint32_t>(&use[PosixField::serialNumber]);
         return true;
     }
 
     bool parseTimes(std::span<const std::uint8_t> use)
     {
-        if (use.size() < 5)
+        if (use.size() < RockRidgeField::content)
             return false;
         constexpr std::uint8_t creation = 1;
         constexpr std::uint8_t modification = 2;
         constexpr std::uint8_t longForm = 0x80;
-        const std::uint8_t flags = use[4];
+        const std::uint8_t flags = use[RockRidgeField::flags];
         const std::size_t size = (flags & longForm) != 0 ? 17 : 7;
         const auto stamps = std::size_t(std::popcount(std::uint8_t(flags & 0x7F)));
-        if (use.size() < 5 + stamps * size)
+        if (use.size() < RockRidgeField::content + stamps * size)
             return false;
         if ((flags & modification) == 0)
             return true;
-        const std::uint8_t *const stamp = &use[5] + ((flags & creation) != 0 ? size : 0);
+        const std::uint8_t *const stamp = &use[RockRidgeField::content] + ((flags & creation) != 0 ? size : 0);
         m_entry.modified = (flags & longForm) != 0 ? volumeTimeFromDigits(stamp) : volumeTimeFromRecordingDate(stamp);
         return true;
     }
 
     bool parseName(std::span<const std::uint8_t> use)
     {
-        if (use.size() < 5)
+        if (use.size() < RockRidgeField::content)
             return false;
         m_entry.hasName = true;
-        m_entry.name.append(reinterpret_cast<const char *>(use.data()) + 5, qsizetype(use.size() - 5));
+        m_entry.name.append(reinterpret_cast<const char *>(use.data()) + RockRidgeField::content,
+                            qsizetype(use.size() - RockRidgeField::content));
         return true;
     }
 
     bool parseLink(std::span<const std::uint8_t> use)
     {
-        if (use.size() < 5)
+        if (use.size() < RockRidgeField::content)
             return false;
+        namespace Component = LinkComponentField;
         m_entry.isLink = true;
-        for (std::size_t at = 5; at < use.size();) {
-            if (at + 2 > use.size() || at + 2 + use[at + 1] > use.size())
+        for (std::size_t at = RockRidgeField::content; at < use.size();) {
+            if (at + Component::text > use.size() || at + Component::text + use[at + Component::length] > use.size())
                 return false;
-            appendComponent(use[at], use.subspan(at + 2, use[at + 1]));
-            at += std::size_t(2) + use[at + 1];
+            const std::size_t length = use[at + Component::length];
+            appendComponent(use[at + Component::flags], use.subspan(at + Component::text, length));
+            at += Component::text + length;
         }
         return true;
     }
@@ -214,7 +221,7 @@ NSError readRockRidgeEntry(const DiscImageSource &source, std::uint32_t blockSiz
         const Continuation next = *parser.continuation();
         const std::uint64_t place = next.block * blockSize + next.offset;
         // An area without bytes leads nowhere, but could lead there forever.
-        total += next.length + entryHeadSize;
+        total += next.length + SystemUseField::data;
         if (total > maximumContinuation)
             return discImageError(DiscImageErrorCode::Loop, place,
                                   QStringLiteral("The continuation areas of a record have no end"));

@@ -2,6 +2,7 @@
 
 #include "platform/discimage/iso9660/IsoDescriptors.h"
 #include "platform/discimage/source/DiscImageErrors.h"
+#include "platform/discimage/udf/UdfRecordFields.h"
 #include "platform/discimage/volume/VolumeTimeFields.h"
 #include "platform/foundation/ByteOrder.h"
 
@@ -13,13 +14,7 @@ namespace Tessaron
 namespace
 {
 
-constexpr std::size_t tagSize = 16;
-
-// Of a tag (ECMA-167 3/7.2).
-constexpr std::size_t tagChecksumField = 4;
-constexpr std::size_t checksumField = 8;
-constexpr std::size_t coveredField = 10;
-constexpr std::size_t placeField = 12;
+namespace Tag = UdfTagField;
 
 constexpr std::array<std::uint16_t, 256> makeTable()
 {
@@ -58,7 +53,7 @@ UdfDescriptorKind udfDescriptorKind(std::span<const std::uint8_t> bytes)
 NSError checkUdfDescriptor(std::span<const std::uint8_t> bytes, UdfDescriptorKind kind,
                            std::optional<std::uint32_t> block, std::uint64_t offset)
 {
-    if (bytes.size() < tagSize)
+    if (bytes.size() < Tag::size)
         return damaged(offset, QStringLiteral("A descriptor is cut off"));
     const auto stated = std::uint16_t(udfDescriptorKind(bytes));
     if (stated != std::uint16_t(kind))
@@ -66,17 +61,17 @@ NSError checkUdfDescriptor(std::span<const std::uint8_t> bytes, UdfDescriptorKin
             offset,
             QStringLiteral("There is a descriptor of kind %1 instead of %2").arg(stated).arg(std::uint16_t(kind)));
     std::uint8_t sum = 0;
-    for (std::size_t at = 0; at < tagSize; ++at)
-        sum = std::uint8_t(sum + (at == tagChecksumField ? 0 : bytes[at]));
-    if (sum != bytes[tagChecksumField])
-        return damaged(offset + tagChecksumField, QStringLiteral("The checksum of a descriptor's tag is wrong"));
-    const std::size_t covered = loadLittleEndian<std::uint16_t>(&bytes[coveredField]);
-    if (covered > bytes.size() - tagSize)
-        return damaged(offset + coveredField, QStringLiteral("A checksum covers more than the descriptor"));
-    if (checksumOf(bytes.subspan(tagSize, covered)) != loadLittleEndian<std::uint16_t>(&bytes[checksumField]))
-        return damaged(offset + checksumField, QStringLiteral("The checksum of a descriptor is wrong"));
-    if (block && loadLittleEndian<std::uint32_t>(&bytes[placeField]) != *block)
-        return damaged(offset + placeField, QStringLiteral("A descriptor says that it belongs elsewhere"));
+    for (std::size_t at = 0; at < Tag::size; ++at)
+        sum = std::uint8_t(sum + (at == Tag::checksum ? 0 : bytes[at]));
+    if (sum != bytes[Tag::checksum])
+        return damaged(offset + Tag::checksum, QStringLiteral("The checksum of a descriptor's tag is wrong"));
+    const std::size_t covered = loadLittleEndian<std::uint16_t>(&bytes[Tag::covered]);
+    if (covered > bytes.size() - Tag::size)
+        return damaged(offset + Tag::covered, QStringLiteral("A checksum covers more than the descriptor"));
+    if (checksumOf(bytes.subspan(Tag::size, covered)) != loadLittleEndian<std::uint16_t>(&bytes[Tag::crc]))
+        return damaged(offset + Tag::crc, QStringLiteral("The checksum of a descriptor is wrong"));
+    if (block && loadLittleEndian<std::uint32_t>(&bytes[Tag::place]) != *block)
+        return damaged(offset + Tag::place, QStringLiteral("A descriptor says that it belongs elsewhere"));
     return {};
 }
 

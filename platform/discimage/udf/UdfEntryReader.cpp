@@ -2,6 +2,7 @@
 
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/discimage/udf/UdfDescriptors.h"
+#include "platform/discimage/udf/UdfRecordFields.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
@@ -29,26 +30,12 @@ enum FileType : std::uint8_t {
 
 enum ExtentType : std::uint32_t { Recorded = 0, Continuation = 3 }; // 4/14.14.1.1, the two between are holes
 
-constexpr std::size_t icbTypeField = 27;
-constexpr std::size_t icbFlagsField = 34;
-constexpr std::size_t permissionsField = 44;
-constexpr std::size_t sizeField = 56;
 constexpr std::uint64_t maximumLinkComponents = 65536; // bytes; a target of 4096 takes at most a quarter
 
 NSError damaged(std::uint64_t offset, const QString &reason)
 {
     return discImageError(DiscImageErrorCode::Damaged, offset, reason);
 }
-
-/// How the two forms of a file entry differ.
-struct EntryShape {
-    UdfDescriptorKind kind;
-    std::size_t modificationField;
-    std::size_t attributeLengthField; ///< that of the allocation descriptors' length follows
-    std::size_t size; ///< what comes before the extended attributes
-};
-constexpr EntryShape plainShape = {UdfDescriptorKind::FileEntry, 84, 168, 176};
-constexpr EntryShape extendedShape = {UdfDescriptorKind::ExtendedFileEntry, 92, 208, 216};
 
 std::uint32_t typeBits(std::uint8_t type)
 {
@@ -108,29 +95,31 @@ public:
     {
     }
 
-    /// `isLong`: 16 bytes each (4/14.14.2) instead of 8. `offset` is the place of the first in the image.
+    /// `isLong` says which of the two kinds of allocation descriptors these are. `offset` is the place of the first in
+    /// the image.
     [[nodiscard]] NSError follow(std::span<const std::uint8_t> descriptors, bool isLong, std::uint64_t offset,
                                  std::vector<VolumeExtent> *extents)
     {
-        const std::size_t step = isLong ? 16 : 8;
+        namespace Field = UdfAllocationField;
+        const std::size_t step = isLong ? Field::longSize : Field::shortSize;
         std::vector<std::uint8_t> block;
         for (std::size_t at = 0; m_left > 0; at += step) {
             if (at + step > descriptors.size())
                 return damaged(offset + at,
                                QStringLiteral("A file's extents end %1 early").arg(counted(m_left, "byte", "bytes")));
-            const auto word = loadLittleEndian<std::uint32_t>(&descriptors[at]);
+            const auto word = loadLittleEndian<std::uint32_t>(&descriptors[at + Field::length]);
             const std::uint32_t length = word & 0x3FFFFFFF;
-            UdfBlockAddress address = {loadLittleEndian<std::uint32_t>(&descriptors[at + 4]), m_partition};
+            UdfBlockAddress address = {loadLittleEndian<std::uint32_t>(&descriptors[at + Field::block]), m_partition};
             if (isLong)
-                address.partition = loadLittleEndian<std::uint16_t>(&descriptors[at + 8]);
+                address.partition = loadLittleEndian<std::uint16_t>(&descriptors[at + Field::partition]);
             if (length == 0)
                 return damaged(offset + at,
                                QStringLiteral("A file's extents end %1 early").arg(counted(m_left, "byte", "bytes")));
             if (word >> 30 == Continuation) {
                 if (NSError error = enterContinuation(address, offset + at, &block))
                     return error;
-                offset = *m_structure.offsetOf(address) + allocationHeadSize;
-                descriptors = std::span(block).subspan(allocationHeadSize);
+                offset = *m_structure.offsetOf(address) + UdfAllocationExtentField::descriptors;
+                descriptors = std::span(block).subspan(UdfAllocationExtentField::descriptors);
                 at = std::size_t(0) - step; // begins at its start
                 continue;
             }
@@ -141,8 +130,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t allocationHeadSize = 24; // 4/14.5
-
     [[nodiscard]] NSError add(std::uint32_t type, std::uint32_t length, const UdfBlockAddress &address,
                               std::uint64_t offset, std::vector<VolumeExtent> *extents)
     {
@@ -172,10 +159,12 @@ private:
             return error;
         if (NSError error = checkUdfDescriptor(*block, UdfDescriptorKind::AllocationExtent, address.block, *place))
             return error;
-        const std::size_t length = loadLittleEndian<std::uint32_t>(block->data() + 20);
-        if (length > block->size() - allocationHeadSize)
-            return damaged(*place + 20, QStringLiteral("A list of extents does not fit into its block"));
-        block->resize(allocationHeadSize + length);
+        const std::size_t length =
+            loadLittleEndian<std::uint32_t>(block->data() + UdfAllocationExtentField::descriptorsLength);
+        if (length > block->size() - UdfAllocationExtentField::descriptors)
+            return damaged(*place + UdfAllocationExtentField::descriptorsLength,
+                           QStringLiteral("A list of extents does not fit into its block"));
+        block->resize(UdfAllocationExtentField::descriptors + length);
         return {};
     }
 
@@ -190,13 +179,16 @@ private:
 bool readLinkTarget(std::span<const std::uint8_t> components, QByteArray *target)
 {
     enum ComponentType : std::uint8_t { OtherRoot = 1, Root = 2, Parent = 3, Current = 4, Name = 5 };
+    namespace Field = UdfPathComponentField;
     for (std::size_t at = 0; at < components.size();) {
-        if (at + 4 > components.size() || at + 4 + components[at + 1] > components.size())
+        if (at + Field::name > components.size()
+            || at + Field::name + components[at + Field::nameLength] > components.size())
             return false;
+        const std::size_t nameLength = components[at + Field::nameLength];
         if (!target->isEmpty() && !target->endsWith('/'))
             *target += '/';
-        const std::optional<QString> name = udfText(components.subspan(at + 4, components[at + 1]));
-        switch (components[at]) {
+        const std::optional<QString> name = udfText(components.subspan(at + Field::name, nameLength));
+        switch (components[at + Field::type]) {
         case OtherRoot:
         case Root:
             *target = "/";
@@ -215,7 +207,7 @@ bool readLinkTarget(std::span<const std::uint8_t> components, QByteArray *target
         default:
             return false;
         }
-        at += std::size_t(4) + components[at + 1];
+        at += Field::name + nameLength;
     }
     return true;
 }
@@ -243,25 +235,26 @@ NSError resolveLink(const DiscImageSource &source, std::uint64_t offset, VolumeO
 }
 
 NSError readExtents(const DiscImageSource &source, const UdfVolumeStructure &structure, std::uint16_t partition,
-                    std::span<const std::uint8_t> bytes, const EntryShape &shape, std::uint64_t offset,
+                    std::span<const std::uint8_t> bytes, const UdfEntryForm &entryForm, std::uint64_t offset,
                     VolumeObject *object)
 {
-    const std::size_t attributes = loadLittleEndian<std::uint32_t>(&bytes[shape.attributeLengthField]);
-    const std::size_t allocation = loadLittleEndian<std::uint32_t>(&bytes[shape.attributeLengthField + 4]);
-    const std::size_t room = bytes.size() - shape.size;
+    const std::size_t attributes = loadLittleEndian<std::uint32_t>(&bytes[entryForm.attributesLength]);
+    const std::size_t allocation = loadLittleEndian<std::uint32_t>(&bytes[entryForm.allocationLength]);
+    const std::size_t room = bytes.size() - entryForm.headSize;
     if (attributes > room || allocation > room - attributes)
-        return damaged(offset + shape.attributeLengthField, QStringLiteral("A file entry does not fit into its block"));
-    const std::size_t start = shape.size + attributes;
+        return damaged(offset + entryForm.attributesLength, QStringLiteral("A file entry does not fit into its block"));
+    const std::size_t start = entryForm.headSize + attributes;
     enum Form : std::uint8_t { Short = 0, Long = 1, Embedded = 3 };
-    const int form = bytes[icbFlagsField] & 7;
+    const int form = bytes[UdfEntryField::icbFlags] & 7;
     if (form == Embedded) {
         if (object->size > allocation)
-            return damaged(offset + sizeField, QStringLiteral("The contents do not fit into their file entry"));
+            return damaged(offset + UdfEntryField::informationLength,
+                           QStringLiteral("The contents do not fit into their file entry"));
         (void)appendVolumeExtent({offset + start, object->size, false}, &object->extents);
         return {};
     }
     if (form != Short && form != Long)
-        return discImageError(DiscImageErrorCode::Unsupported, offset + icbFlagsField,
+        return discImageError(DiscImageErrorCode::Unsupported, offset + UdfEntryField::icbFlags,
                               QStringLiteral("Extended allocation descriptors are not read"));
     return Allocation(source, structure, partition, object->size)
         .follow(bytes.subspan(start, allocation), form == Long, offset + start, &object->extents);
@@ -278,22 +271,21 @@ NSError readUdfEntry(const DiscImageSource &source, const UdfVolumeStructure &st
     std::vector<std::uint8_t> bytes(structure.facts.blockSize);
     if (NSError error = source.read(*offset, bytes.data(), bytes.size()))
         return error;
-    const bool isExtended = udfDescriptorKind(bytes) == UdfDescriptorKind::ExtendedFileEntry;
-    const EntryShape &shape = isExtended ? extendedShape : plainShape;
-    if (NSError error = checkUdfDescriptor(bytes, shape.kind, address.block, *offset))
+    const UdfEntryForm &form = udfEntryForm(bytes);
+    if (NSError error = checkUdfDescriptor(bytes, form.kind, address.block, *offset))
         return error;
-    const std::uint8_t type = bytes[icbTypeField];
+    const std::uint8_t type = bytes[UdfEntryField::icbType];
     object->recordOffset = *offset;
     object->kind = kindOfType(type);
-    object->size = loadLittleEndian<std::uint64_t>(&bytes[sizeField]);
-    object->modified = udfTime(&bytes[shape.modificationField]);
+    object->size = loadLittleEndian<std::uint64_t>(&bytes[UdfEntryField::informationLength]);
+    object->modified = udfTime(&bytes[form.modificationTime]);
     object->mode = typeBits(type)
-        | modeOf(loadLittleEndian<std::uint32_t>(&bytes[permissionsField]),
-                 loadLittleEndian<std::uint16_t>(&bytes[icbFlagsField]));
+        | modeOf(loadLittleEndian<std::uint32_t>(&bytes[UdfEntryField::permissions]),
+                 loadLittleEndian<std::uint16_t>(&bytes[UdfEntryField::icbFlags]));
     object->identity = *offset;
     object->extents.clear();
     object->linkTarget.clear();
-    if (NSError error = readExtents(source, structure, address.partition, bytes, shape, *offset, object))
+    if (NSError error = readExtents(source, structure, address.partition, bytes, form, *offset, object))
         return error;
     if (object->kind == VolumeObjectKind::SymbolicLink)
         return resolveLink(source, *offset, object);

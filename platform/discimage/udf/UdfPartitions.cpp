@@ -4,6 +4,7 @@
 #include "platform/discimage/udf/UdfDescriptors.h"
 #include "platform/discimage/udf/UdfEntryReader.h"
 #include "platform/discimage/udf/UdfRecognition.h"
+#include "platform/discimage/udf/UdfRecordFields.h"
 #include "platform/foundation/ByteOrder.h"
 
 #include <algorithm>
@@ -21,61 +22,10 @@ constexpr std::size_t descriptorSize = 512;
 constexpr std::uint64_t maximumSequence = 256; // blocks of a descriptor sequence; 16 is usual
 constexpr std::uint32_t maximumPartitionMaps = 64;
 
-// Fields of descriptors (ECMA-167 3/10.1, 3/10.5, 3/10.6, 3/10.10, UDF 2.2.8 to 2.2.10), counted from 0.
-namespace Primary
-{
-constexpr std::size_t recordingTime = 376;
-}
-namespace Partition
-{
-constexpr std::size_t number = 22;
-constexpr std::size_t start = 188;
-constexpr std::size_t length = 192;
-} // namespace Partition
-namespace LogicalVolume
-{
-constexpr std::size_t name = 84;
-constexpr std::size_t nameSize = 128;
-constexpr std::size_t blockSize = 212;
-constexpr std::size_t fileSetBlock = 252;
-constexpr std::size_t fileSetPartition = 256;
-constexpr std::size_t mapTableLength = 264;
-constexpr std::size_t mapCount = 268;
-constexpr std::size_t integrity = 432;
-constexpr std::size_t maps = 440;
-} // namespace LogicalVolume
-namespace Integrity
-{
-constexpr std::size_t recordingTime = 16;
-}
-namespace PartitionMap
-{
-constexpr std::size_t type = 0;
-constexpr std::size_t length = 1;
-constexpr std::size_t plainSize = 6;
-constexpr std::size_t plainNumber = 4;
-constexpr std::size_t otherSize = 64; // of type 2, which names its kind
-constexpr std::size_t identifier = 5;
-constexpr std::size_t identifierSize = 23;
-constexpr std::size_t otherNumber = 38;
-constexpr std::size_t metadataFile = 40;
-constexpr std::size_t metadataMirror = 44;
-constexpr std::size_t sparingTableCount = 42;
-constexpr std::size_t sparingTables = 48;
-} // namespace PartitionMap
-namespace SparingTable
-{
-constexpr std::size_t identifier = 17;
-constexpr std::size_t entryCount = 48;
-constexpr std::size_t entries = 56;
-constexpr std::size_t entrySize = 8;
-constexpr std::uint32_t firstUnusedPacket = 0xFFFFFFF0; // not replaced, or damaged itself
-} // namespace SparingTable
-namespace Anchor
-{
-constexpr std::size_t mainSequence = 16;
-constexpr std::size_t reserveSequence = 24;
-} // namespace Anchor
+namespace PartitionMap = UdfPartitionMapField;
+namespace LogicalVolume = UdfLogicalVolumeField;
+namespace SparingTable = UdfSparingTableField;
+constexpr std::uint32_t firstUnusedPacket = 0xFFFFFFF0; // of a sparing table: not replaced, or damaged itself
 
 using Block = std::vector<std::uint8_t>;
 
@@ -115,12 +65,12 @@ public:
 
     [[nodiscard]] NSError read()
     {
-        const NSError mainError = readSequence(&m_anchor[Anchor::mainSequence]);
+        const NSError mainError = readSequence(&m_anchor[UdfAnchorField::mainSequence]);
         if (!mainError)
             return {};
         m_descriptors.clear();
         m_structure = {};
-        return readSequence(&m_anchor[Anchor::reserveSequence]) ? mainError : NSError();
+        return readSequence(&m_anchor[UdfAnchorField::reserveSequence]) ? mainError : NSError();
     }
 
 private:
@@ -129,7 +79,7 @@ private:
     {
         const std::uint64_t count =
             std::min<std::uint64_t>(loadLittleEndian<std::uint32_t>(extent) / m_blockSize, maximumSequence);
-        const std::uint64_t start = loadLittleEndian<std::uint32_t>(extent + 4);
+        const std::uint64_t start = loadLittleEndian<std::uint32_t>(extent + UdfExtentField::block);
         for (std::uint64_t number = start; number < start + count; ++number) {
             Block bytes(descriptorSize);
             const std::uint64_t offset = number * m_blockSize;
@@ -141,7 +91,7 @@ private:
             if (NSError error = checkUdfDescriptor(bytes, kind, std::uint32_t(number), offset))
                 return error;
             if (kind == UdfDescriptorKind::Partition)
-                m_partitions[loadLittleEndian<std::uint16_t>(&bytes[Partition::number])] = bytes;
+                m_partitions[loadLittleEndian<std::uint16_t>(&bytes[UdfPartitionField::number])] = bytes;
             else
                 m_descriptors[std::uint16_t(kind)] = bytes;
         }
@@ -171,9 +121,10 @@ private:
         m_structure.fileSet = {loadLittleEndian<std::uint32_t>(&(*logical)[LogicalVolume::fileSetBlock]),
                                loadLittleEndian<std::uint16_t>(&(*logical)[LogicalVolume::fileSetPartition])};
         if (const Block *const primary = descriptor(UdfDescriptorKind::PrimaryVolume))
-            facts.created = udfTime(&(*primary)[Primary::recordingTime]);
-        m_structure.integrity = {loadLittleEndian<std::uint32_t>(&(*logical)[LogicalVolume::integrity]),
-                                 loadLittleEndian<std::uint32_t>(&(*logical)[LogicalVolume::integrity + 4])};
+            facts.created = udfTime(&(*primary)[UdfPrimaryField::recordingTime]);
+        m_structure.integrity = {
+            loadLittleEndian<std::uint32_t>(&(*logical)[LogicalVolume::integrity + UdfExtentField::length]),
+            loadLittleEndian<std::uint32_t>(&(*logical)[LogicalVolume::integrity + UdfExtentField::block])};
         readIntegrityTime();
         return readPartitionMaps(*logical);
     }
@@ -187,7 +138,7 @@ private:
         if (extent.length >= bytes.size() && m_source.contains(offset, bytes.size())
             && !m_source.read(offset, bytes.data(), bytes.size())
             && !checkUdfDescriptor(bytes, UdfDescriptorKind::Integrity, extent.block, offset))
-            m_structure.facts.modified = udfTime(&bytes[Integrity::recordingTime]);
+            m_structure.facts.modified = udfTime(&bytes[UdfIntegrityField::recordingTime]);
     }
 
     [[nodiscard]] NSError readPartitionMaps(const Block &logical)
@@ -223,8 +174,8 @@ private:
         const auto found = m_partitions.find(number);
         if (found == m_partitions.end())
             return damaged(m_sequenceOffset, QStringLiteral("Partition %1 is not described").arg(number));
-        const std::uint64_t start = loadLittleEndian<std::uint32_t>(&found->second[Partition::start]);
-        const std::uint64_t count = loadLittleEndian<std::uint32_t>(&found->second[Partition::length]);
+        const std::uint64_t start = loadLittleEndian<std::uint32_t>(&found->second[UdfPartitionField::start]);
+        const std::uint64_t count = loadLittleEndian<std::uint32_t>(&found->second[UdfPartitionField::length]);
         UdfVolumeStructure::Partition partition;
         partition.length = count * m_blockSize;
         partition.extents.push_back({start * m_blockSize, partition.length, false});
@@ -262,7 +213,8 @@ private:
     {
         const std::size_t count = std::min<std::size_t>(map[PartitionMap::sparingTableCount], 4);
         for (std::size_t index = 0; index < count; ++index) {
-            const auto block = loadLittleEndian<std::uint32_t>(&map[PartitionMap::sparingTables + 4 * index]);
+            const auto block =
+                loadLittleEndian<std::uint32_t>(&map[PartitionMap::sparingTables + sizeof(std::uint32_t) * index]);
             Block bytes(m_blockSize);
             if (m_source.read(std::uint64_t(block) * m_blockSize, bytes.data(), bytes.size())
                 || !QByteArrayView(reinterpret_cast<const char *>(&bytes[SparingTable::identifier]), 18)
@@ -272,7 +224,7 @@ private:
             for (std::size_t entry = 0; entry < entries; ++entry) {
                 const std::size_t at = SparingTable::entries + entry * SparingTable::entrySize;
                 if (at + SparingTable::entrySize > bytes.size()
-                    || loadLittleEndian<std::uint32_t>(&bytes[at]) < SparingTable::firstUnusedPacket)
+                    || loadLittleEndian<std::uint32_t>(&bytes[at]) < firstUnusedPacket)
                     return discImageError(DiscImageErrorCode::Unsupported, std::uint64_t(block) * m_blockSize,
                                           QStringLiteral("Sparable partitions of UDF with replaced packets are not "
                                                          "supported"));

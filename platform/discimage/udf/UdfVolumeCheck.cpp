@@ -4,6 +4,7 @@
 #include "platform/discimage/udf/UdfDescriptors.h"
 #include "platform/discimage/udf/UdfEntryReader.h"
 #include "platform/discimage/udf/UdfPartitions.h"
+#include "platform/discimage/udf/UdfRecordFields.h"
 #include "platform/discimage/udf/UdfVolumeSpaceCheck.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
@@ -19,69 +20,16 @@ namespace
 {
 
 constexpr std::size_t descriptorSize = 512;
-constexpr std::size_t tagSize = 16;
-constexpr std::size_t coveredField = 10; // of a tag
-constexpr std::size_t tagPlaceField = 12;
 
-// ECMA-167 3/10.10 and UDF 2.2.6.
-namespace Integrity
-{
-constexpr std::size_t type = 28;
-constexpr std::size_t nextExtent = 32;
-constexpr std::size_t nextUniqueId = 40;
-constexpr std::size_t partitionCount = 72;
-constexpr std::size_t useLength = 76;
-constexpr std::size_t tables = 80; // free blocks of each partition, then the sizes of each
-constexpr std::uint32_t closed = 1;
-// Behind the tables, in the use of implementations:
-constexpr std::size_t fileCount = 32;
-constexpr std::size_t folderCount = 36;
-constexpr std::size_t countsEnd = 40;
-} // namespace Integrity
+namespace Integrity = UdfIntegrityField;
+namespace IntegrityUse = UdfIntegrityUseField;
+namespace Identifier = UdfIdentifierField;
+namespace Entry = UdfEntryField;
 
-// ECMA-167 4/14.1.
-namespace FileSet
-{
-constexpr std::size_t rootBlock = 404;
-constexpr std::size_t rootPartition = 408;
-} // namespace FileSet
-
-// ECMA-167 4/14.4.
-namespace Identifier
-{
-constexpr std::size_t version = 16;
-constexpr std::size_t characteristics = 18;
-constexpr std::size_t nameLength = 19;
-constexpr std::size_t icbLength = 20;
-constexpr std::size_t block = 24;
-constexpr std::size_t partition = 28;
-constexpr std::size_t uniqueId = 32; // in the use of implementations of the address (UDF 2.3.4.3)
-constexpr std::size_t useLength = 36;
-constexpr std::size_t headSize = 38;
-constexpr std::size_t greatestSize = headSize + 255 + 65535 + 3;
-constexpr std::uint8_t isFolder = 2;
-constexpr std::uint8_t isDeleted = 4;
-constexpr std::uint8_t isParent = 8;
-} // namespace Identifier
-
-// ECMA-167 4/14.9 and 4/14.17.
-namespace Entry
-{
-constexpr std::size_t linkCount = 48;
-constexpr std::size_t informationLength = 56;
-constexpr std::size_t icbFlags = 34;
-constexpr std::uint16_t allocationMask = 7;
-constexpr std::uint16_t embedded = 3;
-struct Shape {
-    UdfDescriptorKind kind;
-    std::size_t blocksRecorded;
-    std::size_t uniqueId;
-    std::size_t attributeLength; ///< that of the allocation descriptors' length follows
-    std::size_t headSize;
-};
-constexpr Shape plain = {UdfDescriptorKind::FileEntry, 64, 160, 168, 176};
-constexpr Shape extended = {UdfDescriptorKind::ExtendedFileEntry, 72, 200, 208, 216};
-} // namespace Entry
+constexpr std::uint32_t closedIntegrity = 1;
+enum Characteristic : std::uint8_t { IsFolder = 2, IsDeleted = 4, IsParent = 8 }; // 4/14.4.3
+constexpr std::uint16_t allocationMask = 7; // of the flags of an ICB
+constexpr std::uint16_t embeddedContents = 3;
 
 QString entryName()
 {
@@ -154,8 +102,8 @@ private:
         }
         checkCoverage(bytes, descriptorSize - 32, *offset, structure); // the last bytes are reserved
         checkTerminator({m_structure.fileSet.block + 1, m_structure.fileSet.partition}, structure);
-        const UdfBlockAddress root = {loadLittleEndian<std::uint32_t>(&bytes[FileSet::rootBlock]),
-                                      loadLittleEndian<std::uint16_t>(&bytes[FileSet::rootPartition])};
+        const UdfBlockAddress root = {loadLittleEndian<std::uint32_t>(&bytes[UdfFileSetField::rootBlock]),
+                                      loadLittleEndian<std::uint16_t>(&bytes[UdfFileSetField::rootPartition])};
         VolumeObject object;
         if (!readEntry(root, &object))
             return false;
@@ -179,7 +127,7 @@ private:
         const bool isEmpty = std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte == 0; });
         // What does not look like a descriptor at all is a block of a file.
         const bool looksLikeOne =
-            loadLittleEndian<std::uint32_t>(&bytes[tagPlaceField]) == address.block && address.block != 0;
+            loadLittleEndian<std::uint32_t>(&bytes[UdfTagField::place]) == address.block && address.block != 0;
         if (!isEmpty && !isAnother && looksLikeOne)
             m_problems.unnoticed(*offset, structure, QStringLiteral("the descriptor that ends it is damaged"));
     }
@@ -187,8 +135,8 @@ private:
     void checkCoverage(std::span<const std::uint8_t> bytes, std::size_t used, std::uint64_t offset,
                        const QString &structure) const
     {
-        if (tagSize + loadLittleEndian<std::uint16_t>(&bytes[coveredField]) < used)
-            m_problems.unnoticed(offset + coveredField, structure,
+        if (UdfTagField::size + loadLittleEndian<std::uint16_t>(&bytes[UdfTagField::covered]) < used)
+            m_problems.unnoticed(offset + UdfTagField::covered, structure,
                                  QStringLiteral("its checksum does not cover all of it"));
     }
 
@@ -202,18 +150,13 @@ private:
         return !m_source.read(object->recordOffset, m_entry.data(), m_entry.size());
     }
 
-    [[nodiscard]] const Entry::Shape &shape() const
-    {
-        return udfDescriptorKind(m_entry) == UdfDescriptorKind::ExtendedFileEntry ? Entry::extended : Entry::plain;
-    }
-
     /// Looks at the entry in m_entry, once for each.
     Links checkEntry(const VolumeObject &object)
     {
-        const Entry::Shape &fields = shape();
+        const UdfEntryForm &fields = udfEntryForm(m_entry);
         const std::uint64_t offset = object.recordOffset;
-        const std::size_t used = fields.headSize + loadLittleEndian<std::uint32_t>(&m_entry[fields.attributeLength])
-            + loadLittleEndian<std::uint32_t>(&m_entry[fields.attributeLength + 4]);
+        const std::size_t used = fields.headSize + loadLittleEndian<std::uint32_t>(&m_entry[fields.attributesLength])
+            + loadLittleEndian<std::uint32_t>(&m_entry[fields.allocationLength]);
         checkCoverage(m_entry, used, offset, entryName());
         checkBlocks(object, fields);
         Links links;
@@ -227,12 +170,12 @@ private:
         return links;
     }
 
-    void checkBlocks(const VolumeObject &object, const Entry::Shape &fields) const
+    void checkBlocks(const VolumeObject &object, const UdfEntryForm &fields) const
     {
         const std::uint64_t recorded = loadLittleEndian<std::uint64_t>(&m_entry[fields.blocksRecorded]);
-        const auto allocation = loadLittleEndian<std::uint16_t>(&m_entry[Entry::icbFlags]) & Entry::allocationMask;
+        const auto allocation = loadLittleEndian<std::uint16_t>(&m_entry[Entry::icbFlags]) & allocationMask;
         std::uint64_t needed = 0;
-        if (allocation != Entry::embedded) {
+        if (allocation != embeddedContents) {
             for (const VolumeExtent &extent : object.extents)
                 needed += extent.isHole ? 0 : (extent.length + m_entry.size() - 1) / m_entry.size();
         }
@@ -338,17 +281,17 @@ private:
             return false;
         }
         checkCoverage(bytes, bytes.size() - 3, offset, identifierName());
-        const auto place = loadLittleEndian<std::uint32_t>(&bytes[tagPlaceField]);
+        const auto place = loadLittleEndian<std::uint32_t>(&bytes[UdfTagField::place]);
         const std::optional<std::uint64_t> stated = m_structure.offsetOf({place, folder.address.partition});
         if (!stated || offset < *stated || offset - *stated >= m_entry.size())
-            m_problems.unnoticed(offset + tagPlaceField, identifierName(),
+            m_problems.unnoticed(offset + UdfTagField::place, identifierName(),
                                  QStringLiteral("it says that it belongs elsewhere"));
         const UdfBlockAddress address = {loadLittleEndian<std::uint32_t>(&bytes[Identifier::block]),
                                          loadLittleEndian<std::uint16_t>(&bytes[Identifier::partition])};
         const std::uint8_t characteristics = bytes[Identifier::characteristics];
-        if ((characteristics & Identifier::isDeleted) != 0)
+        if ((characteristics & IsDeleted) != 0)
             return true;
-        if ((characteristics & Identifier::isParent) != 0) {
+        if ((characteristics & IsParent) != 0) {
             *hasParent = true;
             if (!(address == folder.parent))
                 m_problems.damaged(offset + Identifier::block, identifierName(),
@@ -378,7 +321,7 @@ private:
         Links &links = m_links[key];
         ++links.found;
         m_nameCount += links.isFolder ? 0 : 1;
-        if (links.isFolder != ((bytes[Identifier::characteristics] & Identifier::isFolder) != 0))
+        if (links.isFolder != ((bytes[Identifier::characteristics] & IsFolder) != 0))
             m_problems.damaged(offset + Identifier::characteristics, identifierName(),
                                QStringLiteral("it does not agree with its file entry on whether it is a folder"));
         if (isKnown && links.isFolder)
@@ -449,8 +392,9 @@ private:
                 break;
             last = bytes;
             lastOffset = offset;
-            const UdfVolumeExtent next = {loadLittleEndian<std::uint32_t>(&bytes[Integrity::nextExtent]),
-                                          loadLittleEndian<std::uint32_t>(&bytes[Integrity::nextExtent + 4])};
+            const UdfVolumeExtent next = {
+                loadLittleEndian<std::uint32_t>(&bytes[Integrity::nextExtent + UdfExtentField::length]),
+                loadLittleEndian<std::uint32_t>(&bytes[Integrity::nextExtent + UdfExtentField::block])};
             if (next.length != 0) {
                 extent = next;
                 number = 0;
@@ -467,23 +411,23 @@ private:
     {
         const std::size_t count = loadLittleEndian<std::uint32_t>(&bytes[Integrity::partitionCount]);
         const std::size_t useLength = loadLittleEndian<std::uint32_t>(&bytes[Integrity::useLength]);
-        const std::size_t use = Integrity::tables + 8 * count;
+        const std::size_t use = Integrity::tables + 2 * sizeof(std::uint32_t) * count;
         if (count != m_structure.partitions.size() || use > bytes.size() || useLength > bytes.size() - use)
             return m_problems.unnoticed(offset + Integrity::partitionCount, integrityName(),
                                         QStringLiteral("it does not have the partitions of the volume"));
         checkCoverage(bytes, use + useLength, offset, integrityName());
-        if (loadLittleEndian<std::uint32_t>(&bytes[Integrity::type]) != Integrity::closed)
+        if (loadLittleEndian<std::uint32_t>(&bytes[Integrity::type]) != closedIntegrity)
             m_problems.unnoticed(offset + Integrity::type, integrityName(),
                                  QStringLiteral("the volume was left open by what wrote it last"));
         for (std::size_t index = 0; index < count; ++index)
             comparePartition(bytes, index, count, offset);
-        if (useLength >= Integrity::countsEnd) {
+        if (useLength >= IntegrityUse::countsEnd) {
             // A file with several names counts once for some writers, once for each name for others.
-            const auto files = loadLittleEndian<std::uint32_t>(&bytes[use + Integrity::fileCount]);
+            const auto files = loadLittleEndian<std::uint32_t>(&bytes[use + IntegrityUse::fileCount]);
             if (files != m_nameCount)
-                compareCount(files, m_fileCount, offset + use + Integrity::fileCount, "files");
-            compareCount(loadLittleEndian<std::uint32_t>(&bytes[use + Integrity::folderCount]), m_folderCount,
-                         offset + use + Integrity::folderCount, "folders");
+                compareCount(files, m_fileCount, offset + use + IntegrityUse::fileCount, "files");
+            compareCount(loadLittleEndian<std::uint32_t>(&bytes[use + IntegrityUse::folderCount]), m_folderCount,
+                         offset + use + IntegrityUse::folderCount, "folders");
         }
         const auto next = loadLittleEndian<std::uint64_t>(&bytes[Integrity::nextUniqueId]);
         if (next <= m_greatestUniqueId)
@@ -495,8 +439,9 @@ private:
                           std::uint64_t offset) const
     {
         constexpr std::uint32_t unknown = 0xFFFFFFFF;
-        const auto freeBlocks = loadLittleEndian<std::uint32_t>(&bytes[Integrity::tables + 4 * index]);
-        const std::size_t at = Integrity::tables + 4 * (count + index);
+        const auto freeBlocks =
+            loadLittleEndian<std::uint32_t>(&bytes[Integrity::tables + sizeof(std::uint32_t) * index]);
+        const std::size_t at = Integrity::tables + sizeof(std::uint32_t) * (count + index);
         const auto size = loadLittleEndian<std::uint32_t>(&bytes[at]);
         const std::uint64_t blocks = m_structure.partitions[index].length / m_structure.facts.blockSize;
         if (size != unknown && size != blocks)
@@ -505,7 +450,7 @@ private:
                                      .arg(counted(size, "block", "blocks"))
                                      .arg(blocks));
         if (freeBlocks != unknown && freeBlocks > blocks)
-            m_problems.unnoticed(offset + Integrity::tables + 4 * index, integrityName(),
+            m_problems.unnoticed(offset + Integrity::tables + sizeof(std::uint32_t) * index, integrityName(),
                                  QStringLiteral("more blocks are free than there are"));
     }
 

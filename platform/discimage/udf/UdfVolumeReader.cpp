@@ -3,6 +3,7 @@
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/discimage/udf/UdfDescriptors.h"
 #include "platform/discimage/udf/UdfEntryReader.h"
+#include "platform/discimage/udf/UdfRecordFields.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 
@@ -15,18 +16,7 @@ namespace Tessaron
 namespace
 {
 
-// Of a file identifier (ECMA-167 4/14.4).
-constexpr std::size_t characteristicsField = 18;
-constexpr std::size_t nameSizeField = 19;
-constexpr std::size_t entryBlockField = 24;
-constexpr std::size_t entryPartitionField = 28;
-constexpr std::size_t useSizeField = 36;
-constexpr std::size_t identifierHeadSize = 38;
-// Of a file set descriptor (ECMA-167 4/14.1).
-constexpr std::size_t rootBlockField = 404;
-constexpr std::size_t rootPartitionField = 408;
-
-constexpr std::size_t largestIdentifier = identifierHeadSize + 255 + 65535 + 3;
+namespace Field = UdfIdentifierField;
 
 /// Characteristics of a file identifier (4/14.4.3).
 enum Characteristic : std::uint8_t { Deleted = 4, Parent = 8 };
@@ -109,8 +99,8 @@ NSError UdfVolumeReader::findRoot()
         return error;
     if (NSError error = checkUdfDescriptor(fileSet, UdfDescriptorKind::FileSet, m_structure.fileSet.block, *offset))
         return error;
-    const UdfBlockAddress root = {loadLittleEndian<std::uint32_t>(fileSet + rootBlockField),
-                                  loadLittleEndian<std::uint16_t>(fileSet + rootPartitionField)};
+    const UdfBlockAddress root = {loadLittleEndian<std::uint32_t>(fileSet + UdfFileSetField::rootBlock),
+                                  loadLittleEndian<std::uint16_t>(fileSet + UdfFileSetField::rootPartition)};
     m_root.recordOffset = *offset;
     if (NSError error = readUdfEntry(source(), m_structure, root, &m_root))
         return error;
@@ -126,28 +116,28 @@ NSError UdfVolumeReader::listFolder(const VolumeObject &folder, const VolumeVisi
     for (std::uint64_t position = 0; position < folder.listingLength;) {
         const std::uint64_t place = placeOf(folder, position);
         std::span<const std::uint8_t> bytes;
-        if (NSError error = window.bytesAt(position, largestIdentifier, &bytes))
+        if (NSError error = window.bytesAt(position, Field::greatestSize, &bytes))
             return error;
-        if (bytes.size() < identifierHeadSize)
+        if (bytes.size() < Field::headSize)
             return damaged(place, QStringLiteral("A folder ends within an entry"));
-        const std::size_t nameSize = bytes[nameSizeField];
-        const std::size_t useSize = loadLittleEndian<std::uint16_t>(&bytes[useSizeField]);
-        const std::size_t size = (identifierHeadSize + useSize + nameSize + 3) / 4 * 4;
+        const std::size_t nameSize = bytes[Field::nameLength];
+        const std::size_t useSize = loadLittleEndian<std::uint16_t>(&bytes[Field::useLength]);
+        const std::size_t size = (Field::headSize + useSize + nameSize + 3) / 4 * 4;
         if (size > bytes.size())
             return damaged(place, QStringLiteral("A folder ends within an entry"));
         if (NSError error =
                 checkUdfDescriptor(bytes.first(size), UdfDescriptorKind::FileIdentifier, std::nullopt, place))
             return error;
         position += size;
-        if ((bytes[characteristicsField] & (Deleted | Parent)) != 0)
+        if ((bytes[Field::characteristics] & (Deleted | Parent)) != 0)
             continue;
-        const std::optional<QString> name = udfText(bytes.subspan(identifierHeadSize + useSize, nameSize));
+        const std::optional<QString> name = udfText(bytes.subspan(Field::headSize + useSize, nameSize));
         if (!name || name->isEmpty())
             return damaged(place, QStringLiteral("A name makes no sense"));
         VolumeObject object;
         object.recordOffset = place;
-        const UdfBlockAddress address = {loadLittleEndian<std::uint32_t>(&bytes[entryBlockField]),
-                                         loadLittleEndian<std::uint16_t>(&bytes[entryPartitionField])};
+        const UdfBlockAddress address = {loadLittleEndian<std::uint32_t>(&bytes[Field::block]),
+                                         loadLittleEndian<std::uint16_t>(&bytes[Field::partition])};
         if (const NSError error = readUdfEntry(source(), m_structure, address, &object)) {
             // One bad entry does not hide the others of its folder.
             firstError = firstError ? firstError : error;

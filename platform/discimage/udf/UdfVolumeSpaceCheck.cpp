@@ -3,6 +3,7 @@
 #include "platform/discimage/udf/UdfDescriptors.h"
 #include "platform/discimage/udf/UdfPartitions.h"
 #include "platform/discimage/udf/UdfRecognition.h"
+#include "platform/discimage/udf/UdfRecordFields.h"
 #include "platform/foundation/ByteOrder.h"
 
 #include <algorithm>
@@ -16,19 +17,13 @@ namespace
 {
 
 constexpr std::size_t descriptorSize = 512;
-constexpr std::size_t tagSize = 16;
-constexpr std::size_t coveredField = 10; // of a tag: how many bytes its checksum covers
 constexpr std::uint64_t anchorBlock = 256;
 constexpr std::uint64_t maximumSequence = 256; // blocks
-constexpr std::size_t volumeSetField = 72; // of a primary descriptor
-constexpr std::size_t volumeSetSize = 128;
-constexpr std::size_t partitionNumberField = 22;
-constexpr std::size_t partitionStartField = 188;
-constexpr std::size_t partitionLengthField = 192;
-constexpr std::size_t mapTableLengthField = 264;
-constexpr std::size_t mapsField = 440;
-constexpr std::size_t unallocatedCountField = 20;
-constexpr std::size_t unallocatedHeadSize = 24;
+
+namespace LogicalVolume = UdfLogicalVolumeField;
+namespace Partition = UdfPartitionField;
+namespace Primary = UdfPrimaryField;
+namespace Unallocated = UdfUnallocatedField;
 
 using Descriptor = std::array<std::uint8_t, descriptorSize>;
 
@@ -49,7 +44,8 @@ QString sequenceName()
 
 UdfVolumeExtent extentAt(const Descriptor &bytes, std::size_t at)
 {
-    return {loadLittleEndian<std::uint32_t>(&bytes[at]), loadLittleEndian<std::uint32_t>(&bytes[at + 4])};
+    return {loadLittleEndian<std::uint32_t>(&bytes[at + UdfExtentField::length]),
+            loadLittleEndian<std::uint32_t>(&bytes[at + UdfExtentField::block])};
 }
 
 class SpaceCheck
@@ -99,7 +95,8 @@ private:
             m_problems.remains(place, structure, QStringLiteral("TEA01, its end, is missing"));
         for (const auto &offset : {recognition.begin, recognition.identifier, recognition.end}) {
             std::array<std::uint8_t, 7> head{};
-            if (offset && !m_source.read(*offset, head.data(), head.size()) && (head[0] != 0 || head[6] != 1))
+            if (offset && !m_source.read(*offset, head.data(), head.size())
+                && (head[UdfRecognitionField::type] != 0 || head[UdfRecognitionField::version] != 1))
                 m_problems.damaged(*offset, structure, QStringLiteral("type or version of a descriptor is unknown"));
         }
         const bool isInOrder = recognition.begin && recognition.identifier && recognition.end
@@ -258,15 +255,16 @@ private:
     {
         std::size_t used = descriptorSize;
         if (kind == UdfDescriptorKind::LogicalVolume)
-            used = mapsField + loadLittleEndian<std::uint32_t>(&bytes[mapTableLengthField]);
+            used = LogicalVolume::maps + loadLittleEndian<std::uint32_t>(&bytes[LogicalVolume::mapTableLength]);
         else if (kind == UdfDescriptorKind::UnallocatedSpace)
-            used =
-                unallocatedHeadSize + 8 * std::size_t(loadLittleEndian<std::uint32_t>(&bytes[unallocatedCountField]));
+            used = Unallocated::extents
+                + Unallocated::extentSize
+                    * std::size_t(loadLittleEndian<std::uint32_t>(&bytes[Unallocated::extentCount]));
         else if (kind == UdfDescriptorKind::Terminator)
             return;
-        const std::size_t covered = tagSize + loadLittleEndian<std::uint16_t>(&bytes[coveredField]);
+        const std::size_t covered = UdfTagField::size + loadLittleEndian<std::uint16_t>(&bytes[UdfTagField::covered]);
         if (covered < std::min(used, descriptorSize))
-            m_problems.unnoticed(offset + coveredField, sequenceName(),
+            m_problems.unnoticed(offset + UdfTagField::covered, sequenceName(),
                                  QStringLiteral("the checksum of a descriptor does not cover all of it"));
     }
 
@@ -282,11 +280,11 @@ private:
         const auto isSame = [](Descriptor one, Descriptor other) {
             // One well-known writer makes up the name of the volume's set anew for each copy.
             if (udfDescriptorKind(one) == UdfDescriptorKind::PrimaryVolume) {
-                std::fill_n(one.begin() + volumeSetField, volumeSetSize, std::uint8_t(0));
-                std::fill_n(other.begin() + volumeSetField, volumeSetSize, std::uint8_t(0));
+                std::fill_n(one.begin() + Primary::volumeSet, Primary::volumeSetSize, std::uint8_t(0));
+                std::fill_n(other.begin() + Primary::volumeSet, Primary::volumeSetSize, std::uint8_t(0));
             }
             return udfDescriptorKind(one) == udfDescriptorKind(other)
-                && std::equal(one.begin() + tagSize, one.end(), other.begin() + tagSize);
+                && std::equal(one.begin() + UdfTagField::size, one.end(), other.begin() + UdfTagField::size);
         };
         if (!std::equal(mainSequence.descriptors.begin(), mainSequence.descriptors.end(), reserve.descriptors.begin(),
                         reserve.descriptors.end(), isSame))
@@ -299,7 +297,7 @@ private:
         static constexpr std::string_view identifier = "*UDF Virtual Partition";
         return std::any_of(sequence.descriptors.begin(), sequence.descriptors.end(), [](const Descriptor &bytes) {
             return udfDescriptorKind(bytes) == UdfDescriptorKind::LogicalVolume
-                && std::search(bytes.begin() + mapsField, bytes.end(), identifier.begin(), identifier.end())
+                && std::search(bytes.begin() + LogicalVolume::maps, bytes.end(), identifier.begin(), identifier.end())
                 != bytes.end();
         });
     }
@@ -309,10 +307,10 @@ private:
         for (const Descriptor &bytes : sequence.descriptors) {
             if (udfDescriptorKind(bytes) != UdfDescriptorKind::Partition)
                 continue;
-            const std::uint64_t start = loadLittleEndian<std::uint32_t>(&bytes[partitionStartField]);
-            const std::uint64_t count = loadLittleEndian<std::uint32_t>(&bytes[partitionLengthField]);
+            const std::uint64_t start = loadLittleEndian<std::uint32_t>(&bytes[Partition::start]);
+            const std::uint64_t count = loadLittleEndian<std::uint32_t>(&bytes[Partition::length]);
             m_counts.partitionBlocks.push_back(count);
-            m_counts.partitionNumbers.push_back(loadLittleEndian<std::uint16_t>(&bytes[partitionNumberField]));
+            m_counts.partitionNumbers.push_back(loadLittleEndian<std::uint16_t>(&bytes[Partition::number]));
             if ((start + count) * m_blockSize > m_source.length())
                 m_problems.truncated(
                     m_source.length(), QStringLiteral("partition descriptor"),
