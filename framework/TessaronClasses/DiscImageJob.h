@@ -88,20 +88,10 @@ public:
 Q_SIGNALS:
     void finished(const Tessaron::DiscImageResult &result);
 
-protected:
-    void begin() override;
-    void stop() override;
-    [[nodiscard]] DiscJobProgress currentProgress() const override;
-    void announceResult() override;
-    void lookAhead() override;
-
 private:
-    void prepared(const NSError &error);
-    void imageMade();
-    void endWith(const NSError &error);
+    void announceResult() override;
 
-    class Private;
-    const std::unique_ptr<Private> d;
+    class Work;
 };
 
 } // namespace Tessaron

@@ -14,6 +14,8 @@
 namespace Tessaron
 {
 
+class DiscJobWork;
+
 /// What a job is doing.
 enum class DiscJobPhase : std::uint8_t {
     Preparing, ///< looking at the sources and the destination
@@ -76,24 +78,16 @@ Q_SIGNALS:
     void progressed(const Tessaron::DiscJobProgress &progress);
 
 protected:
-    explicit DiscJob(QObject *parent);
+    DiscJob(std::unique_ptr<DiscJobWork> work, QObject *parent);
 
-    /// Starts the work; called once.
-    virtual void begin() = 0;
-    /// Stops the work as soon as it can, which then ends as it always does; called once at most.
-    virtual void stop() = 0;
-    /// Phase, files, folders and bytes as they are now; the rest is filled in.
-    [[nodiscard]] virtual DiscJobProgress currentProgress() const = 0;
-    /// Sends the signal finished().
-    virtual void announceResult() = 0;
-    /// Called about twenty times a second while the job runs.
-    virtual void lookAhead() { }
-
-    /// The work is over: sends the last progress and the result through the event loop. The derived class calls it
-    /// once.
-    void end();
+    /// What the constructor was given.
+    [[nodiscard]] const DiscJobWork &work() const;
 
 private:
+    friend class DiscJobWork;
+
+    /// Sends the signal finished() of the derived class.
+    virtual void announceResult() = 0;
     void tell();
 
     class Private;

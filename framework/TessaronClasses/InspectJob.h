@@ -44,15 +44,10 @@ public:
 Q_SIGNALS:
     void finished(const Tessaron::ImageInspection &result);
 
-protected:
-    void begin() override;
-    void stop() override;
-    [[nodiscard]] DiscJobProgress currentProgress() const override;
+private:
     void announceResult() override;
 
-private:
-    class Private;
-    const std::unique_ptr<Private> d;
+    class Work;
 };
 
 } // namespace Tessaron

@@ -49,19 +49,10 @@ public:
 Q_SIGNALS:
     void finished(const Tessaron::ScanResult &result);
 
-protected:
-    void begin() override;
-    void stop() override;
-    [[nodiscard]] DiscJobProgress currentProgress() const override;
+private:
     void announceResult() override;
 
-private:
-    void prepared(const NSError &error);
-    void gathered();
-    void endWith(const NSError &error);
-
-    class Private;
-    const std::unique_ptr<Private> d;
+    class Work;
 };
 
 } // namespace Tessaron

@@ -7,7 +7,6 @@
 #include <QByteArray>
 #include <QList>
 
-#include <memory>
 #include <optional>
 
 namespace Tessaron
@@ -37,15 +36,10 @@ public:
 Q_SIGNALS:
     void finished(const Tessaron::VerificationResult &result);
 
-protected:
-    void begin() override;
-    void stop() override;
-    [[nodiscard]] DiscJobProgress currentProgress() const override;
+private:
     void announceResult() override;
 
-private:
-    class Private;
-    const std::unique_ptr<Private> d;
+    class Work;
 };
 
 } // namespace Tessaron

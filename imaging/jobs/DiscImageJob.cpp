@@ -1,4 +1,4 @@
-#include "imaging/jobs/BackgroundTask.h"
+#include "imaging/jobs/DiscJobWork.h"
 #include "imaging/jobs/ImageMaker.h"
 #include "imaging/jobs/ImageStage.h"
 #include "platform/discrecording/objects/DRStorageReport.h"
@@ -60,23 +60,35 @@ bool DiscImageResult::isComplete() const
     return !error && unreadable.empty() && !isVolumeNameLost && (!report || report->lostCount() == 0);
 }
 
-class DiscImageJob::Private
+class DiscImageJob::Work final : public DiscJobWork
 {
 public:
-    DiscImageOrder order;
+    explicit Work(DiscImageOrder imageOrder)
+        : order(std::move(imageOrder))
+    {
+    }
+
+    void begin() override;
+    void stop() override;
+    void lookAhead() override;
+    [[nodiscard]] DiscJobProgress progress() const override;
+
+    [[nodiscard]] NSError prepare(const std::stop_token &stop);
+    [[nodiscard]] QString volumeName() const;
+    void prepared(const NSError &error);
+    void imageMade();
+    void endWith(const NSError &error);
+
+    const DiscImageOrder order;
     DiscImageResult result;
     std::vector<DiscSource> sources;
     DiscJobPhase phase = DiscJobPhase::Preparing;
     ImageStage stage;
     std::uint64_t finishedBytes = 0; ///< length of the file in the end; the worker's while it runs
     std::unique_ptr<ImageMaker> maker;
-    BackgroundTask task; ///< last member: it ends before what it works on goes
-
-    [[nodiscard]] NSError prepare(const std::stop_token &stop);
-    [[nodiscard]] QString volumeName() const;
 };
 
-NSError DiscImageJob::Private::prepare(const std::stop_token &stop)
+NSError DiscImageJob::Work::prepare(const std::stop_token &stop)
 {
     if (NSError error = errorOfEnvironment())
         return error;
@@ -96,7 +108,7 @@ NSError DiscImageJob::Private::prepare(const std::stop_token &stop)
     return {};
 }
 
-QString DiscImageJob::Private::volumeName() const
+QString DiscImageJob::Work::volumeName() const
 {
     if (!order.volumeName.isEmpty())
         return order.volumeName;
@@ -105,118 +117,111 @@ QString DiscImageJob::Private::volumeName() const
                                                             : withoutExtension(stage.imageName()));
 }
 
-DiscImageJob::DiscImageJob(DiscImageOrder order, QObject *parent)
-    : DiscJob(parent)
-    , d(std::make_unique<Private>())
+void DiscImageJob::Work::begin()
 {
-    d->order = std::move(order);
+    runInBackground([this](const std::stop_token &stop) { return prepare(stop); },
+                    [this](const NSError &error) { prepared(error); });
+}
+
+void DiscImageJob::Work::prepared(const NSError &error)
+{
+    if (const NSError failure = cancellationOr(error)) {
+        endWith(failure);
+        return;
+    }
+    ImageMakerOrder making;
+    making.sources = sources;
+    making.rootIsOnlySource = isOneFolder(sources);
+    making.volumeName = result.volumeName;
+    making.isVolumeNameGiven = !order.volumeName.isEmpty();
+    making.isVolumeNameChanged = making.isVolumeNameGiven && result.volumeName != order.volumeName;
+    making.filesystems = order.filesystems;
+    making.relocatesDeepFolders = order.relocatesDeepFolders;
+    making.isStrict = order.isStrict;
+    making.path = stage.pathForWriting();
+    making.descriptor = stage.descriptor();
+    making.finalPath = stage.imagePath();
+    making.isSynchronized = order.isSynchronized;
+    maker = std::make_unique<ImageMaker>(std::move(making));
+    maker->start([this] { imageMade(); });
+}
+
+void DiscImageJob::Work::imageMade()
+{
+    const DiscImageResult &made = maker->result();
+    result.bytes = made.bytes;
+    result.files = made.files;
+    result.folders = made.folders;
+    result.unreadable = made.unreadable;
+    result.isVolumeNameLost = made.isVolumeNameLost;
+    result.report = made.report;
+    const NSError error = made.error;
+    const std::shared_ptr<const TableOfContents> contents = maker->contents();
+    maker.reset();
+    if (error || isCancelled()) {
+        endWith(error ? error : discJobCancellation());
+        return;
+    }
+    phase = DiscJobPhase::Finishing;
+    runInBackground(
+        [this, contents](const std::stop_token &stop) { return stage.finish(order, *contents, &finishedBytes, stop); },
+        [this](const NSError &finishError) {
+            if (!finishError)
+                result.bytes = finishedBytes;
+            endWith(finishError);
+        });
+}
+
+void DiscImageJob::Work::endWith(const NSError &error)
+{
+    result.error = error;
+    // What has not got its name goes before anybody is told, so that a script finds the place as it was.
+    stage.close();
+    end(error);
+}
+
+void DiscImageJob::Work::stop()
+{
+    if (maker)
+        maker->cancel();
+}
+
+void DiscImageJob::Work::lookAhead()
+{
+    if (maker)
+        maker->lookAhead();
+}
+
+DiscJobProgress DiscImageJob::Work::progress() const
+{
+    if (maker)
+        return maker->progress();
+    DiscJobProgress progress;
+    progress.phase = phase;
+    progress.files = result.files;
+    progress.folders = result.folders;
+    if (phase == DiscJobPhase::Finishing) {
+        progress.bytesDone = result.bytes;
+        progress.bytesTotal = result.bytes;
+    }
+    return progress;
+}
+
+DiscImageJob::DiscImageJob(DiscImageOrder order, QObject *parent)
+    : DiscJob(std::make_unique<Work>(std::move(order)), parent)
+{
 }
 
 DiscImageJob::~DiscImageJob() = default;
 
 const DiscImageResult &DiscImageJob::result() const
 {
-    return d->result;
-}
-
-void DiscImageJob::begin()
-{
-    d->task.start([d = d.get()](const std::stop_token &stop) { return d->prepare(stop); },
-                  [this](const NSError &error) { prepared(error); });
-}
-
-void DiscImageJob::prepared(const NSError &error)
-{
-    if (error || isCancelled()) {
-        endWith(isCancelled() ? discJobCancellation() : error);
-        return;
-    }
-    ImageMakerOrder order;
-    order.sources = d->sources;
-    order.rootIsOnlySource = isOneFolder(d->sources);
-    order.volumeName = d->result.volumeName;
-    order.isVolumeNameGiven = !d->order.volumeName.isEmpty();
-    order.isVolumeNameChanged = order.isVolumeNameGiven && d->result.volumeName != d->order.volumeName;
-    order.filesystems = d->order.filesystems;
-    order.relocatesDeepFolders = d->order.relocatesDeepFolders;
-    order.isStrict = d->order.isStrict;
-    order.path = d->stage.pathForWriting();
-    order.descriptor = d->stage.descriptor();
-    order.finalPath = d->stage.imagePath();
-    order.isSynchronized = d->order.isSynchronized;
-    d->maker = std::make_unique<ImageMaker>(std::move(order));
-    d->maker->start([this] { imageMade(); });
-}
-
-void DiscImageJob::imageMade()
-{
-    const DiscImageResult &made = d->maker->result();
-    d->result.bytes = made.bytes;
-    d->result.files = made.files;
-    d->result.folders = made.folders;
-    d->result.unreadable = made.unreadable;
-    d->result.isVolumeNameLost = made.isVolumeNameLost;
-    d->result.report = made.report;
-    const NSError error = made.error;
-    const std::shared_ptr<const TableOfContents> contents = d->maker->contents();
-    d->maker.reset();
-    if (error || isCancelled()) {
-        endWith(error ? error : discJobCancellation());
-        return;
-    }
-    d->phase = DiscJobPhase::Finishing;
-    d->task.start(
-        [d = d.get(), contents](const std::stop_token &stop) {
-            return d->stage.finish(d->order, *contents, &d->finishedBytes, stop);
-        },
-        [this](const NSError &finishError) {
-            if (!finishError)
-                d->result.bytes = d->finishedBytes;
-            endWith(finishError);
-        });
-}
-
-void DiscImageJob::endWith(const NSError &error)
-{
-    d->result.error = error;
-    // What has not got its name goes before anybody is told, so that a script finds the place as it was.
-    d->stage.close();
-    if (!error)
-        d->phase = DiscJobPhase::Done;
-    end();
-}
-
-void DiscImageJob::stop()
-{
-    d->task.requestStop();
-    if (d->maker)
-        d->maker->cancel();
-}
-
-void DiscImageJob::lookAhead()
-{
-    if (d->maker)
-        d->maker->lookAhead();
-}
-
-DiscJobProgress DiscImageJob::currentProgress() const
-{
-    if (d->maker)
-        return d->maker->progress();
-    DiscJobProgress progress;
-    progress.phase = d->phase;
-    progress.files = d->result.files;
-    progress.folders = d->result.folders;
-    if (d->phase != DiscJobPhase::Finishing && d->phase != DiscJobPhase::Done)
-        return progress;
-    progress.bytesDone = d->result.bytes;
-    progress.bytesTotal = d->result.bytes;
-    return progress;
+    return static_cast<const Work &>(work()).result;
 }
 
 void DiscImageJob::announceResult()
 {
-    Q_EMIT finished(d->result);
+    Q_EMIT finished(result());
 }
 
 } // namespace Tessaron

@@ -1,5 +1,6 @@
+#include "imaging/jobs/DiscJobWork.h"
 #include "platform/foundation/MainThread.h"
-#include <TessaronClasses/DiscJob.h>
+#include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/TransferRate.h>
 
 #include <QTimer>
@@ -37,28 +38,44 @@ class DiscJob::Private
 public:
     enum class State : std::uint8_t { New, Running, Ended };
 
+    std::unique_ptr<DiscJobWork> work;
+    BackgroundTask task; ///< behind `work`, so that it ends before what it works on goes
     State state = State::New;
     bool isCancelled = false;
     bool hasBegun = false;
+    bool hasEndedWell = false;
     QTimer timer;
     TransferRate rate;
     std::optional<DiscJobPhase> toldPhase;
     TransferRate::Time toldAt;
     /// Its end silences what is scheduled.
     std::shared_ptr<const void> life = std::make_shared<int>();
+
+    void stop()
+    {
+        task.requestStop();
+        work->stop();
+    }
 };
 
-DiscJob::DiscJob(QObject *parent)
+DiscJob::DiscJob(std::unique_ptr<DiscJobWork> work, QObject *parent)
     : QObject(parent)
     , d(std::make_unique<Private>())
 {
+    d->work = std::move(work);
+    d->work->m_job = this;
     connect(&d->timer, &QTimer::timeout, this, [this] {
-        lookAhead();
+        d->work->lookAhead();
         tell();
     });
 }
 
 DiscJob::~DiscJob() = default;
+
+const DiscJobWork &DiscJob::work() const
+{
+    return *d->work;
+}
 
 void DiscJob::start()
 {
@@ -72,10 +89,10 @@ void DiscJob::start()
         tell();
         if (!life.isAlive())
             return;
-        begin();
+        d->work->begin();
         d->hasBegun = true;
         if (d->isCancelled)
-            stop();
+            d->stop();
     });
 }
 
@@ -84,7 +101,7 @@ void DiscJob::cancel()
     if (d->state != Private::State::Running || std::exchange(d->isCancelled, true))
         return;
     if (d->hasBegun)
-        stop();
+        d->stop();
 }
 
 bool DiscJob::isRunning() const
@@ -99,7 +116,9 @@ bool DiscJob::isCancelled() const
 
 DiscJobProgress DiscJob::progress() const
 {
-    DiscJobProgress progress = currentProgress();
+    DiscJobProgress progress = d->work->progress();
+    if (d->hasEndedWell)
+        progress.phase = DiscJobPhase::Done;
     if (countsBytes(progress.phase)) {
         progress.bytesPerSecond = d->rate.bytesPerSecond();
         progress.remaining = d->rate.remaining(progress.bytesTotal);
@@ -109,7 +128,7 @@ DiscJobProgress DiscJob::progress() const
 
 void DiscJob::tell()
 {
-    DiscJobProgress now = currentProgress();
+    DiscJobProgress now = progress();
     const TransferRate::Time time = std::chrono::steady_clock::now();
     const bool isNewPhase = d->toldPhase != now.phase;
     if (!isNewPhase && time - d->toldAt < shortestInterval)
@@ -126,18 +145,35 @@ void DiscJob::tell()
         Q_EMIT progressed(now);
 }
 
-void DiscJob::end()
+void DiscJobWork::runInBackground(std::function<NSError(const std::stop_token &)> work,
+                                  std::function<void(const NSError &)> whenEnded)
 {
-    // Not from inside a callback of an object that the job is about to let go.
-    performOnMainThread([this, life = CallbackContext(d->life)] {
-        if (!life.isAlive() || d->state != Private::State::Running)
+    m_job->d->task.start(std::move(work), std::move(whenEnded));
+}
+
+bool DiscJobWork::isCancelled() const
+{
+    return m_job->isCancelled();
+}
+
+NSError DiscJobWork::cancellationOr(const NSError &error) const
+{
+    return isCancelled() ? discJobCancellation() : error;
+}
+
+void DiscJobWork::end(const NSError &error)
+{
+    m_job->d->hasEndedWell = !error;
+    // Not from inside a callback of an object that the work is about to let go.
+    performOnMainThread([job = m_job, life = CallbackContext(m_job->d->life)] {
+        if (!life.isAlive() || job->d->state != DiscJob::Private::State::Running)
             return;
-        d->timer.stop();
-        tell();
+        job->d->timer.stop();
+        job->tell();
         if (!life.isAlive())
             return;
-        d->state = Private::State::Ended;
-        announceResult();
+        job->d->state = DiscJob::Private::State::Ended;
+        job->announceResult();
     });
 }
 

@@ -1,4 +1,4 @@
-#include "imaging/jobs/BackgroundTask.h"
+#include "imaging/jobs/DiscJobWork.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/InspectJob.h>
 
@@ -7,10 +7,31 @@
 namespace Tessaron
 {
 
-class InspectJob::Private
+class InspectJob::Work final : public DiscJobWork
 {
 public:
-    NSError work(const std::stop_token &stop)
+    explicit Work(QByteArray imagePath)
+        : path(std::move(imagePath))
+    {
+    }
+
+    void begin() override
+    {
+        runInBackground([this](const std::stop_token &stop) { return inspect(stop); },
+                        [this](const NSError &error) {
+                            result.error = error;
+                            end(error);
+                        });
+    }
+
+    [[nodiscard]] DiscJobProgress progress() const override
+    {
+        DiscJobProgress progress;
+        progress.phase = phase;
+        return progress;
+    }
+
+    NSError inspect(const std::stop_token &stop)
     {
         Result<OpenedDiscImage> opened = openDiscImage(path);
         if (!opened)
@@ -36,52 +57,26 @@ public:
         result.problemCount = checkDiscImage(result.image->source, keep, stop);
     }
 
-    QByteArray path;
+    const QByteArray path;
     ImageInspection result; ///< the worker's until the job has ended
     std::atomic<DiscJobPhase> phase = DiscJobPhase::Preparing;
-    BackgroundTask task; ///< last member: it ends before what it works on goes
 };
 
 InspectJob::InspectJob(QByteArray path, QObject *parent)
-    : DiscJob(parent)
-    , d(std::make_unique<Private>())
+    : DiscJob(std::make_unique<Work>(std::move(path)), parent)
 {
-    d->path = std::move(path);
 }
 
 InspectJob::~InspectJob() = default;
 
 const ImageInspection &InspectJob::result() const
 {
-    return d->result;
-}
-
-void InspectJob::begin()
-{
-    d->task.start([d = d.get()](const std::stop_token &stop) { return d->work(stop); },
-                  [this](const NSError &error) {
-                      d->result.error = error;
-                      if (!error)
-                          d->phase = DiscJobPhase::Done;
-                      end();
-                  });
-}
-
-void InspectJob::stop()
-{
-    d->task.requestStop();
-}
-
-DiscJobProgress InspectJob::currentProgress() const
-{
-    DiscJobProgress progress;
-    progress.phase = d->phase;
-    return progress;
+    return static_cast<const Work &>(work()).result;
 }
 
 void InspectJob::announceResult()
 {
-    Q_EMIT finished(d->result);
+    Q_EMIT finished(result());
 }
 
 } // namespace Tessaron

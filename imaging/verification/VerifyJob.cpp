@@ -1,4 +1,4 @@
-#include "imaging/jobs/BackgroundTask.h"
+#include "imaging/jobs/DiscJobWork.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/DiscSources.h>
@@ -10,20 +10,39 @@
 namespace Tessaron
 {
 
-class VerifyJob::Private
+class VerifyJob::Work final : public DiscJobWork
 {
 public:
-    NSError work(const std::stop_token &stop);
+    explicit Work(VerifyOrder verifyOrder)
+        : order(std::move(verifyOrder))
+    {
+    }
+
+    void begin() override
+    {
+        runInBackground([this](const std::stop_token &stop) { return verify(stop); },
+                        [this](const NSError &error) {
+                            result.error = error;
+                            end(error);
+                        });
+    }
+
+    [[nodiscard]] DiscJobProgress progress() const override
+    {
+        const std::lock_guard lock(mutex);
+        return told;
+    }
+
+    NSError verify(const std::stop_token &stop);
     NSError prepare(VerificationRequest *request) const;
 
-    VerifyOrder order;
+    const VerifyOrder order;
     VerificationResult result; ///< the worker's until the job has ended
-    std::mutex mutex;
-    DiscJobProgress progress; ///< guarded by `mutex`
-    BackgroundTask task; ///< last member: it ends before what it works on goes
+    mutable std::mutex mutex;
+    DiscJobProgress told; ///< guarded by `mutex`
 };
 
-NSError VerifyJob::Private::prepare(VerificationRequest *request) const
+NSError VerifyJob::Work::prepare(VerificationRequest *request) const
 {
     Result<OpenedDiscImage> opened = openDiscImage(order.image);
     if (!opened)
@@ -44,57 +63,33 @@ NSError VerifyJob::Private::prepare(VerificationRequest *request) const
     return {};
 }
 
-NSError VerifyJob::Private::work(const std::stop_token &stop)
+NSError VerifyJob::Work::verify(const std::stop_token &stop)
 {
     VerificationRequest request;
     if (NSError error = prepare(&request))
         return error;
     result = verifyImage(request, stop, [this](const DiscJobProgress &now) {
         const std::lock_guard lock(mutex);
-        progress = now;
+        told = now;
     });
     return result.error;
 }
 
 VerifyJob::VerifyJob(VerifyOrder order, QObject *parent)
-    : DiscJob(parent)
-    , d(std::make_unique<Private>())
+    : DiscJob(std::make_unique<Work>(std::move(order)), parent)
 {
-    d->order = std::move(order);
 }
 
 VerifyJob::~VerifyJob() = default;
 
 const VerificationResult &VerifyJob::result() const
 {
-    return d->result;
-}
-
-void VerifyJob::begin()
-{
-    d->task.start([d = d.get()](const std::stop_token &stop) { return d->work(stop); },
-                  [this](const NSError &error) {
-                      d->result.error = error;
-                      if (!error)
-                          d->progress.phase = DiscJobPhase::Done;
-                      end();
-                  });
-}
-
-void VerifyJob::stop()
-{
-    d->task.requestStop();
-}
-
-DiscJobProgress VerifyJob::currentProgress() const
-{
-    const std::lock_guard lock(d->mutex);
-    return d->progress;
+    return static_cast<const Work &>(work()).result;
 }
 
 void VerifyJob::announceResult()
 {
-    Q_EMIT finished(d->result);
+    Q_EMIT finished(result());
 }
 
 } // namespace Tessaron
