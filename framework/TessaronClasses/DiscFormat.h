@@ -43,8 +43,4 @@ inline constexpr DiscFilesystems allDiscFilesystems =
 /// BIN's or VANT's.
 [[nodiscard]] TESSARON_EXPORT DiscFormat discFormatForFileName(const QByteArray &name);
 
-/// The name, or path, of the cue sheet that goes with an image: "cue" in place of the image's extension. A dot that
-/// begins a name begins no extension.
-[[nodiscard]] TESSARON_EXPORT QByteArray cueSheetNameForImage(const QByteArray &imageName);
-
 } // namespace Tessaron

@@ -24,11 +24,4 @@ DiscFormat discFormatForFileName(const QByteArray &name)
     return lower.endsWith(".vant") ? DiscFormat::VANT : DiscFormat::ISO;
 }
 
-QByteArray cueSheetNameForImage(const QByteArray &imageName)
-{
-    const qsizetype start = imageName.lastIndexOf('/') + 1;
-    const qsizetype dot = imageName.lastIndexOf('.');
-    return (dot > start ? imageName.left(dot) : imageName) + ".cue";
-}
-
 } // namespace Tessaron

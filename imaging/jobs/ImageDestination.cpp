@@ -1,5 +1,6 @@
 #include "imaging/jobs/ImageDestination.h"
 
+#include "imaging/ImageFinisher.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
 
@@ -132,7 +133,7 @@ NSError checkSticky(const ImageDestination &destination, const QByteArray &name)
 
 NSError inspectCue(ImageDestination *destination)
 {
-    destination->cueName = cueSheetNameForImage(destination->name);
+    destination->cueName = pathOfCueSheet(destination->name);
     struct stat status;
     if (::fstatat(destination->folder.get(), destination->cueName.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno != ENAMETOOLONG)

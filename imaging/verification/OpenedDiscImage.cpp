@@ -1,3 +1,4 @@
+#include "imaging/ImageFinisher.h"
 #include "platform/disctracks/CueModes.h"
 #include "platform/disctracks/CueSheetReader.h"
 #include "platform/foundation/FileSystemRepresentation.h"
@@ -19,12 +20,6 @@ NSError cannotRead(const QByteArray &path, const QString &reason, const QString 
 {
     return discJobError(DiscJobErrorCode::Source,
                         QStringLiteral("the image %1 cannot be read: %2").arg(quoted(path), reason), suggestion, path);
-}
-
-/// The name that the cue sheet of an image has: "disc.cue" beside "disc.bin".
-QByteArray cueSheetBeside(const QByteArray &path)
-{
-    return path.left(path.lastIndexOf('.')) + ".cue";
 }
 
 /// Why a file of this kind cannot be an image; empty for one that can, or that is not there.
@@ -116,7 +111,7 @@ void useCueSheet(const CueSheet &sheet, const QByteArray &sheetPath, const QByte
 /// Looks whether the sheet beside an image describes it. A sheet that cannot be used is noted.
 std::optional<DiscImageSectors> useSheetBeside(const QByteArray &imagePath, OpenedDiscImage *image)
 {
-    const QByteArray sheetPath = cueSheetBeside(imagePath);
+    const QByteArray sheetPath = pathOfCueSheet(imagePath);
     struct stat status;
     if (::stat(sheetPath.constData(), &status) != 0 || !S_ISREG(status.st_mode))
         return std::nullopt;

@@ -111,6 +111,18 @@ TEST_F(DiscImageJobs, job_makesBothFiles_whenTheFormatIsBin)
     EXPECT_EQ(outNames(), Names({"disc.bin", "disc.cue"}));
 }
 
+TEST_F(DiscImageJobs, cueSheet_hasANameOfItsOwn_whenTheImageIsCalledCue)
+{
+    DiscImageOrder bin = order("out/disc.cue");
+    bin.format = DiscFormat::BIN;
+    DiscImageJob job(bin);
+    const ImageRun run(job);
+    EXPECT_TRUE(run.result.isComplete());
+    EXPECT_EQ(run.result.cueSheetPath, m_tree.path("out/disc.cue.cue"));
+    EXPECT_EQ(outNames(), Names({"disc.cue", "disc.cue.cue"}));
+    EXPECT_EQ(m_tree.contents("out/disc.cue").size(), qsizetype(run.result.bytes));
+}
+
 TEST_F(DiscImageJobs, cancel_leavesTheOlderImage)
 {
     makeBigSource();
