@@ -1,5 +1,6 @@
 #include "imaging/verification/ContentComparison.h"
 
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/foundation/UniqueDescriptor.h"
 
@@ -8,7 +9,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace Tessaron
 {
@@ -18,23 +18,6 @@ namespace
 
 constexpr std::size_t pieceSize = std::size_t(1) << 20;
 constexpr std::size_t windowSize = 4 * pieceSize;
-
-/// Reads up to `length` bytes; fewer at the end of the file; -1 with `errno` set.
-ssize_t readAt(int file, char *to, std::size_t length, std::uint64_t offset)
-{
-    std::size_t done = 0;
-    while (done < length) {
-        const ssize_t got = ::pread(file, to + done, length - done, off_t(offset + done));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            return -1;
-        if (got == 0)
-            break;
-        done += std::size_t(got);
-    }
-    return ssize_t(done);
-}
 
 } // namespace
 
@@ -103,10 +86,11 @@ bool ContentComparison::compareRun(const ContentPlace &place, int file, const Vo
     static const std::vector<char> zeros(pieceSize);
     for (std::uint64_t done = 0; done < run.length;) {
         const auto length = std::size_t(std::min<std::uint64_t>(pieceSize, run.length - done));
-        const ssize_t got = readAt(file, m_buffer.data(), length, position + done);
-        if (got < 0 || std::size_t(got) < length) {
+        std::size_t got = 0;
+        const int failure = readFully(file, position + done, m_buffer.data(), length, &got);
+        if (failure != 0 || got < length) {
             const QString reason =
-                got < 0 ? systemText(errno) : QStringLiteral("it has become shorter since it was listed");
+                failure != 0 ? systemText(failure) : QStringLiteral("it has become shorter since it was listed");
             m_differences.add({ImageDifference::Kind::Source,
                                0,
                                m_sources.discPath(place.source),

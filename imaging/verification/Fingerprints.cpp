@@ -1,13 +1,13 @@
 #include "imaging/verification/Fingerprints.h"
 
 #include "imaging/verification/NameRules.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/UniqueDescriptor.h"
 
 #include <QHashFunctions>
 
 #include <algorithm>
 #include <fcntl.h>
-#include <unistd.h>
 
 namespace Tessaron
 {
@@ -99,12 +99,14 @@ std::uint64_t Fingerprints::ofFile(const VolumeObject &file)
 std::uint64_t Fingerprints::ofSourceFile(SourceNumber file) const
 {
     char bytes[readLength];
-    ssize_t length = 0;
+    std::size_t length = 0;
     if (m_sources[file].size > 0) {
         const UniqueDescriptor descriptor(m_sources.open(file, O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-        length = descriptor ? ::pread(descriptor.get(), bytes, sizeof bytes, 0) : 0;
+        // A file that cannot be read counts as one without bytes; the comparison of contents tells of it.
+        if (descriptor)
+            (void)readFully(descriptor.get(), 0, bytes, sizeof bytes, &length);
     }
-    return mixed(m_sources[file].size, ofBytes(bytes, std::size_t(std::max<ssize_t>(length, 0))));
+    return mixed(m_sources[file].size, ofBytes(bytes, length));
 }
 
 std::uint64_t Fingerprints::ofFolder(const VolumeObject &folder, int depth)
