@@ -424,16 +424,6 @@ private:
     std::vector<VolumeExtent> m_allocation; ///< of the allocation file
 };
 
-/// Units that are not made of sectors are no way to a volume: such a wrapper is there for readers that know no
-/// partition map, and those that do find the volume by it.
-bool isOddWrapper(const DiscImageSource &source)
-{
-    std::array<std::uint8_t, HfsPlusHeader::size> bytes;
-    return !source.read(hfsPlusHeaderDistance, bytes.data(), bytes.size())
-        && loadBigEndian<std::uint16_t>(bytes.data()) == HfsPlusWrapperSignature
-        && loadBigEndian<std::uint32_t>(&bytes[HfsPlusWrapperField::unitSize]) % 512 != 0;
-}
-
 } // namespace
 
 void checkHfsPlusVolume(const DiscImageSource &source, VolumeProblemReport &report)
@@ -442,7 +432,7 @@ void checkHfsPlusVolume(const DiscImageSource &source, VolumeProblemReport &repo
     checkHfsPlusPlaces(source, problems);
     NSError error;
     const std::optional<HfsPlusHeader> header = findHfsPlusHeader(source, &error);
-    if (error && !(header && isOddWrapper(source)))
+    if (error)
         problems.error(headerName(), error);
     if (!header)
         return;
