@@ -60,7 +60,7 @@ std::shared_ptr<KRFileHierarchyItem> itemForFile(const FSBulkEntry &entry)
 /// system.
 void growHeapAtOnce()
 {
-    constexpr std::size_t room = 120 * 1024;
+    constexpr std::size_t room = std::size_t{120} * 1024;
     void *volatile block = std::malloc(room); // volatile: a compiler may leave out what seems to be in vain
     std::free(block);
 }
