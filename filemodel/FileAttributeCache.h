@@ -33,7 +33,8 @@ struct KRFileReference::Cache {
 
     /// Takes over the buffer, which may be null.
     void own(Text text, MallocBuffer buffer);
-    /// Refers to bytes that live as long as the process and are followed by a NUL; empty ones stand for none.
+    /// Refers to bytes that live as long as the process and are followed by a NUL; empty ones mean that there is no
+    /// text.
     void refer(Text text, QByteArrayView bytes);
     void clear(Text text);
     [[nodiscard]] const char *text(Text text) const { return texts[text]; }

@@ -30,9 +30,9 @@ QString textOf(const char *bytes)
 }
 
 /// The time in UTC.
-QDateTime dateOf(const timespec &time)
+QDateTime dateOf(FileTime time)
 {
-    return QDateTime::fromMSecsSinceEpoch(qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000, Qt::UTC);
+    return QDateTime::fromMSecsSinceEpoch(time.seconds * 1000 + time.nanoseconds / 1'000'000, Qt::UTC);
 }
 
 } // namespace
@@ -268,7 +268,7 @@ QDateTime KRFileReference::creationDate() const
     FSCatalogInfo info;
     const bool isThere = !m_isVirtual && FSGetCatalogInfo(&m_fileRef, kFSCatInfoDates, &info) == noErr;
     // The zero time stands for a file system that keeps no times of birth.
-    const bool hasDate = isThere && (info.createDate.tv_sec != 0 || info.createDate.tv_nsec != 0);
+    const bool hasDate = isThere && info.createDate != FileTime();
     return hasDate ? dateOf(info.createDate) : QDateTime();
 }
 

@@ -11,8 +11,8 @@ namespace Tessaron
 {
 
 /// What the item needs on which a layout creation runs, from start to last callback; when something could not be read,
-/// it stays for that to be asked. The main thread makes and ends it; the worker counts sizes and reads the flags of its
-/// thread.
+/// it stays for that to be asked. The main thread makes and ends it; the worker counts sizes
+/// and reads the flags of its thread.
 struct KRFileHierarchyItem::LayoutCreation {
     /// Main thread only. Shared, so that a callback may replace the target that it belongs to.
     std::shared_ptr<const KRFileHierarchyItemLayoutTarget> _tagetToNotifyForDRLayoutCreation;

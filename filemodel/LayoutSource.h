@@ -35,7 +35,8 @@ private:
 /// A folder on disk whose children are being laid out. It stays open, so that a child costs one look and no path, at
 /// any depth.
 struct LayoutSource {
-    UniqueDescriptor descriptor; ///< O_PATH; invalid for a folder that is given up for a while or that could not be had
+    UniqueDescriptor
+        descriptor; ///< O_PATH; invalid for a folder that is given up for a while or that could not be had
     std::uint32_t node = 0; ///< the place by which its children's references name it; 0 for a virtual folder
     std::size_t filesToLookAt = 0; ///< how many are likely to be asked for
     FolderNames names; ///< read when many files are asked for

@@ -42,6 +42,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/DescriptorIO.h
     platform/foundation/Export.h
     platform/foundation/FileSystemRepresentation.h
+    platform/foundation/FileTime.h
     platform/foundation/MainThread.h
     platform/foundation/MessageTexts.h
     platform/foundation/NSBundle.h

@@ -21,8 +21,8 @@ namespace Tessaron
 /// reference to the file, remembers for a while what the system says about it, and carries the name and the options
 /// that the item is to have on the disc.
 ///
-/// Answers of the system are kept: sizes and flags until a reset, names and kind for five seconds. A QString that is
-/// null stands for "none".
+/// Answers of the system are kept: sizes and flags until a reset, names and kind for five seconds. Where there is no
+/// text, a QString is null.
 ///
 /// Not thread-safe: even getters may be called on one thread at a time only, since they fill the cache and drop values
 /// older than five seconds from it.

@@ -146,9 +146,9 @@ std::vector<std::uint64_t> FolderMatcher::keysOf(const ComparableName &name, boo
     return keys;
 }
 
-std::uint64_t FolderMatcher::evidenceOfTime(std::int64_t seconds, std::uint32_t nanoseconds) const
+std::uint64_t FolderMatcher::evidenceOfTime(FileTime time) const
 {
-    return mixed(std::uint64_t(seconds), nanoseconds / m_granularity);
+    return mixed(std::uint64_t(time.seconds), time.nanoseconds / m_granularity);
 }
 
 /// What a source and the object made of it have in common in this pass; several numbers when there are several
@@ -160,7 +160,7 @@ std::vector<std::uint64_t> FolderMatcher::evidenceOfCandidate(Pass pass, const C
     case Pass::Place:
         return m_plan.offsetsOf(candidate.source);
     case Pass::ContentsAndTime:
-        return {mixed(evidenceOfTime(facts.seconds, facts.nanoseconds), m_fingerprints->ofSource(candidate.source))};
+        return {mixed(evidenceOfTime(facts.modificationTime()), m_fingerprints->ofSource(candidate.source))};
     case Pass::Contents:
         return {m_fingerprints->ofSource(candidate.source)};
     case Pass::OnlyChoice:
@@ -183,8 +183,7 @@ std::optional<std::uint64_t> FolderMatcher::evidenceOfObject(Pass pass, const Vo
     case Pass::ContentsAndTime:
         if (!object.modified)
             return std::nullopt;
-        return mixed(evidenceOfTime(object.modified->seconds, object.modified->nanoseconds),
-                     m_fingerprints->ofObject(object));
+        return mixed(evidenceOfTime(*object.modified), m_fingerprints->ofObject(object));
     case Pass::Contents:
         return m_fingerprints->ofObject(object);
     case Pass::OnlyChoice:

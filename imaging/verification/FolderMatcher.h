@@ -66,7 +66,7 @@ private:
     [[nodiscard]] std::vector<std::uint64_t> keysOf(const ComparableName &name, bool isRecorded) const;
     void findRivals();
     void pairOnlyChoices();
-    [[nodiscard]] std::uint64_t evidenceOfTime(std::int64_t seconds, std::uint32_t nanoseconds) const;
+    [[nodiscard]] std::uint64_t evidenceOfTime(FileTime time) const;
     [[nodiscard]] std::vector<std::uint64_t> evidenceOfCandidate(Pass pass, const Candidate &candidate);
     [[nodiscard]] std::optional<std::uint64_t> evidenceOfObject(Pass pass, const VolumeObject &object);
     [[nodiscard]] bool fits(Pass pass, std::size_t object, const Candidate &candidate) const;

@@ -1,16 +1,14 @@
 #include "imaging/verification/SourceIndex.h"
 
+#include "platform/foundation/DirectoryStream.h"
 #include "platform/foundation/MessageTexts.h"
-#include "platform/foundation/UniqueDescriptor.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -63,8 +61,8 @@ SourceObject objectFor(const struct stat &status)
     object.size = S_ISREG(status.st_mode) ? std::uint64_t(status.st_size) : 0;
     object.device = status.st_dev;
     object.inode = status.st_ino;
-    object.seconds = status.st_mtim.tv_sec;
-    object.nanoseconds = std::uint32_t(status.st_mtim.tv_nsec);
+    object.modificationSeconds = status.st_mtim.tv_sec;
+    object.modificationNanoseconds = std::uint32_t(status.st_mtim.tv_nsec);
     return object;
 }
 
@@ -95,16 +93,14 @@ public:
         m_next = (m_next + 1) % m_folders.size();
         Folder &place = m_folders[m_next];
         place.number = folder;
-        place.listing.reset(::fdopendir(descriptor.get()));
-        if (place.listing)
-            (void)descriptor.release();
+        place.listing = directoryStream(std::move(descriptor));
         return place.listing.get();
     }
 
 private:
     struct Folder {
         SourceNumber number = noSource;
-        std::unique_ptr<DIR, int (*)(DIR *)> listing{nullptr, ::closedir};
+        DirectoryStream listing;
     };
     std::array<Folder, 8> m_folders;
     std::size_t m_next = 0;

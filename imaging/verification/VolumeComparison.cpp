@@ -5,7 +5,6 @@
 #include "platform/foundation/MessageTexts.h"
 
 #include <QDate>
-#include <QDateTime>
 
 #include <algorithm>
 
@@ -35,12 +34,6 @@ QString kindText(VolumeObjectKind kind)
         return QStringLiteral("a special file");
     }
     return {};
-}
-
-/// "2024-02-29 12:34:56", UTC.
-QString timeText(const VolumeTime &time)
-{
-    return QDateTime::fromSecsSinceEpoch(time.seconds, Qt::UTC).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
 }
 
 bool isWithin(std::int64_t seconds, int firstYear, int lastYear)
@@ -228,24 +221,20 @@ void VolumeComparison::compare(const VolumeObject &object, SourceNumber source)
 
 void VolumeComparison::compareTime(const VolumeObject &object, SourceNumber source)
 {
-    const SourceObject &facts = m_sources[source];
-    std::int64_t seconds = facts.seconds;
-    std::uint32_t nanoseconds = facts.nanoseconds;
-    if (m_latestTime && (seconds > *m_latestTime || (seconds == *m_latestTime && nanoseconds > 0))) {
-        seconds = *m_latestTime;
-        nanoseconds = 0;
-    }
+    FileTime time = m_sources[source].modificationTime();
+    if (m_latestTime)
+        time = std::min(time, FileTime{*m_latestTime, 0});
     const DiscVolumeFacts &volume = m_reader.facts();
-    if (!object.modified || !isWithin(seconds, volume.firstYear, volume.lastYear))
+    if (!object.modified || !isWithin(time.seconds, volume.firstYear, volume.lastYear))
         return;
     // Writers that know whole seconds only leave finer fields zero.
     const std::uint32_t granularity =
         object.modified->nanoseconds == 0 ? 1'000'000'000 : std::max(object.modified->granularity, 1u);
-    if (object.modified->seconds == seconds && object.modified->nanoseconds / granularity == nanoseconds / granularity)
+    if (object.modified->seconds == time.seconds
+        && object.modified->nanoseconds / granularity == time.nanoseconds / granularity)
         return;
     differ(ImageDifference::Kind::Time, m_sources.discPath(source), object.recordOffset,
-           QStringLiteral("modified at %1 instead of %2 (UTC)")
-               .arg(timeText(*object.modified), timeText({seconds, nanoseconds, 1})));
+           QStringLiteral("modified at %1 instead of %2 (UTC)").arg(timeText(*object.modified), timeText(time)));
 }
 
 void VolumeComparison::compareLink(const VolumeObject &object, SourceNumber source)

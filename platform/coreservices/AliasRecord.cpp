@@ -92,8 +92,8 @@ QByteArray aliasDataFromRecord(const AliasRecord &record)
     QByteArray body;
     append<std::uint64_t>(body, record.volumeIdentifier);
     append<std::uint64_t>(body, record.inode);
-    append<std::uint64_t>(body, static_cast<std::uint64_t>(record.birthSeconds));
-    append<std::uint32_t>(body, record.birthNanoseconds);
+    append<std::uint64_t>(body, static_cast<std::uint64_t>(record.birthTime.seconds));
+    append<std::uint32_t>(body, record.birthTime.nanoseconds);
     appendText(body, record.volumeType);
     appendText(body, record.pathInVolume);
     appendText(body, record.path);
@@ -125,8 +125,8 @@ std::optional<AliasRecord> aliasRecordFromData(QByteArrayView data, AliasChecksu
     record.isFolder = flags & folderFlag;
     record.volumeIdentifier = reader.take<std::uint64_t>();
     record.inode = reader.take<std::uint64_t>();
-    record.birthSeconds = static_cast<std::int64_t>(reader.take<std::uint64_t>());
-    record.birthNanoseconds = reader.take<std::uint32_t>();
+    record.birthTime.seconds = static_cast<std::int64_t>(reader.take<std::uint64_t>());
+    record.birthTime.nanoseconds = reader.take<std::uint32_t>();
     record.volumeType = reader.takeText();
     record.pathInVolume = reader.takeText();
     record.path = reader.takeText();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/FileTime.h"
+
 #include <QByteArray>
 
 #include <cstdint>
@@ -18,8 +20,7 @@ struct AliasRecord {
     bool isFolder = false;
     std::uint64_t volumeIdentifier = 0; ///< `f_fsid`, 0 where the file system has none
     std::uint64_t inode = 0;
-    std::int64_t birthSeconds = 0;
-    std::uint32_t birthNanoseconds = 0;
+    FileTime birthTime;
     QByteArray volumeType; ///< as in the list of mounts, "ext4"
     QByteArray pathInVolume; ///< from the root of the file system, whichever part of it was mounted where
     QByteArray path;

@@ -67,8 +67,7 @@ bool AliasSearch::isAt(const QByteArray &path)
         || S_ISDIR(facts.stx_mode) != m_record.isFolder)
         return false;
     const FSRef ref = refWithFacts(facts, 0);
-    if (ref.birthSeconds != m_record.birthSeconds || ref.birthNanoseconds != m_record.birthNanoseconds
-        || volumeIdentifierAt(path) != m_record.volumeIdentifier)
+    if (ref.birthTime() != m_record.birthTime || volumeIdentifierAt(path) != m_record.volumeIdentifier)
         return false;
     m_path = path;
     return true;

@@ -118,8 +118,7 @@ OSErr FSNewAliasMinimal(const FSRef *target, QByteArray *alias)
     record.isFolder = S_ISDIR(facts.stx_mode);
     const FSRef found = refWithFacts(facts, 0); // perhaps the file that has taken the place of the first
     record.inode = found.inode;
-    record.birthSeconds = found.birthSeconds;
-    record.birthNanoseconds = found.birthNanoseconds;
+    record.birthTime = found.birthTime();
     record.volumeIdentifier = volumeIdentifierAt(record.path);
     const std::vector<Mount> mounts = currentMounts();
     const QByteArray realPath = pathWithoutLinks(record.path);

@@ -30,11 +30,11 @@ enum ResolveAliasFlags : std::uint32_t {
 /// outputs may be null.
 [[nodiscard]] TESSARON_EXPORT OSErr FSIsAliasFile(const FSRef *ref, bool *aliasFileFlag, bool *folderFlag);
 
-/// Replaces the reference of an alias file by the one of its target; one of another file stays. With
-/// `resolveAliasChains` the target of an alias file that is itself one is followed on. Errors, with the reference
-/// untouched: those of FSResolveAliasWithMountFlags() for the alias data that is the file's resource fork or contents
-/// (paramErr where neither is any), and fnfErr for a chain that leads back to itself. All outputs
-/// but `ref` may be null.
+/// Replaces the reference of an alias file by that of its target; a reference to any other file stays as it is. With
+/// `resolveAliasChains` a target that is an alias file itself is resolved in turn. Errors, with the reference
+/// untouched: those of FSResolveAliasWithMountFlags() for the alias data in the file's resource fork or contents
+/// (paramErr when neither holds alias data), and fnfErr for a chain that leads back to itself. All outputs but `ref`
+/// may be null.
 [[nodiscard]] TESSARON_EXPORT OSErr FSResolveAliasFile(FSRef *ref, bool resolveAliasChains, bool *targetIsFolder,
                                                        bool *wasAliased);
 

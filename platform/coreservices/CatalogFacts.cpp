@@ -16,14 +16,6 @@ constexpr std::uint64_t statBlockBytes = 512; ///< unit of `stx_blocks`, whateve
 
 constexpr int mostVainLists = 8;
 
-timespec timeOf(const statx_timestamp &from)
-{
-    timespec time = {};
-    time.tv_sec = static_cast<time_t>(from.tv_sec);
-    time.tv_nsec = from.tv_nsec;
-    return time;
-}
-
 std::uint64_t roundedUp(std::uint64_t size, std::uint64_t unit)
 {
     return (size + unit - 1) / unit * unit;
@@ -58,10 +50,10 @@ void fillCatalogInfo(const struct statx &facts, std::uint32_t whichInfo, FSCatal
     if (whichInfo & kFSCatInfoRsrcSizes)
         info->rsrcLogicalSize = info->rsrcPhysicalSize = 0;
     if (whichInfo & kFSCatInfoDates) {
-        info->createDate = facts.stx_mask & STATX_BTIME ? timeOf(facts.stx_btime) : timespec{};
-        info->contentModDate = timeOf(facts.stx_mtime);
-        info->attributeModDate = timeOf(facts.stx_ctime);
-        info->accessDate = timeOf(facts.stx_atime);
+        info->createDate = facts.stx_mask & STATX_BTIME ? FileTime::from(facts.stx_btime) : FileTime();
+        info->contentModDate = FileTime::from(facts.stx_mtime);
+        info->attributeModDate = FileTime::from(facts.stx_ctime);
+        info->accessDate = FileTime::from(facts.stx_atime);
     }
     if (whichInfo & kFSCatInfoPermissions) {
         info->mode = facts.stx_mode;

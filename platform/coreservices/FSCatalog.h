@@ -3,7 +3,6 @@
 #include "platform/coreservices/FSRef.h"
 
 #include <cstdint>
-#include <ctime>
 #include <memory>
 
 namespace Tessaron
@@ -35,10 +34,10 @@ struct FSCatalogInfo {
     std::uint64_t rsrcPhysicalSize = 0;
     std::uint8_t finderInfo[16] = {}; ///< all zero where the file has none
     std::uint8_t extFinderInfo[16] = {};
-    timespec createDate = {}; ///< zero where the filesystem keeps none
-    timespec contentModDate = {};
-    timespec attributeModDate = {};
-    timespec accessDate = {};
+    FileTime createDate; ///< zero where the filesystem keeps none
+    FileTime contentModDate;
+    FileTime attributeModDate;
+    FileTime accessDate;
     std::uint32_t mode = 0; ///< `st_mode`
     std::uint32_t userId = 0;
     std::uint32_t groupId = 0;

@@ -155,7 +155,7 @@ int FSIterator::fetch(const std::string_view *names, std::size_t count, std::uin
                       std::uint32_t *actual)
 {
     const unsigned int mask = catalogFields(whichInfo);
-    const timespec now = IdentityProofs::now();
+    const FileTime now = IdentityProofs::now();
     constexpr std::uint32_t attributeInfo = kFSCatInfoRsrcSizes | kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo;
     std::array<std::string_view, namesAtOnce> present;
     std::size_t found = 0;

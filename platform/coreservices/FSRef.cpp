@@ -20,7 +20,7 @@ namespace
 
 OSStatus makeRef(const QByteArray &absolutePath, FSRef *ref, bool *isDirectory)
 {
-    const timespec now = IdentityProofs::now();
+    const FileTime now = IdentityProofs::now();
     const PathAccess access(absolutePath);
     struct statx facts;
     if (const int error =
@@ -32,7 +32,7 @@ OSStatus makeRef(const QByteArray &absolutePath, FSRef *ref, bool *isDirectory)
     noteFoldersAbove(node);
     const FSRef made = refWithFacts(facts, node);
     IdentityProofs::shared().noteMount(made.device, mountOf(facts));
-    const bool hasBirth = made.birthSeconds != 0 || made.birthNanoseconds != 0;
+    const bool hasBirth = made.birthTime() != FileTime();
     if (!hasBirth || IdentityProofs::isYoung(made, now))
         IdentityProofs::shared().noteYoung(made, access.folder(), access.path());
     const bool isFolder = S_ISDIR(facts.stx_mode);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Export.h"
+#include "platform/foundation/FileTime.h"
 #include "platform/foundation/OSStatus.h"
 
 #include <QByteArray>
@@ -21,11 +22,19 @@ namespace Tessaron
 struct FSRef {
     std::uint64_t device = 0; ///< `st_dev` of the file
     std::uint64_t inode = 0;
-    std::int64_t birthSeconds = 0; ///< birth time, 0 where the filesystem keeps none
+    std::int64_t birthSeconds = 0; ///< see birthTime()
     std::uint32_t birthNanoseconds = 0;
     std::uint32_t node = 0; ///< place in the table of names, 0 for none
     std::uint32_t kind = 0; ///< the S_IFMT bits of its mode, 0 where not known
     std::uint8_t reserved[44] = {}; ///< zero
+
+    /// Zero where the filesystem keeps none.
+    [[nodiscard]] FileTime birthTime() const { return {birthSeconds, birthNanoseconds}; }
+    void setBirthTime(FileTime time)
+    {
+        birthSeconds = time.seconds;
+        birthNanoseconds = time.nanoseconds;
+    }
 
     friend bool operator==(const FSRef &, const FSRef &) = default;
 };

@@ -6,6 +6,7 @@
 #include "platform/coreservices/PathAccess.h"
 #include "platform/coreservices/VolumeFacts.h"
 #include "platform/foundation/DirectoryStream.h"
+#include "platform/foundation/FileTime.h"
 #include "platform/foundation/PathBytes.h"
 
 #include <algorithm>
@@ -29,7 +30,7 @@ namespace
 struct FolderListing {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
-    statx_timestamp changed = {};
+    FileTime changed;
     bool mayServeAgain = false; ///< false when the folder changed so lately that its time need not show the next change
     std::chrono::steady_clock::time_point servesAnywayUntil; ///< so that a folder in motion is not listed all the time
     std::vector<std::pair<std::uint64_t, std::uint32_t>> names; ///< inode and offset in `text`, sorted
@@ -39,19 +40,18 @@ struct FolderListing {
     {
         if (device != deviceOf(facts) || inode != facts.stx_ino)
             return false;
-        const bool isUnchanged =
-            mayServeAgain && changed.tv_sec == facts.stx_mtime.tv_sec && changed.tv_nsec == facts.stx_mtime.tv_nsec;
+        const bool isUnchanged = mayServeAgain && changed == FileTime::from(facts.stx_mtime);
         return isUnchanged || std::chrono::steady_clock::now() < servesAnywayUntil;
     }
 };
 
 /// Two changes within a tick of the system's coarse clock (10 ms at most) get the same time.
-bool isOlderThanClockTicks(const statx_timestamp &time)
+bool isOlderThanClockTicks(FileTime time)
 {
     constexpr std::int64_t margin = 50'000'000;
     timespec now = {};
     ::clock_gettime(CLOCK_REALTIME, &now);
-    return (now.tv_sec - time.tv_sec) * 1'000'000'000 + now.tv_nsec - std::int64_t(time.tv_nsec) > margin;
+    return FileTime::from(now).nanosecondsSince(time) > margin;
 }
 
 FolderListing listFolder(UniqueDescriptor folder, const struct statx &facts)
@@ -68,8 +68,8 @@ FolderListing listFolder(UniqueDescriptor folder, const struct statx &facts)
     std::sort(listing.names.begin(), listing.names.end());
     listing.device = deviceOf(facts);
     listing.inode = facts.stx_ino;
-    listing.changed = facts.stx_mtime;
-    listing.mayServeAgain = isOlderThanClockTicks(facts.stx_mtime);
+    listing.changed = FileTime::from(facts.stx_mtime);
+    listing.mayServeAgain = isOlderThanClockTicks(listing.changed);
     // Listing may take a twentieth of the time, no more; a small folder is always listed anew.
     constexpr std::size_t manyNames = 10'000;
     const auto end = std::chrono::steady_clock::now();
@@ -197,8 +197,7 @@ bool Search::findBelowMovedFolder(const std::vector<std::uint32_t> &chain, std::
     FSRef folder;
     folder.device = identity.device;
     folder.inode = identity.inode;
-    folder.birthSeconds = identity.birthSeconds;
-    folder.birthNanoseconds = identity.birthNanoseconds;
+    folder.setBirthTime(identity.birthTime);
     folder.node = chain[index];
     Search search(folder, 0);
     if (search.isAt(lastKnownPath(folder)) && places.currentNode(folder) == folder.node)
@@ -247,8 +246,7 @@ bool maySucceed(const FSRef &ref, const struct statx &facts)
     if (ref.kind != 0 && ref.kind != (facts.stx_mode & S_IFMT))
         return false;
     const FSRef found = refWithFacts(facts, 0);
-    const bool isSameBirth = found.birthSeconds == ref.birthSeconds && found.birthNanoseconds == ref.birthNanoseconds
-        && (ref.birthSeconds != 0 || ref.birthNanoseconds != 0);
+    const bool isSameBirth = found.birthTime() == ref.birthTime() && ref.birthTime() != FileTime();
     const std::uint64_t mount = mountOf(facts);
     return IdentityProofs::shared().wasSeenOnMount(ref.device, mount)
         || (found.device == ref.device && (isSameBirth || mount == 0));

@@ -23,12 +23,12 @@ constexpr int mostRedirections = 64;
 
 FileIdentity identityOf(const FSRef &ref)
 {
-    return {ref.device, ref.inode, ref.birthSeconds, ref.birthNanoseconds};
+    return {ref.device, ref.inode, ref.birthTime()};
 }
 
 std::size_t FilePlaces::Hash::operator()(const FileIdentity &identity) const
 {
-    return qHashMulti(0, identity.device, identity.inode, identity.birthSeconds);
+    return qHashMulti(0, identity.device, identity.inode, identity.birthTime.seconds);
 }
 
 FilePlaces &FilePlaces::shared()

@@ -18,8 +18,7 @@ namespace Tessaron
 struct FileIdentity {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
-    std::int64_t birthSeconds = 0;
-    std::uint32_t birthNanoseconds = 0;
+    FileTime birthTime;
 
     friend bool operator==(const FileIdentity &, const FileIdentity &) = default;
 };

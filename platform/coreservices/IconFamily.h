@@ -33,8 +33,8 @@ enum IconFamilySelectors : std::uint32_t {
 [[nodiscard]] QByteArray iconFamilyFromImages(const std::vector<QImage> &images, std::uint32_t selectors);
 
 /// The picture of a container that serves a side of `preferredSide` pixels best: that size, else the next larger one,
-/// else the largest; with 0 the largest. Null for bytes that are no container or hold no picture that can be read. Safe
-/// for any bytes.
+/// else the largest; with 0 the largest. Null for bytes that are not a container and for a container without a picture
+/// that can be read. Safe for any bytes.
 [[nodiscard]] QImage imageFromIconFamily(QByteArrayView family, int preferredSide);
 
 /// All pictures of a container that can be read, in the order of their members. Safe for any bytes.

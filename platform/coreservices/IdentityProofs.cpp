@@ -16,21 +16,21 @@ IdentityProofs &IdentityProofs::shared()
     return *proofs;
 }
 
-timespec IdentityProofs::now()
+FileTime IdentityProofs::now()
 {
     timespec time = {};
     ::clock_gettime(CLOCK_REALTIME_COARSE, &time);
-    return time;
+    return FileTime::from(time);
 }
 
-bool IdentityProofs::isYoung(const FSRef &ref, const timespec &now)
+bool IdentityProofs::isYoung(const FSRef &ref, FileTime now)
 {
     // Some file systems keep hundredths of a second, some two whole seconds.
     constexpr std::int64_t tick = 20'000'000;
     constexpr std::int64_t coarseTick = 2'000'000'000;
-    if (ref.birthSeconds < now.tv_sec - 4)
+    if (ref.birthSeconds < now.seconds - 4)
         return false;
-    const std::int64_t age = (now.tv_sec - ref.birthSeconds) * 1'000'000'000 + now.tv_nsec - ref.birthNanoseconds;
+    const std::int64_t age = now.nanosecondsSince(ref.birthTime());
     return age <= (ref.birthNanoseconds == 0 ? coarseTick : tick);
 }
 
@@ -50,7 +50,7 @@ bool IdentityProofs::isProven(const FSRef &ref, const PathAccess &place) const
         const std::lock_guard lock(m_mutex);
         const auto found = m_handles.find(keyOf(ref));
         if (found == m_handles.end())
-            return ref.birthSeconds != 0 || ref.birthNanoseconds != 0;
+            return ref.birthTime() != FileTime();
         handle = found->second;
     }
     return !handle.isEmpty() && place.error() == 0 && fileHandleBelow(place.folder(), place.path()) == handle;
@@ -76,12 +76,12 @@ bool IdentityProofs::wasSeenOnMount(std::uint64_t device, std::uint64_t mount) c
 
 IdentityProofs::Key IdentityProofs::keyOf(const FSRef &ref)
 {
-    return {ref.inode, ref.birthSeconds, ref.birthNanoseconds};
+    return {ref.inode, ref.birthTime()};
 }
 
 std::size_t IdentityProofs::Hash::operator()(const Key &key) const
 {
-    return qHashMulti(0, key.inode, key.birthSeconds, key.birthNanoseconds);
+    return qHashMulti(0, key.inode, key.birthTime.seconds, key.birthTime.nanoseconds);
 }
 
 } // namespace Tessaron

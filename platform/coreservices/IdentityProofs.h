@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <ctime>
 #include <mutex>
 #include <unordered_map>
 #include <vector>
@@ -31,10 +30,10 @@ public:
     static IdentityProofs &shared();
 
     /// The clock that file systems take times of birth from. To be read before a file is looked at.
-    [[nodiscard]] static timespec now();
+    [[nodiscard]] static FileTime now();
 
     /// True when a file that is made at `now` or later could have the birth time of this one.
-    [[nodiscard]] static bool isYoung(const FSRef &ref, const timespec &now);
+    [[nodiscard]] static bool isYoung(const FSRef &ref, FileTime now);
     /// Notes the handle of a young file, which lies below an open folder (or AT_FDCWD and a path).
     void noteYoung(const FSRef &ref, int folder, const char *name);
     /// True when the file at this place, whose device, inode and birth time are the reference's, is the same file for
@@ -49,8 +48,7 @@ private:
     /// Without the device: not every reference that is looked for knows it, and a chance equality only adds a doubt.
     struct Key {
         std::uint64_t inode = 0;
-        std::int64_t birthSeconds = 0;
-        std::uint32_t birthNanoseconds = 0;
+        FileTime birthTime;
 
         friend bool operator==(const Key &, const Key &) = default;
     };

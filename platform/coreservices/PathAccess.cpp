@@ -86,8 +86,7 @@ FSRef refWithFacts(const struct statx &facts, std::uint32_t node)
     ref.device = deviceOf(facts);
     ref.inode = facts.stx_ino;
     if (facts.stx_mask & STATX_BTIME) {
-        ref.birthSeconds = facts.stx_btime.tv_sec;
-        ref.birthNanoseconds = facts.stx_btime.tv_nsec;
+        ref.setBirthTime(FileTime::from(facts.stx_btime));
     }
     ref.kind = facts.stx_mode & S_IFMT;
     ref.node = node;
@@ -105,8 +104,8 @@ std::uint64_t mountOf(const struct statx &facts)
 bool hasSameIdentity(const FSRef &ref, const struct statx &facts)
 {
     const FSRef found = refWithFacts(facts, ref.node);
-    return found.inode == ref.inode && found.birthSeconds == ref.birthSeconds
-        && found.birthNanoseconds == ref.birthNanoseconds && (ref.device == 0 || found.device == ref.device);
+    return found.inode == ref.inode && found.birthTime() == ref.birthTime()
+        && (ref.device == 0 || found.device == ref.device);
 }
 
 UniqueDescriptor openPath(const QByteArray &absolutePath, int flags, int *errnoValue)

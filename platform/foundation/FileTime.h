@@ -23,6 +23,12 @@ struct FileTime {
         return {time.tv_sec, time.tv_nsec};
     }
 
+    /// Negative when this is the earlier one. For times that lie less than 292 years apart.
+    [[nodiscard]] constexpr std::int64_t nanosecondsSince(const FileTime &earlier) const
+    {
+        return (seconds - earlier.seconds) * 1'000'000'000 + nanoseconds - earlier.nanoseconds;
+    }
+
     friend constexpr auto operator<=>(const FileTime &, const FileTime &) = default;
 };
 

@@ -3,6 +3,8 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/OSStatus.h"
 
+#include <QDateTime>
+
 #include <array>
 #include <cerrno>
 #include <system_error>
@@ -49,6 +51,11 @@ QString quoted(const QByteArray &path)
 QString counted(std::uint64_t count, const char *singular, const char *plural)
 {
     return QString::number(count) + u' ' + QString::fromUtf8(count == 1 ? singular : plural);
+}
+
+QString timeText(FileTime time)
+{
+    return QDateTime::fromSecsSinceEpoch(time.seconds, Qt::UTC).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
 }
 
 QByteArray lastComponent(const QByteArray &path)

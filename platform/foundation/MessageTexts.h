@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Export.h"
+#include "platform/foundation/FileTime.h"
 
 #include <QByteArray>
 #include <QString>
@@ -17,6 +18,9 @@ namespace Tessaron
 
 /// "1 file", "2 files".
 [[nodiscard]] TESSARON_EXPORT QString counted(std::uint64_t count, const char *singular, const char *plural);
+
+/// "2024-02-29 12:34:56", UTC.
+[[nodiscard]] TESSARON_EXPORT QString timeText(FileTime time);
 
 /// The last component of a path, trailing slashes ignored; "/" for the root folder, empty for no path.
 [[nodiscard]] TESSARON_EXPORT QByteArray lastComponent(const QByteArray &path);

@@ -15,8 +15,7 @@ AliasRecord sample()
     record.isFolder = true;
     record.volumeIdentifier = 0x0123456789ABCDEFu;
     record.inode = 77;
-    record.birthSeconds = -5;
-    record.birthNanoseconds = 999999999;
+    record.birthTime = {-5, 999999999};
     record.volumeType = "ext4";
     record.pathInVolume = "/home/caf\xE9";
     record.path = "/mnt/home/caf\xE9";

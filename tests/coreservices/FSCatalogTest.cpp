@@ -126,8 +126,8 @@ TEST(FSCatalog, FSGetCatalogInfo_tellsTimesAndRights)
     tree.setMode("file", 0640);
     tree.setModificationTime("file", 1234567890);
     const FSCatalogInfo info = infoOf(tree.path("file"), kFSCatInfoDates | kFSCatInfoPermissions);
-    EXPECT_EQ(info.contentModDate.tv_sec, 1234567890);
-    EXPECT_GT(info.attributeModDate.tv_sec, 1234567890);
+    EXPECT_EQ(info.contentModDate.seconds, 1234567890);
+    EXPECT_GT(info.attributeModDate.seconds, 1234567890);
     EXPECT_EQ(info.mode, static_cast<std::uint32_t>(S_IFREG | 0640));
     EXPECT_EQ(info.userId, ::geteuid());
     EXPECT_EQ(info.linkCount, 2u);

@@ -39,11 +39,6 @@ QString volumeKindKey(VolumeKind kind)
     return {};
 }
 
-QString timeText(const VolumeTime &time)
-{
-    return QDateTime::fromSecsSinceEpoch(time.seconds, Qt::UTC).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-}
-
 void writeVolumeFacts(JsonWriter &writer, const DiscVolumeFacts &facts)
 {
     writer.member("name", facts.name);

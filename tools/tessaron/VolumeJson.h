@@ -14,9 +14,6 @@ class JsonWriter;
 /// "iso9660", "rockridge", "joliet", "udf", "hfs+": the names that reports on the making of an image use, too.
 [[nodiscard]] QString volumeKindKey(VolumeKind kind);
 
-/// "2024-02-29 12:34:56", UTC.
-[[nodiscard]] QString timeText(const VolumeTime &time);
-
 /// The members name, offset, blockSize, blocks, created and modified (ISO 8601 or null) of the object that is open.
 void writeVolumeFacts(JsonWriter &writer, const DiscVolumeFacts &facts);
 

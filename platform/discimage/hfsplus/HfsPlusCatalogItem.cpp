@@ -126,7 +126,7 @@ std::optional<QByteArray> hfsPlusDisplayName(HfsPlusBytes name)
 
 VolumeTime hfsPlusTime(std::uint32_t secondsSince1904)
 {
-    return {std::int64_t{secondsSince1904} - epochDistance, 0};
+    return {{std::int64_t{secondsSince1904} - epochDistance, 0}};
 }
 
 } // namespace Tessaron

@@ -25,8 +25,8 @@ struct VolumeProblem {
 
     Kind kind = Kind::Damaged;
     std::optional<VolumeKind> volume; ///< absent for what belongs to no filesystem, such as a partition map
-    /// What a reader shows depends on the structure. False for a copy, a count or a field that only repair tools and
-    /// writers use.
+    /// What a reader shows depends on the structure. False for a copy, a count or a field that only repair
+    /// tools and writers use.
     bool isVisible = true;
     std::uint64_t offset = 0; ///< in the image, bytes
     QString structure; ///< such as "path table"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/FileTime.h"
+
 #include <QByteArray>
 
 #include <cstdint>
@@ -19,9 +21,7 @@ struct VolumeExtent {
 };
 
 /// A time as a filesystem records it.
-struct VolumeTime {
-    std::int64_t seconds = 0; ///< since 1970, UTC
-    std::uint32_t nanoseconds = 0;
+struct VolumeTime : FileTime {
     std::uint32_t granularity = 1'000'000'000; ///< the smallest step that the filesystem can record, nanoseconds
 
     friend bool operator==(const VolumeTime &, const VolumeTime &) = default;

@@ -58,8 +58,7 @@ FSRef ContentTree::sourceRef(NodeIndex node) const
         return ref;
     ref.device = devices[object.device];
     ref.inode = object.inode;
-    ref.birthSeconds = object.birthTime().seconds;
-    ref.birthNanoseconds = object.birthTime().nanoseconds;
+    ref.setBirthTime(object.birthTime());
     ref.node = object.sourceNode;
     return ref;
 }

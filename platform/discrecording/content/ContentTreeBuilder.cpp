@@ -201,7 +201,7 @@ void ContentTreeBuilder::setSource(ContentNode &content, const FSRef &ref)
 {
     content.sourceNode = ref.node;
     content.inode = ref.inode;
-    content.setBirthTime({ref.birthSeconds, ref.birthNanoseconds});
+    content.setBirthTime(ref.birthTime());
     content.device = deviceNumber(m_tree->devices, ref.device);
     content.flags |= ContentNode::NeedsInspection;
 }

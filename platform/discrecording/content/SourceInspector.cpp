@@ -100,8 +100,7 @@ private:
     {
         FSRef ref;
         ref.inode = content.inode;
-        ref.birthSeconds = content.birthTime().seconds;
-        ref.birthNanoseconds = content.birthTime().nanoseconds;
+        ref.setBirthTime(content.birthTime());
         ref.node = content.sourceNode;
         return ref;
     }
@@ -239,8 +238,8 @@ bool takeCatalogInfo(ContentNode &content, const FSCatalogInfo &info, bool reads
         content.setFileSize(info.dataLogicalSize);
     else if (content.isDevice())
         content.setDeviceNumber(info.deviceNumber);
-    content.setModificationTime(FileTime::from(info.contentModDate));
-    content.setChangeTime(FileTime::from(info.attributeModDate));
+    content.setModificationTime(info.contentModDate);
+    content.setChangeTime(info.attributeModDate);
     content.mode = static_cast<std::uint16_t>(info.mode);
     content.userId = info.userId;
     content.groupId = info.groupId;
