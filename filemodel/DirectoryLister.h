@@ -23,7 +23,7 @@ public:
                                         FSBulkEntry *entries) = 0;
     /// Why the last next() failed.
     [[nodiscard]] virtual int errnoValue() const = 0;
-    /// The walk goes deep below this folder and comes back later: what is scarce is given back meanwhile.
+    /// Gives back what is scarce, a descriptor for one: the walk goes deep below this folder and comes back later.
     virtual void rest() = 0;
 };
 

@@ -52,7 +52,7 @@ public:
     struct Job;
     using Reading = std::shared_ptr<Job>;
 
-    /// Begins to read on in an open folder, some batches further. Nobody else may use the iterator until takeOn().
+    /// Begins to read on in an open folder, some batches further. Only the reader may use the iterator until takeOn().
     [[nodiscard]] Reading readOn(std::shared_ptr<FSIterator> iterator);
     /// The batches, at least one; waits for them, or reads them itself when the reader has not begun. std::bad_alloc
     /// also when the reader ran out of memory at it.

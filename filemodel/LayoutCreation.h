@@ -10,8 +10,8 @@
 namespace Tessaron
 {
 
-/// What the item needs on which a layout creation runs, from start to last callback; when something could not be read,
-/// it stays for that to be asked. The main thread makes and ends it; the worker counts sizes
+/// What an item needs while a layout creation runs on it, from start to last callback; it stays longer when something
+/// could not be read, so that a program can ask for that. The main thread makes and ends it; the worker counts sizes
 /// and reads the flags of its thread.
 struct KRFileHierarchyItem::LayoutCreation {
     /// Main thread only. Shared, so that a callback may replace the target that it belongs to.
@@ -22,7 +22,7 @@ struct KRFileHierarchyItem::LayoutCreation {
     std::vector<NSError> _errorsForDRLayoutCreation;
     double _drtotalSize = 0; ///< bytes, at least 0.01
     double _drcurrentSize = 0; ///< units of 1,048,576 bytes; written by the worker
-    /// Set when nobody waits for the layout any more; unlike a cancellation, every node sees it.
+    /// Set when the layout is not wanted any more; the worker looks at it at every node, unlike at a cancellation.
     std::atomic<bool> isAbandoned = false;
     std::shared_ptr<LayoutCreationMessages> messages;
     /// Written by the worker; the main thread's once that has ended.

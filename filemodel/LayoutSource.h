@@ -36,7 +36,7 @@ private:
 /// any depth.
 struct LayoutSource {
     UniqueDescriptor
-        descriptor; ///< O_PATH; invalid for a folder that is given up for a while or that could not be had
+        descriptor; ///< O_PATH; invalid while a folder is closed for a time, and for one that could not be opened
     std::uint32_t node = 0; ///< the place by which its children's references name it; 0 for a virtual folder
     std::size_t filesToLookAt = 0; ///< how many are likely to be asked for
     FolderNames names; ///< read when many files are asked for
@@ -65,7 +65,7 @@ void enterFolderOf(const FSRef &ref, LayoutSource &folder);
 [[nodiscard]] UniqueDescriptor openLayoutSource(const FSRef &ref, const LayoutPlace &place, const LayoutSource &folder,
                                                 int *errnoValue);
 
-/// Opens again the folder that holds an open one, without its path; invalid where another one does by now.
+/// Opens again the folder that holds an open one, without its path; invalid when another folder holds it by now.
 [[nodiscard]] UniqueDescriptor openSourceAbove(const LayoutSource &below, const FSRef &above);
 
 } // namespace Tessaron

@@ -22,9 +22,9 @@ public:
     void countFile() { countOneMore(m_files); }
     void countFolder() { countOneMore(m_folders); }
     void countError() { countOneMore(m_errors); }
-    /// A folder that is in the tree without some of what it holds.
+    /// Notes a folder some of whose contents are missing in the tree.
     void noteUnreadable(const FSRef &folder, int errnoValue);
-    /// There was no memory to note the rest of what is missing; allocates nothing.
+    /// Notes that there was no memory to name the rest of what is missing; allocates nothing.
     void noteOutOfMemory() noexcept;
 
     [[nodiscard]] std::uint32_t files() const { return m_files.load(std::memory_order_relaxed); }

@@ -175,7 +175,7 @@ void DiscImageJob::Work::imageMade()
 void DiscImageJob::Work::endWith(const NSError &error)
 {
     result.error = error;
-    // What has not got its name goes before anybody is told, so that a script finds the place as it was.
+    // Files that have not got their names go before the end is announced, so that a script finds the place as it was.
     stage.close();
     end(error);
 }

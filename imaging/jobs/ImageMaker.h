@@ -53,7 +53,7 @@ public:
     void cancel();
 
     [[nodiscard]] DiscJobProgress progress() const;
-    /// Call this a few times a second: it notices early what makes going on pointless.
+    /// To be called a few times a second: notices early that the image cannot be made, and stops.
     void lookAhead();
 
     /// What is known of the result: error, counts, what is not in the image.

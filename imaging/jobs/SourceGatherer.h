@@ -45,8 +45,8 @@ public:
     [[nodiscard]] std::uint64_t files() const;
     [[nodiscard]] std::uint64_t folders() const;
 
-    /// Why a source could not be gathered at all, or not for want of memory; none when all went well or some folders
-    /// below it could not be listed.
+    /// Why a source could not be gathered, a lack of memory included. The null error when all went well, also when
+    /// some folders below a source could not be listed: see unreadable().
     [[nodiscard]] const NSError &error() const { return m_error; }
     [[nodiscard]] const std::vector<UnreadableFolder> &unreadable() const { return m_unreadable; }
     [[nodiscard]] const std::vector<DiscSource> &sources() const { return m_sources; }

@@ -19,7 +19,7 @@
 namespace Tessaron
 {
 
-/// An object of a folder, and the source that it was made of; noSource when it was made of none of them.
+/// An object of a folder, and the source that it was made of; noSource when no source fits.
 struct MatchedObject {
     VolumeObject object;
     SourceNumber source = noSource;

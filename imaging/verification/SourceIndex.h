@@ -75,7 +75,7 @@ private:
     [[nodiscard]] int openFolder(SourceNumber folder, const RecentFolders &recent) const;
     void addChildren(SourceNumber folder, std::vector<Entry> &entries);
     void fail(SourceNumber number, int errnoValue);
-    /// The source's path on disk: that of its PATH and the names below it.
+    /// The path on disk: that of the source as it was given, and the names below it.
     [[nodiscard]] QByteArray diskPath(SourceNumber number) const;
 
     std::vector<SourceObject> m_objects;

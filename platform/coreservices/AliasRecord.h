@@ -35,7 +35,8 @@ enum class AliasChecksum {
 };
 
 [[nodiscard]] QByteArray aliasDataFromRecord(const AliasRecord &record);
-/// The record in the data, or nothing when the data is no alias data of this version or damaged. Safe for any bytes.
+/// The record in the data; no value when the bytes are not alias data of this version, or are damaged. Safe for any
+/// bytes.
 [[nodiscard]] std::optional<AliasRecord> aliasRecordFromData(QByteArrayView data,
                                                              AliasChecksum checksum = AliasChecksum::Checked);
 

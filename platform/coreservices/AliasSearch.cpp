@@ -40,7 +40,7 @@ OSErr AliasSearch::run()
 }
 
 /// The recorded path first, then the same place in the volume wherever it is mounted. Only mounts of the recorded type
-/// are asked for their identifier, so that a dead file server elsewhere holds nobody up.
+/// are asked for their identifier, so that a dead file server elsewhere does not hold up the search.
 void AliasSearch::collectPlaces()
 {
     m_places.push_back(m_record.path);

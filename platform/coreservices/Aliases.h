@@ -11,7 +11,7 @@ namespace Tessaron
 
 enum ResolveAliasFlags : std::uint32_t {
     kResolveAliasFileDefault = 0,
-    kResolveAliasFileNoUI = 1, ///< ask nobody for a missing volume; nobody is ever asked here
+    kResolveAliasFileNoUI = 1, ///< do not ask the user for a missing volume; no question is ever asked
 };
 
 /// Makes alias data: bytes that find the file again in another process and another year. fnfErr … when the file is

@@ -17,7 +17,7 @@ struct AppleDouble {
     friend bool operator==(const AppleDouble &, const AppleDouble &) = default;
 };
 
-/// No value for bytes that are no AppleDouble file. Safe for any bytes.
+/// No value for bytes that are not an AppleDouble file. Safe for any bytes.
 [[nodiscard]] std::optional<AppleDouble> appleDoubleFromBytes(QByteArrayView bytes);
 [[nodiscard]] QByteArray bytesOfAppleDouble(const AppleDouble &contents);
 

@@ -15,7 +15,7 @@ namespace Tessaron
 [[nodiscard]] QByteArray fileHandleBelow(int folder, const char *name);
 
 /// Opens the file with O_PATH on the file system that holds the open folder. Only privileged processes may. An invalid
-/// descriptor for a handle that leads nowhere, and for bytes that are none.
+/// descriptor for a handle that leads nowhere, and for bytes that are not a handle.
 [[nodiscard]] UniqueDescriptor openFileHandle(int folderOnVolume, const QByteArray &handle);
 
 } // namespace Tessaron

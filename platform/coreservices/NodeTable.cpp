@@ -60,7 +60,7 @@ std::size_t firstSlot(std::uint32_t hash, std::size_t slots)
     return std::size_t((std::uint64_t(hash) * slots) >> 32);
 }
 
-/// Storage at `index`, made of zeroed pages by whoever comes first. Chunks live as long as the process.
+/// Storage at `index`, made of zeroed pages by the first thread that needs it. Chunks live as long as the process.
 template <typename Item>
 Item *chunkAt(std::atomic<Item *> *chunks, std::size_t index, std::size_t items)
 {

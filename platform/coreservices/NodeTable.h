@@ -36,9 +36,9 @@ public:
     /// The same for `count` names of one parent with one locking.
     void intern(std::uint32_t parent, const std::string_view *names, std::size_t count, std::uint32_t *nodes);
 
-    /// The node above; `none` for the root folder and for a number that is no node.
+    /// The node above; `none` for the root folder and for a number without a node.
     [[nodiscard]] std::uint32_t parentOf(std::uint32_t node) const;
-    /// The name, followed by a NUL, in storage that lives as long as the process. Empty for a number that is no node.
+    /// The name, followed by a NUL, in storage that lives as long as the process. Empty for a number without a node.
     [[nodiscard]] std::string_view nameOf(std::uint32_t node) const;
 
     /// A word that the table keeps for its user with each node; zero at first. See FilePlaces.
@@ -85,7 +85,7 @@ private:
     std::array<Shard, shardCount> m_shards;
     std::unique_ptr<std::atomic<Node *>[]> m_chunks;
     std::unique_ptr<std::atomic<char *>[]> m_nameChunks;
-    std::atomic<std::uint32_t> m_count = 1; ///< number zero is no node
+    std::atomic<std::uint32_t> m_count = 1; ///< number zero has no node
     std::atomic<std::uint32_t> m_namePieces = 0; ///< pieces of the name storage handed to shards
 };
 

@@ -23,7 +23,7 @@ struct Resource {
 // A resource fork is a header of 16 bytes, the data of all resources with their lengths, and a map: a list of types,
 // lists of the resources of each type, and their names (Inside Macintosh: More Macintosh Toolbox, chapter 1).
 
-/// The resources in the order of the map; no value for bytes that are no resource fork. An empty fork has none. Safe
+/// The resources in the order of the map; no value for bytes that are not a resource fork. An empty fork has none. Safe
 /// for any bytes.
 [[nodiscard]] std::optional<std::vector<Resource>> resourcesOfFork(QByteArrayView fork);
 

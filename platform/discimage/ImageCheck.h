@@ -11,9 +11,9 @@ namespace Tessaron
 {
 
 /// Holds all structures of an image against one another: the description behind a VANT image, partition maps and every
-/// filesystem, including those of which only remains are left and which volumesInImage() therefore does not find. What
-/// a reader would stumble over is among what is told, and so are copies, counts and checksums that no reader looks at.
-/// Contents of files are not read.
+/// filesystem, including filesystems of which only remains are left, which volumesInImage() does not find. It tells the
+/// problems that a reader would stumble over, and also wrong copies, counts and checksums that no reader looks at. It
+/// does not read the contents of files.
 ///
 /// Takes time in proportion to the objects of the volumes, and memory of some 100 bytes for each at most. Returns the
 /// number of problems told. Ends early when the token asks for it or the visitor returns false. On any thread; the

@@ -10,8 +10,8 @@
 namespace Tessaron::Tool
 {
 
-/// Why a command cannot go on, as a value: what happened, where, and what to do about it. A default-made one is no
-/// problem.
+/// Why a command cannot go on, as a value: what happened, where, and what to do about it. A default-made one means that
+/// all is well.
 struct Problem {
     enum class Kind : std::uint8_t {
         None,
@@ -35,7 +35,7 @@ struct Problem {
     explicit operator bool() const { return !isNone(); }
 };
 
-/// That a signal ended the work.
+/// The problem of a command that a signal has ended.
 [[nodiscard]] Problem interruption();
 
 /// The problem that an error of a job is (DiscJobErrors.h); none for the null error.

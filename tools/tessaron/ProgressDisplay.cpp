@@ -65,7 +65,7 @@ void JsonDisplay::show(const ProgressState &state)
     if (remaining && state.countsBytes())
         writer.member("secondsLeft", std::int64_t(remaining->count()));
     writer.endObject();
-    // A reader of the progress that has gone away is no reason to fail.
+    // The command goes on when the reader of its progress has gone away.
     static_cast<void>(writer.finish());
 }
 

@@ -37,7 +37,8 @@ struct ProgressState {
 class ProgressDisplay
 {
 public:
-    /// The display for the mode. What is no terminal gets nothing in mode Auto, and no control sequences in any.
+    /// The display for the mode. An output that is not a terminal gets nothing in mode Auto, and no control sequences
+    /// in any mode.
     [[nodiscard]] static std::unique_ptr<ProgressDisplay> create(ProgressMode mode, Verbosity verbosity);
     virtual ~ProgressDisplay() = default;
     ProgressDisplay(const ProgressDisplay &) = delete;

@@ -12,7 +12,7 @@ namespace Tessaron::Tool
 
 /// How a comparison of an image with its sources has ended.
 struct VerifyOutcome {
-    Problem problem; ///< why there is no result; none when all was compared
+    Problem problem; ///< why the comparison did not come to its end; default-made when it did
     VerificationResult result;
 };
 

@@ -25,13 +25,13 @@ struct HfsPlusHeader {
     [[nodiscard]] std::uint64_t offset() const; ///< in the image
 };
 
-/// Looks for an HFS+ volume: embedded in an HFS wrapper at the begin of the image or of an Apple partition, or
+/// Looks for an HFS+ volume: embedded in an HFS wrapper at the beginning of the image or of an Apple partition, or
 /// without one ("HFS Wrapper", "Volume Header"). Absent when there is none; the error is set when there should be one,
 /// or when another way than the one taken leads to something that is not a volume.
 [[nodiscard]] std::optional<HfsPlusHeader> findHfsPlusHeader(const DiscImageSource &source, NSError *error);
 
-/// Compares the copy of the header at the end of the volume: the null error when it has the same of what hardly ever
-/// changes, blocks and the places of the volume's own files.
+/// Compares the copy of the header at the end of the volume: the null error when the two agree in what hardly
+/// ever changes: version, size and number of blocks, and the places of the volume's own files.
 [[nodiscard]] NSError checkHfsPlusHeaderCopy(const DiscImageSource &source, const HfsPlusHeader &header);
 
 } // namespace Tessaron

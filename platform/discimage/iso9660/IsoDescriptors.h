@@ -17,7 +17,7 @@ struct IsoDescriptor {
     std::uint32_t rootBlock = 0;
     std::uint32_t rootLength = 0; ///< bytes
     std::optional<VolumeTime> rootTime;
-    /// A primary volume of ours that holds nothing, since the files are in the Joliet tree alone.
+    /// True for a primary volume of ours that is empty because the files are in the Joliet tree alone.
     bool isStandIn = false;
 };
 
@@ -32,7 +32,7 @@ struct IsoDescriptorSet {
 /// holds the others.
 [[nodiscard]] NSError readIsoDescriptors(const DiscImageSource &source, IsoDescriptorSet *set);
 
-/// Text of UCS-2 in big-endian order with what follows it beyond U+FFFF (surrogate pairs), as UTF-16.
+/// Text recorded as UTF-16 in big-endian order. Joliet knows UCS-2 only; surrogate pairs are taken all the same.
 [[nodiscard]] QString textFromBigEndianUnits(const std::uint8_t *bytes, std::size_t length);
 
 } // namespace Tessaron

@@ -43,7 +43,7 @@ public:
     {
     }
 
-    /// The next record, or the end, or an error: in both latter cases false.
+    /// Takes the next record; false at the end, with the null error, and when the record is damaged.
     [[nodiscard]] bool next(IsoRecord *record, NSError *error);
 
 private:

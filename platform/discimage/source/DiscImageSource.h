@@ -29,7 +29,7 @@ struct DiscImageSectors {
 
 class DiscImageSource;
 
-/// What came of opening: the source, or why there is none.
+/// The result of opening an image: the source, or the reason why it cannot be opened.
 struct DiscImageSourceResult {
     std::shared_ptr<const DiscImageSource> source;
     NSError error; ///< null when there is a source
@@ -43,7 +43,7 @@ public:
     /// Opens the image file at the path, a regular file or a block device. A VANT trailer and partition maps are
     /// looked for; raw sectors (2352 bytes with their sync marks) are recognised.
     [[nodiscard]] static DiscImageSourceResult sourceWithFile(const QString &path);
-    /// The same with sectors that somebody (a cue sheet) has described.
+    /// The same, with the sectors as the caller knows them, for example from a cue sheet.
     [[nodiscard]] static DiscImageSourceResult sourceWithFile(const QString &path, const DiscImageSectors &sectors);
     /// An image that lies in memory.
     [[nodiscard]] static std::shared_ptr<const DiscImageSource> sourceWithBytes(const QByteArray &bytes);

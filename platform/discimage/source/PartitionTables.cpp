@@ -17,7 +17,7 @@ namespace
 
 constexpr std::uint64_t sectorSize = 512;
 
-/// A partition map of more entries is no real one.
+/// A partition map that claims more entries is damaged.
 constexpr std::uint32_t maximumPartitions = 256;
 
 using ProblemVisitor = std::function<void(const PartitionTableProblem &)>;

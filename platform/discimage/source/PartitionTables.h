@@ -41,11 +41,11 @@ struct PartitionTableProblem {
 
 /// All entries of the maps in an image: Apple's first, then those of a GPT, then those of an MBR that do more than
 /// announce a GPT. A damaged GPT is read from its backup. `problem`, which may be null, is told what is wrong: copies
-/// and checksums that disagree, entries beyond the end of the image, maps without their begin.
+/// and checksums that disagree, entries beyond the end of the image, maps whose beginning is missing.
 [[nodiscard]] std::vector<DiscImagePartition>
 readPartitionTables(const DiscImageSource &source, const std::function<void(const PartitionTableProblem &)> &problem);
 
-/// The entry says that it holds an HFS+ volume.
+/// True when the entry says that it holds an HFS+ volume.
 [[nodiscard]] TESSARON_EXPORT bool isHfsPlusPartition(const DiscImagePartition &partition);
 
 /// "Apple partition map", "MBR", "GPT".

@@ -32,8 +32,8 @@ enum class UdfDescriptorKind : std::uint16_t {
     ExtendedFileEntry = 266,
 };
 
-/// The descriptor of this kind at the start of the bytes is whole: kind and checksums of its tag are right, and when
-/// `block` is given also its place. `offset`, the place in the image, is for the error.
+/// The null error when the bytes begin with a whole descriptor of this kind: the kind and the checksums of its tag are
+/// right, and so is its place when `block` is given. `offset`, the place in the image, is for the error.
 [[nodiscard]] NSError checkUdfDescriptor(std::span<const std::uint8_t> bytes, UdfDescriptorKind kind,
                                          std::optional<std::uint32_t> block, std::uint64_t offset);
 

@@ -25,7 +25,7 @@ struct VolumeProblem {
 
     Kind kind = Kind::Damaged;
     std::optional<VolumeKind> volume; ///< absent for what belongs to no filesystem, such as a partition map
-    /// What a reader shows depends on the structure. False for a copy, a count or a field that only repair
+    /// True when what a reader shows depends on the structure; false for a copy, a count or a field that only repair
     /// tools and writers use.
     bool isVisible = true;
     std::uint64_t offset = 0; ///< in the image, bytes
@@ -51,7 +51,7 @@ public:
     /// An error of a reader, at the offset that it names.
     void addError(VolumeKind volume, const QString &structure, const NSError &error);
 
-    /// The caller of the check wants no more of it.
+    /// True once the caller of the check has asked for its end.
     [[nodiscard]] bool isStopped() const { return m_isStopped || m_stop.stop_requested(); }
     /// Problems passed on so far.
     [[nodiscard]] std::uint64_t count() const { return m_count; }

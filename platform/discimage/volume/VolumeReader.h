@@ -82,8 +82,8 @@ private:
     const std::shared_ptr<const DiscImageSource> m_source;
 };
 
-/// What came of looking for a filesystem: a reader; an error when there is one that cannot be read; neither when there
-/// is none. A reader may come with an error: a part of the volume is damaged.
+/// The result of looking for a filesystem: a reader when it was found, an error when it is there but cannot be read,
+/// neither when the image does not have it. A reader may come with an error: a part of the volume is damaged.
 struct VolumeReaderResult {
     std::unique_ptr<VolumeReader> reader;
     NSError error;
