@@ -82,7 +82,7 @@ public:
     const DiscImageOrder order;
     DiscImageResult result;
     std::vector<DiscSource> sources;
-    DiscJobPhase phase = DiscJobPhase::Preparing;
+    DiscJobProgress reached; ///< while there is no maker
     ImageStage stage;
     std::uint64_t finishedBytes = 0; ///< length of the file in the end; the worker's while it runs
     std::unique_ptr<ImageMaker> maker;
@@ -157,17 +157,18 @@ void DiscImageJob::Work::imageMade()
     result.report = made.report;
     const NSError error = made.error;
     const std::shared_ptr<const TableOfContents> contents = maker->contents();
+    reached = maker->progress();
     maker.reset();
     if (error || isCancelled()) {
         endWith(error ? error : discJobCancellation());
         return;
     }
-    phase = DiscJobPhase::Finishing;
+    reached.phase = DiscJobPhase::Finishing;
     runInBackground(
         [this, contents](const std::stop_token &stop) { return stage.finish(order, *contents, &finishedBytes, stop); },
         [this](const NSError &finishError) {
             if (!finishError)
-                result.bytes = finishedBytes;
+                result.bytes = reached.bytesDone = reached.bytesTotal = finishedBytes;
             endWith(finishError);
         });
 }
@@ -194,17 +195,7 @@ void DiscImageJob::Work::lookAhead()
 
 DiscJobProgress DiscImageJob::Work::progress() const
 {
-    if (maker)
-        return maker->progress();
-    DiscJobProgress progress;
-    progress.phase = phase;
-    progress.files = result.files;
-    progress.folders = result.folders;
-    if (phase == DiscJobPhase::Finishing) {
-        progress.bytesDone = result.bytes;
-        progress.bytesTotal = result.bytes;
-    }
-    return progress;
+    return maker ? maker->progress() : reached;
 }
 
 DiscImageJob::DiscImageJob(DiscImageOrder order, QObject *parent)

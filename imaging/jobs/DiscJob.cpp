@@ -119,10 +119,9 @@ DiscJobProgress DiscJob::progress() const
     DiscJobProgress progress = d->work->progress();
     if (d->hasEndedWell)
         progress.phase = DiscJobPhase::Done;
-    if (countsBytes(progress.phase)) {
-        progress.bytesPerSecond = d->rate.bytesPerSecond();
+    if (countsBytes(progress.phase))
         progress.remaining = d->rate.remaining(progress.bytesTotal);
-    }
+    progress.bytesPerSecond = d->rate.bytesPerSecond();
     return progress;
 }
 

@@ -15,24 +15,24 @@ using std::chrono::seconds;
 
 constexpr std::uint64_t megabyte = 1 << 20;
 
-ProgressState writing(std::uint64_t bytes, std::uint64_t total)
+DiscJobProgress writing(std::uint64_t bytes, std::uint64_t total)
 {
-    ProgressState state;
-    state.phase = ProgressState::Phase::Writing;
-    state.bytesWritten = bytes;
-    state.bytesTotal = total;
-    return state;
+    DiscJobProgress progress;
+    progress.phase = DiscJobPhase::Writing;
+    progress.bytesDone = bytes;
+    progress.bytesTotal = total;
+    return progress;
 }
 
-TEST(ProgressState, percent_isRoundedDownAndFullOnlyAtTheEnd)
+TEST(DiscJobProgress, percent_isRoundedDownAndFullOnlyAtTheEnd)
 {
-    EXPECT_EQ(ProgressState().percent(), 0);
+    EXPECT_EQ(DiscJobProgress().percent(), 0);
     EXPECT_EQ(writing(0, 0).percent(), 0);
     EXPECT_EQ(writing(1, 3).percent(), 33.3);
     EXPECT_EQ(writing(2, 3).percent(), 66.6);
     EXPECT_EQ(writing(3, 3).percent(), 99.9);
-    ProgressState done = writing(3, 3);
-    done.phase = ProgressState::Phase::Done;
+    DiscJobProgress done = writing(3, 3);
+    done.phase = DiscJobPhase::Done;
     EXPECT_EQ(done.percent(), 100);
 }
 
@@ -70,26 +70,24 @@ TEST(TransferRate, remaining_isUnknown_whenNothingMoves)
 
 TEST(ProgressLine, writing_showsAllThatFits)
 {
-    TransferRate rate;
-    const TransferRate::Time start;
-    rate.add(start, 0);
-    rate.add(start + seconds(1), 8 * megabyte);
-    const ProgressState state = writing(8 * megabyte, 32 * megabyte);
-    EXPECT_EQ(progressLine(state, 25, rate, 79),
+    DiscJobProgress progress = writing(8 * megabyte, 32 * megabyte);
+    progress.bytesPerSecond = 8 * megabyte;
+    progress.remaining = seconds(3);
+    EXPECT_EQ(progressLine(progress, 79),
               "[=======>                       ]  25 %  8.0 MB of 32.0 MB  8.0 MB/s  0:03 left");
-    EXPECT_EQ(progressLine(state, 25, rate, 30), " 25 %  8.0 MB of 32.0 MB");
-    EXPECT_EQ(progressLine(state, 25, rate, 20), "[===>        ]  25 %");
-    EXPECT_EQ(progressLine(state, 25, rate, 3), " 25");
+    EXPECT_EQ(progressLine(progress, 30), " 25 %  8.0 MB of 32.0 MB");
+    EXPECT_EQ(progressLine(progress, 20), "[===>        ]  25 %");
+    EXPECT_EQ(progressLine(progress, 3), " 25");
     for (int width = 0; width < 200; ++width)
-        EXPECT_LE(progressLine(state, 25, rate, width).size(), width);
+        EXPECT_LE(progressLine(progress, width).size(), width);
 }
 
 TEST(ProgressLine, scanning_showsCounts)
 {
-    ProgressState state;
-    state.files = 12;
-    state.folders = 1;
-    EXPECT_EQ(progressLine(state, 0, TransferRate(), 79), "Scanning: 12 files, 1 folder");
+    DiscJobProgress progress;
+    progress.files = 12;
+    progress.folders = 1;
+    EXPECT_EQ(progressLine(progress, 79), "Scanning: 12 files, 1 folder");
 }
 
 TEST(DurationText, time_isShownAsOnAClock)

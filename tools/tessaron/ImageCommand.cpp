@@ -71,7 +71,7 @@ void ImageCommand::makeImage()
     const SignalWatcher signalWatcher([&job] { job.cancel(); }); // there before the first file is made
     QEventLoop loop;
     QObject::connect(&job, &DiscJob::progressed, &loop,
-                     [this](const DiscJobProgress &progress) { m_display->update(stateOf(progress)); });
+                     [this](const DiscJobProgress &progress) { m_display->show(progress); });
     QObject::connect(&job, &DiscImageJob::finished, &loop, &QEventLoop::quit);
     job.start();
     loop.exec();

@@ -24,14 +24,15 @@ QByteArray bar(double percent, int width)
     return '[' + result.leftJustified(width) + ']';
 }
 
-QByteArray writingLine(const ProgressState &state, double percent, const TransferRate &rate, int width)
+QByteArray writingLine(const DiscJobProgress &progress, int width)
 {
+    const double percent = progress.percent();
     QList<QByteArray> parts = {QByteArray::number(int(percent)).rightJustified(3) + " %"};
-    parts += (sizeText(state.bytesWritten) + QStringLiteral(" of ") + sizeText(state.bytesTotal)).toUtf8();
-    if (const std::optional<double> bytesPerSecond = rate.bytesPerSecond())
-        parts += sizeText(std::uint64_t(*bytesPerSecond)).toUtf8() + "/s";
-    if (const std::optional<std::chrono::seconds> remaining = rate.remaining(state.bytesTotal))
-        parts += durationText(*remaining) + " left";
+    parts += (sizeText(progress.bytesDone) + QStringLiteral(" of ") + sizeText(progress.bytesTotal)).toUtf8();
+    if (progress.bytesPerSecond)
+        parts += sizeText(std::uint64_t(*progress.bytesPerSecond)).toUtf8() + "/s";
+    if (progress.remaining)
+        parts += durationText(*progress.remaining) + " left";
     while (parts.size() > 1 && parts.join("  ").size() > width)
         parts.removeLast();
     const QByteArray text = parts.join("  ");
@@ -58,25 +59,25 @@ QByteArray durationText(std::chrono::seconds duration)
         + QByteArray::number(qlonglong(minutes % 60)).rightJustified(2, '0') + ':' + seconds;
 }
 
-QByteArray progressLine(const ProgressState &state, double percent, const TransferRate &rate, int width)
+QByteArray progressLine(const DiscJobProgress &progress, int width)
 {
     QByteArray result;
-    const QByteArray found =
-        (counted(state.files, "file", "files") + QStringLiteral(", ") + counted(state.folders, "folder", "folders"))
-            .toUtf8();
-    switch (state.phase) {
-    case ProgressState::Phase::Preparing:
-    case ProgressState::Phase::Scanning:
+    const QByteArray found = (counted(progress.files, "file", "files") + QStringLiteral(", ")
+                              + counted(progress.folders, "folder", "folders"))
+                                 .toUtf8();
+    switch (progress.phase) {
+    case DiscJobPhase::Preparing:
+    case DiscJobPhase::Scanning:
         result = "Scanning: " + found;
         break;
-    case ProgressState::Phase::Planning:
+    case DiscJobPhase::Planning:
         result = "Planning: " + found;
         break;
-    case ProgressState::Phase::Writing:
-    case ProgressState::Phase::Comparing:
-    case ProgressState::Phase::Finishing:
-    case ProgressState::Phase::Done:
-        result = writingLine(state, percent, rate, width);
+    case DiscJobPhase::Writing:
+    case DiscJobPhase::Comparing:
+    case DiscJobPhase::Finishing:
+    case DiscJobPhase::Done:
+        result = writingLine(progress, width);
         break;
     }
     return result.left(std::max(width, 0));

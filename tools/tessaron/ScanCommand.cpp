@@ -41,7 +41,7 @@ void ScanCommand::scan()
     const SignalWatcher signalWatcher([&job] { job.cancel(); });
     QEventLoop loop;
     QObject::connect(&job, &DiscJob::progressed, &loop,
-                     [this](const DiscJobProgress &progress) { m_display->update(stateOf(progress)); });
+                     [this](const DiscJobProgress &progress) { m_display->show(progress); });
     QObject::connect(&job, &ScanJob::finished, &loop, &QEventLoop::quit);
     job.start();
     loop.exec();

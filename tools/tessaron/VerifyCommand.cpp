@@ -50,7 +50,7 @@ void VerifyCommand::verify()
     const SignalWatcher signalWatcher([&job] { job.cancel(); });
     QEventLoop loop;
     QObject::connect(&job, &DiscJob::progressed, &loop,
-                     [this](const DiscJobProgress &progress) { m_display->update(stateOf(progress)); });
+                     [this](const DiscJobProgress &progress) { m_display->show(progress); });
     QObject::connect(&job, &VerifyJob::finished, &loop, &QEventLoop::quit);
     job.start();
     loop.exec();
