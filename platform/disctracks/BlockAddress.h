@@ -80,7 +80,8 @@ public:
     }
     /// How many blocks lie from `from` (included) to `to` (not included).
     friend constexpr std::int64_t operator-(BlockAddress to, BlockAddress from) { return to.m_number - from.m_number; }
-    friend constexpr auto operator<=>(BlockAddress, BlockAddress) = default;
+    // The check takes the zero that the compiler itself compares with for one in the source.
+    friend constexpr auto operator<=>(BlockAddress, BlockAddress) = default; // NOLINT(modernize-use-nullptr)
 
 private:
     static constexpr std::int64_t framesBeforeFirst = 150;

@@ -94,7 +94,7 @@ QByteArray entryInAnyCase(const QByteArray &folder, const QByteArray &name)
 QByteArray pathOfNamedFile(const QByteArray &folder, const QByteArrayList &names)
 {
     for (const QByteArray &name : names) {
-        const QByteArray path = name.startsWith('/') ? name : folder + name;
+        QByteArray path = name.startsWith('/') ? name : folder + name;
         if (!name.isEmpty() && isThere(path))
             return path;
     }

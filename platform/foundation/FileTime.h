@@ -29,7 +29,8 @@ struct FileTime {
         return (seconds - earlier.seconds) * 1'000'000'000 + nanoseconds - earlier.nanoseconds;
     }
 
-    friend constexpr auto operator<=>(const FileTime &, const FileTime &) = default;
+    // The check takes the zero that the compiler itself compares with for one in the source.
+    friend constexpr auto operator<=>(const FileTime &, const FileTime &) = default; // NOLINT(modernize-use-nullptr)
 };
 
 } // namespace Tessaron

@@ -260,6 +260,7 @@ TEST_F(FSRefMoves, references_mayBeLookedForByManyThreads_whileFilesMove)
     std::atomic<bool> isOver = false;
     std::atomic<int> finds = 0;
     std::vector<std::jthread> threads;
+    threads.reserve(3);
     for (int thread = 0; thread < 3; ++thread) {
         threads.emplace_back([&] {
             while (!isOver) {

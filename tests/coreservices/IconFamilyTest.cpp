@@ -55,7 +55,7 @@ TEST(IconFamily, runLengthCoding_givesEveryChannelBack)
     for (int round = 0; round < 500; ++round) {
         QByteArray channel;
         while (channel.size() < 1024)
-            channel.append(qsizetype(1 + random() % (round % 2 ? 200 : 3)), static_cast<char>(random() % 4));
+            channel.append(1 + qsizetype(random() % (round % 2 ? 200 : 3)), static_cast<char>(random() % 4));
         channel.truncate(1024);
         const QByteArray data = encoded(channel);
         QByteArrayView rest(data);

@@ -72,6 +72,7 @@ TEST(NodeTable, names_staySeparate_whenManyHaveTheSameParent)
     NodeTable &table = NodeTable::shared();
     const std::uint32_t folder = table.intern(NodeTable::root, "many");
     std::vector<std::uint32_t> nodes;
+    nodes.reserve(20000);
     for (int number = 0; number < 20000; ++number)
         nodes.push_back(table.intern(folder, std::to_string(number)));
     for (int number = 0; number < 20000; ++number) {
@@ -86,6 +87,7 @@ TEST(NodeTable, intern_givesAllThreadsTheSameNodes_whenTheyInternTheSameNames)
     std::array<std::vector<std::uint32_t>, 4> nodes;
     {
         std::vector<std::jthread> threads;
+        threads.reserve(nodes.size());
         for (std::vector<std::uint32_t> &own : nodes) {
             threads.emplace_back([&table, &own] {
                 for (int folder = 0; folder < 20; ++folder) {

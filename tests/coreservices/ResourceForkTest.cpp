@@ -77,7 +77,7 @@ TEST(ResourceFork, resourcesOfFork_hasNoValue_forOtherBytes)
 TEST(ResourceFork, forkWithResources_isNull_whenTheFormatCannotHoldThem)
 {
     EXPECT_TRUE(forkWithResources({makeResource(textType, 1, "", QByteArray(256, 'n'))}).isNull());
-    const Resource big = makeResource(textType, 1, QByteArray(16 * 1024 * 1024, 'x'));
+    const Resource big = makeResource(textType, 1, QByteArray(qsizetype{16} * 1024 * 1024, 'x'));
     EXPECT_TRUE(forkWithResources({big, big}).isNull());
     EXPECT_TRUE(forkWithResources(std::vector<Resource>(70000, makeResource(textType, 1, ""))).isNull());
 }

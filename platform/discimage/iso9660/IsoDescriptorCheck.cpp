@@ -166,7 +166,7 @@ private:
             const std::string_view digits = textAt(m_sector, at, Field::dateSize - 1);
             const bool isUnset =
                 digits.find_first_not_of('0') == std::string_view::npos || isZero(m_sector, at, Field::dateSize);
-            const int zone = std::int8_t(m_sector[at + Field::dateSize - 1]);
+            const auto zone = std::int8_t(m_sector[at + Field::dateSize - 1]);
             constexpr int westernmost = -48;
             constexpr int easternmost = 56; // the standard ends at 52; there are places at 56
             if (isUnset ? zone != 0 : !volumeTimeFromDigits(&m_sector[at]) || zone < westernmost || zone > easternmost)

@@ -119,7 +119,7 @@ private:
             damaged(record.offset + Field::flags, QStringLiteral("flags are set that have no meaning here"));
         const std::span<const std::uint8_t> date = record.bytes.subspan(Field::date, Field::dateSize);
         const bool isUnset = std::all_of(date.begin(), date.end(), [](std::uint8_t byte) { return byte == 0; });
-        const int zone = std::int8_t(date.back());
+        const auto zone = std::int8_t(date.back());
         if (!isUnset && (!volumeTimeFromRecordingDate(date.data()) || zone < -48 || zone > 56))
             damaged(record.offset + Field::date, QStringLiteral("its date makes no sense"));
         const std::size_t identifierEnd = Field::identifier + record.identifier.size();

@@ -155,15 +155,14 @@ private:
             if (size > maps.size() || (!isPlain && !isOther))
                 return damaged(m_sequenceOffset, QStringLiteral("The table of partitions makes no sense"));
             const std::span<const std::uint8_t> map = maps.first(size);
-            if (const NSError error = isPlain
-                    ? addPartition(loadLittleEndian<std::uint16_t>(&map[PartitionMap::plainNumber]))
-                    : addOtherPartition(map))
+            if (NSError error = isPlain ? addPartition(loadLittleEndian<std::uint16_t>(&map[PartitionMap::plainNumber]))
+                                        : addOtherPartition(map))
                 return error;
             maps = maps.subspan(size);
         }
         // Metadata partitions lie in others, which may come behind them in the table.
         for (std::size_t index = 0; index < m_structure.partitions.size(); ++index) {
-            if (const NSError error = placeMetadata(m_structure.partitions[index]))
+            if (NSError error = placeMetadata(m_structure.partitions[index]))
                 return error;
         }
         return {};
@@ -198,7 +197,7 @@ private:
         if (!isSparable && !identifier.startsWith("*UDF Metadata Partition"))
             return discImageError(DiscImageErrorCode::Unsupported, m_sequenceOffset,
                                   QStringLiteral("A partition of UDF is of a kind that is not supported"));
-        if (const NSError error = addPartition(number))
+        if (NSError error = addPartition(number))
             return error;
         if (isSparable)
             return checkSparing(map);

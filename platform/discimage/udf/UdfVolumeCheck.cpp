@@ -62,8 +62,10 @@ public:
         if (!checkFileSet())
             return;
         // A folder's own folders are looked at behind it: no depth costs any stack.
-        for (std::size_t index = 0; index < m_folders.size() && !m_problems.isStopped(); ++index)
-            checkFolder(m_folders[index]);
+        for (std::size_t index = 0; index < m_folders.size() && !m_problems.isStopped(); ++index) {
+            const Folder folder = m_folders[index]; // a copy: the list grows meanwhile
+            checkFolder(folder);
+        }
         if (m_problems.isStopped())
             return;
         checkLinkCounts();
@@ -190,7 +192,7 @@ private:
         }
     }
 
-    void checkFolder(const Folder folder) // a copy: the list grows meanwhile
+    void checkFolder(const Folder &folder)
     {
         if (m_folders.size() == 1) {
             VolumeObject root;
@@ -240,7 +242,7 @@ private:
             const auto part = std::size_t(std::min<std::uint64_t>(to.size(), extent.length - position));
             if (extent.isHole)
                 std::fill_n(to.begin(), part, std::uint8_t(0));
-            else if (const NSError error = m_source.read(extent.offset + position, to.data(), part))
+            else if (NSError error = m_source.read(extent.offset + position, to.data(), part))
                 return error;
             to = to.subspan(part);
             position = 0;

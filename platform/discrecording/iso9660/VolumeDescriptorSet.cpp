@@ -6,7 +6,7 @@
 namespace Tessaron
 {
 
-VolumeDescriptorSet::VolumeDescriptorSet(std::vector<const FilesystemWriter *> writers)
+VolumeDescriptorSet::VolumeDescriptorSet(const std::vector<const FilesystemWriter *> &writers)
 {
     for (const FilesystemWriter *const writer : writers) {
         for (std::uint32_t index = 0; index < writer->volumeDescriptorCount(); ++index)

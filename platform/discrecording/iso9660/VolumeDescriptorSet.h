@@ -14,7 +14,7 @@ public:
     static constexpr std::uint64_t firstBlock = 16;
 
     /// The writers must outlive this one.
-    explicit VolumeDescriptorSet(std::vector<const FilesystemWriter *> writers);
+    explicit VolumeDescriptorSet(const std::vector<const FilesystemWriter *> &writers);
 
     [[nodiscard]] bool prepare(const PlanProgress &progress, StorageIssues &issues) override;
     [[nodiscard]] std::vector<NamedTree> trees() const override { return {}; }

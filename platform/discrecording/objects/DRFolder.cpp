@@ -66,7 +66,8 @@ void DRFolder::addChild(const std::shared_ptr<DRFSObject> &child)
                 return;
         }
     }
-    const std::shared_ptr<DRFSObject> kept = child; // the caller's pointer may be the one in the array that it leaves
+    // The caller's pointer may be the one in the array that the child leaves, so a copy is needed.
+    const std::shared_ptr<DRFSObject> kept = child; // NOLINT(performance-unnecessary-copy-initialization)
     if (kept->m_parent)
         kept->m_parent->removeChild(kept);
     m_children.push_back(kept);

@@ -90,7 +90,8 @@ bool readVANTTrack(const std::uint8_t *payload, std::size_t size, VANTTrack *tra
     track->hasFourChannels = flags & VANTTrackFlag::hasFourChannels;
     track->indexPoints.resize(pointCount);
     for (std::uint32_t index = 0; index < pointCount; ++index)
-        track->indexPoints[index] = loadBigEndian<std::uint32_t>(payload + vantTrackPayloadSize + 4 * index);
+        track->indexPoints[index] =
+            loadBigEndian<std::uint32_t>(payload + vantTrackPayloadSize + std::size_t{4} * index);
 
     *wrongAt = VANTTrackField::blockSize;
     if (track->blockSize == 0)

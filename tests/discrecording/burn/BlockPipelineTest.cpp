@@ -187,7 +187,7 @@ TEST(BlockPipeline, next_handsOverBigRunsWhole_andReadsSmallOnes)
     image.addFileRun(bigFile, 0, bigFile.size);
     image.addGenerated(1);
     BlockPipeline::Options options = smallPieces();
-    options.smallestFileRunLeft = 20 * 2048;
+    options.smallestFileRunLeft = std::uint64_t{20} * 2048;
     BlockPipeline pipeline(image, options, {});
 
     NSError error;

@@ -68,7 +68,7 @@ std::vector<DRTrackArray> twoSessions(const std::shared_ptr<TestProducer> &produ
 /// A track of an empty folder, with these changes to its properties.
 std::shared_ptr<DRTrack> trackOfFolder(const QVariantMap &changes = {})
 {
-    const auto track = DRTrack::trackForRootFolder(DRFolder::virtualFolderWithName(QStringLiteral("disc")));
+    auto track = DRTrack::trackForRootFolder(DRFolder::virtualFolderWithName(QStringLiteral("disc")));
     QVariantMap properties = track->properties();
     properties.insert(changes);
     track->setProperties(properties);
@@ -245,12 +245,12 @@ TEST(BurnPlan, writeDisc_givesAFilesystemTheAddressesOfItsPlaceOnTheDisc)
     constexpr std::uint32_t begin = 40 + 150; // the gap has blocks, though nothing stores them
     const QByteArray image = bytes.mid(qsizetype(40) * 2352);
     constexpr qsizetype rootExtentInDescriptor = 156 + 2;
-    const std::uint32_t root = littleEndian(image, 16 * 2048 + rootExtentInDescriptor);
+    const std::uint32_t root = littleEndian(image, qsizetype{16} * 2048 + rootExtentInDescriptor);
     ASSERT_GT(root, begin);
     // The root's first record is that of itself.
     EXPECT_EQ(littleEndian(image, qsizetype(root - begin) * 2048 + 2), root);
     constexpr qsizetype mainSequence = 16;
-    EXPECT_EQ(littleEndian(image, 256 * 2048 + mainSequence + 4), begin + 32);
+    EXPECT_EQ(littleEndian(image, qsizetype{256} * 2048 + mainSequence + 4), begin + 32);
 }
 
 TEST(BurnPlan, writeDisc_codesSectorsForTheirPlaceOnTheDisc)

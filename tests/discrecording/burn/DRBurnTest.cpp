@@ -110,7 +110,7 @@ TEST(DRBurn, writeLayout_postsEachStateInOrder_andTheEndOnce)
     given.waitForEnd();
     EXPECT_EQ(given.states, successfulStates());
     EXPECT_EQ(given.finalPosts, 1);
-    EXPECT_TRUE(given.consumer.bytes == TestProducer::pattern(3000 * 2048));
+    EXPECT_TRUE(given.consumer.bytes == TestProducer::pattern(qsizetype{3000} * 2048));
     EXPECT_EQ(given.burn->amounts().bytesWritten, 3000u * 2048);
     EXPECT_EQ(given.burn->amounts().bytesTotal, 3000u * 2048);
     ASSERT_TRUE(given.burn->storageReport());
@@ -139,8 +139,8 @@ TEST(DRBurn, writeLayout_writesTheTracksOfAllSessionsInOrder)
     given.burn->writeLayout(sessions);
     given.waitForEnd();
     EXPECT_TRUE(given.consumer.bytes
-                == TestProducer::pattern(5 * 2048) + QByteArray(2 * 2352, '\0') + TestProducer::pattern(7 * 2352)
-                    + TestProducer::pattern(2048));
+                == TestProducer::pattern(qsizetype{5} * 2048) + QByteArray(qsizetype{2} * 2352, '\0')
+                    + TestProducer::pattern(qsizetype{7} * 2352) + TestProducer::pattern(2048));
     EXPECT_EQ(given.consumer.addresses, (QList<std::uint32_t>{0, 5, 7, 14}));
     EXPECT_EQ(given.states, successfulStates());
 }
