@@ -72,7 +72,7 @@ TEST(CDTextPacks, packs_areLaidOutAsTheStandardSays)
     const Result<QByteArray> packs = cdTextPacks(texts, 3);
     ASSERT_TRUE(packs);
     ASSERT_EQ(packs->size(), 18 * (3 + 3));
-    const auto pack = [&](int number) { return packs->sliced(18 * number, 16).toHex(' ').toUpper(); };
+    const auto pack = [&](int number) { return packs->sliced(qsizetype{18} * number, 16).toHex(' ').toUpper(); };
     EXPECT_EQ(pack(0), "80 00 00 00 44 69 73 63 20 74 69 74 6C 65 00 41"); // "Disc title", "A"
     EXPECT_EQ(pack(1), "80 01 01 01 20 6C 6F 6E 67 20 66 69 72 73 74 20"); // one character was in front
     EXPECT_EQ(pack(2), "80 01 02 0D 74 72 61 63 6B 00 42 00 42 00 00 00"); // thirteen were

@@ -51,7 +51,7 @@ QByteArray waveOf(const QByteArray &samples, std::uint32_t rate = 44100)
 
 TEST_F(CueSheetFile, files_areFoundBesideTheSheet)
 {
-    write("Disc.bin", QByteArray(7 * 2352, 'x'));
+    write("Disc.bin", QByteArray(qsizetype{7} * 2352, 'x'));
     for (const char *const name : {"Disc.bin", "disc.BIN", "C:\\Images\\Disc.bin", "/nowhere/Disc.bin", "./Disc.bin"}) {
         const Result<CueSheet> sheet = sheetNaming(name);
         ASSERT_TRUE(sheet) << name << sheet.error().localizedDescription().toStdString();
@@ -100,13 +100,13 @@ TEST_F(CueSheetFile, aLongFile_isNoSheet)
 
 TEST_F(CueSheetFile, soundFiles_areMeasuredInTheirSamples)
 {
-    write("sound.wav", waveOf(QByteArray(3 * 2352, 's')));
+    write("sound.wav", waveOf(QByteArray(qsizetype{3} * 2352, 's')));
     Result<CueSheet> sheet = sheetNaming("sound.wav", "WAVE");
     ASSERT_TRUE(sheet) << sheet.error().localizedDescription().toStdString();
     EXPECT_EQ(sheet->contents.track(1)->length, 3u);
     EXPECT_TRUE(sheet->places[0].isLengthKnown);
     // What only a decoder can measure has no length yet.
-    write("sound.wav", waveOf(QByteArray(3 * 2352, 's'), 48000));
+    write("sound.wav", waveOf(QByteArray(qsizetype{3} * 2352, 's'), 48000));
     sheet = sheetNaming("sound.wav", "WAVE");
     ASSERT_TRUE(sheet);
     EXPECT_FALSE(sheet->places[0].isLengthKnown);

@@ -20,7 +20,7 @@ Result<CueSheet> read(const QByteArray &text, std::uint64_t fileBytes)
     return cueSheetOfText(text, files);
 }
 
-std::string failure(const QByteArray &text, std::uint64_t fileBytes = 1000 * 2352)
+std::string failure(const QByteArray &text, std::uint64_t fileBytes = std::uint64_t{1000} * 2352)
 {
     const Result<CueSheet> sheet = read(text, fileBytes);
     if (sheet)
@@ -46,7 +46,7 @@ TEST(CueSheetReader, oneFile_isCutAtTheIndexes)
                                         "    PREGAP 00:02:00\r\n    INDEX 01 00:04:00\r\n    INDEX 02 00:05:10\r\n"
                                         "  TRACK 03 AUDIO\r\n    INDEX 00 00:08:00\r\n    INDEX 01 00:10:00\r\n"
                                         "    POSTGAP 00:01:00\r\n",
-                                        1000 * 2352);
+                                        std::uint64_t{1000} * 2352);
     ASSERT_TRUE(sheet) << reasonOf(sheet);
     EXPECT_EQ(sheet->contents.mediaCatalogNumber, "4006381333931");
     ASSERT_EQ(sheet->contents.sessions.size(), 1u);
@@ -64,8 +64,8 @@ TEST(CueSheetReader, oneFile_isCutAtTheIndexes)
     EXPECT_EQ(tracks[2].length, 250u + 75);
     EXPECT_EQ(tracks[2].postgap, (TrackGap{75, false}));
     EXPECT_EQ(sheet->contents.storedBytes(), 1000u * 2352);
-    EXPECT_EQ(sheet->places[2].pregap, (std::vector<CueRun>{{0, 600 * 2352, 150}}));
-    EXPECT_EQ(sheet->places[2].data, (std::vector<CueRun>{{0, 750 * 2352, 250}}));
+    EXPECT_EQ(sheet->places[2].pregap, (std::vector<CueRun>{{0, std::uint64_t{600} * 2352, 150}}));
+    EXPECT_EQ(sheet->places[2].data, (std::vector<CueRun>{{0, std::uint64_t{750} * 2352, 250}}));
     EXPECT_TRUE(sheet->notes.empty());
     EXPECT_FALSE(sheet->contents.check());
 }
@@ -84,8 +84,8 @@ TEST(CueSheetReader, eachMode_isOfItsKindAndSize)
         {"CDI/2336", TrackKind::Mode2Mixed, 2336},   {"cdi/2352", TrackKind::Mode2Mixed, 2352},
     };
     for (const auto &row : rows) {
-        const Result<CueSheet> sheet =
-            read(QByteArray("FILE a BINARY\nTRACK 01 ") + row.word + "\nINDEX 01 00:00:00\n", 4 * row.size);
+        const Result<CueSheet> sheet = read(QByteArray("FILE a BINARY\nTRACK 01 ") + row.word + "\nINDEX 01 00:00:00\n",
+                                            std::uint64_t{4} * row.size);
         ASSERT_TRUE(sheet) << row.word;
         const DiscTrack &track = *sheet->contents.track(1);
         EXPECT_EQ(track.kind, row.kind) << row.word;
@@ -98,7 +98,7 @@ TEST(CueSheetReader, eachMode_isOfItsKindAndSize)
 
 TEST(CueSheetReader, formsThatPeopleWrite_areReadAlike)
 {
-    const Result<CueSheet> plain = read(oneTrack, 10 * 2352);
+    const Result<CueSheet> plain = read(oneTrack, std::uint64_t{10} * 2352);
     ASSERT_TRUE(plain) << reasonOf(plain);
     const QByteArray text = oneTrack;
     QByteArray utf16("\xFF\xFE");
@@ -120,7 +120,7 @@ TEST(CueSheetReader, formsThatPeopleWrite_areReadAlike)
         "REM made by hand\nREM GENRE none\n" + text,
     };
     for (const QByteArray &variant : variants) {
-        const Result<CueSheet> sheet = read(variant, 10 * 2352);
+        const Result<CueSheet> sheet = read(variant, std::uint64_t{10} * 2352);
         ASSERT_TRUE(sheet) << reasonOf(sheet) << variant.constData();
         EXPECT_EQ(sheet->contents, plain->contents);
         EXPECT_EQ(sheet->files[0].name, "a.bin");
@@ -156,30 +156,31 @@ TEST(CueSheetReader, aFileForEachTrack_countsFromItsOwnStart)
 {
     const Result<CueSheet> sheet = read("FILE a.wav WAVE\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n"
                                         "FILE b.wav WAVE\nTRACK 02 AUDIO\nINDEX 00 00:00:00\nINDEX 01 00:01:00\n",
-                                        500 * 2352);
+                                        std::uint64_t{500} * 2352);
     ASSERT_TRUE(sheet) << reasonOf(sheet);
     EXPECT_EQ(sheet->contents.track(1)->length, 500u);
     EXPECT_EQ(sheet->contents.track(2)->pregap, (TrackGap{75, true}));
     EXPECT_EQ(sheet->contents.track(2)->length, 425u);
-    EXPECT_EQ(sheet->places[1].data, (std::vector<CueRun>{{1, 75 * 2352, 425}}));
+    EXPECT_EQ(sheet->places[1].data, (std::vector<CueRun>{{1, std::uint64_t{75} * 2352, 425}}));
 }
 
 TEST(CueSheetReader, aGapAtTheEndOfTheFileBefore_isThePregap)
 {
     const Result<CueSheet> sheet = read("FILE a.wav WAVE\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n"
                                         "TRACK 02 AUDIO\nINDEX 00 00:05:00\nFILE b.wav WAVE\nINDEX 01 00:00:00\n",
-                                        500 * 2352);
+                                        std::uint64_t{500} * 2352);
     ASSERT_TRUE(sheet) << reasonOf(sheet);
     EXPECT_EQ(sheet->contents.track(1)->length, 375u);
     EXPECT_EQ(sheet->contents.track(2)->pregap, (TrackGap{125, true}));
     EXPECT_EQ(sheet->contents.track(2)->length, 500u);
-    EXPECT_EQ(sheet->places[1].pregap, (std::vector<CueRun>{{0, 375 * 2352, 125}}));
+    EXPECT_EQ(sheet->places[1].pregap, (std::vector<CueRun>{{0, std::uint64_t{375} * 2352, 125}}));
     EXPECT_EQ(sheet->places[1].data, (std::vector<CueRun>{{1, 0, 500}}));
 }
 
 TEST(CueSheetReader, blocksInFrontOfTheFirstIndex_areThePregap)
 {
-    const Result<CueSheet> sheet = read("FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:33\n", 100 * 2352);
+    const Result<CueSheet> sheet =
+        read("FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:33\n", std::uint64_t{100} * 2352);
     ASSERT_TRUE(sheet);
     EXPECT_EQ(sheet->contents.track(1)->pregap, (TrackGap{33, true}));
     EXPECT_EQ(sheet->contents.track(1)->length, 67u);
@@ -191,7 +192,7 @@ TEST(CueSheetReader, tracksOfDifferentSizes_areCountedInTheirOwn)
                                         "TRACK 02 AUDIO\nINDEX 00 00:01:00\nINDEX 01 00:02:00\n",
                                         75 * 2048 + 100 * 2352 + 5);
     ASSERT_TRUE(sheet);
-    EXPECT_EQ(sheet->places[1].pregap, (std::vector<CueRun>{{0, 75 * 2048, 75}}));
+    EXPECT_EQ(sheet->places[1].pregap, (std::vector<CueRun>{{0, std::uint64_t{75} * 2048, 75}}));
     EXPECT_EQ(sheet->places[1].data, (std::vector<CueRun>{{0, 75 * 2048 + 75 * 2352, 25}}));
     ASSERT_EQ(sheet->notes.size(), 1u);
     EXPECT_EQ(sheet->notes[0].line, 1u);
@@ -202,7 +203,7 @@ TEST(CueSheetReader, sessions_areKept)
 {
     const Result<CueSheet> sheet = read("FILE a.bin BINARY\nREM SESSION 01\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n"
                                         "REM SESSION 02\nTRACK 02 MODE1/2352\nINDEX 01 00:04:00\n",
-                                        500 * 2352);
+                                        std::uint64_t{500} * 2352);
     ASSERT_TRUE(sheet);
     ASSERT_EQ(sheet->contents.sessions.size(), 2u);
     EXPECT_EQ(sheet->contents.sessions[1].tracks[0].number, 2u);
@@ -272,7 +273,7 @@ TEST(CueSheetReader, texts_areThoseOfTheDiscAndItsTracks)
     const Result<CueSheet> sheet = read("TITLE \"The \"Album\"\"\nPERFORMER Somebody Else\nFILE a.bin BINARY\n"
                                         "TRACK 01 AUDIO\nTITLE \"One\"\nSONGWRITER \"Writer\"\nINDEX 01 00:00:00\n"
                                         "TRACK 02 AUDIO\nTITLE \"Two\"\nINDEX 01 00:00:01\n",
-                                        2 * 2352);
+                                        std::uint64_t{2} * 2352);
     ASSERT_TRUE(sheet);
     const auto &texts = sheet->contents.cdText.blocks.at(0).texts;
     EXPECT_EQ(texts.at(CDTextKind::Title),

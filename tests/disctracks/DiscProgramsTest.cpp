@@ -22,7 +22,7 @@ class DiscPrograms : public testing::Test
 protected:
     void SetUp() override
     {
-        m_userData.resize(qsizetype(dataBlocks * 2048));
+        m_userData.resize(qsizetype(dataBlocks) * 2048);
         for (qsizetype at = 0; at < m_userData.size(); ++at)
             m_userData[at] = char(at * 31 >> 3);
     }
@@ -80,7 +80,7 @@ protected:
         disc.mediaCatalogNumber = "4006381333931";
         const Result<CueSheetText> sheet = cueSheetForImage(disc, "disc.bin");
         ASSERT_TRUE(sheet);
-        write("disc.bin", sectors(TrackKind::Mode1) + QByteArray(1050 * 2352, 'a'));
+        write("disc.bin", sectors(TrackKind::Mode1) + QByteArray(qsizetype{1050} * 2352, 'a'));
         CDText texts;
         CDTextBlock block;
         block.texts[CDTextKind::Title] = {QStringLiteral("The Album Title That Is Long"), QStringLiteral("Data"),

@@ -110,11 +110,11 @@ TEST(SectorCoding, completeMode1Sector_makesCodewords)
     for (unsigned int seed = 0; seed < 20; ++seed) {
         const Sector before = randomSector(seed);
         Sector sector = before;
-        completeMode1Sector(sector.data(), BlockAddress(seed * 4567));
+        completeMode1Sector(sector.data(), BlockAddress(std::int64_t{seed} * 4567));
         EXPECT_EQ(littleEndian(sector, 2064), bitwiseChecksum(sector.data(), 2064));
         EXPECT_EQ(wrongCodewords(sector, false), 0);
         EXPECT_TRUE(std::equal(before.begin() + 16, before.begin() + 2064, sector.begin() + 16));
-        EXPECT_FALSE(checkSector(sector.data(), TrackKind::Mode1, BlockAddress(seed * 4567)));
+        EXPECT_FALSE(checkSector(sector.data(), TrackKind::Mode1, BlockAddress(std::int64_t{seed} * 4567)));
     }
 }
 

@@ -79,7 +79,8 @@ TEST_F(ProducerTrackWriterTest, description_isAnError_whenSomethingIsMissingOrMa
 TEST_F(ProducerTrackWriterTest, write_asksForPregapThenData_andCleansUp)
 {
     EXPECT_TRUE(write(trackOfProducer(producer, 1000, 2352, 150)).isNull());
-    EXPECT_TRUE(consumer.bytes == QByteArray(150 * 2352, '\0') + TestProducer::pattern(1000 * 2352));
+    EXPECT_TRUE(consumer.bytes
+                == QByteArray(qsizetype{150} * 2352, '\0') + TestProducer::pattern(qsizetype{1000} * 2352));
     EXPECT_EQ(producer->calls,
               (QStringList{QStringLiteral("prepare"), QStringLiteral("pregap"), QStringLiteral("data"),
                            QStringLiteral("cleanup")}));
@@ -90,7 +91,7 @@ TEST_F(ProducerTrackWriterTest, write_consumesWholeBlocks_fromAProducerThatGives
 {
     producer->mostAtOnce = 777;
     EXPECT_TRUE(write(trackOfProducer(producer, 20)).isNull());
-    EXPECT_TRUE(consumer.bytes == TestProducer::pattern(20 * 2048));
+    EXPECT_TRUE(consumer.bytes == TestProducer::pattern(qsizetype{20} * 2048));
     EXPECT_EQ(consumer.addresses, QList<std::uint32_t>{0});
 }
 
@@ -99,7 +100,7 @@ TEST_F(ProducerTrackWriterTest, write_goesOn_whenTheProducerHasNothingForAMoment
     producer->mostAtOnce = 5000;
     producer->nothingTimes = 3;
     EXPECT_TRUE(write(trackOfProducer(producer, 20)).isNull());
-    EXPECT_TRUE(consumer.bytes == TestProducer::pattern(20 * 2048));
+    EXPECT_TRUE(consumer.bytes == TestProducer::pattern(qsizetype{20} * 2048));
 }
 
 TEST_F(ProducerTrackWriterTest, write_fails_whenTheProducerRunsDry)
@@ -161,7 +162,7 @@ TEST_F(ProducerTrackWriterTest, write_givesThePostgapAsTheProducerHasIt)
     track->setProperties(properties);
     EXPECT_EQ(describeProducerTrack(*track)->storedBytes(), 20u * 2048);
     EXPECT_TRUE(write(track).isNull());
-    EXPECT_TRUE(consumer.bytes == TestProducer::pattern(20 * 2048));
+    EXPECT_TRUE(consumer.bytes == TestProducer::pattern(qsizetype{20} * 2048));
 }
 
 TEST_F(ProducerTrackWriterTest, write_cleansUp_whenTheConsumerFails)

@@ -91,7 +91,7 @@ std::vector<Bytes> HfsPlusBTreeReader::recordsOf(Bytes node, std::uint32_t numbe
         const std::size_t table = node.size() - 2 * (index + 1);
         const std::size_t offset = big16(node, table);
         const bool isRight = index == 0 ? offset == 14 : offset > start && offset % 2 == 0;
-        if (!isRight || offset > node.size() - 2 * (count + 1u)) {
+        if (!isRight || offset > node.size() - 2 * (std::size_t{count} + 1)) {
             problem(QStringLiteral("node %1 has a wrong offset %2").arg(number).arg(offset));
             return records;
         }

@@ -230,7 +230,7 @@ QByteArray HfsPlusImageReader::contents(const HfsFork &fork) const
     QByteArray result;
     for (const auto &[first, count] : fork.extents)
         result.append(reinterpret_cast<const char *>(m_volume.data()) + std::uint64_t{first} * blockSize,
-                      static_cast<qsizetype>(count * blockSize));
+                      static_cast<qsizetype>(count) * static_cast<qsizetype>(blockSize));
     result.truncate(static_cast<qsizetype>(fork.length));
     return result;
 }

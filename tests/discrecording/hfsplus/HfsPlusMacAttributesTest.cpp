@@ -49,7 +49,7 @@ TEST(HfsPlusMacAttributes, propertiesOfTheLayout_areFinderFlags)
 {
     const auto root = DRFolder::virtualFolderWithName(QStringLiteral("root"));
     const auto add = [&](const char *name) {
-        const auto file = DRFile::virtualFileWithName(QString::fromLatin1(name), "f");
+        auto file = DRFile::virtualFileWithName(QString::fromLatin1(name), "f");
         root->addChild(file);
         return file;
     };

@@ -31,7 +31,7 @@ TEST(SystemUse, divide_leavesRoomForTheWayToTheContinuation_whenOneByteIsMissing
     SystemUse use;
     addEntries(use, 4, 50);
     use.divide(199);
-    EXPECT_EQ(use.inRecord().size(), 3 * 50 + SystemUse::continuationEntrySize);
+    EXPECT_EQ(use.inRecord().size(), std::size_t{3} * 50 + SystemUse::continuationEntrySize);
     EXPECT_EQ(use.continuation().size(), 50u);
     use.setContinuationPlace({1000, 12});
     const auto entry = use.inRecord().last(SystemUse::continuationEntrySize);
@@ -64,7 +64,7 @@ TEST(SystemUse, divide_chainsBlocks_whenTheContinuationIsLonger)
     const auto area = use.continuation();
     ASSERT_EQ(area.size(), 2 * 2048u + 6 * 255);
     EXPECT_EQ(loadLittleEndian<std::uint32_t>(&use.inRecord()[20]), 7u * 255 + 28);
-    const std::uint8_t *const first = &area[7 * 255];
+    const std::uint8_t *const first = &area[std::size_t{7} * 255];
     EXPECT_EQ(first[0], 'C');
     EXPECT_EQ(loadLittleEndian<std::uint32_t>(first + 4), 501u);
     EXPECT_EQ(loadLittleEndian<std::uint32_t>(first + 12), 0u);

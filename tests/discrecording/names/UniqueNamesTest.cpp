@@ -15,10 +15,12 @@ namespace
 std::vector<std::string> uniqueFileNames(const std::vector<std::string> &names, const NameLimits &limits)
 {
     std::vector<SiblingName<char>> siblings;
+    siblings.reserve(names.size());
     for (const std::string &name : names)
         siblings.push_back({name, false});
     makeNamesUnique<char>(siblings, limits);
     std::vector<std::string> result;
+    result.reserve(siblings.size());
     for (const auto &sibling : siblings)
         result.push_back(sibling.name);
     return result;

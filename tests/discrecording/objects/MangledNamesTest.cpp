@@ -10,7 +10,7 @@ namespace
 
 std::shared_ptr<DRFile> addFile(DRFolder &folder, const QString &name)
 {
-    const auto file = DRFile::virtualFileWithName(name, {});
+    auto file = DRFile::virtualFileWithName(name, {});
     folder.addChild(file);
     return file;
 }

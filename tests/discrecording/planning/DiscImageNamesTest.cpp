@@ -17,7 +17,7 @@ namespace
 /// A virtual root with an empty file for each name, in this order.
 std::shared_ptr<DRFolder> rootWithFiles(const QStringList &names)
 {
-    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("Names"));
+    auto root = DRFolder::virtualFolderWithName(QStringLiteral("Names"));
     for (const QString &name : names)
         root->addChild(DRFile::virtualFileWithName(name, name.toUtf8()));
     return root;

@@ -40,7 +40,7 @@ std::shared_ptr<DRFolder> variedRoot(const TemporaryTree &tree)
 {
     for (const int size : {0, 1, 2047, 2048, 2049, 70'000, 262'143, 262'144, 300'000})
         tree.makeFile("sizes/file " + QByteArray::number(size), QByteArray(size, static_cast<char>('a' + size % 26)));
-    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("varied"));
+    auto root = DRFolder::virtualFolderWithName(QStringLiteral("varied"));
     root->addChild(DRFolder::folderWithPath(tree.pathText("sizes")));
     const auto many = DRFolder::virtualFolderWithName(QStringLiteral("many"));
     const QString stem = QStringLiteral("a name of some length, so that a part of it needs a continuation area ")

@@ -18,14 +18,14 @@ namespace
 
 std::shared_ptr<DRFile> maskedFile(const char *name, DRFilesystemMask mask)
 {
-    const auto file = DRFile::virtualFileWithName(QString::fromUtf8(name), name);
+    auto file = DRFile::virtualFileWithName(QString::fromUtf8(name), name);
     file->setExplicitFilesystemMask(mask);
     return file;
 }
 
 std::shared_ptr<DRFolder> maskedFolder(const char *name, DRFilesystemMask mask)
 {
-    const auto folder = DRFolder::virtualFolderWithName(QString::fromUtf8(name));
+    auto folder = DRFolder::virtualFolderWithName(QString::fromUtf8(name));
     folder->setExplicitFilesystemMask(mask);
     return folder;
 }

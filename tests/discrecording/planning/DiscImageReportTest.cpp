@@ -21,7 +21,7 @@ using Kind = DRStorageReportItem::Kind;
 
 std::shared_ptr<DRFolder> rootWith(const TemporaryTree &tree, std::initializer_list<const char *> files)
 {
-    const auto root = DRFolder::virtualFolderWithName({});
+    auto root = DRFolder::virtualFolderWithName({});
     for (const char *const file : files)
         root->addChild(DRFile::fileWithPath(tree.pathText(file)));
     return root;

@@ -48,7 +48,7 @@ Places placesOf(const QString &folderName, const Contents &files,
     return places;
 }
 
-QByteArray blocks(int count)
+QByteArray blocks(qsizetype count)
 {
     return QByteArray(count * 2048, 'x');
 }
@@ -62,7 +62,7 @@ void putNumber(QByteArray &bytes, qsizetype at, std::uint32_t value)
 QByteArray manager(std::uint32_t lastBlock, std::uint32_t menus,
                    const std::vector<std::pair<int, std::uint32_t>> &titleSets)
 {
-    QByteArray bytes(2 * 2048, '\0');
+    QByteArray bytes(qsizetype{2} * 2048, '\0');
     bytes.replace(0, 12, "DVDVIDEO-VMG");
     putNumber(bytes, 0x0C, lastBlock);
     putNumber(bytes, 0x1C, 1); // its own last block
@@ -70,7 +70,7 @@ QByteArray manager(std::uint32_t lastBlock, std::uint32_t menus,
     putNumber(bytes, 0xC4, 1); // the block of the table of titles
     bytes[2048 + 1] = static_cast<char>(titleSets.size());
     for (std::size_t index = 0; index < titleSets.size(); ++index) {
-        const auto entry = static_cast<qsizetype>(2048 + 8 + index * 12);
+        const qsizetype entry = 2048 + 8 + static_cast<qsizetype>(index) * 12;
         bytes[entry + 6] = static_cast<char>(titleSets[index].first);
         putNumber(bytes, entry + 8, titleSets[index].second);
     }

@@ -64,7 +64,7 @@ IsoImageReader::IsoImageReader(const QString &path)
         return;
     }
     m_bytes = {m_file.map(0, m_file.size()), static_cast<std::size_t>(m_file.size())};
-    if (m_bytes.size() % (32 * 1024) != 0)
+    if (m_bytes.size() % (std::size_t{32} * 1024) != 0)
         problem(QStringLiteral("the image is no multiple of 32 KiB"));
     readDescriptors();
     checkExtents();
@@ -101,7 +101,7 @@ std::uint16_t IsoImageReader::bothEndian16(std::span<const std::uint8_t> at, con
 
 void IsoImageReader::readDescriptors()
 {
-    takeExtent(0, 16 * 2048, false, QStringLiteral("system area"));
+    takeExtent(0, std::uint64_t{16} * 2048, false, QStringLiteral("system area"));
     for (std::uint64_t number = 16;; ++number) {
         const auto descriptor = block(number);
         if (descriptor.empty() || bytesOf(descriptor.subspan(1, 5)) != "CD001" || descriptor[6] != 1) {

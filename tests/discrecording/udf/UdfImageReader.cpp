@@ -98,7 +98,7 @@ QByteArray UdfImageReader::bytesOf(const std::vector<UdfExtent> &extents)
 {
     QByteArray bytes;
     for (const UdfExtent &extent : extents) {
-        m_file.seek(static_cast<qint64>(extent.block * blockSize));
+        m_file.seek(static_cast<qint64>(extent.block) * blockSize);
         bytes += m_file.read(static_cast<qint64>(extent.bytes));
     }
     return bytes;
@@ -114,7 +114,7 @@ QByteArray UdfImageReader::digest(const QByteArray &path)
     QCryptographicHash hash(QCryptographicHash::Sha1);
     constexpr std::uint64_t step = std::uint64_t(16) << 20;
     for (const UdfExtent &extent : m_objects.at(path).extents) {
-        m_file.seek(static_cast<qint64>(extent.block * blockSize));
+        m_file.seek(static_cast<qint64>(extent.block) * blockSize);
         for (std::uint64_t done = 0; done < extent.bytes; done += step)
             hash.addData(m_file.read(static_cast<qint64>(std::min(step, extent.bytes - done))));
     }
@@ -305,7 +305,7 @@ UdfObject UdfImageReader::readEntry(std::uint32_t at, const QString &where)
     object.attributes = bytes.mid(176, static_cast<qsizetype>(attributes));
     if (attributes > 0)
         checkTag(object.attributes, 262, at, where + QStringLiteral(" (attributes)"));
-    const QByteArray rest = bytes.mid(static_cast<qsizetype>(176 + attributes), static_cast<qsizetype>(allocation));
+    const QByteArray rest = bytes.mid(176 + static_cast<qsizetype>(attributes), static_cast<qsizetype>(allocation));
     if ((object.flags & 7) == 3) {
         object.embedded = rest;
         expect(object.size == allocation && number64(bytes, 64) == 0, where + QStringLiteral(": wrong embedded size"));

@@ -100,7 +100,7 @@ TEST(UdfImage, planDiscImage_putsOnlyWhatUdfMayHoldIntoIt)
     // Nobody asks for UDF: no such volume.
     const auto other = DRFolder::virtualFolderWithName(QStringLiteral("DISC"));
     add(*other, "iso", DRFilesystemInclusionMaskISO9660);
-    EXPECT_FALSE(WrittenImage(other, optionsFor(7)).bytes(0, 100 * 2048).contains("NSR02"));
+    EXPECT_FALSE(WrittenImage(other, optionsFor(7)).bytes(0, std::uint64_t{100} * 2048).contains("NSR02"));
 }
 
 TEST(UdfImage, planDiscImage_makesAnEmptyVolume_ofNothing)

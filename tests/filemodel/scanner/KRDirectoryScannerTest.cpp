@@ -257,6 +257,7 @@ TEST_F(KRDirectoryScannerTest, severalScanners_mayScanOneTreeAtOnce)
     for (int folder = 0; folder < 10; ++folder)
         makeFiles("top/" + QByteArray::number(folder), 60);
     std::vector<std::shared_ptr<KRDirectoryScanner>> scanners;
+    scanners.reserve(4);
     for (int number = 0; number < 4; ++number)
         scanners.push_back(scannerFor("top"));
     for (const std::shared_ptr<KRDirectoryScanner> &scanner : scanners)

@@ -30,7 +30,7 @@ std::vector<QString> namesOf(const KRFileHierarchyItem::Items &items)
 
 std::shared_ptr<KRFileHierarchyItem> folderWithChildren(const QStringList &names)
 {
-    const auto folder = folderNamed(QStringLiteral("root"));
+    auto folder = folderNamed(QStringLiteral("root"));
     for (const QString &name : names)
         folder->addItem(folderNamed(name));
     return folder;

@@ -21,7 +21,7 @@ std::shared_ptr<KRFileHierarchyItem> rootWithFolders(const TemporaryTree &tree, 
         EXPECT_EQ(FSPathMakeRef(tree.makeFile("file", "x"), &ref, nullptr), noErr);
         return ref;
     }();
-    const auto root = virtualFolderItem(QStringLiteral("disc"));
+    auto root = virtualFolderItem(QStringLiteral("disc"));
     for (int index = 0; index < folders; ++index) {
         const auto inner = virtualFolderItem(QStringLiteral("folder %1").arg(index));
         for (int file = 0; file < filesEach; ++file)

@@ -84,7 +84,7 @@ TEST(LayoutCreation, progress_isMebibytesOverBytes)
     const TemporaryTree tree;
     const auto root = virtualFolderItem(disc);
     for (const char *const name : {"one", "two"})
-        root->addItem(itemAt(QString::fromUtf8(tree.makeFile(name, QByteArray(5 * 1024 * 1024, 'x')))));
+        root->addItem(itemAt(QString::fromUtf8(tree.makeFile(name, QByteArray(qsizetype{5} * 1024 * 1024, 'x')))));
     ASSERT_EQ(root->contentsPhysicalSize(), 10u * 1024 * 1024) << "the temporary folder allocates as we expect";
     LayoutRecorder recorder;
     ASSERT_TRUE(recorder.run(*root));

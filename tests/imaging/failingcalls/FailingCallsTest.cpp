@@ -56,7 +56,7 @@ NSError finishStaged(const TemporaryTree &tree, int number, QByteArray *failed)
     };
     const ImageFinisher finisher(TessaronDiscImageFormatBIN, contentsOfPlainImage(2048));
     const FailingCall failing(tree.path(), number, failures[number % 2], FailingCall::Folders::Count);
-    const NSError error = finisher.finish(unfinished);
+    NSError error = finisher.finish(unfinished);
     *failed = failing.failed();
     return error;
 }
@@ -127,7 +127,7 @@ TEST(FailingCalls, trackWriter_leavesNoHalfImage_whereALongerFileWas)
 TEST(FailingCalls, trailerInPlace_isWholeOrAbsent)
 {
     const TemporaryTree tree;
-    const QByteArray blocks(3 * 2048, 'x');
+    const QByteArray blocks(qsizetype{3} * 2048, 'x');
     const ImageFinisher finisher(TessaronDiscImageFormatVANT, contentsOfPlainImage(std::uint64_t(blocks.size())));
     CallNames names;
     for (int number = 1; number < mostCalls; ++number) {

@@ -53,7 +53,7 @@ ImageFinisher finisher(TessaronDiscImageFormat format, std::uint64_t bytes)
 class StagedImage
 {
 public:
-    explicit StagedImage(const TemporaryTree &tree, const QByteArray &blocks = QByteArray(3 * 2048, 'x'))
+    explicit StagedImage(const TemporaryTree &tree, const QByteArray &blocks = QByteArray(qsizetype{3} * 2048, 'x'))
         : m_tree(tree)
         , m_image(open(tree.makeFile("image.part", blocks), O_RDWR))
         , m_cueSheet(open(tree.makeFile("sheet.part"), O_RDWR))
@@ -166,12 +166,12 @@ TEST(ImageFinisher, finishInPlace_countsWholeBlocks_whenTheSizeIsNoMultiple)
 TEST(ImageFinisher, finishInPlace_leavesTheImageWithoutTrailer_whenTheDiskIsFull)
 {
     const TemporaryTree tree;
-    const QByteArray blocks(2 * 2048, 'x');
+    const QByteArray blocks(qsizetype{2} * 2048, 'x');
     tree.makeFile("disc.vant", blocks);
     NSError error;
     {
         const FileSizeLimit limit(2 * 2048 + 50);
-        error = finisher(TessaronDiscImageFormatVANT, 2 * 2048).finishInPlace(tree.path("disc.vant"));
+        error = finisher(TessaronDiscImageFormatVANT, std::uint64_t{2} * 2048).finishInPlace(tree.path("disc.vant"));
     }
     EXPECT_EQ(error.filePath(), tree.pathText("disc.vant"));
     EXPECT_EQ(tree.contents("disc.vant"), blocks);
@@ -199,7 +199,7 @@ TEST(ImageFinisher, finish_givesTheNames_whenAllIsInTheFiles)
 {
     const TemporaryTree tree;
     StagedImage staged(tree);
-    EXPECT_TRUE(finisher(TessaronDiscImageFormatBIN, 3 * 2048).finish(staged.unfinished).isNull());
+    EXPECT_TRUE(finisher(TessaronDiscImageFormatBIN, std::uint64_t{3} * 2048).finish(staged.unfinished).isNull());
     EXPECT_EQ(staged.namesGiven, 1);
     EXPECT_TRUE(tree.contents("disc.cue").startsWith("FILE \"disc.bin\" BINARY\r\n"));
     EXPECT_EQ(tree.contents("disc.bin").size(), 3 * 2048);
@@ -210,7 +210,7 @@ TEST(ImageFinisher, finish_saysTheReason_whenTheNamesCannotBeGiven)
     const TemporaryTree tree;
     StagedImage staged(tree);
     staged.naming = EROFS;
-    const NSError error = finisher(TessaronDiscImageFormatBIN, 3 * 2048).finish(staged.unfinished);
+    const NSError error = finisher(TessaronDiscImageFormatBIN, std::uint64_t{3} * 2048).finish(staged.unfinished);
     EXPECT_EQ(error.code(), wPrErr);
     EXPECT_EQ(error.localizedDescription(),
               QStringLiteral("The image is made, but cannot get its name “%1”: Read-only file system.")
@@ -222,7 +222,7 @@ TEST(ImageFinisher, finish_givesNoName_toAnImageOfAnotherLength)
 {
     const TemporaryTree tree;
     StagedImage staged(tree);
-    const NSError error = finisher(TessaronDiscImageFormatBIN, 4 * 2048).finish(staged.unfinished);
+    const NSError error = finisher(TessaronDiscImageFormatBIN, std::uint64_t{4} * 2048).finish(staged.unfinished);
     EXPECT_TRUE(error.localizedDescription().contains(QStringLiteral("another length")));
     EXPECT_EQ(error.filePath(), tree.pathText("disc.bin"));
     EXPECT_EQ(staged.namesGiven, 0);
@@ -233,7 +233,7 @@ TEST(ImageFinisher, finish_givesNoName_whenTheTrailerDoesNotFit)
     const TemporaryTree tree;
     StagedImage staged(tree);
     const FileSizeLimit limit(3 * 2048 + 50);
-    const NSError error = finisher(TessaronDiscImageFormatVANT, 3 * 2048).finish(staged.unfinished);
+    const NSError error = finisher(TessaronDiscImageFormatVANT, std::uint64_t{3} * 2048).finish(staged.unfinished);
     EXPECT_EQ(error.filePath(), tree.pathText("disc.bin"));
     EXPECT_EQ(staged.namesGiven, 0);
 }
@@ -242,7 +242,7 @@ TEST(ImageFinisher, finish_refuses_whatACueSheetOrATrailerCannotSay)
 {
     const TemporaryTree tree;
     StagedImage staged(tree);
-    TableOfContents audio = contentsOfPlainImage(3 * 2048);
+    TableOfContents audio = contentsOfPlainImage(std::uint64_t{3} * 2048);
     audio.sessions[0].tracks[0].kind = TrackKind::Audio;
     ASSERT_EQ(audio.sessions[0].tracks[0].blockSize, 2048u) << "audio has blocks of 2352 bytes alone";
     const NSError noSheet = ImageFinisher(TessaronDiscImageFormatBIN, audio).finish(staged.unfinished);
@@ -287,9 +287,9 @@ TableOfContents mixedContents()
 
 TEST(ImageFinisher, isOnePlainTrack_isFalse_whenAnythingIsBesides)
 {
-    EXPECT_TRUE(isOnePlainTrack(contentsOfPlainImage(5 * 2048)));
+    EXPECT_TRUE(isOnePlainTrack(contentsOfPlainImage(std::uint64_t{5} * 2048)));
     const auto isPlainWith = [](const std::function<void(DiscTrack &)> &change) {
-        TableOfContents contents = contentsOfPlainImage(5 * 2048);
+        TableOfContents contents = contentsOfPlainImage(std::uint64_t{5} * 2048);
         change(contents.sessions[0].tracks[0]);
         return isOnePlainTrack(contents);
     };
@@ -306,7 +306,7 @@ TEST(ImageFinisher, isOnePlainTrack_isFalse_whenAnythingIsBesides)
 TEST(ImageFinisher, finish_writesACueSheetOfAllTracks)
 {
     const TemporaryTree tree;
-    StagedImage staged(tree, QByteArray(10 * 2352, 'x'));
+    StagedImage staged(tree, QByteArray(qsizetype{10} * 2352, 'x'));
     const ImageFinisher bin(TessaronDiscImageFormatBIN, mixedContents());
     EXPECT_TRUE(bin.finish(staged.unfinished).isNull());
     EXPECT_EQ(tree.contents("disc.cue"),
@@ -325,7 +325,7 @@ TEST(ImageFinisher, finish_writesACueSheetOfAllTracks)
 TEST(ImageFinisher, finish_describesAllTracksInTheTrailer)
 {
     const TemporaryTree tree;
-    const QByteArray path = tree.makeFile("disc.vant", QByteArray(10 * 2352, 'x'));
+    const QByteArray path = tree.makeFile("disc.vant", QByteArray(qsizetype{10} * 2352, 'x'));
     TableOfContents contents = mixedContents();
     contents.mediaCatalogNumber = "0123456789012";
     const ImageFinisher vant(TessaronDiscImageFormatVANT, contents);
@@ -363,7 +363,7 @@ TEST(ImageFinisher, finish_waitsForTheFolder_whichMayNotBeListed)
     {
         const WithoutRootRights withoutRights;
         ASSERT_LT(::openat(staged.unfinished.folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC), 0);
-        EXPECT_TRUE(finisher(TessaronDiscImageFormatBIN, 3 * 2048).finish(staged.unfinished).isNull());
+        EXPECT_TRUE(finisher(TessaronDiscImageFormatBIN, std::uint64_t{3} * 2048).finish(staged.unfinished).isNull());
     }
     tree.setMode("", 0700);
 }

@@ -9,7 +9,7 @@ namespace
 
 using KRLayoutWriterTest = LayoutWriterFixture;
 
-constexpr quint64 manyBlocks = 4 * 1024 * 1024; // 8 GiB: never finished by the time of a cancel
+constexpr quint64 manyBlocks = std::uint64_t{4} * 1024 * 1024; // 8 GiB: never finished by the time of a cancel
 
 } // namespace
 

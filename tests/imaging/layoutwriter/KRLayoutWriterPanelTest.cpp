@@ -14,7 +14,7 @@ namespace
 class KRLayoutWriterPanel : public LayoutWriterFixture
 {
 protected:
-    const QByteArray sixteenBlocks = QByteArray(16 * 2048, 'x');
+    const QByteArray sixteenBlocks = QByteArray(qsizetype{16} * 2048, 'x');
 };
 
 } // namespace

@@ -10,7 +10,7 @@ namespace
 
 std::shared_ptr<DRTrack> trackWith(const QVariantMap &properties)
 {
-    const auto track = DRTrack::trackForRootFolder(DRFolder::virtualFolderWithName(QStringLiteral("disc")));
+    auto track = DRTrack::trackForRootFolder(DRFolder::virtualFolderWithName(QStringLiteral("disc")));
     track->setProperties(properties);
     return track;
 }

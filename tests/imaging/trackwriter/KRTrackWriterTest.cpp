@@ -74,7 +74,7 @@ TEST_F(KRTrackWriterTest, initWithTrack_makesAWriter)
     const auto writer = KRTrackWriter::initWithTrack(trackOfProducer(producer, 2), tree.pathText("image"));
     start(*writer);
     delegate.waitForEnd();
-    EXPECT_EQ(tree.contents("image"), TestProducer::pattern(2 * 2048));
+    EXPECT_EQ(tree.contents("image"), TestProducer::pattern(qsizetype{2} * 2048));
 }
 
 TEST_F(KRTrackWriterTest, writing_putsAllBlocksIntoTheFile_thenTellsTheEnd)
@@ -83,7 +83,7 @@ TEST_F(KRTrackWriterTest, writing_putsAllBlocksIntoTheFile_thenTellsTheEnd)
     bool isWhole = false;
     delegate.onEnd = [&](KRTrackWriter &sender) {
         EXPECT_EQ(&sender, writer.get());
-        isWhole = tree.contents("image") == TestProducer::pattern(3000 * 2048);
+        isWhole = tree.contents("image") == TestProducer::pattern(qsizetype{3000} * 2048);
     };
     start(*writer);
     EXPECT_EQ(delegate.heard, QStringList()) << "nothing before the event loop runs";
@@ -104,7 +104,8 @@ TEST_F(KRTrackWriterTest, writing_acceptsAnArrayOfTracks)
     const auto writer = KRTrackWriter::trackWriterWithTrack(tracks, tree.pathText("image"));
     start(*writer);
     delegate.waitForEnd();
-    EXPECT_EQ(tree.contents("image"), TestProducer::pattern(3 * 2048) + TestProducer::pattern(2 * 2352));
+    EXPECT_EQ(tree.contents("image"),
+              TestProducer::pattern(qsizetype{3} * 2048) + TestProducer::pattern(qsizetype{2} * 2352));
 }
 
 TEST_F(KRTrackWriterTest, writing_leavesNothingOfALongerFile)
@@ -113,7 +114,7 @@ TEST_F(KRTrackWriterTest, writing_leavesNothingOfALongerFile)
     tree.makeFile("image", QByteArray(100000, 'x'));
     start(*writer);
     delegate.waitForEnd();
-    EXPECT_EQ(tree.contents("image"), TestProducer::pattern(2 * 2048));
+    EXPECT_EQ(tree.contents("image"), TestProducer::pattern(qsizetype{2} * 2048));
 }
 
 TEST_F(KRTrackWriterTest, start_failsWithThePath_whenTheFileDoesNotExist)
@@ -222,7 +223,7 @@ TEST_F(KRTrackWriterTest, delegate_mayStartAgain_fromItsLastCallback)
     start(*writer);
     second.waitForEnd();
     EXPECT_EQ(second.heard.last(), QStringLiteral("end"));
-    EXPECT_EQ(tree.contents("image"), TestProducer::pattern(2 * 2048));
+    EXPECT_EQ(tree.contents("image"), TestProducer::pattern(qsizetype{2} * 2048));
 }
 
 TEST_F(KRTrackWriterTest, delegate_hearsNothing_whenItsContextIsGone)
@@ -233,7 +234,7 @@ TEST_F(KRTrackWriterTest, delegate_hearsNothing_whenItsContextIsGone)
     callbacks.context = CallbackContext(context);
     EXPECT_TRUE(writer->writeTrackAndNotifyDelegate(callbacks).isNull());
     context.reset();
-    EXPECT_TRUE(runEventLoopUntil([&] { return writer->amounts().bytesWritten == 2 * 2048; }));
+    EXPECT_TRUE(runEventLoopUntil([&] { return writer->amounts().bytesWritten == std::size_t{2} * 2048; }));
     drainEventLoop();
     EXPECT_EQ(delegate.heard, QStringList());
 }
@@ -306,7 +307,7 @@ TEST_F(KRTrackWriterTest, writer_servesASecondWriting_howeverTheFirstEnded)
     EXPECT_TRUE(writer->writeTrackAndNotifyDelegate(third.callbacks()).isNull());
     third.waitForEnd();
     EXPECT_EQ(third.heard, (QStringList{QStringLiteral("progress"), QStringLiteral("end")}));
-    EXPECT_TRUE(tree.contents("image") == TestProducer::pattern(3000 * 2048));
+    EXPECT_TRUE(tree.contents("image") == TestProducer::pattern(qsizetype{3000} * 2048));
     EXPECT_EQ(writer->amounts().bytesWritten, 3000u * 2048);
 }
 
