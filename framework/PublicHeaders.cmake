@@ -50,6 +50,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/NSError.h
     platform/foundation/NSFileHandle.h
     platform/foundation/NSScanner.h
+    platform/foundation/NSStringEncoding.h
     platform/foundation/NSThread.h
     platform/foundation/OSStatus.h
     platform/foundation/Result.h

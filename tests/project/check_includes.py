@@ -36,6 +36,7 @@ LAYERS = [
     "platform/quicktime",
     "filemodel",
     "imaging",
+    "production",
     "ui/text",
     "imaging/jobs",
     "imaging/verification",
@@ -44,7 +45,7 @@ LAYERS = [
 ]
 PROGRAMS = ["tools", "app", "examples"]
 PUBLIC = "framework/TessaronClasses"  # and TessaronClassesUI, whose name begins the same
-INCLUDE = re.compile(r'^\s*#\s*include\s+["<]((?:platform|filemodel|imaging|ui|tools|TessaronClasses|TessaronClassesUI)/[^">]+)[">]', re.M)
+INCLUDE = re.compile(r'^\s*#\s*include\s+["<]((?:platform|filemodel|imaging|production|ui|tools|TessaronClasses|TessaronClassesUI)/[^">]+)[">]', re.M)
 
 
 class Tree:
