@@ -183,7 +183,7 @@ bool isSingleCopy(const QByteArray &before, const QByteArray &after)
 /// Where a bit lies, fine enough to tell structures apart.
 QString placeName(const QByteArray &image, std::uint64_t offset)
 {
-    const QByteArray block = image.mid(qsizetype(offset / blockSize * blockSize), qsizetype(blockSize));
+    const QByteArray block = image.mid(qsizetype(offset / blockSize) * qsizetype(blockSize), qsizetype(blockSize));
     if (std::all_of(block.begin(), block.end(), [](char byte) { return byte == 0; }))
         return QStringLiteral("empty block");
     if (offset < 16 * blockSize)

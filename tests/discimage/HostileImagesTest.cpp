@@ -132,7 +132,7 @@ TEST(HostileImages, folderThatLeadsToItsParent_isALoop)
     QByteArray image = seedImage("iso");
     const VolumeObject folder = objectAt(image, VolumeKind::RockRidge, "folder");
     const auto root = loadLittleEndian<std::uint32_t>(reinterpret_cast<const std::uint8_t *>(image.constData())
-                                                      + 16 * 2048 + 156 + 2);
+                                                      + std::size_t{16} * 2048 + 156 + 2);
     putBothEndian(&image, folder.recordOffset + 2, root);
     const Walked volume = walked(image, VolumeKind::RockRidge);
     EXPECT_TRUE(volume.has(DiscImageErrorCode::Loop));
@@ -179,9 +179,9 @@ TEST(HostileImages, wrongChecksum_isDamageWithItsPlace)
 TEST(HostileImages, reserveSequence_isUsed_whenTheMainOneIsDamaged)
 {
     QByteArray image = seedImage("udf");
-    image.replace(32 * 2048, 6 * 2048, QByteArray(6 * 2048, 'x'));
+    image.replace(qsizetype{32} * 2048, qsizetype{6} * 2048, QByteArray(qsizetype{6} * 2048, 'x'));
     EXPECT_FALSE(walked(image, VolumeKind::UDF).paths.empty());
-    image.replace(48 * 2048, 6 * 2048, QByteArray(6 * 2048, 'x'));
+    image.replace(qsizetype{48} * 2048, qsizetype{6} * 2048, QByteArray(qsizetype{6} * 2048, 'x'));
     EXPECT_TRUE(walked(image, VolumeKind::UDF).has(DiscImageErrorCode::Damaged));
 }
 
@@ -189,7 +189,7 @@ TEST(HostileImages, anchorAtTheEnd_isUsed_whenTheFirstIsGone)
 {
     QByteArray image = seedImage("udf");
     image.append((2048 - image.size() % 2048) % 2048, '\0');
-    image.replace(256 * 2048, 512, QByteArray(512, '\0'));
+    image.replace(qsizetype{256} * 2048, 512, QByteArray(512, '\0'));
     EXPECT_FALSE(walked(image, VolumeKind::UDF).paths.empty());
 }
 

@@ -105,7 +105,7 @@ TEST(ImageCheck, udfOfManyMedia_isReadOrNotSupported_neverDamaged)
     const auto check = [&](const QStringList &arguments) {
         const QTemporaryDir folder;
         QFile file(folder.filePath(QStringLiteral("image")));
-        ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.resize(40'000'000 / 32768 * 32768));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.resize(qint64{40'000'000} / 32768 * 32768));
         const ProgramResult result = runProgram(mkudffs, arguments + QStringList{file.fileName()});
         ASSERT_EQ(result.exitCode, 0) << qPrintable(arguments.join(QLatin1Char(' '))) << result.errors.toStdString();
         const auto source = DiscImageSource::sourceWithFile(file.fileName()).source;
@@ -189,7 +189,7 @@ TEST(ImageCheck, bitThatHidesAFilesystem_isTold)
 TEST(ImageCheck, damagedMainSequence_isTold_thoughTheReserveServes)
 {
     const QByteArray image = sampleImage(DRFilesystemInclusionMaskUDF);
-    constexpr qsizetype mainSequence = 32 * 2048;
+    constexpr qsizetype mainSequence = std::size_t{32} * 2048;
     for (qsizetype descriptor = 0; descriptor < 5; ++descriptor)
         EXPECT_FALSE(problemsOf(flipped(image, mainSequence + descriptor * 2048 + 20)).isEmpty()) << descriptor;
 }

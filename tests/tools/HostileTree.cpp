@@ -229,27 +229,10 @@ void HostileTree::addLink(const QByteArray &path)
 
 QByteArray HostileTree::linkTarget()
 {
-    static const char *const targets[] = {"a",
-                                          "readme.txt",
-                                          ".",
-                                          "..",
-                                          "/",
-                                          "//",
-                                          "./a",
-                                          "../a",
-                                          "a/",
-                                          "a//b",
-                                          "a/.",
-                                          "/..",
-                                          "/etc",
-                                          "../../",
-                                          "././",
-                                          "missing",
-                                          "\xff/b",
-                                          "a/\xef\xbb\xbf"
-                                          "b",
-                                          "\xef\xbf\xbe",
-                                          "e\xcc\x81\xff",
+    static const char *const targets[] = {"a",       "readme.txt", ".",         "..",           "/",
+                                          "//",      "./a",        "../a",      "a/",           "a//b",
+                                          "a/.",     "/..",        "/etc",      "../../",       "././",
+                                          "missing", "\xff/b",     "a/\ufeffb", "\xef\xbf\xbe", "e\xcc\x81\xff",
                                           "\xc3\xa9"};
     switch (below(5)) {
     case 0:
@@ -321,7 +304,7 @@ QByteArray HostileTree::relativeOf(const QByteArray &name)
     case 2:
         return name + oneOf(awkwardPieces);
     case 3:
-        return QByteArray(name).insert(dot, "_" + QByteArray::number(qulonglong(1 + below(3))));
+        return QByteArray(name).insert(dot, "_" + QByteArray::number(1 + qulonglong(below(3))));
     case 4: { // what filesystems replace is an underscore already
         QByteArray other = name;
         for (char &byte : other)

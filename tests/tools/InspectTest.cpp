@@ -101,7 +101,7 @@ TEST_F(Inspect, rawSectors_areReadThrough_withAndWithoutACueSheet)
               Lines({"iso9660 SOURCE 4 2", "rockridge SOURCE 4 2"}));
     EXPECT_EQ(runTessaron({"verify", "-q", m_tree.path("out/raw.img"), m_tree.path("source")}).exitStatus, 0);
 
-    const QByteArray audio(150 * 2352, 'a');
+    const QByteArray audio(qsizetype{150} * 2352, 'a');
     m_tree.makeFile("out/mixed.bin", audio + raw + audio);
     const QByteArray dataFrames = QByteArray::number(qlonglong(150 + plain.size() / 2048));
     const auto frames = [](qint64 count) {
@@ -140,7 +140,7 @@ TEST_F(Inspect, damage_isNamedWithItsPlace)
 {
     makeOrdinaryTree();
     makeImage("out/disc.iso");
-    std::filesystem::resize_file(image().toStdString(), 40 * 2048);
+    std::filesystem::resize_file(image().toStdString(), std::size_t{40} * 2048);
     const ChildResult result = runTessaron({"inspect", image()});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_TRUE(result.errors.contains("is damaged")) << result.errors.constData();
@@ -204,8 +204,8 @@ TEST_F(Inspect, cueSheetWhoseFileIsMissing_isAFailure)
 
 TEST_F(Inspect, cueSheets_areReadAsPeopleWriteThem)
 {
-    m_tree.makeFile("audio.bin", QByteArray(100 * 2352, 'a'));
-    m_tree.makeFile("more.bin", QByteArray(50 * 2352, 'b'));
+    m_tree.makeFile("audio.bin", QByteArray(qsizetype{100} * 2352, 'a'));
+    m_tree.makeFile("more.bin", QByteArray(qsizetype{50} * 2352, 'b'));
     m_tree.makeFile("odd.cue",
                     "\xEF\xBB\xBF"
                     "file AUDIO.BIN binary\rtrack 1 audio\rindex 1 0:0:0\rfile more.bin binary\r"
@@ -220,7 +220,7 @@ TEST_F(Inspect, cueSheets_areReadAsPeopleWriteThem)
 
 TEST_F(Inspect, cueSheetThatDoesNotFit_isAFailure_withItsLine)
 {
-    m_tree.makeFile("a.bin", QByteArray(100 * 2352, 'a'));
+    m_tree.makeFile("a.bin", QByteArray(qsizetype{100} * 2352, 'a'));
     const struct {
         QByteArray lines;
         QByteArray told;

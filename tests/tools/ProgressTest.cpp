@@ -52,7 +52,8 @@ TEST(TransferRate, rate_followsTheLastSeconds)
     TransferRate rate;
     const TransferRate::Time start;
     for (int second = 0; second <= 10; ++second) // 100 MB/s at first, then 1 MB/s
-        rate.add(start + seconds(second), second <= 2 ? second * 100 * megabyte : (200 + second - 2) * megabyte);
+        rate.add(start + seconds(second),
+                 (second <= 2 ? std::uint64_t(second) * 100 : std::uint64_t(200 + second - 2)) * megabyte);
     ASSERT_TRUE(rate.bytesPerSecond());
     EXPECT_EQ(*rate.bytesPerSecond(), double(megabyte));
     EXPECT_EQ(rate.remaining(308 * megabyte), seconds(100));

@@ -56,7 +56,7 @@ public:
             m_bytes.resize(std::size_t(std::min(left, std::max<std::uint64_t>(step, wanted))));
             m_start = position;
             std::size_t got = 0;
-            if (const NSError error = m_reader.read(m_folder, position, m_bytes.data(), m_bytes.size(), &got)) {
+            if (NSError error = m_reader.read(m_folder, position, m_bytes.data(), m_bytes.size(), &got)) {
                 m_bytes.clear();
                 return error;
             }

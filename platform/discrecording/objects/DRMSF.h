@@ -23,7 +23,8 @@ public:
     /// "MM:SS:FF"; minutes grow beyond two digits where needed.
     [[nodiscard]] QString description() const;
 
-    friend constexpr auto operator<=>(DRMSF, DRMSF) = default;
+    // The check takes the zero that the compiler itself compares with for one in the source.
+    friend constexpr auto operator<=>(DRMSF, DRMSF) = default; // NOLINT(modernize-use-nullptr)
 
 private:
     constexpr explicit DRMSF(std::uint32_t frames)

@@ -92,7 +92,8 @@ private:
         std::uint16_t mode = 0;
         std::uint32_t userId = 0;
         std::uint32_t groupId = 0;
-        friend auto operator<=>(const Identity &, const Identity &) = default;
+        // The check takes the zero that the compiler itself compares with for one in the source.
+        friend auto operator<=>(const Identity &, const Identity &) = default; // NOLINT(modernize-use-nullptr)
     };
     struct SharedIcb {
         std::uint32_t icb = 0;

@@ -82,7 +82,7 @@ TEST(VANTHeader, headerForDRLayout_isNull_whenThePostgapIsLongerThanTheTrack)
 
 TEST(VANTHeader, headerForDRLayout_isNull_whenTheTrailerWouldBeTooLong)
 {
-    const QByteArray block(16 * 1024 * 1024, 'x');
+    const QByteArray block(qsizetype{16} * 1024 * 1024, 'x');
     EXPECT_TRUE(VANTHeaderForDRLayout(dataTrack(1), {block}).isNull());
     EXPECT_FALSE(VANTHeaderForDRLayout(dataTrack(1), {block.first(block.size() - 200)}).isNull());
 }

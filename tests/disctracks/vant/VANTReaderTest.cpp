@@ -206,7 +206,7 @@ TEST(VANTReader, imageFromBytes_namesWhatIsWrong_whenARecordMakesNoSense)
         {75, 6, 72}, // postgap longer than the track
         {79, 1, 76}, // an index point that is not there
     };
-    const QByteArray data(5 * 2048, 'x');
+    const QByteArray data(qsizetype{5} * 2048, 'x');
     const QByteArray image = data + VANTHeaderForDRLayout(dataTrack(5));
     for (const Row &row : rows) {
         QByteArray wrong = image;

@@ -17,7 +17,7 @@ namespace
 
 using KRLayoutWriterTest = LayoutWriterFixture;
 
-const QByteArray sixteenBlocks(16 * 2048, 'x');
+const QByteArray sixteenBlocks(qsizetype{16} * 2048, 'x');
 
 } // namespace
 
@@ -121,8 +121,9 @@ TEST_F(KRLayoutWriterTest, finish_isReportedBeforeTheHeaderIsAppended)
     const QByteArray image = tree.contents(fileName);
     const VANTReadResult read = VANTReader::imageFromFile(tree.pathText(fileName));
     ASSERT_TRUE(read.image) << qPrintable(read.error.localizedDescription());
-    EXPECT_EQ(image.first(16 * 2048), sixteenBlocks);
-    EXPECT_EQ(quint64(image.size()), 16 * 2048 + read.image->trailerLength) << "the header follows directly";
+    EXPECT_EQ(image.first(qsizetype{16} * 2048), sixteenBlocks);
+    EXPECT_EQ(quint64(image.size()), std::size_t{16} * 2048 + read.image->trailerLength)
+        << "the header follows directly";
     VANTTrack expected;
     expected.number = 1;
     expected.length = 16;
