@@ -62,8 +62,8 @@ inline void correctUdfTags(QByteArray *image)
     }
 }
 
-/// Walks every volume of the image and reads a little of each file. What the readers promise of any bytes and do not
-/// keep, as a text; null when all is kept.
+/// Walks every volume of the image and reads a little of each file. A promise that the readers
+/// break for these bytes, as a text; null when they keep all.
 [[nodiscard]] inline const char *brokenDiscImagePromise(const QByteArray &image)
 {
     const auto source = DiscImageSource::sourceWithBytes(image);

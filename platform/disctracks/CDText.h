@@ -40,7 +40,7 @@ struct CDTextBlock {
     std::uint8_t copyright = 0; ///< bits 0 to 6: the kinds of text that are copyrighted; 0 free
     std::uint16_t genreCode = 0; ///< 0 not used
     std::uint32_t firstTrack = 1; ///< number of the first track with texts
-    /// For each kind the texts: that of the disc, then one for each track from `firstTrack` on; empty where none is.
+    /// For each kind the texts: that of the disc, then one for each track from `firstTrack` on; empty without text.
     std::map<CDTextKind, std::vector<QString>> texts;
 
     friend bool operator==(const CDTextBlock &, const CDTextBlock &) = default;

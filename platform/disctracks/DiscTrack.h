@@ -27,7 +27,7 @@ struct TrackGap {
     /// Whether the image holds these blocks. When it does not, they are made when the disc is written.
     bool isStored = false;
 
-    /// Of no blocks it does not matter whether they are stored.
+    /// Without blocks it does not matter whether they are stored.
     friend bool operator==(const TrackGap &one, const TrackGap &other)
     {
         return one.length == other.length && (one.length == 0 || one.isStored == other.isStored);

@@ -19,7 +19,7 @@ struct VisibleImage {
     explicit VisibleImage(const QByteArray &image);
 };
 
-/// What became of single flipped bits.
+/// The effects of single flipped bits.
 struct FlipResult {
     int flips = 0;
     int told = 0; ///< by the check or a reader

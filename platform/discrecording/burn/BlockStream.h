@@ -24,8 +24,8 @@ public:
     /// The next block will have this address.
     void beginSession(BlockAddress firstBlock) { m_position = firstBlock; }
 
-    /// The blocks that follow are those of this track, which the sink hears of; what of its pregap is not stored only
-    /// counts in the addresses.
+    /// The blocks that follow are those of this track, which the sink hears of; the part of its pregap that is not
+    /// stored only counts in the addresses.
     [[nodiscard]] NSError beginTrack(const DiscTrack &track);
     /// The same at the track's end, with its postgap.
     [[nodiscard]] NSError endTrack();

@@ -30,7 +30,7 @@ struct BurnPlan {
 [[nodiscard]] Result<BurnPlan> planBurn(const DRLayout &layout, DRBurn *burn, const std::stop_token &cancellation,
                                         const std::function<void(double)> &progress);
 
-/// Writes all that was planned to the sink, from the disc's begin to its end. `bytesTaken` as in BlockStream.
+/// Writes all that was planned to the sink, from the disc's beginning to its end. `bytesTaken` as in BlockStream.
 [[nodiscard]] NSError writeDisc(const BurnPlan &plan, BlockSink &sink, const std::stop_token &cancellation,
                                 const std::function<void(std::uint64_t bytes)> &bytesTaken);
 

@@ -50,8 +50,8 @@ public:
     [[nodiscard]] virtual NSError write(BlockStream &stream) = 0;
 };
 
-/// The writer that suits the track: the only place that asks what kind of track it is. An error says what of the track
-/// makes no sense; no file is looked at and no producer called for that. `burn` is only passed on to producers and may
+/// The writer that suits the track: the only place that asks what kind of track it is. An error says what is wrong
+/// with the track; no file is looked at and no producer called for that. `burn` is only passed on to producers and may
 /// be null.
 [[nodiscard]] Result<std::unique_ptr<TrackWriter>> trackWriterFor(const std::shared_ptr<DRTrack> &track, DRBurn *burn);
 

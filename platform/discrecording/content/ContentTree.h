@@ -210,7 +210,7 @@ public:
     /// The reference of the object's source; the zero reference when it has none.
     [[nodiscard]] FSRef sourceRef(NodeIndex node) const;
     [[nodiscard]] FileContents fileContents(NodeIndex node) const;
-    /// The contents of a file that are no file on disk; empty for others.
+    /// The contents of a file that the layout itself brings; empty for others.
     [[nodiscard]] QByteArray memoryContents(NodeIndex node) const;
     [[nodiscard]] std::string_view linkTarget(NodeIndex node) const
     {

@@ -28,7 +28,7 @@ bool isStoredFile(const ContentNode &content)
 void findSharedContents(ContentTree &tree)
 {
     const std::uint32_t count = tree.nodes.size();
-    // Open addressing with node numbers alone: 0, the root, is no file and marks a free place.
+    // Open addressing with node numbers alone: 0, the root, is not a file and marks a free place.
     std::vector<NodeIndex> table(std::bit_ceil(std::max<std::uint64_t>(count, 8) * 3 / 2), 0);
     const std::size_t mask = table.size() - 1;
     std::map<NodeIndex, std::uint32_t> sharers;

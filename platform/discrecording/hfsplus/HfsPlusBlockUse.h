@@ -20,7 +20,7 @@ public:
     [[nodiscard]] static std::uint64_t bitmapBlocks(std::uint64_t volumeBlocks);
     static constexpr std::uint16_t longestKey = 10;
 
-    /// Sets the size of the volume, and the runs in it that are foreign and those that nobody has. All runs are given
+    /// Sets the size of the volume, and the runs in it that are foreign and those that are free. All runs are given
     /// in blocks of the image and in any order, what lies outside of the volume does not matter; foreign ones may
     /// overlap and touch. The volume's first and last block are the headers' and always its own.
     void set(std::uint64_t volumeBlocks, std::vector<BlockRun> foreign, std::vector<BlockRun> unused);

@@ -38,7 +38,7 @@ public:
     void reserve(std::uint64_t start, std::uint64_t count, const FilesystemWriter *owner, std::uint32_t tag);
     /// The next free blocks in a row; none for a count of 0, whose address is then that of the next free block.
     std::uint64_t allocate(std::uint64_t count, const FilesystemWriter *owner, std::uint32_t tag);
-    /// The same for an extent of file contents, which is no writer's region.
+    /// The same for an extent of file contents, which belongs to no writer.
     std::uint64_t allocateExtent(std::uint64_t count);
     /// Lets what follows begin at `block`; what lies between stays unused. Ignored when the place is past already.
     void leaveUnusedUpTo(std::uint64_t block);
@@ -52,7 +52,7 @@ public:
     [[nodiscard]] std::uint64_t blockCount() const { return m_blockCount; }
     /// All regions, ordered by address.
     [[nodiscard]] const std::vector<BlockRegion> &regions() const { return m_regions; }
-    /// The runs that nobody took, in no order; complete after finish().
+    /// The runs that were not taken, in no order; complete after finish().
     [[nodiscard]] const std::vector<BlockRun> &unusedRuns() const { return m_unused; }
     /// How many blocks the longest tail has.
     [[nodiscard]] std::uint64_t tailBlocks() const;

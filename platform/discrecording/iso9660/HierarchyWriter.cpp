@@ -41,7 +41,7 @@ bool HierarchyWriter::prepare(const PlanProgress &progress, StorageIssues &issue
         return false;
     m_pathTable.prepare(issues);
     if (m_hierarchy.traits().filesystem == 0)
-        return true; // nobody asked for it: what it cannot hold is not missed
+        return true; // it was not asked for: what it cannot hold is not missed
     if (m_hierarchy.names().displayName(0) != m_hierarchy.tree().discName(0))
         issues.push_back({0, m_hierarchy.traits().tree, DRStorageReportItem::Kind::Renamed,
                           StorageReason::VolumeNameNotAllowed, false});

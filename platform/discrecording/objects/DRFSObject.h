@@ -16,7 +16,7 @@ namespace Tessaron
 class DRFolder;
 
 /// A file or folder of a disc to be made. Not thread-safe: one thread at a time works on a tree; while a burn prepares,
-/// nobody may change it. Owned by its parent folder and by whoever holds the pointer; a parent that goes clears the
+/// it must not change. Owned by its parent folder and by all who hold the pointer; a parent that goes clears the
 /// link to it.
 ///
 /// A layout of a million files is a million of these: members are few and rare things live in one optional record.

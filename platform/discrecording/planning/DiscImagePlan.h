@@ -45,7 +45,7 @@ struct PlanOptions {
 struct DiscImagePlan {
     std::shared_ptr<const BlockImage> image; ///< null when planning failed or was cancelled
     std::shared_ptr<const DRStorageReport> report; ///< what the image cannot hold as it stands; null with a null image
-    std::uint32_t fileCount = 0; ///< objects on the disc that are no folders
+    std::uint32_t fileCount = 0; ///< objects on the disc that are not folders
     std::uint32_t folderCount = 0; ///< folders on the disc, the root not counted
 };
 
@@ -53,7 +53,7 @@ struct DiscImagePlan {
 /// gives every block its address. Reads no contents. The tree must not change meanwhile; afterwards the plan does not
 /// need it.
 ///
-/// What cannot be stored as it stands is no error but an entry in the report. `*error` is set when there can be no
+/// What cannot be stored as it stands is not an error but an entry in the report. `*error` is set when there can be no
 /// image at all (no filesystem left to write, a first block below 0, an end beyond 2^32 blocks). When `cancellation` is
 /// requested the answer is an empty plan with a null error. `progress`, when given, is told a number from 0 to 1 on the
 /// calling thread.

@@ -39,7 +39,7 @@ std::uint8_t characteristicsOf(const ContentNode &content)
     return result;
 }
 
-/// Copies what of `bytes`, which lie at `at` of a directory, falls into `out`, which begins at `begin` of it.
+/// Copies the part of `bytes`, at `at` of a directory, that falls into `out`, which begins at `begin` of it.
 void copyOverlap(std::span<const std::uint8_t> bytes, std::uint64_t at, std::uint64_t begin,
                  std::span<std::uint8_t> out)
 {

@@ -14,7 +14,7 @@ struct UdfLinkTarget {
 };
 
 /// Makes the path components of a target. A slash at the beginning is the root; "." and ".." are components of their
-/// own kinds; slashes in a row are one, one at the end is none.
+/// own kinds; slashes in a row count as one, one at the end does not count.
 [[nodiscard]] UdfLinkTarget udfLinkTarget(std::string_view target);
 
 } // namespace Tessaron
