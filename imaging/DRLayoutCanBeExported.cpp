@@ -1,3 +1,4 @@
+#include "platform/discrecording/objects/DRTrackDescription.h"
 #include <TessaronClasses/DRLayoutCanBeExported.h>
 
 #include <algorithm>
@@ -26,12 +27,11 @@ bool DRLayoutCanBeExported(const DRLayout &layout, TessaronDiscImageFormat forma
     bool hasFormTrack = false;
     for (const std::shared_ptr<DRTrack> &track : tracksOfLayout(layout)) {
         const QVariantMap properties = track ? track->properties() : QVariantMap();
-        if (!properties.contains(DRBlockSizeKey) || !properties.contains(DRBlockTypeKey))
+        const StatedBlocks blocks = statedBlocks(properties);
+        if (!blocks.size || !blocks.type)
             return false;
-        const qulonglong blockSize = properties.value(DRBlockSizeKey).toULongLong();
-        const int blockType = properties.value(DRBlockTypeKey).toInt();
-        blockSizes.insert(blockSize);
-        hasFormTrack |= blockSize == formBlockSize && (blockType == 8 || blockType == 9);
+        blockSizes.insert(*blocks.size);
+        hasFormTrack |= *blocks.size == formBlockSize && (*blocks.type == 8 || *blocks.type == 9);
     }
     if (blockSizes.size() != 1)
         return false;

@@ -23,9 +23,10 @@ struct DiscImageTrack {
     bool isData = false;
     std::uint32_t blockSize = 0;
     std::uint64_t offset = 0; ///< of its data in the file, bytes
-    std::uint64_t length = 0; ///< blocks
-    std::uint32_t pregap = 0; ///< blocks that are not in the file
-    std::uint32_t postgap = 0;
+    std::uint64_t length = 0; ///< blocks in the file, from `offset` on
+    std::uint32_t pregap = 0; ///< blocks in front of those
+    bool isPregapInFile = false; ///< they lie in front of `offset`; else they are made when the disc is written
+    std::uint32_t postgap = 0; ///< blocks of silence or zeros at the track's end
     QByteArray file; ///< path of the file that holds it, where that is not the image's own
 };
 
@@ -45,7 +46,8 @@ struct OpenedDiscImage {
     std::shared_ptr<const DiscImageSource> source; ///< never null
     std::vector<DiscImageTrack> tracks; ///< empty when nothing describes them
     std::vector<FoundVolume> volumes;
-    /// What of a cue sheet was passed over or taken in a certain way, and why a sheet beside the image was not used.
+    /// What of a cue sheet was passed over or taken in a certain way, why a sheet beside the image was not used, and
+    /// which tracks were not looked at.
     QStringList notes;
 };
 

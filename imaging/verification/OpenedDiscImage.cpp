@@ -1,6 +1,7 @@
 #include "imaging/ImageFinisher.h"
 #include "platform/disctracks/CueModes.h"
 #include "platform/disctracks/CueSheetReader.h"
+#include "platform/disctracks/vant/VANTTrailer.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
@@ -32,17 +33,37 @@ QString reasonOfKind(const QByteArray &path)
                                    : QStringLiteral("it is neither a regular file nor a block device");
 }
 
-DiscImageTrack trackOfSheet(const CueSheet &sheet, const DiscTrack &track, const CueTrackPlace &place,
-                            const QByteArray &imagePath)
+/// The word of a cue sheet for the track, or one like it where sheets have none.
+QByteArray modeOf(const DiscTrack &track)
+{
+    const QByteArray mode = cueModeOf(track);
+    if (!mode.isEmpty())
+        return mode;
+    const QByteArray size = QByteArray::number(track.blockSize);
+    if (track.kind == TrackKind::Unstated)
+        return "BLOCKS/" + size;
+    return (track.kind == TrackKind::Mode1 ? "MODE1/" : "MODE2/") + size;
+}
+
+DiscImageTrack trackOf(const DiscTrack &track, std::size_t session)
 {
     DiscImageTrack result;
+    result.session = std::uint32_t(session + 1);
     result.number = track.number;
-    result.mode = cueModeOf(track);
+    result.mode = modeOf(track);
     result.isData = !track.isAudio();
     result.blockSize = track.blockSize;
-    result.length = track.length;
-    result.pregap = track.pregap.isStored ? 0 : std::uint32_t(track.pregap.length);
+    result.length = track.length - (track.postgap.isStored ? 0 : track.postgap.length);
+    result.pregap = std::uint32_t(track.pregap.length);
+    result.isPregapInFile = track.pregap.length > 0 && track.pregap.isStored;
     result.postgap = std::uint32_t(track.postgap.length);
+    return result;
+}
+
+DiscImageTrack trackOfSheet(const CueSheet &sheet, const DiscTrack &track, std::size_t session,
+                            const CueTrackPlace &place, const QByteArray &imagePath)
+{
+    DiscImageTrack result = trackOf(track, session);
     if (place.data.empty())
         return result;
     const QByteArray &path = sheet.files[place.data.front().file].path;
@@ -96,8 +117,7 @@ void useCueSheet(const CueSheet &sheet, const QByteArray &sheetPath, const QByte
     for (std::size_t session = 0; session < sheet.contents.sessions.size(); ++session) {
         for (const DiscTrack &track : sheet.contents.sessions[session].tracks) {
             const CueTrackPlace &place = sheet.places[index++];
-            image->tracks.push_back(trackOfSheet(sheet, track, place, imagePath));
-            image->tracks.back().session = std::uint32_t(session + 1);
+            image->tracks.push_back(trackOfSheet(sheet, track, session, place, imagePath));
             if (!place.isLengthKnown)
                 image->notes << QStringLiteral("The length of track %1 is not known: its file must be decoded first.")
                                     .arg(track.number);
@@ -128,36 +148,31 @@ std::optional<DiscImageSectors> useSheetBeside(const QByteArray &imagePath, Open
     return sectorsOfSheet(*sheet, imagePath);
 }
 
-QByteArray modeOfVantTrack(const VANTTrack &track)
-{
-    constexpr std::int32_t audio = 0;
-    constexpr std::int32_t mode1 = 8;
-    if (!track.blockType)
-        return "BLOCKS/" + QByteArray::number(track.blockSize);
-    if (*track.blockType == audio)
-        return "AUDIO";
-    return (*track.blockType == mode1 ? "MODE1/" : "MODE2/") + QByteArray::number(track.blockSize);
-}
-
 std::vector<DiscImageTrack> tracksOfVant(const VANTImage &image)
 {
+    const TableOfContents contents = tableOfContentsOfVANT(image);
     std::vector<DiscImageTrack> tracks;
-    for (std::size_t session = 0; session < image.sessions.size(); ++session) {
-        for (const VANTTrack &track : image.sessions[session].tracks) {
-            const bool isData = track.blockType.value_or(8) != 0;
-            tracks.push_back({std::uint32_t(session + 1),
-                              track.number,
-                              modeOfVantTrack(track),
-                              isData,
-                              track.blockSize,
-                              track.startOffset,
-                              track.length,
-                              track.pregap,
-                              track.postgap,
-                              {}});
+    for (std::size_t session = 0; session < contents.sessions.size(); ++session) {
+        for (std::size_t index = 0; index < contents.sessions[session].tracks.size(); ++index) {
+            tracks.push_back(trackOf(contents.sessions[session].tracks[index], session));
+            tracks.back().offset = image.sessions[session].tracks[index].startOffset;
         }
     }
     return tracks;
+}
+
+/// Says of which tracks of data nothing is known: filesystems are looked for in the first one.
+void noteTracksNotLookedAt(OpenedDiscImage *image)
+{
+    const auto isData = [](const DiscImageTrack &track) { return track.isData; };
+    auto track = std::find_if(image->tracks.begin(), image->tracks.end(), isData);
+    while (track != image->tracks.end()) {
+        track = std::find_if(track + 1, image->tracks.end(), isData);
+        if (track != image->tracks.end())
+            image->notes << QStringLiteral("Track %1 was not looked at: filesystems are looked for in the first track "
+                                           "of data alone.")
+                                .arg(track->number);
+    }
 }
 
 } // namespace
@@ -191,6 +206,7 @@ Result<OpenedDiscImage> openDiscImage(const QByteArray &path)
     } else if (image.cueSheet.isEmpty() && opened.source->sectors().size != 2048) {
         image.layout = DiscImageLayout::RawSectors;
     }
+    noteTracksNotLookedAt(&image);
     image.volumes = volumesInImage(image.source);
     return image;
 }

@@ -33,7 +33,7 @@ RecordingNumbers usualNumbers(TrackKind kind, SectorForm form)
     const auto numbers = [](std::int32_t mode, std::int32_t dataForm, std::int32_t blockType, std::int32_t session) {
         return RecordingNumbers{mode, dataForm, blockType, session};
     };
-    const bool isRaw = form == SectorForm::Raw;
+    const bool isRaw = form == SectorForm::Raw || form == SectorForm::RawWithSubchannel;
     switch (kind) {
     case TrackKind::Audio:
         if (isRaw)

@@ -1,5 +1,7 @@
 #include "platform/discimage/VolumeFinder.h"
 #include "platform/discimage/volume/VolumeWalk.h"
+#include "platform/disctracks/SectorCoding.h"
+#include "platform/disctracks/vant/VANTTrailer.h"
 #include "tests/tools/ImageFixture.h"
 
 #include <QJsonArray>
@@ -120,6 +122,51 @@ TEST_F(Inspect, rawSectors_areReadThrough_withAndWithoutACueSheet)
     EXPECT_EQ(tracks[1][QStringLiteral("pregap")].toInteger(), 150);
     EXPECT_EQ(tracks[2][QStringLiteral("blocks")].toInteger(), 150);
     EXPECT_EQ(filesystemsIn(mixed), Lines({"iso9660 SOURCE 4 2", "rockridge SOURCE 4 2"}));
+}
+
+TEST_F(Inspect, vantImage_isReadInTheSectorsOfItsTracks)
+{
+    makeOrdinaryTree();
+    makeImage("out/plain.iso", {"--filesystems", "iso9660"});
+    const QByteArray plain = m_tree.contents("out/plain.iso");
+    const auto blocks = std::size_t(plain.size() / 2048);
+    DiscTrack audio;
+    audio.kind = TrackKind::Audio;
+    audio.blockSize = 2352;
+    audio.length = 150;
+    const auto writtenIn = [&](TrackKind kind, SectorForm form, const QByteArray &name) {
+        DiscTrack data;
+        data.kind = kind;
+        data.blockSize = std::uint32_t(form);
+        data.length = blocks;
+        data.pregap = {10, true};
+        QByteArray coded(qsizetype(blocks * data.blockSize), Qt::Uninitialized);
+        SectorEncoder::encoderFor(kind, form)->encode(plain.constData(), blocks, BlockAddress(160), coded.data());
+        TableOfContents contents;
+        contents.sessions.push_back({{}, {audio, data, data}});
+        contents.numberTracks();
+        const QByteArray track = QByteArray(qsizetype(10) * data.blockSize, '\0') + coded;
+        Result<QByteArray> trailer = vantTrailer(contents);
+        EXPECT_TRUE(trailer);
+        m_tree.makeFile(
+            name, QByteArray(qsizetype(150) * 2352, 'a') + track + track + std::move(trailer).valueOr(QByteArray()));
+        return m_tree.path(name);
+    };
+    for (const QByteArray &path : {writtenIn(TrackKind::Mode1, SectorForm::Raw, "out/raw.vant"),
+                                   writtenIn(TrackKind::Mode1, SectorForm::RawWithSubchannel, "out/sub.vant"),
+                                   writtenIn(TrackKind::Mode2Mixed, SectorForm::WithoutHeader, "out/xa.vant"),
+                                   writtenIn(TrackKind::Mode1, SectorForm::UserData, "out/user.vant")}) {
+        const QJsonObject object = inspected(path);
+        EXPECT_EQ(filesystemsIn(object), Lines({"iso9660 SOURCE 4 2", "rockridge SOURCE 4 2"})) << path.constData();
+        const QJsonArray tracks = object[QStringLiteral("tracks")].toArray();
+        ASSERT_EQ(tracks.size(), 3);
+        EXPECT_EQ(tracks[1][QStringLiteral("blocks")].toInteger(), qint64(blocks));
+        EXPECT_EQ(tracks[1][QStringLiteral("pregap")].toInteger(), 10);
+        EXPECT_TRUE(tracks[1][QStringLiteral("pregapInFile")].toBool());
+        const QByteArray said = runTessaron({"inspect", path}).errors;
+        EXPECT_TRUE(said.contains("Track 3 was not looked at")) << said.constData();
+        EXPECT_FALSE(said.contains("Track 2")) << said.constData();
+    }
 }
 
 TEST_F(Inspect, imagesOfOtherPrograms_areRead)

@@ -65,6 +65,8 @@ QString trackLine(const DiscImageTrack &track)
                        .arg(track.offset);
     if (track.pregap > 0)
         line += QStringLiteral(", pregap %1").arg(track.pregap);
+    if (track.isPregapInFile)
+        line += QStringLiteral(" (in the file)");
     if (track.postgap > 0)
         line += QStringLiteral(", postgap %1").arg(track.postgap);
     if (!track.file.isEmpty())
@@ -263,6 +265,7 @@ void InspectCommand::writeTracks(JsonWriter &writer) const
         writer.member("offset", track.offset);
         writer.member("blocks", track.length);
         writer.member("pregap", track.pregap);
+        writer.member("pregapInFile", track.isPregapInFile);
         writer.member("postgap", track.postgap);
         if (!track.file.isEmpty())
             writer.pathMember("file", track.file);

@@ -3,6 +3,7 @@
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/disctracks/vant/VANTReader.h"
 #include "platform/disctracks/vant/VANTRecords.h"
+#include "platform/disctracks/vant/VANTTrailer.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
@@ -130,8 +131,32 @@ void DiscImageSource::recogniseDamagedTrailer()
          {VANTErrorOffsetKey, quint64(offset)}});
 }
 
+/// How the first track of data lies in the file, as a trailer says; no value without one, or without a track whose form
+/// holds filesystems.
+std::optional<DiscImageSectors> DiscImageSource::describedSectors() const
+{
+    if (!m_vantImage)
+        return std::nullopt;
+    const TableOfContents contents = tableOfContentsOfVANT(*m_vantImage);
+    for (std::size_t session = 0; session < contents.sessions.size(); ++session) {
+        const std::vector<VANTTrack> &places = m_vantImage->sessions[session].tracks;
+        for (std::size_t index = 0; index < places.size(); ++index) {
+            const DiscTrack &track = contents.sessions[session].tracks[index];
+            const std::optional<SectorForm> form = track.sectorForm();
+            const auto part = form && !track.isAudio() ? userDataPart(track.kind, *form) : std::nullopt;
+            if (part)
+                return DiscImageSectors{places[index].startOffset, track.blockSize, std::uint32_t(part->offset)};
+        }
+    }
+    return std::nullopt;
+}
+
 void DiscImageSource::recogniseSectors()
 {
+    if (const std::optional<DiscImageSectors> described = describedSectors()) {
+        m_sectors = *described;
+        return;
+    }
     std::array<std::uint8_t, rawSectorSize + syncField.size()> start;
     if (m_dataLength < start.size() || readFile(0, start.data(), start.size()))
         return;

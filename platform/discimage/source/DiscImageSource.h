@@ -41,7 +41,8 @@ class TESSARON_EXPORT DiscImageSource
 {
 public:
     /// Opens the image file at the path, a regular file or a block device. A VANT trailer and partition maps are
-    /// looked for; raw sectors (2352 bytes with their sync marks) are recognised.
+    /// looked for. The sectors are those of the first track of data that a trailer describes; without one, raw sectors
+    /// (2352 bytes with their sync marks) are recognised.
     [[nodiscard]] static DiscImageSourceResult sourceWithFile(const QString &path);
     /// The same, with the sectors as the caller knows them, for example from a cue sheet.
     [[nodiscard]] static DiscImageSourceResult sourceWithFile(const QString &path, const DiscImageSectors &sectors);
@@ -77,6 +78,7 @@ private:
     [[nodiscard]] static DiscImageSourceResult open(const QString &path,
                                                     const std::optional<DiscImageSectors> &sectors);
     void recogniseTrailer(const QString &path);
+    [[nodiscard]] std::optional<DiscImageSectors> describedSectors() const;
     void recogniseSectors();
     void measure();
     void recogniseDamagedTrailer();

@@ -174,6 +174,8 @@ Result<BurnPlan> planBurn(const DRLayout &layout, DRBurn *burn, const std::stop_
             return error;
     }
     plan.contents.numberTracks();
+    if (const NSError wrong = plan.contents.check())
+        return layoutError(wrong.localizedFailureReason());
     plan.bytes = plan.contents.storedBytes();
     plan.report = joinReports(planner.takeReports());
     return plan;

@@ -56,11 +56,12 @@ bool ImageTrackWriter::canWrite(const DiscTrack &described)
 NSError ImageTrackWriter::plan(BlockAddress begin, const std::stop_token &cancellation,
                                const std::function<void(double)> &progress)
 {
+    const BlockAddress firstBlock = begin + std::int64_t(m_described.pregap.length);
     if (m_image)
-        return {};
+        return checkLength(firstBlock);
     PlanOptions options;
     options.filesystems = DRFilesystemInclusionMaskAll;
-    options.firstBlock = begin + std::int64_t(m_described.pregap.length);
+    options.firstBlock = firstBlock;
     NSError error;
     DiscImagePlan plan = planDiscImage(m_root, options, cancellation, progress, &error);
     if (cancellation.stop_requested())
@@ -70,7 +71,24 @@ NSError ImageTrackWriter::plan(BlockAddress begin, const std::stop_token &cancel
     m_root.reset(); // the image does not need the tree, which may be big
     m_image = std::move(plan.image);
     m_facts = {plan.fileCount, plan.folderCount, std::move(plan.report)};
-    return {};
+    return checkLength(firstBlock);
+}
+
+/// Sectors with a header say their place in minutes, of which they have 99 at most.
+NSError ImageTrackWriter::checkLength(BlockAddress firstBlock) const
+{
+    constexpr BlockAddress last(404'849);
+    const BlockAddress end = firstBlock + std::int64_t(track().length);
+    if (m_encoder.isPlain() || m_encoder.blockSize() == std::size_t(SectorForm::WithoutHeader) || end - 1 <= last)
+        return {};
+    return burnError(
+        paramErr,
+        QStringLiteral("The disc would end at block %1. Sectors of %2 bytes are those of a CD, which has no "
+                       "place behind block %3.")
+            .arg(end.number() - 1)
+            .arg(m_encoder.blockSize())
+            .arg(last.number()),
+        QStringLiteral("Put fewer files onto it, or use blocks of 2048 bytes."));
 }
 
 DiscTrack ImageTrackWriter::track() const

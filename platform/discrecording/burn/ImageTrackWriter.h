@@ -40,6 +40,7 @@ public:
     [[nodiscard]] NSError write(BlockStream &stream) override;
 
 private:
+    [[nodiscard]] NSError checkLength(BlockAddress firstBlock) const;
     [[nodiscard]] NSError writePieces(BlockStream &stream);
     [[nodiscard]] NSError writePostgap(BlockStream &stream);
     /// Writes blocks of 2048 bytes in the track's form of sectors.

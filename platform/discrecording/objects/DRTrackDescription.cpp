@@ -131,6 +131,16 @@ Result<DiscTrack> discTrackOfProperties(const QVariantMap &properties, TrackLeng
     return track;
 }
 
+StatedBlocks statedBlocks(const QVariantMap &properties)
+{
+    StatedBlocks stated;
+    if (const auto size = properties.constFind(DRBlockSizeKey); size != properties.constEnd())
+        stated.size = size->toULongLong();
+    if (const auto type = properties.constFind(DRBlockTypeKey); type != properties.constEnd())
+        stated.type = type->toInt();
+    return stated;
+}
+
 QVariantMap propertiesOfDiscTrack(const DiscTrack &track, const QVariantMap &others)
 {
     QVariantMap properties = others;

@@ -7,6 +7,9 @@
 
 #include <QVariantMap>
 
+#include <cstdint>
+#include <optional>
+
 namespace Tessaron
 {
 
@@ -26,6 +29,13 @@ enum class TrackLengthIs {
 /// missing or no number, or when a track's postgap is longer than the track.
 [[nodiscard]] TESSARON_EXPORT Result<DiscTrack> discTrackOfProperties(const QVariantMap &properties,
                                                                       TrackLengthIs length = TrackLengthIs::Stated);
+
+/// Block size (bytes) and block type as the properties state them, sound or not; no value where they do not.
+struct StatedBlocks {
+    std::optional<std::uint64_t> size;
+    std::optional<std::int32_t> type;
+};
+[[nodiscard]] TESSARON_EXPORT StatedBlocks statedBlocks(const QVariantMap &properties);
 
 /// The properties that describe the track, put over `others`, which keep the keys that do not describe the track.
 /// discTrackOfProperties() leads back, except for the number and what no property says: ISRC, whether gaps are stored,

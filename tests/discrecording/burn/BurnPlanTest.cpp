@@ -119,6 +119,17 @@ TEST(BurnPlan, plan_fails_whenTheTracksTogetherAreLongerThanBlockNumbersReach)
     EXPECT_EQ(planError(DRTrackArray{huge, huge}).code(), paramErr);
 }
 
+TEST(BurnPlan, plan_fails_whenNoDiscHasSuchTracks)
+{
+    const auto producer = std::make_shared<TestProducer>();
+    const NSError error = planError(DRTrackArray(100, trackOfProducer(producer, 5)));
+    EXPECT_EQ(error.code(), paramErr);
+    EXPECT_TRUE(error.localizedDescription().contains(QStringLiteral("99")))
+        << qPrintable(error.localizedDescription());
+    EXPECT_EQ(planError(trackOfFolder({{DRIndexPointsKey, QVariantList{5000u}}})).code(), paramErr);
+    EXPECT_EQ(producer->calls, QStringList()) << "nothing was begun";
+}
+
 TEST(BurnPlan, plan_sumsAllTracksOfAllSessions)
 {
     const Result<BurnPlan> plan = planLayout(twoSessions(std::make_shared<TestProducer>()));

@@ -315,6 +315,25 @@ TEST(ImageTrackWriter, write_putsTheSubchannelBehindEachSector)
     }
 }
 
+TEST(ImageTrackWriter, plan_refusesSectorsThatNoCDHasAPlaceFor)
+{
+    FakeBlockImage image;
+    image.addGenerated(400'000);
+    const auto planned = [&](std::uint32_t blockSize, std::int64_t begin) {
+        DiscTrack described;
+        described.blockSize = blockSize;
+        described.postgap = {150, true};
+        return ImageTrackWriter(shared(image), {}, described).plan(BlockAddress(begin), {}, [](double) {});
+    };
+    EXPECT_TRUE(planned(2352, 4700).isNull());
+    EXPECT_EQ(planned(2352, 4701).code(), paramErr);
+    EXPECT_EQ(
+        planned(2448, 4701).localizedDescription(),
+        QStringLiteral("The disc would end at block 404850. Sectors of 2448 bytes are those of a CD, which has no "
+                       "place behind block 404849."));
+    EXPECT_TRUE(planned(2048, 4701).isNull()) << "they say no place";
+}
+
 TEST(ImageTrackWriter, canWrite_isTrueOfTheFormsThatHoldAFilesystem)
 {
     const auto canWrite = [](TrackKind kind, std::uint32_t blockSize) {
