@@ -191,14 +191,14 @@ OSStatus readPascalString(NSFileHandle &handle, QString *string, NSStringEncodin
     char length = 0;
     if (readChar(handle, &length) != noErr)
         return eofErr;
-    const int signedLength = static_cast<std::int8_t>(length);
-    if (signedLength < 0) {
+    constexpr char longest = 127;
+    if (const auto unsignedLength = static_cast<unsigned char>(length); unsignedLength > longest) {
         // As many bytes as a negative length is when no sign is seen: all that there are.
         std::array<char, 4096> rest;
         while (handle.readInto(rest.data(), rest.size()) > 0) { }
         return eofErr;
     }
-    return signedLength == 0 ? noErr : readString(handle, string, encoding, signedLength);
+    return length == 0 ? noErr : readString(handle, string, encoding, static_cast<unsigned char>(length));
 }
 
 void skipBytes(NSFileHandle &handle, std::uint64_t count)

@@ -308,8 +308,9 @@ KRCustomLayoutWriter::Outcome KRCustomLayoutWriter::copyData(DRTrackProducer &pr
         m_currentBytes += got;
         if (chunks % chunksPerReport != 0)
             continue;
+        const std::uint64_t written = m_currentBytes / 1024;
         const std::uint64_t total = std::max<std::uint64_t>(m_totalBytes / 1024, 1);
-        const double progress = double(m_currentBytes / 1024) / double(total);
+        const double progress = double(written) / double(total);
         onMainThread([progress](KRCustomLayoutWriter &writer) { writer.notifyAboutProgress(progress); });
     }
     return Outcome::Written;

@@ -210,7 +210,7 @@ TEST_F(CustomLayoutWriter, tracks_followEachOther_inFileAndCueSheet)
     write(QVariantList{element(one), QVariantList{element(two), element(three)}});
     EXPECT_EQ(heard.join(u' '), QStringLiteral("path path path texts end"));
     EXPECT_TRUE(tree.contents("disc.bin")
-                == QByteArray(100 * 2352, '1') + QByteArray(200 * 2352, '2') + QByteArray(300 * 2352, '3'));
+                == QByteArray(235'200, '1') + QByteArray(470'400, '2') + QByteArray(705'600, '3'));
     EXPECT_EQ(writer->cueSheet(),
               QStringLiteral("FILE \"disc.bin\" BINARY\n"
                              "TRACK 01 AUDIO\n    INDEX 01 00:00:00\n"
@@ -271,8 +271,10 @@ TEST_F(CustomLayoutWriter, progress_isToldEverySevenChunks_inWholeKibibytes)
 {
     constexpr std::uint64_t size = 15 * 823'200 + 100;
     write(element(std::make_shared<PlainProducer>('x', size)));
-    const double total = double(size / 1024);
-    EXPECT_EQ(progress, (QList<double>{double(7 * 823'200 / 1024) / total, double(14 * 823'200 / 1024) / total}));
+    constexpr std::uint64_t total = size / 1024;
+    constexpr std::uint64_t afterSeven = 7 * 823'200 / 1024;
+    constexpr std::uint64_t afterFourteen = 14 * 823'200 / 1024;
+    EXPECT_EQ(progress, (QList<double>{double(afterSeven) / double(total), double(afterFourteen) / double(total)}));
 }
 
 TEST_F(CustomLayoutWriter, aProducerThatGivesLess_isAskedForTheRest)

@@ -97,8 +97,8 @@ TEST(LayoutCreation, progress_countsWholeUnitsOf10240Bytes)
     const auto root = virtualFolderItem(disc);
     // Three of the system's pages are one unit and a bit, eight are three and a bit, one is none.
     for (const int pages : {3, 8, 1})
-        root->addItem(
-            itemAt(QString::fromUtf8(tree.makeFile("f" + QByteArray::number(pages), QByteArray(pages * 4096, 'x')))));
+        root->addItem(itemAt(QString::fromUtf8(
+            tree.makeFile("f" + QByteArray::number(pages), QByteArray(qsizetype(pages) * 4096, 'x')))));
     ASSERT_EQ(root->contentsPhysicalSize(), 12u * 4096) << "the temporary folder allocates as we expect";
     LayoutRecorder recorder;
     ASSERT_TRUE(recorder.run(*root));
