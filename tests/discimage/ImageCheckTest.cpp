@@ -8,6 +8,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace Tessaron::Testing
@@ -172,6 +173,24 @@ TEST(ImageCheck, hybridImage_hasAllItsPartitionMaps)
     EXPECT_EQ(DiscImageSource::sourceWithBytes(flipped(image, 512))->partitions(), source->partitions())
         << "the backup serves";
     EXPECT_FALSE(problemsOf(flipped(image, image.size() - 512 + 20)).filter(text("GPT")).isEmpty()) << "the backup";
+}
+
+TEST(ImageCheck, hybridImageWhoseMbrAnnouncesNoGpt_isSound)
+{
+    if (!hasProgram(text("xorriso")))
+        GTEST_SKIP() << "xorriso";
+    const TemporaryTree boot;
+    const QByteArray code = boot.makeFile("code", QByteArray(432, 'x'));
+    const QByteArray image = foreignImage(
+        {text("xorriso"),
+         words("-as mkisofs -quiet -R -isohybrid-mbr") + QStringList{QString::fromUtf8(code)}
+             + words("-b boot.img -no-emul-boot -boot-load-size 4 -c boot.cat -eltorito-alt-boot -e boot.img "
+                     "-no-emul-boot -isohybrid-gpt-basdat")});
+    ASSERT_FALSE(image.isEmpty());
+    const auto source = DiscImageSource::sourceWithBytes(image);
+    const auto isGpt = [](const DiscImagePartition &partition) { return partition.scheme == PartitionScheme::GPT; };
+    ASSERT_TRUE(std::ranges::any_of(source->partitions(), isGpt));
+    EXPECT_EQ(problemsOf(image).join(QLatin1Char('\n')).toStdString(), "");
 }
 
 /// Each of these hid a filesystem, or was passed over, before there was a check.

@@ -251,6 +251,13 @@ QString guidText(const std::uint8_t *bytes)
     return digits.toUpper();
 }
 
+/// Whether the MBR says that there is a GPT.
+enum class Announced : std::uint8_t {
+    Yes,
+    NotNeeded, ///< it has entries of its own for systems that know no GPT
+    No,
+};
+
 class GptReader : public TableReader
 {
 public:
@@ -259,8 +266,8 @@ public:
     {
     }
 
-    /// `isAnnounced`: the MBR says that there is one. Returns whether there is.
-    bool run(bool isAnnounced, std::vector<DiscImagePartition> *partitions) const
+    /// Returns whether there is one.
+    bool run(Announced announced, std::vector<DiscImagePartition> *partitions) const
     {
         const std::optional<Table> primary = readTable(1);
         const std::uint64_t last =
@@ -271,7 +278,7 @@ public:
         const bool isPrimarySound = primary && primary->isSound;
         const bool isBackupSound = backup && backup->isSound;
         if (!primary && !backup) {
-            if (isAnnounced)
+            if (announced == Announced::Yes)
                 remains(sectorSize,
                         QStringLiteral("an MBR says that there is one, but neither it nor its backup is found"));
             return false;
@@ -284,7 +291,7 @@ public:
             damaged(backupSector * sectorSize, QStringLiteral("its backup is damaged or missing"));
         else if (isPrimarySound && !isSame(*primary, *backup))
             damaged(backupSector * sectorSize, QStringLiteral("it and its backup do not say the same"));
-        if (!isAnnounced)
+        if (announced == Announced::No)
             damaged(0, QStringLiteral("no MBR announces it"));
         const Table &used = isPrimarySound || !isBackupSound ? (primary ? *primary : *backup) : *backup;
         takeEntries(used, partitions);
@@ -441,8 +448,14 @@ std::vector<DiscImagePartition> readPartitionTables(const DiscImageSource &sourc
     std::vector<DiscImagePartition> mbrPartitions;
     const bool announcesGpt = MbrReader(source, problem).run(&mbrPartitions);
     // What an MBR has beside a GPT is for systems that know no GPT: it is shown, too. Such an MBR of a hybrid image has
-    // no entry that announces the GPT.
-    (void)GptReader(source, problem).run(announcesGpt, &partitions);
+    // no entry that announces the GPT; an entry at its place must be that one, though.
+    const bool isHybrid = !mbrPartitions.empty()
+        && std::ranges::none_of(mbrPartitions, [](const auto &partition) { return partition.offset == sectorSize; });
+    (void)GptReader(source, problem)
+        .run(announcesGpt   ? Announced::Yes
+                 : isHybrid ? Announced::NotNeeded
+                            : Announced::No,
+             &partitions);
     partitions.insert(partitions.end(), mbrPartitions.begin(), mbrPartitions.end());
     return partitions;
 }
