@@ -16,6 +16,9 @@ void checkTrailer(const DiscImageSource &source, VolumeProblemReport &report)
     if (!error)
         return;
     VolumeProblem problem;
+    // An image of a later version may be sound.
+    if (error.domain() == VANTErrorDomain && error.code() == qint64(VANTErrorCode::UnknownVersion))
+        problem.kind = VolumeProblem::Kind::Unsupported;
     problem.offset = error.userInfo().value(VANTErrorOffsetKey).toULongLong();
     problem.structure = QStringLiteral("description of a VANT image");
     problem.message = error.localizedFailureReason();

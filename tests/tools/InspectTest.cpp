@@ -169,6 +169,14 @@ TEST_F(Inspect, vantImage_isReadInTheSectorsOfItsTracks)
     }
 }
 
+TEST_F(Inspect, trailerOfALaterVersion_isNotCalledDamaged)
+{
+    const ChildResult result = runTessaron({"inspect", TESSARON_SOURCE_FOLDER "/fuzz/vant-corpus/newer-version"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.errors.contains("not supported")) << result.errors.constData();
+    EXPECT_FALSE(result.errors.contains("damaged")) << result.errors.constData();
+}
+
 TEST_F(Inspect, imagesOfOtherPrograms_areRead)
 {
     makeOrdinaryTree();

@@ -154,7 +154,8 @@ Problem InspectCommand::judge() const
         return {Problem::Kind::Source, QStringLiteral("the image %1 is damaged").arg(quoted(path)), {}, path};
     if (m_result.unsupportedCount > 0 || std::any_of(image.volumes.begin(), image.volumes.end(), isUnsupported))
         return {Problem::Kind::Source,
-                QStringLiteral("the image %1 has a filesystem of a kind that is not supported").arg(quoted(path)),
+                QStringLiteral("the image %1 has a filesystem or a trailer of a kind that is not supported")
+                    .arg(quoted(path)),
                 {},
                 path};
     const bool isEmpty = image.volumes.empty() && image.tracks.empty();
