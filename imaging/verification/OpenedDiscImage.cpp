@@ -101,7 +101,8 @@ std::optional<DiscImageSectors> sectorsOfSheet(const CueSheet &sheet, const QByt
         const std::optional<SectorForm> form = track.sectorForm();
         const std::optional<SectorPart> part = form ? userDataPart(track.kind, *form) : std::nullopt;
         if (part)
-            return DiscImageSectors{runs.front().offset, track.blockSize, std::uint32_t(part->offset)};
+            return DiscImageSectors{runs.front().offset, track.blockSize, std::uint32_t(part->offset), track.kind,
+                                    runs.front().blocks};
     }
     return std::nullopt;
 }

@@ -1,5 +1,6 @@
 #include "platform/discimage/ImageCheck.h"
 
+#include "platform/discimage/SectorCheck.h"
 #include "platform/discimage/hfsplus/HfsPlusVolumeCheck.h"
 #include "platform/discimage/iso9660/IsoVolumeCheck.h"
 #include "platform/discimage/udf/UdfVolumeCheck.h"
@@ -45,6 +46,8 @@ std::uint64_t checkDiscImage(const std::shared_ptr<const DiscImageSource> &sourc
     VolumeProblemReport report(visitor, stop);
     checkTrailer(*source, report);
     checkPartitionTables(*source, report);
+    if (!report.isStopped())
+        checkSectors(*source, report);
     if (!report.isStopped())
         checkIsoVolumes(*source, report);
     if (!report.isStopped())

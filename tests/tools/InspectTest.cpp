@@ -93,15 +93,22 @@ TEST_F(Inspect, rawSectors_areReadThrough_withAndWithoutACueSheet)
     makeOrdinaryTree();
     makeImage("out/plain.iso", {"--filesystems", "iso9660"});
     const QByteArray plain = m_tree.contents("out/plain.iso");
-    QByteArray raw;
-    for (qsizetype at = 0; at < plain.size(); at += 2048)
-        raw += QByteArray(1, '\0') + QByteArray(10, '\xff') + QByteArray("\0\0\2\0\1", 5) + plain.mid(at, 2048)
-            + QByteArray(288, '\0');
+    const auto blocks = std::size_t(plain.size() / 2048);
+    QByteArray raw(qsizetype(blocks) * 2352, Qt::Uninitialized);
+    SectorEncoder::encoderFor(TrackKind::Mode1, SectorForm::Raw)
+        ->encode(plain.constData(), blocks, BlockAddress(0), raw.data());
     m_tree.makeFile("out/raw.img", raw);
     EXPECT_EQ(inspected(m_tree.path("out/raw.img"))[QStringLiteral("format")].toString(), QStringLiteral("raw"));
     EXPECT_EQ(filesystemsIn(inspected(m_tree.path("out/raw.img"))),
               Lines({"iso9660 SOURCE 4 2", "rockridge SOURCE 4 2"}));
     EXPECT_EQ(runTessaron({"verify", "-q", m_tree.path("out/raw.img"), m_tree.path("source")}).exitStatus, 0);
+    QByteArray damaged = raw;
+    damaged[5 * 2352 + 2100] = char(damaged[5 * 2352 + 2100] ^ 1);
+    m_tree.makeFile("out/damaged.img", damaged);
+    EXPECT_EQ(runTessaron({"inspect", m_tree.path("out/damaged.img")}).exitStatus, 1);
+    const ChildResult verified = runTessaron({"verify", m_tree.path("out/damaged.img"), m_tree.path("source")});
+    EXPECT_EQ(verified.exitStatus, 1);
+    EXPECT_TRUE((verified.output + verified.errors).contains("sector 5: ")) << verified.errors.constData();
 
     const QByteArray audio(qsizetype{150} * 2352, 'a');
     m_tree.makeFile("out/mixed.bin", audio + raw + audio);

@@ -1,6 +1,7 @@
 #include "platform/discimage/source/DiscImageSource.h"
 
 #include "platform/discimage/source/DiscImageErrors.h"
+#include "platform/disctracks/SectorCoding.h"
 #include "platform/disctracks/vant/VANTReader.h"
 #include "platform/disctracks/vant/VANTRecords.h"
 #include "platform/disctracks/vant/VANTTrailer.h"
@@ -145,7 +146,9 @@ std::optional<DiscImageSectors> DiscImageSource::describedSectors() const
             const std::optional<SectorForm> form = track.sectorForm();
             const auto part = form && !track.isAudio() ? userDataPart(track.kind, *form) : std::nullopt;
             if (part)
-                return DiscImageSectors{places[index].startOffset, track.blockSize, std::uint32_t(part->offset)};
+                return DiscImageSectors{places[index].startOffset, track.blockSize, std::uint32_t(part->offset),
+                                        track.kind,
+                                        track.storedBlocks() - (track.pregap.isStored ? track.pregap.length : 0)};
         }
     }
     return std::nullopt;
@@ -166,6 +169,7 @@ void DiscImageSource::recogniseSectors()
     m_sectors.size = rawSectorSize;
     // Mode 2 has a subheader of 8 bytes behind the header in its form 1, the one with 2048 bytes of user data.
     m_sectors.dataOffset = start[sectorModeOffset] == 2 ? 24 : 16;
+    m_sectors.kind = kindOfSector(start.data());
 }
 
 void DiscImageSource::measure()
@@ -186,6 +190,20 @@ NSError DiscImageSource::readFile(std::uint64_t offset, void *buffer, std::size_
     if (got < length) // it was longer when it was opened
         return beyondTheEnd(offset + got, length - got, offset + got);
     return {};
+}
+
+std::uint64_t DiscImageSource::sectorCount() const
+{
+    const std::uint64_t available = (m_dataLength - std::min(m_dataLength, m_sectors.start)) / m_sectors.size;
+    return m_sectors.count == 0 ? available : std::min(available, m_sectors.count);
+}
+
+NSError DiscImageSource::readSectors(std::uint64_t first, std::size_t count, void *buffer) const
+{
+    const std::uint64_t all = sectorCount();
+    if (first > all || count > all - first)
+        return beyondTheEnd(first * userDataSize, count * userDataSize, m_length);
+    return readFile(m_sectors.start + first * m_sectors.size, buffer, count * m_sectors.size);
 }
 
 NSError DiscImageSource::read(std::uint64_t offset, void *buffer, std::size_t length) const

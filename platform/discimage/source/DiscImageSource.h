@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/discimage/source/PartitionTables.h"
+#include "platform/disctracks/SectorForm.h"
 #include "platform/disctracks/vant/VANTImage.h"
 #include "platform/foundation/Export.h"
 #include "platform/foundation/NSError.h"
@@ -23,6 +24,8 @@ struct DiscImageSectors {
     std::uint64_t start = 0; ///< offset in the file of the first sector
     std::uint32_t size = 2048; ///< bytes in the file for one sector; 2048 when there is nothing but user data
     std::uint32_t dataOffset = 0; ///< of the user data in the sector
+    TrackKind kind = TrackKind::Unstated; ///< of the track that the sectors are of, where that is known
+    std::uint64_t count = 0; ///< sectors of that track; 0: all up to the end of the data
 
     friend bool operator==(const DiscImageSectors &, const DiscImageSectors &) = default;
 };
@@ -58,6 +61,10 @@ public:
     /// Reads exactly `length` bytes at `offset`, or fails: with DiscImageErrorCode::Truncated when they are not all
     /// there, with an error of NSOSStatusErrorDomain when the system refuses.
     [[nodiscard]] NSError read(std::uint64_t offset, void *buffer, std::size_t length) const;
+    /// Reads whole sectors as they stand in the file, sectors().size bytes each; `first` counts from sectors().start.
+    [[nodiscard]] NSError readSectors(std::uint64_t first, std::size_t count, void *buffer) const;
+    /// How many sectors there are for readSectors(): those of the track, as far as the file holds them.
+    [[nodiscard]] std::uint64_t sectorCount() const;
     /// True when the run lies within the image; no sum can overflow.
     [[nodiscard]] bool contains(std::uint64_t offset, std::uint64_t length) const
     {
