@@ -73,7 +73,7 @@ public:
             [this](KRDirectoryScanner &scanner, const std::shared_ptr<KRFileHierarchyItem> &root) {
                 // A folder that cannot be listed is in the tree, and empty: the user must hear of it.
                 for (const UnreadableFolder &unreadable : scanner.unreadableFolders())
-                    tell(QString::fromUtf8(unreadable.path), QStringLiteral("cannot be listed"));
+                    tell(stringWithFileSystemRepresentation(unreadable.path), QStringLiteral("cannot be listed"));
                 save(root);
             };
         m_scanner->setDelegate(delegate);

@@ -1,5 +1,6 @@
 // A window that makes a disc image of what is dropped on it, or given as arguments, beside the first of it.
 #include <TessaronClasses/DiscImageJob.h>
+#include <TessaronClasses/PathHelpers.h>
 
 #include <QApplication>
 #include <QDropEvent>
@@ -35,7 +36,8 @@ public:
         DiscImageOrder order;
         for (const QString &path : paths)
             order.sources.append(fileSystemRepresentation(path));
-        order.output = order.sources.first() + ".iso";
+        // Beside the first source, under a name that nothing has yet.
+        order.output = fileSystemRepresentation(unusedName(paths.first() + QStringLiteral(".iso")));
         m_job = std::make_unique<DiscImageJob>(order);
         connect(m_job.get(), &DiscJob::progressed, this, &DropWindow::showProgress);
         connect(m_job.get(), &DiscImageJob::finished, this, &DropWindow::showResult);
@@ -52,9 +54,14 @@ protected:
     void dropEvent(QDropEvent *event) override
     {
         QStringList paths;
-        for (const QUrl &url : event->mimeData()->urls())
-            paths.append(url.toLocalFile());
-        makeImage(paths);
+        for (const QUrl &url : event->mimeData()->urls()) {
+            if (url.isLocalFile())
+                paths.append(url.toLocalFile());
+        }
+        if (paths.isEmpty())
+            m_text->setText(QStringLiteral("Only files and folders of this computer can be put on a disc."));
+        else
+            makeImage(paths);
     }
 
 private:
@@ -69,7 +76,8 @@ private:
 
     void showResult(const DiscImageResult &result)
     {
-        QString text = QStringLiteral("%1 is ready.").arg(displayableText(QString::fromUtf8(result.imagePath)));
+        QString text =
+            QStringLiteral("%1 is ready.").arg(displayableText(stringWithFileSystemRepresentation(result.imagePath)));
         if (result.error)
             text = result.error.localizedDescription() + u'\n' + result.error.localizedRecoverySuggestion();
         else if (!result.isComplete()) // what the image lacks must be said
