@@ -32,6 +32,7 @@ struct KRDirectoryScannerDelegate {
     /// code, the folder's path under NSFilePathErrorKey. The scan goes on, except after memFullErr, which ends it.
     std::function<void(KRDirectoryScanner &, const NSError &)> directoryScannerReportedError;
     /// Once, with the root of the tree, when a scan ran to its end. The tree lives as long as the pointer is kept.
+    /// Null, here and below, when there was not even memory for the root.
     std::function<void(KRDirectoryScanner &, const std::shared_ptr<KRFileHierarchyItem> &)>
         directoryScannerScanDidFinishWithHierarchyItem;
     /// Once, with what had been built, when a scan was cancelled.

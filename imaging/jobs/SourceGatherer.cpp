@@ -101,7 +101,10 @@ void SourceGatherer::gatherFolder(const DiscSource &source)
 
 void SourceGatherer::folderEnded(const std::shared_ptr<KRFileHierarchyItem> &item)
 {
-    judge(*item);
+    if (item)
+        judge(*item);
+    else
+        m_error = outOfMemoryError();
     m_gathered.push_back({item, m_scanner->scannedFiles(), m_scanner->scannedDirs()});
     // The scanner is still busy with this very callback: it goes when the next source, or the end, has come.
     performOnMainThread([this, life = CallbackContext(m_life), scanner = m_scanner] {
