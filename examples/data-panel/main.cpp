@@ -74,7 +74,10 @@ public:
                 // A folder that cannot be listed is in the tree, and empty: the user must hear of it.
                 for (const UnreadableFolder &unreadable : scanner.unreadableFolders())
                     tell(stringWithFileSystemRepresentation(unreadable.path), QStringLiteral("cannot be listed"));
-                save(root);
+                if (root)
+                    save(root);
+                else
+                    QCoreApplication::exit(fail(QStringLiteral("there is not enough memory for the tree")));
             };
         m_scanner->setDelegate(delegate);
         return m_scanner->startDirectoryScan();
