@@ -65,7 +65,7 @@ void growHeapAtOnce()
     std::free(block);
 }
 
-/// The items of so many entries, with their references, take about that room.
+/// How many entries fill that room with their items and references, about.
 constexpr std::size_t entriesPerGrowth = 300;
 
 } // namespace

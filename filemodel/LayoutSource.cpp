@@ -20,7 +20,7 @@ namespace
 
 constexpr int folderFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-/// From so many files on their folder is listed.
+/// A folder of which at least this many files are laid out is listed once, in place of a look at each.
 constexpr std::size_t filesWorthListing = 8;
 /// Bytes of names that are kept of one folder.
 constexpr std::size_t longestNames = std::size_t(4) << 20;

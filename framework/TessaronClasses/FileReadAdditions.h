@@ -36,7 +36,7 @@ namespace Tessaron
 /// negative: then eofErr, with the rest of the file read.
 [[nodiscard]] TESSARON_EXPORT OSStatus readPascalString(NSFileHandle &handle, QString *string,
                                                         NSStringEncoding encoding);
-/// Goes on behind so many bytes, whether they are there or not.
+/// Moves the offset forward by `count` bytes, whether the file has them or not.
 TESSARON_EXPORT void skipBytes(NSFileHandle &handle, std::uint64_t count);
 /// One read(2): the bytes read, 0 at the end, -1 on an error.
 [[nodiscard]] TESSARON_EXPORT std::ptrdiff_t readBytesOfLength(NSFileHandle &handle, void *bytes, std::size_t length);

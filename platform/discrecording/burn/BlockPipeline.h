@@ -14,9 +14,9 @@
 namespace Tessaron
 {
 
-/// Produces the blocks of an image ahead of whoever consumes them: readers claim pieces in their order and fill the
-/// buffers of a bounded ring. The pieces are consumed in the same order, in one of two ways. Memory does not grow with
-/// the image.
+/// Produces the blocks of an image ahead of the thread that takes them: readers claim pieces in their order and fill
+/// the buffers of a bounded ring. The pieces are consumed in the same order, in one of two ways. Memory does not grow
+/// with the image.
 ///
 /// - By the thread that made the pipeline, which asks for one after another with next().
 /// - By a Taker, which is called by the readers: the bytes are still in the cache of the processor that has read them.
