@@ -279,10 +279,7 @@ TEST_F(DeepFoldersForOthers, xorriso_extractsTheSource)
 {
     if (!hasProgram(QStringLiteral("xorriso")))
         GTEST_SKIP() << "xorriso is not installed";
-    const ProgramResult result =
-        runProgram(QStringLiteral("xorriso"),
-                   {QStringLiteral("-osirrox"), QStringLiteral("on"), QStringLiteral("-indev"), image->path(),
-                    QStringLiteral("-extract"), QStringLiteral("/"), target.pathText("x")});
+    const ProgramResult result = extractWithXorriso(image->path(), target.pathText("x"));
     EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
     EXPECT_FALSE(result.errors.contains("SORRY")) << result.errors.constData();
     expectSource("x");

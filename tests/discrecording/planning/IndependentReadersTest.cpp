@@ -94,10 +94,7 @@ TEST_F(IndependentReaders, xorriso_extractsTheSource)
 {
     if (!hasProgram(QStringLiteral("xorriso")))
         GTEST_SKIP() << "xorriso is not installed";
-    const ProgramResult result =
-        runProgram(QStringLiteral("xorriso"),
-                   {QStringLiteral("-osirrox"), QStringLiteral("on"), QStringLiteral("-indev"), image->path(),
-                    QStringLiteral("-extract"), QStringLiteral("/"), target.pathText("x")});
+    const ProgramResult result = extractWithXorriso(image->path(), target.pathText("x"));
     EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
     EXPECT_FALSE(result.errors.contains("SORRY")) << result.errors.constData();
     EXPECT_FALSE(result.errors.contains("WARNING")) << result.errors.constData();
@@ -219,11 +216,7 @@ TEST_F(IndependentReadersOfLaterTracks, xorriso_extractsTheSource)
 {
     if (!hasProgram(QStringLiteral("xorriso")))
         GTEST_SKIP() << "xorriso is not installed";
-    const ProgramResult result =
-        runProgram(QStringLiteral("xorriso"),
-                   {QStringLiteral("-osirrox"), QStringLiteral("on"), QStringLiteral("-load"),
-                    QStringLiteral("sbsector"), QString::number(firstBlock), QStringLiteral("-indev"), discPath(),
-                    QStringLiteral("-extract"), QStringLiteral("/"), target.pathText("extracted")});
+    const ProgramResult result = extractWithXorriso(discPath(), target.pathText("extracted"), firstBlock);
     EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
     expectSameTrees(source.pathText(), target.pathText("extracted"));
     EXPECT_EQ(listingOf(target.pathText("extracted")), listingOf(source.pathText()));
@@ -317,10 +310,7 @@ TEST_P(JolietWithoutIso, xorriso_extractsIt)
 {
     if (!hasProgram(QStringLiteral("xorriso")))
         GTEST_SKIP() << "xorriso is not installed";
-    const ProgramResult result =
-        runProgram(QStringLiteral("xorriso"),
-                   {QStringLiteral("-osirrox"), QStringLiteral("on"), QStringLiteral("-indev"), image->path(),
-                    QStringLiteral("-extract"), QStringLiteral("/"), target.pathText("x")});
+    const ProgramResult result = extractWithXorriso(image->path(), target.pathText("x"));
     EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
     EXPECT_EQ(target.contents("x/folder/Lower Case.txt"), "joliet");
 }

@@ -121,6 +121,15 @@ ProgramResult runProgram(const QString &program, const QStringList &arguments, c
     return result;
 }
 
+ProgramResult extractWithXorriso(const QString &path, const QString &folder, std::uint32_t firstBlock)
+{
+    QStringList arguments{QStringLiteral("-osirrox"), QStringLiteral("on")};
+    if (firstBlock > 0)
+        arguments += {QStringLiteral("-load"), QStringLiteral("sbsector"), QString::number(firstBlock)};
+    arguments += {QStringLiteral("-indev"), path, QStringLiteral("-extract"), QStringLiteral("/"), folder};
+    return runProgram(QStringLiteral("xorriso"), arguments);
+}
+
 bool hasProgram(const QString &program)
 {
     return !QStandardPaths::findExecutable(program).isEmpty();

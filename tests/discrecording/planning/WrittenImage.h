@@ -52,6 +52,9 @@ struct ProgramResult {
 /// Runs a program to its end; `folder` is its working folder.
 [[nodiscard]] ProgramResult runProgram(const QString &program, const QStringList &arguments,
                                        const QString &folder = {});
+/// Lets xorriso extract the image that begins at `firstBlock` of a file into a folder that it makes.
+[[nodiscard]] ProgramResult extractWithXorriso(const QString &path, const QString &folder,
+                                               std::uint32_t firstBlock = 0);
 /// True when the program is installed; tests that need one that is not are skipped.
 [[nodiscard]] bool hasProgram(const QString &program);
 
