@@ -11,7 +11,8 @@ namespace Tessaron
 /// The elements, with those of an element that is a list itself in its place; lists in such a list stay as they are.
 [[nodiscard]] TESSARON_EXPORT QVariantList flattenedArray(const QVariantList &array);
 
-/// The first element that is a text and begins with the prefix (letter case counts); a null text when there is none.
+/// The first element that is a text and begins with the prefix (letter case counts); a null text when
+/// no element does.
 [[nodiscard]] TESSARON_EXPORT QString stringWithPrefix(const QVariantList &array, const QString &prefix);
 
 } // namespace Tessaron

@@ -11,7 +11,7 @@ namespace Tessaron
 /// capitals). False for a word that is not known.
 [[nodiscard]] bool setCueMode(const QByteArray &mode, DiscTrack *track);
 
-/// The word for the track; empty when there is none.
+/// The word for the track; empty for a kind and size that sheets have no word for.
 [[nodiscard]] QByteArray cueModeOf(const DiscTrack &track);
 
 /// All words, for people.

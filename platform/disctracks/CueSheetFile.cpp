@@ -73,7 +73,7 @@ QByteArrayView lastComponent(QByteArrayView name)
     return name.sliced(std::max(name.lastIndexOf('/'), name.lastIndexOf('\\')) + 1);
 }
 
-/// The entry of the folder whose name is the same in another letter case; empty when there is none or more than one.
+/// The entry of the folder whose name is the same in another letter case; empty unless exactly one is.
 QByteArray entryInAnyCase(const QByteArray &folder, const QByteArray &name)
 {
     const QString wanted = QString::fromUtf8(name).toCaseFolded();

@@ -69,7 +69,7 @@ std::optional<Atom> firstAtom(const LocalMediaFile &file, std::optional<Atom> pa
     return parent;
 }
 
-/// The content of the first atom on a way, cut at a limit; empty when there is none.
+/// The content of the first atom on a way, cut at a limit; empty when no atom lies there.
 QByteArray contentOf(const LocalMediaFile &file, const Atom &parent, const QList<QByteArray> &way,
                      std::int64_t most = 4096)
 {

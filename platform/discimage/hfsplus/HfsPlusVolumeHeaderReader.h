@@ -26,8 +26,8 @@ struct HfsPlusHeader {
 };
 
 /// Looks for an HFS+ volume: embedded in an HFS wrapper at the beginning of the image or of an Apple partition, or
-/// without one ("HFS Wrapper", "Volume Header"). Absent when there is none; the error is set when there should be one,
-/// or when another way than the one taken leads to something that is not a volume.
+/// without one ("HFS Wrapper", "Volume Header"). No value for an image without one; the error is set when it should
+/// have one, or when another way than the one taken leads to something that is not a volume.
 [[nodiscard]] std::optional<HfsPlusHeader> findHfsPlusHeader(const DiscImageSource &source, NSError *error);
 
 /// Compares the copy of the header at the end of the volume: the null error when the two agree in what hardly

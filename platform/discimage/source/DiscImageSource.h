@@ -76,7 +76,8 @@ public:
     /// What a VANT trailer says; absent when the file has none, or a damaged one (vantError() is set then).
     [[nodiscard]] const std::optional<VANTImage> &vantImage() const { return m_vantImage; }
     [[nodiscard]] const NSError &vantError() const { return m_vantError; }
-    /// The entries of all partition maps, an Apple map's own included; empty when there is none. See
+    /// The entries of all partition maps, an Apple map's own included; empty for an image
+    /// without a map. See
     /// readPartitionTables().
     [[nodiscard]] const std::vector<DiscImagePartition> &partitions() const { return m_partitions; }
 

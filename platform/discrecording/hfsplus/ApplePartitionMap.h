@@ -19,7 +19,7 @@ struct ApplePartitionMap {
     /// Bytes of descriptor and map at most.
     static constexpr std::size_t size = 3 * std::size_t{logicalBlockSize};
 
-    /// The unit that most systems know, Linux among them, as long as it can count an image of so many blocks: up to
+    /// The unit that most systems know, Linux among them, as long as it can count the image's blocks: up to
     /// 2 TiB. Above, the block of the disc.
     [[nodiscard]] static std::uint32_t unitFor(std::uint64_t imageBlocks);
 

@@ -21,8 +21,8 @@ constexpr std::uint32_t nodesPerCheck = 1024;
 constexpr std::size_t flagsOffset = 8; // the same for files and folders
 constexpr std::size_t typeAndCreatorSize = 8;
 
-/// Where every file carries a label of the system, a list of attributes tells nothing: after so many it is not asked
-/// for again.
+/// Where every file carries a label of the system, a list of attributes tells nothing. After this many such lists no
+/// further one is asked for.
 constexpr int mostVainLists = 8;
 
 /// Takes away types and creators that would make the file something else: only the volume itself says what a link is.
