@@ -48,8 +48,8 @@ struct DiscJobProgress {
 /// through the event loop.
 ///
 /// A job that is destroyed while it runs is cancelled: the destructor waits until the workers have noticed (they look
-/// at least once for every megabyte), nothing half-made is left, and no signal follows. It may be destroyed in a slot that
-/// hears one of its signals by deleteLater() only.
+/// at least once for every megabyte), nothing half-made is left, and no signal follows. It may be destroyed in a slot
+/// that hears one of its signals by deleteLater() only.
 class TESSARON_EXPORT DiscJob : public QObject
 {
     Q_OBJECT
