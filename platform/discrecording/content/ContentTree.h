@@ -67,8 +67,10 @@ struct ContentNode {
     std::uint8_t flags = 0;
 
     [[nodiscard]] std::string_view nameView() const { return {name, nameLength}; }
-    [[nodiscard]] DRFilesystemMask filesystems() const { return masks & 15u; }
-    [[nodiscard]] DRFilesystemMask hiddenIn() const { return masks >> 4u; }
+    static constexpr unsigned int hiddenShift = 4; ///< of the high half of `masks`
+    [[nodiscard]] DRFilesystemMask filesystems() const { return masks & DRFilesystemInclusionMaskAll; }
+    [[nodiscard]] DRFilesystemMask hiddenIn() const { return masks >> hiddenShift; }
+    void hideIn(DRFilesystemMask filesystem) { masks = static_cast<std::uint8_t>(masks | filesystem << hiddenShift); }
     [[nodiscard]] bool isFolder() const { return kind == ContentKind::Folder; }
     [[nodiscard]] bool isFile() const { return kind == ContentKind::File; }
     [[nodiscard]] bool isDevice() const

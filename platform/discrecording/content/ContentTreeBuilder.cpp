@@ -214,7 +214,7 @@ void ContentTreeBuilder::applyProperties(NodeIndex node, ContentNode &content, c
     constexpr DRFilesystem filesystems[] = {DRISO9660, DRJoliet, DRUDF, DRHFSPlus};
     for (std::size_t index = 0; index < std::size(filesystems); ++index) {
         if (object.propertyForKey(DRInvisible, filesystems[index]).toBool())
-            content.masks = static_cast<std::uint8_t>(content.masks | (0x10u << index));
+            content.hideIn(DRFilesystemMask{1} << index);
     }
     if (const QVariant mode = object.propertyForKey(DRPosixFileMode, DRISO9660); mode.isValid())
         m_modes.emplace_back(node, static_cast<std::uint16_t>(mode.toUInt() & 07777u));
@@ -278,7 +278,7 @@ void ContentTreeBuilder::addListedChildren(NodeIndex parent, StorageIssues &issu
     for (ContentNode &content : children) {
         const NodeIndex node = m_tree->nodes.size();
         content.parent = parent;
-        content.masks = m_tree->nodes[parent].masks & 15u;
+        content.masks = static_cast<std::uint8_t>(m_tree->nodes[parent].filesystems());
         if (!content.isFolder())
             content.setContentsOwner(node);
         noteLongName(node, content);

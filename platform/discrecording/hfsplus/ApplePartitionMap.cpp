@@ -19,8 +19,14 @@ constexpr std::uint32_t smallUnit = 512;
 constexpr std::uint32_t mapStart = 1;
 constexpr std::uint32_t entryCount = 2;
 
-/// Valid, allocated, in use, and readable, but not writable: a write would damage the other filesystems of the disc.
-constexpr std::uint32_t readOnlyStatus = 0x17;
+enum Status : std::uint32_t {
+    IsValid = 1u << 0,
+    IsAllocated = 1u << 1,
+    IsInUse = 1u << 2,
+    IsReadable = 1u << 4,
+};
+/// Not writable: a write would damage the other filesystems of the disc.
+constexpr std::uint32_t readOnlyStatus = IsValid | IsAllocated | IsInUse | IsReadable;
 
 // Fields of the driver descriptor (Inside Macintosh, "The Partition Map"), counted from 0.
 namespace Driver

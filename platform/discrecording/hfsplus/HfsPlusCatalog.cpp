@@ -61,7 +61,8 @@ constexpr std::size_t mode = 42;
 constexpr std::size_t special = 44;
 constexpr std::size_t finderInfo = 48;
 constexpr std::size_t finderFlags = 56;
-constexpr std::size_t finderLocation = 58; // vertical, then horizontal
+constexpr std::size_t finderVertical = 58; // where the Finder shows the folder in its parent's window
+constexpr std::size_t finderHorizontal = 60;
 constexpr std::size_t dataFork = 88;
 constexpr std::size_t resourceFork = 168;
 } // namespace Field
@@ -71,8 +72,8 @@ constexpr std::uint16_t threadExistsFlag = 2;
 // What makes the hidden folder of files with several names and the links to these ("Hard Links").
 constexpr std::u16string_view privateFolderName{u"\0\0\0\0HFS+ Private Data", 21};
 constexpr std::string_view linkedFilePrefix = "iNode";
-constexpr std::uint16_t invisibleAndNameLocked = 0x5000;
-constexpr std::uint16_t hasBeenInitialised = 0x0100;
+constexpr std::uint16_t nameLocked = 1u << 12; // Finder flags
+constexpr std::uint16_t hasBeenInitialised = 1u << 8;
 constexpr std::uint16_t farAway = 22460; ///< coordinates at which no window shows the folder
 
 std::size_t digitCount(std::uint32_t number)
@@ -83,9 +84,10 @@ std::size_t digitCount(std::uint32_t number)
     return digits;
 }
 
+/// Eight letters, four for each.
 void storeTypeAndCreator(std::uint8_t *record, const char (&text)[9])
 {
-    std::memcpy(record + Field::finderInfo, text, 8);
+    std::memcpy(record + Field::finderInfo, text, sizeof text - 1);
 }
 
 } // namespace
@@ -342,7 +344,7 @@ void HfsPlusCatalog::storeLink(NodeIndex node, const HfsPlusSharedFile &file, st
     storeBigEndian<std::uint32_t>(to + Field::id, HfsPlusTree::idOf(node));
     storeAttributes(file.firstName, m_tree.firstLinkedId() + file.number, to);
     storeBigEndian<std::uint32_t>(to + Field::createDate, hfsPlusDate(m_tree.tree().volumeTime));
-    std::fill_n(to + Field::finderInfo, 32, std::uint8_t{0});
+    std::fill_n(to + Field::finderInfo, sizeof(FinderInfoBytes), std::uint8_t{0});
     storeTypeAndCreator(to, "hlnkhfs+");
     storeBigEndian<std::uint16_t>(to + Field::finderFlags, hasBeenInitialised);
 }
@@ -356,9 +358,9 @@ void HfsPlusCatalog::storePrivateFolder(std::uint8_t *to) const
     for (const std::size_t place : {Field::createDate, Field::contentDate, Field::attributeDate, Field::accessDate})
         storeBigEndian<std::uint32_t>(to + place, date);
     storeBigEndian<std::uint16_t>(to + Field::mode, S_IFDIR | 0700);
-    storeBigEndian<std::uint16_t>(to + Field::finderFlags, invisibleAndNameLocked);
-    storeBigEndian<std::uint16_t>(to + Field::finderLocation, farAway);
-    storeBigEndian<std::uint16_t>(to + Field::finderLocation + 2, farAway);
+    storeBigEndian<std::uint16_t>(to + Field::finderFlags, kFinderIsInvisible | nameLocked);
+    storeBigEndian<std::uint16_t>(to + Field::finderVertical, farAway);
+    storeBigEndian<std::uint16_t>(to + Field::finderHorizontal, farAway);
 }
 
 void HfsPlusCatalog::storeLinkedFile(std::uint32_t number, std::uint8_t *to) const

@@ -4,7 +4,6 @@
 #include "platform/coreservices/PathAccess.h"
 #include "platform/discrecording/content/SourceFolder.h"
 #include "platform/discrecording/image/ImageLayout.h"
-#include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 
 #include <algorithm>
@@ -18,7 +17,6 @@ namespace
 {
 
 constexpr std::uint32_t nodesPerCheck = 1024;
-constexpr std::size_t flagsOffset = 8; // the same for files and folders
 constexpr std::size_t typeAndCreatorSize = 8;
 
 /// Where every file carries a label of the system, a list of attributes tells nothing. After this many such lists no
@@ -183,7 +181,7 @@ FinderInfoBytes HfsPlusForks::finderInfo(NodeIndex node) const
     }
     if ((tree.nodes[node].hiddenIn() & HfsPlusTree::filesystem) != 0)
         flags |= kFinderIsInvisible;
-    storeBigEndian<std::uint16_t>(info.data() + flagsOffset, flags);
+    setFinderFlags(info.data(), flags);
     return info;
 }
 

@@ -15,8 +15,12 @@ namespace
 
 constexpr std::uint16_t wrapperSignature = 0x4244; // "BD"
 constexpr std::uint16_t embeddedSignature = 0x482B; // "H+"
-/// Unmounted, with blocks that are not its own, locked by software: what makes readers believe in an embedded volume.
-constexpr std::uint16_t wrapperAttributes = 0x8300;
+// Attributes of the wrapper. Only with all of them do readers believe in an embedded volume.
+constexpr std::uint16_t unmounted = 1u << 8;
+constexpr std::uint16_t sparedBlocks = 1u << 9; // some that are not the wrapper's own
+constexpr std::uint16_t softwareLock = 1u << 15;
+/// The IDs below are the format's own.
+constexpr std::uint32_t firstFreeId = 16;
 constexpr std::uint64_t mostUnits = 65534;
 constexpr std::uint64_t sectorsPerBlock = logicalBlockSize / 512;
 constexpr std::size_t longestName = 27;
@@ -59,12 +63,12 @@ void storeHfsWrapper(std::uint8_t *to, FileTime time, std::u16string_view name, 
     storeBigEndian<std::uint16_t>(to + Field::signature, wrapperSignature);
     storeBigEndian<std::uint32_t>(to + Field::creationDate, hfsPlusDate(time));
     storeBigEndian<std::uint32_t>(to + Field::modificationDate, hfsPlusDate(time));
-    storeBigEndian<std::uint16_t>(to + Field::attributes, wrapperAttributes);
+    storeBigEndian<std::uint16_t>(to + Field::attributes, unmounted | sparedBlocks | softwareLock);
     storeBigEndian<std::uint16_t>(to + Field::unitCount, units);
     storeBigEndian<std::uint32_t>(to + Field::unitSize, unitBytes);
     storeBigEndian<std::uint32_t>(to + Field::clumpSize, unitBytes);
     storeBigEndian<std::uint16_t>(to + Field::firstUnit, static_cast<std::uint16_t>(firstUnit));
-    storeBigEndian<std::uint32_t>(to + Field::nextId, 16);
+    storeBigEndian<std::uint32_t>(to + Field::nextId, firstFreeId);
     const std::u16string_view shown = name.substr(0, longestName);
     to[Field::nameLength] = static_cast<std::uint8_t>(shown.size());
     std::ranges::transform(shown, to + Field::name, [](char16_t unitOfName) {

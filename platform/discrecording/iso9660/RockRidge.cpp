@@ -22,7 +22,7 @@ constexpr std::string_view referenceSource =
     "PLEASE CONTACT THE IEEE STANDARDS DEPARTMENT, PISCATAWAY, NJ, USA FOR THE P1282 SPECIFICATION";
 
 /// Bytes of a name or of link components that one entry can carry after its flags.
-constexpr std::size_t entryCapacity = SystemUse::longestEntry - 5;
+constexpr std::size_t entryCapacity = SystemUse::longestEntry - SystemUse::flaggedHeadSize;
 
 // Flags of NM and SL entries and of the components of SL (IEEE P1282 4.1.3.1, 4.1.4).
 constexpr std::uint8_t continues = 1;
@@ -30,8 +30,63 @@ constexpr std::uint8_t componentCurrent = 2;
 constexpr std::uint8_t componentParent = 4;
 constexpr std::uint8_t componentRoot = 8;
 
-// Which times a TF entry holds (4.1.6).
-constexpr std::uint8_t modificationAccessAndAttributes = 0x0E;
+// Which times a TF entry holds (4.1.6), in this order.
+constexpr std::uint8_t holdsModification = 1u << 1;
+constexpr std::uint8_t holdsAccess = 1u << 2;
+constexpr std::uint8_t holdsAttributes = 1u << 3;
+
+// Fields of the entries, counted from the end of their heads. Numbers are recorded in both byte orders.
+namespace Posix // PX (4.1.1)
+{
+constexpr std::size_t mode = 0;
+constexpr std::size_t linkCount = 8;
+constexpr std::size_t userId = 16;
+constexpr std::size_t groupId = 24;
+constexpr std::size_t serialNumber = 32;
+constexpr std::size_t size = 40;
+} // namespace Posix
+namespace DeviceNumber // PN (4.1.2)
+{
+constexpr std::size_t high = 0;
+constexpr std::size_t low = 8;
+constexpr std::size_t size = 16;
+} // namespace DeviceNumber
+namespace Component // of SL (4.1.3.1), from its own start
+{
+constexpr std::size_t flags = 0;
+constexpr std::size_t length = 1;
+constexpr std::size_t text = 2;
+} // namespace Component
+namespace Relocation // CL and PL (4.1.5.1, 4.1.5.2)
+{
+constexpr std::size_t block = 0;
+constexpr std::size_t size = 8;
+} // namespace Relocation
+namespace Times // TF (4.1.6)
+{
+constexpr std::size_t flags = 0;
+constexpr std::size_t modification = 1;
+constexpr std::size_t access = modification + recordingDateSize;
+constexpr std::size_t attributes = access + recordingDateSize;
+constexpr std::size_t size = attributes + recordingDateSize;
+} // namespace Times
+namespace SharingProtocol // SP (SUSP 5.3)
+{
+constexpr std::size_t checkBytes = 0;
+constexpr std::size_t skippedBytes = 2;
+constexpr std::size_t size = 3;
+} // namespace SharingProtocol
+namespace Reference // ER (SUSP 5.5)
+{
+constexpr std::size_t identifierLength = 0;
+constexpr std::size_t descriptorLength = 1;
+constexpr std::size_t sourceLength = 2;
+constexpr std::size_t version = 3;
+constexpr std::size_t texts = 4;
+} // namespace Reference
+
+/// What SP is recognised by.
+constexpr std::array<std::uint8_t, 2> checkBytes = {0xBE, 0xEF};
 
 std::span<const std::uint8_t> bytesOf(std::string_view text)
 {
@@ -52,13 +107,13 @@ public:
 
     void add(std::uint8_t flags, std::string_view name)
     {
-        while (partSize + name.size() > room()) {
-            if (name.size() < 2 || room() <= partSize) {
+        while (Component::text + name.size() > room()) {
+            if (name.size() < 2 || room() <= Component::text) {
                 breakBeforeNext();
                 continue;
             }
             // What remains for the next entry is a byte at least.
-            const std::string_view part = name.substr(0, std::min(room() - partSize, name.size() - 1));
+            const std::string_view part = name.substr(0, std::min(room() - Component::text, name.size() - 1));
             append({continues, part});
             flush(continues);
             name.remove_prefix(part.size());
@@ -69,42 +124,41 @@ public:
     void finish() { flush(0); }
 
 private:
-    struct Component {
+    struct Part {
         std::uint8_t flags = 0;
         std::string_view name;
     };
-    static constexpr std::size_t partSize = 2; ///< bytes of a component without its text
 
     [[nodiscard]] std::size_t room() const { return entryCapacity - m_size; }
 
-    void append(const Component &component)
+    void append(const Part &component)
     {
         m_components[m_count++] = component;
-        m_size += partSize + component.name.size();
+        m_size += Component::text + component.name.size();
     }
 
-    static bool canBeParted(const Component &component)
+    static bool canBeParted(const Part &component)
     {
         return component.flags == componentParent || (component.flags == 0 && component.name.size() > 1);
     }
 
     /// Takes the last component out of the entry.
-    Component takeLast()
+    Part takeLast()
     {
-        const Component last = m_components[--m_count];
-        m_size -= partSize + last.name.size();
+        const Part last = m_components[--m_count];
+        m_size -= Component::text + last.name.size();
         return last;
     }
 
     /// Ends the entry within its last component that can be parted, and begins the next one with the rest.
     void breakBeforeNext()
     {
-        std::vector<Component> rest;
+        std::vector<Part> rest;
         while (m_count > 0) {
-            const Component last = takeLast();
+            const Part last = takeLast();
             const std::string_view name = last.flags == componentParent ? std::string_view("..") : last.name;
             // As a name ".." takes more room than there may be.
-            if (canBeParted(last) && partSize + name.size() - 1 <= room()) {
+            if (canBeParted(last) && Component::text + name.size() - 1 <= room()) {
                 append({continues, name.substr(0, name.size() - 1)});
                 rest.push_back({0, name.substr(name.size() - 1)});
                 break;
@@ -124,12 +178,12 @@ private:
     {
         std::array<std::uint8_t, entryCapacity> bytes{};
         std::size_t at = 0;
-        for (const Component &component : std::span(m_components).first(m_count)) {
-            bytes[at] = component.flags;
-            bytes[at + 1] = static_cast<std::uint8_t>(component.name.size());
+        for (const Part &component : std::span(m_components).first(m_count)) {
+            bytes[at + Component::flags] = component.flags;
+            bytes[at + Component::length] = static_cast<std::uint8_t>(component.name.size());
             std::copy(component.name.begin(), component.name.end(),
-                      bytes.begin() + static_cast<std::ptrdiff_t>(at + partSize));
-            at += partSize + component.name.size();
+                      bytes.begin() + static_cast<std::ptrdiff_t>(at + Component::text));
+            at += Component::text + component.name.size();
         }
         m_use.addBytes("SL", flags, {bytes.data(), at});
         m_count = 0;
@@ -137,7 +191,7 @@ private:
     }
 
     SystemUse &m_use;
-    std::array<Component, entryCapacity / partSize> m_components; ///< of the entry that is being filled
+    std::array<Part, entryCapacity / Component::text> m_components; ///< of the entry that is being filled
     std::size_t m_count = 0;
     std::size_t m_size = 0; ///< bytes that they take
 };
@@ -179,12 +233,15 @@ void addLinkTarget(SystemUse &use, std::string_view target)
 
 void storeDeviceNumber(std::span<std::uint8_t> pn, std::uint64_t device)
 {
-    // The low half holds the whole number where it is what systems agree on; else Linux wants major and minor apart.
+    // The low half holds the whole number as long as it has the 12 and 8 bits that systems agree on. Beyond these Linux
+    // wants major and minor number apart.
+    constexpr unsigned int commonMajorBits = 12;
+    constexpr unsigned int commonMinorBits = 8;
     const unsigned int major = gnu_dev_major(device);
     const unsigned int minor = gnu_dev_minor(device);
-    const bool isCommon = major < 0x1000 && minor < 0x100;
-    storeBothEndian(pn.data(), isCommon ? 0 : major);
-    storeBothEndian(pn.data() + 8, isCommon ? major << 8 | minor : minor);
+    const bool isCommon = major >> commonMajorBits == 0 && minor >> commonMinorBits == 0;
+    storeBothEndian(&pn[DeviceNumber::high], isCommon ? 0 : major);
+    storeBothEndian(&pn[DeviceNumber::low], isCommon ? major << commonMinorBits | minor : minor);
 }
 
 } // namespace
@@ -192,24 +249,24 @@ void storeDeviceNumber(std::span<std::uint8_t> pn, std::uint64_t device)
 void addRockRidgeAttributes(SystemUse &use, const ContentTree &tree, NodeIndex node, const RockRidgeFacts *facts)
 {
     const ContentNode &content = tree.nodes[node];
-    const std::span<std::uint8_t> px = use.add("PX", 44);
+    const std::span<std::uint8_t> px = use.add("PX", SystemUse::headSize + Posix::size);
     if (facts) {
-        storeBothEndian(px.data(), content.mode);
-        storeBothEndian(px.data() + 8, facts->linkCount);
-        storeBothEndian(px.data() + 16, content.userId);
-        storeBothEndian(px.data() + 24, content.groupId);
-        storeBothEndian(px.data() + 32, facts->serialNumber);
+        storeBothEndian(&px[Posix::mode], content.mode);
+        storeBothEndian(&px[Posix::linkCount], facts->linkCount);
+        storeBothEndian(&px[Posix::userId], content.userId);
+        storeBothEndian(&px[Posix::groupId], content.groupId);
+        storeBothEndian(&px[Posix::serialNumber], facts->serialNumber);
     }
     if (content.isDevice())
-        storeDeviceNumber(use.add("PN", 20), content.deviceNumber());
-    const std::span<std::uint8_t> tf = use.add("TF", 5 + 3 * recordingDateSize);
+        storeDeviceNumber(use.add("PN", SystemUse::headSize + DeviceNumber::size), content.deviceNumber());
+    const std::span<std::uint8_t> tf = use.add("TF", SystemUse::headSize + Times::size);
     if (!facts)
         return;
     const ObjectTimes times = tree.times(node);
-    tf[0] = modificationAccessAndAttributes;
-    storeRecordingDate(tf.data() + 1, times.modification);
-    storeRecordingDate(tf.data() + 1 + recordingDateSize, times.access);
-    storeRecordingDate(tf.data() + 1 + 2 * recordingDateSize, times.attributeModification);
+    tf[Times::flags] = holdsModification | holdsAccess | holdsAttributes;
+    storeRecordingDate(&tf[Times::modification], times.modification);
+    storeRecordingDate(&tf[Times::access], times.access);
+    storeRecordingDate(&tf[Times::attributes], times.attributeModification);
 }
 
 void addRockRidgeName(SystemUse &use, const ContentTree &tree, NodeIndex node)
@@ -226,36 +283,36 @@ void addRockRidgeName(SystemUse &use, const ContentTree &tree, NodeIndex node)
 
 void addChildLink(SystemUse &use, std::uint32_t block)
 {
-    storeBothEndian(use.add("CL", 12).data(), block);
+    storeBothEndian(&use.add("CL", SystemUse::headSize + Relocation::size)[Relocation::block], block);
 }
 
 void addParentLink(SystemUse &use, std::uint32_t block)
 {
-    storeBothEndian(use.add("PL", 12).data(), block);
+    storeBothEndian(&use.add("PL", SystemUse::headSize + Relocation::size)[Relocation::block], block);
 }
 
 void addRelocatedMark(SystemUse &use)
 {
-    use.add("RE", 4);
+    use.add("RE", SystemUse::headSize);
 }
 
 void addSharingProtocolIndicator(SystemUse &use)
 {
-    const std::span<std::uint8_t> sp = use.add("SP", 7);
-    sp[0] = 0xBE;
-    sp[1] = 0xEF;
-    sp[2] = 0; // no bytes before the entries in other records
+    const std::span<std::uint8_t> sp = use.add("SP", SystemUse::headSize + SharingProtocol::size);
+    std::copy(checkBytes.begin(), checkBytes.end(), sp.begin() + SharingProtocol::checkBytes);
+    sp[SharingProtocol::skippedBytes] = 0; // no bytes before the entries in other records
 }
 
 void addRockRidgeReference(SystemUse &use)
 {
-    const std::span<std::uint8_t> er =
-        use.add("ER", 8 + referenceIdentifier.size() + referenceDescriptor.size() + referenceSource.size());
-    er[0] = static_cast<std::uint8_t>(referenceIdentifier.size());
-    er[1] = static_cast<std::uint8_t>(referenceDescriptor.size());
-    er[2] = static_cast<std::uint8_t>(referenceSource.size());
-    er[3] = 1;
-    auto to = std::copy(referenceIdentifier.begin(), referenceIdentifier.end(), er.begin() + 4);
+    const std::span<std::uint8_t> er = use.add("ER",
+                                               SystemUse::headSize + Reference::texts + referenceIdentifier.size()
+                                                   + referenceDescriptor.size() + referenceSource.size());
+    er[Reference::identifierLength] = static_cast<std::uint8_t>(referenceIdentifier.size());
+    er[Reference::descriptorLength] = static_cast<std::uint8_t>(referenceDescriptor.size());
+    er[Reference::sourceLength] = static_cast<std::uint8_t>(referenceSource.size());
+    er[Reference::version] = 1;
+    auto to = std::copy(referenceIdentifier.begin(), referenceIdentifier.end(), er.begin() + Reference::texts);
     to = std::copy(referenceDescriptor.begin(), referenceDescriptor.end(), to);
     std::copy(referenceSource.begin(), referenceSource.end(), to);
 }

@@ -10,16 +10,37 @@ namespace Tessaron
 namespace
 {
 
-/// A CE entry: where the area is and how long (SUSP 5.1).
+// Fields that every entry begins with (SUSP 4.2), counted from 0.
+namespace Head
+{
+constexpr std::size_t signature = 0;
+constexpr std::size_t length = 2;
+constexpr std::size_t version = 3;
+} // namespace Head
+static_assert(Head::version + 1 == SystemUse::headSize);
+
+// Fields of a CE entry (SUSP 5.1).
+namespace Continuation
+{
+constexpr std::size_t block = 4;
+constexpr std::size_t offset = 12;
+constexpr std::size_t length = 20;
+} // namespace Continuation
+
+void storeHead(std::uint8_t *entry, std::string_view signature, std::size_t length)
+{
+    std::copy(signature.begin(), signature.end(), entry + Head::signature);
+    entry[Head::length] = static_cast<std::uint8_t>(length);
+    entry[Head::version] = 1;
+}
+
+/// A CE entry: where the area is and how long.
 void storeContinuationEntry(std::uint8_t *to, const ContinuationPlace &place, std::uint32_t size)
 {
-    to[0] = 'C';
-    to[1] = 'E';
-    to[2] = SystemUse::continuationEntrySize;
-    to[3] = 1;
-    storeBothEndian(to + 4, static_cast<std::uint32_t>(place.block));
-    storeBothEndian(to + 12, place.offset);
-    storeBothEndian(to + 20, size);
+    storeHead(to, "CE", SystemUse::continuationEntrySize);
+    storeBothEndian(to + Continuation::block, static_cast<std::uint32_t>(place.block));
+    storeBothEndian(to + Continuation::offset, place.offset);
+    storeBothEndian(to + Continuation::length, size);
 }
 
 } // namespace
@@ -39,18 +60,15 @@ std::span<std::uint8_t> SystemUse::add(std::string_view signature, std::size_t s
     m_bytes.resize(start + size);
     m_entries.push_back({static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(size)});
     std::uint8_t *const entry = m_bytes.data() + start;
-    entry[0] = static_cast<std::uint8_t>(signature[0]);
-    entry[1] = static_cast<std::uint8_t>(signature[1]);
-    entry[2] = static_cast<std::uint8_t>(size);
-    entry[3] = 1;
-    return {entry + 4, size - 4};
+    storeHead(entry, signature, size);
+    return {entry + headSize, size - headSize};
 }
 
 void SystemUse::addBytes(std::string_view signature, std::uint8_t flags, std::span<const std::uint8_t> bytes)
 {
-    const std::span<std::uint8_t> rest = add(signature, 5 + bytes.size());
-    rest[0] = flags;
-    std::copy(bytes.begin(), bytes.end(), rest.begin() + 1);
+    const std::span<std::uint8_t> rest = add(signature, flaggedHeadSize + bytes.size());
+    rest.front() = flags;
+    std::copy(bytes.begin(), bytes.end(), rest.begin() + (flaggedHeadSize - headSize));
 }
 
 void SystemUse::divide(std::size_t room)

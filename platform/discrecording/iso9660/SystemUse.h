@@ -24,6 +24,10 @@ struct ContinuationPlace {
 class SystemUse
 {
 public:
+    /// Bytes that every entry begins with: signature, length and version (SUSP 4.2).
+    static constexpr std::size_t headSize = 4;
+    /// The same with the byte of flags that follows in the entries of a chain.
+    static constexpr std::size_t flaggedHeadSize = headSize + 1;
     /// Bytes of a CE entry (SUSP 5.1).
     static constexpr std::size_t continuationEntrySize = 28;
     /// Longest entry: its length is one byte.

@@ -146,6 +146,8 @@ TitleSetPlaces titleSetPlacesIn(const ContentTree &tree, NodeIndex information)
     constexpr std::size_t titleTableAt = 0xC4;
     constexpr std::size_t tableHeadSize = 8;
     constexpr std::size_t entrySize = 12;
+    constexpr std::size_t titleSetAt = 6; // within an entry, like the next one
+    constexpr std::size_t startAt = 8;
     TitleSetPlaces places{};
     const Head head = blockOf(tree, information, 0);
     if (!isHead(head, true))
@@ -154,9 +156,9 @@ TitleSetPlaces titleSetPlacesIn(const ContentTree &tree, NodeIndex information)
     const std::size_t count = std::min<std::size_t>(loadBigEndian<std::uint16_t>(table.data()), titleSetCount);
     for (std::size_t index = 0; index < count; ++index) {
         const std::size_t entry = tableHeadSize + index * entrySize;
-        const std::uint8_t titleSet = table[entry + 6];
+        const std::uint8_t titleSet = table[entry + titleSetAt];
         if (titleSet > 0 && titleSet <= titleSetCount)
-            places[titleSet] = numberAt(table, entry + 8);
+            places[titleSet] = numberAt(table, entry + startAt);
     }
     return places;
 }

@@ -19,8 +19,10 @@ constexpr std::size_t previousExtent = 16;
 constexpr std::size_t descriptorsLength = 20;
 } // namespace ExtentHead
 
-/// Extent type 3: the descriptors go on in the extent (ECMA-167 4/14.14.1.1).
-constexpr std::uint32_t goesOnThere = 3u << 30;
+/// The two highest bits of a length are the type of the extent (ECMA-167 4/14.14.1.1).
+constexpr unsigned int extentTypeShift = 30;
+/// Extent type 3: the descriptors go on in the extent.
+constexpr std::uint32_t goesOnThere = 3u << extentTypeShift;
 
 } // namespace
 

@@ -12,6 +12,42 @@ namespace Tessaron
 namespace
 {
 
+// Fields of a timestamp (ECMA-167 1/7.3), counted from 0.
+namespace Timestamp
+{
+constexpr std::size_t typeAndZone = 0;
+constexpr std::size_t year = 2;
+constexpr std::size_t month = 4;
+constexpr std::size_t day = 5;
+constexpr std::size_t hour = 6;
+constexpr std::size_t minute = 7;
+constexpr std::size_t second = 8;
+constexpr std::size_t hundredths = 9; // of a second
+constexpr std::size_t hundredsOfMicroseconds = 10;
+constexpr std::size_t microseconds = 11;
+} // namespace Timestamp
+static_assert(Timestamp::microseconds + 1 == udfTimestampSize);
+
+// Fields of a character set (1/7.2.1). Its type is 0, CS0.
+namespace CharacterSet
+{
+constexpr std::size_t name = 1;
+} // namespace CharacterSet
+
+// Fields of an entity identifier (1/7.4). Its flags, the first byte, are 0.
+namespace EntityIdentifier
+{
+constexpr std::size_t identifier = 1;
+constexpr std::size_t suffix = 24;
+} // namespace EntityIdentifier
+
+// Fields of an extent and of a short or long allocation descriptor (3/7.1, 4/14.14.1, 4/14.14.2).
+namespace Extent
+{
+constexpr std::size_t length = 0;
+constexpr std::size_t block = 4;
+} // namespace Extent
+
 constexpr std::int64_t secondsPerDay = 86400;
 
 constexpr std::int64_t startOfYear(int year)
@@ -44,23 +80,23 @@ void storeUdfTimestamp(std::uint8_t *to, FileTime time)
     const sys_days day = floor<days>(second);
     const year_month_day date{day};
     const hh_mm_ss clock{second - day};
-    storeLittleEndian<std::uint16_t>(to, localTimeOfZoneZero);
-    storeLittleEndian<std::uint16_t>(to + 2, static_cast<std::uint16_t>(static_cast<int>(date.year())));
-    to[4] = static_cast<std::uint8_t>(static_cast<unsigned int>(date.month()));
-    to[5] = static_cast<std::uint8_t>(static_cast<unsigned int>(date.day()));
-    to[6] = static_cast<std::uint8_t>(clock.hours().count());
-    to[7] = static_cast<std::uint8_t>(clock.minutes().count());
-    to[8] = static_cast<std::uint8_t>(clock.seconds().count());
+    storeLittleEndian<std::uint16_t>(to + Timestamp::typeAndZone, localTimeOfZoneZero);
+    storeLittleEndian<std::uint16_t>(to + Timestamp::year, static_cast<std::uint16_t>(static_cast<int>(date.year())));
+    to[Timestamp::month] = static_cast<std::uint8_t>(static_cast<unsigned int>(date.month()));
+    to[Timestamp::day] = static_cast<std::uint8_t>(static_cast<unsigned int>(date.day()));
+    to[Timestamp::hour] = static_cast<std::uint8_t>(clock.hours().count());
+    to[Timestamp::minute] = static_cast<std::uint8_t>(clock.minutes().count());
+    to[Timestamp::second] = static_cast<std::uint8_t>(clock.seconds().count());
     const std::uint32_t microseconds = time.nanoseconds / 1000;
-    to[9] = static_cast<std::uint8_t>(microseconds / 10'000);
-    to[10] = static_cast<std::uint8_t>(microseconds / 100 % 100);
-    to[11] = static_cast<std::uint8_t>(microseconds % 100);
+    to[Timestamp::hundredths] = static_cast<std::uint8_t>(microseconds / 10'000);
+    to[Timestamp::hundredsOfMicroseconds] = static_cast<std::uint8_t>(microseconds / 100 % 100);
+    to[Timestamp::microseconds] = static_cast<std::uint8_t>(microseconds % 100);
 }
 
 void storeUdfCharacterSet(std::uint8_t *to)
 {
     constexpr std::string_view name = "OSTA Compressed Unicode";
-    std::copy(name.begin(), name.end(), to + 1);
+    std::copy(name.begin(), name.end(), to + CharacterSet::name);
 }
 
 void storeUdfText(std::span<std::uint8_t> field, std::u16string_view text)
@@ -76,16 +112,15 @@ void storeUdfText(std::span<std::uint8_t> field, std::u16string_view text)
 
 void storeUdfEntityIdentifier(std::uint8_t *to, std::string_view identifier, UdfIdentifierSuffix suffix)
 {
-    constexpr std::size_t suffixStart = 24;
-    std::copy(identifier.begin(), identifier.end(), to + 1);
-    std::uint8_t *at = to + suffixStart;
+    std::copy(identifier.begin(), identifier.end(), to + EntityIdentifier::identifier);
+    std::uint8_t *at = to + EntityIdentifier::suffix;
     if (suffix == UdfIdentifierSuffix::Domain || suffix == UdfIdentifierSuffix::Udf) {
         storeLittleEndian<std::uint16_t>(at, udfRevision);
-        at += 2;
+        at += sizeof udfRevision;
     }
     if (suffix == UdfIdentifierSuffix::Implementation || suffix == UdfIdentifierSuffix::Udf) {
-        at[0] = systemClass;
-        at[1] = systemNumber;
+        *at++ = systemClass;
+        *at = systemNumber;
     }
 }
 
@@ -96,8 +131,8 @@ void storeUdfImplementation(std::uint8_t *to)
 
 void storeUdfVolumeExtent(std::uint8_t *to, std::uint32_t bytes, std::uint32_t block)
 {
-    storeLittleEndian<std::uint32_t>(to, bytes);
-    storeLittleEndian<std::uint32_t>(to + 4, block);
+    storeLittleEndian<std::uint32_t>(to + Extent::length, bytes);
+    storeLittleEndian<std::uint32_t>(to + Extent::block, block);
 }
 
 void storeUdfShortDescriptor(std::uint8_t *to, std::uint32_t bytes, std::uint32_t block)

@@ -107,11 +107,13 @@ constexpr std::uint16_t isSticky = 1u << 8;
 
 constexpr std::uint32_t unsetId = 0xFFFFFFFF;
 
-/// Five bits each for others, group and owner, of which the lower three are those of POSIX (ECMA-167 4/14.9.5). The
-/// bits to change attributes and to delete stay clear: on a disc that is read only, neither is possible.
+/// Five bits each for others, group and owner; the lower three of them are those of POSIX (ECMA-167 4/14.9.5). The bits
+/// to change attributes and to delete stay clear: on a disc that is read only, neither is possible.
 std::uint32_t permissionsOf(std::uint16_t mode)
 {
-    return (mode & 07u) | (mode & 070u) << 2 | (mode & 0700u) << 4;
+    constexpr unsigned int furtherBits = 2; // of each class, beside those of POSIX
+    const std::uint32_t bits = mode;
+    return (bits & S_IRWXO) | (bits & S_IRWXG) << furtherBits | (bits & S_IRWXU) << (2 * furtherBits);
 }
 
 } // namespace
