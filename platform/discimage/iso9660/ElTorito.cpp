@@ -31,7 +31,9 @@ constexpr std::size_t platform = 1;
 constexpr std::size_t reserved = 2;
 constexpr std::size_t maker = 4;
 constexpr std::size_t makerSize = 24;
-constexpr std::size_t key = 30;
+constexpr std::size_t key = 30; // these two
+constexpr std::uint8_t firstKeyByte = 0x55;
+constexpr std::uint8_t secondKeyByte = 0xAA;
 } // namespace Validation
 namespace Entry
 {
@@ -112,8 +114,8 @@ private:
         unsigned int sum = 0;
         for (std::size_t at = 0; at < entrySize; at += 2)
             sum += loadLittleEndian<std::uint16_t>(&sector[at]);
-        if (sector[Validation::mark] != ValidationMark || sector[Validation::key] != 0x55
-            || sector[Validation::key + 1] != 0xAA)
+        if (sector[Validation::mark] != ValidationMark || sector[Validation::key] != Validation::firstKeyByte
+            || sector[Validation::key + 1] != Validation::secondKeyByte)
             damaged(m_catalog.offset, QStringLiteral("its first entry does not have the marks of one"));
         if ((sum & 0xFFFFu) != 0)
             damaged(m_catalog.offset, QStringLiteral("the checksum of its first entry is wrong"));

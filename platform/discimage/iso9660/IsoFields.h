@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace Tessaron
 {
@@ -67,6 +68,14 @@ inline constexpr std::size_t identifierLength = 32;
 inline constexpr std::size_t identifier = 33;
 } // namespace IsoRecordField
 
+/// Extended attribute records (ECMA-119 9.5).
+namespace IsoAttributeField
+{
+inline constexpr std::size_t owner = 0;
+inline constexpr std::size_t group = 4;
+inline constexpr std::size_t version = 180;
+} // namespace IsoAttributeField
+
 /// Records of a path table (ECMA-119 9.4).
 namespace IsoPathTableField
 {
@@ -80,6 +89,7 @@ inline constexpr std::size_t identifier = 8;
 /// The head of every system use entry (SUSP 4.2).
 namespace SystemUseField
 {
+inline constexpr std::size_t signature = 0; // two letters
 inline constexpr std::size_t length = 2;
 inline constexpr std::size_t version = 3;
 inline constexpr std::size_t data = 4;
@@ -97,7 +107,9 @@ inline constexpr std::size_t size = 28;
 /// SP (SUSP 5.3).
 namespace SharingProtocolField
 {
-inline constexpr std::size_t checkBytes = 4; // two
+inline constexpr std::size_t checkBytes = 4; // these two
+inline constexpr std::uint8_t firstCheckByte = 0xBE;
+inline constexpr std::uint8_t secondCheckByte = 0xEF;
 inline constexpr std::size_t skippedBytes = 6;
 inline constexpr std::size_t size = 7;
 } // namespace SharingProtocolField
@@ -120,6 +132,32 @@ inline constexpr std::size_t groupId = 28;
 inline constexpr std::size_t serialNumber = 36;
 inline constexpr std::size_t size = 44;
 } // namespace PosixField
+
+/// What the flags of TF say (IEEE P1282 4.1.6): a bit for each time that the entry holds, and how they are recorded.
+namespace TimesFlag
+{
+inline constexpr std::uint8_t creation = 1u << 0;
+inline constexpr std::uint8_t modification = 1u << 1;
+inline constexpr std::uint8_t longForm = 1u << 7; // digits (ECMA-119 8.4.26.1)
+} // namespace TimesFlag
+
+/// What the flags of NM say (IEEE P1282 4.1.4).
+namespace NameFlag
+{
+inline constexpr std::uint8_t continues = 1u << 0;
+inline constexpr std::uint8_t current = 1u << 1;
+inline constexpr std::uint8_t parent = 1u << 2;
+inline constexpr std::uint8_t host = 1u << 5;
+} // namespace NameFlag
+
+/// What the flags of a link target's component say (IEEE P1282 4.1.3.1); SL itself has the first alone.
+namespace LinkComponentFlag
+{
+inline constexpr std::uint8_t continues = 1u << 0;
+inline constexpr std::uint8_t current = 1u << 1;
+inline constexpr std::uint8_t parent = 1u << 2;
+inline constexpr std::uint8_t root = 1u << 3;
+} // namespace LinkComponentFlag
 
 /// NM, SL and TF (IEEE P1282 4.1.3, 4.1.4 and 4.1.6): flags, then a text, components or times.
 namespace RockRidgeField

@@ -21,8 +21,8 @@ namespace
 namespace Field = IsoRecordField;
 
 /// Formats and protection are those of an extended attribute record, which has to be there then (9.1.6).
-constexpr std::uint8_t attributeFlags = 0x18;
-constexpr std::uint8_t reservedFlags = 0x60;
+constexpr std::uint8_t attributeFlags = 1u << 3 | 1u << 4;
+constexpr std::uint8_t reservedFlags = 1u << 5 | 1u << 6;
 
 QString recordName()
 {
@@ -132,19 +132,21 @@ private:
             damaged(record.offset + Field::block, QStringLiteral("it leads beyond the end of the volume"));
     }
 
-    /// An extended attribute record (9.5) begins with two numbers in both byte orders and has version 1 at its byte
-    /// 180.
+    /// An extended attribute record (9.5) begins with two numbers in both byte orders, and its version is 1.
     [[nodiscard]] bool hasAttributeRecord(const IsoRecord &record) const
     {
-        constexpr std::size_t version = 180;
-        std::array<std::uint8_t, version + 1> attributes;
+        namespace Attribute = IsoAttributeField;
+        std::array<std::uint8_t, Attribute::version + 1> attributes;
         const std::uint64_t offset =
             std::uint64_t(record.block - record.bytes[Field::attributeLength]) * m_descriptor.blockSize;
         if (m_source.read(offset, attributes.data(), attributes.size()))
             return false;
-        return loadLittleEndian<std::uint16_t>(&attributes[0]) == loadBigEndian<std::uint16_t>(&attributes[2])
-            && loadLittleEndian<std::uint16_t>(&attributes[4]) == loadBigEndian<std::uint16_t>(&attributes[6])
-            && attributes[version] == 1;
+        const auto isSoundNumber = [&attributes](std::size_t at) {
+            return loadLittleEndian<std::uint16_t>(&attributes[at])
+                == loadBigEndian<std::uint16_t>(&attributes[at + sizeof(std::uint16_t)]);
+        };
+        return isSoundNumber(Attribute::owner) && isSoundNumber(Attribute::group)
+            && attributes[Attribute::version] == 1;
     }
 
     void checkFolder(std::size_t index)

@@ -9,6 +9,7 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 
 #include <algorithm>
+#include <cstring>
 #include <sys/stat.h>
 
 namespace Tessaron
@@ -224,7 +225,8 @@ NSError IsoVolumeReader::findRockRidge(bool *isThere)
     if (!directory.next(&own, &error))
         return {}; // the plain view tells the error
     RockRidgeEntry entry;
-    const bool hasProtocol = own.systemUse.size() >= 7 && own.systemUse[0] == 'S' && own.systemUse[1] == 'P';
+    const bool hasProtocol = own.systemUse.size() >= SharingProtocolField::size
+        && std::memcmp(&own.systemUse[SystemUseField::signature], "SP", 2) == 0;
     if (!hasProtocol)
         return {};
     error = readRockRidgeEntry(source(), m_facts.blockSize, own.systemUse, own.systemUseOffset, &entry);

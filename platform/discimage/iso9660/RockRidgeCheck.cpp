@@ -177,17 +177,12 @@ private:
 
     void checkTimes(Bytes entry, std::uint64_t offset)
     {
-        constexpr std::uint8_t creation = 1;
-        constexpr std::uint8_t modification = 2;
-        constexpr std::uint8_t longForm = 0x80;
-        constexpr std::size_t longSize = 17;
-        constexpr std::size_t shortSize = 7;
         if (entry.size() < RockRidgeField::content)
             return damaged(offset + SystemUseField::length, QStringLiteral("an entry has the wrong length"));
         const std::uint8_t flags = entry[RockRidgeField::flags];
-        const bool isLong = (flags & longForm) != 0;
-        const std::size_t size = isLong ? longSize : shortSize;
-        const auto count = std::size_t(std::popcount(std::uint8_t(flags & ~longForm)));
+        const bool isLong = (flags & TimesFlag::longForm) != 0;
+        const std::size_t size = isLong ? IsoDescriptorField::dateSize : IsoRecordField::dateSize;
+        const auto count = std::size_t(std::popcount(std::uint8_t(flags & ~TimesFlag::longForm)));
         if (entry.size() != RockRidgeField::content + count * size)
             return damaged(offset + RockRidgeField::flags,
                            QStringLiteral("the number of times is not that of the entry's flags"));
@@ -200,35 +195,37 @@ private:
                 isLong ? volumeTimeFromDigits(stamp.data()) : volumeTimeFromRecordingDate(stamp.data());
             if (!isUnset && !time)
                 damaged(offset + RockRidgeField::content + index * size, QStringLiteral("a time makes no sense"));
-            const std::size_t modificationIndex = (flags & creation) != 0 ? 1 : 0;
-            if ((flags & modification) != 0 && index == modificationIndex)
+            const std::size_t modificationIndex = (flags & TimesFlag::creation) != 0 ? 1 : 0;
+            if ((flags & TimesFlag::modification) != 0 && index == modificationIndex)
                 m_facts.modified = time;
         }
     }
 
     void checkName(Bytes entry, std::uint64_t offset)
     {
-        constexpr std::uint8_t knownFlags = 0x27; // continues, ".", "..", the name of the host
+        constexpr std::uint8_t specialFlags = NameFlag::current | NameFlag::parent;
+        constexpr std::uint8_t knownFlags = NameFlag::continues | specialFlags | NameFlag::host;
         if (entry.size() < RockRidgeField::content)
             return damaged(offset + SystemUseField::length, QStringLiteral("an entry has the wrong length"));
-        if ((entry[RockRidgeField::flags] & ~knownFlags) != 0 || (entry[RockRidgeField::flags] & 6) != 0)
+        if ((entry[RockRidgeField::flags] & ~knownFlags) != 0 || (entry[RockRidgeField::flags] & specialFlags) != 0)
             damaged(offset + RockRidgeField::flags, QStringLiteral("a name has unknown flags"));
         if (m_facts.hasName && !m_nameContinues)
             damaged(offset, QStringLiteral("a record has two names"));
         const Bytes name = entry.subspan(RockRidgeField::content);
         if (std::any_of(name.begin(), name.end(), [](std::uint8_t byte) { return byte == 0 || byte == '/'; }))
             damaged(offset + RockRidgeField::content, QStringLiteral("a name has characters that are not allowed"));
-        m_nameContinues = (entry[RockRidgeField::flags] & 1) != 0;
+        m_nameContinues = (entry[RockRidgeField::flags] & NameFlag::continues) != 0;
         m_facts.hasName = true;
     }
 
     void checkLink(Bytes entry, std::uint64_t offset)
     {
-        constexpr std::uint8_t knownFlags = 0x0F; // continues, ".", "..", root (P1282 4.1.3.1)
-        constexpr std::uint8_t specialFlags = 0x0E;
+        namespace Flag = LinkComponentFlag;
+        constexpr std::uint8_t specialFlags = Flag::current | Flag::parent | Flag::root;
+        constexpr std::uint8_t knownFlags = Flag::continues | specialFlags;
         namespace Component = LinkComponentField;
         m_isLink = true;
-        if (entry.size() < RockRidgeField::content || entry[RockRidgeField::flags] > 1)
+        if (entry.size() < RockRidgeField::content || entry[RockRidgeField::flags] > Flag::continues)
             return damaged(offset + RockRidgeField::flags, QStringLiteral("a link target has unknown flags"));
         for (std::size_t at = RockRidgeField::content; at < entry.size();) {
             if (at + Component::text > entry.size()
@@ -245,7 +242,7 @@ private:
                 damaged(offset + at, QStringLiteral("a part of a link target makes no sense"));
             at += Component::text + length;
         }
-        m_linkContinues = entry[RockRidgeField::flags] == 1;
+        m_linkContinues = entry[RockRidgeField::flags] == Flag::continues;
     }
 
     void checkRelocation(Bytes entry, std::uint64_t offset)
@@ -256,8 +253,8 @@ private:
 
     void checkSharingProtocol(Bytes entry, std::uint64_t offset)
     {
-        m_hasSharingProtocol =
-            entry[SharingProtocolField::checkBytes] == 0xBE && entry[SharingProtocolField::checkBytes + 1] == 0xEF;
+        m_hasSharingProtocol = entry[SharingProtocolField::checkBytes] == SharingProtocolField::firstCheckByte
+            && entry[SharingProtocolField::checkBytes + 1] == SharingProtocolField::secondCheckByte;
         if (!m_hasSharingProtocol)
             damaged(offset + SharingProtocolField::checkBytes, QStringLiteral("the check bytes of SP are wrong"));
         m_skippedBytes = entry[SharingProtocolField::skippedBytes];
@@ -324,7 +321,7 @@ RockRidgeUse checkRockRidgeUse(const DiscImageSource &source, std::uint32_t bloc
         rootRecord.systemUse.size() >= SystemUseField::data && signatureOf(rootRecord.systemUse) == "SP";
     if (!isSigned && !looksLikeEntries(rootRecord.systemUse)
         && !std::any_of(rootRecord.systemUse.begin(), rootRecord.systemUse.end(),
-                        [](std::uint8_t b) { return b == 0xBE; }))
+                        [](std::uint8_t b) { return b == SharingProtocolField::firstCheckByte; }))
         return use; // of another system
     check.run(rootRecord.systemUse, rootRecord.systemUseOffset);
     if (!isSigned)

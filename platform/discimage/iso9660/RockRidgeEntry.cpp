@@ -18,16 +18,15 @@ namespace
 // areas that lead to themselves end here.
 constexpr std::size_t maximumContinuation = 65536;
 
-enum ComponentFlag : std::uint8_t { // P1282 4.1.3.1
-    ComponentContinues = 1,
-    ComponentCurrent = 2,
-    ComponentParent = 4,
-    ComponentRoot = 8,
-};
-
 constexpr std::uint16_t signature(char first, char second)
 {
     return std::uint16_t(std::uint8_t(first) << 8 | std::uint8_t(second));
+}
+
+/// The signature of an entry as signature() makes it.
+std::uint16_t signatureOf(std::span<const std::uint8_t> use)
+{
+    return loadBigEndian<std::uint16_t>(&use[SystemUseField::signature]);
 }
 
 /// The other place where a record's entries go on (SUSP 5.1).
@@ -58,7 +57,7 @@ public:
             if (size < SystemUseField::data || size > area.size() - at)
                 return false;
             const auto use = area.subspan(at, size);
-            if (signature(char(use[0]), char(use[1])) == signature('S', 'T'))
+            if (signatureOf(use) == signature('S', 'T'))
                 return true;
             if (!parseEntry(use))
                 return false;
@@ -72,10 +71,11 @@ public:
 private:
     bool parseEntry(std::span<const std::uint8_t> use)
     {
-        switch (signature(char(use[0]), char(use[1]))) {
+        switch (signatureOf(use)) {
         case signature('S', 'P'):
             m_entry.hasSharingProtocol = use.size() >= SharingProtocolField::size
-                && use[SharingProtocolField::checkBytes] == 0xBE && use[SharingProtocolField::checkBytes + 1] == 0xEF;
+                && use[SharingProtocolField::checkBytes] == SharingProtocolField::firstCheckByte
+                && use[SharingProtocolField::checkBytes + 1] == SharingProtocolField::secondCheckByte;
             m_entry.skippedBytes =
                 use.size() >= SharingProtocolField::size ? use[SharingProtocolField::skippedBytes] : 0;
             return true;
@@ -139,18 +139,17 @@ private:
     {
         if (use.size() < RockRidgeField::content)
             return false;
-        constexpr std::uint8_t creation = 1;
-        constexpr std::uint8_t modification = 2;
-        constexpr std::uint8_t longForm = 0x80;
         const std::uint8_t flags = use[RockRidgeField::flags];
-        const std::size_t size = (flags & longForm) != 0 ? 17 : 7;
-        const auto stamps = std::size_t(std::popcount(std::uint8_t(flags & 0x7F)));
+        const bool isLong = (flags & TimesFlag::longForm) != 0;
+        const std::size_t size = isLong ? IsoDescriptorField::dateSize : IsoRecordField::dateSize;
+        const auto stamps = std::size_t(std::popcount(std::uint8_t(flags & ~TimesFlag::longForm)));
         if (use.size() < RockRidgeField::content + stamps * size)
             return false;
-        if ((flags & modification) == 0)
+        if ((flags & TimesFlag::modification) == 0)
             return true;
-        const std::uint8_t *const stamp = &use[RockRidgeField::content] + ((flags & creation) != 0 ? size : 0);
-        m_entry.modified = (flags & longForm) != 0 ? volumeTimeFromDigits(stamp) : volumeTimeFromRecordingDate(stamp);
+        const std::uint8_t *const stamp =
+            &use[RockRidgeField::content] + ((flags & TimesFlag::creation) != 0 ? size : 0);
+        m_entry.modified = isLong ? volumeTimeFromDigits(stamp) : volumeTimeFromRecordingDate(stamp);
         return true;
     }
 
@@ -185,15 +184,15 @@ private:
         QByteArray &target = m_entry.linkTarget;
         if (!m_componentContinues && !target.isEmpty() && !target.endsWith('/'))
             target += '/';
-        if ((flags & ComponentRoot) != 0)
+        if ((flags & LinkComponentFlag::root) != 0)
             target = "/";
-        else if ((flags & ComponentParent) != 0)
+        else if ((flags & LinkComponentFlag::parent) != 0)
             target += "..";
-        else if ((flags & ComponentCurrent) != 0)
+        else if ((flags & LinkComponentFlag::current) != 0)
             target += '.';
         else
             target.append(reinterpret_cast<const char *>(text.data()), qsizetype(text.size()));
-        m_componentContinues = (flags & ComponentContinues) != 0;
+        m_componentContinues = (flags & LinkComponentFlag::continues) != 0;
     }
 
     RockRidgeEntry &m_entry;

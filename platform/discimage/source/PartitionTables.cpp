@@ -235,6 +235,7 @@ constexpr std::size_t smallestSize = 92;
 } // namespace GptHeader
 namespace GptEntry
 {
+constexpr std::size_t typeSize = 16; // a GUID, which the entry begins with; all zero in a free one
 constexpr std::size_t firstSector = 32;
 constexpr std::size_t lastSector = 40;
 constexpr std::size_t name = 56;
@@ -359,7 +360,7 @@ private:
     {
         for (std::size_t at = 0; at + GptEntry::size <= table.entries.size(); at += table.entrySize) {
             const std::uint8_t *const entry = &table.entries[at];
-            if (std::all_of(entry, entry + 16, [](std::uint8_t byte) { return byte == 0; }))
+            if (std::all_of(entry, entry + GptEntry::typeSize, [](std::uint8_t byte) { return byte == 0; }))
                 continue;
             const auto first = loadLittleEndian<std::uint64_t>(entry + GptEntry::firstSector);
             const auto last = loadLittleEndian<std::uint64_t>(entry + GptEntry::lastSector);
@@ -390,10 +391,14 @@ namespace MbrField
 constexpr std::size_t entries = 446;
 constexpr std::size_t entrySize = 16;
 constexpr std::size_t entryCount = 4;
+constexpr std::size_t status = 0; // of an entry, like the next three
+constexpr std::uint8_t isActive = 1u << 7; // in the status; its other bits are 0
 constexpr std::size_t type = 4;
 constexpr std::size_t firstSector = 8;
 constexpr std::size_t sectorCount = 12;
-constexpr std::size_t signature = 510;
+constexpr std::size_t signature = 510; // these two
+constexpr std::uint8_t firstSignatureByte = 0x55;
+constexpr std::uint8_t secondSignatureByte = 0xAA;
 } // namespace MbrField
 
 constexpr std::uint8_t protectiveType = 0xEE; // announces a GPT
@@ -410,11 +415,13 @@ public:
     bool run(std::vector<DiscImagePartition> *partitions) const
     {
         std::array<std::uint8_t, sectorSize> sector;
-        if (!read(0, &sector) || sector[MbrField::signature] != 0x55 || sector[MbrField::signature + 1] != 0xAA)
+        if (!read(0, &sector) || sector[MbrField::signature] != MbrField::firstSignatureByte
+            || sector[MbrField::signature + 1] != MbrField::secondSignatureByte)
             return false;
         // Boot sectors of filesystems have the same signature, and code where an MBR has its entries.
         for (std::size_t index = 0; index < MbrField::entryCount; ++index) {
-            if ((sector[MbrField::entries + index * MbrField::entrySize] & 0x7F) != 0)
+            const std::uint8_t status = sector[MbrField::entries + index * MbrField::entrySize + MbrField::status];
+            if ((status & ~MbrField::isActive) != 0)
                 return false;
         }
         bool announcesGpt = false;

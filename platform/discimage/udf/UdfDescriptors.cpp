@@ -79,10 +79,12 @@ std::optional<QString> udfText(std::span<const std::uint8_t> recorded)
 {
     if (recorded.empty())
         return QString();
+    constexpr std::uint8_t eightBits = 8;
+    constexpr std::uint8_t sixteenBits = 16;
     const auto characters = recorded.subspan(1);
-    if (recorded[0] == 8)
+    if (recorded.front() == eightBits)
         return QString::fromLatin1(reinterpret_cast<const char *>(characters.data()), qsizetype(characters.size()));
-    if (recorded[0] == 16 && characters.size() % 2 == 0)
+    if (recorded.front() == sixteenBits && characters.size() % 2 == 0)
         return textFromBigEndianUnits(characters.data(), characters.size());
     return std::nullopt;
 }
@@ -95,17 +97,22 @@ QString udfFieldText(std::span<const std::uint8_t> field)
 
 std::optional<VolumeTime> udfTime(const std::uint8_t *timestamp)
 {
-    const auto typeAndZone = loadLittleEndian<std::uint16_t>(timestamp);
-    int zone = typeAndZone & 0x0FFF;
-    if (zone >= 0x800)
-        zone -= 0x1000;
+    namespace Field = UdfTimestampField;
     constexpr int unstatedZone = -2047;
+    constexpr std::uint8_t mostParts = 99; // of each part of a second
+    int zone = loadLittleEndian<std::uint16_t>(timestamp + Field::typeAndZone) & Field::zoneMask;
+    if (zone >= Field::zoneSign)
+        zone -= Field::zoneMask + 1;
+    const auto year = std::int16_t(loadLittleEndian<std::uint16_t>(timestamp + Field::year));
     std::optional<VolumeTime> time =
-        volumeTimeFromCalendar(std::int16_t(loadLittleEndian<std::uint16_t>(timestamp + 2)), timestamp[4], timestamp[5],
-                               timestamp[6], timestamp[7], timestamp[8], zone == unstatedZone ? 0 : zone);
-    if (!time || timestamp[9] > 99 || timestamp[10] > 99 || timestamp[11] > 99)
+        volumeTimeFromCalendar(year, timestamp[Field::month], timestamp[Field::day], timestamp[Field::hour],
+                               timestamp[Field::minute], timestamp[Field::second], zone == unstatedZone ? 0 : zone);
+    const std::uint8_t hundredths = timestamp[Field::hundredths];
+    const std::uint8_t hundredsOfMicroseconds = timestamp[Field::hundredsOfMicroseconds];
+    const std::uint8_t microseconds = timestamp[Field::microseconds];
+    if (!time || hundredths > mostParts || hundredsOfMicroseconds > mostParts || microseconds > mostParts)
         return std::nullopt;
-    time->nanoseconds = (timestamp[9] * 10'000u + timestamp[10] * 100u + timestamp[11]) * 1'000u;
+    time->nanoseconds = (hundredths * 10'000u + hundredsOfMicroseconds * 100u + microseconds) * 1'000u;
     time->granularity = 1'000;
     return time;
 }

@@ -71,14 +71,16 @@ VolumeObjectKind kindOfType(std::uint8_t type)
     }
 }
 
-/// Five bits a class (4/14.9.5), of which the lower three are those of POSIX; the special bits are flags of the ICB.
+/// Others, group and owner have five bits each (4/14.9.5), and the lower three of them are those of POSIX. The special
+/// bits are flags of the ICB.
 std::uint32_t modeOf(std::uint32_t permissions, std::uint16_t icbFlags)
 {
-    const std::uint32_t access = (permissions & 7) | (permissions >> 5 & 7) << 3 | (permissions >> 10 & 7) << 6;
-    constexpr unsigned int firstSpecialFlag = 6;
-    const bool isSetUser = (icbFlags >> firstSpecialFlag & 1) != 0;
-    const bool isSetGroup = (icbFlags >> (firstSpecialFlag + 1) & 1) != 0;
-    const bool isSticky = (icbFlags >> (firstSpecialFlag + 2) & 1) != 0;
+    constexpr unsigned int furtherBits = 2; // of each class, beside those of POSIX
+    const std::uint32_t access =
+        (permissions & S_IRWXO) | (permissions >> furtherBits & S_IRWXG) | (permissions >> (2 * furtherBits) & S_IRWXU);
+    const bool isSetUser = (icbFlags & UdfEntryField::setsUserId) != 0;
+    const bool isSetGroup = (icbFlags & UdfEntryField::setsGroupId) != 0;
+    const bool isSticky = (icbFlags & UdfEntryField::isSticky) != 0;
     return access | (isSetUser ? S_ISUID : 0u) | (isSetGroup ? S_ISGID : 0u) | (isSticky ? S_ISVTX : 0u);
 }
 
@@ -108,14 +110,14 @@ public:
                 return damaged(offset + at,
                                QStringLiteral("A file's extents end %1 early").arg(counted(m_left, "byte", "bytes")));
             const auto word = loadLittleEndian<std::uint32_t>(&descriptors[at + Field::length]);
-            const std::uint32_t length = word & 0x3FFFFFFF;
+            const std::uint32_t length = word & Field::lengthMask;
             UdfBlockAddress address = {loadLittleEndian<std::uint32_t>(&descriptors[at + Field::block]), m_partition};
             if (isLong)
                 address.partition = loadLittleEndian<std::uint16_t>(&descriptors[at + Field::partition]);
             if (length == 0)
                 return damaged(offset + at,
                                QStringLiteral("A file's extents end %1 early").arg(counted(m_left, "byte", "bytes")));
-            if (word >> 30 == Continuation) {
+            if (word >> Field::typeShift == Continuation) {
                 if (NSError error = enterContinuation(address, offset + at, &block))
                     return error;
                 offset = *m_structure.offsetOf(address) + UdfAllocationExtentField::descriptors;
@@ -123,7 +125,7 @@ public:
                 at = std::size_t(0) - step; // begins at its start
                 continue;
             }
-            if (NSError error = add(word >> 30, length, address, offset + at, extents))
+            if (NSError error = add(word >> Field::typeShift, length, address, offset + at, extents))
                 return error;
         }
         return {};
@@ -245,7 +247,7 @@ NSError readExtents(const DiscImageSource &source, const UdfVolumeStructure &str
         return damaged(offset + entryForm.attributesLength, QStringLiteral("A file entry does not fit into its block"));
     const std::size_t start = entryForm.headSize + attributes;
     enum Form : std::uint8_t { Short = 0, Long = 1, Embedded = 3 };
-    const int form = bytes[UdfEntryField::icbFlags] & 7;
+    const int form = bytes[UdfEntryField::icbFlags] & UdfEntryField::allocationMask;
     if (form == Embedded) {
         if (object->size > allocation)
             return damaged(offset + UdfEntryField::informationLength,

@@ -3,6 +3,7 @@
 #include "platform/discimage/udf/UdfDescriptors.h"
 
 #include <cstddef>
+#include <cstdint>
 
 namespace Tessaron
 {
@@ -19,6 +20,23 @@ inline constexpr std::size_t covered = 10; // how many bytes behind the tag the 
 inline constexpr std::size_t place = 12;
 inline constexpr std::size_t size = 16;
 } // namespace UdfTagField
+
+/// Timestamp (ECMA-167 1/7.3).
+namespace UdfTimestampField
+{
+inline constexpr std::size_t typeAndZone = 0; // four bits of type above twelve of zone, in minutes, signed
+inline constexpr int zoneMask = 0x0FFF;
+inline constexpr int zoneSign = 0x0800;
+inline constexpr std::size_t year = 2;
+inline constexpr std::size_t month = 4;
+inline constexpr std::size_t day = 5;
+inline constexpr std::size_t hour = 6;
+inline constexpr std::size_t minute = 7;
+inline constexpr std::size_t second = 8;
+inline constexpr std::size_t hundredths = 9; // of a second
+inline constexpr std::size_t hundredsOfMicroseconds = 10;
+inline constexpr std::size_t microseconds = 11;
+} // namespace UdfTimestampField
 
 /// Structures of the volume recognition area (ECMA-167 2/9.1).
 namespace UdfRecognitionField
@@ -153,6 +171,10 @@ namespace UdfEntryField
 {
 inline constexpr std::size_t icbType = 27;
 inline constexpr std::size_t icbFlags = 34;
+inline constexpr std::uint16_t allocationMask = 7; // of these flags: the kind of allocation descriptors (4/14.6.8)
+inline constexpr std::uint16_t setsUserId = 1u << 6;
+inline constexpr std::uint16_t setsGroupId = 1u << 7;
+inline constexpr std::uint16_t isSticky = 1u << 8;
 inline constexpr std::size_t permissions = 44;
 inline constexpr std::size_t linkCount = 48;
 inline constexpr std::size_t informationLength = 56;
@@ -181,6 +203,8 @@ inline constexpr UdfEntryForm udfExtendedEntry = {UdfDescriptorKind::ExtendedFil
 namespace UdfAllocationField
 {
 inline constexpr std::size_t length = 0; // its two highest bits are the type of the extent
+inline constexpr unsigned int typeShift = 30;
+inline constexpr std::uint32_t lengthMask = (std::uint32_t{1} << typeShift) - 1;
 inline constexpr std::size_t block = 4;
 inline constexpr std::size_t partition = 8; // of a long one
 inline constexpr std::size_t shortSize = 8;

@@ -28,7 +28,6 @@ namespace Entry = UdfEntryField;
 
 constexpr std::uint32_t closedIntegrity = 1;
 enum Characteristic : std::uint8_t { IsFolder = 2, IsDeleted = 4, IsParent = 8 }; // 4/14.4.3
-constexpr std::uint16_t allocationMask = 7; // of the flags of an ICB
 constexpr std::uint16_t embeddedContents = 3;
 
 QString entryName()
@@ -175,7 +174,7 @@ private:
     void checkBlocks(const VolumeObject &object, const UdfEntryForm &fields) const
     {
         const std::uint64_t recorded = loadLittleEndian<std::uint64_t>(&m_entry[fields.blocksRecorded]);
-        const auto allocation = loadLittleEndian<std::uint16_t>(&m_entry[Entry::icbFlags]) & allocationMask;
+        const auto allocation = loadLittleEndian<std::uint16_t>(&m_entry[Entry::icbFlags]) & Entry::allocationMask;
         std::uint64_t needed = 0;
         if (allocation != embeddedContents) {
             for (const VolumeExtent &extent : object.extents)

@@ -8,6 +8,31 @@ namespace Tessaron
 namespace
 {
 
+// Fields of a recording date (ECMA-119 9.1.5), one byte each, counted from 0.
+namespace RecordingDateField
+{
+constexpr std::size_t yearsSince1900 = 0;
+constexpr std::size_t month = 1;
+constexpr std::size_t day = 2;
+constexpr std::size_t hour = 3;
+constexpr std::size_t minute = 4;
+constexpr std::size_t second = 5;
+constexpr std::size_t zone = 6;
+} // namespace RecordingDateField
+
+// Fields of a date in digits (8.4.26.1); the zone is a byte.
+namespace DigitsField
+{
+constexpr std::size_t year = 0;
+constexpr std::size_t month = 4;
+constexpr std::size_t day = 6;
+constexpr std::size_t hour = 8;
+constexpr std::size_t minute = 10;
+constexpr std::size_t second = 12;
+constexpr std::size_t hundredths = 14;
+constexpr std::size_t zone = 16;
+} // namespace DigitsField
+
 constexpr std::int64_t secondsPerMinute = 60;
 constexpr std::int64_t secondsPerHour = 3600;
 constexpr std::int64_t secondsPerDay = 86400;
@@ -41,16 +66,20 @@ std::optional<VolumeTime> volumeTimeFromCalendar(int year, int month, int day, i
 
 std::optional<VolumeTime> volumeTimeFromRecordingDate(const std::uint8_t *date)
 {
-    return volumeTimeFromCalendar(1900 + date[0], date[1], date[2], date[3], date[4], date[5],
-                                  std::int8_t(date[6]) * minutesPerZoneStep);
+    namespace Field = RecordingDateField;
+    return volumeTimeFromCalendar(1900 + date[Field::yearsSince1900], date[Field::month], date[Field::day],
+                                  date[Field::hour], date[Field::minute], date[Field::second],
+                                  std::int8_t(date[Field::zone]) * minutesPerZoneStep);
 }
 
 std::optional<VolumeTime> volumeTimeFromDigits(const std::uint8_t *digits)
 {
-    const int hundredths = numberOf(digits + 14, 2);
+    namespace Field = DigitsField;
+    const int hundredths = numberOf(digits + Field::hundredths, 2);
     std::optional<VolumeTime> time = volumeTimeFromCalendar(
-        numberOf(digits, 4), numberOf(digits + 4, 2), numberOf(digits + 6, 2), numberOf(digits + 8, 2),
-        numberOf(digits + 10, 2), numberOf(digits + 12, 2), std::int8_t(digits[16]) * minutesPerZoneStep);
+        numberOf(digits + Field::year, 4), numberOf(digits + Field::month, 2), numberOf(digits + Field::day, 2),
+        numberOf(digits + Field::hour, 2), numberOf(digits + Field::minute, 2), numberOf(digits + Field::second, 2),
+        std::int8_t(digits[Field::zone]) * minutesPerZoneStep);
     if (!time || hundredths < 0)
         return std::nullopt;
     time->nanoseconds = std::uint32_t(hundredths) * 10'000'000;
