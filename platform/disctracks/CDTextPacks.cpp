@@ -19,6 +19,7 @@ namespace PackField
 {
 constexpr std::size_t type = 0;
 constexpr std::size_t track = 1; // of the text that the pack begins with
+constexpr std::uint8_t trackMask = 0x7F;
 constexpr std::size_t sequence = 2;
 constexpr std::size_t block = 3; // double byte, number of the block, characters of the text in packs before
 constexpr std::size_t payload = 4;
@@ -306,7 +307,7 @@ Result<std::map<std::uint8_t, BlockBytes>> gatherPacks(QByteArrayView packs)
         block.lastSequence = pack[PackField::sequence];
         TypeBytes &bytes = block.types[type];
         if (bytes.bytes.isEmpty())
-            bytes.firstTrack = pack[PackField::track] & 0x7F;
+            bytes.firstTrack = pack[PackField::track] & PackField::trackMask;
         // Codes and the like stay in single bytes beside texts of two.
         if (type < std::uint8_t(CDTextKind::DiscIdentification))
             block.isDoubleByte |= (pack[PackField::block] & doubleByteFlag) != 0;

@@ -110,6 +110,37 @@ QByteArray pathOfNamedFile(const QByteArray &folder, const QByteArrayList &names
     return {};
 }
 
+// Where the fields of RIFF and AIFF files lie. The file begins with a chunk that holds all others; what it holds is a
+// kind of four letters, then chunks.
+namespace Chunk
+{
+constexpr std::size_t id = 0;
+constexpr std::size_t size = 4; // of what follows the head
+constexpr std::size_t headSize = 8;
+constexpr std::size_t kindOfFile = headSize;
+constexpr std::size_t first = 12;
+constexpr std::size_t idSize = 4;
+} // namespace Chunk
+namespace WaveFormat
+{
+constexpr std::size_t channelCount = 2;
+constexpr std::size_t sampleRate = 4;
+constexpr std::size_t bitsPerSample = 14;
+constexpr std::size_t size = 16;
+} // namespace WaveFormat
+namespace AiffCommon
+{
+constexpr std::size_t channelCount = 0;
+constexpr std::size_t bitsPerSample = 6;
+constexpr std::size_t sampleRate = 8;
+constexpr std::size_t size = 18;
+} // namespace AiffCommon
+
+bool hasId(const std::uint8_t *bytes, const char *id)
+{
+    return std::memcmp(bytes, id, Chunk::idSize) == 0;
+}
+
 /// How long the samples of a WAVE or AIFF file of CD audio are; no value for anything that needs a decoder.
 class SoundFile
 {
@@ -121,12 +152,12 @@ public:
 
     [[nodiscard]] std::optional<std::uint64_t> sampleBytes() const
     {
-        std::array<std::uint8_t, 12> head;
+        std::array<std::uint8_t, Chunk::first> head;
         if (!read(0, head.data(), head.size()))
             return std::nullopt;
-        if (std::memcmp(head.data(), "RIFF", 4) == 0 && std::memcmp(&head[8], "WAVE", 4) == 0)
+        if (hasId(&head[Chunk::id], "RIFF") && hasId(&head[Chunk::kindOfFile], "WAVE"))
             return ofChunks("fmt ", "data", false);
-        if (std::memcmp(head.data(), "FORM", 4) == 0 && std::memcmp(&head[8], "AIFF", 4) == 0)
+        if (hasId(&head[Chunk::id], "FORM") && hasId(&head[Chunk::kindOfFile], "AIFF"))
             return ofChunks("COMM", "SSND", true);
         return std::nullopt;
     }
@@ -140,18 +171,17 @@ private:
 
     [[nodiscard]] std::optional<std::uint64_t> ofChunks(const char *formatId, const char *samplesId, bool isBig) const
     {
-        constexpr std::size_t headSize = 8;
         bool isCDAudio = false;
-        for (std::uint64_t at = 12; at + headSize <= m_file.length;) {
-            std::array<std::uint8_t, headSize> head;
+        for (std::uint64_t at = Chunk::first; at + Chunk::headSize <= m_file.length;) {
+            std::array<std::uint8_t, Chunk::headSize> head;
             if (!read(at, head.data(), head.size()))
                 return std::nullopt;
-            const std::uint64_t size =
-                isBig ? loadBigEndian<std::uint32_t>(&head[4]) : loadLittleEndian<std::uint32_t>(&head[4]);
-            const std::uint64_t start = at + headSize;
-            if (std::memcmp(head.data(), formatId, 4) == 0)
+            const std::uint64_t size = isBig ? loadBigEndian<std::uint32_t>(&head[Chunk::size])
+                                             : loadLittleEndian<std::uint32_t>(&head[Chunk::size]);
+            const std::uint64_t start = at + Chunk::headSize;
+            if (hasId(&head[Chunk::id], formatId))
                 isCDAudio = isBig ? isCDFormatOfAiff(start) : isCDFormatOfWave(start);
-            if (std::memcmp(head.data(), samplesId, 4) == 0) {
+            if (hasId(&head[Chunk::id], samplesId)) {
                 constexpr std::uint64_t aiffOffsets = 8; // in front of the samples
                 const std::uint64_t skipped = isBig ? aiffOffsets : 0;
                 // Writers that never came back to correct it leave a size of 0 or more than there is.
@@ -167,18 +197,21 @@ private:
     /// 16 bits, two channels, 44,100 Hz.
     [[nodiscard]] bool isCDFormatOfWave(std::uint64_t at) const
     {
-        std::array<std::uint8_t, 16> format;
-        return read(at, format.data(), format.size()) && loadLittleEndian<std::uint16_t>(&format[2]) == 2
-            && loadLittleEndian<std::uint32_t>(&format[4]) == 44100
-            && loadLittleEndian<std::uint16_t>(&format[14]) == 16;
+        std::array<std::uint8_t, WaveFormat::size> format;
+        return read(at, format.data(), format.size())
+            && loadLittleEndian<std::uint16_t>(&format[WaveFormat::channelCount]) == 2
+            && loadLittleEndian<std::uint32_t>(&format[WaveFormat::sampleRate]) == 44100
+            && loadLittleEndian<std::uint16_t>(&format[WaveFormat::bitsPerSample]) == 16;
     }
     [[nodiscard]] bool isCDFormatOfAiff(std::uint64_t at) const
     {
-        std::array<std::uint8_t, 18> common;
+        std::array<std::uint8_t, AiffCommon::size> common;
         // The rate is an 80-bit number: 44,100 is 1.345825... times 2^15.
         constexpr std::array<std::uint8_t, 10> rate = {0x40, 0x0E, 0xAC, 0x44, 0, 0, 0, 0, 0, 0};
-        return read(at, common.data(), common.size()) && loadBigEndian<std::uint16_t>(&common[0]) == 2
-            && loadBigEndian<std::uint16_t>(&common[6]) == 16 && std::memcmp(&common[8], rate.data(), rate.size()) == 0;
+        return read(at, common.data(), common.size())
+            && loadBigEndian<std::uint16_t>(&common[AiffCommon::channelCount]) == 2
+            && loadBigEndian<std::uint16_t>(&common[AiffCommon::bitsPerSample]) == 16
+            && std::memcmp(&common[AiffCommon::sampleRate], rate.data(), rate.size()) == 0;
     }
 
     const OpenedFile &m_file;

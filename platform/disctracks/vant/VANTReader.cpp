@@ -122,11 +122,12 @@ private:
         const std::size_t start = m_position;
         if (m_size - start < vantRecordHeadSize)
             return damaged(start, QStringLiteral("The last record is cut off"));
-        const auto tag = loadBigEndian<std::uint32_t>(m_records + start);
-        const auto size = loadBigEndian<std::uint32_t>(m_records + start + 4);
+        const auto tag = loadBigEndian<std::uint32_t>(m_records + start + VANTRecordHead::tag);
+        const auto size = loadBigEndian<std::uint32_t>(m_records + start + VANTRecordHead::payloadSize);
         const std::size_t payload = start + vantRecordHeadSize;
         if (size > m_size - payload)
-            return damaged(start + 4, QStringLiteral("A record of %1 bytes reaches past the records' end").arg(size));
+            return damaged(start + VANTRecordHead::payloadSize,
+                           QStringLiteral("A record of %1 bytes reaches past the records' end").arg(size));
         m_position = payload + size;
         switch (tag) {
         case vantSessionTag:
@@ -147,10 +148,10 @@ private:
             return error;
         if (size < vantSessionPayloadSize)
             return damaged(payload, QStringLiteral("A session's record has only %1 bytes").arg(size));
-        const auto number = loadBigEndian<std::uint32_t>(m_records + payload);
+        const auto number = loadBigEndian<std::uint32_t>(m_records + payload + VANTSessionField::number);
         if (number != m_image.sessions.size() + 1)
             return damaged(payload, QStringLiteral("Session %1 is out of order").arg(number));
-        m_expectedTracks = loadBigEndian<std::uint32_t>(m_records + payload + 4);
+        m_expectedTracks = loadBigEndian<std::uint32_t>(m_records + payload + VANTSessionField::trackCount);
         m_sessionPayload = payload;
         m_image.sessions.emplace_back();
         return {};
@@ -164,7 +165,7 @@ private:
         const std::size_t count = m_image.sessions.back().tracks.size();
         if (count == m_expectedTracks && count > 0)
             return {};
-        return damaged(m_sessionPayload + 4,
+        return damaged(m_sessionPayload + VANTSessionField::trackCount,
                        QStringLiteral("Session %1 should have %2 tracks, but has %3")
                            .arg(m_image.sessions.size())
                            .arg(m_expectedTracks)

@@ -38,7 +38,13 @@ inline constexpr std::size_t vantTailSize = 40;
 inline constexpr std::uint8_t vantMagic[8] = {'V', 'A', 'N', 'T', 0x0D, 0x0A, 0x1A, 0x0A};
 static_assert(VANTTail::magic + sizeof(vantMagic) == vantTailSize);
 
-inline constexpr std::size_t vantRecordHeadSize = 8; ///< tag and length of the payload, 32 bits each
+/// Where the fields of a record's head lie; the payload follows.
+namespace VANTRecordHead
+{
+inline constexpr std::size_t tag = 0; ///< 32 bits
+inline constexpr std::size_t payloadSize = 4; ///< 32 bits, bytes
+} // namespace VANTRecordHead
+inline constexpr std::size_t vantRecordHeadSize = 8;
 
 constexpr std::uint32_t vantTag(const char (&letters)[5])
 {
@@ -49,6 +55,12 @@ inline constexpr std::uint32_t vantSessionTag = vantTag("SESS"); ///< opens a se
 inline constexpr std::uint32_t vantTrackTag = vantTag("TRAK"); ///< a track of the session opened last
 inline constexpr std::uint32_t vantCDTextTag = vantTag("CDTX"); ///< one block of CD-TEXT
 
+/// Where the fields of a session's payload lie.
+namespace VANTSessionField
+{
+inline constexpr std::size_t number = 0; ///< 32 bits
+inline constexpr std::size_t trackCount = 4; ///< 32 bits
+} // namespace VANTSessionField
 inline constexpr std::size_t vantSessionPayloadSize = 8;
 
 /// Where the fields of a track's payload lie; the index points (32 bits each) follow.

@@ -77,8 +77,8 @@ bool addProduct(std::uint64_t count, std::uint64_t size, std::uint64_t *sum)
 void appendRecordHead(std::uint32_t tag, std::size_t payloadSize, QByteArray *records)
 {
     std::array<std::uint8_t, vantRecordHeadSize> head;
-    storeBigEndian<std::uint32_t>(&head[0], tag);
-    storeBigEndian<std::uint32_t>(&head[4], std::uint32_t(payloadSize));
+    storeBigEndian<std::uint32_t>(&head[VANTRecordHead::tag], tag);
+    storeBigEndian<std::uint32_t>(&head[VANTRecordHead::payloadSize], std::uint32_t(payloadSize));
     records->append(reinterpret_cast<const char *>(head.data()), qsizetype(head.size()));
 }
 
@@ -91,8 +91,8 @@ public:
         if (session.tracks.empty())
             return trailerError(DiscTracksErrorCode::NoTracks, QStringLiteral("A session has no track."));
         std::array<std::uint8_t, vantSessionPayloadSize> payload;
-        storeBigEndian<std::uint32_t>(&payload[0], ++m_sessionCount);
-        storeBigEndian<std::uint32_t>(&payload[4], std::uint32_t(session.tracks.size()));
+        storeBigEndian<std::uint32_t>(&payload[VANTSessionField::number], ++m_sessionCount);
+        storeBigEndian<std::uint32_t>(&payload[VANTSessionField::trackCount], std::uint32_t(session.tracks.size()));
         appendRecordHead(vantSessionTag, payload.size(), &m_bytes);
         m_bytes.append(reinterpret_cast<const char *>(payload.data()), qsizetype(payload.size()));
         for (const DiscTrack &track : session.tracks) {
