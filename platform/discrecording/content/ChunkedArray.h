@@ -10,7 +10,7 @@ namespace Tessaron
 {
 
 /// An array that grows without ever moving what it holds, so that a plan of a million files neither keeps half of its
-/// memory in reserve nor needs twice of it while it grows. Reading by several threads at once is fine.
+/// memory in reserve nor needs it twice while it grows. Reading by several threads at once is fine.
 template <typename Value>
 class ChunkedArray
 {

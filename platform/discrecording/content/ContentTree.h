@@ -40,8 +40,8 @@ struct ObjectTimes {
     FileTime creation;
 };
 
-/// One object of a disc. A million of these are held at once: members are packed, what few objects have lies in
-/// tables of ContentTree. What is said of the source is as it was when the disc was planned.
+/// One object of a disc. A million of these are held at once, so members are packed, and what only few objects have
+/// lies in tables of ContentTree. Facts about the source are those of the time when the disc was planned.
 struct ContentNode {
     enum Flag : std::uint8_t {
         NameIsChanged = 1, ///< its name on the disc is not its base name; ContentTree::baseName() knows the latter
@@ -87,8 +87,8 @@ struct ContentNode {
     void setChangeTime(FileTime time);
     void setBirthTime(FileTime time);
 
-    // What follows is kept in three places, of which each kind of object makes its own use: only those of the object's
-    // kind may be asked for.
+    // The operations below share three members, which mean something else for each kind of object: ask only for those
+    // of the object's own kind.
 
     /// File: its length in bytes.
     [[nodiscard]] std::uint64_t fileSize() const { return m_size; }
@@ -100,7 +100,7 @@ struct ContentNode {
     [[nodiscard]] std::uint32_t extentStart() const { return m_extent; }
     void setExtentStart(std::uint32_t block) { m_extent = block; }
     [[nodiscard]] bool hasExtent() const { return m_extent != 0; }
-    /// A file with blocks of its own on the disc.
+    /// True for a file with blocks of its own on the disc.
     [[nodiscard]] bool ownsExtent(NodeIndex itself) const { return isFile() && m_size > 0 && m_link == itself; }
 
     /// Folder: its number among the folders.
@@ -189,9 +189,9 @@ public:
     FileTime volumeTime; ///< when the volume was made; also the time of objects without source
     std::optional<std::int64_t> latestTime; ///< no object gets a later time; set for reproducible images
 
-    /// The folder of the root that takes those which are too deep for ISO 9660 (IEEE P1282 4.1.5); 0 for none.
+    /// The folder in the root that takes folders too deep for ISO 9660 (IEEE P1282 4.1.5); 0 without one.
     NodeIndex relocationFolder = 0;
-    bool hidesRelocationFolder = false; ///< it is there for that alone
+    bool hidesRelocationFolder = false; ///< it was made for that alone
 
     TextArena texts;
     std::vector<std::uint64_t> devices; ///< `st_dev` by number
@@ -221,9 +221,10 @@ public:
     /// True when both have the same permissions, owner and times, so that they may be one object with two names.
     [[nodiscard]] bool haveSameAttributes(NodeIndex one, NodeIndex other) const;
 
-    /// The times on the disc. The access time is the modification time unless one was set: merely reading a tree
-    /// changes its files' own. In a reproducible image so are the times of creation and of the last attribute change,
-    /// which no copy of a tree keeps. An object is never created after its last modification, unless dates were set so.
+    /// The times on the disc. The access time is the modification time unless one was set, since merely reading a tree
+    /// changes the files' own. In a reproducible image the times of creation and of the last attribute change are the
+    /// modification time, too: no copy of a tree keeps them. An object is never created after its last modification,
+    /// unless dates were set so.
     [[nodiscard]] ObjectTimes times(NodeIndex node) const;
 
 private:

@@ -85,7 +85,7 @@ void ContentTreeBuilder::addRoot(const DRFolder &root)
     Candidate candidate;
     candidate.baseName = nameOf(root);
     candidate.name = candidate.baseName;
-    // A root's name is the volume's: any text will do, but it is kept where names are.
+    // The root's name is the volume's, which may be any text; but it is kept like a file's name and must not be longer.
     if (candidate.name.size() > longestBaseName)
         candidate.name = m_tree->texts.store(usableBaseName(candidate.name));
     candidate.object = &root;
@@ -124,8 +124,8 @@ void ContentTreeBuilder::addVirtualChildren(NodeIndex parent, const DRFolder &fo
         addObject(parent, candidate);
 }
 
-/// Orders the candidates by name and gives another name to those whose own cannot be a file's or was taken, in a
-/// filesystem that both are in, by a sibling before them.
+/// Orders the candidates by name. A candidate gets another name when its own cannot be a file's, or when a sibling
+/// before it has that name in a filesystem that both are in.
 void ContentTreeBuilder::makeNamesUsable(std::vector<Candidate> &candidates)
 {
     for (Candidate &candidate : candidates) {
@@ -249,7 +249,7 @@ OSStatus ContentTreeBuilder::listFolder(const FSRef &ref, std::vector<ContentNod
             const FSBulkEntry &entry = batch[index];
             ContentNode content;
             content.name = nameOfFSRef(entry.ref).data();
-            // Only file systems in user space have longer names; what is over is cut.
+            // Only file systems in user space have longer names; these are cut.
             content.nameLength =
                 static_cast<std::uint8_t>(std::min<std::size_t>(view(nameOfFSRef(entry.ref)).size(), longestBaseName));
             setSource(content, entry.ref);
@@ -313,7 +313,7 @@ void ContentTreeBuilder::addRelocationFolder()
     }
     const auto isFolder = [&](NodeIndex node) { return node != 0 && m_tree->nodes[node].isFolder(); };
     if (isFolder(holders[0]) || isFolder(holders[1])) {
-        // Of two, readers could take the wrong one.
+        // With both there, readers could take the wrong one.
         if (!isFolder(holders[0]) || !isFolder(holders[1]))
             m_tree->relocationFolder = isFolder(holders[0]) ? holders[0] : holders[1];
         return;
@@ -327,7 +327,7 @@ void ContentTreeBuilder::addRelocationFolder()
     folder.kind = ContentKind::Folder;
     folder.masks = DRFilesystemInclusionMaskISO9660;
     folder.mode = S_IFDIR | 0755;
-    // Behind the others: no child of theirs is there yet.
+    // It can follow the root's other children, since these have no children of their own yet.
     m_tree->relocationFolder = m_tree->nodes.size();
     m_tree->hidesRelocationFolder = true;
     root.setChildren(root.childCount() == 0 ? m_tree->relocationFolder : root.firstChild(), root.childCount() + 1);
@@ -342,7 +342,7 @@ bool ContentTreeBuilder::hasDeepFolder() const
         const ContentNode &content = m_tree->nodes[node];
         const std::uint8_t parentLevel = levels[content.parent];
         levels[node] = std::min<std::uint8_t>(parentLevel + 1, deepestLevel + 1);
-        // A folder is where an object of it is.
+        // A folder counts by its own level, any other object by that of the folder that holds it.
         const bool isInDeepFolder = (content.isFolder() ? levels[node] : parentLevel) > deepestLevel;
         if (isInDeepFolder && content.kind != ContentKind::Absent
             && (content.filesystems() & DRFilesystemInclusionMaskISO9660) != 0)
@@ -365,7 +365,7 @@ void ContentTreeBuilder::settleRelocationFolder()
     m_tree->relocationFolder = 0;
 }
 
-/// Only now that it is known which folders are there: writers keep a table of them in this order, and search in it.
+/// Done last, when it is known which folders there are: writers keep tables of them in this order and search in them.
 void ContentTreeBuilder::numberFolders()
 {
     for (NodeIndex node = 0; node < m_tree->nodes.size(); ++node) {
@@ -378,7 +378,7 @@ bool ContentTreeBuilder::inspect(StorageIssues &issues)
 {
     if (!inspectSources(*m_tree, m_progress, m_threadCount, issues))
         return false;
-    // Set values are stronger than the sources', so they come last; the type of the object is never theirs to set.
+    // Values that were set take precedence over the sources', so they come last; they never change an object's type.
     for (const auto &[node, mode] : m_modes)
         m_tree->nodes[node].mode = static_cast<std::uint16_t>((m_tree->nodes[node].mode & S_IFMT) | mode);
     for (const auto &[node, user] : m_users) {

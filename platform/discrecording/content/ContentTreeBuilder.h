@@ -28,7 +28,8 @@ public:
     /// Gives the tree a relocation folder when ISO 9660 needs one. To be called before build().
     void relocateDeepFolders() { m_relocatesDeepFolders = true; }
 
-    /// Null when cancelled. What could not be taken along is added to `issues`, its tree still to be chosen.
+    /// Null when cancelled. What could not be taken along is added to `issues`; which tree it concerns is filled in
+    /// later.
     [[nodiscard]] std::unique_ptr<ContentTree> build(const DRFolder &root, StorageIssues &issues);
 
 private:
@@ -73,7 +74,7 @@ private:
     bool m_relocatesDeepFolders = false;
     std::unique_ptr<ContentTree> m_tree;
     std::deque<PendingFolder> m_pending;
-    std::vector<std::pair<NodeIndex, std::uint16_t>> m_modes; ///< set by properties: stronger than the source's
+    std::vector<std::pair<NodeIndex, std::uint16_t>> m_modes; ///< set by properties, which take precedence
     std::vector<std::pair<NodeIndex, std::uint32_t>> m_users;
     std::vector<std::pair<NodeIndex, std::uint32_t>> m_groups;
 };

@@ -78,8 +78,8 @@ NSError sizeError(const FileContents &file, std::uint64_t sizeNow)
                          leaveAloneSuggestion());
 }
 
-/// Opens without blocking, since in the place of the planned file there may be a fifo by now, and nobody at its other
-/// end. A file server may hold a lease on the file (fcntl(2), F_SETLEASE): the first try has then asked it to let go,
+/// Opens without blocking, since in the place of the planned file there may be a fifo by now that no other program has
+/// open. A file server may hold a lease on the file (fcntl(2), F_SETLEASE): the first try has then asked it to let go,
 /// which the kernel enforces after 45 s by default.
 UniqueDescriptor openWithoutBlocking(const FSRef &ref, const std::stop_token &cancellation, int *errnoValue)
 {

@@ -17,7 +17,7 @@ public:
     {
     }
 
-    /// For what lies below; any thread may ask it.
+    /// To hand on to the functions called; any thread may ask it.
     [[nodiscard]] const std::stop_token &cancellation() const { return m_cancellation; }
     /// Any thread may ask.
     [[nodiscard]] bool isCancelled() const { return m_cancellation.stop_requested(); }

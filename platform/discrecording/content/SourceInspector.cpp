@@ -58,8 +58,7 @@ struct Findings {
     std::vector<std::pair<NodeIndex, QByteArray>> linkTargets;
 };
 
-/// Looks at sources one after another. Each thread has one; they share the tree, of which each works on nodes of its
-/// own.
+/// Looks at sources one after another. Each thread has one; they share the tree, and each works on nodes of its own.
 class Inspector
 {
 public:
@@ -222,7 +221,7 @@ void merge(ContentTree &tree, std::vector<Inspector> &inspectors, StorageIssues 
 
 std::uint16_t deviceNumber(std::vector<std::uint64_t> &devices, std::uint64_t device)
 {
-    // The last one is nearly always it; there are few besides.
+    // It is nearly always the last one, and there are few others.
     if (!devices.empty() && devices.back() == device)
         return static_cast<std::uint16_t>(devices.size() - 1);
     const auto number = static_cast<std::size_t>(std::find(devices.begin(), devices.end(), device) - devices.begin());

@@ -19,8 +19,8 @@ struct FSCatalogInfo;
 /// needed, a file that may not be readable unless permissions do not matter (`readsEverything`).
 [[nodiscard]] bool takeCatalogInfo(ContentNode &content, const FSCatalogInfo &info, bool readsEverything);
 
-/// Looks at the source of every object that is marked for it, with several threads. What is gone or cannot be read
-/// becomes absent and is added to `issues`, in the order of the tree. False when cancelled.
+/// Looks at the source of every object that is marked for it, with several threads. An object that is gone or cannot be
+/// read becomes absent and is added to `issues`, in the order of the tree. False when cancelled.
 [[nodiscard]] bool inspectSources(ContentTree &tree, const PlanProgress &progress, unsigned int threadCount,
                                   StorageIssues &issues);
 

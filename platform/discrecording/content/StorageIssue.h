@@ -21,8 +21,8 @@ enum class StorageReason : std::uint8_t {
     FolderNotReadable,
     BecameFolder,
     LinkNotReadable,
-    NoFilesystem, ///< no filesystem of the disc is one that may hold the object
-    KindNotStorable, ///< the tree has no such thing
+    NoFilesystem, ///< none of the disc's filesystems may hold the object
+    KindNotStorable, ///< the tree cannot hold such an object
     TimeOutOfRange,
     DepthBeyondStandard,
     Relocated, ///< recorded in another folder, since its own is too deep

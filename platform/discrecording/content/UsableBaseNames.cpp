@@ -10,7 +10,7 @@ namespace
 
 constexpr std::size_t longestExtension = 16;
 
-/// Where the extension begins, its dot included; the size when there is none of sensible length.
+/// Where the extension begins, its dot included; the name's size when it has no extension of sensible length.
 std::size_t extensionStart(std::string_view name)
 {
     const std::size_t dot = name.rfind('.');
@@ -24,7 +24,7 @@ std::string withinLimit(std::string_view stem, std::string_view tail, std::strin
     const auto isContinuationByte = [&](std::size_t at) {
         return at < stem.size() && (static_cast<unsigned char>(stem[at]) & 0xC0) == 0x80;
     };
-    // At most three steps back: bytes that are no UTF-8 are cut where they are.
+    // At most three steps back: bytes that are not UTF-8 are cut where they are.
     for (int steps = 0; steps < 3 && room > 0 && isContinuationByte(room); ++steps)
         --room;
     return std::string(stem.substr(0, room)).append(tail).append(extension);

@@ -13,9 +13,9 @@ inline constexpr std::size_t longestBaseName = 255;
 /// True for a name that a file can have as it is.
 [[nodiscard]] bool isUsableBaseName(std::string_view name);
 
-/// A name that any file could have, made from a base name that a program chose: "/" and NUL become "_", so does an
-/// empty name, "." and ".." likewise; what is longer than 255 bytes is cut before the extension, not within a UTF-8
-/// character. A name that is fine stays as it is.
+/// A name that any file could have, made from a base name that a program chose: "/" and NUL become "_", and so do an
+/// empty name and each dot of "." and ".."; a name longer than 255 bytes is cut before its extension, not within a
+/// UTF-8 character. A name that is fine stays as it is.
 [[nodiscard]] std::string usableBaseName(std::string_view name);
 
 /// The `number`-th variant of a name that a sibling has taken: "stem_1.ext"; at most 255 bytes.

@@ -6,8 +6,8 @@
 namespace Tessaron
 {
 
-/// Brings what several threads threw (there is one thing they throw: std::bad_alloc) to the thread that waits for them;
-/// an exception that left a thread would end the program.
+/// Hands an exception of one of several threads (they throw nothing but std::bad_alloc) to the thread that waits for
+/// them: an exception that left its thread would end the program.
 class WorkerFailures
 {
 public:
@@ -23,7 +23,7 @@ public:
         }
     }
 
-    /// Throws what one of them threw, once all have ended.
+    /// Throws the exception of one of them, if any threw; to be called once all have ended.
     void rethrow() const
     {
         if (m_first)

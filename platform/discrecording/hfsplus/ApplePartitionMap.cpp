@@ -78,7 +78,7 @@ void ApplePartitionMap::storeEntry(std::uint8_t *to, bool isMap) const
 {
     const std::uint64_t unitsPerBlock = logicalBlockSize / unit;
     const std::uint64_t volumeStart = volume.start * unitsPerBlock;
-    // The map may have all up to the volume.
+    // The map's own partition reaches up to the volume.
     const auto start = static_cast<std::uint32_t>(isMap ? mapStart : volumeStart);
     const auto count = static_cast<std::uint32_t>(isMap ? volumeStart - mapStart : volume.count * unitsPerBlock);
     storeBigEndian<std::uint16_t>(to + Entry::signature, partitionSignature);

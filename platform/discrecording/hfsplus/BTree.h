@@ -23,7 +23,7 @@ struct BTreeTraits {
 };
 
 /// The nodes of a B-tree file: the header node, the leaves in order, the index nodes level by level, the map nodes, and
-/// what was reserved but is not needed. The shape is found once; after that any node can be made by itself.
+/// nodes that were reserved but are not needed. The shape is found once; after that any node can be made by itself.
 ///
 /// Each leaf takes as many records as it has room for, so that eight bytes for each leaf are all that is kept.
 class BTree
@@ -34,7 +34,8 @@ public:
 
     /// Finds the shape, anew when called again; false when cancelled.
     [[nodiscard]] bool measure(const PlanProgress &progress);
-    /// Makes room for at least so many nodes besides map nodes: the size may have to be known before the records are.
+    /// Makes room for at least `count` nodes besides map nodes, for a file whose size must be known before its records
+    /// are.
     void reserveNodes(std::uint32_t count);
 
     /// All nodes, unused ones counted.

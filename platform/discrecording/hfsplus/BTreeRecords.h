@@ -6,7 +6,8 @@
 namespace Tessaron
 {
 
-/// Where in the sequence of a B-tree's records one of them stands; what the numbers mean is the source's.
+/// Where in the sequence of a B-tree's records one of them stands. The numbers mean something only to the BTreeRecords
+/// that made them.
 struct BTreePosition {
     std::uint32_t group = 0;
     std::uint32_t item = 0;
@@ -23,7 +24,7 @@ public:
 
     [[nodiscard]] virtual bool isEmpty() const = 0;
     [[nodiscard]] virtual BTreePosition first() const = 0;
-    /// Moves on to the next record; false when there is none.
+    /// Moves on to the next record; false behind the last one.
     [[nodiscard]] virtual bool advance(BTreePosition *position) const = 0;
 
     /// Bytes of the key, its length included; an even number.

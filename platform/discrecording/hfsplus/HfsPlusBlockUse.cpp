@@ -29,7 +29,8 @@ bool startsBefore(const BlockRun &one, const BlockRun &other)
     return one.start < other.start;
 }
 
-/// Counts the runs from the volume's first block on, orders them and leaves out what is not between its headers.
+/// Counts the runs from the volume's first block on, orders them and leaves out blocks that do not lie between the
+/// volume's headers.
 void toVolumeBlocks(std::vector<BlockRun> &runs, std::uint64_t volumeBlocks)
 {
     const std::uint64_t first = hfsPlusVolumeStart + 1;

@@ -10,19 +10,19 @@
 namespace Tessaron
 {
 
-/// Which of its blocks the volume has in use. Blocks that belong to another filesystem of the disc are given to
-/// the file of bad blocks, as a volume does with what it must never touch: so each used block has an owner in the
-/// volume, and its bitmap is what a check makes of its files. Constant after set().
+/// Which of its blocks the volume has in use. Blocks that belong to another filesystem of the disc are given to the
+/// file of bad blocks, as a volume does with blocks that it must never touch. So each used block has an owner in the
+/// volume, and a check that makes a bitmap from the files gets the one that is recorded. Constant after set().
 class HfsPlusBlockUse final : public BTreeRecords
 {
 public:
-    /// Blocks of the bitmap for a volume of so many blocks.
+    /// How many blocks the bitmap of a volume of `volumeBlocks` blocks takes.
     [[nodiscard]] static std::uint64_t bitmapBlocks(std::uint64_t volumeBlocks);
     static constexpr std::uint16_t longestKey = 10;
 
-    /// Sets the size of the volume, and the runs in it that are foreign and those that are free. All runs are given
-    /// in blocks of the image and in any order, what lies outside of the volume does not matter; foreign ones may
-    /// overlap and touch. The volume's first and last block are the headers' and always its own.
+    /// Sets the size of the volume, and the runs in it that are foreign and those that are free. All runs are given in
+    /// blocks of the image and in any order, and what lies outside of the volume is ignored; foreign ones may overlap
+    /// and touch. The volume's first and last block are the headers' and always its own.
     void set(std::uint64_t volumeBlocks, std::vector<BlockRun> foreign, std::vector<BlockRun> unused);
 
     [[nodiscard]] std::uint32_t unusedBlocks() const;

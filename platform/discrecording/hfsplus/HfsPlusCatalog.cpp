@@ -317,7 +317,7 @@ void HfsPlusCatalog::storeFolder(NodeIndex node, std::uint8_t *to) const
     storeBigEndian<std::uint32_t>(to + Field::valence, itemCount(id) - 1);
     storeBigEndian<std::uint32_t>(to + Field::id, id);
     storeAttributes(node, 0, to);
-    // The links below are known by the date that the root and the hidden folder were created.
+    // Readers know links by their creation date, which must be that of the root and of the hidden folder.
     if (node == 0)
         storeBigEndian<std::uint32_t>(to + Field::createDate, hfsPlusDate(m_tree.tree().volumeTime));
 }

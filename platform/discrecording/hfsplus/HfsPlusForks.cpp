@@ -19,8 +19,8 @@ namespace
 constexpr std::uint32_t nodesPerCheck = 1024;
 constexpr std::size_t typeAndCreatorSize = 8;
 
-/// Where every file carries a label of the system, a list of attributes tells nothing. After this many such lists no
-/// further one is asked for.
+/// Where every file carries a label of the system, a list of attributes tells nothing. After this many such lists each
+/// attribute is asked for by its name at once.
 constexpr int mostVainLists = 8;
 
 /// Takes away types and creators that would make the file something else: only the volume itself says what a link is.
@@ -140,7 +140,7 @@ void HfsPlusForks::look(NodeIndex node, SourceFolder &folder)
     std::uint64_t forkLength = 0;
     if (descriptor >= 0 && name.size() <= NAME_MAX) {
         *std::copy(name.begin(), name.end(), terminated.begin()) = '\0';
-        // One question instead of two, where it tells something.
+        // One question instead of two, as long as its answer is of use.
         if (m_vainLists < mostVainLists && !hasAnyAttribute(descriptor, terminated.data(), {}))
             return;
         info = readFinderInfo(descriptor, terminated.data(), {}, &isSupported);
@@ -196,7 +196,7 @@ NSError HfsPlusForks::fillResourceForks(std::uint32_t firstBlock, std::span<std:
     for (const HfsPlusFork &fork : m_resourceForks.forksIn(firstBlock, endBlockOf(firstBlock, out))) {
         const FSRef ref = m_tree.tree().sourceRef(fork.node);
         const QByteArray bytes = readResourceFork(PathAccess(lastKnownPath(ref)), fork.length);
-        // Whoever changes an extended attribute changes the time of the last attribute change, too.
+        // A change of an extended attribute shows in the time of the file's last attribute change.
         if (bytes.size() != static_cast<qsizetype>(fork.length) || hasChanged(ref, m_tree.tree().nodes[fork.node]))
             return changedForkError(ref);
         copyPart(fork, bytes.constData(), firstBlock, out);

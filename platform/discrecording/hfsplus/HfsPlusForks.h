@@ -56,7 +56,7 @@ public:
 
     /// Fills blocks of the link targets from `firstBlock` on. `out` holds zeros.
     void fillLinkTargets(std::uint32_t firstBlock, std::span<std::uint8_t> out) const;
-    /// Reads resource forks into theirs; an error names the file whose fork is not as it was.
+    /// The same for resource forks, which are read from disk; an error names a file whose fork was changed.
     [[nodiscard]] NSError fillResourceForks(std::uint32_t firstBlock, std::span<std::uint8_t> out) const;
 
 private:
@@ -64,7 +64,7 @@ private:
 
     const HfsPlusTree &m_tree;
     std::vector<bool> m_keepsAttributes; ///< by number of the source's device
-    int m_vainLists = 0; ///< lists of attributes that were not empty, but told of none that counts here
+    int m_vainLists = 0; ///< lists of attributes without Finder information or a resource fork
     std::vector<std::pair<NodeIndex, FinderInfoBytes>> m_finderInfo; ///< ordered by node; what is all zero is left out
     HfsPlusForkList m_linkTargets;
     HfsPlusForkList m_resourceForks;

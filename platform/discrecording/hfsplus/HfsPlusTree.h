@@ -20,10 +20,10 @@ enum HfsPlusId : std::uint32_t {
     HfsPlusFirstOwnId = 16,
 };
 
-/// A file whose contents several objects of the disc's tree have.
+/// Contents that several objects of the disc's tree share.
 struct HfsPlusSharedFile {
-    NodeIndex contents = 0; ///< whose extent it is
-    NodeIndex firstName = 0; ///< first of its names in the HFS+ tree, whose attributes hold
+    NodeIndex contents = 0; ///< the object that owns the extent
+    NodeIndex firstName = 0; ///< first of its names in the HFS+ tree; its attributes hold for all
     std::uint32_t nameCount = 0; ///< names in the HFS+ tree
     std::uint32_t number = 0; ///< among those with several names; meaningless for others
 };

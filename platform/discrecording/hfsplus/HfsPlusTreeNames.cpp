@@ -12,10 +12,10 @@ namespace Tessaron
 namespace
 {
 
-/// A volume must have a name; the Finder's own for one that has none.
+/// A volume must have a name; without one it gets the Finder's.
 constexpr std::string_view nameOfUnnamedVolume = "untitled";
 
-/// The catalog name of an ordinary name without the detour of the rules; false when it is not ordinary.
+/// Makes the catalog name of an ordinary name, which needs none of the rules; false for any other name.
 bool assignPlainName(std::string_view rawName, HfsPlusName *name)
 {
     if (rawName.empty())
@@ -132,7 +132,7 @@ void HfsPlusTreeNames::tellApart(HfsPlusSiblings &siblings, const std::stop_toke
     siblings.sort();
     if (siblings.allDiffer())
         return;
-    // Who keeps its name is decided by the objects' own names, which the order of the tree is.
+    // The objects' own names, by which the tree is ordered, decide which of them keeps its name.
     std::sort(
         siblings.entries().begin(), siblings.entries().end(),
         [](const HfsPlusSiblings::Entry &one, const HfsPlusSiblings::Entry &other) { return one.node < other.node; });

@@ -64,7 +64,8 @@ void storeHfsPlusVolumeHeader(std::uint8_t *to, const HfsPlusVolumeFacts &facts)
     storeBigEndian<std::uint32_t>(to + Field::attributes,
                                   Unmounted | SoftwareLock | (facts.hasSparedBlocks ? SparedBlocks : 0u));
     storeBigEndian<std::uint32_t>(to + Field::lastMountedBy, thisSystem);
-    // The date of creation is meant in local time. A disc does not say of which zone, so it is UTC like the others.
+    // The format has the date of creation in local time. A disc does not say in which zone, so it is UTC like the
+    // others.
     const std::uint32_t date = hfsPlusDate(facts.time);
     storeBigEndian<std::uint32_t>(to + Field::creationDate, date);
     storeBigEndian<std::uint32_t>(to + Field::modificationDate, date);

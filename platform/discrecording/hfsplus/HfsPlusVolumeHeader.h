@@ -29,7 +29,7 @@ struct HfsPlusVolumeFacts {
     std::uint32_t nextFreeBlock = 0; ///< where to look for free blocks first
     std::uint32_t nextId = 0;
     std::uint64_t volumeId = 0; ///< tells the volume from others
-    bool hasSparedBlocks = false; ///< blocks that are in use though no file has them
+    bool hasSparedBlocks = false; ///< the file of bad blocks has some, those of other filesystems
     HfsPlusSpecialFile allocationFile;
     HfsPlusSpecialFile extentsFile;
     HfsPlusSpecialFile catalogFile;

@@ -12,16 +12,16 @@ namespace Tessaron
 namespace
 {
 
-/// Blocks of the image before which no filesystem but this one has anything.
+/// The beginning of the image, where no other filesystem has anything.
 constexpr std::uint64_t systemAreaBlocks = 16;
-/// Blocks at fixed places that the volume's last files may have to leave room for.
+/// The most blocks at fixed places that the volume's last files may have to leave out.
 constexpr std::uint64_t spareBlocks = 1024;
 
 constexpr BTreeTraits catalogTraits{8192, HfsPlusCatalog::longestKey,
                                     BTreeTraits::HasBigKeys | BTreeTraits::HasVariableIndexKeys};
 constexpr BTreeTraits extentsTraits{4096, HfsPlusBlockUse::longestKey, BTreeTraits::HasBigKeys};
 
-/// Measures a tree that is not worth a look at whether to stop.
+/// Measures a tree that is too small to be worth asking for a cancel.
 void measureSmall(BTree &tree)
 {
     const std::function<void(double)> report;
@@ -103,7 +103,7 @@ void HfsPlusWriter::placeLast(ImageLayout &layout, std::uint64_t)
         bitmap = needed;
         const std::uint64_t most = known + m_facts.extentsFile.blockCount + bitmap;
         if (hasWrapper())
-            unit = hfsWrapperUnit(most + most / 30'000); // a unit more than what is needed is less than that
+            unit = hfsWrapperUnit(most + most / 30'000); // the filler is less than a unit, which is less than this
         needed = HfsPlusBlockUse::bitmapBlocks(most + unit);
     }
     m_facts.allocationFile = {layout.allocate(bitmap, this, Allocation), bitmap, logicalBlockSize};

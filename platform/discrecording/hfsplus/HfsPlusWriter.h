@@ -21,7 +21,8 @@ enum class HfsPlusAccess : std::uint8_t {
     WrapperAndMap,
     /// The map alone, in units of 512 bytes as long as these can count the image. libblkid looks for a wrapper as it
     /// does for every filesystem that begins at a fixed place; of a device with two of them it says nothing but
-    /// "ambivalent", and mount(8) and desktops then mount none. Linux finds the map by itself when it looks for HFS+.
+    /// "ambivalent", and mount(8) and desktops then mount neither. Linux finds the map by itself when it looks for
+    /// HFS+.
     MapAlone,
 };
 

@@ -14,7 +14,7 @@ namespace Tessaron
 /// Size of a logical block of every filesystem that is written, in bytes.
 inline constexpr std::uint32_t logicalBlockSize = 2048;
 
-/// A run of blocks whose bytes are those of one file on disk: what a device may copy without bringing it into this
+/// A run of blocks whose bytes are those of one file on disk. A device may have the kernel copy them, past this
 /// process.
 struct FileRun {
     std::uint32_t fileIndex = 0; ///< which file of the image, for BlockImage::fileContents()

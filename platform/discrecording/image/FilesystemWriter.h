@@ -43,7 +43,8 @@ public:
     [[nodiscard]] virtual std::uint32_t volumeDescriptorCount() const { return 0; }
     /// … and how many descriptors behind it, where ECMA-167 looks for its own.
     [[nodiscard]] virtual std::uint32_t extendedDescriptorCount() const { return 0; }
-    /// Fills the `index`-th of the former, then of the latter. `descriptor` is one block of zeros.
+    /// Fills one block of zeros with the `index`-th of these descriptors; those before the terminator are counted
+    /// first.
     virtual void fillDescriptor(std::uint32_t index, std::span<std::uint8_t> descriptor) const = 0;
 
     /// Takes the blocks that must lie at fixed places; called for all writers before anything else gets a place.

@@ -33,14 +33,15 @@ struct BlockRun {
 class ImageLayout
 {
 public:
-    /// Blocks at a fixed address. Several writers may take the same ones, if each writes other bytes of them. To be
-    /// called before anything floats.
+    /// Takes blocks at a fixed address. Several writers may take the same blocks when each writes other bytes of them.
+    /// To be called before the first allocate().
     void reserve(std::uint64_t start, std::uint64_t count, const FilesystemWriter *owner, std::uint32_t tag);
-    /// The next free blocks in a row; none for a count of 0, whose address is then that of the next free block.
+    /// Takes the next free blocks in a row and returns the first one. A count of 0 takes none and returns the next free
+    /// block.
     std::uint64_t allocate(std::uint64_t count, const FilesystemWriter *owner, std::uint32_t tag);
     /// The same for an extent of file contents, which belongs to no writer.
     std::uint64_t allocateExtent(std::uint64_t count);
-    /// Lets what follows begin at `block`; what lies between stays unused. Ignored when the place is past already.
+    /// Lets what follows begin at `block`; blocks between stay unused. Ignored when that place is already past.
     void leaveUnusedUpTo(std::uint64_t block);
     /// The last blocks of the image. Several writers' tails overlap, each ends with the image.
     void reserveTail(std::uint64_t count, const FilesystemWriter *owner, std::uint32_t tag);
@@ -69,7 +70,7 @@ private:
     std::uint64_t m_blockCount = 0;
 };
 
-/// Blocks that so many bytes take.
+/// How many blocks the bytes take.
 [[nodiscard]] constexpr std::uint64_t blocksForBytes(std::uint64_t bytes)
 {
     return bytes / logicalBlockSize + (bytes % logicalBlockSize != 0 ? 1 : 0);

@@ -138,7 +138,7 @@ void DirectoryHierarchy::storeOrder(std::uint32_t number, const SiblingNames &si
     const auto count = static_cast<std::uint32_t>(siblings.entries().size());
     std::uint32_t position = content.firstChild();
     if (count > content.childCount()) {
-        // With relocated folders it has more than its own.
+        // With the folders that were moved here it has more children than the tree says.
         position = static_cast<std::uint32_t>(m_order.size());
         m_order.resize(m_order.size() + count);
     }
@@ -218,7 +218,7 @@ bool DirectoryHierarchy::canSayTimesOf(NodeIndex node) const
 
 void DirectoryHierarchy::reportFile(NodeIndex node, StorageIssues &issues) const
 {
-    // Linux gives up on a file after as many records.
+    // Linux gives up on a file after this many records.
     constexpr std::uint64_t mostSections = 100;
     const std::uint64_t sections = fileSectionCount(m_tree->nodes[node].fileSize());
     if (sections > mostSections)

@@ -19,8 +19,7 @@ namespace Tessaron
 /// What kind of directory hierarchy is made.
 struct HierarchyTraits {
     DRDiscTree tree = DRDiscTree::ISO9660;
-    /// 0 for the hierarchy of a primary volume that is there for the standard's sake, since Joliet is (ECMA-119 6.7.1):
-    /// it holds nothing.
+    /// 0 for a primary volume that is there only because Joliet needs one beside it (ECMA-119 6.7.1): it holds nothing.
     DRFilesystemMask filesystem = DRFilesystemInclusionMaskISO9660;
     NameCoding coding = NameCoding::Iso9660;
     Iso9660Level level = Iso9660Level::Two;
@@ -52,13 +51,13 @@ struct DirectoryRestart {
 
 /// A continuation area of a directory record.
 struct HierarchyContinuation {
-    NodeIndex node = 0; ///< whose record; 0 for the "." of the root
+    NodeIndex node = 0; ///< the object that has the record; 0 for the "." of the root
     NameRole role = NameRole::File; ///< in which it has the record
     std::uint32_t block = 0; ///< counted like HierarchyFolder::firstBlock
     std::uint32_t offset = 0;
 };
 
-/// Bytes that one directory record can say of a file (ECMA-119 9.1.4), whole blocks: longer files take several.
+/// Most bytes of a file that one directory record can cover (ECMA-119 9.1.4), whole blocks: longer files take several.
 inline constexpr std::uint64_t fileSectionSize = 0xFFFFF800;
 
 /// How many directory records a file of this length takes.
@@ -72,7 +71,7 @@ inline constexpr std::uint64_t fileSectionSize = 0xFFFFF800;
 class DirectoryHierarchy
 {
 public:
-    /// A restart for each so many blocks of a directory.
+    /// Blocks of a directory between two restarts.
     static constexpr std::uint32_t blocksPerRestart = 256;
 
     DirectoryHierarchy(std::shared_ptr<const ContentTree> tree, const HierarchyTraits &traits);
@@ -111,8 +110,8 @@ public:
     /// Blocks of all directories and their continuation areas.
     [[nodiscard]] std::uint64_t directoryBlocks() const { return m_directoryBlocks; }
 
-    /// How many names in the tree a file has whose contents and attributes several objects share; `contents` is the
-    /// object that owns the contents. Valid after prepare().
+    /// How many names a file has in the tree: objects that share its contents and attributes. `contents` is the object
+    /// that owns the contents. Valid after prepare().
     [[nodiscard]] std::uint32_t linkCount(NodeIndex contents) const;
 
     /// True when a directory is longer than its 32-bit length can say; the hierarchy is of no use then.

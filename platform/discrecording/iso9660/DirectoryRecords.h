@@ -38,7 +38,7 @@ public:
     /// new with isFirstSection() only.
     [[nodiscard]] std::span<const std::uint8_t> continuation() const { return m_use.continuation(); }
     [[nodiscard]] bool isFirstSection() const { return m_isFirstSection; }
-    /// Whose record it is: the folder itself for "." and "..".
+    /// The object that has the record: the folder itself for "." and "..".
     [[nodiscard]] NodeIndex node() const { return m_node; }
     /// What the record is of: a folder, a file, a file in the place of a folder.
     [[nodiscard]] NameRole role() const { return m_role; }
@@ -58,7 +58,7 @@ private:
     void makeSpecial(Role role);
     void makeChild(NodeIndex node);
     void makeSystemUse(NodeIndex node, Role role, std::size_t identifierSize);
-    /// What leads from a relocated folder to where it belongs, and back; `node` as for makeSystemUse().
+    /// Adds the entries that lead from a relocated folder to where it belongs, and back; `node` as for makeSystemUse().
     void addRelocation(NodeIndex node, Role role);
     void makeRecord(NodeIndex node, std::string_view identifier, std::string_view suffix);
     /// The first block of a folder's directory; 0 while measuring.
@@ -67,7 +67,7 @@ private:
 
     const DirectoryHierarchy &m_hierarchy;
     const HierarchyPlaces *const m_places; ///< null while measuring
-    const SiblingNames *const m_names; ///< null when not
+    const SiblingNames *const m_names; ///< null unless measuring
     const HierarchyFolder *m_folder = nullptr;
     Role m_nextRole = Role::Self;
     DirectoryRestart m_next; ///< of the record that comes next
@@ -84,7 +84,7 @@ private:
 
 /// Bytes of the root's record in a volume descriptor (ECMA-119 8.4.18).
 inline constexpr std::size_t rootRecordSize = 34;
-/// Writes it.
+/// Writes the root's record.
 void storeRootRecord(std::uint8_t *to, const DirectoryHierarchy &hierarchy, const HierarchyPlaces &places);
 
 } // namespace Tessaron

@@ -28,7 +28,7 @@ constexpr std::array<bool, 256> makePlainTable()
 }
 constexpr std::array<bool, 256> isPlainInJoliet = makePlainTable();
 
-/// The Joliet name of an ordinary name without the detour of the rules; false when it is not ordinary.
+/// Makes the Joliet name of an ordinary name, which needs none of the rules; false for any other name.
 bool assignPlainName(std::string_view rawName, RecordedName *name)
 {
     if (rawName.empty() || rawName.size() > jolietNameLimit || rawName.back() == '.' || rawName.back() == ' ')
@@ -116,7 +116,7 @@ bool SiblingNames::precedes(const Entry &one, const Entry &other) const
 void SiblingNames::sort()
 {
     const auto inOrder = [this](const Entry &one, const Entry &other) { return precedes(one, other); };
-    // Names mostly come in an order that stays: that of the objects' own names.
+    // Mostly they are in order already, since the objects are ordered by their own names.
     if (!std::is_sorted(m_entries.begin(), m_entries.end(), inOrder))
         std::sort(m_entries.begin(), m_entries.end(), inOrder);
 }
@@ -216,7 +216,7 @@ void HierarchyNames::tellApart(SiblingNames &siblings, const std::stop_token &ca
     const bool isJoliet = m_coding == NameCoding::Joliet;
     if (isJoliet ? siblings.allDifferWithoutCase() : siblings.allDiffer())
         return;
-    // Who keeps its name is decided by the objects' own names, which the order of the tree is.
+    // The objects' own names, by which the tree is ordered, decide which of them keeps its name.
     std::sort(siblings.entries().begin(), siblings.entries().end(),
               [](const SiblingNames::Entry &one, const SiblingNames::Entry &other) { return one.node < other.node; });
     if (isJoliet)

@@ -20,7 +20,7 @@ enum class NameCoding : std::uint8_t {
     Joliet, ///< UCS-2, big-endian
 };
 
-/// A name as directory records and path tables hold it, without what is added to a file's (see
+/// A name as directory records and path tables hold it, without the end that a file's name gets (see
 /// HierarchyNames::suffix()).
 class RecordedName
 {
@@ -48,7 +48,7 @@ private:
 
 /// What a name is recorded for.
 enum class NameRole : std::uint8_t {
-    File, ///< or anything else that is no folder
+    File, ///< or anything else that is not a folder
     Folder,
     FolderElsewhere, ///< a file in the place of a folder that was relocated
 };
@@ -98,7 +98,7 @@ class HierarchyNames final : public TreeDisplayNames
 public:
     HierarchyNames(std::shared_ptr<const ContentTree> tree, NameCoding coding, Iso9660Level level);
 
-    /// The role in which an object has its name where it is recorded as what it is.
+    /// The role of an object that is recorded where it belongs.
     [[nodiscard]] NameRole usualRole(NodeIndex node) const
     {
         return m_tree->nodes[node].isFolder() ? NameRole::Folder : NameRole::File;
@@ -108,7 +108,7 @@ public:
     void nameOf(NodeIndex node, RecordedName *name) const { nameOf(node, usualRole(node), name); }
     /// The same before siblings are told apart. True when it is not the object's base name.
     bool ruledName(NodeIndex node, NameRole role, RecordedName *name) const;
-    /// What a file's name is followed by in its identifier (ECMA-119 7.5.1).
+    /// What follows a file's name in its identifier (ECMA-119 7.5.1); empty for folders and in Joliet.
     [[nodiscard]] std::string_view suffix(std::string_view name, NameRole role) const;
 
     /// Puts the names of one folder's children in order and, where any are the same, tells them apart. Once

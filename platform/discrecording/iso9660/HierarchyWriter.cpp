@@ -41,7 +41,7 @@ bool HierarchyWriter::prepare(const PlanProgress &progress, StorageIssues &issue
         return false;
     m_pathTable.prepare(issues);
     if (m_hierarchy.traits().filesystem == 0)
-        return true; // it was not asked for: what it cannot hold is not missed
+        return true; // only Joliet was asked for, so nothing is missing here
     if (m_hierarchy.names().displayName(0) != m_hierarchy.tree().discName(0))
         issues.push_back({0, m_hierarchy.traits().tree, DRStorageReportItem::Kind::Renamed,
                           StorageReason::VolumeNameNotAllowed, false});
@@ -87,7 +87,7 @@ void HierarchyWriter::place(ImageLayout &layout)
 
 void HierarchyWriter::didPlaceFiles(std::uint32_t imageBlocks)
 {
-    // The volume space begins with the disc (ECMA-119 6.1.2), whatever lies in front of the image.
+    // The volume space begins with the disc (ECMA-119 6.1.2), also when something lies in front of the image.
     m_facts.imageBlocks = m_hierarchy.traits().firstBlock + imageBlocks;
 }
 

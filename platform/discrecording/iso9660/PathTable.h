@@ -16,8 +16,8 @@ enum class PathTableOrder : std::uint8_t {
 };
 
 /// The path tables of a hierarchy (ECMA-119 6.9, 9.4): every folder in the order of the hierarchy, each with the number
-/// of its parent. That number has 16 bits: a folder below one that is beyond 65,535 is left out, since a wrong parent
-/// would be worse than none, and reported. Directories hold it all the same. Constant after prepare().
+/// of its parent. That number has 16 bits: a folder below one that is beyond 65,535 is left out and reported, since a
+/// wrong parent would do more harm. Directories hold it all the same. Constant after prepare().
 class PathTable
 {
 public:
@@ -31,9 +31,9 @@ public:
               std::span<std::uint8_t> out) const;
 
 private:
-    /// Numbers begin with 1 and end with this.
+    /// Parents are numbered from 1 up to this.
     static constexpr std::uint32_t lastParentNumber = 65535;
-    /// The offset of every so manieth folder's record is kept.
+    /// Folders from one record whose offset is kept to the next.
     static constexpr std::uint32_t foldersPerMark = 1024;
 
     /// The identifier that the table holds for a folder.

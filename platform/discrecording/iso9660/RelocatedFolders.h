@@ -7,8 +7,8 @@
 namespace Tessaron
 {
 
-/// The folders that lie too deep for ECMA-119 (6.8.2.1) where they belong. They are recorded in the relocation folder,
-/// which is the root's, and a record in their place leads there (IEEE P1282 4.1.5). Constant after find().
+/// The folders that lie too deep for ECMA-119 (6.8.2.1) where they belong. They are recorded in the relocation folder
+/// of the root, and a record in their place leads there (IEEE P1282 4.1.5). Constant after find().
 class RelocatedFolders
 {
 public:

@@ -93,10 +93,10 @@ std::span<const std::uint8_t> bytesOf(std::string_view text)
     return {reinterpret_cast<const std::uint8_t *>(text.data()), text.size()};
 }
 
-/// Collects the components of a link target into SL entries. Where one entry ends and more components follow, it ends
-/// within a component, of which both entries have a byte at least: the texts allow other ends, too, but a widespread
-/// reader (libarchive 3.6) forgets the slash there. A ".." without a flag is a name like any other and can be parted.
-/// Only an entry without a component of two bytes ends between two.
+/// Collects the components of a link target into SL entries. An entry that others follow ends within a component, with
+/// at least one byte of it on either side: the standards allow other ends as well, but a widespread reader (libarchive
+/// 3.6) forgets the slash there. A ".." that is written as a name and not by its flag can be parted like any other.
+/// Only an entry without a component of two bytes ends between components.
 class LinkEntries
 {
 public:
@@ -112,7 +112,7 @@ public:
                 breakBeforeNext();
                 continue;
             }
-            // What remains for the next entry is a byte at least.
+            // At least one byte has to remain for the next entry.
             const std::string_view part = name.substr(0, std::min(room() - Component::text, name.size() - 1));
             append({continues, part});
             flush(continues);

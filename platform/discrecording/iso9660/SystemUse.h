@@ -19,8 +19,7 @@ struct ContinuationPlace {
 };
 
 /// The System Use entries of one directory record (SUSP 1.12): first collected, then divided into what the record
-/// itself holds and what goes into a continuation area. Kept by its user from record to record, so that it allocates
-/// memory seldom.
+/// itself holds and what goes into a continuation area. Use one for many records: it seldom allocates then.
 class SystemUse
 {
 public:
@@ -38,10 +37,11 @@ public:
     /// Adds an entry with signature, length and version set, and returns the zeroed rest of it to fill. `size` is that
     /// of the whole entry. Valid until the next call.
     std::span<std::uint8_t> add(std::string_view signature, std::size_t size);
-    /// Adds an alternate name or link entry that belongs to a chain: the same for entries with a flags byte.
+    /// Adds an entry of a chain (NM, SL): a byte of flags and the rest.
     void addBytes(std::string_view signature, std::uint8_t flags, std::span<const std::uint8_t> bytes);
 
-    /// Divides the entries: `room` bytes are there in the record. An entry is never parted.
+    /// Divides the entries between the record, which has room for `room` bytes, and the continuation area. No entry is
+    /// parted.
     void divide(std::size_t room);
 
     /// What goes into the record; complete after setContinuationPlace() when there is a continuation.
@@ -49,7 +49,7 @@ public:
     /// What goes into the continuation area. An area of more than a block begins a block and is chained from block to
     /// block.
     [[nodiscard]] std::span<const std::uint8_t> continuation() const { return m_continuation; }
-    /// Tells where the continuation area begins, which the entries that lead to it say.
+    /// Completes the entries that lead to the continuation area, which begins at `place`.
     void setContinuationPlace(const ContinuationPlace &place);
 
 private:
@@ -65,7 +65,7 @@ private:
     std::array<std::uint8_t, longestEntry> m_record{};
     std::size_t m_recordSize = 0;
     std::vector<std::uint8_t> m_continuation;
-    std::vector<std::uint32_t> m_areaSizes; ///< of the areas in m_continuation; each but the last fills a block with it
+    std::vector<std::uint32_t> m_areaSizes; ///< of m_continuation; an area begins at each of its blocks
 };
 
 } // namespace Tessaron

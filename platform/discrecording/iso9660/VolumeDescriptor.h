@@ -38,7 +38,7 @@ struct IsoVolumeFacts {
 void storeVolumeDescriptor(std::span<std::uint8_t> block, const DirectoryHierarchy &hierarchy, const VolumeTexts &texts,
                            const IsoVolumeFacts &facts);
 
-/// Fills one zeroed block with what ends the volume descriptors (8.3).
+/// Fills one zeroed block with the terminator of the volume descriptors (8.3).
 void storeVolumeDescriptorSetTerminator(std::span<std::uint8_t> block);
 
 } // namespace Tessaron

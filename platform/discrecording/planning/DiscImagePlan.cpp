@@ -47,7 +47,7 @@ FileTime volumeTimeOf(const DRFolder &root, const PlanOptions &options)
     return {QDateTime::currentSecsSinceEpoch(), 0};
 }
 
-/// The level that was asked for.
+/// The level that was asked for; no value when none was, or one that does not exist.
 std::optional<Iso9660Level> levelOf(const DRFolder &root)
 {
     bool isNumber = false;
@@ -136,7 +136,7 @@ bool Planner::chooseFilesystems(NSError *error)
     const DRFilesystemMask allowed = m_options.filesystems & DRFilesystemInclusionMaskAll;
     DRFilesystemMask contents = 0;
     completeFilesystemMasks(*m_tree, &contents);
-    // An image of nothing has them all; an object that no filesystem may hold does not ask for one.
+    // An empty image has all that are allowed; an object that no filesystem may hold does not ask for one.
     m_filesystems = contents == 0 ? allowed : allowed & contents;
     if (m_filesystems != 0) {
         ContentNode &root = m_tree->nodes[0];

@@ -32,7 +32,7 @@ struct PlanOptions {
     std::uint32_t trailingPaddingBlocks = 0;
     /// Makes images reproducible: the volume's date, and the latest time that any object gets. See docs/iso9660.md.
     std::optional<std::int64_t> sourceDateEpoch = sourceDateEpochFromEnvironment();
-    /// Files of at least so many bytes come as FileRun pieces of their own; smaller ones are gathered.
+    /// Files of at least this many bytes come as FileRun pieces of their own; smaller ones are gathered.
     std::uint32_t bigFileSize = 256 * 1024;
     /// Where on its disc the image begins: behind another track, or in a later session. The addresses that ISO 9660,
     /// Joliet and the volume structures of UDF record count from the disc's begin; those of HFS+ from the image's.

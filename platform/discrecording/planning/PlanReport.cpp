@@ -147,7 +147,7 @@ bool PlanReport::isLost(StorageIssues::const_iterator first, StorageIssues::cons
 bool PlanReport::isVolumeNameLost(StorageIssues::const_iterator first, StorageIssues::const_iterator last) const
 {
     if (m_tree->baseName(0).empty())
-        return false; // there was none to lose
+        return false; // it has no name to lose
     return std::none_of(m_trees.begin(), m_trees.end(), [&](const NamedTree &tree) {
         const bool hasNameOfItsOwn = tree.tree != DRDiscTree::RockRidge; // which has no volume
         return hasNameOfItsOwn && std::none_of(first, last, [&](const StorageIssue &issue) {

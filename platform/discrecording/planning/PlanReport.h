@@ -28,7 +28,7 @@ private:
     static constexpr std::size_t treeCount = 5;
     static constexpr std::size_t kindCount = 3;
 
-    /// True when no tree holds the object of these issues, which are all it has, under its own name.
+    /// True when no tree holds the object under its own name. `first` to `last` are all of its issues.
     [[nodiscard]] bool isLost(StorageIssues::const_iterator first, StorageIssues::const_iterator last) const;
 
     [[nodiscard]] bool isVolumeNameLost(StorageIssues::const_iterator first, StorageIssues::const_iterator last) const;

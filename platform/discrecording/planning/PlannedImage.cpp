@@ -16,7 +16,7 @@ namespace Tessaron
 namespace
 {
 
-/// Opens a file in a folder that is open already; -1 where that does not work, for whatever reason.
+/// Opens a file in a folder that is open already; invalid when that fails.
 UniqueDescriptor openIn(int folder, const FSRef &ref)
 {
     const QByteArrayView name = nameOfFSRef(ref);

@@ -13,8 +13,8 @@ namespace Tessaron
 
 class SourceFolder;
 
-/// A disc image with all addresses given. Regions that writers fill and extents of files never share a block; what is
-/// neither is zero.
+/// A disc image with all addresses given. Regions that writers fill and extents of files never share a block; all other
+/// blocks are zero.
 class PlannedImage final : public BlockImage
 {
 public:
@@ -38,7 +38,7 @@ private:
     [[nodiscard]] bool isBig(NodeIndex file) const;
 
     [[nodiscard]] NSError fillRegions(std::uint64_t at, std::span<std::uint8_t> out) const;
-    /// Puts the bytes of one file from `offset` on there.
+    /// Fills `out` with the bytes of one file from `offset` on.
     [[nodiscard]] NSError fillFile(NodeIndex file, std::uint64_t offset, std::span<std::uint8_t> out,
                                    SourceFolder &folder, const std::stop_token &cancellation) const;
 

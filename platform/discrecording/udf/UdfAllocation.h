@@ -10,12 +10,12 @@ namespace Tessaron
 
 /// Where in the partition the bytes of a file or directory lie: in one row. An allocation descriptor says less than
 /// 2^30 bytes, whole blocks but for the last (ECMA-167 4/14.14.1, UDF 2.3.10), so that a long row takes several; those
-/// that do not fit beside the file's entry go into allocation extents (ECMA-167 4/14.5), each of which is one block.
+/// that do not fit beside the file's entry go into allocation extents (ECMA-167 4/14.5) of one block each.
 struct UdfAllocation {
     std::uint32_t block = 0; ///< of the partition
     std::uint64_t size = 0; ///< bytes
 
-    /// Bytes that one descriptor can say.
+    /// Most bytes that one descriptor can describe.
     static constexpr std::uint32_t longestPart = 0x3FFFF800;
     static constexpr std::size_t descriptorSize = 8;
     static constexpr std::size_t entryHeadSize = 176; ///< of a file entry without attributes (ECMA-167 4/14.9)

@@ -20,15 +20,15 @@ public:
 
     [[nodiscard]] std::string_view view() const { return {m_bytes.data(), m_size}; }
     [[nodiscard]] std::size_t size() const { return m_size; }
-    /// The characters again.
+    /// The text in UTF-16.
     [[nodiscard]] std::u16string text() const;
 
     /// Takes the recorded bytes of another one.
     void assignRecorded(std::string_view bytes);
-    /// Records a text in as few bytes as it can be; what does not fit into `capacity` bytes of characters is left out.
+    /// Records a text in as few bytes as possible; characters that do not fit into `capacity` bytes are cut off.
     void assign(std::u16string_view text, std::size_t capacity = nameCapacity);
-    /// Records a name of ASCII characters alone without the detour; false, and nothing recorded, for other names and
-    /// for those that are no names as they stand.
+    /// Records a name of ASCII characters alone, which needs none of the rules; false, and nothing recorded, for other
+    /// names and for those that no file can have.
     [[nodiscard]] bool assignPlain(std::string_view rawName);
 
 private:

@@ -8,8 +8,8 @@
 namespace Tessaron
 {
 
-/// Makes directories: file identifier descriptors (ECMA-167 4/14.4) in a row, the first of which leads to the parent.
-/// They may run from one block into the next; each directory begins a block.
+/// Makes directories: file identifier descriptors (ECMA-167 4/14.4) in a row; the first one leads to the parent. They
+/// may run from one block into the next; each directory begins a block.
 class UdfDirectories
 {
 public:

@@ -36,7 +36,7 @@ void storeUdfText(std::span<std::uint8_t> field, std::u16string_view text);
 /// What follows the name in an entity identifier (UDF 2.1.4.3).
 enum class UdfIdentifierSuffix : std::uint8_t {
     None,
-    Domain, ///< the revision, and flags, which are 0: nothing is said to be write protected that is not so by itself
+    Domain, ///< the revision, and flags, which are 0: they would state a protection against writing
     Udf, ///< the revision and the kind of system
     Implementation, ///< the kind of system
 };

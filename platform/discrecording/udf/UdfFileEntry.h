@@ -42,9 +42,9 @@ public:
 private:
     void storeIcbTag(std::uint8_t *to, const ContentNode &content) const;
     void storeTimes(std::uint8_t *entry, NodeIndex node) const;
-    /// Writes the attributes from the end of the entry's head on; bytes that they take.
+    /// Writes the attributes behind the entry's head; returns how many bytes they take.
     std::size_t storeAttributes(std::uint8_t *to, const ContentNode &content, std::uint32_t icb) const;
-    /// Writes what says where the contents are, or the contents themselves; bytes that it takes.
+    /// Writes the allocation descriptors, or the contents themselves; returns how many bytes they take.
     std::size_t storeAllocation(std::uint8_t *to, NodeIndex node, std::uint32_t icb) const;
     /// Where the bytes of a file or a directory are.
     [[nodiscard]] UdfAllocation allocationOf(NodeIndex node) const;

@@ -128,7 +128,7 @@ void UdfHierarchy::addFolder(NodeIndex node, const std::stop_token &cancellation
 void UdfHierarchy::measure(NodeIndex node)
 {
     constexpr std::uint64_t bytesPerRestart = std::uint64_t{blocksPerRestart} * logicalBlockSize;
-    std::uint64_t used = udfDirectoryEntrySize(0); // what leads to the parent
+    std::uint64_t used = udfDirectoryEntrySize(0); // the entry that leads to the parent
     std::uint64_t nextRestart = bytesPerRestart;
     for (const UdfSibling &sibling : m_siblings) {
         const std::uint64_t end = used + udfDirectoryEntrySize(sibling.nameSize);

@@ -16,7 +16,7 @@
 namespace Tessaron
 {
 
-/// A folder of a UDF tree. What is not in the tree has a size of 0: a directory in it is never empty.
+/// A folder of the disc. One that is not in the UDF tree has a size of 0; a directory in the tree is never empty.
 struct UdfFolder {
     NodeIndex node = 0;
     std::uint32_t firstBlock = 0; ///< of its directory, counted from the first directory's
@@ -45,7 +45,7 @@ struct UdfLongFile {
 class UdfHierarchy
 {
 public:
-    /// A restart for each so many blocks of a directory.
+    /// Blocks of a directory between two restarts.
     static constexpr std::uint32_t blocksPerRestart = 64;
 
     explicit UdfHierarchy(std::shared_ptr<const ContentTree> tree);
@@ -100,7 +100,7 @@ private:
         std::uint32_t links = 0;
     };
 
-    /// Whether an object can be in the tree; adds what speaks against it.
+    /// True when an object can be in the tree. Adds to `issues` why it cannot, or what has to change.
     [[nodiscard]] bool admits(NodeIndex node, StorageIssues &issues) const;
     void addIcb(NodeIndex node);
     void addFolder(NodeIndex node, const std::stop_token &cancellation, StorageIssues &issues);

@@ -30,9 +30,8 @@ inline constexpr std::size_t udfTagSize = 16;
 /// Checksum of ECMA-167 3/7.2.6: the polynomial x^16 + x^12 + x^5 + 1, begun with 0, highest bit first.
 [[nodiscard]] std::uint16_t udfCrc(std::span<const std::uint8_t> bytes);
 
-/// Writes the tag of a descriptor whose bytes are there otherwise: it takes the checksum of all that follows the tag.
-/// `location` is the block that the descriptor begins in: of the volume for volume structures, of the partition for
-/// all others.
+/// Writes the tag of a descriptor that is complete otherwise: its checksum covers all that follows the tag. `location`
+/// is the block that the descriptor begins in: of the volume for volume structures, of the partition for all others.
 void storeUdfTag(std::span<std::uint8_t> descriptor, UdfTag tag, std::uint32_t location);
 
 } // namespace Tessaron

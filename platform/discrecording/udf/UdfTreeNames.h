@@ -34,7 +34,8 @@ public:
     /// order of the tree.
     void makeNames(std::span<UdfSibling> siblings, const std::stop_token &cancellation);
 
-    /// The name of an object other than the root whose folder has its names. Thread-safe afterwards.
+    /// The name of an object other than the root, once makeNames() was called for its folder. Thread-safe once it was
+    /// called for all folders.
     void nameOf(NodeIndex node, UdfCompressedText *name) const;
     [[nodiscard]] QString displayName(NodeIndex node) const override;
     /// The volume's name; empty when the root has none.

@@ -9,8 +9,8 @@
 namespace Tessaron
 {
 
-/// The blocks at the beginning of an image, counted from there, that have their places by the standard, or that we give
-/// the same place in every image: between the volume descriptors, which begin at block 16, and the partition.
+/// The blocks at the beginning of an image, counted from there, that have fixed places by the standard, or that get the
+/// same place in every image: between the volume descriptors, which begin at block 16, and the partition.
 struct UdfVolumeLayout {
     static constexpr std::uint32_t firstReserved = 16;
     static constexpr std::uint32_t mainSequence = 32;
@@ -19,9 +19,9 @@ struct UdfVolumeLayout {
     static constexpr std::uint32_t integrityBlocks = 4;
     static constexpr std::uint32_t anchor = 256; ///< the other anchor is the last block of the image
     static constexpr std::uint32_t partition = 257;
-    /// The reserve sequence and the last anchor end the image. The former is far from the main one so; and readers that
-    /// expect nothing but zeros between what they know and the last anchor, as 7z does, find it behind whatever other
-    /// filesystems have there.
+    /// The reserve sequence and the last anchor end the image. So the reserve sequence is far from the main one, and
+    /// behind everything that other filesystems have at the end: some readers, such as 7z, expect nothing but zeros
+    /// between what they know and the last anchor.
     static constexpr std::uint32_t tailBlocks = sequenceBlocks + 1;
 };
 
@@ -51,12 +51,11 @@ inline constexpr std::uint32_t udfRecognitionCount = 3;
 /// Fills a zeroed block with the `index`-th of them.
 void storeUdfRecognition(std::span<std::uint8_t> block, std::uint32_t index);
 
-/// Puts what belongs there into one of the blocks from UdfVolumeLayout::firstReserved up to the partition. Leaves alone
-/// what is not ours.
+/// Writes the structure that belongs into one of the blocks from UdfVolumeLayout::firstReserved up to the partition.
+/// Leaves blocks alone that belong to other writers.
 void storeUdfVolumeBlock(std::span<std::uint8_t> block, std::uint32_t at, const UdfVolumeFacts &facts);
 
-/// Puts what belongs there into the `index`-th of the last blocks of the image, of which there are
-/// UdfVolumeLayout::tailBlocks.
+/// Writes the structure that belongs into the `index`-th of the last UdfVolumeLayout::tailBlocks blocks of the image.
 void storeUdfTailBlock(std::span<std::uint8_t> block, std::uint32_t index, const UdfVolumeFacts &facts);
 
 /// Blocks of the sequence of file set descriptors.

@@ -48,7 +48,7 @@ bool UdfWriter::prepare(const PlanProgress &progress, StorageIssues &issues)
 
 std::u16string UdfWriter::volumeSetPrefix() const
 {
-    // Readers take these digits for the identity of the volume. The number depends on what is reproducible alone.
+    // Readers take these digits for the identity of the volume. The number depends only on what is reproducible.
     constexpr std::uint64_t multiplier = 0x9E3779B97F4A7C15u;
     const ContentTree &tree = m_hierarchy.tree();
     std::uint64_t number = tree.volumeTime.nanoseconds + multiplier;
