@@ -23,7 +23,7 @@ public:
                                         FSBulkEntry *entries) = 0;
     /// Why the last next() failed.
     [[nodiscard]] virtual int errnoValue() const = 0;
-    /// Gives back what is scarce, a descriptor for one: the walk goes deep below this folder and comes back later.
+    /// Gives back scarce resources such as a descriptor: the walk goes deep below this folder and comes back later.
     virtual void rest() = 0;
 };
 
@@ -45,7 +45,7 @@ public:
     virtual void willOpen(const std::vector<FSRef> &) { }
     /// Descriptors have run out: those held for folders to come are closed, and no more are opened for these.
     virtual void giveBackDescriptors() { }
-    /// The scan is over: whatever was prepared for it is dropped.
+    /// The scan is over: all that was prepared for it is dropped.
     virtual void endScan() { }
 
     /// A lister of the file system for one scan at a time. It reads ahead on a thread of its own.

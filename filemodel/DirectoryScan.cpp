@@ -21,7 +21,7 @@ constexpr std::uint32_t batchSize = FolderReader::batchSize;
 
 constexpr std::uint32_t wantedInfo = FolderReader::whichInfo;
 
-/// Below so many folders nothing is read ahead: the path to each would be walked again.
+/// Below this many levels nothing is read ahead: the path to each would be walked again.
 constexpr std::size_t mostLevelsAhead = 32;
 
 /// Folders above each other that keep descriptors and full-sized buffers while the walk is below them.
@@ -56,8 +56,8 @@ std::shared_ptr<KRFileHierarchyItem> itemForFile(const FSBulkEntry &entry)
 }
 
 /// The heap of a worker thread grows page by page, with a system call for each: thousands of them for 100,000 files. A
-/// block that is taken and given back leaves its room behind: less than malloc(3) would map apart, or give back to the
-/// system.
+/// block that is taken and given back leaves its room behind, as it is small enough that malloc(3) neither maps it
+/// apart nor gives it back to the system.
 void growHeapAtOnce()
 {
     constexpr std::size_t room = std::size_t{120} * 1024;
@@ -117,7 +117,7 @@ bool DirectoryScan::walk()
     return false;
 }
 
-/// Makes sure that the level has a next entry, fetching further batches as long as there are.
+/// Makes sure that the level has a next entry, fetching further batches as long as there are any.
 DirectoryScan::Step DirectoryScan::prepareEntry(Level &level)
 {
     while (level.next == level.count) {
@@ -242,7 +242,8 @@ void DirectoryScan::leaveFolder()
         level.entries = {};
 }
 
-/// Memory has run out. What was built so far stays; what is missing is said, as far as there is room for saying it.
+/// Memory has run out. The tree built so far stays; the folders that are missing are noted, as far as there is memory
+/// for that.
 void DirectoryScan::giveUp()
 {
     for (Level &level : m_levels) {

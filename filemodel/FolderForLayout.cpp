@@ -34,7 +34,7 @@ void setFinderFlagsOf(DRFolder &folder, const LayoutSource &source, const struct
     folder.setProperty(int(flags), DRMacFinderFlags, DRAllFilesystems);
 }
 
-/// Adds whatever lies there under the name of the icon's file; 0 or an `errno` value.
+/// Adds what lies in the folder under the name of the icon's file; 0 or an `errno` value.
 int addIcon(DRFolder &folder, const LayoutSource &source)
 {
     const QByteArray name = QByteArrayLiteral("Icon\r");

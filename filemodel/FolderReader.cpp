@@ -18,7 +18,7 @@ constexpr std::size_t mostFoldersAhead = 64;
 constexpr std::size_t mostBatchesAhead = 4;
 /// Batches that the reader goes on in a long folder while the scan takes the ones before.
 constexpr std::size_t batchesReadOn = 16;
-/// Batches whose room is kept.
+/// Buffers that are kept for further batches.
 constexpr std::size_t mostSpare = 64;
 
 } // namespace
@@ -89,7 +89,7 @@ void FolderReader::readAhead(const std::vector<FSRef> &folders)
         const std::lock_guard lock(m_mutex);
         forgetWhatIsTaken();
         for (const FSRef &ref : folders) {
-            std::shared_ptr<Job> job(new Job); // apart from its count, which pointers in m_pending keep
+            std::shared_ptr<Job> job(new Job); // not make_shared: weak pointers in m_pending would keep its memory
             job->ref = ref;
             // A file system that lists one name twice gets it read once.
             if (m_jobs.try_emplace(ref.node, job).second)
@@ -198,7 +198,7 @@ void FolderReader::dropFolders()
     m_hasWork.notify_one();
 }
 
-/// While the reader has read enough, nothing else takes the withdrawn ones out.
+/// Takes withdrawn jobs out of m_pending, which the thread does not do while it has read enough.
 void FolderReader::forgetWhatIsTaken()
 {
     constexpr std::size_t fewPending = 64;

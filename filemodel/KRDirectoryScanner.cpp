@@ -23,7 +23,7 @@ bool KRDirectoryScanner::ScanLock::take()
 
 void KRDirectoryScanner::ScanLock::giveBack()
 {
-    // Told under the lock: whoever waited may destroy this as soon as it is free.
+    // Notified under the lock: a thread that waited may destroy this as soon as it is free.
     const std::lock_guard lock(m_mutex);
     m_isTaken = false;
     m_isFree.notify_all();

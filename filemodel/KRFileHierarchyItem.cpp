@@ -82,8 +82,8 @@ KRFileHierarchyItem::~KRFileHierarchyItem()
 {
     if (m_creation)
         m_creation->abandon();
-    // Items that free their children would need stack for each level of depth; so those that nobody else holds give up
-    // theirs here first.
+    // Items that free their children would need stack for each level of depth; so children without another owner give
+    // up theirs here first.
     Items orphans = std::move(m_items);
     while (!orphans.empty()) {
         const std::shared_ptr<KRFileHierarchyItem> item = std::move(orphans.back());

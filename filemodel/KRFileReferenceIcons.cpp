@@ -33,7 +33,7 @@ QImage smallGenericFolderIcon()
     return icon;
 }
 
-/// The family with the selected members, else with whatever there is; empty when there is none.
+/// The family with the selected members, else with all that the icon has; empty when the file has no icon.
 QByteArray familyOf(const FSRef &ref, const QString &fileName, std::uint32_t selectors)
 {
     IconRef icon;

@@ -44,7 +44,7 @@ void setOptions(KRFileReference &reference, DRFSObject &object)
         object.setProperty(true, DRMacFinderHideExtension, DRAllFilesystems);
 }
 
-/// A folder that has the name of an icon's file was taken for one when the folder above was made.
+/// A folder that has the name of an icon's file was taken for the icon when the folder above was made.
 void takeOutIconFile(DRFolder &parent, const DRFolder &child)
 {
     if (nameOfFSRef(child.sourceRef()) != QByteArrayView("Icon\r") || parent.children().empty())
@@ -87,7 +87,7 @@ std::shared_ptr<DRFSObject> LayoutBuilder::build(KRFileHierarchyItem &item, DRFo
         return makeFile(item, loose, addToFolder);
 
     std::vector<OpenFolder> stack;
-    std::unordered_set<const KRFileHierarchyItem *> open; // those on the stack: none is laid out inside itself
+    std::unordered_set<const KRFileHierarchyItem *> open; // those on the stack: no item is laid out inside itself
     enter(item, stack, open);
     for (;;) {
         OpenFolder &top = stack.back();

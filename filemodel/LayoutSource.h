@@ -20,8 +20,8 @@ namespace Tessaron
 class FolderNames
 {
 public:
-    /// Lists an open folder. It stays empty where that does not work, and ends early in one of very many names: a file
-    /// that is not found has to be looked at itself.
+    /// Lists an open folder. Stays empty where that fails, and ends early in a folder of very many names: a file that
+    /// is not found here has to be looked at itself.
     void read(int folder);
     /// True when the file lies in the folder under its own name: that name leads to its inode, on its device.
     [[nodiscard]] bool hold(const FSRef &ref) const;
@@ -61,7 +61,7 @@ struct LayoutPlace {
 /// file among those to look at. For files that come without their folder.
 void enterFolderOf(const FSRef &ref, LayoutSource &folder);
 
-/// Opens the folder that was found there; invalid with `*errnoValue` set when that fails.
+/// Opens the folder that was found at the place; invalid with `*errnoValue` set when that fails.
 [[nodiscard]] UniqueDescriptor openLayoutSource(const FSRef &ref, const LayoutPlace &place, const LayoutSource &folder,
                                                 int *errnoValue);
 

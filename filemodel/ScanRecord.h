@@ -22,7 +22,7 @@ public:
     void countFile() { countOneMore(m_files); }
     void countFolder() { countOneMore(m_folders); }
     void countError() { countOneMore(m_errors); }
-    /// Notes a folder some of whose contents are missing in the tree.
+    /// Notes a folder of which something is missing in the tree.
     void noteUnreadable(const FSRef &folder, int errnoValue);
     /// Notes that there was no memory to name the rest of what is missing; allocates nothing.
     void noteOutOfMemory() noexcept;

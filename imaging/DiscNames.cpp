@@ -16,7 +16,7 @@ namespace Tessaron
 namespace
 {
 
-/// The number that a text begins with, after white space; 0 when there is none, the nearest limit when it is too big.
+/// The number that a text begins with, after white space; 0 without one, the nearest limit when it is too big.
 std::int64_t leadingInteger(QStringView text)
 {
     constexpr std::int64_t greatest = std::numeric_limits<std::int32_t>::max();

@@ -5,9 +5,8 @@
 namespace Tessaron
 {
 
-/// Files that must not outlive the process, for the one place that may end it without unwinding: a signal handler.
-/// At most four at a time, which is two images with their cue sheets. See also
-/// UnfinishedFiles.h.
+/// Files that must not outlive the process, for the one place that may end it without unwinding: a signal handler. At
+/// most four at a time: two images with their cue sheets. See also UnfinishedFiles.h.
 
 /// Notes a file by the folder's descriptor (which must stay open) and its name; returns its number, -1 when there is
 /// no room.

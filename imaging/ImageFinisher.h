@@ -28,14 +28,14 @@ struct UnfinishedImage {
     QByteArray path; ///< final; the cue sheet and errors name it
     int descriptor = -1; ///< open for writing
     int cueSheet = -1; ///< open for writing, empty; only for formats that have one
-    int folder = -1; ///< that holds the final names, open in whatever way; -1 when nothing gets a name
+    int folder = -1; ///< that holds the final names, O_PATH is enough; -1 when nothing gets a name
     /// Gives the files their final names, all or none; 0 or an `errno` value. Empty when they have them already.
     std::function<int()> giveNames;
 };
 
 /// Makes an image file of the blocks of a disc: adds what the format needs besides (a cue sheet beside a BIN image, the
-/// trailer behind a VANT image), gives the files their final names, and sees to it that what has a final name is on the
-/// disk. Used by any one thread; waits for the disk.
+/// trailer behind a VANT image), gives the files their final names, and sees to it that files with a final name are on
+/// the disk. Used by any one thread; waits for the disk.
 ///
 /// Errors are of NSOSStatusErrorDomain, name the file and have a recovery suggestion. After one, nothing that is only
 /// half made has a final name.

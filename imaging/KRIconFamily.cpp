@@ -18,7 +18,7 @@ namespace Tessaron
 namespace
 {
 
-/// Makes an empty file with a name that was free; empty when that fails.
+/// Makes an empty file with a name that was free and returns its path; empty when that fails.
 QByteArray makeScratchFile()
 {
     const QByteArray folder = fileSystemRepresentation(temporaryFolder());

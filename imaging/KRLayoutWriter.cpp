@@ -27,7 +27,7 @@ constexpr std::chrono::milliseconds writingDelay{1};
 /// Cannot be opened: the track writer then fails with its own error for a path.
 const QString pathOfNothing = QStringLiteral("/i/dont/exist/seriously/foo");
 
-/// The path now of the reference's file; empty when it has none.
+/// The present path of the reference's file; empty when the file is gone.
 QByteArray pathOfRef(const FSRef &ref)
 {
     char buffer[PATH_MAX];

@@ -15,8 +15,8 @@ namespace Tessaron
 namespace
 {
 
-/// Share of the whole that each stage of a burn takes. The writing starts at a third and is clamped to 1: both
-/// factors are what programs that show the progress are made for.
+/// Share of the whole that each stage of a burn takes. The writing starts at a third and is clamped to 1: programs that
+/// show the progress expect exactly these factors.
 constexpr double preparingShare = 0.25;
 constexpr double writingShare = 0.75;
 constexpr double writingStart = 0.333;
@@ -190,7 +190,7 @@ void KRTrackWriter::forgetBurn()
     m_burn.reset();
 }
 
-/// The sink has seen to it that all is in the file; what the disk refuses now is as lost as what it refuses at once.
+/// The sink has written everything, but some filesystems refuse data only when the file is closed.
 NSError KRTrackWriter::closeOutput()
 {
     m_sink.reset();

@@ -167,8 +167,7 @@ private:
     std::vector<Step> m_steps;
 };
 
-/// A file that replaces one of the same owner gets its permissions, as if that one had been written
-/// anew.
+/// A file that replaces one of the same owner gets its permissions, as if that one were written anew.
 mode_t Publisher::finalModeOf(const StagedFile &file)
 {
     struct stat older;

@@ -60,12 +60,11 @@ struct DiscImageResult {
     /// Folders below the sources that could not be listed, or not to their end: what is in them is missing in the
     /// image. A source itself that cannot be listed is an error.
     std::vector<UnreadableFolder> unreadable;
-    /// What the disc's filesystems cannot hold as it stands; null when it did not come so far.
+    /// What the disc's filesystems cannot hold as it stands; null when the job ended before that was known.
     std::shared_ptr<const DRStorageReport> report;
 
-    /// True when there is no error and everything is in the image: nothing unreadable, nothing lost, the volume's name
-    /// neither where it was given. A program must
-    /// look, and tell its user what is not.
+    /// True when there is no error and everything is in the image: nothing is unreadable or lost, and if the order gave
+    /// the volume a name, it has that one. A program must look, and tell its user what is missing.
     [[nodiscard]] TESSARON_EXPORT bool isComplete() const;
 };
 

@@ -57,8 +57,8 @@ class TESSARON_EXPORT DiscJob : public QObject
 public:
     ~DiscJob() override;
 
-    /// Starts; returns at once. Every job has a signal `finished(result)`, which comes once, after this has returned,
-    /// whatever happens. Does nothing when the job was started before.
+    /// Starts; returns at once. Every job has a signal `finished(result)`, which comes exactly once, after this has
+    /// returned. Does nothing when the job was started before.
     void start();
     /// Asks the job to stop; returns at once. finished() comes then with an error of code Cancelled, unless the job was
     /// past the point of no return: with an image that has got its name, a cancel comes too late.

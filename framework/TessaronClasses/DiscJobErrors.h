@@ -21,7 +21,7 @@ TESSARON_EXPORT extern const QString DiscJobUnderlyingStatusKey;
 
 /// The codes of that domain: at which end of the work it failed.
 enum class DiscJobErrorCode : std::uint8_t {
-    InvalidOrder = 1, ///< what was asked for makes no sense, whatever the disk holds
+    InvalidOrder = 1, ///< what was asked for makes no sense in itself
     Source, ///< something that was to be read
     Destination, ///< where the result was to go
     Space, ///< too little room for the result
@@ -36,10 +36,10 @@ enum class DiscJobErrorCode : std::uint8_t {
                                                    const QString &suggestion = {}, const QByteArray &path = {},
                                                    qint64 status = 0);
 
-/// What a job ends with for which there was too little memory.
+/// The error of a job that ran out of memory.
 [[nodiscard]] TESSARON_EXPORT NSError outOfMemoryError();
 
-/// What a cancelled job ends with.
+/// The error of a cancelled job.
 [[nodiscard]] TESSARON_EXPORT NSError discJobCancellation();
 
 /// True for an error of that domain and code.

@@ -12,7 +12,7 @@
 namespace Tessaron
 {
 
-/// Which file something is, whatever its path.
+/// Identifies a file by other means than its path.
 struct DeviceAndInode {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
@@ -33,8 +33,8 @@ struct DiscSource {
 /// readable. Fails on the first that is not, with code Source (DiscJobErrors.h). Touches the disk. Thread-safe.
 [[nodiscard]] TESSARON_EXPORT Result<std::vector<DiscSource>> discSourcesAtPaths(const QList<QByteArray> &paths);
 
-/// The sources must be able to lie side by side on a disc: none twice, no two of one name. An error of code
-/// InvalidOrder otherwise.
+/// The sources must be able to lie side by side on a disc: no source twice, and no two of the same name. An error of
+/// code InvalidOrder otherwise.
 [[nodiscard]] TESSARON_EXPORT NSError errorOfSourcesSideBySide(const std::vector<DiscSource> &sources);
 
 } // namespace Tessaron

@@ -14,8 +14,9 @@ class NSBundle;
 
 /// What the framework adds to NSError. All of it is thread-safe.
 
-/// The Finder's bundle, "/System/Library/CoreServices/Finder.app", whose texts the errors use. Null where there is
-/// none. Looked up once and kept; only after NSBundle::setSystemRoot() has named another folder is it looked up again.
+/// The Finder's bundle, "/System/Library/CoreServices/Finder.app", whose texts the errors use. Null where it is not
+/// installed. Looked up once and kept; only after NSBundle::setSystemRoot() has named another folder is it looked up
+/// again.
 [[nodiscard]] TESSARON_EXPORT std::shared_ptr<NSBundle> _finderBundle();
 
 /// Why it failed, for people; null for an error of another domain than NSOSStatusErrorDomain. The Finder's own text for

@@ -49,8 +49,8 @@ struct VerificationResult {
 
 /// Reads every filesystem of an image and compares it with the sources that the image was made of: names, kinds, sizes,
 /// contents, modification times and targets of links. Blocks until it is done or stopped; `progress` is called on the
-/// same thread, at least for every megabyte; of it, phase, files, folders and bytes mean something. Programs with an
-/// event loop use VerifyJob.
+/// same thread, at least for every megabyte, with phase, files, folders and bytes set. Programs with an event loop use
+/// VerifyJob.
 [[nodiscard]] TESSARON_EXPORT VerificationResult
 verifyImage(const VerificationRequest &request, const std::stop_token &stop,
             const std::function<void(const DiscJobProgress &)> &progress);

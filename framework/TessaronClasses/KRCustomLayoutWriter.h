@@ -41,11 +41,11 @@ public:
     [[nodiscard]] virtual std::uint64_t dataSize() const = 0; ///< bytes
 };
 
-/// What a custom layout writer asks and reports, all on the main thread. Each function may be empty; none but the first
-/// is needed. A function may let go of the writer.
+/// What a custom layout writer asks and reports, all on the main thread. Each function may be empty; only the first is
+/// needed. A function may let go of the writer.
 struct KRCustomLayoutWriterDelegate {
     CallbackContext context; ///< its end silences the rest
-    /// Where the producer's data goes: the path of an existing file, at whose end it is written.
+    /// Where the producer's data goes: the path of an existing file, to which it is appended.
     std::function<QString(KRCustomLayoutWriter &writer, const std::shared_ptr<DRTrackProducer> &item)>
         KRCustomLayoutWriterPathForItem;
     /// Once, behind the last producer: the CD-TEXT for the VANT header.

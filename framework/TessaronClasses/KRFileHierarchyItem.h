@@ -90,8 +90,8 @@ public:
     /// its turn.
     [[nodiscard]] Walk walk() const;
 
-    /// Sets the child's parent to this item and appends it. Ignored for null and for an item that is this one or
-    /// holds it, as it is below.
+    /// Sets the child's parent to this item and appends it. Ignored for null and for an item that is this one or holds
+    /// it; insertItem() ignores the same.
     void addItem(const std::shared_ptr<KRFileHierarchyItem> &item);
     /// Sets the child's parent and inserts it. A negative index counts as 0, one beyond the count as the count.
     void insertItem(const std::shared_ptr<KRFileHierarchyItem> &item, std::int64_t atIndex);

@@ -100,9 +100,9 @@ public:
     /// The reference in its persistent form; null when the file is gone.
     [[nodiscard]] QByteArray aliasData() const;
 
-    /// 16×16. Null when there is none.
+    /// 16×16. Null without an icon.
     [[nodiscard]] QImage smallIcon();
-    /// In the largest size there is. Null when there is none.
+    /// In the largest size there is. Null without an icon.
     [[nodiscard]] QImage largeIcon();
 
     /// The object's own record, to be read and changed in place. Never null; lives as long as the reference.

@@ -60,11 +60,10 @@ public:
     /// the disk is known (fsync(2)). It does unless told otherwise here. For the next writing.
     void setWaitsForDisk(bool waits) { m_waitsForDisk = waits; }
 
-    /// Starts. Null when the burn was started; its end reaches the delegate; the layout's tracks of folders
-    /// have got their lengths then (DRTrackLengthKey). The file must exist and is best empty: it
-    /// is written from its start and in the end is as long as what was written. Errors, both in NSOSStatusErrorDomain:
-    /// -20 with the path under NSFilePathErrorKey when the file cannot be opened, -4960 when there is no burn to be had
-    /// or a writing of this writer runs.
+    /// Starts. Null when the burn was started. The delegate hears of its end; by then the layout's tracks of folders
+    /// have their lengths (DRTrackLengthKey). The file must exist and is best empty: it is written from its start and
+    /// ends with the last byte written. Errors, both in NSOSStatusErrorDomain: -20 with the path under
+    /// NSFilePathErrorKey when the file cannot be opened, -4960 when no burn can be made or this writer is at work.
     [[nodiscard]] NSError writeTrackAndNotifyDelegate(const KRTrackWriterDelegate &delegate);
 
     /// Asks the running burn to stop; the delegate hears of the cancel. Does nothing when none runs.
@@ -81,8 +80,8 @@ public:
     /// Takes the status of the burn, as its notification brings it, and tells the delegate.
     void writeStatus(const QVariantMap &status);
 
-    /// Appends the blocks to the file; the address is ignored. Returns 0; when the file takes no more, the status of
-    /// that. A burn goes by blockSink() instead.
+    /// Appends the blocks to the file; the address is ignored. Returns 0, or the status of the failure. A burn goes by
+    /// blockSink() instead.
     OSStatus writeBlocks(const void *buffer, std::uint32_t blockCount, std::uint32_t blockSize,
                          std::uint32_t atAddress) override;
     /// The file; null when none is being written.

@@ -46,8 +46,8 @@ struct OpenedDiscImage {
     std::shared_ptr<const DiscImageSource> source; ///< never null
     std::vector<DiscImageTrack> tracks; ///< empty when nothing describes them
     std::vector<FoundVolume> volumes;
-    /// What of a cue sheet was passed over or taken in a certain way, why a sheet beside the image was not used, and
-    /// which tracks were not looked at.
+    /// Which parts of a cue sheet were passed over or had to be interpreted, why a sheet beside the image was not used,
+    /// and which tracks were not looked at.
     QStringList notes;
 };
 

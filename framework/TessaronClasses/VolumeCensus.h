@@ -30,7 +30,7 @@ struct VolumeCensus {
     std::uint64_t failureCount = 0;
 };
 
-/// Walks the volume and counts. After a stop, what was counted so far comes back.
+/// Walks the volume and counts. After a stop it returns the counts so far.
 [[nodiscard]] TESSARON_EXPORT VolumeCensus censusOf(const VolumeReader &reader, const std::stop_token &stop);
 
 } // namespace Tessaron

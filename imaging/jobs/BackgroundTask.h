@@ -20,9 +20,8 @@ public:
     BackgroundTask(const BackgroundTask &) = delete;
     BackgroundTask &operator=(const BackgroundTask &) = delete;
 
-    /// Runs `work` on the thread and then `whenEnded`, with what the work returned, on the main thread. Memory or
-    /// threads that the system does not give end in an error. One piece at a time; the next may be started from
-    /// `whenEnded`.
+    /// Runs `work` on the thread and then `whenEnded`, with what the work returned, on the main thread. A lack of
+    /// memory or of threads ends in an error. One piece at a time; the next may be started from `whenEnded`.
     void start(std::function<NSError(const std::stop_token &)> work, std::function<void(const NSError &)> whenEnded);
     void requestStop() { m_thread.request_stop(); }
 

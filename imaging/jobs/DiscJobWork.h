@@ -11,7 +11,7 @@ namespace Tessaron
 
 /// What a job does, apart from the object with signals that programs hold. The DiscJob owns it, starts and stops it,
 /// asks how far it has come, and destroys it when no worker uses it any more. Everything here runs on the main thread,
-/// save what is handed to runInBackground().
+/// except the work that is handed to runInBackground().
 class DiscJobWork
 {
 public:
@@ -20,7 +20,7 @@ public:
     DiscJobWork(const DiscJobWork &) = delete;
     DiscJobWork &operator=(const DiscJobWork &) = delete;
 
-    /// Starts; called once. Whatever happens, end() is called later, once.
+    /// Starts; called once. end() has to follow, exactly once.
     virtual void begin() = 0;
     /// Stops what runs, as soon as it can; called once at most. The background task is stopped already.
     virtual void stop() { }

@@ -27,7 +27,7 @@ struct ImageDestination {
 /// regular file that may be replaced. A symbolic link is followed: what it leads to is replaced.
 [[nodiscard]] NSError openDestination(const QByteArray &output, DiscFormat format, ImageDestination *destination);
 
-/// The image must neither lie inside a source folder, by whatever path, nor be one of the sources.
+/// The image must neither lie inside a source folder, by any path, nor be one of the sources.
 [[nodiscard]] NSError checkOutside(const ImageDestination &destination, const std::vector<DiscSource> &sources);
 
 } // namespace Tessaron

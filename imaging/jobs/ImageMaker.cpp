@@ -290,7 +290,7 @@ void ImageMaker::writingEnded(const NSError &error)
         m_result.folders = amounts.foldersTotal;
     }
     if (!m_result.error && !error && !m_isPlanChecked)
-        m_result.error = checkPlan(); // it was all over before anybody looked
+        m_result.error = checkPlan(); // the burn ended before lookAhead() came to it
     if (!m_result.error)
         m_result.error = error;
     end();

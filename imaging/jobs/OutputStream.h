@@ -17,10 +17,10 @@ namespace Tessaron
 /// /dev/stdout.
 [[nodiscard]] bool isStream(const QByteArray &path);
 
-/// Opens what isStream() was true of. Waits for a reader of a named pipe, until the stop.
+/// Opens a path for which isStream() was true. Waits for a reader of a named pipe, until the stop.
 [[nodiscard]] Result<UniqueDescriptor> streamAtPath(const QByteArray &path, const std::stop_token &stop);
 
-/// Another descriptor for what is open already.
+/// Another descriptor for a file that is open already.
 [[nodiscard]] Result<UniqueDescriptor> streamWithDescriptor(int descriptor);
 
 } // namespace Tessaron

@@ -114,7 +114,7 @@ void SourceGatherer::folderEnded(const std::shared_ptr<KRFileHierarchyItem> &ite
     m_scanner.reset();
 }
 
-/// The scanner leaves out in silence what it cannot list: only what it was told not to be able to says so.
+/// Folders that the scanner could not list are missing in the tree; only its list of unreadable ones tells which.
 void SourceGatherer::judge(const KRFileHierarchyItem &root)
 {
     const DiscSource &source = m_sources[m_gathered.size()];

@@ -10,8 +10,8 @@ namespace Tessaron
 {
 
 /// Numbers that are equal for an object of a volume and the source that it was made of, and hardly ever for others: of
-/// files made from how they begin, of folders from all that is in them. They tell apart what has the same name but for
-/// a number. Making one reads files, so they are for the few objects that need them.
+/// files made from how they begin, of folders from all that is in them. They tell apart objects whose names differ in a
+/// number alone. Making one reads files, so they are for the few objects that need them.
 class Fingerprints
 {
 public:

@@ -227,7 +227,7 @@ void FolderMatcher::run(Pass pass, const std::stop_token &stop)
 
 void FolderMatcher::makeGroups(Pass pass, const std::stop_token &stop)
 {
-    // To look into files that nothing is to be told apart from would be in vain.
+    // Files that need not be told apart from others are not looked into.
     const bool rivalsOnly = pass == Pass::ContentsAndTime || pass == Pass::Contents;
     bool hasOpenObjects = false;
     m_groupsOfObject.assign(m_kept.size(), {});

@@ -81,7 +81,7 @@ private:
     const ContentPlan &m_plan;
     const SourceNumber m_folder;
     const bool m_hasRockRidge;
-    std::unordered_set<QString> m_changedNames; ///< what names become that the filesystem cannot hold
+    std::unordered_set<QString> m_changedNames; ///< the forms of names that the filesystem cannot hold
     bool m_hasLongNames = false; ///< that may have been cut
 
     std::vector<MatchedObject> m_kept;

@@ -161,7 +161,7 @@ QString inCapitals(QString text)
     return text;
 }
 
-/// What is left of a name when all that ISO 9660 changes is left out.
+/// The characters of a name that ISO 9660 surely keeps, in capitals.
 QString bones(const QString &text)
 {
     QString result;

@@ -162,7 +162,7 @@ std::vector<DiscImageTrack> tracksOfVant(const VANTImage &image)
     return tracks;
 }
 
-/// Says of which tracks of data nothing is known: filesystems are looked for in the first one.
+/// Notes the tracks of data that were not looked at: filesystems are looked for in the first one only.
 void noteTracksNotLookedAt(OpenedDiscImage *image)
 {
     const auto isData = [](const DiscImageTrack &track) { return track.isData; };

@@ -148,7 +148,7 @@ void SourceIndex::addSources(const std::vector<DiscSource> &sources)
 int SourceIndex::openFolder(SourceNumber folder, const RecentFolders &recent) const
 {
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-    // What was given by the user has a path of its own.
+    // A source that the user gave has a path of its own.
     const bool wasGiven = folder == 0 || (m_objects[folder].parent == 0 && !m_rootIsOnlySource);
     const int parent = wasGiven ? -1 : recent.descriptorOf(m_objects[folder].parent);
     if (parent < 0)

@@ -52,7 +52,7 @@ public:
     [[nodiscard]] const SourceObject &operator[](SourceNumber number) const { return m_objects[number]; }
     [[nodiscard]] SourceObject &operator[](SourceNumber number) { return m_objects[number]; }
     [[nodiscard]] std::string_view name(SourceNumber number) const;
-    /// The child of exactly this name; noSource when there is none.
+    /// The child of exactly this name, or noSource.
     [[nodiscard]] SourceNumber child(SourceNumber folder, std::string_view name) const;
     /// Path on the disc, from the root: "/folder/file".
     [[nodiscard]] QByteArray discPath(SourceNumber number) const;

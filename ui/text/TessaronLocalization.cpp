@@ -19,7 +19,8 @@ qsizetype behindPosition(const QString &format, qsizetype at)
 }
 
 /// Fills in "%@" and "%d" wherever they stand, also in their forms with a position, "%2$@". There is one value of each
-/// kind, so the kind says which one is meant. What is filled in is not looked at again. "%%" is a percent sign.
+/// kind, so the kind says which one is meant. Texts that were filled in are not searched for further ones. "%%" is a
+/// percent sign.
 QString filled(const QString &format, const QString &name, int count)
 {
     QString result;
