@@ -12,7 +12,7 @@ namespace
 
 using namespace Tessaron;
 
-constexpr std::uint64_t mostSamples = 44100 * 20;
+constexpr std::uint64_t mostSamples = std::uint64_t(44100) * 20;
 
 /// The bytes as a file without a name in any folder.
 UniqueDescriptor fileOf(const std::uint8_t *bytes, std::size_t size)

@@ -60,7 +60,9 @@ std::shared_ptr<KRIconFamily> KRIconFamily::iconFamilyForFSRef(const FSRef &ref)
 std::shared_ptr<KRIconFamily> KRIconFamily::iconFamilyForFile(const QString &path)
 {
     FSRef ref;
-    return FSPathMakeRef(fileSystemRepresentation(path), &ref, nullptr) == noErr ? iconFamilyForFSRef(ref) : nullptr;
+    if (FSPathMakeRef(fileSystemRepresentation(path), &ref, nullptr) != noErr)
+        return nullptr;
+    return iconFamilyForFSRef(ref);
 }
 
 std::shared_ptr<KRIconFamily> KRIconFamily::initWithImage(const QImage &image)

@@ -36,7 +36,7 @@ QString reasonOfKind(const QByteArray &path)
 /// The word of a cue sheet for the track, or one like it where sheets have none.
 QByteArray modeOf(const DiscTrack &track)
 {
-    const QByteArray mode = cueModeOf(track);
+    QByteArray mode = cueModeOf(track);
     if (!mode.isEmpty())
         return mode;
     const QByteArray size = QByteArray::number(track.blockSize);

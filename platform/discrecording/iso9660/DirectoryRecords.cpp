@@ -112,12 +112,13 @@ bool DirectoryRecords::next()
 
 void DirectoryRecords::makeSpecial(Role role)
 {
-    m_node = m_folder->node;
+    const HierarchyFolder &folder = *m_folder;
+    m_node = folder.node;
     m_role = NameRole::Folder;
     m_isFirstSection = true;
     m_use.clear();
     makeSystemUse(m_node, role, 1);
-    const NodeIndex described = role == Role::Self ? m_folder->node : m_hierarchy.folders()[m_folder->parent].node;
+    const NodeIndex described = role == Role::Self ? folder.node : m_hierarchy.folders()[folder.parent].node;
     makeRecord(described, role == Role::Self ? selfIdentifier : parentIdentifier, {});
     if (!m_use.continuation().empty())
         ++m_next.continued;
