@@ -220,6 +220,7 @@ TEST(FSRef, references_mayBeMadeAndUsedByManyThreadsAtOnce)
     std::atomic<int> wrong = 0;
     {
         std::vector<std::jthread> threads;
+        threads.reserve(4);
         for (int thread = 0; thread < 4; ++thread) {
             threads.emplace_back([&] {
                 for (int number = 0; number < 50; ++number) {

@@ -85,7 +85,7 @@ protected:
     }
     QByteArray convert(const QByteArray &source, const Format &format) const
     {
-        const QByteArray target = tree.path(format.name);
+        QByteArray target = tree.path(format.name);
         ffmpeg("-i " + source + ' ' + format.options + ' ' + target);
         return target;
     }
@@ -246,7 +246,7 @@ TEST_P(AnyAudio, decoding_agreesWithFFmpegWithinDither)
     ASSERT_GT(result.samples.size(), 80000u);
     expected.resize(std::min(expected.size(), result.samples.size()) - 400);
     EXPECT_LE(greatestDifference(result.samples, expected), 3);
-    EXPECT_NEAR(double(result.samples.size() / 2), double(expected.size() / 2),
+    EXPECT_NEAR(double(result.samples.size()) / 2, double(expected.size()) / 2,
                 1100); // One packet, where tails are cut.
     EXPECT_TRUE(result.damage.isEmpty()) << qPrintable(result.damage.places.at(0).what);
     if (result.announced.isExact) {
@@ -327,7 +327,7 @@ TEST_F(CDAudio, decoding_keepsASineASine_asGoodAsFFmpegsSoxr)
 TEST_F(CDAudio, decoding_ofAQuietSine_hasNoSpurs)
 {
     // At -80 dB, undithered rounding would leave harmonics only 26 dB below the sine.
-    const QByteArray path = tree.makeFile("sine.wav", waveFileOfSine(44100 * 2, 44100, 0.0001));
+    const QByteArray path = tree.makeFile("sine.wav", waveFileOfSine(std::size_t(44100) * 2, 44100, 0.0001));
     const std::vector<double> powers = powerSpectrum(decoded(path).samples, 0, 65536);
     const auto peak = std::max_element(powers.begin(), powers.end());
     for (int harmonic = 2; harmonic <= 9; ++harmonic) {
@@ -352,7 +352,7 @@ TEST_F(CDAudio, length_isFoundByCounting_whereTheContainerDoesNotSayIt)
 TEST_F(CDAudio, length_ofVariableBitRateWithoutATag_isExact)
 {
     // Silence and then noise: estimates by the first seconds' rate come out at many times the length.
-    Samples source(44100 * 2 * 4, 0);
+    Samples source(std::size_t(44100) * 2 * 4, 0);
     const Samples loud = noise(44100);
     source.insert(source.end(), loud.begin(), loud.end());
     const QByteArray path = convert(makeWave(source), {"a.mp3", "-q:a 0 -write_xing 0 -id3v2_version 0"});
@@ -438,7 +438,7 @@ TEST_F(CDAudio, cancelling_endsOpeningAndReading)
     std::stop_source stop;
     const auto decoder = CDAudioDecoder::openFile(path, stop.get_token());
     ASSERT_TRUE(decoder);
-    std::array<char, 588 * 4> frame;
+    std::array<char, std::size_t(588) * 4> frame;
     ASSERT_TRUE((*decoder)->read(frame.data(), 588));
     stop.request_stop();
     Result<std::size_t> got = std::size_t(1);

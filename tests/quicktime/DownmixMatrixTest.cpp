@@ -12,7 +12,7 @@ std::vector<ChannelWeights> weightsOf(const char *layoutName)
 {
     AVChannelLayout layout = {};
     EXPECT_EQ(av_channel_layout_from_string(&layout, layoutName), 0);
-    const std::vector<ChannelWeights> weights = downmixMatrix(layout);
+    std::vector<ChannelWeights> weights = downmixMatrix(layout);
     EXPECT_EQ(int(weights.size()), layout.nb_channels);
     av_channel_layout_uninit(&layout);
     return weights;

@@ -33,7 +33,7 @@ Samples decoded(const QByteArray &path)
         EXPECT_TRUE(got);
         if (!got || *got == 0)
             break;
-        bytes.append(buffer.data(), qsizetype(*got * 4));
+        bytes.append(buffer.data(), qsizetype(*got) * 4);
     }
     EXPECT_TRUE(!decoder || (*decoder)->damage().isEmpty()) << path.constData();
     return samplesOf(bytes);
@@ -69,7 +69,7 @@ protected:
         const auto copy = QTMovie::newMovie();
         EXPECT_TRUE(movie);
         EXPECT_FALSE(InsertMovieSegment(*movie, *copy, begin, length));
-        const QByteArray target = tree.path("segment.mov");
+        QByteArray target = tree.path("segment.mov");
         const NSError error = writeMovie(*copy, target);
         EXPECT_FALSE(error) << qPrintable(error.localizedDescription());
         return target;

@@ -25,7 +25,8 @@ std::shared_ptr<DRFSObject> objectFor(const std::shared_ptr<KRFileReference> &re
     return folder && folder->children().size() == 1 ? folder->children().front() : nullptr;
 }
 
-struct MaskRow {
+// A row reads best in this order.
+struct MaskRow { // NOLINT(clang-analyzer-optin.performance.Padding)
     char useBasic;
     char hasBasic;
     std::int32_t basic;

@@ -155,10 +155,13 @@ TEST_F(DiscImageJobs, destroying_cancels_andNothingFollows)
     auto job = std::make_unique<DiscImageJob>(order());
     QObject::connect(job.get(), &DiscImageJob::finished, &loop, [&endings](const DiscImageResult &) { ++endings; });
     job->start();
-    QTimer::singleShot(30, &loop, [&] {
+    QTimer whileItRuns;
+    whileItRuns.setSingleShot(true);
+    QObject::connect(&whileItRuns, &QTimer::timeout, &loop, [&] {
         job.reset();
         loop.quit();
     });
+    whileItRuns.start(30);
     loop.exec();
     QTimer::singleShot(50, &loop, [&loop] { loop.quit(); });
     loop.exec();

@@ -8,7 +8,8 @@ namespace Tessaron
 namespace
 {
 
-struct NameCase {
+// A row reads best in this order.
+struct NameCase { // NOLINT(clang-analyzer-optin.performance.Padding)
     VolumeKind kind;
     const char *recorded;
     const char *source;
