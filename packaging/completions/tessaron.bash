@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Completion of the command tessaron for bash.
 
 _tessaron_options() {
