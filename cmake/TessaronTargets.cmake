@@ -84,6 +84,19 @@ function(tessaron_add_layer name)
     endif()
 endfunction()
 
+# tessaron_discover_tests(NAME)
+#
+# Makes a test of CTest of each test in a program, with the environment that all tests share.
+function(tessaron_discover_tests name)
+    # One variable only: gtest_discover_tests() takes lists apart. Others are set by the programs' own main.
+    set(_environment "QT_QPA_PLATFORM=offscreen")
+    if("thread" IN_LIST TESSARON_SANITIZE)
+        set(_environment "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/thread-sanitizer-suppressions")
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 ENVIRONMENT "${_environment}"
+        ENVIRONMENT_MODIFICATION LC_ALL=set:C.UTF-8)
+endfunction()
+
 # tessaron_add_test(NAME SOURCES ... LIBRARIES ...)
 #
 # One test program with the project's own main (an event loop on the main thread). Every test in it runs in
@@ -94,10 +107,5 @@ function(tessaron_add_test name)
     target_link_libraries(${name} PRIVATE tessaron_options tessaron_test_support ${TEST_LIBRARIES})
     tessaron_use_precompiled_headers(${name} tessaron_precompiled_for_tests)
     target_compile_options(${name} PRIVATE ${TESSARON_TEST_OPTIONS})
-    # One variable only: gtest_discover_tests() takes lists apart. Others are set by the programs' own main.
-    set(_environment "QT_QPA_PLATFORM=offscreen")
-    if("thread" IN_LIST TESSARON_SANITIZE)
-        set(_environment "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/thread-sanitizer-suppressions")
-    endif()
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 ENVIRONMENT "${_environment}")
+    tessaron_discover_tests(${name})
 endfunction()
