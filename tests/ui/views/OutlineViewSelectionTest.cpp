@@ -1,4 +1,3 @@
-#include <QApplication>
 #include <QItemSelectionModel>
 #include <QStandardItemModel>
 #include <QTreeView>
@@ -72,16 +71,6 @@ TEST_F(OutlineViewSelection, selectedItems_leaveOutRowsThatAreNotShown)
     select(m_model.index(1, 0));
     m_view.collapse(m_model.index(0, 0));
     EXPECT_EQ(selectedNames(), (QStringList{QStringLiteral("b")}));
-}
-
-int main(int argc, char *argv[])
-{
-    // The list of tests is asked for by the build, where nobody names a platform.
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    testing::InitGoogleTest(&argc, argv);
-    const QApplication application(argc, argv);
-    return RUN_ALL_TESTS();
 }
 
 TEST_F(OutlineViewSelection, selectedItems_hasNoValue_whenOnlyRowsThatAreNotShownAreSelected)
