@@ -1,8 +1,8 @@
 #include "fuzz/FuzzTarget.h"
 
 #include "platform/foundation/UniqueDescriptor.h"
-#include "platform/quicktime/CDAudioDecoder.h"
 #include "platform/quicktime/QTMovie.h"
+#include "platform/quicktime/decoding/CDAudioDecoder.h"
 
 #include <array>
 #include <sys/mman.h>

@@ -2,7 +2,7 @@
 
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
-#include "platform/quicktime/FFmpegHandles.h"
+#include "platform/quicktime/decoding/FFmpegHandles.h"
 
 #include <array>
 

@@ -2,7 +2,7 @@
 
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/quicktime/MediaErrors.h"
-#include "platform/quicktime/MovieWriter.h"
+#include "platform/quicktime/decoding/MovieWriter.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/foundation/UniqueDescriptor.h"
-#include "platform/quicktime/FFmpegHandles.h"
 #include "platform/quicktime/QTMovie.h"
+#include "platform/quicktime/decoding/FFmpegHandles.h"
 
 #include <QByteArray>
 

@@ -1,10 +1,10 @@
 #include "platform/quicktime/QTMovie.h"
 
 #include "platform/foundation/FileSystemRepresentation.h"
-#include "platform/quicktime/AudioStreamReader.h"
-#include "platform/quicktime/MediaContainer.h"
 #include "platform/quicktime/MediaErrors.h"
-#include "platform/quicktime/MovieAtoms.h"
+#include "platform/quicktime/decoding/AudioStreamReader.h"
+#include "platform/quicktime/decoding/MediaContainer.h"
+#include "platform/quicktime/decoding/MovieAtoms.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "platform/quicktime/CDAudioDecoder.h"
+#include "platform/quicktime/decoding/CDAudioDecoder.h"
 #include "tests/quicktime/Sounds.h"
 #include "tests/support/TemporaryTree.h"
 

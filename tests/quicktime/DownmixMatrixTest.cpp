@@ -1,4 +1,4 @@
-#include "platform/quicktime/DownmixMatrix.h"
+#include "platform/quicktime/decoding/DownmixMatrix.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

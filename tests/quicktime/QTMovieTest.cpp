@@ -1,6 +1,6 @@
 #include "platform/quicktime/QTMovie.h"
 
-#include "platform/quicktime/CDAudioDecoder.h"
+#include "platform/quicktime/decoding/CDAudioDecoder.h"
 #include "tests/quicktime/Sounds.h"
 #include "tests/support/TemporaryTree.h"
 

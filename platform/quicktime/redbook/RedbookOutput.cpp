@@ -1,8 +1,8 @@
 #include "platform/quicktime/redbook/RedbookOutput.h"
 
 #include "platform/foundation/DescriptorIO.h"
-#include "platform/quicktime/CDAudioDecoder.h"
 #include "platform/quicktime/MediaErrors.h"
+#include "platform/quicktime/decoding/CDAudioDecoder.h"
 
 #include <algorithm>
 #include <cerrno>

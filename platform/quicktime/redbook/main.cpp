@@ -7,7 +7,7 @@
 // name.
 
 #include "platform/foundation/FileSystemRepresentation.h"
-#include "platform/quicktime/CDAudioDecoder.h"
+#include "platform/quicktime/decoding/CDAudioDecoder.h"
 #include "platform/quicktime/redbook/ProgressPoster.h"
 #include "platform/quicktime/redbook/RedbookOutput.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/quicktime/LocalMediaFile.h"
+#include "platform/quicktime/decoding/LocalMediaFile.h"
 
 #include <QByteArray>
 #include <QString>

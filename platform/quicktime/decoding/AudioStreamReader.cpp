@@ -1,9 +1,9 @@
-#include "platform/quicktime/AudioStreamReader.h"
+#include "platform/quicktime/decoding/AudioStreamReader.h"
 
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/quicktime/MediaErrors.h"
-#include "platform/quicktime/OggPages.h"
+#include "platform/quicktime/decoding/OggPages.h"
 
 #include <algorithm>
 #include <array>

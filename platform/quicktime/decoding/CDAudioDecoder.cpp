@@ -1,8 +1,8 @@
-#include "platform/quicktime/CDAudioDecoder.h"
+#include "platform/quicktime/decoding/CDAudioDecoder.h"
 
-#include "platform/quicktime/AudioStreamReader.h"
-#include "platform/quicktime/DownmixMatrix.h"
 #include "platform/quicktime/MediaErrors.h"
+#include "platform/quicktime/decoding/AudioStreamReader.h"
+#include "platform/quicktime/decoding/DownmixMatrix.h"
 
 #include <algorithm>
 #include <array>

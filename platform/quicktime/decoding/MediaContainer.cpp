@@ -1,4 +1,4 @@
-#include "platform/quicktime/MediaContainer.h"
+#include "platform/quicktime/decoding/MediaContainer.h"
 
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/PathBytes.h"

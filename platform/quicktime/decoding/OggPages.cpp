@@ -1,4 +1,4 @@
-#include "platform/quicktime/OggPages.h"
+#include "platform/quicktime/decoding/OggPages.h"
 
 #include "platform/foundation/ByteOrder.h"
 

@@ -1,4 +1,4 @@
-#include "platform/quicktime/MovieAtoms.h"
+#include "platform/quicktime/decoding/MovieAtoms.h"
 
 #include "platform/foundation/ByteOrder.h"
 

@@ -1,4 +1,4 @@
-#include "platform/quicktime/LocalMediaFile.h"
+#include "platform/quicktime/decoding/LocalMediaFile.h"
 
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/quicktime/MediaErrors.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/quicktime/AudioStreamReader.h"
 #include "platform/quicktime/MovieStorage.h"
+#include "platform/quicktime/decoding/AudioStreamReader.h"
 
 #include <stop_token>
 #include <vector>

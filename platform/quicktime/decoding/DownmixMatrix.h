@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/quicktime/FFmpegHandles.h"
+#include "platform/quicktime/decoding/FFmpegHandles.h"
 
 #include <vector>
 

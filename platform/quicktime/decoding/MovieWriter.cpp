@@ -1,4 +1,4 @@
-#include "platform/quicktime/MovieWriter.h"
+#include "platform/quicktime/decoding/MovieWriter.h"
 
 #include "platform/quicktime/MediaErrors.h"
 

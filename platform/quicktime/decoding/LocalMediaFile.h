@@ -2,7 +2,7 @@
 
 #include "platform/foundation/Result.h"
 #include "platform/foundation/UniqueDescriptor.h"
-#include "platform/quicktime/FFmpegHandles.h"
+#include "platform/quicktime/decoding/FFmpegHandles.h"
 
 #include <QByteArray>
 

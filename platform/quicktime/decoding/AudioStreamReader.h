@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/quicktime/AudioDamage.h"
-#include "platform/quicktime/MediaContainer.h"
-#include "platform/quicktime/MovieAtoms.h"
+#include "platform/quicktime/decoding/MediaContainer.h"
+#include "platform/quicktime/decoding/MovieAtoms.h"
 
 #include <cstdint>
 #include <memory>
