@@ -54,4 +54,5 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/NSThread.h
     platform/foundation/OSStatus.h
     platform/foundation/Result.h
-    platform/foundation/UniqueDescriptor.h)
+    platform/foundation/UniqueDescriptor.h
+    platform/quicktime/QTMovie.h)

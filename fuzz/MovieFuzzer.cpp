@@ -1,8 +1,9 @@
 #include "fuzz/FuzzTarget.h"
 
 #include "platform/foundation/UniqueDescriptor.h"
-#include "platform/quicktime/QTMovie.h"
+#include "platform/quicktime/MediaModule.h"
 #include "platform/quicktime/decoding/CDAudioDecoder.h"
+#include "platform/quicktime/decoding/DecodingService.h"
 
 #include <array>
 #include <sys/mman.h>
@@ -62,6 +63,8 @@ void checkSound(CDAudioDecoder &decoder)
 
 int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size)
 {
+    // Linked in, the decoders are watched by the fuzzing engine; those of a module would not be.
+    useMediaService(decodingService());
     const UniqueDescriptor file = fileOf(bytes, size);
     const QByteArray path = "/proc/self/fd/" + QByteArray::number(file.get());
     NSError error;

@@ -19,9 +19,6 @@ inline constexpr OSErr noCodecErr = -8961; ///< the form of the media is not kno
 [[nodiscard]] NSError mediaError(OSErr status, const QByteArray &path, const QString &reason,
                                  const QString &suggestion);
 
-/// The same for a code of FFmpeg's libraries. `deed` says what failed, as in "reading".
-[[nodiscard]] NSError mediaErrorOfCode(int code, const QByteArray &path, const QString &deed);
-
 /// A cancelled operation: userCanceledErr.
 [[nodiscard]] NSError mediaCancelledError(const QByteArray &path);
 

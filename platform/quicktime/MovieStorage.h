@@ -2,16 +2,15 @@
 
 #include "platform/foundation/UniqueDescriptor.h"
 #include "platform/quicktime/QTMovie.h"
-#include "platform/quicktime/decoding/FFmpegHandles.h"
 
 #include <QByteArray>
 
-#include <cstdint>
+#include <cstddef>
 
 namespace Tessaron
 {
 
-/// The file of a new movie as the output of FFmpeg's libraries. One thread at a time.
+/// The file of a new movie. One thread at a time.
 class MovieStorage
 {
 public:
@@ -21,21 +20,21 @@ public:
     MovieStorage &operator=(const MovieStorage &) = delete;
     ~MovieStorage() = default;
 
-    [[nodiscard]] AVIOContext *context() const { return m_context.get(); }
     [[nodiscard]] const QByteArray &path() const { return m_path; }
+    /// Open for reading and writing; where it stands is where write() goes on.
+    [[nodiscard]] int descriptor() const { return m_descriptor.get(); }
+    /// 0 or an `errno` value. The first failure stays: what follows it would only leave a hole.
+    [[nodiscard]] int write(const void *bytes, std::size_t length);
     /// Why the system did not write; the null error while it has written everything.
     [[nodiscard]] NSError failure() const;
     [[nodiscard]] NSError close();
 
 private:
     MovieStorage(QByteArray path, UniqueDescriptor descriptor);
-    static int write(void *self, std::uint8_t *bytes, int size);
-    static std::int64_t seek(void *self, std::int64_t offset, int whence);
 
     const QByteArray m_path;
     UniqueDescriptor m_descriptor;
     int m_failure = 0; ///< `errno`
-    IOContext m_context;
 };
 
 } // namespace Tessaron

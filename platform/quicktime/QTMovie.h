@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Export.h"
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/Result.h"
 
@@ -17,9 +18,18 @@
 namespace Tessaron
 {
 
+struct MovieContents;
+
+// Movies and sound are read by a module of the framework that is loaded when it is first needed: a process that opens
+// no movie never loads FFmpeg's libraries. Where the module is missing, or belongs to another version of the framework,
+// the operations that need it fail with an error of code noMediaModule that says what to install.
+inline constexpr OSErr noMediaModule = -2091;
+
 // Keys of the attributes that a movie is opened with.
-extern const QString QTMovieFileNameAttribute; ///< QString: the path, as stringWithFileSystemRepresentation() gives it
-extern const QString QTMovieOpenAsyncOKAttribute; ///< bool: whether opening may go on later; it never does here
+/// QString: the path, as stringWithFileSystemRepresentation() gives it
+TESSARON_EXPORT extern const QString QTMovieFileNameAttribute;
+/// bool: whether opening may go on later; it never does here
+TESSARON_EXPORT extern const QString QTMovieOpenAsyncOKAttribute;
 
 /// A time in a movie: `timeValue` units, `timeScale` of them in a second.
 struct QTTime {
@@ -55,9 +65,16 @@ struct QTTrack {
     std::optional<QTImageDescription> image;
 };
 
+/// A run of the sound of a file, in samples of its own rate.
+struct QTSoundSegment {
+    QByteArray path;
+    std::int64_t begin = 0;
+    std::int64_t end = 0; ///< not included
+};
+
 /// An audio or movie file, or a new movie that segments of others are put into. A value once it is opened; each thread
 /// may have its own. The file itself stays closed between operations, and is looked at again by each.
-class QTMovie
+class TESSARON_EXPORT QTMovie
 {
 public:
     /// Opens the file under QTMovieFileNameAttribute before it returns. Null when it holds nothing that can be played,
@@ -80,49 +97,44 @@ public:
     /// The bytes of a track's samples. Reads all of the file where it has no table of them.
     [[nodiscard]] Result<std::uint64_t> dataSizeOfTrack(std::size_t index, std::stop_token stop = {}) const;
 
-    /// A run of the sound of a file, in samples of its own rate.
-    struct Segment {
-        QByteArray path;
-        std::int64_t begin = 0;
-        std::int64_t end = 0; ///< not included
-    };
-    [[nodiscard]] const std::vector<Segment> &segments() const { return m_segments; }
+    [[nodiscard]] const std::vector<QTSoundSegment> &segments() const { return m_segments; }
 
 private:
-    friend NSError InsertMovieSegment(const QTMovie &, QTMovie &, std::int64_t, std::int64_t);
+    friend TESSARON_EXPORT NSError InsertMovieSegment(const QTMovie &, QTMovie &, std::int64_t, std::int64_t);
     QTMovie() = default;
 
     QByteArray m_path; ///< empty for a new movie
     QTTime m_duration;
     std::uint32_t m_soundRate = 0; ///< 0 without sound
     std::vector<QTTrack> m_tracks;
-    std::vector<Segment> m_segments; ///< of a new movie
+    std::vector<QTSoundSegment> m_segments; ///< of a new movie
 };
 
 /// Appends a segment of an opened movie to a new one; times in the scale of the source. What reaches past the end is
 /// cut there; a segment that begins behind it, or has no length, is an error (invalidTime), as is a movie without
 /// sound. The sound alone is copied: movies are made here to feed audio tracks.
-[[nodiscard]] NSError InsertMovieSegment(const QTMovie &source, QTMovie &destination, std::int64_t sourceIn,
-                                         std::int64_t sourceDuration);
+[[nodiscard]] TESSARON_EXPORT NSError InsertMovieSegment(const QTMovie &source, QTMovie &destination,
+                                                         std::int64_t sourceIn, std::int64_t sourceDuration);
 
 /// A file that movies are written into, from CreateMovieStorage() to CloseMovieStorage().
 class MovieStorage;
 
 struct MovieStorageDeleter {
-    void operator()(MovieStorage *storage) const;
+    TESSARON_EXPORT void operator()(MovieStorage *storage) const;
 };
 using MovieStorageHandle = std::unique_ptr<MovieStorage, MovieStorageDeleter>;
 
 /// Opens the file for a movie. What it held is deleted; a file that is not there is made, for its owner alone.
-[[nodiscard]] Result<MovieStorageHandle> CreateMovieStorage(const QByteArray &path);
+[[nodiscard]] TESSARON_EXPORT Result<MovieStorageHandle> CreateMovieStorage(const QByteArray &path);
 
 /// Writes a new movie with its samples, which stand alone: the files that they come from are not needed again. Samples
 /// of PCM and of lossless codecs stay what they are, as PCM; those of AAC, MP3 and ALAC are copied as they are
 /// encoded, with an edit list that is exact to the sample, where one segment is all; everything else is decoded to PCM
 /// of at least the depth of the decoder.
-[[nodiscard]] NSError AddMovieToStorage(const QTMovie &movie, MovieStorage &storage, std::stop_token stop = {});
+[[nodiscard]] TESSARON_EXPORT NSError AddMovieToStorage(const QTMovie &movie, MovieStorage &storage,
+                                                        std::stop_token stop = {});
 
 /// Closes the file; the error that the system reports only now, if any.
-[[nodiscard]] NSError CloseMovieStorage(MovieStorageHandle storage);
+[[nodiscard]] TESSARON_EXPORT NSError CloseMovieStorage(MovieStorageHandle storage);
 
 } // namespace Tessaron

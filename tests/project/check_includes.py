@@ -34,6 +34,8 @@ LAYERS = [
     "platform/discimage/hfsplus",
     "platform/discimage",
     "platform/quicktime",
+    "platform/quicktime/decoding",
+    "platform/quicktime/redbook",
     "filemodel",
     "imaging",
     "production",

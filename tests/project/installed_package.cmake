@@ -37,3 +37,37 @@ int main(int argc, char **argv)
         message(FATAL_ERROR "${_found} without arguments: status ${_status}, ${_usage}")
     endif()
 endif()
+
+# A movie is opened by the module that was installed with the library; without it, the error says so.
+file(WRITE ${WORK}/open-movie.cpp "#include <platform/quicktime/QTMovie.h>
+#include <QCoreApplication>
+#include <cstdio>
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    Tessaron::NSError error;
+    if (const auto movie = Tessaron::QTMovie::movieByOpeningFileSync(argv[1], &error))
+        std::printf(\"%lld\\n\", static_cast<long long>(movie->duration().timeValue));
+    else
+        std::puts(qPrintable(error.localizedDescription()));
+    return 0;
+}
+")
+run(${COMPILER} -std=c++20 -fPIC ${WORK}/open-movie.cpp -o ${WORK}/open-movie ${_flags})
+run(sox -n -r 44100 -c 2 ${WORK}/sound.wav synth 0.5 sine 440)
+
+# expect_of_movie(PATTERN): what the program says of the sound.
+function(expect_of_movie _pattern)
+    execute_process(
+        COMMAND ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/${LIBDIR} ${WORK}/open-movie ${WORK}/sound.wav
+        OUTPUT_VARIABLE _said OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT _said MATCHES "${_pattern}")
+        message(FATAL_ERROR "opening a movie said '${_said}', not '${_pattern}'")
+    endif()
+endfunction()
+if(HELPER)
+    expect_of_movie("^22050$")
+    cmake_path(GET _found PARENT_PATH _helpers)
+    file(REMOVE ${_helpers}/TessaronMedia.so)
+endif()
+expect_of_movie("TessaronMedia.so, is not installed")

@@ -44,6 +44,20 @@ TEST_F(CommandOutput, version_isOneLine)
     EXPECT_EQ(result.output, "tessaron " TESSARON_VERSION "\n");
 }
 
+TEST_F(CommandOutput, commandsWithoutSound_loadNoneOfFFmpegsLibraries)
+{
+    makeOrdinaryTree();
+    for (const QList<QByteArray> &arguments : {QList<QByteArray>({"--version"}), imageArguments()}) {
+        ChildSettings settings = tessaron(arguments);
+        settings.environment.append("LD_DEBUG=files"); // the loader says what it loads
+        const ChildResult result = runChild(settings);
+        EXPECT_EQ(result.exitStatus, 0);
+        EXPECT_TRUE(result.errors.contains("libTessaronClasses.so"));
+        for (const char *library : {"libavformat", "libavcodec", "libavutil", "libswresample", "TessaronMedia"})
+            EXPECT_FALSE(result.errors.contains(library)) << library;
+    }
+}
+
 TEST_F(CommandOutput, image_printsItsSummaryOnStandardError)
 {
     makeOrdinaryTree();

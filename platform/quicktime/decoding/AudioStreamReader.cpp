@@ -2,7 +2,7 @@
 
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
-#include "platform/quicktime/MediaErrors.h"
+#include "platform/quicktime/decoding/FFmpegErrors.h"
 #include "platform/quicktime/decoding/OggPages.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "platform/quicktime/decoding/CDAudioDecoder.h"
 
-#include "platform/quicktime/MediaErrors.h"
 #include "platform/quicktime/decoding/AudioStreamReader.h"
 #include "platform/quicktime/decoding/DownmixMatrix.h"
+#include "platform/quicktime/decoding/FFmpegErrors.h"
 
 #include <algorithm>
 #include <array>

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/Result.h"
 #include "platform/quicktime/AudioDamage.h"
+#include "platform/quicktime/CDSound.h"
 
 #include <QByteArray>
 
@@ -12,14 +13,6 @@
 
 namespace Tessaron
 {
-
-/// The length of a sound in samples of both channels: 44,100 in a second, 588 in a frame of a CD.
-struct CDAudioLength {
-    std::uint64_t samples = 0;
-    /// False where the file does not say it to the sample, which MPEG program and transport streams, Matroska and ASF
-    /// never do; CDAudioDecoder::countSamples() finds out.
-    bool isExact = false;
-};
 
 /// Decodes the sound of an audio or movie file to that of a CD (IEC 60908): 44,100 samples a second of two channels,
 /// each a signed 16-bit integer, the lower byte first, left before right.

@@ -2,7 +2,7 @@
 
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/PathBytes.h"
-#include "platform/quicktime/MediaErrors.h"
+#include "platform/quicktime/decoding/FFmpegErrors.h"
 
 #include <algorithm>
 #include <tuple>

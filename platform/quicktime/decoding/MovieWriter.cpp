@@ -1,6 +1,6 @@
 #include "platform/quicktime/decoding/MovieWriter.h"
 
-#include "platform/quicktime/MediaErrors.h"
+#include "platform/quicktime/decoding/FFmpegErrors.h"
 
 #include <algorithm>
 #include <deque>
@@ -90,6 +90,7 @@ std::optional<CopySource> copySourceOf(const QByteArray &path, const std::stop_t
 
 MovieWriter::MovieWriter(MovieStorage &storage, std::stop_token stop)
     : m_storage(storage)
+    , m_file(storage)
     , m_stop(std::move(stop))
 {
 }
@@ -103,11 +104,13 @@ NSError MovieWriter::failed(int code) const
 
 NSError MovieWriter::begin(const AVCodecParameters &sound)
 {
+    if (!m_file.context())
+        return failed(AVERROR(ENOMEM));
     AVFormatContext *made = nullptr;
     if (const int code = avformat_alloc_output_context2(&made, nullptr, "mov", nullptr); code < 0)
         return failed(code);
     m_output.reset(made);
-    m_output->pb = m_storage.context();
+    m_output->pb = m_file.context();
     m_output->flags |= AVFMT_FLAG_CUSTOM_IO | AVFMT_FLAG_BITEXACT;
     AVStream *const stream = avformat_new_stream(made, nullptr);
     if (!stream || avcodec_parameters_copy(stream->codecpar, &sound) < 0)
@@ -129,7 +132,7 @@ NSError MovieWriter::end()
         return mediaError(invalidTime, m_storage.path(), QStringLiteral("the segments hold no sound"),
                           QStringLiteral("Choose parts that lie within the files."));
     const int code = av_write_trailer(m_output.get());
-    avio_flush(m_storage.context());
+    avio_flush(m_file.context());
     return code < 0 ? failed(code) : m_storage.failure();
 }
 

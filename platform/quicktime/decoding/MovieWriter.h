@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/quicktime/MovieStorage.h"
 #include "platform/quicktime/decoding/AudioStreamReader.h"
+#include "platform/quicktime/decoding/MovieOutput.h"
 
 #include <stop_token>
 #include <vector>
@@ -15,10 +15,10 @@ class MovieWriter
 public:
     MovieWriter(MovieStorage &storage, std::stop_token stop);
 
-    [[nodiscard]] NSError write(const std::vector<QTMovie::Segment> &segments);
+    [[nodiscard]] NSError write(const std::vector<QTSoundSegment> &segments);
 
 private:
-    using Segment = QTMovie::Segment;
+    using Segment = QTSoundSegment;
 
     [[nodiscard]] NSError begin(const AVCodecParameters &sound);
     [[nodiscard]] NSError end();
@@ -30,6 +30,7 @@ private:
     [[nodiscard]] NSError failed(int code) const;
 
     MovieStorage &m_storage;
+    const MovieOutput m_file; ///< outlives the context that writes into it
     const std::stop_token m_stop;
     OutputContext m_output;
     Resampler m_interleaver;
