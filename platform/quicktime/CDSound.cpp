@@ -16,7 +16,7 @@ CDSound::~CDSound()
     m_service.closeSound(m_decoder);
 }
 
-Result<std::unique_ptr<CDSound>> CDSound::openFile(const QByteArray &path, std::stop_token stop)
+Result<std::unique_ptr<CDSound>> CDSound::openFile(const QByteArray &path, const std::stop_token &stop)
 {
     const Result<const MediaService *> service = mediaService(path);
     if (!service)
@@ -27,7 +27,7 @@ Result<std::unique_ptr<CDSound>> CDSound::openFile(const QByteArray &path, std::
     return std::unique_ptr<CDSound>(new CDSound(**service, *decoder));
 }
 
-Result<std::uint64_t> CDSound::countSamples(const QByteArray &path, std::stop_token stop)
+Result<std::uint64_t> CDSound::countSamples(const QByteArray &path, const std::stop_token &stop)
 {
     const Result<const MediaService *> service = mediaService(path);
     if (!service)

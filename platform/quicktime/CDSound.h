@@ -37,10 +37,11 @@ public:
     static constexpr std::uint32_t bytesPerFrame = 2352;
 
     /// Opens a local, regular file, reading all of it when only that tells its length.
-    [[nodiscard]] static Result<std::unique_ptr<CDSound>> openFile(const QByteArray &path, std::stop_token stop = {});
+    [[nodiscard]] static Result<std::unique_ptr<CDSound>> openFile(const QByteArray &path,
+                                                                   const std::stop_token &stop = {});
 
     /// The exact length, found by decoding all of the file where nothing less tells it.
-    [[nodiscard]] static Result<std::uint64_t> countSamples(const QByteArray &path, std::stop_token stop = {});
+    [[nodiscard]] static Result<std::uint64_t> countSamples(const QByteArray &path, const std::stop_token &stop = {});
 
     ~CDSound();
     CDSound(const CDSound &) = delete;

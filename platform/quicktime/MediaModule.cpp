@@ -85,7 +85,7 @@ Result<const MediaService *> mediaService(const QByteArray &path)
         return service;
     const QString module =
         NSBundle::mainBundle()->pathForResource(QStringLiteral("TessaronMedia"), QStringLiteral("so"));
-    const Result<const MediaService *> service = loadMediaModule(fileSystemRepresentation(module));
+    Result<const MediaService *> service = loadMediaModule(fileSystemRepresentation(module));
     if (!service)
         return mediaError(noMediaModule, path, service.error().localizedFailureReason(),
                           service.error().localizedRecoverySuggestion());

@@ -40,13 +40,14 @@ std::shared_ptr<QTMovie> QTMovie::newMovie()
 }
 
 std::shared_ptr<QTMovie> QTMovie::initWithAttributes(const QVariantMap &attributes, NSError *error,
-                                                     std::stop_token stop)
+                                                     const std::stop_token &stop)
 {
     const QString name = attributes.value(QTMovieFileNameAttribute).toString();
-    return movieByOpeningFileSync(fileSystemRepresentation(name), error, std::move(stop));
+    return movieByOpeningFileSync(fileSystemRepresentation(name), error, stop);
 }
 
-std::shared_ptr<QTMovie> QTMovie::movieByOpeningFileSync(const QByteArray &path, NSError *error, std::stop_token stop)
+std::shared_ptr<QTMovie> QTMovie::movieByOpeningFileSync(const QByteArray &path, NSError *error,
+                                                         const std::stop_token &stop)
 {
     if (error)
         *error = NSError();
@@ -64,7 +65,7 @@ std::shared_ptr<QTMovie> QTMovie::movieByOpeningFileSync(const QByteArray &path,
     return movie;
 }
 
-Result<std::uint64_t> QTMovie::dataSizeOfTrack(std::size_t index, std::stop_token stop) const
+Result<std::uint64_t> QTMovie::dataSizeOfTrack(std::size_t index, const std::stop_token &stop) const
 {
     const Result<const MediaService *> service = mediaService(m_path);
     if (!service)
@@ -103,7 +104,7 @@ Result<MovieStorageHandle> CreateMovieStorage(const QByteArray &path)
     return MovieStorage::create(path);
 }
 
-NSError AddMovieToStorage(const QTMovie &movie, MovieStorage &storage, std::stop_token stop)
+NSError AddMovieToStorage(const QTMovie &movie, MovieStorage &storage, const std::stop_token &stop)
 {
     const Result<const MediaService *> service = mediaService(storage.path());
     if (!service)

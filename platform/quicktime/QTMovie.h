@@ -81,10 +81,10 @@ public:
     /// or cannot be read; `error`, unless null, says why, and is cleared otherwise. Any regular file may be given: no
     /// other file is opened on its behalf, and opening ends on any bytes.
     [[nodiscard]] static std::shared_ptr<QTMovie>
-    initWithAttributes(const QVariantMap &attributes, NSError *error = nullptr, std::stop_token stop = {});
+    initWithAttributes(const QVariantMap &attributes, NSError *error = nullptr, const std::stop_token &stop = {});
     /// The same with a path alone.
     [[nodiscard]] static std::shared_ptr<QTMovie>
-    movieByOpeningFileSync(const QByteArray &path, NSError *error = nullptr, std::stop_token stop = {});
+    movieByOpeningFileSync(const QByteArray &path, NSError *error = nullptr, const std::stop_token &stop = {});
     /// An empty movie.
     [[nodiscard]] static std::shared_ptr<QTMovie> newMovie();
 
@@ -95,7 +95,7 @@ public:
     [[nodiscard]] const std::vector<QTTrack> &tracks() const { return m_tracks; }
 
     /// The bytes of a track's samples. Reads all of the file where it has no table of them.
-    [[nodiscard]] Result<std::uint64_t> dataSizeOfTrack(std::size_t index, std::stop_token stop = {}) const;
+    [[nodiscard]] Result<std::uint64_t> dataSizeOfTrack(std::size_t index, const std::stop_token &stop = {}) const;
 
     [[nodiscard]] const std::vector<QTSoundSegment> &segments() const { return m_segments; }
 
@@ -132,7 +132,7 @@ using MovieStorageHandle = std::unique_ptr<MovieStorage, MovieStorageDeleter>;
 /// encoded, with an edit list that is exact to the sample, where one segment is all; everything else is decoded to PCM
 /// of at least the depth of the decoder.
 [[nodiscard]] TESSARON_EXPORT NSError AddMovieToStorage(const QTMovie &movie, MovieStorage &storage,
-                                                        std::stop_token stop = {});
+                                                        const std::stop_token &stop = {});
 
 /// Closes the file; the error that the system reports only now, if any.
 [[nodiscard]] TESSARON_EXPORT NSError CloseMovieStorage(MovieStorageHandle storage);

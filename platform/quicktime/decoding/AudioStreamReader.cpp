@@ -94,6 +94,7 @@ std::vector<const std::uint8_t *> planesOf(const SampleRun &run)
     const bool isPlanar = av_sample_fmt_is_planar(format) != 0;
     const std::ptrdiff_t step = std::ptrdiff_t(av_get_bytes_per_sample(format)) * (isPlanar ? 1 : channels);
     std::vector<const std::uint8_t *> planes;
+    planes.reserve(std::size_t(isPlanar ? channels : 1));
     for (int plane = 0; plane < (isPlanar ? channels : 1); ++plane)
         planes.push_back(run.frame->extended_data[plane] + run.first * step);
     return planes;

@@ -106,6 +106,7 @@ int CDAudioDecoder::Private::setUpResampler()
     av_opt_set_int(made, "dither_method", staysWhole ? SWR_DITHER_NONE : SWR_DITHER_TRIANGULAR, 0);
     const std::vector<ChannelWeights> weights = downmixMatrix(layout);
     std::vector<double> matrix;
+    matrix.reserve(weights.size() * 2);
     for (const ChannelWeights &one : weights)
         matrix.push_back(one.left);
     for (const ChannelWeights &one : weights)
@@ -199,7 +200,7 @@ Result<std::uint64_t> CDAudioDecoder::countSamples(const QByteArray &path, std::
         return decoder.error();
     if (const CDAudioLength length = (*decoder)->length(); length.isExact)
         return length.samples;
-    std::array<char, 64 * 1024> buffer;
+    std::array<char, std::size_t(64) * 1024> buffer;
     std::uint64_t samples = 0;
     for (;;) {
         const Result<std::size_t> got = (*decoder)->read(buffer.data(), buffer.size() / bytesPerSample);

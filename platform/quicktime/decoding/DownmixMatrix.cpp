@@ -72,6 +72,7 @@ std::vector<ChannelWeights> rawWeights(const AVChannelLayout &layout)
 {
     const int count = layout.nb_channels;
     std::vector<ChannelWeights> weights;
+    weights.reserve(std::size_t(count));
     for (int index = 0; index < count; ++index)
         weights.push_back(weightsOfChannel(av_channel_layout_channel_from_index(&layout, unsigned(index))));
     const bool isSilent =

@@ -140,12 +140,12 @@ NSError MovieWriter::write(const std::vector<Segment> &segments)
 {
     if (segments.size() == 1) {
         if (const std::optional<CopySource> source = copySourceOf(segments[0].path, m_stop)) {
-            const NSError error = copyPackets(segments[0], *source->container, *source->stream, source->heard);
+            NSError error = copyPackets(segments[0], *source->container, *source->stream, source->heard);
             return error ? error : end();
         }
     }
     for (const Segment &segment : segments) {
-        if (const NSError error = decode(segment))
+        if (NSError error = decode(segment))
             return error;
     }
     return end();
@@ -163,7 +163,7 @@ NSError MovieWriter::writePacket(AVPacket &packet)
 
 NSError MovieWriter::copyPackets(const Segment &segment, MediaContainer &source, AVStream &stream, MediaRun heard)
 {
-    if (const NSError error = begin(*stream.codecpar))
+    if (NSError error = begin(*stream.codecpar))
         return error;
     source.readOnly(stream);
     const AVRational sample{1, stream.codecpar->sample_rate};
@@ -201,7 +201,7 @@ NSError MovieWriter::copyPackets(const Segment &segment, MediaContainer &source,
             continue;
         }
         for (const Packet &one : before) {
-            if (const NSError error = writePacket(*one))
+            if (NSError error = writePacket(*one))
                 return error;
         }
         before.clear();
@@ -238,7 +238,7 @@ NSError MovieWriter::beginPcm(const AVFrame &frame)
 NSError MovieWriter::writeSamples(const SampleRun &run)
 {
     if (!m_output) {
-        if (const NSError error = beginPcm(*run.frame))
+        if (NSError error = beginPcm(*run.frame))
             return error;
     }
     const AVFrame &frame = *run.frame;
@@ -280,7 +280,7 @@ NSError MovieWriter::decode(const Segment &segment)
         position += run->count;
         if (from >= to)
             continue;
-        if (const NSError error = writeSamples({run->frame, run->first + int(from), int(to - from)}))
+        if (NSError error = writeSamples({run->frame, run->first + int(from), int(to - from)}))
             return error;
     }
     const AudioDamageReport &damage = (*reader)->damage();
