@@ -50,4 +50,9 @@ const AudioDamageReport &CDSound::damage() const
     return m_service.damageOfSound(*m_decoder);
 }
 
+QMap<QString, QString> CDSound::tags() const
+{
+    return m_service.tagsOfSound(*m_decoder);
+}
+
 } // namespace Tessaron

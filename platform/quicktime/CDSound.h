@@ -5,6 +5,8 @@
 #include "platform/quicktime/AudioDamage.h"
 
 #include <QByteArray>
+#include <QMap>
+#include <QString>
 
 #include <cstddef>
 #include <cstdint>
@@ -55,6 +57,10 @@ public:
 
     /// What was broken so far; complete once read() has given 0.
     [[nodiscard]] const AudioDamageReport &damage() const;
+
+    /// What the file says of the sound: names in lower case ("title", "artist", "album", "album_artist", "composer",
+    /// "isrc" and whatever else there is) with their texts.
+    [[nodiscard]] QMap<QString, QString> tags() const;
 
 private:
     CDSound(const MediaService &service, CDAudioDecoder *decoder);

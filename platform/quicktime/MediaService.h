@@ -36,6 +36,7 @@ struct MediaService {
     CDAudioLength (*lengthOfSound)(const CDAudioDecoder &sound);
     Result<std::size_t> (*readSound)(CDAudioDecoder &sound, char *buffer, std::size_t samples);
     const AudioDamageReport &(*damageOfSound)(const CDAudioDecoder &sound);
+    QMap<QString, QString> (*tagsOfSound)(const CDAudioDecoder &sound);
     void (*closeSound)(CDAudioDecoder *sound);
     Result<std::uint64_t> (*countSamples)(const QByteArray &path, const std::stop_token &stop);
 };
@@ -48,7 +49,7 @@ struct MediaModuleDescription {
     const MediaService *service;
 };
 
-inline constexpr std::uint32_t mediaInterfaceNumber = 1;
+inline constexpr std::uint32_t mediaInterfaceNumber = 2;
 
 /// The one symbol that a module exports, and what it is.
 inline constexpr const char *mediaModuleEntryName = "tessaronMediaModule";

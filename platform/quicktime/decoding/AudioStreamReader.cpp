@@ -207,6 +207,18 @@ void AudioStreamReader::takeLengthOfVorbis(std::int64_t samplesInPackets)
     m_decoder->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
 }
 
+QMap<QString, QString> AudioStreamReader::tags() const
+{
+    QMap<QString, QString> tags;
+    // Ogg has them with the stream, most others with the file.
+    for (const AVDictionary *const from : {m_stream->metadata, m_container->context()->metadata}) {
+        const AVDictionaryEntry *entry = nullptr;
+        while ((entry = av_dict_get(from, "", entry, AV_DICT_IGNORE_SUFFIX)) != nullptr)
+            tags.insert(QString::fromUtf8(entry->key).toLower(), QString::fromUtf8(entry->value));
+    }
+    return tags;
+}
+
 double AudioStreamReader::progress() const
 {
     if (m_isAtEnd)

@@ -4,6 +4,9 @@
 #include "platform/quicktime/decoding/MediaContainer.h"
 #include "platform/quicktime/decoding/MovieAtoms.h"
 
+#include <QMap>
+#include <QString>
+
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -41,6 +44,8 @@ public:
     [[nodiscard]] SampleCount length() const { return m_length; }
     [[nodiscard]] const AVCodecParameters &parameters() const { return *m_stream->codecpar; }
     [[nodiscard]] const QByteArray &path() const { return m_container->path(); }
+    /// As CDSound::tags().
+    [[nodiscard]] QMap<QString, QString> tags() const;
 
     /// The next samples, valid until the next call. Rate, layout and format are those of the frame: a stream may change
     /// them on the way.

@@ -242,6 +242,11 @@ const AudioDamageReport &CDAudioDecoder::damage() const
     return d->reader->damage();
 }
 
+QMap<QString, QString> CDAudioDecoder::tags() const
+{
+    return d->reader->tags();
+}
+
 double CDAudioDecoder::progress() const
 {
     return d->reader->progress();

@@ -5,6 +5,8 @@
 #include "platform/quicktime/CDSound.h"
 
 #include <QByteArray>
+#include <QMap>
+#include <QString>
 
 #include <cstddef>
 #include <cstdint>
@@ -54,6 +56,9 @@ public:
 
     /// What was broken so far; complete once read() has given 0.
     [[nodiscard]] const AudioDamageReport &damage() const;
+
+    /// As CDSound::tags().
+    [[nodiscard]] QMap<QString, QString> tags() const;
 
     /// How much of the sound was read, from 0 to 1; by the length of the file where that of the sound is not known.
     [[nodiscard]] double progress() const;

@@ -38,6 +38,11 @@ const AudioDamageReport &damageOfSound(const CDAudioDecoder &sound)
     return sound.damage();
 }
 
+QMap<QString, QString> tagsOfSound(const CDAudioDecoder &sound)
+{
+    return sound.tags();
+}
+
 void closeSound(CDAudioDecoder *sound)
 {
     delete sound;
@@ -52,8 +57,8 @@ Result<std::uint64_t> countSamples(const QByteArray &path, const std::stop_token
 
 const MediaService &decodingService()
 {
-    static const MediaService service{&openMovie, &sizeOfTrack,   &writeMovie, &openSound,   &lengthOfSound,
-                                      &readSound, &damageOfSound, &closeSound, &countSamples};
+    static const MediaService service{&openMovie, &sizeOfTrack,   &writeMovie,  &openSound,  &lengthOfSound,
+                                      &readSound, &damageOfSound, &tagsOfSound, &closeSound, &countSamples};
     return service;
 }
 
