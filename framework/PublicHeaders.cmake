@@ -55,4 +55,5 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/OSStatus.h
     platform/foundation/Result.h
     platform/foundation/UniqueDescriptor.h
+    platform/quicktime/AudioDamage.h
     platform/quicktime/QTMovie.h)
