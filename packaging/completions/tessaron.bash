@@ -7,6 +7,10 @@ _tessaron_options() {
         echo "-o --output --format -n --name --filesystems --relocate --strict --no-sync --progress --json -q --quiet -v" \
             "--verbose -h --help --version"
         ;;
+    audio)
+        echo "-o --output --gap --no-gapless --capacity --cd-text --no-sync --progress --json -q --quiet -v --verbose" \
+            "-h --help --version"
+        ;;
     inspect) echo "--json -h --help --version" ;;
     verify) echo "--filesystems --progress --json -q --quiet -v --verbose -h --help --version" ;;
     scan) echo "--progress --json -q --quiet -h --help --version" ;;
@@ -18,6 +22,7 @@ _tessaron_options() {
 _tessaron_values() {
     case $1 in
     --format) echo "iso bin vant" ;;
+    --capacity) echo "74 80 90 99" ;;
     --filesystems) echo "iso9660,joliet,udf,hfs+ iso9660,joliet iso9660,udf iso9660 joliet udf hfs+" ;;
     --progress) echo "auto bar json none" ;;
     esac
@@ -43,16 +48,16 @@ _tessaron() {
     values=$(_tessaron_values "$previous")
     if [[ -n $values ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$values" -- "$word")
-    elif [[ $previous == -n || $previous == --name ]]; then
+    elif [[ $previous == -n || $previous == --name || $previous == --gap ]]; then
         return
     elif [[ $previous == -o || $previous == --output ]]; then
         _tessaron_complete_paths "$word"
     elif [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(_tessaron_options "$command")" -- "$word")
     elif ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "help image inspect scan verify" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "help audio image inspect scan verify" -- "$word")
     elif [[ $command == help ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "image inspect scan verify" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "audio image inspect scan verify" -- "$word")
     else
         _tessaron_complete_paths "$word"
     fi

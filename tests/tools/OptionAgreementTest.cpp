@@ -48,7 +48,7 @@ Options matchesIn(const QString &text, const char *pattern)
 
 TEST(OptionAgreement, helpText_namesExactlyTheOptionsOfTheCommand)
 {
-    for (const QByteArray command : {"", "image", "inspect", "verify", "scan"}) {
+    for (const QByteArray command : {"", "image", "audio", "inspect", "verify", "scan"}) {
         const QString help = QString::fromUtf8(helpText(command));
         Options inHelp = matchesIn(help, "^ {2,6}(?:-\\w, )?(--[a-z-]+)");
         inHelp.merge(matchesIn(help, "^ {2}(-\\w), "));
@@ -58,7 +58,7 @@ TEST(OptionAgreement, helpText_namesExactlyTheOptionsOfTheCommand)
 
 TEST(OptionAgreement, helpText_fitsInEightyColumns)
 {
-    for (const QByteArray command : {"", "image", "inspect", "verify", "scan"}) {
+    for (const QByteArray command : {"", "image", "audio", "inspect", "verify", "scan"}) {
         for (const QByteArray &line : helpText(command).split('\n'))
             EXPECT_LE(QString::fromUtf8(line).size(), 80) << line.constData();
     }
@@ -73,7 +73,7 @@ TEST(OptionAgreement, manualPage_describesExactlyTheOptions)
     for (const std::string &option : matchesIn(page, "^\\.It Fl [a-z] , Fl -([a-z-]+)"))
         described.insert("--" + option);
     Options known = knownOptions("");
-    for (const char *const command : {"image", "inspect", "verify"})
+    for (const char *const command : {"image", "audio", "inspect", "verify"})
         known.merge(knownOptions(command));
     known.merge(knownOptions("scan"));
     EXPECT_EQ(described, known);
@@ -89,6 +89,7 @@ TEST(OptionAgreement, completion_offersExactlyTheOptionsOfTheCommand)
         return matchesIn(script.mid(from, to - from), "(?<=[ \"])(--?[a-z-]+)(?=[ \"])");
     };
     EXPECT_EQ(offered("    image)\n"), knownOptions("image"));
+    EXPECT_EQ(offered("    audio)\n"), knownOptions("audio"));
     EXPECT_EQ(offered("    inspect) "), knownOptions("inspect"));
     EXPECT_EQ(offered("    verify) "), knownOptions("verify"));
     EXPECT_EQ(offered("    scan) "), knownOptions("scan"));

@@ -1,8 +1,12 @@
 #include "tools/tessaron/Arguments.h"
 
+#include "platform/disctracks/BlockAddress.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/OptionTable.h"
 #include "tools/tessaron/Text.h"
+
+#include <array>
+#include <cmath>
 
 namespace Tessaron::Tool
 {
@@ -31,6 +35,8 @@ private:
     bool setProgress(const QByteArray &value);
     bool setFormat(const QByteArray &value);
     bool setFilesystems(const QByteArray &value);
+    bool setGap(const QByteArray &value);
+    bool setCapacity(const QByteArray &value);
     bool fail(const QString &message);
 
     const QList<QByteArray> &m_words;
@@ -159,6 +165,16 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
         return setFormat(value);
     case Option::Filesystems:
         return setFilesystems(value);
+    case Option::Gap:
+        return setGap(value);
+    case Option::NoGapless:
+        m_arguments.isGapless = false;
+        return true;
+    case Option::Capacity:
+        return setCapacity(value);
+    case Option::CdText:
+        m_arguments.hasCDText = true;
+        return true;
     }
     return true;
 }
@@ -215,6 +231,29 @@ bool Parser::setFilesystems(const QByteArray &value)
     return true;
 }
 
+bool Parser::setGap(const QByteArray &value)
+{
+    constexpr double longestGap = 99.0 * 60;
+    bool isNumber = false;
+    const double seconds = value.toDouble(&isNumber);
+    if (!isNumber || !(seconds >= 0) || seconds > longestGap)
+        return fail(QStringLiteral("%1 is no number of seconds; use 2 or 0.5, for example").arg(quoted(value)));
+    m_arguments.gap = std::uint32_t(std::lround(seconds * double(MSF::framesPerSecond)));
+    return true;
+}
+
+bool Parser::setCapacity(const QByteArray &value)
+{
+    constexpr std::array capacities = {74, 80, 90, 99};
+    for (const int minutes : capacities) {
+        if (value == QByteArray::number(minutes)) {
+            m_arguments.capacity = std::uint32_t(minutes * MSF::framesPerMinute);
+            return true;
+        }
+    }
+    return fail(QStringLiteral("there is no disc of %1 minutes; use 74, 80, 90 or 99").arg(quoted(value)));
+}
+
 QString checkScan(const Arguments &arguments)
 {
     return arguments.paths.isEmpty() ? QStringLiteral("no PATH was given") : QString();
@@ -244,6 +283,23 @@ QString checkImage(Arguments &arguments, bool hasFormat)
     return {};
 }
 
+QString checkAudio(Arguments &arguments)
+{
+    if (arguments.paths.isEmpty())
+        return QStringLiteral("no FILE was given: name the audio files that become tracks");
+    if (arguments.output.isEmpty())
+        return QStringLiteral("no output was given: name the image file with -o OUT.bin or -o OUT.vant");
+    if (arguments.output.toLower().endsWith(".cue"))
+        return QStringLiteral("%1 is a name for a cue sheet; name the image, ending in .bin, and the cue sheet is made "
+                              "beside it")
+            .arg(quoted(arguments.output));
+    QString error = checkImage(arguments, false);
+    if (error.isEmpty() && arguments.format != DiscFormat::BIN && arguments.format != DiscFormat::VANT)
+        return QStringLiteral("the output %1 ends neither in .bin nor in .vant, which say what is made")
+            .arg(quoted(arguments.output));
+    return error;
+}
+
 QString checkInspect(const Arguments &arguments)
 {
     if (arguments.paths.isEmpty())
@@ -265,6 +321,10 @@ QString checkCommand(Arguments &arguments, bool hasFormat)
     if (arguments.command == "scan") {
         arguments.action = Arguments::Action::Scan;
         return checkScan(arguments);
+    }
+    if (arguments.command == "audio") {
+        arguments.action = Arguments::Action::MakeAudioImage;
+        return checkAudio(arguments);
     }
     if (arguments.command == "inspect") {
         arguments.action = Arguments::Action::Inspect;
@@ -288,7 +348,7 @@ Arguments withUsageError(Arguments arguments, const QString &message)
 /// The command's name and what stands before it.
 bool isCommand(const QByteArray &word)
 {
-    return word == "scan" || word == "image" || word == "inspect" || word == "verify";
+    return word == "scan" || word == "image" || word == "audio" || word == "inspect" || word == "verify";
 }
 
 /// "help" and "help COMMAND".

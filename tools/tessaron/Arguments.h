@@ -31,13 +31,15 @@ struct Arguments {
         ShowVersion,
         Scan,
         MakeImage,
+        MakeAudioImage,
         Inspect,
         Verify,
         ReportUsageError,
     };
 
     Action action = Action::ReportUsageError;
-    /// The command that was named, as far as it was understood: "", "scan", "image", "inspect" or "verify".
+    /// The command that was named, as far as it was understood: "", "scan", "image", "audio", "inspect" or
+    /// "verify".
     /// Help is about it.
     QByteArray command;
     QString usageError; ///< for ReportUsageError, without the full stop
@@ -51,13 +53,21 @@ struct Arguments {
     DiscFilesystems filesystems = allDiscFilesystems;
     bool hasFilesystems = false; ///< they were named
 
-    // For MakeImage only.
+    // For MakeImage and MakeAudioImage.
     QByteArray output;
+    QString volumeName; ///< MakeImage only; empty: the source's name
     DiscFormat format = DiscFormat::ISO;
-    QString volumeName; ///< empty: the source's name
+    bool isSynchronized = true; ///< wait until the image is on the disk
+
+    // For MakeImage only.
     bool relocatesDeepFolders = false;
     bool strict = false;
-    bool isSynchronized = true; ///< wait until the image is on the disk
+
+    // For MakeAudioImage only. Lengths are frames, 75 in a second.
+    bool isGapless = true;
+    bool hasCDText = false;
+    std::uint32_t gap = 0;
+    std::uint32_t capacity = 0; ///< 0: any
 };
 
 /// Understands the words after the program's name. Never touches the file system. Options may stand before and behind

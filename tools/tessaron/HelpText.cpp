@@ -11,10 +11,11 @@ constexpr qsizetype optionColumnWidth = 26;
 
 constexpr char programIntroduction[] = R"(Usage: tessaron COMMAND [OPTION]... PATH...
 
-Makes disc images of folders and files, and reads them back.
+Makes disc images of folders, files and sound, and reads them back.
 
 Commands:
-  image    make a disc image
+  image    make a disc image of folders and files
+  audio    make an image of an audio CD
   inspect  tell what a disc image holds
   verify   compare every filesystem of a disc image with its sources
   scan     count what is in folders and files
@@ -58,6 +59,27 @@ Examples:
 
 Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but something could not be
 stored (with --strict: 1, and nothing is left), 130 interrupted.
+)";
+
+constexpr char audioIntroduction[] = R"(Usage: tessaron audio [OPTION]... -o OUT FILE...
+
+Makes an image of an audio CD: a track of each FILE, in the order given, decoded
+from any audio or movie format. A FILE that ends in .m3u or .m3u8 is a list of
+files. OUT ends in .bin, and gets a cue sheet beside it, or in .vant.
+
+Options:
+)";
+
+constexpr char audioEnd[] = R"(
+Examples:
+  tessaron audio -o album.bin *.flac
+      album.bin and its cue sheet album.cue.
+  tessaron audio -o mix.bin --gap 2 --cd-text --capacity 80 mix.m3u
+      Two seconds between the tracks, texts from the tags, and nothing made
+      when it would not go onto a disc of 80 minutes.
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but a FILE was damaged or a
+text could not be stored, 130 interrupted.
 )";
 
 constexpr char scanIntroduction[] = R"(Usage: tessaron scan [OPTION]... PATH...
@@ -137,6 +159,9 @@ QByteArray helpText(const QByteArray &command)
     if (command == "image") {
         result = imageIntroduction;
         end = imageEnd;
+    } else if (command == "audio") {
+        result = audioIntroduction;
+        end = audioEnd;
     } else if (command == "scan") {
         result = scanIntroduction;
         end = scanEnd;

@@ -13,7 +13,7 @@ namespace
 
 constexpr std::array options = {
     OptionDescription{
-        Option::Output, 'o', "output", "OUT", "image",
+        Option::Output, 'o', "output", "OUT", "image audio",
         "The image file to make. It appears when it is whole;\nan older file is replaced then. - is standard output."},
     OptionDescription{Option::Format, 0, "format", "FORMAT", "image",
                       "iso, bin with a cue sheet beside it, or vant.\nThe ending of OUT decides when it is not given."},
@@ -28,16 +28,26 @@ constexpr std::array options = {
         "Ridge shows\nthem in their places."},
     OptionDescription{Option::Strict, 0, "strict", nullptr, "image",
                       "Fail, and leave nothing, when something cannot be\nstored as it is."},
-    OptionDescription{Option::NoSync, 0, "no-sync", nullptr, "image", "Do not wait until the image is on the disk."},
-    OptionDescription{Option::Progress, 0, "progress", "KIND", "image scan verify",
+    OptionDescription{Option::Gap, 0, "gap", "SECONDS", "audio",
+                      "Silence in front of each track but the first, to a\n75th of a second. None without it."},
+    OptionDescription{Option::NoGapless, 0, "no-gapless", nullptr, "audio",
+                      "Begin each track with its first sample, and fill up\nthe last 75th of a second of the one "
+                      "before it.\nWithout it tracks follow each other sample by sample."},
+    OptionDescription{Option::Capacity, 0, "capacity", "MINUTES", "audio",
+                      "74, 80, 90 or 99: fail when the disc would be longer."},
+    OptionDescription{Option::CdText, 0, "cd-text", nullptr, "audio",
+                      "Titles, performers and other texts, from the tags of\nthe files."},
+    OptionDescription{Option::NoSync, 0, "no-sync", nullptr, "image audio",
+                      "Do not wait until the image is on the disk."},
+    OptionDescription{Option::Progress, 0, "progress", "KIND", "image audio scan verify",
                       "auto: a bar on a terminal; bar, json (one object in\na line) or none. On standard error."},
-    OptionDescription{Option::Json, 0, "json", nullptr, "image scan inspect verify",
+    OptionDescription{Option::Json, 0, "json", nullptr, "image audio scan inspect verify",
                       "Print one JSON object on standard output at the end,\nalso after a failure."},
-    OptionDescription{Option::Quiet, 'q', "quiet", nullptr, "image scan verify", "Errors only."},
-    OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "image verify",
+    OptionDescription{Option::Quiet, 'q', "quiet", nullptr, "image audio scan verify", "Errors only."},
+    OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "image audio verify",
                       "List everything that is not as it should be."},
-    OptionDescription{Option::Help, 'h', "help", nullptr, "- image scan inspect verify", "Show this help."},
-    OptionDescription{Option::Version, 0, "version", nullptr, "- image scan inspect verify", "Show the version."},
+    OptionDescription{Option::Help, 'h', "help", nullptr, "- image audio scan inspect verify", "Show this help."},
+    OptionDescription{Option::Version, 0, "version", nullptr, "- image audio scan inspect verify", "Show the version."},
 };
 
 const OptionDescription *firstWhere(const QByteArray &command, auto matches)

@@ -22,6 +22,10 @@ enum class Option : std::uint8_t {
     Progress,
     Format,
     Filesystems,
+    Gap,
+    NoGapless,
+    Capacity,
+    CdText,
 };
 
 /// One option as the parser and the help text see it.

@@ -1,4 +1,5 @@
 #include "tools/tessaron/Arguments.h"
+#include "tools/tessaron/AudioCommand.h"
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/ImageCommand.h"
 #include "tools/tessaron/ImageReport.h"
@@ -50,6 +51,8 @@ ExitStatus run(const Arguments &arguments)
         return ScanCommand(arguments).run();
     case Arguments::Action::MakeImage:
         return ImageCommand(arguments).run();
+    case Arguments::Action::MakeAudioImage:
+        return AudioCommand(arguments).run();
     case Arguments::Action::Inspect:
         return InspectCommand(arguments).run();
     case Arguments::Action::Verify:

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "tools/tessaron/Arguments.h"
+#include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/Problem.h"
+#include "tools/tessaron/ProgressDisplay.h"
+#include <TessaronClasses/AudioImageJob.h>
+
+#include <chrono>
+#include <memory>
+
+namespace Tessaron::Tool
+{
+
+/// `tessaron audio`: has a job make the image of an audio CD, and reports. Runs the event loop of the main thread;
+/// serves one run.
+class AudioCommand
+{
+public:
+    explicit AudioCommand(const Arguments &arguments);
+    ~AudioCommand();
+
+    [[nodiscard]] ExitStatus run();
+
+private:
+    [[nodiscard]] ExitStatus exitStatus() const;
+    void print(double seconds) const;
+    void printTracks() const;
+    [[nodiscard]] bool writeJson(double seconds) const;
+
+    const Arguments m_arguments;
+    const std::chrono::steady_clock::time_point m_start;
+    std::unique_ptr<ProgressDisplay> m_display;
+    Problem m_problem;
+    AudioImageResult m_result;
+};
+
+} // namespace Tessaron::Tool
