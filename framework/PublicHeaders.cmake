@@ -15,6 +15,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/discimage/volume/VolumeWalk.h
     platform/discrecording/burn/DRBurn.h
     platform/discrecording/burn/DRCallbackDevice.h
+    platform/discrecording/objects/DRDeviceMedia.h
     platform/discrecording/objects/DRFSObject.h
     platform/discrecording/objects/DRFile.h
     platform/discrecording/objects/DRFilesystems.h

@@ -138,7 +138,47 @@ StatedBlocks statedBlocks(const QVariantMap &properties)
         stated.size = size->toULongLong();
     if (const auto type = properties.constFind(DRBlockTypeKey); type != properties.constEnd())
         stated.type = type->toInt();
+    if (const auto length = properties.constFind(DRTrackLengthKey); length != properties.constEnd())
+        stated.length = length->toULongLong();
     return stated;
+}
+
+std::optional<std::uint64_t> StatedBlocks::bytes() const
+{
+    const std::uint64_t blocks = length.value_or(0);
+    const std::uint64_t blockSize = size.value_or(0);
+    if (blockSize != 0 && blocks > std::numeric_limits<std::uint64_t>::max() / blockSize)
+        return std::nullopt;
+    return blocks * blockSize;
+}
+
+QVariantMap propertiesOfStatedTrack(const StatedTrack &stated, const QVariantMap &others)
+{
+    QVariantMap properties = others;
+    if (stated.blockSize)
+        properties.insert(DRBlockSizeKey, quint32(*stated.blockSize));
+    if (stated.length)
+        properties.insert(DRTrackLengthKey, quint64(*stated.length));
+    if (stated.pregap) {
+        const bool fits = *stated.pregap <= std::numeric_limits<quint32>::max();
+        properties.insert(DRPreGapLengthKey,
+                          fits ? QVariant(quint32(*stated.pregap)) : QVariant(quint64(*stated.pregap)));
+    }
+    if (!stated.indexPoints.empty())
+        properties.insert(DRIndexPointsKey, QVariantList(stated.indexPoints.begin(), stated.indexPoints.end()));
+    for (const NumberProperty &property : numberProperties) {
+        if (const std::optional<std::int32_t> number = stated.recording.*property.member)
+            properties.insert(*property.key, *number);
+    }
+    for (const CopyStateName &known : copyStateNames) {
+        if (stated.copyState == known.state)
+            properties.insert(DRSerialCopyManagementStateKey, *known.name);
+    }
+    if (stated.hasPreEmphasis)
+        properties.insert(DRAudioPreEmphasisKey, true);
+    if (stated.hasFourChannels)
+        properties.insert(DRAudioFourChannelKey, true);
+    return properties;
 }
 
 QVariantMap propertiesOfDiscTrack(const DiscTrack &track, const QVariantMap &others)

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 namespace Tessaron
 {
@@ -30,12 +31,33 @@ enum class TrackLengthIs {
 [[nodiscard]] TESSARON_EXPORT Result<DiscTrack> discTrackOfProperties(const QVariantMap &properties,
                                                                       TrackLengthIs length = TrackLengthIs::Stated);
 
-/// Block size (bytes) and block type as the properties state them, sound or not; no value where they do not.
-struct StatedBlocks {
+/// Block size (bytes), block type and length (blocks) as the properties state them, sound or not; no value where they
+/// do not.
+struct TESSARON_EXPORT StatedBlocks {
     std::optional<std::uint64_t> size;
     std::optional<std::int32_t> type;
+    std::optional<std::uint64_t> length;
+
+    /// Length times size, where what is not stated counts as 0; no value beyond 64 bits.
+    [[nodiscard]] std::optional<std::uint64_t> bytes() const;
 };
 [[nodiscard]] TESSARON_EXPORT StatedBlocks statedBlocks(const QVariantMap &properties);
+
+/// What the maker of a track states of it, whether it makes sense or not. Unlike a DiscTrack it tells what is stated
+/// as 0 from what is not stated.
+struct StatedTrack {
+    std::optional<std::uint32_t> blockSize; ///< bytes
+    std::optional<std::uint64_t> length; ///< blocks
+    std::optional<std::uint64_t> pregap; ///< blocks
+    std::vector<std::uint32_t> indexPoints; ///< frames; not stated when empty
+    RecordingNumbers recording;
+    CopyState copyState = CopyState::Unstated;
+    bool hasPreEmphasis = false; ///< not stated when false, as the next one
+    bool hasFourChannels = false;
+};
+/// The properties that say what is stated, put over `others`; what is not stated stays as it is there.
+[[nodiscard]] TESSARON_EXPORT QVariantMap propertiesOfStatedTrack(const StatedTrack &stated,
+                                                                  const QVariantMap &others = {});
 
 /// The properties that describe the track, put over `others`, which keep the keys that do not describe the track.
 /// discTrackOfProperties() leads back, except for the number and what no property says: ISRC, whether gaps are stored,

@@ -103,6 +103,48 @@ TEST(DRTrackDescription, propertiesOfDiscTrack_statesTheUsualNumbers_whenNoneAre
     EXPECT_EQ(properties.value(DRSessionFormatKey), QVariant(0));
 }
 
+TEST(DRTrackDescription, statedBlocks_areAsStated_soundOrNot)
+{
+    const StatedBlocks nothing = statedBlocks({});
+    EXPECT_TRUE(!nothing.size && !nothing.type && !nothing.length);
+    EXPECT_EQ(nothing.bytes(), 0u);
+    const StatedBlocks odd = statedBlocks({{DRBlockSizeKey, 70000u}, {DRBlockTypeKey, 99}, {DRTrackLengthKey, 3}});
+    EXPECT_EQ(odd.size, 70000u);
+    EXPECT_EQ(odd.type, 99);
+    EXPECT_EQ(odd.length, 3u);
+    EXPECT_EQ(odd.bytes(), 210000u);
+    EXPECT_FALSE(statedBlocks({{DRBlockSizeKey, 2048u}, {DRTrackLengthKey, quint64(1) << 53}}).bytes());
+    EXPECT_EQ(statedBlocks({{DRBlockSizeKey, 2048u}, {DRTrackLengthKey, (quint64(1) << 53) - 1}}).bytes(),
+              0xFFFFFFFFFFFFF800u);
+}
+
+TEST(DRTrackDescription, propertiesOfStatedTrack_sayWhatIsStated_andKeepTheOthers)
+{
+    const QVariantMap others = {{DRBlockSizeKey, 2352u}, {DRTrackLengthKey, quint64(5)}, {DRBlockTypeKey, 0}};
+    EXPECT_EQ(propertiesOfStatedTrack({}, others), others);
+    StatedTrack stated;
+    stated.blockSize = 2048;
+    stated.length = 0;
+    stated.pregap = 0;
+    stated.indexPoints = {7, 9};
+    stated.recording.dataForm = 16;
+    stated.copyState = CopyState::CopyrightFree;
+    stated.hasPreEmphasis = true;
+    stated.hasFourChannels = true;
+    const QVariantMap expected = {{DRBlockSizeKey, 2048u},
+                                  {DRTrackLengthKey, quint64(0)},
+                                  {DRBlockTypeKey, 0},
+                                  {DRPreGapLengthKey, 0u},
+                                  {DRIndexPointsKey, QVariantList{7u, 9u}},
+                                  {DRDataFormKey, 16},
+                                  {DRSerialCopyManagementStateKey, DRSCMSCopyrightFree},
+                                  {DRAudioPreEmphasisKey, true},
+                                  {DRAudioFourChannelKey, true}};
+    EXPECT_EQ(propertiesOfStatedTrack(stated, others), expected);
+    stated.pregap = quint64(1) << 40;
+    EXPECT_EQ(propertiesOfStatedTrack(stated).value(DRPreGapLengthKey).toULongLong(), quint64(1) << 40);
+}
+
 TEST(DRTrackDescription, discTrackOfProperties_fails_whenANumberMakesNoSense)
 {
     const auto failure = [](const QVariantMap &properties) {
