@@ -1,4 +1,5 @@
 #include "platform/discrecording/objects/DRMSF.h"
+#include "platform/discrecording/objects/DRTrackDescription.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/NSThread.h"
@@ -13,7 +14,6 @@
 #include <algorithm>
 #include <chrono>
 #include <fcntl.h>
-#include <limits>
 #include <new>
 #include <system_error>
 #include <thread>
@@ -31,26 +31,11 @@ constexpr std::uint32_t largestBlockSize = 65536;
 constexpr std::chrono::microseconds retryDelay(20000);
 constexpr int chunksPerReport = 7;
 
-std::uint64_t numberIn(const QVariantMap &properties, const QString &key)
-{
-    return properties.value(key).toULongLong();
-}
-
-/// Length times block size; no value beyond 64 bits.
-std::optional<std::uint64_t> bytesOfTrack(const QVariantMap &properties)
-{
-    const std::uint64_t blocks = numberIn(properties, DRTrackLengthKey);
-    const std::uint64_t blockSize = numberIn(properties, DRBlockSizeKey);
-    if (blockSize != 0 && blocks > std::numeric_limits<std::uint64_t>::max() / blockSize)
-        return std::nullopt;
-    return blocks * blockSize;
-}
-
 std::uint64_t sizeOf(DRTrackProducer &producer)
 {
     if (auto *const offering = dynamic_cast<KRTrackOffering *>(&producer)) {
         const std::shared_ptr<DRTrack> track = offering->track();
-        return track ? bytesOfTrack(track->properties()).value_or(0) : 0;
+        return track ? statedBlocks(track->properties()).bytes().value_or(0) : 0;
     }
     const auto *const sized = dynamic_cast<const KRDataSizeOffering *>(&producer);
     return sized ? sized->dataSize() : 0;
@@ -65,11 +50,10 @@ UniqueDescriptor openDestination(const QByteArray &path)
     return file;
 }
 
-QString cueKind(const QVariantMap &properties)
+QString cueKind(const StatedBlocks &blocks)
 {
-    const int blockType = properties.value(DRBlockTypeKey).toInt();
-    const QString size = QString::number(numberIn(properties, DRBlockSizeKey));
-    switch (blockType) {
+    const QString size = QString::number(blocks.size.value_or(0));
+    switch (blocks.type.value_or(0)) {
     case 0:
         return QStringLiteral("AUDIO\n");
     case 10:
@@ -87,10 +71,6 @@ QString twoDigits(std::uint32_t number)
 }
 
 } // namespace
-
-KRTrackOffering::~KRTrackOffering() = default;
-
-KRDataSizeOffering::~KRDataSizeOffering() = default;
 
 KRCustomLayoutWriter::KRCustomLayoutWriter(const KRCustomLayoutWriterDelegate &delegate)
     : m_delegate(delegate)
@@ -264,18 +244,18 @@ bool KRCustomLayoutWriter::describe(DRTrackProducer &producer, const QString &de
     const std::shared_ptr<DRTrack> track = offering->track();
     if (!track)
         return false;
-    const QVariantMap properties = track->properties();
-    const std::optional<std::uint64_t> length = bytesOfTrack(properties);
-    const std::uint64_t blockSize = numberIn(properties, DRBlockSizeKey);
+    const StatedBlocks blocks = statedBlocks(track->properties());
+    const std::optional<std::uint64_t> length = blocks.bytes();
+    const std::uint64_t blockSize = blocks.size.value_or(0);
     if (!length || blockSize > largestBlockSize)
         return false;
     *order = {*length, std::uint32_t(blockSize)};
     m_tracks.push_back(track);
-    addToCueSheet(properties, destination);
+    addToCueSheet(blocks, destination);
     return true;
 }
 
-void KRCustomLayoutWriter::addToCueSheet(const QVariantMap &properties, const QString &destination)
+void KRCustomLayoutWriter::addToCueSheet(const StatedBlocks &blocks, const QString &destination)
 {
     const std::lock_guard lock(m_cueSheetMutex);
     if (m_cueSheet.isNull()) {
@@ -286,10 +266,10 @@ void KRCustomLayoutWriter::addToCueSheet(const QVariantMap &properties, const QS
         m_previousTrackSize = 0;
     }
     const DRMSF start = DRMSF::msfWithFrames(m_previousTrackSize);
-    m_cueSheet += QStringLiteral("TRACK ") + twoDigits(std::uint32_t(++m_currentTrackNumber)) + u' '
-        + cueKind(properties) + QStringLiteral("    INDEX 01 ") + twoDigits(start.minutes()) + u':'
-        + twoDigits(start.seconds()) + u':' + twoDigits(start.frames()) + u'\n';
-    m_previousTrackSize += std::uint32_t(numberIn(properties, DRTrackLengthKey));
+    m_cueSheet += QStringLiteral("TRACK ") + twoDigits(std::uint32_t(++m_currentTrackNumber)) + u' ' + cueKind(blocks)
+        + QStringLiteral("    INDEX 01 ") + twoDigits(start.minutes()) + u':' + twoDigits(start.seconds()) + u':'
+        + twoDigits(start.frames()) + u'\n';
+    m_previousTrackSize += std::uint32_t(blocks.length.value_or(0));
 }
 
 KRCustomLayoutWriter::Outcome KRCustomLayoutWriter::copyData(DRTrackProducer &producer, const Order &order, int file)

@@ -5,6 +5,7 @@
 #include "platform/foundation/Export.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSError.h"
+#include <TessaronClasses/KRProducerOfferings.h>
 
 #include <QByteArray>
 #include <QList>
@@ -23,23 +24,7 @@ namespace Tessaron
 
 class KRCustomLayoutWriter;
 class NSThread;
-
-/// What a producer may offer besides its data: a track that describes it. Producers without it are plain data.
-class TESSARON_EXPORT KRTrackOffering
-{
-public:
-    virtual ~KRTrackOffering();
-    /// Null when no track can be made. Asked for twice: for the size, and when the producer's turn comes.
-    [[nodiscard]] virtual std::shared_ptr<DRTrack> track() = 0;
-};
-
-/// The size of a producer without a track.
-class TESSARON_EXPORT KRDataSizeOffering
-{
-public:
-    virtual ~KRDataSizeOffering();
-    [[nodiscard]] virtual std::uint64_t dataSize() const = 0; ///< bytes
-};
+struct StatedBlocks;
 
 /// What a custom layout writer asks and reports, all on the main thread. Each function may be empty; only the first is
 /// needed. A function may let go of the writer.
@@ -115,7 +100,7 @@ private:
     [[nodiscard]] Outcome copyData(DRTrackProducer &producer, const Order &order, int file);
     [[nodiscard]] std::uint32_t nextChunk(DRTrackProducer &producer, const Order &order, std::vector<char> &buffer,
                                           std::uint32_t wanted);
-    void addToCueSheet(const QVariantMap &properties, const QString &destination);
+    void addToCueSheet(const StatedBlocks &blocks, const QString &destination);
     void onMainThread(std::function<void(KRCustomLayoutWriter &)> function);
 
     const KRCustomLayoutWriterDelegate m_delegate;

@@ -1,0 +1,10 @@
+#include <TessaronClasses/KRProducerOfferings.h>
+
+namespace Tessaron
+{
+
+KRTrackOffering::~KRTrackOffering() = default;
+
+KRDataSizeOffering::~KRDataSizeOffering() = default;
+
+} // namespace Tessaron
