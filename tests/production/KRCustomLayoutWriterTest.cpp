@@ -1,8 +1,11 @@
 #include "platform/disctracks/vant/VANTReader.h"
+#include "tests/production/RawSectors.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/ErrorHelpers.h>
 #include <TessaronClasses/KRCustomLayoutWriter.h>
+#include <TessaronClasses/KRDRDataProducer.h>
+#include <TessaronClasses/KRDataProvider.h>
 
 #include <QThread>
 
@@ -16,6 +19,9 @@ using namespace Tessaron::Testing;
 
 namespace
 {
+
+constexpr qsizetype plainSize = 2048;
+constexpr qsizetype rawSize = 2352;
 
 /// Gives a byte over and over; notes what it is asked. The members may be set before it is used.
 class ByteProducer : public DRTrackProducer
@@ -434,4 +440,66 @@ TEST_F(CustomLayoutWriter, callbacks_areOptional_andSilentWithoutTheirContext)
     writer->beginLayoutWriting();
     drainEventLoop();
     EXPECT_EQ(heard, QStringList());
+}
+
+TEST_F(CustomLayoutWriter, producersOfEveryKind_areWrittenInOneList)
+{
+    const QByteArray data = userDataOf(TrackKind::Mode1, 400);
+    const QByteArray raw = rawSectorsAround(TrackKind::Mode1, data, BlockAddress(0));
+    const QByteArray audio = userDataOf(TrackKind::Audio, 360);
+    tree.makeFile("raw.bin", raw);
+    tree.makeFile("subchannel.img", withSubchannels(raw));
+    tree.makeFile("audio.bin", "head" + audio);
+    KRDRDataProductionInfo dataInfo = KRDRDataProducer::blankInfo();
+    dataInfo.trackMode = KRDRTrackMode::mode1;
+    dataInfo.sectorSize = 2448;
+    dataInfo.options = KRDRProductionOption::sectorsWithSubchannel;
+    dataInfo.frameStart = 10;
+    dataInfo.framesCount = 390;
+    KRDRDataProductionInfo audioInfo = KRDRDataProducer::blankInfo();
+    audioInfo.trackMode = KRDRTrackMode::audio;
+    audioInfo.sectorSize = 2352;
+    audioInfo.offsetInFile = 4;
+    audioInfo.frameStart = 5;
+    audioInfo.framesCount = 355;
+    audioInfo.postgapFramesCount = 20;
+    write(QVariantList{
+        element(KRDRDataProducer::initWithInfo(dataInfo, tree.pathText("subchannel.img"))),
+        QVariantList{element(KRDRDataProducer::initWithInfo(audioInfo, tree.pathText("audio.bin"))),
+                     element(KRDataProvider::providerWithFile(tree.pathText("raw.bin"), 2352, 399 * rawSize, 2352, 0,
+                                                              KRDataProviderMode::mode1, KRDataProviderOption::raw))},
+        element(std::make_shared<TrackProducer>('t', 75, 2336, 9)),
+        element(KRDataProvider::providerWithFile(tree.pathText("audio.bin"), 4, 7 * rawSize, 2352, 0,
+                                                 KRDataProviderMode::audio, 0)),
+    });
+    EXPECT_EQ(heard.join(u' '), QStringLiteral("path path path path path texts end"));
+    const QByteArray written = tree.contents("disc.bin");
+    const QByteArray expected = data.mid(10 * plainSize) + audio.mid(5 * rawSize) + QByteArray(20 * rawSize, '\0')
+        + data.mid(2048) + QByteArray(qsizetype(75) * 2336, 't') + audio.first(7 * rawSize);
+    EXPECT_TRUE(written == expected);
+    EXPECT_EQ(writer->cueSheet(),
+              QStringLiteral("FILE \"disc.bin\" BINARY\n"
+                             "TRACK 01 MODE1/2048\n    INDEX 01 00:00:00\n"
+                             "TRACK 02 AUDIO\n    INDEX 01 00:05:15\n"
+                             "TRACK 03 MODE1/2048\n    INDEX 01 00:10:15\n"
+                             "TRACK 04 MODE1/2336\n    INDEX 01 00:15:39\n"
+                             "TRACK 05 AUDIO\n    INDEX 01 00:16:39\n"));
+    tree.makeFile("disc.vant", written + writer->VANTData());
+    const VANTReadResult read = VANTReader::imageFromFile(tree.pathText("disc.vant"));
+    ASSERT_TRUE(read.image) << qPrintable(read.error.localizedDescription());
+    EXPECT_EQ(read.image->sessions.at(0).tracks.size(), 5u);
+}
+
+TEST_F(CustomLayoutWriter, writing_fails_whenTheFileOfAProducerIsTooShort)
+{
+    tree.makeFile("short", QByteArray(3 * plainSize, 's'));
+    KRDRDataProductionInfo info = KRDRDataProducer::blankInfo();
+    info.sectorSize = 2048;
+    info.framesCount = 0xFFFFFFFF;
+    info.postgapFramesCount = 0xFFFFFFFF;
+    expectFailure(element(KRDRDataProducer::initWithInfo(info, tree.pathText("short"))));
+    EXPECT_EQ(tree.contents("disc.bin"), QByteArray(3 * plainSize, 's'));
+    expectFailure(element(KRDRDataProducer::initWithInfo(KRDRDataProducer::blankInfo(), tree.pathText("short"))));
+    expectFailure(
+        element(KRDataProvider::providerWithFile(tree.pathText("short"), 2 * plainSize, 4096, 2048, 0, 1, 0)));
 }
