@@ -29,9 +29,12 @@ set(TESSARON_PUBLIC_HEADERS
     platform/disctracks/BlockAddress.h
     platform/disctracks/CDText.h
     platform/disctracks/CDTextPacks.h
+    platform/disctracks/CdrdaoTocReader.h
+    platform/disctracks/CloneCDReader.h
     platform/disctracks/CueSheet.h
     platform/disctracks/CueSheetReader.h
     platform/disctracks/CueSheetWriter.h
+    platform/disctracks/DiscDescription.h
     platform/disctracks/DiscTrack.h
     platform/disctracks/SectorCoding.h
     platform/disctracks/SectorForm.h

@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace Tessaron
@@ -27,6 +28,11 @@ struct CueFile {
     QByteArray nameAsWritten; ///< the bytes of the sheet itself; empty for a sheet in UTF-16
     CueFileType type = CueFileType::Binary;
     QByteArray path; ///< where it was found; empty when it was not looked for
+    /// Where plain CD audio begins in a sound file, bytes; no value where only a decoder could tell, and for sectors.
+    std::optional<std::uint64_t> firstSample = std::nullopt;
+    bool isAiff = false; ///< such a file is AIFF, whatever its type says
+
+    [[nodiscard]] bool hasBigEndianSamples() const { return type == CueFileType::Motorola || isAiff; }
 
     friend bool operator==(const CueFile &, const CueFile &) = default;
 };

@@ -5,12 +5,32 @@
 namespace Tessaron
 {
 
-NSError cueSheetError(std::uint32_t line, const QString &reason, const QString &remedy)
+namespace
 {
-    const QString place = line > 0 ? QStringLiteral("Line %1 of the cue sheet: ").arg(line) : QString();
+
+NSError descriptionError(const QString &what, std::uint32_t line, const QString &reason, const QString &remedy)
+{
+    const QString place = line > 0 ? QStringLiteral("Line %1 of %2: ").arg(line).arg(what) : QString();
     return NSError(
         DiscTracksErrorDomain, int(DiscTracksErrorCode::CueSheet),
         {{NSLocalizedFailureReasonErrorKey, place + reason}, {NSLocalizedRecoverySuggestionErrorKey, remedy}});
+}
+
+} // namespace
+
+NSError cueSheetError(std::uint32_t line, const QString &reason, const QString &remedy)
+{
+    return descriptionError(QStringLiteral("the cue sheet"), line, reason, remedy);
+}
+
+NSError cloneCDError(std::uint32_t line, const QString &reason, const QString &remedy)
+{
+    return descriptionError(QStringLiteral("the .ccd file"), line, reason, remedy);
+}
+
+NSError cdrdaoError(std::uint32_t line, const QString &reason, const QString &remedy)
+{
+    return descriptionError(QStringLiteral("the .toc file"), line, reason, remedy);
 }
 
 } // namespace Tessaron

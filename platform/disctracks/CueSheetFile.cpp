@@ -1,4 +1,5 @@
 #include "platform/disctracks/CueSheetReader.h"
+#include "platform/disctracks/DescribedFiles.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/DirectoryStream.h"
@@ -150,7 +151,14 @@ public:
     {
     }
 
-    [[nodiscard]] std::optional<std::uint64_t> sampleBytes() const
+    /// Where the samples are.
+    struct Samples {
+        std::uint64_t offset = 0; ///< bytes
+        std::uint64_t length = 0;
+        bool isBig = false; ///< the higher byte comes first
+    };
+
+    [[nodiscard]] std::optional<Samples> samples() const
     {
         std::array<std::uint8_t, Chunk::first> head;
         if (!read(0, head.data(), head.size()))
@@ -169,7 +177,7 @@ private:
         return readFully(m_file.descriptor.get(), offset, to, length, &got) == 0 && got == length;
     }
 
-    [[nodiscard]] std::optional<std::uint64_t> ofChunks(const char *formatId, const char *samplesId, bool isBig) const
+    [[nodiscard]] std::optional<Samples> ofChunks(const char *formatId, const char *samplesId, bool isBig) const
     {
         bool isCDAudio = false;
         for (std::uint64_t at = Chunk::first; at + Chunk::headSize <= m_file.length;) {
@@ -187,7 +195,9 @@ private:
                 // Writers that never came back to correct it leave a size of 0 or more than there is.
                 const std::uint64_t there = m_file.length - start;
                 const std::uint64_t length = size == 0 ? there : std::min(size, there);
-                return isCDAudio && length >= skipped ? std::optional(length - skipped) : std::nullopt;
+                if (!isCDAudio || length < skipped)
+                    return std::nullopt;
+                return Samples{start + skipped, length - skipped, isBig};
             }
             at = start + size + size % 2;
         }
@@ -228,27 +238,40 @@ Result<std::optional<std::uint64_t>> measureFile(const QByteArray &folder, CueFi
     file->path = path;
     if (file->type == CueFileType::Binary || file->type == CueFileType::Motorola)
         return std::optional(opened->length);
-    return SoundFile(*opened).sampleBytes();
+    const std::optional<SoundFile::Samples> samples = SoundFile(*opened).samples();
+    if (!samples)
+        return std::optional<std::uint64_t>();
+    file->firstSample = samples->offset;
+    file->isAiff = samples->isBig;
+    return std::optional(samples->length);
 }
 
 } // namespace
 
-Result<CueSheet> cueSheetOfFile(const QByteArray &path)
+CueSheetFiles filesBeside(const QByteArray &path)
 {
-    const Result<QByteArray> text = contentsOf(path, maximumCueSheetSize);
-    if (!text)
-        return text.error();
     const QByteArray folder = path.left(path.lastIndexOf('/') + 1);
     CueSheetFiles files;
-    files.measure = [&folder](CueFile *file) { return measureFile(folder, file); };
-    files.cdText = [&folder](const QByteArray &name) -> Result<QByteArray> {
+    files.measure = [folder](CueFile *file) { return measureFile(folder, file); };
+    files.cdText = [folder](const QByteArray &name) -> Result<QByteArray> {
         const QByteArray found = pathOfNamedFile(folder, {name});
         if (found.isEmpty())
             return NSError(NSOSStatusErrorDomain, fnfErr,
                            {{NSLocalizedFailureReasonErrorKey, QStringLiteral("the file is not there")}});
         return contentsOf(found, maximumCDTextSize);
     };
-    return cueSheetOfText(*text, files);
+    return files;
+}
+
+Result<QByteArray> textOfDescription(const QByteArray &path)
+{
+    return contentsOf(path, maximumCueSheetSize);
+}
+
+Result<CueSheet> cueSheetOfFile(const QByteArray &path)
+{
+    const Result<QByteArray> text = textOfDescription(path);
+    return text ? cueSheetOfText(*text, filesBeside(path)) : Result<CueSheet>(text.error());
 }
 
 } // namespace Tessaron

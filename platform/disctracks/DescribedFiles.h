@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/disctracks/CueSheetReader.h"
+
+namespace Tessaron
+{
+
+/// The files that a description at this path names: as they are named, beside it without the folders of another system,
+/// or in another letter case. Only regular files are opened.
+[[nodiscard]] CueSheetFiles filesBeside(const QByteArray &path);
+
+/// The bytes of a description; an error when it cannot be read or is longer than maximumCueSheetSize.
+[[nodiscard]] Result<QByteArray> textOfDescription(const QByteArray &path);
+
+} // namespace Tessaron
