@@ -33,27 +33,28 @@ struct DiscImageTrack {
 /// How the file of an image is laid out.
 enum class DiscImageLayout : std::uint8_t {
     Blocks, ///< blocks of user data from its first byte on
-    CueSheet, ///< as a cue sheet says
-    RawSectors, ///< raw sectors that no cue sheet describes
+    CueSheet, ///< as a cue sheet says, or a .ccd or .toc file
+    RawSectors, ///< raw sectors that nothing describes
     VANT, ///< with a trailer
 };
 
 /// A disc image that was opened to be looked at.
 struct OpenedDiscImage {
     QByteArray path; ///< of the file that holds the blocks
-    QByteArray cueSheet; ///< path of the sheet that describes it; empty for an image without a sheet
+    QByteArray cueSheet; ///< path of the cue sheet, .ccd or .toc file that describes it; empty for an image without one
     DiscImageLayout layout = DiscImageLayout::Blocks;
     std::shared_ptr<const DiscImageSource> source; ///< never null
     std::vector<DiscImageTrack> tracks; ///< empty when nothing describes them
     std::vector<FoundVolume> volumes;
-    /// Which parts of a cue sheet were passed over or had to be interpreted, why a sheet beside the image was not used,
+    /// Which parts of a description were passed over or had to be interpreted, why one beside the image was not used,
     /// and which tracks were not looked at.
     QStringList notes;
 };
 
-/// Opens an image: a file of blocks, a block device, a cue sheet, or a file whose name ends in ".bin" with a cue sheet
-/// of the same name beside it that names it. Finds its tracks and filesystems. An error of code Source
-/// (DiscJobErrors.h) when it cannot be read. Reads from the disk, so it is not for the main thread. Thread-safe.
+/// Opens an image: a file of blocks, a block device, a cue sheet, a .ccd or .toc file, or a file whose name ends in
+/// ".bin" or ".img" with a cue sheet (a .ccd file) of the same name beside it that names it. Finds its tracks and
+/// filesystems. An error of code Source (DiscJobErrors.h) when it cannot be read. Reads from the disk, so it is not for
+/// the main thread. Thread-safe.
 [[nodiscard]] TESSARON_EXPORT Result<OpenedDiscImage> openDiscImage(const QByteArray &path);
 
 } // namespace Tessaron

@@ -1,6 +1,6 @@
 #include "imaging/ImageFinisher.h"
 #include "platform/disctracks/CueModes.h"
-#include "platform/disctracks/CueSheetReader.h"
+#include "platform/disctracks/DiscDescription.h"
 #include "platform/disctracks/vant/VANTTrailer.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
@@ -124,22 +124,24 @@ void useCueSheet(const CueSheet &sheet, const QByteArray &sheetPath, const QByte
                                     .arg(track.number);
         }
     }
+    const QString name = nameOfDiscDescription(discDescriptionKind(sheetPath));
     for (const CueNote &note : sheet.notes)
-        image->notes << (note.line > 0 ? QStringLiteral("Line %1 of the cue sheet: %2").arg(note.line).arg(note.text)
+        image->notes << (note.line > 0 ? QStringLiteral("Line %1 of the %2: %3").arg(note.line).arg(name, note.text)
                                        : note.text);
 }
 
 /// Looks whether the sheet beside an image describes it. A sheet that cannot be used is noted.
-std::optional<DiscImageSectors> useSheetBeside(const QByteArray &imagePath, OpenedDiscImage *image)
+std::optional<DiscImageSectors> useSheetBeside(const QByteArray &imagePath, const QByteArray &sheetPath,
+                                               OpenedDiscImage *image)
 {
-    const QByteArray sheetPath = pathOfCueSheet(imagePath);
     struct stat status;
     if (::stat(sheetPath.constData(), &status) != 0 || !S_ISREG(status.st_mode))
         return std::nullopt;
-    const Result<CueSheet> sheet = cueSheetOfFile(sheetPath);
+    const Result<CueSheet> sheet = discDescriptionOfFile(sheetPath);
     if (!sheet) {
-        image->notes << QStringLiteral("The cue sheet beside the image is not used. %1")
-                            .arg(sheet.error().localizedFailureReason());
+        image->notes << QStringLiteral("The %1 beside the image is not used. %2")
+                            .arg(nameOfDiscDescription(discDescriptionKind(sheetPath)),
+                                 sheet.error().localizedFailureReason());
         return std::nullopt;
     }
     const auto isImage = [&](const CueFile &file) { return file.path == imagePath; };
@@ -185,15 +187,17 @@ Result<OpenedDiscImage> openDiscImage(const QByteArray &path)
     std::optional<DiscImageSectors> sectors;
     if (const QString reason = reasonOfKind(path); !reason.isEmpty())
         return cannotRead(path, reason);
-    if (path.toLower().endsWith(".cue")) {
-        const Result<CueSheet> sheet = cueSheetOfFile(path);
+    if (discDescriptionKind(path) != DiscDescriptionKind::None) {
+        const Result<CueSheet> sheet = discDescriptionOfFile(path);
         if (!sheet)
             return cannotRead(path, sheet.error().localizedFailureReason(),
                               sheet.error().localizedRecoverySuggestion());
         useCueSheet(*sheet, path, fileWithData(*sheet), &image);
         sectors = sectorsOfSheet(*sheet, image.path);
     } else if (path.toLower().endsWith(".bin")) {
-        sectors = useSheetBeside(path, &image);
+        sectors = useSheetBeside(path, pathOfCueSheet(path), &image);
+    } else if (path.toLower().endsWith(".img")) {
+        sectors = useSheetBeside(path, path.chopped(4) + ".ccd", &image);
     }
     const QString text = stringWithFileSystemRepresentation(image.path);
     DiscImageSourceResult opened =

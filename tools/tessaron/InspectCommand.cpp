@@ -47,6 +47,8 @@ QString formatName(const OpenedDiscImage &image)
         return std::any_of(image.volumes.begin(), image.volumes.end(), isOfDisc) ? QStringLiteral("iso")
                                                                                  : QStringLiteral("blocks");
     case DiscImageLayout::CueSheet:
+        if (const QByteArray end = image.cueSheet.right(4).toLower(); end == ".ccd" || end == ".toc")
+            return QString::fromLatin1(end.sliced(1));
         return QStringLiteral("bin");
     case DiscImageLayout::RawSectors:
         return QStringLiteral("raw");
@@ -165,8 +167,10 @@ Problem InspectCommand::judge() const
             QStringLiteral("no filesystem that is known here was found in %1, which has partitions").arg(quoted(path)),
             QStringLiteral("Copy a partition into a file of its own to have that looked at."), path};
     if (isEmpty)
-        return {Problem::Kind::Source, QStringLiteral("nothing that is known here was found in %1").arg(quoted(path)),
-                QStringLiteral("Known are ISO 9660, Rock Ridge, Joliet, UDF, HFS+, VANT and cue sheets."), path};
+        return {
+            Problem::Kind::Source, QStringLiteral("nothing that is known here was found in %1").arg(quoted(path)),
+            QStringLiteral("Known are ISO 9660, Rock Ridge, Joliet, UDF, HFS+, VANT, cue sheets, .ccd and .toc files."),
+            path};
     return {};
 }
 
