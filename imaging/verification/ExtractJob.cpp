@@ -1,0 +1,268 @@
+#include "imaging/StagedFile.h"
+#include "imaging/jobs/DiscJobWork.h"
+#include "imaging/jobs/FreeSpace.h"
+#include "imaging/jobs/ImageDestination.h"
+#include "imaging/verification/TrackExtractor.h"
+#include "platform/foundation/MessageTexts.h"
+#include <TessaronClasses/DiscJobErrors.h>
+#include <TessaronClasses/ExtractJob.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+NSError outputError(const QByteArray &path, int errnoValue)
+{
+    return discJobError(
+        errnoValue == ENOSPC || errnoValue == EDQUOT ? DiscJobErrorCode::Space : DiscJobErrorCode::Destination,
+        QStringLiteral("the output %1 cannot be written: %2").arg(quoted(path), systemText(errnoValue)), {}, path);
+}
+
+QByteArray nameOfTrack(const DiscTrack &track)
+{
+    return "track" + QByteArray::number(track.number).rightJustified(2, '0') + (track.isAudio() ? ".wav" : ".iso");
+}
+
+/// The folder for all tracks, made when it is not there; an empty one that was made goes again unless it is kept.
+class OutputFolder
+{
+public:
+    ~OutputFolder()
+    {
+        if (!m_made.isEmpty())
+            ::rmdir(m_made.constData());
+    }
+    [[nodiscard]] NSError make(const QByteArray &path)
+    {
+        struct stat status;
+        if (::mkdir(path.constData(), 0777) == 0) {
+            m_made = path;
+            return {};
+        }
+        const int failure = errno;
+        if (failure == EEXIST && ::stat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode))
+            return {};
+        if (failure == EEXIST)
+            return discJobError(DiscJobErrorCode::Destination,
+                                QStringLiteral("the output %1 is no folder").arg(quoted(path)),
+                                QStringLiteral("Name a folder for the tracks, or one track with --track."), path);
+        return outputError(path, failure);
+    }
+    void keep() { m_made.clear(); }
+
+private:
+    QByteArray m_made;
+};
+
+/// A track on its way.
+struct TrackOutput {
+    std::size_t index = 0;
+    std::unique_ptr<TrackExtractor> extractor;
+    ImageDestination destination;
+    std::unique_ptr<StagedFile> file; ///< goes before the folder of the destination
+};
+
+} // namespace
+
+bool ExtractResult::isComplete() const
+{
+    return !error && std::ranges::all_of(tracks, [](const ExtractedTrack &track) {
+        return track.damagedSectors == 0 && track.cutSectors == 0;
+    });
+}
+
+class ExtractJob::Work final : public DiscJobWork
+{
+public:
+    explicit Work(ExtractOrder given)
+        : order(std::move(given))
+    {
+    }
+
+    void begin() override
+    {
+        runInBackground(
+            [this](const std::stop_token &stop) {
+                NSError error = extract(stop);
+                return stop.stop_requested() && !isPublished ? discJobCancellation() : error;
+            },
+            [this](const NSError &error) {
+                result.error = error;
+                if (error)
+                    result.tracks.clear();
+                end(error);
+            });
+    }
+
+    [[nodiscard]] DiscJobProgress progress() const override
+    {
+        DiscJobProgress progress;
+        progress.phase = phase;
+        progress.bytesDone = bytesDone;
+        progress.bytesTotal = bytesTotal;
+        return progress;
+    }
+
+private:
+    [[nodiscard]] NSError extract(const std::stop_token &stop);
+    [[nodiscard]] NSError chooseTracks(std::vector<TrackOutput> *outputs) const;
+    [[nodiscard]] NSError openOutputs(std::vector<TrackOutput> *outputs);
+    [[nodiscard]] NSError checkNotASource(const ImageDestination &destination) const;
+    [[nodiscard]] NSError publish(const std::vector<TrackOutput> &outputs, const std::stop_token &stop);
+
+    const ExtractOrder order;
+
+public:
+    ExtractResult result; ///< the worker's until the job has ended
+
+private:
+    DescribedDisc disc;
+    bool isPublished = false;
+    std::atomic<DiscJobPhase> phase = DiscJobPhase::Preparing;
+    std::atomic<std::uint64_t> bytesDone = 0;
+    std::atomic<std::uint64_t> bytesTotal = 0;
+};
+
+NSError ExtractJob::Work::extract(const std::stop_token &stop)
+{
+    Result<DescribedDisc> described = describedDisc(order.image);
+    if (!described)
+        return described.error();
+    disc = *std::move(described);
+    result.notes = disc.notes;
+    OutputFolder folder; // goes after the files in it
+    std::vector<TrackOutput> outputs;
+    if (NSError error = chooseTracks(&outputs))
+        return error;
+    if (!order.track) {
+        if (NSError error = folder.make(order.output))
+            return error;
+    }
+    if (NSError error = openOutputs(&outputs))
+        return error;
+    phase = DiscJobPhase::Writing;
+    for (TrackOutput &output : outputs) {
+        NSError error = output.extractor->write(
+            output.file->descriptor(), [this](std::uint64_t bytes) { bytesDone += bytes; }, stop);
+        if (error)
+            return error;
+    }
+    NSError error = publish(outputs, stop);
+    if (!error)
+        folder.keep();
+    return error;
+}
+
+NSError ExtractJob::Work::chooseTracks(std::vector<TrackOutput> *outputs) const
+{
+    const std::vector<const DiscTrack *> tracks = disc.disc.contents.tracks();
+    for (std::size_t index = 0; index < tracks.size(); ++index) {
+        if (order.track && tracks[index]->number != *order.track)
+            continue;
+        TrackOutput output;
+        output.index = index;
+        output.extractor = std::make_unique<TrackExtractor>(disc.disc, index);
+        if (NSError error = output.extractor->check())
+            return error;
+        outputs->push_back(std::move(output));
+    }
+    if (!outputs->empty())
+        return {};
+    return discJobError(DiscJobErrorCode::Source,
+                        QStringLiteral("%1 has no track %2").arg(quoted(order.image)).arg(order.track.value_or(0)),
+                        QStringLiteral("It has %1.").arg(counted(tracks.size(), "track", "tracks")), order.image);
+}
+
+/// Neither the image nor its description may be what is written: it would be gone while it is read.
+NSError ExtractJob::Work::checkNotASource(const ImageDestination &destination) const
+{
+    QList<QByteArray> sources = {order.image, disc.description};
+    for (const CueFile &file : disc.disc.files)
+        sources << file.path;
+    for (const QByteArray &source : std::as_const(sources)) {
+        struct stat status;
+        const bool isThere = !source.isEmpty() && ::stat(source.constData(), &status) == 0;
+        if (isThere && destination.existingImage == DeviceAndInode{status.st_dev, status.st_ino})
+            return discJobError(DiscJobErrorCode::Destination,
+                                QStringLiteral("the output %1 is what is to be read").arg(quoted(destination.path)),
+                                QStringLiteral("Name another file."), destination.path);
+    }
+    return {};
+}
+
+NSError ExtractJob::Work::openOutputs(std::vector<TrackOutput> *outputs)
+{
+    const std::vector<const DiscTrack *> tracks = disc.disc.contents.tracks();
+    for (TrackOutput &output : *outputs) {
+        const QByteArray path = order.track ? order.output : order.output + '/' + nameOfTrack(*tracks[output.index]);
+        NSError error = openDestination(path, DiscFormat::ISO, &output.destination);
+        if (!error)
+            error = checkNotASource(output.destination);
+        if (error)
+            return error;
+        int failure = 0;
+        output.file = StagedFile::create(output.destination.folder.get(), output.destination.folderPath,
+                                         output.destination.name, &failure);
+        if (!output.file)
+            return outputError(path, failure);
+        bytesTotal += output.extractor->outputBytes();
+    }
+    const auto room = freeSpaceForPlainWriting(outputs->front().file->descriptor());
+    if (room && *room < bytesTotal)
+        return discJobError(
+            DiscJobErrorCode::Space,
+            QStringLiteral("there is too little room for the output: it takes %1 bytes, and %2 are free")
+                .arg(bytesTotal.load())
+                .arg(*room),
+            QStringLiteral("Choose another place, or make room."), order.output);
+    return {};
+}
+
+NSError ExtractJob::Work::publish(const std::vector<TrackOutput> &outputs, const std::stop_token &stop)
+{
+    phase = DiscJobPhase::Finishing;
+    std::vector<StagedFile *> files;
+    for (const TrackOutput &output : outputs) {
+        if (::fsync(output.file->descriptor()) != 0)
+            return outputError(output.destination.path, errno);
+        files.push_back(output.file.get());
+    }
+    if (stop.stop_requested())
+        return discJobCancellation();
+    if (const int failure = publishTogether(files))
+        return outputError(order.output, failure);
+    isPublished = true;
+    for (const TrackOutput &output : outputs) {
+        result.tracks.push_back(output.extractor->result());
+        result.tracks.back().path = output.destination.path;
+        result.tracks.back().bytes = output.extractor->outputBytes();
+    }
+    return {};
+}
+
+ExtractJob::ExtractJob(ExtractOrder order, QObject *parent)
+    : DiscJob(std::make_unique<Work>(std::move(order)), parent)
+{
+}
+
+ExtractJob::~ExtractJob() = default;
+
+const ExtractResult &ExtractJob::result() const
+{
+    return static_cast<const Work &>(work()).result;
+}
+
+void ExtractJob::announceResult()
+{
+    Q_EMIT finished(result());
+}
+
+} // namespace Tessaron
