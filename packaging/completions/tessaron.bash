@@ -14,6 +14,8 @@ _tessaron_options() {
     inspect) echo "--json -h --help --version" ;;
     verify) echo "--filesystems --progress --json -q --quiet -v --verbose -h --help --version" ;;
     scan) echo "--progress --json -q --quiet -h --help --version" ;;
+    tracks) echo "--json -h --help --version" ;;
+    extract) echo "--track -o --output --progress --json -q --quiet -h --help --version" ;;
     *) echo "-h --help --version" ;;
     esac
 }
@@ -25,6 +27,7 @@ _tessaron_values() {
     --capacity) echo "74 80 90 99" ;;
     --filesystems) echo "iso9660,joliet,udf,hfs+ iso9660,joliet iso9660,udf iso9660 joliet udf hfs+" ;;
     --progress) echo "auto bar json none" ;;
+    --track) echo "all" ;;
     esac
 }
 
@@ -55,9 +58,9 @@ _tessaron() {
     elif [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(_tessaron_options "$command")" -- "$word")
     elif ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "help audio image inspect scan verify" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "help audio image inspect scan verify tracks extract" -- "$word")
     elif [[ $command == help ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "audio image inspect scan verify" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "audio image inspect scan verify tracks extract" -- "$word")
     else
         _tessaron_complete_paths "$word"
     fi

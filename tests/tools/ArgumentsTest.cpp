@@ -131,6 +131,20 @@ TEST(Arguments, inspectAndVerify_takeTheImageFirst)
     EXPECT_EQ(verify.verbosity, Verbosity::Verbose);
 }
 
+TEST(Arguments, tracksAndExtract_takeOneImage)
+{
+    const Arguments tracks = parseArguments({"tracks", "disc.cue", "--json"});
+    EXPECT_EQ(tracks.action, Arguments::Action::Tracks);
+    EXPECT_EQ(tracks.paths, QList<QByteArray>({"disc.cue"}));
+    EXPECT_TRUE(tracks.json);
+    const Arguments one = parseArguments({"extract", "--track=7", "-o", "song.wav", "disc.cue"});
+    EXPECT_EQ(one.action, Arguments::Action::Extract);
+    EXPECT_EQ(one.track, 7u);
+    EXPECT_EQ(one.output, "song.wav");
+    EXPECT_EQ(parseArguments({"extract", "--track", "all", "-o", "x", "y"}).track, 0u);
+    EXPECT_EQ(parseArguments({"extract", "--track", "all", "-o", "x", "y"}).action, Arguments::Action::Extract);
+}
+
 class WrongArguments : public testing::TestWithParam<WrongLine>
 {
 };
@@ -150,6 +164,13 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongLine{{"scan", ""}, "a PATH is empty"}, WrongLine{{"inspect"}, "no IMAGE"},
                     WrongLine{{"inspect", "a", "b"}, "more than one IMAGE"}, WrongLine{{"verify"}, "no IMAGE"},
                     WrongLine{{"verify", "a"}, "no PATH"}, WrongLine{{"verify", "--strict", "a", "b"}, "no option"},
+                    WrongLine{{"tracks"}, "no IMAGE"}, WrongLine{{"tracks", "a", "b"}, "more than one IMAGE"},
+                    WrongLine{{"extract", "a"}, "with --track"},
+                    WrongLine{{"extract", "a", "--track", "1"}, "with -o OUT"},
+                    WrongLine{{"extract", "--track", "1", "-o", "x"}, "no IMAGE"},
+                    WrongLine{{"extract", "--track", "0", "a"}, "“0” is no track"},
+                    WrongLine{{"extract", "--track", "100", "a"}, "“100” is no track"},
+                    WrongLine{{"extract", "--track", "ALL", "a"}, "use a number from 1 to 99, or all"},
                     WrongLine{{"image", "x"}, "-o OUT"}, WrongLine{{"image", "-o", "x.iso"}, "no PATH"},
                     WrongLine{{"image", "x", "-o"}, "the option -o needs a value"},
                     WrongLine{{"image", "x", "--output="}, "the value of --output is empty"},

@@ -48,7 +48,7 @@ Options matchesIn(const QString &text, const char *pattern)
 
 TEST(OptionAgreement, helpText_namesExactlyTheOptionsOfTheCommand)
 {
-    for (const QByteArray command : {"", "image", "audio", "inspect", "verify", "scan"}) {
+    for (const QByteArray command : {"", "image", "audio", "inspect", "verify", "scan", "tracks", "extract"}) {
         const QString help = QString::fromUtf8(helpText(command));
         Options inHelp = matchesIn(help, "^ {2,6}(?:-\\w, )?(--[a-z-]+)");
         inHelp.merge(matchesIn(help, "^ {2}(-\\w), "));
@@ -58,7 +58,7 @@ TEST(OptionAgreement, helpText_namesExactlyTheOptionsOfTheCommand)
 
 TEST(OptionAgreement, helpText_fitsInEightyColumns)
 {
-    for (const QByteArray command : {"", "image", "audio", "inspect", "verify", "scan"}) {
+    for (const QByteArray command : {"", "image", "audio", "inspect", "verify", "scan", "tracks", "extract"}) {
         for (const QByteArray &line : helpText(command).split('\n'))
             EXPECT_LE(QString::fromUtf8(line).size(), 80) << line.constData();
     }
@@ -76,6 +76,8 @@ TEST(OptionAgreement, manualPage_describesExactlyTheOptions)
     for (const char *const command : {"image", "audio", "inspect", "verify"})
         known.merge(knownOptions(command));
     known.merge(knownOptions("scan"));
+    known.merge(knownOptions("tracks"));
+    known.merge(knownOptions("extract"));
     EXPECT_EQ(described, known);
 }
 
@@ -93,6 +95,8 @@ TEST(OptionAgreement, completion_offersExactlyTheOptionsOfTheCommand)
     EXPECT_EQ(offered("    inspect) "), knownOptions("inspect"));
     EXPECT_EQ(offered("    verify) "), knownOptions("verify"));
     EXPECT_EQ(offered("    scan) "), knownOptions("scan"));
+    EXPECT_EQ(offered("    tracks) "), knownOptions("tracks"));
+    EXPECT_EQ(offered("    extract) "), knownOptions("extract"));
     EXPECT_EQ(offered("    *) "), knownOptions(""));
 }
 

@@ -37,6 +37,7 @@ private:
     bool setFilesystems(const QByteArray &value);
     bool setGap(const QByteArray &value);
     bool setCapacity(const QByteArray &value);
+    bool setTrack(const QByteArray &value);
     bool fail(const QString &message);
 
     const QList<QByteArray> &m_words;
@@ -45,6 +46,7 @@ private:
 
 public:
     bool hasFormat = false;
+    bool hasTrack = false;
     bool wantsHelp = false;
     bool wantsVersion = false;
 };
@@ -175,6 +177,8 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
     case Option::CdText:
         m_arguments.hasCDText = true;
         return true;
+    case Option::Track:
+        return setTrack(value);
     }
     return true;
 }
@@ -254,6 +258,18 @@ bool Parser::setCapacity(const QByteArray &value)
     return fail(QStringLiteral("there is no disc of %1 minutes; use 74, 80, 90 or 99").arg(quoted(value)));
 }
 
+bool Parser::setTrack(const QByteArray &value)
+{
+    constexpr unsigned int mostTracks = 99;
+    bool isNumber = false;
+    const unsigned int number = value.toUInt(&isNumber);
+    if (value != "all" && (!isNumber || number < 1 || number > mostTracks))
+        return fail(QStringLiteral("%1 is no track; use a number from 1 to 99, or all").arg(quoted(value)));
+    m_arguments.track = value == "all" ? 0 : number;
+    hasTrack = true;
+    return true;
+}
+
 QString checkScan(const Arguments &arguments)
 {
     return arguments.paths.isEmpty() ? QStringLiteral("no PATH was given") : QString();
@@ -308,6 +324,15 @@ QString checkInspect(const Arguments &arguments)
                                       : QString();
 }
 
+QString checkExtract(const Arguments &arguments, bool hasTrack)
+{
+    if (QString error = checkInspect(arguments); !error.isEmpty())
+        return error;
+    if (!hasTrack)
+        return QStringLiteral("no track was given: name one, or all, with --track");
+    return arguments.output.isEmpty() ? QStringLiteral("no output was given: name it with -o OUT") : QString();
+}
+
 QString checkVerify(const Arguments &arguments)
 {
     if (arguments.paths.isEmpty())
@@ -316,7 +341,7 @@ QString checkVerify(const Arguments &arguments)
 }
 
 /// The line's words are known; do they make sense together? Sets the action.
-QString checkCommand(Arguments &arguments, bool hasFormat)
+QString checkCommand(Arguments &arguments, const Parser &parser)
 {
     if (arguments.command == "scan") {
         arguments.action = Arguments::Action::Scan;
@@ -334,8 +359,16 @@ QString checkCommand(Arguments &arguments, bool hasFormat)
         arguments.action = Arguments::Action::Verify;
         return checkVerify(arguments);
     }
+    if (arguments.command == "tracks") {
+        arguments.action = Arguments::Action::Tracks;
+        return checkInspect(arguments);
+    }
+    if (arguments.command == "extract") {
+        arguments.action = Arguments::Action::Extract;
+        return checkExtract(arguments, parser.hasTrack);
+    }
     arguments.action = Arguments::Action::MakeImage;
-    return checkImage(arguments, hasFormat);
+    return checkImage(arguments, parser.hasFormat);
 }
 
 Arguments withUsageError(Arguments arguments, const QString &message)
@@ -348,7 +381,8 @@ Arguments withUsageError(Arguments arguments, const QString &message)
 /// The command's name and what stands before it.
 bool isCommand(const QByteArray &word)
 {
-    return word == "scan" || word == "image" || word == "audio" || word == "inspect" || word == "verify";
+    return word == "scan" || word == "image" || word == "audio" || word == "inspect" || word == "verify"
+        || word == "tracks" || word == "extract";
 }
 
 /// "help" and "help COMMAND".
@@ -395,7 +429,7 @@ Arguments parseArguments(const QList<QByteArray> &words)
     }
     if (result.command.isEmpty())
         return withUsageError(result, QStringLiteral("no command was given"));
-    const QString error = checkCommand(result, parser.hasFormat);
+    const QString error = checkCommand(result, parser);
     return error.isEmpty() ? result : withUsageError(result, error);
 }
 

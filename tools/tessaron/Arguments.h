@@ -34,13 +34,14 @@ struct Arguments {
         MakeAudioImage,
         Inspect,
         Verify,
+        Tracks,
+        Extract,
         ReportUsageError,
     };
 
     Action action = Action::ReportUsageError;
-    /// The command that was named, as far as it was understood: "", "scan", "image", "audio", "inspect" or
-    /// "verify".
-    /// Help is about it.
+    /// The command that was named, as far as it was understood: "", "scan", "image", "audio", "inspect", "verify",
+    /// "tracks" or "extract". Help is about it.
     QByteArray command;
     QString usageError; ///< for ReportUsageError, without the full stop
 
@@ -53,8 +54,13 @@ struct Arguments {
     DiscFilesystems filesystems = allDiscFilesystems;
     bool hasFilesystems = false; ///< they were named
 
-    // For MakeImage and MakeAudioImage.
+    // For Extract only.
+    std::uint32_t track = 0; ///< its number; 0 for all
+
+    // For MakeImage, MakeAudioImage and Extract.
     QByteArray output;
+
+    // For MakeImage and MakeAudioImage.
     QString volumeName; ///< MakeImage only; empty: the source's name
     DiscFormat format = DiscFormat::ISO;
     bool isSynchronized = true; ///< wait until the image is on the disk

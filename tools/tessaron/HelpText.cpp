@@ -19,6 +19,8 @@ Commands:
   inspect  tell what a disc image holds
   verify   compare every filesystem of a disc image with its sources
   scan     count what is in folders and files
+  tracks   list the tracks of a disc image
+  extract  take tracks out of a disc image
 
 'tessaron help COMMAND' tells more about a command.
 
@@ -103,7 +105,7 @@ constexpr char inspectIntroduction[] = R"(Usage: tessaron inspect [OPTION]... IM
 
 Tells which filesystems a disc image has, what they hold, its partitions, and
 the tracks that a VANT image or a cue sheet describes. Knows ISO 9660, Rock
-Ridge, Joliet, UDF and HFS+, by any program.
+Ridge, Joliet, UDF and HFS+, by any program; cue sheets, .ccd and .toc files.
 
 Options:
 )";
@@ -132,6 +134,41 @@ Examples:
   tessaron verify --json backup.iso Letters Photos notes.txt
 
 Exit status: 0 the same, 1 different or failed, 2 wrong usage, 130 interrupted.
+)";
+
+constexpr char tracksIntroduction[] = R"(Usage: tessaron tracks [OPTION]... IMAGE
+
+Lists the tracks of a disc: number, kind and bytes of a sector, start and
+length, pregap, index points, ISRC and CD-TEXT. IMAGE is a cue sheet, a .ccd or
+.toc file, or an image. Times are minutes:seconds:frames from block 0.
+
+Options:
+)";
+
+constexpr char tracksEnd[] = R"(
+Examples:
+  tessaron tracks album.cue
+  tessaron tracks --json disc.toc
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted.
+)";
+
+constexpr char extractIntroduction[] = R"(Usage: tessaron extract [OPTION]... --track N|all -o OUT IMAGE
+
+Takes tracks out of a disc image: sound as a WAVE file, data as the user data of
+its sectors. IMAGE is a cue sheet, a .ccd or .toc file, or an image. What lies
+in front of a track's index 1 is left out.
+
+Options:
+)";
+
+constexpr char extractEnd[] = R"(
+Examples:
+  tessaron extract --track 2 -o song.wav album.cue
+  tessaron extract --track all -o tracks disc.vant
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but sectors are damaged or
+hold more than was taken, 130 interrupted.
 )";
 
 QByteArray optionLines(const OptionDescription &option)
@@ -171,6 +208,12 @@ QByteArray helpText(const QByteArray &command)
     } else if (command == "verify") {
         result = verifyIntroduction;
         end = verifyEnd;
+    } else if (command == "tracks") {
+        result = tracksIntroduction;
+        end = tracksEnd;
+    } else if (command == "extract") {
+        result = extractIntroduction;
+        end = extractEnd;
     }
     for (const OptionDescription &option : allOptions()) {
         if (knows(command, option))

@@ -15,6 +15,11 @@ constexpr std::array options = {
     OptionDescription{
         Option::Output, 'o', "output", "OUT", "image audio",
         "The image file to make. It appears when it is whole;\nan older file is replaced then. - is standard output."},
+    OptionDescription{Option::Track, 0, "track", "N", "extract", "The number of the track, or all."},
+    OptionDescription{
+        Option::Output, 'o', "output", "OUT", "extract",
+        "The file for the track; for all tracks the folder for\nthem. They appear when they are whole; older ones are\n"
+        "replaced then."},
     OptionDescription{Option::Format, 0, "format", "FORMAT", "image",
                       "iso, bin with a cue sheet beside it, or vant.\nThe ending of OUT decides when it is not given."},
     OptionDescription{Option::Name, 'n', "name", "VOLUME", "image",
@@ -39,15 +44,17 @@ constexpr std::array options = {
                       "Titles, performers and other texts, from the tags of\nthe files."},
     OptionDescription{Option::NoSync, 0, "no-sync", nullptr, "image audio",
                       "Do not wait until the image is on the disk."},
-    OptionDescription{Option::Progress, 0, "progress", "KIND", "image audio scan verify",
+    OptionDescription{Option::Progress, 0, "progress", "KIND", "image audio scan verify extract",
                       "auto: a bar on a terminal; bar, json (one object in\na line) or none. On standard error."},
-    OptionDescription{Option::Json, 0, "json", nullptr, "image audio scan inspect verify",
+    OptionDescription{Option::Json, 0, "json", nullptr, "image audio scan inspect verify tracks extract",
                       "Print one JSON object on standard output at the end,\nalso after a failure."},
-    OptionDescription{Option::Quiet, 'q', "quiet", nullptr, "image audio scan verify", "Errors only."},
+    OptionDescription{Option::Quiet, 'q', "quiet", nullptr, "image audio scan verify extract", "Errors only."},
     OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "image audio verify",
                       "List everything that is not as it should be."},
-    OptionDescription{Option::Help, 'h', "help", nullptr, "- image audio scan inspect verify", "Show this help."},
-    OptionDescription{Option::Version, 0, "version", nullptr, "- image audio scan inspect verify", "Show the version."},
+    OptionDescription{Option::Help, 'h', "help", nullptr, "- image audio scan inspect verify tracks extract",
+                      "Show this help."},
+    OptionDescription{Option::Version, 0, "version", nullptr, "- image audio scan inspect verify tracks extract",
+                      "Show the version."},
 };
 
 const OptionDescription *firstWhere(const QByteArray &command, auto matches)

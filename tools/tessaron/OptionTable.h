@@ -26,6 +26,7 @@ enum class Option : std::uint8_t {
     NoGapless,
     Capacity,
     CdText,
+    Track,
 };
 
 /// One option as the parser and the help text see it.

@@ -1,12 +1,14 @@
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/AudioCommand.h"
 #include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/ExtractCommand.h"
 #include "tools/tessaron/ImageCommand.h"
 #include "tools/tessaron/ImageReport.h"
 #include "tools/tessaron/InspectCommand.h"
 #include "tools/tessaron/ScanCommand.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
+#include "tools/tessaron/TracksCommand.h"
 #include "tools/tessaron/VerifyCommand.h"
 
 #include <QCoreApplication>
@@ -57,6 +59,10 @@ ExitStatus run(const Arguments &arguments)
         return InspectCommand(arguments).run();
     case Arguments::Action::Verify:
         return VerifyCommand(arguments).run();
+    case Arguments::Action::Tracks:
+        return TracksCommand(arguments).run();
+    case Arguments::Action::Extract:
+        return ExtractCommand(arguments).run();
     case Arguments::Action::ReportUsageError:
         break;
     }

@@ -1,0 +1,236 @@
+#include "platform/disctracks/SectorCoding.h"
+#include "tests/tools/ImageFixture.h"
+
+#include <QJsonArray>
+#include <QtEndian>
+
+#include <csignal>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+constexpr qsizetype sector = 2352;
+constexpr qsizetype headSize = 44;
+
+QByteArray noise(qsizetype size)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    std::uint32_t state = 7;
+    for (char &byte : bytes) {
+        state = state * 1664525u + 1013904223u;
+        byte = char(state >> 24);
+    }
+    return bytes;
+}
+
+QByteArray swapped(QByteArray samples)
+{
+    for (qsizetype at = 0; at + 1 < samples.size(); at += 2)
+        std::swap(samples[at], samples[at + 1]);
+    return samples;
+}
+
+class Extract : public ImageTest
+{
+protected:
+    /// Extracts into "out/taken…" and returns what the command says as JSON.
+    QJsonObject extract(const QByteArray &track, const QByteArray &output, const QByteArray &image,
+                        int expectedStatus = 0) const
+    {
+        const ChildResult result =
+            runTessaron({"extract", "-q", "--json", "--track", track, "-o", m_tree.path(output), m_tree.path(image)});
+        EXPECT_EQ(result.exitStatus, expectedStatus) << result.errors.constData();
+        return jsonOf(result.output);
+    }
+    void makeCue(const QByteArray &mode, const QByteArray &image) const
+    {
+        m_tree.makeFile("out/disc.bin", image);
+        m_tree.makeFile("out/disc.cue", "FILE \"disc.bin\" BINARY\n TRACK 01 " + mode + "\n  INDEX 01 00:00:00\n");
+    }
+    /// What comes out of an image that is one track of data.
+    QByteArray taken(const QByteArray &mode, const QByteArray &image, int expectedStatus = 0) const
+    {
+        makeCue(mode, image);
+        extract("1", "out/taken.iso", "out/disc.cue", expectedStatus);
+        return m_tree.contents("out/taken.iso");
+    }
+};
+
+/// Whole sectors around user data, and parts of them.
+QByteArray rawSectors(TrackKind kind, const QByteArray &userData, qsizetype userSize, qsizetype offset)
+{
+    QByteArray sectors;
+    for (qsizetype at = 0; at < userData.size(); at += userSize) {
+        QByteArray whole(sector, '\0');
+        whole.replace(offset, userSize, userData.mid(at, userSize));
+        auto *const bytes = reinterpret_cast<std::uint8_t *>(whole.data());
+        const BlockAddress address(at / userSize);
+        if (kind == TrackKind::Mode1)
+            completeMode1Sector(bytes, address);
+        else if (kind == TrackKind::Mode2Form1)
+            completeForm1Sector(bytes, address, {});
+        else
+            completeForm2Sector(bytes, address, {});
+        sectors += whole;
+    }
+    return sectors;
+}
+
+QByteArray partsOf(const QByteArray &sectors, qsizetype offset, qsizetype length, const QByteArray &behind = {})
+{
+    QByteArray parts;
+    for (qsizetype at = 0; at < sectors.size(); at += sector)
+        parts += sectors.mid(at + offset, length) + behind;
+    return parts;
+}
+
+TEST_F(Extract, data_isTheUserDataAlone_whateverSectorsHoldIt)
+{
+    const QByteArray data = noise(qsizetype(500) * 2048);
+    const QByteArray mode1 = rawSectors(TrackKind::Mode1, data, 2048, 16);
+    const QByteArray form1 = rawSectors(TrackKind::Mode2Form1, data, 2048, 24);
+    const QByteArray form2Data = noise(qsizetype(500) * 2324);
+    const QByteArray form2 = rawSectors(TrackKind::Mode2Form2, form2Data, 2324, 24);
+    const QByteArray subchannel(96, 'S');
+    EXPECT_TRUE(taken("MODE1/2048", data) == data);
+    EXPECT_TRUE(taken("MODE1/2352", mode1) == data);
+    EXPECT_TRUE(taken("MODE1/2448", partsOf(mode1, 0, sector, subchannel)) == data);
+    EXPECT_TRUE(taken("MODE2/2048", data) == data);
+    EXPECT_TRUE(taken("MODE2/2352", form1) == data);
+    EXPECT_TRUE(taken("MODE2/2448", partsOf(form1, 0, sector, subchannel)) == data);
+    EXPECT_TRUE(taken("MODE2/2336", partsOf(form1, 16, 2336)) == data);
+    EXPECT_TRUE(taken("MODE2/2332", partsOf(form1, 16, 2332)) == data);
+    EXPECT_TRUE(taken("MODE2/2324", form2Data) == form2Data);
+    EXPECT_TRUE(taken("MODE2/2352", form2, 3) == partsOf(form2, 24, 2048)) << "form 2 holds more, which is told";
+}
+
+TEST_F(Extract, audio_isAWaveFile_thatOthersRead)
+{
+    const QByteArray sound = noise(1000 * sector);
+    m_tree.makeFile("out/album.bin", "some" + sound);
+    m_tree.makeFile("out/big.bin", swapped(sound));
+    m_tree.makeFile("out/album.toc",
+                    "CD_DA\nTRACK AUDIO\nFILE \"album.bin\" SWAP #4 0 00:05:00\nTRACK AUDIO\nFILE \"big.bin\" 00:05:00 "
+                    "00:08:00\nSTART 00:01:00\n");
+    const QJsonObject object = extract("all", "out/tracks", "out/album.toc");
+    ASSERT_EQ(object[QStringLiteral("tracks")].toArray().size(), 2);
+    const QByteArray first = m_tree.contents("out/tracks/track01.wav");
+    const QByteArray second = m_tree.contents("out/tracks/track02.wav");
+    EXPECT_TRUE(first.mid(headSize) == sound.first(375 * sector));
+    EXPECT_TRUE(second.mid(headSize) == sound.mid(450 * sector, 525 * sector));
+    const QJsonValue told = object[QStringLiteral("tracks")][1];
+    EXPECT_EQ(told[QStringLiteral("pregapLeftOut")].toInteger(), 75);
+    EXPECT_EQ(told[QStringLiteral("bytes")].toInteger(), second.size());
+    EXPECT_EQ(told[QStringLiteral("path")].toString().toUtf8(), m_tree.path("out/tracks/track02.wav"));
+    EXPECT_TRUE(outputOf("sox", {m_tree.path("out/tracks/track01.wav"), "-t", "raw", "-"})
+                == sound.first(375 * sector));
+    const QByteArray facts = outputOf("soxi", {m_tree.path("out/tracks/track02.wav")});
+    EXPECT_TRUE(facts.contains("= 308700 samples")) << facts.constData();
+    EXPECT_TRUE(facts.contains("44100") && facts.contains("16-bit")) << facts.constData();
+}
+
+TEST_F(Extract, audioOfASoundFile_isItsSamples)
+{
+    const QByteArray sound = noise(100 * sector);
+    m_tree.makeFile("out/raw", sound);
+    const QList<QByteArray> raw = {
+        "-t", "raw", "-r", "44100", "-e", "signed", "-b", "16", "-c", "2", m_tree.path("out/raw")};
+    for (const QByteArray type : {"wav", "aiff"}) {
+        outputOf("sox", raw + QList<QByteArray>{m_tree.path("out/sound." + type)});
+        m_tree.makeFile("out/album.cue",
+                        "FILE \"sound." + type
+                            + "\" WAVE\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n TRACK 02 AUDIO\n"
+                              "  INDEX 01 00:00:40\n");
+        extract("2", "out/taken.wav", "out/album.cue");
+        EXPECT_TRUE(m_tree.contents("out/taken.wav").mid(headSize) == sound.mid(40 * sector)) << type.constData();
+    }
+    m_tree.makeFile("out/album.mp3", "no plain sound");
+    m_tree.makeFile("out/album.cue",
+                    "FILE \"album.mp3\" MP3\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n TRACK 02 AUDIO\n"
+                    "  INDEX 01 00:00:40\n");
+    const QJsonObject refused = extract("1", "out/none.wav", "out/album.cue", 1);
+    EXPECT_TRUE(refused[QStringLiteral("error")][QStringLiteral("message")].toString().contains(
+        QStringLiteral("must be decoded")));
+    EXPECT_FALSE(m_tree.exists("out/none.wav"));
+}
+
+TEST_F(Extract, graphics_areLeftOutOfAudio)
+{
+    const QByteArray sound = noise(20 * sector);
+    makeCue("CDG", partsOf(sound, 0, sector, QByteArray(96, 'G')));
+    extract("1", "out/taken.wav", "out/disc.cue");
+    EXPECT_TRUE(m_tree.contents("out/taken.wav").mid(headSize) == sound);
+}
+
+TEST_F(Extract, tracksOfVantAndPlainImages_areTakenOut)
+{
+    makeOrdinaryTree();
+    for (const QByteArray name : {"out/disc.vant", "out/disc.iso"})
+        EXPECT_EQ(runTessaron({"image", "-q", "-o", m_tree.path(name), m_tree.path("source")}).exitStatus, 0);
+    const QByteArray iso = m_tree.contents("out/disc.iso");
+    extract("1", "out/plain.iso", "out/disc.iso");
+    EXPECT_TRUE(m_tree.contents("out/plain.iso") == iso);
+    extract("1", "out/vant.iso", "out/disc.vant");
+    EXPECT_EQ(runTessaron({"verify", "-q", m_tree.path("out/vant.iso"), m_tree.path("source")}).exitStatus, 0);
+}
+
+TEST_F(Extract, damagedSectors_areTold_andTakenAsTheyAre)
+{
+    const QByteArray data = noise(qsizetype(20) * 2048);
+    QByteArray raw = rawSectors(TrackKind::Mode1, data, 2048, 16);
+    raw[7 * sector + 500] = char(raw[7 * sector + 500] ^ 1);
+    raw[9 * sector + 2300] = char(raw[9 * sector + 2300] ^ 1);
+    makeCue("MODE1/2352", raw);
+    const ChildResult result = runTessaron(
+        {"extract", "--json", "--track", "1", "-o", m_tree.path("out/taken.iso"), m_tree.path("out/disc.cue")});
+    EXPECT_EQ(result.exitStatus, 3);
+    EXPECT_TRUE(result.errors.contains("track 1: 2 sectors are damaged, the first one is block 7"))
+        << result.errors.constData();
+    const QJsonValue track = jsonOf(result.output)[QStringLiteral("tracks")][0];
+    EXPECT_EQ(track[QStringLiteral("damagedSectors")].toInteger(), 2);
+    EXPECT_TRUE(track[QStringLiteral("checked")].toBool());
+    EXPECT_TRUE(m_tree.contents("out/taken.iso") == partsOf(raw, 16, 2048));
+}
+
+TEST_F(Extract, failure_leavesNothing_andSaysWhy)
+{
+    makeCue("AUDIO", noise(10 * sector));
+    const auto message = [&](const QByteArray &track, const QByteArray &output, const QByteArray &image) {
+        return extract(track, output, image, 1)[QStringLiteral("error")][QStringLiteral("message")].toString();
+    };
+    EXPECT_TRUE(message("2", "out/x.wav", "out/disc.cue").contains(QStringLiteral("has no track 2")));
+    EXPECT_TRUE(message("1", "out/none/x.wav", "out/disc.cue").contains(QStringLiteral("does not exist")));
+    EXPECT_TRUE(message("1", "out/disc.bin", "out/disc.cue").contains(QStringLiteral("is what is to be read")));
+    EXPECT_TRUE(message("1", "out/disc.cue", "out/disc.cue").contains(QStringLiteral("is what is to be read")));
+    EXPECT_TRUE(message("all", "out/disc.bin", "out/disc.cue").contains(QStringLiteral("is no folder")));
+    EXPECT_TRUE(message("1", "out/x.wav", "out/missing.cue").contains(QStringLiteral("cannot be read")));
+    EXPECT_EQ(outNames(), (std::set<std::string>{"disc.bin", "disc.cue"}));
+    m_tree.makeFile("out/disc.cue",
+                    "FILE \"disc.bin\" BINARY\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\nFILE \"s.mp3\" MP3\n"
+                    " TRACK 02 AUDIO\n  INDEX 01 00:00:00\n");
+    m_tree.makeFile("out/s.mp3", "x");
+    EXPECT_TRUE(message("all", "out/tracks", "out/disc.cue").contains(QStringLiteral("track 2 cannot be taken out")));
+    EXPECT_FALSE(m_tree.exists("out/tracks"));
+}
+
+TEST_F(Extract, progressAndCancel_areThoseOfAJob)
+{
+    // Sparse: it takes long to read, and no room.
+    m_tree.makeSparseFile("out/disc.bin", qint64(300000) * sector);
+    m_tree.makeFile("out/disc.cue", "FILE \"disc.bin\" BINARY\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n");
+    ChildProcess child(tessaron({"extract", "--json", "--progress", "json", "--track", "all", "-o",
+                                 m_tree.path("out/tracks"), m_tree.path("out/disc.cue")}));
+    ASSERT_TRUE(child.waitUntil([&] { return child.errorsSoFar().contains("\"writing\""); }));
+    child.sendSignal(SIGINT);
+    const ChildResult result = child.finish();
+    EXPECT_EQ(result.exitStatus, 130);
+    EXPECT_EQ(jsonOf(result.output)[QStringLiteral("result")].toString(), QStringLiteral("cancelled"));
+    EXPECT_EQ(outNames(), (std::set<std::string>{"disc.bin", "disc.cue"}));
+}
+
+} // namespace
+
+} // namespace Tessaron::Testing

@@ -1,0 +1,153 @@
+#include "tools/tessaron/ExtractCommand.h"
+
+#include "platform/disctracks/BlockAddress.h"
+#include "platform/foundation/FileSystemRepresentation.h"
+#include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/JsonWriter.h"
+#include "tools/tessaron/SignalWatcher.h"
+#include "tools/tessaron/StandardStreams.h"
+#include "tools/tessaron/Text.h"
+
+#include <QEventLoop>
+
+#include <cerrno>
+#include <unistd.h>
+
+namespace Tessaron::Tool
+{
+
+namespace
+{
+
+/// What is wrong with a track that was taken out all the same.
+QStringList complaintsAbout(const ExtractedTrack &track)
+{
+    QStringList lines;
+    if (track.damagedSectors > 0)
+        lines << QStringLiteral("track %1: %2 damaged, the first one is block %3; their data was taken as it is")
+                     .arg(track.number)
+                     .arg(counted(track.damagedSectors, "sector is", "sectors are"))
+                     .arg(track.firstDamagedSector);
+    if (track.cutSectors > 0)
+        lines << QStringLiteral("track %1: %2 longer data, of which 2048 bytes were taken; the first one is block %3")
+                     .arg(track.number)
+                     .arg(counted(track.cutSectors, "sector has", "sectors have"))
+                     .arg(track.firstCutSector);
+    return lines;
+}
+
+} // namespace
+
+ExtractCommand::ExtractCommand(const Arguments &arguments)
+    : m_arguments(arguments)
+    , m_start(std::chrono::steady_clock::now())
+    , m_display(ProgressDisplay::create(arguments.progress, arguments.verbosity))
+{
+}
+
+ExtractCommand::~ExtractCommand() = default;
+
+ExitStatus ExtractCommand::run()
+{
+    extract();
+    m_display->clear();
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
+    print(time.count());
+    if (!m_arguments.json || writeJson(time.count()))
+        return status();
+    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
+    return ExitStatus::Failed;
+}
+
+void ExtractCommand::extract()
+{
+    ExtractOrder order;
+    order.image = m_arguments.paths.first();
+    if (m_arguments.track > 0)
+        order.track = m_arguments.track;
+    order.output = m_arguments.output;
+    ExtractJob job(order);
+    const SignalWatcher signalWatcher([&job] { job.cancel(); }); // there before the first file is made
+    QEventLoop loop;
+    QObject::connect(&job, &DiscJob::progressed, &loop,
+                     [this](const DiscJobProgress &progress) { m_display->show(progress); });
+    QObject::connect(&job, &ExtractJob::finished, &loop, &QEventLoop::quit);
+    job.start();
+    loop.exec();
+    m_result = job.result();
+    m_problem = problemOf(m_result.error);
+}
+
+ExitStatus ExtractCommand::status() const
+{
+    if (m_problem)
+        return exitStatusFor(m_problem);
+    return m_result.isComplete() ? ExitStatus::Done : ExitStatus::Incomplete;
+}
+
+void ExtractCommand::print(double seconds) const
+{
+    for (const QString &note : m_result.notes)
+        printDiagnostic(note);
+    if (m_problem) {
+        printProblem(m_problem);
+        return;
+    }
+    const bool isQuiet = m_arguments.verbosity == Verbosity::Quiet;
+    for (const ExtractedTrack &track : m_result.tracks) {
+        for (const QString &complaint : complaintsAbout(track))
+            printDiagnostic(complaint);
+        if (isQuiet)
+            continue;
+        QString line = QStringLiteral("track %1: %2, %3, %4")
+                           .arg(track.number)
+                           .arg(stringWithFileSystemRepresentation(track.path), sizeText(track.bytes),
+                                track.isAudio ? MSF::ofFrames(std::int64_t(track.blocks)).text()
+                                              : counted(track.blocks, "block", "blocks"));
+        if (track.pregapLeftOut > 0)
+            line += QStringLiteral("; without its pregap of %1").arg(counted(track.pregapLeftOut, "block", "blocks"));
+        printDiagnostic(line);
+    }
+    if (!isQuiet && m_result.tracks.size() > 1)
+        printDiagnostic(QStringLiteral("took out %1 in %2 s")
+                            .arg(counted(m_result.tracks.size(), "track", "tracks"), QString::number(seconds, 'f', 1)));
+}
+
+bool ExtractCommand::writeJson(double seconds) const
+{
+    JsonWriter writer(STDOUT_FILENO);
+    writer.beginObject();
+    writer.member("version", jsonVersion);
+    writer.member("command", QStringLiteral("extract"));
+    writer.member("result", resultName(status()));
+    writer.pathMember("image", m_arguments.paths.first());
+    writer.pathMember("output", m_arguments.output);
+    writer.key("tracks");
+    writer.beginArray();
+    for (const ExtractedTrack &track : m_result.tracks) {
+        writer.beginObject();
+        writer.member("track", track.number);
+        writer.member("kind", track.isAudio ? QStringLiteral("audio") : QStringLiteral("data"));
+        writer.pathMember("path", track.path);
+        writer.member("bytes", track.bytes);
+        writer.member("blocks", track.blocks);
+        writer.member("pregapLeftOut", track.pregapLeftOut);
+        writer.member("checked", track.isChecked);
+        writer.member("damagedSectors", track.damagedSectors);
+        writer.member("cutSectors", track.cutSectors);
+        writer.endObject();
+    }
+    writer.endArray();
+    writer.key("notes");
+    writer.beginArray();
+    for (const QString &note : m_result.notes)
+        writer.value(note);
+    writer.endArray();
+    writer.key("seconds");
+    writer.value(seconds, 3);
+    writeErrorMember(writer, m_problem);
+    writer.endObject();
+    return writer.finish();
+}
+
+} // namespace Tessaron::Tool
