@@ -32,6 +32,7 @@ constexpr std::size_t dataClumpSize = 60;
 constexpr std::size_t nextCatalogId = 64;
 constexpr std::size_t writeCount = 68;
 constexpr std::size_t encodings = 72;
+constexpr std::size_t contents = 96; // the fifth of eight numbers for the Finder, reserved
 constexpr std::size_t volumeId = 104; // the last of eight numbers for the Finder; the others name folders to start from
 constexpr std::size_t allocationFile = 112;
 constexpr std::size_t extentsFile = 192;
@@ -81,6 +82,7 @@ void storeHfsPlusVolumeHeader(std::uint8_t *to, const HfsPlusVolumeFacts &facts)
     storeBigEndian<std::uint32_t>(to + Field::nextCatalogId, facts.nextId);
     storeBigEndian<std::uint32_t>(to + Field::writeCount, 1);
     storeBigEndian<std::uint64_t>(to + Field::encodings, romanEncoding);
+    storeBigEndian<std::uint32_t>(to + Field::contents, facts.contents);
     storeBigEndian<std::uint64_t>(to + Field::volumeId, facts.volumeId);
     storeSpecialFile(to + Field::allocationFile, facts.allocationFile);
     storeSpecialFile(to + Field::extentsFile, facts.extentsFile);

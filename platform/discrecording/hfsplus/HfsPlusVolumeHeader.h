@@ -29,6 +29,7 @@ struct HfsPlusVolumeFacts {
     std::uint32_t nextFreeBlock = 0; ///< where to look for free blocks first
     std::uint32_t nextId = 0;
     std::uint64_t volumeId = 0; ///< tells the volume from others
+    std::uint32_t contents = 0; ///< see shortContentsRecord()
     bool hasSparedBlocks = false; ///< the file of bad blocks has some, those of other filesystems
     HfsPlusSpecialFile allocationFile;
     HfsPlusSpecialFile extentsFile;

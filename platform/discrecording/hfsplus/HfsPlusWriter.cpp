@@ -134,9 +134,10 @@ void HfsPlusWriter::placeEnd(ImageLayout &layout, std::uint64_t unit)
     }
 }
 
-void HfsPlusWriter::didPlaceFiles(std::uint32_t imageBlocks)
+void HfsPlusWriter::didPlaceFiles(const ImageFacts &image)
 {
-    m_imageBlocks = imageBlocks;
+    m_imageBlocks = image.blocks;
+    m_facts.contents = shortContentsRecord(image);
     m_facts.time = m_content->volumeTime;
     m_facts.fileCount = m_tree.fileCount();
     m_facts.folderCount = m_tree.folderCount();

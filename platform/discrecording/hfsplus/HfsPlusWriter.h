@@ -39,7 +39,7 @@ public:
     void placeFixed(ImageLayout &layout) override;
     void place(ImageLayout &layout) override;
     void placeLast(ImageLayout &layout, std::uint64_t padding) override;
-    void didPlaceFiles(std::uint32_t imageBlocks) override;
+    void didPlaceFiles(const ImageFacts &image) override;
     void fillRegion(std::uint32_t tag, std::uint32_t firstBlock, std::span<std::uint8_t> out) const override;
     [[nodiscard]] NSError produceRegion(std::uint32_t tag, std::uint32_t firstBlock,
                                         std::span<std::uint8_t> out) const override;

@@ -3,6 +3,7 @@
 #include "platform/discrecording/content/ContentTree.h"
 #include "platform/discrecording/content/PlanProgress.h"
 #include "platform/discrecording/content/StorageIssue.h"
+#include "platform/discrecording/image/ContentsRecord.h"
 #include "platform/discrecording/image/TreeDisplayNames.h"
 #include "platform/discrecording/objects/DRStorageReport.h"
 #include "platform/foundation/NSError.h"
@@ -59,7 +60,7 @@ public:
         (void)padding;
     }
     /// Told when the files have got their places and the size of the image is known.
-    virtual void didPlaceFiles(std::uint32_t imageBlocks) = 0;
+    virtual void didPlaceFiles(const ImageFacts &image) = 0;
 
     /// Fills blocks of a region that the writer took under `tag`: those from `firstBlock`, counted within the region.
     /// `out` holds zeros, or what another writer put into the same blocks.

@@ -85,10 +85,11 @@ void HierarchyWriter::place(ImageLayout &layout)
     m_facts.places.directories = place(m_hierarchy.directoryBlocks(), Directories);
 }
 
-void HierarchyWriter::didPlaceFiles(std::uint32_t imageBlocks)
+void HierarchyWriter::didPlaceFiles(const ImageFacts &image)
 {
     // The volume space begins with the disc (ECMA-119 6.1.2), also when something lies in front of the image.
-    m_facts.imageBlocks = m_hierarchy.traits().firstBlock + imageBlocks;
+    m_facts.imageBlocks = m_hierarchy.traits().firstBlock + image.blocks;
+    m_facts.image = image;
 }
 
 void HierarchyWriter::fillDescriptor(std::uint32_t, std::span<std::uint8_t> descriptor) const

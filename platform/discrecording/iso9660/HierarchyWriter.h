@@ -23,7 +23,7 @@ public:
     [[nodiscard]] std::uint32_t volumeDescriptorCount() const override { return 1; }
     void fillDescriptor(std::uint32_t index, std::span<std::uint8_t> descriptor) const override;
     void place(ImageLayout &layout) override;
-    void didPlaceFiles(std::uint32_t imageBlocks) override;
+    void didPlaceFiles(const ImageFacts &image) override;
     void fillRegion(std::uint32_t tag, std::uint32_t firstBlock, std::span<std::uint8_t> out) const override;
 
 private:

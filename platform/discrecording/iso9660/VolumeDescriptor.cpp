@@ -54,6 +54,8 @@ constexpr std::size_t expirationTime = 847;
 constexpr std::size_t effectiveTime = 864;
 constexpr std::size_t structureVersion = 881;
 constexpr std::size_t applicationUse = 883;
+/// In the use of applications (8.4.32), behind the note below and before where CD-ROM XA has its own mark.
+constexpr std::size_t contentsRecord = applicationUse + 64;
 } // namespace Field
 
 /// The note in a primary volume that is empty because the files are in the Joliet tree alone: a check can tell it from
@@ -177,6 +179,8 @@ void storeVolumeDescriptor(std::span<std::uint8_t> block, const DirectoryHierarc
     block[Field::structureVersion] = 1;
     if (hierarchy.traits().filesystem == 0)
         std::copy(standInNote.begin(), standInNote.end(), block.begin() + Field::applicationUse);
+    const auto record = contentsRecord(facts.image);
+    std::copy(record.begin(), record.end(), block.begin() + Field::contentsRecord);
 }
 
 void storeVolumeDescriptorSetTerminator(std::span<std::uint8_t> block)

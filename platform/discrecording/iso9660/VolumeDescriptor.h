@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/discrecording/content/ContentTree.h"
+#include "platform/discrecording/image/ContentsRecord.h"
 #include "platform/discrecording/iso9660/DirectoryRecords.h"
 
 #include <cstdint>
@@ -31,6 +32,7 @@ struct IsoVolumeFacts {
     std::uint32_t littleEndianPathTable = 0; ///< its block
     std::uint32_t bigEndianPathTable = 0;
     HierarchyPlaces places;
+    ImageFacts image;
 };
 
 /// Fills one zeroed block with the primary volume descriptor (ECMA-119 8.4) of an ISO 9660 hierarchy or the

@@ -3,6 +3,8 @@
 #include "platform/discrecording/image/ImageLayout.h"
 #include "platform/discrecording/iso9660/VolumeDescriptor.h"
 
+#include <algorithm>
+
 namespace Tessaron
 {
 
@@ -36,7 +38,10 @@ void VolumeDescriptorSet::placeFixed(ImageLayout &layout)
 
 void VolumeDescriptorSet::place(ImageLayout &) { }
 
-void VolumeDescriptorSet::didPlaceFiles(std::uint32_t) { }
+void VolumeDescriptorSet::didPlaceFiles(const ImageFacts &image)
+{
+    m_image = image;
+}
 
 void VolumeDescriptorSet::fillDescriptor(std::uint32_t index, std::span<std::uint8_t> descriptor) const
 {
@@ -47,11 +52,23 @@ void VolumeDescriptorSet::fillDescriptor(std::uint32_t index, std::span<std::uin
         storeVolumeDescriptorSetTerminator(descriptor);
 }
 
+/// All of it but the record stays as it is.
+void VolumeDescriptorSet::fillSystemArea(std::uint32_t firstBlockOfPart, std::span<std::uint8_t> out) const
+{
+    const std::size_t begin = std::size_t{firstBlockOfPart} * logicalBlockSize;
+    if (contentsRecordOffset < begin || contentsRecordOffset - begin >= out.size())
+        return;
+    const auto record = contentsRecord(m_image);
+    std::copy(record.begin(), record.end(), out.begin() + std::ptrdiff_t(contentsRecordOffset - begin));
+}
+
 void VolumeDescriptorSet::fillRegion(std::uint32_t tag, std::uint32_t firstBlockOfPart,
                                      std::span<std::uint8_t> out) const
 {
-    if (tag == 0)
-        return; // the system area stays as it is
+    if (tag == 0) {
+        fillSystemArea(firstBlockOfPart, out);
+        return;
+    }
     for (std::size_t block = 0; block * logicalBlockSize < out.size(); ++block)
         fillDescriptor(firstBlockOfPart + static_cast<std::uint32_t>(block),
                        out.subspan(block * logicalBlockSize, logicalBlockSize));

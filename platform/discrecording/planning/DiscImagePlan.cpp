@@ -87,6 +87,7 @@ private:
     bool layOut(NSError *error);
     void placeFiles();
     void reportAbsent();
+    [[nodiscard]] std::uint8_t writtenTrees() const;
     [[nodiscard]] std::vector<NamedTree> namedTrees() const;
     /// The first tree that may hold the object; the first of all when none may.
     [[nodiscard]] DRDiscTree firstTreeOf(NodeIndex node, const std::vector<NamedTree> &trees) const;
@@ -306,6 +307,20 @@ void Planner::placeFiles()
     }
 }
 
+std::uint8_t Planner::writtenTrees() const
+{
+    unsigned int trees = 0;
+    if ((m_filesystems & DRFilesystemInclusionMaskISO9660) != 0)
+        trees |= m_options.rockRidge ? ImageTreeISO9660 | ImageTreeRockRidge : ImageTreeISO9660;
+    if ((m_filesystems & DRFilesystemInclusionMaskJoliet) != 0)
+        trees |= ImageTreeJoliet;
+    if ((m_filesystems & DRFilesystemInclusionMaskUDF) != 0)
+        trees |= ImageTreeUDF;
+    if ((m_filesystems & DRFilesystemInclusionMaskHFSPlus) != 0)
+        trees |= ImageTreeHFSPlus;
+    return static_cast<std::uint8_t>(trees);
+}
+
 bool Planner::layOut(NSError *error)
 {
     for (const auto &writer : m_writers) {
@@ -328,8 +343,13 @@ bool Planner::layOut(NSError *error)
                            QStringLiteral("Put fewer files onto it."));
         return false;
     }
+    ImageFacts facts;
+    facts.blocks = static_cast<std::uint32_t>(m_layout.blockCount());
+    facts.firstBlock = static_cast<std::uint32_t>(m_options.firstBlock.number());
+    facts.trees = writtenTrees();
+    facts.time = m_tree->volumeTime;
     for (const auto &writer : m_writers)
-        writer->didPlaceFiles(static_cast<std::uint32_t>(m_layout.blockCount()));
+        writer->didPlaceFiles(facts);
     m_files.shrink_to_fit();
     return !m_progress.isCancelled();
 }

@@ -80,6 +80,7 @@ constexpr std::size_t fileSet = 248;
 constexpr std::size_t mapTableLength = 264;
 constexpr std::size_t mapCount = 268;
 constexpr std::size_t implementation = 272;
+constexpr std::size_t implementationUse = 304;
 constexpr std::size_t integrity = 432;
 constexpr std::size_t mapType = 440;
 constexpr std::size_t mapLength = 441;
@@ -199,6 +200,8 @@ void storeLogicalVolume(std::span<std::uint8_t> block, const UdfVolumeFacts &fac
     storeUdfImplementation(&block[LogicalVolume::implementation]);
     storeUdfVolumeExtent(&block[LogicalVolume::integrity], UdfVolumeLayout::integrityBlocks * logicalBlockSize,
                          facts.onDisc(UdfVolumeLayout::integritySequence));
+    const auto record = contentsRecord(facts.image);
+    std::copy(record.begin(), record.end(), block.begin() + LogicalVolume::implementationUse);
     block[LogicalVolume::mapType] = plainPartition;
     block[LogicalVolume::mapLength] = mapSize;
     storeLittleEndian<std::uint16_t>(&block[LogicalVolume::mapVolume], 1);

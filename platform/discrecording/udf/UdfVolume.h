@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/discrecording/content/ContentTree.h"
+#include "platform/discrecording/image/ContentsRecord.h"
 
 #include <cstdint>
 #include <span>
@@ -32,6 +33,7 @@ struct UdfVolumeFacts {
     FileTime time;
     std::uint32_t firstBlock = 0; ///< of the image on its disc: places of the volume count from the disc's begin
     std::uint32_t imageBlocks = 0;
+    ImageFacts image;
     std::uint32_t fileSet = 0; ///< block of the partition
     std::uint32_t rootIcb = 0; ///< block of the partition
     std::uint64_t nextUniqueId = 0;

@@ -92,9 +92,10 @@ void UdfWriter::place(ImageLayout &layout)
     m_facts.rootIcb = m_places.icb(0);
 }
 
-void UdfWriter::didPlaceFiles(std::uint32_t imageBlocks)
+void UdfWriter::didPlaceFiles(const ImageFacts &image)
 {
-    m_facts.imageBlocks = imageBlocks;
+    m_facts.imageBlocks = image.blocks;
+    m_facts.image = image;
 }
 
 void UdfWriter::fillRegion(std::uint32_t tag, std::uint32_t firstBlock, std::span<std::uint8_t> out) const
