@@ -1,5 +1,6 @@
 #include "platform/discimage/ImageCheck.h"
 
+#include "platform/discimage/ContentsCheck.h"
 #include "platform/discimage/SectorCheck.h"
 #include "platform/discimage/hfsplus/HfsPlusVolumeCheck.h"
 #include "platform/discimage/iso9660/IsoVolumeCheck.h"
@@ -54,6 +55,8 @@ std::uint64_t checkDiscImage(const std::shared_ptr<const DiscImageSource> &sourc
         checkUdfVolume(source, report);
     if (!report.isStopped())
         checkHfsPlusVolume(*source, report);
+    if (!report.isStopped())
+        checkContentsRecords(source, report);
     return report.count();
 }
 

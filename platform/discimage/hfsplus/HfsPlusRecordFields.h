@@ -42,6 +42,7 @@ inline constexpr std::size_t blockSize = 40;
 inline constexpr std::size_t blockCount = 44;
 inline constexpr std::size_t freeBlocks = 48;
 inline constexpr std::size_t nextCatalogId = 64;
+inline constexpr std::size_t reservedFinderInfo = 96; // the fifth of the eight numbers for the Finder
 inline constexpr std::size_t allocationFile = 112;
 inline constexpr std::size_t extentsFile = 192;
 inline constexpr std::size_t catalogFile = 272;

@@ -125,6 +125,9 @@ private:
         m_structure.integrity = {
             loadLittleEndian<std::uint32_t>(&(*logical)[LogicalVolume::integrity + UdfExtentField::length]),
             loadLittleEndian<std::uint32_t>(&(*logical)[LogicalVolume::integrity + UdfExtentField::block])};
+        m_structure.logicalVolumeOffset = m_sequenceOffset;
+        std::copy_n(logical->begin() + LogicalVolume::implementationUse, m_structure.implementationUse.size(),
+                    m_structure.implementationUse.begin());
         readIntegrityTime();
         return readPartitionMaps(*logical);
     }

@@ -4,6 +4,7 @@
 #include "platform/discimage/volume/VolumeReader.h"
 #include "platform/foundation/NSError.h"
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -43,6 +44,8 @@ struct UdfVolumeStructure {
     std::vector<Partition> partitions; ///< by partition reference
     UdfBlockAddress fileSet;
     UdfVolumeExtent integrity; ///< where the integrity descriptors are
+    std::uint64_t logicalVolumeOffset = 0; ///< in the image, of the sequence with the descriptor of the volume
+    std::array<std::uint8_t, 128> implementationUse{}; ///< of that descriptor
 
     /// Offset in the image of a block; absent when it is in none of the partitions.
     [[nodiscard]] std::optional<std::uint64_t> offsetOf(const UdfBlockAddress &address) const;

@@ -85,6 +85,7 @@ inline constexpr std::size_t fileSetBlock = 252;
 inline constexpr std::size_t fileSetPartition = 256;
 inline constexpr std::size_t mapTableLength = 264;
 inline constexpr std::size_t mapCount = 268;
+inline constexpr std::size_t implementationUse = 304;
 inline constexpr std::size_t integrity = 432;
 inline constexpr std::size_t maps = 440;
 } // namespace UdfLogicalVolumeField
