@@ -1,20 +1,17 @@
 #include "platform/discimage/ContentsCheck.h"
 
+#include "platform/discimage/ContentsRecordReader.h"
 #include "platform/discimage/VolumeFinder.h"
 #include "platform/discimage/hfsplus/HfsPlusRecordFields.h"
 #include "platform/discimage/hfsplus/HfsPlusVolumeHeaderReader.h"
 #include "platform/discimage/iso9660/IsoDescriptors.h"
 #include "platform/discimage/iso9660/IsoFields.h"
 #include "platform/discimage/udf/UdfPartitions.h"
-#include "platform/disctracks/vant/Crc32.h"
-#include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <span>
-#include <string_view>
 #include <vector>
 
 namespace Tessaron
@@ -23,48 +20,10 @@ namespace Tessaron
 namespace
 {
 
-// Where the record lies: in the last block of the system area, and in what volume descriptors leave to applications.
-constexpr std::uint64_t systemAreaPlace = 30'720;
+/// Where the record lies in what volume descriptors leave to applications.
 constexpr std::size_t placeInApplicationUse = 64;
 
 constexpr std::uint64_t blockSize = 2048;
-
-namespace RecordField
-{
-constexpr std::size_t trees = 16;
-constexpr std::size_t blocks = 20;
-constexpr std::size_t firstBlock = 24;
-constexpr std::size_t seconds = 28;
-constexpr std::size_t checksum = 36;
-constexpr std::size_t size = 40;
-} // namespace RecordField
-
-constexpr std::string_view recordMark = "TESSARON TREES 1";
-
-using RecordBytes = std::array<std::uint8_t, RecordField::size>;
-
-struct ContentsRecord {
-    std::uint8_t trees = 0; ///< bit 1 << VolumeKind
-    std::uint32_t blocks = 0;
-    std::uint32_t firstBlock = 0;
-    std::int64_t seconds = 0; ///< the date of the volume, since 1970
-
-    friend bool operator==(const ContentsRecord &, const ContentsRecord &) = default;
-};
-
-std::optional<ContentsRecord> recordIn(std::span<const std::uint8_t, RecordField::size> bytes)
-{
-    if (!std::equal(recordMark.begin(), recordMark.end(), bytes.begin())
-        || crc32(0, bytes.data(), RecordField::checksum)
-            != loadLittleEndian<std::uint32_t>(&bytes[RecordField::checksum]))
-        return std::nullopt;
-    ContentsRecord record;
-    record.trees = bytes[RecordField::trees];
-    record.blocks = loadLittleEndian<std::uint32_t>(&bytes[RecordField::blocks]);
-    record.firstBlock = loadLittleEndian<std::uint32_t>(&bytes[RecordField::firstBlock]);
-    record.seconds = std::int64_t(loadLittleEndian<std::uint64_t>(&bytes[RecordField::seconds]));
-    return record;
-}
 
 /// A place where a record is expected.
 struct RecordPlace {
@@ -84,7 +43,7 @@ public:
 
     void run()
     {
-        takeRecordAt(std::nullopt, systemAreaPlace);
+        takeRecordAt(std::nullopt, ContentsRecord::systemAreaPlace);
         takeIsoRecords();
         takeUdfRecord();
         const auto whole = std::find_if(m_places.begin(), m_places.end(),
@@ -113,11 +72,7 @@ public:
 private:
     void takeRecordAt(std::optional<VolumeKind> volume, std::uint64_t offset)
     {
-        RecordBytes bytes;
-        RecordPlace place{volume, offset, std::nullopt};
-        if (m_source->contains(offset, bytes.size()) && !m_source->read(offset, bytes.data(), bytes.size()))
-            place.record = recordIn(bytes);
-        m_places.push_back(place);
+        m_places.push_back({volume, offset, contentsRecordAt(*m_source, offset)});
     }
 
     void takeIsoRecords()
@@ -140,7 +95,7 @@ private:
         if (readUdfVolumeStructure(*m_source, &isThere, &structure) || !isThere)
             return;
         m_places.push_back({VolumeKind::UDF, structure.logicalVolumeOffset,
-                            recordIn(std::span(structure.implementationUse).first<RecordField::size>())});
+                            contentsRecordIn(std::span(structure.implementationUse).first<ContentsRecord::size>())});
     }
 
     /// The volume header of HFS+ has room for the trees alone, and their complement.

@@ -60,11 +60,22 @@ std::uint64_t checkDiscImage(const std::shared_ptr<const DiscImageSource> &sourc
     return report.count();
 }
 
+std::uint64_t checkDiscImagePart(const std::shared_ptr<const DiscImageSource> &source, const QString &name,
+                                 const VolumeProblemVisitor &visitor, const std::stop_token &stop)
+{
+    const auto withName = [&](VolumeProblem problem) {
+        problem.part = name;
+        return visitor(problem);
+    };
+    return checkDiscImage(source, withName, stop);
+}
+
 QString volumeProblemText(const VolumeProblem &problem)
 {
-    const QString place = problem.volume
-        ? QStringLiteral("%1, %2").arg(volumeKindName(*problem.volume), problem.structure)
-        : problem.structure;
+    QString place = problem.part.isEmpty() ? QString() : problem.part + QStringLiteral(", ");
+    if (problem.volume)
+        place += volumeKindName(*problem.volume) + QStringLiteral(", ");
+    place += problem.structure;
     return QStringLiteral("%1: %2 (at byte %3)").arg(place, problem.message).arg(problem.offset);
 }
 

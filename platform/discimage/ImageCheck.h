@@ -22,6 +22,11 @@ namespace Tessaron
 TESSARON_EXPORT std::uint64_t checkDiscImage(const std::shared_ptr<const DiscImageSource> &source,
                                              const VolumeProblemVisitor &visitor, const std::stop_token &stop = {});
 
+/// The same for a further track or a partition: the problems name the part.
+TESSARON_EXPORT std::uint64_t checkDiscImagePart(const std::shared_ptr<const DiscImageSource> &source,
+                                                 const QString &name, const VolumeProblemVisitor &visitor,
+                                                 const std::stop_token &stop = {});
+
 /// One line for people: where it belongs, what is wrong, and the byte: "UDF, anchor: it is damaged (at byte 524288)".
 [[nodiscard]] TESSARON_EXPORT QString volumeProblemText(const VolumeProblem &problem);
 

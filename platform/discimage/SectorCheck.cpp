@@ -147,8 +147,13 @@ private:
 
     void tell(std::uint64_t sector, const QString &message)
     {
-        m_report.add({VolumeProblem::Kind::Damaged, std::nullopt, false, sector * userDataSize,
-                      QStringLiteral("sector %1").arg(sector), message});
+        m_report.add({VolumeProblem::Kind::Damaged,
+                      std::nullopt,
+                      false,
+                      sector * userDataSize,
+                      QStringLiteral("sector %1").arg(sector),
+                      message,
+                      {}});
     }
 
     const DiscImageSource &m_source;

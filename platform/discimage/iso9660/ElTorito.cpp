@@ -82,7 +82,8 @@ public:
         if (m_source.read(recordOffset, sector.data(), sector.size()))
             return std::nullopt;
         m_catalog.recordOffset = recordOffset;
-        m_catalog.offset = loadLittleEndian<std::uint32_t>(&sector[IsoBootRecordField::catalog]) * sectorSize;
+        m_catalog.offset =
+            m_source.offsetOnDisc(loadLittleEndian<std::uint32_t>(&sector[IsoBootRecordField::catalog]) * sectorSize);
         if (std::any_of(sector.begin() + IsoBootRecordField::unused, sector.end(),
                         [](std::uint8_t byte) { return byte != 0; }))
             unnoticed(recordOffset + IsoBootRecordField::unused, QStringLiteral("bytes that have to be zero are not"));
@@ -167,7 +168,7 @@ private:
         entry.emulation = from[Entry::media] & emulationMask;
         entry.loadSegment = loadLittleEndian<std::uint16_t>(from + Entry::segment);
         entry.sectorCount = loadLittleEndian<std::uint16_t>(from + Entry::sectorCount);
-        entry.offset = loadLittleEndian<std::uint32_t>(from + Entry::block) * sectorSize;
+        entry.offset = m_source.offsetOnDisc(loadLittleEndian<std::uint32_t>(from + Entry::block) * sectorSize);
         if (from[Entry::mark] != Bootable && from[Entry::mark] != NotBootable)
             damaged(offset, QStringLiteral("an entry does not have the mark of one"));
         if (entry.emulation > greatestEmulation)

@@ -340,7 +340,9 @@ private:
     void checkLength(const CheckedIsoDescriptor &descriptor)
     {
         const std::uint64_t length = std::uint64_t(descriptor.blockCount) * descriptor.blockSize;
-        if (length > m_source.length())
+        // The volume space begins with the disc (ECMA-119 6.1.2), also when something lies in front of the image.
+        const std::uint64_t inFront = std::uint64_t(m_source.firstBlock()) * sectorSize;
+        if (length > inFront + m_source.length())
             VolumeProblems(m_report, descriptor.kind)
                 .truncated(descriptor.offset + Field::blockCount, QStringLiteral("volume descriptor"),
                            QStringLiteral("the volume has %1 of %2 bytes, but the image ends at byte %3")

@@ -48,7 +48,7 @@ private:
 
     void check(std::uint32_t block, bool isBigEndian)
     {
-        const std::uint64_t offset = std::uint64_t(block) * m_descriptor.blockSize;
+        const std::uint64_t offset = m_source.offsetOnDisc(std::uint64_t(block) * m_descriptor.blockSize);
         std::vector<std::uint8_t> table;
         if (block == 0 || !m_source.contains(offset, m_descriptor.pathTableLength))
             return m_problems.damaged(m_descriptor.offset, structure(),

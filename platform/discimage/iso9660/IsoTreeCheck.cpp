@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 
 namespace Tessaron
 {
@@ -105,7 +106,7 @@ private:
     }
 
     /// What every record has to say whatever it describes.
-    void checkFields(const IsoRecord &record) const
+    void checkFields(const IsoRecord &record)
     {
         const auto number = loadLittleEndian<std::uint16_t>(&record.bytes[Field::volumeNumber]);
         if (number != loadBigEndian<std::uint16_t>(&record.bytes[Field::volumeNumber + sizeof number]))
@@ -128,8 +129,24 @@ private:
             unnoticed(record.offset + identifierEnd, QStringLiteral("a byte that has to be zero is not"));
         const std::uint64_t blocks =
             (std::uint64_t(record.length) + m_descriptor.blockSize - 1) / m_descriptor.blockSize;
-        if (record.length > 0 && record.block + blocks > m_descriptor.blockCount)
+        if (record.length > 0 && record.block + blocks > m_descriptor.blockCount && !isInImage(record.block, blocks))
             damaged(record.offset + Field::block, QStringLiteral("it leads beyond the end of the volume"));
+        if (record.length > 0 && isInFront(record.block) && !std::exchange(m_hasToldInFront, true))
+            m_problems.unsupported(record.offset + Field::block, recordName(),
+                                   QStringLiteral("it leads to an earlier session or track, which is not read with "
+                                                  "this one"));
+    }
+
+    [[nodiscard]] bool isInFront(std::uint32_t block) const
+    {
+        return std::uint64_t(block) * m_descriptor.blockSize < m_source.blockOnDisc(0, 1);
+    }
+    /// Some writers count the volume of a later session from the session's begin.
+    [[nodiscard]] bool isInImage(std::uint32_t block, std::uint64_t blocks) const
+    {
+        return m_source.firstBlock() > 0
+            && m_source.contains(m_source.offsetOnDisc(std::uint64_t(block) * m_descriptor.blockSize),
+                                 blocks * m_descriptor.blockSize);
     }
 
     /// An extended attribute record (9.5) begins with two numbers in both byte orders, and its version is 1.
@@ -137,8 +154,8 @@ private:
     {
         namespace Attribute = IsoAttributeField;
         std::array<std::uint8_t, Attribute::version + 1> attributes;
-        const std::uint64_t offset =
-            std::uint64_t(record.block - record.bytes[Field::attributeLength]) * m_descriptor.blockSize;
+        const std::uint64_t offset = m_source.offsetOnDisc(
+            std::uint64_t(record.block - record.bytes[Field::attributeLength]) * m_descriptor.blockSize);
         if (m_source.read(offset, attributes.data(), attributes.size()))
             return false;
         const auto isSoundNumber = [&attributes](std::size_t at) {
@@ -149,6 +166,11 @@ private:
             && attributes[Attribute::version] == 1;
     }
 
+    [[nodiscard]] std::uint64_t offsetOf(const Folder &folder) const
+    {
+        return m_source.offsetOnDisc(std::uint64_t(folder.block) * m_descriptor.blockSize);
+    }
+
     void checkFolder(std::size_t index)
     {
         const Folder folder = m_folders[index];
@@ -156,7 +178,7 @@ private:
         if (m_listed > m_source.length())
             return damaged(folder.recordOffset,
                            QStringLiteral("the folders take more bytes together than the image has"));
-        IsoDirectory directory(m_source, std::uint64_t(folder.block) * m_descriptor.blockSize, folder.length);
+        IsoDirectory directory(m_source, offsetOf(folder), folder.length);
         IsoRecord record;
         NSError error;
         std::size_t count = 0;
@@ -187,7 +209,7 @@ private:
     {
         constexpr std::size_t sectorSize = 2048; // records never cross one (ECMA-119 6.8.1.1)
         std::array<std::uint8_t, sectorSize> sector;
-        const std::uint64_t start = std::uint64_t(folder.block) * m_descriptor.blockSize;
+        const std::uint64_t start = offsetOf(folder);
         for (std::uint64_t position = 0; position < folder.length; position += sectorSize) {
             const auto part = std::size_t(std::min<std::uint64_t>(sectorSize, folder.length - position));
             if (m_source.read(start + position, sector.data(), part))
@@ -324,6 +346,7 @@ private:
     std::vector<IsoFolderPlace> m_places; ///< the same folders
     std::unordered_set<std::uint32_t> m_visited; ///< blocks of the folders
     std::uint64_t m_listed = 0; ///< bytes of the folders so far
+    bool m_hasToldInFront = false; ///< that a file lies in front of the image
     // Of the folder that is being listed:
     std::string m_lastIdentifier;
     bool m_lastIsAssociated = false;

@@ -75,7 +75,8 @@ public:
 
     NSError list(const VolumeObject &folder, const VolumeVisitor &visitor)
     {
-        IsoDirectory directory(m_source, folder.location * m_facts.blockSize, folder.listingLength);
+        IsoDirectory directory(m_source, m_source.offsetOnDisc(folder.location * m_facts.blockSize),
+                               folder.listingLength);
         IsoRecord record;
         NSError error;
         while (directory.next(&record, &error)) {
@@ -152,16 +153,17 @@ private:
     /// A folder that was moved up: its own first record says how long it is (P1282 4.1.5).
     NSError readRelocated(std::uint32_t block, std::uint32_t *length) const
     {
-        IsoDirectory directory(m_source, std::uint64_t(block) * m_facts.blockSize, m_facts.blockSize);
+        const std::uint64_t offset = m_source.offsetOnDisc(std::uint64_t(block) * m_facts.blockSize);
+        IsoDirectory directory(m_source, offset, m_facts.blockSize);
         IsoRecord own;
         NSError error;
         if (directory.next(&own, &error)) {
             *length = own.length;
             return {};
         }
-        return error ? error
-                     : discImageError(DiscImageErrorCode::Damaged, std::uint64_t(block) * m_facts.blockSize,
-                                      QStringLiteral("A relocated folder is empty"));
+        return error
+            ? error
+            : discImageError(DiscImageErrorCode::Damaged, offset, QStringLiteral("A relocated folder is empty"));
     }
 
     NSError addSection(const IsoRecord &record)
@@ -171,7 +173,8 @@ private:
                                   QStringLiteral("A section of a file lies among those of another"));
         if (m_object.kind != VolumeObjectKind::File)
             return {};
-        const std::uint64_t offset = std::uint64_t(record.block) * m_facts.blockSize;
+        // A file without bytes lies nowhere.
+        const std::uint64_t offset = m_source.offsetOnDisc(std::uint64_t(record.block) * m_facts.blockSize);
         m_object.size += record.length;
         if (appendVolumeExtent({offset, record.length, false}, &m_object.extents))
             return {};
@@ -218,7 +221,7 @@ VolumeReaderResult IsoVolumeReader::open(const std::shared_ptr<const DiscImageSo
 /// The first record of the root begins with SP where SUSP is in use, and names the extensions.
 NSError IsoVolumeReader::findRockRidge(bool *isThere)
 {
-    IsoDirectory directory(source(), std::uint64_t(m_descriptor.rootBlock) * m_facts.blockSize,
+    IsoDirectory directory(source(), source().offsetOnDisc(std::uint64_t(m_descriptor.rootBlock) * m_facts.blockSize),
                            m_descriptor.rootLength);
     IsoRecord own;
     NSError error;

@@ -157,7 +157,8 @@ private:
     {
         checkNumbers(entry, offset, 3);
         const std::uint64_t block = loadLittleEndian<std::uint32_t>(&entry[ContinuationField::block]);
-        m_nextOffset = block * m_blockSize + loadLittleEndian<std::uint32_t>(&entry[ContinuationField::offset]);
+        m_nextOffset = m_source.offsetOnDisc(block * m_blockSize)
+            + loadLittleEndian<std::uint32_t>(&entry[ContinuationField::offset]);
         m_nextLength = loadLittleEndian<std::uint32_t>(&entry[ContinuationField::length]);
         if (!m_source.contains(m_nextOffset, m_nextLength)) {
             damaged(offset, QStringLiteral("entries go on beyond the end of the image"));

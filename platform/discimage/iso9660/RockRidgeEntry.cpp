@@ -218,7 +218,7 @@ NSError readRockRidgeEntry(const DiscImageSource &source, std::uint32_t blockSiz
     std::vector<std::uint8_t> buffer;
     while (parser.continuation()) {
         const Continuation next = *parser.continuation();
-        const std::uint64_t place = next.block * blockSize + next.offset;
+        const std::uint64_t place = source.offsetOnDisc(next.block * blockSize) + next.offset;
         // An area without bytes leads nowhere, but could lead there forever.
         total += next.length + SystemUseField::data;
         if (total > maximumContinuation)

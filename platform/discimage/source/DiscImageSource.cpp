@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <limits>
 #include <sys/stat.h>
 
 namespace Tessaron
@@ -39,6 +40,32 @@ NSError beyondTheEnd(std::uint64_t offset, std::uint64_t length, std::uint64_t i
 }
 
 } // namespace
+
+std::uint32_t firstBlockForSectors(const TableOfContents &contents, const DiscTrack &track)
+{
+    const std::int64_t number = contents.firstBlockOfTrack(track.number).number();
+    return number > 0 && number <= std::numeric_limits<std::uint32_t>::max() ? std::uint32_t(number) : 0;
+}
+
+std::vector<DescribedDataTrack> describedDataTracks(const VANTImage &image)
+{
+    std::vector<DescribedDataTrack> result;
+    const TableOfContents contents = tableOfContentsOfVANT(image);
+    for (std::size_t session = 0; session < contents.sessions.size(); ++session) {
+        const std::vector<VANTTrack> &places = image.sessions[session].tracks;
+        for (std::size_t index = 0; index < places.size(); ++index) {
+            const DiscTrack &track = contents.sessions[session].tracks[index];
+            const std::optional<SectorForm> form = track.sectorForm();
+            const auto part = form && !track.isAudio() ? userDataPart(track.kind, *form) : std::nullopt;
+            if (part)
+                result.push_back({track.number,
+                                  {places[index].startOffset, track.blockSize, std::uint32_t(part->offset), track.kind,
+                                   track.storedBlocks() - (track.pregap.isStored ? track.pregap.length : 0),
+                                   firstBlockForSectors(contents, track)}});
+        }
+    }
+    return result;
+}
 
 DiscImageSourceResult DiscImageSource::sourceWithFile(const QString &path)
 {
@@ -79,7 +106,8 @@ DiscImageSourceResult DiscImageSource::open(const QString &path, const std::opti
     return {std::move(source), {}};
 }
 
-std::shared_ptr<const DiscImageSource> DiscImageSource::sourceWithBytes(const QByteArray &bytes)
+std::shared_ptr<const DiscImageSource> DiscImageSource::sourceWithBytes(const QByteArray &bytes,
+                                                                        std::uint32_t firstBlock)
 {
     std::shared_ptr<DiscImageSource> source(new DiscImageSource);
     source->m_bytes = bytes;
@@ -94,8 +122,22 @@ std::shared_ptr<const DiscImageSource> DiscImageSource::sourceWithBytes(const QB
     else
         source->recogniseDamagedTrailer();
     source->recogniseSectors();
+    source->m_sectors.firstBlock += firstBlock;
     source->measure();
     source->m_partitions = readPartitionTables(*source, {});
+    return source;
+}
+
+std::shared_ptr<const DiscImageSource>
+DiscImageSource::sourceWithPartition(std::shared_ptr<const DiscImageSource> whole, std::uint64_t offset,
+                                     std::uint64_t length)
+{
+    std::shared_ptr<DiscImageSource> source(new DiscImageSource);
+    source->m_partitionOffset = std::min(offset, whole->length());
+    source->m_length = std::min(length, whole->length() - source->m_partitionOffset);
+    source->m_fileLength = source->m_dataLength = source->m_length;
+    source->m_whole = std::move(whole);
+    source->m_partitions = readPartitionTables(*source, {}); // an image in a partition brings its own map along
     return source;
 }
 
@@ -132,33 +174,14 @@ void DiscImageSource::recogniseDamagedTrailer()
          {VANTErrorOffsetKey, quint64(offset)}});
 }
 
-/// How the first track of data lies in the file, as a trailer says; no value without one, or without a track whose form
-/// holds filesystems.
-std::optional<DiscImageSectors> DiscImageSource::describedSectors() const
-{
-    if (!m_vantImage)
-        return std::nullopt;
-    const TableOfContents contents = tableOfContentsOfVANT(*m_vantImage);
-    for (std::size_t session = 0; session < contents.sessions.size(); ++session) {
-        const std::vector<VANTTrack> &places = m_vantImage->sessions[session].tracks;
-        for (std::size_t index = 0; index < places.size(); ++index) {
-            const DiscTrack &track = contents.sessions[session].tracks[index];
-            const std::optional<SectorForm> form = track.sectorForm();
-            const auto part = form && !track.isAudio() ? userDataPart(track.kind, *form) : std::nullopt;
-            if (part)
-                return DiscImageSectors{places[index].startOffset, track.blockSize, std::uint32_t(part->offset),
-                                        track.kind,
-                                        track.storedBlocks() - (track.pregap.isStored ? track.pregap.length : 0)};
-        }
-    }
-    return std::nullopt;
-}
-
 void DiscImageSource::recogniseSectors()
 {
-    if (const std::optional<DiscImageSectors> described = describedSectors()) {
-        m_sectors = *described;
-        return;
+    if (m_vantImage) {
+        const std::vector<DescribedDataTrack> tracks = describedDataTracks(*m_vantImage);
+        if (!tracks.empty()) {
+            m_sectors = tracks.front().sectors;
+            return;
+        }
     }
     std::array<std::uint8_t, rawSectorSize + syncField.size()> start;
     if (m_dataLength < start.size() || readFile(0, start.data(), start.size()))
@@ -176,6 +199,9 @@ void DiscImageSource::measure()
 {
     const std::uint64_t available = m_dataLength - std::min(m_dataLength, m_sectors.start);
     m_length = m_sectors.size == userDataSize ? available : available / m_sectors.size * userDataSize;
+    // Behind a track there may be others.
+    if (m_sectors.count > 0 && m_length / userDataSize > m_sectors.count)
+        m_length = m_sectors.count * userDataSize;
 }
 
 NSError DiscImageSource::readFile(std::uint64_t offset, void *buffer, std::size_t length) const
@@ -212,6 +238,8 @@ NSError DiscImageSource::read(std::uint64_t offset, void *buffer, std::size_t le
         return beyondTheEnd(offset, length, m_length);
     if (length == 0) // no buffer is needed then
         return {};
+    if (m_whole)
+        return m_whole->read(m_partitionOffset + offset, buffer, length);
     if (m_sectors.size == userDataSize)
         return readFile(m_sectors.start + offset, buffer, length);
     auto *to = static_cast<char *>(buffer);

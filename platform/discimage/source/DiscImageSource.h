@@ -2,6 +2,7 @@
 
 #include "platform/discimage/source/PartitionTables.h"
 #include "platform/disctracks/SectorForm.h"
+#include "platform/disctracks/TableOfContents.h"
 #include "platform/disctracks/vant/VANTImage.h"
 #include "platform/foundation/Export.h"
 #include "platform/foundation/NSError.h"
@@ -26,9 +27,25 @@ struct DiscImageSectors {
     std::uint32_t dataOffset = 0; ///< of the user data in the sector
     TrackKind kind = TrackKind::Unstated; ///< of the track that the sectors are of, where that is known
     std::uint64_t count = 0; ///< sectors of that track; 0: all up to the end of the data
+    /// Where the first sector lies on its disc: filesystems of a track behind another one, or in a later session, count
+    /// their blocks from the disc's begin.
+    std::uint32_t firstBlock = 0;
 
     friend bool operator==(const DiscImageSectors &, const DiscImageSectors &) = default;
 };
+
+/// For `firstBlock` above: where the track's index 1 lies on the disc. 0 for a place that no filesystem can have.
+[[nodiscard]] TESSARON_EXPORT std::uint32_t firstBlockForSectors(const TableOfContents &contents,
+                                                                 const DiscTrack &track);
+
+/// A track of data of a VANT image whose form holds filesystems.
+struct DescribedDataTrack {
+    std::uint32_t number = 0;
+    DiscImageSectors sectors;
+};
+
+/// The tracks of data that a trailer describes, in their order.
+[[nodiscard]] TESSARON_EXPORT std::vector<DescribedDataTrack> describedDataTracks(const VANTImage &image);
 
 class DiscImageSource;
 
@@ -50,13 +67,32 @@ public:
     /// The same, with the sectors as the caller knows them, for example from a cue sheet.
     [[nodiscard]] static DiscImageSourceResult sourceWithFile(const QString &path, const DiscImageSectors &sectors);
     /// An image that lies in memory.
-    [[nodiscard]] static std::shared_ptr<const DiscImageSource> sourceWithBytes(const QByteArray &bytes);
+    [[nodiscard]] static std::shared_ptr<const DiscImageSource> sourceWithBytes(const QByteArray &bytes,
+                                                                                std::uint32_t firstBlock = 0);
+    /// The blocks of a partition as an image of their own, which begins with the partition's first byte. It has neither
+    /// a trailer nor sectors, but may have partitions. The run is cut to what `whole` has.
+    [[nodiscard]] static std::shared_ptr<const DiscImageSource>
+    sourceWithPartition(std::shared_ptr<const DiscImageSource> whole, std::uint64_t offset, std::uint64_t length);
 
-    /// Bytes of user data: of a VANT image without the trailer.
+    /// Bytes of user data, of the track where sectors().count says how long it is: of a VANT image without the trailer.
     [[nodiscard]] std::uint64_t length() const { return m_length; }
     /// Bytes of the file as it is.
     [[nodiscard]] std::uint64_t fileLength() const { return m_fileLength; }
     [[nodiscard]] const DiscImageSectors &sectors() const { return m_sectors; }
+    /// The block of the disc, of 2048 bytes, that the image begins with.
+    [[nodiscard]] std::uint32_t firstBlock() const { return m_sectors.firstBlock; }
+    /// Where a byte of the disc, counted from the disc's begin, lies in the image. What lies in front of the image has
+    /// an offset beyond any end, so that reading it fails; no sum of two such offsets and lengths overflows.
+    [[nodiscard]] std::uint64_t offsetOnDisc(std::uint64_t byteOfDisc) const
+    {
+        const std::uint64_t first = std::uint64_t(m_sectors.firstBlock) * 2048;
+        return byteOfDisc >= first ? byteOfDisc - first : beforeTheImage + byteOfDisc;
+    }
+    /// The number that the disc gives to the block, of `blockSize` bytes, at an offset of the image.
+    [[nodiscard]] std::uint64_t blockOnDisc(std::uint64_t offset, std::uint32_t blockSize) const
+    {
+        return (offset + std::uint64_t(m_sectors.firstBlock) * 2048) / blockSize;
+    }
 
     /// Reads exactly `length` bytes at `offset`, or fails: with DiscImageErrorCode::Truncated when they are not all
     /// there, with an error of NSOSStatusErrorDomain when the system refuses.
@@ -71,7 +107,7 @@ public:
         return offset <= m_length && length <= m_length - offset;
     }
     /// The system's descriptor of the file, for advice about reading; -1 for an image in memory. Owned by this object.
-    [[nodiscard]] int descriptor() const { return m_file.get(); }
+    [[nodiscard]] int descriptor() const { return m_whole ? m_whole->descriptor() : m_file.get(); }
 
     /// What a VANT trailer says; absent when the file has none, or a damaged one (vantError() is set then).
     [[nodiscard]] const std::optional<VANTImage> &vantImage() const { return m_vantImage; }
@@ -86,15 +122,18 @@ private:
     [[nodiscard]] static DiscImageSourceResult open(const QString &path,
                                                     const std::optional<DiscImageSectors> &sectors);
     void recogniseTrailer(const QString &path);
-    [[nodiscard]] std::optional<DiscImageSectors> describedSectors() const;
     void recogniseSectors();
     void measure();
     void recogniseDamagedTrailer();
     [[nodiscard]] NSError readFile(std::uint64_t offset, void *buffer, std::size_t length) const;
 
+    static constexpr std::uint64_t beforeTheImage = std::uint64_t{1} << 62;
+
     QString m_path;
     UniqueDescriptor m_file;
     QByteArray m_bytes; ///< of an image in memory
+    std::shared_ptr<const DiscImageSource> m_whole; ///< what a partition is part of
+    std::uint64_t m_partitionOffset = 0; ///< in that
     std::uint64_t m_fileLength = 0;
     std::uint64_t m_dataLength = 0; ///< bytes of the file in front of a trailer
     std::uint64_t m_length = 0;

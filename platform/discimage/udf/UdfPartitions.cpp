@@ -55,7 +55,8 @@ public:
             Block bytes(descriptorSize);
             const std::uint64_t offset = number * m_blockSize;
             if (!m_source.read(offset, bytes.data(), bytes.size())
-                && !checkUdfDescriptor(bytes, UdfDescriptorKind::Anchor, std::uint32_t(number), offset)) {
+                && !checkUdfDescriptor(bytes, UdfDescriptorKind::Anchor,
+                                       std::uint32_t(m_source.blockOnDisc(offset, m_blockSize)), offset)) {
                 m_anchor = bytes;
                 return true;
             }
@@ -82,7 +83,7 @@ private:
         const std::uint64_t start = loadLittleEndian<std::uint32_t>(extent + UdfExtentField::block);
         for (std::uint64_t number = start; number < start + count; ++number) {
             Block bytes(descriptorSize);
-            const std::uint64_t offset = number * m_blockSize;
+            const std::uint64_t offset = m_source.offsetOnDisc(number * m_blockSize);
             if (NSError error = m_source.read(offset, bytes.data(), bytes.size()))
                 return error;
             const UdfDescriptorKind kind = udfDescriptorKind(bytes);
@@ -95,7 +96,7 @@ private:
             else
                 m_descriptors[std::uint16_t(kind)] = bytes;
         }
-        m_sequenceOffset = start * m_blockSize;
+        m_sequenceOffset = m_source.offsetOnDisc(start * m_blockSize);
         return interpret();
     }
 
@@ -136,7 +137,7 @@ private:
     void readIntegrityTime()
     {
         const UdfVolumeExtent &extent = m_structure.integrity;
-        const std::uint64_t offset = std::uint64_t(extent.block) * m_blockSize;
+        const std::uint64_t offset = m_source.offsetOnDisc(std::uint64_t(extent.block) * m_blockSize);
         Block bytes(descriptorSize);
         if (extent.length >= bytes.size() && m_source.contains(offset, bytes.size())
             && !m_source.read(offset, bytes.data(), bytes.size())
@@ -180,7 +181,7 @@ private:
         const std::uint64_t count = loadLittleEndian<std::uint32_t>(&found->second[UdfPartitionField::length]);
         UdfVolumeStructure::Partition partition;
         partition.length = count * m_blockSize;
-        partition.extents.push_back({start * m_blockSize, partition.length, false});
+        partition.extents.push_back({m_source.offsetOnDisc(start * m_blockSize), partition.length, false});
         partition.number = number;
         m_structure.partitions.push_back(std::move(partition));
         m_structure.facts.blockCount = std::max(m_structure.facts.blockCount, start + count);
@@ -218,7 +219,8 @@ private:
             const auto block =
                 loadLittleEndian<std::uint32_t>(&map[PartitionMap::sparingTables + sizeof(std::uint32_t) * index]);
             Block bytes(m_blockSize);
-            if (m_source.read(std::uint64_t(block) * m_blockSize, bytes.data(), bytes.size())
+            const std::uint64_t offset = m_source.offsetOnDisc(std::uint64_t(block) * m_blockSize);
+            if (m_source.read(offset, bytes.data(), bytes.size())
                 || !QByteArrayView(reinterpret_cast<const char *>(&bytes[SparingTable::identifier]), 18)
                         .startsWith("*UDF Sparing Table"))
                 continue;
@@ -227,7 +229,7 @@ private:
                 const std::size_t at = SparingTable::entries + entry * SparingTable::entrySize;
                 if (at + SparingTable::entrySize > bytes.size()
                     || loadLittleEndian<std::uint32_t>(&bytes[at]) < firstUnusedPacket)
-                    return discImageError(DiscImageErrorCode::Unsupported, std::uint64_t(block) * m_blockSize,
+                    return discImageError(DiscImageErrorCode::Unsupported, offset,
                                           QStringLiteral("Sparable partitions of UDF with replaced packets are not "
                                                          "supported"));
             }

@@ -375,7 +375,7 @@ private:
         // A descriptor may lead to another extent, where they go on. No sound volume has a thousand of them.
         for (int left = 1000; left > 0 && extent.length / blockSize > number; --left) {
             const std::uint32_t block = extent.block + number++;
-            const std::uint64_t offset = std::uint64_t(block) * blockSize;
+            const std::uint64_t offset = m_source.offsetOnDisc(std::uint64_t(block) * blockSize);
             if (m_source.read(offset, bytes.data(), bytes.size())) {
                 m_problems.truncated(offset, integrityName(), QStringLiteral("it lies beyond the end of the image"));
                 return;
@@ -402,8 +402,8 @@ private:
             }
         }
         if (last.empty())
-            m_problems.damaged(std::uint64_t(m_structure.integrity.block) * blockSize, integrityName(),
-                               QStringLiteral("it is missing"));
+            m_problems.damaged(m_source.offsetOnDisc(std::uint64_t(m_structure.integrity.block) * blockSize),
+                               integrityName(), QStringLiteral("it is missing"));
         else
             compareIntegrity(last, lastOffset);
     }

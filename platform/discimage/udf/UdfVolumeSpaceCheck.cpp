@@ -125,7 +125,8 @@ private:
                 Descriptor bytes;
                 const std::uint64_t offset = number * blockSize;
                 if (!readDescriptor(offset, &bytes)
-                    || checkUdfDescriptor(bytes, UdfDescriptorKind::Anchor, std::uint32_t(number), offset))
+                    || checkUdfDescriptor(bytes, UdfDescriptorKind::Anchor,
+                                          std::uint32_t(m_source.blockOnDisc(offset, blockSize)), offset))
                     continue;
                 m_blockSize = blockSize;
                 m_anchors.push_back({offset, extentAt(bytes, 16), extentAt(bytes, 24)});
@@ -200,7 +201,9 @@ private:
             if (!readDescriptor(number * m_blockSize, &bytes))
                 return false;
             if (udfDescriptorKind(bytes) == UdfDescriptorKind::Anchor
-                && !checkUdfDescriptor(bytes, UdfDescriptorKind::Anchor, std::uint32_t(number), number * m_blockSize))
+                && !checkUdfDescriptor(bytes, UdfDescriptorKind::Anchor,
+                                       std::uint32_t(m_source.blockOnDisc(number * m_blockSize, m_blockSize)),
+                                       number * m_blockSize))
                 return true;
         }
         return false;
@@ -217,7 +220,7 @@ private:
         const std::uint64_t count = std::min<std::uint64_t>(extent.length / m_blockSize, maximumSequence);
         for (std::uint64_t number = extent.block; number < extent.block + count; ++number) {
             Descriptor bytes;
-            const std::uint64_t offset = number * m_blockSize;
+            const std::uint64_t offset = m_source.offsetOnDisc(number * m_blockSize);
             if (!readDescriptor(offset, &bytes)) {
                 m_problems.truncated(offset, sequenceName(), QStringLiteral("it lies beyond the end of the image"));
                 sequence.isWhole = false;
@@ -288,8 +291,8 @@ private:
         };
         if (!std::equal(mainSequence.descriptors.begin(), mainSequence.descriptors.end(), reserve.descriptors.begin(),
                         reserve.descriptors.end(), isSame))
-            m_problems.damaged(std::uint64_t(anchor.mainSequence.block) * m_blockSize, sequenceName(),
-                               QStringLiteral("main and reserve sequence do not say the same"));
+            m_problems.damaged(m_source.offsetOnDisc(std::uint64_t(anchor.mainSequence.block) * m_blockSize),
+                               sequenceName(), QStringLiteral("main and reserve sequence do not say the same"));
     }
 
     static bool hasVirtualPartition(const Sequence &sequence)
@@ -311,7 +314,7 @@ private:
             const std::uint64_t count = loadLittleEndian<std::uint32_t>(&bytes[Partition::length]);
             m_counts.partitionBlocks.push_back(count);
             m_counts.partitionNumbers.push_back(loadLittleEndian<std::uint16_t>(&bytes[Partition::number]));
-            if ((start + count) * m_blockSize > m_source.length())
+            if (m_source.offsetOnDisc((start + count) * m_blockSize) > m_source.length())
                 m_problems.truncated(
                     m_source.length(), QStringLiteral("partition descriptor"),
                     QStringLiteral("the partition ends at block %1 of %2 bytes, but the image at byte %3")

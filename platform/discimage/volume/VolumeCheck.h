@@ -31,6 +31,8 @@ struct VolumeProblem {
     std::uint64_t offset = 0; ///< in the image, bytes
     QString structure; ///< such as "path table"
     QString message; ///< what is wrong, a sentence without the full stop and without the place
+    /// The part of the image in which `offset` counts, such as "track 2"; empty for its main part.
+    QString part;
 };
 
 /// Told one problem, in the order in which they are found; the problem lives for the call only. False ends the check.
@@ -75,20 +77,25 @@ public:
 
     void damaged(std::uint64_t offset, const QString &structure, const QString &message) const
     {
-        m_report.add({VolumeProblem::Kind::Damaged, m_volume, true, offset, structure, message});
+        m_report.add({VolumeProblem::Kind::Damaged, m_volume, true, offset, structure, message, {}});
     }
     /// Something that no reader shows is wrong: a copy or a count.
     void unnoticed(std::uint64_t offset, const QString &structure, const QString &message) const
     {
-        m_report.add({VolumeProblem::Kind::Damaged, m_volume, false, offset, structure, message});
+        m_report.add({VolumeProblem::Kind::Damaged, m_volume, false, offset, structure, message, {}});
     }
     void truncated(std::uint64_t offset, const QString &structure, const QString &message) const
     {
-        m_report.add({VolumeProblem::Kind::Truncated, m_volume, true, offset, structure, message});
+        m_report.add({VolumeProblem::Kind::Truncated, m_volume, true, offset, structure, message, {}});
     }
     void remains(std::uint64_t offset, const QString &structure, const QString &message) const
     {
-        m_report.add({VolumeProblem::Kind::Remains, m_volume, true, offset, structure, message});
+        m_report.add({VolumeProblem::Kind::Remains, m_volume, true, offset, structure, message, {}});
+    }
+    /// Sound as far as it goes, but not read here.
+    void unsupported(std::uint64_t offset, const QString &structure, const QString &message) const
+    {
+        m_report.add({VolumeProblem::Kind::Unsupported, m_volume, true, offset, structure, message, {}});
     }
     void error(const QString &structure, const NSError &error) const { m_report.addError(m_volume, structure, error); }
     [[nodiscard]] bool isStopped() const { return m_report.isStopped(); }
