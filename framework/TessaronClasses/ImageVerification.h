@@ -8,6 +8,7 @@
 #include <TessaronClasses/DiscJob.h>
 #include <TessaronClasses/DiscSources.h>
 #include <TessaronClasses/ImageDifferences.h>
+#include <TessaronClasses/OpenedDiscImage.h>
 
 #include <cstdint>
 #include <functional>
@@ -26,6 +27,10 @@ struct VerificationRequest {
     std::vector<DiscSource> sources; ///< see discSourcesAtPaths()
     /// The filesystems that the image must have, no more and no fewer; absent to take it as it is.
     std::optional<DiscFilesystems> filesystems;
+    /// Further tracks and partitions, and the image itself when what is compared is one of these: their structures are
+    /// checked, and nothing of them is compared.
+    std::vector<DiscImagePart> checkedOnly;
+    QString part; ///< name of the part that is compared; empty for the image itself
 };
 
 /// How one volume compares with the sources.
@@ -42,6 +47,7 @@ struct VerificationResult {
     NSError error; ///< why not all was compared, such as a stop: the rest says what was found until then
     std::vector<VolumeVerification> volumes; ///< in the order in which they were compared
     ImageDifferenceList differences;
+    QStringList notes; ///< which parts of the image were not compared
     std::uint64_t files = 0; ///< of the sources
     std::uint64_t folders = 0;
     std::uint64_t bytesCompared = 0; ///< contents that several filesystems or names share count once

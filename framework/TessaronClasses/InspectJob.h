@@ -21,7 +21,8 @@ struct ImageInspection {
     NSError error; ///< null when the image was walked to its end; domain and codes are those of DiscJobErrors.h
     std::shared_ptr<const OpenedDiscImage> image; ///< null when it cannot be opened
     std::vector<VolumeCensus> censuses; ///< one for each volume of the image, in the same order
-    std::vector<VolumeProblem> problems; ///< the first hundred that checkDiscImage() told
+    std::vector<std::vector<VolumeCensus>> partCensuses; ///< the same for each of the image's parts
+    std::vector<VolumeProblem> problems; ///< the first hundred that checkDiscImage() told of the image and its parts
     std::uint64_t problemCount = 0; ///< all that it told
     std::uint64_t unsupportedCount = 0; ///< of these, those that are not damage
     std::optional<BootCatalog> bootCatalog; ///< of El Torito; absent when the image does not boot

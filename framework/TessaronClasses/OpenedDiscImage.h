@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace Tessaron
@@ -38,6 +39,16 @@ enum class DiscImageLayout : std::uint8_t {
     VANT, ///< with a trailer
 };
 
+/// A part of an image that may have filesystems of its own: a track of data behind the first one, or a partition.
+struct DiscImagePart {
+    QString name; ///< such as "track 2" or "partition 1 of the GPT"
+    std::optional<std::uint32_t> track; ///< its number; absent for a partition
+    std::optional<std::size_t> partition; ///< its index among source->partitions() of the image; absent for a track
+    std::shared_ptr<const DiscImageSource> source; ///< null when it cannot be opened: `error` says why
+    std::vector<FoundVolume> volumes; ///< without those that the image itself has at this place
+    NSError error;
+};
+
 /// A disc image that was opened to be looked at.
 struct OpenedDiscImage {
     QByteArray path; ///< of the file that holds the blocks
@@ -45,9 +56,10 @@ struct OpenedDiscImage {
     DiscImageLayout layout = DiscImageLayout::Blocks;
     std::shared_ptr<const DiscImageSource> source; ///< never null
     std::vector<DiscImageTrack> tracks; ///< empty when nothing describes them
-    std::vector<FoundVolume> volumes;
-    /// Which parts of a description were passed over or had to be interpreted, why one beside the image was not used,
-    /// and which tracks were not looked at.
+    std::vector<FoundVolume> volumes; ///< of the whole image, or of its first track of data
+    std::vector<DiscImagePart> parts; ///< tracks, then partitions that begin behind the image's own begin
+    /// Which parts of a description were passed over or had to be interpreted, and why one beside the image was not
+    /// used.
     QStringList notes;
 };
 

@@ -62,12 +62,21 @@ void checkImage(const VerificationRequest &request, const std::stop_token &stop,
         const VolumeSet volumes = problem.volume ? setOf(*problem.volume) : VolumeSet(0);
         told = VolumeSet(told | volumes);
         differences->add({ImageDifference::Kind::Damage, volumes, "/", problem.offset,
-                          QStringLiteral("%1: %2 (at byte %3 of the image)")
+                          QStringLiteral("%1: %2 (at byte %3 of the %4)")
                               .arg(problem.structure, problem.message)
-                              .arg(problem.offset)});
+                              .arg(problem.offset)
+                              .arg(problem.part.isEmpty() ? QStringLiteral("image") : problem.part)});
         return true;
     };
-    (void)checkDiscImage(request.image, add, stop);
+    (void)checkDiscImagePart(request.image, request.part, add, stop);
+    const VolumeSet toldOfCompared = told;
+    for (const DiscImagePart &part : request.checkedOnly) {
+        if (part.source)
+            (void)checkDiscImagePart(part.source, part.name, add, stop);
+        else
+            differences->addDamage(0, "/", part.error);
+    }
+    told = toldOfCompared;
     for (const FoundVolume &volume : request.volumes) {
         if (volume.error && (told & setOf(volume.kind)) == 0)
             differences->addDamage(setOf(volume.kind), "/", volume.error);
@@ -108,6 +117,11 @@ VerificationResult verifyImage(const VerificationRequest &request, const std::st
                                const std::function<void(const DiscJobProgress &)> &progress)
 {
     VerificationResult result;
+    for (const DiscImagePart &part : request.checkedOnly) {
+        if (!part.volumes.empty())
+            result.notes << QStringLiteral("The filesystems of %1 were checked, but not compared with the sources.")
+                                .arg(part.name);
+    }
     DiscJobProgress state;
     state.phase = DiscJobPhase::Scanning;
     progress(state);

@@ -40,6 +40,11 @@ public:
         phase = DiscJobPhase::Scanning;
         for (const FoundVolume &volume : result.image->volumes)
             result.censuses.push_back(volume.reader ? censusOf(*volume.reader, stop) : VolumeCensus());
+        for (const DiscImagePart &part : result.image->parts) {
+            std::vector<VolumeCensus> &censuses = result.partCensuses.emplace_back();
+            for (const FoundVolume &volume : part.volumes)
+                censuses.push_back(volume.reader ? censusOf(*volume.reader, stop) : VolumeCensus());
+        }
         check(stop);
         return stop.stop_requested() ? discJobCancellation() : NSError();
     }
@@ -55,6 +60,10 @@ public:
             return true;
         };
         result.problemCount = checkDiscImage(result.image->source, keep, stop);
+        for (const DiscImagePart &part : result.image->parts) {
+            if (part.source)
+                result.problemCount += checkDiscImagePart(part.source, part.name, keep, stop);
+        }
     }
 
     const QByteArray path;

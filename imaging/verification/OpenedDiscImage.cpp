@@ -1,4 +1,5 @@
 #include "imaging/ImageFinisher.h"
+#include "platform/discimage/FirstBlock.h"
 #include "platform/disctracks/CueModes.h"
 #include "platform/disctracks/DiscDescription.h"
 #include "platform/disctracks/vant/VANTTrailer.h"
@@ -8,7 +9,9 @@
 #include <TessaronClasses/OpenedDiscImage.h>
 
 #include <algorithm>
+#include <map>
 #include <optional>
+#include <set>
 #include <sys/stat.h>
 
 namespace Tessaron
@@ -89,22 +92,41 @@ QByteArray fileWithData(const CueSheet &sheet)
     return path;
 }
 
-/// How the first track of data in the image's file holds its 2048 bytes; no value when it has none.
-std::optional<DiscImageSectors> sectorsOfSheet(const CueSheet &sheet, const QByteArray &imagePath)
+/// A track of data, and how its file holds its 2048 bytes.
+struct DataTrack {
+    std::uint32_t number = 0;
+    QByteArray path;
+    DiscImageSectors sectors;
+};
+
+/// The tracks of data of a sheet whose form holds filesystems.
+std::vector<DataTrack> dataTracksOfSheet(const CueSheet &sheet)
 {
+    std::vector<DataTrack> result;
     const std::vector<const DiscTrack *> tracks = sheet.contents.tracks();
     for (std::size_t index = 0; index < tracks.size(); ++index) {
         const DiscTrack &track = *tracks[index];
         const std::vector<CueRun> &runs = sheet.places[index].data;
-        if (track.isAudio() || runs.empty() || sheet.files[runs.front().file].path != imagePath)
+        if (track.isAudio() || runs.empty())
             continue;
         const std::optional<SectorForm> form = track.sectorForm();
         const std::optional<SectorPart> part = form ? userDataPart(track.kind, *form) : std::nullopt;
         if (part)
-            return DiscImageSectors{runs.front().offset, track.blockSize, std::uint32_t(part->offset), track.kind,
-                                    runs.front().blocks};
+            result.push_back(
+                {track.number, sheet.files[runs.front().file].path,
+                 DiscImageSectors{runs.front().offset, track.blockSize, std::uint32_t(part->offset), track.kind,
+                                  runs.front().blocks, firstBlockForSectors(sheet.contents, track)}});
     }
-    return std::nullopt;
+    return result;
+}
+
+/// Those of a trailer, in the image's own file.
+std::vector<DataTrack> dataTracksOfVant(const VANTImage &image, const QByteArray &path)
+{
+    std::vector<DataTrack> result;
+    for (const DescribedDataTrack &track : describedDataTracks(image))
+        result.push_back({track.number, path, track.sectors});
+    return result;
 }
 
 /// Takes path, tracks and notes from a sheet.
@@ -131,24 +153,23 @@ void useCueSheet(const CueSheet &sheet, const QByteArray &sheetPath, const QByte
 }
 
 /// Looks whether the sheet beside an image describes it. A sheet that cannot be used is noted.
-std::optional<DiscImageSectors> useSheetBeside(const QByteArray &imagePath, const QByteArray &sheetPath,
-                                               OpenedDiscImage *image)
+std::vector<DataTrack> useSheetBeside(const QByteArray &imagePath, const QByteArray &sheetPath, OpenedDiscImage *image)
 {
     struct stat status;
     if (::stat(sheetPath.constData(), &status) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
+        return {};
     const Result<CueSheet> sheet = discDescriptionOfFile(sheetPath);
     if (!sheet) {
         image->notes << QStringLiteral("The %1 beside the image is not used. %2")
                             .arg(nameOfDiscDescription(discDescriptionKind(sheetPath)),
                                  sheet.error().localizedFailureReason());
-        return std::nullopt;
+        return {};
     }
     const auto isImage = [&](const CueFile &file) { return file.path == imagePath; };
     if (std::none_of(sheet->files.begin(), sheet->files.end(), isImage))
-        return std::nullopt;
+        return {};
     useCueSheet(*sheet, sheetPath, imagePath, image);
-    return sectorsOfSheet(*sheet, imagePath);
+    return dataTracksOfSheet(*sheet);
 }
 
 std::vector<DiscImageTrack> tracksOfVant(const VANTImage &image)
@@ -164,17 +185,69 @@ std::vector<DiscImageTrack> tracksOfVant(const VANTImage &image)
     return tracks;
 }
 
-/// Notes the tracks of data that were not looked at: filesystems are looked for in the first one only.
-void noteTracksNotLookedAt(OpenedDiscImage *image)
+/// Opens the file with the sectors given, or with those that are recognised, and looks at which block of the disc the
+/// filesystems in it begin.
+DiscImageSourceResult openSource(const QByteArray &path, const std::optional<DiscImageSectors> &sectors)
 {
-    const auto isData = [](const DiscImageTrack &track) { return track.isData; };
-    auto track = std::find_if(image->tracks.begin(), image->tracks.end(), isData);
-    while (track != image->tracks.end()) {
-        track = std::find_if(track + 1, image->tracks.end(), isData);
-        if (track != image->tracks.end())
-            image->notes << QStringLiteral("Track %1 was not looked at: filesystems are looked for in the first track "
-                                           "of data alone.")
-                                .arg(track->number);
+    const QString text = stringWithFileSystemRepresentation(path);
+    DiscImageSourceResult opened =
+        sectors ? DiscImageSource::sourceWithFile(text, *sectors) : DiscImageSource::sourceWithFile(text);
+    if (!opened.source)
+        return opened;
+    DiscImageSectors found = opened.source->sectors();
+    found.firstBlock = firstBlockOfImage(*opened.source);
+    return found == opened.source->sectors() ? opened : DiscImageSource::sourceWithFile(text, found);
+}
+
+/// The tracks of data behind the first one.
+void addTracks(const std::vector<DataTrack> &tracks, OpenedDiscImage *image)
+{
+    for (const DataTrack &track : tracks) {
+        if (track.path == image->path && track.sectors.start == image->source->sectors().start)
+            continue;
+        DiscImagePart part;
+        part.name = QStringLiteral("track %1").arg(track.number);
+        part.track = track.number;
+        DiscImageSourceResult opened = openSource(track.path, track.sectors);
+        part.source = std::move(opened.source);
+        part.error = opened.error;
+        if (part.source)
+            part.volumes = volumesInImage(part.source);
+        image->parts.push_back(std::move(part));
+    }
+}
+
+/// Filesystems that the image has at this very place are its own.
+bool isKnown(const OpenedDiscImage &image, const DiscImagePartition &partition, const FoundVolume &volume)
+{
+    return std::any_of(image.volumes.begin(), image.volumes.end(), [&](const FoundVolume &own) {
+        if (own.kind != volume.kind || volume.kind != VolumeKind::HFSPlus)
+            return false; // others lie at the image's begin, where no such partition begins
+        return !own.reader || !volume.reader
+            || own.reader->facts().offset == partition.offset + volume.reader->facts().offset;
+    });
+}
+
+void addPartitions(OpenedDiscImage *image)
+{
+    const std::vector<DiscImagePartition> &partitions = image->source->partitions();
+    std::set<std::uint64_t> offsets{0};
+    std::map<PartitionScheme, int> numbers;
+    for (std::size_t index = 0; index < partitions.size(); ++index) {
+        const DiscImagePartition &partition = partitions[index];
+        const int number = ++numbers[partition.scheme];
+        // Hybrid images have the same partitions in several maps.
+        if (partition.length == 0 || partition.offset >= image->source->length()
+            || !offsets.insert(partition.offset).second)
+            continue;
+        DiscImagePart part;
+        part.name = QStringLiteral("partition %1 of the %2").arg(number).arg(partitionSchemeName(partition.scheme));
+        part.partition = index;
+        part.source = DiscImageSource::sourceWithPartition(image->source, partition.offset, partition.length);
+        part.volumes = volumesInImage(part.source);
+        std::erase_if(part.volumes, [&](const FoundVolume &volume) { return isKnown(*image, partition, volume); });
+        if (!part.volumes.empty())
+            image->parts.push_back(std::move(part));
     }
 }
 
@@ -184,7 +257,7 @@ Result<OpenedDiscImage> openDiscImage(const QByteArray &path)
 {
     OpenedDiscImage image;
     image.path = path;
-    std::optional<DiscImageSectors> sectors;
+    std::vector<DataTrack> tracks;
     if (const QString reason = reasonOfKind(path); !reason.isEmpty())
         return cannotRead(path, reason);
     if (discDescriptionKind(path) != DiscDescriptionKind::None) {
@@ -193,26 +266,30 @@ Result<OpenedDiscImage> openDiscImage(const QByteArray &path)
             return cannotRead(path, sheet.error().localizedFailureReason(),
                               sheet.error().localizedRecoverySuggestion());
         useCueSheet(*sheet, path, fileWithData(*sheet), &image);
-        sectors = sectorsOfSheet(*sheet, image.path);
+        tracks = dataTracksOfSheet(*sheet);
     } else if (path.toLower().endsWith(".bin")) {
-        sectors = useSheetBeside(path, pathOfCueSheet(path), &image);
+        tracks = useSheetBeside(path, pathOfCueSheet(path), &image);
     } else if (path.toLower().endsWith(".img")) {
-        sectors = useSheetBeside(path, path.chopped(4) + ".ccd", &image);
+        tracks = useSheetBeside(path, path.chopped(4) + ".ccd", &image);
     }
-    const QString text = stringWithFileSystemRepresentation(image.path);
+    const auto own = std::find_if(tracks.begin(), tracks.end(),
+                                  [&image](const DataTrack &track) { return track.path == image.path; });
     DiscImageSourceResult opened =
-        sectors ? DiscImageSource::sourceWithFile(text, *sectors) : DiscImageSource::sourceWithFile(text);
+        openSource(image.path, own != tracks.end() ? std::optional(own->sectors) : std::nullopt);
     if (!opened.source)
         return cannotRead(image.path, opened.error.localizedFailureReason());
     image.source = opened.source;
     if (opened.source->vantImage()) {
         image.layout = DiscImageLayout::VANT;
         image.tracks = tracksOfVant(*opened.source->vantImage());
+        if (tracks.empty())
+            tracks = dataTracksOfVant(*opened.source->vantImage(), image.path);
     } else if (image.cueSheet.isEmpty() && opened.source->sectors().size != 2048) {
         image.layout = DiscImageLayout::RawSectors;
     }
-    noteTracksNotLookedAt(&image);
     image.volumes = volumesInImage(image.source);
+    addTracks(tracks, &image);
+    addPartitions(&image);
     return image;
 }
 

@@ -5,7 +5,9 @@
 #include <TessaronClasses/OpenedDiscImage.h>
 #include <TessaronClasses/VerifyJob.h>
 
+#include <algorithm>
 #include <mutex>
+#include <utility>
 
 namespace Tessaron
 {
@@ -47,6 +49,17 @@ NSError VerifyJob::Work::prepare(VerificationRequest *request) const
     Result<OpenedDiscImage> opened = openDiscImage(order.image);
     if (!opened)
         return opened.error();
+    const auto hasVolumes = [](const DiscImagePart &part) { return !part.volumes.empty(); };
+    const auto compared = opened->volumes.empty() ? std::find_if(opened->parts.begin(), opened->parts.end(), hasVolumes)
+                                                  : opened->parts.end();
+    if (compared != opened->parts.end()) {
+        // The image itself has none: the first part that has some is what was made of the sources.
+        DiscImagePart whole;
+        whole.source = std::exchange(opened->source, compared->source);
+        std::swap(opened->volumes, compared->volumes);
+        request->part = compared->name;
+        *compared = std::move(whole);
+    }
     if (opened->volumes.empty() && !order.filesystems)
         return discJobError(DiscJobErrorCode::Source,
                             QStringLiteral("no filesystem was found in %1").arg(quoted(order.image)),
@@ -60,6 +73,7 @@ NSError VerifyJob::Work::prepare(VerificationRequest *request) const
     request->volumes = std::move(opened->volumes);
     request->sources = std::move(*sources);
     request->filesystems = order.filesystems;
+    request->checkedOnly = std::move(opened->parts);
     return {};
 }
 

@@ -164,16 +164,52 @@ TEST_F(Inspect, vantImage_isReadInTheSectorsOfItsTracks)
                                    writtenIn(TrackKind::Mode2Mixed, SectorForm::WithoutHeader, "out/xa.vant"),
                                    writtenIn(TrackKind::Mode1, SectorForm::UserData, "out/user.vant")}) {
         const QJsonObject object = inspected(path);
-        EXPECT_EQ(filesystemsIn(object), Lines({"iso9660 SOURCE 4 2", "rockridge SOURCE 4 2"})) << path.constData();
+        EXPECT_EQ(filesystemsIn(object),
+                  Lines({"iso9660 SOURCE 4 2", "rockridge SOURCE 4 2", "iso9660 SOURCE 4 2", "rockridge SOURCE 4 2"}))
+            << path.constData();
+        const QJsonArray filesystems = object[QStringLiteral("filesystems")].toArray();
+        EXPECT_FALSE(filesystems[0].toObject().contains(QStringLiteral("part")));
+        EXPECT_EQ(filesystems[2][QStringLiteral("part")].toString(), QStringLiteral("track 3"));
         const QJsonArray tracks = object[QStringLiteral("tracks")].toArray();
         ASSERT_EQ(tracks.size(), 3);
         EXPECT_EQ(tracks[1][QStringLiteral("blocks")].toInteger(), qint64(blocks));
         EXPECT_EQ(tracks[1][QStringLiteral("pregap")].toInteger(), 10);
         EXPECT_TRUE(tracks[1][QStringLiteral("pregapInFile")].toBool());
-        const QByteArray said = runTessaron({"inspect", path}).errors;
-        EXPECT_TRUE(said.contains("Track 3 was not looked at")) << said.constData();
-        EXPECT_FALSE(said.contains("Track 2")) << said.constData();
+        const ChildResult said = runTessaron({"inspect", path});
+        EXPECT_TRUE(said.output.contains("track 3: ISO 9660")) << said.output.constData();
+        EXPECT_EQ(said.errors, "");
     }
+}
+
+TEST_F(Inspect, partitions_areReadOrNamedAsNotRead)
+{
+    makeOrdinaryTree();
+    makeImage("out/plain.udf", {"--filesystems", "udf"});
+    const QByteArray udf = m_tree.contents("out/plain.udf");
+    constexpr qsizetype start = 2048; // sectors of 512 bytes, as the other numbers here
+    const qsizetype length = udf.size() / 512;
+    QByteArray disk(start * 512, '\0');
+    const auto putEntry = [&disk](qsizetype index, char type, qsizetype first, qsizetype count) {
+        const qsizetype at = 446 + index * 16;
+        disk[at + 4] = type;
+        for (qsizetype byte = 0; byte < 4; ++byte) {
+            disk[at + 8 + byte] = char(first >> (8 * byte));
+            disk[at + 12 + byte] = char(count >> (8 * byte));
+        }
+    };
+    putEntry(0, 0x07, start, length);
+    putEntry(1, char(0x83), start + length, 64);
+    disk[510] = 0x55;
+    disk[511] = char(0xAA);
+    m_tree.makeFile("out/disk.img", disk + udf + QByteArray(qsizetype{64} * 512, '\0'));
+    const ChildResult result = runTessaron({"inspect", m_tree.path("out/disk.img")});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    EXPECT_TRUE(result.output.contains("partition 1 of the MBR: UDF “source”: ")) << result.output.constData();
+    EXPECT_TRUE(result.output.contains(", holds UDF\n")) << result.output.constData();
+    EXPECT_TRUE(result.output.contains("of type 0x83: 32768 bytes at byte ")) << result.output.constData();
+    EXPECT_TRUE(result.output.contains(", not read\n")) << result.output.constData();
+    const ChildResult verified = runTessaron({"verify", m_tree.path("out/disk.img"), m_tree.path("source")});
+    EXPECT_EQ(verified.exitStatus, 0) << verified.errors.constData() << verified.output.constData();
 }
 
 TEST_F(Inspect, trailerOfALaterVersion_isNotCalledDamaged)

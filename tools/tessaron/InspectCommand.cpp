@@ -149,18 +149,24 @@ Problem InspectCommand::judge() const
             && volume.error.code() == qint64(DiscImageErrorCode::Unsupported);
     };
     const auto isDamaged = [&](const FoundVolume &volume) { return volume.error && !isUnsupported(volume); };
-    const auto hasFailures = [](const VolumeCensus &census) { return census.failureCount > 0; };
-    if (m_result.problemCount > m_result.unsupportedCount
-        || std::any_of(image.volumes.begin(), image.volumes.end(), isDamaged)
-        || std::any_of(m_result.censuses.begin(), m_result.censuses.end(), hasFailures))
+    bool hasDamage = m_result.problemCount > m_result.unsupportedCount;
+    bool hasUnsupported = m_result.unsupportedCount > 0;
+    bool isEmpty = image.tracks.empty();
+    forEachVolume([&](const FoundVolume &volume, const VolumeCensus &census, const QString &) {
+        isEmpty = false;
+        hasUnsupported = hasUnsupported || isUnsupported(volume);
+        hasDamage = hasDamage || isDamaged(volume) || census.failureCount > 0;
+    });
+    for (const DiscImagePart &part : image.parts)
+        hasDamage = hasDamage || part.error;
+    if (hasDamage)
         return {Problem::Kind::Source, QStringLiteral("the image %1 is damaged").arg(quoted(path)), {}, path};
-    if (m_result.unsupportedCount > 0 || std::any_of(image.volumes.begin(), image.volumes.end(), isUnsupported))
+    if (hasUnsupported)
         return {Problem::Kind::Source,
                 QStringLiteral("the image %1 has a filesystem or a trailer of a kind that is not supported")
                     .arg(quoted(path)),
                 {},
                 path};
-    const bool isEmpty = image.volumes.empty() && image.tracks.empty();
     if (isEmpty && !image.source->partitions().empty())
         return {
             Problem::Kind::Source,
@@ -185,18 +191,57 @@ void InspectCommand::printErrors() const
         printDiagnostic(volumeProblemText(problem));
     if (m_result.problemCount > m_result.problems.size())
         printDiagnostic(QStringLiteral("… and %1 more").arg(m_result.problemCount - m_result.problems.size()));
-    for (std::size_t index = 0; index < m_result.censuses.size(); ++index) {
-        const FoundVolume &volume = image.volumes[index];
-        const QString kind = volumeKindName(volume.kind);
-        if (volume.error && !hasProblemIn(volume.kind))
+    for (const DiscImagePart &part : image.parts) {
+        if (part.error)
+            printDiagnostic(
+                QStringLiteral("%1 cannot be read: %2").arg(part.name, part.error.localizedFailureReason()));
+    }
+    forEachVolume([this](const FoundVolume &volume, const VolumeCensus &census, const QString &part) {
+        const QString place = part.isEmpty() ? QString() : part + QStringLiteral(", ");
+        const QString kind = place + volumeKindName(volume.kind);
+        if (volume.error && !hasProblemIn(volume.kind, part))
             printDiagnostic(QStringLiteral("%1: %2").arg(kind, volume.error.localizedFailureReason()));
-        const VolumeCensus &census = m_result.censuses[index];
         for (const VolumeCensus::Failure &failure : census.failures)
             printDiagnostic(QStringLiteral("%1, %2: %3")
                                 .arg(kind, quoted('/' + failure.path), failure.error.localizedFailureReason()));
         if (census.failureCount > census.failures.size())
             printDiagnostic(QStringLiteral("… and %1 more").arg(census.failureCount - census.failures.size()));
+    });
+}
+
+void InspectCommand::forEachVolume(
+    const std::function<void(const FoundVolume &, const VolumeCensus &, const QString &part)> &function) const
+{
+    for (std::size_t index = 0; index < m_result.censuses.size(); ++index)
+        function(m_result.image->volumes[index], m_result.censuses[index], {});
+    for (std::size_t part = 0; part < m_result.partCensuses.size(); ++part) {
+        const DiscImagePart &description = m_result.image->parts[part];
+        for (std::size_t index = 0; index < m_result.partCensuses[part].size(); ++index)
+            function(description.volumes[index], m_result.partCensuses[part][index], description.name);
     }
+}
+
+/// What was found in a partition, for people.
+QString InspectCommand::contentsOf(std::size_t partition) const
+{
+    const OpenedDiscImage &image = *m_result.image;
+    const DiscImagePartition &entry = image.source->partitions()[partition];
+    QStringList names;
+    for (const FoundVolume &volume : image.volumes) {
+        const bool isThere = volume.kind == VolumeKind::HFSPlus
+            ? volume.reader && volume.reader->facts().offset >= entry.offset
+                && volume.reader->facts().offset - entry.offset < entry.length
+            : entry.offset == 0;
+        if (isThere)
+            names << volumeKindName(volume.kind);
+    }
+    for (const DiscImagePart &part : image.parts) {
+        if (!part.partition || image.source->partitions()[*part.partition].offset != entry.offset)
+            continue;
+        for (const FoundVolume &volume : part.volumes)
+            names << volumeKindName(volume.kind);
+    }
+    return names.isEmpty() ? QStringLiteral("not read") : QStringLiteral("holds ") + names.join(QStringLiteral(", "));
 }
 
 bool InspectCommand::writeText() const
@@ -204,19 +249,24 @@ bool InspectCommand::writeText() const
     const OpenedDiscImage &image = *m_result.image;
     QByteArray text = printable(image.path) + ": " + sizeText(image.source->fileLength()).toUtf8() + " ("
         + QByteArray::number(qulonglong(image.source->fileLength())) + " bytes), " + formatName(image).toUtf8() + '\n';
-    for (std::size_t index = 0; index < m_result.censuses.size(); ++index) {
-        if (image.volumes[index].reader)
-            text += "  " + printable(volumeLine(*image.volumes[index].reader, m_result.censuses[index])) + '\n';
-    }
+    forEachVolume([&text](const FoundVolume &volume, const VolumeCensus &census, const QString &part) {
+        const QString place = part.isEmpty() ? QString() : part + QStringLiteral(": ");
+        if (volume.reader)
+            text += "  " + printable(place + volumeLine(*volume.reader, census)) + '\n';
+    });
     for (const DiscImageTrack &track : image.tracks)
         text += "  " + printable(trackLine(track)) + '\n';
-    for (const DiscImagePartition &partition : image.source->partitions())
+    for (std::size_t index = 0; index < image.source->partitions().size(); ++index) {
+        const DiscImagePartition &partition = image.source->partitions()[index];
+        const bool isMapItself = partition.type == QStringLiteral("Apple_partition_map");
         text += "  "
-            + printable(QStringLiteral("%1: partition “%2” of type %3: %4 bytes at byte %5")
+            + printable(QStringLiteral("%1: partition “%2” of type %3: %4 bytes at byte %5%6")
                             .arg(partitionSchemeName(partition.scheme), partition.name, partition.type)
                             .arg(partition.length)
-                            .arg(partition.offset))
+                            .arg(partition.offset)
+                            .arg(isMapItself ? QString() : QStringLiteral(", ") + contentsOf(index)))
             + '\n';
+    }
     if (m_result.bootCatalog) {
         for (const BootEntry &entry : m_result.bootCatalog->entries)
             text += "  " + printable(bootLine(entry)) + '\n';
@@ -232,11 +282,11 @@ void InspectCommand::writeVolumes(JsonWriter &writer) const
 {
     writer.key("filesystems");
     writer.beginArray();
-    for (std::size_t index = 0; index < m_result.censuses.size(); ++index) {
-        const FoundVolume &volume = m_result.image->volumes[index];
-        const VolumeCensus &census = m_result.censuses[index];
+    forEachVolume([&writer](const FoundVolume &volume, const VolumeCensus &census, const QString &part) {
         writer.beginObject();
         writer.member("filesystem", volumeKindKey(volume.kind));
+        if (!part.isEmpty())
+            writer.member("part", part);
         if (volume.reader)
             writeVolumeFacts(writer, volume.reader->facts());
         writer.member("files", census.files);
@@ -253,7 +303,7 @@ void InspectCommand::writeVolumes(JsonWriter &writer) const
             writeImageError(writer, '/' + failure.path, failure.error);
         writer.endArray();
         writer.endObject();
-    }
+    });
     writer.endArray();
 }
 
@@ -303,6 +353,8 @@ void InspectCommand::writeProblems(JsonWriter &writer) const
         writer.member("kind", nameOf(problem.kind));
         if (problem.volume)
             writer.member("filesystem", volumeKindKey(*problem.volume));
+        if (!problem.part.isEmpty())
+            writer.member("part", problem.part);
         writer.member("structure", problem.structure);
         writer.member("message", problem.message);
         writer.member("offset", problem.offset);
@@ -328,10 +380,10 @@ void InspectCommand::writeBootCatalog(JsonWriter &writer) const
     writer.endArray();
 }
 
-bool InspectCommand::hasProblemIn(VolumeKind volume) const
+bool InspectCommand::hasProblemIn(VolumeKind volume, const QString &part) const
 {
     return std::any_of(m_result.problems.begin(), m_result.problems.end(),
-                       [volume](const VolumeProblem &problem) { return problem.volume == volume; });
+                       [&](const VolumeProblem &problem) { return problem.volume == volume && problem.part == part; });
 }
 
 bool InspectCommand::writeJson() const

@@ -24,11 +24,15 @@ private:
     void printErrors() const;
     [[nodiscard]] bool writeText() const;
     [[nodiscard]] bool writeJson() const;
+    /// Calls the function with each volume of the image and of its parts, what was counted in it, and its part's name.
+    void forEachVolume(
+        const std::function<void(const FoundVolume &, const VolumeCensus &, const QString &part)> &function) const;
     void writeVolumes(class JsonWriter &writer) const;
     void writeTracks(class JsonWriter &writer) const;
     void writeProblems(class JsonWriter &writer) const;
     void writeBootCatalog(class JsonWriter &writer) const;
-    [[nodiscard]] bool hasProblemIn(VolumeKind volume) const;
+    [[nodiscard]] bool hasProblemIn(VolumeKind volume, const QString &part) const;
+    [[nodiscard]] QString contentsOf(std::size_t partition) const;
 
     const Arguments m_arguments;
     const std::chrono::steady_clock::time_point m_start;

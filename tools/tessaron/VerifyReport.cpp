@@ -114,6 +114,10 @@ ExitStatus exitStatusFor(const VerifyOutcome &outcome)
 bool printVerifyReport(const Arguments &arguments, const VerifyOutcome &outcome)
 {
     printDifferences(arguments, outcome.result.differences);
+    if (arguments.verbosity != Verbosity::Quiet) {
+        for (const QString &note : outcome.result.notes)
+            printDiagnostic(note);
+    }
     if (outcome.problem) {
         printProblem(outcome.problem);
         return true;
@@ -155,6 +159,11 @@ bool writeVerifyJson(const QByteArray &image, const VerifyOutcome &outcome, doub
         writer.member("differences", outcome.result.differences.countIn(volume.kind));
         writer.endObject();
     }
+    writer.endArray();
+    writer.key("notes");
+    writer.beginArray();
+    for (const QString &note : outcome.result.notes)
+        writer.value(note);
     writer.endArray();
     writer.member("differenceCount", outcome.result.differences.count());
     writer.key("differences");
