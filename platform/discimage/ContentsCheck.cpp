@@ -7,9 +7,11 @@
 #include "platform/discimage/iso9660/IsoDescriptors.h"
 #include "platform/discimage/iso9660/IsoFields.h"
 #include "platform/discimage/udf/UdfPartitions.h"
+#include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <span>
 #include <vector>
@@ -67,6 +69,8 @@ public:
             unnoticed(VolumeKind::HFSPlus, *m_hfsPlusPlace, !shortRecord);
         compareTrees();
         compareLength();
+        if (m_hfsPlusPlace)
+            compareDriverDescriptor();
     }
 
 private:
@@ -161,6 +165,28 @@ private:
                               .arg(counted(m_expected.blocks, "block", "blocks"))
                               .arg(blockSize)
                               .arg(m_source->length());
+        m_report.add(problem);
+    }
+
+    /// In front of a partition map of ours stands how long the image is.
+    void compareDriverDescriptor() const
+    {
+        constexpr std::size_t sizeField = 2;
+        constexpr std::size_t countField = 4;
+        std::array<std::uint8_t, 8> driver{};
+        if (m_source->read(0, driver.data(), driver.size()) || driver[0] != 'E' || driver[1] != 'R')
+            return; // told by what reads the map
+        const std::uint64_t length = std::uint64_t(loadBigEndian<std::uint32_t>(&driver[countField]))
+            * loadBigEndian<std::uint16_t>(&driver[sizeField]);
+        if (length == m_expected.blocks * blockSize)
+            return;
+        VolumeProblem problem;
+        problem.isVisible = false;
+        problem.offset = countField;
+        problem.structure = QStringLiteral("Apple partition map");
+        problem.message = QStringLiteral("the driver descriptor says that the disc has %1 bytes, but it has %2")
+                              .arg(length)
+                              .arg(m_expected.blocks * blockSize);
         m_report.add(problem);
     }
 

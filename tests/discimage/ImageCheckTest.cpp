@@ -213,6 +213,44 @@ TEST(ImageCheck, damagedMainSequence_isTold_thoughTheReserveServes)
         EXPECT_FALSE(problemsOf(flipped(image, mainSequence + descriptor * 2048 + 20)).isEmpty()) << descriptor;
 }
 
+TEST(ImageCheck, wrapperOfHfsPlusAndItsCopy_areHeldAgainstEachOther)
+{
+    const QByteArray image = sampleImage(DRFilesystemInclusionMaskHFSPlus);
+    constexpr qsizetype wrapperSize = 162;
+    for (const qsizetype place : {qsizetype{1024}, image.size() - 1024}) {
+        for (qsizetype byte = 0; byte < wrapperSize; ++byte)
+            EXPECT_FALSE(problemsOf(flipped(image, place + byte)).isEmpty()) << place << "+" << byte;
+    }
+}
+
+TEST(ImageCheck, copyOfTheHfsPlusHeaderThatDiffersInSeveralFields_isTold)
+{
+    const QByteArray image = sampleImage(everything);
+    const qsizetype header = qsizetype{8} * 2048 + 1024;
+    const qsizetype copy = image.lastIndexOf(image.mid(header, 16));
+    ASSERT_GT(copy, header);
+    constexpr qsizetype nextAllocation = 52;
+    constexpr qsizetype encodings = 72;
+    EXPECT_FALSE(problemsOf(flipped(flipped(image, copy + nextAllocation), copy + encodings)).isEmpty());
+    EXPECT_FALSE(problemsOf(flipped(flipped(image, header + nextAllocation), header + encodings)).isEmpty());
+}
+
+TEST(ImageCheck, driverDescriptor_isHeldAgainstTheImage)
+{
+    for (const DRFilesystemMask filesystems : {DRFilesystemMask(DRFilesystemInclusionMaskHFSPlus), everything}) {
+        const QByteArray image = sampleImage(filesystems);
+        for (qsizetype byte = 0; byte < 8; ++byte)
+            EXPECT_FALSE(problemsOf(flipped(image, byte)).isEmpty()) << filesystems << " byte " << byte;
+    }
+}
+
+/// A device that is longer than the image that was written onto it.
+TEST(ImageCheck, hfsPlusImageOnALongerDevice_isSound)
+{
+    const QByteArray image = sampleImage(DRFilesystemInclusionMaskHFSPlus) + QByteArray(qsizetype{1} << 20, 0);
+    EXPECT_EQ(problemsOf(image).join(QLatin1Char('\n')).toStdString(), "");
+}
+
 TEST(ImageCheck, cutImage_isTold)
 {
     for (const DRFilesystemMask filesystems : sampleFilesystems()) {

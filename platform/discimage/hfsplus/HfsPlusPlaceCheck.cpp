@@ -16,6 +16,14 @@ namespace
 namespace Wrapper = HfsPlusWrapperField;
 namespace Header = HfsPlusHeaderField;
 
+/// The first block of a disc with an Apple partition map (Inside Macintosh, "The Partition Map").
+namespace DriverField
+{
+constexpr std::uint16_t signature = 0x4552; // "ER"
+constexpr std::size_t blockSize = 2;
+constexpr std::size_t blockCount = 4;
+} // namespace DriverField
+
 using Sector = std::array<std::uint8_t, HfsPlusHeader::size>;
 
 enum class Content { Nothing, Volume, Wrapper, PlainHfs, DamagedVolume, DamagedWrapper };
@@ -99,7 +107,7 @@ private:
                                    QStringLiteral("it does not know that a partition holds an HFS+ volume"));
             return;
         case Content::Wrapper:
-            checkWrapper(bytes, place);
+            checkWrapper(bytes, offset, length);
             return;
         case Content::DamagedVolume:
         case Content::DamagedWrapper:
@@ -140,14 +148,81 @@ private:
                                QStringLiteral("there are two volumes at once"));
     }
 
-    void checkWrapper(const Sector &bytes, std::uint64_t place) const
+    /// Of a wrapper in a part of the image: its numbers against one another, the volume inside of it, and its copy.
+    void checkWrapper(const Sector &bytes, std::uint64_t offset, std::uint64_t length) const
     {
-        const std::uint32_t count = loadBigEndian<std::uint16_t>(&bytes[Wrapper::unitCount]);
-        const std::uint32_t first = loadBigEndian<std::uint16_t>(&bytes[Wrapper::embeddedStart]);
-        const std::uint32_t embedded = loadBigEndian<std::uint16_t>(&bytes[Wrapper::embeddedCount]);
+        const std::uint32_t count = number(bytes, Wrapper::unitCount);
+        const std::uint32_t first = number(bytes, Wrapper::embeddedStart);
+        const std::uint32_t embedded = number(bytes, Wrapper::embeddedCount);
+        const std::uint64_t unit = loadBigEndian<std::uint32_t>(&bytes[Wrapper::unitSize]);
+        const std::uint64_t place = offset + hfsPlusHeaderDistance;
         if (first + embedded > count)
-            m_problems.unnoticed(place + Wrapper::unitCount, QStringLiteral("wrapper of the volume"),
-                                 QStringLiteral("the volume inside of it leaves it"));
+            wrong(place + Wrapper::unitCount, QStringLiteral("the volume inside of it leaves it"));
+        if (embedded + number(bytes, Wrapper::freeUnits) > count)
+            wrong(place + Wrapper::freeUnits, QStringLiteral("more of it is free than the volume inside leaves over"));
+        if (number(bytes, Wrapper::firstSector) * std::uint64_t{512} + count * unit + hfsPlusHeaderDistance > length)
+            wrong(place + Wrapper::unitCount, QStringLiteral("it is longer than there is room for"));
+        if (number(bytes, Wrapper::filesInRoot) > loadBigEndian<std::uint32_t>(&bytes[Wrapper::fileCount])
+            || number(bytes, Wrapper::foldersInRoot) > loadBigEndian<std::uint32_t>(&bytes[Wrapper::folderCount]))
+            wrong(place + Wrapper::filesInRoot, QStringLiteral("its root has more in it than all of it"));
+        checkEmbedded(place, embedded * unit, unit);
+        checkWrapperCopy(bytes, offset, length);
+    }
+
+    /// The volume fills what the wrapper has for it but for less than a unit.
+    void checkEmbedded(std::uint64_t place, std::uint64_t room, std::uint64_t unit) const
+    {
+        if (!m_found || m_found->containerLength != room)
+            return; // another volume was found, and that is told
+        const std::uint64_t length = std::uint64_t(m_found->place.blockCount) * m_found->place.blockSize;
+        if (length <= room && room - length >= std::max<std::uint64_t>(unit, m_found->place.blockSize))
+            wrong(place + Wrapper::embeddedCount,
+                  QStringLiteral("the volume has %1 bytes, but the wrapper has %2 for it").arg(length).arg(room));
+    }
+
+    /// The copy is written again only when files of the wrapper itself grow. Where its date and number of writes are
+    /// those of the original, it is the same altogether.
+    void checkWrapperCopy(const Sector &bytes, std::uint64_t offset, std::uint64_t length) const
+    {
+        length = offset == 0 ? lengthByDriverDescriptor(length) : length;
+        const std::uint64_t place = offset + length - hfsPlusHeaderDistance;
+        Sector copy;
+        if (length < 2 * hfsPlusHeaderDistance || !read(place, &copy))
+            return;
+        if (number(copy, 0) != HfsPlusWrapperSignature)
+            return wrong(place, QStringLiteral("its copy at the end is missing or damaged"));
+        const auto isSame = [&](std::size_t from, std::size_t size) {
+            return std::equal(bytes.begin() + std::ptrdiff_t(from), bytes.begin() + std::ptrdiff_t(from + size),
+                              copy.begin() + std::ptrdiff_t(from));
+        };
+        const bool isOfSameWriting =
+            isSame(Wrapper::modificationDate, Wrapper::dateSize) || isSame(Wrapper::writeCount, Wrapper::dateSize);
+        if (isOfSameWriting ? isSame(0, Wrapper::size)
+                            : isSame(Wrapper::unitCount, Wrapper::clumpSize - Wrapper::unitCount)
+                    && isSame(Wrapper::firstSector, sizeof(std::uint16_t))
+                    && isSame(Wrapper::embeddedSignature, Wrapper::embeddedEnd - Wrapper::embeddedSignature))
+            return;
+        wrong(place, QStringLiteral("it and its copy at the end do not say the same"));
+    }
+
+    /// A device may be longer than the image that was written onto it; the driver descriptor has the image's length.
+    [[nodiscard]] std::uint64_t lengthByDriverDescriptor(std::uint64_t length) const
+    {
+        Sector driver;
+        if (!read(0, &driver) || number(driver, 0) != DriverField::signature)
+            return length;
+        const std::uint64_t stated = std::uint64_t(loadBigEndian<std::uint32_t>(&driver[DriverField::blockCount]))
+            * number(driver, DriverField::blockSize);
+        return stated > hfsPlusHeaderDistance ? std::min(length, stated) : length;
+    }
+
+    static std::uint32_t number(const Sector &bytes, std::size_t at)
+    {
+        return loadBigEndian<std::uint16_t>(&bytes[at]);
+    }
+    void wrong(std::uint64_t offset, const QString &message) const
+    {
+        m_problems.unnoticed(offset, QStringLiteral("wrapper of the volume"), message);
     }
 
     const DiscImageSource &m_source;

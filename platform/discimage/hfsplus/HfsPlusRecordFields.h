@@ -22,12 +22,23 @@ enum HfsPlusSignature : std::uint16_t {
 /// The master directory block of a wrapper ("HFS Wrapper").
 namespace HfsPlusWrapperField
 {
+inline constexpr std::size_t modificationDate = 6;
+inline constexpr std::size_t dateSize = 4;
+inline constexpr std::size_t filesInRoot = 12;
 inline constexpr std::size_t unitCount = 18;
 inline constexpr std::size_t unitSize = 20;
+inline constexpr std::size_t clumpSize = 24;
 inline constexpr std::size_t firstSector = 28; // of the units
+inline constexpr std::size_t freeUnits = 34;
+inline constexpr std::size_t writeCount = 70;
+inline constexpr std::size_t foldersInRoot = 82;
+inline constexpr std::size_t fileCount = 84;
+inline constexpr std::size_t folderCount = 88;
 inline constexpr std::size_t embeddedSignature = 124;
 inline constexpr std::size_t embeddedStart = 126;
 inline constexpr std::size_t embeddedCount = 128;
+inline constexpr std::size_t embeddedEnd = 130;
+inline constexpr std::size_t size = 162;
 } // namespace HfsPlusWrapperField
 
 /// "Volume Header".
@@ -35,6 +46,8 @@ namespace HfsPlusHeaderField
 {
 inline constexpr std::size_t version = 2;
 inline constexpr std::size_t attributes = 4;
+inline constexpr std::size_t dates = 16; // four of 4 bytes, from that of creation on
+inline constexpr std::size_t datesSize = 16;
 inline constexpr std::size_t modificationDate = 20;
 inline constexpr std::size_t fileCount = 32;
 inline constexpr std::size_t folderCount = 36;
@@ -42,6 +55,7 @@ inline constexpr std::size_t blockSize = 40;
 inline constexpr std::size_t blockCount = 44;
 inline constexpr std::size_t freeBlocks = 48;
 inline constexpr std::size_t nextCatalogId = 64;
+inline constexpr std::size_t writeCount = 68;
 inline constexpr std::size_t reservedFinderInfo = 96; // the fifth of the eight numbers for the Finder
 inline constexpr std::size_t allocationFile = 112;
 inline constexpr std::size_t extentsFile = 192;

@@ -98,7 +98,8 @@ private:
     }
 
     /// A volume in use writes its header often and the copy seldom, but then many fields differ at once: dates, counts
-    /// and the number of free blocks. A single field that differs is damage.
+    /// and the number of free blocks. A single field that differs is damage, and so are several when dates and number
+    /// of writes are the same.
     void checkCopy() const
     {
         const std::uint64_t length = std::uint64_t(m_header.place.blockCount) * m_header.place.blockSize;
@@ -115,7 +116,11 @@ private:
                 first = differing++ == 0 ? at : first;
             }
         }
-        if (differing == 1)
+        const auto isSame = [&](std::size_t from, std::size_t size) {
+            return std::memcmp(&copy[from], &m_header.bytes[from], size) == 0;
+        };
+        const bool isOfSameWriting = isSame(Field::dates, Field::datesSize) && isSame(Field::writeCount, 4);
+        if (differing == 1 || (differing > 1 && isOfSameWriting))
             m_problems.damaged(m_header.offset() + first, headerName(),
                                QStringLiteral("it and its copy at byte %1 of the image differ").arg(offset + first));
     }
