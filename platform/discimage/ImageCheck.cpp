@@ -23,7 +23,9 @@ void checkTrailer(const DiscImageSource &source, VolumeProblemReport &report)
         problem.kind = VolumeProblem::Kind::Unsupported;
     problem.offset = error.userInfo().value(VANTErrorOffsetKey).toULongLong();
     problem.structure = QStringLiteral("description of a VANT image");
-    problem.message = error.localizedFailureReason();
+    problem.message = error.userInfo().value(VANTErrorReasonKey).toString();
+    if (problem.message.isEmpty())
+        problem.message = error.localizedFailureReason();
     report.add(problem);
 }
 

@@ -212,6 +212,18 @@ TEST_F(Inspect, partitions_areReadOrNamedAsNotRead)
     EXPECT_EQ(verified.exitStatus, 0) << verified.errors.constData() << verified.output.constData();
 }
 
+TEST_F(Inspect, damageOfATrailer_namesItsByteOnce)
+{
+    makeOrdinaryTree();
+    makeImage("out/disc.vant", {"--format", "vant", "--filesystems", "iso9660"});
+    QByteArray image = m_tree.contents("out/disc.vant");
+    image[image.size() - 60] = char(image[image.size() - 60] ^ 1);
+    m_tree.makeFile("out/disc.vant", image);
+    const ChildResult result = runTessaron({"inspect", m_tree.path("out/disc.vant")});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.errors.count("at byte"), 1) << result.errors.constData();
+}
+
 TEST_F(Inspect, trailerOfALaterVersion_isNotCalledDamaged)
 {
     const ChildResult result = runTessaron({"inspect", TESSARON_SOURCE_FOLDER "/fuzz/vant-corpus/newer-version"});

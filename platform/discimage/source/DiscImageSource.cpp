@@ -171,6 +171,7 @@ void DiscImageSource::recogniseDamagedTrailer()
         VANTErrorDomain, int(VANTErrorCode::Damaged),
         {{NSLocalizedFailureReasonErrorKey,
           QStringLiteral("The mark at the end of the VANT image is damaged (at byte %1 of the file)").arg(offset)},
+         {VANTErrorReasonKey, QStringLiteral("The mark at the end of the VANT image is damaged")},
          {VANTErrorOffsetKey, quint64(offset)}});
 }
 

@@ -5,5 +5,6 @@ namespace Tessaron
 
 const QString VANTErrorDomain = QStringLiteral("VANTErrorDomain");
 const QString VANTErrorOffsetKey = QStringLiteral("VANTErrorOffset");
+const QString VANTErrorReasonKey = QStringLiteral("VANTErrorReason");
 
 } // namespace Tessaron

@@ -62,6 +62,8 @@ struct VANTImage {
 TESSARON_EXPORT extern const QString VANTErrorDomain;
 /// User information of such an error: offset in the file of what is wrong (quint64).
 TESSARON_EXPORT extern const QString VANTErrorOffsetKey;
+/// The reason of such an error without the place, for texts that name the place themselves.
+TESSARON_EXPORT extern const QString VANTErrorReasonKey;
 
 enum class VANTErrorCode : int {
     NoTrailer = 1, ///< the file does not end like a VANT image

@@ -24,6 +24,7 @@ NSError errorAt(VANTErrorCode code, std::uint64_t offset, const QString &reason)
     return NSError(VANTErrorDomain, int(code),
                    {{NSLocalizedFailureReasonErrorKey,
                      QStringLiteral("%1 (at byte %2 of the file)").arg(reason, QString::number(offset))},
+                    {VANTErrorReasonKey, reason},
                     {VANTErrorOffsetKey, quint64(offset)}});
 }
 
