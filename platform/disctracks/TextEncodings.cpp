@@ -91,10 +91,31 @@ std::optional<QString> textOfUtf(QByteArrayView bytes, QStringConverter::Encodin
     return decoder.hasError() ? std::nullopt : std::optional(text);
 }
 
+/// UTF-16 without a byte-order mark: in a text whose commands and line ends are ASCII, one byte of most pairs is zero,
+/// and always the same one. No other encoding has zeros at all.
+std::optional<QStringConverter::Encoding> unmarkedUtf16(QByteArrayView bytes)
+{
+    constexpr qsizetype looked = 1024;
+    const QByteArrayView begin = bytes.first(std::min(bytes.size(), looked) / 2 * 2);
+    qsizetype zeros[2] = {};
+    for (qsizetype index = 0; index < begin.size(); ++index)
+        zeros[index & 1] += begin[index] == 0 ? 1 : 0;
+    const qsizetype pairs = begin.size() / 2;
+    if (zeros[1] * 2 > pairs && zeros[0] == 0)
+        return QStringConverter::Utf16LE;
+    if (zeros[0] * 2 > pairs && zeros[1] == 0)
+        return QStringConverter::Utf16BE;
+    return std::nullopt;
+}
+
 } // namespace
 
 DecodedText decodedText(QByteArrayView bytes)
 {
+    if (const auto encoding = unmarkedUtf16(bytes)) {
+        if (const std::optional<QString> text = textOfUtf(bytes, *encoding))
+            return {*text, TextFileEncoding::Utf16};
+    }
     if (bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF")) {
         const bool isLittle = bytes.startsWith("\xFF\xFE");
         QStringDecoder decoder(isLittle ? QStringConverter::Utf16LE : QStringConverter::Utf16BE);

@@ -23,6 +23,21 @@ TEST(TextEncodings, decodedText_believesTheByteOrderMark)
     expectText(QByteArrayView("\xFE\xFF\0\xE9\0A", 6), QStringLiteral(u"\u00e9A"), TextFileEncoding::Utf16);
 }
 
+TEST(TextEncodings, decodedText_recognisesUtf16WithoutAByteOrderMark)
+{
+    const QString sheet = QStringLiteral(u"FILE \"B\u00e4nd \u6771\u4eac.bin\" BINARY\r\n  TRACK 01 AUDIO\r\n");
+    QByteArray little;
+    QByteArray big;
+    for (const QChar unit : sheet) {
+        little.append(char(unit.cell())).append(char(unit.row()));
+        big.append(char(unit.row())).append(char(unit.cell()));
+    }
+    expectText(little, sheet, TextFileEncoding::Utf16);
+    expectText(big, sheet, TextFileEncoding::Utf16);
+    // Zeros that no text has are no reason to see one.
+    expectText(QByteArrayView("a\0\0b", 4), QString::fromUtf8(QByteArrayView("a\0\0b", 4)), TextFileEncoding::Utf8);
+}
+
 TEST(TextEncodings, decodedText_takesValidUtf8AsSuch)
 {
     expectText("", QString(), TextFileEncoding::Utf8);
