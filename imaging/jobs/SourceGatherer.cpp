@@ -10,6 +10,8 @@
 #include <TessaronClasses/KRFileReference.h>
 
 #include <cerrno>
+#include <iterator>
+#include <utility>
 
 namespace Tessaron
 {
@@ -37,13 +39,14 @@ void SourceGatherer::start(std::function<void()> whenEnded)
 void SourceGatherer::cancel()
 {
     m_isCancelled = true;
+    m_task.requestStop();
     if (m_scanner)
         m_scanner->stopScanAsync();
 }
 
 std::uint64_t SourceGatherer::files() const
 {
-    std::uint64_t result = m_scanner ? m_scanner->scannedFiles() : 0;
+    std::uint64_t result = m_filesInRow + (m_scanner ? m_scanner->scannedFiles() : 0);
     for (const GatheredSource &source : m_gathered)
         result += source.files;
     return result;
@@ -75,7 +78,7 @@ void SourceGatherer::gatherNext()
     if (source.isFolder)
         gatherFolder(source);
     else
-        gatherFile(source);
+        gatherFiles();
 }
 
 void SourceGatherer::gatherFolder(const DiscSource &source)
@@ -131,16 +134,36 @@ void SourceGatherer::judge(const KRFileHierarchyItem &root)
     }
 }
 
-void SourceGatherer::gatherFile(const DiscSource &source)
+/// All files up to the next folder.
+void SourceGatherer::gatherFiles()
 {
-    FSRef ref;
-    if (FSPathMakeRef(source.path, &ref, nullptr) != noErr) {
-        fail(source, QStringLiteral("the file %1 is gone").arg(quoted(source.argument)));
-        return;
+    m_task.start([this, first = m_gathered.size()](const std::stop_token &stop) { return lookAtFiles(first, stop); },
+                 [this](const NSError &error) {
+                     m_error = error;
+                     m_filesInRow = 0;
+                     std::move(m_row.begin(), m_row.end(), std::back_inserter(m_gathered));
+                     m_row.clear();
+                     gatherNext();
+                 });
+}
+
+/// On the worker.
+NSError SourceGatherer::lookAtFiles(std::size_t first, const std::stop_token &stop)
+{
+    for (std::size_t index = first; index < m_sources.size() && !m_sources[index].isFolder; ++index) {
+        if (stop.stop_requested())
+            break;
+        const DiscSource &source = m_sources[index];
+        FSRef ref;
+        if (FSPathMakeRef(source.path, &ref, nullptr) != noErr)
+            return discJobError(DiscJobErrorCode::Source,
+                                QStringLiteral("the file %1 is gone").arg(quoted(source.argument)), {},
+                                source.argument);
+        const std::shared_ptr<KRFileReference> reference = KRFileReference::initWithFSRef(ref);
+        m_row.push_back({KRFileHierarchyItem::fileHierarchyItemWithFileReference(reference), 1, 0});
+        ++m_filesInRow;
     }
-    const std::shared_ptr<KRFileReference> reference = KRFileReference::initWithFSRef(ref);
-    m_gathered.push_back({KRFileHierarchyItem::fileHierarchyItemWithFileReference(reference), 1, 0});
-    continueLater();
+    return {};
 }
 
 void SourceGatherer::fail(const DiscSource &source, const QString &message)

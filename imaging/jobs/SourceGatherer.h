@@ -1,5 +1,6 @@
 #pragma once
 
+#include "imaging/jobs/BackgroundTask.h"
 #include "platform/foundation/MainThread.h"
 #include <TessaronClasses/DiscSources.h>
 #include <TessaronClasses/UnreadableFolder.h>
@@ -7,6 +8,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -26,7 +28,8 @@ struct GatheredSource {
 };
 
 /// Turns sources into item trees, one after the other: a folder is scanned on a worker thread, a file is a tree of one
-/// item. On the main thread only; needs an event loop. Destroying it stops a scan and waits for its worker.
+/// item; files in a row are looked at together, on one. On the main thread only; needs an event loop, of which it takes
+/// as many events as there are folders, and rows of files between them. Destroying it stops and waits for its workers.
 class SourceGatherer
 {
 public:
@@ -37,7 +40,7 @@ public:
 
     /// Starts; `whenEnded` is called once, never from inside start(), also after cancel(). Call it once only.
     void start(std::function<void()> whenEnded);
-    /// Ends the scan that runs as soon as it can.
+    /// Ends what runs as soon as it can.
     void cancel();
     [[nodiscard]] bool isCancelled() const { return m_isCancelled; }
 
@@ -57,7 +60,8 @@ private:
     void continueLater();
     void gatherNext();
     void gatherFolder(const DiscSource &source);
-    void gatherFile(const DiscSource &source);
+    void gatherFiles();
+    [[nodiscard]] NSError lookAtFiles(std::size_t first, const std::stop_token &stop);
     void judge(const KRFileHierarchyItem &root);
     void folderEnded(const std::shared_ptr<KRFileHierarchyItem> &item);
     void fail(const DiscSource &source, const QString &message);
@@ -69,9 +73,12 @@ private:
     std::function<void()> m_whenEnded;
     std::shared_ptr<KRDirectoryScanner> m_scanner;
     QByteArray m_scannedPath; ///< of the folder that is scanned, as the scanner names it
+    std::vector<GatheredSource> m_row; ///< of files that are looked at: the worker's until it has ended
+    std::atomic<std::uint64_t> m_filesInRow = 0; ///< of these, so far
     NSError m_error;
     bool m_isCancelled = false;
-    std::shared_ptr<const void> m_life; ///< its end silences what is scheduled; last member, so it goes first
+    std::shared_ptr<const void> m_life; ///< its end silences what is scheduled; goes before what it protects
+    BackgroundTask m_task; ///< works on the members above, so it goes first
 };
 
 } // namespace Tessaron

@@ -4,6 +4,9 @@
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/ScanJob.h>
 
+#include <QCoreApplication>
+#include <QEvent>
+
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -40,6 +43,40 @@ TEST_F(ScanJobs, job_countsEachSource)
     EXPECT_GE(run.result.sources[1].sizeOnDisk, 5000u);
     EXPECT_TRUE(run.result.unreadable.empty());
     EXPECT_EQ(run.phases.back(), DiscJobPhase::Done);
+}
+
+/// Counts what the jobs post to the main thread.
+class PostedEvents final : public QObject
+{
+public:
+    PostedEvents() { QCoreApplication::instance()->installEventFilter(this); }
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        count += event->type() == QEvent::User ? 1 : 0;
+        return false;
+    }
+
+    int count = 0;
+};
+
+TEST_F(ScanJobs, filesInARow_areGatheredWithoutAnEventForEach)
+{
+    constexpr int fileCount = 2000;
+    QList<QByteArray> paths;
+    for (int number = 0; number < fileCount; ++number)
+        paths.append(m_tree.makeFile("file" + QByteArray::number(number)));
+    m_tree.makeFile("folder/inner");
+    paths.insert(fileCount / 2, m_tree.path("folder"));
+    ScanJob job(paths);
+    const PostedEvents events;
+    const ScanRun run(job);
+    ASSERT_FALSE(run.result.error);
+    ASSERT_EQ(run.result.sources.size(), std::size_t(fileCount) + 1);
+    EXPECT_EQ(run.result.sources[0].path, paths[0]);
+    EXPECT_EQ(run.result.sources[fileCount / 2].files, 1u);
+    EXPECT_EQ(run.result.sources[fileCount / 2].path, m_tree.path("folder"));
+    EXPECT_EQ(run.result.sources.back().path, paths.back());
+    EXPECT_LT(events.count, 100);
 }
 
 TEST_F(ScanJobs, job_fails_whenAPathIsMissing)
