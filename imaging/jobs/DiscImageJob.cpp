@@ -29,8 +29,19 @@ QByteArray withoutExtension(const QByteArray &name)
 NSError errorOfEnvironment()
 {
     const QByteArray value = qgetenv("SOURCE_DATE_EPOCH");
-    if (value.isEmpty() || sourceDateEpochFromEnvironment())
+    if (value.isEmpty())
         return {};
+    const std::optional<std::int64_t> seconds = sourceDateEpochFromEnvironment();
+    constexpr std::int64_t endOfYear9999 = 253'402'300'799;
+    if (seconds && *seconds >= 0 && *seconds <= endOfYear9999)
+        return {};
+    if (seconds)
+        return discJobError(
+            DiscJobErrorCode::InvalidOrder,
+            QStringLiteral("SOURCE_DATE_EPOCH is %1, a time %2")
+                .arg(quoted(value),
+                     *seconds < 0 ? QStringLiteral("before 1970") : QStringLiteral("after the year 9999")),
+            QStringLiteral("Set it to the seconds from 1970 to a day of the years until 9999, or unset it."));
     return discJobError(DiscJobErrorCode::InvalidOrder,
                         QStringLiteral("SOURCE_DATE_EPOCH is %1, which is no number of seconds").arg(quoted(value)),
                         QStringLiteral("Set it to the seconds since 1970, or unset it."));

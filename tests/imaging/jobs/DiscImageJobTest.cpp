@@ -229,12 +229,15 @@ TEST_F(DiscImageJobs, stream_isRefused_whenItCannotTakeAnImage)
 
 TEST_F(DiscImageJobs, environment_isRefused_whenItsTimeMeansNothing)
 {
-    for (const char *const value : {"yesterday", " 1", "1 ", "99999999999999999999"}) {
+    for (const char *const value : {"yesterday", " 1", "1 ", "99999999999999999999", "-1", "253402300800"}) {
         qputenv("SOURCE_DATE_EPOCH", value);
         DiscImageJob job(order());
         const ImageRun run(job);
         EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::InvalidOrder)) << value;
     }
+    qputenv("SOURCE_DATE_EPOCH", "253402300800");
+    DiscImageJob late(order());
+    EXPECT_TRUE(ImageRun(late).result.error.localizedDescription().contains(QStringLiteral("after the year 9999")));
     qunsetenv("SOURCE_DATE_EPOCH");
     EXPECT_EQ(outNames(), Names());
 }
