@@ -50,6 +50,11 @@ struct DiscJobProgress {
 /// A job that is destroyed while it runs is cancelled: the destructor waits until the workers have noticed (they look
 /// at least once for every megabyte), nothing half-made is left, and no signal follows. It may be destroyed in a slot
 /// that hears one of its signals by deleteLater() only.
+///
+/// A worker that waits inside a call of the system (a dead network mount, a drive that tries a bad sector again and
+/// again) notices when that call returns, and not before; the system may take minutes. Threads are never abandoned, so
+/// the destructor waits as long. A program that must go on meanwhile calls cancel(), keeps the job, and destroys it
+/// when finished() has come: until then its window can close, and its event loop runs.
 class TESSARON_EXPORT DiscJob : public QObject
 {
     Q_OBJECT
