@@ -14,7 +14,7 @@ namespace Tessaron
 /// start of the file, without pregaps; for a file that holds them there is vantTrailer().
 ///
 /// Each track needs DRBlockSizeKey (not 0) and DRTrackLengthKey; other properties are described when they are set. The
-/// result is null when a track lacks one of the two, when there is no track or a session without tracks, when the sizes
+/// result is null when a track lacks one of the two, when there is no track, when the sizes
 /// exceed 64 bits, or when the trailer would be longer than a reader accepts. Thread-safe as long as the tracks are
 /// left alone.
 [[nodiscard]] TESSARON_EXPORT QByteArray VANTHeaderForDRLayout(const DRLayout &layout);

@@ -217,7 +217,7 @@ Result<TableOfContents> tableOfContentsOfLayout(const DRLayout &layout, TrackLen
     TableOfContents contents;
     for (const DRTrackArray &tracks : sessions) {
         if (tracks.empty())
-            return propertyError(QStringLiteral("A session of the layout has no track."));
+            continue;
         DiscSession &session = contents.sessions.emplace_back();
         for (const std::shared_ptr<DRTrack> &track : tracks) {
             if (!track)

@@ -64,9 +64,9 @@ struct StatedTrack {
 /// and a kind without numbers for a recorder.
 [[nodiscard]] TESSARON_EXPORT QVariantMap propertiesOfDiscTrack(const DiscTrack &track, const QVariantMap &others = {});
 
-/// The sessions and tracks of a layout, numbered, each session behind the one before. `lengthOfFilesystem` is for the
-/// tracks that have a folder. An error for a layout without tracks, a session without tracks, a null track, or a track
-/// that discTrackOfProperties() refuses.
+/// The sessions and tracks of a layout, numbered, each session behind the one before; a session without tracks is left
+/// out, as it is when the layout is written. `lengthOfFilesystem` is for the tracks that have a folder. An error for a
+/// layout without tracks, a null track, or a track that discTrackOfProperties() refuses.
 [[nodiscard]] TESSARON_EXPORT Result<TableOfContents>
 tableOfContentsOfLayout(const DRLayout &layout, TrackLengthIs lengthOfFilesystem = TrackLengthIs::PlannedLater);
 

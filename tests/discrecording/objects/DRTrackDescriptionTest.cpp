@@ -189,7 +189,16 @@ TEST(DRTrackDescription, tableOfContentsOfLayout_fails_whenATrackIsMissing)
     EXPECT_FALSE(tableOfContentsOfLayout(std::shared_ptr<DRTrack>()));
     EXPECT_FALSE(tableOfContentsOfLayout(DRTrackArray{}));
     EXPECT_FALSE(tableOfContentsOfLayout(DRTrackArray{folder, nullptr}));
-    EXPECT_FALSE(tableOfContentsOfLayout(std::vector<DRTrackArray>{{folder}, {}}));
+}
+
+TEST(DRTrackDescription, tableOfContentsOfLayout_leavesAnEmptySessionOut)
+{
+    const auto folder = DRTrack::trackForRootFolder(DRFolder::virtualFolderWithName(QStringLiteral("disc")));
+    const Result<TableOfContents> contents = tableOfContentsOfLayout(std::vector<DRTrackArray>{{}, {folder}, {}});
+    ASSERT_TRUE(contents);
+    EXPECT_EQ(contents->sessions.size(), 1u);
+    EXPECT_EQ(contents->trackCount(), 1u);
+    EXPECT_FALSE(tableOfContentsOfLayout(std::vector<DRTrackArray>{{}, {}}));
 }
 
 TEST(DRTrackDescription, putPlannedLengths_completesTheTracksOfFolders)

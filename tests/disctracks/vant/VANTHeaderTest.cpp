@@ -54,7 +54,13 @@ TEST(VANTHeader, headerForDRLayout_isNull_whenThereIsNoTrack)
     EXPECT_TRUE(VANTHeaderForDRLayout(DRTrackArray()).isNull());
     EXPECT_TRUE(VANTHeaderForDRLayout(DRTrackArray{nullptr}).isNull());
     EXPECT_TRUE(VANTHeaderForDRLayout(std::vector<DRTrackArray>()).isNull());
-    EXPECT_TRUE(VANTHeaderForDRLayout(std::vector<DRTrackArray>{{dataTrack(1)}, {}}).isNull());
+    EXPECT_TRUE(VANTHeaderForDRLayout(std::vector<DRTrackArray>{{}, {}}).isNull());
+}
+
+TEST(VANTHeader, headerForDRLayout_leavesAnEmptySessionOut)
+{
+    EXPECT_EQ(VANTHeaderForDRLayout(std::vector<DRTrackArray>{{dataTrack(1)}, {}}),
+              VANTHeaderForDRLayout(std::vector<DRTrackArray>{{dataTrack(1)}}));
 }
 
 TEST(VANTHeader, headerForDRLayout_isNull_whenATrackLacksItsSize)
