@@ -8,7 +8,7 @@
 #include "tools/tessaron/StorageSummary.h"
 #include "tools/tessaron/Text.h"
 
-#include <limits>
+#include <algorithm>
 #include <unistd.h>
 
 namespace Tessaron::Tool
@@ -21,10 +21,16 @@ using Kind = DRStorageReportItem::Kind;
 
 constexpr std::size_t shownObjects = 20;
 
-void printLostObjects(const DRStorageReport &report)
+/// What is lost, but for folders that were named as unreadable already, with the reason that the system gave.
+void printLostObjects(const DRStorageReport &report, const std::vector<UnreadableFolder> &unreadable)
 {
     const std::vector<LostObject> objects = lostObjects(report, shownObjects);
     for (const LostObject &object : objects) {
+        const auto isObject = [path = fileSystemRepresentation(object.path)](const UnreadableFolder &folder) {
+            return folder.path == path;
+        };
+        if (object.isRefused && std::any_of(unreadable.begin(), unreadable.end(), isObject))
+            continue;
         // What is not stored is in no filesystem at all.
         const QString where =
             object.isRefused ? QString() : QStringLiteral(" (%1)").arg(object.trees.join(QStringLiteral(", ")));
@@ -34,13 +40,14 @@ void printLostObjects(const DRStorageReport &report)
         printDiagnostic(QStringLiteral("… and %1 more; --json lists all").arg(report.lostCount() - objects.size()));
 }
 
-void printStorage(const Arguments &arguments, const DRStorageReport &report)
+void printStorage(const Arguments &arguments, const DRStorageReport &report,
+                  const std::vector<UnreadableFolder> &unreadable)
 {
     if (arguments.verbosity == Verbosity::Verbose) {
         forEachTelling(report, [](const DRStorageReportItem &item) { printDiagnostic(lineAbout(item)); });
         return;
     }
-    printLostObjects(report);
+    printLostObjects(report, unreadable);
     for (const QString &difference : harmlessDifferences(report))
         printDiagnostic(difference);
 }
@@ -83,19 +90,6 @@ void writeRenamedCounts(JsonWriter &writer, const DRStorageReport *report)
     writer.endObject();
 }
 
-/// The folders that could not be listed, but for those that the report names as not stored.
-std::vector<UnreadableFolder> unreadableBesidesLost(const DiscImageResult &result)
-{
-    std::vector<UnreadableFolder> folders = result.unreadable;
-    if (folders.empty() || !result.report)
-        return folders;
-    for (const LostObject &object : lostObjects(*result.report, shownObjects))
-        std::erase_if(folders, [path = fileSystemRepresentation(object.path)](const UnreadableFolder &folder) {
-            return folder.path == path;
-        });
-    return folders;
-}
-
 } // namespace
 
 ExitStatus exitStatusFor(const DiscImageResult &result, const Problem &problem)
@@ -123,12 +117,12 @@ void printVolumeName(const Arguments &arguments, const DiscImageResult &result)
 void printImageReport(const Arguments &arguments, const DiscImageResult &result, const Problem &problem, double seconds)
 {
     const bool isQuiet = arguments.verbosity == Verbosity::Quiet;
-    printUnreadable(unreadableBesidesLost(result));
+    printUnreadable(result.unreadable);
     const bool tellsWhy = !problem || problem.kind == Problem::Kind::NotStored;
     if (result.report && tellsWhy && !isQuiet)
-        printStorage(arguments, *result.report);
+        printStorage(arguments, *result.report, result.unreadable);
     if (result.report && tellsWhy && isQuiet)
-        printLostObjects(*result.report);
+        printLostObjects(*result.report, result.unreadable);
     if (tellsWhy && (result.isVolumeNameLost || !isQuiet))
         printVolumeName(arguments, result);
     if (problem) {
