@@ -51,6 +51,8 @@ TEST(Arguments, help_isAboutTheCommandThatFollows)
     EXPECT_EQ(parseArguments({"help"}).command, "");
     EXPECT_EQ(parseArguments({"help", "image"}).action, Arguments::Action::ShowHelp);
     EXPECT_EQ(parseArguments({"help", "image"}).command, "image");
+    EXPECT_EQ(parseArguments({"help", "help"}).action, Arguments::Action::ShowHelp);
+    EXPECT_EQ(parseArguments({"help", "help"}).command, "");
     EXPECT_EQ(parseArguments({"help", "frobnicate"}).action, Arguments::Action::ReportUsageError);
     EXPECT_EQ(parseArguments({"help", "image", "scan"}).action, Arguments::Action::ReportUsageError);
 }

@@ -391,10 +391,11 @@ Arguments helpAbout(const QList<QByteArray> &words)
     Arguments result;
     if (words.size() > 1)
         return withUsageError(result, QStringLiteral("help is about one command at a time"));
-    if (!words.isEmpty() && !isCommand(words.first()))
+    const bool isAboutAll = words.isEmpty() || words.first() == "help";
+    if (!isAboutAll && !isCommand(words.first()))
         return withUsageError(result, QStringLiteral("there is no command %1").arg(quoted(words.first())));
     result.action = Arguments::Action::ShowHelp;
-    result.command = words.value(0);
+    result.command = isAboutAll ? QByteArray() : words.first();
     return result;
 }
 
