@@ -13,7 +13,7 @@ _tessaron_options() {
         ;;
     inspect) echo "--json -h --help --version" ;;
     verify) echo "--filesystems --progress --json -q --quiet -v --verbose -h --help --version" ;;
-    scan) echo "--progress --json -q --quiet -h --help --version" ;;
+    scan) echo "--progress --json -q --quiet -v --verbose -h --help --version" ;;
     tracks) echo "--json -h --help --version" ;;
     extract) echo "--track -o --output --progress --json -q --quiet -h --help --version" ;;
     *) echo "-h --help --version" ;;

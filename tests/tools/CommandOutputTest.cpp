@@ -37,6 +37,24 @@ TEST_F(CommandOutput, help_goesToStandardOutput)
     }
 }
 
+TEST_F(CommandOutput, scan_listsEverything_whenVerbose)
+{
+    m_tree.makeFile("source/b/c/deep");
+    m_tree.makeFile("source/a\nline");
+    m_tree.makeSymbolicLink("source/link", "nowhere");
+    const QByteArray source = m_tree.path("source");
+    const ChildResult result = runTessaron({"scan", "-v", source});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    const QList<QByteArray> lines = result.output.trimmed().split('\n');
+    EXPECT_EQ(lines.first(), source);
+    EXPECT_TRUE(lines.last().startsWith(source + ": 3 files, 2 folders")) << result.output.constData();
+    EXPECT_EQ(lines.size(), 7) << result.output.constData();
+    for (const char *const path : {"/b", "/b/c", "/b/c/deep", "/link"})
+        EXPECT_TRUE(lines.contains(source + path)) << path << result.output.constData();
+    EXPECT_LT(lines.indexOf(source + "/b"), lines.indexOf(source + "/b/c"));
+    EXPECT_EQ(runTessaron({"scan", "-q", source}).output, "");
+}
+
 TEST_F(CommandOutput, version_isOneLine)
 {
     const ChildResult result = runTessaron({"--version"});

@@ -51,6 +51,7 @@ constexpr std::array options = {
     OptionDescription{Option::Quiet, 'q', "quiet", nullptr, "image audio scan verify extract", "Errors only."},
     OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "image audio verify",
                       "List everything that is not as it should be."},
+    OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "scan", "List every file and folder, too."},
     OptionDescription{Option::Help, 'h', "help", nullptr, "- image audio scan inspect verify tracks extract",
                       "Show this help."},
     OptionDescription{Option::Version, 0, "version", nullptr, "- image audio scan inspect verify tracks extract",

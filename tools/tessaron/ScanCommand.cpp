@@ -1,17 +1,53 @@
 #include "tools/tessaron/ScanCommand.h"
 
+#include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/SignalWatcher.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
+#include <TessaronClasses/KRFileHierarchyItem.h>
+#include <TessaronClasses/KRFileReference.h>
 
 #include <QEventLoop>
 
 #include <cerrno>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace Tessaron::Tool
 {
+
+namespace
+{
+
+constexpr qsizetype writtenAtOnce = 1 << 16; // bytes
+
+/// Writes a line for everything below an item, each folder before what is in it. A tree may be deeper than the stack
+/// is: what is left to do stands in a list.
+bool writeNames(const KRFileHierarchyItem &root, const QByteArray &rootPath)
+{
+    struct Pending {
+        const KRFileHierarchyItem *item;
+        QByteArray path;
+    };
+    std::vector<Pending> pending{{&root, rootPath}};
+    QByteArray lines;
+    while (!pending.empty()) {
+        const Pending next = std::move(pending.back());
+        pending.pop_back();
+        lines += printable(next.path) + '\n';
+        const QByteArray prefix = next.path.endsWith('/') ? next.path : next.path + '/';
+        const auto &items = next.item->items();
+        for (auto item = items.rbegin(); item != items.rend(); ++item)
+            pending.push_back({item->get(), prefix + fileSystemRepresentation((*item)->fileReference()->name())});
+        if (lines.size() >= writtenAtOnce && !writeAll(STDOUT_FILENO, std::exchange(lines, {})))
+            return false;
+    }
+    return writeAll(STDOUT_FILENO, lines);
+}
+
+} // namespace
 
 ScanCommand::ScanCommand(const Arguments &arguments)
     : m_arguments(arguments)
@@ -69,6 +105,12 @@ ScannedSource ScanCommand::total() const
 
 bool ScanCommand::writeText() const
 {
+    if (m_arguments.verbosity == Verbosity::Verbose) {
+        for (const ScannedSource &source : m_result.sources) {
+            if (source.tree && !writeNames(*source.tree, source.path))
+                return false;
+        }
+    }
     QByteArray text;
     const auto append = [&text](const QByteArray &path, const ScannedSource &counts) {
         text += path + ": "
