@@ -115,19 +115,30 @@ private:
             QCoreApplication::exit(fail(error.localizedDescription()));
     }
 
-    /// Moves the image, and the cue sheet first where there is one, over what is there.
+    static bool move(const QString &from, const QString &to)
+    {
+        return std::rename(fileSystemRepresentation(from).constData(), fileSystemRepresentation(to).constData()) == 0;
+    }
+
+    /// Moves the image over what is there, after the cue sheet where there is one. An older sheet waits in the folder
+    /// until the image has its place, and comes back if it does not get it.
     void publish()
     {
-        QStringList names = QDir(m_folder.path()).entryList(QDir::Files);
-        names.removeAll(m_image.fileName());
-        names.append(m_image.fileName());
-        for (const QString &name : names) {
-            const QByteArray from = fileSystemRepresentation(m_folder.filePath(name));
-            const QByteArray to = fileSystemRepresentation(m_image.dir().filePath(name));
-            if (std::rename(from.constData(), to.constData()) != 0) {
-                QCoreApplication::exit(fail(QStringLiteral("%1 cannot be replaced").arg(m_image.filePath())));
-                return;
+        const QString image = m_image.fileName();
+        QStringList others = QDir(m_folder.path()).entryList(QDir::Files);
+        others.removeAll(image);
+        bool isMoved = true;
+        for (const QString &name : others) {
+            move(m_image.dir().filePath(name), m_folder.filePath(QStringLiteral("older ") + name));
+            isMoved = isMoved && move(m_folder.filePath(name), m_image.dir().filePath(name));
+        }
+        if (!isMoved || !move(m_folder.filePath(image), m_image.filePath())) {
+            for (const QString &name : others) {
+                move(m_image.dir().filePath(name), m_folder.filePath(name));
+                move(m_folder.filePath(QStringLiteral("older ") + name), m_image.dir().filePath(name));
             }
+            QCoreApplication::exit(fail(QStringLiteral("%1 cannot be replaced").arg(m_image.filePath())));
+            return;
         }
         reportWhatIsNotStored();
         std::printf("done\n");

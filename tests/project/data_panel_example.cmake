@@ -77,7 +77,26 @@ if(_status EQUAL 0) # not everywhere may a process be traced
         message(FATAL_ERROR "a folder that cannot be listed ended with ${_status}: ${_message}")
     endif()
 endif()
-file(GLOB _left ${WORK}/.data-panel.*)
+# An image that cannot be moved to its place leaves the cue sheets as they are, there or not.
+foreach(_sheet "of another image" "")
+    file(REMOVE_RECURSE ${WORK}/taken)
+    file(WRITE ${WORK}/taken/disc.bin/file "in the way")
+    if(_sheet)
+        file(WRITE ${WORK}/taken/disc.cue "${_sheet}")
+    endif()
+    execute_process(
+        COMMAND ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/${LIBDIR}
+                ${WORK}/build/data-panel ${WORK}/source ${WORK}/taken/disc.bin
+        RESULT_VARIABLE _status ERROR_VARIABLE _message OUTPUT_QUIET)
+    set(_found "")
+    if(EXISTS ${WORK}/taken/disc.cue)
+        file(READ ${WORK}/taken/disc.cue _found)
+    endif()
+    if(NOT _status EQUAL 1 OR NOT _message MATCHES "cannot be replaced" OR NOT _found STREQUAL _sheet)
+        message(FATAL_ERROR "a place that is taken ended with ${_status}, the sheet is '${_found}': ${_message}")
+    endif()
+endforeach()
+file(GLOB _left ${WORK}/.data-panel.* ${WORK}/taken/.data-panel.*)
 if(_left)
     message(FATAL_ERROR "left behind: ${_left}")
 endif()
