@@ -6,31 +6,16 @@
 #include <QDropEvent>
 #include <QLabel>
 #include <QMimeData>
-#include <QProgressBar>
 #include <QUrl>
-#include <QVBoxLayout>
 
 #include <platform/discrecording/objects/DRStorageReport.h>
 #include <platform/foundation/FileSystemRepresentation.h>
 
 using namespace Tessaron;
 
-class DropWindow final : public QWidget
+class DropWindow final : public QLabel
 {
 public:
-    DropWindow()
-    {
-        auto *const layout = new QVBoxLayout(this);
-        layout->addWidget(m_text, 1);
-        layout->addWidget(m_bar);
-        m_text->setAlignment(Qt::AlignCenter);
-        m_text->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
-        m_text->setWordWrap(true);
-        setWindowTitle(QStringLiteral("Disc image"));
-        setAcceptDrops(true);
-        resize(420, 220);
-    }
-
     void makeImage(const QStringList &paths)
     {
         DiscImageOrder order;
@@ -39,7 +24,9 @@ public:
         // Beside the first source, under a name that nothing has yet.
         order.output = fileSystemRepresentation(unusedName(paths.first() + QStringLiteral(".iso")));
         m_job = std::make_unique<DiscImageJob>(order);
-        connect(m_job.get(), &DiscJob::progressed, this, &DropWindow::showProgress);
+        connect(m_job.get(), &DiscJob::progressed, this, [this](const DiscJobProgress &progress) {
+            setText(QStringLiteral("%L1 files, %2 %").arg(progress.files).arg(progress.percent()));
+        });
         connect(m_job.get(), &DiscImageJob::finished, this, &DropWindow::showResult);
         m_job->start();
     }
@@ -47,55 +34,42 @@ public:
 protected:
     void dragEnterEvent(QDragEnterEvent *event) override
     {
-        if (event->mimeData()->hasUrls() && (!m_job || !m_job->isRunning()))
-            event->acceptProposedAction();
+        const QList<QUrl> urls = event->mimeData()->urls();
+        const bool areLocal = std::all_of(urls.begin(), urls.end(), [](const QUrl &url) { return url.isLocalFile(); });
+        event->setAccepted(!urls.isEmpty() && areLocal && (!m_job || !m_job->isRunning()));
     }
 
     void dropEvent(QDropEvent *event) override
     {
         QStringList paths;
-        for (const QUrl &url : event->mimeData()->urls()) {
-            if (url.isLocalFile())
-                paths.append(url.toLocalFile());
-        }
-        if (paths.isEmpty())
-            m_text->setText(QStringLiteral("Only files and folders of this computer can be put on a disc."));
-        else
-            makeImage(paths);
+        for (const QUrl &url : event->mimeData()->urls())
+            paths.append(url.toLocalFile());
+        makeImage(paths);
     }
 
 private:
-    void showProgress(const DiscJobProgress &progress)
-    {
-        m_bar->setValue(int(progress.percent()));
-        QString text = QStringLiteral("%L1 files, %L2 folders").arg(progress.files).arg(progress.folders);
-        if (progress.remaining)
-            text += QStringLiteral("\n%1 s left").arg(progress.remaining->count());
-        m_text->setText(text);
-    }
-
     void showResult(const DiscImageResult &result)
     {
-        QString text =
-            QStringLiteral("%1 is ready.").arg(displayableText(stringWithFileSystemRepresentation(result.imagePath)));
+        QString text = displayableText(stringWithFileSystemRepresentation(result.imagePath));
         if (result.error)
             text = result.error.localizedDescription() + u'\n' + result.error.localizedRecoverySuggestion();
         else if (!result.isComplete()) // what the image lacks must be said
             text += QStringLiteral("\nNot everything is in it: %L1 folders could not be read, %L2 items not stored.")
                         .arg(result.unreadable.size())
                         .arg(result.report->lostCount());
-        m_text->setText(text);
+        setText(text);
     }
 
-    QLabel *const m_text = new QLabel(QStringLiteral("Drop files and folders here"));
-    QProgressBar *const m_bar = new QProgressBar;
-    std::unique_ptr<DiscImageJob> m_job; // goes first: a window that is closed cancels it
+    std::unique_ptr<DiscImageJob> m_job; // a window that is closed cancels it
 };
 
 int main(int argc, char **argv)
 {
     const QApplication application(argc, argv);
     DropWindow window;
+    window.setText(QStringLiteral("Drop files and folders here"));
+    window.setAcceptDrops(true);
+    window.resize(420, 220);
     window.show();
     if (const QStringList paths = QCoreApplication::arguments().mid(1); !paths.isEmpty())
         window.makeImage(paths);
