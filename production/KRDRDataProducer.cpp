@@ -1,13 +1,17 @@
 #include "production/BurnToDvd.h"
+#include "production/MovieExcerpt.h"
 #include "production/SectorCut.h"
 
 #include "platform/discrecording/objects/DRTrackDescription.h"
 #include "platform/foundation/NSFileHandle.h"
+#include <TessaronClasses/KRAudioMaker.h>
+#include <TessaronClasses/KRAudioTrack.h>
 #include <TessaronClasses/KRDRDataProducer.h>
 #include <TessaronClasses/PathHelpers.h>
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 
 namespace Tessaron
@@ -69,6 +73,14 @@ CopyState copyStateOf(std::uint32_t options)
     return (options & KRDRProductionOption::copyrightFree) != 0 ? CopyState::CopyrightFree : CopyState::Unstated;
 }
 
+/// Seconds in the time scale of a movie, without the fraction; no value for what is no time of a movie.
+std::optional<std::int64_t> movieTime(float seconds, std::int64_t timeScale)
+{
+    constexpr double most = 9e18; // below 2^63
+    const double units = std::trunc(double(seconds) * double(timeScale));
+    return units >= 0 && units < most ? std::optional(std::int64_t(units)) : std::nullopt;
+}
+
 } // namespace
 
 KRDRDataProducer::KRDRDataProducer(const KRDRDataProductionInfo &info, const FSRef &fsRef)
@@ -98,17 +110,70 @@ std::shared_ptr<KRDRDataProducer> KRDRDataProducer::initWithInfo(const KRDRDataP
 std::shared_ptr<DRTrack> KRDRDataProducer::track()
 {
     StatedTrack stated;
-    if (m_info.numberOfIndexPoints > m_info.indexPointFrames.size() || !stateMode(m_info, &stated))
+    const bool isDecoded = m_info.trackMode == KRDRTrackMode::decodedAudio;
+    if (m_info.numberOfIndexPoints > m_info.indexPointFrames.size() || (!isDecoded && !stateMode(m_info, &stated)))
         return nullptr;
     const auto points = m_info.indexPointFrames.begin();
     stated.indexPoints.assign(points, points + m_info.numberOfIndexPoints);
     if (m_info.hasPregapInfo)
         stated.pregap = m_info.pregapFramesCount;
-    stated.length = std::uint64_t(m_info.framesCount) + m_info.postgapFramesCount;
+    if (!isDecoded) // decoded sound knows its length itself
+        stated.length = std::uint64_t(m_info.framesCount) + m_info.postgapFramesCount;
     stated.copyState = copyStateOf(m_info.options);
-    std::shared_ptr<DRTrack> track = DRTrack::trackWithProducer(shared_from_this());
+    std::shared_ptr<DRTrack> track = isDecoded ? decodedTrack() : DRTrack::trackWithProducer(shared_from_this());
+    if (!track)
+        return nullptr;
     track->setProperties(propertiesOfStatedTrack(stated, track->properties()));
     return track;
+}
+
+std::shared_ptr<DRTrack> KRDRDataProducer::decodedTrack()
+{
+    if (m_excerpt) {
+        const std::shared_ptr<KRAudioTrack> made = audiotrack();
+        return made ? made->trackUsingCustomExporter(true) : nullptr;
+    }
+    const bool isMade = makeExcerpt();
+    const auto audio = isMade ? KRAudioTrack::audioTrackWithFileAtPath(m_excerpt->path()) : nullptr;
+    std::shared_ptr<DRTrack> track = audio ? audio->trackUsingCustomExporter(true) : nullptr;
+    if (track)
+        setAudiotrack(audio);
+    else
+        m_excerpt.reset();
+    return track;
+}
+
+bool KRDRDataProducer::makeExcerpt()
+{
+    m_excerpt = MovieExcerpt::ofFile(stringWithFSRef(&m_fileRef));
+    if (!m_excerpt)
+        return false;
+    const QTTime all = m_excerpt->duration();
+    if (m_info.quickTimeDurationGoTillEndOfFile)
+        m_info.quickTimeDurationSeconds =
+            float(double(all.timeValue) / double(all.timeScale) - double(m_info.quickTimeStartSeconds));
+    const std::optional<std::int64_t> start = movieTime(m_info.quickTimeStartSeconds, all.timeScale);
+    const std::optional<std::int64_t> length = movieTime(m_info.quickTimeDurationSeconds, all.timeScale);
+    return start && length && m_excerpt->write(*start, *length, "excerpt.tempFile.mov");
+}
+
+std::shared_ptr<DRTrackProducer> KRDRDataProducer::dataProducer()
+{
+    if (const std::shared_ptr<KRAudioTrack> audio = audiotrack())
+        return audio->dataProducer();
+    return shared_from_this();
+}
+
+std::shared_ptr<KRAudioTrack> KRDRDataProducer::audiotrack() const
+{
+    const std::lock_guard lock(m_audiotrackMutex);
+    return m_audiotrack;
+}
+
+void KRDRDataProducer::setAudiotrack(const std::shared_ptr<KRAudioTrack> &track)
+{
+    const std::lock_guard lock(m_audiotrackMutex);
+    m_audiotrack = track;
 }
 
 bool KRDRDataProducer::prepareTrack(DRTrack *track, DRBurn * /*forBurn*/, const QVariantMap &toMedia)

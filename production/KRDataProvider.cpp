@@ -1,9 +1,11 @@
 #include "production/BurnToDvd.h"
+#include "production/MovieExcerpt.h"
 #include "production/SectorCut.h"
 
 #include "platform/discrecording/objects/DRTrackDescription.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/NSFileHandle.h"
+#include <TessaronClasses/KRAudioTrack.h>
 #include <TessaronClasses/KRDataProvider.h>
 #include <TessaronClasses/PathHelpers.h>
 
@@ -142,6 +144,8 @@ void KRDataProvider::normalise()
 
 std::shared_ptr<DRTrack> KRDataProvider::dataProducer()
 {
+    if (m_mode == Mode::decodedAudio)
+        return decodedTrack();
     normalise();
     const std::optional<ProviderTrack> made = providerTrack(m_mode, m_sector, m_options);
     if (!made)
@@ -164,9 +168,40 @@ std::shared_ptr<DRTrack> KRDataProvider::dataProducer()
     return track;
 }
 
+/// The excerpt's start and length are whole seconds.
+std::shared_ptr<DRTrack> KRDataProvider::decodedTrack()
+{
+    if (!m_excerpt) {
+        constexpr std::uint64_t framesPerSecond = 75;
+        std::unique_ptr<MovieExcerpt> excerpt = MovieExcerpt::ofFile(path());
+        if (!excerpt)
+            return nullptr;
+        const QTTime all = excerpt->duration();
+        const auto start = std::int64_t(std::uint32_t(m_start));
+        const std::int64_t length = has(Option::untilEnd) ? all.timeValue / all.timeScale - start
+                                                          : std::int64_t(m_length / m_givenSector / framesPerSecond);
+        const std::int64_t mostSeconds = std::numeric_limits<std::int64_t>::max() / all.timeScale;
+        if (length < 0 || length > mostSeconds || start > mostSeconds
+            || !excerpt->write(start * all.timeScale, length * all.timeScale, "excerpt.tempFile"))
+            return nullptr;
+        m_excerpt = std::move(excerpt);
+    }
+    const std::shared_ptr<KRAudioTrack> audio = KRAudioTrack::audioTrackWithFileAtPath(m_excerpt->path());
+    std::shared_ptr<DRTrack> track = audio ? audio->trackUsingCustomExporter(true) : nullptr;
+    if (!track)
+        return nullptr;
+    StatedTrack stated;
+    if (m_pregapLen != 0)
+        stated.pregap = m_pregapLen / m_givenSector;
+    else if (!has(Option::anyPregap))
+        stated.pregap = 0;
+    track->setProperties(propertiesOfStatedTrack(stated, track->properties()));
+    return track;
+}
+
 std::shared_ptr<DRTrack> KRDataProvider::track()
 {
-    return dataProducer();
+    return m_mode == Mode::decodedAudio ? nullptr : dataProducer();
 }
 
 bool KRDataProvider::prepareTrack(DRTrack *track, DRBurn * /*forBurn*/, const QVariantMap &toMedia)

@@ -17,9 +17,13 @@
 namespace Tessaron
 {
 
+class KRAudioTrack;
+class MovieExcerpt;
 class NSFileHandle;
 
-/// Makes a track of sectors of an image file, as a production record says, and produces its data.
+/// Makes a track of sectors of an image file, as a production record says, and produces its data. Sound that must be
+/// decoded is copied into a temporary movie of its own first, which an audio track then produces; that movie goes with
+/// this object, so keep it as long as its track.
 ///
 /// Made and asked for its track on one thread; then used by one burn at a time, on the burn's thread. The file is open
 /// from prepareTrack() to cleanupTrackAfterBurn(); a later burn starts afresh.
@@ -39,9 +43,16 @@ public:
     KRDRDataProducer(const KRDRDataProducer &) = delete;
     KRDRDataProducer &operator=(const KRDRDataProducer &) = delete;
 
-    /// A new track with this producer. Null when sectors of this size do not go with this mode, and when the record
-    /// claims more index points than it holds.
+    /// A new track with this producer, or that of an audio track for sound that must be decoded. Null when sectors of
+    /// this size do not go with this mode, when the record claims more index points than it holds, and when the file
+    /// holds no sound at the place in the record. Decoded sound is copied the first time only, which may take long.
     [[nodiscard]] std::shared_ptr<DRTrack> track() override;
+    /// What a burn, or a list of producers, is to call: the audio track's own, once there is one, else this object.
+    [[nodiscard]] std::shared_ptr<DRTrackProducer> dataProducer();
+
+    /// Null unless a track of decoded sound was made. Thread-safe, as the next one.
+    [[nodiscard]] std::shared_ptr<KRAudioTrack> audiotrack() const;
+    void setAudiotrack(const std::shared_ptr<KRAudioTrack> &track);
 
     /// False when the file cannot be opened, and when a DVD is to hold other sectors than those of 2048 bytes. The
     /// numbers of `track`, which may be null, become those of a DVD then.
@@ -59,11 +70,17 @@ public:
 private:
     KRDRDataProducer(const KRDRDataProductionInfo &info, const FSRef &fsRef);
 
+    [[nodiscard]] std::shared_ptr<DRTrack> decodedTrack();
+    [[nodiscard]] bool makeExcerpt();
     [[nodiscard]] bool isCut() const;
     std::uint32_t readSectors(char *buffer, std::uint32_t length);
 
     KRDRDataProductionInfo m_info;
     const FSRef m_fileRef;
+
+    mutable std::mutex m_audiotrackMutex;
+    std::shared_ptr<KRAudioTrack> m_audiotrack; ///< guarded by the mutex
+    std::unique_ptr<MovieExcerpt> m_excerpt; ///< what it plays; null until it was made
 
     // Of a burn.
     std::shared_ptr<NSFileHandle> m_file; ///< null outside of a burn

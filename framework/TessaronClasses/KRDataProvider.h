@@ -15,6 +15,8 @@
 namespace Tessaron
 {
 
+class KRAudioTrack;
+class MovieExcerpt;
 class NSFileHandle;
 
 /// What the mode of a KRDataProvider says. Other numbers give no track.
@@ -44,7 +46,9 @@ inline constexpr std::uint32_t mode2Mixed = 256; ///< mode 2 in sectors of 2352 
 } // namespace KRDataProviderOption
 
 /// Makes a track of a run of bytes of a file, and produces its data: as it stands there, or the user data of raw
-/// sectors. The burn itself supplies the pregap, as silence.
+/// sectors. The burn itself supplies the pregap, as silence. Sound that must be decoded is copied into a temporary
+/// movie of its own first, which an audio track then produces; that movie goes with this object, so keep it as long as
+/// its track.
 ///
 /// Made and asked for its track on one thread; then used by one burn at a time, on the burn's thread. The file is open
 /// from prepareTrack() to cleanupTrackAfterBurn().
@@ -65,9 +69,11 @@ public:
 
     /// Of the file; null when it is gone.
     [[nodiscard]] QString path() const;
-    /// A new track with this producer. Null for a mode that does not go with the sectors.
+    /// A new track with this producer, or that of an audio track for sound that must be decoded. Null for a mode that
+    /// does not go with the sectors, and when the file holds no sound at that place.
     [[nodiscard]] std::shared_ptr<DRTrack> dataProducer();
-    /// The same, for a list of producers.
+    /// The same, for a list of producers. Null for sound that must be decoded: there the producer of dataProducer()'s
+    /// track goes into the list.
     [[nodiscard]] std::shared_ptr<DRTrack> track() override;
     /// Whether a track was made that a DVD can hold.
     [[nodiscard]] bool dvdBurnable() const { return m_canBurnOnDVD; }
@@ -88,6 +94,7 @@ private:
 
     [[nodiscard]] bool has(std::uint32_t option) const { return (m_options & option) != 0; }
     void normalise();
+    [[nodiscard]] std::shared_ptr<DRTrack> decodedTrack();
 
     FSRef m_fileRef;
     std::uint64_t m_start = 0;
@@ -98,6 +105,7 @@ private:
     std::int16_t m_mode = 0;
     std::uint32_t m_options = 0;
     bool m_canBurnOnDVD = false;
+    std::unique_ptr<MovieExcerpt> m_excerpt; ///< of decoded sound; null until it was made
 
     // Of a burn.
     std::shared_ptr<NSFileHandle> m_file; ///< null outside of a burn
