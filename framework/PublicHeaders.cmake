@@ -53,6 +53,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/NSDistributedNotificationCenter.h
     platform/foundation/NSError.h
     platform/foundation/NSFileHandle.h
+    platform/foundation/NSNotificationCenter.h
     platform/foundation/NSScanner.h
     platform/foundation/NSStringEncoding.h
     platform/foundation/NSThread.h
