@@ -186,10 +186,11 @@ QString NSBundle::pathForResource(const QString &name, const QString &type) cons
         const QMutexLocker lock(&m_mutex);
         folders = foldersOfResources();
     }
-    if (this == mainBundle().get())
+    if (this == mainBundle().get() || this == frameworkBundle().get())
         folders << foldersOfHelperPrograms();
     for (const QString &folder : std::as_const(folders)) {
-        if (const QFileInfo file(folder + fileName); !name.isEmpty() && file.isFile())
+        const QFileInfo file(folder + fileName);
+        if (!name.isEmpty() && (file.isFile() || (file.isDir() && !type.isEmpty())))
             return file.absoluteFilePath();
     }
     return {};

@@ -45,9 +45,10 @@ public:
     [[nodiscard]] QString bundlePath() const { return m_path; }
 
     /// The path of a resource: `<bundle>/Resources/<name>`, with "." and the type behind it unless that is empty, in
-    /// the folder of the first of the user's languages that has it, or beside these folders. The main bundle also has
-    /// what the library brings for every program: the helper programs in its private folder (`libexec/TessaronClasses`
-    /// of the installation, or of the build). Empty when there is no such file.
+    /// the folder of the first of the user's languages that has it, or beside these folders. With a type it may be a
+    /// folder, too, as in "Helper.app". The main bundle and the framework's own also have what the library brings for
+    /// every program: the helper programs in its private folder (`libexec/TessaronClasses` of the installation, or of
+    /// the build). Empty when there is no such file.
     [[nodiscard]] QString pathForResource(const QString &name, const QString &type = {}) const;
 
     /// The text for `key` in `table` ("Localizable" when empty) in the first of the user's languages that has the

@@ -89,10 +89,13 @@ TEST(NSBundle, pathForResource_findsTheOneOfTheUsersLanguageFirst)
     EXPECT_EQ(found("page", "html"), tree.pathText("Resources/de.lproj/page.html"));
     EXPECT_EQ(found("missing", "html"), QString());
     EXPECT_EQ(found("folder", ""), QString());
+    tree.makeFolder("Resources/Helper.app/Contents");
+    EXPECT_EQ(found("Helper", "app"), tree.pathText("Resources/Helper.app"));
+    EXPECT_EQ(found("Helper.app", ""), QString());
     EXPECT_EQ(found("", ""), QString());
 }
 
-TEST(NSBundle, pathForResource_ofTheMainBundleFindsHelperPrograms_itsOwnOnesFirst)
+TEST(NSBundle, pathForResource_ofMainAndFrameworkBundleFindsHelperPrograms_itsOwnOnesFirst)
 {
     const QDir programs(QCoreApplication::applicationDirPath() + QStringLiteral("/../libexec/TessaronClasses"));
     ASSERT_TRUE(QDir().mkpath(programs.path()));
@@ -102,6 +105,7 @@ TEST(NSBundle, pathForResource_ofTheMainBundleFindsHelperPrograms_itsOwnOnesFirs
     const TemporaryTree tree;
     NSBundle::setMainBundlePath(tree.pathText());
     EXPECT_EQ(NSBundle::mainBundle()->pathForResource(name), QDir::cleanPath(program.fileName()));
+    EXPECT_EQ(NSBundle::frameworkBundle()->pathForResource(name), QDir::cleanPath(program.fileName()));
     EXPECT_EQ(NSBundle::bundleWithPath(tree.pathText())->pathForResource(name), QString());
     tree.makeFile("Resources/" + name.toUtf8());
     EXPECT_EQ(NSBundle::mainBundle()->pathForResource(name), tree.pathText("Resources/") + name);
