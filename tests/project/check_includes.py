@@ -40,6 +40,7 @@ LAYERS = [
     "filemodel",
     "imaging",
     "production",
+    "media",
     "ui/text",
     "imaging/jobs",
     "imaging/verification",
@@ -48,7 +49,7 @@ LAYERS = [
 ]
 PROGRAMS = ["tools", "app", "examples"]
 PUBLIC = "framework/TessaronClasses"  # and TessaronClassesUI, whose name begins the same
-INCLUDE = re.compile(r'^\s*#\s*include\s+["<]((?:platform|filemodel|imaging|production|ui|tools|TessaronClasses|TessaronClassesUI)/[^">]+)[">]', re.M)
+INCLUDE = re.compile(r'^\s*#\s*include\s+["<]((?:platform|filemodel|imaging|production|media|ui|tools|TessaronClasses|TessaronClassesUI)/[^">]+)[">]', re.M)
 
 
 class Tree:

@@ -1,0 +1,129 @@
+#include "platform/foundation/NSDistributedNotificationCenter.h"
+#include "platform/foundation/NSNotificationCenter.h"
+#include "tests/media/LauncherFixture.h"
+
+#include <QEventLoop>
+#include <QProcess>
+#include <QThread>
+
+#include <ctime>
+#include <thread>
+
+using namespace Tessaron;
+using namespace Tessaron::Testing;
+
+namespace
+{
+
+class TaskLauncherControl : public LauncherTest
+{
+protected:
+    void launchSleeper() { ASSERT_EQ(launcher->launchTasksWithArguments(words({"/bin/sleep", "1000"})), 0); }
+};
+
+} // namespace
+
+TEST_F(TaskLauncherControl, identifier_isTheTimeOfItsFirstUse)
+{
+    const std::time_t before = std::time(nullptr);
+    const std::int32_t uid = launcher->uid();
+    EXPECT_GE(uid, before);
+    EXPECT_LE(uid, std::time(nullptr));
+    while (std::time(nullptr) == uid)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(launcher->uid(), uid);
+    EXPECT_NE(taskLauncher::init()->uid(), uid);
+}
+
+TEST_F(TaskLauncherControl, notificationsOfTheProcess_controlTheLauncherThatTheyAreAbout)
+{
+    NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
+    launchSleeper();
+    const QString uid = QString::number(launcher->uid());
+    for (const QString &other : {QString(), QStringLiteral("1"), uid + u'0'}) {
+        for (const QString &name : {zelPauseTasks, zelResumeTasks, zelKillTasks})
+            center.postNotificationName(name, other);
+    }
+    drainEventLoop();
+    EXPECT_TRUE(events.empty()) << "these are about others";
+    center.postNotificationName(QStringLiteral("zelPauseTasks"), uid);
+    center.postNotificationName(QStringLiteral("zelPauseTasks"), uid);
+    EXPECT_EQ(events, std::vector<std::string>{"suspend"}) << "at once on the same thread";
+    center.postNotificationName(QStringLiteral("zelResumeTasks"), uid);
+    std::thread([&] { center.postNotificationName(QStringLiteral("zelKillTasks"), uid); }).join();
+    EXPECT_EQ(events.size(), 2u) << "another thread's are heard by the event loop";
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(events, (std::vector<std::string>{"suspend", "resume", "end"}));
+    EXPECT_EQ(launcher->terminationStatus(), taskLauncher::terminatedStatus);
+}
+
+TEST_F(TaskLauncherControl, notificationsOfOtherProcesses_controlTheLauncherThatTheyAreAbout)
+{
+    const PrivateBus bus;
+    launchSleeper();
+    const QString uid = QString::number(launcher->uid());
+    const auto post = [](const QString &name, const QString &object) {
+        const QStringList arguments{
+            QStringLiteral("emit"),           QStringLiteral("--session"),
+            QStringLiteral("--object-path"),  QStringLiteral("/org/tessaron/DistributedNotifications"),
+            QStringLiteral("--signal"),       QStringLiteral("org.tessaron.DistributedNotifications.Posted"),
+            QStringLiteral("'%1'").arg(name), QStringLiteral("'%1'").arg(object),
+            QStringLiteral("@a{sv} {}")};
+        EXPECT_EQ(QProcess::execute(QStringLiteral("gdbus"), arguments), 0);
+    };
+    post(QStringLiteral("zelKillTasks"), QStringLiteral("12"));
+    post(QStringLiteral("zelKillTasks"), {});
+    post(QStringLiteral("zelPauseTasks"), uid);
+    ASSERT_TRUE(runEventLoopUntil([&] { return !events.empty(); }));
+    EXPECT_TRUE(launcher->isSuspended());
+    post(QStringLiteral("zelResumeTasks"), uid);
+    ASSERT_TRUE(runEventLoopUntil([&] { return events.size() == 2; }));
+    post(QStringLiteral("zelKillTasks"), uid);
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(events, (std::vector<std::string>{"suspend", "resume", "end"}));
+}
+
+TEST_F(TaskLauncherControl, notifications_areNotHeard_beforeTheIdentifierWasAskedFor)
+{
+    launchSleeper();
+    NSNotificationCenter::defaultCenter().postNotificationName(zelKillTasks, QString::number(std::time(nullptr)));
+    NSNotificationCenter::defaultCenter().postNotificationName(zelKillTasks, QStringLiteral("0"));
+    drainEventLoop();
+    EXPECT_TRUE(launcher->isRunning());
+    EXPECT_TRUE(events.empty());
+}
+
+TEST_F(TaskLauncherControl, notifications_reachALauncherOfAnotherThreadThere)
+{
+    const PrivateBus bus;
+    std::atomic<std::int32_t> uid = 0;
+    Qt::HANDLE heardOn = nullptr, ownThread = nullptr;
+    bool hasSuspended = false;
+    std::unique_ptr<QThread> thread(QThread::create([&] {
+        ownThread = QThread::currentThreadId();
+        QEventLoop loop;
+        const std::shared_ptr<taskLauncher> own = taskLauncher::init();
+        taskLauncherDelegate delegate;
+        delegate.taskLauncherTaskDidSuspend = [&](taskLauncher &) { hasSuspended = true; };
+        delegate.taskLauncherTaskDidEnd = [&](taskLauncher &) {
+            heardOn = QThread::currentThreadId();
+            loop.quit();
+        };
+        own->setDelegate(delegate);
+        if (own->launchTasksWithArguments(words({"/bin/sleep", "1000"})) != 0)
+            return;
+        uid = own->uid();
+        loop.exec();
+    }));
+    thread->start();
+    ASSERT_TRUE(runEventLoopUntil([&] { return uid != 0; }));
+    drainEventLoop(); // the bus is observed by this thread
+    NSNotificationCenter::defaultCenter().postNotificationName(zelPauseTasks, QString::number(uid));
+    EXPECT_FALSE(
+        NSDistributedNotificationCenter::defaultCenter().postNotificationName(zelKillTasks, QString::number(uid)));
+    EXPECT_TRUE(runEventLoopUntil([&] { return thread->isFinished(); }));
+    thread->wait();
+    EXPECT_TRUE(hasSuspended);
+    EXPECT_EQ(heardOn, ownThread);
+    drainEventLoop();
+}
