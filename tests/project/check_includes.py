@@ -36,6 +36,7 @@ LAYERS = [
     "platform/quicktime",
     "platform/quicktime/decoding",
     "platform/quicktime/redbook",
+    "platform/quicktime/mov2wav",
     "platform/discrecording/audio",
     "filemodel",
     "imaging",
