@@ -1,0 +1,422 @@
+#include "platform/foundation/NSBundle.h"
+#include "platform/foundation/NSDistributedNotificationCenter.h"
+#include "tests/quicktime/Sounds.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/PrivateBus.h"
+#include "tests/support/TemporaryTree.h"
+#include <TessaronClasses/KRAudioConverter.h>
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+using namespace Tessaron;
+using namespace Tessaron::Testing;
+
+namespace
+{
+
+/// A window that keeps what is done to it.
+class RecordedInterface final : public KRAudioConverterInterface
+{
+public:
+    explicit RecordedInterface(std::vector<std::string> &steps)
+        : m_steps(steps)
+    {
+    }
+    void beginSheet(QObject &) override { m_steps.emplace_back("begin"); }
+    void endSheetAndClose() override { m_steps.emplace_back("end"); }
+    [[nodiscard]] bool isIndeterminate() const override { return m_isIndeterminate; }
+    void setIndeterminate(bool isIndeterminate) override
+    {
+        m_isIndeterminate = isIndeterminate;
+        m_steps.emplace_back(isIndeterminate ? "indeterminate" : "determinate");
+    }
+    void setDoubleValue(double value) override { m_steps.push_back(std::to_string(value).substr(0, 5)); }
+    void setCancelButtonEnabled(bool isEnabled) override { m_steps.emplace_back(isEnabled ? "enable" : "disable"); }
+
+private:
+    std::vector<std::string> &m_steps;
+    bool m_isIndeterminate = false;
+};
+
+/// The application's bundle in a folder of the test, with tools that are scripts.
+class AudioConverter : public testing::Test
+{
+protected:
+    AudioConverter()
+    {
+        leaveSessionBus();
+        tree.makeFolder("out");
+        NSBundle::setMainBundlePath(tree.pathText("bundle"));
+        delegate.KRAudioConverterProgress = [this](KRAudioConverter &, float fraction) {
+            progress.push_back(fraction);
+        };
+        delegate.KRAudioConverterDidEnd = [this](KRAudioConverter &) { events.emplace_back("end"); };
+        delegate.KRAudioConverterDidAbort = [this](KRAudioConverter &) { events.emplace_back("abort"); };
+        delegate.KRAudioConverterDidFailWithError = [this](KRAudioConverter &, const NSError &one) {
+            events.emplace_back("fail");
+            error = one;
+        };
+        converter->setDelegate(delegate);
+    }
+
+    void makeTool(const QByteArray &relative, const QByteArray &script) const
+    {
+        tree.makeFile(relative, "#!/bin/sh\n" + script);
+        tree.setMode(relative, 0755);
+    }
+    /// The tool for WAVE and AIFF: a script whose $1 to $5 are its arguments.
+    void makeQrlMov2Wav(const QByteArray &script) const
+    {
+        makeTool("bundle/Resources/QrlMov2Wav.app/Contents/MacOS/QrlMov2Wav", script);
+    }
+    void useRealTools() { NSBundle::setMainBundlePath({}); }
+
+    void convert(const QStringList &names, const QStringList &results, std::int32_t format)
+    {
+        QStringList sources, paths;
+        for (const QString &name : names)
+            sources << tree.pathText(name.toUtf8());
+        for (const QString &result : results)
+            paths << tree.pathText(result.toUtf8());
+        converter->convertAudioFiles(sources, paths, format);
+    }
+    [[nodiscard]] bool waitForEvent(std::size_t count = 1)
+    {
+        return runEventLoopUntil([&] { return events.size() >= count; });
+    }
+
+    const TemporaryTree tree;
+    KRAudioConverterDelegate delegate;
+    std::vector<std::string> events;
+    std::vector<float> progress;
+    NSError error;
+    std::shared_ptr<KRAudioConverter> converter = KRAudioConverter::init();
+};
+
+const QString one = QStringLiteral("one.flac"), other = QStringLiteral("other.flac");
+const QString outOne = QStringLiteral("out/one.wav"), outOther = QStringLiteral("out/other.wav");
+
+} // namespace
+
+TEST_F(AudioConverter, lists_thatAreMissingOrDiffer_doNothing)
+{
+    makeQrlMov2Wav("touch \"$2\"");
+    converter->convertAudioFiles(std::nullopt, QStringList(), 0);
+    converter->convertAudioFiles(QStringList(), std::nullopt, 0);
+    convert({one, other}, {outOne}, 0);
+    EXPECT_FALSE(runEventLoopUntil([&] { return !events.empty(); }, std::chrono::milliseconds(200)));
+    EXPECT_FALSE(tree.exists(outOne.toUtf8()));
+}
+
+TEST_F(AudioConverter, noFiles_endAtOnceOnALaterTurn)
+{
+    converter->convertAudioFiles(QStringList(), QStringList(), 0);
+    EXPECT_TRUE(events.empty());
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(events, std::vector<std::string>{"end"});
+}
+
+TEST_F(AudioConverter, pcmTool_getsItsArgumentsInOrder)
+{
+    makeQrlMov2Wav("printf '%s\\n' \"$0\" \"$@\" >\"$2\"");
+    for (const std::int32_t format : {KRAudioConverter::waveFormat, KRAudioConverter::aiffFormat}) {
+        events.clear();
+        convert({one}, {outOne}, format);
+        ASSERT_TRUE(waitForEvent());
+        const QList<QByteArray> lines = tree.contents(outOne.toUtf8()).split('\n');
+        ASSERT_EQ(lines.size(), 7);
+        EXPECT_EQ(lines[0], tree.path("bundle/Resources/QrlMov2Wav.app/Contents/MacOS/QrlMov2Wav"));
+        EXPECT_EQ(lines[1], tree.path("one.flac"));
+        EXPECT_EQ(lines[2], tree.path("out/one.wav"));
+        EXPECT_EQ(lines[3], format == KRAudioConverter::waveFormat ? "wave" : "aiff");
+        EXPECT_EQ(lines[4], "44100");
+        // Seconds since the begin of 2001, as the number itself is written.
+        EXPECT_GT(lines[5].toDouble(), 8e8);
+        EXPECT_LT(lines[5].toDouble(), 4e9);
+    }
+}
+
+TEST_F(AudioConverter, mp3Tools_getTheirArgumentsInOrder)
+{
+    makeTool("bundle/Resources/DummyRedbook", "printf '%s ' \"$@\"");
+    makeTool("bundle/Resources/lame", "for last; do :; done; { cat; echo; printf '%s ' \"$@\"; } >\"$last\"");
+    const QByteArray common = "-s 44.1 --bitwidth 16 --signed --little-endian -r -h --ignore-tag-errors "
+                              "--strictly-enforce-ISO -b 96 -t --preset ";
+    const std::pair<std::int32_t, QByteArray> presets[] = {{2, "128"}, {3, "160"}, {4, "cbr 128"}, {5, "cbr 160"}};
+    for (const auto &[format, preset] : presets) {
+        events.clear();
+        convert({one}, {outOne}, format);
+        ASSERT_TRUE(waitForEvent());
+        const QList<QByteArray> lines = tree.contents(outOne.toUtf8()).split('\n');
+        ASSERT_EQ(lines.size(), 2) << format;
+        EXPECT_TRUE(lines[0].startsWith(tree.path("one.flac") + " - ")) << lines[0].constData();
+        EXPECT_EQ(lines[0].trimmed().split(' ').size(), 3);
+        EXPECT_EQ(lines[1], common + preset + " - " + tree.path("out/one.wav") + ' ');
+    }
+}
+
+TEST_F(AudioConverter, files_areConvertedOneAfterTheOther)
+{
+    makeQrlMov2Wav("ls \"$(dirname \"$2\")\" >>" + tree.path("log") + "; touch \"$2\"; sleep 0.1; echo x >\"$2\"");
+    convert({one, other}, {outOne, outOther}, 0);
+    EXPECT_TRUE(converter->task());
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(tree.contents("log"), "one.wav\n") << "the folder was empty first, and one file was there then";
+    EXPECT_EQ(tree.contents("out/one.wav"), "x\n");
+    EXPECT_EQ(tree.contents("out/other.wav"), "x\n");
+    EXPECT_FALSE(converter->task());
+    EXPECT_EQ(events, std::vector<std::string>{"end"});
+}
+
+TEST_F(AudioConverter, aMissingFolder_failsWithItsPath)
+{
+    makeQrlMov2Wav("touch \"$2\"");
+    for (const char *folder : {"missing", "file"}) {
+        tree.makeFile("file");
+        events.clear();
+        convert({one}, {QString::fromUtf8(folder) + QStringLiteral("/one.wav")}, 0);
+        EXPECT_TRUE(events.empty()) << "on a later turn";
+        ASSERT_TRUE(waitForEvent());
+        EXPECT_EQ(events, std::vector<std::string>{"fail"});
+        EXPECT_EQ(error.domain(), NSPOSIXErrorDomain);
+        EXPECT_EQ(error.code(), 100020);
+        EXPECT_EQ(error.userInfo(), (QVariantMap{{NSFilePathErrorKey, tree.pathText(folder)}}));
+    }
+}
+
+TEST_F(AudioConverter, aMissingFolder_ofALaterFileLeavesWhatIsWholeAlone_andTheQueueStands)
+{
+    makeQrlMov2Wav("echo x >\"$2\"");
+    convert({one, other, one}, {outOne, QStringLiteral("missing/other.wav"), QStringLiteral("out/third.wav")}, 0);
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(events, std::vector<std::string>{"fail"});
+    EXPECT_TRUE(tree.exists("out/one.wav"));
+    EXPECT_FALSE(runEventLoopUntil([&] { return events.size() > 1; }, std::chrono::milliseconds(200)));
+    EXPECT_FALSE(tree.exists("out/third.wav")) << "nothing follows a failure";
+}
+
+TEST_F(AudioConverter, toolsThatCannotBeStarted_failWithTheFrameworksText)
+{
+    tree.makeFile("bundle/Resources/QrlMov2Wav.app/Contents/MacOS/QrlMov2Wav", "no program");
+    convert({one}, {outOne}, 0);
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(events, std::vector<std::string>{"fail"});
+    EXPECT_EQ(error.domain(), NSOSStatusErrorDomain);
+    EXPECT_EQ(error.code(), 0);
+    EXPECT_EQ(error.filePath(), tree.pathText("out/one.wav"));
+    EXPECT_FALSE(error.localizedDescription().isEmpty());
+    EXPECT_NE(error.localizedDescription(), QStringLiteral("audio export failed"));
+    EXPECT_TRUE(error.localizedRecoverySuggestion().contains(QStringLiteral("“one.wav”")))
+        << error.localizedRecoverySuggestion().toStdString();
+}
+
+TEST_F(AudioConverter, aFailureToStart_deletesTheDestinationAndItsEmptyFolder)
+{
+    tree.makeFile("out/one.wav", "old");
+    tree.makeFile("bundle/Resources/QrlMov2Wav.app/Contents/MacOS/QrlMov2Wav", "no program");
+    convert({one}, {outOne}, 0);
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_FALSE(tree.exists("out"));
+}
+
+TEST_F(AudioConverter, aToolThatFails_isFollowedByTheNextFile_andCanBeAskedFor)
+{
+    makeQrlMov2Wav("echo why >&2; case $1 in *one*) exit 3;; esac; echo x >\"$2\"");
+    std::vector<int> statuses;
+    QString message;
+    delegate.KRAudioConverterDidEnd = [&](KRAudioConverter &self) {
+        statuses.push_back(self.lastTaskEnds().at(0).status);
+        message = self.lastTaskMessage();
+        events.emplace_back("end");
+    };
+    converter->setDelegate(delegate);
+    convert({other, one}, {outOther, outOne}, 0);
+    ASSERT_TRUE(waitForEvent());
+    convert({one, other}, {outOne, outOther}, 0);
+    ASSERT_TRUE(waitForEvent(2));
+    EXPECT_EQ(statuses, (std::vector<int>{3, 0}));
+    EXPECT_EQ(message, QStringLiteral("why"));
+    EXPECT_EQ(events, (std::vector<std::string>{"end", "end"}));
+}
+
+TEST_F(AudioConverter, anUnknownFormat_leavesTheBatchStalled)
+{
+    makeQrlMov2Wav("touch \"$2\"");
+    for (const std::int32_t format : {-1, 6, 100}) {
+        convert({one}, {outOne}, format);
+        EXPECT_FALSE(runEventLoopUntil([&] { return !events.empty(); }, std::chrono::milliseconds(100)));
+        EXPECT_FALSE(converter->task());
+        EXPECT_FALSE(tree.exists("out/one.wav"));
+    }
+}
+
+TEST_F(AudioConverter, progress_isThatOfAllFiles)
+{
+    const PrivateBus bus;
+    makeQrlMov2Wav("printf %s \"$5\" >\"$2\".name; while [ ! -e \"$2\".go ]; do sleep 0.02; done");
+    NSDistributedNotificationCenter &center = NSDistributedNotificationCenter::defaultCenter();
+    const auto post = [&](const QByteArray &file, const QVariantMap &information) {
+        EXPECT_TRUE(
+            runEventLoopUntil([&] { return tree.exists(file + ".name") && !tree.contents(file + ".name").isEmpty(); }));
+        EXPECT_FALSE(center.postNotificationName(QString::fromUtf8(tree.contents(file + ".name")), {}, information));
+    };
+    const QString key = QStringLiteral("progress");
+    convert({one, other}, {outOne, outOther}, 0);
+    post("out/one.wav", {{QStringLiteral("other"), 0.1}});
+    post("out/one.wav", {{key, 0.5}});
+    post("out/one.wav", {{key, 1.0}});
+    ASSERT_TRUE(runEventLoopUntil([&] { return progress.size() == 2; }));
+    EXPECT_EQ(progress, (std::vector<float>{0.25, 0.5}));
+    tree.makeFile("out/one.wav.go");
+    post("out/other.wav", {{key, 0.5}});
+    ASSERT_TRUE(runEventLoopUntil([&] { return progress.size() == 3; }));
+    EXPECT_EQ(progress.back(), 0.75f);
+    post("out/one.wav", {{key, 0.9}}); // the first name is not followed any more
+    tree.makeFile("out/other.wav.go");
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(progress.size(), 3u);
+}
+
+TEST_F(AudioConverter, aborting_duringTheSecondFile_deletesThatFileOnly)
+{
+    makeQrlMov2Wav("echo part >\"$2\"; case $1 in *other*) sleep 100;; esac");
+    convert({one, other, one}, {outOne, outOther, QStringLiteral("out/third.wav")}, 0);
+    ASSERT_TRUE(runEventLoopUntil([&] { return tree.exists("out/other.wav"); }));
+    const std::shared_ptr<taskLauncher> task = converter->task();
+    converter->abort();
+    EXPECT_FALSE(tree.exists("out/other.wav"));
+    EXPECT_TRUE(tree.exists("out/one.wav"));
+    EXPECT_FALSE(task->isRunning());
+    EXPECT_TRUE(events.empty()) << "on a later turn";
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_FALSE(runEventLoopUntil([&] { return events.size() > 1; }, std::chrono::milliseconds(200)));
+    EXPECT_EQ(events, std::vector<std::string>{"abort"});
+    EXPECT_FALSE(tree.exists("out/third.wav"));
+}
+
+TEST_F(AudioConverter, aborting_deletesTheFolderThatIsEmptyThen)
+{
+    makeQrlMov2Wav("echo part >\"$2\"; sleep 100");
+    convert({one}, {outOne}, 0);
+    ASSERT_TRUE(runEventLoopUntil([&] { return tree.exists("out/one.wav"); }));
+    converter->abort();
+    EXPECT_FALSE(tree.exists("out"));
+}
+
+TEST_F(AudioConverter, sheet_isLoadedOnceAndShowsTheProgress)
+{
+    const PrivateBus bus;
+    std::vector<std::string> steps;
+    int loads = 0;
+    QObject window;
+    converter->setInterfaceLoader([&](KRAudioConverter &owner) {
+        EXPECT_EQ(&owner, converter.get());
+        ++loads;
+        return std::make_unique<RecordedInterface>(steps);
+    });
+    converter->setUseStandardUI(true);
+    converter->setSheetModal(&window);
+    makeQrlMov2Wav("printf %s \"$5\" >\"$2\".name; while [ ! -e \"$2\".go ]; do sleep 0.02; done");
+    convert({one, other}, {outOne, outOther}, 0);
+    EXPECT_EQ(steps, (std::vector<std::string>{"begin", "indeterminate", "enable"}));
+    ASSERT_TRUE(runEventLoopUntil(
+        [&] { return tree.exists("out/one.wav.name") && !tree.contents("out/one.wav.name").isEmpty(); }));
+    EXPECT_FALSE(NSDistributedNotificationCenter::defaultCenter().postNotificationName(
+        QString::fromUtf8(tree.contents("out/one.wav.name")), {}, {{QStringLiteral("progress"), 0.5}}));
+    ASSERT_TRUE(runEventLoopUntil([&] { return steps.size() == 5; }));
+    tree.makeFile("out/one.wav.go");
+    tree.makeFile("out/other.wav.go");
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(steps, (std::vector<std::string>{"begin", "indeterminate", "enable", "determinate", "0.250", "end"}));
+    EXPECT_TRUE(progress.empty()) << "the sheet shows it";
+    EXPECT_EQ(loads, 1);
+
+    steps.clear();
+    convert({one}, {outOne}, 0);
+    converter->abort();
+    EXPECT_EQ(steps, (std::vector<std::string>{"begin", "indeterminate", "enable", "disable", "end"}));
+    ASSERT_TRUE(waitForEvent(2));
+    EXPECT_EQ(events, (std::vector<std::string>{"end", "abort"}));
+}
+
+TEST_F(AudioConverter, sheet_endsWithAFailure)
+{
+    std::vector<std::string> steps;
+    QObject window;
+    converter->setInterfaceLoader([&](KRAudioConverter &) { return std::make_unique<RecordedInterface>(steps); });
+    converter->setUseStandardUI(true);
+    converter->setSheetModal(&window);
+    convert({one}, {QStringLiteral("missing/one.wav")}, 0);
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(steps, (std::vector<std::string>{"begin", "indeterminate", "enable", "end"}));
+}
+
+TEST_F(AudioConverter, sheet_withoutAWindow_isMissedInTheLog)
+{
+    converter->setUseStandardUI(true);
+    testing::internal::CaptureStderr();
+    converter->convertAudioFiles(QStringList(), QStringList(), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "error no sheet modal in audio converter\n");
+    ASSERT_TRUE(waitForEvent());
+}
+
+TEST_F(AudioConverter, delegate_mayLetGoOfTheConverter)
+{
+    makeQrlMov2Wav("touch \"$2\"");
+    delegate.KRAudioConverterDidEnd = [&](KRAudioConverter &) {
+        converter.reset();
+        events.emplace_back("end");
+    };
+    converter->setDelegate(delegate);
+    convert({one}, {outOne}, 0);
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_FALSE(converter);
+}
+
+TEST_F(AudioConverter, realTools_makeFilesThatOtherProgramsRead)
+{
+    useRealTools();
+    const Samples sound = tone(100003);
+    tree.makeFile("one.wav", waveFile(sound));
+    ffmpeg("-i " + tree.path("one.wav") + ' ' + tree.path("one.flac"));
+    const char *names[] = {"out/0.wav", "out/1.aiff", "out/2.mp3", "out/3.mp3", "out/4.mp3", "out/5.mp3"};
+    for (std::int32_t format = 0; format < 6; ++format) {
+        const QByteArray name = names[format];
+        events.clear();
+        convert({one}, {QString::fromUtf8(name)}, format);
+        ASSERT_TRUE(waitForEvent()) << format;
+        EXPECT_EQ(events, std::vector<std::string>{"end"}) << error.localizedDescription().toStdString();
+        for (const taskLauncher::TaskEnd &end : converter->lastTaskEnds())
+            EXPECT_TRUE(end.hasEnded && end.status == 0) << name.constData() << end.status;
+        ASSERT_TRUE(tree.exists(name));
+        const Samples got = decodedByFFmpeg(tree.path(name));
+        if (format < 2) {
+            EXPECT_EQ(got, sound) << name.constData();
+            continue;
+        }
+        EXPECT_NEAR(double(got.size()), double(sound.size()), 6000) << name.constData();
+        const QByteArray rate = outputOfProgram(
+            "ffprobe", {"-v", "error", "-show_entries", "stream=bit_rate", "-of", "csv=p=0", tree.path(name)});
+        if (format >= KRAudioConverter::mp3FormatConstant128) {
+            EXPECT_EQ(rate.trimmed(), format == 4 ? "128000" : "160000");
+        }
+    }
+}
+
+TEST_F(AudioConverter, realTools_postTheirProgress)
+{
+    const PrivateBus bus;
+    useRealTools();
+    tree.makeFile("one.flac", waveFile(noise(400000)));
+    for (const std::int32_t format : {KRAudioConverter::waveFormat, KRAudioConverter::mp3FormatConstant128}) {
+        events.clear();
+        progress.clear();
+        convert({one, one}, {outOne, outOther}, format);
+        ASSERT_TRUE(waitForEvent());
+        ASSERT_FALSE(progress.empty());
+        EXPECT_TRUE(std::is_sorted(progress.begin(), progress.end()));
+        EXPECT_FLOAT_EQ(progress.back(), 1) << "the last notification comes before the end of its program";
+    }
+}
