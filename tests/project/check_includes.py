@@ -45,6 +45,7 @@ LAYERS = [
     "ui/text",
     "imaging/jobs",
     "imaging/verification",
+    "media/jobs",
     "ui/views",
     "ui/panels",
 ]
