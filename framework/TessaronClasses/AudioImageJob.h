@@ -32,6 +32,9 @@ struct AudioImageOrder {
     bool isGapless = true;
     std::uint32_t capacity = 0; ///< fail when the tracks and gaps are longer; 0 for any length
     bool hasCDText = false; ///< titles, performers and others, from the tags of the files
+    /// The ISRC of each track in order, with or without dashes; an empty one, and what is missing at the end, stands
+    /// for none. They go before those of tags. One that is no ISRC, and more of them than tracks, is an error.
+    QList<QByteArray> isrcs = {};
     /// Have the image on the disk, past all caches, before it gets its name.
     bool isSynchronized = true;
 };
@@ -45,6 +48,9 @@ struct AudioImageTrack {
     std::uint64_t frames = 0; ///< from there to its end
     QString title; ///< of the CD-TEXT; empty without
     QString performer;
+    QByteArray isrc; ///< 12 characters, or empty
+    /// Shorter than the four seconds that a track of a CD has at least (IEC 60908): many recorders refuse it.
+    bool isTooShort = false;
     AudioDamageReport damage; ///< where the image holds something else than the source should have
 };
 

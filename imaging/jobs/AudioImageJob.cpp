@@ -23,10 +23,28 @@ namespace
 {
 
 constexpr qsizetype mostTracks = 99;
+constexpr std::uint64_t shortestTrack = 300; // frames
 
 QString lengthText(std::uint64_t frames)
 {
     return MSF::ofFrames(std::int64_t(frames)).text();
+}
+
+NSError errorOfIsrcs(const QList<QByteArray> &codes, qsizetype tracks)
+{
+    if (codes.size() > tracks)
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("there are %1 ISRCs for %2")
+                                .arg(codes.size())
+                                .arg(counted(std::uint64_t(tracks), "track", "tracks")));
+    for (const QByteArray &code : codes) {
+        if (!code.isEmpty() && soundIsrc(QString::fromUtf8(code)).isEmpty())
+            return discJobError(
+                DiscJobErrorCode::InvalidOrder, QStringLiteral("%1 is no ISRC").arg(quoted(code)),
+                QStringLiteral("It has two letters for the country, three characters for the owner, and "
+                               "seven digits."));
+    }
+    return {};
 }
 
 NSError errorOfOrder(const AudioImageOrder &order, const QList<QByteArray> &sources)
@@ -42,7 +60,7 @@ NSError errorOfOrder(const AudioImageOrder &order, const QList<QByteArray> &sour
             DiscJobErrorCode::InvalidOrder,
             QStringLiteral("there are %1 files, and a CD has %2 tracks at most").arg(sources.size()).arg(mostTracks),
             QStringLiteral("Make several images."));
-    return {};
+    return errorOfIsrcs(order.isrcs, sources.size());
 }
 
 NSError errorOfCapacity(std::uint64_t frames, std::uint32_t capacity)
@@ -81,6 +99,7 @@ public:
     [[nodiscard]] NSError openStage(const std::vector<DiscSource> &sources, const std::stop_token &stop);
     [[nodiscard]] NSError makeRoom(std::uint64_t bytes) const;
     [[nodiscard]] NSError write(std::vector<OpenedSound> &sounds, const std::stop_token &stop);
+    void addIsrcs(TableOfContents *contents);
     void addTexts(const std::vector<OpenedSound> &sounds, TableOfContents *contents);
     void endWith(const NSError &error);
 
@@ -169,6 +188,7 @@ NSError AudioImageJob::Work::write(std::vector<OpenedSound> &sounds, const std::
         track.pregap = places[number].pregap;
         track.firstFrame = places[number].firstFrame;
         track.frames = places[number].frames;
+        track.isTooShort = track.frames < shortestTrack;
     }
     result.frames = framesOf(places);
     if (NSError error = errorOfCapacity(result.frames, order.capacity))
@@ -176,6 +196,7 @@ NSError AudioImageJob::Work::write(std::vector<OpenedSound> &sounds, const std::
     TableOfContents contents = contentsOf(places);
     if (order.hasCDText)
         addTexts(sounds, &contents);
+    addIsrcs(&contents);
     if (NSError error = makeRoom(contents.storedBytes()))
         return error;
     bytesTotal = std::accumulate(lengths.begin(), lengths.end(), std::uint64_t(0)) * CDSound::bytesPerSample;
@@ -187,6 +208,18 @@ NSError AudioImageJob::Work::write(std::vector<OpenedSound> &sounds, const std::
         result.tracks[number].damage = std::move((*damage)[number]);
     phase = DiscJobPhase::Finishing;
     return stage.finish(imageOrder, contents, &result.bytes, stop);
+}
+
+/// Those of the order go before those of tags.
+void AudioImageJob::Work::addIsrcs(TableOfContents *contents)
+{
+    std::vector<DiscTrack> &tracks = contents->sessions.front().tracks;
+    for (std::size_t number = 0; number < tracks.size(); ++number) {
+        const QByteArray code = soundIsrc(QString::fromUtf8(order.isrcs.value(qsizetype(number))));
+        if (!code.isEmpty())
+            tracks[number].isrc = code;
+        result.tracks[number].isrc = tracks[number].isrc;
+    }
 }
 
 void AudioImageJob::Work::addTexts(const std::vector<OpenedSound> &sounds, TableOfContents *contents)

@@ -105,19 +105,23 @@ private:
 
 QByteArray isrcOf(const Tags &tags, const QString &where, AudioTexts &texts)
 {
-    static const QRegularExpression form(QStringLiteral("^[A-Z0-9]{5}[0-9]{7}$"));
     const QString given = firstOf(tags, std::array{"isrc", "tsrc"});
-    const QString code = QString(given).remove(u'-').remove(u' ').toUpper();
-    if (form.match(code).hasMatch())
-        return code.toLatin1();
-    if (!given.isEmpty()) {
+    QByteArray code = soundIsrc(given);
+    if (code.isEmpty() && !given.isEmpty()) {
         texts.changes << QStringLiteral("%1: “%2” is no ISRC, and is left out").arg(where, given);
         texts.isAnyLost = true;
     }
-    return {};
+    return code;
 }
 
 } // namespace
+
+QByteArray soundIsrc(const QString &code)
+{
+    static const QRegularExpression form(QStringLiteral("^[A-Z]{2}[A-Z0-9]{3}[0-9]{7}$"));
+    const QString plain = QString(code).remove(u'-').remove(u' ').toUpper();
+    return form.match(plain).hasMatch() ? plain.toLatin1() : QByteArray();
+}
 
 AudioTexts audioTextsOf(const std::vector<QMap<QString, QString>> &tags)
 {

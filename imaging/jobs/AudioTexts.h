@@ -11,6 +11,9 @@
 namespace Tessaron
 {
 
+/// The code as discs have it (ISO 3901): 12 characters without dashes; empty for what is no ISRC.
+[[nodiscard]] QByteArray soundIsrc(const QString &code);
+
 /// CD-TEXT made of tags.
 struct AudioTexts {
     CDText text; ///< one block, in English and Latin-1; without blocks where no file has a tag for it
