@@ -8,7 +8,7 @@ _tessaron_options() {
             "--verbose -h --help --version"
         ;;
     audio)
-        echo "-o --output --gap --no-gapless --capacity --cd-text --no-sync --progress --json -q --quiet -v --verbose" \
+        echo "-o --output --gap --no-gapless --capacity --cd-text --isrc --no-sync --progress --json -q --quiet -v --verbose" \
             "-h --help --version"
         ;;
     inspect) echo "--json -h --help --version" ;;
@@ -53,7 +53,7 @@ _tessaron() {
         mapfile -t COMPREPLY < <(compgen -W "$values" -- "$word")
     elif [[ $previous == -n || $previous == --name || $previous == --gap ]]; then
         return
-    elif [[ $previous == -o || $previous == --output ]]; then
+    elif [[ $previous == -o || $previous == --output || $previous == --isrc ]]; then
         _tessaron_complete_paths "$word"
     elif [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(_tessaron_options "$command")" -- "$word")

@@ -207,6 +207,33 @@ TEST_F(Audio, cdText_thatCannotBeStored_makesTheStatus3)
     EXPECT_TRUE(cue().contains('"' + QByteArray(160, 'x') + '"'));
 }
 
+TEST_F(Audio, isrc_isTakenFromTheFile_beforeThatOfTags)
+{
+    makeAlbum();
+    ffmpeg("-i " + m_tree.path("1.wav") + " -metadata ISRC=DEABC1234567 " + m_tree.path("1.flac"));
+    const QByteArray option = "--isrc=" + m_tree.makeFile("codes", "FR-Z03-98-00212\r\n\r\nusx9p1234567\n\n");
+    make({option, "--cd-text"}, {"1.flac", "2.wav", "3.wav"});
+    EXPECT_EQ(cue().count("ISRC"), 2) << cue().constData();
+    EXPECT_TRUE(cue().contains("  TRACK 01 AUDIO\r\n    ISRC FRZ039800212\r\n")) << cue().constData();
+    EXPECT_TRUE(cue().contains("  TRACK 03 AUDIO\r\n    ISRC USX9P1234567\r\n")) << cue().constData();
+    m_tree.remove("out/album.bin");
+    m_tree.remove("out/album.cue");
+    expectNothing(run({option}, {"1.wav", "2.wav"}), 2, "3 ISRCs for 2 tracks");
+    expectNothing(run({"--isrc", m_tree.makeFile("bad", "DEABC123456\n")}, {"1.wav"}), 2, "is no ISRC");
+    expectNothing(run({"--isrc", m_tree.path("missing")}, {"1.wav"}), 1, "cannot be read");
+}
+
+TEST_F(Audio, shortTracks_areMadeAndTold)
+{
+    m_tree.makeFile("a.wav", waveFile(noise(4 * 44100 - 588)));
+    const ChildResult result = run({}, {"a.wav"});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_TRUE(result.errors.contains("track 1 is shorter than four seconds")) << result.errors.constData();
+    EXPECT_EQ(bin().size(), 299 * frameSize);
+    m_tree.makeFile("b.wav", waveFile(noise(std::size_t(4) * 44100)));
+    EXPECT_FALSE(run({}, {"b.wav"}).errors.contains("shorter"));
+}
+
 TEST_F(Audio, list_standsForItsFiles)
 {
     makeAlbum();

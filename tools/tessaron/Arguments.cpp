@@ -174,6 +174,9 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
         return true;
     case Option::Capacity:
         return setCapacity(value);
+    case Option::Isrc:
+        m_arguments.isrcFile = value;
+        return true;
     case Option::CdText:
         m_arguments.hasCDText = true;
         return true;

@@ -70,6 +70,7 @@ struct Arguments {
     bool strict = false;
 
     // For MakeAudioImage only. Lengths are frames, 75 in a second.
+    QByteArray isrcFile; ///< empty: none
     bool isGapless = true;
     bool hasCDText = false;
     std::uint32_t gap = 0;

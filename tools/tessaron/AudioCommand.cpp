@@ -10,6 +10,8 @@
 #include "tools/tessaron/Text.h"
 
 #include <QEventLoop>
+#include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
@@ -52,6 +54,8 @@ void writeTrack(JsonWriter &writer, const AudioImageTrack &track)
     writer.member("frames", track.frames);
     writer.member("title", track.title);
     writer.member("performer", track.performer);
+    writer.member("isrc", QString::fromLatin1(track.isrc));
+    writer.member("tooShort", track.isTooShort);
     writer.member("damagedPlaces", track.damage.count);
     writer.key("damage");
     writer.beginArray();
@@ -79,6 +83,40 @@ AudioCommand::~AudioCommand() = default;
 
 ExitStatus AudioCommand::run()
 {
+    QList<QByteArray> isrcs;
+    m_problem = readIsrcs(&isrcs);
+    if (!m_problem)
+        makeImage(isrcs);
+    m_display->clear();
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
+    print(time.count());
+    if (!m_arguments.json || writeJson(time.count()))
+        return exitStatus();
+    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
+    return ExitStatus::Failed;
+}
+
+Problem AudioCommand::readIsrcs(QList<QByteArray> *isrcs) const
+{
+    if (m_arguments.isrcFile.isEmpty())
+        return {};
+    QFile file(QFile::decodeName(m_arguments.isrcFile));
+    constexpr qint64 longestText = 1 << 16; // 99 lines are some 1500 bytes
+    if (!QFileInfo(file.fileName()).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > longestText)
+        return {Problem::Kind::Source,
+                QStringLiteral("the ISRCs in %1 cannot be read").arg(quoted(m_arguments.isrcFile)),
+                QStringLiteral("Name a text with one code in a line."), m_arguments.isrcFile};
+    QByteArray text = file.readAll();
+    text.replace("\r\n", "\n");
+    while (text.endsWith('\n'))
+        text.chop(1);
+    for (const QByteArray &line : text.split('\n'))
+        *isrcs << line.trimmed();
+    return {};
+}
+
+void AudioCommand::makeImage(const QList<QByteArray> &isrcs)
+{
     AudioImageOrder order;
     order.sources = m_arguments.paths;
     order.output = m_arguments.output;
@@ -87,6 +125,7 @@ ExitStatus AudioCommand::run()
     order.isGapless = m_arguments.isGapless;
     order.capacity = m_arguments.capacity;
     order.hasCDText = m_arguments.hasCDText;
+    order.isrcs = isrcs;
     order.isSynchronized = m_arguments.isSynchronized;
     AudioImageJob job(order);
     const SignalWatcher signalWatcher([&job] { job.cancel(); }); // there before the first file is made
@@ -98,14 +137,6 @@ ExitStatus AudioCommand::run()
     loop.exec();
     m_result = job.result();
     m_problem = problemOf(m_result.error);
-
-    m_display->clear();
-    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
-    print(time.count());
-    if (!m_arguments.json || writeJson(time.count()))
-        return exitStatus();
-    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
-    return ExitStatus::Failed;
 }
 
 ExitStatus AudioCommand::exitStatus() const
@@ -138,6 +169,11 @@ void AudioCommand::print(double seconds) const
         printTracks();
     for (const AudioImageTrack &track : m_result.tracks)
         printDamage(track, isVerbose ? AudioDamageReport::mostDescribed : shownPlaces);
+    for (std::size_t number = 0; number < m_result.tracks.size() && !isQuiet; ++number) {
+        if (m_result.tracks[number].isTooShort)
+            printDiagnostic(
+                QStringLiteral("track %1 is shorter than four seconds, which many recorders refuse").arg(number + 1));
+    }
     if (!isQuiet || m_result.areTextsLost) {
         for (const QString &change : m_result.changedTexts)
             printDiagnostic(change);

@@ -23,6 +23,8 @@ public:
     [[nodiscard]] ExitStatus run();
 
 private:
+    [[nodiscard]] Problem readIsrcs(QList<QByteArray> *isrcs) const;
+    void makeImage(const QList<QByteArray> &isrcs);
     [[nodiscard]] ExitStatus exitStatus() const;
     void print(double seconds) const;
     void printTracks() const;

@@ -42,6 +42,8 @@ constexpr std::array options = {
                       "74, 80, 90 or 99: fail when the disc would be longer."},
     OptionDescription{Option::CdText, 0, "cd-text", nullptr, "audio",
                       "Titles, performers and other texts, from the tags of\nthe files."},
+    OptionDescription{Option::Isrc, 0, "isrc", "FILE", "audio",
+                      "A text with the ISRC of each track, one in a line; an\nempty line for a track without."},
     OptionDescription{Option::NoSync, 0, "no-sync", nullptr, "image audio",
                       "Do not wait until the image is on the disk."},
     OptionDescription{Option::Progress, 0, "progress", "KIND", "image audio scan verify extract",

@@ -27,6 +27,7 @@ enum class Option : std::uint8_t {
     Capacity,
     CdText,
     Track,
+    Isrc,
 };
 
 /// One option as the parser and the help text see it.
