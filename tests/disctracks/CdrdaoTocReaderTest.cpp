@@ -117,7 +117,7 @@ TEST(CdrdaoTocReader, aPregap_mayReachOverSeveralFiles)
     EXPECT_EQ(track(sheet, 1).pregap, (TrackGap{13, true}));
     EXPECT_EQ(track(sheet, 1).length, 7u);
     EXPECT_EQ(sheet.places[0].pregap, runs({{0, 0, 10}, {1, 0, 3}}));
-    EXPECT_EQ(sheet.places[0].data, runs({{1, 3 * 2352, 7}}));
+    EXPECT_EQ(sheet.places[0].data, runs({{1, 7056, 7}}));
 }
 
 TEST(CdrdaoTocReader, silence_isAGapOfTheTrack)
@@ -164,7 +164,7 @@ TEST(CdrdaoTocReader, dataFiles_areCountedInBytes)
 {
     const CueSheet sheet = read("CD_ROM TRACK MODE1 DATAFILE \"a\" #512 4096\n"
                                 "TRACK MODE1_RAW ZERO MODE1_RAW 00:02:00 START DATAFILE \"b\" // to its end\n",
-                                files({{"b", 2352 * 7 + 5}}));
+                                files({{"b", std::uint64_t(2352) * 7 + 5}}));
     EXPECT_EQ(sheet.places[0].data, runs({{0, 512, 2}}));
     EXPECT_EQ(track(sheet, 2).length, 7u);
     EXPECT_EQ(track(sheet, 2).pregap, (TrackGap{150, false}));
@@ -266,7 +266,7 @@ TEST(CdrdaoTocReader, cdrdaoItself_understandsTheSame)
     EXPECT_TRUE(shown.contains(QStringLiteral("END    00:14:00(  1050)"))) << qPrintable(shown);
     const Result<CueSheet> sheet = cdrdaoTocOfFile(folder.filePath(QStringLiteral("a.toc")).toUtf8());
     ASSERT_TRUE(sheet) << qPrintable(sheet.error().localizedFailureReason());
-    EXPECT_EQ(sheet->contents.firstBlockOfTrack(2), BlockAddress(8 * 75));
+    EXPECT_EQ(sheet->contents.firstBlockOfTrack(2), BlockAddress(600));
     EXPECT_EQ(track(*sheet, 2).length, 6u * 75);
     EXPECT_EQ(errorOf(text), "Line 7 of the .toc file: \"START\" does not belong here.");
 }

@@ -88,7 +88,7 @@ TEST_F(DecodedSound, productionRecord_cutsTheSound_andSaysWhatItSays)
     EXPECT_EQ(track->properties().value(DRSerialCopyManagementStateKey), DRSCMSCopyrightFree);
     ASSERT_TRUE(made->audiotrack());
     EXPECT_TRUE(std::dynamic_pointer_cast<KRAudioMaker>(track->producer()));
-    EXPECT_EQ(produced(*made->dataProducer(), 76), part(second, 76 * 588));
+    EXPECT_EQ(produced(*made->dataProducer(), 76), part(second, std::size_t(76) * 588));
     EXPECT_EQ(lengthOf(made->track()), 76u) << "asked again";
 }
 
@@ -172,5 +172,5 @@ TEST_F(DecodedSound, provider_saysNoPregap_orTheOneGiven)
     };
     EXPECT_EQ(pregap(0, 0), 0u);
     EXPECT_FALSE(pregap(KRDataProviderOption::anyPregap, 0).isValid());
-    EXPECT_EQ(pregap(0, 150 * 2352), 150u);
+    EXPECT_EQ(pregap(0, std::uint64_t(150) * 2352), 150u);
 }
