@@ -4,12 +4,11 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/JsonWriter.h"
-#include "tools/tessaron/SignalWatcher.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 
-#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 
@@ -128,14 +127,7 @@ void AudioCommand::makeImage(const QList<QByteArray> &isrcs)
     order.isrcs = isrcs;
     order.isSynchronized = m_arguments.isSynchronized;
     AudioImageJob job(order);
-    const SignalWatcher signalWatcher([&job] { job.cancel(); }); // there before the first file is made
-    QEventLoop loop;
-    QObject::connect(&job, &DiscJob::progressed, &loop,
-                     [this](const DiscJobProgress &progress) { m_display->show(progress); });
-    QObject::connect(&job, &AudioImageJob::finished, &loop, &QEventLoop::quit);
-    job.start();
-    loop.exec();
-    m_result = job.result();
+    m_result = runToItsEnd(job, m_display.get());
     m_problem = problemOf(m_result.error);
 }
 

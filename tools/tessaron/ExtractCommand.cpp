@@ -3,12 +3,10 @@
 #include "platform/disctracks/BlockAddress.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/JsonWriter.h"
-#include "tools/tessaron/SignalWatcher.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
-
-#include <QEventLoop>
 
 #include <cerrno>
 #include <unistd.h>
@@ -67,14 +65,7 @@ void ExtractCommand::extract()
         order.track = m_arguments.track;
     order.output = m_arguments.output;
     ExtractJob job(order);
-    const SignalWatcher signalWatcher([&job] { job.cancel(); }); // there before the first file is made
-    QEventLoop loop;
-    QObject::connect(&job, &DiscJob::progressed, &loop,
-                     [this](const DiscJobProgress &progress) { m_display->show(progress); });
-    QObject::connect(&job, &ExtractJob::finished, &loop, &QEventLoop::quit);
-    job.start();
-    loop.exec();
-    m_result = job.result();
+    m_result = runToItsEnd(job, m_display.get());
     m_problem = problemOf(m_result.error);
 }
 

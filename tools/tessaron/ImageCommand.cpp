@@ -2,11 +2,9 @@
 
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/ImageReport.h"
-#include "tools/tessaron/SignalWatcher.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
-
-#include <QEventLoop>
 
 #include <cerrno>
 #include <sys/stat.h>
@@ -68,14 +66,7 @@ DiscImageOrder ImageCommand::order() const
 void ImageCommand::makeImage()
 {
     DiscImageJob job(order());
-    const SignalWatcher signalWatcher([&job] { job.cancel(); }); // there before the first file is made
-    QEventLoop loop;
-    QObject::connect(&job, &DiscJob::progressed, &loop,
-                     [this](const DiscJobProgress &progress) { m_display->show(progress); });
-    QObject::connect(&job, &DiscImageJob::finished, &loop, &QEventLoop::quit);
-    job.start();
-    loop.exec();
-    m_result = job.result();
+    m_result = runToItsEnd(job, m_display.get());
     m_problem = problemOf(m_result.error);
     if (m_problem.kind == Problem::Kind::NotStored)
         m_problem.advice = QStringLiteral("Leave --strict out to make the image without what is missing.");

@@ -3,13 +3,11 @@
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/JsonWriter.h"
-#include "tools/tessaron/SignalWatcher.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 #include "tools/tessaron/VolumeJson.h"
-
-#include <QEventLoop>
 
 #include <algorithm>
 #include <cerrno>
@@ -132,12 +130,7 @@ ExitStatus InspectCommand::run()
 void InspectCommand::inspect()
 {
     InspectJob job(m_arguments.paths.first());
-    const SignalWatcher signalWatcher([&job] { job.cancel(); });
-    QEventLoop loop;
-    QObject::connect(&job, &InspectJob::finished, &loop, &QEventLoop::quit);
-    job.start();
-    loop.exec();
-    m_result = job.result();
+    m_result = runToItsEnd(job);
 }
 
 Problem InspectCommand::judge() const

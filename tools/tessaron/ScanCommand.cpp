@@ -2,13 +2,11 @@
 
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
-#include "tools/tessaron/SignalWatcher.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
-
-#include <QEventLoop>
 
 #include <cerrno>
 #include <unistd.h>
@@ -74,14 +72,7 @@ ExitStatus ScanCommand::run()
 void ScanCommand::scan()
 {
     ScanJob job(m_arguments.paths);
-    const SignalWatcher signalWatcher([&job] { job.cancel(); });
-    QEventLoop loop;
-    QObject::connect(&job, &DiscJob::progressed, &loop,
-                     [this](const DiscJobProgress &progress) { m_display->show(progress); });
-    QObject::connect(&job, &ScanJob::finished, &loop, &QEventLoop::quit);
-    job.start();
-    loop.exec();
-    m_result = job.result();
+    m_result = runToItsEnd(job, m_display.get());
     m_problem = problemOf(m_result.error);
 }
 

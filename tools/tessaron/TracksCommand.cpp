@@ -2,12 +2,10 @@
 
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/JsonWriter.h"
-#include "tools/tessaron/SignalWatcher.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
-
-#include <QEventLoop>
 
 #include <algorithm>
 #include <array>
@@ -138,12 +136,7 @@ ExitStatus TracksCommand::run()
 void TracksCommand::findTracks()
 {
     TracksJob job(m_arguments.paths.first());
-    const SignalWatcher signalWatcher([&job] { job.cancel(); });
-    QEventLoop loop;
-    QObject::connect(&job, &TracksJob::finished, &loop, &QEventLoop::quit);
-    job.start();
-    loop.exec();
-    m_result = job.result();
+    m_result = runToItsEnd(job);
 }
 
 bool TracksCommand::writeText() const

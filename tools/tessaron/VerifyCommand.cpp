@@ -1,12 +1,10 @@
 #include "tools/tessaron/VerifyCommand.h"
 
 #include "tools/tessaron/CommonReport.h"
-#include "tools/tessaron/SignalWatcher.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 #include <TessaronClasses/VerifyJob.h>
-
-#include <QEventLoop>
 
 #include <cerrno>
 
@@ -47,14 +45,7 @@ void VerifyCommand::verify()
     if (m_arguments.hasFilesystems)
         order.filesystems = m_arguments.filesystems;
     VerifyJob job(order);
-    const SignalWatcher signalWatcher([&job] { job.cancel(); });
-    QEventLoop loop;
-    QObject::connect(&job, &DiscJob::progressed, &loop,
-                     [this](const DiscJobProgress &progress) { m_display->show(progress); });
-    QObject::connect(&job, &VerifyJob::finished, &loop, &QEventLoop::quit);
-    job.start();
-    loop.exec();
-    m_outcome.result = job.result();
+    m_outcome.result = runToItsEnd(job, m_display.get());
     m_outcome.problem = problemOf(m_outcome.result.error);
 }
 
