@@ -1,6 +1,7 @@
 #include "platform/disctracks/CdrdaoTocReader.h"
 
 #include "platform/disctracks/CdrdaoWords.h"
+#include "tests/disctracks/ReadDescriptions.h"
 
 #include <QFile>
 #include <QProcess>
@@ -10,6 +11,8 @@
 #include <map>
 
 using namespace Tessaron;
+using Testing::runs;
+using Testing::track;
 
 namespace
 {
@@ -42,25 +45,7 @@ CueSheet read(const QByteArray &text, const CueSheetFiles &of = files())
 
 std::string errorOf(const QByteArray &text, const CueSheetFiles &of = files())
 {
-    const Result<CueSheet> sheet = cdrdaoTocOfText(text, of);
-    if (sheet)
-        return "none";
-    EXPECT_EQ(sheet.error().domain(), DiscTracksErrorDomain);
-    EXPECT_FALSE(sheet.error().localizedRecoverySuggestion().isEmpty());
-    return sheet.error().localizedFailureReason().toStdString();
-}
-
-const DiscTrack &track(const CueSheet &sheet, std::uint32_t number)
-{
-    static const DiscTrack none;
-    const DiscTrack *const found = sheet.contents.track(number);
-    EXPECT_TRUE(found) << number;
-    return found ? *found : none;
-}
-
-std::vector<CueRun> runs(std::initializer_list<CueRun> list)
-{
-    return list;
+    return Testing::errorOf(cdrdaoTocOfText(text, of));
 }
 
 } // namespace

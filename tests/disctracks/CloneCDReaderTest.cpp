@@ -2,6 +2,7 @@
 
 #include "platform/disctracks/CDTextPacks.h"
 #include "platform/disctracks/DiscDescription.h"
+#include "tests/disctracks/ReadDescriptions.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -9,6 +10,8 @@
 #include <gtest/gtest.h>
 
 using namespace Tessaron;
+using Testing::runs;
+using Testing::track;
 
 namespace
 {
@@ -56,25 +59,7 @@ CueSheet read(const QByteArray &text, std::optional<std::uint64_t> sectors)
 
 std::string errorOf(const QByteArray &text, std::optional<std::uint64_t> sectors = 100000)
 {
-    const Result<CueSheet> sheet = cloneCDOfText(text, "disc.img", image(sectors));
-    if (sheet)
-        return "none";
-    EXPECT_EQ(sheet.error().domain(), DiscTracksErrorDomain);
-    EXPECT_FALSE(sheet.error().localizedRecoverySuggestion().isEmpty());
-    return sheet.error().localizedFailureReason().toStdString();
-}
-
-const DiscTrack &track(const CueSheet &sheet, std::uint32_t number)
-{
-    static const DiscTrack none;
-    const DiscTrack *const found = sheet.contents.track(number);
-    EXPECT_TRUE(found) << number;
-    return found ? *found : none;
-}
-
-std::vector<CueRun> runs(std::initializer_list<CueRun> list)
-{
-    return list;
+    return Testing::errorOf(cloneCDOfText(text, "disc.img", image(sectors)));
 }
 
 } // namespace
