@@ -185,12 +185,13 @@ void ChildTask::abandon(ChildTask task)
     auto *const loop = QAbstractEventDispatcher::instance();
     if (task.end() || !loop)
         return; // The end of the object takes the status.
-    auto *const notifier = new QSocketNotifier(task.descriptor(), QSocketNotifier::Read, loop);
+    auto notifier = std::make_unique<QSocketNotifier>(task.descriptor(), QSocketNotifier::Read);
     const auto kept = std::make_shared<ChildTask>(std::move(task));
-    QObject::connect(notifier, &QSocketNotifier::activated, notifier, [notifier, kept] {
-        notifier->setEnabled(false);
-        notifier->deleteLater();
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), [ended = notifier.get(), kept] {
+        ended->setEnabled(false);
+        ended->deleteLater();
     });
+    notifier.release()->setParent(loop);
 }
 
 } // namespace Tessaron
