@@ -179,6 +179,7 @@ TEST_F(KRImageBrowserTest, nameThatIsNotUtf8_isReadLikeAnyOther)
 TEST_F(KRImageBrowserTest, modelThatEnds_whileThumbnailsAreMade_leavesNothingBehind)
 {
     std::vector<std::shared_ptr<KRImageBrowserItem>> items;
+    items.reserve(300);
     for (int number = 0; number < 300; ++number)
         items.push_back(
             KRImageBrowserItem::initWithPath(writePicture(QStringLiteral("%1.png").arg(number), {300, 300}, Qt::red)));
@@ -198,6 +199,7 @@ TEST_F(KRImageBrowserTest, requestsThatWereDroppedWhileScrolling_areMadeWhenThei
 {
     const QString picture = writePicture(QStringLiteral("a.png"), {20, 20}, Qt::red);
     std::vector<std::shared_ptr<KRImageBrowserItem>> items;
+    items.reserve(600);
     for (int number = 0; number < 600; ++number)
         items.push_back(KRImageBrowserItem::initWithPath(picture));
     KRImageBrowserModel model;
