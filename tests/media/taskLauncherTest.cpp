@@ -1,5 +1,6 @@
 #include "platform/foundation/NSBundle.h"
 #include "tests/media/LauncherFixture.h"
+#include "tests/support/MeasurableMemory.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -183,7 +184,9 @@ TEST_F(TaskLauncher, aTaskThatFloodsItsErrorStream_takesNoMemory)
     const long before = peakMemory();
     run(shell("head -c 1G /dev/zero >&2; echo done"));
     EXPECT_EQ(bytes, (qint64(1) << 30) + 5);
-    EXPECT_LT(peakMemory() - before, 8 << 20);
+    if (memoryIsMeasurable) {
+        EXPECT_LT(peakMemory() - before, 8 << 20);
+    }
 }
 
 TEST_F(TaskLauncher, aTaskThatFloods_doesNotKeepOtherEventsAway)
