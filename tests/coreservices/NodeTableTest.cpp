@@ -1,5 +1,7 @@
 #include "platform/coreservices/NodeTable.h"
 
+#include "tests/support/MeasurableMemory.h"
+
 #include <QByteArray>
 #include <QFile>
 
@@ -14,12 +16,6 @@ namespace Tessaron
 
 namespace
 {
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool memoryIsMeasurable = false;
-#else
-constexpr bool memoryIsMeasurable = true;
-#endif
 
 /// Bytes of memory that the process uses.
 std::int64_t residentBytes()
@@ -108,7 +104,7 @@ TEST(NodeTable, intern_givesAllThreadsTheSameNodes_whenTheyInternTheSameNames)
 
 TEST(NodeTable, aMillionNames_costAbout40BytesEach)
 {
-    if (!memoryIsMeasurable)
+    if (!Testing::memoryIsMeasurable)
         GTEST_SKIP() << "a sanitizer adds memory of its own";
     NodeTable &table = NodeTable::shared();
     const std::int64_t before = residentBytes();

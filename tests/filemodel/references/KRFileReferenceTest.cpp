@@ -1,6 +1,7 @@
 #include "platform/coreservices/Aliases.h"
 #include "platform/coreservices/ForkAttributes.h"
 #include "platform/foundation/NSBundle.h"
+#include "tests/support/MeasurableMemory.h"
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/FileReferenceFunctions.h>
 #include <TessaronClasses/KRFileReference.h>
@@ -23,12 +24,6 @@ namespace Tessaron
 
 namespace
 {
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool memoryIsMeasurable = false;
-#else
-constexpr bool memoryIsMeasurable = true;
-#endif
 
 class KRFileReferenceTest : public ::testing::Test
 {
@@ -291,7 +286,7 @@ TEST_F(KRFileReferenceTest, options_belongToTheReference_andMayBeChangedInPlace)
 
 TEST_F(KRFileReferenceTest, aReference_costsLittleMemory)
 {
-    if (!memoryIsMeasurable)
+    if (!Testing::memoryIsMeasurable)
         GTEST_SKIP() << "a sanitizer adds memory of its own";
     tree.makeFile("file");
     const FSRef ref = fsRef(tree.pathText("file"));
