@@ -16,10 +16,10 @@ namespace Tessaron
 /// Draws and edits the items of a view with an image in front of their text. The image stands 3 points from the left
 /// edge of the cell, centred in its height; the text has the rest.
 ///
-/// The image is the one that was set, the same for all items; while there is none, it is the one that the model gives
-/// for an item (Qt::DecorationRole: an icon in the size that the view asks for, an image or a pixmap). An item without
-/// either is drawn as every item delegate draws it. Sizes are in points; an image of a higher device pixel ratio takes
-/// the fewer points. On the main thread.
+/// setImage() gives all items the same image. Without it, each item shows its own from the model (Qt::DecorationRole:
+/// an icon in the size that the view asks for, an image or a pixmap), and an item that has no image is drawn as by any
+/// other item delegate. Sizes are in points: an image with a device pixel ratio of 2 takes half as many as it has
+/// pixels. On the main thread.
 class TESSARON_EXPORT ImageAndTextCell : public QStyledItemDelegate
 {
     Q_OBJECT

@@ -17,7 +17,7 @@ namespace Tessaron
 /// CD-TEXT made of tags.
 struct AudioTexts {
     CDText text; ///< one block, in English and Latin-1; without blocks where no file has a tag for it
-    std::vector<QByteArray> isrcs; ///< one for each track; empty where there is none that is sound
+    std::vector<QByteArray> isrcs; ///< one for each track; an empty one where the tags give no valid ISRC
     QStringList changes; ///< what does not stand in it as in the tags, each in a sentence
     bool isAnyLost = false; ///< some of that has left nothing sensible
 };

@@ -7,7 +7,7 @@
 namespace Tessaron
 {
 
-/// A picture made small, or why there is none.
+/// A picture made small, or the reason why it could not be read.
 struct Thumbnail {
     QImage image;
     QString problem; ///< a sentence; empty with an image
