@@ -99,7 +99,8 @@ TEST_F(TaskLauncherControl, notifications_reachALauncherOfAnotherThreadThere)
     std::atomic<std::int32_t> uid = 0;
     Qt::HANDLE heardOn = nullptr, ownThread = nullptr;
     bool hasSuspended = false;
-    std::unique_ptr<QThread> thread(QThread::create([&] {
+    std::atomic<bool> isOver = false;
+    std::jthread thread([&] {
         ownThread = QThread::currentThreadId();
         QEventLoop loop;
         const std::shared_ptr<taskLauncher> own = taskLauncher::init();
@@ -110,19 +111,19 @@ TEST_F(TaskLauncherControl, notifications_reachALauncherOfAnotherThreadThere)
             loop.quit();
         };
         own->setDelegate(delegate);
-        if (own->launchTasksWithArguments(words({"/bin/sleep", "1000"})) != 0)
-            return;
-        uid = own->uid();
-        loop.exec();
-    }));
-    thread->start();
+        if (own->launchTasksWithArguments(words({"/bin/sleep", "1000"})) == 0) {
+            uid = own->uid();
+            loop.exec();
+        }
+        isOver = true;
+    });
     ASSERT_TRUE(runEventLoopUntil([&] { return uid != 0; }));
     drainEventLoop(); // the bus is observed by this thread
     NSNotificationCenter::defaultCenter().postNotificationName(zelPauseTasks, QString::number(uid));
     EXPECT_FALSE(
         NSDistributedNotificationCenter::defaultCenter().postNotificationName(zelKillTasks, QString::number(uid)));
-    EXPECT_TRUE(runEventLoopUntil([&] { return thread->isFinished(); }));
-    thread->wait();
+    EXPECT_TRUE(runEventLoopUntil([&] { return isOver.load(); }));
+    thread.join();
     EXPECT_TRUE(hasSuspended);
     EXPECT_EQ(heardOn, ownThread);
     drainEventLoop();

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace Tessaron;
@@ -332,7 +333,7 @@ TEST_F(TaskLauncher, callbacks_arriveOnTheThreadThatLaunched)
     Qt::HANDLE heardOn = nullptr;
     QString heard;
     bool hasEnded = false;
-    std::unique_ptr<QThread> thread(QThread::create([&] {
+    std::jthread thread([&] {
         QEventLoop loop;
         const std::shared_ptr<taskLauncher> own = taskLauncher::init();
         taskLauncherDelegate delegate;
@@ -345,9 +346,8 @@ TEST_F(TaskLauncher, callbacks_arriveOnTheThreadThatLaunched)
         own->setDelegate(delegate);
         if (own->launchTasksWithArguments(words({"/bin/echo", "a"})) == 0)
             loop.exec();
-    }));
-    thread->start();
-    thread->wait();
+    });
+    thread.join();
     EXPECT_TRUE(hasEnded);
     EXPECT_EQ(heard, QStringLiteral("a\n"));
     EXPECT_NE(heardOn, mainThread);

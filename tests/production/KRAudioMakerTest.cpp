@@ -225,7 +225,8 @@ TEST_F(AudioMaker, helper_getsSourcePipeAndName_andTheNullDeviceForItsOutput)
 
 TEST_F(AudioMaker, helper_thatDeliversHalfABuffer_isFollowedByZeros)
 {
-    useHelper("exec 3> \"$2\"; printf '%01176d' 0 | tr 0 x >&3\n");
+    // It stays until the bytes are taken: what lies in the pipe of a helper that has ended is not read.
+    useHelper("exec 3> \"$2\"; printf '%01176d' 0 | tr 0 x >&3; sleep 1\n");
     onBurnThread([&] {
         ASSERT_TRUE(prepare(*maker));
         EXPECT_EQ(produce(*maker, frameSize), QByteArray(1176, 'x') + zeros(1176));

@@ -1,3 +1,4 @@
+#include "platform/foundation/RunLoopQueue.h"
 #include "ui/views/Thumbnail.h"
 
 #include <QCache>
@@ -129,8 +130,7 @@ private:
             m_requests.pop_back();
         }
         const Thumbnail made = thumbnailOfFile(request.path, m_points * m_ratio);
-        QMetaObject::invokeMethod(
-            &m_receiver, [this, made, uid = request.uid] { keep(uid, made); }, Qt::QueuedConnection);
+        m_made.perform([this, made, uid = request.uid] { keep(uid, made); });
     }
 
     void keep(const QString &uid, const Thumbnail &made)
@@ -154,7 +154,7 @@ private:
     std::mutex m_mutex; ///< guards the requests
     std::deque<Request> m_requests;
 
-    QObject m_receiver; ///< its end silences what is on its way to the main thread
+    RunLoopQueue m_made; ///< its end silences what is on its way to the main thread
     QThreadPool m_pool;
 };
 

@@ -45,14 +45,14 @@ TEST_F(ScanJobs, job_countsEachSource)
     EXPECT_EQ(run.phases.back(), DiscJobPhase::Done);
 }
 
-/// Counts what the jobs post to the main thread.
+/// Counts what the main thread is sent.
 class PostedEvents final : public QObject
 {
 public:
     PostedEvents() { QCoreApplication::instance()->installEventFilter(this); }
-    bool eventFilter(QObject *, QEvent *event) override
+    bool eventFilter(QObject *, QEvent *) override
     {
-        count += event->type() == QEvent::User ? 1 : 0;
+        ++count;
         return false;
     }
 
