@@ -3,9 +3,7 @@
 #include <QByteArray>
 #include <QTemporaryDir>
 
-#include <memory>
-
-class QProcess;
+#include <sys/types.h>
 
 namespace Tessaron::Testing
 {
@@ -24,7 +22,7 @@ public:
 
 private:
     QTemporaryDir m_folder;
-    std::unique_ptr<QProcess> m_daemon;
+    pid_t m_daemon = -1;
 };
 
 /// Takes every trace of a session bus out of the environment.

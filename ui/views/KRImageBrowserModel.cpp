@@ -5,14 +5,18 @@
 #include <QPainter>
 #include <QPixmap>
 #include <QSet>
-#include <QThreadPool>
 
 #include <TessaronClassesUI/KRImageBrowserItem.h>
 #include <TessaronClassesUI/KRImageBrowserModel.h>
 #include <algorithm>
+#include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <optional>
+#include <stop_token>
+#include <system_error>
+#include <thread>
+#include <vector>
 
 namespace Tessaron
 {
@@ -58,19 +62,15 @@ public:
         , m_ratio(ratio)
         , m_blank(centred({}, points, ratio))
         , m_kept(keptBytes)
+        , m_mostThreads(std::max(2u, std::thread::hardware_concurrency()) - 1)
     {
-        m_pool.setMaxThreadCount(std::max(1, QThread::idealThreadCount() - 1));
     }
-
+    /// Waits for the pictures that are being read.
     ~Thumbnails()
     {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_requests.clear();
-        }
-        m_pool.waitForDone();
+        for (std::jthread &thread : m_threads)
+            thread.request_stop();
     }
-
     Thumbnails(const Thumbnails &) = delete;
     Thumbnails &operator=(const Thumbnails &) = delete;
 
@@ -84,8 +84,8 @@ public:
             return kept;
         if (m_awaited.contains(uid))
             return nullptr;
-        m_awaited.insert(uid);
-        ask({uid, item.imageRepresentation()});
+        if (isReady())
+            ask({uid, item.imageRepresentation()});
         return nullptr;
     }
 
@@ -101,8 +101,21 @@ private:
         QString path;
     };
 
+    /// Whether there is a thread to ask. As long as the system gives none, pictures stay blank.
+    bool isReady()
+    {
+        if (m_threads.size() < m_mostThreads) {
+            try {
+                m_threads.emplace_back([this](const std::stop_token &stop) { makeAll(stop); });
+            } catch (const std::system_error &) {
+            }
+        }
+        return !m_threads.empty();
+    }
+
     void ask(Request request)
     {
+        m_awaited.insert(request.uid);
         std::optional<QString> dropped;
         {
             const std::lock_guard lock(m_mutex);
@@ -114,23 +127,28 @@ private:
         }
         if (dropped)
             m_awaited.remove(*dropped);
-        else
-            m_pool.start([this] { makeLatest(); });
+        m_changed.notify_one();
     }
 
-    /// On a thread of the pool. Each run makes one; there are as many runs as requests.
-    void makeLatest()
+    /// On a thread of its own.
+    void makeAll(const std::stop_token &stop)
     {
-        Request request;
-        {
-            const std::lock_guard lock(m_mutex);
-            if (m_requests.empty())
-                return;
-            request = std::move(m_requests.back());
-            m_requests.pop_back();
+        while (const std::optional<Request> request = takeLatest(stop)) {
+            const Thumbnail made = thumbnailOfFile(request->path, m_points * m_ratio);
+            m_made.perform([this, made, uid = request->uid] { keep(uid, made); });
         }
-        const Thumbnail made = thumbnailOfFile(request.path, m_points * m_ratio);
-        m_made.perform([this, made, uid = request.uid] { keep(uid, made); });
+    }
+
+    /// Waits for one; empty once the thread is to end.
+    std::optional<Request> takeLatest(const std::stop_token &stop)
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, stop, [this] { return !m_requests.empty(); });
+        if (stop.stop_requested())
+            return std::nullopt;
+        std::optional<Request> latest = std::move(m_requests.back());
+        m_requests.pop_back();
+        return latest;
     }
 
     void keep(const QString &uid, const Thumbnail &made)
@@ -152,10 +170,12 @@ private:
     QSet<QString> m_awaited;
 
     std::mutex m_mutex; ///< guards the requests
+    std::condition_variable_any m_changed;
     std::deque<Request> m_requests;
 
     RunLoopQueue m_made; ///< its end silences what is on its way to the main thread
-    QThreadPool m_pool;
+    const std::size_t m_mostThreads;
+    std::vector<std::jthread> m_threads; ///< last, so that they are joined first
 };
 
 KRImageBrowserModel::KRImageBrowserModel(QObject *parent)
