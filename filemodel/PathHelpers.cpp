@@ -114,8 +114,13 @@ QString stringByResolvingFinderAlias(const QString &path)
 
 QString unusedName(const QString &path)
 {
+    return unusedName(path, [](const QString &) { return false; });
+}
+
+QString unusedName(const QString &path, const std::function<bool(const QString &)> &isTakenToo)
+{
     QByteArray bytes = fileSystemRepresentation(path);
-    if (!existsAt(bytes))
+    if (!existsAt(bytes) && !isTakenToo(path))
         return path;
     while (bytes.size() > 1 && bytes.endsWith('/'))
         bytes.chop(1);
@@ -125,8 +130,9 @@ QString unusedName(const QString &path)
     const QByteArray stem = extension.isEmpty() ? name : name.chopped(extension.size() + 1);
     for (std::uint64_t number = 1;; ++number) {
         const QByteArray candidate = folder + numberedName(stem, number, extension);
-        if (!existsAt(candidate))
-            return stringWithFileSystemRepresentation(candidate);
+        QString result = stringWithFileSystemRepresentation(candidate);
+        if (!existsAt(candidate) && !isTakenToo(result))
+            return result;
     }
 }
 

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace Tessaron
 {
 
@@ -24,6 +26,9 @@ namespace Tessaron
 
 /// The path itself when nothing is there, else the first free one of the form "a-1.txt", "a-2.txt", … for "a.txt".
 [[nodiscard]] TESSARON_EXPORT QString unusedName(const QString &path);
+/// The same where more paths are taken than those at which something is, as by files that are still to be made.
+[[nodiscard]] TESSARON_EXPORT QString unusedName(const QString &path,
+                                                 const std::function<bool(const QString &)> &isTakenToo);
 
 /// True for an alias file; false for anything else and when nothing is there.
 [[nodiscard]] TESSARON_EXPORT bool isFinderAliasAtPath(const QString &path);

@@ -81,6 +81,16 @@ TEST_F(PathHelpers, unusedName_countsUp_untilANameIsFree)
     EXPECT_EQ(unusedName(tree.pathText("folder/")), tree.pathText("folder-2"));
 }
 
+TEST_F(PathHelpers, unusedName_passesOverNamesThatAreTakenElsewhere)
+{
+    tree.makeFile("a-2.txt");
+    const QStringList promised{tree.pathText("a.txt"), tree.pathText("a-1.txt"), tree.pathText("b.txt")};
+    const auto isPromised = [&](const QString &path) { return promised.contains(path); };
+    EXPECT_EQ(unusedName(tree.pathText("a.txt"), isPromised), tree.pathText("a-3.txt"));
+    EXPECT_EQ(unusedName(tree.pathText("b.txt"), isPromised), tree.pathText("b-1.txt"));
+    EXPECT_EQ(unusedName(tree.pathText("c.txt"), isPromised), tree.pathText("c.txt"));
+}
+
 TEST_F(PathHelpers, unusedName_takesOnlyARealExtensionForOne)
 {
     tree.makeFile(".hidden");
