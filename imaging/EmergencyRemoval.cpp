@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <cstring>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace Tessaron
@@ -17,16 +18,25 @@ namespace
 struct NotedFile {
     std::atomic<bool> isTaken = false;
     std::atomic<bool> isNoted = false;
+    EmergencyKind kind = EmergencyKind::File;
     int folder = -1;
     std::array<char, 256> name = {};
 };
 static_assert(std::atomic<bool>::is_always_lock_free);
 
-std::array<NotedFile, 4> notedFiles;
+std::array<NotedFile, 128> notedFiles;
+
+void removeNoted(EmergencyKind kind)
+{
+    for (NotedFile &file : notedFiles) {
+        if (file.isNoted.load() && file.kind == kind)
+            ::unlinkat(file.folder, file.name.data(), kind == EmergencyKind::Folder ? AT_REMOVEDIR : 0);
+    }
+}
 
 } // namespace
 
-int noteForEmergencyRemoval(int folder, const QByteArray &name)
+int noteForEmergencyRemoval(int folder, const QByteArray &name, EmergencyKind kind)
 {
     if (name.size() >= qsizetype(NotedFile().name.size()))
         return -1;
@@ -34,6 +44,7 @@ int noteForEmergencyRemoval(int folder, const QByteArray &name)
         NotedFile &file = notedFiles[number];
         if (file.isTaken.exchange(true))
             continue;
+        file.kind = kind;
         file.folder = folder;
         std::memcpy(file.name.data(), name.constData(), size_t(name.size()) + 1);
         file.isNoted.store(true);
@@ -53,10 +64,8 @@ void forgetEmergencyRemoval(int number)
 
 void removeUnfinishedFiles()
 {
-    for (NotedFile &file : notedFiles) {
-        if (file.isNoted.load())
-            ::unlinkat(file.folder, file.name.data(), 0);
-    }
+    removeNoted(EmergencyKind::File);
+    removeNoted(EmergencyKind::Folder);
 }
 
 } // namespace Tessaron
