@@ -50,8 +50,10 @@ QString KRProcess::name() const
 
 int KRProcess::waitUntilExit() const
 {
+    constexpr int noChild = -1;
+    // What is no number of a process means groups of children to waitpid(2), and would take the status of any of them.
     int status = 0;
-    return ::waitpid(m_kinfo.p_pid, &status, WNOHANG);
+    return m_kinfo.p_pid > 0 ? ::waitpid(m_kinfo.p_pid, &status, WNOHANG) : noChild;
 }
 
 } // namespace Tessaron

@@ -152,7 +152,7 @@ int taskLauncher::launchTasksWithArguments(const QVariantList &arguments)
     d->launchError = errorOfStages(stages);
     if (stages.status == TaskStages::Status::NoArguments)
         return int(stages.status);
-    if (d->isRunning || !d->tasks.empty()) {
+    if (!d->tasks.empty()) {
         d->launchError = launchFailure(paramErr, QStringLiteral("a pipeline of this launcher still runs"),
                                        QStringLiteral("Wait for its end, or terminate it."));
         return launchImpossible;
@@ -160,12 +160,12 @@ int taskLauncher::launchTasksWithArguments(const QVariantList &arguments)
     d->alreadyNotified = false;
     d->isSuspended = false;
     d->hasEndedNormally = false;
+    d->isRunning = true; // Also when nothing can be started: terminate() alone clears it.
     d->terminationStatus = 0;
     d->ends.clear();
     if (stages.status != TaskStages::Status::Complete)
         return int(stages.status);
     d->launchError = d->launch(stages);
-    d->isRunning = !d->launchError;
     return d->launchError ? launchImpossible : 0;
 }
 
@@ -297,8 +297,8 @@ void taskLauncher::terminate()
 {
     const std::shared_ptr<taskLauncher> self = shared_from_this();
     d->isRunning = false;
-    if (!d->tasks.empty()) {
-        resume(); // A stopped process cannot die cleanly.
+    resume(); // A stopped process cannot die cleanly.
+    if (!d->tasks.empty()) { // The delegate may have terminated it just now.
         d->ends.clear();
         for (ChildTask &task : d->tasks) {
             const std::optional<ChildTask::End> end = task.end();

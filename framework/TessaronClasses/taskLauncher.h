@@ -97,6 +97,8 @@ public:
     void resume();
 
     [[nodiscard]] bool isSuspended() const;
+    /// True from a launch with arguments on, one that could not start anything included, until the end was reported or
+    /// terminate() was called.
     [[nodiscard]] bool isRunning() const;
 
     /// Whether output is passed on as it is, without making text of it. False at first.

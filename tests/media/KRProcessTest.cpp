@@ -87,3 +87,18 @@ TEST(KRProcess, record_isCopied)
     EXPECT_EQ(process->name(), QStringLiteral("name"));
     EXPECT_EQ(process->parentPID(), 34);
 }
+
+TEST(KRProcess, waitUntilExit_leavesOtherChildrenAlone_forANumberThatIsNoProcess)
+{
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(5);
+    siginfo_t information = {};
+    ASSERT_EQ(::waitid(P_PID, id_t(child), &information, WEXITED | WNOWAIT), 0);
+    for (const std::int32_t number : {0, -1, -::getpgrp()}) {
+        const kinfo_proc record{number, 0, "name", 1};
+        EXPECT_EQ(KRProcess::initWithKinfo_proc(&record)->waitUntilExit(), -1) << number;
+    }
+    const kinfo_proc record{child, 0, "name", 1};
+    EXPECT_EQ(KRProcess::initWithKinfo_proc(&record)->waitUntilExit(), child) << "its status was not taken";
+}

@@ -17,7 +17,6 @@ class TaskLauncherFailure : public LauncherTest
 protected:
     void expectNothingRuns()
     {
-        EXPECT_FALSE(launcher->isRunning());
         EXPECT_TRUE(launcher->launchError());
         EXPECT_FALSE(launcher->launchError().localizedDescription().isEmpty());
         EXPECT_TRUE(runEventLoopUntil([] { return children().empty(); }));
@@ -49,6 +48,23 @@ TEST_F(TaskLauncherFailure, launching_returns3_forAToolThatIsNotThere)
          {words({"sort"}), words({"/bin/echo", "a", "|", "sort"}), words({"/missing"}), words({"", "a"})}) {
         EXPECT_EQ(launcher->launchTasksWithArguments(arguments), 3);
         expectNothingRuns();
+    }
+}
+
+TEST_F(TaskLauncherFailure, launching_withArguments_countsAsRunning_untilItIsTerminated)
+{
+    EXPECT_EQ(launcher->launchTasksWithArguments({}), 1);
+    EXPECT_FALSE(launcher->isRunning());
+    for (const auto &arguments : {words({"|"}), words({"/missing"}), words({"/"})}) {
+        EXPECT_NE(launcher->launchTasksWithArguments(arguments), 0);
+        EXPECT_TRUE(launcher->isRunning());
+        launcher->suspend();
+        EXPECT_TRUE(events.empty()) << "there is no task to suspend";
+        launcher->terminate();
+        EXPECT_FALSE(launcher->isRunning());
+        EXPECT_EQ(launcher->terminationStatus(), taskLauncher::terminatedStatus);
+        EXPECT_EQ(events, std::vector<std::string>{"end"}) << "a launch makes the end one that was not reported";
+        events.clear();
     }
 }
 

@@ -2,8 +2,11 @@
 #include "tests/media/LauncherFixture.h"
 #include "tests/support/MeasurableMemory.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QProcess>
+#include <QProcessEnvironment>
 #include <QThread>
 
 #include <csignal>
@@ -279,6 +282,48 @@ TEST_F(TaskLauncher, suspending_stopsAllTasksAndTellsOnce_resumingLetsThemGoOn)
     EXPECT_EQ(events.size(), 3u) << "nothing runs any more";
 }
 
+/// The signals that a launcher sends, in their order: this program once more, watched by strace.
+TEST_F(TaskLauncher, suspending_beginsWithTheLastTask_resumingWithTheFirst)
+{
+    if (qEnvironmentVariableIsSet("TESSARON_SENDS_SIGNALS")) {
+        const auto sleeper = [](const QByteArray &file) {
+            return words({"/bin/sh", "-c", ("echo $$ >" + file + "; exec sleep 1000").constData()});
+        };
+        const QByteArray folder = qgetenv("TESSARON_SENDS_SIGNALS");
+        QVariantList arguments = sleeper(folder + "/1");
+        for (const char *name : {"/2", "/3"})
+            arguments << QStringLiteral("|") << sleeper(folder + name);
+        ASSERT_EQ(launcher->launchTasksWithArguments(arguments), 0);
+        for (const char *name : {"/1", "/2", "/3"})
+            ASSERT_TRUE(runEventLoopUntil([&] {
+                QFile file(QString::fromUtf8(folder + name));
+                return file.open(QIODevice::ReadOnly) && file.readAll().endsWith('\n');
+            }));
+        launcher->suspend();
+        launcher->resume();
+        return;
+    }
+    QProcess strace;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("TESSARON_SENDS_SIGNALS"), tree.pathText());
+    strace.setProcessEnvironment(environment);
+    strace.start(QStringLiteral("strace"),
+                 {QStringLiteral("-qq"), QStringLiteral("--decode-fds=pidfd"), QStringLiteral("-e"),
+                  QStringLiteral("trace=pidfd_send_signal"), QStringLiteral("-e"), QStringLiteral("signal=none"),
+                  QStringLiteral("-o"), tree.pathText("log"), QCoreApplication::applicationFilePath(),
+                  QStringLiteral("--gtest_filter=TaskLauncher.suspending_beginsWithTheLastTask_resumingWithTheFirst")});
+    ASSERT_TRUE(strace.waitForFinished(60000));
+    ASSERT_EQ(strace.exitCode(), 0) << strace.readAll().constData();
+    std::string order;
+    for (const QByteArray &line : tree.contents("log").split('\n')) {
+        for (const char *name : {"1", "2", "3"}) {
+            if (line.contains("<pid:" + tree.contents(name).trimmed() + '>'))
+                order += std::string(name) + (line.contains("SIGSTOP") ? 's' : line.contains("SIGCONT") ? 'c' : 'k');
+        }
+    }
+    EXPECT_EQ(order.substr(0, 12), "3s2s1s1c2c3c") << tree.contents("log").constData();
+}
+
 TEST_F(TaskLauncher, terminating_resumesFirst)
 {
     ASSERT_EQ(launcher->launchTasksWithArguments(words({"/bin/sleep", "1000"})), 0);
@@ -289,9 +334,25 @@ TEST_F(TaskLauncher, terminating_resumesFirst)
     EXPECT_TRUE(runEventLoopUntil([] { return children().empty(); }));
 }
 
+TEST_F(TaskLauncher, delegate_mayTerminate_whenItHearsOfTheResuming)
+{
+    taskLauncherDelegate delegate = recordingDelegate();
+    delegate.taskLauncherTaskDidResume = [this](taskLauncher &self) {
+        events.emplace_back("resume");
+        self.terminate();
+    };
+    launcher->setDelegate(delegate);
+    ASSERT_EQ(launcher->launchTasksWithArguments(words({"/bin/sleep", "1000"})), 0);
+    launcher->suspend();
+    launcher->terminate();
+    EXPECT_EQ(events, (std::vector<std::string>{"suspend", "resume", "end"}));
+    ASSERT_EQ(launcher->taskEnds().size(), 1u);
+    EXPECT_FALSE(launcher->taskEnds()[0].hasEnded);
+}
+
 TEST_F(TaskLauncher, delegate_mayLetGoOfTheLauncher_inEachCallback)
 {
-    for (const char *where : {"text", "end", "suspend"}) {
+    for (const char *where : {"text", "errors", "end", "suspend"}) {
         std::shared_ptr<taskLauncher> own = taskLauncher::init();
         bool isGone = false;
         const auto letGo = [&] {
