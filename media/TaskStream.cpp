@@ -57,4 +57,15 @@ void TaskStream::read()
     received(QByteArray(buffer.data(), std::max<ssize_t>(got, 0)));
 }
 
+void TaskStream::readWhatIsThere()
+{
+    QByteArray bytes(qsizetype(pieceSize), Qt::Uninitialized);
+    const ssize_t got = m_descriptor ? ::read(m_descriptor.get(), bytes.data(), pieceSize) : 0;
+    if (got <= 0)
+        return;
+    bytes.truncate(got);
+    const std::function<void(const QByteArray &)> received = m_received;
+    received(bytes);
+}
+
 } // namespace Tessaron

@@ -25,6 +25,10 @@ public:
 
     [[nodiscard]] bool hasEnded() const { return !m_descriptor; }
 
+    /// Reads what the pipe holds now, without waiting for more: no more than a pipe's own size, from a writer that
+    /// never stops.
+    void readWhatIsThere();
+
 private:
     void read();
     void stop();

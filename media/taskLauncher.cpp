@@ -92,9 +92,12 @@ public:
     }
 
     [[nodiscard]] NSError launch(const TaskStages &stages);
-    [[nodiscard]] Result<Pipe> launchStage(const TaskStage &stage, UniqueDescriptor input, Pipe *errors);
-    void listen(Pipe output, Pipe errors);
+    [[nodiscard]] NSError launchStages(const TaskStages &stages, Pipe &outputPipe, int errorsOfLast,
+                                       int errorsOfOthers);
+    [[nodiscard]] Result<Pipe> launchStage(const TaskStage &stage, UniqueDescriptor input, int standardError);
+    void listen(UniqueDescriptor fromOutput, UniqueDescriptor fromErrors, UniqueDescriptor fromEarlierErrors);
     void received(const QByteArray &data, Utf8Pieces &pieces);
+    void receivedFromEarlierTasks(const QByteArray &data);
     void lookForEnd();
     void waitForTasks(std::chrono::milliseconds atMost);
     void killTasks();
@@ -117,6 +120,7 @@ public:
     std::vector<TaskEnd> ends;
     std::unique_ptr<TaskStream> errors;
     std::unique_ptr<TaskStream> output;
+    std::unique_ptr<TaskStream> earlierErrors; ///< null unless the delegate wants them
     Utf8Pieces errorText;
     Utf8Pieces outputText;
     std::unique_ptr<QSocketNotifier> lastTaskEnd;
@@ -177,23 +181,39 @@ NSError taskLauncher::Private::launch(const TaskStages &stages)
     Result<Pipe> errorPipe = makePipe();
     if (!errorPipe)
         return errorPipe.error();
-    UniqueDescriptor input;
-    for (const TaskStage &stage : stages.stages) {
-        Pipe *const errorsOfStage = &stage == &stages.stages.back() ? &*errorPipe : nullptr;
-        Result<Pipe> pipe = launchStage(stage, std::move(input), errorsOfStage);
-        if (!pipe) {
-            killTasks();
-            forgetTasks();
+    Pipe earlierErrorPipe, outputPipe;
+    if (stages.stages.size() > 1 && delegate.taskLauncherDidReceiveErrorsOfEarlierTasks) {
+        Result<Pipe> pipe = makePipe();
+        if (!pipe)
             return pipe.error();
-        }
-        input = std::move(pipe->readEnd);
+        earlierErrorPipe = *std::move(pipe);
     }
-    listen({std::move(input), {}}, {std::move(errorPipe->readEnd), {}});
+    NSError error = launchStages(stages, outputPipe, errorPipe->writeEnd.get(), earlierErrorPipe.writeEnd.get());
+    if (error) {
+        killTasks();
+        forgetTasks();
+        return error;
+    }
+    listen(std::move(outputPipe.readEnd), std::move(errorPipe->readEnd), std::move(earlierErrorPipe.readEnd));
+    return {};
+}
+
+/// -1 for errors stands for those of this process. In the end, the pipe is that of the last stage.
+NSError taskLauncher::Private::launchStages(const TaskStages &stages, Pipe &outputPipe, int errorsOfLast,
+                                            int errorsOfOthers)
+{
+    for (const TaskStage &stage : stages.stages) {
+        const bool isLast = &stage == &stages.stages.back();
+        Result<Pipe> pipe = launchStage(stage, std::move(outputPipe.readEnd), isLast ? errorsOfLast : errorsOfOthers);
+        if (!pipe)
+            return pipe.error();
+        outputPipe = *std::move(pipe);
+    }
     return {};
 }
 
 /// The pipe that the stage writes to; its end for writing is closed here already.
-Result<Pipe> taskLauncher::Private::launchStage(const TaskStage &stage, UniqueDescriptor input, Pipe *errorPipe)
+Result<Pipe> taskLauncher::Private::launchStage(const TaskStage &stage, UniqueDescriptor input, int standardError)
 {
     Result<Pipe> pipe = makePipe();
     if (!pipe)
@@ -202,30 +222,39 @@ Result<Pipe> taskLauncher::Private::launchStage(const TaskStage &stage, UniqueDe
     order.arguments = stage;
     order.standardInput = input.get();
     order.standardOutput = pipe->writeEnd.get();
-    order.standardError = errorPipe ? errorPipe->writeEnd.get() : -1;
+    order.standardError = standardError;
     order.processGroup = tasks.empty() ? 0 : tasks.front().processIdentifier();
     Result<ChildTask> task = ChildTask::launch(order);
     if (!task)
         return task.error();
     tasks.push_back(*std::move(task));
     pipe->writeEnd.reset();
-    if (errorPipe)
-        errorPipe->writeEnd.reset();
     return pipe;
 }
 
-void taskLauncher::Private::listen(Pipe outputPipe, Pipe errorPipe)
+void taskLauncher::Private::listen(UniqueDescriptor fromOutput, UniqueDescriptor fromErrors,
+                                   UniqueDescriptor fromEarlierErrors)
 {
     errorText = outputText = {};
-    errors = std::make_unique<TaskStream>(std::move(errorPipe.readEnd),
+    errors = std::make_unique<TaskStream>(std::move(fromErrors),
                                           [this](const QByteArray &data) { received(data, errorText); });
-    output = std::make_unique<TaskStream>(std::move(outputPipe.readEnd),
+    output = std::make_unique<TaskStream>(std::move(fromOutput),
                                           [this](const QByteArray &data) { received(data, outputText); });
+    if (fromEarlierErrors)
+        earlierErrors = std::make_unique<TaskStream>(
+            std::move(fromEarlierErrors), [this](const QByteArray &data) { receivedFromEarlierTasks(data); });
     lastTaskEnd = std::make_unique<QSocketNotifier>(tasks.back().descriptor(), QSocketNotifier::Read);
     QObject::connect(lastTaskEnd.get(), &QSocketNotifier::activated, lastTaskEnd.get(), [this] {
         lastTaskEnd->setEnabled(false); // It would come again and again while output is still to be read.
         lookForEnd();
     });
+}
+
+void taskLauncher::Private::receivedFromEarlierTasks(const QByteArray &data)
+{
+    const std::shared_ptr<taskLauncher> self = owner.shared_from_this();
+    if (!data.isEmpty())
+        send(&taskLauncherDelegate::taskLauncherDidReceiveErrorsOfEarlierTasks, data);
 }
 
 void taskLauncher::Private::received(const QByteArray &data, Utf8Pieces &pieces)
@@ -252,10 +281,15 @@ void taskLauncher::Private::lookForEnd()
     const std::optional<ChildTask::End> end = tasks.back().end();
     if (!end)
         return;
+    const std::shared_ptr<taskLauncher> self = owner.shared_from_this();
     hasEndedNormally = true;
     terminationStatus = end->status;
     waitForTasks(graceAtEnd);
-    owner.terminate();
+    // A task before the last one may outlive it, so the end of this stream is not waited for.
+    if (earlierErrors)
+        earlierErrors->readWhatIsThere();
+    if (!tasks.empty()) // The delegate may have terminated it just now.
+        owner.terminate();
 }
 
 void taskLauncher::Private::waitForTasks(std::chrono::milliseconds atMost)
@@ -288,6 +322,7 @@ void taskLauncher::Private::forgetTasks()
     }
     errors.reset();
     output.reset();
+    earlierErrors.reset();
     for (ChildTask &task : tasks)
         ChildTask::abandon(std::move(task));
     tasks.clear();

@@ -34,6 +34,9 @@ struct taskLauncherDelegate {
     std::function<void(taskLauncher &launcher, const QString &string)> taskLauncherDidReceiveNewString;
     /// The same as it is, when dontConvertDataToString() was told so.
     std::function<void(taskLauncher &launcher, const QByteArray &data)> taskLauncherDidReceiveNewData;
+    /// What the tasks before the last one write to standard error, as it is. Where this function is empty at the
+    /// launch, they write to the standard error of this process.
+    std::function<void(taskLauncher &launcher, const QByteArray &data)> taskLauncherDidReceiveErrorsOfEarlierTasks;
     /// Once for each launch: all output was delivered and the last task has ended, or the launcher was terminated.
     std::function<void(taskLauncher &launcher)> taskLauncherTaskDidEnd;
     std::function<void(taskLauncher &launcher)> taskLauncherTaskDidSuspend;
@@ -42,7 +45,8 @@ struct taskLauncherDelegate {
 
 /// Runs programs as a pipeline of child processes and passes on what the last one writes. No shell is involved: each
 /// argument reaches its program as it is. The tasks share a process group of their own, and no descriptors of this
-/// process but the first task's standard input (a terminal excepted) and the standard error of all but the last one.
+/// process but the first task's standard input (a terminal excepted) and, unless the delegate hears of it, the standard
+/// error of all but the last one.
 ///
 /// Made, used and destroyed on one thread, whose event loop reads: what is written while it does not turn waits in the
 /// pipe, and the task with it. Destroying a launcher kills the tasks that still run; the delegate hears nothing then.

@@ -154,6 +154,35 @@ TEST_F(TaskLauncher, output_behindTheEndOfOneStreamIsNotLost)
     }
 }
 
+TEST_F(TaskLauncher, errorsOfEarlierTasks_areHeard_whereTheDelegateWantsThem)
+{
+    QByteArray heard;
+    taskLauncherDelegate delegate = recordingDelegate();
+    delegate.taskLauncherDidReceiveErrorsOfEarlierTasks = [&](taskLauncher &, const QByteArray &piece) {
+        heard += piece;
+    };
+    launcher->setDelegate(delegate);
+    run(words({"/bin/sh", "-c", "echo one >&2; echo x", "|", "/bin/sh", "-c", "echo two >&2; cat", "|", "/bin/sh", "-c",
+               "cat; echo three >&2"}));
+    EXPECT_EQ(heard, QByteArray("one\ntwo\n"));
+    EXPECT_EQ(text.size(), 8) << text.toStdString();
+    EXPECT_TRUE(text.contains(QStringLiteral("three\n")) && text.contains(QStringLiteral("x\n")));
+    EXPECT_EQ(events, std::vector<std::string>{"end"});
+}
+
+TEST_F(TaskLauncher, errorsOfAnEarlierTask_thatRunsOn_doNotHoldUpTheEnd)
+{
+    QByteArray heard;
+    taskLauncherDelegate delegate = recordingDelegate();
+    delegate.taskLauncherDidReceiveErrorsOfEarlierTasks = [&](taskLauncher &, const QByteArray &piece) {
+        heard += piece;
+    };
+    launcher->setDelegate(delegate);
+    run(words({"/bin/sh", "-c", "echo why >&2; echo x; exec sleep 1000", "|", "/bin/sh", "-c", "read line"}));
+    EXPECT_EQ(heard, QByteArray("why\n"));
+    EXPECT_FALSE(launcher->taskEnds().at(0).hasEnded);
+}
+
 TEST_F(TaskLauncher, end_isNotReported_whileTheLastTaskRunsWithoutStreams)
 {
     QElapsedTimer timer;
@@ -365,10 +394,16 @@ TEST_F(TaskLauncher, delegate_mayLetGoOfTheLauncher_inEachCallback)
             if (place == "text")
                 letGo();
         };
+        delegate.taskLauncherDidReceiveErrorsOfEarlierTasks = [&](taskLauncher &, const QByteArray &) {
+            if (place == "errors")
+                letGo();
+        };
         delegate.taskLauncherTaskDidEnd = [&](taskLauncher &) { letGo(); };
         delegate.taskLauncherTaskDidSuspend = [&](taskLauncher &) { letGo(); };
         own->setDelegate(delegate);
-        ASSERT_EQ(own->launchTasksWithArguments(shell("echo a; sleep 0.1")), 0);
+        ASSERT_EQ(own->launchTasksWithArguments(
+                      words({"/bin/sh", "-c", "echo e >&2", "|", "/bin/sh", "-c", "sleep 0.1; echo a; sleep 0.1"})),
+                  0);
         if (place == "suspend")
             own->suspend();
         EXPECT_TRUE(runEventLoopUntil([&] { return isGone; })) << where;
