@@ -97,6 +97,7 @@ void KRAudioConverter::convertAudioFiles(const std::optional<QStringList> &sourc
     m_totalProgress = 0;
     m_aborted = false;
     m_fileCount = float(sources->size());
+    m_isNextFileDue = false;
     convertNextFile();
 }
 
@@ -113,6 +114,7 @@ void KRAudioConverter::abort()
     }
     m_queue.clear();
     m_outPaths.clear();
+    m_isNextFileDue = false; // Between two files, the end would be told twice.
     convertNextFile();
 }
 
@@ -124,7 +126,7 @@ QString KRAudioConverter::lastTaskMessage() const
 void KRAudioConverter::convertNextFile()
 {
     m_oldProgress = 0;
-    if (!m_win)
+    if (!std::exchange(m_hasLoadedInterface, true))
         loadInterface();
     if (m_queue.isEmpty()) {
         notifyAboutTheEnd();
@@ -259,7 +261,11 @@ void KRAudioConverter::taskLauncherTaskDidEnd()
     const auto endedWell = [](const taskLauncher::TaskEnd &end) { return end.hasEnded && end.status == 0; };
     if (std::all_of(m_lastTaskEnds.begin(), m_lastTaskEnds.end(), endedWell))
         m_currentOutPath.clear(); // It is whole: an abort or a failure of the next file leaves it alone.
-    performLater(timeBetweenFiles, [this] { convertNextFile(); });
+    m_isNextFileDue = true;
+    performLater(timeBetweenFiles, [this] {
+        if (std::exchange(m_isNextFileDue, false))
+            convertNextFile();
+    });
 }
 
 void KRAudioConverter::notifyAboutTheEnd()
@@ -296,6 +302,7 @@ void KRAudioConverter::endSheet()
 {
     if (!m_useStandardUI || !m_sheetModal || !m_win)
         return;
+    m_hasLoadedInterface = false;
     m_win->endSheetAndClose();
     // Its cancel button may be what has led here.
     performLater(std::chrono::milliseconds(0),

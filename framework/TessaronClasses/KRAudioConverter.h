@@ -103,7 +103,11 @@ public:
 
     /// What loads the interface file; without it there is no sheet.
     using InterfaceLoader = std::function<std::unique_ptr<KRAudioConverterInterface>(KRAudioConverter &owner)>;
-    void setInterfaceLoader(const InterfaceLoader &loader) { m_interfaceLoader = loader; }
+    void setInterfaceLoader(const InterfaceLoader &loader)
+    {
+        m_interfaceLoader = loader;
+        m_hasLoadedInterface = m_win != nullptr;
+    }
 
     /// The programs that run; null between two files.
     [[nodiscard]] std::shared_ptr<taskLauncher> task() const { return m_task; }
@@ -144,12 +148,15 @@ private:
     KRAudioConverterDelegate m_delegate;
     bool m_useStandardUI = false;
     bool m_aborted = false;
+    bool m_isNextFileDue = false; ///< a tool has ended a moment ago
     QPointer<QObject> m_sheetModal;
     QString m_currentOutPath; ///< being written; null when no file is
     InterfaceLoader m_interfaceLoader;
-    std::unique_ptr<KRAudioConverterInterface> m_win; ///< null until it is loaded
+    std::unique_ptr<KRAudioConverterInterface> m_win; ///< null until it is loaded, and where that has failed
+    bool m_hasLoadedInterface = false; ///< or has tried to
     QObject m_progressObserver; ///< its end ends the observation
-    QByteArray m_taskOutput; ///< the end of what the programs of the current file have printed
+    QByteArray m_taskOutput; ///< the end of what the last program of the current file has printed
+    QByteArray m_earlierTaskOutput; ///< and the one before it
     std::vector<taskLauncher::TaskEnd> m_lastTaskEnds;
 };
 

@@ -6,6 +6,9 @@
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/KRAudioConverter.h>
 
+#include <QElapsedTimer>
+
+#include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -85,6 +88,19 @@ protected:
     [[nodiscard]] bool waitForEvent(std::size_t count = 1)
     {
         return runEventLoopUntil([&] { return events.size() >= count; });
+    }
+
+    /// Calls `function` when the tool that runs now has ended and the converter has heard of it.
+    void atEndOfTool(const std::function<void()> &function) const
+    {
+        const std::shared_ptr<taskLauncher> task = converter->task();
+        ASSERT_TRUE(task);
+        taskLauncherDelegate taskDelegate = task->delegate();
+        taskDelegate.taskLauncherTaskDidEnd = [function, own = taskDelegate.taskLauncherTaskDidEnd](taskLauncher &one) {
+            own(one);
+            function();
+        };
+        task->setDelegate(taskDelegate);
     }
 
     const TemporaryTree tree;
@@ -296,6 +312,43 @@ TEST_F(AudioConverter, aborting_duringTheSecondFile_deletesThatFileOnly)
     EXPECT_FALSE(tree.exists("out/third.wav"));
 }
 
+TEST_F(AudioConverter, aborting_betweenTwoFiles_isToldOnce_andLeavesTheFirst)
+{
+    makeQrlMov2Wav("echo x >\"$2\"");
+    convert({one, other}, {outOne, outOther}, 0);
+    atEndOfTool([this] { converter->abort(); });
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_FALSE(runEventLoopUntil([&] { return events.size() > 1; }, std::chrono::milliseconds(200)));
+    EXPECT_EQ(events, std::vector<std::string>{"abort"});
+    EXPECT_TRUE(tree.exists("out/one.wav"));
+    EXPECT_FALSE(tree.exists("out/other.wav"));
+}
+
+TEST_F(AudioConverter, aNewBatch_betweenTwoFiles_startsEachOfItsFilesOnce)
+{
+    makeQrlMov2Wav("echo \"$1\" >>" + tree.path("log") + "; sleep 0.1; echo x >\"$2\"");
+    convert({one, other}, {outOne, outOther}, 0);
+    atEndOfTool([this] { convert({other, one}, {outOther, outOne}, 0); });
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_FALSE(runEventLoopUntil([&] { return events.size() > 1; }, std::chrono::milliseconds(200)));
+    EXPECT_EQ(tree.contents("log"),
+              tree.path("one.flac") + '\n' + tree.path("other.flac") + '\n' + tree.path("one.flac") + '\n');
+}
+
+TEST_F(AudioConverter, theNextFile_beginsAHundredthOfASecondLater)
+{
+    makeQrlMov2Wav("echo x >\"$2\"");
+    convert({one, other}, {outOne, outOther}, 0);
+    QElapsedTimer timer;
+    atEndOfTool([&] {
+        timer.start();
+        EXPECT_FALSE(converter->task());
+    });
+    ASSERT_TRUE(runEventLoopUntil([&] { return timer.isValid() && converter->task(); }));
+    EXPECT_GE(timer.nsecsElapsed(), 9'000'000) << "Qt's timers may be early by a twentieth";
+    ASSERT_TRUE(waitForEvent());
+}
+
 TEST_F(AudioConverter, aborting_deletesTheFolderThatIsEmptyThen)
 {
     makeQrlMov2Wav("echo part >\"$2\"; sleep 100");
@@ -355,11 +408,13 @@ TEST_F(AudioConverter, sheet_endsWithAFailure)
 
 TEST_F(AudioConverter, sheet_withoutAWindow_isMissedInTheLog)
 {
+    makeQrlMov2Wav("echo x >\"$2\"");
     converter->setUseStandardUI(true);
     testing::internal::CaptureStderr();
-    converter->convertAudioFiles(QStringList(), QStringList(), 0);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "error no sheet modal in audio converter\n");
-    ASSERT_TRUE(waitForEvent());
+    convert({one, other}, {outOne, outOther}, 0);
+    const bool hasEnded = waitForEvent();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "error no sheet modal in audio converter\n") << "once";
+    EXPECT_TRUE(hasEnded);
 }
 
 TEST_F(AudioConverter, delegate_mayLetGoOfTheConverter)
