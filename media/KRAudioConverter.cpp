@@ -8,6 +8,7 @@
 
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <chrono>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,7 +21,7 @@ namespace
 {
 
 constexpr qint64 folderIsMissing = 100020;
-constexpr qsizetype mostOutputKept = 4096; ///< bytes
+constexpr qsizetype mostOutputKept = 16384; ///< bytes; a hundred places of damage are described in 8 thousand
 /// From 1970 to the reference date, the begin of 2001, both in UTC.
 constexpr std::chrono::seconds referenceDate(978307200);
 constexpr std::chrono::milliseconds timeBetweenFiles(10);
@@ -58,6 +59,12 @@ QString pathOfLame()
     return own.isEmpty() ? QStandardPaths::findExecutable(name) : own;
 }
 
+void keepEnd(QByteArray &kept, const QByteArray &data)
+{
+    kept += data;
+    kept = kept.last(std::min(kept.size(), mostOutputKept));
+}
+
 NSError exportFailedError(const QString &path)
 {
     const QString name =
@@ -79,6 +86,11 @@ KRAudioConverter::~KRAudioConverter()
 {
     cancelPreviousPerformRequests(this);
     NSDistributedNotificationCenter::defaultCenter().removeObserver(&m_progressObserver);
+}
+
+bool KRAudioConverter::hasEncoder()
+{
+    return !pathOfLame().isEmpty();
 }
 
 std::shared_ptr<KRAudioConverter> KRAudioConverter::init()
@@ -121,6 +133,11 @@ void KRAudioConverter::abort()
 QString KRAudioConverter::lastTaskMessage() const
 {
     return QString::fromUtf8(m_taskOutput).trimmed();
+}
+
+QString KRAudioConverter::earlierTaskMessage() const
+{
+    return QString::fromUtf8(m_earlierTaskOutput).trimmed();
 }
 
 void KRAudioConverter::convertNextFile()
@@ -216,11 +233,15 @@ bool KRAudioConverter::launch(const QVariantList &arguments)
             dummyProgress(notification.userInfo);
         }));
     m_taskOutput.clear();
+    m_earlierTaskOutput.clear();
     m_lastTaskEnds.clear();
     m_task = taskLauncher::init();
     taskLauncherDelegate delegate;
     delegate.taskLauncherDidReceiveNewData = [this](taskLauncher &, const QByteArray &data) {
-        m_taskOutput = (m_taskOutput + data).last(std::min(m_taskOutput.size() + data.size(), mostOutputKept));
+        keepEnd(m_taskOutput, data);
+    };
+    delegate.taskLauncherDidReceiveErrorsOfEarlierTasks = [this](taskLauncher &, const QByteArray &data) {
+        keepEnd(m_earlierTaskOutput, data);
     };
     delegate.taskLauncherTaskDidEnd = [this](taskLauncher &) { taskLauncherTaskDidEnd(); };
     m_task->setDelegate(delegate);

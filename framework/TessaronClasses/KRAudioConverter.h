@@ -74,6 +74,9 @@ public:
     static constexpr std::int32_t mp3FormatConstant128 = 4;
     static constexpr std::int32_t mp3FormatConstant160 = 5;
 
+    /// Whether there is an encoder for MP3: the application's own "lame", else that of the system. Any thread.
+    [[nodiscard]] static bool hasEncoder();
+
     /// Never null.
     [[nodiscard]] static std::shared_ptr<KRAudioConverter> init();
     ~KRAudioConverter();
@@ -113,8 +116,9 @@ public:
     [[nodiscard]] std::shared_ptr<taskLauncher> task() const { return m_task; }
     /// How the programs of the last file that has ended have ended.
     [[nodiscard]] const std::vector<taskLauncher::TaskEnd> &lastTaskEnds() const { return m_lastTaskEnds; }
-    /// The last lines that the last one of them has printed, as text.
+    /// The last lines that the last one of them has printed, as text, and the one before it.
     [[nodiscard]] QString lastTaskMessage() const;
+    [[nodiscard]] QString earlierTaskMessage() const;
 
 private:
     KRAudioConverter();
