@@ -2,6 +2,7 @@
 #include "platform/foundation/NSBundle.h"
 #include "platform/quicktime/mov2wav/PCMFile.h"
 #include "tests/quicktime/Sounds.h"
+#include "tests/support/EventLoop.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/TemporaryTree.h"
 
@@ -71,13 +72,47 @@ TEST_F(QrlMov2Wav, result_isRight_whereTheLengthIsNotKnownBefore)
     EXPECT_EQ(decodedByFFmpeg(tree.path("b.wav")), noise(100003));
 }
 
+TEST_F(QrlMov2Wav, result_hasTheRateThatWasAskedFor)
+{
+    tree.makeFile("a.wav", waveFile(tone(96000, 2, 48000), 2, 48000));
+    for (const char *const rate : {"8000", "22050", "44100", "48000", "96000", "384000"}) {
+        for (const QByteArray kind : {"wave", "aiff"}) {
+            const QByteArray path = tree.path(QByteArray("b.") + (kind == "wave" ? "wav" : "aiff"));
+            EXPECT_EQ(run({tree.path("a.wav"), path, kind, rate}), 0) << errors.constData();
+            EXPECT_EQ(outputOfProgram("soxi", {"-r", path}).trimmed(), rate);
+            EXPECT_EQ(outputOfProgram("soxi", {"-s", path}).trimmed().toInt(), 2 * QByteArray(rate).toInt());
+            EXPECT_EQ(outputOfProgram("soxi", {"-c", path}).trimmed(), "2");
+        }
+    }
+    EXPECT_EQ(run({tree.path("a.wav"), tree.path("same.wav"), "wave", "48000"}), 0);
+    EXPECT_EQ(tree.contents("same.wav"), tree.contents("a.wav")) << "what has this form already is left as it is";
+}
+
+TEST_F(QrlMov2Wav, itsEnd_followsThatOfItsStarter)
+{
+    tree.makeFile("a.wav", waveFile(noise(4000000)));
+    const QByteArray program =
+        (NSBundle::mainBundle()->pathForResource(QStringLiteral("QrlMov2Wav"), QStringLiteral("app"))
+         + QStringLiteral("/Contents/MacOS/QrlMov2Wav"))
+            .toUtf8();
+    // A shell starts it, lets it begin, and is gone.
+    const QByteArray script = program + ' ' + tree.path("a.wav") + ' ' + tree.path("b.wav") + " wave 384000 2>"
+        + tree.path("errors") + " & while [ ! -s " + tree.path("b.wav") + " ]; do :; done";
+    EXPECT_EQ(QProcess::execute(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QString::fromUtf8(script)}), 0);
+    EXPECT_TRUE(runEventLoopUntil([this] { return tree.contents("errors").contains("has ended"); }));
+    EXPECT_TRUE(runEventLoopUntil([this] { return !tree.exists("b.wav"); }));
+}
+
 TEST_F(QrlMov2Wav, refuses_wrongArguments)
 {
     tree.makeFile("a.wav", waveFile(noise(1000)));
     for (const QList<QByteArray> &arguments : {QList<QByteArray>{},
                                                {tree.path("a.wav"), tree.path("b"), "wave"},
                                                {tree.path("a.wav"), tree.path("b"), "flac", "44100"},
-                                               {tree.path("a.wav"), tree.path("b"), "wave", "48000"},
+                                               {tree.path("a.wav"), tree.path("b"), "wave", "7999"},
+                                               {tree.path("a.wav"), tree.path("b"), "wave", "384001"},
+                                               {tree.path("a.wav"), tree.path("b"), "wave", "44.1"},
+                                               {tree.path("a.wav"), tree.path("b"), "wave", "-44100"},
                                                {tree.path("a.wav"), tree.path("b"), "wave", "44100", "name", "more"}}) {
         EXPECT_EQ(run(arguments), 2);
         EXPECT_FALSE(errors.isEmpty());
@@ -131,8 +166,8 @@ TEST_F(QrlMov2Wav, saysDamageWithItsExitStatus_andKeepsTheLength)
 TEST_F(QrlMov2Wav, aiffFiles_refuseWhatTheyCannotHold)
 {
     const Result<PCMFile> known =
-        PCMFile::create(tree.path("a.aiff"), PCMFile::Kind::AIFF, mostBytesInAiff + 1, tree.path("source"));
+        PCMFile::create(tree.path("a.aiff"), PCMFile::Kind::AIFF, {}, mostBytesInAiff + 1, tree.path("source"));
     ASSERT_FALSE(known);
-    EXPECT_TRUE(known.error().localizedDescription().contains(QStringLiteral("AIFF")));
+    EXPECT_TRUE(known.error().localizedDescription().contains(QStringLiteral("AIFF file can hold (3 h 22 min)")));
     EXPECT_FALSE(tree.exists("a.aiff"));
 }

@@ -18,13 +18,12 @@ namespace
 
 static_assert(std::endian::native == std::endian::little, "samples are written as they lie in memory");
 
-constexpr int outputRate = int(CDAudioDecoder::samplesPerSecond);
 constexpr AVSampleFormat outputFormat = AV_SAMPLE_FMT_S16;
 constexpr int soxrPrecision = 28; ///< bits; the best that soxr has
 
 /// Encoders of Opus have resampled to 48,000 and rounded up: rounded down, a sound that was a CD's has its length
 /// again.
-std::int64_t scaledToOutput(std::int64_t samples, int rate, AVCodecID codec)
+std::int64_t scaled(std::int64_t samples, int rate, int outputRate, AVCodecID codec)
 {
     return av_rescale_rnd(samples, outputRate, rate, codec == AV_CODEC_ID_OPUS ? AV_ROUND_DOWN : AV_ROUND_NEAR_INF);
 }
@@ -32,8 +31,9 @@ std::int64_t scaledToOutput(std::int64_t samples, int rate, AVCodecID codec)
 } // namespace
 
 struct CDAudioDecoder::Private {
-    explicit Private(std::unique_ptr<AudioStreamReader> stream)
+    Private(std::unique_ptr<AudioStreamReader> stream, std::uint32_t wantedRate)
         : reader(std::move(stream))
+        , outputRate(int(wantedRate))
     {
     }
 
@@ -51,7 +51,13 @@ struct CDAudioDecoder::Private {
     [[nodiscard]] NSError decodeMore();
     [[nodiscard]] std::size_t available() const { return (output.size() - taken) / 2; }
 
+    [[nodiscard]] std::int64_t scaledToOutput(std::int64_t samples, int fromRate) const
+    {
+        return scaled(samples, fromRate, outputRate, reader->parameters().codec_id);
+    }
+
     const std::unique_ptr<AudioStreamReader> reader;
+    const int outputRate; ///< samples a second
     std::vector<std::int16_t> output; ///< decoded and not read yet, from `taken` on
     std::size_t taken = 0;
     bool isAtEnd = false;
@@ -123,7 +129,7 @@ int CDAudioDecoder::Private::endForm()
         return 0;
     if (const int code = resample(nullptr, 0); code < 0)
         return code;
-    const std::int64_t missing = scaledToOutput(samplesIn, rate, reader->parameters().codec_id) - samplesOut;
+    const std::int64_t missing = scaledToOutput(samplesIn, rate) - samplesOut;
     const std::size_t excess = std::min(std::size_t(std::max<std::int64_t>(-missing, 0)) * 2, output.size() - taken);
     output.resize(output.size() - excess);
     output.resize(output.size() + std::size_t(std::max<std::int64_t>(missing, 0)) * 2, 0);
@@ -185,12 +191,13 @@ CDAudioDecoder::CDAudioDecoder(std::unique_ptr<Private> priv)
 
 CDAudioDecoder::~CDAudioDecoder() = default;
 
-Result<std::unique_ptr<CDAudioDecoder>> CDAudioDecoder::openFile(const QByteArray &path, std::stop_token stop)
+Result<std::unique_ptr<CDAudioDecoder>> CDAudioDecoder::openFile(const QByteArray &path, std::stop_token stop,
+                                                                 std::uint32_t rate)
 {
     Result<std::unique_ptr<AudioStreamReader>> reader = AudioStreamReader::open(path, std::move(stop));
     if (!reader)
         return reader.error();
-    return std::unique_ptr<CDAudioDecoder>(new CDAudioDecoder(std::make_unique<Private>(*std::move(reader))));
+    return std::unique_ptr<CDAudioDecoder>(new CDAudioDecoder(std::make_unique<Private>(*std::move(reader), rate)));
 }
 
 Result<std::uint64_t> CDAudioDecoder::countSamples(const QByteArray &path, std::stop_token stop)
@@ -215,8 +222,7 @@ Result<std::uint64_t> CDAudioDecoder::countSamples(const QByteArray &path, std::
 CDAudioLength CDAudioDecoder::length() const
 {
     const SampleCount length = d->reader->length();
-    const std::int64_t samples = std::max<std::int64_t>(
-        scaledToOutput(length.samples, d->reader->sampleRate(), d->reader->parameters().codec_id), 0);
+    const std::int64_t samples = std::max<std::int64_t>(d->scaledToOutput(length.samples, d->reader->sampleRate()), 0);
     return {std::uint64_t(samples), length.isExact};
 }
 

@@ -35,11 +35,12 @@ public:
     static constexpr std::uint32_t samplesPerSecond = 44100;
     static constexpr std::size_t bytesPerFrame = 2352; ///< 1/75 s
 
-    /// Opens a local, regular file, reading all of it when only that tells its length. Errors have the domain
+    /// Opens a local, regular file, reading all of it when only that tells its length. `rate` is for those who want
+    /// another number of samples a second than a CD has. Errors have the domain
     /// NSOSStatusErrorDomain: noMovieFound for what holds no sound, noCodecErr for what cannot be decoded,
     /// userCanceledErr, and those of the file system.
-    [[nodiscard]] static Result<std::unique_ptr<CDAudioDecoder>> openFile(const QByteArray &path,
-                                                                          std::stop_token stop = {});
+    [[nodiscard]] static Result<std::unique_ptr<CDAudioDecoder>>
+    openFile(const QByteArray &path, std::stop_token stop = {}, std::uint32_t rate = samplesPerSecond);
 
     /// The exact length, found by decoding all of the file where nothing less tells it.
     [[nodiscard]] static Result<std::uint64_t> countSamples(const QByteArray &path, std::stop_token stop = {});

@@ -15,11 +15,13 @@ namespace Tessaron
 namespace
 {
 
-constexpr PCMForm soundOfCD;
-
-NSError tooLong(const QByteArray &path)
+NSError tooLong(const QByteArray &path, const PCMForm &form)
 {
-    return mediaError(paramErr, path, QStringLiteral("the sound is longer than an AIFF file can hold (3 h 22 min)"),
+    const std::uint64_t minutes = mostBytesInAiff / form.bytesPerFrame() / form.samplesPerSecond / 60;
+    return mediaError(paramErr, path,
+                      QStringLiteral("the sound is longer than an AIFF file can hold (%1 h %2 min)")
+                          .arg(minutes / 60)
+                          .arg(minutes % 60),
                       QStringLiteral("Convert it to WAVE, or in parts."));
 }
 
@@ -40,10 +42,11 @@ NSError checkDestination(const QByteArray &path, const QByteArray &source)
 
 } // namespace
 
-PCMFile::PCMFile(UniqueDescriptor file, QByteArray path, Kind kind, bool hasRoom)
+PCMFile::PCMFile(UniqueDescriptor file, QByteArray path, Kind kind, const PCMForm &form, bool hasRoom)
     : m_file(std::move(file))
     , m_path(std::move(path))
     , m_kind(kind)
+    , m_form(form)
     , m_hasRoom(hasRoom)
 {
 }
@@ -54,11 +57,11 @@ PCMFile::~PCMFile()
         ::unlink(m_path.constData());
 }
 
-Result<PCMFile> PCMFile::create(const QByteArray &path, Kind kind, std::uint64_t expectedBytes,
+Result<PCMFile> PCMFile::create(const QByteArray &path, Kind kind, const PCMForm &form, std::uint64_t expectedBytes,
                                 const QByteArray &source)
 {
     if (kind == Kind::AIFF && expectedBytes > mostBytesInAiff)
-        return tooLong(path);
+        return tooLong(path, form);
     if (const NSError error = checkDestination(path, source))
         return error;
     const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
@@ -66,7 +69,7 @@ Result<PCMFile> PCMFile::create(const QByteArray &path, Kind kind, std::uint64_t
     if (!file)
         return NSError::errorWithErrno(errno, QString::fromUtf8(path));
     const bool isKnownToFit = expectedBytes > 0 && expectedBytes <= mostBytesInWave;
-    PCMFile result(std::move(file), path, kind, !isKnownToFit);
+    PCMFile result(std::move(file), path, kind, form, !isKnownToFit);
     const QByteArray header = result.header();
     if (const int failure = writeFully(result.m_file.get(), header.constData(), std::size_t(header.size())))
         return result.error(failure);
@@ -75,7 +78,7 @@ Result<PCMFile> PCMFile::create(const QByteArray &path, Kind kind, std::uint64_t
 
 QByteArray PCMFile::header() const
 {
-    return m_kind == Kind::Wave ? waveHeader(soundOfCD, m_bytes, m_hasRoom) : aiffHeader(soundOfCD, m_bytes);
+    return m_kind == Kind::Wave ? waveHeader(m_form, m_bytes, m_hasRoom) : aiffHeader(m_form, m_bytes);
 }
 
 NSError PCMFile::error(int errnoValue) const
@@ -89,7 +92,7 @@ NSError PCMFile::write(char *samples, std::size_t bytes)
 {
     if (m_kind == Kind::AIFF) {
         if (m_bytes + bytes > mostBytesInAiff)
-            return tooLong(m_path);
+            return tooLong(m_path, m_form);
         for (std::size_t position = 0; position + 1 < bytes; position += 2)
             std::swap(samples[position], samples[position + 1]);
     }

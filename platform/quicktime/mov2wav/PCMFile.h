@@ -13,7 +13,7 @@
 namespace Tessaron
 {
 
-/// A WAVE or AIFF file that is being written: the sound of a CD. Unless it is finished, nothing is left of it.
+/// A WAVE or AIFF file that is being written: two channels of 16 bits. Unless it is finished, nothing is left of it.
 class PCMFile
 {
 public:
@@ -22,8 +22,8 @@ public:
     /// Makes the file, or empties the one that is there. `expectedBytes` is how many bytes of samples will come, if
     /// that is known, else 0: what an AIFF file cannot hold is refused at once then, and a WAVE file whose size is
     /// known has the plain header of 44 bytes. Only a regular file will do, and not `source`, which would be lost.
-    [[nodiscard]] static Result<PCMFile> create(const QByteArray &path, Kind kind, std::uint64_t expectedBytes,
-                                                const QByteArray &source);
+    [[nodiscard]] static Result<PCMFile> create(const QByteArray &path, Kind kind, const PCMForm &form,
+                                                std::uint64_t expectedBytes, const QByteArray &source);
     ~PCMFile();
     PCMFile(PCMFile &&other) = default;
     PCMFile &operator=(PCMFile &&) = delete;
@@ -34,13 +34,14 @@ public:
     [[nodiscard]] NSError finish();
 
 private:
-    PCMFile(UniqueDescriptor file, QByteArray path, Kind kind, bool hasRoom);
+    PCMFile(UniqueDescriptor file, QByteArray path, Kind kind, const PCMForm &form, bool hasRoom);
     [[nodiscard]] QByteArray header() const;
     [[nodiscard]] NSError error(int errnoValue) const;
 
     UniqueDescriptor m_file; ///< invalid once it is finished
     QByteArray m_path;
     Kind m_kind;
+    PCMForm m_form;
     bool m_hasRoom; ///< a WAVE header that can become one of RF64
     std::uint64_t m_bytes = 0;
 };

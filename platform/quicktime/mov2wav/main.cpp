@@ -1,6 +1,9 @@
-// QrlMov2Wav: converts the sound of an audio or movie file to a WAVE or AIFF file with the samples of a CD.
+// QrlMov2Wav: converts the sound of an audio or movie file to a WAVE or AIFF file of two channels with 16 bits.
 //
-//     QrlMov2Wav SOURCE DESTINATION wave|aiff 44100 [NOTIFICATION]
+//     QrlMov2Wav SOURCE DESTINATION wave|aiff RATE [NOTIFICATION]
+//
+// RATE is how many samples a second the result has, 44100 for that of a CD. A WAVE file that is longer than 4 GiB is an
+// RF64 file; one of AIFF cannot be longer than 2 GiB.
 //
 // Exit status: 0 the file is there, 1 it is not, 2 wrong arguments, 3 it is there but something in the source was
 // broken and is silent in it. Progress is posted as distributed notifications of the given name.
@@ -9,6 +12,7 @@
 #include "platform/quicktime/decoding/CDAudioDecoder.h"
 #include "platform/quicktime/mov2wav/PCMFile.h"
 #include "platform/quicktime/redbook/ProgressPoster.h"
+#include "platform/quicktime/redbook/Starter.h"
 
 #include <QCoreApplication>
 
@@ -25,6 +29,16 @@ namespace
 enum ExitStatus { Written = 0, Failed = 1, WrongArguments = 2, WrittenWithDamage = 3 };
 
 constexpr std::size_t samplesAtATime = CDAudioDecoder::samplesPerSecond;
+// What there are files of, from telephones to the masters of studios.
+constexpr unsigned int lowestRate = 8000, highestRate = 384000;
+
+struct Order {
+    QByteArray source;
+    QByteArray destination;
+    PCMFile::Kind kind = PCMFile::Kind::Wave;
+    PCMForm form;
+    QString notification;
+};
 
 void say(const QString &text)
 {
@@ -47,8 +61,9 @@ int statusAfter(const AudioDamageReport &damage)
     return damage.isEmpty() ? Written : WrittenWithDamage;
 }
 
-int copySound(CDAudioDecoder &decoder, PCMFile &file, ProgressPoster &poster)
+int copySound(CDAudioDecoder &decoder, PCMFile &file, const QByteArray &source, ProgressPoster &poster)
 {
+    const Starter starter;
     std::vector<char> buffer(samplesAtATime * CDAudioDecoder::bytesPerSample);
     for (;;) {
         const Result<std::size_t> got = decoder.read(buffer.data(), samplesAtATime);
@@ -56,6 +71,8 @@ int copySound(CDAudioDecoder &decoder, PCMFile &file, ProgressPoster &poster)
             return statusAfter(got.error());
         if (*got == 0)
             break;
+        if (starter.hasEnded())
+            return statusAfter(Starter::endedError(source));
         if (const NSError error = file.write(buffer.data(), *got * CDAudioDecoder::bytesPerSample))
             return statusAfter(error);
         poster.setProgress(decoder.progress());
@@ -66,18 +83,20 @@ int copySound(CDAudioDecoder &decoder, PCMFile &file, ProgressPoster &poster)
     return statusAfter(decoder.damage());
 }
 
-int convert(const QByteArray &source, const QByteArray &destination, PCMFile::Kind kind, const QString &notification)
+int convert(const Order &order)
 {
-    const Result<std::unique_ptr<CDAudioDecoder>> decoder = CDAudioDecoder::openFile(source);
+    const Result<std::unique_ptr<CDAudioDecoder>> decoder =
+        CDAudioDecoder::openFile(order.source, {}, order.form.samplesPerSecond);
     if (!decoder)
         return statusAfter(decoder.error());
     const CDAudioLength length = (*decoder)->length();
-    Result<PCMFile> file = PCMFile::create(
-        destination, kind, length.isExact ? length.samples * CDAudioDecoder::bytesPerSample : 0, source);
+    Result<PCMFile> file =
+        PCMFile::create(order.destination, order.kind, order.form,
+                        length.isExact ? length.samples * CDAudioDecoder::bytesPerSample : 0, order.source);
     if (!file)
         return statusAfter(file.error());
-    ProgressPoster poster(notification);
-    return copySound(**decoder, *file, poster);
+    ProgressPoster poster(order.notification);
+    return copySound(**decoder, *file, order.source, poster);
 }
 
 int run(int argc, char **argv)
@@ -85,15 +104,21 @@ int run(int argc, char **argv)
     const QByteArray format = argc > 3 ? argv[3] : "";
     const bool isKnown = format == "wave" || format == "aiff";
     if (argc < 5 || argc > 6 || !isKnown) {
-        say(QStringLiteral("usage: QrlMov2Wav SOURCE DESTINATION wave|aiff 44100 [NOTIFICATION]"));
+        say(QStringLiteral("usage: QrlMov2Wav SOURCE DESTINATION wave|aiff RATE [NOTIFICATION]"));
         return WrongArguments;
     }
-    if (QByteArray(argv[4]) != QByteArray::number(CDAudioDecoder::samplesPerSecond)) {
-        say(QStringLiteral("the only rate is 44100, not %1").arg(QString::fromLocal8Bit(argv[4])));
+    const QByteArray rateText(argv[4]);
+    bool isNumber = false;
+    const unsigned int rate = rateText.toUInt(&isNumber);
+    if (!isNumber || rate < lowestRate || rate > highestRate) {
+        say(QStringLiteral("%1 is no rate; use a number of samples a second from %2 to %3")
+                .arg(displayableText(QString::fromLocal8Bit(rateText)))
+                .arg(lowestRate)
+                .arg(highestRate));
         return WrongArguments;
     }
-    return convert(argv[1], argv[2], format == "wave" ? PCMFile::Kind::Wave : PCMFile::Kind::AIFF,
-                   argc == 6 ? QString::fromLocal8Bit(argv[5]) : QString());
+    return convert({argv[1], argv[2], format == "wave" ? PCMFile::Kind::Wave : PCMFile::Kind::AIFF, PCMForm{rate, 2},
+                    argc == 6 ? QString::fromLocal8Bit(argv[5]) : QString()});
 }
 
 } // namespace

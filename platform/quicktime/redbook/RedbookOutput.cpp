@@ -3,6 +3,7 @@
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/quicktime/MediaErrors.h"
 #include "platform/quicktime/decoding/CDAudioDecoder.h"
+#include "platform/quicktime/redbook/Starter.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -34,7 +35,7 @@ NSError outputError(int errnoValue, const QByteArray &path)
 /// An open that waited would wait forever where the reader died before it opened its end.
 Result<UniqueDescriptor> openWhenRead(const QByteArray &path)
 {
-    const pid_t starter = ::getppid();
+    const Starter starter;
     for (;;) {
         struct stat status;
         if (::stat(path.constData(), &status) != 0)
@@ -47,9 +48,8 @@ Result<UniqueDescriptor> openWhenRead(const QByteArray &path)
             return descriptor;
         if (errno != ENXIO && errno != EINTR)
             return outputError(errno, path);
-        if (::getppid() != starter)
-            return mediaError(userCanceledErr, path, QStringLiteral("the program that asked for the sound has ended"),
-                              QStringLiteral("Start again."));
+        if (starter.hasEnded())
+            return Starter::endedError(path);
         std::this_thread::sleep_for(timeBetweenLooks);
     }
 }

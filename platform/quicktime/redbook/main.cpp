@@ -10,6 +10,7 @@
 #include "platform/quicktime/decoding/CDAudioDecoder.h"
 #include "platform/quicktime/redbook/ProgressPoster.h"
 #include "platform/quicktime/redbook/RedbookOutput.h"
+#include "platform/quicktime/redbook/Starter.h"
 
 #include <QCoreApplication>
 
@@ -53,8 +54,9 @@ int statusAfter(const AudioDamageReport &damage)
     return damage.isEmpty() ? AllWritten : WrittenWithDamage;
 }
 
-int copySound(CDAudioDecoder &decoder, RedbookOutput &output, ProgressPoster &poster)
+int copySound(CDAudioDecoder &decoder, RedbookOutput &output, const QByteArray &source, ProgressPoster &poster)
 {
+    const Starter starter;
     std::array<char, framesAtATime * CDAudioDecoder::bytesPerFrame> buffer;
     for (;;) {
         const Result<std::size_t> got = decoder.read(buffer.data(), buffer.size() / CDAudioDecoder::bytesPerSample);
@@ -62,6 +64,8 @@ int copySound(CDAudioDecoder &decoder, RedbookOutput &output, ProgressPoster &po
             return statusAfter(got.error());
         if (*got == 0)
             break;
+        if (starter.hasEnded())
+            return statusAfter(Starter::endedError(source));
         const RedbookOutput::State state = output.write(buffer.data(), *got * CDAudioDecoder::bytesPerSample);
         if (state != RedbookOutput::State::Good)
             return statusAfter(state, output);
@@ -83,7 +87,7 @@ int run(const QByteArray &source, const QByteArray &target, const QString &notif
     if (!decoder)
         return statusAfter(decoder.error());
     ProgressPoster poster(notification);
-    return copySound(**decoder, *output, poster);
+    return copySound(**decoder, *output, source, poster);
 }
 
 } // namespace
