@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QMetaType>
+#include <QStringList>
 
 #include <cstddef>
 #include <cstdint>
@@ -24,32 +25,44 @@ struct AudioConvertOrder {
     std::int32_t format = 0; ///< a code of KRAudioConverter
     bool isFlat = false; ///< all results into the destination itself, not into folders like those of the sources
     unsigned int jobs = 0; ///< files converted side by side; 0 for one on each processor
+    bool carriesTags = false; ///< into MP3 files: title, artist and all the other texts of the source, and its cover
 };
 
 /// What has become of one file.
 struct ConvertedFile {
     QByteArray source;
-    QByteArray destination; ///< empty when it was never begun
+    QByteArray destination; ///< empty unless the result is there
     NSError error; ///< null when the result is there; nothing is left of it otherwise
     bool isDamaged = false; ///< something in the source is broken, and silence stands for it
+    QStringList damage; ///< where and what, a place each, as far as it was told
+    QStringList notes; ///< what could not be carried into the result besides the sound, each in a sentence
+};
+
+/// A file that is being converted.
+struct RunningConversion {
+    QByteArray source;
+    double fraction = 0; ///< done of it, from 0 to 1; stays 0 where no bus of the session tells how far its tools are
 };
 
 /// How a conversion has ended.
 struct AudioConvertResult {
     NSError error; ///< null when all files were gone through; domain and codes are those of DiscJobErrors.h
-    std::vector<ConvertedFile> files; ///< those that were begun, in the order in which they have ended
+    std::vector<ConvertedFile> files; ///< those that were begun, in the order of the sources, by name inside of folders
     std::vector<UnreadableFolder> unreadable; ///< folders that could not be listed: what is in them is not converted
     std::uint64_t leftOut = 0; ///< files in folders whose names say that they hold neither sound nor movies
+    bool isDestinationLeftOut = false; ///< it lies in a source: what is in it was not converted
 
     [[nodiscard]] TESSARON_EXPORT std::size_t failures() const;
-    /// No error, no failure, nothing unreadable and nothing damaged.
+    /// No error, no failure, nothing unreadable, nothing damaged and no notes.
     [[nodiscard]] TESSARON_EXPORT bool isComplete() const;
 };
 
 /// Converts audio and movie files by KRAudioConverters side by side. A file that cannot be converted is told in the
-/// result, and the others follow. Results keep the names of their sources, with another extension; a name that is taken
-/// gets a number (unusedName()). A cancel deletes what is not whole. See DiscJob for threads and lifetime; bytes are
-/// those of the sources.
+/// result, and the others follow; so is what the converters pass over without a word: tools that fail, and results that
+/// are not whole. Results keep the names of their sources, with another extension; a name that is taken gets a number
+/// (unusedName()). They have their names when they are whole; until then they are in hidden folders ".convert-XXXXXX"
+/// beside their places, and a cancel removes them. See DiscJob for threads and lifetime; bytes are those of the
+/// sources.
 class TESSARON_EXPORT AudioConvertJob final : public DiscJob
 {
     Q_OBJECT
@@ -61,6 +74,9 @@ public:
     /// Stops the programs that convert, and lets them go on. What was asked last holds.
     void suspend();
     void resume();
+
+    /// The files that are being converted now.
+    [[nodiscard]] std::vector<RunningConversion> running() const;
 
     /// As it was sent with finished(); before that, empty.
     [[nodiscard]] const AudioConvertResult &result() const;

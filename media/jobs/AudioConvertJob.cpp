@@ -1,10 +1,11 @@
 #include "imaging/jobs/DiscJobWork.h"
 #include "media/jobs/AudioFileList.h"
+#include "media/jobs/ResultCheck.h"
+#include "media/jobs/StagedResult.h"
+#include "media/jobs/ToolReport.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/foundation/PathBytes.h"
-#include "platform/foundation/Result.h"
-#include "platform/foundation/UniqueDescriptor.h"
 #include <TessaronClasses/AudioConvertJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/KRAudioConverter.h>
@@ -13,10 +14,11 @@
 #include <QDir>
 
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <deque>
+#include <optional>
+#include <set>
 #include <thread>
+#include <utility>
 
 namespace Tessaron
 {
@@ -24,14 +26,9 @@ namespace Tessaron
 namespace
 {
 
-/// What QrlMov2Wav and DummyRedbook return when something in the source is broken and the rest is there.
-constexpr int writtenWithDamage = 3;
-
-QByteArray extensionOfFormat(std::int32_t format)
+bool isMP3(std::int32_t format)
 {
-    if (format == KRAudioConverter::waveFormat)
-        return ".wav";
-    return format == KRAudioConverter::aiffFormat ? ".aiff" : ".mp3";
+    return format != KRAudioConverter::waveFormat && format != KRAudioConverter::aiffFormat;
 }
 
 QByteArray nameOfResult(const QByteArray &source, std::int32_t format)
@@ -39,33 +36,39 @@ QByteArray nameOfResult(const QByteArray &source, std::int32_t format)
     QByteArray name = lastPathComponent(source).toByteArray();
     if (const qsizetype dot = name.lastIndexOf('.'); dot > 0)
         name.truncate(dot);
-    return name + extensionOfFormat(format);
+    if (isMP3(format))
+        return name + ".mp3";
+    return name + (format == KRAudioConverter::waveFormat ? ".wav" : ".aiff");
 }
 
-/// The first free name, taken by an empty file, so that no other conversion takes it.
-Result<QByteArray> takeUnusedName(const QByteArray &wanted)
-{
-    for (;;) {
-        const QByteArray path = fileSystemRepresentation(unusedName(stringWithFileSystemRepresentation(wanted)));
-        const UniqueDescriptor file(::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-        if (file)
-            return path;
-        if (errno != EEXIST)
-            return NSError::errorWithErrno(errno, stringWithFileSystemRepresentation(path));
-    }
-}
-
-NSError failure(const QByteArray &source, const QString &reason)
+NSError failure(const QByteArray &source, const QString &reason, const QString &suggestion = {})
 {
     return discJobError(DiscJobErrorCode::Write,
-                        QStringLiteral("%1 cannot be converted: %2").arg(quoted(source), reason), {}, source);
+                        QStringLiteral("%1 cannot be converted: %2").arg(quoted(source), reason), suggestion, source);
 }
 
-/// The last line that a tool has printed, without the tool's name; empty where it has printed nothing.
-QString lastLine(const QString &message)
+NSError errorOfOrder(const AudioConvertOrder &order)
 {
-    const QString line = message.section(u'\n', -1);
-    return line.section(QStringLiteral(": "), 1);
+    const bool isKnown =
+        order.format >= KRAudioConverter::waveFormat && order.format <= KRAudioConverter::mp3FormatConstant160;
+    if (!isKnown)
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("there is no format %1 to convert to").arg(order.format));
+    if (order.carriesTags && !isMP3(order.format))
+        return discJobError(DiscJobErrorCode::InvalidOrder, QStringLiteral("tags are carried into MP3 files only"));
+    if (isMP3(order.format) && !KRAudioConverter::hasEncoder())
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("the program “lame”, which makes MP3 files, cannot be found"),
+                            QStringLiteral("Install it (in Debian the package lame), or convert to WAVE or AIFF."));
+    return {};
+}
+
+NSError makeDestination(const QByteArray &path)
+{
+    if (QDir().mkpath(stringWithFileSystemRepresentation(path)))
+        return {};
+    return discJobError(DiscJobErrorCode::Destination, QStringLiteral("the folder %1 cannot be made").arg(quoted(path)),
+                        QStringLiteral("Name another folder, or make it first."), path);
 }
 
 } // namespace
@@ -78,10 +81,14 @@ std::size_t AudioConvertResult::failures() const
 
 bool AudioConvertResult::isComplete() const
 {
-    const auto isWhole = [](const ConvertedFile &file) { return !file.error && !file.isDamaged; };
+    const auto isWhole = [](const ConvertedFile &file) {
+        return !file.error && !file.isDamaged && file.notes.isEmpty();
+    };
     return !error && unreadable.empty() && std::all_of(files.begin(), files.end(), isWhole);
 }
 
+/// Lists the files, then leads each through three steps: a place for its result is made in the background, a converter
+/// makes it, and in the background again it is looked at and gets its name.
 class AudioConvertJob::Work final : public DiscJobWork
 {
 public:
@@ -89,66 +96,81 @@ public:
         : order(std::move(given))
     {
     }
-    ~Work() override;
 
     void begin() override;
     void stop() override;
     [[nodiscard]] DiscJobProgress progress() const override;
+    [[nodiscard]] std::vector<RunningConversion> running() const;
     void setSuspended(bool suspended);
 
     const AudioConvertOrder order;
     AudioConvertResult result;
 
 private:
+    struct Conversion {
+        std::size_t number = 0; ///< in the list
+        std::unique_ptr<StagedResult> stage; ///< null until its place is made
+        ConvertedFile file;
+    };
     /// One of those that work side by side.
     struct Lane {
-        std::shared_ptr<KRAudioConverter> converter = KRAudioConverter::init();
-        AudioFile file;
-        QByteArray destination; ///< empty while it does nothing
+        enum class State : std::uint8_t { Idle, Preparing, Prepared, Converting };
+
+        State state = State::Idle;
         double fraction = 0;
+        std::shared_ptr<Conversion> conversion; ///< null while idle
+        /// Behind the conversion: its tools end before what they write into goes.
+        std::shared_ptr<KRAudioConverter> converter = KRAudioConverter::init();
+    };
+    /// Work for the background, one piece after the other.
+    struct Step {
+        std::function<NSError(const std::stop_token &)> work;
+        std::function<void(const NSError &)> whenEnded;
     };
 
     void listed(const NSError &error);
-    void startFiles();
-    [[nodiscard]] bool startNext(Lane &lane);
-    [[nodiscard]] Result<QByteArray> destinationOf(const AudioFile &file) const;
+    void makeLanes();
+    void fillLanes();
+    void prepare(Lane &lane);
+    [[nodiscard]] NSError makePlace(Conversion &conversion);
+    void prepared(Lane &lane, const NSError &error);
+    void startPrepared();
+    void convert(Lane &lane);
     void laneEnded(Lane &lane, const NSError &error);
-    [[nodiscard]] NSError errorOfTools(const Lane &lane, bool *isDamaged) const;
-    void finishIfIdle();
+    [[nodiscard]] NSError completeResult(Conversion &conversion) const;
+    void record(Conversion &conversion, const NSError &error);
+    void inBackground(Step step);
+    void runNextStep();
+    void endIfIdle();
+    [[nodiscard]] std::uint64_t bytesOf(const Conversion &conversion) const
+    {
+        return list.files[conversion.number].bytes;
+    }
 
     AudioFileList list;
     std::size_t next = 0;
     std::uint64_t bytesTotal = 0;
     std::uint64_t bytesDone = 0;
-    std::vector<std::unique_ptr<Lane>> lanes;
+    std::size_t filesDone = 0;
+    std::set<QString> promisedPaths; ///< of results that are not there yet; steps alone use it
+    std::vector<std::optional<ConvertedFile>> files; ///< by their numbers in the list
+    std::deque<Step> steps;
+    bool isStepRunning = false;
     bool isSuspended = false;
     bool isListed = false;
     bool hasEnded = false;
+    std::vector<std::unique_ptr<Lane>> lanes;
 };
-
-/// Nothing is left of what is not whole.
-AudioConvertJob::Work::~Work()
-{
-    for (const std::unique_ptr<Lane> &lane : lanes) {
-        lane->converter.reset();
-        if (!lane->destination.isEmpty())
-            ::unlink(lane->destination.constData());
-    }
-}
 
 void AudioConvertJob::Work::begin()
 {
-    runInBackground(
-        [this](const std::stop_token &stopToken) {
-            list = audioFilesAtPaths(order.sources, order.isFlat, stopToken);
-            const QString folder = stringWithFileSystemRepresentation(order.destination);
-            if (!list.error && !QDir().mkpath(folder))
-                return discJobError(DiscJobErrorCode::Destination,
-                                    QStringLiteral("the folder %1 cannot be made").arg(quoted(order.destination)),
-                                    QStringLiteral("Name another folder, or make it first."), order.destination);
-            return list.error;
-        },
-        [this](const NSError &error) { listed(error); });
+    inBackground({[this](const std::stop_token &stopToken) {
+                      if (const NSError error = errorOfOrder(order))
+                          return error;
+                      list = audioFilesAtPaths(order.sources, order.destination, order.isFlat, stopToken);
+                      return stopToken.stop_requested() ? NSError() : makeDestination(order.destination);
+                  },
+                  [this](const NSError &error) { listed(error); }});
 }
 
 void AudioConvertJob::Work::listed(const NSError &error)
@@ -156,6 +178,7 @@ void AudioConvertJob::Work::listed(const NSError &error)
     isListed = true;
     result.unreadable = list.unreadable;
     result.leftOut = list.leftOut;
+    result.isDestinationLeftOut = list.isDestinationLeftOut;
     result.error = cancellationOr(error);
     if (result.error) {
         hasEnded = true;
@@ -164,6 +187,13 @@ void AudioConvertJob::Work::listed(const NSError &error)
     }
     for (const AudioFile &file : list.files)
         bytesTotal += file.bytes;
+    files.resize(list.files.size());
+    makeLanes();
+    fillLanes();
+}
+
+void AudioConvertJob::Work::makeLanes()
+{
     const unsigned int wanted = order.jobs != 0 ? order.jobs : std::max(std::thread::hardware_concurrency(), 1U);
     lanes.resize(std::min<std::size_t>(wanted, list.files.size()));
     for (std::unique_ptr<Lane> &lane : lanes) {
@@ -176,113 +206,197 @@ void AudioConvertJob::Work::listed(const NSError &error)
         delegate.KRAudioConverterDidAbort = [this, &lane = *lane](KRAudioConverter &) {
             laneEnded(lane, discJobCancellation());
         };
-        delegate.KRAudioConverterDidFailWithError = [this, &lane = *lane](KRAudioConverter &, const NSError &why) {
-            laneEnded(lane, failure(lane.file.path, why.localizedDescription()));
+        delegate.KRAudioConverterDidFailWithError = [this, &lane = *lane](KRAudioConverter &self, const NSError &why) {
+            const NSError launchError = self.task() ? self.task()->launchError() : NSError();
+            laneEnded(lane, launchError ? launchError : why);
         };
         lane->converter->setDelegate(delegate);
     }
-    startFiles();
 }
 
-void AudioConvertJob::Work::startFiles()
+void AudioConvertJob::Work::fillLanes()
 {
     for (const std::unique_ptr<Lane> &lane : lanes) {
-        while (lane->destination.isEmpty() && next < list.files.size() && !isSuspended && !isCancelled()) {
-            if (startNext(*lane))
-                break;
+        if (lane->state == Lane::State::Idle && !isCancelled())
+            prepare(*lane);
+    }
+    endIfIdle();
+}
+
+/// Takes the next file that can be converted, if any.
+void AudioConvertJob::Work::prepare(Lane &lane)
+{
+    while (next < list.files.size()) {
+        const auto conversion = std::make_shared<Conversion>();
+        conversion->number = next++;
+        const AudioFile &file = list.files[conversion->number];
+        conversion->file.source = file.path;
+        if (file.error) {
+            bytesDone += file.bytes;
+            record(*conversion, file.error);
+            continue;
         }
+        lane.state = Lane::State::Preparing;
+        lane.conversion = conversion;
+        lane.fraction = 0;
+        inBackground({[this, conversion](const std::stop_token &) { return makePlace(*conversion); },
+                      [this, &lane, conversion](const NSError &error) {
+                          if (lane.conversion == conversion)
+                              prepared(lane, error);
+                          endIfIdle(); // A cancel may have given the file up.
+                      }});
+        return;
     }
-    finishIfIdle();
 }
 
-/// False when the file could not be begun, which is in the result then.
-bool AudioConvertJob::Work::startNext(Lane &lane)
+NSError AudioConvertJob::Work::makePlace(Conversion &conversion)
 {
-    lane.file = list.files[next++];
-    lane.fraction = 0;
-    Result<QByteArray> destination = destinationOf(lane.file);
-    if (!destination) {
-        bytesDone += lane.file.bytes;
-        result.files.push_back(
-            {lane.file.path, {}, failure(lane.file.path, destination.error().localizedDescription()), false});
-        return false;
-    }
-    lane.destination = *std::move(destination);
-    // Absolute paths, here and above: a leading "~" means something to the launcher of the tools.
-    const QString source = QDir::current().absoluteFilePath(stringWithFileSystemRepresentation(lane.file.path));
-    lane.converter->convertAudioFiles(QStringList{source},
-                                      QStringList{stringWithFileSystemRepresentation(lane.destination)}, order.format);
-    return true;
-}
-
-Result<QByteArray> AudioConvertJob::Work::destinationOf(const AudioFile &file) const
-{
-    const QString top = QDir(stringWithFileSystemRepresentation(order.destination)).absolutePath();
-    QByteArray folder = fileSystemRepresentation(top);
+    const AudioFile &file = list.files[conversion.number];
+    QByteArray folder =
+        fileSystemRepresentation(QDir(stringWithFileSystemRepresentation(order.destination)).absolutePath());
     if (!file.folder.isEmpty())
         folder = childPath(folder, file.folder);
-    if (!QDir().mkpath(stringWithFileSystemRepresentation(folder)))
-        return NSError::errorWithErrno(errno, stringWithFileSystemRepresentation(folder));
-    return takeUnusedName(childPath(folder, nameOfResult(file.path, order.format)));
+    const QString wanted = stringWithFileSystemRepresentation(childPath(folder, nameOfResult(file.path, order.format)));
+    const QString path = unusedName(wanted, [this](const QString &one) { return promisedPaths.contains(one); });
+    promisedPaths.insert(path);
+    Result<std::unique_ptr<StagedResult>> stage = StagedResult::create(fileSystemRepresentation(path));
+    if (!stage)
+        return failure(file.path, stage.error().localizedDescription());
+    conversion.stage = *std::move(stage);
+    return {};
+}
+
+void AudioConvertJob::Work::prepared(Lane &lane, const NSError &error)
+{
+    if (!error) {
+        lane.state = Lane::State::Prepared;
+        startPrepared();
+        return;
+    }
+    lane.state = Lane::State::Idle;
+    const std::shared_ptr<Conversion> conversion = std::exchange(lane.conversion, nullptr);
+    bytesDone += bytesOf(*conversion);
+    record(*conversion, error);
+    fillLanes();
+}
+
+void AudioConvertJob::Work::startPrepared()
+{
+    for (const std::unique_ptr<Lane> &lane : lanes) {
+        if (lane->state == Lane::State::Prepared && !isSuspended)
+            convert(*lane);
+    }
+}
+
+void AudioConvertJob::Work::convert(Lane &lane)
+{
+    lane.state = Lane::State::Converting;
+    // Absolute paths: a leading "~" means something to the launcher of the tools.
+    const QString source =
+        QDir::current().absoluteFilePath(stringWithFileSystemRepresentation(lane.conversion->file.source));
+    const QString toPath = stringWithFileSystemRepresentation(lane.conversion->stage->path());
+    lane.converter->convertAudioFiles(QStringList{source}, QStringList{toPath}, order.format);
 }
 
 void AudioConvertJob::Work::laneEnded(Lane &lane, const NSError &error)
 {
-    if (lane.destination.isEmpty())
+    if (lane.state != Lane::State::Converting)
         return;
-    ConvertedFile file{lane.file.path, lane.destination, error, false};
-    if (!error)
-        file.error = errorOfTools(lane, &file.isDamaged);
-    if (file.error)
-        ::unlink(lane.destination.constData());
-    bytesDone += lane.file.bytes;
-    lane.destination.clear();
+    lane.state = Lane::State::Idle;
     lane.fraction = 0;
-    result.files.push_back(std::move(file));
-    startFiles();
+    const std::shared_ptr<Conversion> conversion = std::exchange(lane.conversion, nullptr);
+    bytesDone += bytesOf(*conversion);
+    NSError reason = error;
+    if (error && !isDiscJobError(error, DiscJobErrorCode::Cancelled))
+        reason = failure(conversion->file.source, error.localizedDescription(), error.localizedRecoverySuggestion());
+    if (!reason) {
+        const ToolReport report = reportOfTools(*lane.converter);
+        conversion->file.isDamaged = report.isDamaged;
+        conversion->file.damage = report.damage;
+        if (!report.failure.isEmpty())
+            reason = failure(conversion->file.source, report.failure);
+    }
+    if (reason)
+        record(*conversion, reason);
+    else
+        inBackground({[this, conversion](const std::stop_token &) { return completeResult(*conversion); },
+                      [this, conversion](const NSError &why) {
+                          record(*conversion, why);
+                          fillLanes();
+                      }});
+    fillLanes();
 }
 
-/// The converter goes on without a word when a tool fails: here it is noticed.
-NSError AudioConvertJob::Work::errorOfTools(const Lane &lane, bool *isDamaged) const
+NSError AudioConvertJob::Work::completeResult(Conversion &conversion) const
 {
-    const QString message = lastLine(lane.converter->lastTaskMessage());
-    const QString reason = message.isEmpty() ? QStringLiteral("the program that reads it has failed") : message;
-    const std::vector<taskLauncher::TaskEnd> &ends = lane.converter->lastTaskEnds();
-    for (std::size_t stage = 0; stage < ends.size(); ++stage) {
-        const taskLauncher::TaskEnd &one = ends[stage];
-        const bool isDecoder = stage == 0;
-        if (one.hasEnded && !one.isBySignal && isDecoder && one.status == writtenWithDamage)
-            *isDamaged = true;
-        else if (one.isBySignal)
-            return failure(lane.file.path, QStringLiteral("the program was ended by signal %1").arg(one.status));
-        else if (!one.hasEnded || one.status != 0)
-            return failure(lane.file.path, reason);
-    }
-    struct stat status;
-    if (::stat(lane.destination.constData(), &status) != 0 || status.st_size == 0)
-        return failure(lane.file.path, QStringLiteral("the result is empty"));
+    const QString flaw = flawOfResult(conversion.stage->path(), order.format);
+    if (!flaw.isEmpty())
+        return failure(conversion.file.source, flaw);
+    Result<QByteArray> path = conversion.stage->publish();
+    if (!path)
+        return failure(conversion.file.source, path.error().localizedDescription());
+    conversion.file.destination = *std::move(path);
     return {};
 }
 
-void AudioConvertJob::Work::finishIfIdle()
+void AudioConvertJob::Work::record(Conversion &conversion, const NSError &error)
+{
+    conversion.stage.reset();
+    conversion.file.error = error;
+    ++filesDone;
+    files[conversion.number] = std::move(conversion.file);
+}
+
+void AudioConvertJob::Work::inBackground(Step step)
+{
+    steps.push_back(std::move(step));
+    runNextStep();
+}
+
+void AudioConvertJob::Work::runNextStep()
+{
+    if (isStepRunning || steps.empty())
+        return;
+    isStepRunning = true;
+    const Step step = std::move(steps.front());
+    steps.pop_front();
+    runInBackground(step.work, [this, whenEnded = step.whenEnded](const NSError &error) {
+        isStepRunning = false;
+        whenEnded(error);
+        runNextStep();
+    });
+}
+
+void AudioConvertJob::Work::endIfIdle()
 {
     const bool isBusy = std::any_of(lanes.begin(), lanes.end(),
-                                    [](const std::unique_ptr<Lane> &lane) { return !lane->destination.isEmpty(); });
+                                    [](const std::unique_ptr<Lane> &lane) { return lane->state != Lane::State::Idle; });
     const bool isOver = next == list.files.size() || isCancelled();
-    if (isBusy || !isOver || std::exchange(hasEnded, true))
+    if (isBusy || isStepRunning || !steps.empty() || !isOver || std::exchange(hasEnded, true))
         return;
+    for (std::optional<ConvertedFile> &file : files) {
+        if (file)
+            result.files.push_back(*std::move(file));
+    }
     result.error = cancellationOr({});
     end(result.error);
 }
 
+/// What waits in the background is given up with what it has made; what runs there ends by itself.
 void AudioConvertJob::Work::stop()
 {
+    if (!isListed || hasEnded)
+        return;
+    steps.clear();
     for (const std::unique_ptr<Lane> &lane : lanes) {
-        if (!lane->destination.isEmpty())
+        if (lane->state == Lane::State::Converting) {
             lane->converter->abort();
+        } else {
+            lane->state = Lane::State::Idle;
+            lane->conversion.reset();
+        }
     }
-    if (isListed && !hasEnded)
-        finishIfIdle();
+    endIfIdle();
 }
 
 void AudioConvertJob::Work::setSuspended(bool suspended)
@@ -295,8 +409,7 @@ void AudioConvertJob::Work::setSuspended(bool suspended)
         else if (task)
             task->resume();
     }
-    if (!suspended && isListed && !hasEnded)
-        startFiles();
+    startPrepared();
 }
 
 DiscJobProgress AudioConvertJob::Work::progress() const
@@ -305,12 +418,24 @@ DiscJobProgress AudioConvertJob::Work::progress() const
     if (!isListed)
         return progress;
     progress.phase = DiscJobPhase::Writing;
-    progress.files = result.files.size();
+    progress.files = filesDone;
     progress.bytesTotal = bytesTotal;
     progress.bytesDone = bytesDone;
-    for (const std::unique_ptr<Lane> &lane : lanes)
-        progress.bytesDone += std::uint64_t(lane->fraction * double(lane->file.bytes));
+    for (const std::unique_ptr<Lane> &lane : lanes) {
+        if (lane->conversion)
+            progress.bytesDone += std::uint64_t(lane->fraction * double(bytesOf(*lane->conversion)));
+    }
     return progress;
+}
+
+std::vector<RunningConversion> AudioConvertJob::Work::running() const
+{
+    std::vector<RunningConversion> running;
+    for (const std::unique_ptr<Lane> &lane : lanes) {
+        if (lane->state == Lane::State::Converting)
+            running.push_back({lane->conversion->file.source, lane->fraction});
+    }
+    return running;
 }
 
 AudioConvertJob::AudioConvertJob(AudioConvertOrder order, QObject *parent)
@@ -334,6 +459,11 @@ void AudioConvertJob::suspend()
 void AudioConvertJob::resume()
 {
     m_work->setSuspended(false);
+}
+
+std::vector<RunningConversion> AudioConvertJob::running() const
+{
+    return m_work->running();
 }
 
 const AudioConvertResult &AudioConvertJob::result() const

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <optional>
 #include <sys/stat.h>
 
 namespace Tessaron
@@ -27,10 +28,13 @@ struct FolderToList {
 class FileGatherer
 {
 public:
-    FileGatherer(bool isFlat, const std::stop_token &stop)
+    FileGatherer(const QByteArray &destination, bool isFlat, const std::stop_token &stop)
         : m_isFlat(isFlat)
         , m_stop(stop)
     {
+        struct stat status;
+        if (::stat(destination.constData(), &status) == 0)
+            m_destination = {status.st_dev, status.st_ino};
     }
     void addFolder(const QByteArray &path, const QByteArray &place);
 
@@ -43,6 +47,7 @@ private:
 
     const bool m_isFlat;
     const std::stop_token &m_stop;
+    std::optional<DeviceAndInode> m_destination; ///< absent while it is not there
     const QMimeDatabase m_types;
     std::vector<FolderToList> m_waiting; ///< the next one last
 };
@@ -89,10 +94,13 @@ void FileGatherer::addEntry(const FolderToList &folder, const QByteArray &name, 
     if (::fstatat(descriptor, name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
         return; // It is gone by now.
     const QByteArray path = childPath(folder.path, name);
-    if (S_ISDIR(status.st_mode))
+    const DeviceAndInode identity = {status.st_dev, status.st_ino};
+    if (S_ISDIR(status.st_mode) && m_destination == identity)
+        list.isDestinationLeftOut = true;
+    else if (S_ISDIR(status.st_mode))
         m_waiting.push_back({path, m_isFlat ? QByteArray() : childPath(folder.place, name)});
     else if (S_ISREG(status.st_mode) && holdsSound(name))
-        list.files.push_back({path, folder.place, std::uint64_t(status.st_size)});
+        list.files.push_back({path, folder.place, std::uint64_t(status.st_size), {}});
     else
         ++list.leftOut;
 }
@@ -113,23 +121,27 @@ bool FileGatherer::holdsSound(const QByteArray &name) const
 
 } // namespace
 
-AudioFileList audioFilesAtPaths(const QList<QByteArray> &sources, bool isFlat, const std::stop_token &stop)
+AudioFileList audioFilesAtPaths(const QList<QByteArray> &sources, const QByteArray &destination, bool isFlat,
+                                const std::stop_token &stop)
 {
-    FileGatherer gatherer(isFlat, stop);
-    const Result<std::vector<DiscSource>> found = discSourcesAtPaths(sources);
-    gatherer.list.error = found.error();
-    if (!found)
-        return gatherer.list;
-    for (const DiscSource &source : *found) {
+    FileGatherer gatherer(destination, isFlat, stop);
+    for (const QByteArray &path : sources) {
+        const Result<std::vector<DiscSource>> found = discSourcesAtPaths({path});
+        if (!found) {
+            gatherer.list.files.push_back({path, {}, 0, found.error()});
+            continue;
+        }
+        const DiscSource &source = found->front();
         if (source.isFolder) {
             gatherer.addFolder(source.path, isFlat ? QByteArray() : source.name);
             continue;
         }
         struct stat status;
         const bool isThere = ::stat(source.path.constData(), &status) == 0;
-        gatherer.list.files.push_back({source.path, {}, isThere ? std::uint64_t(status.st_size) : 0});
+        // The name of a link is the one that the result gets.
+        gatherer.list.files.push_back({path, {}, isThere ? std::uint64_t(status.st_size) : 0, {}});
     }
-    return gatherer.list;
+    return std::move(gatherer.list);
 }
 
 } // namespace Tessaron

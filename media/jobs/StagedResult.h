@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+#include "platform/foundation/UniqueDescriptor.h"
+
+#include <QByteArray>
+
+#include <memory>
+
+namespace Tessaron
+{
+
+/// The result of a conversion while it is made: a file in a hidden folder ".convert-XXXXXX" in the folder where it will
+/// be. A converter that deletes its result with the folder around it finds nothing else there. Destroying it before
+/// publish() removes both. Any thread, one at a time.
+class StagedResult
+{
+public:
+    /// Makes the hidden folder, and the folders on the way to it. `wanted` is an absolute path.
+    [[nodiscard]] static Result<std::unique_ptr<StagedResult>> create(const QByteArray &wanted);
+    ~StagedResult();
+    StagedResult(const StagedResult &) = delete;
+    StagedResult &operator=(const StagedResult &) = delete;
+
+    /// Where the file is to be made.
+    [[nodiscard]] QByteArray path() const;
+
+    /// Puts bytes in front of the file. After an error, the file is gone.
+    [[nodiscard]] NSError prepend(const QByteArray &bytes);
+
+    /// Moves the file to the wanted path or, where something is there by now, to the first unused name (unusedName());
+    /// where it is then. Nothing is ever replaced.
+    [[nodiscard]] Result<QByteArray> publish();
+
+private:
+    StagedResult(QByteArray wanted, UniqueDescriptor parent, QByteArray hiddenName, UniqueDescriptor folder);
+    [[nodiscard]] int moveTo(const QByteArray &path) const;
+
+    const QByteArray m_wanted;
+    const UniqueDescriptor m_parent;
+    const QByteArray m_hiddenName; ///< of the folder in its parent
+    const UniqueDescriptor m_folder;
+    int m_fileNumber = -1; ///< in the notes for an emergency
+    int m_folderNumber = -1;
+};
+
+} // namespace Tessaron
