@@ -1,11 +1,13 @@
 #include "imaging/jobs/DiscJobWork.h"
 #include "media/jobs/AudioFileList.h"
+#include "media/jobs/Id3Tag.h"
 #include "media/jobs/ResultCheck.h"
 #include "media/jobs/StagedResult.h"
 #include "media/jobs/ToolReport.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/foundation/PathBytes.h"
+#include "platform/quicktime/CDSound.h"
 #include <TessaronClasses/AudioConvertJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/KRAudioConverter.h>
@@ -137,7 +139,8 @@ private:
     void startPrepared();
     void convert(Lane &lane);
     void laneEnded(Lane &lane, const NSError &error);
-    [[nodiscard]] NSError completeResult(Conversion &conversion) const;
+    [[nodiscard]] NSError completeResult(Conversion &conversion, const std::stop_token &stop) const;
+    [[nodiscard]] static NSError carryTags(Conversion &conversion, const std::stop_token &stop);
     void record(Conversion &conversion, const NSError &error);
     void inBackground(Step step);
     void runNextStep();
@@ -319,7 +322,7 @@ void AudioConvertJob::Work::laneEnded(Lane &lane, const NSError &error)
     if (reason)
         record(*conversion, reason);
     else
-        inBackground({[this, conversion](const std::stop_token &) { return completeResult(*conversion); },
+        inBackground({[this, conversion](const std::stop_token &stop) { return completeResult(*conversion, stop); },
                       [this, conversion](const NSError &why) {
                           record(*conversion, why);
                           fillLanes();
@@ -327,16 +330,38 @@ void AudioConvertJob::Work::laneEnded(Lane &lane, const NSError &error)
     fillLanes();
 }
 
-NSError AudioConvertJob::Work::completeResult(Conversion &conversion) const
+NSError AudioConvertJob::Work::completeResult(Conversion &conversion, const std::stop_token &stop) const
 {
     const QString flaw = flawOfResult(conversion.stage->path(), order.format);
     if (!flaw.isEmpty())
         return failure(conversion.file.source, flaw);
+    if (order.carriesTags) {
+        if (const NSError error = carryTags(conversion, stop))
+            return failure(conversion.file.source, error.localizedDescription());
+    }
     Result<QByteArray> path = conversion.stage->publish();
     if (!path)
         return failure(conversion.file.source, path.error().localizedDescription());
     conversion.file.destination = *std::move(path);
     return {};
+}
+
+/// Tags that cannot be read are a note, since the sound is there.
+NSError AudioConvertJob::Work::carryTags(Conversion &conversion, const std::stop_token &stop)
+{
+    const QByteArray &source = conversion.file.source;
+    const Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(source, stop);
+    if (!sound) {
+        conversion.file.notes << QStringLiteral("the tags of %1 cannot be read: %2")
+                                     .arg(quoted(source), sound.error().localizedDescription());
+        return {};
+    }
+    std::vector<SoundText> texts;
+    const QMap<QString, QString> tags = (*sound)->tags();
+    for (auto tag = tags.begin(); tag != tags.end(); ++tag)
+        texts.push_back({tag.key().toUtf8(), tag.value()});
+    const QByteArray tag = id3Tag(texts, {});
+    return tag.isEmpty() ? NSError() : conversion.stage->prepend(tag);
 }
 
 void AudioConvertJob::Work::record(Conversion &conversion, const NSError &error)

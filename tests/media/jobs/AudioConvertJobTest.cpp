@@ -233,6 +233,26 @@ TEST_F(AudioConvertJobTest, damage_isToldWithItsPlaces)
     }
 }
 
+TEST_F(AudioConvertJobTest, tags_areCarriedIntoMP3_whereTheyAreWanted)
+{
+    ffmpeg("-i " + tree.path("music/one.wav") + " -metadata title=First -metadata artist=Dvo\xC5\x99\xC3\xA1k "
+           + "-metadata album=Album -metadata track=3/12 " + tree.path("tagged.flac"));
+    const auto tagsOf = [this](const char *name) {
+        return outputOfProgram(
+            "ffprobe", {"-v", "error", "-show_entries", "format_tags", "-of", "default=nk=0:nw=1", tree.path(name)});
+    };
+    EXPECT_TRUE(convert({{tree.path("tagged.flac")}, tree.path("out"), 4, false, 1, true}).isComplete());
+    const QByteArray tags = tagsOf("out/tagged.mp3");
+    for (const QByteArray line : {"title=First", "artist=Dvo\xC5\x99\xC3\xA1k", "album=Album", "track=3/12"})
+        EXPECT_TRUE(tags.contains("TAG:" + line + '\n')) << tags.constData();
+    EXPECT_EQ(tags.count("TAG:"), 4) << tags.constData();
+    EXPECT_TRUE(convert({{tree.path("tagged.flac")}, tree.path("plain"), 4, false, 1}).isComplete());
+    EXPECT_EQ(tagsOf("plain/tagged.mp3"), QByteArray());
+    EXPECT_EQ(decodedByFFmpeg(tree.path("out/tagged.mp3")), decodedByFFmpeg(tree.path("plain/tagged.mp3")));
+    EXPECT_TRUE(convert({{tree.path("music/one.wav")}, tree.path("out"), 4, false, 1, true}).isComplete())
+        << "a file without tags";
+}
+
 TEST_F(AudioConvertJobTest, progress_growsToTheEnd)
 {
     const PrivateBus bus;
