@@ -91,6 +91,15 @@ TEST(ProgressLine, scanning_showsCounts)
     EXPECT_EQ(progressLine(progress, 79), "Scanning: 12 files, 1 folder");
 }
 
+TEST(FileProgressLine, name_standsBehindThePercentage_asFarAsItFits)
+{
+    EXPECT_EQ(fileProgressLine({"/music/song.flac", 0.429}, 79), "   42 %  song.flac");
+    EXPECT_EQ(fileProgressLine({"song.flac", 1}, 13), "  100 %  song");
+    EXPECT_EQ(fileProgressLine({"a\nb", 0}, 79), "    0 %  a\\nb");
+    EXPECT_EQ(fileProgressLine({"\xE5\xB2\xA1\xE6\x9C\xAC.mp3", 0}, 13), "    0 %  \xE5\xB2\xA1\xE6\x9C\xAC")
+        << "two columns each";
+}
+
 TEST(DurationText, time_isShownAsOnAClock)
 {
     EXPECT_EQ(durationText(seconds(7)), "0:07");

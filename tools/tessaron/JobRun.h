@@ -6,23 +6,33 @@
 
 #include <QEventLoop>
 
+#include <functional>
+
 namespace Tessaron::Tool
 {
 
 /// Runs a job to its end and gives its result. A signal cancels it; it is heard from before the first file is made. The
-/// display, unless null, shows how far the job is.
+/// function is called with how far the job is.
 template <typename Job>
-[[nodiscard]] auto runToItsEnd(Job &job, ProgressDisplay *display = nullptr)
+[[nodiscard]] auto runShowing(Job &job, const std::function<void(const DiscJobProgress &)> &show)
 {
     const SignalWatcher signalWatcher([&job] { job.cancel(); });
     QEventLoop loop;
-    if (display)
-        QObject::connect(&job, &DiscJob::progressed, &loop,
-                         [display](const DiscJobProgress &progress) { display->show(progress); });
+    QObject::connect(&job, &DiscJob::progressed, &loop, show);
     QObject::connect(&job, &Job::finished, &loop, &QEventLoop::quit);
     job.start();
     loop.exec();
     return job.result();
+}
+
+/// The same with a display, unless it is null.
+template <typename Job>
+[[nodiscard]] auto runToItsEnd(Job &job, ProgressDisplay *display = nullptr)
+{
+    return runShowing(job, [display](const DiscJobProgress &progress) {
+        if (display)
+            display->show(progress);
+    });
 }
 
 } // namespace Tessaron::Tool

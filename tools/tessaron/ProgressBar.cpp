@@ -42,10 +42,25 @@ QByteArray writingLine(const DiscJobProgress &progress, int width)
 
 } // namespace
 
-int terminalWidth(int descriptor)
+TerminalSize terminalSize(int descriptor)
 {
     winsize size = {};
-    return ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+    const bool isKnown = ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 && size.ws_row > 0;
+    return isKnown ? TerminalSize{size.ws_col, size.ws_row} : TerminalSize();
+}
+
+QByteArray fileProgressLine(const FileProgress &file, int width)
+{
+    const QByteArray begin = QByteArray::number(int(100 * file.fraction)).rightJustified(5) + " %  ";
+    const QString name = QString::fromUtf8(printable(lastComponent(file.path)));
+    // Letters of East Asia, and what terminals show as such, take two columns.
+    constexpr char16_t firstWide = 0x1100;
+    qsizetype columns = begin.size(), length = 0;
+    while (length < name.size() && columns + (name[length].unicode() < firstWide ? 1 : 2) <= width)
+        columns += name[length++].unicode() < firstWide ? 1 : 2;
+    if (length > 0 && name[length - 1].isHighSurrogate())
+        --length;
+    return begin + name.left(length).toUtf8();
 }
 
 QByteArray durationText(std::chrono::seconds duration)

@@ -38,16 +38,16 @@ QString nameOfPhase(DiscJobPhase phase)
 class NoDisplay final : public ProgressDisplay
 {
 public:
-    void show(const DiscJobProgress &) override { }
+    void show(const DiscJobProgress &, const std::vector<FileProgress> &) override { }
 };
 
 class JsonDisplay final : public ProgressDisplay
 {
 public:
-    void show(const DiscJobProgress &progress) override;
+    void show(const DiscJobProgress &progress, const std::vector<FileProgress> &files) override;
 };
 
-void JsonDisplay::show(const DiscJobProgress &progress)
+void JsonDisplay::show(const DiscJobProgress &progress, const std::vector<FileProgress> &files)
 {
     JsonWriter writer(STDERR_FILENO);
     writer.beginObject();
@@ -62,6 +62,18 @@ void JsonDisplay::show(const DiscJobProgress &progress)
         writer.member("bytesPerSecond", std::int64_t(std::llround(*progress.bytesPerSecond)));
     if (progress.remaining)
         writer.member("secondsLeft", std::int64_t(progress.remaining->count()));
+    if (!files.empty()) {
+        writer.key("running");
+        writer.beginArray();
+        for (const FileProgress &file : files) {
+            writer.beginObject();
+            writer.pathMember("source", file.path);
+            writer.key("percent");
+            writer.value(std::floor(1000 * file.fraction) / 10, 1);
+            writer.endObject();
+        }
+        writer.endArray();
+    }
     writer.endObject();
     // The command goes on when the reader of its progress has gone away.
     static_cast<void>(writer.finish());
@@ -76,7 +88,7 @@ public:
     }
     ~BarDisplay() override { BarDisplay::clear(); }
 
-    void show(const DiscJobProgress &progress) override;
+    void show(const DiscJobProgress &progress, const std::vector<FileProgress> &files) override;
     void clear() override;
 
 private:
@@ -84,13 +96,24 @@ private:
     qsizetype m_lineWidth = 0; ///< of what stands there now
 };
 
-void BarDisplay::show(const DiscJobProgress &progress)
+void BarDisplay::show(const DiscJobProgress &progress, const std::vector<FileProgress> &files)
 {
-    const int width = m_isTerminal ? terminalWidth(STDERR_FILENO) : 80;
-    const QByteArray line = progressLine(progress, width - 1);
-    // One write for the whole line: it must not be torn apart by another program's output.
-    const QByteArray padded = line.leftJustified(std::max(m_lineWidth, line.size()));
-    printToStandardError(m_isTerminal ? "\r" + line + "\x1b[K" : '\r' + padded);
+    const TerminalSize size = m_isTerminal ? terminalSize(STDERR_FILENO) : TerminalSize();
+    const QByteArray line = progressLine(progress, size.columns - 1);
+    // One write for all: it must not be torn apart by another program's output.
+    QByteArray text = '\r' + line;
+    if (m_isTerminal) {
+        text += "\x1b[K";
+        const std::size_t shown = std::min<std::size_t>(files.size(), std::size_t(std::max(size.rows - 2, 0)));
+        for (std::size_t index = 0; index < shown; ++index)
+            text += '\n' + fileProgressLine(files[index], size.columns - 1) + "\x1b[K";
+        text += "\x1b[J"; // lines of files that are done
+        if (shown > 0)
+            text += "\x1b[" + QByteArray::number(qulonglong(shown)) + "A\r"; // back to the line of the whole
+    } else {
+        text += QByteArray(std::max<qsizetype>(m_lineWidth - line.size(), 0), ' ');
+    }
+    printToStandardError(text);
     m_lineWidth = line.size();
 }
 
@@ -98,7 +121,7 @@ void BarDisplay::clear()
 {
     if (m_lineWidth == 0)
         return;
-    printToStandardError(m_isTerminal ? QByteArrayLiteral("\r\x1b[K") : '\r' + QByteArray(m_lineWidth, ' ') + '\r');
+    printToStandardError(m_isTerminal ? QByteArrayLiteral("\r\x1b[J") : '\r' + QByteArray(m_lineWidth, ' ') + '\r');
     m_lineWidth = 0;
 }
 
