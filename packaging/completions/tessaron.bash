@@ -16,6 +16,10 @@ _tessaron_options() {
     scan) echo "--progress --json -q --quiet -v --verbose -h --help --version" ;;
     tracks) echo "--json -h --help --version" ;;
     extract) echo "--track -o --output --progress --json -q --quiet -h --help --version" ;;
+    convert)
+        echo "--to --vbr --cbr -d --directory --flat --tags -j --jobs --progress --json -q --quiet -v --verbose -h --help" \
+            "--version"
+        ;;
     *) echo "-h --help --version" ;;
     esac
 }
@@ -28,6 +32,8 @@ _tessaron_values() {
     --filesystems) echo "iso9660,joliet,udf,hfs+ iso9660,joliet iso9660,udf iso9660 joliet udf hfs+" ;;
     --progress) echo "auto bar json none" ;;
     --track) echo "all" ;;
+    --to) echo "wav aiff mp3" ;;
+    --vbr | --cbr) echo "128 160" ;;
     esac
 }
 
@@ -51,16 +57,19 @@ _tessaron() {
     values=$(_tessaron_values "$previous")
     if [[ -n $values ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$values" -- "$word")
-    elif [[ $previous == -n || $previous == --name || $previous == --gap ]]; then
+    elif [[ $previous == @(-n|--name|--gap|-j|--jobs) ]]; then
         return
     elif [[ $previous == -o || $previous == --output || $previous == --isrc ]]; then
         _tessaron_complete_paths "$word"
+    elif [[ $previous == -d || $previous == --directory ]]; then
+        compopt -o filenames 2>/dev/null
+        mapfile -t COMPREPLY < <(compgen -d -- "$word")
     elif [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(_tessaron_options "$command")" -- "$word")
     elif ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "help audio image inspect scan verify tracks extract" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "help audio image inspect scan verify tracks extract convert" -- "$word")
     elif [[ $command == help ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "audio image inspect scan verify tracks extract" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "audio image inspect scan verify tracks extract convert" -- "$word")
     else
         _tessaron_complete_paths "$word"
     fi

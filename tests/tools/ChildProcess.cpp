@@ -48,6 +48,8 @@ ChildProcess::ChildProcess(const ChildSettings &settings)
 
 void ChildProcess::becomeChild(const ChildSettings &settings) const
 {
+    if (settings.inGroupOfItsOwn)
+        ::setpgid(0, 0);
     std::signal(SIGINT, SIG_DFL);
     std::signal(SIGHUP, SIG_DFL);
     std::signal(SIGPIPE, SIG_DFL);

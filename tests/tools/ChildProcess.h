@@ -21,6 +21,7 @@ struct ChildSettings {
     bool outputToBrokenPipe = false; ///< standard output is a pipe that nobody reads
     std::optional<quint64> fileSizeLimit; ///< RLIMIT_FSIZE, bytes
     std::optional<quint64> descriptorLimit; ///< RLIMIT_NOFILE
+    bool inGroupOfItsOwn = false; ///< a process group, as a shell gives to each command
     bool withoutRootRights = false; ///< as user 65534 when the test runs as root
 };
 

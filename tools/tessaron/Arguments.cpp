@@ -4,6 +4,7 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/OptionTable.h"
 #include "tools/tessaron/Text.h"
+#include <TessaronClasses/KRAudioConverter.h>
 
 #include <array>
 #include <cmath>
@@ -38,6 +39,8 @@ private:
     bool setGap(const QByteArray &value);
     bool setCapacity(const QByteArray &value);
     bool setTrack(const QByteArray &value);
+    bool setBitRate(const QByteArray &value, const QByteArray &shownName, int *rate);
+    bool setJobs(const QByteArray &value);
     bool fail(const QString &message);
 
     const QList<QByteArray> &m_words;
@@ -47,6 +50,9 @@ private:
 public:
     bool hasFormat = false;
     bool hasTrack = false;
+    QByteArray soundFormat; ///< empty where none was named
+    int variableBitRate = 0; ///< kilobits a second; 0 where none was named
+    int constantBitRate = 0;
     bool wantsHelp = false;
     bool wantsVersion = false;
 };
@@ -182,6 +188,24 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
         return true;
     case Option::Track:
         return setTrack(value);
+    case Option::To:
+        soundFormat = value;
+        return true;
+    case Option::VariableBitRate:
+        return setBitRate(value, shownName, &variableBitRate);
+    case Option::ConstantBitRate:
+        return setBitRate(value, shownName, &constantBitRate);
+    case Option::Directory:
+        m_arguments.folder = value;
+        return true;
+    case Option::Flat:
+        m_arguments.isFlat = true;
+        return true;
+    case Option::Tags:
+        m_arguments.carriesTags = true;
+        return true;
+    case Option::Jobs:
+        return setJobs(value);
     }
     return true;
 }
@@ -273,6 +297,23 @@ bool Parser::setTrack(const QByteArray &value)
     return true;
 }
 
+bool Parser::setBitRate(const QByteArray &value, const QByteArray &shownName, int *rate)
+{
+    if (value != "128" && value != "160")
+        return fail(QStringLiteral("%1 is no bit rate for %2; use 128 or 160").arg(quoted(value), text(shownName)));
+    *rate = value.toInt();
+    return true;
+}
+
+bool Parser::setJobs(const QByteArray &value)
+{
+    constexpr unsigned int mostJobs = 256;
+    bool isNumber = false;
+    m_arguments.jobs = value.toUInt(&isNumber);
+    return (isNumber && m_arguments.jobs >= 1 && m_arguments.jobs <= mostJobs)
+        || fail(QStringLiteral("%1 is no number of jobs; use one from 1 to %2").arg(quoted(value)).arg(mostJobs));
+}
+
 QString checkScan(const Arguments &arguments)
 {
     return arguments.paths.isEmpty() ? QStringLiteral("no PATH was given") : QString();
@@ -343,6 +384,49 @@ QString checkVerify(const Arguments &arguments)
     return arguments.paths.size() == 1 ? QStringLiteral("no PATH was given to compare the image with") : QString();
 }
 
+/// Of MP3, by the bit rate; variable, 160 kilobits a second, where none was named.
+std::int32_t mp3Format(const Parser &parser)
+{
+    if (parser.constantBitRate != 0)
+        return parser.constantBitRate == 128 ? KRAudioConverter::mp3FormatConstant128
+                                             : KRAudioConverter::mp3FormatConstant160;
+    return parser.variableBitRate == 128 ? KRAudioConverter::mp3FormatVariable128
+                                         : KRAudioConverter::mp3FormatVariable160;
+}
+
+QString checkSoundFormat(Arguments &arguments, const Parser &parser)
+{
+    const bool hasBitRate = parser.variableBitRate != 0 || parser.constantBitRate != 0;
+    if (parser.soundFormat.isEmpty())
+        return QStringLiteral("no format was given: name it with --to wav, --to aiff or --to mp3");
+    if (parser.soundFormat == "mp3") {
+        arguments.soundFormat = mp3Format(parser);
+        return parser.variableBitRate != 0 && parser.constantBitRate != 0
+            ? QStringLiteral("--vbr and --cbr exclude each other")
+            : QString();
+    }
+    if (parser.soundFormat == "wav")
+        arguments.soundFormat = KRAudioConverter::waveFormat;
+    else if (parser.soundFormat == "aiff")
+        arguments.soundFormat = KRAudioConverter::aiffFormat;
+    else
+        return QStringLiteral("%1 is no format to convert to; use wav, aiff or mp3").arg(quoted(parser.soundFormat));
+    if (hasBitRate || arguments.carriesTags)
+        return QStringLiteral("%1 is for --to mp3 only")
+            .arg(hasBitRate ? QStringLiteral("a bit rate") : QStringLiteral("--tags"));
+    return {};
+}
+
+QString checkConvert(Arguments &arguments, const Parser &parser)
+{
+    if (arguments.paths.isEmpty())
+        return QStringLiteral("no FILE was given: name the files and folders to convert");
+    if (QString error = checkSoundFormat(arguments, parser); !error.isEmpty())
+        return error;
+    return arguments.folder.isEmpty() ? QStringLiteral("no folder was given for the results: name it with -d DIR")
+                                      : QString();
+}
+
 /// The line's words are known; do they make sense together? Sets the action.
 QString checkCommand(Arguments &arguments, const Parser &parser)
 {
@@ -370,6 +454,10 @@ QString checkCommand(Arguments &arguments, const Parser &parser)
         arguments.action = Arguments::Action::Extract;
         return checkExtract(arguments, parser.hasTrack);
     }
+    if (arguments.command == "convert") {
+        arguments.action = Arguments::Action::Convert;
+        return checkConvert(arguments, parser);
+    }
     arguments.action = Arguments::Action::MakeImage;
     return checkImage(arguments, parser.hasFormat);
 }
@@ -385,7 +473,7 @@ Arguments withUsageError(Arguments arguments, const QString &message)
 bool isCommand(const QByteArray &word)
 {
     return word == "scan" || word == "image" || word == "audio" || word == "inspect" || word == "verify"
-        || word == "tracks" || word == "extract";
+        || word == "tracks" || word == "extract" || word == "convert";
 }
 
 /// "help" and "help COMMAND".

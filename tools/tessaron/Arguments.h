@@ -36,12 +36,13 @@ struct Arguments {
         Verify,
         Tracks,
         Extract,
+        Convert,
         ReportUsageError,
     };
 
     Action action = Action::ReportUsageError;
     /// The command that was named, as far as it was understood: "", "scan", "image", "audio", "inspect", "verify",
-    /// "tracks" or "extract". Help is about it.
+    /// "tracks", "extract" or "convert". Help is about it.
     QByteArray command;
     QString usageError; ///< for ReportUsageError, without the full stop
 
@@ -75,6 +76,13 @@ struct Arguments {
     bool hasCDText = false;
     std::uint32_t gap = 0;
     std::uint32_t capacity = 0; ///< 0: any
+
+    // For Convert only.
+    std::int32_t soundFormat = 0; ///< a code of KRAudioConverter
+    QByteArray folder;
+    bool isFlat = false;
+    bool carriesTags = false;
+    unsigned int jobs = 0; ///< 0: one on each processor
 };
 
 /// Understands the words after the program's name. Never touches the file system. Options may stand before and behind

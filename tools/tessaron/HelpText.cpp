@@ -21,6 +21,7 @@ Commands:
   scan     count what is in folders and files
   tracks   list the tracks of a disc image
   extract  take tracks out of a disc image
+  convert  make WAVE, AIFF or MP3 files of audio and movie files
 
 'tessaron help COMMAND' tells more about a command.
 
@@ -171,6 +172,25 @@ Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but sectors are damaged or
 hold more than was taken, 130 interrupted.
 )";
 
+constexpr char convertIntroduction[] = R"(Usage: tessaron convert --to FORMAT -d DIR [OPTION]... FILE...
+
+Makes WAVE, AIFF or MP3 files of the sound of audio and movie files: that of a
+CD, 44,100 samples a second in two channels. A FILE may be a folder; what is in
+it goes into folders like its own. No file is overwritten.
+
+Options:
+)";
+
+constexpr char convertEnd[] = R"(
+Examples:
+  tessaron convert --to wav -d cd Music
+      Each file below the folder Music, into the folder cd/Music.
+  tessaron convert --to mp3 --cbr 160 --tags -d phone *.flac
+
+Exit status: 0 done, 1 a file could not be converted, 2 wrong usage, 3 done but
+something in a file was broken or could not be read, 130 interrupted.
+)";
+
 QByteArray optionLines(const OptionDescription &option)
 {
     QByteArray left = "  ";
@@ -214,6 +234,9 @@ QByteArray helpText(const QByteArray &command)
     } else if (command == "extract") {
         result = extractIntroduction;
         end = extractEnd;
+    } else if (command == "convert") {
+        result = convertIntroduction;
+        end = convertEnd;
     }
     for (const OptionDescription &option : allOptions()) {
         if (knows(command, option))

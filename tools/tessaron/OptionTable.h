@@ -28,6 +28,13 @@ enum class Option : std::uint8_t {
     CdText,
     Track,
     Isrc,
+    To,
+    VariableBitRate,
+    ConstantBitRate,
+    Directory,
+    Flat,
+    Tags,
+    Jobs,
 };
 
 /// One option as the parser and the help text see it.

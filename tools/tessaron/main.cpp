@@ -1,6 +1,7 @@
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/AudioCommand.h"
 #include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/ConvertCommand.h"
 #include "tools/tessaron/ExtractCommand.h"
 #include "tools/tessaron/ImageCommand.h"
 #include "tools/tessaron/ImageReport.h"
@@ -63,6 +64,8 @@ ExitStatus run(const Arguments &arguments)
         return TracksCommand(arguments).run();
     case Arguments::Action::Extract:
         return ExtractCommand(arguments).run();
+    case Arguments::Action::Convert:
+        return ConvertCommand(arguments).run();
     case Arguments::Action::ReportUsageError:
         break;
     }

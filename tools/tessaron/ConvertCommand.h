@@ -1,0 +1,39 @@
+#pragma once
+
+#include "tools/tessaron/Arguments.h"
+#include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/Problem.h"
+#include "tools/tessaron/ProgressDisplay.h"
+#include <TessaronClasses/AudioConvertJob.h>
+
+#include <chrono>
+#include <memory>
+
+namespace Tessaron::Tool
+{
+
+/// `tessaron convert`: has a job make WAVE, AIFF or MP3 files of audio and movie files, and reports. Runs the event
+/// loop of the main thread; serves one run.
+class ConvertCommand
+{
+public:
+    explicit ConvertCommand(const Arguments &arguments);
+
+    [[nodiscard]] ExitStatus run();
+
+private:
+    void convert();
+    [[nodiscard]] ExitStatus exitStatus() const;
+    void print(double seconds) const;
+    void printFiles() const;
+    void printSummary(double seconds) const;
+    [[nodiscard]] bool writeJson(double seconds) const;
+
+    const Arguments m_arguments;
+    const std::chrono::steady_clock::time_point m_start;
+    std::unique_ptr<ProgressDisplay> m_display;
+    Problem m_problem;
+    AudioConvertResult m_result;
+};
+
+} // namespace Tessaron::Tool
