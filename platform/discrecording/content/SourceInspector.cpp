@@ -2,11 +2,13 @@
 
 #include "platform/coreservices/FSCatalog.h"
 #include "platform/coreservices/FSRefAccess.h"
+#include "platform/coreservices/FileLocator.h"
+#include "platform/coreservices/FilePlaces.h"
+#include "platform/coreservices/PathAccess.h"
 #include "platform/discrecording/content/SourceFolder.h"
 #include "platform/discrecording/content/WorkerFailures.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cerrno>
 #include <fcntl.h>
@@ -52,6 +54,12 @@ bool isReadableByAll(std::uint32_t mode, bool isFolder)
     return (mode & wanted) == wanted;
 }
 
+/// True when the error says that nothing is there.
+bool isAbsence(int errnoValue)
+{
+    return errnoValue == ENOENT || errnoValue == ENOTDIR || errnoValue == ELOOP || errnoValue == ESTALE;
+}
+
 /// What one thread found that does not fit into the nodes themselves.
 struct Findings {
     StorageIssues issues;
@@ -73,59 +81,64 @@ public:
     {
         ContentNode &content = m_tree.nodes[node];
         content.flags &= static_cast<std::uint8_t>(~ContentNode::NeedsInspection);
-        const FSRef ref = placeOf(content);
-        struct statx status;
-        if (lookUp(ref, content.device, &status) != 0) {
-            leaveOut(node, StorageReason::Vanished);
+        const FoundSource found = lookUp(content);
+        const StorageReason notReadable =
+            content.isFolder() ? StorageReason::FolderNotReadable : StorageReason::FileNotReadable;
+        if (found.error != 0) {
+            leaveOut(node, isAbsence(found.error) ? StorageReason::Vanished : notReadable);
             return;
         }
-        const ContentKind kind = kindOf(status.stx_mode);
+        const ContentKind kind = kindOf(found.status.stx_mode);
         if (content.isFolder() != (kind == ContentKind::Folder)) {
             leaveOut(node, content.isFolder() ? StorageReason::Vanished : StorageReason::BecameFolder);
             return;
         }
-        take(content, status);
+        // The writers open it by the name that it has now; another file may have the old one.
+        if (found.folder < 0)
+            content.sourceNode = FilePlaces::shared().currentNode(found.ref);
+        take(content, found.status);
         if (kind == ContentKind::SymbolicLink)
-            readLink(node, ref);
-        else if (!isReadable(content, ref, status.stx_mode))
-            leaveOut(node, content.isFolder() ? StorageReason::FolderNotReadable : StorageReason::FileNotReadable);
+            readLink(node, found.ref);
+        else if (!isReadable(content, found))
+            leaveOut(node, notReadable);
     }
 
     Findings findings;
 
 private:
-    /// The place of the source: the device is left out, since other threads may be adding to the table of devices.
-    static FSRef placeOf(const ContentNode &content)
-    {
-        FSRef ref;
-        ref.inode = content.inode;
-        ref.setBirthTime(content.birthTime());
-        ref.node = content.sourceNode;
-        return ref;
-    }
+    struct FoundSource {
+        int error = 0; ///< `errno` value
+        int folder = -1; ///< the open folder in which it lies under its reference's name; -1 when it lies elsewhere
+        FSRef ref; ///< without the device while that was not needed
+        struct statx status = {};
+    };
 
-    /// `errno` value; finds a file that was renamed meanwhile when the system knows where it went.
-    int lookUp(FSRef ref, std::uint16_t device, struct statx *status)
+    /// Where the reference leads is asked first, through the folder there, which costs no path. When another file lies
+    /// there by now, the source is looked for: it may have been renamed.
+    FoundSource lookUp(const ContentNode &content)
     {
         constexpr unsigned int mask = STATX_BASIC_STATS | STATX_BTIME;
-        const int folder = m_folder.descriptorFor(ref);
-        const QByteArrayView name = nameOfFSRef(ref);
-        std::array<char, NAME_MAX + 1> terminated;
-        if (folder >= 0 && name.size() <= NAME_MAX) {
-            *std::copy(name.begin(), name.end(), terminated.begin()) = '\0';
-            if (::statx(folder, terminated.data(), AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC, mask,
-                        status)
-                == 0)
-                return 0;
+        FoundSource found;
+        found.ref.inode = content.inode;
+        found.ref.setBirthTime(content.birthTime());
+        found.ref.node = content.sourceNode;
+        const int folder = m_folder.descriptorFor(found.ref);
+        const bool isSomething =
+            folder >= 0 && statBelow(folder, nameOfFSRef(found.ref).data(), mask, &found.status) == 0;
+        if (isSomething && hasSameIdentity(found.ref, found.status)) {
+            found.folder = folder;
+            return found;
         }
-        const int error = statFSRef(ref, mask, status);
-        if (error != ENOENT && error != ENOTDIR)
-            return error;
         {
+            // Only here, for other threads may be adding to the table of devices.
             const std::scoped_lock lock(m_devicesMutex);
-            ref.device = m_tree.devices[device];
+            found.ref.device = m_tree.devices[content.device];
         }
-        return FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr) == noErr ? statFSRef(ref, mask, status) : error;
+        if (isSomething && isFileAtItsPlace(found.ref, found.status))
+            found.folder = folder;
+        else
+            found.error = statFSRef(found.ref, mask, &found.status);
+        return found;
     }
 
     void take(ContentNode &content, const struct statx &status)
@@ -156,16 +169,17 @@ private:
         m_device = device;
     }
 
-    bool isReadable(const ContentNode &content, const FSRef &ref, std::uint32_t mode)
+    bool isReadable(const ContentNode &content, const FoundSource &found) const
     {
         const bool hasContents =
             content.isFolder() ? content.childCount() == 0 : content.isFile() && content.fileSize() > 0;
-        if (!hasContents || m_readsEverything || isReadableByAll(mode, content.isFolder()))
+        if (!hasContents || m_readsEverything || isReadableByAll(found.status.stx_mode, content.isFolder()))
             return true;
         const int wanted = content.isFolder() ? R_OK | X_OK : R_OK;
-        const int folder = m_folder.descriptorFor(ref);
-        const QByteArray path = folder >= 0 ? nameOfFSRef(ref).toByteArray() : lastKnownPath(ref);
-        return ::faccessat(folder >= 0 ? folder : AT_FDCWD, path.constData(), wanted, AT_EACCESS) == 0;
+        if (found.folder >= 0)
+            return ::faccessat(found.folder, nameOfFSRef(found.ref).data(), wanted, AT_EACCESS) == 0;
+        const PathAccess access(lastKnownPath(found.ref));
+        return access.error() == 0 && ::faccessat(access.folder(), access.path(), wanted, AT_EACCESS) == 0;
     }
 
     void readLink(NodeIndex node, const FSRef &ref)

@@ -193,6 +193,72 @@ TEST(DiscImageReport, replacedSource_isTakenAsItIsNow)
     EXPECT_EQ(reader.contents(*reader.primary()->root.child(QStringLiteral("FILE"))), "new contents");
 }
 
+TEST(DiscImageReport, renamedSource_isMeant_alsoWhereAnotherFileHasItsOldName)
+{
+    const TemporaryTree tree;
+    tree.makeFile("NAME", "its own");
+    const auto root = rootWith(tree, {"NAME"});
+    ASSERT_EQ(::rename(tree.path("NAME").constData(), tree.path("OTHER").constData()), 0);
+    tree.makeFile("NAME", "those of another file");
+    root->children()[0]->setBaseName(QStringLiteral("OTHER")); // as a layout does that is made now
+    const WrittenImage image(root);
+    ASSERT_FALSE(image.error()) << qPrintable(image.error().localizedDescription());
+    const IsoImageReader reader(image.path());
+    EXPECT_EQ(reader.contents(*reader.primary()->root.child(QStringLiteral("OTHER"))), "its own");
+    EXPECT_EQ(image.plan().report->lostCount(), 0u);
+}
+
+TEST(DiscImageReport, sourcesOfARenamedFolder_areMeant_alsoWhereAnotherFolderHasItsOldName)
+{
+    const TemporaryTree tree;
+    tree.makeFile("FOLDER/A", "a of its own");
+    tree.makeFile("FOLDER/B", "b of its own");
+    const auto root = rootWith(tree, {"FOLDER/A", "FOLDER/B"});
+    ASSERT_EQ(::rename(tree.path("FOLDER").constData(), tree.path("RENAMED").constData()), 0);
+    tree.makeFile("FOLDER/A", "a of another folder");
+    tree.makeFile("FOLDER/B", "b of another folder");
+    const WrittenImage image(root);
+    ASSERT_FALSE(image.error()) << qPrintable(image.error().localizedDescription());
+    const IsoImageReader reader(image.path());
+    EXPECT_EQ(reader.contents(*reader.primary()->root.child(QStringLiteral("A"))), "a of its own");
+    EXPECT_EQ(reader.contents(*reader.primary()->root.child(QStringLiteral("B"))), "b of its own");
+}
+
+TEST(DiscImageReport, renamedSourceThatMayNotBeRead_isRefused_whateverHasItsOldName)
+{
+    const TemporaryTree tree;
+    tree.makeFile("NAME", "secret");
+    const auto root = rootWith(tree, {"NAME"});
+    ASSERT_EQ(::rename(tree.path("NAME").constData(), tree.path("OTHER").constData()), 0);
+    tree.makeFile("NAME", "open to all");
+    tree.setMode("OTHER", 0);
+    tree.setMode("", 0755);
+    const WithoutRootRights rights;
+    const WrittenImage image(root);
+    ASSERT_FALSE(image.error()) << qPrintable(image.error().localizedDescription());
+    ASSERT_EQ(image.plan().report->count(), 1u);
+    EXPECT_EQ(image.plan().report->item(0).kind, Kind::Refused);
+    EXPECT_TRUE(image.plan().report->item(0).reason.contains(QStringLiteral("access was denied")));
+}
+
+TEST(DiscImageReport, sourceInAFolderThatMayNotBeEntered_isRefusedForThatReason)
+{
+    const TemporaryTree tree;
+    tree.makeFile("CLOSED/NAME", "x");
+    const auto root = rootWith(tree, {"CLOSED/NAME"});
+    tree.setMode("CLOSED", 0);
+    tree.setMode("", 0755);
+    {
+        const WithoutRootRights rights;
+        const WrittenImage image(root);
+        ASSERT_EQ(image.plan().report->count(), 1u);
+        EXPECT_EQ(image.plan().report->item(0).kind, Kind::Refused);
+        EXPECT_TRUE(image.plan().report->item(0).reason.contains(QStringLiteral("access was denied")))
+            << image.plan().report->item(0).reason.toStdString();
+    }
+    tree.setMode("CLOSED", 0755); // for the tree's end
+}
+
 TEST(DiscImageReport, fileThatBecameAFolder_isRefused)
 {
     const TemporaryTree tree;
