@@ -3,6 +3,7 @@
 #include "filemodel/DesiredDiscName.h"
 #include "filemodel/FolderForLayout.h"
 #include "platform/coreservices/FSRefAccess.h"
+#include "platform/coreservices/FilePlaces.h"
 #include "platform/discrecording/objects/DRFile.h"
 #include "platform/discrecording/objects/DRFolder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
@@ -44,13 +45,14 @@ void setOptions(KRFileReference &reference, DRFSObject &object)
         object.setProperty(true, DRMacFinderHideExtension, DRAllFilesystems);
 }
 
-/// A folder that has the name of an icon's file was taken for the icon when the folder above was made.
+/// A folder that has the name of an icon's file was taken for the icon when the folder above was made. Its reference
+/// may name the place where it was before.
 void takeOutIconFile(DRFolder &parent, const DRFolder &child)
 {
-    if (nameOfFSRef(child.sourceRef()) != QByteArrayView("Icon\r") || parent.children().empty())
+    if (parent.children().empty())
         return;
     const std::shared_ptr<DRFSObject> first = parent.children().front();
-    if (!first->isFolder() && first->sourceRef() == child.sourceRef())
+    if (!first->isFolder() && identityOf(first->sourceRef()) == identityOf(child.sourceRef()))
         parent.removeChild(first);
 }
 

@@ -252,6 +252,20 @@ TEST(LayoutObjects, aFolderCalledIcon_isAFolder_whereTheTreeHasIt)
     EXPECT_EQ(pathsBelow(*folder), (QStringList{QStringLiteral("Icon\r/"), QStringLiteral("Icon\r/inside")}));
 }
 
+TEST(LayoutObjects, aFolderRenamedToIcon_isAFolder)
+{
+    const TemporaryTree tree;
+    tree.makeFile("folder/before/inside", "x");
+    const auto root = itemAt(tree.pathText("folder"));
+    root->addItem(itemAt(tree.pathText("folder/before")));
+    root->items().front()->addItem(itemAt(tree.pathText("folder/before/inside")));
+    ASSERT_EQ(::rename(tree.path("folder/before").constData(), tree.path("folder/Icon\r").constData()), 0);
+    LayoutRecorder recorder;
+    const auto folder = recorder.run(*root);
+    ASSERT_TRUE(folder);
+    EXPECT_EQ(pathsBelow(*folder), (QStringList{QStringLiteral("Icon\r/"), QStringLiteral("Icon\r/inside")}));
+}
+
 TEST(LayoutObjects, aFolderWhoseIconCannotBeLookedFor_isNamed)
 {
     const TemporaryTree tree;
