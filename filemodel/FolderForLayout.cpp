@@ -43,9 +43,10 @@ int addIcon(DRFolder &folder, const LayoutSource &source)
     if (error != 0)
         return error == ENOENT ? 0 : error;
     FSRef icon;
-    if (FSMakeFSRefForChild(folder.sourceRef(), name, &icon) == noErr)
+    const OSStatus status = FSMakeFSRefForChild(folder.sourceRef(), name, &icon);
+    if (status == noErr)
         folder.addChild(DRFileCreateReal(&icon));
-    return 0;
+    return status == noErr || status == fnfErr ? 0 : EIO;
 }
 
 } // namespace
