@@ -86,8 +86,8 @@ public:
     [[nodiscard]] std::size_t numberOfItems() const { return m_items.size(); }
 
     /// The children for a loop that notices when children are added, removed or exchanged under it: taking the next
-    /// child, or the end of the loop, then raises std::logic_error. The child of the current turn stays alive during
-    /// its turn.
+    /// child, or the end of the loop, then raises std::logic_error. All children that were there at its start stay
+    /// alive until the loop's end.
     [[nodiscard]] Walk walk() const;
 
     /// Sets the child's parent to this item and appends it. Ignored for null and for an item that is this one or holds
@@ -160,7 +160,7 @@ public:
         using value_type = std::shared_ptr<KRFileHierarchyItem>;
         using difference_type = std::ptrdiff_t;
         using pointer = const value_type *;
-        using reference = value_type; ///< a copy: it stays alive when the loop's body changes the array
+        using reference = const value_type &;
 
         Iterator(const Walk &walk, std::size_t index)
             : m_walk(&walk)
@@ -171,7 +171,7 @@ public:
         reference operator*() const
         {
             m_walk->throwIfChangedAt(m_index);
-            return m_walk->m_items[m_index];
+            return m_walk->m_atStart[m_index];
         }
         Iterator &operator++()
         {
@@ -189,10 +189,8 @@ public:
 
     explicit Walk(const Items &items)
         : m_items(items)
+        , m_atStart(items)
     {
-        m_atStart.reserve(items.size());
-        for (const auto &item : items)
-            m_atStart.push_back(item.get());
     }
     [[nodiscard]] Iterator begin() const { return Iterator(*this, 0); }
     [[nodiscard]] Iterator end() const { return Iterator(*this, m_atStart.size()); }
@@ -200,7 +198,7 @@ public:
 private:
     void throwIfChangedAt(std::size_t index) const
     {
-        if (m_items.size() != m_atStart.size() || m_items[index].get() != m_atStart[index])
+        if (m_items.size() != m_atStart.size() || m_items[index] != m_atStart[index])
             throw std::logic_error("the children of a file hierarchy item were changed during a walk");
     }
     void throwIfChanged() const
@@ -210,7 +208,7 @@ private:
     }
 
     const Items &m_items;
-    std::vector<const KRFileHierarchyItem *> m_atStart;
+    const Items m_atStart; ///< held, or a child that is freed could leave its address to the one that replaces it
 };
 
 inline KRFileHierarchyItem::Walk KRFileHierarchyItem::walk() const

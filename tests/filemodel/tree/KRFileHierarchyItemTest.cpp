@@ -283,6 +283,28 @@ TEST(KRFileHierarchyItem, walk_raises_whenTheChildrenAreChangedUnderIt)
                  std::logic_error);
 }
 
+TEST(KRFileHierarchyItem, walk_raises_whenAChildIsExchangedForANewOne)
+{
+    // The new child is likely to be made in the memory of the one that was removed.
+    for (const bool isBehind : {false, true}) {
+        const auto root = folderWithChildren({a, b, c});
+        const auto reference = KRFileReference::virtualFolderWithName(x);
+        std::vector<QString> visited;
+        EXPECT_THROW(
+            for (const auto &item
+                 : root->walk()) {
+                visited.push_back(item->fileReference()->name());
+                if (item->fileReference()->name() != b)
+                    continue;
+                root->removeItemAtIndex(isBehind ? 2 : 0);
+                root->insertItem(KRFileHierarchyItem::fileHierarchyItemWithFileReference(reference), isBehind ? 2 : 0);
+            },
+            std::logic_error)
+            << isBehind;
+        EXPECT_LE(visited.size(), 3u);
+    }
+}
+
 TEST(KRFileHierarchyItem, treesOfAnyDepth_areSizedAndFreedWithoutRecursion)
 {
     auto root = folderNamed(QStringLiteral("root"));
