@@ -20,7 +20,8 @@ struct ExtendedFileInfo {
     std::array<std::uint8_t, 16> bytes = {};
 };
 
-/// Functions on file references. Thread-safe.
+/// Functions on file references. Thread-safe. Their symbols are their plain names, so that a plug-in can look them up.
+extern "C" {
 
 /// True when the reference's file exists, wherever it was moved meanwhile. False for null.
 [[nodiscard]] TESSARON_EXPORT bool FSRefValid(const FSRef *ref);
@@ -33,11 +34,20 @@ struct ExtendedFileInfo {
 [[nodiscard]] TESSARON_EXPORT OSErr FSGetTotalForkSizes(const FSRef *ref, std::uint64_t *totalLogicalSize,
                                                         std::uint64_t *totalPhysicalSize, std::uint64_t *forkCount);
 
+#ifdef __clang__
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wreturn-type-c-linkage" // for programs in C++ all the same
+#endif
 /// The persistent form of a reference; null when its file is gone.
 [[nodiscard]] TESSARON_EXPORT QByteArray AliasDataFromFSRef(const FSRef *ref);
+#ifdef __clang__
+#pragma clang diagnostic pop
+#endif
 
 /// Finds the file of alias data without asking the user for a missing volume. 1 for null data, else noErr or the status
 /// of FSResolveAliasWithMountFlags(); the output is left alone on failure.
 [[nodiscard]] TESSARON_EXPORT OSErr FSRefFromAliasData(const QByteArray &data, FSRef *ref);
+
+} // extern "C"
 
 } // namespace Tessaron

@@ -5,12 +5,45 @@
 #include <TessaronClasses/KRFileReference.h>
 #include <TessaronClasses/PathHelpers.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <unistd.h>
+
+// As a program sees them that knows their symbols alone: without the plain names it does not link.
+extern "C" {
+bool FSRefValid(const Tessaron::FSRef *ref);
+Tessaron::OSErr FSGetFinderInfo(const Tessaron::FSRef *ref, Tessaron::FileInfo *finderInfo,
+                                Tessaron::ExtendedFileInfo *extendedFinderInfo, bool *isDirectory);
+Tessaron::OSErr FSGetTotalForkSizes(const Tessaron::FSRef *ref, std::uint64_t *totalLogicalSize,
+                                    std::uint64_t *totalPhysicalSize, std::uint64_t *forkCount);
+QByteArray AliasDataFromFSRef(const Tessaron::FSRef *ref);
+Tessaron::OSErr FSRefFromAliasData(const QByteArray &data, Tessaron::FSRef *ref);
+}
+
+namespace
+{
+
+/// How many calls of statx(2) still succeed before all of them fail with EIO; negative: none fails.
+int statCallsThatSucceed = -1;
+
+} // namespace
+
+/// In the place of the C library's.
+extern "C" int statx(int folder, const char *path, int flags, unsigned int mask, struct statx *result) noexcept
+{
+    if (statCallsThatSucceed == 0) {
+        errno = EIO;
+        return -1;
+    }
+    if (statCallsThatSucceed > 0)
+        --statCallsThatSucceed;
+    return static_cast<int>(::syscall(SYS_statx, folder, path, flags, mask, result));
+}
 
 namespace Tessaron
 {
@@ -27,6 +60,22 @@ protected:
 };
 
 } // namespace
+
+TEST_F(FileReferenceFunctions, symbols_areThePlainNames)
+{
+    tree.makeFile("file", "x");
+    const FSRef file = ref("file");
+    EXPECT_TRUE(::FSRefValid(&file));
+    bool isDirectory = true;
+    EXPECT_EQ(::FSGetFinderInfo(&file, nullptr, nullptr, &isDirectory), noErr);
+    EXPECT_FALSE(isDirectory);
+    std::uint64_t length = 0;
+    EXPECT_EQ(::FSGetTotalForkSizes(&file, &length, nullptr, nullptr), noErr);
+    EXPECT_EQ(length, 1u);
+    FSRef found;
+    EXPECT_EQ(::FSRefFromAliasData(::AliasDataFromFSRef(&file), &found), noErr);
+    EXPECT_EQ(found, file);
+}
 
 TEST_F(FileReferenceFunctions, FSRefValid_isTrue_whileTheFileExists)
 {
@@ -160,6 +209,20 @@ TEST_F(FileReferenceFunctions, aWalkThroughForks_endsWithTheFailure_whenTheFileV
     EXPECT_EQ(fork.logicalSize, 4u);
     tree.remove("file");
     EXPECT_EQ(FSIterateForks(&file, &position, &fork), fnfErr);
+}
+
+TEST_F(FileReferenceFunctions, FSGetTotalForkSizes_leavesTheSumsSoFar_whenItFailsMidway)
+{
+    const FSRef file = fsRef(QString::fromUtf8(tree.makeFile("file", QByteArray(5000, 'x'))));
+    std::uint64_t logical = 1;
+    std::uint64_t physical = 1;
+    std::uint64_t forks = 7;
+    statCallsThatSucceed = 1; // the data fork is told, and then the disk fails
+    EXPECT_EQ(FSGetTotalForkSizes(&file, &logical, &physical, &forks), ioErr);
+    statCallsThatSucceed = -1;
+    EXPECT_EQ(logical, 5000u);
+    EXPECT_GE(physical, 5000u);
+    EXPECT_EQ(forks, 1u);
 }
 
 TEST_F(FileReferenceFunctions, FSGetTotalForkSizes_findsNoFork_inAFolder)
