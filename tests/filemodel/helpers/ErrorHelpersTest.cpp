@@ -2,6 +2,7 @@
 #include <TessaronClasses/ErrorHelpers.h>
 #include <TessaronClasses/ErrorTexts.h>
 
+#include <QDir>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -29,6 +30,13 @@ const QString takenText =
 
 TEST_F(ErrorHelpers, _finderBundle_isNull_withoutAFinder)
 {
+    EXPECT_EQ(_finderBundle(), nullptr);
+}
+
+TEST_F(ErrorHelpers, _finderBundle_staysNull_whereTheFinderComesLater)
+{
+    EXPECT_EQ(_finderBundle(), nullptr);
+    ASSERT_TRUE(QDir(NSBundle::systemRoot()).mkpath(QStringLiteral("System/Library/CoreServices/Finder.app")));
     EXPECT_EQ(_finderBundle(), nullptr);
 }
 
@@ -65,6 +73,7 @@ TEST_F(ErrorHelpers, thereIsAlreadyAnItemWithThatNameError_describesTheCause_and
     const NSError error = thereIsAlreadyAnItemWithThatNameError();
     EXPECT_EQ(error.domain(), NSOSStatusErrorDomain);
     EXPECT_EQ(error.code(), -48);
+    EXPECT_EQ(error.userInfo().size(), 2);
     EXPECT_EQ(error.userInfo().value(NSLocalizedDescriptionKey).toString(), takenText);
     EXPECT_EQ(error.userInfo().value(NSLocalizedRecoverySuggestionErrorKey).toString(),
               QStringLiteral("Rename the item and try again."));

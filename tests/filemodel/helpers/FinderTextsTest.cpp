@@ -69,6 +69,21 @@ TEST_F(FinderTexts, theItemCannotBeRenamed_putsTheNameAtEveryPlace)
     EXPECT_EQ(theItemCannotBeRenamedLocalizedString(QString()), QStringLiteral(" stays, for  is ."));
 }
 
+TEST_F(FinderTexts, texts_areTheirKeys_whereTheFinderLacksThem)
+{
+    const QString before = NSBundle::systemRoot();
+    const Testing::TemporaryTree other;
+    other.makeFolder("System/Library/CoreServices/Finder.app");
+    NSBundle::setSystemRoot(other.pathText());
+    EXPECT_EQ(getFailureReason(NSError(NSOSStatusErrorDomain, -48)), QStringLiteral("NE21"));
+    EXPECT_EQ(getFailureReason(NSError(NSOSStatusErrorDomain, -5000)), QStringLiteral("NE23"));
+    EXPECT_EQ(getFailureReason(NSError(NSOSStatusErrorDomain, -36)), QStringLiteral("OSStatus error (-36)"));
+    EXPECT_EQ(anItemWithTheSameNameAlreadyExistsLocalizedString(), QStringLiteral("NE21"));
+    EXPECT_EQ(renameTheItemLocalizedString(), QStringLiteral("NE22"));
+    EXPECT_EQ(theItemCannotBeRenamedLocalizedString(QStringLiteral("x")), QStringLiteral("RN33"));
+    NSBundle::setSystemRoot(before);
+}
+
 TEST_F(FinderTexts, errors_exchangeTheirTexts)
 {
     const NSError named = filenameAlreadyExistsErrorForName(QStringLiteral("a"));

@@ -169,6 +169,16 @@ TEST_F(PathHelpers, deleteDirectoryAtPathIfEmpty_removesAFolderOfWorthlessFiles)
     EXPECT_FALSE(tree.exists("folder"));
 }
 
+TEST_F(PathHelpers, deleteDirectoryAtPathIfEmpty_takesTheFolder_howeverItsPathIsSpelled)
+{
+    for (const char *const path : {"folder/", "folder//", "folder/.", "./folder", "other/../folder"}) {
+        tree.makeFolder("other");
+        tree.makeFile("folder/empty file");
+        EXPECT_TRUE(deleteDirectoryAtPathIfEmpty(tree.pathText() + u'/' + QString::fromUtf8(path))) << path;
+        EXPECT_FALSE(tree.exists("folder")) << path;
+    }
+}
+
 TEST_F(PathHelpers, deleteDirectoryAtPathIfEmpty_removesNothing_fromAFolderThatHoldsMore)
 {
     tree.makeFolder("withFolder/inner");

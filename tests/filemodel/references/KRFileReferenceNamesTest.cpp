@@ -143,6 +143,17 @@ TEST_F(KRFileReferenceNames, withoutADesiredName_theFlagDecidesBetweenNothingAnd
     EXPECT_EQ(made->desiredNameWithExtensionEvenIfHidden(false), QStringLiteral("scan.pdf"));
 }
 
+TEST_F(KRFileReferenceNames, theNameServes_whereThereIsNoDisplayName)
+{
+    _ZelFileAttribute known = ZelFileAttributeNone_fct();
+    known.empty = 0;
+    known.name = mallocCopy("given name");
+    const auto gone = KRFileReference::initWithFSRef(FSRef(), std::move(known));
+    EXPECT_TRUE(gone->displayName().isNull());
+    EXPECT_EQ(gone->desiredNameWithExtensionEvenIfHidden(false), QStringLiteral("given name"));
+    EXPECT_TRUE(gone->desiredNameWithExtensionEvenIfHidden(true).isNull());
+}
+
 TEST_F(KRFileReferenceNames, virtualFolder_isCalledAsDesired_elseByItsName)
 {
     const std::shared_ptr<KRFileReference> folder = KRFileReference::virtualFolderWithName(QStringLiteral("New.x"));

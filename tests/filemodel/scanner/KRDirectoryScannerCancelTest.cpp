@@ -89,6 +89,24 @@ TEST_F(KRDirectoryScannerCancel, aCancelThatNoFurtherEntryNotices_endsAsFinished
     EXPECT_EQ(root->items()[0]->numberOfItems(), 50u);
 }
 
+TEST_F(KRDirectoryScannerCancel, aScannerThatWasCancelled_scansAgainToTheEnd)
+{
+    makeFiles("top", 120);
+    const auto lister = std::make_shared<TestLister>();
+    lister->holdAt(1);
+    const std::shared_ptr<KRDirectoryScanner> scanner = scannerFor("top", lister);
+    ASSERT_TRUE(scanner->startDirectoryScan());
+    lister->waitUntilHeld();
+    scanner->stopScanAsync();
+    lister->letGo();
+    waitForTheEnd();
+    const auto partial = root;
+    EXPECT_EQ(scan(scanner)->numberOfItems(), 120u);
+    EXPECT_EQ(events, (Names{"cancelled", "finished"}));
+    EXPECT_EQ(scanner->scannedFiles(), 120u) << "counted anew";
+    EXPECT_EQ(partial->numberOfItems(), 50u) << "handed over, so left alone";
+}
+
 TEST_F(KRDirectoryScannerCancel, stopping_doesNothing_whenNoScanRuns)
 {
     tree.makeFolder("top");
