@@ -73,6 +73,18 @@ bool AliasSearch::isAt(const QByteArray &path)
     return true;
 }
 
+/// At a path that only the inode has led to, the file may be a later one that got the inode of the removed one.
+bool AliasSearch::isProvenAt(const QByteArray &path)
+{
+    if (!isAt(path))
+        return false;
+    const PathAccess access(path);
+    const QByteArray handle = access.error() == 0 ? fileHandleBelow(access.folder(), access.path()) : QByteArray();
+    if (!handle.isEmpty() && !m_record.handle.isEmpty())
+        return handle == m_record.handle;
+    return m_record.birthTime != FileTime();
+}
+
 bool AliasSearch::findByHandle()
 {
     for (const QByteArray &volume : m_volumes) {
@@ -91,7 +103,7 @@ bool AliasSearch::findInFolders()
     return std::any_of(m_places.begin(), m_places.end(), [this](const QByteArray &place) {
         const QByteArray folder = parentPath(place);
         const QByteArray name = nameOfInodeInFolder(folder, m_record.inode);
-        return !name.isEmpty() && isAt(childPath(folder, name));
+        return !name.isEmpty() && isProvenAt(childPath(folder, name));
     });
 }
 
@@ -129,7 +141,7 @@ bool AliasSearch::findBelow(const QByteArray &top, std::uint64_t device)
             const QByteArray name(entry->d_name);
             if (name == "." || name == "..")
                 continue;
-            if (entry->d_ino == m_record.inode && isAt(childPath(folders.front(), name)))
+            if (entry->d_ino == m_record.inode && isProvenAt(childPath(folders.front(), name)))
                 return true;
             if (entry->d_type == DT_DIR)
                 folders.push_back(childPath(folders.front(), name));

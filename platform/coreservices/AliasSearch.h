@@ -26,6 +26,7 @@ public:
 private:
     void collectPlaces();
     [[nodiscard]] bool isAt(const QByteArray &path);
+    [[nodiscard]] bool isProvenAt(const QByteArray &path);
     [[nodiscard]] bool findByHandle();
     [[nodiscard]] bool findInFolders();
     [[nodiscard]] bool findNearby();

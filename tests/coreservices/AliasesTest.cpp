@@ -163,6 +163,18 @@ TEST_F(Aliases, alias_reportsAMissingVolume_andLeavesTheOutputAlone)
     EXPECT_EQ(target.inode, 42u);
 }
 
+TEST_F(Aliases, aliasOfARemovedFile_leadsNowhere_whenALaterFileHasItsInode)
+{
+    for (int round = 0; round < 50; ++round) {
+        tree.makeFile("removed", "x");
+        const QByteArray alias = aliasOf("removed");
+        ASSERT_EQ(::unlink(tree.path("removed").constData()), 0);
+        tree.makeFile("newcomer", "foreign");
+        EXPECT_EQ(resolved(alias), "<-43>") << round;
+        ASSERT_EQ(::unlink(tree.path("newcomer").constData()), 0);
+    }
+}
+
 TEST_F(Aliases, FSNewAliasMinimal_fails_forAFileThatIsGone)
 {
     tree.makeFile("file");
