@@ -1,6 +1,7 @@
 #include "imaging/jobs/ImageMaker.h"
 
 #include "imaging/jobs/FreeSpace.h"
+#include "platform/discrecording/objects/DRFile.h"
 #include "platform/discrecording/objects/DRFolder.h"
 #include "platform/discrecording/objects/DRStorageReport.h"
 #include "platform/discrecording/objects/DRTrack.h"
@@ -151,20 +152,26 @@ std::shared_ptr<KRFileHierarchyItem> ImageMaker::rootItem()
     return root;
 }
 
-/// Gives the sources of a disc with several the names of their arguments, which may be those of links.
-void ImageMaker::nameSources(const DRFolder &root) const
+/// Gives the sources of a disc with several the names of their arguments, which may be those of links. A layout leaves
+/// out a file called "Icon\r", which belongs to the folder that holds it; here it was asked for by itself.
+void ImageMaker::nameSources(DRFolder &root) const
 {
     if (m_order.rootIsOnlySource)
         return;
-    // A source that vanished meanwhile is missing from the layout; the others keep their order.
-    auto object = root.children().begin();
-    for (std::size_t index = 0; index < m_order.sources.size() && object != root.children().end(); ++index) {
-        if ((*object)->sourceRef() != *m_rootItem->items()[index]->fileReference()->fileRef())
-            continue;
+    const std::vector<std::shared_ptr<DRFSObject>> laidOut = root.children(); // in the order of the sources
+    auto next = laidOut.begin();
+    for (std::size_t index = 0; index < m_order.sources.size(); ++index) {
+        const FSRef &ref = *m_rootItem->items()[index]->fileReference()->fileRef();
+        std::shared_ptr<DRFSObject> object;
+        if (next != laidOut.end() && (*next)->sourceRef() == ref) {
+            object = *next++;
+        } else {
+            object = DRFileCreateReal(&ref);
+            root.addChild(object);
+        }
         const QString name = stringWithFileSystemRepresentation(m_order.sources[index].name);
-        if ((*object)->baseName() != name)
-            (*object)->setBaseName(name);
-        ++object;
+        if (object->baseName() != name)
+            object->setBaseName(name);
     }
 }
 

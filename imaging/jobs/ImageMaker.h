@@ -64,7 +64,7 @@ public:
 private:
     void sourcesGathered();
     [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> rootItem();
-    void nameSources(const DRFolder &root) const;
+    void nameSources(DRFolder &root) const;
     void layoutMade(const std::shared_ptr<DRFolder> &folder);
     void addUnreadable(const std::vector<UnreadableFolder> &folders);
     void startWriting(const std::shared_ptr<DRFolder> &folder);

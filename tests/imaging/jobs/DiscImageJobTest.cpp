@@ -51,16 +51,17 @@ protected:
         return result;
     }
 
-    /// What another program reads of the letter.
-    QByteArray letterIn(const QByteArray &image) const
+    /// What another program reads of a file.
+    QByteArray contentsIn(const QByteArray &image, const char *path) const
     {
         QProcess isoinfo;
         isoinfo.start(QStringLiteral("isoinfo"),
-                      {QStringLiteral("-R"), QStringLiteral("-x"), QStringLiteral("/letter.txt"), QStringLiteral("-i"),
+                      {QStringLiteral("-R"), QStringLiteral("-x"), QString::fromUtf8(path), QStringLiteral("-i"),
                        m_tree.pathText(image)});
         EXPECT_TRUE(isoinfo.waitForFinished());
         return isoinfo.readAllStandardOutput();
     }
+    QByteArray letterIn(const QByteArray &image) const { return contentsIn(image, "/letter.txt"); }
 
     void makeBigSource() const { m_tree.makeFile("source/big", QByteArray(64 << 20, 'b')); }
 
@@ -86,6 +87,20 @@ TEST_F(DiscImageJobs, job_makesTheImage_andTellsPhasesInOrder)
     EXPECT_TRUE(std::is_sorted(run.phases.begin(), run.phases.end()));
     EXPECT_EQ(run.told.back().percent(), 100);
     EXPECT_EQ(run.told.back().bytesTotal, run.result.bytes);
+}
+
+TEST_F(DiscImageJobs, everySource_isStored_alsoAFoldersIconByItself)
+{
+    DiscImageOrder alone = order();
+    alone.sources = {m_tree.makeFile("icons/Icon\r", "icon"), m_tree.path("source/letter.txt"),
+                     m_tree.makeSymbolicLink("link", "icons/Icon\r")};
+    DiscImageJob job(alone);
+    const ImageRun run(job);
+    EXPECT_TRUE(run.result.isComplete()) << run.result.error.localizedDescription().toStdString();
+    EXPECT_EQ(run.result.files, 3u);
+    EXPECT_EQ(letterIn("out/disc.iso"), "Dear reader,\n");
+    EXPECT_EQ(contentsIn("out/disc.iso", "/link"), "icon");
+    EXPECT_EQ(contentsIn("out/disc.iso", "/Icon\r"), "icon");
 }
 
 TEST_F(DiscImageJobs, job_endsInAnError_andLeavesNothing_whenASourceIsMissing)
