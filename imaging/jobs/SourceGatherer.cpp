@@ -16,6 +16,19 @@
 namespace Tessaron
 {
 
+namespace
+{
+
+/// A source that was there a moment ago cannot be looked at any more.
+QString lossOf(const QString &what, const DiscSource &source, OSStatus status)
+{
+    const QString named = what.arg(quoted(source.argument));
+    return status == fnfErr ? QStringLiteral("%1 is gone").arg(named)
+                            : QStringLiteral("%1 cannot be reached: %2").arg(named, reasonOfStatus(status));
+}
+
+} // namespace
+
 SourceGatherer::SourceGatherer(std::vector<DiscSource> sources)
     : m_sources(std::move(sources))
     , m_life(std::make_shared<int>())
@@ -84,8 +97,8 @@ void SourceGatherer::gatherNext()
 void SourceGatherer::gatherFolder(const DiscSource &source)
 {
     FSRef ref;
-    if (FSPathMakeRef(source.path, &ref, nullptr) != noErr) {
-        fail(source, QStringLiteral("the folder %1 is gone").arg(quoted(source.argument)));
+    if (const OSStatus status = FSPathMakeRef(source.path, &ref, nullptr)) {
+        fail(source, lossOf(QStringLiteral("the folder %1"), source, status));
         return;
     }
     m_scannedPath = lastKnownPath(ref);
@@ -155,9 +168,8 @@ NSError SourceGatherer::lookAtFiles(std::size_t first, const std::stop_token &st
             break;
         const DiscSource &source = m_sources[index];
         FSRef ref;
-        if (FSPathMakeRef(source.path, &ref, nullptr) != noErr)
-            return discJobError(DiscJobErrorCode::Source,
-                                QStringLiteral("the file %1 is gone").arg(quoted(source.argument)), {},
+        if (const OSStatus status = FSPathMakeRef(source.path, &ref, nullptr))
+            return discJobError(DiscJobErrorCode::Source, lossOf(QStringLiteral("the file %1"), source, status), {},
                                 source.argument);
         const std::shared_ptr<KRFileReference> reference = KRFileReference::initWithFSRef(ref);
         m_row.push_back({KRFileHierarchyItem::fileHierarchyItemWithFileReference(reference), 1, 0});

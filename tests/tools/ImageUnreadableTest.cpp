@@ -3,6 +3,7 @@
 #include <QJsonArray>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace Tessaron::Testing
 {
@@ -122,6 +123,21 @@ TEST_F(ImageUnreadable, scan_namesTheFolder)
     EXPECT_EQ(result.exitStatus, 3);
     EXPECT_EQ(result.output, "");
     EXPECT_TRUE(result.errors.contains("source/broken")) << result.errors.constData();
+}
+
+TEST_F(ImageUnreadable, reason_isTold_whenAFolderAboveMayNotBeEntered)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can put a process where it could not go by itself";
+    m_tree.setMode("", 0700);
+    for (const QByteArray path : {".", "a/kept"}) {
+        ChildSettings settings = tessaron({"scan", path});
+        settings.folder = m_tree.path("source");
+        settings.withoutRootRights = true;
+        const ChildResult result = runChild(settings);
+        EXPECT_EQ(result.exitStatus, 1) << path.constData();
+        EXPECT_TRUE(result.errors.contains("cannot be reached: Permission denied")) << result.errors.constData();
+    }
 }
 
 TEST_F(ImageUnreadable, nothingIsLost_whenDescriptorsAreFew)
