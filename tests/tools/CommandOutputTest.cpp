@@ -55,6 +55,18 @@ TEST_F(CommandOutput, scan_listsEverything_whenVerbose)
     EXPECT_EQ(runTessaron({"scan", "-q", source}).output, "");
 }
 
+TEST_F(CommandOutput, scan_listsFilesOfAnyDepth_whenVerbose)
+{
+    QByteArray deep = "source";
+    for (int level = 0; level < 30; ++level)
+        deep += '/' + QByteArray(100, 'd');
+    m_tree.makeFile(deep + "/file");
+    const ChildResult result = runTessaron({"scan", "-v", m_tree.path("source")});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    EXPECT_TRUE(result.output.contains('\n' + m_tree.path(deep + "/file") + '\n')) << result.output.constData();
+    EXPECT_FALSE(result.output.contains("/\n")) << "every line has a name";
+}
+
 TEST_F(CommandOutput, version_isOneLine)
 {
     const ChildResult result = runTessaron({"--version"});

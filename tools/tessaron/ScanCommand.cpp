@@ -1,6 +1,7 @@
 #include "tools/tessaron/ScanCommand.h"
 
-#include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/coreservices/FSRef.h"
+#include "platform/foundation/MessageTexts.h"
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/StandardStreams.h"
@@ -38,7 +39,8 @@ bool writeNames(const KRFileHierarchyItem &root, const QByteArray &rootPath)
         const QByteArray prefix = next.path.endsWith('/') ? next.path : next.path + '/';
         const auto &items = next.item->items();
         for (auto item = items.rbegin(); item != items.rend(); ++item)
-            pending.push_back({item->get(), prefix + fileSystemRepresentation((*item)->fileReference()->name())});
+            pending.push_back(
+                {item->get(), prefix + lastComponent(lastKnownPath(*(*item)->fileReference()->fileRef()))});
         if (lines.size() >= writtenAtOnce && !writeAll(STDOUT_FILENO, std::exchange(lines, {})))
             return false;
     }
