@@ -4,7 +4,10 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 #include <TessaronClasses/TemporaryFiles.h>
 
+#include <QByteArrayList>
+
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -17,6 +20,7 @@ namespace
 {
 
 constexpr const char *namePrefix = "process-";
+constexpr const char *notePrefix = "object-";
 
 UniqueDescriptor openFolder(int parent, const char *name)
 {
@@ -29,12 +33,67 @@ bool hasName(int folder)
     return ::fstat(folder, &status) == 0 && status.st_nlink > 0;
 }
 
-/// The files of the folder and itself. Folders in it stay, and it with them: nothing here makes any.
-void removeWithFiles(int parent, const char *name, int folder)
+void removeContents(int folder);
+
+void removeEntry(int folder, const char *name)
+{
+    if (::unlinkat(folder, name, 0) == 0)
+        return;
+    if (const UniqueDescriptor inner = openFolder(folder, name))
+        removeContents(inner.get());
+    ::unlinkat(folder, name, AT_REMOVEDIR);
+}
+
+/// Links are removed, never followed.
+void removeContents(int folder)
 {
     const DirectoryStream stream = directoryStream(openFolder(folder, "."));
-    while (const dirent *const entry = stream ? ::readdir(stream.get()) : nullptr)
-        ::unlinkat(folder, entry->d_name, 0);
+    while (const dirent *const entry = stream ? ::readdir(stream.get()) : nullptr) {
+        const QByteArrayView name(entry->d_name);
+        if (name != "." && name != "..")
+            removeEntry(folder, entry->d_name);
+    }
+}
+
+/// Whether another process that lives has noted an object of that name.
+bool isAnothers(int parent, const char *note, const char *own)
+{
+    const DirectoryStream stream = directoryStream(openFolder(parent, "."));
+    while (const dirent *const entry = stream ? ::readdir(stream.get()) : nullptr) {
+        const QByteArrayView name(entry->d_name);
+        if (!name.startsWith(namePrefix) || name == own)
+            continue;
+        const UniqueDescriptor folder = openFolder(parent, entry->d_name);
+        if (folder && ::faccessat(folder.get(), note, F_OK, AT_SYMLINK_NOFOLLOW) == 0
+            && ::flock(folder.get(), LOCK_EX | LOCK_NB) != 0)
+            return true;
+    }
+    return false;
+}
+
+/// What objects of the process have left in the parent folder: entries with the noted names, and with those and an
+/// extension.
+void removeNotedObjects(int parent, const char *name, int folder)
+{
+    QByteArrayList noted;
+    const DirectoryStream notes = directoryStream(openFolder(folder, "."));
+    while (const dirent *const entry = notes ? ::readdir(notes.get()) : nullptr) {
+        const QByteArray note(entry->d_name);
+        if (note.startsWith(notePrefix) && !isAnothers(parent, entry->d_name, name))
+            noted << note.sliced(qsizetype(std::strlen(notePrefix)));
+    }
+    const DirectoryStream stream = directoryStream(noted.isEmpty() ? UniqueDescriptor() : openFolder(parent, "."));
+    while (const dirent *const entry = stream ? ::readdir(stream.get()) : nullptr) {
+        if (noted.contains(QByteArray(entry->d_name).split('.').first()))
+            removeEntry(parent, entry->d_name);
+    }
+}
+
+/// The folder, what is in it, and what it notes.
+void removeFolder(int parent, const char *name, int folder)
+{
+    removeNotedObjects(parent, name, folder);
+    removeContents(folder);
     ::unlinkat(parent, name, AT_REMOVEDIR);
 }
 
@@ -48,7 +107,7 @@ void removeLeftovers(const QByteArray &parentPath)
             continue;
         const UniqueDescriptor folder = openFolder(parent.get(), entry->d_name);
         if (folder && ::flock(folder.get(), LOCK_EX | LOCK_NB) == 0)
-            removeWithFiles(parent.get(), entry->d_name, folder.get());
+            removeFolder(parent.get(), entry->d_name, folder.get());
     }
 }
 
@@ -61,8 +120,11 @@ ProcessFolder::ProcessFolder(QByteArray (*parent)())
 
 ProcessFolder::~ProcessFolder()
 {
-    if (m_lock)
-        removeWithFiles(AT_FDCWD, m_path.constData(), m_lock.get());
+    if (!m_lock)
+        return;
+    const qsizetype slash = m_path.lastIndexOf('/');
+    if (const UniqueDescriptor parent = openFolder(AT_FDCWD, m_path.first(slash).constData()))
+        removeFolder(parent.get(), m_path.constData() + slash + 1, m_lock.get());
 }
 
 QByteArray ProcessFolder::path()
@@ -91,6 +153,15 @@ QByteArray ProcessFolder::path()
         }
     }
     return {};
+}
+
+void ProcessFolder::noteObject(const QByteArray &name)
+{
+    const QByteArray folder = path();
+    if (folder.isEmpty())
+        return; // it stays then, as it would without a note
+    const QByteArray note = folder + '/' + notePrefix + name;
+    UniqueDescriptor(::open(note.constData(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600)).reset();
 }
 
 ProcessFolder &ProcessFolder::ofThisProcess()

@@ -24,6 +24,11 @@ public:
     /// The folder, which exists when the call returns; empty when it cannot be made.
     [[nodiscard]] QByteArray path();
 
+    /// Lets what an object of the process has in the parent folder go with this one: the entry with that name, a file
+    /// or a folder with all it holds, and those of that name and an extension. Those of a name that a living process
+    /// has noted, too, stay. The name holds no dot and no slash.
+    void noteObject(const QByteArray &name);
+
     /// That of this process, in temporaryFolder().
     [[nodiscard]] static ProcessFolder &ofThisProcess();
 

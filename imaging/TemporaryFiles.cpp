@@ -1,4 +1,5 @@
 #include "imaging/PrivateFolder.h"
+#include "imaging/ProcessFolder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include <TessaronClasses/TemporaryFiles.h>
 
@@ -39,9 +40,15 @@ QByteArray folder()
     return instance.path();
 }
 
-QByteArray numberOf(const void *object)
+/// The path of the object's number in the folder; empty without a folder. What is made there goes with the process.
+QByteArray pathOf(const void *object)
 {
-    return QByteArray::number(std::int32_t(reinterpret_cast<std::uintptr_t>(object)));
+    const QByteArray parent = folder();
+    if (parent.isEmpty())
+        return {};
+    const QByteArray number = QByteArray::number(std::int32_t(reinterpret_cast<std::uintptr_t>(object)));
+    ProcessFolder::ofThisProcess().noteObject(number);
+    return parent + '/' + number;
 }
 
 } // namespace
@@ -59,19 +66,14 @@ QString temporaryFolder()
 
 QString temporaryFolderForObject(const void *object)
 {
-    const QByteArray parent = folder();
-    if (parent.isEmpty())
-        return {};
-    const QByteArray path = parent + '/' + numberOf(object);
-    return PrivateFolder::makeOrTake(path) ? stringWithFileSystemRepresentation(path) : QString();
+    const QByteArray path = pathOf(object);
+    return !path.isEmpty() && PrivateFolder::makeOrTake(path) ? stringWithFileSystemRepresentation(path) : QString();
 }
 
 QString temporaryFileForObject(const void *object)
 {
-    const QByteArray parent = folder();
-    if (parent.isEmpty())
-        return {};
-    return stringWithFileSystemRepresentation(parent + '/' + numberOf(object) + '.') + temporaryFilesExtension();
+    const QByteArray path = pathOf(object);
+    return path.isEmpty() ? QString() : stringWithFileSystemRepresentation(path + '.') + temporaryFilesExtension();
 }
 
 } // namespace Tessaron

@@ -8,7 +8,8 @@ namespace Tessaron
 {
 
 // Places for temporary files of this user. Programs of the same user share the folder; other users cannot look into it.
-// Each program removes its own files; nothing is removed here. Thread-safe.
+// Each object removes its own files. What it leaves goes with the process; after a kill, when the next program of the
+// user needs such a place. Thread-safe.
 
 /// "tempFile", the extension of the paths of temporaryFileForObject().
 [[nodiscard]] TESSARON_EXPORT QString temporaryFilesExtension();

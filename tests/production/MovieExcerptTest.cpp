@@ -1,15 +1,23 @@
+#include "imaging/ProcessFolder.h"
+#include "platform/foundation/FileSystemRepresentation.h"
 #include "tests/quicktime/Sounds.h"
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/KRAudioMaker.h>
 #include <TessaronClasses/KRAudioTrack.h>
 #include <TessaronClasses/KRDRDataProducer.h>
 #include <TessaronClasses/KRDataProvider.h>
+#include <TessaronClasses/TemporaryFiles.h>
 
+#include <QDir>
 #include <QFileInfo>
 
+#include <array>
 #include <cmath>
+#include <csignal>
 #include <gtest/gtest.h>
 #include <limits>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace Tessaron;
 using namespace Tessaron::Testing;
@@ -143,6 +151,38 @@ TEST_F(DecodedSound, temporaryMovie_goesWithItsMaker)
     made.reset();
     EXPECT_FALSE(QFileInfo::exists(movie.filePath()));
     EXPECT_FALSE(QFileInfo::exists(movie.path()));
+}
+
+TEST_F(DecodedSound, temporaryMovieLinkAndPipe_goWithTheNextStart_whenTheirProcessIsKilled)
+{
+    tree.makeFile("sound.bin", waveFile(sound));
+    int paths[2] = {-1, -1};
+    ASSERT_EQ(::pipe(paths), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const auto made = producer(infoOf(0, 3), "sound.bin");
+        const std::shared_ptr<DRTrack> track = made->track();
+        const bool isReady = track && track->producer()->prepareTrack(nullptr, nullptr, {});
+        const QByteArray movie = isReady ? fileSystemRepresentation(made->audiotrack()->path()) : "none";
+        (void)!::write(paths[1], movie.constData(), std::size_t(movie.size()));
+        for (;;)
+            ::pause();
+    }
+    std::array<char, 1000> told = {};
+    ASSERT_GT(::read(paths[0], told.data(), told.size() - 1), 0);
+    const QFileInfo movie(stringWithFileSystemRepresentation(told.data()));
+    const QDir folderOfProcess(QFileInfo(movie.path()).path());
+    EXPECT_TRUE(movie.exists()) << told.data();
+    EXPECT_TRUE(QFileInfo::exists(movie.dir().filePath(QStringLiteral("tempWavFile.wav"))));
+    EXPECT_EQ(folderOfProcess.entryList({QStringLiteral("tempFifo-*")}, QDir::System).size(), 1);
+    ::kill(child, SIGKILL);
+    ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+    EXPECT_TRUE(movie.exists());
+    // What a program does that starts now.
+    EXPECT_FALSE(ProcessFolder([] { return fileSystemRepresentation(temporaryFolder()); }).path().isEmpty());
+    EXPECT_FALSE(folderOfProcess.exists());
+    ::close(paths[0]);
+    ::close(paths[1]);
 }
 
 TEST_F(DecodedSound, provider_countsInWholeSeconds)

@@ -4,7 +4,9 @@
 #include "tests/support/TemporaryTree.h"
 
 #include <csignal>
+#include <functional>
 #include <gtest/gtest.h>
+#include <memory>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -41,6 +43,27 @@ protected:
         return ::lstat(path.constData(), &status) == 0;
     }
 
+    /// Has a process of its own do `work` in a folder of its own, and kills it then.
+    static void doInAKilledProcess(const std::function<bool(ProcessFolder &)> &work)
+    {
+        int numbers[2] = {-1, -1};
+        ASSERT_EQ(::pipe(numbers), 0);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ProcessFolder folder(&parent);
+            (void)!::write(numbers[1], work(folder) ? "y" : "n", 1);
+            for (;;)
+                ::pause();
+        }
+        char isDone = 0;
+        EXPECT_EQ(::read(numbers[0], &isDone, 1), 1);
+        EXPECT_EQ(isDone, 'y');
+        ::kill(child, SIGKILL);
+        EXPECT_EQ(::waitpid(child, nullptr, 0), child);
+        ::close(numbers[0]);
+        ::close(numbers[1]);
+    }
+
     const TemporaryTree tree;
 };
 
@@ -66,32 +89,58 @@ TEST_F(ProcessFolders, path_isAPrivateFolder_thatGoesWithItsFiles)
 
 TEST_F(ProcessFolders, whatAKilledProcessLeaves_goesWithTheNextStart_andWhatALivingOneHasStays)
 {
-    int numbers[2] = {-1, -1};
-    ASSERT_EQ(::pipe(numbers), 0);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ProcessFolder folder(&parent);
-        const QByteArray path = folder.path();
-        const bool isMade = ::mkfifo((path + "/pipe").constData(), 0600) == 0;
-        (void)!::write(numbers[1], isMade ? "y" : "n", 1);
-        for (;;)
-            ::pause();
-    }
-    char isMade = 0;
-    ASSERT_EQ(::read(numbers[0], &isMade, 1), 1);
-    EXPECT_EQ(isMade, 'y');
-    ProcessFolder living(&parent);
-    const QByteArray livingPath = living.path();
-    EXPECT_EQ(foldersLeft(), 2);
-    ::kill(child, SIGKILL);
-    ASSERT_EQ(::waitpid(child, nullptr, 0), child);
-    EXPECT_EQ(foldersLeft(), 2);
+    std::unique_ptr<ProcessFolder> living;
+    QByteArray livingPath;
+    doInAKilledProcess(
+        [](ProcessFolder &folder) { return ::mkfifo((folder.path() + "/pipe").constData(), 0600) == 0; });
+    EXPECT_EQ(foldersLeft(), 1);
+    living = std::make_unique<ProcessFolder>(&parent);
+    livingPath = living->path();
+    EXPECT_EQ(foldersLeft(), 1) << "the new one";
     ProcessFolder next(&parent);
     EXPECT_FALSE(next.path().isEmpty());
     EXPECT_EQ(foldersLeft(), 2) << "the living one's and the new one";
     EXPECT_TRUE(exists(livingPath));
-    ::close(numbers[0]);
-    ::close(numbers[1]);
+}
+
+TEST_F(ProcessFolders, foldersInIt_goToo_andLinksAreNotFollowed)
+{
+    tree.makeFile("elsewhere/precious", "contents");
+    doInAKilledProcess([](ProcessFolder &folder) {
+        const QByteArray inner = folder.path() + "/excerpt";
+        const QByteArray deeper = inner + "/deeper";
+        return ::mkdir(inner.constData(), 0700) == 0 && ::mkdir(deeper.constData(), 0700) == 0
+            && ::mkfifo((deeper + "/pipe").constData(), 0600) == 0
+            && ::symlink((parentFolder + "/elsewhere").constData(), (inner + "/link").constData()) == 0;
+    });
+    EXPECT_EQ(foldersLeft(), 1);
+    {
+        ProcessFolder next(&parent);
+        EXPECT_EQ(::mkdir((next.path() + "/excerpt").constData(), 0700), 0);
+        EXPECT_EQ(foldersLeft(), 1) << "the new one";
+    }
+    EXPECT_EQ(foldersLeft(), 0) << "at an ordinary end, too";
+    EXPECT_EQ(tree.contents("elsewhere/precious"), "contents");
+}
+
+TEST_F(ProcessFolders, notedObjects_goWithTheProcess_unlessALivingOneHasThemToo)
+{
+    for (const char *const name : {"12", "12.tempFile.mov", "-34.tempFile", "-56.tempFile", "123", "1.tempFile"})
+        tree.makeFile(name, "contents");
+    tree.makeFile("-34/link.wav", "contents");
+    ProcessFolder living(&parent);
+    living.noteObject("-56");
+    doInAKilledProcess([](ProcessFolder &folder) {
+        for (const char *const name : {"12", "-34", "-56", "78"})
+            folder.noteObject(name);
+        return true;
+    });
+    EXPECT_TRUE(tree.exists("12"));
+    EXPECT_FALSE(ProcessFolder(&parent).path().isEmpty());
+    for (const char *const name : {"12", "12.tempFile.mov", "-34", "-34.tempFile"})
+        EXPECT_FALSE(tree.exists(name)) << name;
+    for (const char *const name : {"123", "1.tempFile", "-56.tempFile"})
+        EXPECT_TRUE(tree.exists(name)) << name;
 }
 
 TEST_F(ProcessFolders, path_isMadeAgain_whenItWasRemoved_andEmptyWhenItCannotBeMade)

@@ -1,14 +1,19 @@
 #include "imaging/PrivateFolder.h"
+#include "imaging/ProcessFolder.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/TemporaryFiles.h>
 
 #include <QFileInfo>
 
+#include <array>
+#include <csignal>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <set>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -178,4 +183,35 @@ TEST(TemporaryFiles, temporaryFolderForObject_isMadeForTheUserAlone)
     EXPECT_TRUE(isPrivateFolder(fileSystemRepresentation(path)));
     EXPECT_EQ(temporaryFolderForObject(&object), path);
     EXPECT_EQ(::rmdir(fileSystemRepresentation(path).constData()), 0);
+}
+
+TEST(TemporaryFiles, whatObjectsLeave_goesWithTheNextStart_whenTheirProcessIsKilled)
+{
+    int paths[2] = {-1, -1};
+    ASSERT_EQ(::pipe(paths), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const int object = 0;
+        const QByteArray folder = fileSystemRepresentation(temporaryFolderForObject(&object));
+        const QByteArray file = fileSystemRepresentation(temporaryFileForObject(&object));
+        ::close(::open((folder + "/tempWavFile.wav").constData(), O_WRONLY | O_CREAT, 0600));
+        ::close(::open((file + ".mov").constData(), O_WRONLY | O_CREAT, 0600));
+        (void)!::write(paths[1], file.constData(), std::size_t(file.size()));
+        for (;;)
+            ::pause();
+    }
+    std::array<char, 1000> told = {};
+    ASSERT_GT(::read(paths[0], told.data(), told.size() - 1), 0);
+    const QString file = stringWithFileSystemRepresentation(told.data());
+    const QString folder = file.chopped(qsizetype(sizeof ".tempFile") - 1);
+    EXPECT_TRUE(QFileInfo::exists(file + QStringLiteral(".mov")));
+    EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/tempWavFile.wav")));
+    ::kill(child, SIGKILL);
+    ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+    // What a program does that starts now.
+    EXPECT_FALSE(ProcessFolder([] { return fileSystemRepresentation(temporaryFolder()); }).path().isEmpty());
+    EXPECT_FALSE(QFileInfo::exists(file + QStringLiteral(".mov")));
+    EXPECT_FALSE(QFileInfo::exists(folder));
+    ::close(paths[0]);
+    ::close(paths[1]);
 }
