@@ -7,12 +7,15 @@
 #include "tests/support/TemporaryTree.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QProcess>
 
 #include <algorithm>
 #include <array>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <thread>
@@ -75,6 +78,32 @@ protected:
             bytes.append(buffer.data(), got);
         }
     }
+    /// Asks again and again, for half a minute at most.
+    static bool becomesTrue(const std::function<bool()> &condition)
+    {
+        for (int look = 0; look < 3000; ++look) {
+            if (condition())
+                return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return false;
+    }
+    static qsizetype bytesWaitingIn(const UniqueDescriptor &pipe)
+    {
+        int count = 0;
+        return ::ioctl(pipe.get(), FIONREAD, &count) == 0 ? count : -1;
+    }
+    /// Whether the process runs the program and has nothing to do but wait: asleep at each of many looks.
+    static bool waitsIn(const QByteArray &number, const QByteArray &program)
+    {
+        for (int look = 0; look < 10; ++look) {
+            QFile file(QStringLiteral("/proc/") + QString::fromUtf8(number) + QStringLiteral("/stat"));
+            if (!file.open(QIODevice::ReadOnly) || !file.readAll().contains('(' + program + ") S "))
+                return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        return true;
+    }
     /// Whether the process still runs, asked like a parent that does not wait.
     [[nodiscard]] bool isRunning() { return !process.waitForFinished(0) && process.state() == QProcess::Running; }
 
@@ -126,19 +155,21 @@ TEST_F(DummyRedbook, endsQuietly_whenItsReaderGoes)
     std::array<char, 10000> buffer;
     ASSERT_GT(::read(pipe.get(), buffer.data(), buffer.size()), 0);
     pipe.reset();
-    EXPECT_EQ(finish(1000), 4);
+    EXPECT_EQ(finish(), 4);
     EXPECT_EQ(process.readAllStandardError(), QByteArray());
 }
 
 TEST_F(DummyRedbook, endsQuietly_whenItsReaderGoesWithBytesLeftInThePipe)
 {
     const QByteArray fifo = tree.makeFifo("fifo");
-    start({tree.makeFile("a.wav", waveFile(noise(2000))), fifo});
+    const QByteArray wave = waveFile(noise(2000));
+    start({tree.makeFile("a.wav", wave), fifo});
     UniqueDescriptor pipe = openForReading(fifo);
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    ASSERT_TRUE(becomesTrue([&pipe] { return bytesWaitingIn(pipe) == 4 * frameSize; })) << "it has written all";
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
     EXPECT_TRUE(isRunning()) << "the bytes are still in the pipe";
     pipe.reset();
-    EXPECT_EQ(finish(1000), 4);
+    EXPECT_EQ(finish(), 4);
 }
 
 TEST_F(DummyRedbook, endsQuietly_whenItInheritedTheReadEnd)
@@ -147,9 +178,9 @@ TEST_F(DummyRedbook, endsQuietly_whenItInheritedTheReadEnd)
     // Without O_CLOEXEC, as a program would open it that does not think of its children.
     UniqueDescriptor pipe(::open(fifo.constData(), O_RDONLY | O_NONBLOCK));
     start({tree.makeFile("a.wav", waveFile(noise(2000000))), fifo});
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    ASSERT_TRUE(becomesTrue([&pipe] { return bytesWaitingIn(pipe) > 0; })) << "it writes";
     pipe.reset();
-    EXPECT_EQ(finish(1000), 4);
+    EXPECT_EQ(finish(), 4) << "while it holds the read end itself, it never would";
 }
 
 TEST_F(DummyRedbook, failsAndClosesThePipe_whenTheSourceCannotBeDecoded)
@@ -244,18 +275,20 @@ TEST_F(DummyRedbook, endsWithItsStarter_whenNoProgramEverReads)
     const QByteArray fifo = tree.makeFifo("fifo");
     const QByteArray wave = tree.makeFile("a.wav", waveFile(noise(1000)));
     const QByteArray program = NSBundle::mainBundle()->pathForResource(QStringLiteral("DummyRedbook")).toUtf8();
-    // A shell that starts it in the background, says its number, and ends.
-    const QByteArray number =
-        outputOfProgram("sh", {"-c", program + ' ' + wave + ' ' + fifo + " >/dev/null 2>&1 & echo $!; sleep 0.3"})
-            .trimmed();
-    const auto isGone = [&number] { return ::kill(number.toInt(), 0) != 0; };
+    // A shell that starts it in the background, says its number, and ends when it is told.
+    QProcess shell;
+    shell.start(QStringLiteral("sh"),
+                {QStringLiteral("-c"),
+                 QString::fromUtf8(program + ' ' + wave + ' ' + fifo + " >/dev/null 2>&1 & echo $!; read line")});
+    ASSERT_TRUE(shell.waitForReadyRead());
+    const QByteArray number = shell.readLine().trimmed();
     ASSERT_GT(number.toInt(), 0);
-    EXPECT_TRUE(runEventLoopUntil(
-        [&] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-            return isGone();
-        },
-        std::chrono::seconds(10)));
+    // While it waits for a reader it knows its starter.
+    EXPECT_TRUE(becomesTrue([&number] { return waitsIn(number, "DummyRedbook"); }));
+    EXPECT_EQ(::kill(number.toInt(), 0), 0) << "it waits as long as its starter lives";
+    shell.write("end\n");
+    ASSERT_TRUE(shell.waitForFinished());
+    EXPECT_TRUE(becomesTrue([&number] { return ::kill(number.toInt(), 0) != 0; }));
 }
 
 TEST_F(DummyRedbook, tellsEachSystemCallThatFails)
