@@ -17,6 +17,7 @@
 #include <cerrno>
 #include <condition_variable>
 #include <fcntl.h>
+#include <limits>
 #include <mutex>
 #include <poll.h>
 #include <sys/stat.h>
@@ -153,7 +154,10 @@ KRAudioMaker::~KRAudioMaker()
 
 std::shared_ptr<DRTrack> KRAudioMaker::dataProducer()
 {
-    return trackForAudioOfLength(DRMSF::msfWithFrames(std::uint32_t(m_size / bytesPerFrame)), shared_from_this());
+    const std::uint64_t frames = m_size / bytesPerFrame;
+    if (frames > std::numeric_limits<std::uint32_t>::max())
+        return nullptr;
+    return trackForAudioOfLength(DRMSF::msfWithFrames(std::uint32_t(frames)), shared_from_this());
 }
 
 bool KRAudioMaker::prepareTrack(DRTrack * /*track*/, DRBurn * /*forBurn*/, const QVariantMap & /*toMedia*/)

@@ -1,3 +1,4 @@
+#include "platform/coreservices/LaunchServices.h"
 #include "platform/discrecording/audio/AudioFileTrack.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/PathBytes.h"
@@ -14,13 +15,12 @@ namespace
 
 constexpr double framesPerSecond = 75;
 constexpr double bytesPerFrame = 2352;
+constexpr double beyond64Bits = 18446744073709551616.0;
 
 bool isMovie(const QString &path)
 {
     const QByteArray bytes = fileSystemRepresentation(path);
-    const QByteArray name = lastPathComponent(bytes).toByteArray();
-    const qsizetype dot = name.lastIndexOf('.');
-    return dot > 0 && name.mid(dot + 1).toLower() == "mov";
+    return extensionOfName(lastPathComponent(bytes)).compare("mov", Qt::CaseInsensitive) == 0;
 }
 
 } // namespace
@@ -66,7 +66,10 @@ std::uint64_t KRAudioTrack::size()
     if (!movie || movie->duration().timeScale <= 0)
         return 0;
     const std::int64_t wholeSeconds = movie->duration().timeValue / movie->duration().timeScale;
-    m_size = std::uint64_t((double(wholeSeconds) * framesPerSecond + 1) * bytesPerFrame);
+    const double bytes = (double(wholeSeconds) * framesPerSecond + 1) * bytesPerFrame;
+    if (!(bytes < beyond64Bits)) // a header can claim any duration
+        return 0;
+    m_size = std::uint64_t(bytes);
     return m_size;
 }
 

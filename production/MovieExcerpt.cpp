@@ -2,6 +2,7 @@
 
 #include "imaging/ProcessFolder.h"
 #include "platform/coreservices/FSRef.h"
+#include "platform/coreservices/LaunchServices.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/PathBytes.h"
 
@@ -26,7 +27,7 @@ std::unique_ptr<MovieExcerpt> MovieExcerpt::ofFile(const QString &source)
     if (source.isNull() || !excerpt->makeFolder())
         return nullptr;
     QByteArray path = fileSystemRepresentation(source);
-    if (lastPathComponent(path).toByteArray().toLower().endsWith(".bin"))
+    if (extensionOfName(lastPathComponent(path)).compare("bin", Qt::CaseInsensitive) == 0)
         path = excerpt->linkTo(path);
     excerpt->m_source = QTMovie::initWithAttributes(
         {{QTMovieFileNameAttribute, stringWithFileSystemRepresentation(path)}, {QTMovieOpenAsyncOKAttribute, false}});

@@ -41,8 +41,8 @@ public:
     void setSize(std::uint64_t size) { m_size = size; } ///< bytes that the track will hold
     [[nodiscard]] std::uint64_t dataSize() const override { return m_size; }
 
-    /// An audio track as long as there are whole frames in the size, with this object as its producer. The maker must
-    /// be held by a std::shared_ptr.
+    /// An audio track as long as there are whole frames in the size, with this object as its producer; null for more
+    /// than 32 bits can count. The maker must be held by a std::shared_ptr.
     [[nodiscard]] std::shared_ptr<DRTrack> dataProducer();
     [[nodiscard]] std::shared_ptr<DRTrack> track() override { return dataProducer(); }
 

@@ -32,7 +32,7 @@ public:
 
     /// The length of the track in bytes of CD audio, kept once it is known: the file's whole seconds and a frame. What
     /// lies behind the last whole second is left out (a file of 3.9 s has 226 frames). 0 for a file that cannot be
-    /// opened, which is tried again at the next call.
+    /// opened, and for one that claims more than any number holds; either is tried again at the next call.
     [[nodiscard]] std::uint64_t size();
 
     /// What makes the track: nothing when the file is gone, or, without the custom exporter, when it holds no sound; a

@@ -6,6 +6,8 @@
 #include <TessaronClasses/KRAudioTrack.h>
 #include <TessaronClasses/KRVideoDVDBurnPathAddition.h>
 
+#include <QtEndian>
+
 #include <gtest/gtest.h>
 
 using namespace Tessaron;
@@ -121,6 +123,37 @@ TEST_F(AudioTrack, size_isZeroAndAskedForAgain_untilTheFileCanBeOpened)
     EXPECT_EQ(trackOf("a.wav")->size(), 151 * frameSize);
 }
 
+TEST_F(AudioTrack, size_isZero_orTheTrackNull_whenTheFileClaimsMoreThanNumbersHold)
+{
+    makeSound("a.wav", 44100);
+    ffmpeg("-i " + tree.path("a.wav") + ' ' + tree.path("plain.mov"));
+    const QByteArray plain = tree.contents("plain.mov");
+    const auto movieOfSeconds = [&](quint64 seconds) {
+        // The movie header of version 1, which counts in 64 bits, in place of the one of version 0. It lies in "moov",
+        // behind all samples, whose places therefore stay.
+        const qsizetype header = plain.indexOf("mvhd") - 4, movie = plain.indexOf("moov") - 4;
+        constexpr qsizetype sizeOfVersion0 = 108, behindDuration = 28;
+        QByteArray longer(8, '\0');
+        qToBigEndian<quint32>(120, longer.data());
+        longer.replace(4, 4, "mvhd");
+        longer += QByteArray("\1\0\0\0", 4) + QByteArray(16, '\0');
+        QByteArray times(12, '\0');
+        qToBigEndian<quint32>(1, times.data());
+        qToBigEndian<quint64>(seconds, times.data() + 4);
+        longer += times + plain.mid(header + behindDuration, sizeOfVersion0 - behindDuration);
+        QByteArray file = plain;
+        file.replace(header, sizeOfVersion0, longer);
+        qToBigEndian<quint32>(qFromBigEndian<quint32>(file.constData() + movie) + 12, file.data() + movie);
+        tree.makeFile("claims.mov", file);
+        return trackOf("claims.mov");
+    };
+    EXPECT_EQ(movieOfSeconds(3)->size(), 226 * frameSize);
+    const auto tooLong = movieOfSeconds(quint64(1) << 36);
+    EXPECT_EQ(tooLong->size(), ((quint64(75) << 36) + 1) * frameSize);
+    EXPECT_FALSE(tooLong->trackUsingCustomExporter(true)) << "more frames than a track counts";
+    EXPECT_EQ(movieOfSeconds(quint64(1) << 62)->size(), 0u) << "more bytes than 64 bits count";
+}
+
 TEST_F(AudioTrack, producer_dependsOnTheFlagAndTheExtension)
 {
     enum Kind { Nothing, Track, Maker };
@@ -162,6 +195,10 @@ TEST_F(AudioTrack, dataProducer_isAMakerWithTheSize)
     EXPECT_EQ(track->properties(), maker->dataProducer()->properties());
     maker->setSize(5 * frameSize - 1);
     EXPECT_EQ(maker->track()->properties(), audioPropertiesOfLength(4)) << "whole frames only";
+    maker->setSize((quint64(1) << 32) * frameSize - 1);
+    EXPECT_EQ(maker->track()->properties(), audioPropertiesOfLength(0xFFFFFFFF));
+    maker->setSize((quint64(1) << 32) * frameSize);
+    EXPECT_FALSE(maker->track()) << "a length of 32 bits cannot say it";
 }
 
 TEST_F(AudioTrack, trackWithoutTheCustomExporter_hasAllOfTheSound)

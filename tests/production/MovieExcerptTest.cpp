@@ -56,6 +56,10 @@ protected:
     {
         return track ? track->properties().value(DRTrackLengthKey).toULongLong() : 0;
     }
+    static bool hasLink(const KRDRDataProducer &producer)
+    {
+        return QFileInfo(producer.audiotrack()->path()).dir().exists(QStringLiteral("tempWavFile.wav"));
+    }
     static Samples produced(DRTrackProducer &producer, qsizetype frames)
     {
         EXPECT_TRUE(producer.prepareTrack(nullptr, nullptr, {}));
@@ -115,7 +119,14 @@ TEST_F(DecodedSound, productionRecord_takesABinFileForSound)
         place->makeFile("sound.BIN", waveFile(sound));
         const auto made = KRDRDataProducer::initWithInfo(infoOf(0, 2), place->pathText("sound.BIN"));
         ASSERT_TRUE(made->track());
+        EXPECT_TRUE(hasLink(*made)) << "media services see a WAVE file";
         EXPECT_EQ(produced(*made->dataProducer(), 10), part(0, 5880));
+    }
+    for (const char *const name : {"sound.wav", ".bin", "sound.bin.wav"}) {
+        tree.makeFile(name, waveFile(sound));
+        const auto made = producer(infoOf(0, 2), name);
+        ASSERT_TRUE(made->track()) << name;
+        EXPECT_FALSE(hasLink(*made)) << name;
     }
 }
 
