@@ -3,7 +3,7 @@
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/UniqueDescriptor.h"
-#include "platform/quicktime/mov2wav/PCMHeaders.h"
+#include "platform/quicktime/PCMHeaders.h"
 
 #include <QByteArray>
 

@@ -1,4 +1,4 @@
-#include "platform/quicktime/mov2wav/PCMHeaders.h"
+#include "platform/quicktime/PCMHeaders.h"
 
 #include "platform/foundation/ByteOrder.h"
 
