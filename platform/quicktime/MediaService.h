@@ -24,6 +24,8 @@ struct MovieContents {
     std::vector<QTTrack> tracks;
 };
 
+class FlacEncoder;
+
 /// The functions of the module. Any thread may call them.
 struct MediaService {
     Result<MovieContents> (*openMovie)(const QByteArray &path, const std::stop_token &stop);
@@ -39,6 +41,12 @@ struct MediaService {
     QMap<QString, QString> (*tagsOfSound)(const CDAudioDecoder &sound);
     void (*closeSound)(CDAudioDecoder *sound);
     Result<std::uint64_t> (*countSamples)(const QByteArray &path, const std::stop_token &stop);
+
+    // See FlacFile. Each encoder that was begun is closed once.
+    Result<FlacEncoder *> (*beginFlac)(MovieStorage &storage, const QMap<QString, QString> &tags);
+    NSError (*writeFlac)(FlacEncoder &encoder, const char *bytes, std::size_t samples);
+    NSError (*finishFlac)(FlacEncoder &encoder);
+    void (*closeFlac)(FlacEncoder *encoder);
 };
 
 /// What a module says about itself. The first member stays where it is in every version.
@@ -49,7 +57,7 @@ struct MediaModuleDescription {
     const MediaService *service;
 };
 
-inline constexpr std::uint32_t mediaInterfaceNumber = 2;
+inline constexpr std::uint32_t mediaInterfaceNumber = 3;
 
 /// The one symbol that a module exports, and what it is.
 inline constexpr const char *mediaModuleEntryName = "tessaronMediaModule";

@@ -43,6 +43,14 @@ Result<MovieStorageHandle> MovieStorage::create(const QByteArray &path)
     return MovieStorageHandle(new MovieStorage(path, std::move(descriptor)));
 }
 
+Result<MovieStorageHandle> MovieStorage::ofOpenFile(int descriptor, const QByteArray &path)
+{
+    UniqueDescriptor own(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+    if (!own)
+        return writingError(errno, path);
+    return MovieStorageHandle(new MovieStorage(path, std::move(own)));
+}
+
 int MovieStorage::write(const void *bytes, std::size_t length)
 {
     if (m_failure == 0)

@@ -10,11 +10,13 @@
 namespace Tessaron
 {
 
-/// The file of a new movie. One thread at a time.
+/// The file of a new movie, or of a sound. One thread at a time.
 class MovieStorage
 {
 public:
     [[nodiscard]] static Result<MovieStorageHandle> create(const QByteArray &path);
+    /// Writes into a file that the caller has open, and that stays open for it, from where it stands.
+    [[nodiscard]] static Result<MovieStorageHandle> ofOpenFile(int descriptor, const QByteArray &path);
 
     MovieStorage(const MovieStorage &) = delete;
     MovieStorage &operator=(const MovieStorage &) = delete;

@@ -79,11 +79,11 @@ void addExtended(Fields &header, std::uint32_t number)
 
 } // namespace
 
-QByteArray waveHeader(const PCMForm &form, std::uint64_t bytes, bool hasRoom)
+QByteArray waveHeader(const PCMForm &form, std::uint64_t bytes, bool hasRoom, std::uint64_t bytesBehind)
 {
-    const bool isGreat = bytes > mostBytesInWave;
+    const bool isGreat = bytes + bytesBehind > mostBytesInWave;
     const std::uint32_t room = hasRoom || isGreat ? 8 + sizeOfDs64 : 0;
-    const std::uint64_t riffSize = 4 + room + 8 + sizeOfFormat + 8 + bytes;
+    const std::uint64_t riffSize = 4 + room + 8 + sizeOfFormat + 8 + bytes + bytesBehind;
     Fields header(std::endian::little);
     header.addChunk(isGreat ? "RF64" : "RIFF", isGreat ? elsewhere : std::uint32_t(riffSize));
     header.bytes.append("WAVE");
@@ -96,6 +96,28 @@ QByteArray waveHeader(const PCMForm &form, std::uint64_t bytes, bool hasRoom)
     addFormat(header, form);
     header.addChunk("data", isGreat ? elsewhere : std::uint32_t(bytes));
     return header.bytes;
+}
+
+QByteArray waveTags(const QMap<QString, QString> &tags)
+{
+    struct Field {
+        const char *name;
+        const char *tag;
+    };
+    constexpr Field fields[] = {{"INAM", "title"}, {"IART", "artist"},  {"IPRD", "album"},   {"IPRT", "track"},
+                                {"IGNR", "genre"}, {"ICMT", "comment"}, {"IMUS", "composer"}};
+    Fields list(std::endian::little);
+    list.bytes.append("INFO");
+    for (const Field &field : fields) {
+        const QByteArray text = tags.value(QString::fromLatin1(field.tag)).toUtf8();
+        if (text.isEmpty())
+            continue;
+        list.addChunk(field.name, std::uint32_t(text.size() + 1)); // with a zero at its end
+        list.bytes.append(text).append(text.size() % 2 == 0 ? 2 : 1, '\0');
+    }
+    Fields chunk(std::endian::little);
+    chunk.addChunk("LIST", std::uint32_t(list.bytes.size()));
+    return list.bytes.size() == 4 ? QByteArray() : chunk.bytes + list.bytes;
 }
 
 QByteArray aiffHeader(const PCMForm &form, std::uint64_t bytes)

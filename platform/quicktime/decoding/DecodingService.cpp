@@ -1,6 +1,7 @@
 #include "platform/quicktime/decoding/DecodingService.h"
 
 #include "platform/quicktime/decoding/CDAudioDecoder.h"
+#include "platform/quicktime/decoding/FlacEncoder.h"
 #include "platform/quicktime/decoding/MovieOpening.h"
 #include "platform/quicktime/decoding/MovieWriter.h"
 
@@ -53,12 +54,36 @@ Result<std::uint64_t> countSamples(const QByteArray &path, const std::stop_token
     return CDAudioDecoder::countSamples(path, stop);
 }
 
+Result<FlacEncoder *> beginFlac(MovieStorage &storage, const QMap<QString, QString> &tags)
+{
+    Result<std::unique_ptr<FlacEncoder>> encoder = FlacEncoder::create(storage, tags);
+    if (!encoder)
+        return encoder.error();
+    return encoder->release();
+}
+
+NSError writeFlac(FlacEncoder &encoder, const char *bytes, std::size_t samples)
+{
+    return encoder.write(bytes, samples);
+}
+
+NSError finishFlac(FlacEncoder &encoder)
+{
+    return encoder.finish();
+}
+
+void closeFlac(FlacEncoder *encoder)
+{
+    delete encoder;
+}
+
 } // namespace
 
 const MediaService &decodingService()
 {
     static const MediaService service{&openMovie, &sizeOfTrack,   &writeMovie,  &openSound,  &lengthOfSound,
-                                      &readSound, &damageOfSound, &tagsOfSound, &closeSound, &countSamples};
+                                      &readSound, &damageOfSound, &tagsOfSound, &closeSound, &countSamples,
+                                      &beginFlac, &writeFlac,     &finishFlac,  &closeFlac};
     return service;
 }
 
