@@ -402,6 +402,7 @@ NSError CdrdaoTocParser::addPiece(std::size_t file, const Range &range, std::uin
                  .arg(bytes % blockSize)
                  .arg(blockSize));
     const std::uint64_t blocks = bytes / blockSize;
+    m_open->restBytes = m_sheet.files[file].isSound() ? std::uint32_t(bytes % blockSize) : 0;
     m_open->pieces.push_back({CueRun{file, range.offset, blocks}, blocks, line});
     return {};
 }
@@ -417,6 +418,7 @@ NSError CdrdaoTocParser::takeSilence(const CdrdaoWord &command)
     const Result<std::uint64_t> blocks = takeBlocks();
     if (!blocks)
         return blocks.error();
+    m_open->restBytes = 0; // they end no track
     m_open->pieces.push_back({std::nullopt, *blocks, command.line});
     return {};
 }
@@ -529,6 +531,7 @@ NSError CdrdaoTocParser::finishTrack()
     std::uint64_t tail = 0;
     CueTrackPlace place;
     place.isLengthKnown = m_open->isLengthKnown;
+    place.restBytes = m_open->restBytes;
     NSError error = takeGaps(&lead, &tail);
     if (!error)
         error = placePieces(lead, tail, &place);

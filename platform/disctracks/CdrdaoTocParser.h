@@ -28,6 +28,7 @@ struct CdrdaoTrack {
     std::optional<std::uint64_t> start; ///< blocks from the first piece to index 1
     std::vector<std::pair<std::uint64_t, std::uint32_t>> indexes; ///< blocks from index 1, and line
     bool isLengthKnown = true;
+    std::uint32_t restBytes = 0; ///< see CueTrackPlace
 };
 
 /// Reads the words of a .toc file, and places the tracks.

@@ -22,10 +22,10 @@ Result<CueSheet> cdrdaoTocOfText(const QByteArray &text, const CueSheetFiles &fi
     return error ? Result<CueSheet>(error) : Result<CueSheet>(std::move(sheet));
 }
 
-Result<CueSheet> cdrdaoTocOfFile(const QByteArray &path)
+Result<CueSheet> cdrdaoTocOfFile(const QByteArray &path, const SoundMeasure &otherSounds)
 {
     const Result<QByteArray> text = textOfDescription(path);
-    return text ? cdrdaoTocOfText(*text, filesBeside(path)) : Result<CueSheet>(text.error());
+    return text ? cdrdaoTocOfText(*text, filesBeside(path, otherSounds)) : Result<CueSheet>(text.error());
 }
 
 } // namespace Tessaron

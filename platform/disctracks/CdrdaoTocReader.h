@@ -20,6 +20,7 @@ namespace Tessaron
 [[nodiscard]] TESSARON_EXPORT Result<CueSheet> cdrdaoTocOfText(const QByteArray &text, const CueSheetFiles &files);
 
 /// Reads the file at the path (bytes) and looks for its files as cueSheetOfFile() does.
-[[nodiscard]] TESSARON_EXPORT Result<CueSheet> cdrdaoTocOfFile(const QByteArray &path);
+[[nodiscard]] TESSARON_EXPORT Result<CueSheet> cdrdaoTocOfFile(const QByteArray &path,
+                                                               const SoundMeasure &otherSounds = {});
 
 } // namespace Tessaron

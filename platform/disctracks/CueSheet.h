@@ -32,6 +32,8 @@ struct CueFile {
     std::optional<std::uint64_t> firstSample = std::nullopt;
     bool isAiff = false; ///< such a file is AIFF, whatever its type says
 
+    /// A file of samples with a head, or a compressed one.
+    [[nodiscard]] bool isSound() const { return type != CueFileType::Binary && type != CueFileType::Motorola; }
     [[nodiscard]] bool hasBigEndianSamples() const { return type == CueFileType::Motorola || isAiff; }
 
     friend bool operator==(const CueFile &, const CueFile &) = default;
@@ -53,6 +55,9 @@ struct CueTrackPlace {
     /// False when the track's end is that of a file whose length in blocks is not known (a compressed one): its length
     /// in the table is then up to its last index only.
     bool isLengthKnown = true;
+    /// Bytes of a sound file behind the last block, where the track ends with the file: less than a block. They are in
+    /// no length.
+    std::uint32_t restBytes = 0;
 
     friend bool operator==(const CueTrackPlace &, const CueTrackPlace &) = default;
 };

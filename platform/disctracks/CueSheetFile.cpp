@@ -227,7 +227,8 @@ private:
     const OpenedFile &m_file;
 };
 
-Result<std::optional<std::uint64_t>> measureFile(const QByteArray &folder, CueFile *file)
+Result<std::optional<std::uint64_t>> measureFile(const QByteArray &folder, const SoundMeasure &otherSounds,
+                                                 CueFile *file)
 {
     const QByteArray path = pathOfNamedFile(folder, {file->nameAsWritten, file->name});
     if (path.isEmpty())
@@ -236,11 +237,11 @@ Result<std::optional<std::uint64_t>> measureFile(const QByteArray &folder, CueFi
     if (!opened)
         return opened.error();
     file->path = path;
-    if (file->type == CueFileType::Binary || file->type == CueFileType::Motorola)
+    if (!file->isSound())
         return std::optional(opened->length);
     const std::optional<SoundFile::Samples> samples = SoundFile(*opened).samples();
     if (!samples)
-        return std::optional<std::uint64_t>();
+        return otherSounds ? otherSounds(path) : std::nullopt;
     file->firstSample = samples->offset;
     file->isAiff = samples->isBig;
     return std::optional(samples->length);
@@ -248,11 +249,11 @@ Result<std::optional<std::uint64_t>> measureFile(const QByteArray &folder, CueFi
 
 } // namespace
 
-CueSheetFiles filesBeside(const QByteArray &path)
+CueSheetFiles filesBeside(const QByteArray &path, const SoundMeasure &otherSounds)
 {
     const QByteArray folder = path.left(path.lastIndexOf('/') + 1);
     CueSheetFiles files;
-    files.measure = [folder](CueFile *file) { return measureFile(folder, file); };
+    files.measure = [folder, otherSounds](CueFile *file) { return measureFile(folder, otherSounds, file); };
     files.cdText = [folder](const QByteArray &name) -> Result<QByteArray> {
         const QByteArray found = pathOfNamedFile(folder, {name});
         if (found.isEmpty())
@@ -268,10 +269,10 @@ Result<QByteArray> textOfDescription(const QByteArray &path)
     return contentsOf(path, maximumCueSheetSize);
 }
 
-Result<CueSheet> cueSheetOfFile(const QByteArray &path)
+Result<CueSheet> cueSheetOfFile(const QByteArray &path, const SoundMeasure &otherSounds)
 {
     const Result<QByteArray> text = textOfDescription(path);
-    return text ? cueSheetOfText(*text, filesBeside(path)) : Result<CueSheet>(text.error());
+    return text ? cueSheetOfText(*text, filesBeside(path, otherSounds)) : Result<CueSheet>(text.error());
 }
 
 } // namespace Tessaron

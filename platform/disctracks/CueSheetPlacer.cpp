@@ -91,6 +91,7 @@ NSError CueSheetPlacer::takeBlocks(std::uint64_t blocks, std::size_t owner, bool
                              QStringLiteral("Use the file that the sheet was made for, or correct the time."));
     }
     CueTrackPlace &place = m_sheet.places[owner];
+    place.restBytes = 0; // it was not the last file
     std::vector<CueRun> &runs = isPregap ? place.pregap : place.data;
     const bool continues = !runs.empty() && runs.back().file == upTo.file
         && runs.back().offset + runs.back().blocks * track.blockSize == m_offset;
@@ -118,7 +119,12 @@ NSError CueSheetPlacer::takeRest(const CuePoint &point)
                                      .arg(nameOf(point.index.file))
                                      .arg(rest % blockSize)
                                      .arg(blockSize)});
-    return takeBlocks(rest / blockSize, point.track, point.index.number == 0, point.index);
+    const bool isPregap = point.index.number == 0;
+    if (NSError error = takeBlocks(rest / blockSize, point.track, isPregap, point.index))
+        return error;
+    if (!isPregap && m_sheet.files[point.index.file].isSound())
+        m_sheet.places[point.track].restBytes = std::uint32_t(rest % blockSize);
+    return {};
 }
 
 void CueSheetPlacer::reportUnusedFiles(const std::vector<CuePoint> &points)

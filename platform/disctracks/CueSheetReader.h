@@ -16,6 +16,10 @@ namespace Tessaron
 /// No sheet is longer: 99 tracks with 99 index points and their texts take a tenth.
 inline constexpr std::int64_t maximumCueSheetSize = 1 << 20;
 
+/// How many bytes the sound of a file has in the form of a CD; no value where that cannot be told. A reader of
+/// descriptions knows WAVE and AIFF files of CD audio itself, and asks for all others by their path.
+using SoundMeasure = std::function<std::optional<std::uint64_t>(const QByteArray &path)>;
+
 /// What a reader of cue sheets asks for the files that a sheet names. Without an operation the
 /// files are not looked at.
 struct CueSheetFiles {
@@ -39,6 +43,7 @@ struct CueSheetFiles {
 /// Reads the sheet at the path (bytes) and looks for its files beside it: as they are named, without the folders of
 /// another system, or in another letter case. Only regular files are opened. Besides the errors above there are those
 /// of files that are missing or cannot be read.
-[[nodiscard]] TESSARON_EXPORT Result<CueSheet> cueSheetOfFile(const QByteArray &path);
+[[nodiscard]] TESSARON_EXPORT Result<CueSheet> cueSheetOfFile(const QByteArray &path,
+                                                              const SoundMeasure &otherSounds = {});
 
 } // namespace Tessaron

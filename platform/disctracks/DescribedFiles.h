@@ -7,7 +7,7 @@ namespace Tessaron
 
 /// The files that a description at this path names: as they are named, beside it without the folders of another system,
 /// or in another letter case. Only regular files are opened.
-[[nodiscard]] CueSheetFiles filesBeside(const QByteArray &path);
+[[nodiscard]] CueSheetFiles filesBeside(const QByteArray &path, const SoundMeasure &otherSounds = {});
 
 /// The bytes of a description; an error when it cannot be read or is longer than maximumCueSheetSize.
 [[nodiscard]] Result<QByteArray> textOfDescription(const QByteArray &path);

@@ -2,7 +2,6 @@
 
 #include "platform/disctracks/CdrdaoTocReader.h"
 #include "platform/disctracks/CloneCDReader.h"
-#include "platform/disctracks/CueSheetReader.h"
 
 namespace Tessaron
 {
@@ -32,15 +31,15 @@ QString nameOfDiscDescription(DiscDescriptionKind kind)
     return {};
 }
 
-Result<CueSheet> discDescriptionOfFile(const QByteArray &path)
+Result<CueSheet> discDescriptionOfFile(const QByteArray &path, const SoundMeasure &otherSounds)
 {
     switch (discDescriptionKind(path)) {
     case DiscDescriptionKind::CloneCD:
         return cloneCDOfFile(path);
     case DiscDescriptionKind::Cdrdao:
-        return cdrdaoTocOfFile(path);
+        return cdrdaoTocOfFile(path, otherSounds);
     default:
-        return cueSheetOfFile(path);
+        return cueSheetOfFile(path, otherSounds);
     }
 }
 

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "platform/disctracks/CueSheet.h"
-#include "platform/foundation/Export.h"
-#include "platform/foundation/Result.h"
+#include "platform/disctracks/CueSheetReader.h"
 
 #include <QByteArray>
 #include <QString>
@@ -28,6 +26,7 @@ enum class DiscDescriptionKind : std::uint8_t {
 
 /// Reads the description at the path (bytes), and looks at the files that it names. Errors as those of the reader for
 /// its kind; what is None is read as a cue sheet.
-[[nodiscard]] TESSARON_EXPORT Result<CueSheet> discDescriptionOfFile(const QByteArray &path);
+[[nodiscard]] TESSARON_EXPORT Result<CueSheet> discDescriptionOfFile(const QByteArray &path,
+                                                                     const SoundMeasure &otherSounds = {});
 
 } // namespace Tessaron
