@@ -7,6 +7,8 @@
 #include <QByteArray>
 #include <QStringList>
 
+#include <stop_token>
+
 namespace Tessaron
 {
 
@@ -20,7 +22,10 @@ struct DescribedDisc {
 
 /// Finds the tracks of a disc: of a cue sheet, a .ccd or .toc file; of an image that such a file of the same name
 /// describes; of a VANT image; of any other image, which is taken for one track of data. An error of code Source
-/// (DiscJobErrors.h) when it cannot be read. Reads from the disk, so it is not for the main thread. Thread-safe.
-[[nodiscard]] TESSARON_EXPORT Result<DescribedDisc> describedDisc(const QByteArray &path);
+/// (DiscJobErrors.h) when it cannot be read. Where only a decoder tells how long a sound file is, it is decoded; one
+/// that cannot be is noted, and the length of its last track is not known. Reads from the disk, so it is not for the
+/// main thread. Thread-safe.
+[[nodiscard]] TESSARON_EXPORT Result<DescribedDisc> describedDisc(const QByteArray &path,
+                                                                  const std::stop_token &stop = {});
 
 } // namespace Tessaron

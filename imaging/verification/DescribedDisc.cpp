@@ -4,6 +4,7 @@
 #include "platform/disctracks/vant/VANTTrailer.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
+#include "platform/quicktime/CDSound.h"
 #include <TessaronClasses/DescribedDisc.h>
 #include <TessaronClasses/DiscJobErrors.h>
 
@@ -41,8 +42,23 @@ bool areSameFile(const QByteArray &one, const QByteArray &other)
         && first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
+/// Measures sounds by decoding them; what cannot be decoded is noted.
+SoundMeasure measureByDecoding(QStringList *notes, const std::stop_token &stop)
+{
+    return [notes, stop](const QByteArray &path) -> std::optional<std::uint64_t> {
+        const Result<std::uint64_t> samples = CDSound::countSamples(path, stop);
+        if (samples)
+            return *samples * CDSound::bytesPerSample;
+        if (samples.error().code() != userCanceledErr)
+            *notes << QStringLiteral("%1 cannot be decoded: %2")
+                          .arg(quoted(path), samples.error().localizedFailureReason());
+        return std::nullopt;
+    };
+}
+
 /// The description of the same name beside an image, where it names that image. One that cannot be used is noted.
-std::optional<DescribedDisc> describedByFileBeside(const QByteArray &path, QStringList *notes)
+std::optional<DescribedDisc> describedByFileBeside(const QByteArray &path, QStringList *notes,
+                                                   const std::stop_token &stop)
 {
     const qsizetype dot = path.lastIndexOf('.');
     if (dot <= path.lastIndexOf('/'))
@@ -53,7 +69,7 @@ std::optional<DescribedDisc> describedByFileBeside(const QByteArray &path, QStri
         struct stat status;
         if (::stat(disc.description.constData(), &status) != 0 || !S_ISREG(status.st_mode))
             continue;
-        Result<CueSheet> sheet = discDescriptionOfFile(disc.description);
+        Result<CueSheet> sheet = discDescriptionOfFile(disc.description, measureByDecoding(&disc.notes, stop));
         if (!sheet) {
             *notes << QStringLiteral("The %1 beside the image is not used. %2")
                           .arg(nameOfDiscDescription(discDescriptionKind(disc.description)),
@@ -115,11 +131,11 @@ void takeBlocks(const DiscImageSource &source, DescribedDisc *disc)
 
 } // namespace
 
-Result<DescribedDisc> describedDisc(const QByteArray &path)
+Result<DescribedDisc> describedDisc(const QByteArray &path, const std::stop_token &stop)
 {
     DescribedDisc disc;
     if (discDescriptionKind(path) != DiscDescriptionKind::None) {
-        Result<CueSheet> sheet = discDescriptionOfFile(path);
+        Result<CueSheet> sheet = discDescriptionOfFile(path, measureByDecoding(&disc.notes, stop));
         if (!sheet)
             return cannotRead(path, sheet.error());
         disc.description = path;
@@ -127,7 +143,7 @@ Result<DescribedDisc> describedDisc(const QByteArray &path)
         takeNotes(&disc);
         return disc;
     }
-    if (std::optional<DescribedDisc> beside = describedByFileBeside(path, &disc.notes)) {
+    if (std::optional<DescribedDisc> beside = describedByFileBeside(path, &disc.notes, stop)) {
         beside->notes = disc.notes + beside->notes;
         return *std::move(beside);
     }

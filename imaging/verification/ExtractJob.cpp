@@ -2,6 +2,7 @@
 #include "imaging/jobs/DiscJobWork.h"
 #include "imaging/jobs/FreeSpace.h"
 #include "imaging/jobs/ImageDestination.h"
+#include "imaging/verification/DecodedSounds.h"
 #include "imaging/verification/TrackExtractor.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
@@ -26,9 +27,11 @@ NSError outputError(const QByteArray &path, int errnoValue)
         QStringLiteral("the output %1 cannot be written: %2").arg(quoted(path), systemText(errnoValue)), {}, path);
 }
 
-QByteArray nameOfTrack(const DiscTrack &track)
+QByteArray nameOfTrack(const ExtractedTrack &track, ExtractedSound sound)
 {
-    return "track" + QByteArray::number(track.number).rightJustified(2, '0') + (track.isAudio() ? ".wav" : ".iso");
+    const QByteArray number = QByteArray::number(track.number).rightJustified(2, '0');
+    const char *const soundEnd = sound == ExtractedSound::FLAC ? ".flac" : ".wav";
+    return "track" + number + (track.isAudio ? soundEnd : ".iso");
 }
 
 /// The folder for all tracks, made when it is not there; an empty one that was made goes again unless it is kept.
@@ -64,7 +67,6 @@ private:
 
 /// A track on its way.
 struct TrackOutput {
-    std::size_t index = 0;
     std::unique_ptr<TrackExtractor> extractor;
     ImageDestination destination;
     std::unique_ptr<StagedFile> file; ///< goes before the folder of the destination
@@ -75,7 +77,7 @@ struct TrackOutput {
 bool ExtractResult::isComplete() const
 {
     return !error && std::ranges::all_of(tracks, [](const ExtractedTrack &track) {
-        return track.damagedSectors == 0 && track.cutSectors == 0;
+        return track.damagedSectors == 0 && track.cutSectors == 0 && track.damage.isEmpty();
     });
 }
 
@@ -113,8 +115,11 @@ public:
 
 private:
     [[nodiscard]] NSError extract(const std::stop_token &stop);
-    [[nodiscard]] NSError chooseTracks(std::vector<TrackOutput> *outputs) const;
+    [[nodiscard]] NSError chooseTracks(std::vector<TrackOutput> *outputs);
+    [[nodiscard]] NSError chooseHiddenSound(std::vector<TrackOutput> *outputs);
+    [[nodiscard]] NSError choose(std::size_t index, TrackExtractor::Part part, std::vector<TrackOutput> *outputs);
     [[nodiscard]] NSError openOutputs(std::vector<TrackOutput> *outputs);
+    [[nodiscard]] NSError checkRoom(int descriptor) const;
     [[nodiscard]] NSError checkNotASource(const ImageDestination &destination) const;
     [[nodiscard]] NSError publish(const std::vector<TrackOutput> &outputs, const std::stop_token &stop);
 
@@ -125,6 +130,7 @@ public:
 
 private:
     DescribedDisc disc;
+    DecodedSounds sounds;
     bool isPublished = false;
     std::atomic<DiscJobPhase> phase = DiscJobPhase::Preparing;
     std::atomic<std::uint64_t> bytesDone = 0;
@@ -133,7 +139,7 @@ private:
 
 NSError ExtractJob::Work::extract(const std::stop_token &stop)
 {
-    Result<DescribedDisc> described = describedDisc(order.image);
+    Result<DescribedDisc> described = describedDisc(order.image, stop);
     if (!described)
         return described.error();
     disc = *std::move(described);
@@ -151,7 +157,8 @@ NSError ExtractJob::Work::extract(const std::stop_token &stop)
     phase = DiscJobPhase::Writing;
     for (TrackOutput &output : outputs) {
         NSError error = output.extractor->write(
-            output.file->descriptor(), [this](std::uint64_t bytes) { bytesDone += bytes; }, stop);
+            output.file->descriptor(), output.destination.path, order.sound,
+            [this](std::uint64_t bytes) { bytesDone += bytes; }, stop);
         if (error)
             return error;
     }
@@ -161,18 +168,47 @@ NSError ExtractJob::Work::extract(const std::stop_token &stop)
     return error;
 }
 
-NSError ExtractJob::Work::chooseTracks(std::vector<TrackOutput> *outputs) const
+NSError ExtractJob::Work::choose(std::size_t index, TrackExtractor::Part part, std::vector<TrackOutput> *outputs)
 {
+    TrackOutput output;
+    output.extractor = std::make_unique<TrackExtractor>(disc.disc, index, part, sounds);
+    NSError error = output.extractor->check();
+    outputs->push_back(std::move(output));
+    return error;
+}
+
+/// What is in front of the first track, where it was asked for.
+NSError ExtractJob::Work::chooseHiddenSound(std::vector<TrackOutput> *outputs)
+{
+    const bool isAll = !order.track && order.isHiddenSoundTaken;
+    if (order.track != 0U && !isAll)
+        return {};
+    const std::vector<const DiscTrack *> tracks = disc.disc.contents.tracks();
+    const DiscTrack *const first = tracks.empty() ? nullptr : tracks.front();
+    if (first && first->isAudio() && first->pregap.isStored && first->pregap.length > 0)
+        return choose(0, TrackExtractor::Part::Pregap, outputs);
+    if (!isAll)
+        return discJobError(DiscJobErrorCode::Source,
+                            QStringLiteral("%1 holds no sound in front of the first track").arg(quoted(order.image)),
+                            {}, order.image);
+    result.notes << QStringLiteral("There is no sound in front of the first track.");
+    return {};
+}
+
+NSError ExtractJob::Work::chooseTracks(std::vector<TrackOutput> *outputs)
+{
+    if (NSError error = chooseHiddenSound(outputs))
+        return error;
     const std::vector<const DiscTrack *> tracks = disc.disc.contents.tracks();
     for (std::size_t index = 0; index < tracks.size(); ++index) {
         if (order.track && tracks[index]->number != *order.track)
             continue;
-        TrackOutput output;
-        output.index = index;
-        output.extractor = std::make_unique<TrackExtractor>(disc.disc, index);
-        if (NSError error = output.extractor->check())
+        if (order.track && order.sound == ExtractedSound::FLAC && !tracks[index]->isAudio())
+            return discJobError(DiscJobErrorCode::InvalidOrder,
+                                QStringLiteral("track %1 is data, which no FLAC file holds").arg(*order.track),
+                                QStringLiteral("Name an output that ends in .iso."), order.output);
+        if (NSError error = choose(index, TrackExtractor::Part::Track, outputs))
             return error;
-        outputs->push_back(std::move(output));
     }
     if (!outputs->empty())
         return {};
@@ -200,9 +236,9 @@ NSError ExtractJob::Work::checkNotASource(const ImageDestination &destination) c
 
 NSError ExtractJob::Work::openOutputs(std::vector<TrackOutput> *outputs)
 {
-    const std::vector<const DiscTrack *> tracks = disc.disc.contents.tracks();
     for (TrackOutput &output : *outputs) {
-        const QByteArray path = order.track ? order.output : order.output + '/' + nameOfTrack(*tracks[output.index]);
+        const QByteArray name = nameOfTrack(output.extractor->result(), order.sound);
+        const QByteArray path = order.track ? order.output : order.output + '/' + name;
         NSError error = openDestination(path, DiscFormat::ISO, &output.destination);
         if (!error)
             error = checkNotASource(output.destination);
@@ -213,17 +249,22 @@ NSError ExtractJob::Work::openOutputs(std::vector<TrackOutput> *outputs)
                                          output.destination.name, &failure);
         if (!output.file)
             return outputError(path, failure);
-        bytesTotal += output.extractor->outputBytes();
+        bytesTotal += output.extractor->keptBytes();
     }
-    const auto room = freeSpaceForPlainWriting(outputs->front().file->descriptor());
-    if (room && *room < bytesTotal)
-        return discJobError(
-            DiscJobErrorCode::Space,
-            QStringLiteral("there is too little room for the output: it takes %1 bytes, and %2 are free")
-                .arg(bytesTotal.load())
-                .arg(*room),
-            QStringLiteral("Choose another place, or make room."), order.output);
-    return {};
+    return checkRoom(outputs->front().file->descriptor());
+}
+
+/// How small FLAC will be is not known before: there only trying tells.
+NSError ExtractJob::Work::checkRoom(int descriptor) const
+{
+    const auto room = freeSpaceForPlainWriting(descriptor);
+    if (!room || *room >= bytesTotal || order.sound == ExtractedSound::FLAC)
+        return {};
+    return discJobError(DiscJobErrorCode::Space,
+                        QStringLiteral("there is too little room for the output: it takes %1 bytes, and %2 are free")
+                            .arg(bytesTotal.load())
+                            .arg(*room),
+                        QStringLiteral("Choose another place, or make room."), order.output);
 }
 
 NSError ExtractJob::Work::publish(const std::vector<TrackOutput> &outputs, const std::stop_token &stop)
@@ -231,20 +272,23 @@ NSError ExtractJob::Work::publish(const std::vector<TrackOutput> &outputs, const
     phase = DiscJobPhase::Finishing;
     std::vector<StagedFile *> files;
     for (const TrackOutput &output : outputs) {
-        if (::fsync(output.file->descriptor()) != 0)
+        if (order.isSynchronized && ::fsync(output.file->descriptor()) != 0)
+            return outputError(output.destination.path, errno);
+        struct stat status;
+        if (::fstat(output.file->descriptor(), &status) != 0)
             return outputError(output.destination.path, errno);
         files.push_back(output.file.get());
+        result.tracks.push_back(output.extractor->result());
+        result.tracks.back().path = output.destination.path;
+        result.tracks.back().bytes = std::uint64_t(status.st_size);
     }
+    if (result.tracks.size() > 1 && result.tracks.front().number == 0)
+        result.tracks[1].pregapLeftOut = 0;
     if (stop.stop_requested())
         return discJobCancellation();
     if (const int failure = publishTogether(files))
         return outputError(order.output, failure);
     isPublished = true;
-    for (const TrackOutput &output : outputs) {
-        result.tracks.push_back(output.extractor->result());
-        result.tracks.back().path = output.destination.path;
-        result.tracks.back().bytes = output.extractor->outputBytes();
-    }
     return {};
 }
 

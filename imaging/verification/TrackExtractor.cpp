@@ -1,9 +1,10 @@
 #include "imaging/verification/TrackExtractor.h"
 
+#include "imaging/verification/DecodedSounds.h"
+#include "imaging/verification/TrackSink.h"
+#include "imaging/verification/TrackTags.h"
 #include "platform/discrecording/objects/DRTrackProducer.h"
 #include "platform/disctracks/SectorCoding.h"
-#include "platform/foundation/ByteOrder.h"
-#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
@@ -24,41 +25,8 @@ namespace
 constexpr std::size_t plainSize = 2048;
 constexpr std::size_t wholeSector = SectorField::sectorSize;
 constexpr std::size_t sectorsAtOnce = 200; // of 2352 bytes nearly half a megabyte
-constexpr std::size_t waveHeadSize = 44;
-/// What the sizes in a WAVE file can say.
-constexpr std::uint64_t mostWaveBytes = std::numeric_limits<std::uint32_t>::max() - waveHeadSize;
-
-/// The head of a WAVE file of CD audio: the chunks "fmt " and "data" in a "RIFF".
-std::array<char, waveHeadSize> waveHead(std::uint32_t soundBytes)
-{
-    constexpr std::uint32_t rate = 44100;
-    constexpr std::uint16_t channels = 2;
-    constexpr std::uint16_t bytesPerFrame = 4;
-    std::array<char, waveHeadSize> head;
-    char *at = head.data();
-    const auto text = [&](const char *four) {
-        std::memcpy(at, four, 4);
-        at += 4;
-    };
-    const auto number = [&]<typename Number>(Number value) {
-        storeLittleEndian<Number>(reinterpret_cast<std::uint8_t *>(at), value);
-        at += sizeof value;
-    };
-    text("RIFF");
-    number(std::uint32_t(waveHeadSize - 8 + soundBytes));
-    text("WAVE");
-    text("fmt ");
-    number(std::uint32_t(16));
-    number(std::uint16_t(1)); // whole numbers
-    number(channels);
-    number(rate);
-    number(std::uint32_t(rate * bytesPerFrame));
-    number(bytesPerFrame);
-    number(std::uint16_t(16)); // bits
-    text("data");
-    number(soundBytes);
-    return head;
-}
+constexpr std::size_t bytesPerSample = CDSound::bytesPerSample;
+using Tags = QMap<QString, QString>;
 
 /// What stands for mode and sector size in a production record; no value where records have no such sectors.
 std::optional<std::int32_t> recordMode(const DiscTrack &track)
@@ -80,22 +48,31 @@ std::optional<std::int32_t> recordMode(const DiscTrack &track)
     }
 }
 
+/// Turns samples of 16 bits to the other byte order.
+void swapBytes(char *samples, std::size_t length)
+{
+    for (std::size_t at = 0; at + 1 < length; at += 2)
+        std::swap(samples[at], samples[at + 1]);
+}
+
 } // namespace
 
-TrackExtractor::TrackExtractor(const CueSheet &disc, std::size_t index)
+TrackExtractor::TrackExtractor(const CueSheet &disc, std::size_t index, Part part, DecodedSounds &sounds)
     : m_disc(disc)
     , m_index(index)
+    , m_part(part)
     , m_track(*disc.contents.tracks()[index])
+    , m_sounds(sounds)
 {
-    m_result.number = m_track.number;
+    m_result.number = part == Part::Pregap ? 0 : m_track.number;
     m_result.isAudio = m_track.isAudio();
-    m_result.pregapLeftOut = m_track.pregap.isStored ? m_track.pregap.length : 0;
+    m_result.pregapLeftOut = part == Part::Track && m_track.pregap.isStored ? m_track.pregap.length : 0;
     if (m_track.isAudio()) {
         m_keptSize = wholeSector;
     } else if (const std::optional<SectorForm> form = m_track.sectorForm()) {
-        if (const std::optional<SectorPart> part = userDataPart(m_track.kind, *form)) {
-            m_keptSize = part->length;
-            m_keptOffset = part->offset;
+        if (const std::optional<SectorPart> place = userDataPart(m_track.kind, *form)) {
+            m_keptSize = place->length;
+            m_keptOffset = place->offset;
         }
     }
     m_result.blocks = blocks();
@@ -104,12 +81,32 @@ TrackExtractor::TrackExtractor(const CueSheet &disc, std::size_t index)
 
 TrackExtractor::~TrackExtractor() = default;
 
+const std::vector<CueRun> &TrackExtractor::runs() const
+{
+    const CueTrackPlace &place = m_disc.places[m_index];
+    return m_part == Part::Pregap ? place.pregap : place.data;
+}
+
 std::uint64_t TrackExtractor::blocks() const
 {
     std::uint64_t sum = 0;
     for (const CueRun &run : runs())
         sum += run.blocks;
     return sum;
+}
+
+std::uint32_t TrackExtractor::restBytes() const
+{
+    if (m_part == Part::Pregap || !m_track.isAudio() || runs().empty())
+        return 0;
+    const std::uint32_t rest = m_disc.places[m_index].restBytes;
+    return rest - rest % bytesPerSample;
+}
+
+bool TrackExtractor::mustDecode(const CueRun &run) const
+{
+    const CueFile &file = m_disc.files[run.file];
+    return file.isSound() && !file.firstSample;
 }
 
 NSError TrackExtractor::sourceError(const QString &reason, const QByteArray &path, const QString &remedy) const
@@ -123,30 +120,29 @@ NSError TrackExtractor::check() const
 {
     for (const CueRun &run : runs()) {
         const CueFile &file = m_disc.files[run.file];
-        const bool isSound = file.type != CueFileType::Binary && file.type != CueFileType::Motorola;
         if (file.path.isEmpty())
             return sourceError(QStringLiteral("its file is not known"), {});
-        if (isSound && !file.firstSample)
-            return sourceError(QStringLiteral("%1 holds no plain CD audio and must be decoded").arg(quoted(file.path)),
-                               file.path, QStringLiteral("Convert that file with a decoder."));
         if (run.blocks > std::numeric_limits<std::uint32_t>::max())
             return sourceError(QStringLiteral("it has more blocks than any disc"), file.path);
+        if (mustDecode(run) && !m_track.isAudio())
+            return sourceError(QStringLiteral("it is data, and %1 holds sound").arg(quoted(file.path)), file.path);
     }
-    if (!m_disc.places[m_index].isLengthKnown)
-        return sourceError(QStringLiteral("its length is not known"), {});
+    if (m_part == Part::Track && !m_disc.places[m_index].isLengthKnown)
+        return sourceError(QStringLiteral("its length is not known"), {},
+                           QStringLiteral("Its file must be one that can be decoded."));
     if (blocks() == 0)
         return sourceError(QStringLiteral("no file holds any of it"), {});
     if (m_keptSize == 0)
         return sourceError(
             QStringLiteral("it is not known where its sectors of %1 bytes hold their data").arg(m_track.blockSize), {});
-    if (m_track.isAudio() && blocks() > mostWaveBytes / wholeSector)
+    if (m_track.isAudio() && keptBytes() > mostSoundInWave())
         return sourceError(QStringLiteral("it is longer than a WAVE file can be"), {});
     return {};
 }
 
-std::uint64_t TrackExtractor::outputBytes() const
+std::uint64_t TrackExtractor::keptBytes() const
 {
-    return blocks() * m_keptSize + (m_track.isAudio() ? waveHeadSize : 0);
+    return blocks() * m_keptSize + restBytes();
 }
 
 std::shared_ptr<DRTrackProducer> TrackExtractor::producerOf(const CueRun &run) const
@@ -167,27 +163,93 @@ std::shared_ptr<DRTrackProducer> TrackExtractor::producerOf(const CueRun &run) c
                                             KRDataProviderMode::mode2Form2, 0);
 }
 
-NSError TrackExtractor::write(int descriptor, const std::function<void(std::uint64_t)> &progress,
+NSError TrackExtractor::write(int descriptor, const QByteArray &path, ExtractedSound form, const Progress &progress,
                               const std::stop_token &stop)
 {
-    if (m_track.isAudio()) {
-        const auto head = waveHead(std::uint32_t(blocks() * wholeSector));
-        if (const int failure = writeFully(descriptor, head.data(), head.size()))
-            return discJobError(DiscJobErrorCode::Write,
-                                QStringLiteral("the output cannot be written: %1").arg(systemText(failure)));
-        progress(head.size());
-    }
+    const TrackFile file{descriptor, path, keptBytes()};
+    const std::unique_ptr<TrackSink> sink = m_track.isAudio()
+        ? soundSink(file, form, m_part == Part::Track ? tagsOfTrack(m_disc.contents, m_track) : Tags())
+        : dataSink(file);
     for (const CueRun &run : runs()) {
-        if (NSError error = writeRun(run, descriptor, progress, stop))
+        if (NSError error = writeRun(run, *sink, progress, stop))
             return error;
     }
+    if (restBytes() > 0) {
+        if (NSError error = writeRest(runs().back(), *sink, progress, stop))
+            return error;
+    }
+    return sink->finish();
+}
+
+/// Of a sound file, what is behind its last whole block.
+NSError TrackExtractor::writeRest(const CueRun &run, TrackSink &sink, const Progress &progress,
+                                  const std::stop_token &stop)
+{
+    const CueFile &file = m_disc.files[run.file];
+    const std::uint64_t end = run.offset + run.blocks * wholeSector;
+    const std::uint32_t length = restBytes();
+    if (mustDecode(run))
+        return writeDecoded(file, end / bytesPerSample, length / bytesPerSample, sink, progress, stop);
+    const auto provider =
+        KRDataProvider::providerWithFile(stringWithFileSystemRepresentation(file.path), *file.firstSample + end, length,
+                                         length, 0, KRDataProviderMode::mode2Form2, 0);
+    std::array<char, wholeSector> rest;
+    const bool isOpen = provider && provider->prepareTrack(nullptr, nullptr, {});
+    const std::uint32_t got =
+        isOpen ? provider->produceDataForTrack(nullptr, rest.data(), length, 0, length, nullptr) : 0;
+    if (isOpen)
+        provider->cleanupTrackAfterBurn(nullptr);
+    if (got != length)
+        return sourceError(QStringLiteral("the end of %1 cannot be read").arg(quoted(file.path)), file.path);
+    if (file.hasBigEndianSamples())
+        swapBytes(rest.data(), length);
+    progress(length);
+    return sink.write(rest.data(), length);
+}
+
+/// Samples of a file that holds them in another form.
+NSError TrackExtractor::writeDecoded(const CueFile &file, std::uint64_t first, std::uint64_t samples, TrackSink &sink,
+                                     const Progress &progress, const std::stop_token &stop)
+{
+    constexpr std::size_t samplesAtOnce = sectorsAtOnce * CDSound::samplesPerFrame;
+    std::vector<char> buffer(std::min<std::uint64_t>(samples, samplesAtOnce) * bytesPerSample);
+    std::uint64_t missing = 0;
+    for (std::uint64_t done = 0; done < samples;) {
+        if (stop.stop_requested())
+            return discJobCancellation();
+        const auto count = std::size_t(std::min<std::uint64_t>(samples - done, samplesAtOnce));
+        std::size_t there = 0;
+        if (missing == 0) {
+            const Result<std::size_t> got =
+                m_sounds.read(file.path, first + done, buffer.data(), count, &m_result.damage, stop);
+            if (!got && got.error().code() == userCanceledErr)
+                return discJobCancellation();
+            if (!got)
+                return sourceError(QStringLiteral("%1 cannot be decoded: %2")
+                                       .arg(quoted(file.path), got.error().localizedFailureReason()),
+                                   file.path, got.error().localizedRecoverySuggestion());
+            there = *got;
+        }
+        missing += count - there;
+        std::fill(buffer.begin() + std::ptrdiff_t(there * bytesPerSample), buffer.end(), '\0');
+        if (NSError error = sink.write(buffer.data(), count * bytesPerSample))
+            return error;
+        done += count;
+        progress(count * bytesPerSample);
+    }
+    if (missing > 0)
+        m_result.damage.add(double(first + samples - missing) / CDSound::samplesPerSecond,
+                            QStringLiteral("the sound ends %1 samples early; silence stands for them").arg(missing));
     return {};
 }
 
-NSError TrackExtractor::writeRun(const CueRun &run, int descriptor, const std::function<void(std::uint64_t)> &progress,
+NSError TrackExtractor::writeRun(const CueRun &run, TrackSink &sink, const Progress &progress,
                                  const std::stop_token &stop)
 {
     const CueFile &file = m_disc.files[run.file];
+    if (mustDecode(run))
+        return writeDecoded(file, run.offset / bytesPerSample, run.blocks * CDSound::samplesPerFrame, sink, progress,
+                            stop);
     const std::shared_ptr<DRTrackProducer> producer = producerOf(run);
     if (!producer || !producer->prepareTrack(nullptr, nullptr, {}))
         return sourceError(QStringLiteral("%1 cannot be opened").arg(quoted(file.path)), file.path);
@@ -211,11 +273,9 @@ NSError TrackExtractor::writeRun(const CueRun &run, int descriptor, const std::f
             break;
         }
         const std::size_t kept = keepUserData(buffer.data(), count, m_done, file.hasBigEndianSamples());
-        if (const int failure = writeFully(descriptor, buffer.data(), kept)) {
-            error = discJobError(DiscJobErrorCode::Write,
-                                 QStringLiteral("the output cannot be written: %1").arg(systemText(failure)));
+        error = sink.write(buffer.data(), kept);
+        if (error)
             break;
-        }
         m_done += count;
         left -= count;
         progress(kept);
@@ -235,10 +295,8 @@ std::size_t TrackExtractor::keepUserData(char *sectors, std::size_t count, std::
         std::memmove(sectors + sector * m_keptSize, from + offset, m_keptSize);
     }
     const std::size_t kept = count * m_keptSize;
-    if (m_track.isAudio() && isBigEndian) {
-        for (std::size_t at = 0; at + 1 < kept; at += 2)
-            std::swap(sectors[at], sectors[at + 1]);
-    }
+    if (m_track.isAudio() && isBigEndian)
+        swapBytes(sectors, kept);
     return kept;
 }
 

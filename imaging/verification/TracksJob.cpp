@@ -17,7 +17,7 @@ public:
     {
         runInBackground(
             [this](const std::stop_token &stop) {
-                Result<DescribedDisc> disc = describedDisc(path);
+                Result<DescribedDisc> disc = describedDisc(path, stop);
                 if (stop.stop_requested())
                     return discJobCancellation();
                 if (!disc)

@@ -15,7 +15,7 @@ _tessaron_options() {
     verify) echo "--filesystems --progress --json -q --quiet -v --verbose -h --help --version" ;;
     scan) echo "--progress --json -q --quiet -v --verbose -h --help --version" ;;
     tracks) echo "--json -h --help --version" ;;
-    extract) echo "--track -o --output --progress --json -q --quiet -h --help --version" ;;
+    extract) echo "--track -o --output --format --hidden --no-sync --progress --json -q --quiet -h --help --version" ;;
     convert)
         echo "--to --vbr --cbr -d --directory --flat --tags -j --jobs --progress --json -q --quiet -v --verbose -h --help" \
             "--version"
@@ -24,10 +24,10 @@ _tessaron_options() {
     esac
 }
 
-# The values of an option; nothing for one that takes a file or free text.
+# The values of an option of a command; nothing for one that takes a file or free text.
 _tessaron_values() {
     case $1 in
-    --format) echo "iso bin vant" ;;
+    --format) if [[ $2 == extract ]]; then echo "wav flac"; else echo "iso bin vant"; fi ;;
     --capacity) echo "74 80 90 99" ;;
     --filesystems) echo "iso9660,joliet,udf,hfs+ iso9660,joliet iso9660,udf iso9660 joliet udf hfs+" ;;
     --progress) echo "auto bar json none" ;;
@@ -54,7 +54,7 @@ _tessaron() {
         previous=${COMP_WORDS[COMP_CWORD - 2]}
     fi
 
-    values=$(_tessaron_values "$previous")
+    values=$(_tessaron_values "$previous" "$command")
     if [[ -n $values ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$values" -- "$word")
     elif [[ $previous == @(-n|--name|--gap|-j|--jobs) ]]; then

@@ -143,8 +143,27 @@ TEST(Arguments, tracksAndExtract_takeOneImage)
     EXPECT_EQ(one.action, Arguments::Action::Extract);
     EXPECT_EQ(one.track, 7u);
     EXPECT_EQ(one.output, "song.wav");
-    EXPECT_EQ(parseArguments({"extract", "--track", "all", "-o", "x", "y"}).track, 0u);
-    EXPECT_EQ(parseArguments({"extract", "--track", "all", "-o", "x", "y"}).action, Arguments::Action::Extract);
+    EXPECT_EQ(one.sound, ExtractedSound::WAVE);
+    EXPECT_TRUE(one.isSynchronized);
+    const Arguments all = parseArguments({"extract", "--track", "all", "--hidden", "--no-sync", "-o", "x.flac", "y"});
+    EXPECT_EQ(all.action, Arguments::Action::Extract);
+    EXPECT_FALSE(all.track);
+    EXPECT_TRUE(all.takesHiddenSound);
+    EXPECT_FALSE(all.isSynchronized);
+    EXPECT_EQ(all.sound, ExtractedSound::WAVE) << "the name of a folder says nothing";
+    EXPECT_EQ(parseArguments({"extract", "--track", "0", "-o", "x", "y"}).track, 0u);
+}
+
+TEST(Arguments, extract_takesTheFormOfSound_fromItsOptionOrTheEndOfTheName)
+{
+    const auto sound = [](const QList<QByteArray> &words) {
+        return parseArguments(QList<QByteArray>{"extract", "disc.cue", "--track", "2"} + words).sound;
+    };
+    EXPECT_EQ(sound({"-o", "song.flac"}), ExtractedSound::FLAC);
+    EXPECT_EQ(sound({"-o", "song.FLAC"}), ExtractedSound::FLAC);
+    EXPECT_EQ(sound({"-o", "song"}), ExtractedSound::WAVE);
+    EXPECT_EQ(sound({"-o", "song", "--format", "flac"}), ExtractedSound::FLAC);
+    EXPECT_EQ(sound({"-o", "song.flac", "--format", "wav"}), ExtractedSound::WAVE);
 }
 
 class WrongArguments : public testing::TestWithParam<WrongLine>
@@ -170,9 +189,10 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongLine{{"extract", "a"}, "with --track"},
                     WrongLine{{"extract", "a", "--track", "1"}, "with -o OUT"},
                     WrongLine{{"extract", "--track", "1", "-o", "x"}, "no IMAGE"},
-                    WrongLine{{"extract", "--track", "0", "a"}, "“0” is no track"},
+                    WrongLine{{"extract", "--track", "1", "--hidden", "-o", "x", "a"}, "--track all"},
+                    WrongLine{{"extract", "--track", "1", "--format", "iso", "-o", "x", "a"}, "use wav or flac"},
                     WrongLine{{"extract", "--track", "100", "a"}, "“100” is no track"},
-                    WrongLine{{"extract", "--track", "ALL", "a"}, "use a number from 1 to 99, or all"},
+                    WrongLine{{"extract", "--track", "ALL", "a"}, "use a number from 1 to 99"},
                     WrongLine{{"image", "x"}, "-o OUT"}, WrongLine{{"image", "-o", "x.iso"}, "no PATH"},
                     WrongLine{{"image", "x", "-o"}, "the option -o needs a value"},
                     WrongLine{{"image", "x", "--output="}, "the value of --output is empty"},

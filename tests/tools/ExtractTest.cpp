@@ -1,6 +1,7 @@
 #include "platform/disctracks/SectorCoding.h"
 #include "tests/tools/ImageFixture.h"
 
+#include <QDir>
 #include <QJsonArray>
 #include <QtEndian>
 
@@ -49,6 +50,24 @@ protected:
     {
         m_tree.makeFile("out/disc.bin", image);
         m_tree.makeFile("out/disc.cue", "FILE \"disc.bin\" BINARY\n TRACK 01 " + mode + "\n  INDEX 01 00:00:00\n");
+    }
+    /// Sound files of the kinds that their names say, in "out", with these samples of a CD.
+    void makeSounds(const QList<std::pair<QByteArray, QByteArray>> &sounds) const
+    {
+        for (const auto &[name, samples] : sounds) {
+            m_tree.makeFile("out/raw", samples);
+            outputOf("ffmpeg",
+                     {"-v", "error", "-y", "-f", "s16le", "-ar", "44100", "-ac", "2", "-i", m_tree.path("out/raw"),
+                      m_tree.path("out/" + name)});
+        }
+        m_tree.remove("out/raw");
+    }
+    /// The samples of a WAVE file with the plain head.
+    [[nodiscard]] QByteArray soundOf(const QByteArray &name) const
+    {
+        const QByteArray wave = m_tree.contents(name);
+        EXPECT_EQ(wave.mid(36, 4), "data") << name.constData();
+        return wave.mid(headSize, wave.size() < headSize ? 0 : qFromLittleEndian<quint32>(wave.constData() + 40));
     }
     /// What comes out of an image that is one track of data.
     QByteArray taken(const QByteArray &mode, const QByteArray &image, int expectedStatus = 0) const
@@ -147,14 +166,160 @@ TEST_F(Extract, audioOfASoundFile_isItsSamples)
         extract("2", "out/taken.wav", "out/album.cue");
         EXPECT_TRUE(m_tree.contents("out/taken.wav").mid(headSize) == sound.mid(40 * sector)) << type.constData();
     }
-    m_tree.makeFile("out/album.mp3", "no plain sound");
+    m_tree.makeFile("out/album.mp3", "no sound at all");
     m_tree.makeFile("out/album.cue",
                     "FILE \"album.mp3\" MP3\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n TRACK 02 AUDIO\n"
                     "  INDEX 01 00:00:40\n");
-    const QJsonObject refused = extract("1", "out/none.wav", "out/album.cue", 1);
-    EXPECT_TRUE(refused[QStringLiteral("error")][QStringLiteral("message")].toString().contains(
-        QStringLiteral("must be decoded")));
+    for (const QByteArray track : {"1", "2"}) {
+        const QJsonObject refused = extract(track, "out/none.wav", "out/album.cue", 1);
+        const QString message = refused[QStringLiteral("error")][QStringLiteral("message")].toString();
+        EXPECT_TRUE(message.contains(track == "1" ? QStringLiteral("cannot be decoded")
+                                                  : QStringLiteral("length is not known")))
+            << message.toStdString();
+        EXPECT_TRUE(refused[QStringLiteral("notes")][0].toString().contains(QStringLiteral("cannot be decoded")));
+    }
     EXPECT_FALSE(m_tree.exists("out/none.wav"));
+}
+
+TEST_F(Extract, audioOfCompressedFiles_isDecoded_toTheSample)
+{
+    // Not a whole number of blocks; the second track begins in the middle of the first file.
+    const QByteArray first = noise(100 * sector + 400), second = noise(60 * sector + 4).mid(0, 55 * sector + 8);
+    makeSounds({{"first.flac", first}, {"second.wv", second}, {"lossy.mp3", first}});
+    m_tree.makeFile("out/album.cue",
+                    "FILE \"first.flac\" WAVE\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n TRACK 02 AUDIO\n"
+                    "  INDEX 00 00:00:38\n  INDEX 01 00:00:40\n"
+                    "FILE \"second.wv\" WAVE\n TRACK 03 AUDIO\n  INDEX 00 00:00:00\n  INDEX 01 00:00:05\n"
+                    "FILE \"lossy.mp3\" MP3\n TRACK 04 AUDIO\n  INDEX 01 00:00:00\n");
+    const QJsonValue tracks = extract("all", "out/tracks", "out/album.cue")[QStringLiteral("tracks")];
+    EXPECT_TRUE(soundOf("out/tracks/track01.wav") == first.first(38 * sector));
+    EXPECT_TRUE(soundOf("out/tracks/track02.wav") == first.mid(40 * sector));
+    EXPECT_TRUE(soundOf("out/tracks/track03.wav") == second.mid(5 * sector));
+    const QByteArray lossy = outputOf(
+        "ffmpeg", {"-v", "error", "-i", m_tree.path("out/lossy.mp3"), "-f", "s16le", "-ac", "2", "-ar", "44100", "-"});
+    EXPECT_EQ(soundOf("out/tracks/track04.wav").size(), first.size());
+    EXPECT_EQ(lossy.size(), first.size());
+    EXPECT_EQ(tracks[1][QStringLiteral("blocks")].toInteger(), 60);
+    EXPECT_EQ(tracks[1][QStringLiteral("bytes")].toInteger(), 60 * sector + 400 + headSize);
+    EXPECT_EQ(tracks[1][QStringLiteral("pregapLeftOut")].toInteger(), 2);
+    // Any order, and one alone.
+    extract("2", "out/taken.wav", "out/album.cue");
+    EXPECT_TRUE(soundOf("out/taken.wav") == first.mid(40 * sector));
+}
+
+TEST_F(Extract, samplesBehindTheLastBlock_areTaken_ofPlainSoundToo)
+{
+    const QByteArray sound = noise(10 * sector + 1000);
+    for (const QByteArray type : {"wav", "aiff"}) {
+        makeSounds({{"sound." + type, sound}});
+        m_tree.makeFile("out/album.cue", "FILE \"sound." + type + "\" WAVE\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n");
+        extract("1", "out/taken.wav", "out/album.cue");
+        EXPECT_TRUE(soundOf("out/taken.wav") == sound) << type.constData();
+        m_tree.makeFile("out/album.toc", "CD_DA\nTRACK AUDIO\nFILE \"sound.wav\" 0\n");
+    }
+    extract("1", "out/taken.wav", "out/album.toc");
+    EXPECT_TRUE(soundOf("out/taken.wav") == sound);
+}
+
+TEST_F(Extract, flac_holdsTheSameSamples_andTagsOfTheDisc)
+{
+    const QByteArray sound = noise(300 * sector);
+    m_tree.makeFile("out/disc.bin", sound);
+    m_tree.makeFile("out/disc.cue",
+                    "TITLE \"Große Welt\"\nPERFORMER \"Anna & Co\"\nFILE \"disc.bin\" BINARY\n TRACK 01 AUDIO\n"
+                    "  TITLE \"Eins\"\n  PERFORMER \"Anna\"\n  SONGWRITER \"Ben\"\n  ISRC DEA620212345\n"
+                    "  INDEX 01 00:00:00\n TRACK 02 AUDIO\n  TITLE \"Zwei\"\n  INDEX 01 00:02:00\n");
+    extract("1", "out/one.flac", "out/disc.cue");
+    const QByteArray decoded = outputOf(
+        "flac",
+        {"-d", "-s", "-c", "--force-raw-format", "--endian=little", "--sign=signed", m_tree.path("out/one.flac")});
+    EXPECT_TRUE(decoded == sound.first(150 * sector));
+    EXPECT_TRUE(outputOf("flac", {"-t", "-s", "-w", m_tree.path("out/one.flac")}).isEmpty());
+    const QByteArray tags =
+        outputOf("metaflac", {"--export-tags-to=-", "--no-utf8-convert", m_tree.path("out/one.flac")});
+    for (const char *const tag : {"TITLE=Eins", "ARTIST=Anna", "ALBUM=Große Welt", "ALBUMARTIST=Anna & Co",
+                                  "SONGWRITER=Ben", "ISRC=DEA620212345", "TRACKNUMBER=1", "TRACKTOTAL=2"})
+        EXPECT_TRUE(tags.split('\n').contains(tag)) << tag << "\n" << tags.constData();
+    EXPECT_EQ(outputOf("metaflac", {"--show-total-samples", m_tree.path("out/one.flac")}), "88200\n");
+    const ChildResult all = runTessaron({"extract", "-q", "--track", "all", "--format", "flac", "-o",
+                                         m_tree.path("out/all"), m_tree.path("out/disc.cue")});
+    EXPECT_EQ(all.exitStatus, 0) << all.errors.constData();
+    EXPECT_TRUE(m_tree.contents("out/all/track01.flac") == m_tree.contents("out/one.flac"));
+    EXPECT_TRUE(m_tree.exists("out/all/track02.flac"));
+}
+
+TEST_F(Extract, wave_hasTheTags_behindItsSamples)
+{
+    const QByteArray sound = noise(20 * sector);
+    m_tree.makeFile("out/disc.bin", sound);
+    m_tree.makeFile("out/disc.cue",
+                    "TITLE \"Große Welt\"\nFILE \"disc.bin\" BINARY\n TRACK 01 AUDIO\n  TITLE \"Eins\"\n"
+                    "  PERFORMER \"Anna\"\n  INDEX 01 00:00:00\n");
+    extract("1", "out/one.wav", "out/disc.cue");
+    const QByteArray wave = m_tree.contents("out/one.wav");
+    EXPECT_TRUE(wave.mid(headSize, sound.size()) == sound);
+    EXPECT_EQ(wave.mid(headSize + sound.size(), 4), "LIST");
+    EXPECT_EQ(qFromLittleEndian<quint32>(wave.constData() + 4), quint32(wave.size()) - 8);
+    const QByteArray seen = outputOf(
+        "ffprobe",
+        {"-v", "error", "-show_entries", "format_tags:stream=duration_ts", "-of", "flat", m_tree.path("out/one.wav")});
+    for (const char *const line : {"tags.title=\"Eins\"", "tags.artist=\"Anna\"", "tags.album=\"Große Welt\"",
+                                   "tags.track=\"1\"", "duration_ts=11760"})
+        EXPECT_TRUE(seen.contains(line)) << line << "\n" << seen.constData();
+    EXPECT_TRUE(outputOf("sox", {m_tree.path("out/one.wav"), "-t", "raw", "-"}) == sound);
+}
+
+TEST_F(Extract, hiddenSound_isTakenWhereAskedFor)
+{
+    const QByteArray sound = noise(100 * sector);
+    m_tree.makeFile("out/disc.bin", sound);
+    m_tree.makeFile("out/disc.cue",
+                    "FILE \"disc.bin\" BINARY\n TRACK 01 AUDIO\n  INDEX 00 00:00:00\n  INDEX 01 00:00:30\n"
+                    " TRACK 02 AUDIO\n  INDEX 01 00:01:00\n");
+    const QJsonValue told = extract("all", "out/plain", "out/disc.cue")[QStringLiteral("tracks")];
+    EXPECT_FALSE(m_tree.exists("out/plain/track00.wav"));
+    EXPECT_EQ(told[0][QStringLiteral("pregapLeftOut")].toInteger(), 30);
+    extract("0", "out/hidden.wav", "out/disc.cue");
+    EXPECT_TRUE(soundOf("out/hidden.wav") == sound.first(30 * sector));
+    const ChildResult all = runTessaron({"extract", "-q", "--json", "--track", "all", "--hidden", "--no-sync", "-o",
+                                         m_tree.path("out/all"), m_tree.path("out/disc.cue")});
+    EXPECT_EQ(all.exitStatus, 0);
+    const QJsonValue tracks = jsonOf(all.output)[QStringLiteral("tracks")];
+    EXPECT_EQ(tracks[0][QStringLiteral("track")].toInteger(), 0);
+    EXPECT_EQ(tracks[1][QStringLiteral("pregapLeftOut")].toInteger(), 0) << "nothing is left out now";
+    EXPECT_TRUE(soundOf("out/all/track00.wav") + soundOf("out/all/track01.wav") + soundOf("out/all/track02.wav")
+                == sound);
+    makeCue("AUDIO", sound);
+    const QJsonObject none = extract("0", "out/none.wav", "out/disc.cue", 1);
+    EXPECT_TRUE(none[QStringLiteral("error")][QStringLiteral("message")].toString().contains(
+        QStringLiteral("no sound in front of the first track")));
+    const ChildResult without = runTessaron(
+        {"extract", "--track", "all", "--hidden", "-o", m_tree.path("out/all"), m_tree.path("out/disc.cue")});
+    EXPECT_EQ(without.exitStatus, 0);
+    EXPECT_TRUE(without.errors.contains("There is no sound in front of the first track")) << without.errors.constData();
+}
+
+TEST_F(Extract, damageOfASound_isToldWithItsTrack)
+{
+    const QByteArray sound = noise(400 * sector);
+    makeSounds({{"sound.flac", sound}});
+    QByteArray flac = m_tree.contents("out/sound.flac");
+    flac[flac.size() * 3 / 4] = char(flac[flac.size() * 3 / 4] ^ 1);
+    m_tree.makeFile("out/sound.flac", flac);
+    m_tree.makeFile("out/album.cue",
+                    "FILE \"sound.flac\" WAVE\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n TRACK 02 AUDIO\n"
+                    "  INDEX 01 00:02:00\n TRACK 03 AUDIO\n  INDEX 01 00:05:00\n");
+    const ChildResult result = runTessaron(
+        {"extract", "--json", "--track", "all", "-o", m_tree.path("out/tracks"), m_tree.path("out/album.cue")});
+    EXPECT_EQ(result.exitStatus, 3);
+    EXPECT_TRUE(result.errors.contains("track 2: at ")) << result.errors.constData();
+    const QJsonValue tracks = jsonOf(result.output)[QStringLiteral("tracks")];
+    EXPECT_EQ(tracks[0][QStringLiteral("damagedPlaces")].toInteger(), 0);
+    EXPECT_GT(tracks[1][QStringLiteral("damagedPlaces")].toInteger(), 0);
+    EXPECT_EQ(tracks[2][QStringLiteral("damagedPlaces")].toInteger(), 0);
+    EXPECT_TRUE(soundOf("out/tracks/track01.wav") == sound.first(150 * sector));
+    EXPECT_TRUE(soundOf("out/tracks/track03.wav") == sound.mid(375 * sector));
+    EXPECT_EQ(soundOf("out/tracks/track02.wav").size(), 225 * sector);
 }
 
 TEST_F(Extract, graphics_areLeftOutOfAudio)
@@ -229,6 +394,27 @@ TEST_F(Extract, progressAndCancel_areThoseOfAJob)
     EXPECT_EQ(result.exitStatus, 130);
     EXPECT_EQ(jsonOf(result.output)[QStringLiteral("result")].toString(), QStringLiteral("cancelled"));
     EXPECT_EQ(outNames(), (std::set<std::string>{"disc.bin", "disc.cue"}));
+}
+
+TEST_F(Extract, killedProcess_leavesNoTrack)
+{
+    m_tree.makeSparseFile("out/disc.bin", qint64(300000) * sector);
+    m_tree.makeFile("out/disc.cue",
+                    "FILE \"disc.bin\" BINARY\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n TRACK 02 AUDIO\n"
+                    "  INDEX 01 30:00:00\n");
+    for (const QByteArray form : {"wav", "flac"}) {
+        ChildProcess child(tessaron({"extract", "--progress", "json", "--format", form, "--track", "all", "-o",
+                                     m_tree.path("out/tracks"), m_tree.path("out/disc.cue")}));
+        ASSERT_TRUE(child.waitUntil([&] { return child.errorsSoFar().contains("\"writing\""); }));
+        const auto filesLeft = [&] {
+            return QDir(m_tree.pathText("out/tracks")).entryList(QDir::Files | QDir::Hidden);
+        };
+        if (!filesLeft().isEmpty())
+            GTEST_SKIP() << "the filesystem of the temporary folder knows no files without a name";
+        child.sendSignal(SIGKILL);
+        EXPECT_EQ(child.finish().signal, SIGKILL);
+        EXPECT_TRUE(filesLeft().isEmpty());
+    }
 }
 
 } // namespace

@@ -105,6 +105,25 @@ TEST_F(Tracks, imagesWithoutADescription_areTracks_too)
     EXPECT_TRUE(text.output.contains("described by nothing: taken for data")) << text.output.constData();
 }
 
+TEST_F(Tracks, compressedSounds_areAsLongAsTheirSamples)
+{
+    outputOf(
+        "sox",
+        {"-r", "44100", "-n", "-b", "16", "-c", "2", m_tree.path("out/a.flac"), "synth", "176401s", "sine", "440"});
+    m_tree.makeFile("out/b.mp3", "no sound");
+    m_tree.makeFile("out/album.cue",
+                    "FILE \"a.flac\" WAVE\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n TRACK 02 AUDIO\n  INDEX 01 00:02:00\n"
+                    "FILE \"b.mp3\" MP3\n TRACK 03 AUDIO\n  INDEX 01 00:00:00\n");
+    const QJsonObject object = tracksOf(m_tree.path("out/album.cue"));
+    EXPECT_EQ(linesOf(object), Lines({"audio 0 150 0", "audio 150 150 0", "audio 300 0 0"}));
+    EXPECT_TRUE(object[QStringLiteral("tracks")][2][QStringLiteral("length")].isNull());
+    const QJsonArray notes = object[QStringLiteral("notes")].toArray();
+    ASSERT_EQ(notes.size(), 2);
+    EXPECT_TRUE(notes[0].toString().contains(QStringLiteral("b.mp3” cannot be decoded")))
+        << notes[0].toString().toStdString();
+    EXPECT_TRUE(notes[1].toString().contains(QStringLiteral("ends with 4 bytes")));
+}
+
 TEST_F(Tracks, failure_namesTheLine)
 {
     m_tree.makeFile("out/bad.cue", "FILE \"missing.bin\" BINARY\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n");

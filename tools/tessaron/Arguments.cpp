@@ -35,6 +35,7 @@ private:
     bool takeValue(const QByteArray &shownName, QByteArray *value);
     bool setProgress(const QByteArray &value);
     bool setFormat(const QByteArray &value);
+    bool setSoundFormat(const QByteArray &value);
     bool setFilesystems(const QByteArray &value);
     bool setGap(const QByteArray &value);
     bool setCapacity(const QByteArray &value);
@@ -170,7 +171,7 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
     case Option::Progress:
         return setProgress(value);
     case Option::Format:
-        return setFormat(value);
+        return m_arguments.command == "extract" ? setSoundFormat(value) : setFormat(value);
     case Option::Filesystems:
         return setFilesystems(value);
     case Option::Gap:
@@ -206,6 +207,9 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
         return true;
     case Option::Jobs:
         return setJobs(value);
+    case Option::Hidden:
+        m_arguments.takesHiddenSound = true;
+        return true;
     }
     return true;
 }
@@ -235,6 +239,15 @@ bool Parser::setFormat(const QByteArray &value)
         m_arguments.format = DiscFormat::VANT;
     else
         return fail(QStringLiteral("%1 is no image format; use iso, bin or vant").arg(quoted(value)));
+    hasFormat = true;
+    return true;
+}
+
+bool Parser::setSoundFormat(const QByteArray &value)
+{
+    if (value != "wav" && value != "flac")
+        return fail(QStringLiteral("%1 is no sound format; use wav or flac").arg(quoted(value)));
+    m_arguments.sound = value == "flac" ? ExtractedSound::FLAC : ExtractedSound::WAVE;
     hasFormat = true;
     return true;
 }
@@ -290,9 +303,11 @@ bool Parser::setTrack(const QByteArray &value)
     constexpr unsigned int mostTracks = 99;
     bool isNumber = false;
     const unsigned int number = value.toUInt(&isNumber);
-    if (value != "all" && (!isNumber || number < 1 || number > mostTracks))
-        return fail(QStringLiteral("%1 is no track; use a number from 1 to 99, or all").arg(quoted(value)));
-    m_arguments.track = value == "all" ? 0 : number;
+    if (value != "all" && (!isNumber || number > mostTracks))
+        return fail(QStringLiteral("%1 is no track; use a number from 1 to 99, 0 for what is in front of the first "
+                                   "track, or all")
+                        .arg(quoted(value)));
+    m_arguments.track = value == "all" ? std::nullopt : std::optional(number);
     hasTrack = true;
     return true;
 }
@@ -368,13 +383,19 @@ QString checkInspect(const Arguments &arguments)
                                       : QString();
 }
 
-QString checkExtract(const Arguments &arguments, bool hasTrack)
+QString checkExtract(Arguments &arguments, const Parser &parser)
 {
     if (QString error = checkInspect(arguments); !error.isEmpty())
         return error;
-    if (!hasTrack)
+    if (!parser.hasTrack)
         return QStringLiteral("no track was given: name one, or all, with --track");
-    return arguments.output.isEmpty() ? QStringLiteral("no output was given: name it with -o OUT") : QString();
+    if (arguments.takesHiddenSound && arguments.track)
+        return QStringLiteral("--hidden goes with --track all; one alone is taken with --track 0");
+    if (arguments.output.isEmpty())
+        return QStringLiteral("no output was given: name it with -o OUT");
+    if (!parser.hasFormat && arguments.track && arguments.output.toLower().endsWith(".flac"))
+        arguments.sound = ExtractedSound::FLAC;
+    return {};
 }
 
 QString checkVerify(const Arguments &arguments)
@@ -452,7 +473,7 @@ QString checkCommand(Arguments &arguments, const Parser &parser)
     }
     if (arguments.command == "extract") {
         arguments.action = Arguments::Action::Extract;
-        return checkExtract(arguments, parser.hasTrack);
+        return checkExtract(arguments, parser);
     }
     if (arguments.command == "convert") {
         arguments.action = Arguments::Action::Convert;

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <TessaronClasses/DiscFormat.h>
+#include <TessaronClasses/ExtractJob.h>
 
 #include <QByteArray>
 #include <QList>
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 
 namespace Tessaron::Tool
 {
@@ -56,7 +58,9 @@ struct Arguments {
     bool hasFilesystems = false; ///< they were named
 
     // For Extract only.
-    std::uint32_t track = 0; ///< its number; 0 for all
+    std::optional<std::uint32_t> track; ///< its number; absent for all
+    ExtractedSound sound = ExtractedSound::WAVE;
+    bool takesHiddenSound = false;
 
     // For MakeImage, MakeAudioImage and Extract.
     QByteArray output;
@@ -64,7 +68,9 @@ struct Arguments {
     // For MakeImage and MakeAudioImage.
     QString volumeName; ///< MakeImage only; empty: the source's name
     DiscFormat format = DiscFormat::ISO;
-    bool isSynchronized = true; ///< wait until the image is on the disk
+
+    // For MakeImage, MakeAudioImage and Extract.
+    bool isSynchronized = true; ///< wait until the output is on the disk
 
     // For MakeImage only.
     bool relocatesDeepFolders = false;

@@ -31,6 +31,15 @@ QStringList complaintsAbout(const ExtractedTrack &track)
                      .arg(track.number)
                      .arg(counted(track.cutSectors, "sector has", "sectors have"))
                      .arg(track.firstCutSector);
+    for (const AudioDamage &place : track.damage.places)
+        lines << QStringLiteral("track %1: at %2 s of its file: %3")
+                     .arg(track.number)
+                     .arg(place.seconds, 0, 'f', 3)
+                     .arg(place.what);
+    if (track.damage.count > track.damage.places.size())
+        lines << QStringLiteral("track %1: and %2 more places like these")
+                     .arg(track.number)
+                     .arg(track.damage.count - track.damage.places.size());
     return lines;
 }
 
@@ -61,9 +70,11 @@ void ExtractCommand::extract()
 {
     ExtractOrder order;
     order.image = m_arguments.paths.first();
-    if (m_arguments.track > 0)
-        order.track = m_arguments.track;
+    order.track = m_arguments.track;
     order.output = m_arguments.output;
+    order.sound = m_arguments.sound;
+    order.isHiddenSoundTaken = m_arguments.takesHiddenSound;
+    order.isSynchronized = m_arguments.isSynchronized;
     ExtractJob job(order);
     m_result = runToItsEnd(job, m_display.get());
     m_problem = problemOf(m_result.error);
@@ -126,6 +137,7 @@ bool ExtractCommand::writeJson(double seconds) const
         writer.member("checked", track.isChecked);
         writer.member("damagedSectors", track.damagedSectors);
         writer.member("cutSectors", track.cutSectors);
+        writer.member("damagedPlaces", track.damage.count);
         writer.endObject();
     }
     writer.endArray();

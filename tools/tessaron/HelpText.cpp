@@ -156,9 +156,10 @@ Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted.
 
 constexpr char extractIntroduction[] = R"(Usage: tessaron extract [OPTION]... --track N|all -o OUT IMAGE
 
-Takes tracks out of a disc image: sound as a WAVE file, data as the user data of
-its sectors. IMAGE is a cue sheet, a .ccd or .toc file, or an image. What lies
-in front of a track's index 1 is left out.
+Takes tracks out of a disc image: sound as a WAVE or FLAC file with tags of the
+CD-TEXT, data as the user data of its sectors. IMAGE is a cue sheet, a .ccd or
+.toc file, or an image; sound files that it names are decoded where they must
+be. What lies in front of a track's index 1 is left out.
 
 Options:
 )";
@@ -166,10 +167,10 @@ Options:
 constexpr char extractEnd[] = R"(
 Examples:
   tessaron extract --track 2 -o song.wav album.cue
-  tessaron extract --track all -o tracks disc.vant
+  tessaron extract --track all --format flac -o songs album.cue
 
-Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but sectors are damaged or
-hold more than was taken, 130 interrupted.
+Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but sectors or sounds are
+damaged or hold more than was taken, 130 interrupted.
 )";
 
 constexpr char convertIntroduction[] = R"(Usage: tessaron convert --to FORMAT -d DIR [OPTION]... FILE...

@@ -15,11 +15,19 @@ constexpr std::array options = {
     OptionDescription{
         Option::Output, 'o', "output", "OUT", "image audio",
         "The image file to make. It appears when it is whole;\nan older file is replaced then. - is standard output."},
-    OptionDescription{Option::Track, 0, "track", "N", "extract", "The number of the track, or all."},
+    OptionDescription{Option::Track, 0, "track", "N", "extract",
+                      "The number of the track, or all. 0 is what lies in\nfront of index 1 of the first track."},
     OptionDescription{
         Option::Output, 'o', "output", "OUT", "extract",
         "The file for the track; for all tracks the folder for\nthem. They appear when they are whole; older ones are\n"
         "replaced then."},
+    OptionDescription{
+        Option::Format, 0, "format", "FORMAT", "extract",
+        "wav or flac, for sound. The ending of OUT decides for\none track when it is not given; else it is "
+        "wav."},
+    OptionDescription{Option::Hidden, 0, "hidden", nullptr, "extract",
+                      "With all tracks take 0 as well, if there is one."},
+    OptionDescription{Option::NoSync, 0, "no-sync", nullptr, "extract", "Do not wait until the files are on the disk."},
     OptionDescription{Option::Format, 0, "format", "FORMAT", "image",
                       "iso, bin with a cue sheet beside it, or vant.\nThe ending of OUT decides when it is not given."},
     OptionDescription{Option::Name, 'n', "name", "VOLUME", "image",

@@ -35,6 +35,7 @@ enum class Option : std::uint8_t {
     Flat,
     Tags,
     Jobs,
+    Hidden,
 };
 
 /// One option as the parser and the help text see it.
