@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-// What others make of our images: cd-info (libcdio), cdrdao and bchunk.
+// What others make of our images: cd-info and cd-read (libcdio), cdrdao and bchunk.
 
 using namespace Tessaron;
 
@@ -117,6 +117,20 @@ TEST_F(DiscPrograms, cdInfo_readsTableAndTexts)
           "TITLE: The Album Title That Is Long", "PERFORMER: Some Band", "TITLE: First Song", "TITLE: Second Song"})
         EXPECT_TRUE(report.contains(QString::fromLatin1(expected))) << expected << "\n" << report.toStdString();
     EXPECT_EQ(report.count(QStringLiteral("PERFORMER: Singer A")), 2) << "the second is a tab on the disc";
+}
+
+TEST_F(DiscPrograms, cdRead_findsUserDataAndSound)
+{
+    writeMixedDisc();
+    const auto read = [this](const char *mode, int first, int last) {
+        run("cd-read",
+            {QStringLiteral("--no-header"), QStringLiteral("--no-hexdump"), QStringLiteral("--cue-file=disc.cue"),
+             QStringLiteral("--mode=") + QString::fromLatin1(mode), QStringLiteral("--start=%1").arg(first),
+             QStringLiteral("--end=%1").arg(last), QStringLiteral("--output-file=read.out")});
+        return contents("read.out");
+    };
+    EXPECT_TRUE(read("m1f1", 0, 399) == m_userData);
+    EXPECT_TRUE(read("audio", 550, 1449) == contents("disc.bin").mid(qsizetype{550} * 2352));
 }
 
 TEST_F(DiscPrograms, bchunk_findsTheUserData)
