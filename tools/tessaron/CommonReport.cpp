@@ -3,6 +3,8 @@
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 
+#include <cerrno>
+
 namespace Tessaron::Tool
 {
 
@@ -41,6 +43,29 @@ ExitStatus exitStatusFor(const Problem &problem)
     default:
         return ExitStatus::Failed;
     }
+}
+
+void beginReport(JsonWriter &writer, const QString &command, ExitStatus status)
+{
+    writer.beginObject();
+    writer.member("version", jsonVersion);
+    writer.member("command", command);
+    writer.member("result", resultName(status));
+}
+
+bool endReport(JsonWriter &writer, const Problem &problem)
+{
+    writeErrorMember(writer, problem);
+    writer.endObject();
+    return writer.finish();
+}
+
+ExitStatus exitStatusAfterReport(bool isWritten, ExitStatus status)
+{
+    if (isWritten)
+        return status;
+    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
+    return ExitStatus::Failed;
 }
 
 void writeErrorMember(JsonWriter &writer, const Problem &problem)

@@ -22,6 +22,16 @@ void printProblem(const Problem &problem);
 /// The status of a command that ended with this problem.
 [[nodiscard]] ExitStatus exitStatusFor(const Problem &problem);
 
+/// Opens the object of --json with its first members: version, command and result.
+void beginReport(JsonWriter &writer, const QString &command, ExitStatus status);
+
+/// Closes the object with its last member, writeErrorMember(); false (with `errno` set) when the report could not be
+/// written.
+[[nodiscard]] bool endReport(JsonWriter &writer, const Problem &problem);
+
+/// How a command ends whose report was written, or was not, which is said then. Needs the `errno` of the writing.
+[[nodiscard]] ExitStatus exitStatusAfterReport(bool isWritten, ExitStatus status);
+
 /// Member "error": null, or an object with kind, message, advice, path (when there is one) and code.
 void writeErrorMember(JsonWriter &writer, const Problem &problem);
 

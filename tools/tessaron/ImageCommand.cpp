@@ -2,11 +2,7 @@
 
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/ImageReport.h"
-#include "tools/tessaron/JobRun.h"
-#include "tools/tessaron/StandardStreams.h"
-#include "tools/tessaron/Text.h"
 
-#include <cerrno>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,12 +11,9 @@ namespace Tessaron::Tool
 
 ImageCommand::ImageCommand(const Arguments &arguments)
     : m_arguments(arguments)
-    , m_start(std::chrono::steady_clock::now())
-    , m_display(ProgressDisplay::create(arguments.progress, arguments.verbosity))
+    , m_run(arguments)
 {
 }
-
-ImageCommand::~ImageCommand() = default;
 
 ExitStatus ImageCommand::run()
 {
@@ -66,7 +59,7 @@ DiscImageOrder ImageCommand::order() const
 void ImageCommand::makeImage()
 {
     DiscImageJob job(order());
-    m_result = runToItsEnd(job, m_display.get());
+    m_result = m_run.resultOf(job);
     m_problem = problemOf(m_result.error);
     if (m_problem.kind == Problem::Kind::NotStored)
         m_problem.advice = QStringLiteral("Leave --strict out to make the image without what is missing.");
@@ -74,13 +67,10 @@ void ImageCommand::makeImage()
 
 ExitStatus ImageCommand::report()
 {
-    m_display->clear();
-    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
-    printImageReport(m_arguments, m_result, m_problem, time.count());
-    if (!m_arguments.json || writeImageJson(m_arguments, m_result, m_problem, time.count()))
-        return exitStatusFor(m_result, m_problem);
-    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
-    return ExitStatus::Failed;
+    const double seconds = m_run.seconds();
+    printImageReport(m_arguments, m_result, m_problem, seconds);
+    const bool isWritten = !m_arguments.json || writeImageJson(m_arguments, m_result, m_problem, seconds);
+    return exitStatusAfterReport(isWritten, exitStatusFor(m_result, m_problem));
 }
 
 } // namespace Tessaron::Tool

@@ -144,10 +144,7 @@ bool writeImageJson(const Arguments &arguments, const DiscImageResult &result, c
 {
     const DRStorageReport *const report = result.report.get();
     JsonWriter writer(STDOUT_FILENO);
-    writer.beginObject();
-    writer.member("version", jsonVersion);
-    writer.member("command", QStringLiteral("image"));
-    writer.member("result", resultName(exitStatusFor(result, problem)));
+    beginReport(writer, QStringLiteral("image"), exitStatusFor(result, problem));
     writer.pathMember("output", result.imagePath.isEmpty() ? arguments.output : result.imagePath);
     if (!result.cueSheetPath.isEmpty())
         writer.pathMember("cueSheet", result.cueSheetPath);
@@ -163,21 +160,14 @@ bool writeImageJson(const Arguments &arguments, const DiscImageResult &result, c
     writeItems(writer, "altered", Kind::Altered, report);
     writeRenamedCounts(writer, report);
     writeUnreadableMember(writer, result.unreadable);
-    writeErrorMember(writer, problem);
-    writer.endObject();
-    return writer.finish();
+    return endReport(writer, problem);
 }
 
 bool writeUsageErrorJson(const Arguments &arguments)
 {
     JsonWriter writer(STDOUT_FILENO);
-    writer.beginObject();
-    writer.member("version", jsonVersion);
-    writer.member("command", QString::fromLatin1(arguments.command));
-    writer.member("result", resultName(ExitStatus::WrongUsage));
-    writeErrorMember(writer, {Problem::Kind::Usage, arguments.usageError, {}, {}});
-    writer.endObject();
-    return writer.finish();
+    beginReport(writer, QString::fromLatin1(arguments.command), ExitStatus::WrongUsage);
+    return endReport(writer, {Problem::Kind::Usage, arguments.usageError, {}, {}});
 }
 
 } // namespace Tessaron::Tool

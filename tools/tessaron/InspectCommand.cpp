@@ -3,14 +3,12 @@
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
-#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 #include "tools/tessaron/VolumeJson.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <unistd.h>
 
 namespace Tessaron::Tool
@@ -104,7 +102,6 @@ QString nameOf(VolumeProblem::Kind kind)
 
 InspectCommand::InspectCommand(const Arguments &arguments)
     : m_arguments(arguments)
-    , m_start(std::chrono::steady_clock::now())
 {
 }
 
@@ -121,16 +118,13 @@ ExitStatus InspectCommand::run()
         && (!m_result.image->volumes.empty() || !m_result.image->tracks.empty()
             || !m_result.image->source->partitions().empty());
     const bool isWritten = m_arguments.json ? writeJson() : (!hasReport || writeText());
-    if (isWritten)
-        return exitStatusFor(m_problem);
-    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
-    return ExitStatus::Failed;
+    return exitStatusAfterReport(isWritten, exitStatusFor(m_problem));
 }
 
 void InspectCommand::inspect()
 {
     InspectJob job(m_arguments.paths.first());
-    m_result = runToItsEnd(job);
+    m_result = m_run.resultOf(job);
 }
 
 Problem InspectCommand::judge() const
@@ -381,12 +375,8 @@ bool InspectCommand::hasProblemIn(VolumeKind volume, const QString &part) const
 
 bool InspectCommand::writeJson() const
 {
-    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
     JsonWriter writer(STDOUT_FILENO);
-    writer.beginObject();
-    writer.member("version", jsonVersion);
-    writer.member("command", QStringLiteral("inspect"));
-    writer.member("result", resultName(exitStatusFor(m_problem)));
+    beginReport(writer, QStringLiteral("inspect"), exitStatusFor(m_problem));
     writer.pathMember("image", m_result.image ? m_result.image->path : m_arguments.paths.first());
     if (m_result.image && !m_result.image->cueSheet.isEmpty())
         writer.pathMember("cueSheet", m_result.image->cueSheet);
@@ -397,14 +387,12 @@ bool InspectCommand::writeJson() const
         writer.null();
     writer.member("bytes", m_result.image ? m_result.image->source->fileLength() : 0);
     writer.key("seconds");
-    writer.value(time.count(), 3);
+    writer.value(m_run.seconds(), 3);
     writeVolumes(writer);
     writeTracks(writer);
     writeBootCatalog(writer);
     writeProblems(writer);
-    writeErrorMember(writer, m_problem);
-    writer.endObject();
-    return writer.finish();
+    return endReport(writer, m_problem);
 }
 
 } // namespace Tessaron::Tool

@@ -2,10 +2,11 @@
 
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/Problem.h"
 #include <TessaronClasses/InspectJob.h>
 
-#include <chrono>
+#include <functional>
 
 namespace Tessaron::Tool
 {
@@ -35,7 +36,7 @@ private:
     [[nodiscard]] QString contentsOf(std::size_t partition) const;
 
     const Arguments m_arguments;
-    const std::chrono::steady_clock::time_point m_start;
+    JobRun m_run;
     ImageInspection m_result;
     Problem m_problem;
 };

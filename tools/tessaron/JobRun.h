@@ -1,12 +1,15 @@
 #pragma once
 
+#include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ProgressDisplay.h"
 #include "tools/tessaron/SignalWatcher.h"
 #include <TessaronClasses/DiscJob.h>
 
 #include <QEventLoop>
 
+#include <chrono>
 #include <functional>
+#include <memory>
 
 namespace Tessaron::Tool
 {
@@ -34,5 +37,38 @@ template <typename Job>
             display->show(progress);
     });
 }
+
+/// What a command has around its job: the display of how far it is, and the time since the command began. Make it
+/// first.
+class JobRun
+{
+public:
+    /// Without a display.
+    JobRun() = default;
+    /// With the display that the arguments ask for.
+    explicit JobRun(const Arguments &arguments)
+        : m_display(ProgressDisplay::create(arguments.progress, arguments.verbosity))
+    {
+    }
+
+    /// Runs a job as runToItsEnd() does; what the display shows is gone when it returns.
+    template <typename Job>
+    [[nodiscard]] auto resultOf(Job &job)
+    {
+        auto result = runToItsEnd(job, m_display.get());
+        if (m_display)
+            m_display->clear();
+        return result;
+    }
+
+    [[nodiscard]] double seconds() const
+    {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
+    }
+
+private:
+    const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+    const std::unique_ptr<ProgressDisplay> m_display;
+};
 
 } // namespace Tessaron::Tool
