@@ -15,24 +15,7 @@ namespace
 
 constexpr std::size_t mostTracks = 99;
 constexpr std::size_t mostIndexPoints = 98;
-constexpr std::uint32_t mostLanguages = 8;
 constexpr std::uint64_t bytesPerSample = 4;
-constexpr std::uint64_t mostBytes = std::uint64_t(1) << 48; // sums of a file's worth of them stay far below 2^63
-
-QString correctIt()
-{
-    return QStringLiteral("Correct the line, as the manual of cdrdao says.");
-}
-
-/// A whole number in decimal digits; no value for anything else, or one beyond what a file can have.
-std::optional<std::uint64_t> wholeNumber(QStringView text)
-{
-    const bool areDigits =
-        !text.isEmpty() && std::ranges::all_of(text, [](QChar digit) { return digit >= u'0' && digit <= u'9'; });
-    bool isNumber = false;
-    const std::uint64_t number = text.toULongLong(&isNumber);
-    return areDigits && isNumber && number <= mostBytes ? std::optional(number) : std::nullopt;
-}
 
 /// What a cue sheet calls a track of this mode; empty for one that is not known.
 QByteArray cueModeFor(const QString &mode, bool hasSubchannel)
@@ -61,66 +44,20 @@ bool isSubchannelMode(const CdrdaoWord &word)
     return word.is("RW") || word.is("RW_RAW");
 }
 
-/// EBU's code of a language that cdrdao has a name for, or of a number.
-std::uint8_t languageCode(const QString &word)
-{
-    static const std::map<QString, std::uint8_t> codes = {
-        {QStringLiteral("EN"), CDTextBlock::english},
-        {QStringLiteral("DE"), 0x08},
-        {QStringLiteral("FR"), 0x0F},
-        {QStringLiteral("ES"), 0x0A},
-        {QStringLiteral("IT"), 0x15},
-        {QStringLiteral("NL"), 0x1D},
-    };
-    if (const auto found = codes.find(word.toUpper()); found != codes.end())
-        return found->second;
-    const std::optional<std::uint64_t> number = wholeNumber(word);
-    return number && *number <= 0xFF ? std::uint8_t(*number) : CDTextBlock::english;
-}
-
-std::optional<CDTextKind> textKind(const CdrdaoWord &word)
-{
-    static const std::map<QString, CDTextKind> kinds = {
-        {QStringLiteral("TITLE"), CDTextKind::Title},
-        {QStringLiteral("PERFORMER"), CDTextKind::Performer},
-        {QStringLiteral("SONGWRITER"), CDTextKind::Songwriter},
-        {QStringLiteral("COMPOSER"), CDTextKind::Composer},
-        {QStringLiteral("ARRANGER"), CDTextKind::Arranger},
-        {QStringLiteral("MESSAGE"), CDTextKind::Message},
-        {QStringLiteral("DISC_ID"), CDTextKind::DiscIdentification},
-        {QStringLiteral("UPC_EAN"), CDTextKind::Codes},
-        {QStringLiteral("ISRC"), CDTextKind::Codes},
-    };
-    const auto found = kinds.find(word.text);
-    return word.isQuoted || found == kinds.end() ? std::nullopt : std::optional(found->second);
-}
-
 } // namespace
 
 CdrdaoTocParser::CdrdaoTocParser(CueSheet *sheet, const CueSheetFiles &files, std::vector<CdrdaoWord> words)
     : m_sheet(*sheet)
     , m_files(files)
     , m_words(std::move(words))
+    , m_texts(&m_words, &sheet->notes)
 {
-    m_end.line = m_words.empty() ? 1 : m_words.back().line;
-}
-
-const CdrdaoWord &CdrdaoTocParser::take()
-{
-    return isAtEnd() ? m_end : m_words[m_next++];
-}
-
-NSError CdrdaoTocParser::misplaced(const CdrdaoWord &word)
-{
-    if (word.text.isEmpty() && !word.isQuoted)
-        return cdrdaoError(word.line, QStringLiteral("The file ends too early."), correctIt());
-    return cdrdaoError(word.line, QStringLiteral("\"%1\" does not belong here.").arg(word.text), correctIt());
 }
 
 NSError CdrdaoTocParser::parse()
 {
-    while (!isAtEnd()) {
-        const CdrdaoWord &command = take();
+    while (!m_words.isAtEnd()) {
+        const CdrdaoWord &command = m_words.take();
         if (NSError error = takeCommand(command))
             return error;
     }
@@ -130,7 +67,7 @@ NSError CdrdaoTocParser::parse()
     if (NSError error = finishTrack())
         return error;
     m_sheet.contents.sessions.push_back({BlockAddress(), std::move(m_tracks)});
-    putTexts();
+    m_sheet.contents.cdText = m_texts.cdText(m_sheet.contents.trackCount());
     return {};
 }
 
@@ -164,12 +101,11 @@ NSError CdrdaoTocParser::takeCommand(const CdrdaoWord &command)
         if (const auto handler = handlersOfTracks.find(command.text); handler != handlersOfTracks.end())
             return m_open
                 ? (this->*handler->second)(command)
-                : cdrdaoError(command.line, QStringLiteral("%1 stands before the first TRACK.").arg(command.text),
-                              correctIt());
+                : cdrdaoError(command.line, QStringLiteral("%1 stands before the first TRACK.").arg(command.text));
     }
     const bool isKindOfDisc =
         command.is("CD_DA") || command.is("CD_ROM") || command.is("CD_ROM_XA") || command.is("CD_I");
-    return isKindOfDisc && !m_open ? NSError() : misplaced(command);
+    return isKindOfDisc && !m_open ? NSError() : misplacedWord(command);
 }
 
 NSError CdrdaoTocParser::takeTrack(const CdrdaoWord &command)
@@ -181,10 +117,10 @@ NSError CdrdaoTocParser::takeTrack(const CdrdaoWord &command)
     if (m_tracks.size() >= mostTracks)
         return cdrdaoError(command.line, QStringLiteral("There are more tracks than the 99 that a disc can have."),
                            QStringLiteral("Remove tracks."));
-    const CdrdaoWord &mode = take();
-    const bool hasSubchannel = isSubchannelMode(peek());
+    const CdrdaoWord &mode = m_words.take();
+    const bool hasSubchannel = isSubchannelMode(m_words.peek());
     if (hasSubchannel)
-        take();
+        m_words.take();
     m_open.emplace();
     m_open->line = command.line;
     m_open->track.number = std::uint32_t(m_tracks.size() + 1);
@@ -200,7 +136,7 @@ NSError CdrdaoTocParser::takeTrack(const CdrdaoWord &command)
 
 NSError CdrdaoTocParser::takeCatalog(const CdrdaoWord &command)
 {
-    const CdrdaoWord &number = take();
+    const CdrdaoWord &number = m_words.take();
     if (isCatalogNumber(number.text.toUtf8()))
         m_sheet.contents.mediaCatalogNumber = number.text.toUtf8();
     else
@@ -211,7 +147,7 @@ NSError CdrdaoTocParser::takeCatalog(const CdrdaoWord &command)
 
 NSError CdrdaoTocParser::takeIsrc(const CdrdaoWord &command)
 {
-    const CdrdaoWord &word = take();
+    const CdrdaoWord &word = m_words.take();
     const QByteArray isrc = word.text.toUpper().toUtf8();
     if (isIsrc(isrc))
         m_open->track.isrc = isrc;
@@ -222,13 +158,13 @@ NSError CdrdaoTocParser::takeIsrc(const CdrdaoWord &command)
 
 NSError CdrdaoTocParser::takeNo(const CdrdaoWord & /*command*/)
 {
-    const CdrdaoWord &flag = take();
+    const CdrdaoWord &flag = m_words.take();
     if (flag.is("COPY"))
         m_open->track.copyState = CopyState::Unstated;
     else if (flag.is("PRE_EMPHASIS"))
         m_open->track.hasPreEmphasis = false;
     else
-        return misplaced(flag);
+        return misplacedWord(flag);
     return {};
 }
 
@@ -245,17 +181,17 @@ NSError CdrdaoTocParser::takeFlag(const CdrdaoWord &command)
 
 bool CdrdaoTocParser::isLengthNext() const
 {
-    const CdrdaoWord &word = peek();
+    const CdrdaoWord &word = m_words.peek();
     return !word.isQuoted && !word.text.isEmpty() && word.text[0] >= u'0' && word.text[0] <= u'9';
 }
 
 Result<std::uint64_t> CdrdaoTocParser::takeBytes(const CdrdaoTrack &open)
 {
-    const CdrdaoWord &word = take();
+    const CdrdaoWord &word = m_words.take();
     const std::optional<MSF> time = word.isQuoted ? std::nullopt : MSF::fromText(word.text.toUtf8());
     if (time && time->isRegular())
         return std::uint64_t(time->totalFrames()) * open.track.blockSize;
-    const std::optional<std::uint64_t> number = word.isQuoted ? std::nullopt : wholeNumber(word.text);
+    const std::optional<std::uint64_t> number = word.isQuoted ? std::nullopt : cdrdaoNumber(word.text);
     if (!number)
         return cdrdaoError(
             word.line, QStringLiteral("\"%1\" is no length.").arg(word.text),
@@ -265,7 +201,7 @@ Result<std::uint64_t> CdrdaoTocParser::takeBytes(const CdrdaoTrack &open)
 
 Result<std::uint64_t> CdrdaoTocParser::takeBlocks()
 {
-    const std::uint32_t line = peek().line;
+    const std::uint32_t line = m_words.peek().line;
     const Result<std::uint64_t> bytes = takeBytes(*m_open);
     if (!bytes)
         return bytes.error();
@@ -308,26 +244,26 @@ Result<std::optional<std::uint64_t>> CdrdaoTocParser::lengthOf(std::size_t file,
 
 NSError CdrdaoTocParser::takeFile(const CdrdaoWord &command)
 {
-    const CdrdaoWord &name = take();
+    const CdrdaoWord &name = m_words.take();
     if (!name.isQuoted || name.text.isEmpty())
-        return misplaced(name);
+        return misplacedWord(name);
     if (!m_open->track.isAudio())
         return takeDataFile({name.text, command.line, true});
     const QString lower = name.text.toLower();
-    const bool isSwapped = peek().is("SWAP");
+    const bool isSwapped = m_words.peek().is("SWAP");
     if (isSwapped)
-        take();
+        m_words.take();
     CueFileType type = isSwapped ? CueFileType::Binary : CueFileType::Motorola;
     if (lower.endsWith(QStringLiteral(".mp3")))
         type = CueFileType::Mp3;
     else if (lower.endsWith(QStringLiteral(".wav")) || lower.endsWith(QStringLiteral(".ogg")))
         type = CueFileType::Wave;
     Range range;
-    if (!peek().isQuoted && peek().text.startsWith(u'#')) {
-        const CdrdaoWord &offset = take();
-        const std::optional<std::uint64_t> number = wholeNumber(QStringView(offset.text).sliced(1));
+    if (!m_words.peek().isQuoted && m_words.peek().text.startsWith(u'#')) {
+        const CdrdaoWord &offset = m_words.take();
+        const std::optional<std::uint64_t> number = cdrdaoNumber(QStringView(offset.text).sliced(1));
         if (!number)
-            return misplaced(offset);
+            return misplacedWord(offset);
         range.offset = *number;
     }
     const Result<std::uint64_t> start = takeBytes(*m_open);
@@ -347,16 +283,16 @@ NSError CdrdaoTocParser::takeFile(const CdrdaoWord &command)
 /// The command itself, or the quoted name behind another command that means the same.
 NSError CdrdaoTocParser::takeDataFile(const CdrdaoWord &command)
 {
-    const CdrdaoWord &name = command.isQuoted ? command : take();
+    const CdrdaoWord &name = command.isQuoted ? command : m_words.take();
     if (!name.isQuoted || name.text.isEmpty())
-        return misplaced(name);
+        return misplacedWord(name);
     const QString fileName = name.text;
     Range range;
-    if (!peek().isQuoted && peek().text.startsWith(u'#')) {
-        const CdrdaoWord &offset = take();
-        const std::optional<std::uint64_t> number = wholeNumber(QStringView(offset.text).sliced(1));
+    if (!m_words.peek().isQuoted && m_words.peek().text.startsWith(u'#')) {
+        const CdrdaoWord &offset = m_words.take();
+        const std::optional<std::uint64_t> number = cdrdaoNumber(QStringView(offset.text).sliced(1));
         if (!number)
-            return misplaced(offset);
+            return misplacedWord(offset);
         range.offset = *number;
     }
     if (isLengthNext()) {
@@ -410,10 +346,10 @@ NSError CdrdaoTocParser::addPiece(std::size_t file, const Range &range, std::uin
 NSError CdrdaoTocParser::takeSilence(const CdrdaoWord &command)
 {
     // ZERO may name a mode, which must be the track's own, and a form of subchannel.
-    while (command.is("ZERO") && !isLengthNext() && !isAtEnd()) {
-        const CdrdaoWord &word = take();
+    while (command.is("ZERO") && !isLengthNext() && !m_words.isAtEnd()) {
+        const CdrdaoWord &word = m_words.take();
         if (!isSubchannelMode(word) && cueModeFor(word.text, false).isEmpty())
-            return misplaced(word);
+            return misplacedWord(word);
     }
     const Result<std::uint64_t> blocks = takeBlocks();
     if (!blocks)
@@ -426,7 +362,7 @@ NSError CdrdaoTocParser::takeSilence(const CdrdaoWord &command)
 NSError CdrdaoTocParser::takePregap(const CdrdaoWord &command)
 {
     if (!m_open->pieces.empty() || m_open->start)
-        return misplaced(command);
+        return misplacedWord(command);
     const Result<std::uint64_t> blocks = takeBlocks();
     if (!blocks)
         return blocks.error();
@@ -438,7 +374,7 @@ NSError CdrdaoTocParser::takePregap(const CdrdaoWord &command)
 NSError CdrdaoTocParser::takeStart(const CdrdaoWord &command)
 {
     if (m_open->start)
-        return misplaced(command);
+        return misplacedWord(command);
     if (isLengthNext()) {
         const Result<std::uint64_t> blocks = takeBlocks();
         if (!blocks)
@@ -458,9 +394,14 @@ NSError CdrdaoTocParser::takeIndex(const CdrdaoWord &command)
     if (!blocks)
         return blocks.error();
     if (m_open->indexes.size() >= mostIndexPoints)
-        return cdrdaoError(command.line, QStringLiteral("The track has more than 99 indexes."), correctIt());
+        return cdrdaoError(command.line, QStringLiteral("The track has more than 99 indexes."));
     m_open->indexes.emplace_back(*blocks, command.line);
     return {};
+}
+
+NSError CdrdaoTocParser::takeTexts(const CdrdaoWord & /*command*/)
+{
+    return m_texts.take(m_open ? m_tracks.size() + 1 : 0);
 }
 
 /// How much of the track's silence no file need hold: `lead` blocks in front, within the pregap, and `tail` at the end.
@@ -544,8 +485,7 @@ NSError CdrdaoTocParser::finishTrack()
     for (const auto &[point, line] : m_open->indexes) {
         const std::uint64_t before = track.indexPoints.empty() ? 0 : track.indexPoints.back();
         if (point <= before || (place.isLengthKnown && point >= track.length))
-            return cdrdaoError(line, QStringLiteral("This INDEX lies behind the end of its track, or before another."),
-                               correctIt());
+            return cdrdaoError(line, QStringLiteral("This INDEX lies behind the end of its track, or before another."));
         track.indexPoints.push_back(point);
     }
     if (!place.isLengthKnown)
@@ -553,123 +493,6 @@ NSError CdrdaoTocParser::finishTrack()
     m_tracks.push_back(track);
     m_sheet.places.push_back(std::move(place));
     return {};
-}
-
-NSError CdrdaoTocParser::skipBraces()
-{
-    if (!peek().is("{"))
-        return misplaced(peek());
-    std::size_t depth = 0;
-    do {
-        const CdrdaoWord &word = take();
-        if (word.is("{"))
-            ++depth;
-        else if (word.is("}"))
-            --depth;
-        else if (isAtEnd())
-            return misplaced(m_end);
-    } while (depth > 0);
-    return {};
-}
-
-/// { LANGUAGE_MAP { … } LANGUAGE n { … } … }
-NSError CdrdaoTocParser::takeTexts(const CdrdaoWord & /*command*/)
-{
-    if (const CdrdaoWord &brace = take(); !brace.is("{"))
-        return misplaced(brace);
-    while (!isAtEnd()) {
-        const CdrdaoWord &word = take();
-        if (word.is("}"))
-            return {};
-        NSError error;
-        if (word.is("LANGUAGE_MAP"))
-            error = takeLanguageMap();
-        else if (word.is("LANGUAGE"))
-            error = takeLanguage();
-        else
-            error = misplaced(word);
-        if (error)
-            return error;
-    }
-    return misplaced(m_end);
-}
-
-/// { 0 : EN  1: 8 … }, the colon with blanks around it or without.
-NSError CdrdaoTocParser::takeLanguageMap()
-{
-    if (const CdrdaoWord &brace = take(); !brace.is("{"))
-        return misplaced(brace);
-    QString pairs;
-    for (;;) {
-        const CdrdaoWord &word = take();
-        if (word.is("}"))
-            break;
-        if (word.isQuoted || word.text.isEmpty() || word.is("{"))
-            return misplaced(word);
-        pairs += word.text + u' ';
-    }
-    const QStringList words = pairs.replace(u':', u' ').split(u' ', Qt::SkipEmptyParts);
-    for (qsizetype at = 0; at + 1 < words.size(); at += 2) {
-        const std::optional<std::uint64_t> number = wholeNumber(words[at]);
-        if (number && *number < mostLanguages)
-            m_languages[std::uint32_t(*number)] = languageCode(words[at + 1]);
-    }
-    return {};
-}
-
-/// n { TITLE "…" PERFORMER "…" SIZE_INFO { … } }
-NSError CdrdaoTocParser::takeLanguage()
-{
-    const CdrdaoWord &numberWord = take();
-    const std::optional<std::uint64_t> number = wholeNumber(numberWord.text);
-    if (numberWord.isQuoted || !number || *number >= mostLanguages)
-        return cdrdaoError(numberWord.line, QStringLiteral("LANGUAGE needs a number from 0 to 7."), correctIt());
-    if (const CdrdaoWord &brace = take(); !brace.is("{"))
-        return misplaced(brace);
-    const std::size_t place = m_open ? m_tracks.size() + 1 : 0;
-    while (!isAtEnd()) {
-        const CdrdaoWord word = take();
-        if (word.is("}"))
-            return {};
-        if (peek().is("{")) { // bytes
-            if (!word.is("SIZE_INFO")) // which is made anew
-                note(word.line, QStringLiteral("The bytes of %1 were passed over.").arg(word.text));
-            if (NSError error = skipBraces())
-                return error;
-            continue;
-        }
-        const CdrdaoWord &text = take();
-        if (word.isQuoted || !text.isQuoted)
-            return misplaced(text.isQuoted ? word : text);
-        const std::optional<CDTextKind> kind = textKind(word);
-        if (!kind) {
-            note(word.line, QStringLiteral("%1 is not known and was passed over.").arg(word.text));
-            continue;
-        }
-        std::vector<QString> &texts = m_texts[std::uint32_t(*number)].texts[*kind];
-        texts.resize(std::max(texts.size(), place + 1));
-        texts[place] = text.text;
-    }
-    return misplaced(m_end);
-}
-
-void CdrdaoTocParser::putTexts()
-{
-    const std::size_t count = m_sheet.contents.trackCount() + 1;
-    for (auto &[number, block] : m_texts) {
-        if (block.texts.empty())
-            continue;
-        bool isLatin = true;
-        for (auto &[kind, texts] : block.texts) {
-            texts.resize(count);
-            for (const QString &text : texts)
-                isLatin &= std::ranges::all_of(text, [](QChar character) { return character.unicode() <= 0xFF; });
-        }
-        const auto language = m_languages.find(number);
-        block.language = language == m_languages.end() ? CDTextBlock::english : language->second;
-        block.encoding = isLatin ? CDTextEncoding::Latin1 : CDTextEncoding::ShiftJis;
-        m_sheet.contents.cdText.blocks.push_back(block);
-    }
 }
 
 } // namespace Tessaron

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/disctracks/CdrdaoTexts.h"
 #include "platform/disctracks/CdrdaoWords.h"
 #include "platform/disctracks/CueSheetReader.h"
 
@@ -43,12 +44,7 @@ public:
 private:
     using Handler = NSError (CdrdaoTocParser::*)(const CdrdaoWord &);
 
-    [[nodiscard]] bool isAtEnd() const { return m_next >= m_words.size(); }
-    /// The next word; an empty one of the last line behind the end.
-    [[nodiscard]] const CdrdaoWord &peek() const { return isAtEnd() ? m_end : m_words[m_next]; }
-    const CdrdaoWord &take();
     void note(std::uint32_t line, const QString &text) { m_sheet.notes.push_back({line, text}); }
-    [[nodiscard]] static NSError misplaced(const CdrdaoWord &word);
 
     [[nodiscard]] NSError takeCommand(const CdrdaoWord &command);
     [[nodiscard]] NSError takeTrack(const CdrdaoWord &command);
@@ -64,9 +60,6 @@ private:
     [[nodiscard]] NSError takeStart(const CdrdaoWord &command);
     [[nodiscard]] NSError takeIndex(const CdrdaoWord &command);
     [[nodiscard]] NSError takeTexts(const CdrdaoWord &command);
-    [[nodiscard]] NSError takeLanguageMap();
-    [[nodiscard]] NSError takeLanguage();
-    [[nodiscard]] NSError skipBraces();
 
     /// The bytes that a time, or a number of samples or bytes, means in the file of a track.
     [[nodiscard]] Result<std::uint64_t> takeBytes(const CdrdaoTrack &open);
@@ -85,18 +78,14 @@ private:
     [[nodiscard]] NSError finishTrack();
     [[nodiscard]] NSError takeGaps(std::uint64_t *lead, std::uint64_t *tail);
     [[nodiscard]] NSError placePieces(std::uint64_t lead, std::uint64_t tail, CueTrackPlace *place);
-    void putTexts();
 
     CueSheet &m_sheet;
     const CueSheetFiles &m_files;
-    const std::vector<CdrdaoWord> m_words;
-    CdrdaoWord m_end;
-    std::size_t m_next = 0;
+    CdrdaoWordReader m_words;
+    CdrdaoTexts m_texts; ///< reads m_words, too
     std::optional<CdrdaoTrack> m_open;
     std::vector<DiscTrack> m_tracks;
     std::map<std::size_t, std::optional<std::uint64_t>> m_lengths; ///< of the files that were measured
-    std::map<std::uint32_t, CDTextBlock> m_texts; ///< by the number of the language
-    std::map<std::uint32_t, std::uint8_t> m_languages; ///< their codes
 };
 
 } // namespace Tessaron

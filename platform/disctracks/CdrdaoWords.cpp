@@ -1,6 +1,10 @@
 #include "platform/disctracks/CdrdaoWords.h"
 
+#include "platform/disctracks/CueSheetErrors.h"
+
 #include <QStringView>
+
+#include <algorithm>
 
 namespace Tessaron
 {
@@ -79,6 +83,34 @@ std::vector<CdrdaoWord> cdrdaoWords(const QString &text)
         }
     }
     return words;
+}
+
+CdrdaoWordReader::CdrdaoWordReader(std::vector<CdrdaoWord> words)
+    : m_words(std::move(words))
+{
+    m_end.line = m_words.empty() ? 1 : m_words.back().line;
+}
+
+const CdrdaoWord &CdrdaoWordReader::take()
+{
+    return isAtEnd() ? m_end : m_words[m_next++];
+}
+
+NSError misplacedWord(const CdrdaoWord &word)
+{
+    if (word.text.isEmpty() && !word.isQuoted)
+        return cdrdaoError(word.line, QStringLiteral("The file ends too early."));
+    return cdrdaoError(word.line, QStringLiteral("\"%1\" does not belong here.").arg(word.text));
+}
+
+std::optional<std::uint64_t> cdrdaoNumber(QStringView text)
+{
+    constexpr std::uint64_t most = std::uint64_t(1) << 48; // sums of a file's worth of them stay far below 2^63
+    const bool areDigits =
+        !text.isEmpty() && std::ranges::all_of(text, [](QChar digit) { return digit >= u'0' && digit <= u'9'; });
+    bool isNumber = false;
+    const std::uint64_t number = text.toULongLong(&isNumber);
+    return areDigits && isNumber && number <= most ? std::optional(number) : std::nullopt;
 }
 
 } // namespace Tessaron

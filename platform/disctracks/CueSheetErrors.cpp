@@ -33,4 +33,9 @@ NSError cdrdaoError(std::uint32_t line, const QString &reason, const QString &re
     return descriptionError(QStringLiteral("the .toc file"), line, reason, remedy);
 }
 
+NSError cdrdaoError(std::uint32_t line, const QString &reason)
+{
+    return cdrdaoError(line, reason, QStringLiteral("Correct the line, as the manual of cdrdao says."));
+}
+
 } // namespace Tessaron

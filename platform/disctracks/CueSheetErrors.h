@@ -12,5 +12,7 @@ namespace Tessaron
 /// The same for the descriptions of CloneCD and cdrdao.
 [[nodiscard]] NSError cloneCDError(std::uint32_t line, const QString &reason, const QString &remedy);
 [[nodiscard]] NSError cdrdaoError(std::uint32_t line, const QString &reason, const QString &remedy);
+/// With the remedy to correct the line.
+[[nodiscard]] NSError cdrdaoError(std::uint32_t line, const QString &reason);
 
 } // namespace Tessaron
