@@ -1,7 +1,8 @@
 #include "platform/discrecording/iso9660/IsoDateFields.h"
 
+#include "platform/discrecording/image/CalendarTime.h"
+
 #include <algorithm>
-#include <chrono>
 
 namespace Tessaron
 {
@@ -40,48 +41,10 @@ static_assert(VolumeDate::zone + 1 == volumeDateSize);
 constexpr std::uint8_t zoneOfUtc = 0;
 constexpr int firstRecordingYear = 1900;
 
-/// The parts of a time in UTC.
-struct CalendarTime {
-    int year = 0;
-    unsigned int month = 0;
-    unsigned int day = 0;
-    unsigned int hour = 0;
-    unsigned int minute = 0;
-    unsigned int second = 0;
-};
-
-constexpr std::int64_t secondsPerDay = 86400;
-
-constexpr std::int64_t startOfYear(int year)
-{
-    using namespace std::chrono;
-    return sys_days(std::chrono::year(year) / January / 1).time_since_epoch().count() * secondsPerDay;
-}
-
 constexpr std::int64_t firstRecordingSecond = startOfYear(firstRecordingYear);
 constexpr std::int64_t lastRecordingSecond = startOfYear(2156) - 1;
 constexpr std::int64_t firstVolumeSecond = startOfYear(1);
 constexpr std::int64_t lastVolumeSecond = startOfYear(10000) - 1;
-
-/// `seconds` must be in the range of a volume date.
-CalendarTime calendarTime(std::int64_t seconds)
-{
-    using namespace std::chrono;
-    std::int64_t dayNumber = seconds / secondsPerDay;
-    std::int64_t rest = seconds % secondsPerDay;
-    if (rest < 0) {
-        rest += secondsPerDay;
-        --dayNumber;
-    }
-    const year_month_day date{sys_days(days(dayNumber))};
-    const auto second = static_cast<unsigned int>(rest);
-    return {static_cast<int>(date.year()),
-            static_cast<unsigned int>(date.month()),
-            static_cast<unsigned int>(date.day()),
-            second / 3600,
-            second / 60 % 60,
-            second % 60};
-}
 
 void storeDigits(std::uint8_t *to, unsigned int value, int digits)
 {

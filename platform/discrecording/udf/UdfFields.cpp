@@ -1,10 +1,10 @@
 #include "platform/discrecording/udf/UdfFields.h"
 
+#include "platform/discrecording/image/CalendarTime.h"
 #include "platform/discrecording/udf/UdfCompressedText.h"
 #include "platform/foundation/ByteOrder.h"
 
 #include <algorithm>
-#include <chrono>
 
 namespace Tessaron
 {
@@ -48,14 +48,6 @@ constexpr std::size_t length = 0;
 constexpr std::size_t block = 4;
 } // namespace Extent
 
-constexpr std::int64_t secondsPerDay = 86400;
-
-constexpr std::int64_t startOfYear(int year)
-{
-    using namespace std::chrono;
-    return sys_days(std::chrono::year(year) / January / 1).time_since_epoch().count() * secondsPerDay;
-}
-
 constexpr std::int64_t firstSecond = startOfYear(1);
 constexpr std::int64_t lastSecond = startOfYear(10000) - 1;
 
@@ -75,18 +67,14 @@ bool fitsUdfTimestamp(FileTime time)
 
 void storeUdfTimestamp(std::uint8_t *to, FileTime time)
 {
-    using namespace std::chrono;
-    const sys_seconds second{seconds(std::clamp(time.seconds, firstSecond, lastSecond))};
-    const sys_days day = floor<days>(second);
-    const year_month_day date{day};
-    const hh_mm_ss clock{second - day};
+    const CalendarTime parts = calendarTime(std::clamp(time.seconds, firstSecond, lastSecond));
     storeLittleEndian<std::uint16_t>(to + Timestamp::typeAndZone, localTimeOfZoneZero);
-    storeLittleEndian<std::uint16_t>(to + Timestamp::year, static_cast<std::uint16_t>(static_cast<int>(date.year())));
-    to[Timestamp::month] = static_cast<std::uint8_t>(static_cast<unsigned int>(date.month()));
-    to[Timestamp::day] = static_cast<std::uint8_t>(static_cast<unsigned int>(date.day()));
-    to[Timestamp::hour] = static_cast<std::uint8_t>(clock.hours().count());
-    to[Timestamp::minute] = static_cast<std::uint8_t>(clock.minutes().count());
-    to[Timestamp::second] = static_cast<std::uint8_t>(clock.seconds().count());
+    storeLittleEndian<std::uint16_t>(to + Timestamp::year, static_cast<std::uint16_t>(parts.year));
+    to[Timestamp::month] = static_cast<std::uint8_t>(parts.month);
+    to[Timestamp::day] = static_cast<std::uint8_t>(parts.day);
+    to[Timestamp::hour] = static_cast<std::uint8_t>(parts.hour);
+    to[Timestamp::minute] = static_cast<std::uint8_t>(parts.minute);
+    to[Timestamp::second] = static_cast<std::uint8_t>(parts.second);
     const std::uint32_t microseconds = time.nanoseconds / 1000;
     to[Timestamp::hundredths] = static_cast<std::uint8_t>(microseconds / 10'000);
     to[Timestamp::hundredsOfMicroseconds] = static_cast<std::uint8_t>(microseconds / 100 % 100);
