@@ -2,6 +2,7 @@
 
 #include "imaging/verification/LinkTargets.h"
 #include "platform/discimage/volume/VolumeWalk.h"
+#include "platform/discrecording/planning/DiscImagePlan.h"
 #include "platform/foundation/MessageTexts.h"
 
 #include <QDate>
@@ -13,13 +14,6 @@ namespace Tessaron
 
 namespace
 {
-
-std::optional<std::int64_t> latestTimeFromEnvironment()
-{
-    bool isNumber = false;
-    const qint64 seconds = qgetenv("SOURCE_DATE_EPOCH").toLongLong(&isNumber);
-    return isNumber ? std::optional<std::int64_t>(seconds) : std::nullopt;
-}
 
 QString kindText(VolumeObjectKind kind)
 {
@@ -80,7 +74,7 @@ VolumeComparison::VolumeComparison(const VolumeReader &reader, SourceIndex &sour
     , m_contents(contents)
     , m_differences(differences)
     , m_rockRidge(rockRidge)
-    , m_latestTime(latestTimeFromEnvironment())
+    , m_latestTime(sourceDateEpochFromEnvironment())
 {
 }
 

@@ -313,6 +313,19 @@ TEST_F(Verify, unrelatedNames_areToldQuickly)
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10)); // it takes a fraction of one
 }
 
+TEST_F(Verify, latestTime_isThatOfSourceDateEpoch_whenItIsANumber)
+{
+    makeOrdinaryTree();
+    makeImage();
+    const auto statusWith = [this](const char *variable) {
+        ChildSettings settings = tessaron({"verify", "-q", image(), m_tree.path("source")});
+        settings.environment = {variable};
+        return runChild(settings).exitStatus;
+    };
+    EXPECT_EQ(statusWith("SOURCE_DATE_EPOCH=5"), 1) << "the sources are of 1970 then, and the image is not";
+    EXPECT_EQ(statusWith("SOURCE_DATE_EPOCH= 5"), 0) << "which no image is made with";
+}
+
 TEST_F(Verify, unreadableSource_isAFailure)
 {
     makeOrdinaryTree();
