@@ -7,6 +7,7 @@
 #include <TessaronClasses/KRDRDataProducer.h>
 #include <TessaronClasses/KRDataProvider.h>
 
+#include <QElapsedTimer>
 #include <QThread>
 
 #include <algorithm>
@@ -283,6 +284,19 @@ TEST_F(CustomLayoutWriter, progress_isToldEverySevenChunks_inWholeKibibytes)
     EXPECT_EQ(progress, (QList<double>{double(afterSeven) / double(total), double(afterFourteen) / double(total)}));
 }
 
+TEST_F(CustomLayoutWriter, progress_countsTheChunksOfEachProducer_andTheBytesOfAll)
+{
+    const auto six = std::make_shared<PlainProducer>('6', 6 * 823'200);
+    const auto seven = std::make_shared<TrackProducer>('7', 7 * 350, 2352, 0);
+    const auto trackless = std::make_shared<TrackProducer>('t', 1'000'000, 2352, 0);
+    trackless->hasTrack = false;
+    const QVariantList layout{element(six), element(six), element(seven), element(trackless)};
+    expectFailure(layout);
+    constexpr std::uint64_t written = std::uint64_t(6 + 6 + 7) * 823'200;
+    EXPECT_EQ(progress, QList<double>{1.0}) << "a producer that has no track adds nothing to the size";
+    EXPECT_EQ(std::uint64_t(tree.contents("disc.bin").size()), written);
+}
+
 TEST_F(CustomLayoutWriter, aProducerThatGivesLess_isAskedForTheRest)
 {
     const auto producer = std::make_shared<TrackProducer>('x', 700, 2048, 8);
@@ -297,13 +311,47 @@ TEST_F(CustomLayoutWriter, aProducerThatGivesNothing_isAskedOnceMore)
 {
     const auto once = std::make_shared<PlainProducer>('x', 100);
     once->silences = 1;
+    QElapsedTimer timer;
+    timer.start();
     write(element(once));
     EXPECT_EQ(heard.last(), QStringLiteral("end"));
+    EXPECT_GE(timer.elapsed(), 20) << "a moment later, in milliseconds";
     const auto twice = std::make_shared<PlainProducer>('x', 100);
     twice->silences = 2;
     expectFailure(element(twice));
     EXPECT_EQ(twice->calls.join(u';'), QStringLiteral("prepare;100 of 0;100 of 0;cleanup"));
     EXPECT_EQ(tree.contents("disc.bin").size(), 100) << "what was written stays";
+}
+
+TEST_F(CustomLayoutWriter, aProducerThatGivesNothing_isAskedOnceMore_forEachChunk)
+{
+    const auto producer = std::make_shared<PlainProducer>('x', 3 * 823'200);
+    producer->whenAsked = [&producer, isSecond = true]() mutable {
+        isSecond = !isSecond;
+        producer->silences = isSecond ? 0 : 1;
+    };
+    write(element(producer));
+    EXPECT_EQ(heard.last(), QStringLiteral("end"));
+    EXPECT_EQ(producer->calls.size(), 1 + 6 + 1);
+    EXPECT_EQ(tree.contents("disc.bin").size(), 3 * 823'200);
+}
+
+TEST_F(CustomLayoutWriter, writing_mayBeginAgain_afterAFailure)
+{
+    const auto producer = std::make_shared<TrackProducer>('x', 75, 2352, 0);
+    producer->silences = 2;
+    make(element(producer));
+    run();
+    EXPECT_EQ(heard.join(u' '), QStringLiteral("path failure"));
+    run();
+    EXPECT_EQ(heard.join(u' '), QStringLiteral("path failure path texts end"));
+    EXPECT_EQ(tree.contents("disc.bin").size(), 75 * 2352);
+}
+
+TEST_F(CustomLayoutWriter, cueSheet_hasATrackThatFailed)
+{
+    expectFailure(element(std::make_shared<TrackProducer>('x', 0, 2352, 0)));
+    EXPECT_EQ(writer->cueSheet(), QStringLiteral("FILE \"disc.bin\" BINARY\nTRACK 01 AUDIO\n    INDEX 01 00:00:00\n"));
 }
 
 TEST_F(CustomLayoutWriter, writing_fails_whenAProducerIsEmptyOrUnwilling)

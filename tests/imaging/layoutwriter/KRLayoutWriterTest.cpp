@@ -1,10 +1,13 @@
 #include "platform/discrecording/objects/DRFolder.h"
 #include "platform/disctracks/BlockAddress.h"
 #include "platform/disctracks/vant/VANTReader.h"
+#include "platform/foundation/DelayedPerform.h"
 #include "tests/imaging/layoutwriter/LayoutWriterFixture.h"
 #include "tests/support/EventLoop.h"
 #include <TessaronClasses/KRTrackWriter.h>
 #include <TessaronClasses/VANTHeader.h>
+
+#include <QElapsedTimer>
 
 #include <algorithm>
 #include <cstdio>
@@ -31,6 +34,20 @@ TEST_F(KRLayoutWriterTest, writeLayoutToFSRef_writesTheBlocks_whenThePanelIsSync
     EXPECT_EQ(heard, (QStringList{QStringLiteral("progress"), QStringLiteral("finish")}));
     EXPECT_EQ(tree.contents(fileName), sixteenBlocks);
     EXPECT_FALSE(tree.exists("disc.cue"));
+}
+
+TEST_F(KRLayoutWriterTest, writing_beginsAMillisecondAfterTheLayoutIsThere)
+{
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_FALSE(start(TessaronDiscImageFormatISO));
+    qint64 begin = 0;
+    onProgress = [&] { begin = timer.nsecsElapsed(); };
+    bool wasFirst = false;
+    performAfterDelay(&wasFirst, std::chrono::milliseconds(0), [&] { wasFirst = heard.isEmpty(); });
+    waitForEnd();
+    EXPECT_TRUE(wasFirst) << "what is asked for at once comes before it";
+    EXPECT_GE(begin, 1'000'000);
 }
 
 TEST_F(KRLayoutWriterTest, writeLayoutToFSRef_writesTheBlocks_whenThePanelReportsItsLayoutLater)

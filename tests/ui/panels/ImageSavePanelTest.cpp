@@ -188,16 +188,6 @@ TEST_F(ImageSavePanelTest, choosingAFormat_changesTheExtensionOfATypedName)
     EXPECT_EQ(field->text(), QStringLiteral("disc.img")) << "what is typed otherwise is the user's own";
 }
 
-int main(int argc, char **argv)
-{
-    // Listing the tests starts the program, too, on a build machine without a display.
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}
-
 TEST_F(ImageSavePanelTest, savePanel_ignoresSurplusExtensions_andTakesQuestionMarksForNone)
 {
     make(QStringList{QStringLiteral("iso"), QStringLiteral("????"), QStringLiteral("vant"), QStringLiteral("toc")},
@@ -206,4 +196,14 @@ TEST_F(ImageSavePanelTest, savePanel_ignoresSurplusExtensions_andTakesQuestionMa
     panel->formatPopUpAction(1);
     EXPECT_EQ(index, 1);
     EXPECT_EQ(panel->requiredFileType(), QStringLiteral("iso"));
+}
+
+int main(int argc, char **argv)
+{
+    // Listing the tests starts the program, too, on a build machine without a display.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
 }
