@@ -6,6 +6,7 @@
 #include "platform/discimage/hfsplus/HfsPlusVolumeHeaderReader.h"
 #include "platform/discimage/iso9660/IsoDescriptors.h"
 #include "platform/discimage/iso9660/IsoFields.h"
+#include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/discimage/udf/UdfPartitions.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
@@ -14,6 +15,7 @@
 #include <array>
 #include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 namespace Tessaron
@@ -22,9 +24,6 @@ namespace Tessaron
 namespace
 {
 
-/// Where the record lies in what volume descriptors leave to applications.
-constexpr std::size_t placeInApplicationUse = 64;
-
 constexpr std::uint64_t blockSize = 2048;
 
 /// A place where a record is expected.
@@ -32,7 +31,26 @@ struct RecordPlace {
     std::optional<VolumeKind> volume; ///< absent for the system area
     std::uint64_t offset = 0;
     std::optional<ContentsRecord> record; ///< absent when there is not a whole one
+    DiscVolumeFacts facts; ///< what the volume says of itself
 };
+
+/// What an image of ours with HFS+ has in front of the record.
+struct SystemAreaStructure {
+    std::string_view mark; ///< its first bytes
+    std::size_t offset = 0;
+    std::size_t size = 0;
+};
+constexpr std::size_t partitionEntrySize = 92;
+constexpr std::size_t hfsPlusVolumeOffset = 8 * blockSize;
+constexpr std::array<SystemAreaStructure, 7> systemAreaStructures = {{
+    {"ER", 0, 8}, // driver descriptor
+    {"PM", 512, partitionEntrySize},
+    {"PM", 1024, partitionEntrySize},
+    {"BD", hfsPlusHeaderDistance, HfsPlusWrapperField::size},
+    {"PM", 2048, partitionEntrySize},
+    {"PM", 4096, partitionEntrySize},
+    {"H+", hfsPlusVolumeOffset + hfsPlusHeaderDistance, HfsPlusHeader::size},
+}};
 
 class ContentsCheck
 {
@@ -45,7 +63,8 @@ public:
 
     void run()
     {
-        takeRecordAt(std::nullopt, ContentsRecord::systemAreaPlace);
+        m_places.push_back({std::nullopt, ContentsRecord::systemAreaPlace,
+                            contentsRecordAt(*m_source, ContentsRecord::systemAreaPlace), DiscVolumeFacts()});
         takeIsoRecords();
         takeUdfRecord();
         const auto whole = std::find_if(m_places.begin(), m_places.end(),
@@ -62,7 +81,7 @@ public:
         }
         m_expected = *whole->record;
         m_expectedAt = whole->offset;
-        if (isOutdated())
+        if (isOutdated(shortRecord.has_value()))
             return;
         comparePlaces();
         if (m_hfsPlusPlace && shortRecord != m_expected.trees)
@@ -74,32 +93,34 @@ public:
     }
 
 private:
-    void takeRecordAt(std::optional<VolumeKind> volume, std::uint64_t offset)
-    {
-        m_places.push_back({volume, offset, contentsRecordAt(*m_source, offset)});
-    }
-
     void takeIsoRecords()
     {
         IsoDescriptorSet set;
         (void)readIsoDescriptors(*m_source, &set); // what is damaged in them is told by their own check
         for (const std::optional<IsoDescriptor> &descriptor : {set.primary, set.joliet}) {
             if (descriptor)
-                takeRecordAt(descriptor->facts.kind,
-                             descriptor->offset + IsoDescriptorField::applicationUse + placeInApplicationUse);
+                takeIsoRecord(*descriptor);
         }
-        if (set.primary)
-            m_primary = set.primary->facts;
+    }
+
+    void takeIsoRecord(const IsoDescriptor &descriptor)
+    {
+        const std::uint64_t offset = descriptor.offset + IsoDescriptorField::contentsRecord;
+        m_places.push_back({descriptor.facts.kind, offset, contentsRecordAt(*m_source, offset), descriptor.facts});
     }
 
     void takeUdfRecord()
     {
         bool isThere = false;
         UdfVolumeStructure structure;
-        if (readUdfVolumeStructure(*m_source, &isThere, &structure) || !isThere)
+        const NSError error = readUdfVolumeStructure(*m_source, &isThere, &structure);
+        m_isForeign = error.domain() == DiscImageErrorDomain
+            && error.code() == qint64(DiscImageErrorCode::Unsupported); // no image of ours is
+        if (error || !isThere)
             return;
-        m_places.push_back({VolumeKind::UDF, structure.logicalVolumeOffset,
-                            contentsRecordIn(std::span(structure.implementationUse).first<ContentsRecord::size>())});
+        const auto record = contentsRecordIn(std::span(structure.implementationUse).first<ContentsRecord::size>());
+        m_isForeign = !record; // a checksum says that the descriptor was made like this
+        m_places.push_back({VolumeKind::UDF, structure.logicalVolumeOffset, record, structure.facts});
     }
 
     /// The volume header of HFS+ has room for the trees alone, and their complement.
@@ -111,20 +132,46 @@ private:
             return std::nullopt;
         m_hfsPlusPlace = header->offset() + HfsPlusHeaderField::reservedFinderInfo;
         const std::uint8_t *const bytes = &header->bytes[HfsPlusHeaderField::reservedFinderInfo];
+        m_isForeign = m_isForeign || std::all_of(bytes, bytes + 4, [](std::uint8_t byte) { return byte == 0; });
         if (bytes[0] != 'T' || bytes[1] != 'e' || std::uint8_t(bytes[2] ^ bytes[3]) != 0xFF)
             return std::nullopt;
         return bytes[2];
     }
 
-    /// Other programs that write an image anew keep its system area, but not the record in its descriptor.
-    [[nodiscard]] bool isOutdated() const
+    /// True when the record is of an image that another program has written over. Such programs often leave the system
+    /// area alone, or write no more than their own mark to it.
+    [[nodiscard]] bool isOutdated(bool hasShortRecord) const
     {
-        const auto isPrimary = [](const RecordPlace &place) { return place.volume == VolumeKind::ISO9660; };
-        const auto primary = std::find_if(m_places.begin(), m_places.end(), isPrimary);
-        if (primary == m_places.end() || primary->record)
+        if (m_isForeign || std::ranges::any_of(m_places, [this](const auto &place) { return isForeign(place); }))
+            return true;
+        const bool isConfirmed = hasShortRecord
+            || std::ranges::any_of(m_places, [](const auto &place) { return place.volume && place.record; });
+        return !isConfirmed && isSystemAreaOverwritten();
+    }
+
+    /// True for a volume of ISO 9660 that has no record, and says otherwise than the record of another place. In a
+    /// volume whose record is damaged, date and size are still those of the record.
+    [[nodiscard]] bool isForeign(const RecordPlace &place) const
+    {
+        if (!place.volume || place.record)
             return false;
-        const bool isOfSameTime = m_primary.created && m_primary.created->seconds == m_expected.seconds;
-        return !isOfSameTime || m_primary.blockCount != std::uint64_t(m_expected.firstBlock) + m_expected.blocks;
+        const bool isOfSameTime = place.facts.created && place.facts.created->seconds == m_expected.seconds;
+        return !isOfSameTime || place.facts.blockCount != std::uint64_t(m_expected.firstBlock) + m_expected.blocks;
+    }
+
+    /// Whether there is anything in front of the record that no image of ours has there.
+    [[nodiscard]] bool isSystemAreaOverwritten() const
+    {
+        std::vector<std::uint8_t> area(ContentsRecord::systemAreaPlace);
+        if (m_source->read(0, area.data(), area.size()))
+            return false;
+        const bool hasHfsPlus = (m_expected.trees & bitOf(VolumeKind::HFSPlus)) != 0;
+        for (const SystemAreaStructure &known : systemAreaStructures) {
+            const auto begin = area.begin() + std::ptrdiff_t(known.offset);
+            if (hasHfsPlus && std::equal(known.mark.begin(), known.mark.end(), begin))
+                std::fill_n(begin, known.size, std::uint8_t(0));
+        }
+        return std::ranges::any_of(area, [](std::uint8_t byte) { return byte != 0; });
     }
 
     void comparePlaces() const
@@ -208,7 +255,7 @@ private:
     const std::shared_ptr<const DiscImageSource> &m_source;
     VolumeProblemReport &m_report;
     std::vector<RecordPlace> m_places;
-    DiscVolumeFacts m_primary; ///< of the primary volume, where there is one
+    bool m_isForeign = false; ///< a filesystem was found that cannot be of an image with a record
     std::optional<std::uint64_t> m_hfsPlusPlace; ///< of the record in a volume header
     ContentsRecord m_expected;
     std::uint64_t m_expectedAt = 0;

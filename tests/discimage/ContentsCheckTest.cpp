@@ -127,4 +127,103 @@ TEST(ContentsCheck, imageThatAnotherProgramChanged_isSound)
     RecordProperty("systemAreaKept", image.mid(systemAreaRecord, 8) == "TESSARON" ? 1 : 0);
 }
 
+namespace
+{
+
+/// An image of ours on a device of 16 MiB that another program has formatted since.
+class FormattedDevice : public testing::Test
+{
+protected:
+    QStringList problemsAfter(DRFilesystemMask filesystems, const QString &program, const QStringList &arguments)
+    {
+        QByteArray device = sampleImage(filesystems);
+        device.append(QByteArray((16 << 20) - device.size(), 0));
+        m_path = QString::fromUtf8(m_tree.makeFile("device", device));
+        const ProgramResult result = runProgram(program, arguments + QStringList{m_path});
+        EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+        return problemsOf(contents());
+    }
+
+    [[nodiscard]] QByteArray contents() const { return m_tree.contents("device"); }
+
+    static QStringList ofTheRecord(const QStringList &problems) { return problems.filter(text("record of contents")); }
+
+    const TemporaryTree m_tree;
+    QString m_path;
+};
+
+} // namespace
+
+TEST_F(FormattedDevice, volumeOfUdf_isSound_whereTheSystemAreaWasKept)
+{
+    if (!hasProgram(text("mkudffs")))
+        GTEST_SKIP() << "mkudffs";
+    for (const DRFilesystemMask filesystems : {DRFilesystemMask(DRFilesystemInclusionMaskISO9660),
+                                               DRFilesystemMask(DRFilesystemInclusionMaskUDF), isoAndUdf}) {
+        const QStringList problems = problemsAfter(
+            filesystems, text("mkudffs"), {text("--bootarea=preserve"), text("--media-type=hd"), text("-b2048")});
+        ASSERT_EQ(contents().mid(systemAreaRecord, 8), "TESSARON") << "or nothing is tried here";
+        EXPECT_EQ(problems.join(u'\n').toStdString(), "") << filesystems;
+    }
+}
+
+TEST_F(FormattedDevice, volumeOfUdfThatIsNotRead_isOnlyThat)
+{
+    if (!hasProgram(text("mkudffs")))
+        GTEST_SKIP() << "mkudffs";
+    const QStringList problems = problemsAfter(isoAndUdf, text("mkudffs"),
+                                               {text("--bootarea=preserve"), text("--media-type=cdr"), text("-b2048")});
+    ASSERT_EQ(contents().mid(systemAreaRecord, 8), "TESSARON") << "or nothing is tried here";
+    EXPECT_FALSE(problems.filter(text("not supported")).isEmpty()) << problems.join(u'\n').toStdString();
+    EXPECT_EQ(ofTheRecord(problems), QStringList());
+}
+
+/// These write their own marks in front of the record, and wipe no more than the first bytes of what they know.
+TEST_F(FormattedDevice, markOfAnotherSystem_makesTheRecordALeftover)
+{
+    const QByteArray table = "label: gpt\nstart=2048, size=4096\n";
+    const QString script = m_tree.pathText() + text("/table");
+    m_tree.makeFile("table", table);
+    const std::vector<std::pair<QString, QStringList>> formatters = {
+        {text("mkswap"), {text("--quiet")}},
+        {text("sh"), {text("-c"), text("sfdisk --quiet --wipe always \"$1\" <'%1'").arg(script), text("sh")}},
+    };
+    for (const auto &[program, arguments] : formatters) {
+        for (const DRFilesystemMask filesystems : {isoAndUdf, DRFilesystemMask(DRFilesystemInclusionMaskUDF)}) {
+            const QStringList problems = problemsAfter(filesystems, program, arguments);
+            ASSERT_EQ(contents().mid(systemAreaRecord, 8), "TESSARON") << "or nothing is tried here";
+            EXPECT_EQ(ofTheRecord(problems).join(u'\n').toStdString(), "") << program.toStdString() << filesystems;
+        }
+    }
+}
+
+TEST(ContentsCheck, oneByteInFrontOfTheRecord_makesItALeftover_onceNoTreeHasIt)
+{
+    for (const DRFilesystemMask filesystems : {DRFilesystemMask(DRFilesystemInclusionMaskUDF), everything}) {
+        const QByteArray image = sampleImage(filesystems);
+        const qsizetype first = recognitionBlock(image);
+        QByteArray gone = without(image, {16, 17, 18, first, first + 1, first + 2, 256, -1});
+        // The volume header of HFS+, and its copy; the map that leads to it stays.
+        for (qsizetype at = gone.indexOf("H+"); at >= 0; at = gone.indexOf("H+", at))
+            gone.replace(at, 512, QByteArray(512, 0));
+        const QString text = problemsOf(gone).join(u'\n');
+        EXPECT_TRUE(text.contains(QStringLiteral("made with this filesystem"))) << text.toStdString();
+        for (const qsizetype place : {qsizetype(500), qsizetype(9 * blockSize), systemAreaRecord - 1}) {
+            QByteArray overwritten = gone;
+            overwritten[place] = 1;
+            EXPECT_FALSE(problemsOf(overwritten).join(u'\n').contains(QStringLiteral("made with this filesystem")))
+                << place;
+        }
+    }
+}
+
+TEST(ContentsCheck, oneByteInFrontOfTheRecord_changesNothing_asLongAsATreeHasIt)
+{
+    QByteArray image = sampleImage(everything);
+    const qsizetype first = recognitionBlock(image);
+    image = without(image, {first, first + 1, first + 2});
+    image[500] = 1;
+    EXPECT_FALSE(problemsOf(image).filter(text("UDF, record of contents")).isEmpty());
+}
+
 } // namespace Tessaron::Testing

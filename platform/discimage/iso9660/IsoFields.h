@@ -40,6 +40,8 @@ inline constexpr std::size_t creationDate = dates;
 inline constexpr std::size_t modificationDate = dates + dateSize;
 inline constexpr std::size_t structureVersion = 881;
 inline constexpr std::size_t applicationUse = 883;
+/// Of images of this system, in the use of applications (docs/damage.md).
+inline constexpr std::size_t contentsRecord = applicationUse + 64;
 inline constexpr std::size_t reserved = 1395;
 } // namespace IsoDescriptorField
 
