@@ -8,6 +8,7 @@
 #include "platform/discimage/iso9660/IsoFields.h"
 #include "platform/discimage/source/DiscImageErrors.h"
 #include "platform/discimage/udf/UdfPartitions.h"
+#include "platform/disctracks/vant/Crc32.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
 
@@ -32,6 +33,8 @@ struct RecordPlace {
     std::uint64_t offset = 0;
     std::optional<ContentsRecord> record; ///< absent when there is not a whole one
     DiscVolumeFacts facts; ///< what the volume says of itself
+    /// Of a volume descriptor: it is not the one that the checksum behind its record was made of.
+    bool isChanged = false;
 };
 
 /// What an image of ours with HFS+ has in front of the record.
@@ -107,6 +110,14 @@ private:
     {
         const std::uint64_t offset = descriptor.offset + IsoDescriptorField::contentsRecord;
         m_places.push_back({descriptor.facts.kind, offset, contentsRecordAt(*m_source, offset), descriptor.facts});
+        constexpr std::size_t checksumPlace = IsoDescriptorField::contentsRecord + ContentsRecord::size;
+        std::array<std::uint8_t, checksumPlace + sizeof(std::uint32_t)> bytes;
+        if (m_source->read(descriptor.offset, bytes.data(), bytes.size()))
+            return; // told by the check of the descriptors
+        // Images that were made before there was a checksum have zeros in its place.
+        const auto checksum = loadLittleEndian<std::uint32_t>(&bytes[checksumPlace]);
+        m_places.back().isChanged =
+            checksum != 0 && checksum != crc32(0, bytes.data(), IsoDescriptorField::contentsRecord);
     }
 
     void takeUdfRecord()
@@ -179,6 +190,10 @@ private:
         for (const RecordPlace &place : m_places) {
             if (place.record != m_expected)
                 unnoticed(place.volume, place.offset, !place.record);
+            if (place.record && place.isChanged)
+                VolumeProblems(m_report, *place.volume)
+                    .damaged(place.offset - IsoDescriptorField::contentsRecord, QStringLiteral("volume descriptor"),
+                             QStringLiteral("it has another checksum than when the image was made"));
         }
     }
 

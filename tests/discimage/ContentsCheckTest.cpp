@@ -90,6 +90,22 @@ TEST(ContentsCheck, damagedRecord_isTold_ofEachPlace)
         EXPECT_FALSE(problemsOf(flipped(image, hfsPlusRecord + byte)).isEmpty()) << "HFS+ " << byte;
 }
 
+/// Names and dates of a volume stand nowhere else in ISO 9660 and Joliet.
+TEST(ContentsCheck, anyByteOfAVolumeDescriptor_isTold)
+{
+    const QByteArray image = sampleImage(everything);
+    for (const qsizetype descriptor : {16 * blockSize, 17 * blockSize}) {
+        for (const qsizetype byte : {40, 41, 190, 574, 702, 813, 816, 830, 882, 883, 946, 987, 990}) {
+            const QStringList problems = problemsOf(flipped(image, descriptor + byte));
+            EXPECT_FALSE(problems.isEmpty()) << descriptor << "+" << byte;
+        }
+    }
+    QByteArray old = image;
+    for (const qsizetype descriptor : {16 * blockSize, 17 * blockSize})
+        old.replace(descriptor + 987, 4, QByteArray(4, 0));
+    EXPECT_EQ(problemsOf(old), QStringList()) << "images of before have no checksum";
+}
+
 TEST(ContentsCheck, recordsThatDisagree_areTold)
 {
     QByteArray image = sampleImage(isoAndUdf);

@@ -4,6 +4,7 @@
 #include "platform/discrecording/iso9660/DescriptorText.h"
 #include "platform/discrecording/iso9660/IsoDateFields.h"
 #include "platform/discrecording/objects/DRFolder.h"
+#include "platform/disctracks/vant/Crc32.h"
 #include "platform/foundation/ByteOrder.h"
 
 #include <QVariant>
@@ -56,6 +57,8 @@ constexpr std::size_t structureVersion = 881;
 constexpr std::size_t applicationUse = 883;
 /// In the use of applications (8.4.32), behind the note below and before where CD-ROM XA has its own mark.
 constexpr std::size_t contentsRecord = applicationUse + 64;
+/// Of all bytes in front of the record: names and dates of the volume stand nowhere else.
+constexpr std::size_t checksum = contentsRecord + contentsRecordSize;
 } // namespace Field
 
 /// The note in a primary volume that is empty because the files are in the Joliet tree alone: a check can tell it from
@@ -181,6 +184,7 @@ void storeVolumeDescriptor(std::span<std::uint8_t> block, const DirectoryHierarc
         std::copy(standInNote.begin(), standInNote.end(), block.begin() + Field::applicationUse);
     const auto record = contentsRecord(facts.image);
     std::copy(record.begin(), record.end(), block.begin() + Field::contentsRecord);
+    storeLittleEndian<std::uint32_t>(&block[Field::checksum], crc32(0, block.data(), Field::contentsRecord));
 }
 
 void storeVolumeDescriptorSetTerminator(std::span<std::uint8_t> block)
