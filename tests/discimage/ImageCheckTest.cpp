@@ -205,6 +205,22 @@ TEST(ImageCheck, bitThatHidesAFilesystem_isTold)
         EXPECT_FALSE(problemsOf(flipped(image, offset)).isEmpty()) << "anchor at the end, " << offset;
 }
 
+/// Other writers give the record the date of what the link leads to.
+TEST(ImageCheck, dateOfALink_isHeldAgainstItsRecord_inOurImages)
+{
+    QByteArray image = sampleImage(DRFilesystemInclusionMaskISO9660);
+    const qsizetype times = image.indexOf("TF", image.indexOf("LINK.;1"));
+    constexpr qsizetype flags = 4;
+    constexpr qsizetype stamps = 5;
+    constexpr qsizetype stampSize = 7;
+    constexpr qsizetype hour = 3;
+    const bool hasCreation = (image[times + flags] & 1) != 0;
+    const qsizetype place = times + stamps + (hasCreation ? stampSize : 0) + hour;
+    ASSERT_LT(place, image.size());
+    const QString problems = problemsOf(flipped(image, place)).join(u'\n');
+    EXPECT_TRUE(problems.contains(QStringLiteral("its date is not that of Rock Ridge"))) << problems.toStdString();
+}
+
 TEST(ImageCheck, damagedMainSequence_isTold_thoughTheReserveServes)
 {
     const QByteArray image = sampleImage(DRFilesystemInclusionMaskUDF);

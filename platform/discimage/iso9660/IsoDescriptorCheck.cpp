@@ -94,6 +94,9 @@ public:
         }
         std::copy_n(m_sector.begin() + Field::rootRecord, CheckedIsoDescriptor::rootRecordSize,
                     descriptor->rootRecord.begin());
+        constexpr std::string_view markOfContents = "TESSARON TREES";
+        descriptor->hasContentsRecord =
+            std::equal(markOfContents.begin(), markOfContents.end(), m_sector.begin() + Field::contentsRecord);
         checkFixedValues();
         checkTexts();
         checkDates();

@@ -24,6 +24,7 @@ struct CheckedIsoDescriptor {
     std::array<std::uint32_t, 2> littleEndianTables{}; ///< blocks; the second, an optional copy, may be 0
     std::array<std::uint32_t, 2> bigEndianTables{};
     std::array<std::uint8_t, rootRecordSize> rootRecord{};
+    bool hasContentsRecord = false; ///< the image is of this system
 };
 
 struct CheckedIsoDescriptors {

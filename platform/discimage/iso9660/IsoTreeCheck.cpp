@@ -259,8 +259,10 @@ private:
         if (m_descriptor.kind == VolumeKind::Joliet)
             return;
         const bool isRootRecord = index == 0 && number == 0;
-        if (isRootRecord)
+        if (isRootRecord) {
             m_use = checkRockRidgeUse(m_source, m_descriptor.blockSize, record, m_rockRidgeProblems);
+            m_use.linksHaveOwnDates = m_descriptor.hasContentsRecord;
+        }
         if (!m_use.isUsed)
             return;
         const RockRidgeRecordFacts facts =

@@ -376,8 +376,8 @@ RockRidgeRecordFacts checkRockRidgeRecord(const DiscImageSource &source, std::ui
     if (S_ISLNK(type) != check.isLink())
         damaged(QStringLiteral("its mode and its entries do not agree on whether it is a symbolic link"));
     const std::optional<VolumeTime> recorded = volumeTimeFromRecordingDate(&record.bytes[IsoRecordField::date]);
-    // Some writers give the record of a link the date of what it leads to.
-    if (!S_ISLNK(type) && facts.modified && recorded && facts.modified->seconds != recorded->seconds)
+    const bool isOfObject = !S_ISLNK(type) || use.linksHaveOwnDates;
+    if (isOfObject && facts.modified && recorded && facts.modified->seconds != recorded->seconds)
         damaged(QStringLiteral("its date is not that of Rock Ridge"));
     return facts;
 }

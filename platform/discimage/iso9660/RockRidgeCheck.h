@@ -25,6 +25,8 @@ struct RockRidgeUse {
     bool isUsed = false;
     bool hasOtherExtensions = false; ///< ER names others, whose entries are unknown here
     bool hasTimes = false; ///< the root has TF
+    /// The record of a link has the link's own date. Some writers give it that of what the link leads to.
+    bool linksHaveOwnDates = false;
     std::size_t skippedBytes = 0; ///< of SP
 };
 
