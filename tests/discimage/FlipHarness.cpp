@@ -157,7 +157,13 @@ void undoFolderName(const QList<QByteArray> &before, QList<QByteArray> *after)
     }
 }
 
-/// One record differs, and only in such fields: it has one line in each view.
+/// What a line says of its object besides the name.
+QByteArray withoutName(const QByteArray &line)
+{
+    return line.mid(line.indexOf('\t', line.indexOf('\t') + 1));
+}
+
+/// One record differs, and only in such fields. It has one line in each view, and one for each name of its file.
 bool isSingleCopy(const QByteArray &before, const QByteArray &after)
 {
     const QList<QByteArray> old = before.split('\n');
@@ -165,19 +171,21 @@ bool isSingleCopy(const QByteArray &before, const QByteArray &after)
     undoFolderName(old, &changed);
     if (old.size() != changed.size())
         return false;
-    QByteArray filesystem;
-    int differing = 0;
+    qsizetype first = -1;
+    int records = 0;
     for (qsizetype index = 0; index < old.size(); ++index) {
         if (old[index] == changed[index])
             continue;
-        ++differing;
         if (checkedFields(old[index]) != checkedFields(changed[index]))
             return false;
-        if (!filesystem.isEmpty() && filesystemOf(old[index]) != filesystem)
+        const bool isOtherName = first >= 0 && withoutName(old[index]) == withoutName(old[first])
+            && withoutName(changed[index]) == withoutName(changed[first]);
+        records += isOtherName ? 0 : 1;
+        if (first >= 0 && filesystemOf(old[index]) != filesystemOf(old[first]))
             return false;
-        filesystem = filesystemOf(old[index]);
+        first = first < 0 ? index : first;
     }
-    return differing == 1 || (differing == 2 && filesystem == "ISO 9660");
+    return records == 1 || (records == 2 && filesystemOf(old[first]) == "ISO 9660");
 }
 
 /// Where a bit lies, fine enough to tell structures apart.
