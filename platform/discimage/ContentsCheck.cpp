@@ -144,9 +144,7 @@ private:
         m_hfsPlusPlace = header->offset() + HfsPlusHeaderField::reservedFinderInfo;
         const std::uint8_t *const bytes = &header->bytes[HfsPlusHeaderField::reservedFinderInfo];
         m_isForeign = m_isForeign || std::all_of(bytes, bytes + 4, [](std::uint8_t byte) { return byte == 0; });
-        if (bytes[0] != 'T' || bytes[1] != 'e' || std::uint8_t(bytes[2] ^ bytes[3]) != 0xFF)
-            return std::nullopt;
-        return bytes[2];
+        return header->treesOfImage();
     }
 
     /// True when the record is of an image that another program has written over. Such programs often leave the system

@@ -221,6 +221,45 @@ TEST(ImageCheck, dateOfALink_isHeldAgainstItsRecord_inOurImages)
     EXPECT_TRUE(problems.contains(QStringLiteral("its date is not that of Rock Ridge"))) << problems.toStdString();
 }
 
+/// Where the record of a file begins in the catalog of an image: behind the key with its name.
+qsizetype catalogRecordOf(const QByteArray &image, const char *name)
+{
+    QByteArray wide;
+    for (const char *character = name; *character != 0; ++character)
+        wide += QByteArray(1, 0) + *character;
+    const QByteArray fileRecord("\0\2", 2);
+    const qsizetype place = image.indexOf(wide + fileRecord);
+    return place < 0 ? place : place + wide.size();
+}
+
+/// Only our own volumes: others give files blocks to grow into.
+TEST(ImageCheck, lengthThatNeedsFewerBlocks_isTold_inOurHfsPlus)
+{
+    const QByteArray image = sampleImage(DRFilesystemInclusionMaskHFSPlus);
+    constexpr qsizetype lengthOfData = 88;
+    const qsizetype deep = catalogRecordOf(image, "deep.data");
+    const qsizetype small = catalogRecordOf(image, "file 38");
+    ASSERT_GT(std::min(deep, small), 0);
+    QByteArray shorter = image;
+    shorter[deep + lengthOfData + 5] = char(shorter[deep + lengthOfData + 5] ^ 1); // 65,536 of 70,000 bytes
+    EXPECT_EQ(problemsOf(shorter).filter(QStringLiteral("its length needs 3")).size(), 1);
+    QByteArray empty = image;
+    empty[small + lengthOfData + 7] = 0;
+    EXPECT_EQ(problemsOf(empty).filter(QStringLiteral("its length needs 0")).size(), 1);
+}
+
+TEST(ImageCheck, hardLinkOfAnotherDate_whichReadersTakeForAFile_isTold)
+{
+    const QByteArray image = sampleImage(DRFilesystemInclusionMaskHFSPlus);
+    const qsizetype link = catalogRecordOf(image, "a.txt");
+    ASSERT_GT(link, 0);
+    constexpr qsizetype created = 12;
+    for (qsizetype byte = 0; byte < 4; ++byte) {
+        const QString problems = problemsOf(flipped(image, link + created + byte)).join(u'\n');
+        EXPECT_TRUE(problems.contains(QStringLiteral("a hard link has another date"))) << problems.toStdString();
+    }
+}
+
 TEST(ImageCheck, damagedMainSequence_isTold_thoughTheReserveServes)
 {
     const QByteArray image = sampleImage(DRFilesystemInclusionMaskUDF);

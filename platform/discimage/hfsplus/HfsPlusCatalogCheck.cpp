@@ -6,6 +6,7 @@
 #include "platform/foundation/MessageTexts.h"
 
 #include <algorithm>
+#include <string_view>
 #include <sys/stat.h>
 
 namespace Tessaron
@@ -52,6 +53,19 @@ std::uint32_t linkedFileNumber(HfsPlusBytes name)
             number = number * 10 + (unit - '0');
     }
     return std::uint32_t(number);
+}
+
+/// The folder with the files that hard links lead to; its name begins with four NULs.
+bool isPrivateFolder(HfsPlusBytes name)
+{
+    constexpr std::u16string_view expected{u"\0\0\0\0HFS+ Private Data", 21};
+    if (name.size() != 2 * expected.size())
+        return false;
+    for (std::size_t index = 0; index < expected.size(); ++index) {
+        if (loadBigEndian<std::uint16_t>(&name[2 * index]) != expected[index])
+            return false;
+    }
+    return true;
 }
 
 std::uint32_t countOf(const std::unordered_map<std::uint32_t, std::uint32_t> &counts, std::uint32_t key)
@@ -128,6 +142,10 @@ void HfsPlusCatalogCheck::takeObject(std::uint32_t parentId, HfsPlusBytes name, 
     if (!isFolder)
         return takeFile(parentId, name, data, offset);
     m_folderCount += item->id == rootId ? 0 : 1;
+    if (item->id == rootId)
+        m_rootCreated = item->created;
+    else if (parentId == rootId && isPrivateFolder(name))
+        m_privateFolderCreated = item->created;
     if (m_valences.contains(item->id))
         damaged(offset, QStringLiteral("two folders have the ID %1").arg(item->id));
     m_valences.insert_or_assign(item->id, Valence{item->childCount, offset});
@@ -140,8 +158,10 @@ void HfsPlusCatalogCheck::takeFile(std::uint32_t parentId, HfsPlusBytes name, Hf
     const std::uint32_t number = linkedFileNumber(name);
     if (number != 0 && parentId != rootId && !item.isHardLink())
         m_linkedFiles.insert_or_assign(number, Valence{item.special, offset});
-    if (item.isHardLink())
+    if (item.isHardLink()) {
         ++m_links[item.special];
+        m_linkDates.push_back({item.created, offset});
+    }
     checkKind(item, data, offset);
     m_fork(item.id, false, data.subspan(Field::dataFork, HfsPlusForkDataField::size), offset);
     m_fork(item.id, true, data.subspan(Field::resourceFork, HfsPlusForkDataField::size), offset);
@@ -235,6 +255,11 @@ void HfsPlusCatalogCheck::compareLinks() const
                                  QStringLiteral("a file says that it has %1, but has %2")
                                      .arg(counted(file.count, "name", "names"))
                                      .arg(found));
+    }
+    for (const Link &link : m_linkDates) {
+        if (m_isOfThisSystem && m_privateFolderCreated && link.created != *m_privateFolderCreated
+            && link.created != m_rootCreated)
+            damaged(link.offset, QStringLiteral("a hard link has another date of creation than all hard links have"));
     }
     for (const auto &[number, count] : m_links) {
         if (!m_linkedFiles.empty() && !m_linkedFiles.contains(number))

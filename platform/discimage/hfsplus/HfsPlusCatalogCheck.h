@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -18,8 +19,10 @@ public:
     /// Told each fork of a file: ID, whether it is the resource fork, the 80 bytes of fork data, the record's place.
     using ForkVisitor = std::function<void(std::uint32_t fileId, bool isResource, HfsPlusBytes fork, std::uint64_t at)>;
 
-    HfsPlusCatalogCheck(const VolumeProblems &problems, ForkVisitor fork)
+    /// `isOfThisSystem`: what the volumes of others may have, too, is damage in it.
+    HfsPlusCatalogCheck(const VolumeProblems &problems, bool isOfThisSystem, ForkVisitor fork)
         : m_problems(problems)
+        , m_isOfThisSystem(isOfThisSystem)
         , m_fork(std::move(fork))
     {
     }
@@ -43,6 +46,11 @@ private:
         std::uint32_t count = 0;
         std::uint64_t offset = 0;
     };
+    /// A hard link; its date of creation says that it is one.
+    struct Link {
+        std::uint32_t created = 0;
+        std::uint64_t offset = 0;
+    };
 
     void takeThread(std::uint32_t id, HfsPlusBytes data, std::uint64_t offset);
     void takeObject(std::uint32_t parentId, HfsPlusBytes name, HfsPlusBytes data, std::uint64_t offset);
@@ -55,6 +63,7 @@ private:
     void damaged(std::uint64_t offset, const QString &message) const;
 
     const VolumeProblems &m_problems;
+    const bool m_isOfThisSystem;
     const ForkVisitor m_fork;
     std::vector<Mark> m_threads;
     std::vector<Mark> m_objects;
@@ -63,6 +72,9 @@ private:
     std::unordered_map<std::uint32_t, Valence>
         m_linkedFiles; ///< files with several names, by the number in theirs; count: links stated
     std::unordered_map<std::uint32_t, std::uint32_t> m_links; ///< hard links, by the number that they lead to
+    std::vector<Link> m_linkDates;
+    std::uint32_t m_rootCreated = 0;
+    std::optional<std::uint32_t> m_privateFolderCreated; ///< of the folder with what hard links lead to
     std::uint32_t m_parent = 0; ///< whose children are told
     bool m_hasThread = false; ///< the parent's was the first
     bool m_parentIsFolder = false;

@@ -189,6 +189,14 @@ private:
         const HfsPlusForkHead head = hfsPlusForkHead(fork.data());
         const HfsPlusBytes first = fork.subspan(HfsPlusForkDataField::extents, Extent::recordSize);
         HfsPlusForkExtents found(m_header.place, head);
+        // Other systems give files blocks that they may grow into.
+        const std::uint64_t needed =
+            head.length / m_header.place.blockSize + (head.length % m_header.place.blockSize != 0);
+        if (m_header.isOfThisSystem() && head.blockCount != needed)
+            m_problems.damaged(offset, structure,
+                               QStringLiteral("a fork has %1, but its length needs %2")
+                                   .arg(counted(head.blockCount, "block", "blocks"))
+                                   .arg(needed));
         std::uint32_t left = head.blockCount;
         NSError error = found.add(first.data(), offset);
         if (error)
@@ -260,7 +268,7 @@ private:
         HfsPlusTreeCheck::Traits traits;
         useFork(CatalogFile, false, header.subspan(HfsPlusHeaderField::catalogFile), m_header.offset(),
                 &traits.extents);
-        HfsPlusCatalogCheck catalog(m_problems,
+        HfsPlusCatalogCheck catalog(m_problems, m_header.isOfThisSystem(),
                                     [this](std::uint32_t id, bool isResource, HfsPlusBytes fork, std::uint64_t offset) {
                                         useFork(id, isResource, fork, offset, nullptr);
                                     });

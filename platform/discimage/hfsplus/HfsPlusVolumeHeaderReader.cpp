@@ -88,6 +88,13 @@ std::uint64_t HfsPlusHeader::offset() const
     return place.offset + hfsPlusHeaderDistance;
 }
 
+std::optional<std::uint8_t> HfsPlusHeader::treesOfImage() const
+{
+    const std::uint8_t *const record = &bytes[HfsPlusHeaderField::reservedFinderInfo];
+    const bool isWhole = record[0] == 'T' && record[1] == 'e' && std::uint8_t(record[2] ^ record[3]) == 0xFF;
+    return isWhole ? std::optional(record[2]) : std::nullopt;
+}
+
 std::optional<HfsPlusHeader> findHfsPlusHeader(const DiscImageSource &source, NSError *error)
 {
     *error = {};

@@ -23,6 +23,10 @@ struct HfsPlusHeader {
     std::array<std::uint8_t, size> bytes{};
 
     [[nodiscard]] std::uint64_t offset() const; ///< in the image
+    /// The trees of an image of this system (docs/damage.md); absent when the volume is another system's, or this is
+    /// damaged.
+    [[nodiscard]] std::optional<std::uint8_t> treesOfImage() const;
+    [[nodiscard]] bool isOfThisSystem() const { return treesOfImage().has_value(); }
 };
 
 /// Looks for an HFS+ volume: embedded in an HFS wrapper at the beginning of the image or of an Apple partition, or
