@@ -1,6 +1,8 @@
 #include "platform/discrecording/objects/DRFile.h"
 #include "tests/discrecording/hfsplus/ReadHfsImage.h"
 
+#include <cstdio>
+
 namespace Tessaron::Testing
 {
 
@@ -43,6 +45,26 @@ TEST(HfsPlusMacAttributes, finderInfoAndResourceForks_areTheSources)
     EXPECT_EQ(image.at("/folder/only resources").data, HfsFork());
     EXPECT_EQ(image.reader.contents(image.at("/folder/Icon\r").resource), "icns");
     EXPECT_EQ(image.at("/folder").finderFlags(), 0x0400) << "it has a custom icon";
+}
+
+TEST(HfsPlusMacAttributes, renamedSource_keepsItsOwn_alsoWhereAnotherFileHasItsOldName)
+{
+    const TemporaryTree tree;
+    if (!keepsAttributes(tree))
+        GTEST_SKIP() << "the temporary folder keeps no extended attributes";
+    tree.makeFile("name", "data fork");
+    tree.setExtendedAttribute("name", finderInfoName, info("TEXTttxt", 0));
+    tree.setExtendedAttribute("name", resourceForkName, "its own");
+    const auto root = DRFolder::virtualFolderWithName(QStringLiteral("root"));
+    root->addChild(DRFile::fileWithPath(tree.pathText("name")));
+    ASSERT_EQ(::rename(tree.path("name").constData(), tree.path("other").constData()), 0);
+    tree.makeFile("name", "foreign");
+    tree.setExtendedAttribute("name", finderInfoName, info("PICTview", 0));
+    tree.setExtendedAttribute("name", resourceForkName, "another file's");
+    const ReadHfsImage image(root, optionsFor(15));
+    EXPECT_EQ(image.at("/name").finderInfo, info("TEXTttxt", 0));
+    EXPECT_EQ(image.reader.contents(image.at("/name").resource), "its own");
+    EXPECT_EQ(image.contents("/name"), "data fork");
 }
 
 TEST(HfsPlusMacAttributes, propertiesOfTheLayout_areFinderFlags)
