@@ -50,10 +50,13 @@ NSError ImageStage::makeFiles()
         m_cueSheet = StagedFile::create(folder, folderPath, m_destination.cueName, &reason);
     if (m_image && (m_cueSheet || m_destination.cueName.isEmpty()))
         return {};
+    const bool lacksDescriptors = reason == EMFILE || reason == ENFILE;
     return discJobError(
         DiscJobErrorCode::Destination,
         QStringLiteral("no file can be made in the output's folder %1: %2").arg(quoted(folderPath), systemText(reason)),
-        QStringLiteral("Choose another place for the output."), folderPath);
+        lacksDescriptors ? QStringLiteral("Close other programs, or allow more open files (ulimit -n).")
+                         : QStringLiteral("Choose another place for the output."),
+        folderPath);
 }
 
 QByteArray ImageStage::pathForWriting() const

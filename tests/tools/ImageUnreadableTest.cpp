@@ -2,6 +2,7 @@
 
 #include <QJsonArray>
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -138,6 +139,25 @@ TEST_F(ImageUnreadable, reason_isTold_whenAFolderAboveMayNotBeEntered)
         EXPECT_EQ(result.exitStatus, 1) << path.constData();
         EXPECT_TRUE(result.errors.contains("cannot be reached: Permission denied")) << result.errors.constData();
     }
+}
+
+TEST_F(ImageUnreadable, lackOfDescriptors_isToldAsWhatItIs)
+{
+    bool isAllMade = false;
+    for (quint64 limit = 4; limit < 30 && !isAllMade; ++limit) {
+        ChildSettings settings = tessaron(imageArguments());
+        settings.descriptorLimit = limit;
+        const ChildResult result = runChild(settings);
+        constexpr int notLoaded = 127;
+        isAllMade = result.exitStatus == 0;
+        if (isAllMade || result.exitStatus == notLoaded)
+            continue;
+        EXPECT_TRUE(result.errors.contains("oo many")) << limit << result.errors.constData();
+        EXPECT_FALSE(result.errors.contains("Choose another place")) << limit << result.errors.constData();
+        EXPECT_EQ(result.exitStatus == 3, !outNames().empty()) << limit << result.errors.constData();
+        std::filesystem::remove(image().toStdString());
+    }
+    EXPECT_TRUE(isAllMade);
 }
 
 TEST_F(ImageUnreadable, nothingIsLost_whenDescriptorsAreFew)
