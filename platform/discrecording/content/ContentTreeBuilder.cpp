@@ -15,7 +15,6 @@
 #include <iterator>
 #include <map>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <unordered_set>
 
 namespace Tessaron
@@ -48,7 +47,6 @@ ContentTreeBuilder::ContentTreeBuilder(const PlanProgress &progress, FileTime vo
                                        std::optional<std::int64_t> latestTime, unsigned int threadCount)
     : m_progress(progress)
     , m_threadCount(std::max(threadCount, 1u))
-    , m_readsEverything(::geteuid() == 0)
     , m_tree(std::make_unique<ContentTree>())
 {
     m_tree->volumeTime = volumeTime;
@@ -253,7 +251,7 @@ OSStatus ContentTreeBuilder::listFolder(const FSRef &ref, std::vector<ContentNod
             content.nameLength =
                 static_cast<std::uint8_t>(std::min<std::size_t>(view(nameOfFSRef(entry.ref)).size(), longestBaseName));
             setSource(content, entry.ref);
-            if (takeCatalogInfo(content, entry.info, m_readsEverything))
+            if (takeCatalogInfo(content, entry.info))
                 content.flags &= static_cast<std::uint8_t>(~ContentNode::NeedsInspection);
             children.push_back(content);
         }

@@ -70,7 +70,6 @@ private:
 
     const PlanProgress &m_progress;
     const unsigned int m_threadCount;
-    const bool m_readsEverything; ///< permissions do not matter to this process
     bool m_relocatesDeepFolders = false;
     std::unique_ptr<ContentTree> m_tree;
     std::deque<PendingFolder> m_pending;

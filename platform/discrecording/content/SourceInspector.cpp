@@ -73,7 +73,6 @@ public:
     Inspector(ContentTree &tree, std::mutex &devicesMutex)
         : m_tree(tree)
         , m_devicesMutex(devicesMutex)
-        , m_readsEverything(::geteuid() == 0)
     {
     }
 
@@ -169,11 +168,12 @@ private:
         m_device = device;
     }
 
-    bool isReadable(const ContentNode &content, const FoundSource &found) const
+    /// Asked of root, too: file servers and containers may grant it less than everything.
+    static bool isReadable(const ContentNode &content, const FoundSource &found)
     {
         const bool hasContents =
             content.isFolder() ? content.childCount() == 0 : content.isFile() && content.fileSize() > 0;
-        if (!hasContents || m_readsEverything || isReadableByAll(found.status.stx_mode, content.isFolder()))
+        if (!hasContents || isReadableByAll(found.status.stx_mode, content.isFolder()))
             return true;
         const int wanted = content.isFolder() ? R_OK | X_OK : R_OK;
         if (found.folder >= 0)
@@ -207,7 +207,6 @@ private:
 
     ContentTree &m_tree;
     std::mutex &m_devicesMutex; ///< guards ContentTree::devices
-    const bool m_readsEverything;
     SourceFolder m_folder;
     std::uint64_t m_device = UINT64_MAX; ///< the device met last, and its number
     std::uint16_t m_deviceNumber = 0;
@@ -244,7 +243,7 @@ std::uint16_t deviceNumber(std::vector<std::uint64_t> &devices, std::uint64_t de
     return static_cast<std::uint16_t>(std::min<std::size_t>(number, UINT16_MAX));
 }
 
-bool takeCatalogInfo(ContentNode &content, const FSCatalogInfo &info, bool readsEverything)
+bool takeCatalogInfo(ContentNode &content, const FSCatalogInfo &info)
 {
     content.kind = kindOf(info.mode);
     if (content.isFile())
@@ -257,8 +256,7 @@ bool takeCatalogInfo(ContentNode &content, const FSCatalogInfo &info, bool reads
     content.userId = info.userId;
     content.groupId = info.groupId;
     const bool needsRead = content.isFile() && content.fileSize() > 0;
-    return content.kind != ContentKind::SymbolicLink
-        && (!needsRead || readsEverything || isReadableByAll(info.mode, false));
+    return content.kind != ContentKind::SymbolicLink && (!needsRead || isReadableByAll(info.mode, false));
 }
 
 bool inspectSources(ContentTree &tree, const PlanProgress &progress, unsigned int threadCount, StorageIssues &issues)

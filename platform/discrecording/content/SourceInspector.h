@@ -16,8 +16,8 @@ struct FSCatalogInfo;
 [[nodiscard]] std::uint16_t deviceNumber(std::vector<std::uint64_t> &devices, std::uint64_t device);
 
 /// Takes what a listing said about a file. False when the file has still to be looked at: a link whose target is
-/// needed, a file that may not be readable unless permissions do not matter (`readsEverything`).
-[[nodiscard]] bool takeCatalogInfo(ContentNode &content, const FSCatalogInfo &info, bool readsEverything);
+/// needed, a file that may not be readable.
+[[nodiscard]] bool takeCatalogInfo(ContentNode &content, const FSCatalogInfo &info);
 
 /// Looks at the source of every object that is marked for it, with several threads. An object that is gone or cannot be
 /// read becomes absent and is added to `issues`, in the order of the tree. False when cancelled.

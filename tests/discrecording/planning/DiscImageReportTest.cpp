@@ -8,7 +8,10 @@
 #include <QTimeZone>
 #include <QVariant>
 
+#include <array>
 #include <gtest/gtest.h>
+#include <linux/capability.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace Tessaron::Testing
@@ -239,6 +242,49 @@ TEST(DiscImageReport, renamedSourceThatMayNotBeRead_isRefused_whateverHasItsOldN
     ASSERT_EQ(image.plan().report->count(), 1u);
     EXPECT_EQ(image.plan().report->item(0).kind, Kind::Refused);
     EXPECT_TRUE(image.plan().report->item(0).reason.contains(QStringLiteral("access was denied")));
+}
+
+/// Keeps root from reading what its permissions forbid, as a file server or a container may, while it lives; for this
+/// thread and those that it starts.
+class RootOfLittlePower
+{
+public:
+    RootOfLittlePower()
+    {
+        EXPECT_EQ(::syscall(SYS_capget, &m_header, m_all.data()), 0);
+        std::array<__user_cap_data_struct, 2> less = m_all;
+        less[0].effective &= ~(1u << CAP_DAC_OVERRIDE | 1u << CAP_DAC_READ_SEARCH);
+        EXPECT_EQ(::syscall(SYS_capset, &m_header, less.data()), 0);
+    }
+    ~RootOfLittlePower() { EXPECT_EQ(::syscall(SYS_capset, &m_header, m_all.data()), 0); }
+    RootOfLittlePower(const RootOfLittlePower &) = delete;
+    RootOfLittlePower &operator=(const RootOfLittlePower &) = delete;
+
+private:
+    __user_cap_header_struct m_header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    std::array<__user_cap_data_struct, 2> m_all = {};
+};
+
+TEST(DiscImageReport, sourceThatRootMayNotRead_isRefused)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give up its power";
+    const TemporaryTree tree;
+    tree.makeFile("FOLDER/SECRET", "s");
+    tree.makeFile("FOLDER/OPEN", "o");
+    tree.setMode("FOLDER/SECRET", 0600);
+    constexpr uid_t somebody = 65534;
+    ASSERT_EQ(::chown(tree.path("FOLDER/SECRET").constData(), somebody, somebody), 0);
+    const auto wholesale = DRFolder::folderWithPath(tree.pathText("FOLDER"));
+    for (const auto &root : {rootWith(tree, {"FOLDER/SECRET", "FOLDER/OPEN"}), wholesale}) {
+        const RootOfLittlePower power;
+        const WrittenImage image(root);
+        ASSERT_FALSE(image.error()) << qPrintable(image.error().localizedDescription());
+        ASSERT_EQ(image.plan().report->count(), 1u);
+        EXPECT_EQ(image.plan().report->item(0).path, QStringLiteral("/SECRET"));
+        EXPECT_EQ(image.plan().report->item(0).kind, Kind::Refused);
+        EXPECT_EQ(image.plan().fileCount, 1u);
+    }
 }
 
 TEST(DiscImageReport, sourceInAFolderThatMayNotBeEntered_isRefusedForThatReason)
