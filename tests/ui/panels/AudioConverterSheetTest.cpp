@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QImage>
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
@@ -12,6 +13,7 @@
 
 #include <TessaronClassesUI/AudioConverterSheet.h>
 #include <gtest/gtest.h>
+#include <set>
 
 using namespace Tessaron;
 
@@ -85,6 +87,42 @@ TEST_F(AudioConverterSheetTest, sheet_isModalForItsWindowAndShowsBarAndButton)
     ASSERT_TRUE(waitUntil([this] { return bar->width() >= 300; }));
     EXPECT_TRUE(win->rect().contains(bar->geometry()) && win->rect().contains(cancel->geometry()));
     EXPECT_FALSE(bar->geometry().intersects(cancel->geometry()));
+}
+
+/// What is painted, in each language: the frame of the bar, its filled half in another colour than its empty one, and
+/// the letters of the button. TESSARON_SCREENSHOTS names a folder to look at the pictures in.
+TEST_F(AudioConverterSheetTest, picture_showsBarAndButton)
+{
+    for (const char *const language : {"en", "de"}) {
+        NSBundle::frameworkBundle()->setPreferredLanguages({QString::fromLatin1(language)});
+        events.clear();
+        begin();
+        bar->setRange(0, 1000);
+        bar->setValue(500);
+        ASSERT_TRUE(waitUntil([this] { return bar->width() >= 300 && bar->value() == 500; }));
+        const QImage picture = win->grab().toImage();
+        if (const QString places = qEnvironmentVariable("TESSARON_SCREENSHOTS"); !places.isEmpty()) {
+            EXPECT_TRUE(picture.save(places + QStringLiteral("/audioConverter-%1.png").arg(QLatin1String(language))));
+        }
+        const qreal scale = picture.devicePixelRatio();
+        const auto part = [&](const QWidget *widget) {
+            const QRect place(widget->mapTo(win.data(), QPoint()), widget->size());
+            return picture.copy(QRect(place.topLeft() * scale, place.size() * scale));
+        };
+        const QImage barPicture = part(bar), buttonPicture = part(cancel);
+        const int row = barPicture.height() / 2;
+        EXPECT_NE(barPicture.pixel(barPicture.width() / 4, row), barPicture.pixel(barPicture.width() * 3 / 4, row))
+            << "the bar is half full";
+        EXPECT_EQ(barPicture.pixel(barPicture.width() / 4, row), barPicture.pixel(barPicture.width() * 2 / 5, row));
+        std::set<QRgb> colours;
+        for (int y = buttonPicture.height() / 4; y < buttonPicture.height() * 3 / 4; ++y) {
+            for (int x = buttonPicture.width() / 4; x < buttonPicture.width() * 3 / 4; ++x)
+                colours.insert(buttonPicture.pixel(x, y));
+        }
+        EXPECT_GT(colours.size(), 4u) << "letters stand on the button";
+        converter->abort();
+        EXPECT_TRUE(waitUntil([this] { return !events.isEmpty() && win.isNull(); }));
+    }
 }
 
 TEST_F(AudioConverterSheetTest, cancelButton_abortsAndTakesTheSheetAway)
