@@ -15,6 +15,10 @@ namespace Tessaron
 namespace
 {
 
+// What a number has in its description, significant digits.
+constexpr int digitsOfDouble = 16;
+constexpr int digitsOfFloat = 7;
+
 bool isStageSeparator(const QVariant &argument)
 {
     const int type = argument.typeId();
@@ -78,6 +82,12 @@ QByteArray taskArgument(const QVariant &argument)
         break;
     case QMetaType::Bool:
         text = argument.toBool() ? "1" : "0";
+        break;
+    case QMetaType::Double:
+        text = QByteArray::number(argument.toDouble(), 'g', digitsOfDouble);
+        break;
+    case QMetaType::Float:
+        text = QByteArray::number(argument.toDouble(), 'g', digitsOfFloat);
         break;
     default:
         text = fileSystemRepresentation(argument.toString());

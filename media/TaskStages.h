@@ -28,8 +28,8 @@ struct TaskStages {
 [[nodiscard]] TaskStages taskStages(const QVariantList &arguments);
 
 /// The bytes that an argument is passed as: bytes as they are, text as a file name (FileSystemRepresentation.h),
-/// numbers in digits; a leading "~" or "~name" becomes the home folder of the user, or of that one if there is such a
-/// user.
+/// numbers in digits, fractions in 16 of them or, from single precision, in 7; a leading "~" or "~name" becomes the
+/// home folder of the user, or of that one if there is such a user.
 [[nodiscard]] QByteArray taskArgument(const QVariant &argument);
 
 } // namespace Tessaron

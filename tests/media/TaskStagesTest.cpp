@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <pwd.h>
+#include <utility>
 
 using namespace Tessaron;
 using namespace Tessaron::Testing;
@@ -44,4 +45,15 @@ TEST(TaskStages, tilde_standsForTheHomeOfItsUser)
     qunsetenv("HOME");
     EXPECT_EQ(taskArgument(QStringLiteral("~")), QByteArray(::getpwuid(::getuid())->pw_dir));
     qputenv("HOME", home);
+}
+
+TEST(TaskStages, numbers_areDescribedInDecimalDigits)
+{
+    const std::pair<QVariant, const char *> rows[] = {
+        {128, "128"},       {-7654312, "-7654312"},          {44.5, "44.5"},  {44.1f, "44.1"},
+        {0.1 + 0.2, "0.3"}, {1.0 / 3, "0.3333333333333333"}, {1e20, "1e+20"}, {true, "1"},
+        {false, "0"},
+    };
+    for (const auto &[number, text] : rows)
+        EXPECT_EQ(taskArgument(number), QByteArray(text));
 }
