@@ -222,6 +222,7 @@ TEST_F(AudioConverter, toolsThatCannotBeStarted_failWithTheFrameworksText)
     EXPECT_EQ(error.domain(), NSOSStatusErrorDomain);
     EXPECT_EQ(error.code(), 0);
     EXPECT_EQ(error.filePath(), tree.pathText("out/one.wav"));
+    EXPECT_EQ(error.userInfo().size(), 3) << "path, description and suggestion";
     EXPECT_FALSE(error.localizedDescription().isEmpty());
     EXPECT_NE(error.localizedDescription(), QStringLiteral("audio export failed"));
     EXPECT_TRUE(error.localizedRecoverySuggestion().contains(QStringLiteral("“one.wav”")))
@@ -293,6 +294,15 @@ TEST_F(AudioConverter, progress_isThatOfAllFiles)
     tree.makeFile("out/other.wav.go");
     ASSERT_TRUE(waitForEvent());
     EXPECT_EQ(progress.size(), 3u);
+
+    for (const char *const name : {"out/one.wav.name", "out/one.wav.go"})
+        tree.remove(name);
+    convert({one}, {outOne}, 0);
+    post("out/one.wav", {{key, 0.5}});
+    ASSERT_TRUE(runEventLoopUntil([&] { return progress.size() == 4; }));
+    EXPECT_EQ(progress.back(), 0.5f) << "each batch begins at nothing";
+    tree.makeFile("out/one.wav.go");
+    ASSERT_TRUE(waitForEvent(2));
 }
 
 TEST_F(AudioConverter, aborting_duringTheSecondFile_deletesThatFileOnly)
@@ -392,6 +402,26 @@ TEST_F(AudioConverter, sheet_isLoadedOnceAndShowsTheProgress)
     EXPECT_EQ(steps, (std::vector<std::string>{"begin", "indeterminate", "enable", "disable", "end"}));
     ASSERT_TRUE(waitForEvent(2));
     EXPECT_EQ(events, (std::vector<std::string>{"end", "abort"}));
+}
+
+TEST_F(AudioConverter, sheet_beginsOnItsWindow_andStays_withoutTheStandardInterface)
+{
+    std::vector<std::string> steps;
+    QObject window;
+    makeQrlMov2Wav("echo x >\"$2\"");
+    converter->setInterfaceLoader([&](KRAudioConverter &) { return std::make_unique<RecordedInterface>(steps); });
+    convert({one}, {outOne}, 0);
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(steps, (std::vector<std::string>{"indeterminate", "enable"})) << "it is loaded, and shown nowhere";
+
+    steps.clear();
+    const std::shared_ptr<KRAudioConverter> second = KRAudioConverter::init();
+    second->setDelegate(delegate);
+    second->setInterfaceLoader([&](KRAudioConverter &) { return std::make_unique<RecordedInterface>(steps); });
+    second->setSheetModal(&window);
+    second->convertAudioFiles(QStringList{tree.pathText("one.flac")}, QStringList{tree.pathText("out/one.wav")}, 0);
+    ASSERT_TRUE(waitForEvent(2));
+    EXPECT_EQ(steps, (std::vector<std::string>{"begin", "indeterminate", "enable"})) << "only the standard one ends";
 }
 
 TEST_F(AudioConverter, sheet_endsWithAFailure)
