@@ -55,7 +55,7 @@ bool waveHasNoLength(const LocalMediaFile &file)
     constexpr int mostChunks = 100;
     std::int64_t at = 12;
     for (int count = 0; count < mostChunks; ++count) {
-        const QByteArray head = file.bytesAt(at, 8);
+        const QByteArray head = file.file().bytesAt(at, 8);
         if (head.size() < 8)
             return false;
         const auto size = loadLittleEndian<std::uint32_t>(reinterpret_cast<const std::uint8_t *>(head.constData()) + 4);
@@ -116,7 +116,7 @@ Result<std::unique_ptr<AudioStreamReader>> AudioStreamReader::open(const QByteAr
     Result<std::unique_ptr<MediaContainer>> opened = MediaContainer::open(path, stop, EditLists::Ignored);
     std::optional<MediaRun> run;
     if (opened && (*opened)->formatName() == "mov" && (*opened)->bestAudioStream()) {
-        const std::optional<MovieAtoms> movie = movieAtomsOf((*opened)->file());
+        const std::optional<MovieAtoms> movie = movieAtomsOf((*opened)->file().file());
         const MovieTrackAtoms *const track = movie ? movie->trackWithID((*opened)->bestAudioStream()->id) : nullptr;
         run = track ? heardRun(*movie, *track) : std::nullopt;
         if (!run)

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/quicktime/AudioDamage.h"
+#include "platform/quicktime/decoding/HeardRun.h"
 #include "platform/quicktime/decoding/MediaContainer.h"
-#include "platform/quicktime/decoding/MovieAtoms.h"
 
 #include <QMap>
 #include <QString>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Result.h"
-#include "platform/foundation/UniqueDescriptor.h"
+#include "platform/quicktime/MediaFile.h"
 #include "platform/quicktime/decoding/FFmpegHandles.h"
 
 #include <QByteArray>
@@ -24,9 +24,10 @@ public:
     LocalMediaFile &operator=(const LocalMediaFile &) = delete;
 
     [[nodiscard]] AVIOContext *context() const { return m_context.get(); }
-    [[nodiscard]] const QByteArray &path() const { return m_path; }
-    /// In bytes, when it was opened.
-    [[nodiscard]] std::int64_t length() const { return m_length; }
+    /// The file itself, for those who read it without the libraries.
+    [[nodiscard]] const MediaFile &file() const { return m_file; }
+    [[nodiscard]] const QByteArray &path() const { return m_file.path(); }
+    [[nodiscard]] std::int64_t length() const { return m_file.length(); }
     [[nodiscard]] std::int64_t position() const { return m_position; }
     [[nodiscard]] bool isCancelled() const { return m_stop.stop_requested(); }
 
@@ -38,17 +39,12 @@ public:
     /// The `errno` value of the last read that the system failed; 0 when there was none.
     [[nodiscard]] int failure() const { return m_failure; }
 
-    /// Bytes at a place, apart from what the libraries read; fewer at the end or after a failure.
-    [[nodiscard]] QByteArray bytesAt(std::int64_t offset, std::int64_t length) const;
-
 private:
-    LocalMediaFile(QByteArray path, UniqueDescriptor descriptor, std::int64_t length, std::stop_token stop);
+    LocalMediaFile(MediaFile file, std::stop_token stop);
     static int read(void *self, std::uint8_t *buffer, int size);
     static std::int64_t seek(void *self, std::int64_t offset, int whence);
 
-    const QByteArray m_path;
-    const UniqueDescriptor m_descriptor;
-    const std::int64_t m_length;
+    const MediaFile m_file;
     const std::stop_token m_stop;
     std::int64_t m_position = 0;
     std::int64_t m_budget = INT64_MAX;

@@ -1,9 +1,9 @@
 #include "platform/quicktime/decoding/MovieOpening.h"
 
 #include "platform/quicktime/MediaErrors.h"
+#include "platform/quicktime/MovieAtoms.h"
 #include "platform/quicktime/decoding/AudioStreamReader.h"
 #include "platform/quicktime/decoding/MediaContainer.h"
-#include "platform/quicktime/decoding/MovieAtoms.h"
 
 #include <algorithm>
 
@@ -110,7 +110,7 @@ Result<MovieContents> openMovie(const QByteArray &path, const std::stop_token &s
         return mediaError(noMovieFound, path, QStringLiteral("it holds neither sound nor pictures that move"),
                           QStringLiteral("Choose an audio or movie file."));
     const bool hasAtoms = (*container)->formatName() == "mov";
-    const std::optional<MovieAtoms> atoms = hasAtoms ? movieAtomsOf((*container)->file()) : std::nullopt;
+    const std::optional<MovieAtoms> atoms = hasAtoms ? movieAtomsOf((*container)->file().file()) : std::nullopt;
     MovieContents movie;
     movie.duration = durationOfMovie(**container, atoms);
     if (sound && sound->codecpar->sample_rate > 0) {

@@ -67,7 +67,7 @@ std::optional<CopySource> copySourceOf(const QByteArray &path, const std::stop_t
         return {};
     CopySource source{*std::move(opened), stream, {}};
     if (source.container->formatName() == "mov") {
-        const std::optional<MovieAtoms> atoms = movieAtomsOf(source.container->file());
+        const std::optional<MovieAtoms> atoms = movieAtomsOf(source.container->file().file());
         const MovieTrackAtoms *const track = atoms ? atoms->trackWithID(stream->id) : nullptr;
         const std::optional<MediaRun> run = track ? heardRun(*atoms, *track) : std::nullopt;
         if (!run)

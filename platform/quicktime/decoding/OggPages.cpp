@@ -25,8 +25,8 @@ Integer numberAt(const QByteArray &bytes, qsizetype at)
 
 std::optional<std::int64_t> endOfOggStream(const LocalMediaFile &file)
 {
-    const QByteArray first = file.bytesAt(0, headSize);
-    const QByteArray tail = file.bytesAt(std::max<std::int64_t>(file.length() - longestPage, 0), longestPage);
+    const QByteArray first = file.file().bytesAt(0, headSize);
+    const QByteArray tail = file.file().bytesAt(std::max<std::int64_t>(file.length() - longestPage, 0), longestPage);
     const qsizetype last = tail.lastIndexOf("OggS");
     if (first.size() < headSize || !first.startsWith("OggS") || last < 0 || tail.size() - last < headSize)
         return {};

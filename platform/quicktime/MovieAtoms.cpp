@@ -1,11 +1,10 @@
-#include "platform/quicktime/decoding/MovieAtoms.h"
+#include "platform/quicktime/MovieAtoms.h"
 
 #include "platform/foundation/ByteOrder.h"
 
 #include <QList>
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace Tessaron
 {
@@ -33,7 +32,7 @@ struct Atom {
 };
 
 /// The atoms between two places; those that reach past the end are cut there.
-std::vector<Atom> atomsBetween(const LocalMediaFile &file, std::int64_t begin, std::int64_t end)
+std::vector<Atom> atomsBetween(const MediaFile &file, std::int64_t begin, std::int64_t end)
 {
     std::vector<Atom> atoms;
     while (begin + 8 <= end && atoms.size() < mostAtoms) {
@@ -57,7 +56,7 @@ std::vector<Atom> atomsBetween(const LocalMediaFile &file, std::int64_t begin, s
     return atoms;
 }
 
-std::optional<Atom> firstAtom(const LocalMediaFile &file, std::optional<Atom> parent, const QList<QByteArray> &way)
+std::optional<Atom> firstAtom(const MediaFile &file, std::optional<Atom> parent, const QList<QByteArray> &way)
 {
     for (const QByteArray &type : way) {
         if (!parent)
@@ -70,7 +69,7 @@ std::optional<Atom> firstAtom(const LocalMediaFile &file, std::optional<Atom> pa
 }
 
 /// The content of the first atom on a way, cut at a limit; empty when no atom lies there.
-QByteArray contentOf(const LocalMediaFile &file, const Atom &parent, const QList<QByteArray> &way,
+QByteArray contentOf(const MediaFile &file, const Atom &parent, const QList<QByteArray> &way,
                      std::int64_t most = 4096)
 {
     const std::optional<Atom> atom = firstAtom(file, parent, way);
@@ -125,7 +124,7 @@ std::optional<std::uint64_t> sumOfDurations(const QByteArray &table)
     return sum;
 }
 
-MovieTrackAtoms trackOf(const LocalMediaFile &file, const Atom &atom)
+MovieTrackAtoms trackOf(const MediaFile &file, const Atom &atom)
 {
     MovieTrackAtoms track;
     const QByteArray header = contentOf(file, atom, {"tkhd"});
@@ -161,7 +160,7 @@ std::optional<GaplessInformation> gaplessOfText(const QByteArray &text)
 }
 
 /// Items of free names: "----" with the atoms "mean", "name" and "data".
-std::optional<GaplessInformation> gaplessOf(const LocalMediaFile &file, const Atom &movie)
+std::optional<GaplessInformation> gaplessOf(const MediaFile &file, const Atom &movie)
 {
     const std::optional<Atom> user = firstAtom(file, movie, {"udta", "meta"});
     if (!user)
@@ -189,7 +188,7 @@ const MovieTrackAtoms *MovieAtoms::trackWithID(int id) const
     return found == tracks.end() ? nullptr : &*found;
 }
 
-std::optional<MovieAtoms> movieAtomsOf(const LocalMediaFile &file)
+std::optional<MovieAtoms> movieAtomsOf(const MediaFile &file)
 {
     const std::optional<Atom> atom = firstAtom(file, Atom{{}, 0, file.length()}, {"moov"});
     if (!atom)
@@ -204,34 +203,6 @@ std::optional<MovieAtoms> movieAtomsOf(const LocalMediaFile &file)
     }
     movie.gapless = gaplessOf(file, *atom);
     return movie.timeScale == 0 || movie.tracks.empty() ? std::nullopt : std::optional(movie);
-}
-
-std::optional<MediaRun> heardRun(const MovieAtoms &movie, const MovieTrackAtoms &track)
-{
-    if (movie.isFragmented || track.mediaTimeScale == 0 || track.mediaDuration > INT64_MAX / 2)
-        return {};
-    const std::int64_t duration = std::int64_t(track.mediaDuration);
-    const bool hasEdits = !track.edits.empty();
-    if (track.edits.size() > 1 || (hasEdits && (track.edits[0].mediaTime < 0 || track.edits[0].duration < 0)))
-        return {};
-    MediaRun run{0, duration};
-    if (hasEdits) {
-        const MovieEdit &edit = track.edits[0];
-        run.begin = std::min(edit.mediaTime, duration);
-        const std::int64_t length = av_rescale(edit.duration, track.mediaTimeScale, movie.timeScale);
-        const std::int64_t movieTick = track.mediaTimeScale / movie.timeScale + 1;
-        // The movie's ticks are coarser than samples: an end within one of them of the media's is the media's end.
-        // No duration says the same.
-        const bool endsWithMedia = length == 0 || length >= duration - run.begin - movieTick;
-        run.end = endsWithMedia ? duration : run.begin + length;
-    }
-    if (!movie.gapless || movie.gapless->length > duration)
-        return run;
-    const std::int64_t delay = movie.gapless->delay;
-    const bool agrees = !hasEdits || run.begin == delay;
-    if (agrees && movie.gapless->length <= run.end - delay)
-        run = {delay, delay + movie.gapless->length};
-    return run;
 }
 
 } // namespace Tessaron

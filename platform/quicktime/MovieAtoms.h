@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/quicktime/decoding/LocalMediaFile.h"
+#include "platform/quicktime/MediaFile.h"
 
 #include <QByteArray>
 
@@ -46,15 +46,6 @@ struct MovieAtoms {
 };
 
 /// Reads the atoms; no value when the file has no usable "moov" atom. Any bytes end in one of the two.
-[[nodiscard]] std::optional<MovieAtoms> movieAtomsOf(const LocalMediaFile &file);
-
-/// A run of a track's media that is to be heard, in ticks of the media.
-struct MediaRun {
-    std::int64_t begin = 0;
-    std::int64_t end = 0; ///< not included
-};
-
-/// The one run of a track that is to be heard, exact to the tick; no value where the edit list plays several.
-[[nodiscard]] std::optional<MediaRun> heardRun(const MovieAtoms &movie, const MovieTrackAtoms &track);
+[[nodiscard]] std::optional<MovieAtoms> movieAtomsOf(const MediaFile &file);
 
 } // namespace Tessaron
