@@ -61,4 +61,5 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/Result.h
     platform/foundation/UniqueDescriptor.h
     platform/quicktime/AudioDamage.h
+    platform/quicktime/MovieDescription.h
     platform/quicktime/QTMovie.h)

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/Result.h"
 #include "platform/quicktime/CDSound.h"
+#include "platform/quicktime/MovieDescription.h"
 #include "platform/quicktime/QTMovie.h"
 
 #include <QByteArray>
@@ -33,6 +34,10 @@ struct MediaService {
     NSError (*writeMovie)(const std::vector<QTSoundSegment> &segments, MovieStorage &storage,
                           const std::stop_token &stop);
 
+    // See MovieDescription.h; for files that are not described by their atoms.
+    Result<MovieDescription> (*describeMovie)(const QByteArray &path, const std::stop_token &stop);
+    Result<QByteArray> (*pictureOfCover)(const QByteArray &path, const std::stop_token &stop);
+
     // See CDSound. Each sound that was opened is closed once.
     Result<CDAudioDecoder *> (*openSound)(const QByteArray &path, const std::stop_token &stop);
     CDAudioLength (*lengthOfSound)(const CDAudioDecoder &sound);
@@ -57,7 +62,7 @@ struct MediaModuleDescription {
     const MediaService *service;
 };
 
-inline constexpr std::uint32_t mediaInterfaceNumber = 3;
+inline constexpr std::uint32_t mediaInterfaceNumber = 4;
 
 /// The one symbol that a module exports, and what it is.
 inline constexpr const char *mediaModuleEntryName = "tessaronMediaModule";

@@ -4,6 +4,7 @@
 #include "platform/quicktime/MediaErrors.h"
 #include "platform/quicktime/MediaModule.h"
 #include "platform/quicktime/MovieStorage.h"
+#include "platform/quicktime/MovieTimes.h"
 
 #include <algorithm>
 
@@ -15,15 +16,6 @@ const QString QTMovieOpenAsyncOKAttribute = QStringLiteral("QTMovieOpenAsyncOKAt
 
 namespace
 {
-
-__extension__ using Product = __int128;
-
-/// A time in another scale, rounded to the nearest value. Neither is negative, and scales are positive.
-std::int64_t rescaled(std::int64_t time, std::int64_t toScale, std::int64_t fromScale)
-{
-    const Product result = (Product(time) * toScale + fromScale / 2) / fromScale;
-    return std::int64_t(std::min<Product>(result, INT64_MAX));
-}
 
 std::shared_ptr<QTMovie> failed(NSError *to, const NSError &error)
 {
@@ -85,7 +77,7 @@ NSError InsertMovieSegment(const QTMovie &source, QTMovie &destination, std::int
                           QStringLiteral("Choose a part that lies within the file."));
     const std::int64_t left = whole.timeValue - sourceIn;
     const std::int64_t end = sourceIn + std::min(sourceDuration, left);
-    const auto samples = [&](std::int64_t time) { return rescaled(time, source.m_soundRate, whole.timeScale); };
+    const auto samples = [&](std::int64_t time) { return rescaledTime(time, source.m_soundRate, whole.timeScale); };
     // Up to the very end means to the last sample, however coarse the movie's times are.
     const std::int64_t lastSample = sourceDuration >= left ? INT64_MAX : samples(end);
     destination.m_segments.push_back({source.path(), samples(sourceIn), lastSample});

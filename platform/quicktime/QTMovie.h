@@ -45,6 +45,7 @@ struct QTSoundDescription {
     std::int16_t sampleSize = 0; ///< bits
     std::int16_t numChannels = 0;
     std::int64_t descSize = 0; ///< bytes of the description in a QuickTime file; elsewhere what it would have there
+    QString name; ///< of the codec, for people; may be empty
 };
 
 /// What the pictures of a video track are.
@@ -54,13 +55,14 @@ struct QTImageDescription {
     std::int16_t height = 0;
     std::int16_t frameCount = 1; ///< in a sample
     std::int16_t depth = 24; ///< bits of a pixel
-    QString name; ///< of the codec, for people
+    QString name; ///< of the codec, for people: in a QuickTime or MP4 file what stands there, which may be empty
 };
 
 /// A track of a movie.
 struct QTTrack {
-    QByteArray mediaType; ///< "soun", "vide", "text", or empty for what is none of these
+    QByteArray mediaType; ///< "soun", "vide", "text" or another one that the file names; may be empty
     std::int64_t duration = 0; ///< in the movie's time scale
+    std::optional<std::uint64_t> dataSize; ///< bytes of its samples, where that is known without reading all of them
     std::optional<QTSoundDescription> sound;
     std::optional<QTImageDescription> image;
 };

@@ -6,7 +6,6 @@
 #include "platform/quicktime/decoding/OggPages.h"
 
 #include <algorithm>
-#include <array>
 
 namespace Tessaron
 {
@@ -26,27 +25,6 @@ bool isVorbisInOgg(const MediaContainer &container, const AVStream &stream)
 {
     return stream.codecpar->codec_id == AV_CODEC_ID_VORBIS && container.formatName() == "ogg"
         && MediaContainer::ticksAreSamples(stream);
-}
-
-/// Formats that are nothing but one packet behind the other: a gap between two of them is foreign bytes.
-bool hasOnlyPackets(const QByteArray &format)
-{
-    static constexpr std::array formats = {"mp3", "aac", "flac", "ac3", "eac3", "dts"};
-    return std::any_of(formats.begin(), formats.end(), [&](const char *one) { return format == one; });
-}
-
-bool isLossless(AVCodecID codec)
-{
-    const AVCodecDescriptor *const descriptor = avcodec_descriptor_get(codec);
-    return descriptor && (descriptor->props & AV_CODEC_PROP_LOSSLESS) != 0
-        && (descriptor->props & AV_CODEC_PROP_LOSSY) == 0;
-}
-
-/// Sample tables that the whole file is described by, and codecs whose packets are as long as they say.
-bool headerTellsLength(const AVFormatContext &context, const AVStream &stream)
-{
-    return isLossless(stream.codecpar->codec_id) && stream.duration > 0
-        && context.duration_estimation_method != AVFMT_DURATION_FROM_BITRATE && MediaContainer::ticksAreSamples(stream);
 }
 
 /// Whether the data chunk of a WAVE file has one of the sizes that stand for none.
@@ -150,7 +128,7 @@ NSError AudioStreamReader::openDecoder()
     // With threads for frames the last ones are lost unless everything is drained in time; a track decodes in
     // a hundredth of its playing time on one.
     m_decoder->thread_count = 1;
-    if (isLossless(m_stream->codecpar->codec_id))
+    if (MediaContainer::isLossless(m_stream->codecpar->codec_id))
         m_decoder->err_recognition = AV_EF_CRCCHECK | AV_EF_EXPLODE;
     if (m_run)
         m_decoder->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
@@ -173,7 +151,7 @@ NSError AudioStreamReader::findLength(std::stop_token stop)
     const std::int64_t announced = m_stream->duration > 0
         ? samplesOfTicks(m_stream->duration, *m_stream, sampleRate())
         : av_rescale(std::max<std::int64_t>(m_container->context()->duration, 0), sampleRate(), AV_TIME_BASE);
-    m_length = {announced, headerTellsLength(*m_container->context(), *m_stream)};
+    m_length = {announced, m_container->headerTellsLength(*m_stream)};
     if (m_length.isExact || !MediaContainer::ticksAreSamples(*m_stream))
         return {};
     const Result<std::unique_ptr<MediaContainer>> other = MediaContainer::open(path(), std::move(stop));
@@ -209,14 +187,11 @@ void AudioStreamReader::takeLengthOfVorbis(std::int64_t samplesInPackets)
 
 QMap<QString, QString> AudioStreamReader::tags() const
 {
-    QMap<QString, QString> tags;
-    // Ogg has them with the stream, most others with the file.
-    for (const AVDictionary *const from : {m_stream->metadata, m_container->context()->metadata}) {
-        const AVDictionaryEntry *entry = nullptr;
-        while ((entry = av_dict_get(from, "", entry, AV_DICT_IGNORE_SUFFIX)) != nullptr)
-            tags.insert(QString::fromUtf8(entry->key).toLower(), QString::fromUtf8(entry->value));
-    }
-    return tags;
+    QMap<QString, QString> texts;
+    const QMap<QByteArray, QByteArray> tags = m_container->tags(*m_stream);
+    for (auto tag = tags.begin(); tag != tags.end(); ++tag)
+        texts.insert(QString::fromUtf8(tag.key()).toLower(), QString::fromUtf8(tag.value()));
+    return texts;
 }
 
 double AudioStreamReader::progress() const
@@ -255,7 +230,7 @@ void AudioStreamReader::lookAtPacket()
     if ((m_packet->flags & AV_PKT_FLAG_CORRUPT) != 0 && !isShortEndOfUnknownLength())
         report(QStringLiteral("the file says that a packet is damaged"));
     lookForGap();
-    const bool isAlone = hasOnlyPackets(m_container->formatName()) && m_packet->pos >= 0;
+    const bool isAlone = m_container->hasOnlyPackets() && m_packet->pos >= 0;
     if (isAlone && m_nextByte && m_packet->pos > *m_nextByte)
         report(QStringLiteral("%1 between two packets belong to neither")
                    .arg(counted(std::uint64_t(m_packet->pos - *m_nextByte), "byte", "bytes")));

@@ -81,9 +81,10 @@ void closeFlac(FlacEncoder *encoder)
 
 const MediaService &decodingService()
 {
-    static const MediaService service{&openMovie, &sizeOfTrack,   &writeMovie,  &openSound,  &lengthOfSound,
-                                      &readSound, &damageOfSound, &tagsOfSound, &closeSound, &countSamples,
-                                      &beginFlac, &writeFlac,     &finishFlac,  &closeFlac};
+    static const MediaService service{&openMovie,       &sizeOfTrack, &writeMovie,    &describeStreams,
+                                      &attachedPicture, &openSound,   &lengthOfSound, &readSound,
+                                      &damageOfSound,   &tagsOfSound, &closeSound,    &countSamples,
+                                      &beginFlac,       &writeFlac,   &finishFlac,    &closeFlac};
     return service;
 }
 

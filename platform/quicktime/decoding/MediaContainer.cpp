@@ -5,6 +5,7 @@
 #include "platform/quicktime/decoding/FFmpegErrors.h"
 
 #include <algorithm>
+#include <array>
 #include <tuple>
 
 namespace Tessaron
@@ -160,6 +161,38 @@ AVStream *MediaContainer::bestVideoStream() const
             return stream;
     }
     return nullptr;
+}
+
+bool MediaContainer::isLossless(AVCodecID codec)
+{
+    const AVCodecDescriptor *const descriptor = avcodec_descriptor_get(codec);
+    return descriptor && (descriptor->props & AV_CODEC_PROP_LOSSLESS) != 0
+        && (descriptor->props & AV_CODEC_PROP_LOSSY) == 0;
+}
+
+bool MediaContainer::hasOnlyPackets() const
+{
+    static constexpr std::array formats = {"mp3", "aac", "flac", "ac3", "eac3", "dts"};
+    const QByteArray name = formatName();
+    return std::any_of(formats.begin(), formats.end(), [&](const char *one) { return name == one; });
+}
+
+bool MediaContainer::headerTellsLength(const AVStream &stream) const
+{
+    return isLossless(stream.codecpar->codec_id) && stream.duration > 0
+        && m_context->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE && ticksAreSamples(stream);
+}
+
+QMap<QByteArray, QByteArray> MediaContainer::tags(const AVStream &stream) const
+{
+    QMap<QByteArray, QByteArray> tags;
+    // Ogg has them with the stream, most others with the file.
+    for (const AVDictionary *const from : {stream.metadata, m_context->metadata}) {
+        const AVDictionaryEntry *entry = nullptr;
+        while ((entry = av_dict_get(from, "", entry, AV_DICT_IGNORE_SUFFIX)) != nullptr)
+            tags.insert(QByteArray(entry->key).toLower(), QByteArray(entry->value));
+    }
+    return tags;
 }
 
 void MediaContainer::readOnly(const AVStream &stream)

@@ -3,6 +3,7 @@
 #include "platform/quicktime/decoding/LocalMediaFile.h"
 
 #include <QByteArray>
+#include <QMap>
 #include <QString>
 
 #include <memory>
@@ -54,6 +55,14 @@ public:
     [[nodiscard]] AVStream *bestAudioStream() const;
     [[nodiscard]] AVStream *bestVideoStream() const;
 
+    /// Whether the header tells the length of the stream to the sample: sample tables that the whole file is described
+    /// by, and codecs whose packets are as long as they say.
+    [[nodiscard]] bool headerTellsLength(const AVStream &stream) const;
+
+    /// What the file says of a stream, or of itself: names in lower case with texts, which are UTF-8 unless the file is
+    /// wrong.
+    [[nodiscard]] QMap<QByteArray, QByteArray> tags(const AVStream &stream) const;
+
     /// Only packets of this stream are read from now on.
     void readOnly(const AVStream &stream);
 
@@ -63,6 +72,12 @@ public:
 
     /// Reads all packets of a stream without decoding them. Use a container of its own for that: the position moves.
     [[nodiscard]] Result<StreamLength> measure(AVStream &stream);
+
+    /// Whether no sample of the codec is lost.
+    [[nodiscard]] static bool isLossless(AVCodecID codec);
+    /// Whether the format is nothing but one packet behind the other, so that a gap between two of them is foreign
+    /// bytes.
+    [[nodiscard]] bool hasOnlyPackets() const;
 
     /// Whether times of the stream are whole samples, so that they can be counted by.
     [[nodiscard]] static bool ticksAreSamples(const AVStream &stream);

@@ -2,10 +2,13 @@
 
 #include "platform/quicktime/MediaErrors.h"
 #include "platform/quicktime/MovieAtoms.h"
+#include "platform/quicktime/decoding/AnnouncedSize.h"
 #include "platform/quicktime/decoding/AudioStreamReader.h"
 #include "platform/quicktime/decoding/MediaContainer.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace Tessaron
 {
@@ -14,6 +17,7 @@ namespace
 {
 
 constexpr std::int64_t usualTimeScale = 600;
+constexpr qsizetype longestText = 64 << 10;
 constexpr std::int64_t sizeOfPlainSoundDescription = 36;
 constexpr std::int64_t sizeOfCodeAndSize = 8;
 
@@ -37,6 +41,12 @@ std::int16_t shortOf(int value)
     return std::int16_t(std::clamp(value, 0, INT16_MAX));
 }
 
+QString nameOfCodec(AVCodecID codec)
+{
+    const AVCodecDescriptor *const descriptor = avcodec_descriptor_get(codec);
+    return QString::fromUtf8(descriptor && descriptor->long_name ? descriptor->long_name : "");
+}
+
 QTSoundDescription soundOf(const AVCodecParameters &parameters, const MovieTrackAtoms *atoms)
 {
     QTSoundDescription sound;
@@ -46,7 +56,8 @@ QTSoundDescription soundOf(const AVCodecParameters &parameters, const MovieTrack
         parameters.bits_per_raw_sample > 0 ? parameters.bits_per_raw_sample : parameters.bits_per_coded_sample;
     sound.sampleSize = shortOf(bits > 0 ? bits : 16);
     sound.numChannels = shortOf(parameters.ch_layout.nb_channels);
-    sound.descSize = atoms ? atoms->sampleDescription.size() : sizeOfPlainSoundDescription;
+    sound.descSize = atoms ? atoms->sizeOfDescription : sizeOfPlainSoundDescription;
+    sound.name = nameOfCodec(parameters.codec_id);
     return sound;
 }
 
@@ -58,8 +69,7 @@ QTImageDescription imageOf(const AVCodecParameters &parameters, const MovieTrack
     image.height = shortOf(parameters.height);
     if (parameters.bits_per_coded_sample > 0)
         image.depth = shortOf(parameters.bits_per_coded_sample);
-    const AVCodecDescriptor *const codec = avcodec_descriptor_get(parameters.codec_id);
-    image.name = QString::fromUtf8(codec && codec->long_name ? codec->long_name : "");
+    image.name = nameOfCodec(parameters.codec_id);
     return image;
 }
 
@@ -88,6 +98,12 @@ bool isTrack(const AVStream &stream)
     return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0;
 }
 
+NSError nothingToSeeOrHear(const QByteArray &path)
+{
+    return mediaError(noMovieFound, path, QStringLiteral("it holds neither sound nor pictures that move"),
+                      QStringLiteral("Choose an audio or movie file."));
+}
+
 QTTime durationOfMovie(const MediaContainer &container, const std::optional<MovieAtoms> &atoms)
 {
     const bool hasHeader = atoms && !atoms->isFragmented && atoms->duration > 0
@@ -96,6 +112,55 @@ QTTime durationOfMovie(const MediaContainer &container, const std::optional<Movi
         return {std::int64_t(atoms->duration), atoms->timeScale};
     const std::int64_t duration = std::max<std::int64_t>(container.context()->duration, 0);
     return {av_rescale(duration, usualTimeScale, AV_TIME_BASE), usualTimeScale};
+}
+
+/// The length of a file with sound alone, as it is announced.
+QTTime announcedDuration(const MediaContainer &container, const AVStream &sound)
+{
+    const int rate = sound.codecpar->sample_rate;
+    if (rate <= 0)
+        return durationOfMovie(container, std::nullopt);
+    const std::int64_t duration = sound.duration > 0
+        ? av_rescale_q(sound.duration, sound.time_base, AVRational{1, rate})
+        : av_rescale(std::max<std::int64_t>(container.context()->duration, 0), rate, AV_TIME_BASE);
+    return {duration, rate};
+}
+
+/// The keys that QuickTime has for what other files call by a name.
+QByteArray keyOfTag(const QByteArray &name)
+{
+    static constexpr std::array<std::pair<const char *, const char *>, 6> keys = {{
+        {"album", "\251alb"},
+        {"artist", "\251ART"},
+        {"author", "\251aut"},
+        {"title", "\251nam"},
+        {"date", "\251day"},
+        {"year", "\251day"},
+    }};
+    const auto *const found =
+        std::find_if(keys.begin(), keys.end(), [&](const auto &key) { return name == key.first; });
+    return found == keys.end() ? name : QByteArray(found->second);
+}
+
+std::vector<MovieMetadataItem> metadataOf(const QMap<QByteArray, QByteArray> &tags)
+{
+    std::vector<MovieMetadataItem> items;
+    for (auto tag = tags.begin(); tag != tags.end(); ++tag)
+        items.push_back({keyOfTag(tag.key()), tag.value().left(longestText)});
+    return items;
+}
+
+std::optional<MovieCover> coverOf(const AVStream &stream)
+{
+    const AVCodecID codec = stream.codecpar->codec_id;
+    const char *const extension = codec == AV_CODEC_ID_MJPEG ? "jpg"
+        : codec == AV_CODEC_ID_PNG                           ? "png"
+        : codec == AV_CODEC_ID_GIF                           ? "gif"
+        : codec == AV_CODEC_ID_BMP                           ? "bmp"
+                                                             : nullptr;
+    if (!extension || stream.attached_pic.size <= 0)
+        return {};
+    return MovieCover{extension, -1, stream.attached_pic.size};
 }
 
 } // namespace
@@ -107,8 +172,7 @@ Result<MovieContents> openMovie(const QByteArray &path, const std::stop_token &s
         return container.error();
     const AVStream *const sound = (*container)->bestAudioStream();
     if (!sound && !(*container)->bestVideoStream())
-        return mediaError(noMovieFound, path, QStringLiteral("it holds neither sound nor pictures that move"),
-                          QStringLiteral("Choose an audio or movie file."));
+        return nothingToSeeOrHear(path);
     const bool hasAtoms = (*container)->formatName() == "mov";
     const std::optional<MovieAtoms> atoms = hasAtoms ? movieAtomsOf((*container)->file().file()) : std::nullopt;
     MovieContents movie;
@@ -158,6 +222,48 @@ Result<std::uint64_t> sizeOfTrack(const QByteArray &path, std::size_t index, con
     if (!length)
         return length.error();
     return std::uint64_t(length->bytes);
+}
+
+Result<MovieDescription> describeStreams(const QByteArray &path, const std::stop_token &stop)
+{
+    const Result<std::unique_ptr<MediaContainer>> opened = MediaContainer::open(path, stop);
+    if (!opened)
+        return opened.error();
+    MediaContainer &container = **opened;
+    const AVFormatContext &context = *container.context();
+    const AVStream *const sound = container.bestAudioStream(), *const video = container.bestVideoStream();
+    if (!sound && !video)
+        return nothingToSeeOrHear(path);
+    MovieDescription movie;
+    movie.container = QString::fromUtf8(context.iformat->long_name ? context.iformat->long_name : "");
+    movie.duration = video ? durationOfMovie(container, std::nullopt) : announcedDuration(container, *sound);
+    movie.metadata = metadataOf(container.tags(sound ? *sound : *video));
+    for (unsigned int index = 0; index < context.nb_streams; ++index) {
+        AVStream &stream = *context.streams[index];
+        if (!isTrack(stream)) {
+            if (!movie.cover)
+                movie.cover = coverOf(stream);
+            continue;
+        }
+        movie.tracks.push_back(trackOf(stream, nullptr, movie.duration));
+        movie.tracks.back().dataSize = announcedSize(container, stream);
+    }
+    return movie;
+}
+
+Result<QByteArray> attachedPicture(const QByteArray &path, const std::stop_token &stop)
+{
+    const Result<std::unique_ptr<MediaContainer>> opened = MediaContainer::open(path, stop);
+    if (!opened)
+        return opened.error();
+    const AVFormatContext &context = *(*opened)->context();
+    for (unsigned int index = 0; index < context.nb_streams; ++index) {
+        const AVStream &stream = *context.streams[index];
+        if (!isTrack(stream) && coverOf(stream))
+            return QByteArray(reinterpret_cast<const char *>(stream.attached_pic.data), stream.attached_pic.size);
+    }
+    return mediaError(invalidMedia, path, QStringLiteral("it has no cover"),
+                      QStringLiteral("Describe the file again; it has changed."));
 }
 
 } // namespace Tessaron

@@ -18,4 +18,10 @@ namespace Tessaron
 
 [[nodiscard]] Result<std::uint64_t> sizeOfTrack(const QByteArray &path, std::size_t index, const std::stop_token &stop);
 
+// The same for describeMovie() and pictureOfCover().
+
+[[nodiscard]] Result<MovieDescription> describeStreams(const QByteArray &path, const std::stop_token &stop);
+
+[[nodiscard]] Result<QByteArray> attachedPicture(const QByteArray &path, const std::stop_token &stop);
+
 } // namespace Tessaron
