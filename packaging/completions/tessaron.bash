@@ -20,6 +20,7 @@ _tessaron_options() {
         echo "--to --vbr --cbr -d --directory --flat --tags -j --jobs --progress --json -q --quiet -v --verbose -h --help" \
             "--version"
         ;;
+    info) echo "--artwork --json -h --help --version" ;;
     *) echo "-h --help --version" ;;
     esac
 }
@@ -61,15 +62,15 @@ _tessaron() {
         return
     elif [[ $previous == -o || $previous == --output || $previous == --isrc ]]; then
         _tessaron_complete_paths "$word"
-    elif [[ $previous == -d || $previous == --directory ]]; then
+    elif [[ $previous == @(-d|--directory|--artwork) ]]; then
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -d -- "$word")
     elif [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(_tessaron_options "$command")" -- "$word")
     elif ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "help audio image inspect scan verify tracks extract convert" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "help audio image inspect scan verify tracks extract convert info" -- "$word")
     elif [[ $command == help ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "audio image inspect scan verify tracks extract convert" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "audio image inspect scan verify tracks extract convert info" -- "$word")
     else
         _tessaron_complete_paths "$word"
     fi

@@ -184,6 +184,9 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
     case Option::Isrc:
         m_arguments.isrcFile = value;
         return true;
+    case Option::Artwork:
+        m_arguments.artworkFolder = value;
+        return true;
     case Option::CdText:
         m_arguments.hasCDText = true;
         return true;
@@ -398,6 +401,11 @@ QString checkExtract(Arguments &arguments, const Parser &parser)
     return {};
 }
 
+QString checkInfo(const Arguments &arguments)
+{
+    return arguments.paths.isEmpty() ? QStringLiteral("no FILE was given: name audio or movie files") : QString();
+}
+
 QString checkVerify(const Arguments &arguments)
 {
     if (arguments.paths.isEmpty())
@@ -471,6 +479,10 @@ QString checkCommand(Arguments &arguments, const Parser &parser)
         arguments.action = Arguments::Action::Tracks;
         return checkInspect(arguments);
     }
+    if (arguments.command == "info") {
+        arguments.action = Arguments::Action::Info;
+        return checkInfo(arguments);
+    }
     if (arguments.command == "extract") {
         arguments.action = Arguments::Action::Extract;
         return checkExtract(arguments, parser);
@@ -494,7 +506,7 @@ Arguments withUsageError(Arguments arguments, const QString &message)
 bool isCommand(const QByteArray &word)
 {
     return word == "scan" || word == "image" || word == "audio" || word == "inspect" || word == "verify"
-        || word == "tracks" || word == "extract" || word == "convert";
+        || word == "tracks" || word == "extract" || word == "convert" || word == "info";
 }
 
 /// "help" and "help COMMAND".

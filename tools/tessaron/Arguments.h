@@ -39,12 +39,13 @@ struct Arguments {
         Tracks,
         Extract,
         Convert,
+        Info,
         ReportUsageError,
     };
 
     Action action = Action::ReportUsageError;
     /// The command that was named, as far as it was understood: "", "scan", "image", "audio", "inspect", "verify",
-    /// "tracks", "extract" or "convert". Help is about it.
+    /// "tracks", "extract", "convert" or "info". Help is about it.
     QByteArray command;
     QString usageError; ///< for ReportUsageError, without the full stop
 
@@ -64,6 +65,9 @@ struct Arguments {
 
     // For MakeImage, MakeAudioImage and Extract.
     QByteArray output;
+
+    // For Info only.
+    QByteArray artworkFolder; ///< empty: covers are not written
 
     // For MakeImage and MakeAudioImage.
     QString volumeName; ///< MakeImage only; empty: the source's name

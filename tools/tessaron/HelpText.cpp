@@ -22,6 +22,7 @@ Commands:
   tracks   list the tracks of a disc image
   extract  take tracks out of a disc image
   convert  make WAVE, AIFF or MP3 files of audio and movie files
+  info     tell what is in audio and movie files
 
 'tessaron help COMMAND' tells more about a command.
 
@@ -192,6 +193,23 @@ Exit status: 0 done, 1 a file could not be converted, 2 wrong usage, 3 done but
 something in a file was broken or could not be read, 130 interrupted.
 )";
 
+constexpr char infoIntroduction[] = R"(Usage: tessaron info [OPTION]... FILE...
+
+Tells what is in audio and movie files: their tracks with codes, forms, lengths
+and sizes, their texts, and their covers.
+
+Options:
+)";
+
+constexpr char infoEnd[] = R"(
+Examples:
+  tessaron info *.m4a
+  tessaron info --json --artwork covers film.mov
+
+Exit status: 0 done, 1 a FILE could not be read or a cover not be written, 2
+wrong usage, 130 interrupted.
+)";
+
 QByteArray optionLines(const OptionDescription &option)
 {
     QByteArray left = "  ";
@@ -238,6 +256,9 @@ QByteArray helpText(const QByteArray &command)
     } else if (command == "convert") {
         result = convertIntroduction;
         end = convertEnd;
+    } else if (command == "info") {
+        result = infoIntroduction;
+        end = infoEnd;
     }
     for (const OptionDescription &option : allOptions()) {
         if (knows(command, option))

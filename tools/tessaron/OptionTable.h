@@ -36,6 +36,7 @@ enum class Option : std::uint8_t {
     Tags,
     Jobs,
     Hidden,
+    Artwork,
 };
 
 /// One option as the parser and the help text see it.

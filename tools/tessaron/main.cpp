@@ -5,6 +5,7 @@
 #include "tools/tessaron/ExtractCommand.h"
 #include "tools/tessaron/ImageCommand.h"
 #include "tools/tessaron/ImageReport.h"
+#include "tools/tessaron/InfoCommand.h"
 #include "tools/tessaron/InspectCommand.h"
 #include "tools/tessaron/ScanCommand.h"
 #include "tools/tessaron/StandardStreams.h"
@@ -66,6 +67,8 @@ ExitStatus run(const Arguments &arguments)
         return ExtractCommand(arguments).run();
     case Arguments::Action::Convert:
         return ConvertCommand(arguments).run();
+    case Arguments::Action::Info:
+        return InfoCommand(arguments).run();
     case Arguments::Action::ReportUsageError:
         break;
     }
