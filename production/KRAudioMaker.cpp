@@ -1,8 +1,7 @@
-#include "production/HelperProcess.h"
-
 #include "imaging/ProcessFolder.h"
 #include "platform/discrecording/audio/AudioFileTrack.h"
 #include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/HelperProcess.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSBundle.h"
 #include "platform/foundation/PathBytes.h"

@@ -1,4 +1,4 @@
-#include "production/HelperProcess.h"
+#include "platform/foundation/HelperProcess.h"
 
 #include <cerrno>
 #include <csignal>
