@@ -5,6 +5,7 @@
 #include <TessaronClasses/DiscJobErrors.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <functional>
 #include <new>

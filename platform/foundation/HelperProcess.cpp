@@ -39,12 +39,13 @@ void takeEndedOffTheTable()
 
 /// The attributes and actions of a start, freed at its end.
 struct SpawnSettings {
-    SpawnSettings()
+    explicit SpawnSettings(const HelperSettings &helper)
     {
         posix_spawn_file_actions_init(&actions);
         posix_spawnattr_init(&attributes);
-        for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-            posix_spawn_file_actions_addopen(&actions, descriptor, "/dev/null", O_RDWR, 0);
+        give(STDIN_FILENO, helper.standardInput);
+        give(STDOUT_FILENO, helper.standardOutput);
+        give(STDERR_FILENO, -1);
         // What this thread blocks and ignores is not the program's business.
         sigset_t none, usual;
         sigemptyset(&none);
@@ -53,7 +54,8 @@ struct SpawnSettings {
             sigaddset(&usual, signal);
         posix_spawnattr_setsigmask(&attributes, &none);
         posix_spawnattr_setsigdefault(&attributes, &usual);
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+        const int group = helper.hasOwnGroup ? POSIX_SPAWN_SETPGROUP : 0; // 0, the number set by default: a new one
+        posix_spawnattr_setflags(&attributes, short(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | group));
     }
     ~SpawnSettings()
     {
@@ -62,6 +64,14 @@ struct SpawnSettings {
     }
     SpawnSettings(const SpawnSettings &) = delete;
     SpawnSettings &operator=(const SpawnSettings &) = delete;
+
+    void give(int descriptor, int own)
+    {
+        if (own < 0)
+            posix_spawn_file_actions_addopen(&actions, descriptor, "/dev/null", O_RDWR, 0);
+        else
+            posix_spawn_file_actions_adddup2(&actions, own, descriptor);
+    }
 
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
@@ -75,7 +85,7 @@ HelperProcess::HelperProcess(pid_t id)
 }
 
 std::unique_ptr<HelperProcess> HelperProcess::start(const QByteArray &program, const QList<QByteArray> &arguments,
-                                                    int *errnoValue)
+                                                    int *errnoValue, const HelperSettings &settings)
 {
     takeEndedOffTheTable();
     QList<QByteArray> words = arguments;
@@ -84,10 +94,10 @@ std::unique_ptr<HelperProcess> HelperProcess::start(const QByteArray &program, c
     for (QByteArray &word : words)
         pointers.push_back(word.data());
     pointers.push_back(nullptr);
-    const SpawnSettings settings;
+    const SpawnSettings spawning(settings);
     pid_t id = -1;
     *errnoValue =
-        ::posix_spawn(&id, program.constData(), &settings.actions, &settings.attributes, pointers.data(), environ);
+        ::posix_spawn(&id, program.constData(), &spawning.actions, &spawning.attributes, pointers.data(), environ);
     if (*errnoValue != 0)
         return nullptr;
     return std::unique_ptr<HelperProcess>(new HelperProcess(id));

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "platform/foundation/Result.h"
-#include "platform/quicktime/CDSound.h"
 #include "platform/quicktime/MovieDescription.h"
 #include "platform/quicktime/QTMovie.h"
 
 #include <QByteArray>
+#include <QMap>
+#include <QString>
 
 #include <cstddef>
 #include <cstdint>
@@ -38,15 +39,6 @@ struct MediaService {
     Result<MovieDescription> (*describeMovie)(const QByteArray &path, const std::stop_token &stop);
     Result<QByteArray> (*pictureOfCover)(const QByteArray &path, const std::stop_token &stop);
 
-    // See CDSound. Each sound that was opened is closed once.
-    Result<CDAudioDecoder *> (*openSound)(const QByteArray &path, const std::stop_token &stop);
-    CDAudioLength (*lengthOfSound)(const CDAudioDecoder &sound);
-    Result<std::size_t> (*readSound)(CDAudioDecoder &sound, char *buffer, std::size_t samples);
-    const AudioDamageReport &(*damageOfSound)(const CDAudioDecoder &sound);
-    QMap<QString, QString> (*tagsOfSound)(const CDAudioDecoder &sound);
-    void (*closeSound)(CDAudioDecoder *sound);
-    Result<std::uint64_t> (*countSamples)(const QByteArray &path, const std::stop_token &stop);
-
     // See FlacFile. Each encoder that was begun is closed once.
     Result<FlacEncoder *> (*beginFlac)(MovieStorage &storage, const QMap<QString, QString> &tags);
     NSError (*writeFlac)(FlacEncoder &encoder, const char *bytes, std::size_t samples);
@@ -62,7 +54,7 @@ struct MediaModuleDescription {
     const MediaService *service;
 };
 
-inline constexpr std::uint32_t mediaInterfaceNumber = 4;
+inline constexpr std::uint32_t mediaInterfaceNumber = 5;
 
 /// The one symbol that a module exports, and what it is.
 inline constexpr const char *mediaModuleEntryName = "tessaronMediaModule";

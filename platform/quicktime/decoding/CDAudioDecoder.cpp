@@ -18,8 +18,12 @@ namespace
 
 static_assert(std::endian::native == std::endian::little, "samples are written as they lie in memory");
 
-constexpr AVSampleFormat outputFormat = AV_SAMPLE_FMT_S16;
 constexpr int soxrPrecision = 28; ///< bits; the best that soxr has
+
+AVSampleFormat formatOf(CDSampleForm form)
+{
+    return form == CDSampleForm::Int16 ? AV_SAMPLE_FMT_S16 : AV_SAMPLE_FMT_FLT;
+}
 
 /// Encoders of Opus have resampled to 48,000 and rounded up: rounded down, a sound that was a CD's has its length
 /// again.
@@ -31,9 +35,12 @@ std::int64_t scaled(std::int64_t samples, int rate, int outputRate, AVCodecID co
 } // namespace
 
 struct CDAudioDecoder::Private {
-    Private(std::unique_ptr<AudioStreamReader> stream, std::uint32_t wantedRate)
+    Private(std::unique_ptr<AudioStreamReader> stream, const CDAudioDecoderOptions &options)
         : reader(std::move(stream))
-        , outputRate(int(wantedRate))
+        , outputRate(int(options.rate))
+        , outputFormat(formatOf(options.form))
+        , gain(options.gain)
+        , sampleSize(std::size_t(av_get_bytes_per_sample(outputFormat)) * 2)
     {
     }
 
@@ -49,7 +56,7 @@ struct CDAudioDecoder::Private {
     [[nodiscard]] int convert(const SampleRun &run);
     [[nodiscard]] int resample(const std::uint8_t *const *planes, int count);
     [[nodiscard]] NSError decodeMore();
-    [[nodiscard]] std::size_t available() const { return (output.size() - taken) / 2; }
+    [[nodiscard]] std::size_t available() const { return (output.size() - taken) / sampleSize; }
 
     [[nodiscard]] std::int64_t scaledToOutput(std::int64_t samples, int fromRate) const
     {
@@ -58,8 +65,11 @@ struct CDAudioDecoder::Private {
 
     const std::unique_ptr<AudioStreamReader> reader;
     const int outputRate; ///< samples a second
-    std::vector<std::int16_t> output; ///< decoded and not read yet, from `taken` on
-    std::size_t taken = 0;
+    const AVSampleFormat outputFormat;
+    const double gain;
+    const std::size_t sampleSize; ///< bytes of both channels
+    std::vector<char> output; ///< decoded and not read yet, from `taken` on
+    std::size_t taken = 0; ///< bytes
     bool isAtEnd = false;
 
     // The form of the samples that come from the stream now.
@@ -87,7 +97,7 @@ int CDAudioDecoder::Private::beginForm(const AVFrame &frame)
     if (rate <= 0 || layout.nb_channels <= 0)
         return AVERROR_INVALIDDATA;
     hasForm = true;
-    const bool passesAsItIs = format == outputFormat && rate == outputRate && layout.nb_channels == 2;
+    const bool passesAsItIs = format == outputFormat && rate == outputRate && layout.nb_channels == 2 && gain == 1;
     return passesAsItIs ? 0 : setUpResampler();
 }
 
@@ -104,19 +114,20 @@ int CDAudioDecoder::Private::setUpResampler()
     if (code < 0)
         return code;
     // Whole numbers that need no rounding are not dithered.
-    const bool staysWhole =
-        av_get_bytes_per_sample(AVSampleFormat(format)) <= 2 && rate == outputRate && layout.nb_channels <= 2;
+    const bool staysWhole = av_get_bytes_per_sample(AVSampleFormat(format)) <= 2 && rate == outputRate
+        && layout.nb_channels <= 2 && gain == 1;
+    const bool isRounded = outputFormat == AV_SAMPLE_FMT_S16 && !staysWhole;
     av_opt_set(made, "resampler", "soxr", 0);
     av_opt_set_int(made, "precision", soxrPrecision, 0);
     av_opt_set_sample_fmt(made, "internal_sample_fmt", AV_SAMPLE_FMT_FLTP, 0);
-    av_opt_set_int(made, "dither_method", staysWhole ? SWR_DITHER_NONE : SWR_DITHER_TRIANGULAR, 0);
+    av_opt_set_int(made, "dither_method", isRounded ? SWR_DITHER_TRIANGULAR : SWR_DITHER_NONE, 0);
     const std::vector<ChannelWeights> weights = downmixMatrix(layout);
     std::vector<double> matrix;
     matrix.reserve(weights.size() * 2);
     for (const ChannelWeights &one : weights)
-        matrix.push_back(one.left);
+        matrix.push_back(one.left * gain);
     for (const ChannelWeights &one : weights)
-        matrix.push_back(one.right);
+        matrix.push_back(one.right * gain);
     if (code = swr_set_matrix(made, matrix.data(), layout.nb_channels); code < 0)
         return code;
     return swr_init(made);
@@ -130,9 +141,10 @@ int CDAudioDecoder::Private::endForm()
     if (const int code = resample(nullptr, 0); code < 0)
         return code;
     const std::int64_t missing = scaledToOutput(samplesIn, rate) - samplesOut;
-    const std::size_t excess = std::min(std::size_t(std::max<std::int64_t>(-missing, 0)) * 2, output.size() - taken);
+    const std::size_t excess =
+        std::min(std::size_t(std::max<std::int64_t>(-missing, 0)) * sampleSize, output.size() - taken);
     output.resize(output.size() - excess);
-    output.resize(output.size() + std::size_t(std::max<std::int64_t>(missing, 0)) * 2, 0);
+    output.resize(output.size() + std::size_t(std::max<std::int64_t>(missing, 0)) * sampleSize, 0);
     hasForm = false;
     return 0;
 }
@@ -142,10 +154,10 @@ int CDAudioDecoder::Private::resample(const std::uint8_t *const *planes, int cou
     for (;;) {
         const int room = std::max(swr_get_out_samples(resampler.get(), count), 4096);
         const std::size_t before = output.size();
-        output.resize(before + std::size_t(room) * 2);
+        output.resize(before + std::size_t(room) * sampleSize);
         auto *target = reinterpret_cast<std::uint8_t *>(output.data() + before);
         const int got = swr_convert(resampler.get(), &target, room, const_cast<const std::uint8_t **>(planes), count);
-        output.resize(before + std::size_t(std::max(got, 0)) * 2);
+        output.resize(before + std::size_t(std::max(got, 0)) * sampleSize);
         if (got < 0)
             return got;
         samplesOut += got;
@@ -167,8 +179,8 @@ int CDAudioDecoder::Private::convert(const SampleRun &run)
     if (resampler)
         return resample(planes.data(), run.count);
     const std::size_t before = output.size();
-    output.resize(before + std::size_t(run.count) * 2);
-    std::memcpy(output.data() + before, planes.front(), std::size_t(run.count) * bytesPerSample);
+    output.resize(before + std::size_t(run.count) * sampleSize);
+    std::memcpy(output.data() + before, planes.front(), std::size_t(run.count) * sampleSize);
     return 0;
 }
 
@@ -192,12 +204,12 @@ CDAudioDecoder::CDAudioDecoder(std::unique_ptr<Private> priv)
 CDAudioDecoder::~CDAudioDecoder() = default;
 
 Result<std::unique_ptr<CDAudioDecoder>> CDAudioDecoder::openFile(const QByteArray &path, std::stop_token stop,
-                                                                 std::uint32_t rate)
+                                                                 const CDAudioDecoderOptions &options)
 {
     Result<std::unique_ptr<AudioStreamReader>> reader = AudioStreamReader::open(path, std::move(stop));
     if (!reader)
         return reader.error();
-    return std::unique_ptr<CDAudioDecoder>(new CDAudioDecoder(std::make_unique<Private>(*std::move(reader), rate)));
+    return std::unique_ptr<CDAudioDecoder>(new CDAudioDecoder(std::make_unique<Private>(*std::move(reader), options)));
 }
 
 Result<std::uint64_t> CDAudioDecoder::countSamples(const QByteArray &path, std::stop_token stop)
@@ -226,14 +238,19 @@ CDAudioLength CDAudioDecoder::length() const
     return {std::uint64_t(samples), length.isExact};
 }
 
+std::size_t CDAudioDecoder::sizeOfSample() const
+{
+    return d->sampleSize;
+}
+
 Result<std::size_t> CDAudioDecoder::read(char *buffer, std::size_t samples)
 {
     std::size_t filled = 0;
     while (filled < samples) {
         const std::size_t count = std::min(d->available(), samples - filled);
         if (count > 0) // An empty vector has no data to copy from.
-            std::memcpy(buffer + filled * bytesPerSample, d->output.data() + d->taken, count * bytesPerSample);
-        d->taken += count * 2;
+            std::memcpy(buffer + filled * d->sampleSize, d->output.data() + d->taken, count * d->sampleSize);
+        d->taken += count * d->sampleSize;
         filled += count;
         if (filled == samples || (d->isAtEnd && d->available() == 0))
             break;

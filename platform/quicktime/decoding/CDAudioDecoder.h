@@ -16,11 +16,17 @@
 namespace Tessaron
 {
 
+struct CDAudioDecoderOptions {
+    CDSampleForm form = CDSampleForm::Int16;
+    double gain = 1; ///< see CDSoundOptions
+    std::uint32_t rate = CDSound::samplesPerSecond; ///< samples a second of what comes out
+};
+
 /// Decodes the sound of an audio or movie file to that of a CD (IEC 60908): 44,100 samples a second of two channels,
 /// each a signed 16-bit integer, the lower byte first, left before right.
 ///
-/// - Sound that has this form already comes out bit for bit; all other is resampled with soxr's best quality and
-///   dithered (triangular).
+/// - Sound that has this form already comes out bit for bit, unless there is a gain; all other is resampled with soxr's
+///   best quality and dithered (triangular). As Float32 it comes as it is before the dithering.
 /// - What encoders put before and behind the sound is left out to the sample, where the file says how much that is: the
 ///   LAME tag of MP3, edit lists and iTunSMPB of MP4 and QuickTime, the pre-skip and the end of Opus and Vorbis.
 /// - Mono goes to both channels at full level. More than two channels are mixed with the coefficients of ITU-R BS.775,
@@ -35,12 +41,11 @@ public:
     static constexpr std::uint32_t samplesPerSecond = 44100;
     static constexpr std::size_t bytesPerFrame = 2352; ///< 1/75 s
 
-    /// Opens a local, regular file, reading all of it when only that tells its length. `rate` is for those who want
-    /// another number of samples a second than a CD has. Errors have the domain
+    /// Opens a local, regular file, reading all of it when only that tells its length. Errors have the domain
     /// NSOSStatusErrorDomain: noMovieFound for what holds no sound, noCodecErr for what cannot be decoded,
     /// userCanceledErr, and those of the file system.
     [[nodiscard]] static Result<std::unique_ptr<CDAudioDecoder>>
-    openFile(const QByteArray &path, std::stop_token stop = {}, std::uint32_t rate = samplesPerSecond);
+    openFile(const QByteArray &path, std::stop_token stop = {}, const CDAudioDecoderOptions &options = {});
 
     /// The exact length, found by decoding all of the file where nothing less tells it.
     [[nodiscard]] static Result<std::uint64_t> countSamples(const QByteArray &path, std::stop_token stop = {});
@@ -51,7 +56,10 @@ public:
 
     [[nodiscard]] CDAudioLength length() const;
 
-    /// Puts up to `samples` samples (4 bytes each) into the buffer; how many, 0 only at the end. An error ends the
+    /// Bytes of both channels: 4, or 8 for Float32.
+    [[nodiscard]] std::size_t sizeOfSample() const;
+
+    /// Puts up to `samples` samples into the buffer; how many, 0 only at the end. An error ends the
     /// sound: the system failed a read, or the decoder was cancelled.
     [[nodiscard]] Result<std::size_t> read(char *buffer, std::size_t samples);
 

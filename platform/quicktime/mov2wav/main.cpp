@@ -86,7 +86,7 @@ int copySound(CDAudioDecoder &decoder, PCMFile &file, const QByteArray &source, 
 int convert(const Order &order)
 {
     const Result<std::unique_ptr<CDAudioDecoder>> decoder =
-        CDAudioDecoder::openFile(order.source, {}, order.form.samplesPerSecond);
+        CDAudioDecoder::openFile(order.source, {}, {.rate = order.form.samplesPerSecond});
     if (!decoder)
         return statusAfter(decoder.error());
     const CDAudioLength length = (*decoder)->length();

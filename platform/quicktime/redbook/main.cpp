@@ -2,6 +2,8 @@
 //
 //     DummyRedbook SOURCE FIFO|- [NOTIFICATION]
 //
+// The framework starts it as a server of sound, too: see SoundProtocol.h.
+//
 // Exit status: 0 all was written, 1 it could not be, 2 wrong arguments, 3 all was written but something in the source
 // was broken and is silent now, 4 the reader went away. Progress is posted as distributed notifications of the given
 // name.
@@ -10,6 +12,7 @@
 #include "platform/quicktime/decoding/CDAudioDecoder.h"
 #include "platform/quicktime/redbook/ProgressPoster.h"
 #include "platform/quicktime/redbook/RedbookOutput.h"
+#include "platform/quicktime/redbook/SoundServer.h"
 #include "platform/quicktime/redbook/Starter.h"
 
 #include <QCoreApplication>
@@ -97,6 +100,10 @@ int main(int argc, char **argv)
     // Among what was inherited may be the read end of the very pipe, which would keep it from breaking.
     ::close_range(3, ~0U, 0);
     std::signal(SIGPIPE, SIG_IGN);
+    if (argc == 3 && argv[1] == QByteArrayView(SoundProtocol::serveOption)) {
+        const bool isServed = argv[2] == QByteArrayView(SoundProtocol::version) && serveSound();
+        ::_exit(isServed ? AllWritten : WrongArguments);
+    }
     if (argc < 3 || argc > 4) {
         say(QStringLiteral("usage: DummyRedbook SOURCE FIFO|- [NOTIFICATION]"));
         return WrongArguments;
