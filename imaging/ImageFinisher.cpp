@@ -1,6 +1,7 @@
 #include "imaging/ImageFinisher.h"
 
 #include "platform/discrecording/burn/BurnErrors.h"
+#include "platform/disctracks/CDTextPacks.h"
 #include "platform/disctracks/CueSheetWriter.h"
 #include "platform/disctracks/vant/VANTTrailer.h"
 #include "platform/foundation/DescriptorIO.h"
@@ -113,8 +114,11 @@ bool ImageFinisher::hasCueSheet() const
 
 QStringList ImageFinisher::lost() const
 {
-    if (m_format == TessaronDiscImageFormatVANT)
-        return lostInVANT(m_contents);
+    if (m_format == TessaronDiscImageFormatVANT) {
+        TableOfContents withoutTexts = m_contents;
+        withoutTexts.cdText = {}; // which go into records of their own
+        return lostInVANT(withoutTexts);
+    }
     if (!hasCueSheet())
         return {};
     const Result<CueSheetText> sheet = cueSheetForImage(m_contents, QByteArray());
@@ -148,7 +152,17 @@ NSError ImageFinisher::finish(const UnfinishedImage &image) const
 
 NSError ImageFinisher::addTrailer(int descriptor, const QByteArray &imagePath) const
 {
-    const Result<QByteArray> trailer = vantTrailer(m_contents);
+    QList<QByteArray> cdTextBlocks;
+    if (!m_contents.cdText.isEmpty()) {
+        const Result<QByteArray> packs = cdTextPacks(m_contents.cdText, std::uint32_t(m_contents.trackCount()));
+        if (!packs)
+            return fileError(paramErr, imagePath,
+                             QStringLiteral("The texts of “%1” cannot be stored: ")
+                                 + packs.error().localizedFailureReason(),
+                             packs.error().localizedRecoverySuggestion());
+        cdTextBlocks = cdTextBlocksOfPacks(*packs);
+    }
+    const Result<QByteArray> trailer = vantTrailer(m_contents, cdTextBlocks);
     if (!trailer)
         return fileError(paramErr, imagePath,
                          QStringLiteral("No VANT trailer can describe the tracks of “%1”: ")

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 namespace Tessaron
 {
@@ -420,6 +421,20 @@ Result<QByteArray> cdTextPacks(const CDText &text, std::uint32_t lastTrack)
     for (BlockMaker &maker : makers)
         packs += maker.packs(lastSequences, languages);
     return packs;
+}
+
+QList<QByteArray> cdTextBlocksOfPacks(QByteArrayView packs)
+{
+    QList<QByteArray> blocks;
+    int current = -1;
+    for (qsizetype at = 0; at + qsizetype(cdTextPackSize) <= packs.size(); at += qsizetype(cdTextPackSize)) {
+        const QByteArrayView pack = packs.sliced(at, qsizetype(cdTextPackSize));
+        const int block = std::uint8_t(pack[PackField::block]) >> blockShift & blockMask;
+        if (std::exchange(current, block) != block)
+            blocks.append(QByteArray());
+        blocks.last() += pack;
+    }
+    return blocks;
 }
 
 Result<CDText> cdTextOfPacks(QByteArrayView packs)

@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
+#include <QList>
 
 #include <cstddef>
 #include <cstdint>
@@ -23,6 +24,9 @@ inline constexpr std::size_t cdTextPackSize = 18; ///< bytes, the checksum inclu
 /// An error of DiscTracksErrorDomain, never a shortened text, when there are more than eight blocks, when a block needs
 /// more than its 256 packs, when a text has characters that the block's encoding lacks, or belongs to no track.
 [[nodiscard]] TESSARON_EXPORT Result<QByteArray> cdTextPacks(const CDText &text, std::uint32_t lastTrack);
+
+/// The packs of each block by themselves.
+[[nodiscard]] TESSARON_EXPORT QList<QByteArray> cdTextBlocksOfPacks(QByteArrayView packs);
 
 /// The texts that packs say. A four-byte header as drives put it in front, and one zero behind, are passed over; packs
 /// that repeat the table of contents (types 88 and 89) are not texts. An error that names the pack when one is cut, its

@@ -1,5 +1,6 @@
 #include "imaging/ImageFinisher.h"
 
+#include "platform/disctracks/CDTextPacks.h"
 #include "platform/disctracks/vant/VANTReader.h"
 #include "platform/disctracks/vant/VANTTrailer.h"
 #include "platform/foundation/UniqueDescriptor.h"
@@ -366,4 +367,26 @@ TEST(ImageFinisher, finish_waitsForTheFolder_whichMayNotBeListed)
         EXPECT_TRUE(finisher(TessaronDiscImageFormatBIN, std::uint64_t{3} * 2048).finish(staged.unfinished).isNull());
     }
     tree.setMode("", 0700);
+}
+
+TEST(ImageFinisher, finish_keepsTheTextsOfEachLanguage_inAVantImage)
+{
+    const TemporaryTree tree;
+    const QByteArray path = tree.makeFile("disc.vant", QByteArray(qsizetype{10} * 2352, 'x'));
+    TableOfContents contents = mixedContents();
+    for (const std::uint8_t language : {CDTextBlock::english, std::uint8_t(0x08)}) {
+        CDTextBlock block;
+        block.language = language;
+        block.texts[CDTextKind::Title] = {QStringLiteral("Disc"), QStringLiteral("One"), QStringLiteral("Two")};
+        contents.cdText.blocks.push_back(block);
+    }
+    const ImageFinisher vant(TessaronDiscImageFormatVANT, contents);
+    EXPECT_TRUE(vant.finishInPlace(path).isNull());
+    EXPECT_EQ(vant.lost(), QStringList());
+    const VANTReadResult read = VANTReader::imageFromFile(tree.pathText("disc.vant"));
+    ASSERT_TRUE(read.image) << qPrintable(read.error.localizedDescription());
+    EXPECT_EQ(read.image->cdTextBlocks.size(), 2) << "a record for each language";
+    const Result<CDText> text = cdTextOfPacks(read.image->cdTextBlocks.join());
+    ASSERT_TRUE(text);
+    EXPECT_EQ(*text, contents.cdText);
 }
