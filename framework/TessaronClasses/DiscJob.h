@@ -21,6 +21,7 @@ enum class DiscJobPhase : std::uint8_t {
     Preparing, ///< looking at the sources and the destination
     Scanning, ///< finding out what the sources hold
     Planning, ///< laying out the disc
+    Measuring, ///< how loud sound is
     Writing,
     Comparing, ///< an image with its sources
     Finishing, ///< making sure that the image is on the disk, and giving it its name
@@ -32,7 +33,7 @@ struct DiscJobProgress {
     DiscJobPhase phase = DiscJobPhase::Preparing;
     std::uint64_t files = 0; ///< found so far
     std::uint64_t folders = 0; ///< found so far, sources not counted
-    std::uint64_t bytesDone = 0; ///< written or compared
+    std::uint64_t bytesDone = 0; ///< measured, written or compared
     std::uint64_t bytesTotal = 0; ///< 0 until it is known, then exact
     /// From what the last five seconds have shown; absent until a quarter of a second of bytes has been seen.
     std::optional<double> bytesPerSecond;

@@ -1,12 +1,13 @@
 #include "imaging/jobs/AudioDecoding.h"
 
-#include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <functional>
 #include <new>
 #include <system_error>
@@ -19,7 +20,11 @@ namespace Tessaron
 namespace
 {
 
-constexpr std::size_t samplesAtATime = std::size_t(75) * CDSound::samplesPerFrame; // a second
+constexpr std::uint64_t sampleSize = CDSound::bytesPerSample;
+constexpr std::size_t pieceSize = SoundProtocol::slotSize;
+
+/// Takes sound; an error ends the work.
+using TakeSound = std::function<NSError(std::span<const char>)>;
 
 NSError sourceError(const QByteArray &path, const NSError &error)
 {
@@ -29,6 +34,13 @@ NSError sourceError(const QByteArray &path, const NSError &error)
         DiscJobErrorCode::Source,
         QStringLiteral("%1 cannot be read as sound: %2").arg(quoted(path), error.localizedFailureReason()),
         error.localizedRecoverySuggestion(), path, error.code());
+}
+
+NSError writeError(int errnoValue)
+{
+    return discJobError(DiscJobErrorCode::Write,
+                        QStringLiteral("the image cannot be written: %1").arg(systemText(errnoValue)), {}, {},
+                        statusForErrno(errnoValue));
 }
 
 /// Calls `work` for each number below `count`, on as many threads as there are processors. After a failure no further
@@ -63,149 +75,257 @@ NSError forEachOnAllProcessors(std::size_t count, const std::function<NSError(st
     return failed == errors.end() ? NSError() : *failed;
 }
 
-NSError openSound(OpenedSound &opened, const std::stop_token &stop)
+NSError openFile(AlbumFile &file, const AudioDecoding &decoding)
 {
-    Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(opened.path, stop);
+    CDSoundOptions options;
+    options.needsExactLength = true;
+    options.helpers = &decoding.helpers;
+    const Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(file.path, decoding.stop, options);
     if (!sound)
-        return sourceError(opened.path, sound.error());
-    opened.samples = (*sound)->length().samples;
-    if (!(*sound)->length().isExact) {
-        const Result<std::uint64_t> counted = CDSound::countSamples(opened.path, stop);
-        if (!counted)
-            return sourceError(opened.path, counted.error());
-        opened.samples = *counted;
-    }
-    opened.tags = (*sound)->tags();
-    opened.sound = *std::move(sound);
-    if (opened.samples >= CDSound::samplesPerFrame)
-        return {};
-    return discJobError(DiscJobErrorCode::Source,
-                        QStringLiteral("%1 is too short for a track: its sound has %2 samples, and a frame has %3")
-                            .arg(quoted(opened.path))
-                            .arg(opened.samples)
-                            .arg(CDSound::samplesPerFrame),
-                        QStringLiteral("Leave it out."), opened.path);
+        return sourceError(file.path, sound.error());
+    file.samples = (*sound)->length().samples;
+    file.tags = (*sound)->tags();
+    return {};
 }
 
-NSError writeAt(int descriptor, const char *bytes, std::size_t length, std::uint64_t offset)
+NSError measureFile(const AlbumFile &file, const AudioDecoding &decoding, LoudnessMeter &meter)
 {
-    while (length > 0) {
-        const ssize_t written = ::pwrite(descriptor, bytes, length, off_t(offset));
+    CDSoundOptions options;
+    options.form = CDSampleForm::Float32;
+    options.helpers = &decoding.helpers;
+    const Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(file.path, decoding.stop, options);
+    if (!sound)
+        return sourceError(file.path, sound.error());
+    std::vector<float> samples;
+    for (;;) {
+        const Result<std::span<const char>> piece = (*sound)->next(pieceSize);
+        if (!piece)
+            return sourceError(file.path, piece.error());
+        if (piece->empty())
+            return {};
+        samples.resize(piece->size() / sizeof(float));
+        std::memcpy(samples.data(), piece->data(), piece->size());
+        if (!meter.add(samples))
+            return outOfMemoryError();
+        decoding.bytesDone += piece->size() / CDSound::bytesPerFloatSample * sampleSize;
+    }
+}
+
+/// A file that is decoded run by run, each behind the one before.
+class FileReading
+{
+public:
+    [[nodiscard]] static Result<std::unique_ptr<FileReading>> open(const AlbumFile &file, double gain,
+                                                                   const AudioDecoding &decoding)
+    {
+        CDSoundOptions options;
+        options.gain = gain;
+        options.helpers = &decoding.helpers;
+        Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(file.path, decoding.stop, options);
+        if (!sound)
+            return sourceError(file.path, sound.error());
+        return std::unique_ptr<FileReading>(new FileReading(file, *std::move(sound), decoding));
+    }
+
+    /// Exactly as much as the run has: the neighbours have their places by that.
+    [[nodiscard]] NSError copy(const SoundRun &run, const TakeSound &take)
+    {
+        if (NSError error = advance(run.first - std::min(run.first, m_position), {}))
+            return error;
+        return advance(run.samples, take);
+    }
+
+    /// Everything that was broken. The sound must have been as long as it was when it was opened first.
+    [[nodiscard]] Result<AudioDamageReport> finish()
+    {
+        if (m_missing == 0 && m_position == m_file.samples) {
+            const Result<std::span<const char>> more = m_sound->next(sampleSize);
+            if (!more)
+                return sourceError(m_file.path, more.error());
+            if (!more->empty())
+                m_surprise = QStringLiteral("the sound is longer than the file says; the rest is left out");
+        }
+        if (m_missing > 0)
+            m_surprise = QStringLiteral("the sound ends %1 samples early; silence stands for them").arg(m_missing);
+        AudioDamageReport report = m_sound->damage();
+        if (!m_surprise.isEmpty())
+            report.add(double(m_position - m_missing) / CDSound::samplesPerSecond, m_surprise);
+        return report;
+    }
+
+private:
+    FileReading(const AlbumFile &file, std::unique_ptr<CDSound> sound, const AudioDecoding &decoding)
+        : m_file(file)
+        , m_decoding(decoding)
+        , m_sound(std::move(sound))
+    {
+    }
+
+    [[nodiscard]] NSError advance(std::uint64_t samples, const TakeSound &take)
+    {
+        static constexpr std::array<char, pieceSize> silence = {};
+        for (std::uint64_t left = samples * sampleSize; left > 0;) {
+            if (m_decoding.stop.stop_requested())
+                return discJobCancellation();
+            const std::size_t wanted = std::size_t(std::min<std::uint64_t>(left, pieceSize));
+            const Result<std::span<const char>> piece = m_missing > 0 ? std::span<const char>() : m_sound->next(wanted);
+            if (!piece)
+                return sourceError(m_file.path, piece.error());
+            const std::span<const char> bytes = piece->empty() ? std::span(silence).first(wanted) : *piece;
+            m_position += bytes.size() / sampleSize;
+            m_missing += piece->empty() ? bytes.size() / sampleSize : 0;
+            left -= bytes.size();
+            if (!take)
+                continue;
+            if (NSError error = take(bytes))
+                return error;
+            m_decoding.bytesDone += bytes.size();
+        }
+        return {};
+    }
+
+    const AlbumFile &m_file;
+    const AudioDecoding &m_decoding;
+    const std::unique_ptr<CDSound> m_sound;
+    std::uint64_t m_position = 0; ///< samples that were passed
+    std::uint64_t m_missing = 0; ///< those of them that the file did not have
+    QString m_surprise;
+};
+
+NSError writeAt(int descriptor, std::span<const char> bytes, std::uint64_t offset)
+{
+    while (!bytes.empty()) {
+        const ssize_t written = ::pwrite(descriptor, bytes.data(), bytes.size(), off_t(offset));
         if (written < 0 && errno != EINTR)
-            return discJobError(DiscJobErrorCode::Write,
-                                QStringLiteral("the image cannot be written: %1").arg(systemText(errno)), {}, {},
-                                statusForErrno(errno));
+            return writeError(errno);
         const auto done = std::size_t(std::max<ssize_t>(written, 0));
-        bytes += done;
-        length -= done;
+        bytes = bytes.subspan(done);
         offset += done;
     }
     return {};
 }
 
-/// One sound on its way into the image.
-class SoundWriting
+/// Writes all of one file into its places.
+Result<AudioDamageReport> writeFile(const AlbumFile &file, double gain, const std::vector<SoundPiece> &pieces,
+                                    int descriptor, const AudioDecoding &decoding)
+{
+    const Result<std::unique_ptr<FileReading>> reading = FileReading::open(file, gain, decoding);
+    if (!reading)
+        return reading.error();
+    for (const SoundPiece &piece : pieces) {
+        std::uint64_t offset = piece.position * sampleSize;
+        const auto put = [&](std::span<const char> bytes) {
+            const std::uint64_t at = offset;
+            offset += bytes.size();
+            return writeAt(descriptor, bytes, at);
+        };
+        if (NSError error = (*reading)->copy(piece.run, put))
+            return error;
+    }
+    return (*reading)->finish();
+}
+
+/// The frames of an image one after another.
+class SoundStream
 {
 public:
-    SoundWriting(OpenedSound &opened, const AudioTrackPlace &place, int descriptor,
-                 std::atomic<std::uint64_t> &bytesDone)
-        : m_opened(opened)
-        , m_place(place)
-        , m_descriptor(descriptor)
-        , m_bytesDone(bytesDone)
-        , m_buffer(samplesAtATime * CDSound::bytesPerSample)
+    SoundStream(int descriptor, std::uint64_t firstFrame)
+        : m_descriptor(descriptor)
+        , m_position(firstFrame * CDSound::bytesPerFrame)
     {
     }
 
-    [[nodiscard]] NSError run(const std::stop_token &stop)
+    [[nodiscard]] NSError put(std::span<const char> bytes)
     {
-        while (m_done < m_place.samples) {
-            if (stop.stop_requested())
-                return discJobCancellation();
-            const Result<std::size_t> got = read(std::min<std::uint64_t>(m_place.samples - m_done, samplesAtATime));
-            if (!got)
-                return got.error();
-            if (*got == 0)
-                break;
-            const std::uint64_t offset = (m_place.firstSample + m_done) * CDSound::bytesPerSample;
-            const std::size_t bytes = *got * CDSound::bytesPerSample;
-            if (NSError error = writeAt(m_descriptor, m_buffer.data(), bytes, offset))
-                return error;
-            m_done += *got;
-            m_bytesDone += bytes;
-        }
-        return checkEnd();
+        m_position += bytes.size();
+        const int failure = writeFully(m_descriptor, bytes.data(), bytes.size());
+        return failure == 0 ? NSError() : writeError(failure);
     }
 
-    [[nodiscard]] AudioDamageReport damage() const
+    /// Silence up to this place of the image.
+    [[nodiscard]] NSError silenceUpTo(std::uint64_t position)
     {
-        AudioDamageReport report = m_opened.sound->damage();
-        if (!m_surprise.isEmpty())
-            report.add(double(m_done) / CDSound::samplesPerSecond, m_surprise);
-        return report;
+        const int failure = writeZeros(m_descriptor, position - m_position);
+        m_position = position;
+        return failure == 0 ? NSError() : writeError(failure);
     }
 
 private:
-    [[nodiscard]] Result<std::size_t> read(std::size_t samples)
-    {
-        Result<std::size_t> got = m_opened.sound->read(m_buffer.data(), samples);
-        if (!got)
-            return sourceError(m_opened.path, got.error());
-        return got;
-    }
-
-    /// The sound must be as long as it was when it was opened, for its neighbours have their places by that.
-    [[nodiscard]] NSError checkEnd()
-    {
-        if (m_done < m_place.samples) {
-            const std::uint64_t missing = m_place.samples - m_done;
-            m_bytesDone += missing * CDSound::bytesPerSample;
-            m_surprise = QStringLiteral("the sound ends %1 samples early; silence stands for them").arg(missing);
-            return {};
-        }
-        const Result<std::size_t> more = read(1);
-        if (!more)
-            return more.error();
-        if (*more > 0)
-            m_surprise = QStringLiteral("the sound is longer than the file says; the rest is left out");
-        return {};
-    }
-
-    OpenedSound &m_opened;
-    const AudioTrackPlace &m_place;
     const int m_descriptor;
-    std::atomic<std::uint64_t> &m_bytesDone;
-    std::vector<char> m_buffer;
-    std::uint64_t m_done = 0; ///< samples
-    QString m_surprise;
+    std::uint64_t m_position; ///< bytes of the image
 };
 
 } // namespace
 
-Result<std::vector<OpenedSound>> openSounds(const QList<QByteArray> &paths, const std::stop_token &stop)
+Result<std::vector<AlbumFile>> openAudioFiles(const QList<QByteArray> &paths, const AudioDecoding &decoding)
 {
-    std::vector<OpenedSound> sounds(std::size_t(paths.size()));
-    for (std::size_t number = 0; number < sounds.size(); ++number)
-        sounds[number].path = paths[qsizetype(number)];
+    std::vector<AlbumFile> files(std::size_t(paths.size()));
+    for (std::size_t number = 0; number < files.size(); ++number)
+        files[number].path = paths[qsizetype(number)];
     if (const NSError error =
-            forEachOnAllProcessors(sounds.size(), [&](std::size_t number) { return openSound(sounds[number], stop); }))
+            forEachOnAllProcessors(files.size(), [&](std::size_t number) { return openFile(files[number], decoding); }))
         return error;
-    return sounds;
+    return files;
 }
 
-Result<std::vector<AudioDamageReport>> writeSounds(std::vector<OpenedSound> &sounds,
-                                                   const std::vector<AudioTrackPlace> &places, int descriptor,
-                                                   std::atomic<std::uint64_t> *bytesDone, const std::stop_token &stop)
+Result<std::vector<std::unique_ptr<LoudnessMeter>>> measureAudioFiles(const std::vector<AlbumFile> &files,
+                                                                      const AudioDecoding &decoding)
 {
-    std::vector<AudioDamageReport> damage(sounds.size());
-    const NSError error = forEachOnAllProcessors(sounds.size(), [&](std::size_t number) {
-        SoundWriting writing(sounds[number], places[number], descriptor, *bytesDone);
-        NSError failure = writing.run(stop);
-        damage[number] = writing.damage();
-        sounds[number].sound.reset();
-        return failure;
+    std::vector<std::unique_ptr<LoudnessMeter>> meters(files.size());
+    const NSError error = forEachOnAllProcessors(files.size(), [&](std::size_t number) {
+        meters[number] = LoudnessMeter::create();
+        return meters[number] ? measureFile(files[number], decoding, *meters[number]) : outOfMemoryError();
     });
     if (error)
+        return error;
+    return meters;
+}
+
+Result<std::vector<AudioDamageReport>> writeAudioFiles(const std::vector<AlbumFile> &files,
+                                                       const std::vector<double> &gains, const AudioLayout &layout,
+                                                       int descriptor, const AudioDecoding &decoding)
+{
+    std::vector<std::vector<SoundPiece>> pieces(files.size());
+    for (const SoundPiece &piece : layout.pieces)
+        pieces[piece.run.file].push_back(piece);
+    std::vector<AudioDamageReport> damage(files.size());
+    const NSError error = forEachOnAllProcessors(files.size(), [&](std::size_t number) {
+        Result<AudioDamageReport> report =
+            writeFile(files[number], gains[number], pieces[number], descriptor, decoding);
+        if (!report)
+            return report.error();
+        damage[number] = *std::move(report);
+        return NSError();
+    });
+    if (error)
+        return error;
+    return damage;
+}
+
+Result<std::vector<AudioDamageReport>> streamAudioFiles(const std::vector<AlbumFile> &files,
+                                                        const std::vector<double> &gains, const AudioLayout &layout,
+                                                        int descriptor, const AudioDecoding &decoding)
+{
+    std::vector<AudioDamageReport> damage(files.size());
+    SoundStream stream(descriptor, layout.firstFrame);
+    for (auto piece = layout.pieces.begin(); piece != layout.pieces.end();) {
+        const std::size_t file = piece->run.file;
+        const Result<std::unique_ptr<FileReading>> reading = FileReading::open(files[file], gains[file], decoding);
+        if (!reading)
+            return reading.error();
+        for (; piece != layout.pieces.end() && piece->run.file == file; ++piece) {
+            NSError error = stream.silenceUpTo(piece->position * sampleSize);
+            if (!error)
+                error = (*reading)->copy(piece->run, [&](std::span<const char> bytes) { return stream.put(bytes); });
+            if (error)
+                return error;
+        }
+        Result<AudioDamageReport> report = (*reading)->finish();
+        if (!report)
+            return report.error();
+        damage[file] = *std::move(report);
+    }
+    if (const NSError error = stream.silenceUpTo((layout.firstFrame + layout.frames) * CDSound::bytesPerFrame))
         return error;
     return damage;
 }

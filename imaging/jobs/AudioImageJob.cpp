@@ -1,10 +1,13 @@
+#include "imaging/ImageFinisher.h"
+#include "imaging/jobs/AudioAlbum.h"
 #include "imaging/jobs/AudioDecoding.h"
-#include "imaging/jobs/AudioSourceList.h"
 #include "imaging/jobs/AudioTexts.h"
 #include "imaging/jobs/AudioTrackLayout.h"
 #include "imaging/jobs/DiscJobWork.h"
 #include "imaging/jobs/FreeSpace.h"
+#include "imaging/jobs/ImageMaker.h"
 #include "imaging/jobs/ImageStage.h"
+#include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/AudioImageJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
@@ -12,8 +15,10 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <cmath>
 #include <numeric>
 #include <optional>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Tessaron
@@ -22,21 +27,21 @@ namespace Tessaron
 namespace
 {
 
-constexpr qsizetype mostTracks = 99;
+constexpr std::size_t mostTracks = 99;
 constexpr std::uint64_t shortestTrack = 300; // frames
+constexpr std::uint64_t silenceBehindData = 150; // frames, ECMA-130 20
 
 QString lengthText(std::uint64_t frames)
 {
     return MSF::ofFrames(std::int64_t(frames)).text();
 }
 
-NSError errorOfIsrcs(const QList<QByteArray> &codes, qsizetype tracks)
+NSError errorOfIsrcs(const QList<QByteArray> &codes, std::size_t tracks)
 {
-    if (codes.size() > tracks)
-        return discJobError(DiscJobErrorCode::InvalidOrder,
-                            QStringLiteral("there are %1 ISRCs for %2")
-                                .arg(codes.size())
-                                .arg(counted(std::uint64_t(tracks), "track", "tracks")));
+    if (std::size_t(codes.size()) > tracks)
+        return discJobError(
+            DiscJobErrorCode::InvalidOrder,
+            QStringLiteral("there are %1 ISRCs for %2").arg(codes.size()).arg(counted(tracks, "track", "tracks")));
     for (const QByteArray &code : codes) {
         if (!code.isEmpty() && soundIsrc(QString::fromUtf8(code)).isEmpty())
             return discJobError(
@@ -47,20 +52,52 @@ NSError errorOfIsrcs(const QList<QByteArray> &codes, qsizetype tracks)
     return {};
 }
 
-NSError errorOfOrder(const AudioImageOrder &order, const QList<QByteArray> &sources)
+NSError errorOfCount(std::size_t tracks, const char *what)
+{
+    if (tracks <= mostTracks)
+        return {};
+    return discJobError(DiscJobErrorCode::InvalidOrder,
+                        QStringLiteral("there are %1 %2, and a CD has %3 tracks at most")
+                            .arg(tracks)
+                            .arg(QLatin1String(what))
+                            .arg(mostTracks),
+                        QStringLiteral("Make several images."));
+}
+
+NSError errorOfOrder(const AudioImageOrder &order, const AudioSources &sources)
 {
     if (order.format != DiscFormat::BIN && order.format != DiscFormat::VANT)
         return discJobError(DiscJobErrorCode::InvalidOrder,
                             QStringLiteral("an image of sound has the format bin or vant"),
                             QStringLiteral("Name an output that ends in .bin or .vant."), order.output);
-    if (sources.isEmpty())
+    const bool isIntoStream = order.outputDescriptor >= 0 || isStream(order.output);
+    if (isIntoStream && order.format == DiscFormat::BIN)
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("a BIN image cannot go into a stream: its cue sheet names a file"),
+                            QStringLiteral("Name a file for it, or choose the format vant."), order.output);
+    if (sources.sources.empty())
         return discJobError(DiscJobErrorCode::InvalidOrder, QStringLiteral("there is no file to make a track of"));
-    if (sources.size() > mostTracks)
-        return discJobError(
-            DiscJobErrorCode::InvalidOrder,
-            QStringLiteral("there are %1 files, and a CD has %2 tracks at most").arg(sources.size()).arg(mostTracks),
-            QStringLiteral("Make several images."));
-    return errorOfIsrcs(order.isrcs, sources.size());
+    return errorOfCount(sources.sources.size() + (order.dataFolder.isEmpty() ? 0 : 1), "files");
+}
+
+NSError errorOfTracks(const AudioImageOrder &order, const std::vector<AlbumTrack> &tracks)
+{
+    for (const AlbumTrack &track : tracks) {
+        const std::uint64_t samples =
+            std::accumulate(track.sound.begin(), track.sound.end(), std::uint64_t(0),
+                            [](std::uint64_t sum, const SoundRun &run) { return sum + run.samples; });
+        if (samples < CDSound::samplesPerFrame)
+            return discJobError(
+                DiscJobErrorCode::Source,
+                QStringLiteral("%1 is too short for a track: its sound has %2 samples, and a frame has %3")
+                    .arg(quoted(track.source))
+                    .arg(samples)
+                    .arg(CDSound::samplesPerFrame),
+                QStringLiteral("Leave it out."), track.source);
+    }
+    if (NSError error = errorOfCount(tracks.size() + (order.dataFolder.isEmpty() ? 0 : 1), "tracks"))
+        return error;
+    return errorOfIsrcs(order.isrcs, tracks.size());
 }
 
 NSError errorOfCapacity(std::uint64_t frames, std::uint32_t capacity)
@@ -75,13 +112,52 @@ NSError errorOfCapacity(std::uint64_t frames, std::uint32_t capacity)
         QStringLiteral("Leave files out, or take a longer disc."));
 }
 
+/// Every file that is read, for the look whether the image would lie on one of them.
+QList<QByteArray> pathsOf(const AudioSources &sources)
+{
+    QList<QByteArray> paths = sources.files;
+    for (const AudioSource &source : sources.sources) {
+        if (!source.sheetPath.isEmpty())
+            paths << source.sheetPath;
+    }
+    return paths;
+}
+
+/// Gives each track what was broken in its part of a file. What is only counted goes to the last track of the file.
+void distributeDamage(std::size_t file, const AudioDamageReport &report, const std::vector<AlbumTrack> &album,
+                      std::vector<AudioImageTrack> *tracks)
+{
+    std::size_t last = 0;
+    for (std::size_t track = 0; track < album.size(); ++track) {
+        for (const std::vector<SoundRun> &runs : {album[track].pregap, album[track].sound}) {
+            for (const SoundRun &run : runs)
+                last = run.file == file ? track : last;
+        }
+    }
+    const auto trackAt = [&](double seconds) {
+        for (std::size_t track = 0; track < album.size(); ++track) {
+            for (const std::vector<SoundRun> &runs : {album[track].pregap, album[track].sound}) {
+                for (const SoundRun &run : runs) {
+                    const double end = double(run.first + run.samples) / CDSound::samplesPerSecond;
+                    if (run.file == file && seconds < end)
+                        return track;
+                }
+            }
+        }
+        return last;
+    };
+    for (const AudioDamage &place : report.places)
+        (*tracks)[trackAt(place.seconds)].damage.add(place.seconds, place.what);
+    (*tracks)[last].damage.count += report.count - report.places.size();
+}
+
 } // namespace
 
 bool AudioImageResult::isComplete() const
 {
-    return !error && !areTextsLost && std::all_of(tracks.begin(), tracks.end(), [](const AudioImageTrack &track) {
-        return track.damage.isEmpty();
-    });
+    return !error && !areTextsLost && data.isComplete()
+        && std::all_of(tracks.begin(), tracks.end(),
+                       [](const AudioImageTrack &track) { return track.damage.isEmpty(); });
 }
 
 class AudioImageJob::Work final : public DiscJobWork
@@ -93,79 +169,319 @@ public:
     }
 
     void begin() override;
+    void stop() override;
+    void lookAhead() override;
     [[nodiscard]] DiscJobProgress progress() const override;
 
-    [[nodiscard]] NSError make(const std::stop_token &stop);
-    [[nodiscard]] NSError openStage(const std::vector<DiscSource> &sources, const std::stop_token &stop);
+    [[nodiscard]] NSError prepare(const std::stop_token &stop);
+    [[nodiscard]] NSError openStage(const AudioSources &sources, const std::stop_token &stop);
+    void prepared(const NSError &error);
+    void makeData();
+    void dataMade();
+    void writeInBackground();
+    [[nodiscard]] NSError write(const std::stop_token &stop);
+    void describeTracks(const AudioLayout &layout);
+    [[nodiscard]] TableOfContents contentsOfDisc(const AudioLayout &layout);
+    void addTexts(TableOfContents *contents);
+    void tellWhatIsLost(const TableOfContents &contents);
+    [[nodiscard]] Result<std::vector<double>> gains(const std::stop_token &stop);
     [[nodiscard]] NSError makeRoom(std::uint64_t bytes) const;
-    [[nodiscard]] NSError write(std::vector<OpenedSound> &sounds, const std::stop_token &stop);
-    void addIsrcs(TableOfContents *contents);
-    void addTexts(const std::vector<OpenedSound> &sounds, TableOfContents *contents);
     void endWith(const NSError &error);
+    [[nodiscard]] bool hasData() const { return !order.dataFolder.isEmpty(); }
 
     const AudioImageOrder order;
     DiscImageOrder imageOrder; ///< the same for the stage
-    // The worker's while it runs; then the main thread's.
+    // A worker's while it runs; then the main thread's.
     AudioImageResult result;
     ImageStage stage;
+    SoundHelpers helpers;
+    std::optional<DiscSource> dataSource;
+    std::vector<AlbumFile> files;
+    AudioAlbum album;
+    DiscTrack dataTrack; ///< once it is written
+    // The main thread's.
+    std::unique_ptr<ImageMaker> maker;
     // Shared.
     std::atomic<DiscJobPhase> phase = DiscJobPhase::Preparing;
     std::atomic<std::uint64_t> filesFound = 0;
-    std::atomic<std::uint64_t> bytesDone = 0;
-    std::atomic<std::uint64_t> bytesTotal = 0;
+    std::atomic<std::uint64_t> foldersFound = 0;
+    std::atomic<std::uint64_t> soundBytesDone = 0;
+    std::atomic<std::uint64_t> soundBytesTotal = 0;
+    std::atomic<std::uint64_t> dataBytes = 0; ///< those that are written
 };
 
 void AudioImageJob::Work::begin()
 {
-    runInBackground([this](const std::stop_token &stop) { return make(stop); },
-                    [this](const NSError &error) { endWith(cancellationOr(error)); });
+    runInBackground([this](const std::stop_token &stop) { return prepare(stop); },
+                    [this](const NSError &error) { prepared(error); });
 }
 
-NSError AudioImageJob::Work::make(const std::stop_token &stop)
+/// Finds out what the tracks will be.
+NSError AudioImageJob::Work::prepare(const std::stop_token &stop)
 {
-    const Result<QList<QByteArray>> paths = audioSourcesOf(order.sources);
-    if (!paths)
-        return paths.error();
-    if (NSError error = errorOfOrder(order, *paths))
-        return error;
-    const Result<std::vector<DiscSource>> sources = discSourcesAtPaths(*paths);
+    const Result<AudioSources> sources = audioSourcesOf(order.sources);
     if (!sources)
         return sources.error();
+    if (NSError error = errorOfOrder(order, *sources))
+        return error;
     if (NSError error = openStage(*sources, stop))
         return error;
-    filesFound = std::uint64_t(paths->size());
+    filesFound = std::uint64_t(sources->files.size());
     phase = DiscJobPhase::Scanning;
-    Result<std::vector<OpenedSound>> sounds = openSounds(*paths, stop);
-    if (!sounds)
-        return sounds.error();
-    return write(*sounds, stop);
+    Result<std::vector<AlbumFile>> opened = openAudioFiles(sources->files, {helpers, soundBytesDone, stop});
+    if (!opened)
+        return opened.error();
+    files = *std::move(opened);
+    std::vector<std::uint64_t> lengths(files.size());
+    std::transform(files.begin(), files.end(), lengths.begin(), [](const AlbumFile &one) { return one.samples; });
+    Result<AudioAlbum> made = audioAlbumOf(*sources, lengths, order.gap);
+    if (!made)
+        return made.error();
+    album = *std::move(made);
+    result.notes = album.notes;
+    if (hasData())
+        album.tracks.front().silence = std::max(album.tracks.front().silence, silenceBehindData);
+    if (NSError error = errorOfTracks(order, album.tracks))
+        return error;
+    const std::uint64_t times = order.normalization == AudioNormalization::None ? 1 : 2;
+    soundBytesTotal =
+        times * CDSound::bytesPerSample * std::accumulate(lengths.begin(), lengths.end(), std::uint64_t(0));
+    return errorOfCapacity(audioLayoutOf(album.tracks, order.isGapless).frames, order.capacity);
 }
 
-NSError AudioImageJob::Work::openStage(const std::vector<DiscSource> &sources, const std::stop_token &stop)
+NSError AudioImageJob::Work::openStage(const AudioSources &sources, const std::stop_token &stop)
 {
+    QList<QByteArray> paths = pathsOf(sources);
+    if (hasData())
+        paths << order.dataFolder;
+    const Result<std::vector<DiscSource>> found = discSourcesAtPaths(paths);
+    if (!found)
+        return found.error();
+    if (hasData()) {
+        dataSource = found->back();
+        if (!dataSource->isFolder)
+            return discJobError(
+                DiscJobErrorCode::Source,
+                QStringLiteral("%1 is no folder to make a track of data of").arg(quoted(order.dataFolder)),
+                QStringLiteral("Put the file into a folder, and name that."), order.dataFolder);
+    }
     imageOrder.output = order.output;
+    imageOrder.outputDescriptor = order.outputDescriptor;
     imageOrder.format = order.format;
     imageOrder.isSynchronized = order.isSynchronized;
-    if (isStream(order.output))
-        return discJobError(
-            DiscJobErrorCode::InvalidOrder,
-            QStringLiteral("the output %1 is no file: tracks are written side by side").arg(quoted(order.output)),
-            QStringLiteral("Name a file."), order.output);
-    if (NSError error = stage.open(imageOrder, sources, stop))
+    if (NSError error = stage.open(imageOrder, *found, stop))
         return error;
     result.imagePath = stage.imagePath();
     result.cueSheetPath = stage.cueSheetPath();
     return {};
 }
 
+void AudioImageJob::Work::prepared(const NSError &error)
+{
+    if (const NSError failure = cancellationOr(error))
+        endWith(failure);
+    else if (hasData())
+        makeData();
+    else
+        writeInBackground();
+}
+
+void AudioImageJob::Work::makeData()
+{
+    const std::uint64_t frames = audioLayoutOf(album.tracks, order.isGapless).frames;
+    result.data.volumeName =
+        order.volumeName.isEmpty() ? stringWithFileSystemRepresentation(dataSource->name) : order.volumeName;
+    ImageMakerOrder making;
+    making.sources = {*dataSource};
+    making.rootIsOnlySource = true;
+    making.volumeName = result.data.volumeName;
+    making.isVolumeNameGiven = !order.volumeName.isEmpty();
+    making.filesystems = allDiscFilesystems;
+    making.path = stage.pathForWriting();
+    making.descriptor = stage.descriptor();
+    making.finalPath = stage.imagePath();
+    making.isSynchronized = false; // the whole image is, in the end
+    making.isBeforeAudio = true;
+    making.checkSize = [this, frames](std::uint64_t bytes) {
+        return errorOfCapacity(bytes / CDSound::bytesPerFrame + frames, order.capacity);
+    };
+    maker = std::make_unique<ImageMaker>(std::move(making));
+    maker->start([this] { dataMade(); });
+}
+
+void AudioImageJob::Work::dataMade()
+{
+    const QString volumeName = result.data.volumeName;
+    result.data = maker->result();
+    result.data.volumeName = volumeName;
+    const NSError error = std::exchange(result.data.error, {});
+    const std::shared_ptr<const TableOfContents> contents = maker->contents();
+    dataBytes = result.data.bytes;
+    filesFound += result.data.files;
+    foldersFound = result.data.folders;
+    maker.reset();
+    if (error || isCancelled()) {
+        endWith(error ? error : discJobCancellation());
+        return;
+    }
+    dataTrack = *contents->tracks().front();
+    writeInBackground();
+}
+
+void AudioImageJob::Work::writeInBackground()
+{
+    runInBackground([this](const std::stop_token &stop) { return write(stop); },
+                    [this](const NSError &error) { endWith(cancellationOr(error)); });
+}
+
+/// Measures the sounds, where that is asked for, and brings them into the image.
+NSError AudioImageJob::Work::write(const std::stop_token &stop)
+{
+    phase = DiscJobPhase::Planning;
+    const std::uint64_t dataFrames = hasData() ? dataTrack.storedBlocks() : 0;
+    const AudioLayout layout = audioLayoutOf(album.tracks, order.isGapless, dataFrames);
+    describeTracks(layout);
+    result.frames = dataFrames + layout.frames;
+    if (NSError error = errorOfCapacity(result.frames, order.capacity))
+        return error;
+    const TableOfContents contents = contentsOfDisc(layout);
+    tellWhatIsLost(contents);
+    if (NSError error = stage.goesIntoStream() ? NSError() : makeRoom(contents.storedBytes()))
+        return error;
+    const Result<std::vector<double>> factors = gains(stop);
+    if (!factors)
+        return factors.error();
+    phase = DiscJobPhase::Writing;
+    if (stage.goesIntoStream())
+        (void)::lseek(stage.descriptor(), 0, SEEK_END); // a file in its place has another position for the data
+    const AudioDecoding decoding{helpers, soundBytesDone, stop};
+    const Result<std::vector<AudioDamageReport>> damage = stage.goesIntoStream()
+        ? streamAudioFiles(files, *factors, layout, stage.descriptor(), decoding)
+        : writeAudioFiles(files, *factors, layout, stage.descriptor(), decoding);
+    if (!damage)
+        return damage.error();
+    for (std::size_t file = 0; file < damage->size(); ++file)
+        distributeDamage(file, (*damage)[file], album.tracks, &result.tracks);
+    phase = DiscJobPhase::Finishing;
+    return stage.finish(imageOrder, contents, &result.bytes, stop);
+}
+
+void AudioImageJob::Work::describeTracks(const AudioLayout &layout)
+{
+    for (std::size_t number = 0; number < album.tracks.size(); ++number) {
+        const AlbumTrack &planned = album.tracks[number];
+        const AudioTrackPlace &place = layout.places[number];
+        AudioImageTrack &track = result.tracks.emplace_back();
+        track.number = std::uint32_t(number + (hasData() ? 2 : 1));
+        track.source = files[planned.sound.front().file].path;
+        for (const SoundRun &run : planned.sound)
+            track.samples += run.samples;
+        track.pregap = place.pregap;
+        track.firstFrame = place.firstFrame;
+        track.frames = place.frames;
+        track.isTooShort = track.frames < shortestTrack;
+    }
+}
+
+TableOfContents AudioImageJob::Work::contentsOfDisc(const AudioLayout &layout)
+{
+    std::vector<DiscTrack> tracks = discTracksOf(album.tracks, layout);
+    if (hasData())
+        tracks.insert(tracks.begin(), dataTrack);
+    TableOfContents contents = contentsOf(std::move(tracks));
+    contents.mediaCatalogNumber = album.mediaCatalogNumber;
+    addTexts(&contents);
+    return contents;
+}
+
+/// CD-TEXT and ISRCs: those of the order go before those of cue sheets, and these before those of tags.
+void AudioImageJob::Work::addTexts(TableOfContents *contents)
+{
+    AudioTexts texts;
+    if (order.hasCDText) {
+        AudioTextSources sources;
+        for (const AlbumTrack &track : album.tracks) {
+            sources.tags.push_back(track.ownFile ? files[*track.ownFile].tags : QMap<QString, QString>());
+            sources.tracks.push_back(track.texts);
+        }
+        sources.disc = album.texts;
+        sources.firstTrack = hasData() ? 2 : 1;
+        texts = audioTextsOf(sources);
+        contents->cdText = texts.text;
+        result.changedTexts = texts.changes;
+        result.areTextsLost = texts.isAnyLost;
+    }
+    std::vector<DiscTrack> &tracks = contents->sessions.front().tracks;
+    const std::size_t first = hasData() ? 1 : 0;
+    for (std::size_t number = 0; number < result.tracks.size(); ++number) {
+        DiscTrack &track = tracks[number + first];
+        const QByteArray code = soundIsrc(QString::fromUtf8(order.isrcs.value(qsizetype(number))));
+        if (!code.isEmpty())
+            track.isrc = code;
+        else if (track.isrc.isEmpty() && order.hasCDText)
+            track.isrc = texts.isrcs[number];
+        result.tracks[number].isrc = track.isrc;
+        if (texts.text.isEmpty())
+            continue;
+        const auto textOf = [&](CDTextKind kind) {
+            const auto found = texts.text.blocks.front().texts.find(kind);
+            return found == texts.text.blocks.front().texts.end() ? QString() : found->second[number + 1];
+        };
+        result.tracks[number].title = textOf(CDTextKind::Title);
+        result.tracks[number].performer = textOf(CDTextKind::Performer);
+    }
+}
+
+/// What the format of the image cannot say.
+void AudioImageJob::Work::tellWhatIsLost(const TableOfContents &contents)
+{
+    const QString format =
+        order.format == DiscFormat::BIN ? QStringLiteral("a cue sheet") : QStringLiteral("a VANT image");
+    for (const QString &what : ImageFinisher(TessaronDiscImageFormat(order.format), contents).lost()) {
+        result.changedTexts << QStringLiteral("%1 cannot say %2, which is left out").arg(format, what);
+        result.areTextsLost = true;
+    }
+}
+
+/// The factor for each file; 1 for all where nothing is to be normalized.
+Result<std::vector<double>> AudioImageJob::Work::gains(const std::stop_token &stop)
+{
+    std::vector<double> factors(files.size(), 1);
+    if (order.normalization == AudioNormalization::None)
+        return factors;
+    phase = DiscJobPhase::Measuring;
+    const Result<std::vector<std::unique_ptr<LoudnessMeter>>> meters =
+        measureAudioFiles(files, {helpers, soundBytesDone, stop});
+    if (!meters)
+        return meters.error();
+    const double ofAll = normalizingGain(LoudnessMeter::loudnessOf(*meters));
+    for (std::size_t track = 0; track < album.tracks.size(); ++track) {
+        const std::size_t file = album.tracks[track].sound.front().file;
+        const SoundLoudness loudness = (*meters)[file]->loudness();
+        AudioImageTrack &told = result.tracks[track];
+        told.loudness = loudness.loudness;
+        if (loudness.truePeak > 0)
+            told.truePeak = loudness.truePeakLevel();
+    }
+    for (std::size_t file = 0; file < files.size(); ++file)
+        factors[file] =
+            order.normalization == AudioNormalization::Album ? ofAll : normalizingGain((*meters)[file]->loudness());
+    for (std::size_t track = 0; track < album.tracks.size(); ++track)
+        result.tracks[track].gain = 20 * std::log10(factors[album.tracks[track].sound.front().file]);
+    return factors;
+}
+
 /// The file gets its length at once, so that each sound finds its place. What no sound covers stays zero.
 NSError AudioImageJob::Work::makeRoom(std::uint64_t bytes) const
 {
+    struct stat status = {};
+    const bool isKnown = ::fstat(stage.descriptor(), &status) == 0;
+    const std::uint64_t missing = bytes - std::min(bytes, isKnown ? std::uint64_t(status.st_size) : 0);
     const std::optional<std::uint64_t> free = freeSpaceForPlainWriting(stage.descriptor());
-    if (free && *free < bytes)
+    if (free && *free < missing)
         return discJobError(DiscJobErrorCode::Space,
                             QStringLiteral("the disk is too full: the image needs %1 bytes, but only %2 are free")
-                                .arg(bytes)
+                                .arg(missing)
                                 .arg(*free),
                             QStringLiteral("Make room, or choose another place for the output."), stage.imagePath());
     if (::ftruncate(stage.descriptor(), off_t(bytes)) == 0)
@@ -175,82 +491,25 @@ NSError AudioImageJob::Work::makeRoom(std::uint64_t bytes) const
                         statusForErrno(errno));
 }
 
-NSError AudioImageJob::Work::write(std::vector<OpenedSound> &sounds, const std::stop_token &stop)
-{
-    phase = DiscJobPhase::Planning;
-    std::vector<std::uint64_t> lengths(sounds.size());
-    std::transform(sounds.begin(), sounds.end(), lengths.begin(), [](const OpenedSound &one) { return one.samples; });
-    const std::vector<AudioTrackPlace> places = audioTrackPlaces(lengths, order.gap, order.isGapless);
-    for (std::size_t number = 0; number < sounds.size(); ++number) {
-        AudioImageTrack &track = result.tracks.emplace_back();
-        track.source = sounds[number].path;
-        track.samples = places[number].samples;
-        track.pregap = places[number].pregap;
-        track.firstFrame = places[number].firstFrame;
-        track.frames = places[number].frames;
-        track.isTooShort = track.frames < shortestTrack;
-    }
-    result.frames = framesOf(places);
-    if (NSError error = errorOfCapacity(result.frames, order.capacity))
-        return error;
-    TableOfContents contents = contentsOf(places);
-    if (order.hasCDText)
-        addTexts(sounds, &contents);
-    addIsrcs(&contents);
-    if (NSError error = makeRoom(contents.storedBytes()))
-        return error;
-    bytesTotal = std::accumulate(lengths.begin(), lengths.end(), std::uint64_t(0)) * CDSound::bytesPerSample;
-    phase = DiscJobPhase::Writing;
-    Result<std::vector<AudioDamageReport>> damage = writeSounds(sounds, places, stage.descriptor(), &bytesDone, stop);
-    if (!damage)
-        return damage.error();
-    for (std::size_t number = 0; number < sounds.size(); ++number)
-        result.tracks[number].damage = std::move((*damage)[number]);
-    phase = DiscJobPhase::Finishing;
-    return stage.finish(imageOrder, contents, &result.bytes, stop);
-}
-
-/// Those of the order go before those of tags.
-void AudioImageJob::Work::addIsrcs(TableOfContents *contents)
-{
-    std::vector<DiscTrack> &tracks = contents->sessions.front().tracks;
-    for (std::size_t number = 0; number < tracks.size(); ++number) {
-        const QByteArray code = soundIsrc(QString::fromUtf8(order.isrcs.value(qsizetype(number))));
-        if (!code.isEmpty())
-            tracks[number].isrc = code;
-        result.tracks[number].isrc = tracks[number].isrc;
-    }
-}
-
-void AudioImageJob::Work::addTexts(const std::vector<OpenedSound> &sounds, TableOfContents *contents)
-{
-    std::vector<QMap<QString, QString>> tags(sounds.size());
-    std::transform(sounds.begin(), sounds.end(), tags.begin(), [](const OpenedSound &one) { return one.tags; });
-    AudioTexts texts = audioTextsOf(tags);
-    contents->cdText = std::move(texts.text);
-    std::vector<DiscTrack> &tracks = contents->sessions.front().tracks;
-    for (std::size_t number = 0; number < tracks.size(); ++number)
-        tracks[number].isrc = texts.isrcs[number];
-    for (const CDTextBlock &block : contents->cdText.blocks) {
-        for (std::size_t number = 0; number < tracks.size(); ++number) {
-            const auto textOf = [&](CDTextKind kind) {
-                const auto found = block.texts.find(kind);
-                return found == block.texts.end() ? QString() : found->second[number + 1];
-            };
-            result.tracks[number].title = textOf(CDTextKind::Title);
-            result.tracks[number].performer = textOf(CDTextKind::Performer);
-        }
-    }
-    result.changedTexts = texts.changes;
-    result.areTextsLost = texts.isAnyLost;
-}
-
 void AudioImageJob::Work::endWith(const NSError &error)
 {
     result.error = error;
     // Files that have not got their names go before the end is announced, so that a script finds the place as it was.
     stage.close();
+    helpers.endIdle();
     end(error);
+}
+
+void AudioImageJob::Work::stop()
+{
+    if (maker)
+        maker->cancel();
+}
+
+void AudioImageJob::Work::lookAhead()
+{
+    if (maker)
+        maker->lookAhead();
 }
 
 DiscJobProgress AudioImageJob::Work::progress() const
@@ -258,8 +517,21 @@ DiscJobProgress AudioImageJob::Work::progress() const
     DiscJobProgress state;
     state.phase = phase;
     state.files = filesFound;
-    state.bytesTotal = bytesTotal;
-    state.bytesDone = bytesDone;
+    state.folders = foldersFound;
+    std::uint64_t ofData = dataBytes;
+    std::uint64_t dataTotal = ofData;
+    if (maker) {
+        const DiscJobProgress making = maker->progress();
+        state.phase = making.phase;
+        state.files += making.files;
+        state.folders = making.folders;
+        ofData = making.bytesDone;
+        dataTotal = making.bytesTotal;
+    }
+    state.bytesDone = ofData + soundBytesDone;
+    // Known once all of it is.
+    if (!hasData() || dataTotal > 0)
+        state.bytesTotal = dataTotal + soundBytesTotal;
     return state;
 }
 

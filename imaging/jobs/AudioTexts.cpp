@@ -1,11 +1,15 @@
 #include "imaging/jobs/AudioTexts.h"
 
+#include "platform/disctracks/CDTextLanguages.h"
+#include "platform/disctracks/CDTextPacks.h"
+
 #include <QRegularExpression>
 #include <QSet>
 
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <set>
 #include <unicode/translit.h>
 #include <unicode/unistr.h>
 
@@ -16,8 +20,12 @@ namespace
 {
 
 using Tags = QMap<QString, QString>;
+using TextsByKind = std::map<CDTextKind, QString>;
 
-constexpr qsizetype longestText = 160;
+/// Tried one after the other until the packs fit.
+constexpr std::array longestTexts = {160, 120, 90, 60, 45, 30, 20, 10};
+constexpr std::uint8_t japanese = 0x69;
+constexpr std::size_t mostLanguages = 8;
 
 /// The names under which formats keep what a track has of a kind, the likeliest first.
 struct KindOfTag {
@@ -30,6 +38,27 @@ constexpr std::array kinds = {KindOfTag{CDTextKind::Title, {"title", "", "", ""}
                               KindOfTag{CDTextKind::Composer, {"composer", "", "", ""}},
                               KindOfTag{CDTextKind::Arranger, {"arranger", "", "", ""}}};
 
+/// The tags without a language, and those of each language under their names alone.
+struct TagsByLanguage {
+    Tags plain;
+    std::map<std::uint8_t, Tags> others;
+};
+
+TagsByLanguage byLanguage(const Tags &tags)
+{
+    TagsByLanguage result;
+    for (auto tag = tags.begin(); tag != tags.end(); ++tag) {
+        const qsizetype dash = tag.key().lastIndexOf(u'-');
+        const std::optional<std::uint8_t> language =
+            dash > 0 ? cdTextLanguage(QStringView(tag.key()).sliced(dash + 1)) : std::nullopt;
+        if (language)
+            result.others[*language].insert(tag.key().first(dash), tag.value());
+        else
+            result.plain.insert(tag.key(), tag.value());
+    }
+    return result;
+}
+
 template <std::size_t count>
 QString firstOf(const Tags &tags, const std::array<const char *, count> &names)
 {
@@ -41,6 +70,17 @@ QString firstOf(const Tags &tags, const std::array<const char *, count> &names)
     return {};
 }
 
+TextsByKind textsOfTrack(const Tags &tags)
+{
+    TextsByKind texts;
+    for (const KindOfTag &kind : kinds) {
+        QString text = firstOf(tags, kind.names);
+        if (!text.isEmpty())
+            texts.emplace(kind.kind, std::move(text));
+    }
+    return texts;
+}
+
 /// The text that all tracks have; empty where two differ or one has none.
 QString commonText(const std::vector<Tags> &tags, const char *name)
 {
@@ -48,6 +88,71 @@ QString commonText(const std::vector<Tags> &tags, const char *name)
     for (const Tags &one : tags)
         texts.insert(one.value(QString::fromLatin1(name)).simplified());
     return texts.size() == 1 ? *texts.begin() : QString();
+}
+
+TextsByKind textsOfDisc(const std::vector<Tags> &tags)
+{
+    TextsByKind texts;
+    const QString album = commonText(tags, "album");
+    if (!album.isEmpty())
+        texts.emplace(CDTextKind::Title, album);
+    const QString ofAlbum = commonText(tags, "album_artist");
+    const QString performer = ofAlbum.isEmpty() ? commonText(tags, "artist") : ofAlbum;
+    if (!performer.isEmpty())
+        texts.emplace(CDTextKind::Performer, performer);
+    return texts;
+}
+
+/// The texts of one language, the disc's first, then those of the tracks.
+using TextsOfLanguage = std::vector<TextsByKind>;
+
+/// All that is known, by language. What is said elsewhere goes before tags, and tags with a language before those
+/// without.
+std::map<std::uint8_t, TextsOfLanguage> textsByLanguage(const AudioTextSources &sources)
+{
+    const std::size_t count = sources.tags.size();
+    std::vector<TagsByLanguage> tags(count);
+    std::transform(sources.tags.begin(), sources.tags.end(), tags.begin(), byLanguage);
+    std::set<std::uint8_t> languages = {CDTextBlock::english};
+    for (const TagsByLanguage &one : tags) {
+        for (const auto &[language, texts] : one.others) {
+            if (!textsOfTrack(texts).empty() || texts.contains(QStringLiteral("album")))
+                languages.insert(language);
+        }
+    }
+    for (const auto &[language, texts] : sources.disc)
+        languages.insert(language);
+    for (const SpokenTexts &track : sources.tracks) {
+        for (const auto &[language, texts] : track)
+            languages.insert(language);
+    }
+    std::map<std::uint8_t, TextsOfLanguage> result;
+    for (const std::uint8_t language : languages) {
+        const auto spoken = [language](const SpokenTexts &texts) {
+            const auto found = texts.find(language);
+            return found == texts.end() ? TextsByKind() : found->second;
+        };
+        TextsOfLanguage &texts = result[language];
+        std::vector<Tags> all(count);
+        texts.push_back(spoken(sources.disc));
+        for (std::size_t track = 0; track < count; ++track) {
+            all[track] = tags[track].plain;
+            if (const auto own = tags[track].others.find(language); own != tags[track].others.end())
+                all[track].insert(own->second);
+            texts.push_back(sources.tracks.empty() ? TextsByKind() : spoken(sources.tracks[track]));
+            texts.back().merge(textsOfTrack(all[track]));
+        }
+        texts.front().merge(textsOfDisc(all));
+    }
+    // What a sheet says in no language stands for what another one lacks, too.
+    const TextsOfLanguage english = result[CDTextBlock::english];
+    for (auto &[language, texts] : result) {
+        for (std::size_t place = 0; place < texts.size(); ++place) {
+            TextsByKind others = english[place];
+            texts[place].merge(others);
+        }
+    }
+    return result;
 }
 
 bool isLatin1(QChar character)
@@ -72,43 +177,90 @@ QString spelledInLatin1(const QString &text)
     return result;
 }
 
-/// Makes texts fit, and notes what that costs.
-class TextFitter
+/// Makes the block of a language of texts that fit, and notes what that costs.
+class BlockMaker
 {
 public:
-    explicit TextFitter(AudioTexts &texts)
-        : m_texts(texts)
+    BlockMaker(std::uint8_t language, std::uint32_t firstTrack, CDTextEncoding encoding, qsizetype longest)
+        : m_longest(longest)
     {
+        m_made.block.firstTrack = firstTrack;
+        m_made.block.language = language;
+        m_made.block.encoding = encoding;
     }
 
-    /// `where` says whose text it is, as in "track 3".
-    QString fitted(const QString &text, const QString &where)
+    struct Made {
+        CDTextBlock block;
+        QStringList changes;
+        bool isAnyLost = false;
+    };
+
+    [[nodiscard]] Made make(const TextsOfLanguage &texts)
+    {
+        for (std::size_t place = 0; place < texts.size(); ++place) {
+            for (const auto &[kind, text] : texts[place]) {
+                std::vector<QString> &all = m_made.block.texts[kind];
+                all.resize(texts.size());
+                all[place] = fitted(text, place);
+            }
+        }
+        return std::move(m_made);
+    }
+
+private:
+    /// `place` is 0 for the disc, else that of the track among those with sound.
+    [[nodiscard]] QString fitted(const QString &text, std::size_t place)
     {
         QString result = text;
-        if (!std::all_of(text.begin(), text.end(), isLatin1))
+        if (m_made.block.encoding == CDTextEncoding::Latin1 && !std::all_of(text.begin(), text.end(), isLatin1))
             result = spelledInLatin1(text);
         const bool isUnspoken = result.count(u'?') > text.count(u'?');
         result.replace(u'"', u'\'');
         result = result.simplified();
-        const bool isCut = result.size() > longestText;
-        result.truncate(longestText);
+        const bool isCut = result.size() > m_longest;
+        result.truncate(m_longest);
         if (result == text)
             return result;
-        m_texts.changes << QStringLiteral("%1: “%2” stands in the CD-TEXT as “%3”").arg(where, text, result);
-        m_texts.isAnyLost = m_texts.isAnyLost || isCut || isUnspoken;
+        const QString where = place == 0 ? QStringLiteral("the disc")
+                                         : QStringLiteral("track %1").arg(place - 1 + m_made.block.firstTrack);
+        m_made.changes << QStringLiteral("%1: “%2” stands in the CD-TEXT as “%3”").arg(where, text, result);
+        m_made.isAnyLost = m_made.isAnyLost || isCut || isUnspoken;
         return result;
     }
 
-private:
-    AudioTexts &m_texts;
+    const qsizetype m_longest;
+    Made m_made;
 };
 
-QByteArray isrcOf(const Tags &tags, const QString &where, AudioTexts &texts)
+bool fits(const CDTextBlock &block, std::size_t lastTrack)
+{
+    return cdTextPacks(CDText{{block}}, std::uint32_t(lastTrack)).hasValue();
+}
+
+/// The block with texts as long as there is room for.
+BlockMaker::Made madeBlock(std::uint8_t language, std::uint32_t firstTrack, const TextsOfLanguage &texts)
+{
+    const std::size_t lastTrack = firstTrack + texts.size() - 2;
+    BlockMaker::Made made;
+    for (const int longest : longestTexts) {
+        if (language == japanese) {
+            made = BlockMaker(language, firstTrack, CDTextEncoding::ShiftJis, longest).make(texts);
+            if (fits(made.block, lastTrack))
+                return made;
+        }
+        made = BlockMaker(language, firstTrack, CDTextEncoding::Latin1, longest).make(texts);
+        if (fits(made.block, lastTrack))
+            return made;
+    }
+    return made;
+}
+
+QByteArray isrcOf(const Tags &tags, std::size_t number, AudioTexts &texts)
 {
     const QString given = firstOf(tags, std::array{"isrc", "tsrc"});
     QByteArray code = soundIsrc(given);
     if (code.isEmpty() && !given.isEmpty()) {
-        texts.changes << QStringLiteral("%1: “%2” is no ISRC, and is left out").arg(where, given);
+        texts.changes << QStringLiteral("track %1: “%2” is no ISRC, and is left out").arg(number).arg(given);
         texts.isAnyLost = true;
     }
     return code;
@@ -123,30 +275,33 @@ QByteArray soundIsrc(const QString &code)
     return form.match(plain).hasMatch() ? plain.toLatin1() : QByteArray();
 }
 
-AudioTexts audioTextsOf(const std::vector<QMap<QString, QString>> &tags)
+AudioTexts audioTextsOf(const AudioTextSources &sources)
 {
     AudioTexts result;
-    TextFitter fitter(result);
-    CDTextBlock block;
-    const QString disc = QStringLiteral("the disc");
-    const auto nameOf = [](std::size_t track) { return QStringLiteral("track %1").arg(track + 1); };
-    for (const KindOfTag &kind : kinds) {
-        std::vector<QString> texts(tags.size() + 1);
-        for (std::size_t track = 0; track < tags.size(); ++track)
-            texts[track + 1] = fitter.fitted(firstOf(tags[track], kind.names), nameOf(track));
-        if (kind.kind == CDTextKind::Title)
-            texts[0] = fitter.fitted(commonText(tags, "album"), disc);
-        if (kind.kind == CDTextKind::Performer) {
-            const QString ofAlbum = commonText(tags, "album_artist");
-            texts[0] = fitter.fitted(ofAlbum.isEmpty() ? commonText(tags, "artist") : ofAlbum, disc);
+    std::map<std::uint8_t, TextsOfLanguage> languages = textsByLanguage(sources);
+    const auto add = [&](std::uint8_t language, const TextsOfLanguage &texts) {
+        BlockMaker::Made made = madeBlock(language, sources.firstTrack, texts);
+        if (made.block.texts.empty())
+            return;
+        for (const QString &change : made.changes) {
+            if (!result.changes.contains(change))
+                result.changes << change;
         }
-        if (std::any_of(texts.begin(), texts.end(), [](const QString &text) { return !text.isEmpty(); }))
-            block.texts.emplace(kind.kind, std::move(texts));
+        result.isAnyLost = result.isAnyLost || made.isAnyLost;
+        result.text.blocks.push_back(std::move(made.block));
+    };
+    add(CDTextBlock::english, languages[CDTextBlock::english]);
+    languages.erase(CDTextBlock::english);
+    for (const auto &[language, texts] : languages) {
+        if (result.text.blocks.size() == mostLanguages) {
+            result.changes << QStringLiteral("texts in more than eight languages are left out of the CD-TEXT");
+            result.isAnyLost = true;
+            break;
+        }
+        add(language, texts);
     }
-    for (std::size_t track = 0; track < tags.size(); ++track)
-        result.isrcs.push_back(isrcOf(tags[track], nameOf(track), result));
-    if (!block.texts.empty())
-        result.text.blocks.push_back(std::move(block));
+    for (std::size_t track = 0; track < sources.tags.size(); ++track)
+        result.isrcs.push_back(isrcOf(sources.tags[track], track + sources.firstTrack, result));
     return result;
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "imaging/jobs/AudioAlbum.h"
 #include "platform/disctracks/CDText.h"
 
+#include <QByteArray>
 #include <QMap>
 #include <QString>
 #include <QStringList>
@@ -14,20 +16,34 @@ namespace Tessaron
 /// The code as discs have it (ISO 3901): 12 characters without dashes; empty for what is no ISRC.
 [[nodiscard]] QByteArray soundIsrc(const QString &code);
 
-/// CD-TEXT made of tags.
+/// What is known of the texts of a disc.
+struct AudioTextSources {
+    /// For each track the tags of its file, as CDSound::tags() gives them; none for a track that has no file alone.
+    std::vector<QMap<QString, QString>> tags;
+    // What cue sheets say; it goes before the tags.
+    std::vector<SpokenTexts> tracks = {}; ///< one for each track, or none at all
+    SpokenTexts disc = {};
+    std::uint32_t firstTrack = 1; ///< number of the first of these tracks on the disc
+};
+
+/// CD-TEXT made of tags and sheets.
 struct AudioTexts {
-    CDText text; ///< one block, in English and Latin-1; without blocks where no file has a tag for it
+    CDText text; ///< English first, which stands for texts without a language; without blocks where there is no text
     std::vector<QByteArray> isrcs; ///< one for each track; an empty one where the tags give no valid ISRC
-    QStringList changes; ///< what does not stand in it as in the tags, each in a sentence
+    QStringList changes; ///< what does not stand in it as in the source, each in a sentence
     bool isAnyLost = false; ///< some of that has left nothing sensible
 };
 
 /// Titles, performers, songwriters, composers and arrangers of the tracks, and title and performer of the disc, where
-/// all files agree on the album. `tags` are those of each track, as CDSound::tags() gives them.
+/// all files agree on the album.
 ///
-/// Characters that Latin-1 lacks are spelled in Latin letters, quotes and line breaks, which a cue sheet cannot hold,
-/// become apostrophes and blanks, and texts end after 160 characters, since players and writers overflow on longer
-/// ones.
-[[nodiscard]] AudioTexts audioTextsOf(const std::vector<QMap<QString, QString>> &tags);
+/// A tag such as "title-ger", as FFmpeg names those that have a language in the file (ISO 639-2), goes into a block of
+/// that language, eight of them at most; what a language lacks there is filled in from the texts without one.
+///
+/// Japanese texts stay what they are in the Japanese block. Elsewhere characters that Latin-1 lacks are spelled in
+/// Latin letters. Quotes and line breaks, which a cue sheet cannot hold, become apostrophes and blanks, and texts end
+/// after 160 characters, since players and writers overflow on longer ones, or sooner where a language would take more
+/// than the 256 packs that it has room for.
+[[nodiscard]] AudioTexts audioTextsOf(const AudioTextSources &sources);
 
 } // namespace Tessaron

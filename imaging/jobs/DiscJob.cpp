@@ -19,7 +19,8 @@ constexpr std::chrono::milliseconds shortestInterval(100); // ten times a second
 
 bool countsBytes(DiscJobPhase phase)
 {
-    return phase == DiscJobPhase::Writing || phase == DiscJobPhase::Comparing || phase == DiscJobPhase::Finishing;
+    return phase == DiscJobPhase::Measuring || phase == DiscJobPhase::Writing || phase == DiscJobPhase::Comparing
+        || phase == DiscJobPhase::Finishing;
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "platform/discrecording/objects/DRFolder.h"
 #include "platform/discrecording/objects/DRStorageReport.h"
 #include "platform/discrecording/objects/DRTrack.h"
+#include "platform/disctracks/SectorForm.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/MessageTexts.h"
@@ -216,8 +217,7 @@ void ImageMaker::startWriting(const std::shared_ptr<DRFolder> &folder)
     delegate.KRTrackWriterWritingDidFailWithError = [this](KRTrackWriter &, const NSError &error) {
         writingEnded(writeError(error));
     };
-    m_writer = KRTrackWriter::trackWriterWithTrack(DRTrack::trackForRootFolder(folder),
-                                                   stringWithFileSystemRepresentation(m_order.path));
+    m_writer = KRTrackWriter::trackWriterWithTrack(track(folder), stringWithFileSystemRepresentation(m_order.path));
     m_writer->setOutputName(stringWithFileSystemRepresentation(m_order.finalPath));
     m_writer->setWaitsForDisk(m_order.isSynchronized);
     if (const NSError error = m_writer->writeTrackAndNotifyDelegate(delegate)) {
@@ -227,6 +227,21 @@ void ImageMaker::startWriting(const std::shared_ptr<DRFolder> &folder)
         m_writer.reset();
         end();
     }
+}
+
+std::shared_ptr<DRTrack> ImageMaker::track(const std::shared_ptr<DRFolder> &folder) const
+{
+    constexpr quint32 postgap = 150; // blocks
+    constexpr int wholeSectors = 17; // data form of MMC: mode 1 with all of its fields
+    std::shared_ptr<DRTrack> track = DRTrack::trackForRootFolder(folder);
+    if (!m_order.isBeforeAudio)
+        return track;
+    QVariantMap properties = track->properties();
+    properties.insert(DRBlockSizeKey, quint32(SectorForm::Raw));
+    properties.insert(DRDataFormKey, wholeSectors);
+    properties.insert(DRPostGapLengthKey, postgap);
+    track->setProperties(properties);
+    return track;
 }
 
 void ImageMaker::lookAhead()
@@ -246,6 +261,8 @@ NSError ImageMaker::checkPlan()
 {
     const std::shared_ptr<const DRStorageReport> report = m_writer->storageReport();
     m_result.isVolumeNameLost = losesVolumeName(report.get());
+    if (NSError error = m_order.checkSize ? m_order.checkSize(m_writer->amounts().bytesTotal) : NSError())
+        return error;
     if (!m_order.isStrict)
         return {};
     if (report && report->lostCount() > 0)

@@ -15,6 +15,7 @@ namespace Tessaron
 {
 
 class DRFolder;
+class DRTrack;
 class KRFileHierarchyItem;
 class KRTrackWriter;
 struct TableOfContents;
@@ -33,6 +34,11 @@ struct ImageMakerOrder {
     QByteArray path; ///< an existing empty file
     QByteArray finalPath; ///< what errors call it; empty for a stream without a path
     bool isSynchronized = true; ///< wait until the blocks are on the disk
+    /// The disc goes on with audio tracks: raw sectors (mode 1), the last 150 of them empty, as a change of the kind of
+    /// tracks needs them (ECMA-130 20).
+    bool isBeforeAudio = false;
+    /// Told how many bytes the image will have, before they are written; an error ends the making.
+    std::function<NSError(std::uint64_t bytes)> checkSize;
     int descriptor = -1; ///< the same file, for a look at its filesystem; owned by the caller
 };
 
@@ -70,6 +76,7 @@ private:
     void startWriting(const std::shared_ptr<DRFolder> &folder);
     void writingEnded(const NSError &error);
     [[nodiscard]] NSError checkPlan();
+    [[nodiscard]] std::shared_ptr<DRTrack> track(const std::shared_ptr<DRFolder> &folder) const;
     [[nodiscard]] bool losesVolumeName(const DRStorageReport *report) const;
     [[nodiscard]] NSError checkSpace(std::uint64_t imageSize) const;
     void stop(const NSError &error);

@@ -28,6 +28,9 @@ public:
     /// Open for writing at least; owned by this object.
     [[nodiscard]] int descriptor() const;
 
+    /// True when the image goes into a stream, which takes one block after the other.
+    [[nodiscard]] bool goesIntoStream() const { return !m_image; }
+
     [[nodiscard]] const QByteArray &imageName() const { return m_destination.name; }
     /// Empty for a stream without a path.
     [[nodiscard]] const QByteArray &imagePath() const { return m_destination.path; }

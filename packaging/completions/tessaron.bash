@@ -8,8 +8,8 @@ _tessaron_options() {
             "--verbose -h --help --version"
         ;;
     audio)
-        echo "-o --output --gap --no-gapless --capacity --cd-text --isrc --no-sync --progress --json -q --quiet -v --verbose" \
-            "-h --help --version"
+        echo "-o --output --format --data -n --name --gap --no-gapless --capacity --normalize --normalize-each --cd-text" \
+            "--isrc --no-sync --progress --json -q --quiet -v --verbose -h --help --version"
         ;;
     inspect) echo "--json -h --help --version" ;;
     verify) echo "--filesystems --progress --json -q --quiet -v --verbose -h --help --version" ;;
@@ -60,7 +60,7 @@ _tessaron() {
         mapfile -t COMPREPLY < <(compgen -W "$values" -- "$word")
     elif [[ $previous == @(-n|--name|--gap|-j|--jobs) ]]; then
         return
-    elif [[ $previous == -o || $previous == --output || $previous == --isrc ]]; then
+    elif [[ $previous == -o || $previous == --output || $previous == --isrc || $previous == --data ]]; then
         _tessaron_complete_paths "$word"
     elif [[ $previous == @(-d|--directory|--artwork) ]]; then
         compopt -o filenames 2>/dev/null

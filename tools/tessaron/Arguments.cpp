@@ -190,6 +190,15 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
     case Option::CdText:
         m_arguments.hasCDText = true;
         return true;
+    case Option::Data:
+        m_arguments.dataFolder = value;
+        return true;
+    case Option::Normalize:
+        m_arguments.normalization = AudioNormalization::Album;
+        return true;
+    case Option::NormalizeEach:
+        m_arguments.normalization = AudioNormalization::EachFile;
+        return true;
     case Option::Track:
         return setTrack(value);
     case Option::To:
@@ -361,18 +370,27 @@ QString checkImage(Arguments &arguments, bool hasFormat)
     return {};
 }
 
-QString checkAudio(Arguments &arguments)
+QString checkAudio(Arguments &arguments, bool hasFormat)
 {
     if (arguments.paths.isEmpty())
         return QStringLiteral("no FILE was given: name the audio files that become tracks");
     if (arguments.output.isEmpty())
         return QStringLiteral("no output was given: name the image file with -o OUT.bin or -o OUT.vant");
+    if (!arguments.volumeName.isEmpty() && arguments.dataFolder.isEmpty())
+        return QStringLiteral("--name is for the volume of --data, which was not given");
+    if (arguments.output == "-" && !hasFormat) {
+        arguments.format = DiscFormat::VANT;
+        return {};
+    }
     if (arguments.output.toLower().endsWith(".cue"))
         return QStringLiteral("%1 is a name for a cue sheet; name the image, ending in .bin, and the cue sheet is made "
                               "beside it")
             .arg(quoted(arguments.output));
-    QString error = checkImage(arguments, false);
-    if (error.isEmpty() && arguments.format != DiscFormat::BIN && arguments.format != DiscFormat::VANT)
+    QString error = checkImage(arguments, hasFormat);
+    const bool isOfSound = arguments.format == DiscFormat::BIN || arguments.format == DiscFormat::VANT;
+    if (error.isEmpty() && !isOfSound && hasFormat)
+        return QStringLiteral("an image of sound has the format bin or vant");
+    if (error.isEmpty() && !isOfSound)
         return QStringLiteral("the output %1 ends neither in .bin nor in .vant, which say what is made")
             .arg(quoted(arguments.output));
     return error;
@@ -465,7 +483,7 @@ QString checkCommand(Arguments &arguments, const Parser &parser)
     }
     if (arguments.command == "audio") {
         arguments.action = Arguments::Action::MakeAudioImage;
-        return checkAudio(arguments);
+        return checkAudio(arguments, parser.hasFormat);
     }
     if (arguments.command == "inspect") {
         arguments.action = Arguments::Action::Inspect;

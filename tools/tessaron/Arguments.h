@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TessaronClasses/AudioImageJob.h>
 #include <TessaronClasses/DiscFormat.h>
 #include <TessaronClasses/ExtractJob.h>
 
@@ -70,7 +71,7 @@ struct Arguments {
     QByteArray artworkFolder; ///< empty: covers are not written
 
     // For MakeImage and MakeAudioImage.
-    QString volumeName; ///< MakeImage only; empty: the source's name
+    QString volumeName; ///< empty: the source's name
     DiscFormat format = DiscFormat::ISO;
 
     // For MakeImage, MakeAudioImage and Extract.
@@ -82,6 +83,8 @@ struct Arguments {
 
     // For MakeAudioImage only. Lengths are frames, 75 in a second.
     QByteArray isrcFile; ///< empty: none
+    QByteArray dataFolder; ///< empty: none
+    AudioNormalization normalization = AudioNormalization::None;
     bool isGapless = true;
     bool hasCDText = false;
     std::uint32_t gap = 0;

@@ -4,6 +4,7 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/ImageReport.h"
 #include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/StandardStreams.h"
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 #include <unistd.h>
 
 namespace Tessaron::Tool
@@ -43,9 +45,41 @@ void printDamage(const AudioImageTrack &track, std::size_t most)
                             .arg(damage.count - shown));
 }
 
+/// What normalizing has found and done.
+QString loudnessText(const AudioImageTrack &track)
+{
+    if (!track.loudness)
+        return QStringLiteral(", silent");
+    return QStringLiteral(", %1 LUFS, true peak %2 dBTP, gain %3 dB")
+        .arg(*track.loudness, 0, 'f', 1)
+        .arg(track.truePeak.value_or(0), 0, 'f', 1)
+        .arg(*track.gain, 0, 'f', 1);
+}
+
+void writeDecibels(JsonWriter &writer, const char *name, const std::optional<double> &value)
+{
+    if (!value)
+        return;
+    writer.key(name);
+    writer.value(*value, 2);
+}
+
+void writeData(JsonWriter &writer, const DiscImageResult &data)
+{
+    writer.key("data");
+    writer.beginObject();
+    writer.member("volumeName", data.volumeName);
+    writer.member("bytes", data.bytes);
+    writer.member("files", data.files);
+    writer.member("folders", data.folders);
+    writeStorageMembers(writer, data);
+    writer.endObject();
+}
+
 void writeTrack(JsonWriter &writer, const AudioImageTrack &track)
 {
     writer.beginObject();
+    writer.member("track", std::uint64_t(track.number));
     writer.pathMember("source", track.source);
     writer.member("samples", track.samples);
     writer.member("pregapFrames", track.pregap);
@@ -55,6 +89,9 @@ void writeTrack(JsonWriter &writer, const AudioImageTrack &track)
     writer.member("performer", track.performer);
     writer.member("isrc", QString::fromLatin1(track.isrc));
     writer.member("tooShort", track.isTooShort);
+    writeDecibels(writer, "loudness", track.loudness);
+    writeDecibels(writer, "truePeak", track.truePeak);
+    writeDecibels(writer, "gain", track.gain);
     writer.member("damagedPlaces", track.damage.count);
     writer.key("damage");
     writer.beginArray();
@@ -83,7 +120,9 @@ AudioCommand::~AudioCommand() = default;
 ExitStatus AudioCommand::run()
 {
     QList<QByteArray> isrcs;
-    m_problem = readIsrcs(&isrcs);
+    m_problem = problemOfStandardOutput(m_arguments);
+    if (!m_problem)
+        m_problem = readIsrcs(&isrcs);
     if (!m_problem)
         makeImage(isrcs);
     m_display->clear();
@@ -118,7 +157,13 @@ void AudioCommand::makeImage(const QList<QByteArray> &isrcs)
 {
     AudioImageOrder order;
     order.sources = m_arguments.paths;
-    order.output = m_arguments.output;
+    if (m_arguments.output == "-")
+        order.outputDescriptor = STDOUT_FILENO;
+    else
+        order.output = m_arguments.output;
+    order.dataFolder = m_arguments.dataFolder;
+    order.volumeName = m_arguments.volumeName;
+    order.normalization = m_arguments.normalization;
     order.format = m_arguments.format;
     order.gap = m_arguments.gap;
     order.isGapless = m_arguments.isGapless;
@@ -140,12 +185,14 @@ ExitStatus AudioCommand::exitStatus() const
 
 void AudioCommand::printTracks() const
 {
-    for (std::size_t number = 0; number < m_result.tracks.size(); ++number) {
-        const AudioImageTrack &track = m_result.tracks[number];
-        printDiagnostic(QStringLiteral("track %1: %2 at %3, %4")
-                            .arg(number + 1, 2, 10, QLatin1Char('0'))
-                            .arg(lengthText(track.frames), lengthText(track.firstFrame),
-                                 stringWithFileSystemRepresentation(track.source)));
+    for (const AudioImageTrack &track : m_result.tracks) {
+        QString line = QStringLiteral("track %1: %2 at %3, %4")
+                           .arg(track.number, 2, 10, QLatin1Char('0'))
+                           .arg(lengthText(track.frames), lengthText(track.firstFrame),
+                                stringWithFileSystemRepresentation(track.source));
+        if (track.gain)
+            line += loudnessText(track);
+        printDiagnostic(line);
     }
 }
 
@@ -153,18 +200,28 @@ void AudioCommand::print(double seconds) const
 {
     const bool isQuiet = m_arguments.verbosity == Verbosity::Quiet;
     const bool isVerbose = m_arguments.verbosity == Verbosity::Verbose;
+    const bool hasData = !m_arguments.dataFolder.isEmpty();
+    if (hasData)
+        printStorage(m_arguments, m_result.data, !m_problem);
     if (m_problem) {
         printProblem(m_problem);
         return;
     }
     if (isVerbose)
         printTracks();
+    else if (!isQuiet && m_arguments.normalization == AudioNormalization::Album)
+        printDiagnostic(
+            QStringLiteral("gain %1 dB for all tracks").arg(m_result.tracks.front().gain.value_or(0), 0, 'f', 1));
+    for (const QString &note : m_result.notes) {
+        if (!isQuiet)
+            printDiagnostic(note);
+    }
     for (const AudioImageTrack &track : m_result.tracks)
         printDamage(track, isVerbose ? AudioDamageReport::mostDescribed : shownPlaces);
-    for (std::size_t number = 0; number < m_result.tracks.size() && !isQuiet; ++number) {
-        if (m_result.tracks[number].isTooShort)
+    for (const AudioImageTrack &track : m_result.tracks) {
+        if (track.isTooShort && !isQuiet)
             printDiagnostic(
-                QStringLiteral("track %1 is shorter than four seconds, which many recorders refuse").arg(number + 1));
+                QStringLiteral("track %1 is shorter than four seconds, which many recorders refuse").arg(track.number));
     }
     if (!isQuiet || m_result.areTextsLost) {
         for (const QString &change : m_result.changedTexts)
@@ -174,8 +231,8 @@ void AudioCommand::print(double seconds) const
         return;
     QString line = QStringLiteral("made %1: %2, %3, %4 (minutes, seconds, frames), %5 s")
                        .arg(stringWithFileSystemRepresentation(m_arguments.output),
-                            counted(m_result.tracks.size(), "track", "tracks"), sizeText(m_result.bytes),
-                            lengthText(m_result.frames), QString::number(seconds, 'f', 1));
+                            counted(m_result.tracks.size() + (hasData ? 1 : 0), "track", "tracks"),
+                            sizeText(m_result.bytes), lengthText(m_result.frames), QString::number(seconds, 'f', 1));
     if (exitStatus() == ExitStatus::Incomplete)
         line += QStringLiteral("; not everything is as it should be, see above");
     printDiagnostic(line);
@@ -200,6 +257,13 @@ bool AudioCommand::writeJson(double seconds) const
     writer.beginArray();
     for (const AudioImageTrack &track : m_result.tracks)
         writeTrack(writer, track);
+    writer.endArray();
+    if (!m_arguments.dataFolder.isEmpty())
+        writeData(writer, m_result.data);
+    writer.key("notes");
+    writer.beginArray();
+    for (const QString &note : m_result.notes)
+        writer.value(note);
     writer.endArray();
     writer.key("changedTexts");
     writer.beginArray();

@@ -4,6 +4,8 @@
 #include "tools/tessaron/Text.h"
 
 #include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace Tessaron::Tool
 {
@@ -13,6 +15,21 @@ void printProblem(const Problem &problem)
     printDiagnostic(problem.message);
     if (!problem.advice.isEmpty())
         printDiagnostic(problem.advice);
+}
+
+Problem problemOfStandardOutput(const Arguments &arguments)
+{
+    struct stat own;
+    struct stat output;
+    const bool isStandardOutput = arguments.output == "-"
+        || (::fstat(STDOUT_FILENO, &own) == 0 && ::stat(arguments.output.constData(), &output) == 0
+            && own.st_dev == output.st_dev && own.st_ino == output.st_ino && !S_ISCHR(own.st_mode));
+    if (!arguments.json || !isStandardOutput)
+        return {};
+    return {Problem::Kind::Usage,
+            QStringLiteral("the image and the report of --json cannot both go to standard output"),
+            QStringLiteral("Leave out --json, or name a file for the image."),
+            {}};
 }
 
 QString resultName(ExitStatus status)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
 #include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/Problem.h"
@@ -15,6 +16,9 @@ inline constexpr std::int64_t jsonVersion = 1;
 
 /// One line on standard error about what went wrong, and one with advice if there is any.
 void printProblem(const Problem &problem);
+
+/// The image and the report of --json cannot share standard output, however that is named.
+[[nodiscard]] Problem problemOfStandardOutput(const Arguments &arguments);
 
 /// "done", "incomplete", "failed" or "cancelled".
 [[nodiscard]] QString resultName(ExitStatus status);

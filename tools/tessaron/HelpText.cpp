@@ -69,7 +69,8 @@ constexpr char audioIntroduction[] = R"(Usage: tessaron audio [OPTION]... -o OUT
 
 Makes an image of an audio CD: a track of each FILE, in the order given, decoded
 from any audio or movie format. A FILE that ends in .m3u or .m3u8 is a list of
-files. OUT ends in .bin, and gets a cue sheet beside it, or in .vant.
+files, one in .cue a cue sheet with the tracks that it tells of. OUT ends in
+.bin, and gets a cue sheet beside it, or in .vant.
 
 Options:
 )";
@@ -81,9 +82,13 @@ Examples:
   tessaron audio -o mix.bin --gap 2 --cd-text --capacity 80 mix.m3u
       Two seconds between the tracks, texts from the tags, and nothing made
       when it would not go onto a disc of 80 minutes.
+  tessaron audio -o album.bin --data Extras --normalize album.cue
+      A mixed disc: the folder Extras, then the tracks of the cue sheet.
+  tessaron audio -o - *.flac | ssh host 'cat >album.vant'
+      To another program.
 
-Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but a FILE was damaged or a
-text could not be stored, 130 interrupted.
+Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but a FILE was damaged or
+something could not be stored, 130 interrupted.
 )";
 
 constexpr char scanIntroduction[] = R"(Usage: tessaron scan [OPTION]... PATH...

@@ -3,7 +3,6 @@
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/ImageReport.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Tessaron::Tool
@@ -17,26 +16,10 @@ ImageCommand::ImageCommand(const Arguments &arguments)
 
 ExitStatus ImageCommand::run()
 {
-    m_problem = checkStandardOutput();
+    m_problem = problemOfStandardOutput(m_arguments);
     if (!m_problem)
         makeImage();
     return report();
-}
-
-/// The image and the report of --json cannot share standard output, however that is named.
-Problem ImageCommand::checkStandardOutput() const
-{
-    struct stat own;
-    struct stat output;
-    const bool isStandardOutput = m_arguments.output == "-"
-        || (::fstat(STDOUT_FILENO, &own) == 0 && ::stat(m_arguments.output.constData(), &output) == 0
-            && own.st_dev == output.st_dev && own.st_ino == output.st_ino && !S_ISCHR(own.st_mode));
-    if (!m_arguments.json || !isStandardOutput)
-        return {};
-    return {Problem::Kind::Usage,
-            QStringLiteral("the image and the report of --json cannot both go to standard output"),
-            QStringLiteral("Leave out --json, or name a file for the image."),
-            {}};
 }
 
 DiscImageOrder ImageCommand::order() const

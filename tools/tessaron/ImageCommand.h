@@ -18,7 +18,6 @@ public:
     [[nodiscard]] ExitStatus run();
 
 private:
-    [[nodiscard]] Problem checkStandardOutput() const;
     [[nodiscard]] DiscImageOrder order() const;
     void makeImage();
     [[nodiscard]] ExitStatus report();

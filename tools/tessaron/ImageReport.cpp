@@ -40,8 +40,8 @@ void printLostObjects(const DRStorageReport &report, const std::vector<Unreadabl
         printDiagnostic(QStringLiteral("… and %1 more; --json lists all").arg(report.lostCount() - objects.size()));
 }
 
-void printStorage(const Arguments &arguments, const DRStorageReport &report,
-                  const std::vector<UnreadableFolder> &unreadable)
+void printReport(const Arguments &arguments, const DRStorageReport &report,
+                 const std::vector<UnreadableFolder> &unreadable)
 {
     if (arguments.verbosity == Verbosity::Verbose) {
         forEachTelling(report, [](const DRStorageReportItem &item) { printDiagnostic(lineAbout(item)); });
@@ -114,17 +114,24 @@ void printVolumeName(const Arguments &arguments, const DiscImageResult &result)
 
 } // namespace
 
-void printImageReport(const Arguments &arguments, const DiscImageResult &result, const Problem &problem, double seconds)
+void printStorage(const Arguments &arguments, const DiscImageResult &result, bool tellsStorage)
 {
     const bool isQuiet = arguments.verbosity == Verbosity::Quiet;
     printUnreadable(result.unreadable);
-    const bool tellsWhy = !problem || problem.kind == Problem::Kind::NotStored;
-    if (result.report && tellsWhy && !isQuiet)
-        printStorage(arguments, *result.report, result.unreadable);
-    if (result.report && tellsWhy && isQuiet)
+    if (!tellsStorage)
+        return;
+    if (result.report && isQuiet)
         printLostObjects(*result.report, result.unreadable);
-    if (tellsWhy && (result.isVolumeNameLost || !isQuiet))
+    else if (result.report)
+        printReport(arguments, *result.report, result.unreadable);
+    if (result.isVolumeNameLost || !isQuiet)
         printVolumeName(arguments, result);
+}
+
+void printImageReport(const Arguments &arguments, const DiscImageResult &result, const Problem &problem, double seconds)
+{
+    const bool isQuiet = arguments.verbosity == Verbosity::Quiet;
+    printStorage(arguments, result, !problem || problem.kind == Problem::Kind::NotStored);
     if (problem) {
         printProblem(problem);
         return;
@@ -140,9 +147,18 @@ void printImageReport(const Arguments &arguments, const DiscImageResult &result,
     printDiagnostic(line);
 }
 
-bool writeImageJson(const Arguments &arguments, const DiscImageResult &result, const Problem &problem, double seconds)
+void writeStorageMembers(JsonWriter &writer, const DiscImageResult &result)
 {
     const DRStorageReport *const report = result.report.get();
+    writeItems(writer, "renamed", Kind::Renamed, report);
+    writeItems(writer, "refused", Kind::Refused, report);
+    writeItems(writer, "altered", Kind::Altered, report);
+    writeRenamedCounts(writer, report);
+    writeUnreadableMember(writer, result.unreadable);
+}
+
+bool writeImageJson(const Arguments &arguments, const DiscImageResult &result, const Problem &problem, double seconds)
+{
     JsonWriter writer(STDOUT_FILENO);
     beginReport(writer, QStringLiteral("image"), exitStatusFor(result, problem));
     writer.pathMember("output", result.imagePath.isEmpty() ? arguments.output : result.imagePath);
@@ -155,11 +171,7 @@ bool writeImageJson(const Arguments &arguments, const DiscImageResult &result, c
     writer.member("folders", result.folders);
     writer.key("seconds");
     writer.value(seconds, 3);
-    writeItems(writer, "renamed", Kind::Renamed, report);
-    writeItems(writer, "refused", Kind::Refused, report);
-    writeItems(writer, "altered", Kind::Altered, report);
-    writeRenamedCounts(writer, report);
-    writeUnreadableMember(writer, result.unreadable);
+    writeStorageMembers(writer, result);
     return endReport(writer, problem);
 }
 

@@ -2,6 +2,7 @@
 
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/Problem.h"
 #include <TessaronClasses/DiscImageJob.h>
 
@@ -16,6 +17,13 @@ namespace Tessaron::Tool
 /// What the command says to people at its end, on standard error.
 void printImageReport(const Arguments &arguments, const DiscImageResult &result, const Problem &problem,
                       double seconds);
+
+/// What of the folders and files is not on the disc as it stands, on standard error; shorter with -q, longer with -v.
+/// When the command has failed for another reason than that, `tellsStorage` is false.
+void printStorage(const Arguments &arguments, const DiscImageResult &result, bool tellsStorage);
+
+/// The members renamed, refused, altered, renamedCounts and unreadable of the object below.
+void writeStorageMembers(JsonWriter &writer, const DiscImageResult &result);
 
 /// The object that --json promises, on standard output; false when it cannot be written. The keys:
 /// version 1, command "image", result "done", "incomplete", "failed" or "cancelled", output, cueSheet (format bin

@@ -88,6 +88,7 @@ QByteArray progressLine(const DiscJobProgress &progress, int width)
     case DiscJobPhase::Planning:
         result = "Planning: " + found;
         break;
+    case DiscJobPhase::Measuring:
     case DiscJobPhase::Writing:
     case DiscJobPhase::Comparing:
     case DiscJobPhase::Finishing:

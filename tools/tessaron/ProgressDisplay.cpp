@@ -23,6 +23,8 @@ QString nameOfPhase(DiscJobPhase phase)
         return QStringLiteral("scanning");
     case DiscJobPhase::Planning:
         return QStringLiteral("planning");
+    case DiscJobPhase::Measuring:
+        return QStringLiteral("measuring");
     case DiscJobPhase::Writing:
         return QStringLiteral("writing");
     case DiscJobPhase::Comparing:
