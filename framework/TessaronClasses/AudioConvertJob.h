@@ -25,7 +25,7 @@ struct AudioConvertOrder {
     std::int32_t format = 0; ///< a code of KRAudioConverter
     bool isFlat = false; ///< all results into the destination itself, not into folders like those of the sources
     unsigned int jobs = 0; ///< files converted side by side; 0 for one on each processor
-    bool carriesTags = false; ///< into MP3 files: title, artist and all the other texts of the source
+    bool carriesTags = false; ///< into MP3 files: title, artist and all the other texts of the source, and its cover
 };
 
 /// What has become of one file.

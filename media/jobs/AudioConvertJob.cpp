@@ -8,6 +8,7 @@
 #include "platform/foundation/MessageTexts.h"
 #include "platform/foundation/PathBytes.h"
 #include "platform/quicktime/CDSound.h"
+#include "platform/quicktime/MovieDescription.h"
 #include <TessaronClasses/AudioConvertJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/KRAudioConverter.h>
@@ -141,6 +142,7 @@ private:
     void laneEnded(Lane &lane, const NSError &error);
     [[nodiscard]] NSError completeResult(Conversion &conversion, const std::stop_token &stop) const;
     [[nodiscard]] static NSError carryTags(Conversion &conversion, const std::stop_token &stop);
+    [[nodiscard]] static QByteArray coverOf(Conversion &conversion, const std::stop_token &stop);
     void record(Conversion &conversion, const NSError &error);
     void inBackground(Step step);
     void runNextStep();
@@ -360,8 +362,28 @@ NSError AudioConvertJob::Work::carryTags(Conversion &conversion, const std::stop
     const QMap<QString, QString> tags = (*sound)->tags();
     for (auto tag = tags.begin(); tag != tags.end(); ++tag)
         texts.push_back({tag.key().toUtf8(), tag.value()});
-    const QByteArray tag = id3Tag(texts, {});
+    bool isCoverLeftOut = false;
+    const QByteArray tag = id3Tag(texts, coverOf(conversion, stop), &isCoverLeftOut);
+    if (isCoverLeftOut)
+        conversion.file.notes
+            << QStringLiteral("the cover of %1 is no picture that MP3 files can have").arg(quoted(source));
     return tag.isEmpty() ? NSError() : conversion.stage->prepend(tag);
+}
+
+/// Empty where there is none, and where it cannot be read, which is a note.
+QByteArray AudioConvertJob::Work::coverOf(Conversion &conversion, const std::stop_token &stop)
+{
+    const QByteArray &source = conversion.file.source;
+    const Result<MovieDescription> movie = describeMovie(source, stop);
+    if (movie && !movie->cover)
+        return {};
+    const Result<QByteArray> picture =
+        movie ? pictureOfCover(source, *movie->cover, stop) : Result<QByteArray>(movie.error());
+    if (picture)
+        return *picture;
+    conversion.file.notes << QStringLiteral("the cover of %1 cannot be read: %2")
+                                 .arg(quoted(source), picture.error().localizedDescription());
+    return {};
 }
 
 void AudioConvertJob::Work::record(Conversion &conversion, const NSError &error)

@@ -74,7 +74,7 @@ constexpr std::array options = {
     OptionDescription{Option::Flat, 0, "flat", nullptr, "convert",
                       "Put all results into DIR itself, not into folders\nlike those of the sources."},
     OptionDescription{Option::Tags, 0, "tags", nullptr, "convert",
-                      "For mp3: carry over title, artist and all the other\ntexts of the source."},
+                      "For mp3: carry over title, artist and all the other\ntexts of the source, and its cover."},
     OptionDescription{Option::Jobs, 'j', "jobs", "N", "convert",
                       "Convert N files side by side; without it, one on\neach processor."},
     OptionDescription{Option::NoSync, 0, "no-sync", nullptr, "image audio",

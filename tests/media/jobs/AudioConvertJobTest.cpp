@@ -253,6 +253,26 @@ TEST_F(AudioConvertJobTest, tags_areCarriedIntoMP3_whereTheyAreWanted)
         << "a file without tags";
 }
 
+TEST_F(AudioConvertJobTest, covers_areCarriedIntoMP3_byteForByte)
+{
+    ffmpeg("-f lavfi -i testsrc=size=600x600 -frames:v 1 " + tree.path("cover.jpg"));
+    const QByteArray wave = tree.path("music/one.wav");
+    for (const QByteArray options : {"a.flac", "-c:a alac a.m4a", "a.mp3"}) {
+        const QByteArray name = options.mid(options.lastIndexOf(' ') + 1);
+        ffmpeg("-i " + wave + " -i " + tree.path("cover.jpg")
+               + " -map 0:a -map 1:v -c:v copy -disposition:v attached_pic " + "-metadata title=First "
+               + options.chopped(name.size()) + tree.path(name));
+        const AudioConvertResult result = convert({{tree.path(name)}, tree.path("out"), 4, false, 1, true});
+        ASSERT_TRUE(result.isComplete()) << name.constData();
+        const QByteArray path = result.files.at(0).destination;
+        EXPECT_EQ(ffmpeg("-i " + path + " -map 0:v:0 -c copy -f image2pipe -"), tree.contents("cover.jpg"))
+            << name.constData();
+        EXPECT_EQ(
+            outputOfProgram("ffprobe", {"-v", "error", "-show_entries", "format_tags=title", "-of", "csv=p=0", path}),
+            "First\n");
+    }
+}
+
 TEST_F(AudioConvertJobTest, progress_growsToTheEnd)
 {
     const PrivateBus bus;
