@@ -365,7 +365,9 @@ DiscImagePlan Planner::result()
             continue; // not of the layout
         ++(content.isFolder() ? plan.folderCount : plan.fileCount);
     }
-    plan.report = std::make_shared<PlanReport>(m_tree, namedTrees(), std::move(m_issues));
+    const auto report = std::make_shared<PlanReport>(m_tree, namedTrees(), std::move(m_issues));
+    plan.fileCount -= report->refusedEverywhere(); // folders are refused nowhere
+    plan.report = report;
     plan.image = std::make_shared<PlannedImage>(m_tree, std::move(m_writers), std::move(m_layout), std::move(m_files),
                                                 m_options.bigFileSize);
     m_progress.tell(1.0);

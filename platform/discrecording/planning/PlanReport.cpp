@@ -122,6 +122,7 @@ PlanReport::PlanReport(std::shared_ptr<const ContentTree> tree, std::vector<Name
             std::find_if(first, m_issues.end(), [&](const StorageIssue &issue) { return issue.node != first->node; });
         const bool lost = isLost(first, last);
         m_lostCount += lost && first->node != 0 ? 1 : 0;
+        m_refusedEverywhere += lost && isRefusedEverywhere(first, last) ? 1 : 0;
         for (; first != last; ++first) {
             first->isLost = lost;
             ++m_counts[static_cast<std::size_t>(first->tree)][static_cast<std::size_t>(first->kind)];
@@ -142,6 +143,23 @@ bool PlanReport::isLost(StorageIssues::const_iterator first, StorageIssues::cons
         });
         return (content.filesystems() & tree.filesystem) != 0 && isTrueThere;
     });
+}
+
+bool PlanReport::isRefusedEverywhere(StorageIssues::const_iterator first, StorageIssues::const_iterator last) const
+{
+    const ContentNode &content = m_tree->nodes[first->node];
+    bool isWanted = false;
+    for (const NamedTree &tree : m_trees) {
+        if (content.kind == ContentKind::Absent || (content.filesystems() & tree.filesystem) == 0)
+            continue;
+        isWanted = true;
+        const bool isHeld = std::none_of(first, last, [&](const StorageIssue &issue) {
+            return issue.tree == tree.tree && issue.kind == Kind::Refused;
+        });
+        if (isHeld)
+            return false;
+    }
+    return isWanted;
 }
 
 bool PlanReport::isVolumeNameLost(StorageIssues::const_iterator first, StorageIssues::const_iterator last) const

@@ -23,6 +23,8 @@ public:
     [[nodiscard]] DRStorageReportItem item(std::size_t index) const override;
     [[nodiscard]] std::size_t lostCount() const override { return m_lostCount; }
     [[nodiscard]] std::size_t count(DRDiscTree tree, DRStorageReportItem::Kind kind) const override;
+    /// Objects that a filesystem was to hold, but which no tree does: none of them can hold such an object.
+    [[nodiscard]] std::uint32_t refusedEverywhere() const { return m_refusedEverywhere; }
 
 private:
     static constexpr std::size_t treeCount = 5;
@@ -31,6 +33,8 @@ private:
     /// True when no tree holds the object under its own name. `first` to `last` are all of its issues.
     [[nodiscard]] bool isLost(StorageIssues::const_iterator first, StorageIssues::const_iterator last) const;
 
+    [[nodiscard]] bool isRefusedEverywhere(StorageIssues::const_iterator first,
+                                           StorageIssues::const_iterator last) const;
     [[nodiscard]] bool isVolumeNameLost(StorageIssues::const_iterator first, StorageIssues::const_iterator last) const;
     [[nodiscard]] QString reasonOf(const StorageIssue &issue) const;
 
@@ -39,6 +43,7 @@ private:
     StorageIssues m_issues;
     std::array<std::array<std::size_t, kindCount>, treeCount> m_counts{};
     std::size_t m_lostCount = 0;
+    std::uint32_t m_refusedEverywhere = 0;
 };
 
 } // namespace Tessaron

@@ -79,6 +79,25 @@ TEST(DiscImageReport, nameThatIsLegal_isNotReported)
     EXPECT_EQ(WrittenImage(root).plan().report->count(), 0u);
 }
 
+TEST(DiscImageReport, fileCount_isThatOfTheImage_whereItsTreesCannotHoldEverything)
+{
+    const TemporaryTree tree;
+    tree.makeFile("file", "x");
+    tree.makeSymbolicLink("link", "file");
+    tree.makeFifo("fifo");
+    const auto root = DRFolder::folderWithPath(tree.pathText());
+    PlanOptions options;
+    options.filesystems = DRFilesystemInclusionMaskJoliet;
+    EXPECT_EQ(WrittenImage(root, options).plan().fileCount, 1u);
+    options.filesystems = DRFilesystemInclusionMaskISO9660;
+    EXPECT_EQ(WrittenImage(root, options).plan().fileCount, 3u) << "Rock Ridge holds them";
+    options.rockRidge = false;
+    EXPECT_EQ(WrittenImage(root, options).plan().fileCount, 1u);
+    options.filesystems = DRFilesystemInclusionMaskJoliet | DRFilesystemInclusionMaskUDF;
+    const WrittenImage withUdf(root, options);
+    EXPECT_EQ(withUdf.plan().fileCount, 3u) << "UDF holds them";
+}
+
 class DiscImageWithoutAFolder : public ::testing::TestWithParam<DRFilesystemMask>
 {
 };
