@@ -43,6 +43,8 @@ set(TESSARON_PUBLIC_HEADERS
     platform/disctracks/vant/VANTImage.h
     platform/disctracks/vant/VANTReader.h
     platform/disctracks/vant/VANTTrailer.h
+    platform/dvdplayback/DVDDescription.h
+    platform/dvdplayback/DVDPlayback.h
     platform/foundation/DescriptorIO.h
     platform/foundation/Export.h
     platform/foundation/FileSystemRepresentation.h

@@ -37,6 +37,8 @@ LAYERS = [
     "platform/quicktime/decoding",
     "platform/quicktime/redbook",
     "platform/quicktime/mov2wav",
+    "platform/dvdplayback",
+    "platform/dvdplayback/player",
     "platform/discrecording/audio",
     "filemodel",
     "imaging",

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+#include "platform/foundation/UniqueDescriptor.h"
+
+#include <QImage>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+namespace Tessaron
+{
+
+inline constexpr std::uint32_t mostFrameWidth = 720;
+inline constexpr std::uint32_t mostFrameHeight = 576;
+
+/// Memory that a session shares with its helper: three pictures, of which the helper fills one, the session shows one,
+/// and the third one is the newest that is whole. Its size is sealed, so that neither side can make the other one fail
+/// by cutting it. The session believes nothing in it: numbers are checked, pixels may be anything.
+class SharedFrames
+{
+public:
+    /// For the session.
+    [[nodiscard]] static Result<std::unique_ptr<SharedFrames>> create();
+    /// For the helper, which was given the descriptor.
+    [[nodiscard]] static Result<std::unique_ptr<SharedFrames>> attach(UniqueDescriptor descriptor);
+    ~SharedFrames();
+    SharedFrames(const SharedFrames &) = delete;
+    SharedFrames &operator=(const SharedFrames &) = delete;
+
+    [[nodiscard]] int descriptor() const { return m_descriptor.get(); }
+
+    // For the helper, one thread.
+
+    /// Four bytes for each pixel, as in QImage::Format_RGB32; lines are mostFrameWidth pixels apart.
+    [[nodiscard]] std::uint8_t *pixelsToFill();
+    /// Makes what was filled the newest picture; its number.
+    std::uint32_t publish(std::uint32_t width, std::uint32_t height);
+
+    // For the session, one thread at a time.
+
+    /// Copies the newest picture; false when there is none that was not taken before.
+    [[nodiscard]] bool takeNewest(QImage *image, std::uint32_t *number);
+
+private:
+    struct Layout;
+
+    explicit SharedFrames(UniqueDescriptor descriptor, void *memory);
+
+    UniqueDescriptor m_descriptor;
+    Layout *const m_layout;
+    std::uint32_t m_own; ///< index of the picture that this side has
+    std::uint32_t m_number = 0;
+};
+
+} // namespace Tessaron

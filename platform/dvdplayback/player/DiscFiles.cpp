@@ -1,0 +1,113 @@
+#include "platform/dvdplayback/player/DiscFiles.h"
+
+#include "platform/discimage/source/DiscImageSource.h"
+#include "platform/dvdplayback/DVDErrors.h"
+#include "platform/dvdplayback/DVDPlayback.h"
+#include "platform/foundation/DirectoryStream.h"
+#include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/PathBytes.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+/// The name of the folder's entry that is that name in any case; empty without one.
+QByteArray entryNamed(const QByteArray &folder, const char *name)
+{
+    const DirectoryStream entries =
+        directoryStream(UniqueDescriptor(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
+    while (entries) {
+        const struct dirent *const entry = ::readdir(entries.get());
+        if (!entry)
+            break;
+        if (qstricmp(entry->d_name, name) == 0)
+            return entry->d_name;
+    }
+    return {};
+}
+
+bool holdsTables(const QByteArray &folder)
+{
+    return !entryNamed(folder, "VIDEO_TS.IFO").isEmpty() || !entryNamed(folder, "VIDEO_TS.BUP").isEmpty();
+}
+
+NSError noDisc(const QByteArray &path, const QString &reason)
+{
+    return dvdError(kDVDErrorNoValidMedia, path, reason);
+}
+
+void keep(void *disc, dvd_logger_level_t level, const char *format, va_list arguments)
+{
+    if (level == DVD_LOGGER_LEVEL_ERROR || level == DVD_LOGGER_LEVEL_WARN)
+        static_cast<DiscFiles *>(disc)->log().add(format, arguments);
+}
+
+constexpr dvd_logger_cb logCallback = {keep};
+
+/// The library takes blocks of 2048 bytes from the begin of a file and no others.
+NSError checkImage(const DiscPlace &place)
+{
+    constexpr std::uint32_t plainSector = 2048;
+    const DiscImageSourceResult opened =
+        DiscImageSource::sourceWithFile(stringWithFileSystemRepresentation(place.path));
+    if (!opened.source)
+        return noDisc(place.given, opened.error.localizedFailureReason());
+    const DiscImageSectors &sectors = opened.source->sectors();
+    if (sectors.size != plainSector || sectors.start != 0)
+        return noDisc(place.given,
+                      QStringLiteral("its sectors have more than the 2048 bytes of a DVD's: take its track out of it "
+                                     "first ('tessaron extract')"));
+    return {};
+}
+
+} // namespace
+
+Result<DiscPlace> findDisc(const QByteArray &path)
+{
+    const std::unique_ptr<char, FreeBy<std::free>> real(::realpath(path.constData(), nullptr));
+    struct stat status;
+    if (!real || ::stat(real.get(), &status) != 0)
+        return dvdError(kDVDErrorNoValidMedia, path, NSError::errorWithErrno(errno, {}).localizedFailureReason());
+    DiscPlace place = {path, real.get(), S_ISDIR(status.st_mode)};
+    if (!place.isFolder) {
+        if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode))
+            return noDisc(path, QStringLiteral("it is neither a folder nor an image nor a device"));
+        return place;
+    }
+    if (!holdsTables(place.path)) {
+        const QByteArray below = entryNamed(place.path, "VIDEO_TS");
+        if (below.isEmpty() || !holdsTables(childPath(place.path, below)))
+            return noDisc(path, QStringLiteral("there is no VIDEO_TS.IFO in it, nor in a folder VIDEO_TS"));
+        place.path = childPath(place.path, below);
+    }
+    return place;
+}
+
+DiscFiles::DiscFiles(DiscPlace place)
+    : m_place(std::move(place))
+{
+}
+
+Result<std::unique_ptr<DiscFiles>> DiscFiles::open(const DiscPlace &place)
+{
+    if (!place.isFolder) {
+        if (const NSError error = checkImage(place))
+            return error;
+    }
+    std::unique_ptr<DiscFiles> disc(new DiscFiles(place));
+    disc->m_reader.reset(DVDOpen2(disc.get(), &logCallback, place.path.constData()));
+    if (!disc->m_reader)
+        return noDisc(place.given, QStringLiteral("it holds no video DVD"));
+    return disc;
+}
+
+} // namespace Tessaron
