@@ -20,6 +20,7 @@ _tessaron_options() {
         echo "--to --vbr --cbr -d --directory --flat --tags -j --jobs --progress --json -q --quiet -v --verbose -h --help" \
             "--version"
         ;;
+    dvd) echo "--json -h --help --version" ;;
     info) echo "--artwork --json -h --help --version" ;;
     *) echo "-h --help --version" ;;
     esac
@@ -68,9 +69,9 @@ _tessaron() {
     elif [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(_tessaron_options "$command")" -- "$word")
     elif ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "help audio image inspect scan verify tracks extract convert info" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "help audio image inspect scan verify tracks extract convert info dvd" -- "$word")
     elif [[ $command == help ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "audio image inspect scan verify tracks extract convert info" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "audio image inspect scan verify tracks extract convert info dvd" -- "$word")
     else
         _tessaron_complete_paths "$word"
     fi

@@ -49,7 +49,7 @@ Options matchesIn(const QString &text, const char *pattern)
 TEST(OptionAgreement, helpText_namesExactlyTheOptionsOfTheCommand)
 {
     for (const QByteArray command :
-         {"", "image", "audio", "inspect", "verify", "scan", "tracks", "extract", "convert", "info"}) {
+         {"", "image", "audio", "inspect", "verify", "scan", "tracks", "extract", "convert", "info", "dvd"}) {
         const QString help = QString::fromUtf8(helpText(command));
         Options inHelp = matchesIn(help, "^ {2,6}(?:-\\w, )?(--[a-z-]+)");
         inHelp.merge(matchesIn(help, "^ {2}(-\\w), "));
@@ -60,7 +60,7 @@ TEST(OptionAgreement, helpText_namesExactlyTheOptionsOfTheCommand)
 TEST(OptionAgreement, helpText_fitsInEightyColumns)
 {
     for (const QByteArray command :
-         {"", "image", "audio", "inspect", "verify", "scan", "tracks", "extract", "convert", "info"}) {
+         {"", "image", "audio", "inspect", "verify", "scan", "tracks", "extract", "convert", "info", "dvd"}) {
         for (const QByteArray &line : helpText(command).split('\n'))
             EXPECT_LE(QString::fromUtf8(line).size(), 80) << line.constData();
     }
@@ -81,6 +81,7 @@ TEST(OptionAgreement, manualPage_describesExactlyTheOptions)
     known.merge(knownOptions("tracks"));
     known.merge(knownOptions("extract"));
     known.merge(knownOptions("info"));
+    known.merge(knownOptions("dvd"));
     known.merge(knownOptions("convert"));
     EXPECT_EQ(described, known);
 }
@@ -102,6 +103,7 @@ TEST(OptionAgreement, completion_offersExactlyTheOptionsOfTheCommand)
     EXPECT_EQ(offered("    tracks) "), knownOptions("tracks"));
     EXPECT_EQ(offered("    extract) "), knownOptions("extract"));
     EXPECT_EQ(offered("    info) "), knownOptions("info"));
+    EXPECT_EQ(offered("    dvd) "), knownOptions("dvd"));
     EXPECT_EQ(offered("    convert)\n"), knownOptions("convert"));
     EXPECT_EQ(offered("    *) "), knownOptions(""));
 }

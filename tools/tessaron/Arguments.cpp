@@ -419,6 +419,14 @@ QString checkExtract(Arguments &arguments, const Parser &parser)
     return {};
 }
 
+QString checkDVD(const Arguments &arguments)
+{
+    if (arguments.paths.isEmpty())
+        return QStringLiteral("no PATH was given: name a folder VIDEO_TS, an image or a device");
+    return arguments.paths.size() > 1 ? QStringLiteral("more than one PATH was given; look at one at a time")
+                                      : QString();
+}
+
 QString checkInfo(const Arguments &arguments)
 {
     return arguments.paths.isEmpty() ? QStringLiteral("no FILE was given: name audio or movie files") : QString();
@@ -497,6 +505,10 @@ QString checkCommand(Arguments &arguments, const Parser &parser)
         arguments.action = Arguments::Action::Tracks;
         return checkInspect(arguments);
     }
+    if (arguments.command == "dvd") {
+        arguments.action = Arguments::Action::DescribeDVD;
+        return checkDVD(arguments);
+    }
     if (arguments.command == "info") {
         arguments.action = Arguments::Action::Info;
         return checkInfo(arguments);
@@ -524,7 +536,7 @@ Arguments withUsageError(Arguments arguments, const QString &message)
 bool isCommand(const QByteArray &word)
 {
     return word == "scan" || word == "image" || word == "audio" || word == "inspect" || word == "verify"
-        || word == "tracks" || word == "extract" || word == "convert" || word == "info";
+        || word == "tracks" || word == "extract" || word == "convert" || word == "info" || word == "dvd";
 }
 
 /// "help" and "help COMMAND".

@@ -41,12 +41,13 @@ struct Arguments {
         Extract,
         Convert,
         Info,
+        DescribeDVD,
         ReportUsageError,
     };
 
     Action action = Action::ReportUsageError;
     /// The command that was named, as far as it was understood: "", "scan", "image", "audio", "inspect", "verify",
-    /// "tracks", "extract", "convert" or "info". Help is about it.
+    /// "tracks", "extract", "convert", "info" or "dvd". Help is about it.
     QByteArray command;
     QString usageError; ///< for ReportUsageError, without the full stop
 

@@ -23,6 +23,7 @@ Commands:
   extract  take tracks out of a disc image
   convert  make WAVE, AIFF or MP3 files of audio and movie files
   info     tell what is in audio and movie files
+  dvd      tell what a video DVD holds
 
 'tessaron help COMMAND' tells more about a command.
 
@@ -215,6 +216,24 @@ Exit status: 0 done, 1 a FILE could not be read or a cover not be written, 2
 wrong usage, 130 interrupted.
 )";
 
+constexpr char dvdIntroduction[] = R"(Usage: tessaron dvd [OPTION]... PATH
+
+Tells what a video DVD holds: titles, chapters with their times, angles, sound
+and subtitles with their languages, menus, and the regions that it is for. PATH
+is a folder VIDEO_TS or the one that holds it, an image, or a device.
+
+Options:
+)";
+
+constexpr char dvdEnd[] = R"(
+Examples:
+  tessaron dvd /media/FILM
+  tessaron dvd --json film.iso
+
+Exit status: 0 done, 1 failed or no video DVD, 2 wrong usage, 3 done but
+something could not be read, 130 interrupted.
+)";
+
 QByteArray optionLines(const OptionDescription &option)
 {
     QByteArray left = "  ";
@@ -264,6 +283,9 @@ QByteArray helpText(const QByteArray &command)
     } else if (command == "info") {
         result = infoIntroduction;
         end = infoEnd;
+    } else if (command == "dvd") {
+        result = dvdIntroduction;
+        end = dvdEnd;
     }
     for (const OptionDescription &option : allOptions()) {
         if (knows(command, option))

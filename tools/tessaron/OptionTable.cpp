@@ -83,7 +83,8 @@ constexpr std::array options = {
                       "Write the cover of each file into this folder, under\nthe name of the file."},
     OptionDescription{Option::Progress, 0, "progress", "KIND", "image audio scan verify extract convert",
                       "auto: a bar on a terminal; bar, json (one object in\na line) or none. On standard error."},
-    OptionDescription{Option::Json, 0, "json", nullptr, "image audio scan inspect verify tracks extract convert info",
+    OptionDescription{Option::Json, 0, "json", nullptr,
+                      "image audio scan inspect verify tracks extract convert info dvd",
                       "Print one JSON object on standard output at the end,\nalso after a failure."},
     OptionDescription{Option::Quiet, 'q', "quiet", nullptr, "image audio scan verify extract convert", "Errors only."},
     OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "image audio verify",
@@ -91,9 +92,9 @@ constexpr std::array options = {
     OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "scan", "List every file and folder, too."},
     OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "convert", "Name every file that was made."},
     OptionDescription{Option::Help, 'h', "help", nullptr,
-                      "- image audio scan inspect verify tracks extract convert info", "Show this help."},
+                      "- image audio scan inspect verify tracks extract convert info dvd", "Show this help."},
     OptionDescription{Option::Version, 0, "version", nullptr,
-                      "- image audio scan inspect verify tracks extract convert info", "Show the version."},
+                      "- image audio scan inspect verify tracks extract convert info dvd", "Show the version."},
 };
 
 const OptionDescription *firstWhere(const QByteArray &command, auto matches)

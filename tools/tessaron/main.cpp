@@ -2,6 +2,7 @@
 #include "tools/tessaron/AudioCommand.h"
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/ConvertCommand.h"
+#include "tools/tessaron/DVDCommand.h"
 #include "tools/tessaron/ExtractCommand.h"
 #include "tools/tessaron/ImageCommand.h"
 #include "tools/tessaron/ImageReport.h"
@@ -69,6 +70,8 @@ ExitStatus run(const Arguments &arguments)
         return ConvertCommand(arguments).run();
     case Arguments::Action::Info:
         return InfoCommand(arguments).run();
+    case Arguments::Action::DescribeDVD:
+        return DVDCommand(arguments).run();
     case Arguments::Action::ReportUsageError:
         break;
     }

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/dvdplayback/DVDDescription.h"
+#include <TessaronClasses/DiscJob.h>
+
+#include <QByteArray>
+
+namespace Tessaron
+{
+
+/// What a video DVD says about itself.
+struct DVDInspectResult {
+    NSError error; ///< null when it is known; domain and codes are those of DiscJobErrors.h
+    DVDDescription disc;
+};
+
+/// Describes a video DVD, describeDVD() in the background: a folder VIDEO_TS or the one that holds it, an image, or a
+/// device. See DiscJob for threads and lifetime; a cancel ends the process that reads.
+class TESSARON_EXPORT DVDInspectJob final : public DiscJob
+{
+    Q_OBJECT
+
+public:
+    explicit DVDInspectJob(QByteArray path, QObject *parent = nullptr);
+    ~DVDInspectJob() override;
+
+    /// As it was sent with finished(); before that, empty.
+    [[nodiscard]] const DVDInspectResult &result() const;
+
+Q_SIGNALS:
+    void finished(const Tessaron::DVDInspectResult &result);
+
+private:
+    void announceResult() override;
+
+    class Work;
+};
+
+} // namespace Tessaron
+
+Q_DECLARE_METATYPE(Tessaron::DVDInspectResult)

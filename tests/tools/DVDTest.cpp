@@ -1,0 +1,91 @@
+#include "tests/dvdplayback/DiscFixture.h"
+#include "tests/tools/ChildProcess.h"
+#include "tests/tools/ImageFixture.h"
+
+#include <QFile>
+#include <QJsonArray>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+class DVDCommand : public DiscTest
+{
+};
+
+TEST_F(DVDCommand, json_tellsTitlesChaptersStreamsAndMenus)
+{
+    const ChildResult result = runTessaron({"dvd", "--json", disc()});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    EXPECT_TRUE(result.errors.isEmpty()) << result.errors.constData();
+    const QJsonObject object = jsonOf(result.output);
+    EXPECT_EQ(object[QStringLiteral("result")].toString(), QStringLiteral("done"));
+    EXPECT_EQ(object[QStringLiteral("identity")].toString().size(), 16);
+    EXPECT_EQ(object[QStringLiteral("regions")].toArray(), QJsonArray({1, 2, 3, 4, 5, 6, 7, 8}));
+    EXPECT_FALSE(object[QStringLiteral("encrypted")].toBool(true));
+    EXPECT_EQ(object[QStringLiteral("menus")].toArray().size(), 5);
+    const QJsonArray titles = object[QStringLiteral("titles")].toArray();
+    ASSERT_EQ(titles.size(), 2);
+    const QJsonObject first = titles[0].toObject(), second = titles[1].toObject();
+    EXPECT_EQ(first[QStringLiteral("aspect")].toString(), QStringLiteral("4:3"));
+    EXPECT_EQ(first[QStringLiteral("chapters")].toArray().size(), 4);
+    EXPECT_EQ(first[QStringLiteral("chapters")][0][QStringLiteral("start")].toInt(-1), 0);
+    EXPECT_EQ(first[QStringLiteral("audio")][1][QStringLiteral("format")].toString(), QStringLiteral("lpcm"));
+    EXPECT_EQ(first[QStringLiteral("audio")][1][QStringLiteral("language")].toString(), QStringLiteral("fr"));
+    EXPECT_EQ(first[QStringLiteral("subtitles")][0][QStringLiteral("language")].toString(), QStringLiteral("en"));
+    EXPECT_EQ(second[QStringLiteral("angles")].toInt(), 3);
+    EXPECT_EQ(second[QStringLiteral("aspect")].toString(), QStringLiteral("16:9"));
+}
+
+TEST_F(DVDCommand, text_hasALineForEachThing)
+{
+    const ChildResult result = runTessaron({"dvd", disc("pal")});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    for (const char *const line :
+         {": 2 titles, all regions, by DVDAuthor ", "\n 1  0:00:08.000, 4 chapters, 1 angle, PAL 720x576 4:3\n",
+          "\n 2  0:00:04.000, 2 chapters, 3 angles, PAL 720x576 16:9\n", "\n    sound ac3, 2 channels, 48 kHz, en\n",
+          "\n    subtitles en\n", "\n    chapter  2 at 0:00:02.000, 0:00:02.000 long\n",
+          "\ntitle menu of the disc, en\n", "\nroot menu of title set 2, en\n"})
+        EXPECT_TRUE(result.output.contains(line)) << line << result.output.constData();
+}
+
+TEST_F(DVDCommand, damage_isToldAndMakesTheReportIncomplete)
+{
+    const QByteArray copy = copyOfDisc();
+    m_tree.remove("disc/VIDEO_TS/VTS_02_0.IFO");
+    m_tree.remove("disc/VIDEO_TS/VTS_02_0.BUP");
+    const ChildResult result = runTessaron({"dvd", "--json", copy});
+    EXPECT_EQ(result.exitStatus, 3);
+    EXPECT_TRUE(result.errors.startsWith("tessaron: title 2: VTS_02_0.IFO and its copy cannot be read"))
+        << result.errors.constData();
+    EXPECT_EQ(jsonOf(result.output)[QStringLiteral("result")].toString(), QStringLiteral("incomplete"));
+}
+
+TEST_F(DVDCommand, regionsOfTheDisc_areNamed)
+{
+    constexpr qint64 placeOfRegions = 0x23;
+    const QByteArray copy = copyOfDisc();
+    patchTable("VIDEO_TS", placeOfRegions, '\xfd');
+    EXPECT_TRUE(runTessaron({"dvd", copy}).output.contains(": 2 titles, region 2, "));
+    patchTable("VIDEO_TS", placeOfRegions, '\xf5');
+    EXPECT_TRUE(runTessaron({"dvd", copy}).output.contains(": 2 titles, regions 2 4, "));
+}
+
+TEST_F(DVDCommand, whatIsNoDisc_fails)
+{
+    const ChildResult result = runTessaron({"dvd", "--json", m_tree.makeFolder("empty")});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.errors.contains("there is no VIDEO_TS.IFO in it")) << result.errors.constData();
+    const QJsonObject object = jsonOf(result.output);
+    EXPECT_EQ(object[QStringLiteral("result")].toString(), QStringLiteral("failed"));
+    EXPECT_EQ(object[QStringLiteral("error")][QStringLiteral("kind")].toString(), QStringLiteral("source"));
+    EXPECT_EQ(object[QStringLiteral("error")][QStringLiteral("code")].toInt(), -70015);
+    EXPECT_EQ(runTessaron({"dvd"}).exitStatus, 2);
+    EXPECT_EQ(runTessaron({"dvd", disc(), disc()}).exitStatus, 2);
+}
+
+} // namespace
+
+} // namespace Tessaron::Testing
