@@ -1,6 +1,6 @@
 #include "platform/dvdplayback/player/Sandbox.h"
-#include "platform/foundation/UniqueDescriptor.h"
 
+#include "platform/foundation/UniqueDescriptor.h"
 #include "tests/dvdplayback/DiscFixture.h"
 
 #include <atomic>

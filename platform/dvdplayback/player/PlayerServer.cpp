@@ -28,8 +28,9 @@ PlayerReply replyOf(const NSError &error)
 
 } // namespace
 
-PlayerServer::PlayerServer(UniqueDescriptor socket)
+PlayerServer::PlayerServer(UniqueDescriptor socket, std::unique_ptr<SharedFrames> frames)
     : m_socket(std::move(socket))
+    , m_frames(std::move(frames))
 {
 }
 
@@ -39,8 +40,9 @@ void PlayerServer::run()
     hello.add(playerProtocolVersion);
     send(PlayerMessageKind::Hello, 0, hello.bytes());
     while (m_isConnected) {
+        const std::optional<std::chrono::milliseconds> wait = m_player ? m_player->advance() : std::nullopt;
         struct pollfd socket = {m_socket.get(), POLLIN, 0};
-        if (::poll(&socket, 1, -1) < 0 && errno != EINTR)
+        if (::poll(&socket, 1, wait ? int(wait->count()) : -1) < 0 && errno != EINTR)
             return;
         if (m_isShutOff)
             showProgress();
@@ -71,13 +73,94 @@ PlayerReply PlayerServer::answer(const PlayerMessage &request)
 {
     switch (request.kind) {
     case PlayerMessageKind::Describe:
-    case PlayerMessageKind::Open:
         return describe(request.payload);
+    case PlayerMessageKind::Open:
+        return open(request.payload);
+    default:
+        return m_player ? answerPlaying(request) : PlayerReply{kDVDErrorNoValidMedia, {}, {}};
+    }
+}
+
+PlayerReply PlayerServer::answerPlaying(const PlayerMessage &request)
+{
+    MessageReader reader(request.payload);
+    switch (request.kind) {
+    case PlayerMessageKind::Play:
+        return {m_player->play(), {}, {}};
+    case PlayerMessageKind::Pause:
+        return {m_player->pause(), {}, {}};
+    case PlayerMessageKind::Stop:
+        return {m_player->stop(), {}, {}};
+    case PlayerMessageKind::Scan: {
+        const auto rate = reader.take<std::int16_t>();
+        return {m_player->scan(rate, reader.take<std::int8_t>() != 0), {}, {}};
+    }
+    case PlayerMessageKind::SetChapter: {
+        const auto title = reader.take<std::uint16_t>();
+        return {m_player->playChapter(title, reader.take<std::uint16_t>()), {}, {}};
+    }
+    case PlayerMessageKind::PreviousChapter:
+        return {m_player->stepChapter(-1), {}, {}};
+    case PlayerMessageKind::NextChapter:
+        return {m_player->stepChapter(1), {}, {}};
+    case PlayerMessageKind::SetAngle:
+        return {m_player->setAngle(reader.take<std::uint16_t>()), {}, {}};
+    case PlayerMessageKind::GoToMenu:
+        return {m_player->goToMenu(reader.take<std::uint32_t>()), {}, {}};
+    case PlayerMessageKind::ReturnToTitle:
+        return {m_player->returnToTitle(), {}, {}};
+    case PlayerMessageKind::Navigate:
+        return {m_player->navigate(reader.take<std::uint32_t>()), {}, {}};
+    case PlayerMessageKind::PointAt: {
+        const auto x = reader.take<std::int32_t>();
+        const auto y = reader.take<std::int32_t>();
+        std::int32_t button = -1;
+        const OSStatus status = m_player->pointAt(x, y, reader.takeBool(), &button);
+        MessageWriter answer;
+        answer.add(button);
+        return {status, {}, answer.bytes()};
+    }
+    case PlayerMessageKind::GoToPlace: {
+        const std::optional<PlayerPlace> place = decodedPlace(request.payload);
+        return {place ? m_player->goToPlace(*place) : kDVDErrorWrongParam, {}, {}};
+    }
     case PlayerMessageKind::SetTimeRate:
+        m_player->setTimeRate(std::chrono::milliseconds(std::max<std::uint32_t>(reader.take<std::uint32_t>(), 1)));
         return {};
     default:
-        return {m_disc ? kDVDErrorUserActionNoOp : kDVDErrorNoValidMedia, {}, {}};
+        return {kDVDErrorWrongParam, {}, {}};
     }
+}
+
+PlayerReply PlayerServer::open(const QByteArray &path)
+{
+    PlayerReply reply = describe(path);
+    std::optional<DVDDescription> description =
+        reply.status == noErr ? decodedDescription(reply.payload) : std::nullopt;
+    if (!description || !m_frames)
+        return reply;
+    DiscPlayer::Hearers hearers;
+    hearers.state = [this](const PlayerState &state) { send(PlayerMessageKind::State, 0, encodedState(state)); };
+    hearers.titleTime = [this](std::uint32_t elapsed, std::uint32_t length) {
+        MessageWriter time;
+        time.add(elapsed);
+        time.add(length);
+        send(PlayerMessageKind::TitleTime, 0, time.bytes());
+    };
+    hearers.frame = [this](std::uint32_t number) {
+        MessageWriter frame;
+        frame.add(number);
+        send(PlayerMessageKind::NewFrame, 0, frame.bytes());
+    };
+    hearers.failure = [this](const QString &why) {
+        MessageWriter failure;
+        failure.add(kDVDErrorDamagedMedia);
+        failure.add(why);
+        send(PlayerMessageKind::Failure, 0, failure.bytes());
+    };
+    m_player = std::make_unique<DiscPlayer>(m_disc.get(), *std::move(description), m_frames.get(), std::move(hearers));
+    m_player->tellFirstState();
+    return reply;
 }
 
 PlayerReply PlayerServer::describe(const QByteArray &path)

@@ -2,6 +2,7 @@
 
 #include "platform/dvdplayback/PlayerProtocol.h"
 #include "platform/dvdplayback/player/DiscFiles.h"
+#include "platform/dvdplayback/player/DiscPlayer.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/UniqueDescriptor.h"
 
@@ -17,7 +18,8 @@ namespace Tessaron
 class PlayerServer
 {
 public:
-    explicit PlayerServer(UniqueDescriptor socket);
+    /// Without frames it describes, but does not play.
+    PlayerServer(UniqueDescriptor socket, std::unique_ptr<SharedFrames> frames);
 
     /// Returns when the session has closed the connection, or makes no sense.
     void run();
@@ -28,13 +30,17 @@ private:
     [[nodiscard]] PlayerReply describe(const QByteArray &path);
     /// Finds the disc, shuts the process off, opens it.
     [[nodiscard]] NSError openDisc(const QByteArray &path);
+    [[nodiscard]] PlayerReply answerPlaying(const PlayerMessage &request);
+    [[nodiscard]] PlayerReply open(const QByteArray &path);
     void send(PlayerMessageKind kind, std::uint32_t sequence, const QByteArray &payload);
 
     const UniqueDescriptor m_socket;
     QByteArray m_stream;
     bool m_isConnected = true;
     bool m_isShutOff = false;
+    const std::unique_ptr<SharedFrames> m_frames; ///< may be null
     std::unique_ptr<DiscFiles> m_disc;
+    std::unique_ptr<DiscPlayer> m_player; ///< behind what it plays
 };
 
 } // namespace Tessaron

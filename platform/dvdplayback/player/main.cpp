@@ -24,7 +24,11 @@ int main(int argc, char ** /*arguments*/)
     }
     ::close_range(playerFramesDescriptor + 1, ~0U, 0);
     std::signal(SIGPIPE, SIG_IGN);
-    PlayerServer(UniqueDescriptor(playerSocketDescriptor)).run();
+    // Absent where the session only wants a description.
+    Result<std::unique_ptr<SharedFrames>> frames = SharedFrames::attach(UniqueDescriptor(playerFramesDescriptor));
+    PlayerServer server(UniqueDescriptor(playerSocketDescriptor),
+                        frames ? *std::move(frames) : std::unique_ptr<SharedFrames>());
+    server.run();
     // Threads of the libraries need not be waited for.
     std::fflush(nullptr);
     ::_exit(0);

@@ -1,0 +1,333 @@
+#include "platform/dvdplayback/player/Navigator.h"
+
+#include "platform/dvdplayback/DVDErrors.h"
+#include "platform/dvdplayback/DVDPlayback.h"
+#include "platform/dvdplayback/player/DiscDescriber.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr int endlessStill = 0xff;
+constexpr std::uint8_t wideAspect = 3; // as the library counts
+constexpr std::uint32_t noSector = 0xffffffff;
+constexpr std::int64_t ticksInMillisecond = 90;
+
+void keep(void *disc, dvdnav_logger_level_t level, const char *format, va_list arguments)
+{
+    if (level == DVDNAV_LOGGER_LEVEL_ERROR || level == DVDNAV_LOGGER_LEVEL_WARN)
+        static_cast<DiscFiles *>(disc)->log().add(format, arguments);
+}
+
+constexpr dvdnav_logger_cb logCallback = {keep};
+
+OSStatus statusOf(dvdnav_status_t status)
+{
+    return status == DVDNAV_STATUS_OK ? noErr : kDVDErrorUserActionNoOp;
+}
+
+} // namespace
+
+Navigator::Navigator(DiscFiles *disc, const DVDDescription &description)
+    : m_disc(disc)
+    , m_description(description)
+{
+}
+
+Navigator::~Navigator() = default;
+
+Result<std::unique_ptr<Navigator>> Navigator::open(DiscFiles *disc, const DVDDescription &description)
+{
+    std::unique_ptr<Navigator> navigator(new Navigator(disc, description));
+    dvdnav_t *opened = nullptr;
+    const dvdnav_status_t status = dvdnav_open2(&opened, disc, &logCallback, disc->place().path.constData());
+    if (status != DVDNAV_STATUS_OK || !opened)
+        return dvdError(kDVDErrorDamagedMedia, disc->place().given,
+                        QStringLiteral("its tables lead nowhere (%1)").arg(disc->log().lastLine()));
+    navigator->m_navigation.reset(opened);
+    // What is read is kept by the system already.
+    dvdnav_set_readahead_flag(opened, 0);
+    // Places count from the begin of the title, not of the chapter.
+    dvdnav_set_PGC_positioning_flag(opened, 1);
+    return navigator;
+}
+
+QString Navigator::failureText() const
+{
+    return QString::fromUtf8(dvdnav_err_to_string(m_navigation.get()));
+}
+
+NavigationStep Navigator::next()
+{
+    std::int32_t event = DVDNAV_NOP, length = 0;
+    if (dvdnav_get_next_block(m_navigation.get(), m_block.data(), &event, &length) != DVDNAV_STATUS_OK)
+        return NavigationStep::Failure;
+    switch (event) {
+    case DVDNAV_BLOCK_OK:
+        return NavigationStep::Sector;
+    case DVDNAV_NAV_PACKET:
+        takePosition();
+        return NavigationStep::Position;
+    case DVDNAV_STILL_FRAME: {
+        dvdnav_still_event_t still{};
+        std::memcpy(&still, m_block.data(), sizeof(still));
+        m_stillSeconds = still.length >= endlessStill || still.length < 0 ? std::nullopt : std::optional(still.length);
+        return NavigationStep::Still;
+    }
+    case DVDNAV_WAIT:
+        return NavigationStep::Wait;
+    case DVDNAV_SPU_STREAM_CHANGE: {
+        dvdnav_spu_stream_change_event_t change{};
+        std::memcpy(&change, m_block.data(), sizeof(change));
+        constexpr int isHidden = 0x80;
+        constexpr int streamMask = 0x1f;
+        const bool isShown = change.physical_wide >= 0 && (change.physical_wide & isHidden) == 0;
+        m_subpictureStream = isShown ? std::optional(change.physical_wide & streamMask) : std::nullopt;
+        return NavigationStep::Stream;
+    }
+    case DVDNAV_SPU_CLUT_CHANGE:
+        std::memcpy(m_colours.data(), m_block.data(), sizeof(m_colours));
+        return NavigationStep::Stream;
+    case DVDNAV_CELL_CHANGE: {
+        dvdnav_cell_change_event_t change{};
+        std::memcpy(&change, m_block.data(), sizeof(change));
+        m_cell = change.cellN;
+        takePicture();
+        return NavigationStep::Nothing;
+    }
+    case DVDNAV_VTS_CHANGE:
+        takePicture();
+        return NavigationStep::Nothing;
+    case DVDNAV_HIGHLIGHT:
+        return NavigationStep::Highlight;
+    case DVDNAV_HOP_CHANNEL:
+        return NavigationStep::Jump;
+    case DVDNAV_STOP:
+        return NavigationStep::Stop;
+    default:
+        return NavigationStep::Nothing;
+    }
+}
+
+void Navigator::skipStill()
+{
+    dvdnav_still_skip(m_navigation.get());
+}
+
+void Navigator::skipWait()
+{
+    dvdnav_wait_skip(m_navigation.get());
+}
+
+const ifo_handle_t *Navigator::titleSet(int number)
+{
+    auto found = m_titleSets.find(number);
+    if (found == m_titleSets.end())
+        found = m_titleSets.emplace(number, DiscTables(ifoOpen(m_disc->reader(), number))).first;
+    return found->second.get();
+}
+
+void Navigator::takePicture()
+{
+    const std::uint8_t aspect = dvdnav_get_video_aspect(m_navigation.get());
+    m_position.aspect = aspect == wideAspect ? kDVDAspectRatio16x9 : kDVDAspectRatio4x3;
+    std::uint32_t width = 0, height = 0;
+    if (dvdnav_get_video_resolution(m_navigation.get(), &width, &height) != DVDNAV_STATUS_OK || width == 0
+        || width > 720 || height == 0 || height > 576)
+        return;
+    m_position.width = std::uint16_t(width);
+    m_position.height = std::uint16_t(height);
+    m_position.format = height % 288 == 0 ? kDVDFormatPAL : kDVDFormatNTSC;
+}
+
+void Navigator::takePosition()
+{
+    m_hasStarted = true;
+    const pci_t *const pci = dvdnav_get_current_nav_pci(m_navigation.get());
+    m_position.buttons = pci ? std::uint8_t(pci->hli.hl_gi.btn_ns) : std::uint8_t(0);
+    m_position.isInTitle = dvdnav_is_domain_vts(m_navigation.get()) != 0;
+    if (m_position.isInTitle) {
+        takePlace();
+        return;
+    }
+    m_position.place = {};
+    m_position.length = 0;
+    m_position.angles = 1;
+}
+
+/// In titles only.
+void Navigator::takePlace()
+{
+    PlayerPlace place;
+    std::int32_t title = 0, chapter = 0, chain = 0, program = 0, angle = 1, angles = 1;
+    if (dvdnav_current_title_info(m_navigation.get(), &title, &chapter) != DVDNAV_STATUS_OK
+        || dvdnav_current_title_program(m_navigation.get(), &title, &chain, &program) != DVDNAV_STATUS_OK || title < 1
+        || std::size_t(title) > m_description.titles.size() || chapter < 1) {
+        m_position.place = {};
+        return;
+    }
+    if (dvdnav_get_angle_info(m_navigation.get(), &angle, &angles) != DVDNAV_STATUS_OK)
+        angle = angles = 1;
+    const DVDTitle &known = m_description.titles[std::size_t(title - 1)];
+    place.title = std::uint16_t(title);
+    place.chapter = std::uint16_t(chapter);
+    place.programChain = std::uint16_t(chain);
+    place.program = std::uint16_t(program);
+    place.angle = std::uint8_t(std::clamp(angle, 1, 9));
+    const dsi_t *const dsi = dvdnav_get_current_nav_dsi(m_navigation.get());
+    place.sector = dsi ? dsi->dsi_gi.nv_pck_lbn : 0;
+    std::uint32_t sector = 0, count = 0;
+    // Along other angles than the first the library cannot tell.
+    const bool isKnown = angle == 1 && dvdnav_get_position(m_navigation.get(), &sector, &count) == DVDNAV_STATUS_OK;
+    place.sectorInTitle = isKnown ? sector : noSector;
+
+    std::chrono::milliseconds elapsed = dsi ? millisecondsOf(dsi->dsi_gi.c_eltm) : std::chrono::milliseconds(0);
+    const ifo_handle_t *const tables = titleSet(known.titleSet);
+    const pgc_t *const cells = tables ? chainOfNumber(tables->vts_pgcit, chain) : nullptr;
+    if (cells && std::size_t(chapter) <= known.chapters.size()) {
+        int cell = std::clamp<int>(m_cell, 1, std::max<int>(cells->nr_of_cells, 1));
+        // All angles of a block begin together.
+        while (cell > 1 && cells->cell_playback && cells->cell_playback[cell - 1].block_type == BLOCK_TYPE_ANGLE_BLOCK
+               && cells->cell_playback[cell - 1].block_mode != BLOCK_MODE_FIRST_CELL)
+            --cell;
+        const DVDChapter &begin = known.chapters[std::size_t(chapter - 1)];
+        const vts_ptt_srpt_t *const entries = tables->vts_ptt_srpt;
+        int first = 1;
+        if (entries && entries->title && known.numberInSet >= 1 && known.numberInSet <= entries->nr_of_srpts
+            && chapter <= entries->title[known.numberInSet - 1].nr_of_ptts)
+            first = firstCellOfProgram(*cells, entries->title[known.numberInSet - 1].ptt[chapter - 1].pgn);
+        elapsed += begin.start + lengthOfCells(*cells, first, cell - 1);
+    }
+    place.elapsed = std::uint32_t(std::clamp<std::int64_t>(elapsed.count(), 0, 0x7fffffff));
+    m_position.place = place;
+    m_position.length = std::uint32_t(std::clamp<std::int64_t>(known.length.count(), 0, 0x7fffffff));
+    m_position.angles = std::uint16_t(std::clamp(angles, 1, 9));
+}
+
+bool Navigator::isInMenu() const
+{
+    return dvdnav_is_domain_vmgm(m_navigation.get()) != 0 || dvdnav_is_domain_vtsm(m_navigation.get()) != 0;
+}
+
+/// Null where there are none that may be touched.
+pci_t *Navigator::buttons() const
+{
+    if (!m_hasStarted || !isInMenu())
+        return nullptr;
+    pci_t *const pci = dvdnav_get_current_nav_pci(m_navigation.get());
+    constexpr unsigned int mostButtons = 36;
+    const bool hasButtons =
+        pci && pci->hli.hl_gi.hli_ss != 0 && pci->hli.hl_gi.btn_ns > 0 && pci->hli.hl_gi.btn_ns <= mostButtons;
+    return hasButtons ? pci : nullptr;
+}
+
+OSStatus Navigator::playChapter(int title, int chapter)
+{
+    if (title < 1 || std::size_t(title) > m_description.titles.size() || chapter < 1
+        || std::size_t(chapter) > m_description.titles[std::size_t(title - 1)].chapters.size())
+        return kDVDErrorWrongParam;
+    return statusOf(dvdnav_part_play(m_navigation.get(), title, chapter));
+}
+
+OSStatus Navigator::goToMenu(std::uint32_t menu)
+{
+    constexpr std::array menus = {DVD_MENU_Title, DVD_MENU_Root,  DVD_MENU_Subpicture,
+                                  DVD_MENU_Audio, DVD_MENU_Angle, DVD_MENU_Part};
+    if (menu >= menus.size())
+        return kDVDErrorWrongParam;
+    return m_hasStarted ? statusOf(dvdnav_menu_call(m_navigation.get(), menus[menu])) : kDVDErrorUserActionNoOp;
+}
+
+OSStatus Navigator::returnToTitle()
+{
+    if (!m_hasStarted || !isInMenu())
+        return kDVDErrorUserActionNoOp;
+    return statusOf(dvdnav_menu_call(m_navigation.get(), DVD_MENU_Escape));
+}
+
+OSStatus Navigator::setAngle(int angle)
+{
+    if (!m_hasStarted || !m_position.isInTitle || m_position.place.title == 0)
+        return kDVDErrorUserActionNoOp;
+    if (angle < 1 || angle > m_position.angles)
+        return kDVDErrorWrongParam;
+    return statusOf(dvdnav_angle_change(m_navigation.get(), angle));
+}
+
+OSStatus Navigator::moveSelection(std::uint32_t navigation)
+{
+    pci_t *const pci = buttons();
+    if (!pci)
+        return kDVDErrorUserActionNoOp;
+    switch (navigation) {
+    case kDVDUserNavigationMoveUp:
+        return statusOf(dvdnav_upper_button_select(m_navigation.get(), pci));
+    case kDVDUserNavigationMoveDown:
+        return statusOf(dvdnav_lower_button_select(m_navigation.get(), pci));
+    case kDVDUserNavigationMoveLeft:
+        return statusOf(dvdnav_left_button_select(m_navigation.get(), pci));
+    case kDVDUserNavigationMoveRight:
+        return statusOf(dvdnav_right_button_select(m_navigation.get(), pci));
+    case kDVDUserNavigationEnter:
+        return statusOf(dvdnav_button_activate(m_navigation.get(), pci));
+    default:
+        return kDVDErrorWrongParam;
+    }
+}
+
+std::int32_t Navigator::pointAt(int x, int y, bool activates, bool *wasActivated)
+{
+    pci_t *const pci = buttons();
+    for (int number = 1; pci && number <= int(pci->hli.hl_gi.btn_ns); ++number) {
+        const btni_t &button = pci->hli.btnit[number - 1];
+        if (x < int(button.x_start) || x > int(button.x_end) || y < int(button.y_start) || y > int(button.y_end))
+            continue;
+        if (activates)
+            *wasActivated = dvdnav_button_select_and_activate(m_navigation.get(), pci, number) == DVDNAV_STATUS_OK;
+        else
+            dvdnav_button_select(m_navigation.get(), pci, number);
+        return number - 1;
+    }
+    return -1;
+}
+
+OSStatus Navigator::searchTime(std::uint32_t milliseconds)
+{
+    if (!m_hasStarted || !m_position.isInTitle || m_position.place.title == 0)
+        return kDVDErrorUserActionNoOp;
+    return statusOf(dvdnav_time_search(m_navigation.get(), std::uint64_t(milliseconds) * ticksInMillisecond));
+}
+
+OSStatus Navigator::searchSector(std::uint32_t sectorInTitle)
+{
+    if (!m_hasStarted || !m_position.isInTitle || m_position.place.title == 0)
+        return kDVDErrorUserActionNoOp;
+    return statusOf(dvdnav_sector_search(m_navigation.get(), sectorInTitle, SEEK_SET));
+}
+
+int Navigator::selectedButton() const
+{
+    std::int32_t number = 0;
+    if (!buttons() || dvdnav_get_current_highlight(m_navigation.get(), &number) != DVDNAV_STATUS_OK)
+        return 0;
+    return std::clamp<int>(number, 0, 36);
+}
+
+std::optional<ButtonColours> Navigator::highlight(bool isActivated) const
+{
+    pci_t *const pci = buttons();
+    const int number = selectedButton();
+    dvdnav_highlight_area_t area{};
+    if (!pci || number < 1 || number > int(pci->hli.hl_gi.btn_ns)
+        || dvdnav_get_highlight_area(pci, number, isActivated ? 1 : 0, &area) != DVDNAV_STATUS_OK)
+        return std::nullopt;
+    return ButtonColours{{area.sx, area.sy, area.ex + 1, area.ey + 1}, coloursOfButton(area.palette)};
+}
+
+} // namespace Tessaron

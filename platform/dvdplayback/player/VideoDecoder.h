@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/dvdplayback/player/DecoderHandles.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+
+namespace Tessaron
+{
+
+/// A decoded picture, in the order of showing.
+struct VideoPicture {
+    DecodedFrame frame; ///< never null
+    std::int64_t duration = 0; ///< 90 kHz; three fields for pictures of films on NTSC discs
+};
+
+/// Decodes the MPEG-2 (or MPEG-1) video of a disc. Broken bytes give broken pictures, or none.
+class VideoDecoder
+{
+public:
+    /// Null when there is no decoder, or no memory.
+    [[nodiscard]] static std::unique_ptr<VideoDecoder> create();
+
+    using Visitor = std::function<void(VideoPicture)>;
+    static constexpr std::size_t mostBytesAtATime = 2048;
+    /// Takes the next bytes of the stream, a sector's at most, and gives the pictures that are complete.
+    void add(std::span<const std::uint8_t> bytes, const Visitor &visitor);
+    /// The stream ends or pauses here: gives the pictures that are left.
+    void drain(const Visitor &visitor);
+    /// The stream goes on elsewhere: forgets what was begun.
+    void forget();
+
+private:
+    VideoDecoder() = default;
+    void decode(AVPacket *packet, const Visitor &visitor);
+
+    DecoderContext m_context;
+    StreamParser m_parser;
+    DecoderPacket m_packet;
+};
+
+} // namespace Tessaron
