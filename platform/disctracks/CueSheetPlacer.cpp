@@ -54,8 +54,12 @@ NSError CueSheetPlacer::begin(const CuePoint &point, const CuePoint *before)
     if (NSError error = takeBlocks(index.frame - m_frame, owner, isPregap, index))
         return error;
     DiscTrack &track = m_tracks[point.track].track;
-    if (index.number >= 2)
-        track.indexPoints.push_back(track.length);
+    if (index.number < 2)
+        return {};
+    if (track.length <= (track.indexPoints.empty() ? 0 : track.indexPoints.back()))
+        return cueSheetError(index.line, QStringLiteral("This INDEX lies where the one in front of it does."),
+                             QStringLiteral("Remove it, or correct its time."));
+    track.indexPoints.push_back(track.length);
     return {};
 }
 
@@ -146,6 +150,10 @@ NSError CueSheetPlacer::finishTracks()
         if (track.length == 0 && m_sheet.places[number].isLengthKnown)
             return cueSheetError(spoken.line, QStringLiteral("TRACK %1 has no blocks.").arg(track.number),
                                  QStringLiteral("Correct the times of its INDEX lines, or of the next track's."));
+        if (m_sheet.places[number].isLengthKnown && !track.indexPoints.empty()
+            && track.indexPoints.back() >= track.length)
+            return cueSheetError(spoken.line, QStringLiteral("TRACK %1 ends at its last INDEX.").arg(track.number),
+                                 QStringLiteral("Remove that INDEX, or correct its time or the next track's."));
         track.pregap.isStored = track.pregap.length > 0;
         if (spoken.pregap && track.pregap.isStored)
             return cueSheetError(

@@ -259,6 +259,11 @@ TEST(CueSheetReader, anError_namesLineAndCause)
         {track + "INDEX 01 00:13:26", "Line 3", "beyond the end"},
         {track + "INDEX 01 00:00:00\nTRACK 02 AUDIO\nINDEX 01 90:00:00", "Line 5", "beyond the end"},
         {track + "INDEX 01 999999999:00:00", "Line 3", "beyond the end"},
+        {track + "INDEX 01 00:01:00\nINDEX 02 00:01:00", "Line 4", "where the one in front"},
+        {track + "INDEX 01 00:01:00\nINDEX 02 00:02:00\nINDEX 03 00:02:00", "Line 5", "where the one in front"},
+        {track + "INDEX 01 00:01:00\nINDEX 02 00:13:25", "Line 2", "ends at its last INDEX"},
+        {track + "INDEX 01 00:01:00\nINDEX 02 00:02:00\nTRACK 02 AUDIO\nINDEX 01 00:02:00", "Line 2",
+         "ends at its last INDEX"},
     };
     for (const auto &row : rows) {
         const std::string text = failure(row.text);
