@@ -1,4 +1,5 @@
 #include "platform/discimage/ImageCheck.h"
+#include "platform/discimage/VolumeFinder.h"
 #include "tests/discimage/SampleImages.h"
 #include "tests/discrecording/planning/WrittenImage.h"
 #include "tests/support/TemporaryTree.h"
@@ -152,7 +153,8 @@ class FormattedDevice : public testing::Test
 protected:
     QStringList problemsAfter(DRFilesystemMask filesystems, const QString &program, const QStringList &arguments)
     {
-        QByteArray device = sampleImage(filesystems);
+        constexpr std::int64_t longAgo = 1'000'000'000;
+        QByteArray device = sampleImage(filesystems, longAgo);
         device.append(QByteArray((16 << 20) - device.size(), 0));
         m_path = QString::fromUtf8(m_tree.makeFile("device", device));
         const ProgramResult result = runProgram(program, arguments + QStringList{m_path});
@@ -180,6 +182,28 @@ TEST_F(FormattedDevice, volumeOfUdf_isSound_whereTheSystemAreaWasKept)
             filesystems, text("mkudffs"), {text("--bootarea=preserve"), text("--media-type=hd"), text("-b2048")});
         ASSERT_EQ(contents().mid(systemAreaRecord, 8), "TESSARON") << "or nothing is tried here";
         EXPECT_EQ(problems.join(u'\n').toStdString(), "") << filesystems;
+    }
+}
+
+/// What was formatted with blocks of another size leaves the old anchors where they are.
+TEST_F(FormattedDevice, volumeOfUdf_isTheNewOne_whateverTheSizesOfBlocks)
+{
+    if (!hasProgram(text("mkudffs")))
+        GTEST_SKIP() << "mkudffs";
+    for (const std::uint32_t blockSize : {512, 1024, 2048, 4096}) {
+        SCOPED_TRACE(blockSize);
+        const QStringList problems = problemsAfter(everything, text("mkudffs"),
+                                                   {text("--media-type=hd"), text("--blocksize=%1").arg(blockSize)});
+        EXPECT_EQ(problems.join(u'\n').toStdString(), "");
+        int volumes = 0;
+        for (const FoundVolume &volume : volumesInImage(DiscImageSource::sourceWithBytes(contents()))) {
+            ++volumes;
+            ASSERT_TRUE(volume.reader);
+            EXPECT_EQ(volume.kind, VolumeKind::UDF);
+            EXPECT_EQ(volume.reader->facts().blockSize, blockSize);
+            EXPECT_EQ(volume.reader->facts().name, text("LinuxUDF"));
+        }
+        EXPECT_EQ(volumes, 1);
     }
 }
 

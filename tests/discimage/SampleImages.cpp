@@ -9,7 +9,7 @@
 namespace Tessaron::Testing
 {
 
-QByteArray sampleImage(DRFilesystemMask filesystems)
+QByteArray sampleImage(DRFilesystemMask filesystems, std::optional<std::int64_t> time)
 {
     const TemporaryTree tree;
     tree.makeFile("a.txt", "hello\n");
@@ -28,7 +28,7 @@ QByteArray sampleImage(DRFilesystemMask filesystems)
     tree.setMode("a.txt", 0640);
     PlanOptions options;
     options.filesystems = filesystems;
-    options.sourceDateEpoch = std::nullopt;
+    options.sourceDateEpoch = time;
     const WrittenImage written(DRFolder::folderWithPath(tree.pathText()), options);
     EXPECT_FALSE(written.error()) << qPrintable(written.error().localizedFailureReason());
     return written.bytes(0, written.size());

@@ -6,6 +6,8 @@
 #include <QByteArray>
 #include <QStringList>
 
+#include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace Tessaron::Testing
@@ -13,7 +15,8 @@ namespace Tessaron::Testing
 
 /// An image of a small tree with every kind of object: files of several sizes, an empty one, one with two names,
 /// folders in each other, one with many files, a link, a named pipe, names that are long, not ASCII, or start alike.
-[[nodiscard]] QByteArray sampleImage(DRFilesystemMask filesystems);
+/// `time` is that of the volume, and none of its objects is later; without one it is now.
+[[nodiscard]] QByteArray sampleImage(DRFilesystemMask filesystems, std::optional<std::int64_t> time = std::nullopt);
 
 /// The combinations of filesystems that are tried.
 [[nodiscard]] std::vector<DRFilesystemMask> sampleFilesystems();

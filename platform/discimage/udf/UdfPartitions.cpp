@@ -27,6 +27,9 @@ namespace LogicalVolume = UdfLogicalVolumeField;
 namespace SparingTable = UdfSparingTableField;
 constexpr std::uint32_t firstUnusedPacket = 0xFFFFFFF0; // of a sparing table: not replaced, or damaged itself
 
+/// Sizes of blocks that are looked for. Discs have 2048 bytes; images made for other media have those of their sectors.
+constexpr std::uint32_t blockSizes[] = {2048, 512, 1024, 4096, 8192, 16384, 32768};
+
 using Block = std::vector<std::uint8_t>;
 
 NSError damaged(std::uint64_t offset, const QString &reason)
@@ -268,6 +271,42 @@ private:
     std::uint64_t m_sequenceOffset = 0;
 };
 
+/// A volume that an anchor leads to.
+struct AnchoredVolume {
+    std::uint32_t blockSize = 0;
+    UdfVolumeStructure structure;
+    NSError error; ///< it cannot be read
+
+    [[nodiscard]] bool isSound() const
+    {
+        return !error
+            || (error.domain() == DiscImageErrorDomain && error.code() == qint64(DiscImageErrorCode::Unsupported));
+    }
+    [[nodiscard]] bool isNewerThan(const AnchoredVolume &other) const
+    {
+        if (isSound() != other.isSound())
+            return isSound();
+        const std::optional<VolumeTime> &time = structure.facts.created;
+        const std::optional<VolumeTime> &otherTime = other.structure.facts.created;
+        return time && (!otherTime || time->seconds > otherTime->seconds);
+    }
+};
+
+std::optional<AnchoredVolume> newestVolume(const DiscImageSource &source)
+{
+    std::optional<AnchoredVolume> newest;
+    for (const std::uint32_t blockSize : blockSizes) {
+        AnchoredVolume volume{blockSize, {}, {}};
+        StructureReader reader(source, blockSize, &volume.structure);
+        if (!reader.findAnchor())
+            continue;
+        volume.error = reader.read();
+        if (!newest || volume.isNewerThan(*newest))
+            newest = std::move(volume);
+    }
+    return newest;
+}
+
 } // namespace
 
 std::optional<std::uint64_t> UdfVolumeStructure::offsetOf(const UdfBlockAddress &address) const
@@ -305,16 +344,21 @@ bool UdfVolumeStructure::appendRuns(const UdfBlockAddress &address, std::uint64_
     return true;
 }
 
+std::optional<std::uint32_t> udfBlockSizeOf(const DiscImageSource &source)
+{
+    const std::optional<AnchoredVolume> volume = newestVolume(source);
+    return volume ? std::optional(volume->blockSize) : std::nullopt;
+}
+
 NSError readUdfVolumeStructure(const DiscImageSource &source, bool *isThere, UdfVolumeStructure *structure)
 {
     *isThere = readUdfRecognition(source).isUdf();
     if (!*isThere)
         return {};
-    // Discs have blocks of 2048 bytes; images made for other media have those of their sectors.
-    for (const std::uint32_t blockSize : udfBlockSizes) {
-        StructureReader reader(source, blockSize, structure);
-        if (reader.findAnchor())
-            return reader.read();
+    std::optional<AnchoredVolume> volume = newestVolume(source);
+    if (volume) {
+        *structure = std::move(volume->structure);
+        return volume->error;
     }
     return damaged(anchorBlock * 2048, QStringLiteral("There is no anchor to find the UDF volume by"));
 }

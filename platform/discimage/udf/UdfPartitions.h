@@ -12,9 +12,6 @@
 namespace Tessaron
 {
 
-/// Sizes of blocks that are looked for, that of discs first.
-inline constexpr std::uint32_t udfBlockSizes[] = {2048, 512, 1024, 4096, 8192, 16384, 32768};
-
 /// A block of a partition, as structures of UDF refer to one another.
 struct UdfBlockAddress {
     std::uint32_t block = 0;
@@ -54,6 +51,10 @@ struct UdfVolumeStructure {
     [[nodiscard]] bool appendRuns(const UdfBlockAddress &address, std::uint64_t length,
                                   std::vector<VolumeExtent> *extents) const;
 };
+
+/// The size of blocks by which a UDF volume is found: one for which there is an anchor. A device that was formatted
+/// anew may have anchors for more; then the volume counts that was made last.
+[[nodiscard]] std::optional<std::uint32_t> udfBlockSizeOf(const DiscImageSource &source);
 
 /// Finds a UDF volume: recognition sequence, anchor, volume descriptors, the reserve sequence where the main one is
 /// damaged. `*isThere` tells whether the image says that it is UDF; an error means that it cannot be read.

@@ -25,9 +25,12 @@ UdfRecognition readWithStep(const DiscImageSource &source, std::uint64_t step)
             found.identifier = offset;
         else if (identifier == "BEA01")
             found.begin = offset;
-        else if (identifier == "TEA01")
+        else if (identifier == "TEA01") {
             found.end = offset;
-        else if (identifier != "CD001" && identifier != "BOOT2" && identifier != "CDW02")
+            // What follows a whole sequence may be one that another program left there.
+            if (found.begin && found.identifier)
+                break;
+        } else if (identifier != "CD001" && identifier != "BOOT2" && identifier != "CDW02")
             break;
     }
     return found;

@@ -120,20 +120,19 @@ private:
 
     void findAnchors()
     {
-        for (const std::uint32_t blockSize : udfBlockSizes) {
-            for (const std::uint64_t number : anchorPlaces(blockSize)) {
-                Descriptor bytes;
-                const std::uint64_t offset = number * blockSize;
-                if (!readDescriptor(offset, &bytes)
-                    || checkUdfDescriptor(bytes, UdfDescriptorKind::Anchor,
-                                          std::uint32_t(m_source.blockOnDisc(offset, blockSize)), offset))
-                    continue;
-                m_blockSize = blockSize;
-                m_anchors.push_back({offset, extentAt(bytes, 16), extentAt(bytes, 24)});
-                m_anchorBytes = bytes;
-            }
-            if (!m_anchors.empty())
-                return;
+        const std::optional<std::uint32_t> blockSize = udfBlockSizeOf(m_source);
+        if (!blockSize)
+            return;
+        m_blockSize = *blockSize;
+        for (const std::uint64_t number : anchorPlaces(m_blockSize)) {
+            Descriptor bytes;
+            const std::uint64_t offset = number * m_blockSize;
+            if (!readDescriptor(offset, &bytes)
+                || checkUdfDescriptor(bytes, UdfDescriptorKind::Anchor,
+                                      std::uint32_t(m_source.blockOnDisc(offset, m_blockSize)), offset))
+                continue;
+            m_anchors.push_back({offset, extentAt(bytes, 16), extentAt(bytes, 24)});
+            m_anchorBytes = bytes;
         }
     }
 
