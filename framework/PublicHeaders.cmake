@@ -45,6 +45,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/disctracks/vant/VANTTrailer.h
     platform/dvdplayback/DVDDescription.h
     platform/dvdplayback/DVDPlayback.h
+    platform/fileevents/FSEventStream.h
     platform/foundation/DescriptorIO.h
     platform/foundation/Export.h
     platform/foundation/FileSystemRepresentation.h

@@ -18,6 +18,7 @@ LAYERS = [
     "platform/disctracks",
     "platform/disctracks/vant",
     "platform/coreservices",
+    "platform/fileevents",
     "platform/discrecording/names",
     "platform/discrecording/objects",
     "platform/discrecording/content",
