@@ -133,6 +133,7 @@ private:
                                           const QStringList &silentPaths) const;
     void ended(const std::shared_ptr<Reading> &reading);
     void deliver(const QString &path, OpenedMovie opened, const QVariantMap &metadata);
+    void giveUpLater(const std::shared_ptr<Reading> &reading, std::chrono::milliseconds after);
     void giveUp(const std::shared_ptr<Reading> &reading, std::chrono::milliseconds after);
     static void informAboutInfo(const Delivery &delivery);
 
@@ -182,9 +183,7 @@ void KRMovieInfo::State::startThread()
         return;
     }
     isGettingInfo = true;
-    performOnMainThread([self, reading, after = patience] {
-        performAfterDelay(reading.get(), after, [self, reading, after] { self->giveUp(reading, after); });
-    });
+    performOnMainThread([self, reading, after = patience] { self->giveUpLater(reading, after); });
 }
 
 void KRMovieInfo::State::getInfoForNextMovieOnThread(const std::shared_ptr<Reading> &reading)
@@ -295,12 +294,21 @@ void KRMovieInfo::State::informAboutInfo(const Delivery &delivery)
 }
 
 /// On the main thread.
+void KRMovieInfo::State::giveUpLater(const std::shared_ptr<Reading> &reading, std::chrono::milliseconds after)
+{
+    performAfterDelay(reading.get(), after,
+                      [self = shared_from_this(), reading, after] { self->giveUp(reading, after); });
+}
+
+/// On the main thread.
 void KRMovieInfo::State::giveUp(const std::shared_ptr<Reading> &reading, std::chrono::milliseconds after)
 {
     {
         const std::lock_guard lock(queueLock);
-        if (reading->hasEnded || reading->path.isNull())
+        if (reading->hasEnded)
             return;
+        if (reading->path.isNull()) // The system has not run the thread yet.
+            return giveUpLater(reading, after);
         reading->isGivenUp = true;
         reading->stop.request_stop();
         isGettingInfo = false;

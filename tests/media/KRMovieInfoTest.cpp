@@ -302,6 +302,38 @@ TEST_F(MovieInfo, fileThatDoesNotAnswer_isGivenUp_andTheNextIsRead)
     EXPECT_EQ(one->results.size(), 1u);
 }
 
+TEST_F(MovieInfo, filesBesideASilentOne_haveAnErrorAtOnce_whenTheyLieOnTheSameMount)
+{
+    std::binary_semaphore silence{0};
+    std::atomic<bool> hasReturned = false;
+    std::atomic<int> readings = 0;
+    info->setDescriber([&](const QByteArray &path, const std::stop_token &stop) -> Result<MovieDescription> {
+        ++readings;
+        if (!path.endsWith("silent.mov"))
+            return describeMovie(path, stop);
+        silence.acquire();
+        hasReturned = true;
+        return MovieDescription();
+    });
+    info->setPatience(50ms);
+    makeMovie("a.mov");
+    // The file system of processes is a mount of its own on every machine; nothing in it is opened.
+    const auto one = std::make_shared<Listener>(), beside = std::make_shared<Listener>(),
+               elsewhere = std::make_shared<Listener>();
+    info->getInfoForMovieAtPath(QStringLiteral("/proc/silent.mov"), one);
+    info->getInfoForMovieAtPath(QStringLiteral("/proc/self/../other.mov"), beside);
+    info->getInfoForMovieAtPath(text("a.mov"), elsewhere);
+    ASSERT_TRUE(runEventLoopUntil([&] { return !elsewhere->results.empty(); }));
+    ASSERT_EQ(beside->results.size(), 1u);
+    const auto error = beside->results[0].value(QStringLiteral("error")).value<NSError>();
+    EXPECT_TRUE(error.localizedDescription().contains(QStringLiteral("another file on “/proc” does not answer")))
+        << qPrintable(error.localizedDescription());
+    EXPECT_TRUE(tracksMember(elsewhere->results[0], 0).contains(kZelTrackInfoType));
+    EXPECT_EQ(readings, 2);
+    silence.release();
+    ASSERT_TRUE(runEventLoopUntil([&] { return hasReturned.load(); }));
+}
+
 TEST_F(MovieInfo, requests_mayComeFromManyThreads)
 {
     makeMovie("a.mov");
