@@ -99,6 +99,11 @@ KRMovieInfoReceiver::~KRMovieInfoReceiver() = default;
 
 void KRMovieInfoReceiver::KRMovieInfoDidDescribe(const QString & /*path*/, const MovieDescription * /*movie*/) { }
 
+bool KRMovieInfoReceiver::wantsArtworks() const
+{
+    return true;
+}
+
 /// The queue and the thread that works on it. Threads hold it: one that the system holds may outlive all else.
 class KRMovieInfo::State : public std::enable_shared_from_this<State>
 {
@@ -189,6 +194,7 @@ void KRMovieInfo::State::startThread()
 void KRMovieInfo::State::getInfoForNextMovieOnThread(const std::shared_ptr<Reading> &reading)
 {
     QString path;
+    bool wantsArtworks = true;
     QStringList silentPaths;
     {
         const std::lock_guard lock(queueLock);
@@ -198,6 +204,7 @@ void KRMovieInfo::State::getInfoForNextMovieOnThread(const std::shared_ptr<Readi
         if (asksForNothing || queue.isEmpty())
             return ended(reading);
         path = reading->path = queue[0].path;
+        wantsArtworks = queue[0].wantsArtworks;
         for (const Worker &worker : workers) {
             if (worker.reading->isGivenUp && !worker.reading->hasEnded)
                 silentPaths << worker.reading->path;
@@ -209,7 +216,8 @@ void KRMovieInfo::State::getInfoForNextMovieOnThread(const std::shared_ptr<Readi
         opened = openedMovie(path, reading->stop.get_token(), silentPaths);
         if (opened.movie) {
             metadata = metadataDictionary(opened.movie->metadata);
-            if (const QImage artwork = artworkForFile(path); !artwork.isNull())
+            const QImage artwork = wantsArtworks ? artworkForFile(path) : QImage();
+            if (!artwork.isNull())
                 metadata.insert(kZelAudioInfoArtworks, QVariantList{artwork});
         }
     } catch (const std::bad_alloc &) {
@@ -371,8 +379,10 @@ void KRMovieInfo::getInfoForMovieAtPath(const QString &path, const std::shared_p
 {
     MovieRequest request;
     request.path = path;
-    if (andNotify)
+    if (andNotify) {
         request.receivers.push_back(andNotify);
+        request.wantsArtworks = andNotify->wantsArtworks();
+    }
     d->append(std::move(request));
 }
 

@@ -17,6 +17,7 @@ namespace Tessaron
 struct MovieRequest {
     QString path; ///< null in a request that asks for nothing
     std::vector<KRMovieInfo::Receiver> receivers;
+    bool wantsArtworks = true;
     bool hasReceivers = true; ///< false: not even an empty list of them
 
     /// Under the keys "path" and "del".

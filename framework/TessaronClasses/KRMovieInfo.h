@@ -68,6 +68,9 @@ public:
     virtual void KRMovieInfoDidGetInfo(const QVariantMap &info) = 0;
     /// Comes just before that, with all that the file says of itself, texts uncut; null when it could not be opened.
     virtual void KRMovieInfoDidDescribe(const QString &path, const MovieDescription *movie);
+    /// Whether the artwork is looked for and decoded. True unless a receiver that shows no pictures says otherwise;
+    /// asked when it asks for a file, on its thread.
+    [[nodiscard]] virtual bool wantsArtworks() const;
 
 protected:
     KRMovieInfoReceiver() = default;

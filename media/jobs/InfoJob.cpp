@@ -105,6 +105,8 @@ private:
         {
             m_movie = movie ? *movie : MovieDescription();
         }
+        // Covers are taken out as they are stored.
+        [[nodiscard]] bool wantsArtworks() const override { return false; }
         void KRMovieInfoDidGetInfo(const QVariantMap &info) override
         {
             m_work.gotInfo(std::move(m_movie), info.value(QStringLiteral("error")).value<NSError>());

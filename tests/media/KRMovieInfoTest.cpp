@@ -422,6 +422,23 @@ TEST_F(MovieInfo, artwork_isInTheMetadata)
     EXPECT_EQ(artworks[0].value<QImage>().size(), QSize(80, 80));
 }
 
+TEST_F(MovieInfo, artwork_isNotDecoded_whenTheReceiverWantsNone)
+{
+    class Blind final : public KRMovieInfoReceiver
+    {
+    public:
+        void KRMovieInfoDidGetInfo(const QVariantMap &info) override { result = info; }
+        [[nodiscard]] bool wantsArtworks() const override { return false; }
+        QVariantMap result;
+    };
+    tree.makeFile("a.mov", atom("free", pictureBytes("png")) + movieAtom(plainSoundTrack()));
+    const auto blind = std::make_shared<Blind>();
+    info->getInfoForMovieAtPath(text("a.mov"), blind);
+    ASSERT_TRUE(runEventLoopUntil([&] { return !blind->result.isEmpty(); }));
+    EXPECT_TRUE(blind->result.contains(kZelMovieMetadataKey));
+    EXPECT_FALSE(blind->result.value(kZelMovieMetadataKey).toMap().contains(kZelAudioInfoArtworks));
+}
+
 TEST_F(MovieInfo, placeholder_doesNothing)
 {
     EXPECT_EQ(setTitleAuthorAlbumOfMovieFile("a", "b", "c", "d"), 0);

@@ -122,6 +122,17 @@ TEST_F(Info, coverThatCannotBeWritten_isAFailure_andTheRestIsTold)
     EXPECT_TRUE(result.errors.contains("the cover of")) << result.errors.constData();
 }
 
+TEST_F(Info, pictureThatIsBroken_isNoReasonToComplain)
+{
+    // Cut behind the header: decoders print something about it.
+    const QByteArray picture = QByteArray::fromHex("89504e470d0a1a0a0000000d4948445200000064000000640802000000ff800203"
+                                                   "0000003249444154676172626167656761726261676567617262616765");
+    const QByteArray path = m_tree.makeFile("a.mov", atom("free", picture) + movieAtom(plainSoundTrack()));
+    const ChildResult result = runTessaron({"info", path});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.errors, "");
+}
+
 TEST_F(Info, wrongUsage_isRefused)
 {
     EXPECT_EQ(runTessaron({"info"}).exitStatus, 2);
