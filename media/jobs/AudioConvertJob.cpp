@@ -246,9 +246,13 @@ void AudioConvertJob::Work::prepare(Lane &lane)
         lane.fraction = 0;
         inBackground({[this, conversion](const std::stop_token &) { return makePlace(*conversion); },
                       [this, &lane, conversion](const NSError &error) {
+                          // A cancel may have given the file up. The place goes here, since the background lets go
+                          // of its work only after the end of the job is announced.
                           if (lane.conversion == conversion)
                               prepared(lane, error);
-                          endIfIdle(); // A cancel may have given the file up.
+                          else
+                              conversion->stage.reset();
+                          endIfIdle();
                       }});
         return;
     }
