@@ -245,7 +245,7 @@ TEST_P(FSEventStreamTest, stop_dropsWhatWaits)
     EXPECT_FALSE(runEventLoopUntil([&] { return !listener.heard.empty(); }, std::chrono::milliseconds(600)));
 }
 
-TEST_P(FSEventStreamTest, stream_maybeStoppedInItsCallback)
+TEST_P(FSEventStreamTest, stream_mayBeStoppedInItsCallback)
 {
     tree.makeFolder("sub");
     EventListener listener(GetParam(), {tree.path()});
