@@ -52,6 +52,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/FileTime.h
     platform/foundation/MainThread.h
     platform/foundation/MessageTexts.h
+    platform/foundation/NSAssertionHandler.h
     platform/foundation/NSBundle.h
     platform/foundation/NSDistributedNotificationCenter.h
     platform/foundation/NSError.h
