@@ -51,10 +51,11 @@ LAYERS = [
     "media/jobs",
     "ui/views",
     "ui/panels",
+    "dvd",
 ]
 PROGRAMS = ["tools", "app", "examples"]
 PUBLIC = "framework/TessaronClasses"  # and TessaronClassesUI, whose name begins the same
-INCLUDE = re.compile(r'^\s*#\s*include\s+["<]((?:platform|filemodel|imaging|production|media|ui|tools|TessaronClasses|TessaronClassesUI)/[^">]+)[">]', re.M)
+INCLUDE = re.compile(r'^\s*#\s*include\s+["<]((?:platform|filemodel|imaging|production|media|ui|dvd|tools|TessaronClasses|TessaronClassesUI)/[^">]+)[">]', re.M)
 
 
 class Tree:

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QImage>
+#include <QWidget>
+
+#include <atomic>
+#include <memory>
+
+namespace Tessaron
+{
+
+/// Draws the session's pictures, while the session's window is the one that it lies in. On the main thread; pictures
+/// are decoded elsewhere, and what is done here is a copy.
+class VideoView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit VideoView(QWidget *parent);
+    ~VideoView() override;
+
+    /// Black at first.
+    [[nodiscard]] const QImage &picture() const { return m_picture; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void takePicture();
+
+    QImage m_picture;
+    std::shared_ptr<std::atomic<bool>> m_isAsked; ///< a picture waits to be taken
+};
+
+} // namespace Tessaron

@@ -1,0 +1,238 @@
+#include "dvd/DVDFailure.h"
+#include "dvd/VideoView.h"
+
+#include "platform/dvdplayback/DVDPlayback.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScreen>
+#include <QVBoxLayout>
+
+#include <TessaronClassesUI/VideoWindow.h>
+#include <cmath>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr float wideRatio = 1.7777778F;
+constexpr float oldRatio = 1.3333334F;
+
+enum SizeCode : std::uint32_t { Refit = 0, Small = 1, Normal = 2, Maximum = 3 };
+
+/// The screen that the video was last switched to; DVDReader has one of its own.
+std::uint32_t lastDisplay = 0;
+
+void report(OSStatus status, const char *function, const char *method, const VideoWindow *window, int line)
+{
+    reportDVDFailure(status, function, method, window, "VideoWindow", line);
+}
+
+std::int16_t truncated(double value)
+{
+    return std::int16_t(std::int32_t(value));
+}
+
+bool isInput(QEvent::Type type)
+{
+    switch (type) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseMove:
+    case QEvent::Wheel:
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
+    case QEvent::Enter:
+    case QEvent::Leave:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+VideoWindow::VideoWindow(const QRect &contentRect)
+    : QWidget(nullptr, Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint)
+    , m_view(new VideoView(this))
+{
+    auto *const layout = new QVBoxLayout(this);
+    layout->setContentsMargins({});
+    layout->addWidget(m_view);
+    setGeometry(contentRect);
+}
+
+VideoWindow::~VideoWindow() = default;
+
+QWidget *VideoWindow::contentView() const
+{
+    return m_view;
+}
+
+std::uint32_t VideoWindow::windowNumber() const
+{
+    return std::uint32_t(winId());
+}
+
+std::uint32_t VideoWindow::screenNumberOf(const QWidget &window)
+{
+    return std::uint32_t(std::max<qsizetype>(QGuiApplication::screens().indexOf(window.screen()), 0));
+}
+
+void VideoWindow::awakeFromNib()
+{
+    m_isAwake = true;
+    setMouseTracking(true);
+    m_view->setMouseTracking(true);
+    QPalette black = palette();
+    black.setColor(QPalette::Window, Qt::black);
+    setPalette(black);
+}
+
+void VideoWindow::setupVideoWindow()
+{
+    qInfo("Step 2: Set Video Window");
+    report(DVDSetVideoWindowID(windowNumber()), "DVDSetVideoWindowID", "setupVideoWindow", this, __LINE__);
+    setVideoDisplay();
+    setVideoBounds();
+}
+
+void VideoWindow::setVideoDisplay()
+{
+    const std::uint32_t display = screenNumberOf(*this);
+    if (display == lastDisplay)
+        return;
+    qInfo("Step 3: Set Video Display");
+    bool isSupported = false;
+    report(DVDSwitchToDisplay(display, &isSupported), "DVDSwitchToDisplay", "setVideoDisplay", this, __LINE__);
+    if (isSupported)
+        lastDisplay = display;
+    else
+        qWarning("video display %d not supported", int(display));
+}
+
+void VideoWindow::setVideoBounds()
+{
+    const double frameHeight = frameGeometry().height();
+    const QSizeF content = size(); // the content view fills it, but follows only when the window is shown
+    DVDRect bounds;
+    bounds.top = truncated(frameHeight - content.height());
+    bounds.left = 0;
+    bounds.bottom = truncated(frameHeight);
+    bounds.right = truncated(content.width());
+    report(DVDSetVideoBounds(&bounds), "DVDSetVideoBounds", "setVideoBounds", this, __LINE__);
+}
+
+float VideoWindow::titleAspectRatio() const
+{
+    std::int16_t ratio = kDVDAspectRatioUninitialized;
+    static_cast<void>(DVDGetAspectRatio(&ratio));
+    return ratio == kDVDAspectRatio16x9 || ratio == kDVDAspectRatioLetterBox ? wideRatio : oldRatio;
+}
+
+QSizeF VideoWindow::getVideoSize() const
+{
+    std::uint16_t width = 720, height = 480;
+    static_cast<void>(DVDGetNativeVideoSize(&width, &height));
+    return {double(titleAspectRatio()) * height, double(height)};
+}
+
+void VideoWindow::setWindowSize(std::uint32_t sizeCode)
+{
+    const double ratio = titleAspectRatio();
+    const QRectF visible = screen()->availableGeometry();
+    QSizeF size = QWidget::size();
+    QPointF topLeft = frameGeometry().topLeft();
+    switch (sizeCode) {
+    case Refit:
+        size.setWidth(ratio * size.height());
+        if (size.width() > visible.width())
+            size = {visible.width(), visible.width() / ratio};
+        break;
+    case Small:
+        size = getVideoSize() / 2;
+        break;
+    case Normal:
+        size = getVideoSize();
+        break;
+    case Maximum:
+        size = visible.width() / visible.height() >= ratio ? QSizeF(ratio * visible.height(), visible.height())
+                                                           : QSizeF(visible.width(), visible.width() / ratio);
+        topLeft = visible.topLeft();
+        break;
+    default:
+        break;
+    }
+    setUpdatesEnabled(false);
+    resize(size.toSize());
+    move(topLeft.toPoint());
+    setUpdatesEnabled(true);
+}
+
+bool VideoWindow::event(QEvent *event)
+{
+    if (isInput(event->type()))
+        followMouse(*event);
+    return QWidget::event(event);
+}
+
+void VideoWindow::followMouse(const QEvent &event)
+{
+    std::int32_t button = -1;
+    const bool isPress =
+        event.type() == QEvent::MouseButtonPress && static_cast<const QMouseEvent &>(event).button() == Qt::LeftButton;
+    const bool isMove = event.type() == QEvent::MouseMove;
+    if (isPress || isMove) {
+        const QPointF place = static_cast<const QMouseEvent &>(event).position();
+        // The frame's own height lies above the content.
+        const double above = frameGeometry().height() - height();
+        const DVDPoint point = {truncated(place.y() + above), truncated(place.x())};
+        static_cast<void>(isPress ? DVDDoMenuClick(&point, &button) : DVDDoMenuMouseOver(&point, &button));
+    }
+    const Qt::CursorShape shape = button != -1 ? Qt::PointingHandCursor : Qt::ArrowCursor;
+    if (cursor().shape() != shape)
+        setCursor(shape);
+}
+
+void VideoWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (m_delegate.onKeyDown && m_delegate.context.isAlive() && m_delegate.onKeyDown(*event))
+        QCoreApplication::removePostedEvents(this, QEvent::KeyPress);
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void VideoWindow::closeEvent(QCloseEvent *event)
+{
+    if (m_delegate.windowWillClose && m_delegate.context.isAlive())
+        m_delegate.windowWillClose();
+    QWidget::closeEvent(event);
+}
+
+void VideoWindow::moveEvent(QMoveEvent *event)
+{
+    QWidget::moveEvent(event);
+    if (m_isAwake)
+        setVideoDisplay();
+}
+
+void VideoWindow::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    if (m_isAwake)
+        frameDidChange();
+}
+
+void VideoWindow::frameDidChange()
+{
+    setWindowSize(Refit);
+    setVideoBounds();
+}
+
+} // namespace Tessaron
