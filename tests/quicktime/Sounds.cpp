@@ -1,6 +1,6 @@
 #include "tests/quicktime/Sounds.h"
 
-#include <QProcess>
+#include "tests/support/RunProgram.h"
 
 #include <algorithm>
 #include <bit>
@@ -104,15 +104,10 @@ QByteArray waveFileOfSine(std::size_t count, int rate, double level)
 
 QByteArray outputOfProgram(const char *program, const QList<QByteArray> &arguments)
 {
-    QStringList texts;
-    for (const QByteArray &argument : arguments)
-        texts << QString::fromUtf8(argument);
-    QProcess process;
-    process.start(QString::fromLatin1(program), texts);
-    EXPECT_TRUE(process.waitForFinished(60000)) << program << " is a package of the tests";
-    EXPECT_EQ(process.exitCode(), 0) << program << ' ' << arguments.join(' ').constData() << '\n'
-                                     << process.readAllStandardError().constData();
-    return process.readAllStandardOutput();
+    const ProgramRun run = runProgram(program, arguments);
+    EXPECT_EQ(run.status, 0) << program << ", a package of the tests: " << arguments.join(' ').constData() << '\n'
+                             << run.errors.constData();
+    return run.output;
 }
 
 QByteArray ffmpeg(const QByteArray &arguments)
