@@ -10,7 +10,7 @@ namespace Tessaron
 
 /// Whether a file is one of Windows Media. Its extension ("wmv", "asf", in any case) says so when neither names of
 /// codecs nor types of content are known; else a codec whose name holds "Windows" does, or a type that holds
-/// "microsoft". A null path is none. Thread-safe.
+/// "microsoft". False for a null path. Thread-safe.
 [[nodiscard]] bool isWindowsMedia(const QString &path, const std::optional<QStringList> &codecs,
                                   const std::optional<QStringList> &contentTypes);
 

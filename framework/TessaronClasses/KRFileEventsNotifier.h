@@ -29,8 +29,8 @@ public:
     KRFileEventsNotifier &operator=(const KRFileEventsNotifier &) = delete;
 
     /// Starts a stream of events from now on, below "/", gathered for 5 seconds, on the calling thread's event loop.
-    /// Does nothing while there is one. The null error when there is a stream afterwards; else why there is none, and
-    /// then the next call tries again.
+    /// Does nothing while one runs. The null error when a stream runs afterwards; else the reason why it does not, and
+    /// the next call tries again.
     NSError startEventStream();
     /// Ends the stream; no line is written after this. Does nothing without one.
     void stopEventStream();

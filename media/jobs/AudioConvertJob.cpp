@@ -374,7 +374,7 @@ NSError AudioConvertJob::Work::carryTags(Conversion &conversion, const std::stop
     return tag.isEmpty() ? NSError() : conversion.stage->prepend(tag);
 }
 
-/// Empty where there is none, and where it cannot be read, which is a note.
+/// Empty for a file without a cover. One that cannot be read is a note, and empty as well.
 QByteArray AudioConvertJob::Work::coverOf(Conversion &conversion, const std::stop_token &stop)
 {
     const QByteArray &source = conversion.file.source;

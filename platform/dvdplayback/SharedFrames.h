@@ -40,7 +40,7 @@ public:
 
     // For the session, one thread at a time.
 
-    /// Copies the newest picture; false when there is none that was not taken before.
+    /// Copies the newest picture; false when it was taken before.
     [[nodiscard]] bool takeNewest(QImage *image, std::uint32_t *number);
 
 private:

@@ -35,7 +35,7 @@ public:
     /// Something else lies at a mount point inside a root now.
     virtual void mountHasChanged(const std::vector<Mount> &mounts, const QByteArray &point) = 0;
 
-    /// Readable when events wait; -1 when there is none. May change with every other call.
+    /// Readable when events wait; -1 for a source without a descriptor. May change with every other call.
     [[nodiscard]] virtual int descriptor() const = 0;
     /// Records the events that wait, or a good deal of them.
     virtual void readEvents() = 0;

@@ -41,7 +41,7 @@ protected:
     {
         return outputOf("soxi", {"-s", m_tree.path(relative)}).trimmed();
     }
-    /// The bytes of the file that is being made, wherever it is; -1 while there is none.
+    /// The bytes of the file that is being made, wherever it is; -1 before it is there.
     [[nodiscard]] std::int64_t bytesOfPart(const char *name) const
     {
         std::error_code ignored;

@@ -18,7 +18,7 @@ using std::chrono::milliseconds;
 constexpr std::size_t picturesAhead = 4;
 /// Steps between two looks at the requests.
 constexpr int stepsAtATime = 64;
-/// A disc that does not come to a navigation pack after so many steps runs in circles.
+/// A disc that takes more steps than these without a navigation pack runs in circles.
 constexpr int mostStepsToPosition = 20'000;
 constexpr milliseconds mostLag(500);
 constexpr milliseconds timeBetweenScans(200);
