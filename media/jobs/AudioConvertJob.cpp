@@ -170,7 +170,7 @@ private:
 void AudioConvertJob::Work::begin()
 {
     inBackground({[this](const std::stop_token &stopToken) {
-                      if (const NSError error = errorOfOrder(order))
+                      if (NSError error = errorOfOrder(order))
                           return error;
                       list = audioFilesAtPaths(order.sources, order.destination, order.isFlat, stopToken);
                       return stopToken.stop_requested() ? NSError() : makeDestination(order.destination);
