@@ -137,17 +137,23 @@ public:
                             withLog(QStringLiteral("VIDEO_TS.IFO and its copy cannot be read")));
         addDisc(*manager);
         addMenus(manager->pgci_ut, 0, &m_description);
-        const int titles = manager->tt_srpt && manager->tt_srpt->title ? manager->tt_srpt->nr_of_srpts : 0;
-        for (int index = 0; index < std::min(titles, mostTitles); ++index)
-            addTitle(index + 1, manager->tt_srpt->title[index]);
-        if (titles > mostTitles)
-            note(QStringLiteral("%1 titles are listed, of which 99 can be").arg(titles));
+        if (const tt_srpt_t *const table = manager->tt_srpt; table != nullptr && table->title != nullptr)
+            addTitles(*table);
         for (const auto &[number, tables] : m_titleSets)
             addTitleSet(number, tables.get());
         return m_description;
     }
 
 private:
+    void addTitles(const tt_srpt_t &table)
+    {
+        const int titles = table.nr_of_srpts;
+        for (int index = 0; index < std::min(titles, mostTitles); ++index)
+            addTitle(index + 1, table.title[index]);
+        if (titles > mostTitles)
+            note(QStringLiteral("%1 titles are listed, of which 99 can be").arg(titles));
+    }
+
     [[nodiscard]] QString withLog(const QString &text) const
     {
         const QString line = m_disc->log().lastLine();
