@@ -278,7 +278,8 @@ TEST_F(Convert, jsonProgress_tellsOfEachFile)
     for (const QJsonObject &line : lines) {
         EXPECT_GE(line[u"percent"].toDouble(), last);
         last = line[u"percent"].toDouble();
-        for (const QJsonValue &file : line[u"running"].toArray()) {
+        const QJsonArray running = line[u"running"].toArray();
+        for (const auto &file : running) {
             EXPECT_TRUE(file[u"source"].toString().endsWith(QStringLiteral(".wav")));
             greatestOfFile = std::max(greatestOfFile, file[u"percent"].toDouble());
         }
