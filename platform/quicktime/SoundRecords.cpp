@@ -4,11 +4,11 @@
 
 #include <QDataStream>
 #include <QIODevice>
-#include <QList>
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 namespace Tessaron::SoundProtocol
 {
@@ -36,8 +36,6 @@ bool readRecord(const QByteArray &record, Values &...values)
     static_cast<void>((stream >> ... >> values));
     return stream.status() == QDataStream::Ok;
 }
-
-using Places = QList<std::pair<double, QString>>;
 
 } // namespace
 
@@ -102,22 +100,29 @@ NSError errorOfRecord(const QByteArray &record, const QByteArray &path)
 QByteArray recordOfDamage(const AudioDamageReport &damage)
 {
     constexpr qsizetype longestText = 500; // of a hundred places
-    Places places;
+    QByteArray record = recordOf(quint64(damage.count), quint32(damage.places.size()));
     for (const AudioDamage &place : damage.places)
-        places.emplace_back(place.seconds, place.what.left(longestText));
-    return recordOf(quint64(damage.count), places);
+        record += recordOf(place.seconds, place.what.left(longestText));
+    return record;
 }
 
 bool readDamage(const QByteArray &record, AudioDamageReport *damage)
 {
+    QDataStream stream(record);
+    stream.setVersion(streamVersion);
     quint64 count = 0;
-    Places places;
-    if (!readRecord(record, count, places) || places.size() > qsizetype(AudioDamageReport::mostDescribed))
+    quint32 described = 0;
+    stream >> count >> described;
+    // Not as a QList, which makes room for whatever number a broken helper sends.
+    if (stream.status() != QDataStream::Ok || described > AudioDamageReport::mostDescribed)
         return false;
-    damage->count = std::max(count, quint64(places.size()));
-    damage->places.clear();
-    for (const auto &[seconds, what] : places)
-        damage->places.push_back({seconds, what});
+    std::vector<AudioDamage> places(described);
+    for (AudioDamage &place : places)
+        stream >> place.seconds >> place.what;
+    if (stream.status() != QDataStream::Ok)
+        return false;
+    damage->count = std::max(count, quint64(described));
+    damage->places = std::move(places);
     return true;
 }
 
