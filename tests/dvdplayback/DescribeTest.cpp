@@ -3,9 +3,9 @@
 #include "platform/dvdplayback/player/DiscDescriber.h"
 #include "platform/dvdplayback/player/EncryptionCheck.h"
 #include "tests/dvdplayback/DiscFixture.h"
+#include "tests/support/RunProgram.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 
 #include <chrono>
@@ -95,10 +95,7 @@ TEST_F(DescribeDVD, pal_hasItsLines)
 
 TEST_F(DescribeDVD, anotherProgram_findsTheSame)
 {
-    QProcess program;
-    program.start(QStringLiteral("lsdvd"), {QStringLiteral("-c"), QString::fromUtf8(disc())});
-    ASSERT_TRUE(program.waitForFinished());
-    const QString report = QString::fromUtf8(program.readAllStandardOutput());
+    const QString report = QString::fromUtf8(runProgram("lsdvd", {"-c", disc()}).output);
     const DVDDescription disc = described(DiscTest::disc());
     const QRegularExpression line(
         QStringLiteral("Title: (\\d+), Length: (\\d+):(\\d+):([\\d.]+) Chapters: (\\d+), Cells: \\d+, "

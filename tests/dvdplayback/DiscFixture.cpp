@@ -1,8 +1,9 @@
 #include "tests/dvdplayback/DiscFixture.h"
 
+#include "tests/support/RunProgram.h"
+
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 
 namespace Tessaron::Testing
 {
@@ -31,13 +32,10 @@ QByteArray DiscTest::copyOfDisc() const
 
 QByteArray DiscTest::imageOfDisc(const QByteArray &folder) const
 {
-    QProcess program;
-    program.start(QStringLiteral("genisoimage"),
-                  {QStringLiteral("-quiet"), QStringLiteral("-dvd-video"), QStringLiteral("-V"), QStringLiteral("FILM"),
-                   QStringLiteral("-o"), m_tree.pathText("disc.iso"), QString::fromUtf8(folder)});
-    EXPECT_TRUE(program.waitForFinished());
-    EXPECT_EQ(program.exitCode(), 0) << program.readAllStandardError().constData();
-    return m_tree.path("disc.iso");
+    const QByteArray image = m_tree.path("disc.iso");
+    const ProgramRun run = runProgram("genisoimage", {"-quiet", "-dvd-video", "-V", "FILM", "-o", image, folder});
+    EXPECT_EQ(run.status, 0) << run.errors.constData();
+    return image;
 }
 
 void DiscTest::patch(const QByteArray &file, qint64 offset, char value) const

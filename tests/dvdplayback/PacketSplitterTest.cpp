@@ -1,9 +1,9 @@
 #include "platform/dvdplayback/player/PacketSplitter.h"
 
 #include "tests/dvdplayback/DiscFixture.h"
+#include "tests/support/RunProgram.h"
 
 #include <QFile>
-#include <QProcess>
 
 #include <map>
 
@@ -23,15 +23,12 @@ std::span<const std::uint8_t> bytesOf(const QByteArray &bytes)
 }
 
 /// A stream of the contents of title set 1, as another program takes it out.
-QByteArray byAnotherProgram(const QByteArray &contents, const QString &stream, const QString &format)
+QByteArray byAnotherProgram(const QByteArray &contents, const QByteArray &stream, const QByteArray &format)
 {
-    QProcess program;
-    program.start(QStringLiteral("ffmpeg"),
-                  {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), QString::fromUtf8(contents),
-                   QStringLiteral("-map"), stream, QStringLiteral("-c"), QStringLiteral("copy"), QStringLiteral("-f"),
-                   format, QStringLiteral("-")});
-    EXPECT_TRUE(program.waitForFinished());
-    return program.readAllStandardOutput();
+    const ProgramRun run =
+        runProgram("ffmpeg", {"-v", "error", "-i", contents, "-map", stream, "-c", "copy", "-f", format, "-"});
+    EXPECT_EQ(run.status, 0) << run.errors.constData();
+    return run.output;
 }
 
 TEST_F(PacketSplitter, streams_areThoseThatAnotherProgramFinds)
@@ -51,9 +48,8 @@ TEST_F(PacketSplitter, streams_areThoseThatAnotherProgramFinds)
         });
     }
     EXPECT_TRUE(first);
-    EXPECT_EQ(streams[ElementaryKind::Video],
-              byAnotherProgram(path, QStringLiteral("0:v:0"), QStringLiteral("mpeg2video")));
-    EXPECT_EQ(streams[ElementaryKind::AC3], byAnotherProgram(path, QStringLiteral("0:i:0x80"), QStringLiteral("ac3")));
+    EXPECT_EQ(streams[ElementaryKind::Video], byAnotherProgram(path, "0:v:0", "mpeg2video"));
+    EXPECT_EQ(streams[ElementaryKind::AC3], byAnotherProgram(path, "0:i:0x80", "ac3"));
     EXPECT_FALSE(streams[ElementaryKind::LPCM].isEmpty());
     EXPECT_FALSE(streams[ElementaryKind::Subpicture].isEmpty());
 }

@@ -1,6 +1,7 @@
 #include "platform/dvdplayback/DVDPlayback.h"
 #include "platform/dvdplayback/DVDSession.h"
 #include "tests/dvdplayback/DiscFixture.h"
+#include "tests/support/RunProgram.h"
 
 #include <QProcess>
 
@@ -122,9 +123,7 @@ TEST_F(DVDSessionTest, otherProcess_isKeptOut_whileASessionIsHeldHere)
 {
     ASSERT_EQ(DVDInitialize(), noErr);
     const auto attempt = [this] {
-        return QProcess::execute(
-            QStringLiteral("flock"),
-            {QStringLiteral("-n"), m_tree.pathText("runtime/tessaron-dvd.lock"), QStringLiteral("true")});
+        return runProgram("flock", {"-n", m_tree.path("runtime/tessaron-dvd.lock"), "true"}).status;
     };
     EXPECT_NE(attempt(), 0);
     ASSERT_EQ(DVDDispose(), noErr);
