@@ -2,6 +2,7 @@
 
 #include "filemodel/FolderReader.h"
 #include "filemodel/ScanRecord.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/WhenThereIsMemory.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
@@ -214,7 +215,7 @@ std::unique_ptr<DirectoryListing> DirectoryScan::openListing(const FSRef &folder
     DirectoryListing *const above = m_depth > 0 ? m_levels[m_depth - 1].listing.get() : nullptr;
     int error = 0;
     std::unique_ptr<DirectoryListing> listing = m_lister.open(folder, above, &error);
-    if (!listing && (error == EMFILE || error == ENFILE)) {
+    if (!listing && isLackOfDescriptors(error)) {
         giveBackDescriptors();
         listing = m_lister.open(folder, above, &error);
     }

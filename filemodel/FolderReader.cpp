@@ -1,6 +1,7 @@
 #include "filemodel/FolderReader.h"
 
 #include "platform/coreservices/FSIterator.h"
+#include "platform/foundation/DescriptorLimit.h"
 
 #include <atomic>
 #include <cerrno>
@@ -42,7 +43,7 @@ void FolderReader::Job::read(FolderReader &reader)
     OSStatus status = noErr;
     if (!folder.iterator)
         folder.iterator = openIteratorBelow(ref, nullptr, &folder.errnoValue);
-    hasNoRoom = !folder.iterator && (folder.errnoValue == EMFILE || folder.errnoValue == ENFILE);
+    hasNoRoom = !folder.iterator && isLackOfDescriptors(folder.errnoValue);
     while (folder.iterator && status == noErr && folder.batches.size() < mostBatches && !isAbandoned) {
         Batch &batch = folder.batches.emplace_back();
         batch.entries = reader.roomForBatch();

@@ -47,6 +47,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/dvdplayback/DVDPlayback.h
     platform/fileevents/FSEventStream.h
     platform/foundation/DescriptorIO.h
+    platform/foundation/DescriptorLimit.h
     platform/foundation/Export.h
     platform/foundation/FileSystemRepresentation.h
     platform/foundation/FileTime.h

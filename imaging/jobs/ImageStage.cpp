@@ -2,6 +2,7 @@
 
 #include "imaging/ImageFinisher.h"
 #include "platform/coreservices/PathAccess.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
 
@@ -50,12 +51,10 @@ NSError ImageStage::makeFiles()
         m_cueSheet = StagedFile::create(folder, folderPath, m_destination.cueName, &reason);
     if (m_image && (m_cueSheet || m_destination.cueName.isEmpty()))
         return {};
-    const bool lacksDescriptors = reason == EMFILE || reason == ENFILE;
     return discJobError(
         DiscJobErrorCode::Destination,
         QStringLiteral("no file can be made in the output's folder %1: %2").arg(quoted(folderPath), systemText(reason)),
-        lacksDescriptors ? QStringLiteral("Close other programs, or allow more open files (ulimit -n).")
-                         : QStringLiteral("Choose another place for the output."),
+        isLackOfDescriptors(reason) ? adviceOnDescriptors() : QStringLiteral("Choose another place for the output."),
         folderPath);
 }
 

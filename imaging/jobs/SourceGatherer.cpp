@@ -1,6 +1,7 @@
 #include "imaging/jobs/SourceGatherer.h"
 
 #include "platform/coreservices/FSRef.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/foundation/NSError.h"
@@ -141,7 +142,8 @@ void SourceGatherer::judge(const KRFileHierarchyItem &root)
             m_error = discJobError(DiscJobErrorCode::Source,
                                    QStringLiteral("the folder %1 cannot be listed: %2")
                                        .arg(quoted(source.argument), systemText(folder.errnoValue)),
-                                   {}, source.argument);
+                                   isLackOfDescriptors(folder.errnoValue) ? adviceOnDescriptors() : QString(),
+                                   source.argument);
         else
             m_unreadable.push_back(std::move(folder));
     }

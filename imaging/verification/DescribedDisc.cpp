@@ -2,6 +2,7 @@
 #include "platform/disctracks/CDTextPacks.h"
 #include "platform/disctracks/DiscDescription.h"
 #include "platform/disctracks/vant/VANTTrailer.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/quicktime/CDSound.h"
@@ -56,13 +57,15 @@ SoundMeasure measureByDecoding(QStringList *notes, const std::stop_token &stop)
     };
 }
 
-/// The description of the same name beside an image, where it names that image. One that cannot be used is noted.
-std::optional<DescribedDisc> describedByFileBeside(const QByteArray &path, QStringList *notes,
-                                                   const std::stop_token &stop)
+/// The description of the same name beside an image, where it names that image. One that cannot be used is noted,
+/// unless that says nothing about it.
+Result<std::optional<DescribedDisc>> describedByFileBeside(const QByteArray &path, QStringList *notes,
+                                                           const std::stop_token &stop)
 {
+    using Described = std::optional<DescribedDisc>;
     const qsizetype dot = path.lastIndexOf('.');
     if (dot <= path.lastIndexOf('/'))
-        return std::nullopt;
+        return Described();
     for (const char *const extension : {".cue", ".ccd", ".toc"}) {
         DescribedDisc disc;
         disc.description = path.first(dot) + extension;
@@ -70,6 +73,8 @@ std::optional<DescribedDisc> describedByFileBeside(const QByteArray &path, QStri
         if (::stat(disc.description.constData(), &status) != 0 || !S_ISREG(status.st_mode))
             continue;
         Result<CueSheet> sheet = discDescriptionOfFile(disc.description, measureByDecoding(&disc.notes, stop));
+        if (!sheet && isLackOfDescriptors(sheet.error()))
+            return sheet.error();
         if (!sheet) {
             *notes << QStringLiteral("The %1 beside the image is not used. %2")
                           .arg(nameOfDiscDescription(discDescriptionKind(disc.description)),
@@ -80,9 +85,9 @@ std::optional<DescribedDisc> describedByFileBeside(const QByteArray &path, QStri
             continue;
         disc.disc = *std::move(sheet);
         takeNotes(&disc);
-        return disc;
+        return Described(std::move(disc));
     }
-    return std::nullopt;
+    return Described();
 }
 
 void takeVant(const VANTImage &image, DescribedDisc *disc)
@@ -143,9 +148,12 @@ Result<DescribedDisc> describedDisc(const QByteArray &path, const std::stop_toke
         takeNotes(&disc);
         return disc;
     }
-    if (std::optional<DescribedDisc> beside = describedByFileBeside(path, &disc.notes, stop)) {
-        beside->notes = disc.notes + beside->notes;
-        return *std::move(beside);
+    Result<std::optional<DescribedDisc>> beside = describedByFileBeside(path, &disc.notes, stop);
+    if (!beside)
+        return cannotRead(path, beside.error());
+    if (*beside) {
+        (*beside)->notes = disc.notes + (*beside)->notes;
+        return **std::move(beside);
     }
     const DiscImageSourceResult opened = DiscImageSource::sourceWithFile(stringWithFileSystemRepresentation(path));
     if (!opened.source)
@@ -153,10 +161,14 @@ Result<DescribedDisc> describedDisc(const QByteArray &path, const std::stop_toke
     if (opened.source->vantError())
         return cannotRead(path, opened.source->vantError());
     disc.disc.files.push_back({path, path, CueFileType::Binary, path});
-    if (opened.source->vantImage())
+    if (opened.source->vantImage()) {
         takeVant(*opened.source->vantImage(), &disc);
-    else
-        takeBlocks(*opened.source, &disc);
+        return disc;
+    }
+    if (opened.source->sectorCount() == 0)
+        return discJobError(DiscJobErrorCode::Source,
+                            QStringLiteral("%1 has no track: it is shorter than a sector").arg(quoted(path)), {}, path);
+    takeBlocks(*opened.source, &disc);
     return disc;
 }
 

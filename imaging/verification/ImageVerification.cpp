@@ -1,12 +1,14 @@
 #include "imaging/verification/ContentComparison.h"
 #include "imaging/verification/VolumeComparison.h"
 #include "platform/discimage/ImageCheck.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/ImageVerification.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 
 namespace Tessaron
 {
@@ -101,7 +103,7 @@ void compareVolumes(const VerificationRequest &request, SourceIndex &sources, Co
     const bool hasRockRidge = std::any_of(request.volumes.begin(), request.volumes.end(), isRockRidge);
     for (const VolumeKind kind : comparisonOrder) {
         for (const FoundVolume &volume : request.volumes) {
-            if (volume.kind != kind || !volume.reader || stop.stop_requested())
+            if (volume.kind != kind || !volume.reader || stop.stop_requested() || sources.lacksDescriptors())
                 continue;
             const bool sharesRecords = kind == VolumeKind::RockRidge || (kind == VolumeKind::ISO9660 && hasRockRidge);
             VolumeComparison comparison(*volume.reader, sources, plan, result->differences,
@@ -109,6 +111,18 @@ void compareVolumes(const VerificationRequest &request, SourceIndex &sources, Co
             result->volumes.push_back(comparison.run(stop));
         }
     }
+}
+
+/// Without descriptors, each source that could not be opened looks like a difference: none of them is told.
+VerificationResult withoutDescriptors(const SourceIndex &sources)
+{
+    VerificationResult result;
+    result.error = discJobError(DiscJobErrorCode::Source,
+                                QStringLiteral("the sources cannot be compared: %1").arg(systemText(EMFILE)),
+                                adviceOnDescriptors(), {}, tmfoErr);
+    result.files = sources.fileCount();
+    result.folders = sources.folderCount();
+    return result;
 }
 
 } // namespace
@@ -126,6 +140,8 @@ VerificationResult verifyImage(const VerificationRequest &request, const std::st
     state.phase = DiscJobPhase::Scanning;
     progress(state);
     SourceIndex sources(request.sources, stop);
+    if (sources.lacksDescriptors())
+        return withoutDescriptors(sources);
     for (const SourceFailure &failure : sources.failures())
         result.differences.add({ImageDifference::Kind::Source, 0, failure.path, {}, failure.reason});
     result.files = state.files = sources.fileCount();
@@ -137,16 +153,18 @@ VerificationResult verifyImage(const VerificationRequest &request, const std::st
         checkFilesystems(request, &result.differences);
     checkImage(request, stop, &result.differences);
     compareVolumes(request, sources, plan, stop, &result);
-    if (!stop.stop_requested()) {
+    if (!stop.stop_requested() && !sources.lacksDescriptors()) {
         ContentComparison comparison(*request.image, sources, plan, result.differences);
         state.phase = DiscJobPhase::Comparing;
         state.bytesTotal = comparison.byteCount();
         comparison.run([&](std::uint64_t done) {
             result.bytesCompared = state.bytesDone = done;
             progress(state);
-            return !stop.stop_requested();
+            return !stop.stop_requested() && !sources.lacksDescriptors();
         });
     }
+    if (sources.lacksDescriptors())
+        return withoutDescriptors(sources);
     if (stop.stop_requested())
         result.error = discJobCancellation();
     return result;

@@ -3,6 +3,7 @@
 #include "platform/disctracks/CueModes.h"
 #include "platform/disctracks/DiscDescription.h"
 #include "platform/disctracks/vant/VANTTrailer.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
@@ -24,6 +25,11 @@ NSError cannotRead(const QByteArray &path, const QString &reason, const QString 
 {
     return discJobError(DiscJobErrorCode::Source,
                         QStringLiteral("the image %1 cannot be read: %2").arg(quoted(path), reason), suggestion, path);
+}
+
+NSError cannotRead(const QByteArray &path, const NSError &error)
+{
+    return cannotRead(path, error.localizedFailureReason(), error.localizedRecoverySuggestion());
 }
 
 /// Why a file of this kind cannot be an image; empty for one that can, or that is not there.
@@ -152,22 +158,35 @@ void useCueSheet(const CueSheet &sheet, const QByteArray &sheetPath, const QByte
                                        : note.text);
 }
 
-/// Looks whether the sheet beside an image describes it. A sheet that cannot be used is noted.
-std::vector<DataTrack> useSheetBeside(const QByteArray &imagePath, const QByteArray &sheetPath, OpenedDiscImage *image)
+/// Where a sheet that describes the image would be; empty for an image that has none by its name.
+QByteArray pathOfSheetBeside(const QByteArray &imagePath)
 {
+    const QByteArray end = imagePath.right(4).toLower();
+    if (end == ".bin")
+        return pathOfCueSheet(imagePath);
+    return end == ".img" ? imagePath.chopped(4) + ".ccd" : QByteArray();
+}
+
+/// Looks whether the sheet beside an image describes it. A sheet that cannot be used is noted.
+Result<std::vector<DataTrack>> useSheetBeside(const QByteArray &imagePath, const QByteArray &sheetPath,
+                                              OpenedDiscImage *image)
+{
+    using Tracks = std::vector<DataTrack>;
     struct stat status;
     if (::stat(sheetPath.constData(), &status) != 0 || !S_ISREG(status.st_mode))
-        return {};
+        return Tracks();
     const Result<CueSheet> sheet = discDescriptionOfFile(sheetPath);
+    if (!sheet && isLackOfDescriptors(sheet.error()))
+        return sheet.error();
     if (!sheet) {
         image->notes << QStringLiteral("The %1 beside the image is not used. %2")
                             .arg(nameOfDiscDescription(discDescriptionKind(sheetPath)),
                                  sheet.error().localizedFailureReason());
-        return {};
+        return Tracks();
     }
     const auto isImage = [&](const CueFile &file) { return file.path == imagePath; };
     if (std::none_of(sheet->files.begin(), sheet->files.end(), isImage))
-        return {};
+        return Tracks();
     useCueSheet(*sheet, sheetPath, imagePath, image);
     return dataTracksOfSheet(*sheet);
 }
@@ -199,8 +218,9 @@ DiscImageSourceResult openSource(const QByteArray &path, const std::optional<Dis
     return found == opened.source->sectors() ? opened : DiscImageSource::sourceWithFile(text, found);
 }
 
-/// The tracks of data behind the first one.
-void addTracks(const std::vector<DataTrack> &tracks, OpenedDiscImage *image)
+/// The tracks of data behind the first one. One that cannot be opened is told with the image, unless that says nothing
+/// about the image.
+NSError addTracks(const std::vector<DataTrack> &tracks, OpenedDiscImage *image)
 {
     for (const DataTrack &track : tracks) {
         if (track.path == image->path && track.sectors.start == image->source->sectors().start)
@@ -211,10 +231,13 @@ void addTracks(const std::vector<DataTrack> &tracks, OpenedDiscImage *image)
         DiscImageSourceResult opened = openSource(track.path, track.sectors);
         part.source = std::move(opened.source);
         part.error = opened.error;
+        if (isLackOfDescriptors(part.error))
+            return part.error;
         if (part.source)
             part.volumes = volumesInImage(part.source);
         image->parts.push_back(std::move(part));
     }
+    return {};
 }
 
 /// Filesystems that the image has at this very place are its own.
@@ -263,21 +286,21 @@ Result<OpenedDiscImage> openDiscImage(const QByteArray &path)
     if (discDescriptionKind(path) != DiscDescriptionKind::None) {
         const Result<CueSheet> sheet = discDescriptionOfFile(path);
         if (!sheet)
-            return cannotRead(path, sheet.error().localizedFailureReason(),
-                              sheet.error().localizedRecoverySuggestion());
+            return cannotRead(path, sheet.error());
         useCueSheet(*sheet, path, fileWithData(*sheet), &image);
         tracks = dataTracksOfSheet(*sheet);
-    } else if (path.toLower().endsWith(".bin")) {
-        tracks = useSheetBeside(path, pathOfCueSheet(path), &image);
-    } else if (path.toLower().endsWith(".img")) {
-        tracks = useSheetBeside(path, path.chopped(4) + ".ccd", &image);
+    } else if (const QByteArray sheetPath = pathOfSheetBeside(path); !sheetPath.isEmpty()) {
+        Result<std::vector<DataTrack>> described = useSheetBeside(path, sheetPath, &image);
+        if (!described)
+            return cannotRead(path, described.error());
+        tracks = *std::move(described);
     }
     const auto own = std::find_if(tracks.begin(), tracks.end(),
                                   [&image](const DataTrack &track) { return track.path == image.path; });
     DiscImageSourceResult opened =
         openSource(image.path, own != tracks.end() ? std::optional(own->sectors) : std::nullopt);
     if (!opened.source)
-        return cannotRead(image.path, opened.error.localizedFailureReason());
+        return cannotRead(image.path, opened.error);
     image.source = opened.source;
     if (opened.source->vantImage()) {
         image.layout = DiscImageLayout::VANT;
@@ -288,7 +311,8 @@ Result<OpenedDiscImage> openDiscImage(const QByteArray &path)
         image.layout = DiscImageLayout::RawSectors;
     }
     image.volumes = volumesInImage(image.source);
-    addTracks(tracks, &image);
+    if (const NSError error = addTracks(tracks, &image))
+        return cannotRead(image.path, error);
     addPartitions(&image);
     return image;
 }

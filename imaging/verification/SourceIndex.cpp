@@ -1,5 +1,6 @@
 #include "imaging/verification/SourceIndex.h"
 
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/DirectoryStream.h"
 #include "platform/foundation/MessageTexts.h"
 
@@ -97,6 +98,8 @@ public:
         return place.listing.get();
     }
 
+    void close() { m_folders = {}; }
+
 private:
     struct Folder {
         SourceNumber number = noSource;
@@ -152,13 +155,17 @@ int SourceIndex::openFolder(SourceNumber folder, const RecentFolders &recent) co
     const bool wasGiven = folder == 0 || (m_objects[folder].parent == 0 && !m_rootIsOnlySource);
     const int parent = wasGiven ? -1 : recent.descriptorOf(m_objects[folder].parent);
     if (parent < 0)
-        return open(folder, flags);
+        return openByPath(folder, flags);
     return ::openat(parent, std::string(name(folder)).c_str(), flags | O_NOCTTY | O_NONBLOCK);
 }
 
 void SourceIndex::listFolder(SourceNumber folder, RecentFolders &recent)
 {
     UniqueDescriptor descriptor(openFolder(folder, recent));
+    if (!descriptor && isLackOfDescriptors(errno)) {
+        recent.close();
+        descriptor.reset(openFolder(folder, recent));
+    }
     DIR *const listing = descriptor ? recent.keep(folder, std::move(descriptor)) : nullptr;
     if (!listing) {
         fail(folder, errno);
@@ -204,6 +211,7 @@ void SourceIndex::addChildren(SourceNumber folder, std::vector<Entry> &entries)
 
 void SourceIndex::fail(SourceNumber number, int errnoValue)
 {
+    m_lacksDescriptors = m_lacksDescriptors || isLackOfDescriptors(errnoValue);
     m_failures.push_back({diskPath(number), systemText(errnoValue)});
 }
 
@@ -252,6 +260,13 @@ QByteArray SourceIndex::diskPath(SourceNumber number) const
 
 int SourceIndex::open(SourceNumber number, int flags) const
 {
+    const int descriptor = openByPath(number, flags);
+    m_lacksDescriptors = m_lacksDescriptors || (descriptor < 0 && isLackOfDescriptors(errno));
+    return descriptor;
+}
+
+int SourceIndex::openByPath(SourceNumber number, int flags) const
+{
     QByteArray last;
     errno = 0;
     const UniqueDescriptor parent = openParent(diskPath(number), &last);
@@ -264,8 +279,10 @@ QByteArray SourceIndex::linkTarget(SourceNumber number) const
 {
     QByteArray last;
     const UniqueDescriptor parent = openParent(diskPath(number), &last);
-    if (last.isEmpty())
+    if (last.isEmpty()) {
+        m_lacksDescriptors = m_lacksDescriptors || isLackOfDescriptors(errno);
         return {};
+    }
     QByteArray target(PATH_MAX, Qt::Uninitialized);
     const ssize_t length =
         ::readlinkat(parent ? parent.get() : AT_FDCWD, last.constData(), target.data(), std::size_t(target.size()));

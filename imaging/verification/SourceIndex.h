@@ -61,6 +61,9 @@ public:
     /// Target of a symbolic link; null when it cannot be read.
     [[nodiscard]] QByteArray linkTarget(SourceNumber number) const;
 
+    /// True once a source could not be listed or opened since the system had no descriptor left: what was found, or not
+    /// found, says nothing then.
+    [[nodiscard]] bool lacksDescriptors() const { return m_lacksDescriptors; }
     [[nodiscard]] const std::vector<SourceFailure> &failures() const { return m_failures; }
     [[nodiscard]] std::uint64_t fileCount() const { return m_fileCount; } ///< everything but folders
     [[nodiscard]] std::uint64_t folderCount() const { return m_folderCount; } ///< without the root
@@ -73,6 +76,7 @@ private:
     void listFolder(SourceNumber folder, RecentFolders &recent);
     /// Opens a folder for listing, from the one above where that is open still; -1 with `errno` set on failure.
     [[nodiscard]] int openFolder(SourceNumber folder, const RecentFolders &recent) const;
+    [[nodiscard]] int openByPath(SourceNumber number, int flags) const;
     void addChildren(SourceNumber folder, std::vector<Entry> &entries);
     void fail(SourceNumber number, int errnoValue);
     /// The path on disk: that of the source as it was given, and the names below it.
@@ -83,6 +87,7 @@ private:
     std::vector<QByteArray> m_tops; ///< paths on disk of the root's children, or of the root alone
     bool m_rootIsOnlySource = false;
     std::vector<SourceFailure> m_failures;
+    mutable bool m_lacksDescriptors = false;
     std::uint64_t m_fileCount = 0;
     std::uint64_t m_folderCount = 0;
     std::uint64_t m_byteCount = 0;

@@ -5,15 +5,19 @@
 #include "imaging/verification/TrackTags.h"
 #include "platform/discrecording/objects/DRTrackProducer.h"
 #include "platform/disctracks/SectorCoding.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
+#include "platform/foundation/UniqueDescriptor.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/KRDRDataProducer.h>
 #include <TessaronClasses/KRDataProvider.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <limits>
 
 namespace Tessaron
@@ -114,6 +118,18 @@ NSError TrackExtractor::sourceError(const QString &reason, const QByteArray &pat
     return discJobError(DiscJobErrorCode::Source,
                         QStringLiteral("track %1 cannot be taken out: %2").arg(m_track.number).arg(reason), remedy,
                         path);
+}
+
+/// Producers do not tell why they cannot open a file: the system is asked again.
+NSError TrackExtractor::notOpenedError(const QByteArray &path) const
+{
+    const QString what = QStringLiteral("%1 cannot be opened").arg(quoted(path));
+    const UniqueDescriptor file(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (file)
+        return sourceError(what, path);
+    const int reason = errno;
+    return sourceError(QStringLiteral("%1: %2").arg(what, systemText(reason)), path,
+                       isLackOfDescriptors(reason) ? adviceOnDescriptors() : QString());
 }
 
 NSError TrackExtractor::check() const
@@ -252,7 +268,7 @@ NSError TrackExtractor::writeRun(const CueRun &run, TrackSink &sink, const Progr
                             stop);
     const std::shared_ptr<DRTrackProducer> producer = producerOf(run);
     if (!producer || !producer->prepareTrack(nullptr, nullptr, {}))
-        return sourceError(QStringLiteral("%1 cannot be opened").arg(quoted(file.path)), file.path);
+        return notOpenedError(file.path);
     const std::size_t size = m_track.blockSize;
     std::vector<char> buffer(sectorsAtOnce * size);
     NSError error;

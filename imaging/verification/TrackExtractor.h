@@ -65,6 +65,7 @@ private:
                                        const Progress &progress, const std::stop_token &stop);
     std::size_t keepUserData(char *sectors, std::size_t count, std::uint64_t first, bool isBigEndian);
     [[nodiscard]] std::size_t keptOffset(const std::uint8_t *sector, std::uint64_t number);
+    [[nodiscard]] NSError notOpenedError(const QByteArray &path) const;
     [[nodiscard]] NSError sourceError(const QString &reason, const QByteArray &path,
                                       const QString &remedy = QString()) const;
 

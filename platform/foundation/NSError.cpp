@@ -1,5 +1,7 @@
 #include "platform/foundation/NSError.h"
 
+#include "platform/foundation/DescriptorLimit.h"
+
 #include <cerrno>
 #include <system_error>
 
@@ -29,6 +31,8 @@ NSError NSError::errorWithErrno(int errnoValue, const QString &path)
     QVariantMap userInfo{{NSLocalizedFailureReasonErrorKey, reason}};
     if (!path.isEmpty())
         userInfo.insert(NSFilePathErrorKey, path);
+    if (isLackOfDescriptors(errnoValue))
+        userInfo.insert(NSLocalizedRecoverySuggestionErrorKey, adviceOnDescriptors());
     return NSError(NSOSStatusErrorDomain, statusForErrno(errnoValue), userInfo);
 }
 

@@ -1,6 +1,7 @@
 #include "platform/quicktime/MediaFile.h"
 
 #include "platform/foundation/DescriptorIO.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/quicktime/MediaErrors.h"
 
 #include <algorithm>
@@ -13,9 +14,11 @@ namespace Tessaron
 
 NSError mediaOpenError(int errnoValue, const QByteArray &path)
 {
-    return mediaError(statusForErrno(errnoValue), path,
-                      NSError::errorWithErrno(errnoValue, {}).localizedFailureReason(),
-                      QStringLiteral("Check that the file is there and that you may read it."));
+    const NSError error = NSError::errorWithErrno(errnoValue, {});
+    const QString suggestion = isLackOfDescriptors(errnoValue)
+        ? adviceOnDescriptors()
+        : QStringLiteral("Check that the file is there and that you may read it.");
+    return mediaError(statusForErrno(errnoValue), path, error.localizedFailureReason(), suggestion);
 }
 
 MediaFile::MediaFile(QByteArray path, UniqueDescriptor descriptor, std::int64_t length)

@@ -1,5 +1,6 @@
 #include "platform/quicktime/SoundHelper.h"
 
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/foundation/NSBundle.h"
@@ -34,7 +35,8 @@ NSError startError(const QByteArray &path, int errnoValue)
     return mediaError(
         statusForErrno(errnoValue), path,
         QStringLiteral("the program that decodes it, DummyRedbook, cannot be started: %1").arg(systemText(errnoValue)),
-        QStringLiteral("Install TessaronClasses again, or end other programs."));
+        isLackOfDescriptors(errnoValue) ? adviceOnDescriptors()
+                                        : QStringLiteral("Install TessaronClasses again, or end other programs."));
 }
 
 /// Memory of a fixed size that both processes map. Sealed, so that the other one cannot take it away.

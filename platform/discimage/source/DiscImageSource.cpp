@@ -7,6 +7,7 @@
 #include "platform/disctracks/vant/VANTTrailer.h"
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/DescriptorIO.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 
@@ -77,6 +78,19 @@ DiscImageSourceResult DiscImageSource::sourceWithFile(const QString &path, const
     return open(path, sectors);
 }
 
+namespace
+{
+
+NSError noImageFileError(const QString &path)
+{
+    return NSError(
+        NSOSStatusErrorDomain, paramErr,
+        {{NSLocalizedFailureReasonErrorKey, QStringLiteral("it is neither a regular file nor a block device")},
+         {NSFilePathErrorKey, path}});
+}
+
+} // namespace
+
 DiscImageSourceResult DiscImageSource::open(const QString &path, const std::optional<DiscImageSectors> &sectors)
 {
     std::shared_ptr<DiscImageSource> source(new DiscImageSource);
@@ -90,13 +104,14 @@ DiscImageSourceResult DiscImageSource::open(const QString &path, const std::opti
     if (::fstat(source->m_file.get(), &status) != 0)
         return {nullptr, NSError::errorWithErrno(errno, path)};
     if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode))
-        return {nullptr, NSError::errorWithErrno(S_ISDIR(status.st_mode) ? EISDIR : EINVAL, path)};
+        return {nullptr, S_ISDIR(status.st_mode) ? NSError::errorWithErrno(EISDIR, path) : noImageFileError(path)};
     const off_t end = ::lseek(source->m_file.get(), 0, SEEK_END); // a block device states no size
     if (end < 0)
         return {nullptr, NSError::errorWithErrno(errno, path)};
     source->m_fileLength = std::uint64_t(end);
     source->m_dataLength = source->m_fileLength;
-    source->recogniseTrailer(path);
+    if (const NSError error = source->recogniseTrailer(path))
+        return {nullptr, error};
     if (sectors)
         source->m_sectors = *sectors;
     else
@@ -141,9 +156,12 @@ DiscImageSource::sourceWithPartition(std::shared_ptr<const DiscImageSource> whol
     return source;
 }
 
-void DiscImageSource::recogniseTrailer(const QString &path)
+/// An error says that the file could not be opened a second time; whether it has a trailer is not known then.
+NSError DiscImageSource::recogniseTrailer(const QString &path)
 {
     const VANTReadResult trailer = VANTReader::imageFromFile(path);
+    if (isLackOfDescriptors(trailer.error))
+        return trailer.error;
     if (trailer.image) {
         m_vantImage = trailer.image;
         m_dataLength = trailer.image->dataLength;
@@ -152,6 +170,7 @@ void DiscImageSource::recogniseTrailer(const QString &path)
     } else {
         recogniseDamagedTrailer();
     }
+    return {};
 }
 
 /// Without its last bytes a trailer is not found; what resembles them is one that was damaged.

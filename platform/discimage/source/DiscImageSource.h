@@ -121,7 +121,7 @@ private:
     DiscImageSource() = default;
     [[nodiscard]] static DiscImageSourceResult open(const QString &path,
                                                     const std::optional<DiscImageSectors> &sectors);
-    void recogniseTrailer(const QString &path);
+    [[nodiscard]] NSError recogniseTrailer(const QString &path);
     void recogniseSectors();
     void measure();
     void recogniseDamagedTrailer();

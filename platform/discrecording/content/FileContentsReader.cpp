@@ -2,6 +2,7 @@
 
 #include "platform/coreservices/FSRefAccess.h"
 #include "platform/foundation/DescriptorIO.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 
 #include <cerrno>
@@ -49,9 +50,9 @@ NSError openingError(const FileContents &file, int errnoValue)
                              QStringLiteral("Allow reading it or leave it out, and try again."));
     if (errnoValue == ELOOP) // its place has a symbolic link now, which is not followed
         return replacedError(file);
-    if (errnoValue == EMFILE || errnoValue == ENFILE)
+    if (isLackOfDescriptors(errnoValue))
         return contentsError(file, tmfoErr, QStringLiteral("The file %1 cannot be opened: too many files are open."),
-                             QStringLiteral("Close other programs, or allow more open files (ulimit -n)."));
+                             adviceOnDescriptors());
     const QString reason = QString::fromStdString(std::generic_category().message(errnoValue));
     return contentsError(file, statusForErrno(errnoValue),
                          QStringLiteral("The file %1 cannot be opened: ") + reason + u'.',
