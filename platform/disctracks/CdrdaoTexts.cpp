@@ -1,5 +1,6 @@
 #include "platform/disctracks/CdrdaoTexts.h"
 
+#include "platform/disctracks/CDTextLanguages.h"
 #include "platform/disctracks/CueSheetErrors.h"
 
 #include <QStringList>
@@ -15,8 +16,11 @@ namespace
 
 constexpr std::uint32_t mostLanguages = 8;
 
-/// EBU's code of a language that cdrdao has a name for, or of a number.
-std::uint8_t languageCode(const QString &word)
+/// EBU's code for a language that is not known, or that is not told (EBU Tech 3264 annex 1).
+constexpr std::uint8_t unknownLanguage = 0x00;
+
+/// EBU's code of a language that cdrdao has a name for, of one of ISO 639-2, or of a number.
+std::optional<std::uint8_t> languageCode(const QString &word)
 {
     static const std::map<QString, std::uint8_t> codes = {
         {QStringLiteral("EN"), CDTextBlock::english},
@@ -28,8 +32,10 @@ std::uint8_t languageCode(const QString &word)
     };
     if (const auto found = codes.find(word.toUpper()); found != codes.end())
         return found->second;
+    if (const std::optional<std::uint8_t> code = cdTextLanguage(word.toLower()))
+        return code;
     const std::optional<std::uint64_t> number = cdrdaoNumber(word);
-    return number && *number <= 0xFF ? std::uint8_t(*number) : CDTextBlock::english;
+    return number && *number <= 0xFF ? std::optional(std::uint8_t(*number)) : std::nullopt;
 }
 
 std::optional<CDTextKind> textKind(const CdrdaoWord &word)
@@ -101,22 +107,39 @@ NSError CdrdaoTexts::takeLanguageMap()
 {
     if (const CdrdaoWord &brace = m_words.take(); !brace.is("{"))
         return misplacedWord(brace);
-    QString pairs;
+    std::vector<CdrdaoWord> words;
     for (;;) {
         const CdrdaoWord &word = m_words.take();
         if (word.is("}"))
             break;
         if (word.isQuoted || word.text.isEmpty() || word.is("{"))
             return misplacedWord(word);
-        pairs += word.text + u' ';
+        for (const QString &part : word.text.split(u':', Qt::SkipEmptyParts))
+            words.push_back({part, word.line});
     }
-    const QStringList words = pairs.replace(u':', u' ').split(u' ', Qt::SkipEmptyParts);
-    for (qsizetype at = 0; at + 1 < words.size(); at += 2) {
-        const std::optional<std::uint64_t> number = cdrdaoNumber(words[at]);
-        if (number && *number < mostLanguages)
-            m_languages[std::uint32_t(*number)] = languageCode(words[at + 1]);
-    }
+    for (std::size_t at = 0; at + 1 < words.size(); at += 2)
+        takeLanguageName(words[at], words[at + 1]);
     return {};
+}
+
+/// One pair of the map. A language that is not known is noted, and its texts are kept without one.
+void CdrdaoTexts::takeLanguageName(const CdrdaoWord &numberWord, const CdrdaoWord &name)
+{
+    const std::optional<std::uint64_t> number = cdrdaoNumber(numberWord.text);
+    if (!number || *number >= mostLanguages) {
+        m_notes.push_back({numberWord.line,
+                           QStringLiteral("\"%1\" is no number of a language from 0 to 7 and was passed over.")
+                               .arg(numberWord.text)});
+        return;
+    }
+    const std::optional<std::uint8_t> code = languageCode(name.text);
+    if (!code)
+        m_notes.push_back({name.line,
+                           QStringLiteral("\"%1\" is no language that is known; the texts of language %2 were taken "
+                                          "without one.")
+                               .arg(name.text)
+                               .arg(*number)});
+    m_languages[std::uint32_t(*number)] = code.value_or(unknownLanguage);
 }
 
 /// n { TITLE "…" PERFORMER "…" SIZE_INFO { … } }
@@ -154,7 +177,7 @@ NSError CdrdaoTexts::takeLanguage(std::size_t place)
     return misplacedWord(m_words.peek());
 }
 
-CDText CdrdaoTexts::cdText(std::size_t trackCount) const
+CDText CdrdaoTexts::cdText(std::size_t trackCount)
 {
     CDText result;
     for (const auto &[number, read] : m_blocks) {
@@ -168,7 +191,12 @@ CDText CdrdaoTexts::cdText(std::size_t trackCount) const
                 isLatin &= std::ranges::all_of(text, [](QChar character) { return character.unicode() <= 0xFF; });
         }
         const auto language = m_languages.find(number);
-        block.language = language == m_languages.end() ? CDTextBlock::english : language->second;
+        if (language == m_languages.end())
+            m_notes.push_back({0,
+                               QStringLiteral("No LANGUAGE_MAP says which language number %1 is; its texts were taken "
+                                              "without one.")
+                                   .arg(number)});
+        block.language = language == m_languages.end() ? unknownLanguage : language->second;
         block.encoding = isLatin ? CDTextEncoding::Latin1 : CDTextEncoding::ShiftJis;
     }
     return result;

@@ -23,11 +23,12 @@ public:
     /// Takes the words of a block, from its opening brace on. `place` is 0 for the disc, else the number of the track.
     [[nodiscard]] NSError take(std::size_t place);
 
-    /// All texts that were taken, of a disc with `trackCount` tracks.
-    [[nodiscard]] CDText cdText(std::size_t trackCount) const;
+    /// All texts that were taken, of a disc with `trackCount` tracks. A language that nothing tells is noted.
+    [[nodiscard]] CDText cdText(std::size_t trackCount);
 
 private:
     [[nodiscard]] NSError takeLanguageMap();
+    void takeLanguageName(const CdrdaoWord &numberWord, const CdrdaoWord &name);
     [[nodiscard]] NSError takeLanguage(std::size_t place);
     [[nodiscard]] NSError skipBraces();
 

@@ -230,12 +230,14 @@ Result<std::optional<std::uint64_t>> CdrdaoTocParser::lengthOf(std::size_t file,
     std::optional<std::uint64_t> length;
     if (m_files.measure) {
         const Result<std::optional<std::uint64_t>> measured = m_files.measure(&m_sheet.files[file]);
+        const QString remedy = measured.error().localizedRecoverySuggestion();
         if (!measured)
             return cdrdaoError(
                 line,
                 QStringLiteral("\"%1\" cannot be read: %2")
                     .arg(QString::fromUtf8(m_sheet.files[file].name), measured.error().localizedFailureReason()),
-                QStringLiteral("Put the file beside the .toc file, or correct its name there."));
+                remedy.isEmpty() ? QStringLiteral("Put the file beside the .toc file, or correct its name there.")
+                                 : remedy);
         length = *measured;
     }
     m_lengths.emplace(file, length);

@@ -187,6 +187,33 @@ TEST(CdrdaoTocReader, texts_areThoseOfEachLanguage)
     EXPECT_EQ(sheet.notes[0].line, 11u);
 }
 
+TEST(CdrdaoTocReader, languagesThatAreNotKnown_areNotedAndTheirTextsKept)
+{
+    const CueSheet sheet = read("CD_TEXT {\n LANGUAGE_MAP {\n 0 : XX\n 1: 256\n 2:jpn 9 : EN\n 3\n }\n"
+                                " LANGUAGE 0 { TITLE \"A\" }\n LANGUAGE 1 { TITLE \"B\" }\n"
+                                " LANGUAGE 2 { TITLE \"C\" }\n LANGUAGE 3 { TITLE \"D\" }\n}\n"
+                                "TRACK AUDIO\nFILE \"a\" 0 1176\n");
+    constexpr std::uint8_t unknown = 0, japanese = 0x69;
+    std::vector<std::pair<std::uint8_t, QString>> texts;
+    for (const CDTextBlock &block : sheet.contents.cdText.blocks)
+        texts.emplace_back(block.language, block.texts.at(CDTextKind::Title)[0]);
+    EXPECT_EQ(texts,
+              (std::vector<std::pair<std::uint8_t, QString>>{{unknown, QStringLiteral("A")},
+                                                             {unknown, QStringLiteral("B")},
+                                                             {japanese, QStringLiteral("C")},
+                                                             {unknown, QStringLiteral("D")}}));
+    const std::pair<std::uint32_t, const char *> notes[] = {
+        {3, "\"XX\" is no language that is known; the texts of language 0 were taken without one."},
+        {4, "\"256\" is no language that is known; the texts of language 1 were taken without one."},
+        {5, "\"9\" is no number of a language from 0 to 7 and was passed over."},
+        {0, "No LANGUAGE_MAP says which language number 3 is; its texts were taken without one."}};
+    ASSERT_EQ(sheet.notes.size(), std::size(notes));
+    for (std::size_t index = 0; index < std::size(notes); ++index) {
+        EXPECT_EQ(sheet.notes[index].line, notes[index].first);
+        EXPECT_EQ(sheet.notes[index].text.toStdString(), notes[index].second);
+    }
+}
+
 TEST(CdrdaoTocReader, errors_nameLineAndCause)
 {
     const std::pair<const char *, const char *> wrong[] = {
