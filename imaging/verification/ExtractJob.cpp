@@ -4,11 +4,13 @@
 #include "imaging/jobs/ImageDestination.h"
 #include "imaging/verification/DecodedSounds.h"
 #include "imaging/verification/TrackExtractor.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/ExtractJob.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <sys/stat.h>
@@ -22,9 +24,10 @@ namespace
 
 NSError outputError(const QByteArray &path, int errnoValue)
 {
-    return discJobError(
-        errnoValue == ENOSPC || errnoValue == EDQUOT ? DiscJobErrorCode::Space : DiscJobErrorCode::Destination,
-        QStringLiteral("the output %1 cannot be written: %2").arg(quoted(path), systemText(errnoValue)), {}, path);
+    return discJobError(errnoValue == ENOSPC || errnoValue == EDQUOT ? DiscJobErrorCode::Space
+                                                                     : DiscJobErrorCode::Destination,
+                        QStringLiteral("the output %1 cannot be written: %2").arg(quoted(path), systemText(errnoValue)),
+                        isLackOfDescriptors(errnoValue) ? adviceOnDescriptors() : QString(), path);
 }
 
 QByteArray nameOfTrack(const ExtractedTrack &track, ExtractedSound sound)
@@ -32,6 +35,36 @@ QByteArray nameOfTrack(const ExtractedTrack &track, ExtractedSound sound)
     const QByteArray number = QByteArray::number(track.number).rightJustified(2, '0');
     const char *const soundEnd = sound == ExtractedSound::FLAC ? ".flac" : ".wav";
     return "track" + number + (track.isAudio ? soundEnd : ".iso");
+}
+
+/// Why the track must not become the file of this name: names tell people and programs what is in a file. Null where
+/// the name fits, or says nothing.
+NSError errorOfName(const QByteArray &path, const ExtractedTrack &track, ExtractedSound sound)
+{
+    constexpr std::array soundEnds = {".wav", ".wave", ".flac", ".mp3", ".aif", ".aiff", ".m4a", ".ogg", ".opus"};
+    constexpr std::array dataEnds = {".iso", ".img", ".cue", ".ccd", ".toc"};
+    const QByteArray name = path.toLower();
+    const auto isEnd = [&name](const char *end) { return name.endsWith(end); };
+    const auto refusal = [&](const QString &what, const QString &advice) {
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("track %1 is %2, which %3 is not by its name")
+                                .arg(track.number)
+                                .arg(what, quoted(lastComponent(path))),
+                            advice, path);
+    };
+    if (!track.isAudio)
+        return std::ranges::any_of(soundEnds, isEnd)
+            ? refusal(QStringLiteral("data"), QStringLiteral("Name an output that ends in .iso."))
+            : NSError();
+    const bool isFlac = sound == ExtractedSound::FLAC;
+    if (isEnd(isFlac ? ".flac" : ".wav") || (!isFlac && isEnd(".wave")))
+        return {};
+    if (std::ranges::any_of(dataEnds, isEnd) || std::ranges::any_of(soundEnds, isEnd))
+        return refusal(isFlac ? QStringLiteral("sound, and becomes a FLAC file")
+                              : QStringLiteral("sound, and becomes a WAVE file"),
+                       isFlac ? QStringLiteral("Name an output that ends in .flac, or choose the format wav.")
+                              : QStringLiteral("Name an output that ends in .wav, or in .flac for FLAC."));
+    return {};
 }
 
 /// The folder for all tracks, made when it is not there; an empty one that was made goes again unless it is kept.
@@ -242,6 +275,8 @@ NSError ExtractJob::Work::openOutputs(std::vector<TrackOutput> *outputs)
         NSError error = openDestination(path, DiscFormat::ISO, &output.destination);
         if (!error)
             error = checkNotASource(output.destination);
+        if (!error && order.track)
+            error = errorOfName(path, output.extractor->result(), order.sound);
         if (error)
             return error;
         int failure = 0;

@@ -381,6 +381,35 @@ TEST_F(Extract, failure_leavesNothing_andSaysWhy)
     EXPECT_FALSE(m_tree.exists("out/tracks"));
 }
 
+TEST_F(Extract, namesThatSayAnotherKindOfFile_areRefused)
+{
+    const auto refusalOf = [this](const QList<QByteArray> &words) {
+        const ChildResult result = runTessaron(QList<QByteArray>{"extract", "--track", "1"} + words
+                                               + QList<QByteArray>{m_tree.path("out/disc.cue")});
+        EXPECT_EQ(result.exitStatus, 2) << words.join(' ').constData() << result.errors.constData();
+        EXPECT_EQ(outNames(), (std::set<std::string>{"disc.bin", "disc.cue"}));
+        return result.errors;
+    };
+    makeCue("MODE1/2048", QByteArray(qsizetype(10) * 2048, 'd'));
+    for (const char *const name : {"out/x.wav", "out/x.WAVE", "out/x.flac", "out/x.mp3"}) {
+        const QByteArray errors = refusalOf({"-o", m_tree.path(name)});
+        EXPECT_TRUE(errors.contains("track 1 is data")) << errors.constData();
+        EXPECT_TRUE(errors.contains("Name an output that ends in .iso.")) << errors.constData();
+    }
+    makeCue("AUDIO", noise(10 * sector));
+    for (const char *const name : {"out/x.iso", "out/x.toc", "out/x.mp3"}) {
+        const QByteArray errors = refusalOf({"-o", m_tree.path(name)});
+        EXPECT_TRUE(errors.contains("track 1 is sound")) << errors.constData();
+        EXPECT_TRUE(errors.contains("Name an output that ends in .wav")) << errors.constData();
+    }
+    EXPECT_TRUE(refusalOf({"--format", "flac", "-o", m_tree.path("out/x.wav")}).contains("becomes a FLAC file"));
+    EXPECT_TRUE(refusalOf({"--format", "wav", "-o", m_tree.path("out/x.flac")}).contains("becomes a WAVE file"));
+    EXPECT_EQ(runTessaron({"extract", "-q", "--track", "1", "-o", m_tree.path("out/song"), m_tree.path("out/disc.cue")})
+                  .exitStatus,
+              0)
+        << "a name that says nothing";
+}
+
 TEST_F(Extract, progressAndCancel_areThoseOfAJob)
 {
     // Sparse: it takes long to read, and no room.
