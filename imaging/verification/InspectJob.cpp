@@ -1,5 +1,4 @@
-#include "imaging/jobs/DiscJobWork.h"
-#include <TessaronClasses/DiscJobErrors.h>
+#include "imaging/jobs/OneStepWork.h"
 #include <TessaronClasses/InspectJob.h>
 
 #include <atomic>
@@ -7,21 +6,12 @@
 namespace Tessaron
 {
 
-class InspectJob::Work final : public DiscJobWork
+class InspectJob::Work final : public OneStepWork<ImageInspection>
 {
 public:
     explicit Work(QByteArray imagePath)
         : path(std::move(imagePath))
     {
-    }
-
-    void begin() override
-    {
-        runInBackground([this](const std::stop_token &stop) { return inspect(stop); },
-                        [this](const NSError &error) {
-                            result.error = error;
-                            end(error);
-                        });
     }
 
     [[nodiscard]] DiscJobProgress progress() const override
@@ -31,7 +21,8 @@ public:
         return progress;
     }
 
-    NSError inspect(const std::stop_token &stop)
+private:
+    NSError run(const std::stop_token &stop) override
     {
         Result<OpenedDiscImage> opened = openDiscImage(path);
         if (!opened)
@@ -46,7 +37,7 @@ public:
                 censuses.push_back(volume.reader ? censusOf(*volume.reader, stop) : VolumeCensus());
         }
         check(stop);
-        return stop.stop_requested() ? discJobCancellation() : NSError();
+        return {};
     }
 
     void check(const std::stop_token &stop)
@@ -67,7 +58,6 @@ public:
     }
 
     const QByteArray path;
-    ImageInspection result; ///< the worker's until the job has ended
     std::atomic<DiscJobPhase> phase = DiscJobPhase::Preparing;
 };
 

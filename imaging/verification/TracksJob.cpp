@@ -1,11 +1,10 @@
-#include "imaging/jobs/DiscJobWork.h"
-#include <TessaronClasses/DiscJobErrors.h>
+#include "imaging/jobs/OneStepWork.h"
 #include <TessaronClasses/TracksJob.h>
 
 namespace Tessaron
 {
 
-class TracksJob::Work final : public DiscJobWork
+class TracksJob::Work final : public OneStepWork<TracksResult>
 {
 public:
     explicit Work(QByteArray imagePath)
@@ -13,28 +12,17 @@ public:
     {
     }
 
-    void begin() override
+private:
+    NSError run(const std::stop_token &stop) override
     {
-        runInBackground(
-            [this](const std::stop_token &stop) {
-                Result<DescribedDisc> disc = describedDisc(path, stop);
-                if (stop.stop_requested())
-                    return discJobCancellation();
-                if (!disc)
-                    return disc.error();
-                result.disc = *std::move(disc);
-                return NSError();
-            },
-            [this](const NSError &error) {
-                result.error = error;
-                end(error);
-            });
+        Result<DescribedDisc> disc = describedDisc(path, stop);
+        if (!disc)
+            return disc.error();
+        result.disc = *std::move(disc);
+        return {};
     }
 
-    [[nodiscard]] DiscJobProgress progress() const override { return {}; }
-
     const QByteArray path;
-    TracksResult result; ///< the worker's until the job has ended
 };
 
 TracksJob::TracksJob(QByteArray path, QObject *parent)

@@ -1,4 +1,4 @@
-#include "imaging/jobs/DiscJobWork.h"
+#include "imaging/jobs/OneStepWork.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/DiscSources.h>
@@ -12,21 +12,12 @@
 namespace Tessaron
 {
 
-class VerifyJob::Work final : public DiscJobWork
+class VerifyJob::Work final : public OneStepWork<VerificationResult>
 {
 public:
     explicit Work(VerifyOrder verifyOrder)
         : order(std::move(verifyOrder))
     {
-    }
-
-    void begin() override
-    {
-        runInBackground([this](const std::stop_token &stop) { return verify(stop); },
-                        [this](const NSError &error) {
-                            result.error = error;
-                            end(error);
-                        });
     }
 
     [[nodiscard]] DiscJobProgress progress() const override
@@ -35,11 +26,11 @@ public:
         return told;
     }
 
-    NSError verify(const std::stop_token &stop);
+private:
+    NSError run(const std::stop_token &stop) override;
     NSError prepare(VerificationRequest *request) const;
 
     const VerifyOrder order;
-    VerificationResult result; ///< the worker's until the job has ended
     mutable std::mutex mutex;
     DiscJobProgress told; ///< guarded by `mutex`
 };
@@ -77,7 +68,7 @@ NSError VerifyJob::Work::prepare(VerificationRequest *request) const
     return {};
 }
 
-NSError VerifyJob::Work::verify(const std::stop_token &stop)
+NSError VerifyJob::Work::run(const std::stop_token &stop)
 {
     VerificationRequest request;
     if (NSError error = prepare(&request))

@@ -1,11 +1,11 @@
-#include "imaging/jobs/DiscJobWork.h"
+#include "imaging/jobs/OneStepWork.h"
 #include <TessaronClasses/DVDInspectJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
 
 namespace Tessaron
 {
 
-class DVDInspectJob::Work final : public DiscJobWork
+class DVDInspectJob::Work final : public OneStepWork<DVDInspectResult>
 {
 public:
     explicit Work(QByteArray discPath)
@@ -13,29 +13,18 @@ public:
     {
     }
 
-    void begin() override
+private:
+    NSError run(const std::stop_token &stop) override
     {
-        runInBackground(
-            [this](const std::stop_token &stop) {
-                Result<DVDDescription> disc = describeDVD(path, stop);
-                if (stop.stop_requested())
-                    return discJobCancellation();
-                if (!disc)
-                    return discJobError(DiscJobErrorCode::Source, disc.error().localizedDescription(),
-                                        disc.error().localizedRecoverySuggestion(), path, disc.error().code());
-                result.disc = *std::move(disc);
-                return NSError();
-            },
-            [this](const NSError &error) {
-                result.error = error;
-                end(error);
-            });
+        Result<DVDDescription> disc = describeDVD(path, stop);
+        if (!disc)
+            return discJobError(DiscJobErrorCode::Source, disc.error().localizedDescription(),
+                                disc.error().localizedRecoverySuggestion(), path, disc.error().code());
+        result.disc = *std::move(disc);
+        return {};
     }
 
-    [[nodiscard]] DiscJobProgress progress() const override { return {}; }
-
     const QByteArray path;
-    DVDInspectResult result; ///< the worker's until the job has ended
 };
 
 DVDInspectJob::DVDInspectJob(QByteArray path, QObject *parent)
