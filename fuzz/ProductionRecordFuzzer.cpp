@@ -1,3 +1,4 @@
+#include "fuzz/Fields.h"
 #include "fuzz/FuzzTarget.h"
 
 #include "platform/discrecording/objects/DRTrackDescription.h"
@@ -6,8 +7,6 @@
 #include <TessaronClasses/KRDRDataProducer.h>
 #include <TessaronClasses/KRDataProvider.h>
 
-#include <algorithm>
-#include <cstring>
 #include <sys/mman.h>
 #include <vector>
 
@@ -17,34 +16,6 @@ namespace
 using namespace Tessaron;
 
 constexpr char untouched = 0x5A;
-
-/// Takes the fields of records from the front of the input; what lacks is 0. The rest is the image file.
-class Fields
-{
-public:
-    Fields(const std::uint8_t *bytes, std::size_t size)
-        : m_bytes(bytes)
-        , m_left(size)
-    {
-    }
-
-    template <typename Number>
-    Number next()
-    {
-        Number number{};
-        const std::size_t taken = std::min(sizeof number, m_left);
-        std::memcpy(&number, m_bytes, taken);
-        m_bytes += taken;
-        m_left -= taken;
-        return number;
-    }
-    [[nodiscard]] const std::uint8_t *rest() const { return m_bytes; }
-    [[nodiscard]] std::size_t restSize() const { return m_left; }
-
-private:
-    const std::uint8_t *m_bytes;
-    std::size_t m_left;
-};
 
 KRDRDataProductionInfo takeRecord(Fields &fields)
 {

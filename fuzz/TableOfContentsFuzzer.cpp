@@ -1,3 +1,4 @@
+#include "fuzz/Fields.h"
 #include "fuzz/FuzzTarget.h"
 
 #include "platform/disctracks/CueSheetReader.h"
@@ -7,7 +8,6 @@
 #include "platform/disctracks/vant/VANTTrailer.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 // A table of contents with any numbers, as images of other programs claim them: what check() lets pass can be counted,
@@ -17,32 +17,6 @@ namespace
 {
 
 using namespace Tessaron;
-
-/// Takes fields from the front of the input; what lacks is 0.
-class Fields
-{
-public:
-    Fields(const std::uint8_t *bytes, std::size_t size)
-        : m_bytes(bytes)
-        , m_left(size)
-    {
-    }
-    template <typename Number>
-    Number next()
-    {
-        Number number{};
-        const std::size_t taken = std::min(sizeof number, m_left);
-        std::memcpy(&number, m_bytes, taken);
-        m_bytes += taken;
-        m_left -= taken;
-        return number;
-    }
-    [[nodiscard]] bool isEmpty() const { return m_left == 0; }
-
-private:
-    const std::uint8_t *m_bytes;
-    std::size_t m_left;
-};
 
 /// Mostly numbers that discs have, and now and then any.
 std::uint64_t nextLength(Fields &fields)
