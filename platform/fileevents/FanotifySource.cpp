@@ -65,14 +65,12 @@ std::unique_ptr<FileEventSource> makeFanotifySource()
     return std::make_unique<FanotifySource>();
 }
 
-NSError FanotifySource::begin(WatchedRoots &roots, FileEventRecord &record, const std::vector<Mount> &mounts)
+NSError FanotifySource::open(const std::vector<Mount> &mounts)
 {
-    m_roots = &roots;
-    m_record = &record;
     m_mounts = mounts;
     // Not FAN_UNLIMITED_QUEUE, although only those who may have it get here: a storm must not eat the kernel's memory.
-    m_fanotify.reset(::fanotify_init(FAN_CLASS_NOTIF | FAN_CLOEXEC | FAN_NONBLOCK | FAN_REPORT_DFID_NAME, O_RDONLY));
-    if (!m_fanotify)
+    m_events.reset(::fanotify_init(FAN_CLASS_NOTIF | FAN_CLOEXEC | FAN_NONBLOCK | FAN_REPORT_DFID_NAME, O_RDONLY));
+    if (!m_events)
         return NSError::errorWithErrno(errno, QString());
     return markLocalMounts();
 }
@@ -114,7 +112,7 @@ bool FanotifySource::isOfUse(const Mount &mount) const
 int FanotifySource::mark(const QByteArray &point)
 {
     struct statfs facts;
-    if (::fanotify_mark(m_fanotify.get(), FAN_MARK_ADD | FAN_MARK_FILESYSTEM | FAN_MARK_ONLYDIR, changes, AT_FDCWD,
+    if (::fanotify_mark(m_events.get(), FAN_MARK_ADD | FAN_MARK_FILESYSTEM | FAN_MARK_ONLYDIR, changes, AT_FDCWD,
                         point.constData())
             != 0
         || ::statfs(point.constData(), &facts) != 0)
@@ -163,7 +161,7 @@ void FanotifySource::markMounts()
 void FanotifySource::readEvents()
 {
     for (int reads = 0; reads < mostReads; ++reads) {
-        const ssize_t length = ::read(m_fanotify.get(), m_buffer.data(), m_buffer.size());
+        const ssize_t length = ::read(m_events.get(), m_buffer.data(), m_buffer.size());
         if (length <= 0)
             break;
         std::size_t left = static_cast<std::size_t>(length);

@@ -22,12 +22,9 @@ namespace Tessaron
 class FanotifySource final : public FileEventSource
 {
 public:
-    [[nodiscard]] NSError begin(WatchedRoots &roots, FileEventRecord &record,
-                                const std::vector<Mount> &mounts) override;
     void continueOnThread() override;
     void watchAnew(const std::vector<Mount> &mounts, FSEventStreamEventFlags flags) override;
     void mountHasChanged(const std::vector<Mount> &mounts, const QByteArray &point) override;
-    [[nodiscard]] int descriptor() const override { return m_fanotify.get(); }
     void readEvents() override;
 
 private:
@@ -39,6 +36,7 @@ private:
         QByteArray name; ///< of the entry; "." for the folder itself
     };
 
+    [[nodiscard]] NSError open(const std::vector<Mount> &mounts) override;
     [[nodiscard]] bool isOfUse(const Mount &mount) const;
     [[nodiscard]] int mark(const QByteArray &point);
     [[nodiscard]] NSError markLocalMounts();
@@ -50,9 +48,6 @@ private:
     [[nodiscard]] std::vector<QByteArray> foldersNow(const Change &change);
     [[nodiscard]] int mountFolder(const QByteArray &point);
 
-    WatchedRoots *m_roots = nullptr;
-    FileEventRecord *m_record = nullptr;
-    UniqueDescriptor m_fanotify;
     std::vector<Mount> m_mounts;
     QHash<QByteArray, QByteArrayList> m_pointsOfVolume; ///< where each marked file system is mounted
     QSet<QByteArray> m_refused; ///< mount points that were told of

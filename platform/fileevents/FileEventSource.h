@@ -2,6 +2,7 @@
 
 #include "platform/coreservices/Mounts.h"
 #include "platform/fileevents/FSEventStream.h"
+#include "platform/foundation/UniqueDescriptor.h"
 
 #include <memory>
 #include <stop_token>
@@ -25,8 +26,12 @@ public:
 
     /// Takes what it needs from the system. The roots are resolved; they and the record live as long as the source.
     /// What happens after this is told, or named by an event with MustScanSubDirs.
-    [[nodiscard]] virtual NSError begin(WatchedRoots &roots, FileEventRecord &record,
-                                        const std::vector<Mount> &mounts) = 0;
+    [[nodiscard]] NSError begin(WatchedRoots &roots, FileEventRecord &record, const std::vector<Mount> &mounts)
+    {
+        m_roots = &roots;
+        m_record = &record;
+        return open(mounts);
+    }
     /// The listening thread has begun: whatever may take long is done now.
     virtual void continueOnThread() = 0;
     /// Begins again, since a root leads elsewhere or events were lost. When all is watched, each root has an event with
@@ -36,11 +41,19 @@ public:
     virtual void mountHasChanged(const std::vector<Mount> &mounts, const QByteArray &point) = 0;
 
     /// Readable when events wait; -1 for a source without a descriptor. May change with every other call.
-    [[nodiscard]] virtual int descriptor() const = 0;
+    [[nodiscard]] int descriptor() const { return m_events.get(); }
     /// Records the events that wait, or a good deal of them.
     virtual void readEvents() = 0;
     /// One step of setting up what is not watched yet; false when nothing is left to do.
     virtual bool watchMore() { return false; }
+
+protected:
+    /// What begin() does with the system.
+    [[nodiscard]] virtual NSError open(const std::vector<Mount> &mounts) = 0;
+
+    WatchedRoots *m_roots = nullptr; ///< set by begin(), as is the record
+    FileEventRecord *m_record = nullptr;
+    UniqueDescriptor m_events; ///< where the system tells of them
 };
 
 [[nodiscard]] std::unique_ptr<FileEventSource> makeFanotifySource();

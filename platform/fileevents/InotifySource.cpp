@@ -72,12 +72,10 @@ std::unique_ptr<FileEventSource> makeInotifySource()
     return std::make_unique<InotifySource>();
 }
 
-NSError InotifySource::begin(WatchedRoots &roots, FileEventRecord &record, const std::vector<Mount> &mounts)
+NSError InotifySource::open(const std::vector<Mount> &mounts)
 {
-    m_roots = &roots;
-    m_record = &record;
-    m_inotify.reset(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    if (!m_inotify)
+    m_events.reset(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    if (!m_events)
         return noInotify(errno);
     // File times come from this clock.
     ::clock_gettime(CLOCK_REALTIME_COARSE, &m_begin);
@@ -93,8 +91,8 @@ void InotifySource::continueOnThread()
 void InotifySource::watchAnew(const std::vector<Mount> &mounts, FSEventStreamEventFlags flags)
 {
     // Closing drops the watches with all that they have told. Taking them away one by one would fill the queue again.
-    m_inotify.reset();
-    m_inotify.reset(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    m_events.reset();
+    m_events.reset(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
     m_watches.clear();
     m_watchOfFolder.clear();
     m_toVisit.clear();
@@ -102,7 +100,7 @@ void InotifySource::watchAnew(const std::vector<Mount> &mounts, FSEventStreamEve
     m_unreadable = 0;
     m_flagsAtEnd |= flags;
     noteMounts(mounts);
-    if (m_inotify) {
+    if (m_events) {
         watchRoots();
     } else {
         m_record->addProblem(noInotify(errno));
@@ -191,7 +189,7 @@ void InotifySource::allAreWatched()
 
 void InotifySource::visit(const Visit &next)
 {
-    if (!m_inotify || m_leftOut.contains(next.folder))
+    if (!m_events || m_leftOut.contains(next.folder))
         return;
     int error = 0;
     UniqueDescriptor folder =
@@ -211,7 +209,7 @@ void InotifySource::visit(const Visit &next)
 bool InotifySource::watch(int folder, const QByteArray &path, bool isListed)
 {
     const std::uint32_t changes = isListed ? changesInFolders : changesOfNames;
-    const int number = ::inotify_add_watch(m_inotify.get(), pathOfDescriptor(folder).constData(),
+    const int number = ::inotify_add_watch(m_events.get(), pathOfDescriptor(folder).constData(),
                                            changes | IN_ONLYDIR | IN_MASK_ADD | IN_EXCL_UNLINK);
     if (number < 0) {
         tellOfFailure(path, errno);
@@ -266,7 +264,7 @@ void InotifySource::list(UniqueDescriptor folder, const Visit &next)
 void InotifySource::readEvents()
 {
     for (int reads = 0; reads < mostReads && m_toVisit.size() < mostVisitsWaiting; ++reads) {
-        const ssize_t length = ::read(m_inotify.get(), m_buffer.data(), m_buffer.size());
+        const ssize_t length = ::read(m_events.get(), m_buffer.data(), m_buffer.size());
         if (length <= 0)
             return;
         inotify_event event;
@@ -330,7 +328,7 @@ void InotifySource::forget(const QByteArray &folder)
 {
     const auto number = m_watchOfFolder.find(folder);
     if (number != m_watchOfFolder.end()) {
-        ::inotify_rm_watch(m_inotify.get(), number->second);
+        ::inotify_rm_watch(m_events.get(), number->second);
         m_watches.remove(number->second);
         m_watchOfFolder.erase(number);
     }
@@ -342,7 +340,7 @@ void InotifySource::forgetBelow(const QByteArray &folder)
     const QByteArray prefix = folder.endsWith('/') ? folder : folder + '/';
     auto below = m_watchOfFolder.lower_bound(prefix);
     while (below != m_watchOfFolder.end() && below->first.startsWith(prefix)) {
-        ::inotify_rm_watch(m_inotify.get(), below->second);
+        ::inotify_rm_watch(m_events.get(), below->second);
         m_watches.remove(below->second);
         below = m_watchOfFolder.erase(below);
     }

@@ -23,12 +23,9 @@ namespace Tessaron
 class InotifySource final : public FileEventSource
 {
 public:
-    [[nodiscard]] NSError begin(WatchedRoots &roots, FileEventRecord &record,
-                                const std::vector<Mount> &mounts) override;
     void continueOnThread() override;
     void watchAnew(const std::vector<Mount> &mounts, FSEventStreamEventFlags flags) override;
     void mountHasChanged(const std::vector<Mount> &mounts, const QByteArray &point) override;
-    [[nodiscard]] int descriptor() const override { return m_inotify.get(); }
     void readEvents() override;
     bool watchMore() override;
 
@@ -47,6 +44,7 @@ private:
         bool isListed = false; ///< false for a folder that is only on the way to a root
     };
 
+    [[nodiscard]] NSError open(const std::vector<Mount> &mounts) override;
     void noteMounts(const std::vector<Mount> &mounts);
     void watchRoots();
     void watchWays();
@@ -62,9 +60,6 @@ private:
     void tellOfUnreadableFolders();
     void allAreWatched();
 
-    WatchedRoots *m_roots = nullptr;
-    FileEventRecord *m_record = nullptr;
-    UniqueDescriptor m_inotify;
     QHash<int, Watch> m_watches;
     std::map<QByteArray, int> m_watchOfFolder; ///< a folder's own are followed by those below it, more or less
     QSet<QByteArray> m_leftOut; ///< mount points of file systems without files of people's
