@@ -67,6 +67,41 @@ TEST_F(CommandOutput, scan_listsFilesOfAnyDepth_whenVerbose)
     EXPECT_FALSE(result.output.contains("/\n")) << "every line has a name";
 }
 
+TEST_F(CommandOutput, lackOfDescriptors_isToldOnce_withWhatToDo)
+{
+    makeOrdinaryTree();
+    ASSERT_EQ(runTessaron(imageArguments({"-q", "--no-sync"})).exitStatus, 0);
+    m_tree.makeFile("out/disc.bin", m_tree.contents("out/disc.iso"));
+    m_tree.makeFile("out/disc.cue", "FILE \"disc.bin\" BINARY\n TRACK 01 MODE1/2048\n  INDEX 01 00:00:00\n");
+    const QByteArray sheet = m_tree.path("out/disc.cue");
+    for (const QList<QByteArray> &words :
+         {QList<QByteArray>{"verify", "--json", image(), m_tree.path("source")},
+          {"inspect", "--json", m_tree.path("out/disc.bin")},
+          {"inspect", "--json", sheet},
+          {"tracks", "--json", m_tree.path("out/disc.bin")},
+          {"scan", "--json", m_tree.path("source")},
+          {"extract", "--json", "-q", "--track", "1", "-o", m_tree.path("out/taken.iso"), sheet}}) {
+        bool isDone = false;
+        for (quint64 limit = 4; limit < 40 && !isDone; ++limit) {
+            ChildSettings settings = tessaron(words);
+            settings.descriptorLimit = limit;
+            const ChildResult result = runChild(settings);
+            constexpr int notLoaded = 127;
+            isDone = result.exitStatus == 0;
+            if (isDone || result.exitStatus == notLoaded)
+                continue;
+            const std::string where = words.first().toStdString() + ' ' + std::to_string(limit);
+            EXPECT_EQ(result.errors.count("oo many"), 1) << where << '\n' << result.errors.constData();
+            EXPECT_EQ(result.errors.count("(ulimit -n)"), 1) << where << '\n' << result.errors.constData();
+            const QJsonObject report = jsonOf(result.output);
+            EXPECT_EQ(report[QStringLiteral("differenceCount")].toInteger(), 0) << where;
+            EXPECT_EQ(report[QStringLiteral("problemCount")].toInteger(), 0) << where;
+            EXPECT_FALSE(m_tree.exists("out/taken.iso")) << where;
+        }
+        EXPECT_TRUE(isDone) << words.first().constData();
+    }
+}
+
 TEST_F(CommandOutput, version_isOneLine)
 {
     const ChildResult result = runTessaron({"--version"});

@@ -36,6 +36,20 @@ protected:
 
 using Lines = std::vector<std::string>;
 
+TEST_F(Tracks, whatIsNoImage_isRefused_inWords)
+{
+    const auto errorsAbout = [](const QByteArray &path) {
+        const ChildResult result = runTessaron({"tracks", path});
+        EXPECT_EQ(result.exitStatus, 1) << path.constData();
+        EXPECT_EQ(result.output, "");
+        return result.errors;
+    };
+    EXPECT_TRUE(errorsAbout(m_tree.makeFifo("pipe")).contains("it is neither a regular file nor a block device"));
+    for (const char *const contents : {"", "text"})
+        EXPECT_TRUE(
+            errorsAbout(m_tree.makeFile("short", contents)).contains("has no track: it is shorter than a sector"));
+}
+
 TEST_F(Tracks, cueSheet_isListedWithTextsAndIndexes)
 {
     m_tree.makeFile("out/album.bin", QByteArray(1000 * sector, 'a'));
@@ -47,6 +61,7 @@ TEST_F(Tracks, cueSheet_isListedWithTextsAndIndexes)
         " TRACK 02 AUDIO\n  TITLE \"Second\"\n  INDEX 00 00:05:00\n  INDEX 01 00:06:00\n  INDEX 02 00:07:10\n");
     const QJsonObject object = tracksOf(m_tree.path("out/album.cue"));
     EXPECT_EQ(linesOf(object), Lines({"audio 0 375 0", "audio 450 550 75"}));
+    EXPECT_TRUE(object[QStringLiteral("seconds")].isDouble()) << "as all commands tell it";
     EXPECT_EQ(object[QStringLiteral("catalogNumber")].toString(), QStringLiteral("1234567890123"));
     EXPECT_EQ(object[QStringLiteral("cdText")][0][QStringLiteral("title")].toString(), QStringLiteral("The Album"));
     EXPECT_EQ(object[QStringLiteral("notes")].toArray().size(), 1);

@@ -5,7 +5,6 @@
 #include "platform/foundation/MessageTexts.h"
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/ImageReport.h"
-#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
@@ -14,7 +13,6 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <cerrno>
 #include <optional>
 #include <unistd.h>
 
@@ -110,12 +108,9 @@ void writeTrack(JsonWriter &writer, const AudioImageTrack &track)
 
 AudioCommand::AudioCommand(const Arguments &arguments)
     : m_arguments(arguments)
-    , m_start(std::chrono::steady_clock::now())
-    , m_display(ProgressDisplay::create(arguments.progress, arguments.verbosity))
+    , m_run(arguments)
 {
 }
-
-AudioCommand::~AudioCommand() = default;
 
 ExitStatus AudioCommand::run()
 {
@@ -125,13 +120,9 @@ ExitStatus AudioCommand::run()
         m_problem = readIsrcs(&isrcs);
     if (!m_problem)
         makeImage(isrcs);
-    m_display->clear();
-    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
-    print(time.count());
-    if (!m_arguments.json || writeJson(time.count()))
-        return exitStatus();
-    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
-    return ExitStatus::Failed;
+    const double seconds = m_run.seconds();
+    print(seconds);
+    return exitStatusAfterReport(!m_arguments.json || writeJson(seconds), exitStatus());
 }
 
 Problem AudioCommand::readIsrcs(QList<QByteArray> *isrcs) const
@@ -172,7 +163,7 @@ void AudioCommand::makeImage(const QList<QByteArray> &isrcs)
     order.isrcs = isrcs;
     order.isSynchronized = m_arguments.isSynchronized;
     AudioImageJob job(order);
-    m_result = runToItsEnd(job, m_display.get());
+    m_result = m_run.resultOf(job);
     m_problem = problemOf(m_result.error);
 }
 
@@ -241,10 +232,7 @@ void AudioCommand::print(double seconds) const
 bool AudioCommand::writeJson(double seconds) const
 {
     JsonWriter writer(STDOUT_FILENO);
-    writer.beginObject();
-    writer.member("version", jsonVersion);
-    writer.member("command", QStringLiteral("audio"));
-    writer.member("result", resultName(exitStatus()));
+    beginReport(writer, QStringLiteral("audio"), exitStatus());
     writer.pathMember("output", m_result.imagePath.isEmpty() ? m_arguments.output : m_result.imagePath);
     if (!m_result.cueSheetPath.isEmpty())
         writer.pathMember("cueSheet", m_result.cueSheetPath);
@@ -260,19 +248,9 @@ bool AudioCommand::writeJson(double seconds) const
     writer.endArray();
     if (!m_arguments.dataFolder.isEmpty())
         writeData(writer, m_result.data);
-    writer.key("notes");
-    writer.beginArray();
-    for (const QString &note : m_result.notes)
-        writer.value(note);
-    writer.endArray();
-    writer.key("changedTexts");
-    writer.beginArray();
-    for (const QString &change : m_result.changedTexts)
-        writer.value(change);
-    writer.endArray();
-    writeErrorMember(writer, m_problem);
-    writer.endObject();
-    return writer.finish();
+    writer.textsMember("notes", m_result.notes);
+    writer.textsMember("changedTexts", m_result.changedTexts);
+    return endReport(writer, m_problem);
 }
 
 } // namespace Tessaron::Tool

@@ -2,12 +2,9 @@
 
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/Problem.h"
-#include "tools/tessaron/ProgressDisplay.h"
 #include <TessaronClasses/AudioImageJob.h>
-
-#include <chrono>
-#include <memory>
 
 namespace Tessaron::Tool
 {
@@ -18,7 +15,6 @@ class AudioCommand
 {
 public:
     explicit AudioCommand(const Arguments &arguments);
-    ~AudioCommand();
 
     [[nodiscard]] ExitStatus run();
 
@@ -31,8 +27,7 @@ private:
     [[nodiscard]] bool writeJson(double seconds) const;
 
     const Arguments m_arguments;
-    const std::chrono::steady_clock::time_point m_start;
-    std::unique_ptr<ProgressDisplay> m_display;
+    JobRun m_run;
     Problem m_problem;
     AudioImageResult m_result;
 };

@@ -1,5 +1,6 @@
 #include "tools/tessaron/CommonReport.h"
 
+#include "platform/foundation/DescriptorLimit.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 
@@ -64,10 +65,20 @@ ExitStatus exitStatusFor(const Problem &problem)
 
 void beginReport(JsonWriter &writer, const QString &command, ExitStatus status)
 {
+    beginReport(writer, command, resultName(status));
+}
+
+void beginReport(JsonWriter &writer, const QString &command, const QString &result)
+{
+    beginReport(writer, command);
+    writer.member("result", result);
+}
+
+void beginReport(JsonWriter &writer, const QString &command)
+{
     writer.beginObject();
     writer.member("version", jsonVersion);
     writer.member("command", command);
-    writer.member("result", resultName(status));
 }
 
 bool endReport(JsonWriter &writer, const Problem &problem)
@@ -105,9 +116,25 @@ void writeErrorMember(JsonWriter &writer, const Problem &problem)
 
 void printUnreadable(const std::vector<UnreadableFolder> &unreadable)
 {
-    for (const UnreadableFolder &folder : unreadable)
-        printDiagnostic(
-            QStringLiteral("%1 cannot be listed: %2").arg(quoted(folder.path), systemText(folder.errnoValue)));
+    const UnreadableFolder *firstWithoutDescriptor = nullptr;
+    std::size_t others = 0;
+    for (const UnreadableFolder &folder : unreadable) {
+        if (!isLackOfDescriptors(folder.errnoValue))
+            printDiagnostic(
+                QStringLiteral("%1 cannot be listed: %2").arg(quoted(folder.path), systemText(folder.errnoValue)));
+        else if (firstWithoutDescriptor == nullptr)
+            firstWithoutDescriptor = &folder;
+        else
+            ++others;
+    }
+    if (firstWithoutDescriptor == nullptr)
+        return;
+    const QString more =
+        others > 0 ? QStringLiteral(" and %1").arg(counted(others, "more folder", "more folders")) : QString();
+    printDiagnostic(
+        QStringLiteral("%1%2 cannot be listed: %3")
+            .arg(quoted(firstWithoutDescriptor->path), more, systemText(firstWithoutDescriptor->errnoValue)));
+    printDiagnostic(adviceOnDescriptors());
 }
 
 void writeUnreadableMember(JsonWriter &writer, const std::vector<UnreadableFolder> &unreadable)

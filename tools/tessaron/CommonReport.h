@@ -28,6 +28,11 @@ void printProblem(const Problem &problem);
 
 /// Opens the object of --json with its first members: version, command and result.
 void beginReport(JsonWriter &writer, const QString &command, ExitStatus status);
+/// The same with a result that resultName() does not know.
+void beginReport(JsonWriter &writer, const QString &command, const QString &result);
+
+/// The same without the result, for a report that is written before that is known: it has to follow.
+void beginReport(JsonWriter &writer, const QString &command);
 
 /// Closes the object with its last member, writeErrorMember(); false (with `errno` set) when the report could not be
 /// written.
@@ -39,7 +44,8 @@ void beginReport(JsonWriter &writer, const QString &command, ExitStatus status);
 /// Member "error": null, or an object with kind, message, advice, path (when there is one) and code.
 void writeErrorMember(JsonWriter &writer, const Problem &problem);
 
-/// A line on standard error for each folder that could not be listed.
+/// A line on standard error for each folder that could not be listed; one for all for which the system had no
+/// descriptor left.
 void printUnreadable(const std::vector<UnreadableFolder> &unreadable);
 
 /// Member "unreadable": an array of objects with path and message.

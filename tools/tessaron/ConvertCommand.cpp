@@ -3,14 +3,12 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include "tools/tessaron/CommonReport.h"
-#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/StopWatcher.h"
 #include "tools/tessaron/Text.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <unistd.h>
 
 namespace Tessaron::Tool
@@ -37,15 +35,6 @@ void printDamage(const ConvertedFile &file, qsizetype most)
                         .arg(quoted(file.source), quoted(file.destination)));
 }
 
-void writeTexts(JsonWriter &writer, const char *name, const QStringList &texts)
-{
-    writer.key(name);
-    writer.beginArray();
-    for (const QString &text : texts)
-        writer.value(text);
-    writer.endArray();
-}
-
 void writeFile(JsonWriter &writer, const ConvertedFile &file)
 {
     writer.beginObject();
@@ -53,8 +42,8 @@ void writeFile(JsonWriter &writer, const ConvertedFile &file)
     if (!file.destination.isEmpty())
         writer.pathMember("destination", file.destination);
     writer.member("damaged", file.isDamaged);
-    writeTexts(writer, "damage", file.damage);
-    writeTexts(writer, "notes", file.notes);
+    writer.textsMember("damage", file.damage);
+    writer.textsMember("notes", file.notes);
     writeErrorMember(writer, problemOf(file.error));
     writer.endObject();
 }
@@ -63,21 +52,16 @@ void writeFile(JsonWriter &writer, const ConvertedFile &file)
 
 ConvertCommand::ConvertCommand(const Arguments &arguments)
     : m_arguments(arguments)
-    , m_start(std::chrono::steady_clock::now())
-    , m_display(ProgressDisplay::create(arguments.progress, arguments.verbosity))
+    , m_run(arguments)
 {
 }
 
 ExitStatus ConvertCommand::run()
 {
     convert();
-    m_display->clear();
-    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
-    print(time.count());
-    if (!m_arguments.json || writeJson(time.count()))
-        return exitStatus();
-    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
-    return ExitStatus::Failed;
+    const double seconds = m_run.seconds();
+    print(seconds);
+    return exitStatusAfterReport(!m_arguments.json || writeJson(seconds), exitStatus());
 }
 
 void ConvertCommand::convert()
@@ -94,14 +78,14 @@ void ConvertCommand::convert()
     const StopWatcher stopWatcher(
         [&] {
             job.suspend();
-            m_display->clear();
+            m_run.display().clear();
         },
         [&job] { job.resume(); });
-    m_result = runShowing(job, [&](const DiscJobProgress &progress) {
+    m_result = m_run.resultOf(job, [&](const DiscJobProgress &progress) {
         std::vector<FileProgress> files;
         for (const RunningConversion &one : job.running())
             files.push_back({one.source, one.fraction});
-        m_display->show(progress, files);
+        m_run.display().show(progress, files);
     });
     m_problem = problemOf(m_result.error);
 }
@@ -166,10 +150,7 @@ void ConvertCommand::printSummary(double seconds) const
 bool ConvertCommand::writeJson(double seconds) const
 {
     JsonWriter writer(STDOUT_FILENO);
-    writer.beginObject();
-    writer.member("version", jsonVersion);
-    writer.member("command", QStringLiteral("convert"));
-    writer.member("result", resultName(exitStatus()));
+    beginReport(writer, QStringLiteral("convert"), exitStatus());
     writer.pathMember("directory", m_arguments.folder);
     writer.member("failures", m_result.failures());
     writer.member("leftOut", m_result.leftOut);
@@ -181,9 +162,7 @@ bool ConvertCommand::writeJson(double seconds) const
         writeFile(writer, file);
     writer.endArray();
     writeUnreadableMember(writer, m_result.unreadable);
-    writeErrorMember(writer, m_problem);
-    writer.endObject();
-    return writer.finish();
+    return endReport(writer, m_problem);
 }
 
 } // namespace Tessaron::Tool

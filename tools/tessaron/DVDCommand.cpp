@@ -2,13 +2,11 @@
 
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
-#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 
 #include <array>
-#include <cerrno>
 #include <unistd.h>
 
 namespace Tessaron::Tool
@@ -149,7 +147,7 @@ ExitStatus DVDCommand::run()
 {
     {
         DVDInspectJob job(m_arguments.paths.first());
-        m_result = runToItsEnd(job);
+        m_result = m_run.resultOf(job);
     }
     m_problem = problemOf(m_result.error);
     for (const QString &damage : damages())
@@ -159,10 +157,7 @@ ExitStatus DVDCommand::run()
     if (m_problem)
         printProblem(m_problem);
     const bool isWritten = m_arguments.json ? writeJson() : (m_problem || writeText());
-    if (isWritten)
-        return status();
-    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
-    return ExitStatus::Failed;
+    return exitStatusAfterReport(isWritten, status());
 }
 
 QStringList DVDCommand::damages() const
@@ -246,10 +241,7 @@ bool DVDCommand::writeJson() const
 {
     const DVDDescription &disc = m_result.disc;
     JsonWriter writer(STDOUT_FILENO);
-    writer.beginObject();
-    writer.member("version", jsonVersion);
-    writer.member("command", QStringLiteral("dvd"));
-    writer.member("result", resultName(status()));
+    beginReport(writer, QStringLiteral("dvd"), status());
     writer.pathMember("disc", m_arguments.paths.first());
     writer.member("identity", QString::fromLatin1(disc.identity.toHex()));
     writer.member("volume", disc.volumeName);
@@ -283,14 +275,10 @@ bool DVDCommand::writeJson() const
         writer.endObject();
     }
     writer.endArray();
-    writer.key("notes");
-    writer.beginArray();
-    for (const QString &note : disc.notes)
-        writer.value(note);
-    writer.endArray();
-    writeErrorMember(writer, m_problem);
-    writer.endObject();
-    return writer.finish();
+    writer.textsMember("notes", disc.notes);
+    writer.key("seconds");
+    writer.value(m_run.seconds(), 3);
+    return endReport(writer, m_problem);
 }
 
 } // namespace Tessaron::Tool

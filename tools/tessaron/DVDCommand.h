@@ -2,6 +2,7 @@
 
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/Problem.h"
 #include <TessaronClasses/DVDInspectJob.h>
 
@@ -26,6 +27,7 @@ private:
     static void writeTitle(JsonWriter &writer, const DVDTitle &title);
 
     const Arguments m_arguments;
+    JobRun m_run;
     DVDInspectResult m_result;
     Problem m_problem;
 };

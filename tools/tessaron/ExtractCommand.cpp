@@ -3,12 +3,10 @@
 #include "platform/disctracks/BlockAddress.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
-#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 
-#include <cerrno>
 #include <unistd.h>
 
 namespace Tessaron::Tool
@@ -47,23 +45,16 @@ QStringList complaintsAbout(const ExtractedTrack &track)
 
 ExtractCommand::ExtractCommand(const Arguments &arguments)
     : m_arguments(arguments)
-    , m_start(std::chrono::steady_clock::now())
-    , m_display(ProgressDisplay::create(arguments.progress, arguments.verbosity))
+    , m_run(arguments)
 {
 }
-
-ExtractCommand::~ExtractCommand() = default;
 
 ExitStatus ExtractCommand::run()
 {
     extract();
-    m_display->clear();
-    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
-    print(time.count());
-    if (!m_arguments.json || writeJson(time.count()))
-        return status();
-    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
-    return ExitStatus::Failed;
+    const double seconds = m_run.seconds();
+    print(seconds);
+    return exitStatusAfterReport(!m_arguments.json || writeJson(seconds), status());
 }
 
 void ExtractCommand::extract()
@@ -76,7 +67,7 @@ void ExtractCommand::extract()
     order.isHiddenSoundTaken = m_arguments.takesHiddenSound;
     order.isSynchronized = m_arguments.isSynchronized;
     ExtractJob job(order);
-    m_result = runToItsEnd(job, m_display.get());
+    m_result = m_run.resultOf(job);
     m_problem = problemOf(m_result.error);
 }
 
@@ -118,10 +109,7 @@ void ExtractCommand::print(double seconds) const
 bool ExtractCommand::writeJson(double seconds) const
 {
     JsonWriter writer(STDOUT_FILENO);
-    writer.beginObject();
-    writer.member("version", jsonVersion);
-    writer.member("command", QStringLiteral("extract"));
-    writer.member("result", resultName(status()));
+    beginReport(writer, QStringLiteral("extract"), status());
     writer.pathMember("image", m_arguments.paths.first());
     writer.pathMember("output", m_arguments.output);
     writer.key("tracks");
@@ -141,16 +129,10 @@ bool ExtractCommand::writeJson(double seconds) const
         writer.endObject();
     }
     writer.endArray();
-    writer.key("notes");
-    writer.beginArray();
-    for (const QString &note : m_result.notes)
-        writer.value(note);
-    writer.endArray();
+    writer.textsMember("notes", m_result.notes);
     writer.key("seconds");
     writer.value(seconds, 3);
-    writeErrorMember(writer, m_problem);
-    writer.endObject();
-    return writer.finish();
+    return endReport(writer, m_problem);
 }
 
 } // namespace Tessaron::Tool

@@ -2,12 +2,9 @@
 
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/Problem.h"
-#include "tools/tessaron/ProgressDisplay.h"
 #include <TessaronClasses/ExtractJob.h>
-
-#include <chrono>
-#include <memory>
 
 namespace Tessaron::Tool
 {
@@ -17,7 +14,6 @@ class ExtractCommand
 {
 public:
     explicit ExtractCommand(const Arguments &arguments);
-    ~ExtractCommand();
 
     [[nodiscard]] ExitStatus run();
 
@@ -28,8 +24,7 @@ private:
     [[nodiscard]] bool writeJson(double seconds) const;
 
     const Arguments m_arguments;
-    const std::chrono::steady_clock::time_point m_start;
-    std::unique_ptr<ProgressDisplay> m_display;
+    JobRun m_run;
     ExtractResult m_result;
     Problem m_problem;
 };

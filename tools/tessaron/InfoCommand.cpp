@@ -2,7 +2,6 @@
 
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
-#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
@@ -272,7 +271,7 @@ InfoCommand::InfoCommand(const Arguments &arguments)
 ExitStatus InfoCommand::run()
 {
     InfoJob job({m_arguments.paths, m_arguments.artworkFolder});
-    m_result = runToItsEnd(job);
+    m_result = m_run.resultOf(job);
     m_problem = problemOfResult();
     const bool isWritten = m_arguments.json ? writeJson() : writeText();
     printFailures();

@@ -2,6 +2,7 @@
 
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/Problem.h"
 #include <TessaronClasses/InfoJob.h>
 
@@ -25,6 +26,7 @@ private:
     [[nodiscard]] bool writeJson() const;
 
     const Arguments m_arguments;
+    JobRun m_run;
     InfoResult m_result;
     Problem m_problem;
 };

@@ -14,30 +14,6 @@
 namespace Tessaron::Tool
 {
 
-/// Runs a job to its end and gives its result. A signal cancels it; it is heard from before the first file is made. The
-/// function is called with how far the job is.
-template <typename Job>
-[[nodiscard]] auto runShowing(Job &job, const std::function<void(const DiscJobProgress &)> &show)
-{
-    const SignalWatcher signalWatcher([&job] { job.cancel(); });
-    QEventLoop loop;
-    QObject::connect(&job, &DiscJob::progressed, &loop, show);
-    QObject::connect(&job, &Job::finished, &loop, &QEventLoop::quit);
-    job.start();
-    loop.exec();
-    return job.result();
-}
-
-/// The same with a display, unless it is null.
-template <typename Job>
-[[nodiscard]] auto runToItsEnd(Job &job, ProgressDisplay *display = nullptr)
-{
-    return runShowing(job, [display](const DiscJobProgress &progress) {
-        if (display)
-            display->show(progress);
-    });
-}
-
 /// What a command has around its job: the display of how far it is, and the time since the command began. Make it
 /// first.
 class JobRun
@@ -51,15 +27,29 @@ public:
     {
     }
 
-    /// Runs a job as runToItsEnd() does; what the display shows is gone when it returns.
+    /// Runs a job to its end and gives its result. A signal cancels it; it is heard from before the first file is made.
+    /// What the display shows is gone when this returns.
     template <typename Job>
     [[nodiscard]] auto resultOf(Job &job)
     {
-        auto result = runToItsEnd(job, m_display.get());
-        if (m_display)
-            m_display->clear();
-        return result;
+        return resultOf(job, [this](const DiscJobProgress &progress) { m_display->show(progress); });
     }
+
+    /// The same with a function that is called with how far the job is and shows it on display().
+    template <typename Job>
+    [[nodiscard]] auto resultOf(Job &job, const std::function<void(const DiscJobProgress &)> &show)
+    {
+        const SignalWatcher signalWatcher([&job] { job.cancel(); });
+        QEventLoop loop;
+        QObject::connect(&job, &DiscJob::progressed, &loop, show);
+        QObject::connect(&job, &Job::finished, &loop, &QEventLoop::quit);
+        job.start();
+        loop.exec();
+        m_display->clear();
+        return job.result();
+    }
+
+    [[nodiscard]] ProgressDisplay &display() const { return *m_display; }
 
     [[nodiscard]] double seconds() const
     {
@@ -68,7 +58,7 @@ public:
 
 private:
     const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
-    const std::unique_ptr<ProgressDisplay> m_display;
+    const std::unique_ptr<ProgressDisplay> m_display = ProgressDisplay::create(ProgressMode::None, Verbosity::Normal);
 };
 
 } // namespace Tessaron::Tool

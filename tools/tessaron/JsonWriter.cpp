@@ -123,6 +123,15 @@ void JsonWriter::value(bool truth)
     m_buffer += truth ? "true" : "false";
 }
 
+void JsonWriter::textsMember(const char *name, const QStringList &texts)
+{
+    key(name);
+    beginArray();
+    for (const QString &text : texts)
+        value(text);
+    endArray();
+}
+
 void JsonWriter::pathMember(const char *name, const QByteArray &path)
 {
     member(name, stringWithFileSystemRepresentation(path));

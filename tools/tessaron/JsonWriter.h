@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
 #include <type_traits>
@@ -47,8 +48,14 @@ public:
             value(std::int64_t(content));
     }
 
+    /// A member that is an array of texts.
+    void textsMember(const char *name, const QStringList &texts);
+
     /// The member as text, and when the bytes are not UTF-8 a second member "…Bytes" with them percent-encoded.
     void pathMember(const char *name, const QByteArray &path);
+
+    /// The errno value of a write that has failed, 0 as long as all went well.
+    [[nodiscard]] int failure() const { return m_errno; }
 
     /// Ends the line and writes what is left; false (with `errno` set) when anything could not be written.
     [[nodiscard]] bool finish();

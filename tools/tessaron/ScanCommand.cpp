@@ -3,13 +3,11 @@
 #include "platform/coreservices/FSRef.h"
 #include "platform/foundation/MessageTexts.h"
 #include "tools/tessaron/CommonReport.h"
-#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 
-#include <cerrno>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -51,8 +49,7 @@ bool writeNames(const KRFileHierarchyItem &root, const QByteArray &rootPath)
 
 ScanCommand::ScanCommand(const Arguments &arguments)
     : m_arguments(arguments)
-    , m_start(std::chrono::steady_clock::now())
-    , m_display(ProgressDisplay::create(arguments.progress, arguments.verbosity))
+    , m_run(arguments)
 {
 }
 
@@ -60,21 +57,17 @@ ExitStatus ScanCommand::run()
 {
     const bool isQuiet = m_arguments.verbosity == Verbosity::Quiet;
     scan();
-    m_display->clear();
     printUnreadable(m_result.unreadable);
     if (m_problem)
         printProblem(m_problem);
     const bool isWritten = m_arguments.json ? writeJson() : (m_problem || isQuiet || writeText());
-    if (isWritten)
-        return status();
-    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
-    return ExitStatus::Failed;
+    return exitStatusAfterReport(isWritten, status());
 }
 
 void ScanCommand::scan()
 {
     ScanJob job(m_arguments.paths);
-    m_result = runToItsEnd(job, m_display.get());
+    m_result = m_run.resultOf(job);
     m_problem = problemOf(m_result.error);
 }
 
@@ -127,15 +120,11 @@ bool ScanCommand::writeJson() const
         writer.member("folders", counts.folders);
         writer.member("sizeOnDisk", counts.sizeOnDisk);
     };
-    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
     JsonWriter writer(STDOUT_FILENO);
-    writer.beginObject();
-    writer.member("version", jsonVersion);
-    writer.member("command", QStringLiteral("scan"));
-    writer.member("result", resultName(status()));
+    beginReport(writer, QStringLiteral("scan"), status());
     writeCounts(writer, total());
     writer.key("seconds");
-    writer.value(time.count(), 3);
+    writer.value(m_run.seconds(), 3);
     writer.key("sources");
     writer.beginArray();
     for (const ScannedSource &counts : m_result.sources) {
@@ -146,9 +135,7 @@ bool ScanCommand::writeJson() const
     }
     writer.endArray();
     writeUnreadableMember(writer, m_result.unreadable);
-    writeErrorMember(writer, m_problem);
-    writer.endObject();
-    return writer.finish();
+    return endReport(writer, m_problem);
 }
 
 } // namespace Tessaron::Tool

@@ -2,12 +2,9 @@
 
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/Problem.h"
-#include "tools/tessaron/ProgressDisplay.h"
 #include <TessaronClasses/ScanJob.h>
-
-#include <chrono>
-#include <memory>
 
 namespace Tessaron::Tool
 {
@@ -29,8 +26,7 @@ private:
     [[nodiscard]] bool writeJson() const;
 
     const Arguments m_arguments;
-    const std::chrono::steady_clock::time_point m_start;
-    std::unique_ptr<ProgressDisplay> m_display;
+    JobRun m_run;
     Problem m_problem;
     ScanResult m_result;
 };

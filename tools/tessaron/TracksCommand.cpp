@@ -2,14 +2,12 @@
 
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
-#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <unistd.h>
 #include <utility>
 
@@ -127,16 +125,13 @@ ExitStatus TracksCommand::run()
     if (m_problem)
         printProblem(m_problem);
     const bool isWritten = m_arguments.json ? writeJson() : (m_problem || writeText());
-    if (isWritten)
-        return exitStatusFor(m_problem);
-    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
-    return ExitStatus::Failed;
+    return exitStatusAfterReport(isWritten, exitStatusFor(m_problem));
 }
 
 void TracksCommand::findTracks()
 {
     TracksJob job(m_arguments.paths.first());
-    m_result = runToItsEnd(job);
+    m_result = m_run.resultOf(job);
 }
 
 bool TracksCommand::writeText() const
@@ -226,10 +221,7 @@ bool TracksCommand::writeJson() const
 {
     const TableOfContents &contents = m_result.disc.disc.contents;
     JsonWriter writer(STDOUT_FILENO);
-    writer.beginObject();
-    writer.member("version", jsonVersion);
-    writer.member("command", QStringLiteral("tracks"));
-    writer.member("result", resultName(exitStatusFor(m_problem)));
+    beginReport(writer, QStringLiteral("tracks"), exitStatusFor(m_problem));
     writer.pathMember("image", m_arguments.paths.first());
     if (!m_result.disc.description.isEmpty())
         writer.pathMember("description", m_result.disc.description);
@@ -245,14 +237,10 @@ bool TracksCommand::writeJson() const
             writeTrack(writer, session, track, m_result.disc.disc.places[index++]);
     }
     writer.endArray();
-    writer.key("notes");
-    writer.beginArray();
-    for (const QString &note : m_result.disc.notes)
-        writer.value(note);
-    writer.endArray();
-    writeErrorMember(writer, m_problem);
-    writer.endObject();
-    return writer.finish();
+    writer.textsMember("notes", m_result.disc.notes);
+    writer.key("seconds");
+    writer.value(m_run.seconds(), 3);
+    return endReport(writer, m_problem);
 }
 
 } // namespace Tessaron::Tool

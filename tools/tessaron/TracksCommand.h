@@ -2,6 +2,7 @@
 
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/Problem.h"
 #include <TessaronClasses/TracksJob.h>
 
@@ -26,6 +27,7 @@ private:
     void writeTexts(JsonWriter &writer, std::size_t place) const;
 
     const Arguments m_arguments;
+    JobRun m_run;
     TracksResult m_result;
     Problem m_problem;
 };

@@ -2,11 +2,8 @@
 
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ExitStatus.h"
-#include "tools/tessaron/ProgressDisplay.h"
+#include "tools/tessaron/JobRun.h"
 #include "tools/tessaron/VerifyReport.h"
-
-#include <chrono>
-#include <memory>
 
 namespace Tessaron::Tool
 {
@@ -24,8 +21,7 @@ private:
     void verify();
 
     const Arguments m_arguments;
-    const std::chrono::steady_clock::time_point m_start;
-    std::unique_ptr<ProgressDisplay> m_display;
+    JobRun m_run;
     VerifyOutcome m_outcome;
 };
 

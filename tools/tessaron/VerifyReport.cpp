@@ -136,11 +136,9 @@ bool printVerifyReport(const Arguments &arguments, const VerifyOutcome &outcome)
 bool writeVerifyJson(const QByteArray &image, const VerifyOutcome &outcome, double seconds)
 {
     JsonWriter writer(STDOUT_FILENO);
-    writer.beginObject();
-    writer.member("version", jsonVersion);
-    writer.member("command", QStringLiteral("verify"));
     const bool isDifferent = !outcome.problem && outcome.result.differences.count() > 0;
-    writer.member("result", isDifferent ? QStringLiteral("different") : resultName(exitStatusFor(outcome)));
+    beginReport(writer, QStringLiteral("verify"),
+                isDifferent ? QStringLiteral("different") : resultName(exitStatusFor(outcome)));
     writer.pathMember("image", image);
     writer.member("files", outcome.result.files);
     writer.member("folders", outcome.result.folders);
@@ -160,20 +158,14 @@ bool writeVerifyJson(const QByteArray &image, const VerifyOutcome &outcome, doub
         writer.endObject();
     }
     writer.endArray();
-    writer.key("notes");
-    writer.beginArray();
-    for (const QString &note : outcome.result.notes)
-        writer.value(note);
-    writer.endArray();
+    writer.textsMember("notes", outcome.result.notes);
     writer.member("differenceCount", outcome.result.differences.count());
     writer.key("differences");
     writer.beginArray();
     for (const ImageDifference &difference : outcome.result.differences.items())
         writeDifference(writer, difference);
     writer.endArray();
-    writeErrorMember(writer, outcome.problem);
-    writer.endObject();
-    return writer.finish();
+    return endReport(writer, outcome.problem);
 }
 
 } // namespace Tessaron::Tool
