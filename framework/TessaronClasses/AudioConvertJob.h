@@ -50,6 +50,7 @@ struct AudioConvertResult {
     std::vector<ConvertedFile> files; ///< those that were begun, in the order of the sources, by name inside of folders
     std::vector<UnreadableFolder> unreadable; ///< folders that could not be listed: what is in them is not converted
     std::uint64_t leftOut = 0; ///< files in folders whose names say that they hold neither sound nor movies
+    std::uint64_t leftOutSpecial = 0; ///< links, pipes, devices and sockets in folders
     bool isDestinationLeftOut = false; ///< it lies in a source: what is in it was not converted
 
     [[nodiscard]] TESSARON_EXPORT std::size_t failures() const;

@@ -1,9 +1,10 @@
 #include "imaging/jobs/DiscJobWork.h"
-#include "media/jobs/AudioFileList.h"
 #include "media/jobs/Id3Tag.h"
+#include "media/jobs/MediaFileWalk.h"
 #include "media/jobs/ResultCheck.h"
 #include "media/jobs/StagedResult.h"
 #include "media/jobs/ToolReport.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/foundation/PathBytes.h"
@@ -44,10 +45,28 @@ QByteArray nameOfResult(const QByteArray &source, std::int32_t format)
     return name + (format == KRAudioConverter::waveFormat ? ".wav" : ".aiff");
 }
 
-NSError failure(const QByteArray &source, const QString &reason, const QString &suggestion = {})
+NSError failure(const QByteArray &source, const QString &reason, const QString &suggestion = {}, qint64 status = 0)
 {
     return discJobError(DiscJobErrorCode::Write,
-                        QStringLiteral("%1 cannot be converted: %2").arg(quoted(source), reason), suggestion, source);
+                        QStringLiteral("%1 cannot be converted: %2").arg(quoted(source), reason), suggestion, source,
+                        status);
+}
+
+NSError failure(const QByteArray &source, const NSError &why)
+{
+    return failure(source, why.localizedDescription(), why.localizedRecoverySuggestion(),
+                   isLackOfDescriptors(why) ? tmfoErr : 0);
+}
+
+/// True for a failure that the next file would have, too.
+bool isLackOfDescriptorsBehind(const NSError &error)
+{
+    return error.userInfo().value(DiscJobUnderlyingStatusKey).toLongLong() == tmfoErr;
+}
+
+QString absolutePath(const QByteArray &path)
+{
+    return QDir::current().absoluteFilePath(stringWithFileSystemRepresentation(path));
 }
 
 NSError errorOfOrder(const AudioConvertOrder &order)
@@ -66,11 +85,13 @@ NSError errorOfOrder(const AudioConvertOrder &order)
     return {};
 }
 
-NSError makeDestination(const QByteArray &path)
+NSError makeDestination(const QByteArray &path, MadeFolders &folders)
 {
-    if (QDir().mkpath(stringWithFileSystemRepresentation(path)))
+    const int reason = folders.make(path);
+    if (reason == 0)
         return {};
-    return discJobError(DiscJobErrorCode::Destination, QStringLiteral("the folder %1 cannot be made").arg(quoted(path)),
+    return discJobError(DiscJobErrorCode::Destination,
+                        QStringLiteral("the folder %1 cannot be made: %2").arg(quoted(path), systemText(reason)),
                         QStringLiteral("Name another folder, or make it first."), path);
 }
 
@@ -131,6 +152,9 @@ private:
         std::function<void(const NSError &)> whenEnded;
     };
 
+    [[nodiscard]] NSError list(const std::stop_token &stop);
+    [[nodiscard]] NSError checkDescriptors() const;
+    [[nodiscard]] std::size_t lanesWanted() const;
     void listed(const NSError &error);
     void makeLanes();
     void fillLanes();
@@ -147,16 +171,17 @@ private:
     void inBackground(Step step);
     void runNextStep();
     void endIfIdle();
-    [[nodiscard]] std::uint64_t bytesOf(const Conversion &conversion) const
-    {
-        return list.files[conversion.number].bytes;
-    }
+    void removeFoldersAndEnd();
+    [[nodiscard]] std::uint64_t bytesOf(const Conversion &conversion) const { return sources[conversion.number].bytes; }
 
-    AudioFileList list;
+    MadeFolders folders; ///< goes behind all that is made in them; steps alone use it
+    std::vector<FoundMediaFile> sources;
+    MediaFileRemarks remarks;
     std::size_t next = 0;
     std::uint64_t bytesTotal = 0;
     std::uint64_t bytesDone = 0;
     std::size_t filesDone = 0;
+    NSError lackOfDescriptors; ///< of the first file that could not be converted for that reason
     std::set<QString> promisedPaths; ///< of results that are not there yet; steps alone use it
     std::vector<std::optional<ConvertedFile>> files; ///< by their numbers in the list
     std::deque<Step> steps;
@@ -172,35 +197,67 @@ void AudioConvertJob::Work::begin()
     inBackground({[this](const std::stop_token &stopToken) {
                       if (NSError error = errorOfOrder(order))
                           return error;
-                      list = audioFilesAtPaths(order.sources, order.destination, order.isFlat, stopToken);
-                      return stopToken.stop_requested() ? NSError() : makeDestination(order.destination);
+                      return list(stopToken);
                   },
                   [this](const NSError &error) { listed(error); }});
+}
+
+/// Each of those that work side by side has pipes to programs, a folder and a file; the rest is for the bus.
+NSError AudioConvertJob::Work::checkDescriptors() const
+{
+    constexpr std::size_t descriptorsOfAll = 16, descriptorsOfEach = 8;
+    const int reason = probeDescriptors(descriptorsOfAll + descriptorsOfEach * lanesWanted());
+    if (!isLackOfDescriptors(reason))
+        return {};
+    return discJobError(DiscJobErrorCode::Source,
+                        QStringLiteral("%1 at a time cannot be converted: %2")
+                            .arg(counted(lanesWanted(), "file", "files"), systemText(reason)),
+                        adviceOnDescriptors(), {}, tmfoErr);
+}
+
+/// How many files are converted side by side.
+std::size_t AudioConvertJob::Work::lanesWanted() const
+{
+    const unsigned int wanted = order.jobs != 0 ? order.jobs : std::max(std::thread::hardware_concurrency(), 1U);
+    return std::min<std::size_t>(wanted, sources.size());
+}
+
+NSError AudioConvertJob::Work::list(const std::stop_token &stop)
+{
+    MediaFileWalk walk(order.sources, order.destination);
+    while (std::optional<FoundMediaFile> file = walk.next(stop))
+        sources.push_back(*std::move(file));
+    remarks = walk.remarks();
+    if (stop.stop_requested())
+        return {};
+    if (NSError error = checkDescriptors())
+        return error;
+    return makeDestination(order.destination, folders);
 }
 
 void AudioConvertJob::Work::listed(const NSError &error)
 {
     isListed = true;
-    result.unreadable = list.unreadable;
-    result.leftOut = list.leftOut;
-    result.isDestinationLeftOut = list.isDestinationLeftOut;
+    result.unreadable = std::move(remarks.unreadable);
+    result.leftOut = remarks.leftOut;
+    result.leftOutSpecial = remarks.leftOutSpecial;
+    result.isDestinationLeftOut = remarks.isDestinationLeftOut;
     result.error = cancellationOr(error);
     if (result.error) {
         hasEnded = true;
-        end(result.error);
+        removeFoldersAndEnd();
         return;
     }
-    for (const AudioFile &file : list.files)
+    for (const FoundMediaFile &file : sources)
         bytesTotal += file.bytes;
-    files.resize(list.files.size());
+    files.resize(sources.size());
     makeLanes();
     fillLanes();
 }
 
 void AudioConvertJob::Work::makeLanes()
 {
-    const unsigned int wanted = order.jobs != 0 ? order.jobs : std::max(std::thread::hardware_concurrency(), 1U);
-    lanes.resize(std::min<std::size_t>(wanted, list.files.size()));
+    lanes.resize(lanesWanted());
     for (std::unique_ptr<Lane> &lane : lanes) {
         lane = std::make_unique<Lane>();
         KRAudioConverterDelegate delegate;
@@ -231,10 +288,10 @@ void AudioConvertJob::Work::fillLanes()
 /// Takes the next file that can be converted, if any.
 void AudioConvertJob::Work::prepare(Lane &lane)
 {
-    while (next < list.files.size()) {
+    while (next < sources.size()) {
         const auto conversion = std::make_shared<Conversion>();
         conversion->number = next++;
-        const AudioFile &file = list.files[conversion->number];
+        const FoundMediaFile &file = sources[conversion->number];
         conversion->file.source = file.path;
         if (file.error) {
             bytesDone += file.bytes;
@@ -260,17 +317,17 @@ void AudioConvertJob::Work::prepare(Lane &lane)
 
 NSError AudioConvertJob::Work::makePlace(Conversion &conversion)
 {
-    const AudioFile &file = list.files[conversion.number];
+    const FoundMediaFile &file = sources[conversion.number];
     QByteArray folder =
         fileSystemRepresentation(QDir(stringWithFileSystemRepresentation(order.destination)).absolutePath());
-    if (!file.folder.isEmpty())
+    if (!file.folder.isEmpty() && !order.isFlat)
         folder = childPath(folder, file.folder);
     const QString wanted = stringWithFileSystemRepresentation(childPath(folder, nameOfResult(file.path, order.format)));
     const QString path = unusedName(wanted, [this](const QString &one) { return promisedPaths.contains(one); });
     promisedPaths.insert(path);
-    Result<std::unique_ptr<StagedResult>> stage = StagedResult::create(fileSystemRepresentation(path));
+    Result<std::unique_ptr<StagedResult>> stage = StagedResult::create(fileSystemRepresentation(path), folders);
     if (!stage)
-        return failure(file.path, stage.error().localizedDescription());
+        return failure(file.path, stage.error());
     conversion.stage = *std::move(stage);
     return {};
 }
@@ -301,8 +358,7 @@ void AudioConvertJob::Work::convert(Lane &lane)
 {
     lane.state = Lane::State::Converting;
     // Absolute paths: a leading "~" means something to the launcher of the tools.
-    const QString source =
-        QDir::current().absoluteFilePath(stringWithFileSystemRepresentation(lane.conversion->file.source));
+    const QString source = absolutePath(lane.conversion->file.source);
     const QString toPath = stringWithFileSystemRepresentation(lane.conversion->stage->path());
     lane.converter->convertAudioFiles(QStringList{source}, QStringList{toPath}, order.format);
 }
@@ -317,9 +373,11 @@ void AudioConvertJob::Work::laneEnded(Lane &lane, const NSError &error)
     bytesDone += bytesOf(*conversion);
     NSError reason = error;
     if (error && !isDiscJobError(error, DiscJobErrorCode::Cancelled))
-        reason = failure(conversion->file.source, error.localizedDescription(), error.localizedRecoverySuggestion());
+        reason = failure(conversion->file.source, error);
     if (!reason) {
-        const ToolReport report = reportOfTools(*lane.converter);
+        const ToolReport report = reportOfTools(*lane.converter,
+                                                {fileSystemRepresentation(absolutePath(conversion->file.source)),
+                                                 conversion->stage->path(), conversion->stage->wanted()});
         conversion->file.isDamaged = report.isDamaged;
         conversion->file.damage = report.damage;
         if (!report.failure.isEmpty())
@@ -343,11 +401,11 @@ NSError AudioConvertJob::Work::completeResult(Conversion &conversion, const std:
         return failure(conversion.file.source, flaw);
     if (order.carriesTags) {
         if (const NSError error = carryTags(conversion, stop))
-            return failure(conversion.file.source, error.localizedDescription());
+            return failure(conversion.file.source, error);
     }
     Result<QByteArray> path = conversion.stage->publish();
     if (!path)
-        return failure(conversion.file.source, path.error().localizedDescription());
+        return failure(conversion.file.source, path.error());
     conversion.file.destination = *std::move(path);
     return {};
 }
@@ -359,7 +417,7 @@ NSError AudioConvertJob::Work::carryTags(Conversion &conversion, const std::stop
     const Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(source, stop);
     if (!sound) {
         conversion.file.notes << QStringLiteral("the tags of %1 cannot be read: %2")
-                                     .arg(quoted(source), sound.error().localizedDescription());
+                                     .arg(quoted(source), sound.error().localizedFailureReason());
         return {};
     }
     std::vector<SoundText> texts;
@@ -386,15 +444,21 @@ QByteArray AudioConvertJob::Work::coverOf(Conversion &conversion, const std::sto
     if (picture)
         return *picture;
     conversion.file.notes << QStringLiteral("the cover of %1 cannot be read: %2")
-                                 .arg(quoted(source), picture.error().localizedDescription());
+                                 .arg(quoted(source), picture.error().localizedFailureReason());
     return {};
 }
 
 void AudioConvertJob::Work::record(Conversion &conversion, const NSError &error)
 {
     conversion.stage.reset();
-    conversion.file.error = error;
     ++filesDone;
+    if (isLackOfDescriptorsBehind(error)) {
+        // The next one would have it, too: it is told once, and no further file is begun.
+        lackOfDescriptors = lackOfDescriptors ? lackOfDescriptors : error;
+        next = sources.size();
+        return;
+    }
+    conversion.file.error = error;
     files[conversion.number] = std::move(conversion.file);
 }
 
@@ -422,15 +486,25 @@ void AudioConvertJob::Work::endIfIdle()
 {
     const bool isBusy = std::any_of(lanes.begin(), lanes.end(),
                                     [](const std::unique_ptr<Lane> &lane) { return lane->state != Lane::State::Idle; });
-    const bool isOver = next == list.files.size() || isCancelled();
+    const bool isOver = next == sources.size() || isCancelled();
     if (isBusy || isStepRunning || !steps.empty() || !isOver || std::exchange(hasEnded, true))
         return;
     for (std::optional<ConvertedFile> &file : files) {
         if (file)
             result.files.push_back(*std::move(file));
     }
-    result.error = cancellationOr({});
-    end(result.error);
+    result.error = cancellationOr(lackOfDescriptors);
+    removeFoldersAndEnd();
+}
+
+void AudioConvertJob::Work::removeFoldersAndEnd()
+{
+    runInBackground(
+        [this](const std::stop_token &) {
+            folders.removeEmpty();
+            return NSError();
+        },
+        [this](const NSError &) { end(result.error); });
 }
 
 /// What waits in the background is given up with what it has made; what runs there ends by itself.

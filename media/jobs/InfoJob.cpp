@@ -1,19 +1,23 @@
 #include "imaging/jobs/DiscJobWork.h"
+#include "media/jobs/MediaFileWalk.h"
 #include "media/jobs/StagedResult.h"
 #include "platform/foundation/DescriptorIO.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/foundation/PathBytes.h"
 #include "platform/foundation/UniqueDescriptor.h"
+#include "platform/quicktime/MediaErrors.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/InfoJob.h>
 #include <TessaronClasses/KRMovieInfo.h>
 
 #include <QDir>
 
-#include <algorithm>
 #include <cerrno>
+#include <deque>
 #include <fcntl.h>
+#include <functional>
 #include <stdexcept>
 #include <utility>
 
@@ -50,14 +54,15 @@ int writeFile(const QByteArray &path, const QByteArray &bytes)
 }
 
 /// Writes the cover into the folder under a name of its own, which it returns; nothing is left of one that is cut.
-Result<QByteArray> writeArtwork(const MovieFileInfo &file, const QByteArray &folder, const std::stop_token &stop)
+Result<QByteArray> writeArtwork(const MovieFileInfo &file, const QByteArray &folder, MadeFolders &folders,
+                                const std::stop_token &stop)
 {
     const Result<QByteArray> picture = pictureOfCover(file.path, *file.movie.cover, stop);
     if (!picture)
         return artworkFailure(file.path, picture.error().localizedFailureReason());
     const QString absolute = QDir::current().absoluteFilePath(stringWithFileSystemRepresentation(folder));
     const Result<std::unique_ptr<StagedResult>> stage =
-        StagedResult::create(childPath(fileSystemRepresentation(absolute), nameOfArtwork(file)));
+        StagedResult::create(childPath(fileSystemRepresentation(absolute), nameOfArtwork(file)), folders);
     if (!stage)
         return artworkFailure(file.path, stage.error().localizedDescription());
     if (const int failure = writeFile((*stage)->path(), *picture))
@@ -68,19 +73,23 @@ Result<QByteArray> writeArtwork(const MovieFileInfo &file, const QByteArray &fol
     return *path;
 }
 
+/// How many files are found ahead of those that are looked at.
+constexpr std::size_t filesAtOnce = 200;
+
 } // namespace
 
-std::size_t InfoResult::failures() const
+bool InfoResult::isComplete() const
 {
-    return std::size_t(std::count_if(files.begin(), files.end(),
-                                     [](const MovieFileInfo &file) { return file.error || file.artworkError; }));
+    return !error && failureCount == 0 && noMovieCount == 0 && unreadable.empty();
 }
 
+/// Finds some files in the background, asks for one after the other, then finds the next ones.
 class InfoJob::Work final : public DiscJobWork
 {
 public:
     explicit Work(InfoOrder given)
         : order(std::move(given))
+        , walk(order.paths)
         , receiver(std::make_shared<Receiver>(*this))
     {
     }
@@ -91,6 +100,7 @@ public:
 
     const InfoOrder order;
     InfoResult result;
+    std::function<void(const MovieFileInfo &)> tell;
 
 private:
     /// Hears of the file that was asked for, as long as the work is there.
@@ -117,25 +127,67 @@ private:
         MovieDescription m_movie;
     };
 
+    void findFiles();
     void askForNext();
     void gotInfo(MovieDescription movie, const NSError &error);
     void takeArtworkOut();
+    void fileEnded();
+    void endWith(const NSError &error);
 
+    MadeFolders folders; ///< goes behind what is made in them; the background's alone
+    MediaFileWalk walk; ///< the background's while it runs
+    std::deque<FoundMediaFile> found;
+    bool isWalkOver = false;
+    MovieFileInfo file; ///< the one that is being looked at
+    bool wasFileGiven = false;
     const std::shared_ptr<Receiver> receiver;
     bool isAsking = false; ///< a request of ours is in the queue
 };
 
+void InfoJob::Work::findFiles()
+{
+    runInBackground(
+        [this](const std::stop_token &stop) {
+            while (found.size() < filesAtOnce && !isWalkOver) {
+                std::optional<FoundMediaFile> next = walk.next(stop);
+                if (next)
+                    found.push_back(*std::move(next));
+                else
+                    isWalkOver = true;
+            }
+            return NSError();
+        },
+        [this](const NSError &error) {
+            const MediaFileRemarks &remarks = walk.remarks();
+            if (result.unreadable.size() < remarks.unreadable.size())
+                result.unreadable = remarks.unreadable;
+            result.leftOut = remarks.leftOut;
+            result.leftOutSpecial = remarks.leftOutSpecial;
+            if (error)
+                endWith(error);
+            else
+                askForNext();
+        });
+}
+
 void InfoJob::Work::askForNext()
 {
-    const std::size_t next = result.files.size();
-    if (isCancelled() || next == std::size_t(order.paths.size())) {
-        result.error = cancellationOr({});
-        end(result.error);
-        return;
+    for (; !found.empty() && found.front().error && !isCancelled(); found.pop_front()) {
+        file = {};
+        file.path = found.front().path;
+        file.error = found.front().error;
+        fileEnded();
     }
+    if (isCancelled() || (found.empty() && isWalkOver))
+        return endWith({});
+    if (found.empty())
+        return findFiles();
+    file = {};
+    file.path = found.front().path;
+    wasFileGiven = found.front().wasGiven;
+    found.pop_front();
     isAsking = true;
-    const QString path = stringWithFileSystemRepresentation(order.paths[qsizetype(next)]);
-    KRMovieInfo::sharedInstance()->getInfoForMovieAtPath(path, receiver);
+    KRMovieInfo::sharedInstance()->getInfoForMovieAtPath(stringWithFileSystemRepresentation(file.path), receiver);
 }
 
 void InfoJob::Work::gotInfo(MovieDescription movie, const NSError &error)
@@ -143,34 +195,53 @@ void InfoJob::Work::gotInfo(MovieDescription movie, const NSError &error)
     // A cancel may come between the reading and this.
     if (!std::exchange(isAsking, false))
         return;
-    MovieFileInfo file;
-    file.path = order.paths[qsizetype(result.files.size())];
+    if (isLackOfDescriptors(error)) // The next file would have it, too: it is told once.
+        return endWith(discJobError(DiscJobErrorCode::Source, error.localizedDescription(),
+                                    error.localizedRecoverySuggestion(), file.path, error.code()));
     file.movie = std::move(movie);
     file.error = error;
-    result.files.push_back(std::move(file));
-    const MovieFileInfo &last = result.files.back();
-    if (!last.error && last.movie.cover && !order.artworkFolder.isEmpty())
-        takeArtworkOut();
-    else
-        askForNext();
+    file.isNoMovie = !wasFileGiven && error.domain() == NSOSStatusErrorDomain && error.code() == noMovieFound;
+    if (!error && file.movie.cover && !order.artworkFolder.isEmpty())
+        return takeArtworkOut();
+    fileEnded();
+    askForNext();
 }
 
 void InfoJob::Work::takeArtworkOut()
 {
     runInBackground(
         [this](const std::stop_token &stop) {
-            MovieFileInfo &file = result.files.back();
-            const Result<QByteArray> path = writeArtwork(file, order.artworkFolder, stop);
-            file.artworkError = path.error();
+            Result<QByteArray> path = writeArtwork(file, order.artworkFolder, folders, stop);
             if (path)
-                file.artwork = *path;
+                file.artwork = *std::move(path);
+            else if (!stop.stop_requested())
+                file.artworkError = path.error();
             return NSError();
         },
         [this](const NSError &error) {
             if (error)
-                result.files.back().artworkError = error;
+                file.artworkError = error;
+            fileEnded();
             askForNext();
         });
+}
+
+void InfoJob::Work::fileEnded()
+{
+    ++result.fileCount;
+    if (file.isNoMovie)
+        ++result.noMovieCount;
+    else if (file.error || file.artworkError)
+        ++result.failureCount;
+    tell(file);
+    if (order.areFilesKept)
+        result.files.push_back(std::move(file));
+}
+
+void InfoJob::Work::endWith(const NSError &error)
+{
+    result.error = cancellationOr(error);
+    end(result.error);
 }
 
 void InfoJob::Work::stop()
@@ -190,20 +261,27 @@ DiscJobProgress InfoJob::Work::progress() const
 {
     DiscJobProgress progress;
     progress.phase = DiscJobPhase::Scanning;
-    progress.files = result.files.size();
+    progress.files = result.fileCount;
     return progress;
 }
 
 InfoJob::InfoJob(InfoOrder order, QObject *parent)
-    : DiscJob(std::make_unique<Work>(std::move(order)), parent)
+    : InfoJob(std::make_unique<Work>(std::move(order)).release(), parent)
 {
+}
+
+InfoJob::InfoJob(Work *work, QObject *parent)
+    : DiscJob(std::unique_ptr<DiscJobWork>(work), parent)
+    , m_work(work)
+{
+    work->tell = [this](const MovieFileInfo &file) { Q_EMIT described(file); };
 }
 
 InfoJob::~InfoJob() = default;
 
 const InfoResult &InfoJob::result() const
 {
-    return static_cast<const Work &>(work()).result;
+    return m_work->result;
 }
 
 void InfoJob::announceResult()

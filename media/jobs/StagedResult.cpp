@@ -6,8 +6,6 @@
 #include "platform/foundation/PathBytes.h"
 #include <TessaronClasses/PathHelpers.h>
 
-#include <QDir>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -54,12 +52,11 @@ StagedResult::~StagedResult()
     forgetEmergencyRemoval(m_folderNumber);
 }
 
-Result<std::unique_ptr<StagedResult>> StagedResult::create(const QByteArray &wanted)
+Result<std::unique_ptr<StagedResult>> StagedResult::create(const QByteArray &wanted, MadeFolders &folders)
 {
     const QByteArray parentFolder = parentPath(wanted);
-    errno = 0;
-    if (!QDir().mkpath(stringWithFileSystemRepresentation(parentFolder)))
-        return systemError(errno != 0 ? errno : EACCES, parentFolder);
+    if (const int failure = folders.make(parentFolder))
+        return systemError(failure, parentFolder);
     QByteArray hidden = childPath(parentFolder, hiddenNamePattern);
     UniqueDescriptor parent = openFolder(parentFolder);
     if (!parent || !::mkdtemp(hidden.data()))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "media/jobs/MadeFolders.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/UniqueDescriptor.h"
 
@@ -16,14 +17,16 @@ namespace Tessaron
 class StagedResult
 {
 public:
-    /// Makes the hidden folder, and the folders on the way to it. `wanted` is an absolute path.
-    [[nodiscard]] static Result<std::unique_ptr<StagedResult>> create(const QByteArray &wanted);
+    /// Makes the hidden folder, and by `folders` those on the way to it. `wanted` is an absolute path.
+    [[nodiscard]] static Result<std::unique_ptr<StagedResult>> create(const QByteArray &wanted, MadeFolders &folders);
     ~StagedResult();
     StagedResult(const StagedResult &) = delete;
     StagedResult &operator=(const StagedResult &) = delete;
 
     /// Where the file is to be made.
     [[nodiscard]] QByteArray path() const;
+    /// As it was given to create().
+    [[nodiscard]] const QByteArray &wanted() const { return m_wanted; }
 
     /// Puts bytes in front of the file. After an error, the file is gone.
     [[nodiscard]] NSError prepend(const QByteArray &bytes);

@@ -1,5 +1,8 @@
 #include "media/jobs/ToolReport.h"
 
+#include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/MessageTexts.h"
+
 #include <csignal>
 #include <vector>
 
@@ -14,9 +17,21 @@ namespace
 constexpr int writtenWithDamage = 3;
 constexpr int readerIsGone = 4;
 
+/// A line without the paths that programs put in front of an error, or into it.
+QString withoutPaths(QString line, const ToolPaths &paths)
+{
+    const auto inFront = [](const QByteArray &path) { return displayableText(quoted(path)) + QStringLiteral(": "); };
+    if (const QString source = inFront(paths.source); line.startsWith(source))
+        line.remove(0, source.size());
+    if (const QString destination = inFront(paths.destination); line.startsWith(destination))
+        line.replace(0, destination.size(), QStringLiteral("the result cannot be written: "));
+    const auto shown = [](const QByteArray &path) { return displayableText(stringWithFileSystemRepresentation(path)); };
+    return line.replace(shown(paths.destination), shown(paths.result));
+}
+
 /// The lines that a program has printed, without its name in front. Programs that show their progress end lines with
 /// carriage returns.
-QStringList linesOf(QString message)
+QStringList linesOf(QString message, const ToolPaths &paths)
 {
     QStringList lines;
     for (QString &line : message.replace(u'\r', u'\n').split(u'\n', Qt::SkipEmptyParts)) {
@@ -24,7 +39,7 @@ QStringList linesOf(QString message)
             if (line.startsWith(QLatin1String(name)))
                 line.remove(0, QLatin1String(name).size());
         }
-        lines << line.trimmed();
+        lines << withoutPaths(line.trimmed(), paths);
     }
     return lines;
 }
@@ -50,14 +65,15 @@ bool isConsequence(const taskLauncher::TaskEnd &end)
 
 } // namespace
 
-ToolReport reportOfTools(const KRAudioConverter &converter)
+ToolReport reportOfTools(const KRAudioConverter &converter, const ToolPaths &paths)
 {
     ToolReport report;
     const std::vector<taskLauncher::TaskEnd> &ends = converter.lastTaskEnds();
     if (ends.empty())
         return {QStringLiteral("the programs that convert were not started"), false, {}};
     const bool isPipeline = ends.size() > 1;
-    const QStringList decoderLines = linesOf(isPipeline ? converter.earlierTaskMessage() : converter.lastTaskMessage());
+    const QStringList lastLines = linesOf(converter.lastTaskMessage(), paths);
+    const QStringList decoderLines = isPipeline ? linesOf(converter.earlierTaskMessage(), paths) : lastLines;
     const QString decoder = QStringLiteral("the program that reads it");
     taskLauncher::TaskEnd decoderEnd = ends.front();
     if (decoderEnd.hasEnded && !decoderEnd.isBySignal && decoderEnd.status == writtenWithDamage) {
@@ -68,7 +84,7 @@ ToolReport reportOfTools(const KRAudioConverter &converter)
     if (!isPipeline || !isConsequence(decoderEnd))
         report.failure = failureOf(decoderEnd, decoder, decoderLines);
     if (isPipeline && report.failure.isEmpty())
-        report.failure = failureOf(ends.back(), QStringLiteral("the encoder"), linesOf(converter.lastTaskMessage()));
+        report.failure = failureOf(ends.back(), QStringLiteral("the encoder"), lastLines);
     if (report.failure.isEmpty() && isConsequence(decoderEnd))
         report.failure = QStringLiteral("the encoder has ended before the sound");
     return report;

@@ -2,6 +2,7 @@
 
 #include <TessaronClasses/KRAudioConverter.h>
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -15,7 +16,15 @@ struct ToolReport {
     QStringList damage; ///< where and what, a place each
 };
 
-/// How the programs of the last file of a converter have ended, which the converter passes over without a word.
-[[nodiscard]] ToolReport reportOfTools(const KRAudioConverter &converter);
+/// The paths of a conversion.
+struct ToolPaths {
+    QByteArray source; ///< as the programs were given it
+    QByteArray destination; ///< the same
+    QByteArray result; ///< where the destination goes when it is whole
+};
+
+/// How the programs of the last file of a converter have ended, which the converter passes over without a word. What
+/// they say is told without the path of the source, and without that of the destination, which people do not know.
+[[nodiscard]] ToolReport reportOfTools(const KRAudioConverter &converter, const ToolPaths &paths);
 
 } // namespace Tessaron

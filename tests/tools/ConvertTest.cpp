@@ -177,6 +177,105 @@ TEST_F(Convert, aFullDisk_isNoticed)
     }
 }
 
+TEST_F(Convert, errors_nameOnePath_thatOfTheSource)
+{
+    m_tree.makeFile("closed/a.wav", waveFile(tone(1000)));
+    m_tree.setMode("closed/a.wav", 0);
+    m_tree.setMode("", 0755);
+    m_tree.setMode("out", 0777);
+    m_tree.makeFile("big.wav", waveFile(noise(400000)));
+    m_tree.makeFile("bad.wav", "no sound");
+    for (const char *const format : {"wav", "mp3"}) {
+        ChildSettings settings = tessaron(words({"--to", format, m_tree.path("closed")}));
+        settings.withoutRootRights = true;
+        ChildResult result = runChild(settings);
+        EXPECT_EQ(result.exitStatus, 1);
+        EXPECT_EQ(result.errors.count("a.wav"), 1) << result.errors.constData();
+        EXPECT_TRUE(result.errors.contains("a.wav\xE2\x80\x9D cannot be converted: Permission denied"))
+            << result.errors.constData();
+        result = convert({"--to", format, m_tree.path("bad.wav")});
+        EXPECT_EQ(result.errors.count("bad.wav"), 1) << result.errors.constData();
+        settings = tessaron(words({"--to", format, m_tree.path("big.wav")}));
+        settings.fileSizeLimit = 50000;
+        result = runChild(settings);
+        EXPECT_EQ(result.exitStatus, 1);
+        EXPECT_EQ(result.errors.count("big."), 1) << result.errors.constData();
+        EXPECT_FALSE(result.errors.contains(".convert-")) << result.errors.constData();
+    }
+    const ChildResult full = [&] {
+        ChildSettings settings = tessaron(words({"--to", "wav", m_tree.path("big.wav")}));
+        settings.fileSizeLimit = 50000;
+        return runChild(settings);
+    }();
+    EXPECT_TRUE(full.errors.contains("cannot be converted: the result cannot be written: File too large"))
+        << full.errors.constData();
+}
+
+TEST_F(Convert, foldersOfResultsThatAllFailed_areRemoved_whereTheyWereMade)
+{
+    m_tree.makeFile("bad/deep/er/bad.wav", "no sound");
+    m_tree.makeFile("bad/good/one.wav", waveFile(tone(1000)));
+    m_tree.makeFolder("out/bad/deep");
+    EXPECT_EQ(convert({"--to", "wav", m_tree.path("bad")}).exitStatus, 1);
+    EXPECT_TRUE(m_tree.exists("out/bad/deep")) << "was there before";
+    EXPECT_FALSE(m_tree.exists("out/bad/deep/er"));
+    EXPECT_TRUE(m_tree.exists("out/bad/good/one.wav"));
+    EXPECT_EQ(runTessaron({"convert", "--to", "wav", "-d", m_tree.path("new/er"), m_tree.path("bad/deep")}).exitStatus,
+              1);
+    EXPECT_FALSE(m_tree.exists("new")) << "with those on the way to it";
+}
+
+TEST_F(Convert, whatIsNoFile_isRefusedOrToldAsLeftOut)
+{
+    m_tree.makeFifo("pipe.wav");
+    m_tree.makeFifo("music/pipe.wav");
+    m_tree.makeSymbolicLink("music/link.wav", "one.wav");
+    const ChildResult given = convert({"--to", "wav", m_tree.path("pipe.wav")});
+    EXPECT_EQ(given.exitStatus, 1);
+    EXPECT_TRUE(given.errors.contains("is neither a folder nor a regular file")) << given.errors.constData();
+    EXPECT_TRUE(given.errors.contains("Copy what it delivers into a file first.")) << given.errors.constData();
+    const ChildResult found = convert({"--to", "wav", "--json", m_tree.path("music")});
+    EXPECT_EQ(found.exitStatus, 0) << found.errors.constData();
+    EXPECT_EQ(jsonOf(found.output)[u"leftOut"], 1);
+    EXPECT_EQ(jsonOf(found.output)[u"leftOutSpecial"], 2);
+    EXPECT_TRUE(found.errors.contains("left out 2 links and special files")) << found.errors.constData();
+}
+
+TEST_F(Convert, aFolderWhoseEntriesCannotBeLookedAt_isTold)
+{
+    m_tree.setMode("music/album", 0444);
+    m_tree.setMode("", 0755);
+    m_tree.setMode("out", 0777);
+    ChildSettings settings = tessaron(words({"--to", "wav", m_tree.path("music")}));
+    settings.withoutRootRights = true;
+    const ChildResult result = runChild(settings);
+    m_tree.setMode("music/album", 0755);
+    EXPECT_EQ(result.exitStatus, 3) << result.errors.constData();
+    EXPECT_TRUE(result.errors.contains("album\xE2\x80\x9D cannot be listed: Permission denied"))
+        << result.errors.constData();
+}
+
+TEST_F(Convert, lackOfDescriptors_isToldOnce)
+{
+    bool isDone = false;
+    for (quint64 limit = 4; limit < 60 && !isDone; ++limit) {
+        ChildSettings settings = tessaron(words(
+            {"--to", "wav", "-j", "1", "--json", m_tree.path("music/one.wav"), m_tree.path("music/album/two.wav")}));
+        settings.descriptorLimit = limit;
+        const ChildResult result = runChild(settings);
+        constexpr int notLoaded = 127;
+        isDone = result.exitStatus == 0;
+        if (isDone || result.exitStatus == notLoaded)
+            continue;
+        EXPECT_EQ(result.exitStatus, 1) << limit << result.errors.constData();
+        EXPECT_EQ(outNames(), Names()) << limit;
+        EXPECT_TRUE(jsonOf(result.output)[u"result"].isString()) << limit << result.errors.constData();
+        EXPECT_EQ(result.errors.count("oo many"), 1) << limit << result.errors.constData();
+        EXPECT_EQ(result.errors.count("(ulimit -n)"), 1) << limit << result.errors.constData();
+    }
+    EXPECT_TRUE(isDone);
+}
+
 TEST_F(Convert, usage_isChecked)
 {
     const QByteArray file = m_tree.path("music/one.wav");

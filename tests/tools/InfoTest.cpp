@@ -133,6 +133,117 @@ TEST_F(Info, pictureThatIsBroken_isNoReasonToComplain)
     EXPECT_EQ(result.errors, "");
 }
 
+TEST_F(Info, folders_areWalked_andWhatIsNoMovieByNameIsLeftOut)
+{
+    const QByteArray movie = movieAtom(plainSoundTrack());
+    m_tree.makeFile("music/b.mov", movie);
+    m_tree.makeFile("music/a/one.mov", movie);
+    m_tree.makeFile("music/a/caf\xE9.mov", movie);
+    m_tree.makeFile("music/cover.jpg", "picture");
+    m_tree.makeFile("music/a/notes.txt", "notes");
+    m_tree.makeFifo("music/pipe.mov");
+    m_tree.makeSymbolicLink("music/link.mov", "b.mov");
+    m_tree.makeSymbolicLink("linked", "music");
+    for (const char *const folder : {"music", "linked"}) {
+        const QByteArray path = m_tree.path(folder);
+        const ChildResult result = runTessaron({"info", path});
+        EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+        EXPECT_EQ(result.errors,
+                  "tessaron: looked at 3 files; left out 2 files that by their names are neither sound nor movies and "
+                  "2 links and special files\n");
+        EXPECT_TRUE(result.output.startsWith(path + "/b.mov: ")) << result.output.constData();
+        EXPECT_LT(result.output.indexOf("\n\n" + path + "/a/caf\\xe9.mov: "),
+                  result.output.indexOf("\n\n" + path + "/a/one.mov: "));
+        const QJsonObject report = jsonOf(runTessaron({"info", "--json", path}).output);
+        EXPECT_EQ(report[QStringLiteral("result")].toString(), QStringLiteral("done"));
+        EXPECT_EQ(report[QStringLiteral("files")].toArray().size(), 3);
+        EXPECT_EQ(report[QStringLiteral("leftOut")].toInteger(), 2);
+        EXPECT_EQ(report[QStringLiteral("leftOutSpecial")].toInteger(), 2);
+    }
+}
+
+TEST_F(Info, filesOfAFolder_thatAreNoMovies_areToldApartFromThoseThatCannotBeRead)
+{
+    m_tree.makeFile("music/a.mov", movieAtom(plainSoundTrack()));
+    m_tree.makeFile("music/text.mp4", "just a text");
+    const ChildResult stranger = runTessaron({"info", "--json", m_tree.path("music")});
+    EXPECT_EQ(stranger.exitStatus, 3);
+    EXPECT_TRUE(stranger.errors.contains("text.mp4")) << stranger.errors.constData();
+    const QJsonObject report = jsonOf(stranger.output);
+    EXPECT_EQ(report[QStringLiteral("result")].toString(), QStringLiteral("incomplete"));
+    EXPECT_EQ(report[QStringLiteral("noMovies")].toInteger(), 1);
+    EXPECT_EQ(report[QStringLiteral("failures")].toInteger(), 0);
+    EXPECT_TRUE(report[QStringLiteral("error")].isNull());
+    EXPECT_TRUE(fileOf(report, 1)[QStringLiteral("noMovie")].toBool());
+    EXPECT_EQ(runTessaron({"info", m_tree.path("music/text.mp4")}).exitStatus, 1) << "named by itself";
+
+    m_tree.makeFile("music/closed.mov", movieAtom(plainSoundTrack()));
+    m_tree.setMode("music/closed.mov", 0);
+    m_tree.setMode("", 0755);
+    ChildSettings settings = tessaron({"info", "--json", m_tree.path("music")});
+    settings.withoutRootRights = true;
+    const ChildResult unreadable = runChild(settings);
+    EXPECT_EQ(unreadable.exitStatus, 1);
+    EXPECT_EQ(jsonOf(unreadable.output)[QStringLiteral("failures")].toInteger(), 1);
+    EXPECT_TRUE(unreadable.errors.contains("closed.mov")) << unreadable.errors.constData();
+
+    m_tree.remove("music/closed.mov");
+    m_tree.makeFolder("music/shut");
+    m_tree.setMode("music/shut", 0);
+    const ChildResult shut = runChild(settings);
+    m_tree.setMode("music/shut", 0755);
+    EXPECT_EQ(shut.exitStatus, 3);
+    EXPECT_TRUE(shut.errors.contains("shut\xE2\x80\x9D cannot be listed: Permission denied"))
+        << shut.errors.constData();
+    EXPECT_EQ(jsonOf(shut.output)[QStringLiteral("unreadable")].toArray().size(), 1);
+}
+
+TEST_F(Info, emptyFolder_isSaidToHoldNothing)
+{
+    const ChildResult result = runTessaron({"info", m_tree.makeFolder("empty")});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.errors, "tessaron: looked at 0 files\n");
+}
+
+TEST_F(Info, eachFile_isToldBeforeTheNextOneIsLookedAt)
+{
+    for (int index = 100; index < 400; ++index)
+        m_tree.makeFile("music/" + QByteArray::number(index) + ".mov", movieAtom(plainSoundTrack()));
+    ChildSettings settings = tessaron({"info", m_tree.path("music")});
+    settings.outputToBrokenPipe = true;
+    const ChildResult result = runChild(settings);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.errors, "tessaron: the report cannot be written to standard output: Broken pipe\n");
+    for (const char *const form : {"--json",
+                                   "--artwork="
+                                   "/nowhere/at/all"}) {
+        settings = tessaron({"info", form, m_tree.path("music")});
+        settings.standardOutput = "/dev/full";
+        const ChildResult full = runChild(settings);
+        EXPECT_EQ(full.exitStatus, 1) << form;
+        EXPECT_EQ(full.errors, "tessaron: the report cannot be written to standard output: No space left on device\n");
+    }
+}
+
+TEST_F(Info, lackOfDescriptors_isToldOnce)
+{
+    m_tree.makeFile("music/a.mov", movieAtom(plainSoundTrack()));
+    m_tree.makeFile("music/b.wav", waveFile(tone(100)));
+    bool isDone = false;
+    for (quint64 limit = 4; limit < 40 && !isDone; ++limit) {
+        ChildSettings settings = tessaron({"info", "--json", m_tree.path("music")});
+        settings.descriptorLimit = limit;
+        const ChildResult result = runChild(settings);
+        constexpr int notLoaded = 127;
+        isDone = result.exitStatus == 0;
+        if (isDone || result.exitStatus == notLoaded)
+            continue;
+        EXPECT_EQ(result.errors.count("oo many"), 1) << limit << result.errors.constData();
+        EXPECT_TRUE(jsonOf(result.output)[QStringLiteral("result")].isString()) << limit;
+    }
+    EXPECT_TRUE(isDone);
+}
+
 TEST_F(Info, wrongUsage_isRefused)
 {
     EXPECT_EQ(runTessaron({"info"}).exitStatus, 2);

@@ -144,6 +144,9 @@ void ConvertCommand::printSummary(double seconds) const
     if (m_result.leftOut > 0)
         line += QStringLiteral("; left out %1 that by their names are neither sound nor movies")
                     .arg(counted(m_result.leftOut, "file", "files"));
+    if (m_result.leftOutSpecial > 0)
+        line += QStringLiteral("; left out %1")
+                    .arg(counted(m_result.leftOutSpecial, "link or special file", "links and special files"));
     printDiagnostic(line);
 }
 
@@ -154,6 +157,7 @@ bool ConvertCommand::writeJson(double seconds) const
     writer.pathMember("directory", m_arguments.folder);
     writer.member("failures", m_result.failures());
     writer.member("leftOut", m_result.leftOut);
+    writer.member("leftOutSpecial", m_result.leftOutSpecial);
     writer.key("seconds");
     writer.value(seconds, 3);
     writer.key("files");

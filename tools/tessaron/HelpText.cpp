@@ -202,7 +202,8 @@ something in a file was broken or could not be read, 130 interrupted.
 constexpr char infoIntroduction[] = R"(Usage: tessaron info [OPTION]... FILE...
 
 Tells what is in audio and movie files: their tracks with codes, forms, lengths
-and sizes, their texts, and their covers.
+and sizes, their texts, and their covers. A FILE may be a folder; files in it
+whose names say neither sound nor movie are left out.
 
 Options:
 )";
@@ -211,9 +212,11 @@ constexpr char infoEnd[] = R"(
 Examples:
   tessaron info *.m4a
   tessaron info --json --artwork covers film.mov
+  tessaron info Music
 
-Exit status: 0 done, 1 a FILE could not be read or a cover not be written, 2
-wrong usage, 130 interrupted.
+Exit status: 0 done, 1 a file could not be read or a cover not be written, 2
+wrong usage, 3 done but a file of a folder is no movie or a folder could not be
+listed, 130 interrupted.
 )";
 
 constexpr char dvdIntroduction[] = R"(Usage: tessaron dvd [OPTION]... PATH

@@ -12,6 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <unistd.h>
+#include <utility>
 
 namespace Tessaron::Tool
 {
@@ -256,9 +257,24 @@ Problem problemOfFile(const MovieFileInfo &file)
     Problem problem = problemOf(file.error ? file.error : file.artworkError);
     if (file.error) {
         problem.kind = Problem::Kind::Source;
-        problem.code = file.error.code();
+        if (file.error.domain() == NSOSStatusErrorDomain)
+            problem.code = file.error.code();
     }
     return problem;
+}
+
+void writeFile(JsonWriter &writer, const MovieFileInfo &file)
+{
+    writer.beginObject();
+    writer.pathMember("path", file.path);
+    if (!file.error) {
+        writeMovie(writer, file.movie);
+        writeCover(writer, file);
+    }
+    if (file.isNoMovie)
+        writer.member("noMovie", true);
+    writeErrorMember(writer, problemOfFile(file));
+    writer.endObject();
 }
 
 } // namespace
@@ -268,79 +284,116 @@ InfoCommand::InfoCommand(const Arguments &arguments)
 {
 }
 
+InfoCommand::~InfoCommand() = default;
+
+/// What is found is told at once, so that any number of files takes the memory of one.
 ExitStatus InfoCommand::run()
 {
-    InfoJob job({m_arguments.paths, m_arguments.artworkFolder});
-    m_result = m_run.resultOf(job);
+    if (m_arguments.json)
+        beginJson();
+    {
+        InfoJob job({m_arguments.paths, m_arguments.artworkFolder, false});
+        QObject::connect(&job, &InfoJob::described, &job, [&](const MovieFileInfo &file) {
+            tell(file);
+            if (m_outputErrno != 0)
+                job.cancel();
+        });
+        m_result = m_run.resultOf(job);
+    }
     m_problem = problemOfResult();
-    const bool isWritten = m_arguments.json ? writeJson() : writeText();
-    printFailures();
-    if (isWritten)
-        return exitStatusFor(m_problem);
-    printDiagnostic(QStringLiteral("the report cannot be written to standard output: %1").arg(systemText(errno)));
-    return ExitStatus::Failed;
+    if (m_outputErrno == 0)
+        printRest();
+    const bool isWritten = endOutput();
+    return exitStatusAfterReport(isWritten, status());
+}
+
+void InfoCommand::tell(const MovieFileInfo &file)
+{
+    const Problem problem = problemOfFile(file);
+    if (m_json) {
+        writeFile(*m_json, file);
+        m_outputErrno = m_json->failure();
+    } else if (!file.error) {
+        const QByteArray text = (std::exchange(m_isFirst, false) ? QByteArray() : QByteArray("\n")) + textOf(file);
+        m_outputErrno = writeAll(STDOUT_FILENO, text) ? 0 : errno;
+    }
+    if (!problem)
+        return;
+    if (file.isNoMovie) {
+        printDiagnostic(problem.message);
+        return;
+    }
+    if (!m_firstProblem)
+        m_firstProblem = problem;
+    printProblem(problem);
 }
 
 Problem InfoCommand::problemOfResult() const
 {
-    if (m_result.error || m_result.failures() == 0)
+    if (m_result.error || m_result.failureCount == 0)
         return problemOf(m_result.error);
-    for (const MovieFileInfo &file : m_result.files) {
-        Problem problem = problemOfFile(file);
-        if (!problem)
-            continue;
-        if (m_result.files.size() > 1)
-            problem.message = QStringLiteral("%1 of %2 could not be dealt with; the first one: %3")
-                                  .arg(m_result.failures())
-                                  .arg(counted(m_result.files.size(), "file", "files"), problem.message);
-        return problem;
-    }
-    return {};
+    Problem problem = m_firstProblem;
+    if (m_result.fileCount > 1)
+        problem.message = QStringLiteral("%1 of %2 could not be dealt with; the first one: %3")
+                              .arg(m_result.failureCount)
+                              .arg(counted(m_result.fileCount, "file", "files"), problem.message);
+    return problem;
 }
 
-void InfoCommand::printFailures() const
+ExitStatus InfoCommand::status() const
 {
-    for (const MovieFileInfo &file : m_result.files) {
-        if (const Problem problem = problemOfFile(file))
-            printProblem(problem);
-    }
-    if (m_result.error)
+    if (m_problem)
+        return exitStatusFor(m_problem);
+    return m_result.isComplete() ? ExitStatus::Done : ExitStatus::Incomplete;
+}
+
+/// What belongs to no file. Folders alone have something left out, or hold nothing.
+void InfoCommand::printRest() const
+{
+    printUnreadable(m_result.unreadable);
+    if (m_result.error) {
         printProblem(m_problem);
+        return;
+    }
+    QStringList leftOut;
+    if (m_result.leftOut > 0)
+        leftOut << QStringLiteral("%1 that by their names are neither sound nor movies")
+                       .arg(counted(m_result.leftOut, "file", "files"));
+    if (m_result.leftOutSpecial > 0)
+        leftOut << counted(m_result.leftOutSpecial, "link or special file", "links and special files");
+    if (leftOut.isEmpty() && m_result.fileCount > 0)
+        return;
+    QString line = QStringLiteral("looked at %1").arg(counted(m_result.fileCount, "file", "files"));
+    if (!leftOut.isEmpty())
+        line += QStringLiteral("; left out ") + leftOut.join(QStringLiteral(" and "));
+    printDiagnostic(line);
 }
 
-bool InfoCommand::writeText() const
+void InfoCommand::beginJson()
 {
-    QByteArray text;
-    for (const MovieFileInfo &file : m_result.files) {
-        if (!file.error)
-            text += (text.isEmpty() ? "" : "\n") + textOf(file);
-    }
-    return writeAll(STDOUT_FILENO, text);
+    m_json = std::make_unique<JsonWriter>(STDOUT_FILENO);
+    beginReport(*m_json, QStringLiteral("info"));
+    m_json->key("files");
+    m_json->beginArray();
 }
 
-bool InfoCommand::writeJson() const
+/// False, with `errno` set, when anything could not be written.
+bool InfoCommand::endOutput()
 {
-    JsonWriter writer(STDOUT_FILENO);
-    writer.beginObject();
-    writer.member("version", jsonVersion);
-    writer.member("command", QStringLiteral("info"));
-    writer.member("result", resultName(exitStatusFor(m_problem)));
-    writer.key("files");
-    writer.beginArray();
-    for (const MovieFileInfo &file : m_result.files) {
-        writer.beginObject();
-        writer.pathMember("path", file.path);
-        if (!file.error) {
-            writeMovie(writer, file.movie);
-            writeCover(writer, file);
-        }
-        writeErrorMember(writer, problemOfFile(file));
-        writer.endObject();
+    if (!m_json) {
+        errno = m_outputErrno;
+        return m_outputErrno == 0;
     }
-    writer.endArray();
-    writeErrorMember(writer, m_problem);
-    writer.endObject();
-    return writer.finish();
+    m_json->endArray();
+    m_json->member("failures", m_result.failureCount);
+    m_json->member("noMovies", m_result.noMovieCount);
+    m_json->member("leftOut", m_result.leftOut);
+    m_json->member("leftOutSpecial", m_result.leftOutSpecial);
+    writeUnreadableMember(*m_json, m_result.unreadable);
+    m_json->key("seconds");
+    m_json->value(m_run.seconds(), 3);
+    m_json->member("result", resultName(status()));
+    return endReport(*m_json, m_problem);
 }
 
 } // namespace Tessaron::Tool

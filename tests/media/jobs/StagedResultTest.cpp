@@ -20,7 +20,7 @@ class StagedResultTest : public testing::Test
 protected:
     std::unique_ptr<StagedResult> stageAt(const QByteArray &relative)
     {
-        Result<std::unique_ptr<StagedResult>> stage = StagedResult::create(tree.path(relative));
+        Result<std::unique_ptr<StagedResult>> stage = StagedResult::create(tree.path(relative), folders);
         EXPECT_TRUE(stage) << stage.error().localizedDescription().toStdString();
         return stage ? *std::move(stage) : nullptr;
     }
@@ -36,6 +36,7 @@ protected:
     }
 
     const TemporaryTree tree;
+    MadeFolders folders;
 };
 
 } // namespace
@@ -116,7 +117,7 @@ TEST_F(StagedResultTest, prepending_putsBytesInFrontOfTheFile)
 TEST_F(StagedResultTest, creating_fails_whereNoFolderCanBe)
 {
     tree.makeFile("file");
-    const Result<std::unique_ptr<StagedResult>> stage = StagedResult::create(tree.path("file/song.mp3"));
+    const Result<std::unique_ptr<StagedResult>> stage = StagedResult::create(tree.path("file/song.mp3"), folders);
     ASSERT_FALSE(stage);
     EXPECT_EQ(stage.error().filePath(), tree.pathText("file"));
 }
