@@ -29,7 +29,13 @@ _tessaron_options() {
 # The values of an option of a command; nothing for one that takes a file or free text.
 _tessaron_values() {
     case $1 in
-    --format) if [[ $2 == extract ]]; then echo "wav flac"; else echo "iso bin vant"; fi ;;
+    --format)
+        case $2 in
+        extract) echo "wav flac" ;;
+        audio) echo "bin vant" ;;
+        *) echo "iso bin vant" ;;
+        esac
+        ;;
     --capacity) echo "74 80 90 99" ;;
     --filesystems) echo "iso9660,joliet,udf,hfs+ iso9660,joliet iso9660,udf iso9660 joliet udf hfs+" ;;
     --progress) echo "auto bar json none" ;;
@@ -61,9 +67,9 @@ _tessaron() {
         mapfile -t COMPREPLY < <(compgen -W "$values" -- "$word")
     elif [[ $previous == @(-n|--name|--gap|-j|--jobs) ]]; then
         return
-    elif [[ $previous == -o || $previous == --output || $previous == --isrc || $previous == --data ]]; then
+    elif [[ $previous == @(-o|--output|--isrc) ]]; then
         _tessaron_complete_paths "$word"
-    elif [[ $previous == @(-d|--directory|--artwork) ]]; then
+    elif [[ $previous == @(-d|--directory|--artwork|--data) ]]; then
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -d -- "$word")
     elif [[ $word == -* ]]; then

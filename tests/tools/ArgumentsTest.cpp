@@ -119,6 +119,11 @@ TEST(Arguments, usageError_asksForJson_whenTheLineDoes)
     EXPECT_EQ(arguments.action, Arguments::Action::ReportUsageError);
     EXPECT_TRUE(arguments.json);
     EXPECT_FALSE(parseArguments({"image", "--nonsense", "--", "--json"}).json);
+    EXPECT_TRUE(parseArguments({"no-command", "--json"}).json);
+    EXPECT_TRUE(parseArguments({"--json"}).json);
+    const Arguments named = parseArguments({"image", "-o", "--json", "folder"});
+    EXPECT_FALSE(named.json) << "it is the value of another option";
+    EXPECT_EQ(named.output, "--json");
 }
 
 TEST(Arguments, inspectAndVerify_takeTheImageFirst)

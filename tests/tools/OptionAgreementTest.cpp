@@ -1,3 +1,4 @@
+#include "tests/support/RunProgram.h"
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/OptionTable.h"
 
@@ -84,6 +85,52 @@ TEST(OptionAgreement, manualPage_describesExactlyTheOptions)
     known.merge(knownOptions("dvd"));
     known.merge(knownOptions("convert"));
     EXPECT_EQ(described, known);
+}
+
+TEST(OptionAgreement, synopsisOfTheManualPage_hasEachOptionOfTheCommand)
+{
+    const QString page = projectFile("packaging/man/tessaron.1");
+    const QString synopsis = page.mid(0, page.indexOf(QStringLiteral(".Sh DESCRIPTION")));
+    for (const QByteArray command :
+         {"image", "audio", "inspect", "verify", "scan", "tracks", "extract", "convert", "info", "dvd"}) {
+        const qsizetype from = synopsis.indexOf(QStringLiteral(".Nm\n.Cm %1\n").arg(QString::fromLatin1(command)));
+        ASSERT_GE(from, 0) << command.constData();
+        const QString part = synopsis.mid(from, synopsis.indexOf(QStringLiteral(".Nm\n"), from + 1) - from);
+        Options named;
+        for (const std::string &option : matchesIn(part, "Fl (-?[a-z-]+)"))
+            named.insert('-' + option);
+        if (part.contains(QStringLiteral("Fl q | v")))
+            named.insert("-v");
+        Options wanted;
+        for (const OptionDescription &option : allOptions()) {
+            const bool isShown = option.option != Option::Help && option.option != Option::Version;
+            if (isShown && knows(command, option))
+                wanted.insert(option.shortName != 0 ? std::string("-") + option.shortName
+                                                    : std::string("--") + option.longName);
+        }
+        EXPECT_EQ(named, wanted) << command.constData();
+    }
+}
+
+TEST(OptionAgreement, completion_offersValuesThatTheCommandTakes)
+{
+    const QByteArray script = TESSARON_SOURCE_FOLDER "/packaging/completions/tessaron.bash";
+    const auto offered = [&script](const char *option, const char *command) {
+        const Testing::ProgramRun shell = Testing::runProgram(
+            "bash", {"-c", "source \"$0\" && _tessaron_values \"$1\" \"$2\"", script, option, command});
+        EXPECT_EQ(shell.status, 0) << shell.errors.constData();
+        return shell.output.trimmed().split(' ');
+    };
+    for (const char *const command : {"image", "audio", "extract"}) {
+        for (const QByteArray &value : offered("--format", command)) {
+            QList<QByteArray> words = {command, "--format", value, "-o", "out", "x"};
+            if (QByteArray(command) == "extract")
+                words += {"--track", "1"};
+            EXPECT_NE(parseArguments(words).action, Arguments::Action::ReportUsageError)
+                << command << ' ' << value.constData();
+        }
+    }
+    EXPECT_EQ(offered("--format", "audio"), QList<QByteArray>({"bin", "vant"}));
 }
 
 TEST(OptionAgreement, completion_offersExactlyTheOptionsOfTheCommand)

@@ -525,8 +525,15 @@ QString checkCommand(Arguments &arguments, const Parser &parser)
     return checkImage(arguments, parser.hasFormat);
 }
 
-Arguments withUsageError(Arguments arguments, const QString &message)
+/// Also for a command line that makes no sense: a program that asked for JSON gets JSON.
+bool asksForJson(const QList<QByteArray> &words)
 {
+    return words.mid(0, words.indexOf("--")).contains("--json");
+}
+
+Arguments withUsageError(Arguments arguments, const QList<QByteArray> &words, const QString &message)
+{
+    arguments.json = asksForJson(words);
     arguments.action = Arguments::Action::ReportUsageError;
     arguments.usageError = message;
     return arguments;
@@ -544,10 +551,10 @@ Arguments helpAbout(const QList<QByteArray> &words)
 {
     Arguments result;
     if (words.size() > 1)
-        return withUsageError(result, QStringLiteral("help is about one command at a time"));
+        return withUsageError(result, words, QStringLiteral("help is about one command at a time"));
     const bool isAboutAll = words.isEmpty() || words.first() == "help";
     if (!isAboutAll && !isCommand(words.first()))
-        return withUsageError(result, QStringLiteral("there is no command %1").arg(quoted(words.first())));
+        return withUsageError(result, words, QStringLiteral("there is no command %1").arg(quoted(words.first())));
     result.action = Arguments::Action::ShowHelp;
     result.command = isAboutAll ? QByteArray() : words.first();
     return result;
@@ -559,33 +566,26 @@ Arguments parseArguments(const QList<QByteArray> &words)
 {
     Arguments result;
     if (words.isEmpty())
-        return withUsageError(result, QStringLiteral("no command was given"));
+        return withUsageError(result, words, QStringLiteral("no command was given"));
     QList<QByteArray> rest = words;
     if (words.first() == "help")
         return helpAbout(words.mid(1));
     if (isCommand(words.first()))
         result.command = rest.takeFirst();
     else if (!words.first().startsWith('-'))
-        return withUsageError(result, QStringLiteral("there is no command %1").arg(quoted(words.first())));
-
-    // Also for a command line that makes no sense later on: a program that asked for JSON gets JSON.
-    for (const QByteArray &word : std::as_const(rest)) {
-        if (word == "--")
-            break;
-        result.json = result.json || (word == "--json" && !result.command.isEmpty());
-    }
+        return withUsageError(result, words, QStringLiteral("there is no command %1").arg(quoted(words.first())));
 
     Parser parser(rest, result);
     if (!parser.parse())
-        return withUsageError(result, result.usageError);
+        return withUsageError(result, words, result.usageError);
     if (parser.wantsHelp || parser.wantsVersion) {
         result.action = parser.wantsHelp ? Arguments::Action::ShowHelp : Arguments::Action::ShowVersion;
         return result;
     }
     if (result.command.isEmpty())
-        return withUsageError(result, QStringLiteral("no command was given"));
+        return withUsageError(result, words, QStringLiteral("no command was given"));
     const QString error = checkCommand(result, parser);
-    return error.isEmpty() ? result : withUsageError(result, error);
+    return error.isEmpty() ? result : withUsageError(result, words, error);
 }
 
 } // namespace Tessaron::Tool
