@@ -97,8 +97,24 @@ NSError addSheet(const QByteArray &path, AudioSources *sources)
     return {};
 }
 
+/// Of a path that leads to something else than a file; one that leads nowhere is told when it is opened.
+NSError errorOfKind(const QByteArray &path)
+{
+    struct stat status;
+    if (::stat(path.constData(), &status) != 0 || S_ISREG(status.st_mode))
+        return {};
+    if (S_ISDIR(status.st_mode))
+        return discJobError(DiscJobErrorCode::Source,
+                            QStringLiteral("%1 is a folder, and a track is made of a file").arg(quoted(path)),
+                            QStringLiteral("Name the files in it, or a list of them."), path);
+    return discJobError(DiscJobErrorCode::Source, QStringLiteral("%1 is not a regular file").arg(quoted(path)),
+                        QStringLiteral("Copy what it delivers into a file first."), path);
+}
+
 NSError addFile(const QByteArray &path, AudioSources *sources)
 {
+    if (NSError error = errorOfKind(path))
+        return error;
     if (isCueSheetName(path))
         return addSheet(path, sources);
     sources->sources.push_back({std::size_t(sources->files.size()), 1, {}, {}});

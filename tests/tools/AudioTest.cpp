@@ -236,6 +236,10 @@ TEST_F(Audio, failure_leavesNothing_andSaysWhy)
     expectNothing(run({}, {"1.wav", "missing.wav"}), 1, "missing.wav");
     expectNothing(run({}, {"1.wav", "text.flac"}), 1, "text.flac");
     expectNothing(run({}, {"1.wav", "short.wav"}), 1, "587 samples");
+    m_tree.makeFifo("pipe.wav");
+    m_tree.makeFolder("folder");
+    expectNothing(run({}, {"pipe.wav"}), 1, "Copy what it delivers into a file first.");
+    expectNothing(run({}, {"folder"}), 1, "Name the files in it, or a list of them.");
     expectNothing(runTessaron({"audio", "-o", m_tree.path("out/a.iso"), m_tree.path("1.wav")}), 2, ".vant");
     expectNothing(runTessaron({"audio", "-o", m_tree.path("out/a.bin")}), 2, "no FILE");
     expectNothing(run({"--gap", "x"}, {"1.wav"}), 2, "no number of seconds");
