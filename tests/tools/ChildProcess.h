@@ -61,6 +61,13 @@ private:
     int m_errors = -1;
 };
 
+/// False where a program that has no descriptor left is ended by something of the build's own.
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr bool runsWithoutDescriptors = false;
+#else
+inline constexpr bool runsWithoutDescriptors = true;
+#endif
+
 /// Starts and finishes.
 ChildResult runChild(const ChildSettings &settings);
 

@@ -69,6 +69,8 @@ TEST_F(CommandOutput, scan_listsFilesOfAnyDepth_whenVerbose)
 
 TEST_F(CommandOutput, lackOfDescriptors_isToldOnce_withWhatToDo)
 {
+    if (!runsWithoutDescriptors)
+        GTEST_SKIP() << "the sanitizer looks at objects through a pipe, for which there are no descriptors here";
     makeOrdinaryTree();
     ASSERT_EQ(runTessaron(imageArguments({"-q", "--no-sync"})).exitStatus, 0);
     m_tree.makeFile("out/disc.bin", m_tree.contents("out/disc.iso"));

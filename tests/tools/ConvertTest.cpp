@@ -257,6 +257,8 @@ TEST_F(Convert, aFolderWhoseEntriesCannotBeLookedAt_isTold)
 
 TEST_F(Convert, lackOfDescriptors_isToldOnce)
 {
+    if (!runsWithoutDescriptors)
+        GTEST_SKIP() << "the sanitizer looks at objects through a pipe, for which there are no descriptors here";
     bool isDone = false;
     for (quint64 limit = 4; limit < 60 && !isDone; ++limit) {
         ChildSettings settings = tessaron(words(
