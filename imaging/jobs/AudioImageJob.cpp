@@ -331,7 +331,7 @@ void AudioImageJob::Work::dataMade()
 void AudioImageJob::Work::writeInBackground()
 {
     runInBackground([this](const std::stop_token &stop) { return write(stop); },
-                    [this](const NSError &error) { endWith(cancellationOr(error)); });
+                    [this](const NSError &error) { endWith(error ? cancellationOr(error) : error); });
 }
 
 /// Measures the sounds, where that is asked for, and brings them into the image.
