@@ -37,6 +37,21 @@ QByteArray nameOfTrack(const ExtractedTrack &track, ExtractedSound sound)
     return "track" + number + (track.isAudio ? soundEnd : ".iso");
 }
 
+/// Of an output for one track that is there already and cannot be replaced; null for any other.
+NSError errorOfOutput(const QByteArray &path)
+{
+    struct stat status;
+    if (::stat(path.constData(), &status) != 0 || S_ISREG(status.st_mode))
+        return {};
+    if (S_ISDIR(status.st_mode))
+        return discJobError(DiscJobErrorCode::Destination,
+                            QStringLiteral("the output %1 is a folder").arg(quoted(path)),
+                            QStringLiteral("Name a file in it, or take all tracks."), path);
+    return discJobError(DiscJobErrorCode::Destination,
+                        QStringLiteral("the output %1 is not a regular file").arg(quoted(path)),
+                        QStringLiteral("Name another file."), path);
+}
+
 /// Why the track must not become the file of this name: names tell people and programs what is in a file. Null where
 /// the name fits, or says nothing.
 NSError errorOfName(const QByteArray &path, const ExtractedTrack &track, ExtractedSound sound)
@@ -272,7 +287,9 @@ NSError ExtractJob::Work::openOutputs(std::vector<TrackOutput> *outputs)
     for (TrackOutput &output : *outputs) {
         const QByteArray name = nameOfTrack(output.extractor->result(), order.sound);
         const QByteArray path = order.track ? order.output : order.output + '/' + name;
-        NSError error = openDestination(path, DiscFormat::ISO, &output.destination);
+        NSError error = order.track ? errorOfOutput(path) : NSError();
+        if (!error)
+            error = openDestination(path, DiscFormat::ISO, &output.destination);
         if (!error)
             error = checkNotASource(output.destination);
         if (!error && order.track)

@@ -372,6 +372,12 @@ TEST_F(Extract, failure_leavesNothing_andSaysWhy)
     EXPECT_TRUE(message("1", "out/disc.cue", "out/disc.cue").contains(QStringLiteral("is what is to be read")));
     EXPECT_TRUE(message("all", "out/disc.bin", "out/disc.cue").contains(QStringLiteral("is no folder")));
     EXPECT_TRUE(message("1", "out/x.wav", "out/missing.cue").contains(QStringLiteral("cannot be read")));
+    const auto advice = [&](const QByteArray &output) {
+        return extract("1", output, "out/disc.cue", 1)[QStringLiteral("error")][QStringLiteral("advice")].toString();
+    };
+    EXPECT_EQ(advice("out"), QStringLiteral("Name a file in it, or take all tracks."));
+    m_tree.makeFifo("pipe");
+    EXPECT_EQ(advice("pipe"), QStringLiteral("Name another file."));
     EXPECT_EQ(outNames(), (std::set<std::string>{"disc.bin", "disc.cue"}));
     m_tree.makeFile("out/disc.cue",
                     "FILE \"disc.bin\" BINARY\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\nFILE \"s.mp3\" MP3\n"
