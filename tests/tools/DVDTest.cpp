@@ -82,6 +82,14 @@ TEST_F(DVDCommand, whatIsNoDisc_fails)
     EXPECT_EQ(object[QStringLiteral("result")].toString(), QStringLiteral("failed"));
     EXPECT_EQ(object[QStringLiteral("error")][QStringLiteral("kind")].toString(), QStringLiteral("source"));
     EXPECT_EQ(object[QStringLiteral("error")][QStringLiteral("code")].toInt(), -70015);
+    m_tree.makeFolder("closed");
+    m_tree.setMode("closed", 0);
+    m_tree.setMode("", 0755);
+    ChildSettings settings = tessaron({"dvd", m_tree.path("closed")});
+    settings.withoutRootRights = true;
+    const ChildResult closed = runChild(settings);
+    EXPECT_EQ(closed.exitStatus, 1);
+    EXPECT_TRUE(closed.errors.contains("Permission denied")) << closed.errors.constData();
     EXPECT_EQ(runTessaron({"dvd"}).exitStatus, 2);
     EXPECT_EQ(runTessaron({"dvd", disc(), disc()}).exitStatus, 2);
 }

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace Tessaron
 {
@@ -69,6 +70,14 @@ NSError checkImage(const DiscPlace &place)
     return {};
 }
 
+/// Of a folder that may not be listed: what is in it is not known then.
+NSError errorOfListing(const DiscPlace &place, const QByteArray &folder)
+{
+    if (::faccessat(AT_FDCWD, folder.constData(), R_OK | X_OK, AT_EACCESS) == 0)
+        return {};
+    return noDisc(place.given, NSError::errorWithErrno(errno, {}).localizedFailureReason());
+}
+
 } // namespace
 
 Result<DiscPlace> findDisc(const QByteArray &path)
@@ -83,8 +92,14 @@ Result<DiscPlace> findDisc(const QByteArray &path)
             return noDisc(path, QStringLiteral("it is neither a folder nor an image nor a device"));
         return place;
     }
+    if (const NSError error = errorOfListing(place, place.path))
+        return error;
     if (!holdsTables(place.path)) {
         const QByteArray below = entryNamed(place.path, "VIDEO_TS");
+        if (!below.isEmpty()) {
+            if (const NSError error = errorOfListing(place, childPath(place.path, below)))
+                return error;
+        }
         if (below.isEmpty() || !holdsTables(childPath(place.path, below)))
             return noDisc(path, QStringLiteral("there is no VIDEO_TS.IFO in it, nor in a folder VIDEO_TS"));
         place.path = childPath(place.path, below);
