@@ -138,7 +138,10 @@ TEST_F(Audio, isrc_isTakenFromTheFile_beforeThatOfTags)
 {
     makeAlbum();
     ffmpeg("-i " + m_tree.path("1.wav") + " -metadata ISRC=DEABC1234567 " + m_tree.path("1.flac"));
-    const QByteArray option = "--isrc=" + m_tree.makeFile("codes", "FR-Z03-98-00212\r\n\r\nusx9p1234567\n\n");
+    const QByteArray option = "--isrc="
+        + m_tree.makeFile("c\xF6"
+                          "des",
+                          "FR-Z03-98-00212\r\n\r\nusx9p1234567\n\n");
     make({option, "--cd-text"}, {"1.flac", "2.wav", "3.wav"});
     EXPECT_EQ(cue().count("ISRC"), 2) << cue().constData();
     EXPECT_TRUE(cue().contains("  TRACK 01 AUDIO\r\n    ISRC FRZ039800212\r\n")) << cue().constData();
@@ -147,7 +150,8 @@ TEST_F(Audio, isrc_isTakenFromTheFile_beforeThatOfTags)
     m_tree.remove("out/album.cue");
     expectNothing(run({option}, {"1.wav", "2.wav"}), 2, "3 ISRCs for 2 tracks");
     expectNothing(run({"--isrc", m_tree.makeFile("bad", "DEABC123456\n")}, {"1.wav"}), 2, "is no ISRC");
-    expectNothing(run({"--isrc", m_tree.path("missing")}, {"1.wav"}), 1, "cannot be read");
+    expectNothing(run({"--isrc", m_tree.path("missing")}, {"1.wav"}), 1, "cannot be read: No such file");
+    expectNothing(run({"--isrc", m_tree.makeFifo("pipe")}, {"1.wav"}), 1, "cannot be read: it is not a regular file");
 }
 
 TEST_F(Audio, shortTracks_areMadeAndTold)

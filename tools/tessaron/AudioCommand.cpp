@@ -1,19 +1,21 @@
 #include "tools/tessaron/AudioCommand.h"
 
 #include "platform/disctracks/BlockAddress.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
+#include "platform/foundation/UniqueDescriptor.h"
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/ImageReport.h"
 #include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 
-#include <QFile>
-#include <QFileInfo>
-
 #include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
 #include <optional>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Tessaron::Tool
@@ -127,15 +129,28 @@ ExitStatus AudioCommand::run()
 
 Problem AudioCommand::readIsrcs(QList<QByteArray> *isrcs) const
 {
-    if (m_arguments.isrcFile.isEmpty())
+    const QByteArray &path = m_arguments.isrcFile;
+    if (path.isEmpty())
         return {};
-    QFile file(QFile::decodeName(m_arguments.isrcFile));
-    constexpr qint64 longestText = 1 << 16; // 99 lines are some 1500 bytes
-    if (!QFileInfo(file.fileName()).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > longestText)
-        return {Problem::Kind::Source,
-                QStringLiteral("the ISRCs in %1 cannot be read").arg(quoted(m_arguments.isrcFile)),
-                QStringLiteral("Name a text with one code in a line."), m_arguments.isrcFile};
-    QByteArray text = file.readAll();
+    constexpr std::size_t longestText = 1 << 16; // 99 lines are some 1500 bytes
+    const auto problem = [&path](const QString &reason) {
+        return Problem{Problem::Kind::Source,
+                       QStringLiteral("the ISRCs in %1 cannot be read: %2").arg(quoted(path), reason),
+                       QStringLiteral("Name a text with one code in a line."), path};
+    };
+    const UniqueDescriptor file(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat status;
+    if (!file || ::fstat(file.get(), &status) != 0)
+        return problem(systemText(errno));
+    if (!S_ISREG(status.st_mode))
+        return problem(QStringLiteral("it is not a regular file"));
+    QByteArray text(longestText, Qt::Uninitialized);
+    std::size_t got = 0;
+    if (const int failure = readFully(file.get(), 0, text.data(), longestText, &got))
+        return problem(systemText(failure));
+    if (got == longestText)
+        return problem(QStringLiteral("it is far longer than 99 codes"));
+    text.truncate(qsizetype(got));
     text.replace("\r\n", "\n");
     while (text.endsWith('\n'))
         text.chop(1);
