@@ -1,6 +1,7 @@
 #include "imaging/jobs/ImageDestination.h"
 
 #include "imaging/ImageFinisher.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
 
@@ -110,7 +111,8 @@ NSError openFolder(ImageDestination *destination)
     if (!destination->folder)
         return destinationError(
             folderPath,
-            QStringLiteral("the output's folder %1 cannot be opened: %2").arg(quoted(folderPath), systemText(errno)));
+            QStringLiteral("the output's folder %1 cannot be opened: %2").arg(quoted(folderPath), systemText(errno)),
+            isLackOfDescriptors(errno) ? adviceOnDescriptors() : QString());
     if (::faccessat(destination->folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0)
         return destinationError(folderPath,
                                 QStringLiteral("no file can be made in the output's folder %1: %2")

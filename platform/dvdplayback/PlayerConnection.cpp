@@ -3,6 +3,7 @@
 #include "platform/dvdplayback/DVDPlayback.h"
 #include "platform/dvdplayback/MessageBytes.h"
 #include "platform/foundation/DescriptorIO.h"
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/NSBundle.h"
 
@@ -39,7 +40,8 @@ NSError systemError(const QString &what, int errnoValue)
 {
     return startError(
         QStringLiteral("%1: %2").arg(what, NSError::errorWithErrno(errnoValue, {}).localizedFailureReason()),
-        QStringLiteral("Close other programs and try again."));
+        isLackOfDescriptors(errnoValue) ? adviceOnDescriptors()
+                                        : QStringLiteral("Close other programs and try again."));
 }
 
 /// The attributes and actions of a start, freed at its end.
@@ -85,7 +87,10 @@ private:
 
 UniqueDescriptor spareCopy(int descriptor)
 {
-    return UniqueDescriptor(::fcntl(descriptor, F_DUPFD_CLOEXEC, firstSpareDescriptor));
+    UniqueDescriptor copy(::fcntl(descriptor, F_DUPFD_CLOEXEC, firstSpareDescriptor));
+    if (!copy && errno == EINVAL) // The first one that is spare is above the limit.
+        errno = EMFILE;
+    return copy;
 }
 
 } // namespace
