@@ -2,12 +2,9 @@
 
 #include "platform/quicktime/AtomSource.h"
 #include "platform/quicktime/MovieDescription.h"
+#include "tests/quicktime/OtherReaders.h"
 #include "tests/quicktime/Sounds.h"
 #include "tests/support/TemporaryTree.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -95,53 +92,6 @@ protected:
 double secondsOf(std::int64_t duration, const MovieDescription &movie)
 {
     return double(duration) / double(movie.duration.timeScale);
-}
-
-QString member(const QJsonValue &object, const char *name)
-{
-    return object.toObject().value(QString::fromUtf8(name)).toVariant().toString();
-}
-
-QJsonObject parsed(const QByteArray &json)
-{
-    return QJsonDocument::fromJson(json).object();
-}
-
-/// The streams of one kind, without covers, as ffprobe sees them.
-QJsonArray probedStreams(const QByteArray &path, const char *kind)
-{
-    const QJsonObject all = parsed(outputOfProgram("ffprobe", {"-v", "error", "-of", "json", "-show_streams", path}));
-    QJsonArray streams;
-    for (const QJsonValue stream : all[QStringLiteral("streams")].toArray()) {
-        const bool isCover = stream[QStringLiteral("disposition")][QStringLiteral("attached_pic")].toInt() == 1;
-        if (member(stream, "codec_type") == QString::fromUtf8(kind) && !isCover)
-            streams.append(stream);
-    }
-    return streams;
-}
-
-/// The bytes of all packets of a stream.
-std::uint64_t probedSize(const QByteArray &path, const QByteArray &index)
-{
-    const QByteArray sizes = outputOfProgram("ffprobe",
-                                             {"-v", "error", "-ignore_editlist", "1", "-select_streams", index,
-                                              "-show_entries", "packet=size", "-of", "csv=p=0", path});
-    std::uint64_t sum = 0;
-    for (const QByteArray &line : sizes.split('\n'))
-        sum += line.trimmed().split(',').first().toULongLong();
-    return sum;
-}
-
-/// The parts of a kind that MediaInfo tells: "General", "Audio", "Video".
-QJsonArray mediaInfo(const QByteArray &path, const char *kind)
-{
-    const QJsonObject all = parsed(outputOfProgram("mediainfo", {"--Output=JSON", path}));
-    QJsonArray parts;
-    for (const QJsonValue part : all[QStringLiteral("media")][QStringLiteral("track")].toArray()) {
-        if (member(part, "@type") == QString::fromUtf8(kind))
-            parts.append(part);
-    }
-    return parts;
 }
 
 QString codeText(std::uint32_t code)
