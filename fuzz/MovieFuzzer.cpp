@@ -2,6 +2,7 @@
 
 #include "platform/foundation/UniqueDescriptor.h"
 #include "platform/quicktime/MediaModule.h"
+#include "platform/quicktime/MovieDescription.h"
 #include "platform/quicktime/decoding/CDAudioDecoder.h"
 #include "platform/quicktime/decoding/DecodingService.h"
 
@@ -14,6 +15,7 @@ namespace
 using namespace Tessaron;
 
 constexpr std::uint64_t mostSamples = std::uint64_t(44100) * 20;
+constexpr qsizetype longestText = 64 << 10;
 
 /// The bytes as a file without a name in any folder.
 UniqueDescriptor fileOf(const std::uint8_t *bytes, std::size_t size)
@@ -37,6 +39,27 @@ void checkMovie(const QTMovie &movie)
     const auto copy = QTMovie::newMovie();
     if (const NSError error = InsertMovieSegment(movie, *copy, movie.duration().timeValue / 2, INT64_MAX))
         checkError(error);
+}
+
+void checkDescription(const QByteArray &path)
+{
+    const Result<MovieDescription> movie = describeMovie(path);
+    if (!movie)
+        return checkError(movie.error());
+    require(movie->duration.timeScale > 0 && movie->duration.timeValue >= 0, "a described duration makes sense");
+    for (const QTTrack &track : movie->tracks) {
+        require(track.duration >= 0, "a track is not shorter than nothing");
+        require(!track.sound || track.mediaType == "soun", "sound is described as sound");
+    }
+    for (const MovieMetadataItem &item : movie->metadata)
+        require(item.value.size() <= longestText, "texts have an end");
+    if (!movie->cover)
+        return;
+    const Result<QByteArray> picture = pictureOfCover(path, *movie->cover);
+    if (!picture)
+        checkError(picture.error());
+    else
+        require(picture->size() == movie->cover->length, "a cover is as long as was said");
 }
 
 void checkSound(CDAudioDecoder &decoder)
@@ -72,6 +95,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size)
         checkMovie(*movie);
     else
         checkError(error);
+    checkDescription(path);
     const auto decoder = CDAudioDecoder::openFile(path);
     if (decoder)
         checkSound(**decoder);
