@@ -8,6 +8,7 @@
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/quicktime/MediaErrors.h"
+#include "platform/quicktime/MediaFile.h"
 #include <TessaronClasses/KRMovieInfo.h>
 
 #include <QDir>
@@ -417,8 +418,7 @@ bool KRMovieInfo::isWindowsMediaMovie(const QString &path) const
 
 QImage KRMovieInfo::artworkForFile(const QString &path)
 {
-    const Result<MediaFile> file = MediaFile::open(fileSystemRepresentation(path));
-    return file ? movieArtwork(*file) : QImage();
+    return movieArtwork(path);
 }
 
 void KRMovieInfo::setPatience(std::chrono::milliseconds patience)

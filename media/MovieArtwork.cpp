@@ -1,7 +1,12 @@
 #include "media/MovieArtwork.h"
 
+#include "platform/foundation/NSFileHandle.h"
+#include <TessaronClasses/FileReadAdditions.h>
+
 #include <QBuffer>
 #include <QImageReader>
+
+#include <sys/stat.h>
 
 namespace Tessaron
 {
@@ -9,17 +14,23 @@ namespace Tessaron
 namespace
 {
 
-constexpr qsizetype searchedLength = 0x14000;
-constexpr qsizetype longestPicture = 0x100000;
+constexpr std::uint64_t searchedLength = 0x14000;
+constexpr std::size_t longestPicture = 0x100000;
 constexpr QSize sizeOfArtwork(80, 80);
 
 /// A kind of picture and how it is found: a mark, which stands some bytes behind the begin.
 struct PictureMark {
     QByteArrayView mark;
-    qsizetype distance;
+    std::uint64_t distance;
     const char *format;
 };
 constexpr PictureMark marks[] = {{"JFIF", 6, "jpeg"}, {"PNG", 1, "png"}};
+
+bool isRegularFile(const NSFileHandle &file)
+{
+    struct stat status;
+    return ::fstat(file.fileDescriptor(), &status) == 0 && S_ISREG(status.st_mode);
+}
 
 QImage pictureOf(const QByteArray &bytes, const char *format)
 {
@@ -35,15 +46,22 @@ QImage pictureOf(const QByteArray &bytes, const char *format)
 
 } // namespace
 
-QImage movieArtwork(const MediaFile &file)
+QImage movieArtwork(const QString &path)
 {
-    const QByteArray begin = file.bytesAt(0, searchedLength);
+    const std::shared_ptr<NSFileHandle> file = NSFileHandle::fileHandleForReadingAtPath(path);
+    if (!file || !isRegularFile(*file))
+        return {};
     for (const PictureMark &mark : marks) {
-        const qsizetype at = begin.indexOf(mark.mark);
-        if (at < 0)
+        file->seekToFileOffset(0);
+        const std::uint64_t at =
+            offsetOfBytesWithBuffer(*file, mark.mark.data(), std::uint32_t(mark.mark.size()), searchedLength);
+        if (at == 0)
             continue;
         // A mark without room for what comes before it belongs to no picture; the next kind is not looked for then.
-        return at < mark.distance ? QImage() : pictureOf(file.bytesAt(at - mark.distance, longestPicture), mark.format);
+        if (at < mark.distance)
+            return {};
+        file->seekToFileOffset(at - mark.distance);
+        return pictureOf(file->readDataOfLength(longestPicture), mark.format);
     }
     return {};
 }

@@ -118,8 +118,9 @@ public:
     /// Whether a file is one of Windows Media: by the names of its codecs and the types of content that the shared MIME
     /// database has for its name, or else by its extension. Opens the file, on the calling thread.
     [[nodiscard]] bool isWindowsMediaMovie(const QString &path) const;
-    /// The picture of a file's artwork, 80 by 80, or null: the first JPEG with a JFIF mark, else the first PNG, that
-    /// begins in the first 81,920 bytes. Reads the file, on the calling thread.
+    /// The picture of a file's artwork, 80 by 80, or null: the first JPEG by its mark "JFIF", else the first PNG by its
+    /// mark "PNG". The mark is searched as offsetOfBytesWithBuffer() does, and begins in the first 81,920 bytes. Reads
+    /// the file, on the calling thread.
     [[nodiscard]] static QImage artworkForFile(const QString &path);
 
     /// How long a file may take until it is given up; a minute at first. For files asked for later.

@@ -64,6 +64,10 @@ protected:
     {
         return result.value(fZelTracksInfoKey).toList().value(index).toMap();
     }
+    [[nodiscard]] QImage artworkOf(const QByteArray &bytes) const
+    {
+        return KRMovieInfo::artworkForFile(stringWithFileSystemRepresentation(tree.makeFile("cover", bytes)));
+    }
     /// The information on the next files that are asked for waits at this gate; it opens for all at the end.
     void useGate()
     {
@@ -80,10 +84,10 @@ protected:
     std::counting_semaphore<100> gate{0};
 };
 
-QByteArray pictureBytes(const char *format, QSize size = {300, 100})
+QByteArray pictureBytes(const char *format, QSize size = {300, 100}, Qt::GlobalColor colour = Qt::red)
 {
     QImage picture(size, QImage::Format_RGB32);
-    picture.fill(Qt::red);
+    picture.fill(colour);
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     EXPECT_TRUE(picture.save(&buffer, format));
@@ -386,31 +390,66 @@ TEST_F(MovieInfo, artwork_isScaledToItsSize_whicheverKindItIs)
     }
 }
 
-TEST_F(MovieInfo, artwork_isFoundInTheFirst81920BytesAlone)
+TEST_F(MovieInfo, artwork_isFound_whereItsMarkBeginsInTheFirst81920Bytes)
 {
-    const QByteArray picture = pictureBytes("jpg");
-    const qsizetype mark = picture.indexOf("JFIF");
-    ASSERT_EQ(mark, 6);
-    const auto artworkBehind = [&](qsizetype bytes) {
-        const QByteArray path = tree.makeFile("cover", QByteArray(bytes, 'x') + picture);
-        return KRMovieInfo::artworkForFile(stringWithFileSystemRepresentation(path));
-    };
-    EXPECT_FALSE(artworkBehind(81920 - 6 - 4).isNull()) << "the mark ends where the search does";
-    EXPECT_TRUE(artworkBehind(81920 - 6 - 3).isNull());
-    EXPECT_TRUE(artworkBehind(100000).isNull());
+    const QByteArray jpeg = pictureBytes("jpg"), png = pictureBytes("png");
+    ASSERT_EQ(jpeg.indexOf("JFIF"), 6);
+    ASSERT_EQ(png.indexOf("PNG"), 1);
+    EXPECT_FALSE(artworkOf(QByteArray(81919 - 6, 'x') + jpeg).isNull()) << "the mark ends behind them";
+    EXPECT_TRUE(artworkOf(QByteArray(81920 - 6, 'x') + jpeg).isNull());
+    EXPECT_FALSE(artworkOf(QByteArray(81919 - 1, 'x') + png).isNull());
+    EXPECT_TRUE(artworkOf(QByteArray(81920 - 1, 'x') + png).isNull());
+    EXPECT_TRUE(artworkOf(QByteArray(100000, 'x') + jpeg).isNull());
+}
+
+TEST_F(MovieInfo, artwork_isThePng_whereTheMarkOfAJpegLiesTooFarBack)
+{
+    const QImage artwork = artworkOf(QByteArray(70000, 'x') + pictureBytes("png") + QByteArray(20000, 'x')
+                                     + pictureBytes("jpg", {300, 100}, Qt::blue));
+    ASSERT_FALSE(artwork.isNull());
+    EXPECT_GT(qRed(artwork.pixel(40, 40)), 200);
+}
+
+TEST_F(MovieInfo, artwork_isTheJpeg_alsoBehindAPng)
+{
+    const QImage artwork = artworkOf(pictureBytes("png") + pictureBytes("jpg", {300, 100}, Qt::blue));
+    ASSERT_FALSE(artwork.isNull());
+    EXPECT_GT(qBlue(artwork.pixel(40, 40)), 200);
+}
+
+/// The search for the mark passes over the letter that ends a begin of it.
+TEST_F(MovieInfo, artwork_isMissed_whereALetterOfItsMarkStandsBeforeIt)
+{
+    // The length of the first segment ends in a "J" then: 74 bytes.
+    QByteArray jpeg = pictureBytes("jpg");
+    ASSERT_EQ(jpeg[5], 16);
+    jpeg.insert(4 + 16, QByteArray('J' - 16, '\0'));
+    jpeg[5] = 'J';
+    ASSERT_FALSE(QImage::fromData(jpeg, "jpg").isNull());
+    EXPECT_TRUE(artworkOf(jpeg).isNull());
+    EXPECT_FALSE(artworkOf("JFIF" + pictureBytes("png")).isNull()) << "a mark at the very begin is none";
+}
+
+TEST_F(MovieInfo, artwork_isNone_whereAPictureIsLongerThanAMebibyte)
+{
+    QByteArray png = pictureBytes("png");
+    // A chunk that says nothing, before the one with the picture.
+    const qsizetype place = png.indexOf("IDAT") - 4;
+    png.insert(place, bigEndian32(1 << 20) + "prVt" + QByteArray(1 << 20, 'x') + QByteArray(4, '\0'));
+    ASSERT_FALSE(QImage::fromData(png, "png").isNull());
+    EXPECT_TRUE(artworkOf(png).isNull());
 }
 
 TEST_F(MovieInfo, artwork_isNone_whenWhatBearsTheMarkIsNoPicture)
 {
     const QByteArray png = pictureBytes("png");
     for (const QByteArray &bytes : {QByteArray(), QByteArray("JFIF"), QByteArray(1000, 'x'), "xxxxxxxxJFIFxxxx" + png,
-                                    QByteArray("PNG"), QByteArray("xPNGxxxx")}) {
-        const QByteArray path = tree.makeFile("cover", bytes);
-        EXPECT_TRUE(KRMovieInfo::artworkForFile(stringWithFileSystemRepresentation(path)).isNull());
-    }
-    EXPECT_TRUE(KRMovieInfo::artworkForFile(text("missing")).isNull());
+                                    QByteArray("PNG"), QByteArray("xPNGxxxx")})
+        EXPECT_TRUE(artworkOf(bytes).isNull());
     tree.makeFifo("pipe");
-    EXPECT_TRUE(KRMovieInfo::artworkForFile(text("pipe")).isNull());
+    for (const char *const name : {"missing", "pipe", "."})
+        EXPECT_TRUE(KRMovieInfo::artworkForFile(text(name)).isNull()) << name;
+    EXPECT_TRUE(KRMovieInfo::artworkForFile(QString()).isNull());
 }
 
 TEST_F(MovieInfo, artwork_isInTheMetadata)
