@@ -97,7 +97,7 @@ QVariantMap videoTrack(const MovieDescription &movie, const QTTrack &track)
     return members;
 }
 
-/// The key of the result for that of an item; null for one that is not wanted.
+/// The key of the result for that of an item; null for one that is not wanted. A zero byte ends the item's.
 const QString *nameOfItem(const QByteArray &key)
 {
     struct Name {
@@ -110,7 +110,7 @@ const QString *nameOfItem(const QByteArray &key)
     for (const Name &name : names) {
         QByteArray reversed = name.code;
         std::reverse(reversed.begin(), reversed.end());
-        if (key == name.code || key == reversed)
+        if (qstrcmp(key.constData(), name.code) == 0 || qstrcmp(key.constData(), reversed.constData()) == 0)
             return name.name;
     }
     return nullptr;

@@ -128,6 +128,8 @@ TEST(MovieInfoDictionaries, metadata_goesByFiveKeysInEitherOrder)
     EXPECT_EQ(metadataText("man\251", "x", QStringLiteral("kZelAudioInfoTitle")), QStringLiteral("x"));
     EXPECT_EQ(metadataText("\251day", "1999?", QStringLiteral("kZelAudioInfoYear")), QStringLiteral("1999?"));
     EXPECT_EQ(metadataText("yad\251", "x", QStringLiteral("kZelAudioInfoYear")), QStringLiteral("x"));
+    EXPECT_EQ(metadataText(QByteArray("\251nam\0more", 9), "x", QStringLiteral("kZelAudioInfoTitle")),
+              QStringLiteral("x"));
     const std::vector<MovieMetadataItem> others = {{"\251alb1", "x"}, {"\251al", "x"}, {"alb\251", "x"},
                                                    {"\251art", "x"},  {"", "x"},       {"genre", "x"}};
     EXPECT_TRUE(metadataDictionary(others).isEmpty());
