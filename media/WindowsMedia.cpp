@@ -14,7 +14,7 @@ QString extensionOf(const QString &path)
 {
     const QString name = path.section(u'/', -1);
     const qsizetype dot = name.lastIndexOf(u'.');
-    return dot < 0 ? QString() : name.sliced(dot + 1);
+    return dot <= 0 ? QString() : name.sliced(dot + 1); // A dot in front hides the file.
 }
 
 bool anyContains(const std::optional<QStringList> &names, QLatin1String part)

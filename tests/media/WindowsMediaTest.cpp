@@ -18,7 +18,7 @@ TEST(WindowsMedia, isToldByTheExtension_whenNothingElseIsKnown)
 {
     for (const char *const path : {"/a/b.wmv", "/a/B.WMV", "c.asf", "c.Asf"})
         EXPECT_TRUE(isWindowsMedia(text(path), {}, {})) << path;
-    for (const char *const path : {"/a.wmv/b", "/a/wmv", "c.wma", "d.mov", ""})
+    for (const char *const path : {"/a.wmv/b", "/a/wmv", "/a/.wmv", "c.wma", "d.mov", ""})
         EXPECT_FALSE(isWindowsMedia(text(path), {}, {})) << path;
     EXPECT_FALSE(isWindowsMedia(QString(), {}, {})) << "no path at all";
     EXPECT_FALSE(isWindowsMedia(QString(), QStringList{text("Windows Media Audio")}, {}));
