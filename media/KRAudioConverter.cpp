@@ -167,12 +167,12 @@ void KRAudioConverter::loadInterface()
 {
     if (m_interfaceLoader)
         m_win = m_interfaceLoader(*this);
-    if (m_win && m_sheetModal)
-        m_win->beginSheet(*m_sheetModal);
-    else if (m_useStandardUI)
+    if (!m_sheetModal && m_useStandardUI)
         qWarning("error no sheet modal in audio converter");
     if (!m_win)
         return;
+    if (m_sheetModal)
+        m_win->beginSheet(*m_sheetModal);
     m_win->setIndeterminate(true);
     m_win->setCancelButtonEnabled(true);
 }

@@ -85,7 +85,8 @@ public:
 
     /// Starts to convert each source to the path at the same position; what is there is overwritten. Paths are texts
     /// (FileSystemRepresentation.h). Does nothing when a list is missing or when their lengths differ. A file of
-    /// another format code than those above is never begun, and nothing ends the batch.
+    /// another format code than those above is never begun, and nothing ends the batch. What is being converted already
+    /// is given up: its programs are killed, and the part of the file that they have written stays.
     ///
     /// The delegate hears of a failure when the folder of a destination is not there (NSPOSIXErrorDomain, code 100020,
     /// its path under NSFilePathErrorKey) and when the programs cannot be started.

@@ -7,6 +7,7 @@
 #include <TessaronClasses/KRAudioConverter.h>
 
 #include <QElapsedTimer>
+#include <QFile>
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -345,6 +346,21 @@ TEST_F(AudioConverter, aNewBatch_betweenTwoFiles_startsEachOfItsFilesOnce)
               tree.path("one.flac") + '\n' + tree.path("other.flac") + '\n' + tree.path("one.flac") + '\n');
 }
 
+TEST_F(AudioConverter, aNewBatch_duringAFile_killsItsTool_andIsConvertedWhole)
+{
+    makeQrlMov2Wav("echo $$ >\"$2\"; case $1 in *one*) exec sleep 1000;; esac");
+    convert({one}, {outOne}, 0);
+    ASSERT_TRUE(
+        runEventLoopUntil([&] { return tree.exists("out/one.wav") && !tree.contents("out/one.wav").isEmpty(); }));
+    const QByteArray killed = tree.contents("out/one.wav").trimmed();
+    convert({other}, {outOther}, 0);
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(events, std::vector<std::string>{"end"});
+    EXPECT_TRUE(tree.exists("out/other.wav"));
+    EXPECT_TRUE(
+        runEventLoopUntil([&] { return !QFile::exists(QStringLiteral("/proc/") + QString::fromUtf8(killed)); }));
+}
+
 TEST_F(AudioConverter, theNextFile_beginsAHundredthOfASecondLater)
 {
     makeQrlMov2Wav("echo x >\"$2\"");
@@ -366,6 +382,70 @@ TEST_F(AudioConverter, aborting_deletesTheFolderThatIsEmptyThen)
     ASSERT_TRUE(runEventLoopUntil([&] { return tree.exists("out/one.wav"); }));
     converter->abort();
     EXPECT_FALSE(tree.exists("out"));
+}
+
+TEST_F(AudioConverter, aborting_whatIsIdle_isToldToo)
+{
+    converter->abort();
+    EXPECT_TRUE(events.empty()) << "on a later turn";
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(events, std::vector<std::string>{"abort"});
+
+    makeQrlMov2Wav("echo x >\"$2\"");
+    convert({one}, {outOne}, 0);
+    ASSERT_TRUE(waitForEvent(2));
+    converter->abort();
+    ASSERT_TRUE(waitForEvent(3));
+    EXPECT_EQ(events, (std::vector<std::string>{"abort", "end", "abort"}));
+    EXPECT_TRUE(tree.exists("out/one.wav")) << "what is whole stays";
+}
+
+TEST_F(AudioConverter, aborting_whatIsSuspended_endsIt)
+{
+    makeQrlMov2Wav("echo part >\"$2\"; exec sleep 1000");
+    convert({one}, {outOne}, 0);
+    ASSERT_TRUE(runEventLoopUntil([&] { return tree.exists("out/one.wav"); }));
+    const std::shared_ptr<taskLauncher> task = converter->task();
+    task->suspend();
+    converter->abort();
+    EXPECT_FALSE(task->isRunning() || task->isSuspended());
+    EXPECT_FALSE(tree.exists("out/one.wav"));
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(events, std::vector<std::string>{"abort"});
+}
+
+TEST_F(AudioConverter, aStalledBatch_canBeAborted)
+{
+    convert({one}, {outOne}, 6);
+    converter->abort();
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(events, std::vector<std::string>{"abort"});
+}
+
+TEST_F(AudioConverter, delegate_mayHaveNoFunctions)
+{
+    makeQrlMov2Wav("echo x >\"$2\"");
+    converter->setDelegate({});
+    convert({one, other}, {outOne, outOther}, 0);
+    ASSERT_TRUE(runEventLoopUntil([&] { return tree.exists("out/other.wav") && !converter->task(); }));
+    convert({one}, {QStringLiteral("missing/one.wav")}, 0);
+    converter->abort();
+    drainEventLoop();
+    EXPECT_TRUE(events.empty());
+}
+
+TEST_F(AudioConverter, anEncoderThatIsNowhere_failsLikeToolsThatCannotBeStarted)
+{
+    makeTool("bundle/Resources/DummyRedbook", "exec yes");
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", tree.path());
+    EXPECT_FALSE(KRAudioConverter::hasEncoder());
+    convert({one}, {QStringLiteral("out/one.mp3")}, KRAudioConverter::mp3FormatVariable128);
+    qputenv("PATH", path);
+    EXPECT_TRUE(KRAudioConverter::hasEncoder());
+    ASSERT_TRUE(waitForEvent());
+    EXPECT_EQ(events, std::vector<std::string>{"fail"});
+    EXPECT_EQ(error.filePath(), tree.pathText("out/one.mp3"));
 }
 
 TEST_F(AudioConverter, sheet_isLoadedOnceAndShowsTheProgress)
@@ -444,6 +524,20 @@ TEST_F(AudioConverter, sheet_withoutAWindow_isMissedInTheLog)
     convert({one, other}, {outOne, outOther}, 0);
     const bool hasEnded = waitForEvent();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "error no sheet modal in audio converter\n") << "once";
+    EXPECT_TRUE(hasEnded);
+}
+
+TEST_F(AudioConverter, sheet_whoseInterfaceIsMissing_isNoMissingWindow)
+{
+    QObject window;
+    makeQrlMov2Wav("echo x >\"$2\"");
+    converter->setUseStandardUI(true);
+    converter->setSheetModal(&window);
+    converter->setInterfaceLoader([](KRAudioConverter &) { return nullptr; });
+    testing::internal::CaptureStderr();
+    convert({one}, {outOne}, 0);
+    const bool hasEnded = waitForEvent();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "what loads it tells what is wrong";
     EXPECT_TRUE(hasEnded);
 }
 
