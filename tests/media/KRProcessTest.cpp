@@ -1,7 +1,5 @@
 #include <TessaronClasses/KRProcess.h>
 
-#include <QProcess>
-
 #include <algorithm>
 #include <csignal>
 #include <gtest/gtest.h>

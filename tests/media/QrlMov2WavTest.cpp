@@ -4,9 +4,8 @@
 #include "tests/quicktime/Sounds.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PrivateBus.h"
+#include "tests/support/RunProgram.h"
 #include "tests/support/TemporaryTree.h"
-
-#include <QProcess>
 
 #include <gtest/gtest.h>
 
@@ -23,21 +22,17 @@ protected:
 
     int run(const QList<QByteArray> &arguments, const QList<QByteArray> &before = {})
     {
-        const QString program =
-            NSBundle::mainBundle()->pathForResource(QStringLiteral("QrlMov2Wav"), QStringLiteral("app"))
-            + QStringLiteral("/Contents/MacOS/QrlMov2Wav");
-        QStringList words;
-        for (const QByteArray &word : before)
-            words << QString::fromUtf8(word);
-        words << program;
-        for (const QByteArray &argument : arguments)
-            words << QString::fromUtf8(argument);
-        QProcess process;
-        process.start(words.takeFirst(), words);
-        EXPECT_TRUE(process.waitForFinished(60000));
-        errors = process.readAllStandardError();
-        EXPECT_EQ(process.readAllStandardOutput(), QByteArray());
-        return process.exitCode();
+        QList<QByteArray> words = before;
+        words << program() << arguments;
+        const ProgramRun done = runProgram(words.takeFirst(), words);
+        errors = done.errors;
+        EXPECT_EQ(done.output, QByteArray());
+        return done.status;
+    }
+    static QByteArray program()
+    {
+        return NSBundle::mainBundle()->pathForResource(QStringLiteral("QrlMov2Wav"), QStringLiteral("app")).toUtf8()
+            + "/Contents/MacOS/QrlMov2Wav";
     }
 
     const TemporaryTree tree;
@@ -91,14 +86,10 @@ TEST_F(QrlMov2Wav, result_hasTheRateThatWasAskedFor)
 TEST_F(QrlMov2Wav, itsEnd_followsThatOfItsStarter)
 {
     tree.makeFile("a.wav", waveFile(noise(4000000)));
-    const QByteArray program =
-        (NSBundle::mainBundle()->pathForResource(QStringLiteral("QrlMov2Wav"), QStringLiteral("app"))
-         + QStringLiteral("/Contents/MacOS/QrlMov2Wav"))
-            .toUtf8();
     // A shell starts it, lets it begin, and is gone.
-    const QByteArray script = program + ' ' + tree.path("a.wav") + ' ' + tree.path("b.wav") + " wave 384000 2>"
+    const QByteArray script = program() + ' ' + tree.path("a.wav") + ' ' + tree.path("b.wav") + " wave 384000 2>"
         + tree.path("errors") + " & while [ ! -s " + tree.path("b.wav") + " ]; do :; done";
-    EXPECT_EQ(QProcess::execute(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QString::fromUtf8(script)}), 0);
+    EXPECT_EQ(runProgram("/bin/sh", {"-c", script}).status, 0);
     EXPECT_TRUE(runEventLoopUntil([this] { return tree.contents("errors").contains("has ended"); }));
     EXPECT_TRUE(runEventLoopUntil([this] { return !tree.exists("b.wav"); }));
 }

@@ -1,9 +1,9 @@
 #include "platform/foundation/NSDistributedNotificationCenter.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "tests/media/LauncherFixture.h"
+#include "tests/support/RunProgram.h"
 
 #include <QEventLoop>
-#include <QProcess>
 #include <QThread>
 
 #include <ctime>
@@ -63,13 +63,12 @@ TEST_F(TaskLauncherControl, notificationsOfOtherProcesses_controlTheLauncherThat
     launchSleeper();
     const QString uid = QString::number(launcher->uid());
     const auto post = [](const QString &name, const QString &object) {
-        const QStringList arguments{
-            QStringLiteral("emit"),           QStringLiteral("--session"),
-            QStringLiteral("--object-path"),  QStringLiteral("/org/tessaron/DistributedNotifications"),
-            QStringLiteral("--signal"),       QStringLiteral("org.tessaron.DistributedNotifications.Posted"),
-            QStringLiteral("'%1'").arg(name), QStringLiteral("'%1'").arg(object),
-            QStringLiteral("@a{sv} {}")};
-        EXPECT_EQ(QProcess::execute(QStringLiteral("gdbus"), arguments), 0);
+        const ProgramRun gdbus =
+            runProgram("gdbus",
+                       {"emit", "--session", "--object-path", "/org/tessaron/DistributedNotifications", "--signal",
+                        "org.tessaron.DistributedNotifications.Posted", "'" + name.toUtf8() + "'",
+                        "'" + object.toUtf8() + "'", "@a{sv} {}"});
+        EXPECT_EQ(gdbus.status, 0) << gdbus.errors.constData();
     };
     post(QStringLiteral("zelKillTasks"), QStringLiteral("12"));
     post(QStringLiteral("zelKillTasks"), {});
