@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <utility>
+
 namespace Tessaron
 {
 
@@ -15,6 +17,8 @@ public:
     [[nodiscard]] QString add(const QByteArray &piece);
     /// What is left at the end: U+FFFD for a character that was cut off, else an empty text.
     [[nodiscard]] QString finish();
+    /// The bytes that wait for the rest of their character, for one who wants bytes from now on.
+    [[nodiscard]] QByteArray takeRest() { return std::exchange(m_rest, {}); }
 
 private:
     QByteArray m_rest; ///< the begin of a character, at most 3 bytes

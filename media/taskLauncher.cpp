@@ -265,8 +265,10 @@ void taskLauncher::Private::received(const QByteArray &data, Utf8Pieces &pieces)
         const QString text = data.isEmpty() ? pieces.finish() : pieces.add(data);
         if (!text.isEmpty())
             send(&taskLauncherDelegate::taskLauncherDidReceiveNewString, text);
-    } else if (!data.isEmpty()) {
-        send(&taskLauncherDelegate::taskLauncherDidReceiveNewData, data);
+    } else {
+        const QByteArray rest = pieces.takeRest();
+        if (const QByteArray bytes = rest.isEmpty() ? data : rest + data; !bytes.isEmpty())
+            send(&taskLauncherDelegate::taskLauncherDidReceiveNewData, bytes);
     }
     if (data.isEmpty())
         lookForEnd();

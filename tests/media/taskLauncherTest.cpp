@@ -1,12 +1,11 @@
 #include "platform/foundation/NSBundle.h"
 #include "tests/media/LauncherFixture.h"
 #include "tests/support/MeasurableMemory.h"
+#include "tests/support/RunProgram.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <QThread>
 
 #include <csignal>
@@ -205,6 +204,21 @@ TEST_F(TaskLauncher, characters_arriveWhole_whenTheyAreSplit)
     EXPECT_EQ(text, QString::fromUtf8("aé🙂b") + QChar(0xFFFD));
 }
 
+TEST_F(TaskLauncher, output_isNotLost_whenTextIsNotWantedAnyMore)
+{
+    taskLauncherDelegate delegate = recordingDelegate();
+    delegate.taskLauncherDidReceiveNewString = [this](taskLauncher &self, const QString &string) {
+        text += string;
+        self.dontConvertDataToString(true);
+    };
+    launcher->setDelegate(delegate);
+    run(shell("printf 'a\\303'; sleep 0.2; printf '\\251b'"));
+    EXPECT_EQ(text, QStringLiteral("a"));
+    EXPECT_EQ(data,
+              QByteArray("\xC3\xA9"
+                         "b"));
+}
+
 TEST_F(TaskLauncher, aTaskThatFloodsItsErrorStream_takesNoMemory)
 {
     qint64 bytes = 0;
@@ -217,6 +231,23 @@ TEST_F(TaskLauncher, aTaskThatFloodsItsErrorStream_takesNoMemory)
     const long before = peakMemory();
     run(shell("head -c 1G /dev/zero >&2; echo done"));
     EXPECT_EQ(bytes, (qint64(1) << 30) + 5);
+    if (memoryIsMeasurable) {
+        EXPECT_LT(peakMemory() - before, 8 << 20);
+    }
+}
+
+TEST_F(TaskLauncher, anEarlierTaskThatFloodsItsErrorStream_takesNoMemory_andHoldsNothingUp)
+{
+    qint64 bytes = 0;
+    taskLauncherDelegate delegate = recordingDelegate();
+    delegate.taskLauncherDidReceiveErrorsOfEarlierTasks = [&bytes](taskLauncher &, const QByteArray &piece) {
+        bytes += piece.size();
+    };
+    launcher->setDelegate(delegate);
+    const long before = peakMemory();
+    run(words({"/bin/sh", "-c", "head -c 1G /dev/zero >&2; echo done", "|", "/bin/cat"}));
+    EXPECT_EQ(text, QStringLiteral("done\n"));
+    EXPECT_EQ(bytes, qint64(1) << 30);
     if (memoryIsMeasurable) {
         EXPECT_LT(peakMemory() - before, 8 << 20);
     }
@@ -332,17 +363,13 @@ TEST_F(TaskLauncher, suspending_beginsWithTheLastTask_resumingWithTheFirst)
         launcher->resume();
         return;
     }
-    QProcess strace;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("TESSARON_SENDS_SIGNALS"), tree.pathText());
-    strace.setProcessEnvironment(environment);
-    strace.start(QStringLiteral("strace"),
-                 {QStringLiteral("-qq"), QStringLiteral("--decode-fds=pidfd"), QStringLiteral("-e"),
-                  QStringLiteral("trace=pidfd_send_signal"), QStringLiteral("-e"), QStringLiteral("signal=none"),
-                  QStringLiteral("-o"), tree.pathText("log"), QCoreApplication::applicationFilePath(),
-                  QStringLiteral("--gtest_filter=TaskLauncher.suspending_beginsWithTheLastTask_resumingWithTheFirst")});
-    ASSERT_TRUE(strace.waitForFinished(60000));
-    ASSERT_EQ(strace.exitCode(), 0) << strace.readAll().constData();
+    const ProgramRun strace =
+        runProgram("env",
+                   {"TESSARON_SENDS_SIGNALS=" + tree.path(), "strace", "-qq", "--decode-fds=pidfd", "-e",
+                    "trace=pidfd_send_signal", "-e", "signal=none", "-o", tree.path("log"),
+                    QCoreApplication::applicationFilePath().toUtf8(),
+                    "--gtest_filter=TaskLauncher.suspending_beginsWithTheLastTask_resumingWithTheFirst"});
+    ASSERT_EQ(strace.status, 0) << strace.output.constData() << strace.errors.constData();
     std::string order;
     for (const QByteArray &line : tree.contents("log").split('\n')) {
         for (const char *name : {"1", "2", "3"}) {
@@ -409,6 +436,36 @@ TEST_F(TaskLauncher, delegate_mayLetGoOfTheLauncher_inEachCallback)
         EXPECT_TRUE(runEventLoopUntil([&] { return isGone; })) << where;
         EXPECT_TRUE(runEventLoopUntil([] { return children().empty(); })) << where;
     }
+}
+
+TEST_F(TaskLauncher, delegate_mayLaunchAgain_whenItHearsOfTheEnd)
+{
+    taskLauncherDelegate delegate = recordingDelegate();
+    delegate.taskLauncherTaskDidEnd = [this](taskLauncher &self) {
+        events.emplace_back("end");
+        if (events.size() < 3) {
+            EXPECT_EQ(self.launchTasksWithArguments(words({"/bin/echo", "again"})), 0);
+            EXPECT_TRUE(self.isRunning());
+        }
+    };
+    launcher->setDelegate(delegate);
+    ASSERT_EQ(launcher->launchTasksWithArguments(words({"/bin/sleep", "1000"})), 0);
+    launcher->terminate();
+    EXPECT_TRUE(launcher->isRunning()) << "the second launch, which the end of the first one has made";
+    ASSERT_TRUE(runEventLoopUntil([this] { return events.size() == 3; }));
+    EXPECT_EQ(text, QStringLiteral("again\nagain\n"));
+    EXPECT_EQ(launcher->terminationStatus(), 0);
+    EXPECT_FALSE(launcher->isRunning());
+}
+
+TEST_F(TaskLauncher, delegate_mayHaveNoFunctions)
+{
+    launcher->setDelegate({});
+    ASSERT_EQ(launcher->launchTasksWithArguments(shell("echo out; echo err >&2; exit 4")), 0);
+    launcher->suspend();
+    launcher->resume();
+    ASSERT_TRUE(runEventLoopUntil([this] { return !launcher->isRunning(); }));
+    EXPECT_EQ(launcher->terminationStatus(), 4);
 }
 
 TEST_F(TaskLauncher, delegate_isSilent_onceItsContextIsGone)
