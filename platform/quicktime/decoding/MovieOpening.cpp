@@ -47,14 +47,25 @@ QString nameOfCodec(AVCodecID codec)
     return QString::fromUtf8(descriptor && descriptor->long_name ? descriptor->long_name : "");
 }
 
+/// Bits of a sample. Codecs that lose something have no number of them, whatever a container says.
+int bitsOf(const AVCodecParameters &parameters)
+{
+    constexpr int bitsOfOthers = 16;
+    if (parameters.bits_per_raw_sample > 0)
+        return parameters.bits_per_raw_sample;
+    if (const int bits = av_get_bits_per_sample(parameters.codec_id); bits > 0)
+        return bits;
+    const AVCodecDescriptor *const descriptor = avcodec_descriptor_get(parameters.codec_id);
+    const bool isLossless = descriptor && (descriptor->props & AV_CODEC_PROP_LOSSLESS) != 0;
+    return isLossless && parameters.bits_per_coded_sample > 0 ? parameters.bits_per_coded_sample : bitsOfOthers;
+}
+
 QTSoundDescription soundOf(const AVCodecParameters &parameters, const MovieTrackAtoms *atoms)
 {
     QTSoundDescription sound;
     sound.dataFormat = codeOfStream(parameters, atoms, true);
     sound.sampleRate = std::uint32_t(std::max(parameters.sample_rate, 0));
-    const int bits =
-        parameters.bits_per_raw_sample > 0 ? parameters.bits_per_raw_sample : parameters.bits_per_coded_sample;
-    sound.sampleSize = shortOf(bits > 0 ? bits : 16);
+    sound.sampleSize = shortOf(bitsOf(parameters));
     sound.numChannels = shortOf(parameters.ch_layout.nb_channels);
     sound.descSize = atoms ? atoms->sizeOfDescription : sizeOfPlainSoundDescription;
     sound.name = nameOfCodec(parameters.codec_id);
