@@ -119,9 +119,9 @@ QJsonArray mediaInfo(const QByteArray &path, const char *kind)
     return parts;
 }
 
-int ListedTrack::number(const char *field) const
+int ListedTrack::number(const char *field, const char *otherName) const
 {
-    return int(numberIn(fields.value(QString::fromUtf8(field))));
+    return int(numberIn(fields.value(QString::fromUtf8(field), fields.value(QString::fromUtf8(otherName)))));
 }
 
 ListedMovie listedMovie(const QByteArray &path)

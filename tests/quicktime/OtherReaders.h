@@ -33,7 +33,8 @@ struct ListedTrack {
     std::int64_t descriptionSize = 0;
     QMap<QString, QString> fields; ///< by their names there: "Sample size", "Frame count" …
 
-    [[nodiscard]] int number(const char *field) const;
+    /// The same field is named otherwise in MP4 files.
+    [[nodiscard]] int number(const char *field, const char *otherName = "") const;
 };
 struct ListedMovie {
     std::int64_t timeScale = 0;
