@@ -4,8 +4,14 @@
 
 #include <QJsonArray>
 
+#include <array>
+#include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
+#include <poll.h>
+#include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -346,6 +352,83 @@ TEST_F(Convert, aStop_stopsTheToolsToo_andTheyGoOnWithIt)
     }
     EXPECT_EQ(child.finish().exitStatus, 0);
     EXPECT_EQ(outNames(), Names({"long.mp3"}));
+}
+
+/// Ctrl-Z, fg and Ctrl-C as they are typed: a terminal, with a shell on it that controls jobs.
+class ConvertOnTerminal : public Convert
+{
+protected:
+    ConvertOnTerminal()
+    {
+        m_shell = ::forkpty(&m_terminal, nullptr, nullptr, nullptr);
+        if (m_shell == 0) {
+            ::setenv("PS1", "ready> ", 1);
+            ::setenv("LC_ALL", "C", 1);
+            ::setenv("TERM", "dumb", 1);
+            ::execlp("bash", "bash", "--norc", "--noprofile", "-i", nullptr);
+            ::_exit(127);
+        }
+        EXPECT_GT(m_shell, 0);
+        ::fcntl(m_terminal, F_SETFL, O_NONBLOCK);
+    }
+    ~ConvertOnTerminal() override
+    {
+        ::close(m_terminal); // Which hangs up: the shell ends, with its jobs.
+        ::waitpid(m_shell, nullptr, 0);
+    }
+    ConvertOnTerminal(const ConvertOnTerminal &) = delete;
+    ConvertOnTerminal &operator=(const ConvertOnTerminal &) = delete;
+
+    void type(const QByteArray &keys) const
+    {
+        ASSERT_EQ(::write(m_terminal, keys.constData(), std::size_t(keys.size())), keys.size());
+    }
+    /// Waits for a condition while it reads what the terminal shows.
+    [[nodiscard]] bool waitUntil(const std::function<bool()> &condition)
+    {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(3);
+        while (!condition() && std::chrono::steady_clock::now() < deadline) {
+            pollfd terminal = {m_terminal, POLLIN, 0};
+            ::poll(&terminal, 1, 10);
+            std::array<char, 4096> piece;
+            const ssize_t got = ::read(m_terminal, piece.data(), piece.size());
+            if (got > 0)
+                m_shown.append(piece.data(), got);
+        }
+        return condition();
+    }
+    [[nodiscard]] bool waitUntilShown(const QByteArray &text)
+    {
+        const bool isShown = waitUntil([&] { return m_shown.contains(text); });
+        EXPECT_TRUE(isShown) << m_shown.constData();
+        m_shown = m_shown.mid(m_shown.indexOf(text) + text.size());
+        return isShown;
+    }
+
+    QByteArray m_shown; ///< behind what was waited for last
+
+private:
+    int m_terminal = -1;
+    pid_t m_shell = -1;
+};
+
+TEST_F(ConvertOnTerminal, ctrlZ_stopsIt_fgLetsItGoOn_andCtrlCLeavesNothing)
+{
+    m_tree.makeFile("long.wav", waveFile(noise(3000000)));
+    ASSERT_TRUE(waitUntilShown("ready> "));
+    const QByteArray path = m_tree.path("long.wav");
+    type(TESSARON_PROGRAM " " + words({"--to", "mp3", "-j", "1", path, path}).join(' ') + '\n');
+    ASSERT_TRUE(waitUntil([&] { return bytesOfPart("long.mp3") > 0; })) << m_shown.constData();
+    type("\x1a");
+    ASSERT_TRUE(waitUntilShown("Stopped"));
+    const std::int64_t before = bytesOfPart("long.mp3");
+    ::usleep(300000);
+    EXPECT_EQ(bytesOfPart("long.mp3"), before) << "the encoder stands still";
+    type("fg\n");
+    ASSERT_TRUE(waitUntil([&] { return m_tree.exists("out/long.mp3"); })) << m_shown.constData();
+    ASSERT_TRUE(waitUntil([&] { return outNames().size() == 2; })) << "the second file is being made";
+    type("\x03");
+    ASSERT_TRUE(waitUntil([&] { return outNames() == Names({"long.mp3"}); })) << m_shown.constData();
 }
 
 TEST_F(Convert, aStopThatNoShellCouldEnd_isPassedOver)
