@@ -67,4 +67,6 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/UniqueDescriptor.h
     platform/quicktime/AudioDamage.h
     platform/quicktime/MovieDescription.h
-    platform/quicktime/QTMovie.h)
+    platform/quicktime/QTMovie.h
+    platform/workspace/NSApplication.h
+    platform/workspace/NSWorkspace.h)

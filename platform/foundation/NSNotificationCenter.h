@@ -23,6 +23,8 @@ class TESSARON_EXPORT NSNotificationCenter
 {
 public:
     [[nodiscard]] static NSNotificationCenter &defaultCenter();
+    /// A centre of its own, for the notifications of one subject.
+    NSNotificationCenter();
 
     /// Calls all observers of the name on the calling thread before it returns, in the order in which they came.
     void postNotificationName(const QString &name, const QString &object = {}, const QVariantMap &userInfo = {});
@@ -39,8 +41,6 @@ public:
     NSNotificationCenter &operator=(const NSNotificationCenter &) = delete;
 
 private:
-    NSNotificationCenter();
-
     struct Private;
     const std::unique_ptr<Private> d;
 };

@@ -19,6 +19,7 @@ LAYERS = [
     "platform/disctracks/vant",
     "platform/coreservices",
     "platform/fileevents",
+    "platform/workspace",
     "platform/discrecording/names",
     "platform/discrecording/objects",
     "platform/discrecording/content",
