@@ -123,7 +123,8 @@ TESSARON_EXPORT OSStatus DVDRegisterEventCallBack(DVDEventCallBack callBack, con
                                                   std::uint32_t count, void *reference, std::uint32_t *identifier);
 /// No callback of that registration runs when this has returned, unless it is called inside of one.
 TESSARON_EXPORT OSStatus DVDUnregisterEventCallBack(std::uint32_t identifier);
-/// The one function that is told when playing cannot go on; null for none.
+/// The one function that is told when playing cannot go on; null for none. The one before does not run when this has
+/// returned, unless it is called inside of it.
 TESSARON_EXPORT OSStatus DVDSetFatalErrorCallBack(DVDFatalErrorCallBack callBack, void *reference);
 /// How often kDVDEventTitleTime comes, milliseconds; 900 at first.
 TESSARON_EXPORT OSStatus DVDSetTimeEventRate(std::uint32_t milliseconds);

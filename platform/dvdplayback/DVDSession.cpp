@@ -134,9 +134,11 @@ OSStatus DVDSession::setFatalErrorCallBack(DVDFatalErrorCallBack callBack, void 
 {
     if (!hasBegun())
         return kDVDErrorUninitializedLib;
-    const std::lock_guard telling(m_telling);
+    std::unique_lock telling(m_telling);
     m_fatalErrorCallBack = callBack;
     m_fatalErrorReference = reference;
+    if (m_tellingThread != std::this_thread::get_id())
+        m_told.wait(telling, [this] { return !m_tellsFatalError; });
     return noErr;
 }
 
@@ -459,8 +461,12 @@ void DVDSession::deliver(const Event &event)
         return;
     const DVDFatalErrorCallBack fatal = m_fatalErrorCallBack;
     void *const reference = m_fatalErrorReference;
+    m_tellsFatalError = true;
     telling.unlock();
     fatal(OSStatus(event.value1), reference);
+    telling.lock();
+    m_tellsFatalError = false;
+    m_told.notify_all();
 }
 
 } // namespace Tessaron

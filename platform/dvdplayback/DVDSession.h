@@ -132,6 +132,7 @@ private:
     DVDFatalErrorCallBack m_fatalErrorCallBack = nullptr;
     void *m_fatalErrorReference = nullptr;
     std::uint32_t m_running = 0; ///< identifier of the callback that runs now
+    bool m_tellsFatalError = false; ///< the call back for fatal errors runs now
     std::thread::id m_tellingThread;
 
     std::jthread m_teller; ///< guarded by m_calls; calls back

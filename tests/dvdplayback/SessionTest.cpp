@@ -6,10 +6,13 @@
 #include <QProcess>
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
 #include <mutex>
+#include <semaphore>
+#include <thread>
 #include <vector>
 
 namespace Tessaron::Testing
@@ -250,6 +253,32 @@ TEST_F(DVDSessionTest, unregister_silencesTheCallBack)
     ASSERT_EQ(::kill(DVDSession::instance().helperProcess(), SIGKILL), 0);
     ASSERT_TRUE(hearer.waitForFatalError());
     EXPECT_TRUE(hearer.events().empty());
+}
+
+/// A call back for fatal errors that takes its time.
+struct SlowHearer {
+    std::binary_semaphore hasBegun{0};
+    std::atomic<bool> hasEnded = false;
+
+    static void hear(OSStatus /*error*/, void *reference)
+    {
+        auto *const hearer = static_cast<SlowHearer *>(reference);
+        hearer->hasBegun.release();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        hearer->hasEnded = true;
+    }
+};
+
+TEST_F(DVDSessionTest, setFatalErrorCallBack_waitsForTheOneBefore)
+{
+    SlowHearer hearer;
+    ASSERT_EQ(DVDInitialize(), noErr);
+    ASSERT_EQ(DVDSetFatalErrorCallBack(SlowHearer::hear, &hearer), noErr);
+    ASSERT_EQ(open(disc()), noErr);
+    ASSERT_EQ(::kill(DVDSession::instance().helperProcess(), SIGKILL), 0);
+    ASSERT_TRUE(hearer.hasBegun.try_acquire_for(seconds(20)));
+    EXPECT_EQ(DVDSetFatalErrorCallBack(nullptr, nullptr), noErr);
+    EXPECT_TRUE(hearer.hasEnded);
 }
 
 TEST_F(DVDSessionTest, volume_isKept_andMuted)
