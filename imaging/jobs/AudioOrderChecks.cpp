@@ -1,0 +1,103 @@
+#include "imaging/jobs/AudioOrderChecks.h"
+
+#include "imaging/jobs/AudioTexts.h"
+#include "imaging/jobs/OutputStream.h"
+#include "platform/disctracks/BlockAddress.h"
+#include "platform/foundation/MessageTexts.h"
+#include "platform/quicktime/CDSound.h"
+#include <TessaronClasses/DiscJobErrors.h>
+
+#include <numeric>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+constexpr std::size_t mostTracks = 99;
+
+QString lengthText(std::uint64_t frames)
+{
+    return MSF::ofFrames(std::int64_t(frames)).text();
+}
+
+NSError errorOfIsrcs(const QList<QByteArray> &codes, std::size_t tracks)
+{
+    if (std::size_t(codes.size()) > tracks)
+        return discJobError(
+            DiscJobErrorCode::InvalidOrder,
+            QStringLiteral("there are %1 ISRCs for %2").arg(codes.size()).arg(counted(tracks, "track", "tracks")));
+    for (const QByteArray &code : codes) {
+        if (!code.isEmpty() && soundIsrc(QString::fromUtf8(code)).isEmpty())
+            return discJobError(
+                DiscJobErrorCode::InvalidOrder, QStringLiteral("%1 is no ISRC").arg(quoted(code)),
+                QStringLiteral("It has two letters for the country, three characters for the owner, and "
+                               "seven digits."));
+    }
+    return {};
+}
+
+NSError errorOfCount(std::size_t tracks, const char *what)
+{
+    if (tracks <= mostTracks)
+        return {};
+    return discJobError(DiscJobErrorCode::InvalidOrder,
+                        QStringLiteral("there are %1 %2, and a CD has %3 tracks at most")
+                            .arg(tracks)
+                            .arg(QLatin1String(what))
+                            .arg(mostTracks),
+                        QStringLiteral("Make several images."));
+}
+
+} // namespace
+
+NSError errorOfOrder(const AudioImageOrder &order, const AudioSources &sources)
+{
+    if (order.format != DiscFormat::BIN && order.format != DiscFormat::VANT)
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("an image of sound has the format bin or vant"),
+                            QStringLiteral("Name an output that ends in .bin or .vant."), order.output);
+    const bool isIntoStream = order.outputDescriptor >= 0 || isStream(order.output);
+    if (isIntoStream && order.format == DiscFormat::BIN)
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("a BIN image cannot go into a stream: its cue sheet names a file"),
+                            QStringLiteral("Name a file for it, or choose the format vant."), order.output);
+    if (sources.sources.empty())
+        return discJobError(DiscJobErrorCode::InvalidOrder, QStringLiteral("there is no file to make a track of"));
+    return errorOfCount(sources.sources.size() + (order.dataFolder.isEmpty() ? 0 : 1), "files");
+}
+
+NSError errorOfTracks(const AudioImageOrder &order, const std::vector<AlbumTrack> &tracks)
+{
+    for (const AlbumTrack &track : tracks) {
+        const std::uint64_t samples =
+            std::accumulate(track.sound.begin(), track.sound.end(), std::uint64_t(0),
+                            [](std::uint64_t sum, const SoundRun &run) { return sum + run.samples; });
+        if (samples < CDSound::samplesPerFrame)
+            return discJobError(
+                DiscJobErrorCode::Source,
+                QStringLiteral("%1 is too short for a track: its sound has %2 samples, and a frame has %3")
+                    .arg(quoted(track.source))
+                    .arg(samples)
+                    .arg(CDSound::samplesPerFrame),
+                QStringLiteral("Leave it out."), track.source);
+    }
+    if (NSError error = errorOfCount(tracks.size() + (order.dataFolder.isEmpty() ? 0 : 1), "tracks"))
+        return error;
+    return errorOfIsrcs(order.isrcs, tracks.size());
+}
+
+NSError errorOfCapacity(std::uint64_t frames, std::uint32_t capacity)
+{
+    if (capacity == 0 || frames <= capacity)
+        return {};
+    return discJobError(
+        DiscJobErrorCode::Space,
+        QStringLiteral("the tracks and gaps take %1 (minutes, seconds, frames), which is %2 more than the "
+                       "%3 of the disc")
+            .arg(lengthText(frames), lengthText(frames - capacity), lengthText(capacity)),
+        QStringLiteral("Leave files out, or take a longer disc."));
+}
+
+} // namespace Tessaron

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "imaging/jobs/AudioAlbum.h"
+#include "imaging/jobs/AudioSources.h"
+#include "platform/foundation/NSError.h"
+#include <TessaronClasses/AudioImageJob.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace Tessaron
+{
+
+// What an image of sound must not ask for. Errors are those of DiscJobErrors.h; a null one means that all is well.
+
+/// Before any file is opened: format, output, and how many files there are.
+[[nodiscard]] NSError errorOfOrder(const AudioImageOrder &order, const AudioSources &sources);
+
+/// Once the tracks are known: their number, their lengths, and the ISRCs given for them.
+[[nodiscard]] NSError errorOfTracks(const AudioImageOrder &order, const std::vector<AlbumTrack> &tracks);
+
+/// Whether so many frames go onto a disc of that capacity; 0 is one of any length.
+[[nodiscard]] NSError errorOfCapacity(std::uint64_t frames, std::uint32_t capacity);
+
+} // namespace Tessaron
