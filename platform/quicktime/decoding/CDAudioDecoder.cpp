@@ -8,6 +8,8 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <span>
+#include <utility>
 #include <vector>
 
 namespace Tessaron
@@ -55,8 +57,12 @@ struct CDAudioDecoder::Private {
     [[nodiscard]] int endForm();
     [[nodiscard]] int convert(const SampleRun &run);
     [[nodiscard]] int resample(const std::uint8_t *const *planes, int count);
+    [[nodiscard]] int drainResampler();
+    [[nodiscard]] int runResampler(const std::uint8_t *const *planes, int count, int room);
     [[nodiscard]] NSError decodeMore();
-    [[nodiscard]] std::size_t available() const { return (output.size() - taken) / sampleSize; }
+    void takeKept();
+    [[nodiscard]] std::uint8_t *placeFor(std::size_t samples);
+    void putSamples(std::size_t samples, std::size_t room);
 
     [[nodiscard]] std::int64_t scaledToOutput(std::int64_t samples, int fromRate) const
     {
@@ -68,8 +74,10 @@ struct CDAudioDecoder::Private {
     const AVSampleFormat outputFormat;
     const double gain;
     const std::size_t sampleSize; ///< bytes of both channels
-    std::vector<char> output; ///< decoded and not read yet, from `taken` on
+    std::span<char> target; ///< what the present read still has to fill
+    std::vector<char> output; ///< decoded beyond what a read has asked for, from `taken` on
     std::size_t taken = 0; ///< bytes
+    bool isPlacedInTarget = false; ///< where placeFor() has pointed last
     bool isAtEnd = false;
 
     // The form of the samples that come from the stream now.
@@ -138,7 +146,7 @@ int CDAudioDecoder::Private::endForm()
 {
     if (!hasForm || !resampler)
         return 0;
-    if (const int code = resample(nullptr, 0); code < 0)
+    if (const int code = drainResampler(); code < 0)
         return code;
     const std::int64_t missing = scaledToOutput(samplesIn, rate) - samplesOut;
     const std::size_t excess =
@@ -149,21 +157,54 @@ int CDAudioDecoder::Private::endForm()
     return 0;
 }
 
+/// Where that many samples can be put: where the reader wants them, or else, when they are more than it wants or others
+/// come before them, among those that are kept for its next read.
+std::uint8_t *CDAudioDecoder::Private::placeFor(std::size_t samples)
+{
+    const std::size_t bytes = samples * sampleSize;
+    isPlacedInTarget = output.size() == taken && bytes <= target.size();
+    if (isPlacedInTarget)
+        return reinterpret_cast<std::uint8_t *>(target.data());
+    const std::size_t before = output.size();
+    output.resize(before + bytes);
+    return reinterpret_cast<std::uint8_t *>(output.data() + before);
+}
+
+/// So many of the last place hold samples now, which were `room` ones.
+void CDAudioDecoder::Private::putSamples(std::size_t samples, std::size_t room)
+{
+    if (isPlacedInTarget)
+        target = target.subspan(samples * sampleSize);
+    else
+        output.resize(output.size() - (room - samples) * sampleSize);
+}
+
+/// Puts at most `room` samples where they belong; how many, or a negative code.
+int CDAudioDecoder::Private::runResampler(const std::uint8_t *const *planes, int count, int room)
+{
+    std::uint8_t *place = placeFor(std::size_t(room));
+    const int got = swr_convert(resampler.get(), &place, room, const_cast<const std::uint8_t **>(planes), count);
+    putSamples(std::size_t(std::max(got, 0)), std::size_t(room));
+    samplesOut += std::max(got, 0);
+    return got;
+}
+
 int CDAudioDecoder::Private::resample(const std::uint8_t *const *planes, int count)
 {
-    for (;;) {
-        const int room = std::max(swr_get_out_samples(resampler.get(), count), 4096);
-        const std::size_t before = output.size();
-        output.resize(before + std::size_t(room) * sampleSize);
-        auto *target = reinterpret_cast<std::uint8_t *>(output.data() + before);
-        const int got = swr_convert(resampler.get(), &target, room, const_cast<const std::uint8_t **>(planes), count);
-        output.resize(before + std::size_t(std::max(got, 0)) * sampleSize);
-        if (got < 0)
-            return got;
-        samplesOut += got;
-        if (planes || got == 0) // Draining goes on until nothing more comes.
-            return 0;
-    }
+    return std::min(runResampler(planes, count, std::max(swr_get_out_samples(resampler.get(), count), 1)), 0);
+}
+
+/// Into what is kept, even where the reader has room: some of it may be too much.
+int CDAudioDecoder::Private::drainResampler()
+{
+    constexpr int room = 4096; // samples
+    const std::span<char> wanted = std::exchange(target, {});
+    int got = 0;
+    do
+        got = runResampler(nullptr, 0, room);
+    while (got > 0);
+    target = wanted;
+    return got;
 }
 
 int CDAudioDecoder::Private::convert(const SampleRun &run)
@@ -178,16 +219,29 @@ int CDAudioDecoder::Private::convert(const SampleRun &run)
     const std::vector<const std::uint8_t *> planes = planesOf(run);
     if (resampler)
         return resample(planes.data(), run.count);
-    const std::size_t before = output.size();
-    output.resize(before + std::size_t(run.count) * sampleSize);
-    std::memcpy(output.data() + before, planes.front(), std::size_t(run.count) * sampleSize);
+    const auto samples = std::size_t(run.count);
+    std::memcpy(placeFor(samples), planes.front(), samples * sampleSize);
+    putSamples(samples, samples);
     return 0;
+}
+
+/// Gives the reader what was kept for it.
+void CDAudioDecoder::Private::takeKept()
+{
+    const std::size_t bytes = std::min(output.size() - taken, target.size());
+    if (bytes == 0)
+        return;
+    std::memcpy(target.data(), output.data() + taken, bytes);
+    target = target.subspan(bytes);
+    taken += bytes;
+    if (taken < output.size())
+        return;
+    output.clear();
+    taken = 0;
 }
 
 NSError CDAudioDecoder::Private::decodeMore()
 {
-    output.erase(output.begin(), output.begin() + std::ptrdiff_t(taken));
-    taken = 0;
     const Result<SampleRun> run = reader->next();
     if (!run)
         return run.error();
@@ -245,19 +299,14 @@ std::size_t CDAudioDecoder::sizeOfSample() const
 
 Result<std::size_t> CDAudioDecoder::read(char *buffer, std::size_t samples)
 {
-    std::size_t filled = 0;
-    while (filled < samples) {
-        const std::size_t count = std::min(d->available(), samples - filled);
-        if (count > 0) // An empty vector has no data to copy from.
-            std::memcpy(buffer + filled * d->sampleSize, d->output.data() + d->taken, count * d->sampleSize);
-        d->taken += count * d->sampleSize;
-        filled += count;
-        if (filled == samples || (d->isAtEnd && d->available() == 0))
-            break;
-        if (const NSError error = d->decodeMore())
-            return error;
-    }
-    return filled;
+    d->target = {buffer, samples * d->sampleSize};
+    NSError error;
+    for (d->takeKept(); !error && !d->target.empty() && !d->isAtEnd; d->takeKept())
+        error = d->decodeMore();
+    const std::size_t missing = std::exchange(d->target, {}).size() / d->sampleSize;
+    if (error)
+        return error;
+    return samples - missing;
 }
 
 const AudioDamageReport &CDAudioDecoder::damage() const
