@@ -9,7 +9,10 @@ namespace Tessaron
 NSError DecodedSounds::goTo(const QByteArray &path, std::uint64_t sample, const std::stop_token &stop)
 {
     if (!m_sound || path != m_path || sample < m_position) {
-        Result<std::unique_ptr<CDSound>> opened = CDSound::openFile(path, stop);
+        m_sound.reset(); // so that its program is free for the next file
+        CDSoundOptions options;
+        options.helpers = &m_helpers;
+        Result<std::unique_ptr<CDSound>> opened = CDSound::openFile(path, stop, options);
         if (!opened)
             return opened.error();
         m_sound = *std::move(opened);

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/Result.h"
 #include "platform/quicktime/CDSound.h"
+#include "platform/quicktime/SoundHelpers.h"
 
 #include <QByteArray>
 
@@ -14,7 +15,7 @@ namespace Tessaron
 {
 
 /// Sound files that must be decoded, read at any place. The file that was read last stays open: a file that is
-/// read in order is decoded once. One thread at a time.
+/// read in order is decoded once. One program decodes them all. One thread at a time.
 class DecodedSounds
 {
 public:
@@ -31,6 +32,7 @@ private:
     [[nodiscard]] NSError goTo(const QByteArray &path, std::uint64_t sample, const std::stop_token &stop);
     void takeDamage(AudioDamageReport *damage);
 
+    SoundHelpers m_helpers; ///< outlives the sound
     QByteArray m_path; ///< of the open file
     std::unique_ptr<CDSound> m_sound;
     std::uint64_t m_position = 0; ///< samples

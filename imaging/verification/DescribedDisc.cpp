@@ -6,6 +6,7 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/quicktime/CDSound.h"
+#include "platform/quicktime/SoundHelpers.h"
 #include <TessaronClasses/DescribedDisc.h>
 #include <TessaronClasses/DiscJobErrors.h>
 
@@ -43,11 +44,12 @@ bool areSameFile(const QByteArray &one, const QByteArray &other)
         && first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
-/// Measures sounds by decoding them; what cannot be decoded is noted.
+/// Measures sounds by decoding them, all by one program; what cannot be decoded is noted.
 SoundMeasure measureByDecoding(QStringList *notes, const std::stop_token &stop)
 {
-    return [notes, stop](const QByteArray &path) -> std::optional<std::uint64_t> {
-        const Result<std::uint64_t> samples = CDSound::countSamples(path, stop);
+    const auto helpers = std::make_shared<SoundHelpers>();
+    return [notes, stop, helpers](const QByteArray &path) -> std::optional<std::uint64_t> {
+        const Result<std::uint64_t> samples = CDSound::countSamples(path, stop, helpers.get());
         if (samples)
             return *samples * CDSound::bytesPerSample;
         if (samples.error().code() != userCanceledErr)

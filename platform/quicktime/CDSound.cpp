@@ -56,9 +56,10 @@ Result<std::unique_ptr<CDSound>> CDSound::openFile(const QByteArray &path, const
     return sound;
 }
 
-Result<std::uint64_t> CDSound::countSamples(const QByteArray &path, const std::stop_token &stop)
+Result<std::uint64_t> CDSound::countSamples(const QByteArray &path, const std::stop_token &stop, SoundHelpers *helpers)
 {
     CDSoundOptions options;
+    options.helpers = helpers;
     options.needsExactLength = true;
     const Result<std::unique_ptr<CDSound>> sound = openFile(path, stop, options);
     return sound ? Result<std::uint64_t>((*sound)->length().samples) : Result<std::uint64_t>(sound.error());

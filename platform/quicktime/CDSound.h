@@ -70,8 +70,9 @@ public:
     [[nodiscard]] static Result<std::unique_ptr<CDSound>>
     openFile(const QByteArray &path, const std::stop_token &stop = {}, const CDSoundOptions &options = {});
 
-    /// The exact length, found by decoding all of the file where nothing less tells it.
-    [[nodiscard]] static Result<std::uint64_t> countSamples(const QByteArray &path, const std::stop_token &stop = {});
+    /// The exact length, found by decoding all of the file where nothing less tells it. `helpers` as in the options.
+    [[nodiscard]] static Result<std::uint64_t> countSamples(const QByteArray &path, const std::stop_token &stop = {},
+                                                            SoundHelpers *helpers = nullptr);
 
     ~CDSound();
     CDSound(const CDSound &) = delete;

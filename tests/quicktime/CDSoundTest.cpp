@@ -9,7 +9,6 @@
 #include "tests/support/TemporaryTree.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 
 #include <algorithm>
 #include <cmath>
@@ -17,7 +16,6 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <thread>
-#include <unistd.h>
 
 using namespace Tessaron;
 using namespace Tessaron::Testing;
@@ -49,19 +47,6 @@ protected:
         EXPECT_TRUE(sound) << sound.error().localizedDescription().toStdString();
         return sound ? *std::move(sound) : nullptr;
     }
-    /// Processes that this one has started and that still run.
-    static QList<int> children()
-    {
-        QFile file(QStringLiteral("/proc/self/task/%1/children").arg(::gettid()));
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        QList<int> numbers;
-        for (const QByteArray &word : file.readAll().simplified().split(' ')) {
-            if (!word.isEmpty())
-                numbers << word.toInt();
-        }
-        return numbers;
-    }
-
     const TemporaryTree tree;
 };
 
@@ -161,12 +146,23 @@ TEST_F(Sound, helpers_areUsedForOneFileAfterTheOther_andEndWithTheirOwner)
             const auto sound = open("a.wav", options);
             EXPECT_TRUE(sound->next(1000)); // what was decoded ahead must not come up in the next turn
         }
-        EXPECT_EQ(children().size(), 1);
+        EXPECT_EQ(childrenOfThisThread().size(), 1);
         EXPECT_FALSE(CDSound::openFile(tree.path("missing"), {}, options)) << "a failure does not spoil it";
         EXPECT_EQ(read(*open("a.wav", options)), source);
-        EXPECT_EQ(children().size(), 1);
+        EXPECT_EQ(childrenOfThisThread().size(), 1);
     }
-    EXPECT_EQ(children().size(), 0);
+    EXPECT_EQ(childrenOfThisThread().size(), 0);
+}
+
+TEST_F(Sound, counting_takesHelpers_too)
+{
+    tree.makeFile("a.wav", waveFile(noise(1000)));
+    SoundHelpers helpers;
+    EXPECT_EQ(*CDSound::countSamples(tree.path("a.wav"), {}, &helpers), 1000u);
+    EXPECT_EQ(*CDSound::countSamples(tree.path("a.wav"), {}, &helpers), 1000u);
+    EXPECT_EQ(childrenOfThisThread().size(), 1);
+    EXPECT_EQ(*CDSound::countSamples(tree.path("a.wav")), 1000u);
+    EXPECT_EQ(childrenOfThisThread().size(), 1) << "one of its own does not stay";
 }
 
 TEST_F(Sound, crashOfTheDecoder_isAnErrorThatNamesTheFile)
@@ -178,8 +174,8 @@ TEST_F(Sound, crashOfTheDecoder_isAnErrorThatNamesTheFile)
         CDSoundOptions options;
         options.helpers = &helpers;
         const auto sound = open("a.wav", options);
-        ASSERT_EQ(children().size(), 1);
-        ::kill(children().front(), signal);
+        ASSERT_EQ(childrenOfThisThread().size(), 1);
+        ::kill(childrenOfThisThread().front(), signal);
         Result<std::span<const char>> piece = sound->next(100'000);
         while (piece && !piece->empty())
             piece = sound->next(100'000);
@@ -199,7 +195,7 @@ TEST_F(Sound, stop_endsAWaitForAProgramThatHangs)
     std::stop_source stop;
     const Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(tree.path("a.wav"), stop.get_token());
     ASSERT_TRUE(sound);
-    ::kill(children().front(), SIGSTOP);
+    ::kill(childrenOfThisThread().front(), SIGSTOP);
     QElapsedTimer timer;
     timer.start();
     std::jthread canceller([&stop] {

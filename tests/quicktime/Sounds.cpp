@@ -2,6 +2,8 @@
 
 #include "tests/support/RunProgram.h"
 
+#include <QFile>
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -10,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <numbers>
 #include <random>
+#include <unistd.h>
 
 namespace Tessaron::Testing
 {
@@ -120,6 +123,18 @@ Samples decodedByFFmpeg(const QByteArray &path, const QByteArray &filter)
 {
     return samplesOf(ffmpeg("-i " + path + " -map 0:a:0 -af " + filter
                             + "aresample=44100:resampler=soxr:precision=28:isf=fltp -f s16le -ac 2 -ar 44100 -"));
+}
+
+QList<int> childrenOfThisThread()
+{
+    QFile file(QStringLiteral("/proc/self/task/%1/children").arg(::gettid()));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    QList<int> numbers;
+    for (const QByteArray &word : file.readAll().simplified().split(' ')) {
+        if (!word.isEmpty())
+            numbers << word.toInt();
+    }
+    return numbers;
 }
 
 Samples samplesOf(const QByteArray &bytes)

@@ -28,6 +28,9 @@ QByteArray outputOfProgram(const char *program, const QList<QByteArray> &argumen
 /// The same for ffmpeg: options and files, as in "-i in.wav -c:a aac out.m4a", parted at blanks.
 QByteArray ffmpeg(const QByteArray &arguments);
 
+/// Processes that this thread has started and that still run.
+QList<int> childrenOfThisThread();
+
 /// A sound as ffmpeg decodes it to the form of a CD: by soxr where it must resample, without dither. A filter, with
 /// a comma behind it, comes first.
 Samples decodedByFFmpeg(const QByteArray &path, const QByteArray &filter = {});
