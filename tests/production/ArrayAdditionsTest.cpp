@@ -18,6 +18,9 @@ TEST(ArrayAdditions, stringWithPrefix_isTheFirstTextThatBeginsSo)
                              QStringLiteral("track 3")};
     EXPECT_EQ(stringWithPrefix(array, QStringLiteral("track")), QStringLiteral("track 2"));
     EXPECT_EQ(stringWithPrefix(array, QStringLiteral("Tr")), QStringLiteral("Track 1"));
+    EXPECT_EQ(stringWithPrefix(array, QStringLiteral("track 3")), QStringLiteral("track 3"));
+    EXPECT_TRUE(stringWithPrefix(array, QStringLiteral("track 3!")).isNull());
+    EXPECT_TRUE(stringWithPrefix(array, QStringLiteral("TRACK")).isNull());
     EXPECT_TRUE(stringWithPrefix(array, QStringLiteral("x")).isNull());
     EXPECT_TRUE(stringWithPrefix({}, QStringLiteral("x")).isNull());
 }

@@ -71,6 +71,10 @@ TEST_F(FileReadAdditions, numbers_areReadInBothOrders)
     expectReads<std::int16_t>(*odd, readLittleSignedShort, -32'514);
     expectReads<std::int32_t>(*odd, readBigSignedInt, std::int32_t(0xFE80FF7Fu));
     expectReads<char>(*odd, readChar, char(0xFE));
+    expectReads<std::uint32_t>(*odd, readBigUnsignedInt, 0xFE80FF7Fu);
+    const auto negative = handleOf(QByteArray::fromHex("02fffffe"));
+    expectReads<std::int32_t>(*negative, readLittleSignedInt, -16'777'470);
+    expectReads<std::uint32_t>(*negative, readLittleUnsignedInt, 0xFEFFFF02u);
 }
 
 TEST_F(FileReadAdditions, readBytes_takesAllOrLeavesTheBufferAlone)
@@ -136,6 +140,8 @@ TEST_F(FileReadAdditions, skipBytes_goesOnBehind_alsoBehindTheEnd)
     skipBytes(*handle, 1000);
     EXPECT_EQ(readChar(*handle, &byte), eofErr);
     EXPECT_EQ(handle->offsetInFile(), 1005u);
+    skipBytes(*handle, std::uint64_t(1) << 40);
+    EXPECT_EQ(handle->offsetInFile(), (std::uint64_t(1) << 40) + 1005);
 }
 
 TEST_F(FileReadAdditions, readBytesOfLength_givesWhatThereIs)

@@ -97,6 +97,11 @@ public:
         , m_properties{{DRTrackLengthKey, blocks}, {DRBlockSizeKey, blockSize}, {DRBlockTypeKey, blockType}}
     {
     }
+    TrackProducer(char byte, const QVariantMap &properties)
+        : ByteProducer(byte)
+        , m_properties(properties)
+    {
+    }
     [[nodiscard]] std::shared_ptr<DRTrack> track() override
     {
         ++tracksMade;
@@ -137,7 +142,10 @@ protected:
             note(QStringLiteral("texts"));
             return texts;
         };
-        delegate.KRCustomLayoutWriterProgress = [this](KRCustomLayoutWriter &, double value) { progress << value; };
+        delegate.KRCustomLayoutWriterProgress = [this](KRCustomLayoutWriter &, double value) {
+            EXPECT_TRUE(isMainThread());
+            progress << value;
+        };
         delegate.KRCustomLayoutWriterDidEnd = [this, note](KRCustomLayoutWriter &) {
             note(QStringLiteral("end"));
             isOver = true;
@@ -249,6 +257,33 @@ TEST_F(CustomLayoutWriter, cueSheet_saysTheKindByTheBlockType_andNamesTheFirstFi
     EXPECT_EQ(writer->cueSheet().count(QStringLiteral("FILE")), 1);
     EXPECT_TRUE(writer->cueSheet().startsWith(QStringLiteral("FILE \"file1\" BINARY\n")));
     EXPECT_EQ(tree.contents("file7").size(), 2336);
+}
+
+TEST_F(CustomLayoutWriter, cueSheet_takesATrackWithoutABlockTypeForAudio)
+{
+    write(element(
+        std::make_shared<TrackProducer>('x', QVariantMap{{DRTrackLengthKey, quint64(75)}, {DRBlockSizeKey, 2352u}})));
+    EXPECT_TRUE(writer->cueSheet().contains(QStringLiteral("TRACK 01 AUDIO\n"))) << writer->cueSheet().toStdString();
+}
+
+TEST_F(CustomLayoutWriter, chunks_areOf350Blocks_whateverTheirSize)
+{
+    const auto big = std::make_shared<TrackProducer>('b', 701, 2448, 8);
+    const auto small = std::make_shared<TrackProducer>('s', 351, 2048, 8);
+    write(QVariantList{element(big), element(small)});
+    EXPECT_EQ(big->calls.join(u';'), QStringLiteral("prepare;856800 of 2448;856800 of 2448;2448 of 2448;cleanup"));
+    EXPECT_EQ(small->calls.join(u';'), QStringLiteral("prepare;716800 of 2048;2048 of 2048;cleanup"));
+    EXPECT_TRUE(writer->cueSheet().endsWith(QStringLiteral("TRACK 02 MODE1/2048\n    INDEX 01 00:09:26\n")))
+        << "places are counted in blocks: " << writer->cueSheet().toStdString();
+}
+
+TEST_F(CustomLayoutWriter, listsInLists_areFlattenedOnce)
+{
+    const auto inner = std::make_shared<PlainProducer>('i', 5);
+    const auto outer = std::make_shared<PlainProducer>('o', 5);
+    expectFailure(QVariantList{element(outer), QVariant(QVariantList{QVariant(QVariantList{element(inner)})})});
+    EXPECT_EQ(tree.contents("disc.bin"), "ooooo");
+    EXPECT_EQ(inner->calls, QStringList()) << "a list in a list in the list is no producer";
 }
 
 TEST_F(CustomLayoutWriter, VANTData_makesTheFileAVANTImage)
@@ -390,6 +425,8 @@ TEST_F(CustomLayoutWriter, writing_fails_withoutAnExistingFile)
     EXPECT_EQ(producer->calls, QStringList());
     EXPECT_FALSE(tree.exists("missing"));
     destination = QStringLiteral("/dev/full");
+    expectFailure(element(producer));
+    delegate.KRCustomLayoutWriterPathForItem = {};
     expectFailure(element(producer));
 }
 

@@ -206,6 +206,9 @@ TEST(KRDRDataProducer, options_ofAudio_areForAudioAlone)
     EXPECT_EQ(trackOf(infoOf(4, 2352, 8))->properties().value(DRAudioPreEmphasisKey), true);
     EXPECT_FALSE(trackOf(infoOf(4, 2352, 8))->properties().contains(DRAudioFourChannelKey));
     EXPECT_EQ(trackOf(infoOf(4, 2352, 16))->properties().value(DRAudioFourChannelKey), true);
+    EXPECT_FALSE(trackOf(infoOf(4, 2352, 16))->properties().contains(DRAudioPreEmphasisKey));
+    const QVariantMap both = trackOf(infoOf(4, 2352, 8 | 16))->properties();
+    EXPECT_TRUE(both.value(DRAudioPreEmphasisKey).toBool() && both.value(DRAudioFourChannelKey).toBool());
     const QVariantMap data = trackOf(infoOf(0, 2048, 24))->properties();
     EXPECT_FALSE(data.contains(DRAudioPreEmphasisKey) || data.contains(DRAudioFourChannelKey));
 }
@@ -290,6 +293,18 @@ TEST(KRDRDataProducer, data_ofSectorsWithSubchannel_isFilledUp_whereTheFileEndsI
         const qsizetype lost = std::min<qsizetype>(std::max<qsizetype>(missing - 384, 0), 2048);
         EXPECT_EQ(burn.data(4 * plainSize), userData.chopped(lost) + QByteArray(lost + 2048, '\0')) << missing;
     }
+}
+
+TEST(KRDRDataProducer, data_isCutFromSectorsWithSubchannel_wheneverTheOptionSaysSo)
+{
+    const TemporaryTree tree;
+    const QByteArray userData = userDataOf(TrackKind::Mode1, 6);
+    const QByteArray stored = withSubchannels(rawSectorsAround(TrackKind::Mode1, userData, BlockAddress(0)));
+    tree.makeFile("image", stored);
+    // Places are counted in the record's own sectors, what is read is cut like sectors of 2448 bytes all the same.
+    KRDRDataProductionInfo info = infoOf(0, 1224, 32);
+    info.frameStart = 4;
+    EXPECT_EQ(Burn(info, tree.pathText("image")).data(2 * plainSize), userData.mid(2 * plainSize, 2 * plainSize));
 }
 
 TEST(KRDRDataProducer, postgap_isZeros_whateverTheFileHoldsThere)

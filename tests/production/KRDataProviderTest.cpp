@@ -256,7 +256,10 @@ TEST_F(KRDataProviderTest, data_isCut_asModeAndOptionsSay)
         {21, 2048, 1, TrackKind::Mode2Form1, 16, 2336, 24, 2048},
         {21, 2048, 3, TrackKind::Mode2Form1, 16, 2336, 24, 2048},
         {2, 2336, 1, TrackKind::Mode2Form1, 16, 2336, 24, 2048},
+        {1, 2048, 1, TrackKind::Mode1, 16, 2048, 0, 2048},
         {22, 2324, 0, TrackKind::Mode2Form2, 24, 2324, 0, 2324},
+        {22, 2324, 1 | 2 | 4 | 256, TrackKind::Mode2Form2, 24, 2324, 0, 2324},
+        {0, 2352, 1 | 2 | 4 | 256, TrackKind::Audio, 0, 2352, 0, 2352},
         {0, 2352, 0, TrackKind::Audio, 0, 2352, 0, 2352},
     };
     for (const Cut &cut : cuts) {
