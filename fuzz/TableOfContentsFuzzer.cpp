@@ -1,6 +1,7 @@
 #include "fuzz/Fields.h"
 #include "fuzz/FuzzTarget.h"
 
+#include "platform/disctracks/CDTextPacks.h"
 #include "platform/disctracks/CueSheetReader.h"
 #include "platform/disctracks/CueSheetWriter.h"
 #include "platform/disctracks/TrackSubchannel.h"
@@ -100,6 +101,25 @@ void writeSheet(const TableOfContents &contents)
     require(!read || read->contents.storedBytes() == bytes, "and all bytes of the image");
 }
 
+/// Texts in two languages come back from the sheet's file of CD-TEXT.
+void writeSheetWithTexts(TableOfContents contents)
+{
+    CDTextBlock block;
+    block.texts[CDTextKind::Title] = {QStringLiteral("Disc")};
+    for (std::size_t track = 1; track <= contents.trackCount(); ++track)
+        block.texts[CDTextKind::Title].push_back(QString::number(track));
+    contents.cdText.blocks = {block, block};
+    contents.cdText.blocks.back().language = 0x08;
+    const Result<QByteArray> packs = cdTextPacks(contents.cdText, std::uint32_t(contents.trackCount()));
+    const Result<CueSheetText> sheet = cueSheetForImage(contents, "disc.bin", "disc.cdt");
+    if (!packs || !sheet)
+        return;
+    CueSheetFiles files;
+    files.cdText = [&packs](const QByteArray &) { return packs; };
+    const Result<CueSheet> read = cueSheetOfText(sheet->text, files);
+    require(!read || read->contents.cdText == contents.cdText, "all texts come back");
+}
+
 void writeVant(const TableOfContents &contents)
 {
     const Result<QByteArray> trailer = vantTrailer(contents);
@@ -130,6 +150,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size)
     }
     count(contents);
     writeSheet(contents);
+    writeSheetWithTexts(contents);
     writeVant(contents);
     return 0;
 }

@@ -55,6 +55,17 @@ bool isRegularFile(int descriptor, struct stat *status)
     return ::fstat(descriptor, status) == 0 && S_ISREG(status->st_mode);
 }
 
+QByteArray pathBeside(const QByteArray &imagePath, const QByteArray &extension)
+{
+    const QByteArrayView name = lastPathComponent(imagePath);
+    const qsizetype dot = name.lastIndexOf('.');
+    // A dot that begins the name hides the file; no extension begins with it.
+    const QByteArray base = dot > 0 ? imagePath.chopped(name.size() - dot) : imagePath;
+    const QByteArray path = base + extension;
+    // An image that has this extension itself must not be overwritten.
+    return path == imagePath ? path + extension : path;
+}
+
 /// Devices and pipes are kept; only a regular file or a link goes.
 void removeFile(const QByteArray &path)
 {
@@ -67,13 +78,12 @@ void removeFile(const QByteArray &path)
 
 QByteArray pathOfCueSheet(const QByteArray &imagePath)
 {
-    const QByteArrayView name = lastPathComponent(imagePath);
-    const qsizetype dot = name.lastIndexOf('.');
-    // A dot that begins the name hides the file; no extension begins with it.
-    const QByteArray base = dot > 0 ? imagePath.chopped(name.size() - dot) : imagePath;
-    const QByteArray path = base + ".cue";
-    // An image that is called "cue" itself must not be overwritten by its sheet.
-    return path == imagePath ? path + ".cue" : path;
+    return pathBeside(imagePath, ".cue");
+}
+
+QByteArray pathOfCDTextFile(const QByteArray &imagePath)
+{
+    return pathBeside(imagePath, ".cdt");
 }
 
 TableOfContents contentsOfPlainImage(std::uint64_t bytes)
@@ -112,6 +122,11 @@ bool ImageFinisher::hasCueSheet() const
     return m_format == TessaronDiscImageFormatBIN;
 }
 
+bool ImageFinisher::hasCDTextFile() const
+{
+    return hasCueSheet() && needsCDTextFile(m_contents);
+}
+
 QStringList ImageFinisher::lost() const
 {
     if (m_format == TessaronDiscImageFormatVANT) {
@@ -121,7 +136,8 @@ QStringList ImageFinisher::lost() const
     }
     if (!hasCueSheet())
         return {};
-    const Result<CueSheetText> sheet = cueSheetForImage(m_contents, QByteArray());
+    const QByteArray cdTextFile = hasCDTextFile() ? pathOfCDTextFile("image") : QByteArray();
+    const Result<CueSheetText> sheet = cueSheetForImage(m_contents, QByteArray(), cdTextFile);
     return sheet ? sheet->lost : QStringList();
 }
 
@@ -137,11 +153,13 @@ NSError ImageFinisher::finish(const UnfinishedImage &image) const
     if (m_format == TessaronDiscImageFormatVANT)
         error = addTrailer(image.descriptor, image.path);
     if (!error && hasCueSheet())
-        error = writeCueSheet(image.cueSheet, image.path);
+        error = writeSheetAndTexts(image);
     if (!error)
         error = sync(image.descriptor, image.path);
     if (!error && hasCueSheet())
         error = sync(image.cueSheet, pathOfCueSheet(image.path));
+    if (!error && image.cdTextFile >= 0)
+        error = sync(image.cdTextFile, pathOfCDTextFile(image.path));
     if (error)
         return error;
     if (const int failure = image.giveNames ? image.giveNames() : 0)
@@ -152,17 +170,10 @@ NSError ImageFinisher::finish(const UnfinishedImage &image) const
 
 NSError ImageFinisher::addTrailer(int descriptor, const QByteArray &imagePath) const
 {
-    QList<QByteArray> cdTextBlocks;
-    if (!m_contents.cdText.isEmpty()) {
-        const Result<QByteArray> packs = cdTextPacks(m_contents.cdText, std::uint32_t(m_contents.trackCount()));
-        if (!packs)
-            return fileError(paramErr, imagePath,
-                             QStringLiteral("The texts of “%1” cannot be stored: ")
-                                 + packs.error().localizedFailureReason(),
-                             packs.error().localizedRecoverySuggestion());
-        cdTextBlocks = cdTextBlocksOfPacks(*packs);
-    }
-    const Result<QByteArray> trailer = vantTrailer(m_contents, cdTextBlocks);
+    const Result<QByteArray> packs = cdTextFor(imagePath);
+    if (!packs)
+        return packs.error();
+    const Result<QByteArray> trailer = vantTrailer(m_contents, cdTextBlocksOfPacks(*packs));
     if (!trailer)
         return fileError(paramErr, imagePath,
                          QStringLiteral("No VANT trailer can describe the tracks of “%1”: ")
@@ -176,12 +187,26 @@ NSError ImageFinisher::addTrailer(int descriptor, const QByteArray &imagePath) c
     return failure == 0 ? NSError() : writingError(failure, imagePath);
 }
 
-Result<QByteArray> ImageFinisher::cueSheetText(const QByteArray &imagePath) const
+/// The packs of CD-TEXT; none without texts.
+Result<QByteArray> ImageFinisher::cdTextFor(const QByteArray &imagePath) const
+{
+    if (m_contents.cdText.isEmpty())
+        return QByteArray();
+    Result<QByteArray> packs = cdTextPacks(m_contents.cdText, std::uint32_t(m_contents.trackCount()));
+    if (packs)
+        return packs;
+    return fileError(paramErr, imagePath,
+                     QStringLiteral("The texts of “%1” cannot be stored: ") + packs.error().localizedFailureReason(),
+                     packs.error().localizedRecoverySuggestion());
+}
+
+Result<QByteArray> ImageFinisher::cueSheetText(const QByteArray &imagePath, const QByteArray &cdTextFileName) const
 {
     // ASCII, except that the image's name stands there as it is.
     if (isOnePlainTrack(m_contents))
         return fileSystemRepresentation(standardCueSheetForFile(nameOf(imagePath)));
-    Result<CueSheetText> sheet = cueSheetForImage(m_contents, lastPathComponent(imagePath).toByteArray());
+    Result<CueSheetText> sheet =
+        cueSheetForImage(m_contents, lastPathComponent(imagePath).toByteArray(), cdTextFileName);
     if (sheet)
         return std::move(sheet->text);
     const NSError &error = sheet.error();
@@ -191,13 +216,32 @@ Result<QByteArray> ImageFinisher::cueSheetText(const QByteArray &imagePath) cons
                      remedy.isEmpty() ? QStringLiteral("Choose another format.") : remedy);
 }
 
-NSError ImageFinisher::writeCueSheet(int descriptor, const QByteArray &imagePath) const
+NSError ImageFinisher::writeCueSheet(int descriptor, const QByteArray &imagePath,
+                                     const QByteArray &cdTextFileName) const
 {
-    const Result<QByteArray> sheet = cueSheetText(imagePath);
+    const Result<QByteArray> sheet = cueSheetText(imagePath, cdTextFileName);
     if (!sheet)
         return sheet.error();
     const int failure = writeFully(descriptor, sheet->constData(), std::size_t(sheet->size()));
     return failure == 0 ? NSError() : writingError(failure, pathOfCueSheet(imagePath));
+}
+
+/// All that lies beside the image.
+NSError ImageFinisher::writeSheetAndTexts(const UnfinishedImage &image) const
+{
+    const bool hasTexts = hasCDTextFile() && image.cdTextFile >= 0;
+    const QByteArray textPath = pathOfCDTextFile(image.path);
+    if (hasTexts) {
+        Result<QByteArray> packs = cdTextFor(image.path);
+        if (!packs)
+            return packs.error();
+        *packs += '\0'; // which ends such files
+        const int failure = writeFully(image.cdTextFile, packs->constData(), std::size_t(packs->size()));
+        if (failure != 0)
+            return writingError(failure, textPath);
+    }
+    return writeCueSheet(image.cueSheet, image.path,
+                         hasTexts ? lastPathComponent(textPath).toByteArray() : QByteArray());
 }
 
 NSError ImageFinisher::sync(int descriptor, const QByteArray &path) const

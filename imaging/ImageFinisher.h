@@ -15,6 +15,8 @@ namespace Tessaron
 
 /// Where the cue sheet of an image lies: beside it, with the extension "cue" in place of its own.
 [[nodiscard]] QByteArray pathOfCueSheet(const QByteArray &imagePath);
+/// Where the file of CD-TEXT that the sheet names lies: the same with the extension "cdt".
+[[nodiscard]] QByteArray pathOfCDTextFile(const QByteArray &imagePath);
 
 /// The table of an image of plain blocks of 2048 bytes: one track, as many blocks as `bytes` has whole ones.
 [[nodiscard]] TableOfContents contentsOfPlainImage(std::uint64_t bytes);
@@ -28,6 +30,8 @@ struct UnfinishedImage {
     QByteArray path; ///< final; the cue sheet and errors name it
     int descriptor = -1; ///< open for writing
     int cueSheet = -1; ///< open for writing, empty; only for formats that have one
+    /// Open for writing, empty; only where ImageFinisher::hasCDTextFile(). Without it the sheet says what it can.
+    int cdTextFile = -1;
     int folder = -1; ///< that holds the final names, O_PATH is enough; -1 when nothing gets a name
     /// Gives the files their final names, all or none; 0 or an `errno` value. Empty when they have them already.
     std::function<int()> giveNames;
@@ -52,7 +56,10 @@ public:
 
     /// True when the format needs a cue sheet.
     [[nodiscard]] bool hasCueSheet() const;
-    /// What the contents have that the format cannot say, in words; empty when all is said.
+    /// True when the cue sheet cannot say all of the CD-TEXT, so that a file beside it is needed.
+    [[nodiscard]] bool hasCDTextFile() const;
+    /// What the contents have that the format cannot say, in words; empty when all is said. The file of CD-TEXT is part
+    /// of the format.
     [[nodiscard]] QStringList lost() const;
 
     /// Completes an image that was written elsewhere or into a stream. What the files hold after an error is of no use:
@@ -65,8 +72,11 @@ public:
 
 private:
     [[nodiscard]] NSError addTrailer(int descriptor, const QByteArray &imagePath) const;
-    [[nodiscard]] Result<QByteArray> cueSheetText(const QByteArray &imagePath) const;
-    [[nodiscard]] NSError writeCueSheet(int descriptor, const QByteArray &imagePath) const;
+    [[nodiscard]] Result<QByteArray> cdTextFor(const QByteArray &imagePath) const;
+    [[nodiscard]] Result<QByteArray> cueSheetText(const QByteArray &imagePath, const QByteArray &cdTextFileName) const;
+    [[nodiscard]] NSError writeCueSheet(int descriptor, const QByteArray &imagePath,
+                                        const QByteArray &cdTextFileName = {}) const;
+    [[nodiscard]] NSError writeSheetAndTexts(const UnfinishedImage &image) const;
     [[nodiscard]] NSError addCueSheetInPlace(const QByteArray &imagePath) const;
     [[nodiscard]] NSError addTrailerInPlace(const QByteArray &imagePath) const;
     [[nodiscard]] NSError sync(int descriptor, const QByteArray &path) const;

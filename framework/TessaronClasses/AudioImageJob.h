@@ -52,7 +52,9 @@ struct AudioImageOrder {
     bool isGapless = true;
     std::uint32_t capacity = 0; ///< fail when the tracks and gaps are longer; 0 for any length
     AudioNormalization normalization = AudioNormalization::None;
-    bool hasCDText = false; ///< titles, performers and others, from cue sheets and the tags of the files
+    /// Titles, performers and others, from cue sheets and the tags of the files. Where the cue sheet of a BIN image
+    /// cannot say them all, a file with the extension "cdt" comes beside it.
+    bool hasCDText = false;
     /// The ISRC of each audio track in order, with or without dashes; an empty one, and what is missing at the end,
     /// stands for none. They go before those of cue sheets and tags. One that is no ISRC, and more of them than tracks,
     /// is an error.
@@ -89,6 +91,9 @@ struct AudioImageResult {
     NSError error;
     QByteArray imagePath; ///< where the image is or was to be, symbolic links followed; empty for a descriptor
     QByteArray cueSheetPath; ///< empty for VANT
+    /// Of the file that holds the CD-TEXT which a cue sheet cannot say, such as further languages; the sheet names it
+    /// (CDTEXTFILE). Empty where the sheet says it all, and for VANT.
+    QByteArray cdTextPath;
     std::uint64_t bytes = 0; ///< of the image file
     std::uint64_t frames = 0; ///< of all tracks and gaps
     std::vector<AudioImageTrack> tracks;

@@ -102,7 +102,7 @@ public:
     void describeTracks(const AudioLayout &layout);
     [[nodiscard]] TableOfContents contentsOfDisc(const AudioLayout &layout);
     void addTexts(TableOfContents *contents);
-    void tellWhatIsLost(const TableOfContents &contents);
+    void tellWhatIsLost(const ImageFinisher &finisher);
     [[nodiscard]] Result<std::vector<double>> gains(const std::stop_token &stop);
     [[nodiscard]] NSError makeRoom(std::uint64_t bytes) const;
     void endWith(const NSError &error);
@@ -115,6 +115,7 @@ public:
     ImageStage stage;
     SoundHelpers helpers;
     std::optional<DiscSource> dataSource;
+    QList<QByteArray> cdTextSources; ///< files of CD-TEXT that the cue sheets among the sources name
     std::vector<AlbumFile> files;
     AudioAlbum album;
     DiscTrack dataTrack; ///< once it is written
@@ -143,6 +144,10 @@ NSError AudioImageJob::Work::prepare(const std::stop_token &stop)
         return sources.error();
     if (NSError error = errorOfOrder(order, *sources))
         return error;
+    for (const AudioSource &source : sources->sources) {
+        if (!source.cdTextPath.isEmpty())
+            cdTextSources << source.cdTextPath;
+    }
     if (NSError error = openStage(*sources, stop))
         return error;
     filesFound = std::uint64_t(sources->files.size());
@@ -264,7 +269,11 @@ NSError AudioImageJob::Work::write(const std::stop_token &stop)
     if (NSError error = errorOfCapacity(result.frames, order.capacity))
         return error;
     const TableOfContents contents = contentsOfDisc(layout);
-    tellWhatIsLost(contents);
+    const ImageFinisher finisher(TessaronDiscImageFormat(order.format), contents);
+    tellWhatIsLost(finisher);
+    if (NSError error = finisher.hasCDTextFile() ? stage.makeCDTextFile(cdTextSources) : NSError())
+        return error;
+    result.cdTextPath = stage.cdTextPath();
     if (NSError error = stage.goesIntoStream() ? NSError() : makeRoom(contents.storedBytes()))
         return error;
     const Result<std::vector<double>> factors = gains(stop);
@@ -352,11 +361,11 @@ void AudioImageJob::Work::addTexts(TableOfContents *contents)
 }
 
 /// What the format of the image cannot say.
-void AudioImageJob::Work::tellWhatIsLost(const TableOfContents &contents)
+void AudioImageJob::Work::tellWhatIsLost(const ImageFinisher &finisher)
 {
     const QString format =
         order.format == DiscFormat::BIN ? QStringLiteral("a cue sheet") : QStringLiteral("a VANT image");
-    for (const QString &what : ImageFinisher(TessaronDiscImageFormat(order.format), contents).lost()) {
+    for (const QString &what : finisher.lost()) {
         result.changedTexts << QStringLiteral("%1 cannot say %2, which is left out").arg(format, what);
         result.areTextsLost = true;
     }

@@ -88,6 +88,10 @@ NSError addSheet(const QByteArray &path, AudioSources *sources)
         sources->files << file->path;
         return std::optional<std::uint64_t>(); // only a decoder knows it to the sample
     };
+    files.cdText = [&](const QByteArray &name) {
+        source.cdTextPath = pathOfDescribedFile(path.left(path.lastIndexOf('/') + 1), {name});
+        return beside.cdText(name);
+    };
     const Result<CueSheet> sheet = cueSheetOfText(*text, files);
     if (!sheet)
         return sheetError(path, sheet.error());
@@ -117,7 +121,7 @@ NSError addFile(const QByteArray &path, AudioSources *sources)
         return error;
     if (isCueSheetName(path))
         return addSheet(path, sources);
-    sources->sources.push_back({std::size_t(sources->files.size()), 1, {}, {}});
+    sources->sources.push_back({std::size_t(sources->files.size()), 1, {}, {}, {}});
     sources->files << path;
     return {};
 }

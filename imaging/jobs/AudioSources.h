@@ -17,6 +17,7 @@ struct AudioSource {
     std::size_t fileCount = 1;
     QByteArray sheetPath; ///< empty for a file of sound
     QByteArray sheet; ///< text of the cue sheet
+    QByteArray cdTextPath; ///< of the file of CD-TEXT that the sheet names; empty where it is not there
 };
 
 /// What the arguments of a job stand for.

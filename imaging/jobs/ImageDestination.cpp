@@ -133,27 +133,6 @@ NSError checkSticky(const ImageDestination &destination, const QByteArray &name)
                             QStringLiteral("Name another file."));
 }
 
-NSError inspectCue(ImageDestination *destination)
-{
-    destination->cueName = pathOfCueSheet(destination->name);
-    struct stat status;
-    if (::fstatat(destination->folder.get(), destination->cueName.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        if (errno != ENAMETOOLONG)
-            return {};
-        return destinationError(
-            destination->cueName,
-            QStringLiteral("the name of the cue sheet, %1, would be too long").arg(quoted(destination->cueName)),
-            QStringLiteral("Give the image a shorter name."));
-    }
-    destination->existingCue = DeviceAndInode{status.st_dev, status.st_ino};
-    if (!S_ISREG(status.st_mode))
-        return destinationError(
-            destination->cueName,
-            QStringLiteral("the cue sheet %1 exists and is not a regular file").arg(quoted(destination->cueName)),
-            QStringLiteral("Remove it, or name another image."));
-    return checkSticky(*destination, destination->cueName);
-}
-
 std::vector<DeviceAndInode> folderAndAncestors(int folder)
 {
     std::vector<DeviceAndInode> result;
@@ -182,7 +161,29 @@ NSError openDestination(const QByteArray &output, DiscFormat format, ImageDestin
         return error;
     if (NSError error = checkSticky(*destination, destination->name))
         return error;
-    return format == DiscFormat::BIN ? inspectCue(destination) : NSError();
+    if (format != DiscFormat::BIN)
+        return {};
+    destination->cueName = pathOfCueSheet(destination->name);
+    return inspectBeside(*destination, destination->cueName, QStringLiteral("cue sheet"), &destination->existingCue);
+}
+
+NSError inspectBeside(const ImageDestination &destination, const QByteArray &name, const QString &what,
+                      std::optional<DeviceAndInode> *existing)
+{
+    struct stat status;
+    if (::fstatat(destination.folder.get(), name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno != ENAMETOOLONG)
+            return {};
+        return destinationError(name,
+                                QStringLiteral("the name of the %1, %2, would be too long").arg(what, quoted(name)),
+                                QStringLiteral("Give the image a shorter name."));
+    }
+    *existing = DeviceAndInode{status.st_dev, status.st_ino};
+    if (!S_ISREG(status.st_mode))
+        return destinationError(name,
+                                QStringLiteral("the %1 %2 exists and is not a regular file").arg(what, quoted(name)),
+                                QStringLiteral("Remove it, or name another image."));
+    return checkSticky(destination, name);
 }
 
 NSError checkOutside(const ImageDestination &destination, const std::vector<DiscSource> &sources)

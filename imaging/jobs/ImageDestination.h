@@ -27,6 +27,11 @@ struct ImageDestination {
 /// regular file that may be replaced. A symbolic link is followed: what it leads to is replaced.
 [[nodiscard]] NSError openDestination(const QByteArray &output, DiscFormat format, ImageDestination *destination);
 
+/// Looks at the place for a further file of the image, such as its cue sheet: what is there already must be a regular
+/// file that may be replaced; `*existing` becomes its identity. `what` is what errors call it.
+[[nodiscard]] NSError inspectBeside(const ImageDestination &destination, const QByteArray &name, const QString &what,
+                                    std::optional<DeviceAndInode> *existing);
+
 /// The image must neither lie inside a source folder, by any path, nor be one of the sources.
 [[nodiscard]] NSError checkOutside(const ImageDestination &destination, const std::vector<DiscSource> &sources);
 

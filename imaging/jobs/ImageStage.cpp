@@ -49,8 +49,12 @@ NSError ImageStage::makeFiles()
     m_image = StagedFile::create(folder, folderPath, m_destination.name, &reason);
     if (m_image && !m_destination.cueName.isEmpty())
         m_cueSheet = StagedFile::create(folder, folderPath, m_destination.cueName, &reason);
-    if (m_image && (m_cueSheet || m_destination.cueName.isEmpty()))
-        return {};
+    return m_image && (m_cueSheet || m_destination.cueName.isEmpty()) ? NSError() : creationError(reason);
+}
+
+NSError ImageStage::creationError(int reason) const
+{
+    const QByteArray &folderPath = m_destination.folderPath;
     return discJobError(
         DiscJobErrorCode::Destination,
         QStringLiteral("no file can be made in the output's folder %1: %2").arg(quoted(folderPath), systemText(reason)),
@@ -70,9 +74,37 @@ int ImageStage::descriptor() const
 
 QByteArray ImageStage::cueSheetPath() const
 {
-    if (m_destination.cueName.isEmpty())
-        return {};
-    return m_destination.path.left(m_destination.path.lastIndexOf('/') + 1) + m_destination.cueName;
+    return m_destination.cueName.isEmpty() ? QByteArray() : pathBeside(m_destination.cueName);
+}
+
+QByteArray ImageStage::cdTextPath() const
+{
+    return m_cdTextFile ? pathBeside(m_cdTextFile->finalName()) : QByteArray();
+}
+
+QByteArray ImageStage::pathBeside(const QByteArray &name) const
+{
+    return m_destination.path.left(m_destination.path.lastIndexOf('/') + 1) + name;
+}
+
+NSError ImageStage::makeCDTextFile(const QList<QByteArray> &sources)
+{
+    const QByteArray name = pathOfCDTextFile(m_destination.name);
+    std::optional<DeviceAndInode> existing;
+    if (NSError error = inspectBeside(m_destination, name, QStringLiteral("file of CD-TEXT"), &existing))
+        return error;
+    for (const QByteArray &source : sources) {
+        struct stat status;
+        if (existing && ::stat(source.constData(), &status) == 0
+            && existing == DeviceAndInode{status.st_dev, status.st_ino})
+            return discJobError(
+                DiscJobErrorCode::Destination,
+                QStringLiteral("the file of CD-TEXT %1 would replace the source %2").arg(quoted(name), quoted(source)),
+                QStringLiteral("Give the output another name."), source);
+    }
+    int reason = 0;
+    m_cdTextFile = StagedFile::create(m_destination.folder.get(), m_destination.folderPath, name, &reason);
+    return m_cdTextFile ? NSError() : creationError(reason);
 }
 
 NSError ImageStage::finish(const DiscImageOrder &order, const TableOfContents &contents, std::uint64_t *written,
@@ -86,6 +118,7 @@ NSError ImageStage::finish(const DiscImageOrder &order, const TableOfContents &c
     image.path = m_destination.path;
     image.descriptor = descriptor();
     image.cueSheet = m_cueSheet ? m_cueSheet->descriptor() : -1;
+    image.cdTextFile = m_cdTextFile ? m_cdTextFile->descriptor() : -1;
     image.folder = m_image ? m_destination.folder.get() : -1;
     if (m_image)
         image.giveNames = [this] { return giveNames(); };
@@ -103,6 +136,8 @@ int ImageStage::giveNames()
     std::vector<StagedFile *> files = {m_image.get()};
     if (m_cueSheet)
         files.push_back(m_cueSheet.get());
+    if (m_cdTextFile)
+        files.push_back(m_cdTextFile.get());
     return publishTogether(files);
 }
 
@@ -120,6 +155,7 @@ void ImageStage::close()
 {
     m_image.reset();
     m_cueSheet.reset();
+    m_cdTextFile.reset();
     struct stat status;
     // A stream that is a file is not left with half an image in it.
     if (m_stream && ::fstat(m_stream.get(), &status) == 0 && S_ISREG(status.st_mode))

@@ -35,6 +35,12 @@ public:
     /// Empty for a stream without a path.
     [[nodiscard]] const QByteArray &imagePath() const { return m_destination.path; }
     [[nodiscard]] QByteArray cueSheetPath() const;
+    /// Empty until makeCDTextFile() was called.
+    [[nodiscard]] QByteArray cdTextPath() const;
+
+    /// Makes a file for the CD-TEXT that a cue sheet cannot say; finish() fills it. None of the files at `sources` is
+    /// replaced by it: that is an error. Not for streams.
+    [[nodiscard]] NSError makeCDTextFile(const QList<QByteArray> &sources);
 
     /// Completes an image whose blocks hold these tracks: adds the trailer or the cue sheet that the format asks for,
     /// and gives everything its name. `*written` becomes the length of the file. After a stop nothing gets a name.
@@ -47,12 +53,15 @@ public:
 private:
     [[nodiscard]] NSError openStream(const DiscImageOrder &order, const std::stop_token &stop);
     [[nodiscard]] NSError makeFiles();
+    [[nodiscard]] NSError creationError(int errnoValue) const;
+    [[nodiscard]] QByteArray pathBeside(const QByteArray &name) const;
     [[nodiscard]] int giveNames();
     [[nodiscard]] NSError closeStream();
 
     ImageDestination m_destination;
     std::unique_ptr<StagedFile> m_image;
     std::unique_ptr<StagedFile> m_cueSheet;
+    std::unique_ptr<StagedFile> m_cdTextFile;
     UniqueDescriptor m_stream;
 };
 

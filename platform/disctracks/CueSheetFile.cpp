@@ -91,8 +91,9 @@ QByteArray entryInAnyCase(const QByteArray &folder, const QByteArray &name)
     return found;
 }
 
-/// Where a file lies that a sheet in `folder` (with a slash at its end, or empty) names; empty when it is not there.
-QByteArray pathOfNamedFile(const QByteArray &folder, const QByteArrayList &names)
+} // namespace
+
+QByteArray pathOfDescribedFile(const QByteArray &folder, const QByteArrayList &names)
 {
     for (const QByteArray &name : names) {
         QByteArray path = name.startsWith('/') ? name : folder + name;
@@ -110,6 +111,9 @@ QByteArray pathOfNamedFile(const QByteArray &folder, const QByteArrayList &names
     }
     return {};
 }
+
+namespace
+{
 
 // Where the fields of RIFF and AIFF files lie. The file begins with a chunk that holds all others; what it holds is a
 // kind of four letters, then chunks.
@@ -230,7 +234,7 @@ private:
 Result<std::optional<std::uint64_t>> measureFile(const QByteArray &folder, const SoundMeasure &otherSounds,
                                                  CueFile *file)
 {
-    const QByteArray path = pathOfNamedFile(folder, {file->nameAsWritten, file->name});
+    const QByteArray path = pathOfDescribedFile(folder, {file->nameAsWritten, file->name});
     if (path.isEmpty())
         return NSError::errorWithErrno(ENOENT, stringWithFileSystemRepresentation(folder + file->name));
     const Result<OpenedFile> opened = openRegularFile(path);
@@ -255,7 +259,7 @@ CueSheetFiles filesBeside(const QByteArray &path, const SoundMeasure &otherSound
     CueSheetFiles files;
     files.measure = [folder, otherSounds](CueFile *file) { return measureFile(folder, otherSounds, file); };
     files.cdText = [folder](const QByteArray &name) -> Result<QByteArray> {
-        const QByteArray found = pathOfNamedFile(folder, {name});
+        const QByteArray found = pathOfDescribedFile(folder, {name});
         if (found.isEmpty())
             return NSError(NSOSStatusErrorDomain, fnfErr,
                            {{NSLocalizedFailureReasonErrorKey, QStringLiteral("the file is not there")}});

@@ -72,6 +72,22 @@ std::optional<unsigned int> smallNumber(const QString &word)
     return areDigits && isNumber && number <= mostTracks ? std::optional(number) : std::nullopt;
 }
 
+/// Whether one language of the disc has all of these texts of a kind, which begin with that of the disc.
+bool areAmong(const CDText &disc, const std::pair<const CDTextKind, std::vector<QString>> &texts)
+{
+    return std::ranges::any_of(disc.blocks, [&](const CDTextBlock &block) {
+        const auto found = block.texts.find(texts.first);
+        for (std::size_t place = 0; place < texts.second.size(); ++place) {
+            const std::size_t placeInBlock = place == 0 ? 0 : place - block.firstTrack + 1;
+            const bool isThere = found != block.texts.end() && placeInBlock < found->second.size()
+                && found->second[placeInBlock] == texts.second[place];
+            if (!isThere && !texts.second[place].isEmpty())
+                return false;
+        }
+        return true;
+    });
+}
+
 } // namespace
 
 CueSheetParser::CueSheetParser(CueSheet *sheet, const CueSheetFiles &files, const QByteArray &bytes)
@@ -106,8 +122,9 @@ void CueSheetParser::putTexts()
 {
     if (m_texts.empty())
         return;
-    if (!m_sheet.contents.cdText.isEmpty()) {
-        m_sheet.notes.push_back({0, QStringLiteral("The texts in the sheet give way to those of its CDTEXTFILE.")});
+    if (const CDText &ofFile = m_sheet.contents.cdText; !ofFile.isEmpty()) {
+        if (!std::ranges::all_of(m_texts, [&](const auto &texts) { return areAmong(ofFile, texts); }))
+            m_sheet.notes.push_back({0, QStringLiteral("The texts in the sheet give way to those of its CDTEXTFILE.")});
         return;
     }
     CDTextBlock block;

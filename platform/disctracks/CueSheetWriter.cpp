@@ -35,6 +35,23 @@ constexpr std::array textWords = {
     CueTextWord{CDTextKind::Arranger, "ARRANGER"},     CueTextWord{CDTextKind::Message, "MESSAGE"},
 };
 
+bool hasFurtherLanguages(const CDText &text)
+{
+    return text.blocks.size() > 1;
+}
+
+/// Whether the first language has a kind of text for which sheets have no word.
+bool hasFurtherKinds(const CDText &text)
+{
+    if (text.isEmpty())
+        return false;
+    const CDTextBlock &block = text.blocks.front();
+    const auto isSaid = [](const auto &texts) {
+        return std::ranges::find(textWords, texts.first, &CueTextWord::kind) != textWords.end();
+    };
+    return block.genreCode != 0 || !std::ranges::all_of(block.texts, isSaid);
+}
+
 QByteArray twoDigits(std::size_t number)
 {
     return QByteArray::number(qulonglong(number)).rightJustified(2, '0');
@@ -53,15 +70,17 @@ public:
     {
     }
 
-    [[nodiscard]] NSError make(const QByteArray &imageName)
+    [[nodiscard]] NSError make(const QByteArray &imageName, const QByteArray &cdTextFileName)
     {
         if (NSError error = m_contents.check())
             return error;
-        if (!canBeQuoted(imageName))
+        if (!canBeQuoted(imageName) || !canBeQuoted(cdTextFileName))
             return writerError(QStringLiteral("A cue sheet cannot name a file whose name holds a quote or a line end."),
                                QStringLiteral("Choose another name for the image."));
         if (!m_contents.mediaCatalogNumber.isEmpty())
             line("", "CATALOG " + m_contents.mediaCatalogNumber);
+        if (!cdTextFileName.isEmpty())
+            line("", "CDTEXTFILE \"" + cdTextFileName + '"');
         if (NSError error = addTexts("", 0))
             return error;
         line("", "FILE \"" + imageName + "\" BINARY");
@@ -73,7 +92,8 @@ public:
                     return error;
             }
         }
-        noteWhatIsLost();
+        if (cdTextFileName.isEmpty())
+            noteWhichTextsAreLost();
         return {};
     }
 
@@ -176,15 +196,11 @@ private:
         return flags;
     }
 
-    void noteWhatIsLost()
+    void noteWhichTextsAreLost()
     {
-        const std::vector<CDTextBlock> &blocks = m_contents.cdText.blocks;
-        if (blocks.size() > 1)
+        if (hasFurtherLanguages(m_contents.cdText))
             lose(QStringLiteral("CD-TEXT in further languages"));
-        const auto isSaid = [](const auto &texts) {
-            return std::ranges::find(textWords, texts.first, &CueTextWord::kind) != textWords.end();
-        };
-        if (!blocks.empty() && (blocks.front().genreCode != 0 || !std::ranges::all_of(blocks.front().texts, isSaid)))
+        if (hasFurtherKinds(m_contents.cdText))
             lose(QStringLiteral("CD-TEXT other than titles, names and messages"));
     }
 
@@ -196,10 +212,16 @@ private:
 
 } // namespace
 
-Result<CueSheetText> cueSheetForImage(const TableOfContents &contents, const QByteArray &imageName)
+bool needsCDTextFile(const TableOfContents &contents)
+{
+    return hasFurtherLanguages(contents.cdText) || hasFurtherKinds(contents.cdText);
+}
+
+Result<CueSheetText> cueSheetForImage(const TableOfContents &contents, const QByteArray &imageName,
+                                      const QByteArray &cdTextFileName)
 {
     SheetMaker maker(contents);
-    if (NSError error = maker.make(imageName))
+    if (NSError error = maker.make(imageName, cdTextFileName))
         return error;
     return maker.take();
 }

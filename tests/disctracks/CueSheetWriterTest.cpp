@@ -74,6 +74,30 @@ TEST(CueSheetWriter, sheet_doesNotSayThePregapThatEveryCDHas)
     EXPECT_EQ(usual->text, "FILE \"disc.bin\" BINARY\r\n  TRACK 01 MODE1/2048\r\n    INDEX 01 00:00:00\r\n");
 }
 
+TEST(CueSheetWriter, textsThatASheetCannotSay_needAFile_whichTheSheetNames)
+{
+    TableOfContents contents = album();
+    EXPECT_FALSE(needsCDTextFile({}));
+    EXPECT_FALSE(needsCDTextFile(contents));
+    CDTextBlock german = contents.cdText.blocks.front();
+    german.language = 0x08;
+    contents.cdText.blocks.push_back(german);
+    EXPECT_TRUE(needsCDTextFile(contents));
+    EXPECT_EQ(cueSheetForImage(contents, "disc.bin")->lost.size(), 1);
+    const Result<CueSheetText> sheet = cueSheetForImage(contents, "disc.bin", "disc.cdt");
+    ASSERT_TRUE(sheet);
+    EXPECT_TRUE(sheet->lost.isEmpty()) << sheet->lost.join(u';').toStdString();
+    EXPECT_TRUE(sheet->text.contains("CDTEXTFILE \"disc.cdt\"\r\n")) << sheet->text.constData();
+    EXPECT_TRUE(sheet->text.contains("TITLE \"One\"\r\n")) << "for readers that pass over the file";
+    EXPECT_FALSE(cueSheetForImage(contents, "disc.bin", "a \"disc\".cdt"));
+    TableOfContents withGenre = album();
+    withGenre.cdText.blocks.front().genreCode = 3;
+    EXPECT_TRUE(needsCDTextFile(withGenre));
+    TableOfContents withIdentification = album();
+    withIdentification.cdText.blocks.front().texts[CDTextKind::DiscIdentification] = {QStringLiteral("ABC 123")};
+    EXPECT_TRUE(needsCDTextFile(withIdentification));
+}
+
 TEST(CueSheetWriter, aWrittenSheet_readsBackAsTheSameTable)
 {
     const TableOfContents contents = album();

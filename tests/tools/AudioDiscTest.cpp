@@ -29,6 +29,11 @@ protected:
     {
         return outputOf(program, words, m_tree.path("out"));
     }
+    void makeInTwoLanguages(const QByteArray &name) const
+    {
+        ffmpeg("-i " + m_tree.path("1.wav") + " -c:a flac -metadata title=One -metadata title-ger=Eins "
+               + m_tree.path(name));
+    }
     /// "Integrated loudness" of a file, by ffmpeg.
     [[nodiscard]] double loudnessOf(const QByteArray &path) const
     {
@@ -315,23 +320,56 @@ TEST_F(AudioDisc, stream_isRefusedForBin_andForASecondOutput)
     EXPECT_EQ(runTessaron({"audio", "--format", "iso", "-o", m_tree.path("out/a"), file}).exitStatus, 2);
 }
 
-TEST_F(AudioDisc, vant_keepsTextsInAllLanguages_aSheetTheFirst)
+TEST_F(AudioDisc, textsInAllLanguages_areKept_inBothFormats)
 {
     makeAlbum();
-    ffmpeg("-i " + m_tree.path("1.wav") + " -c:a flac -metadata title=One -metadata title-ger=Eins "
-           + m_tree.path("1.flac"));
-    const ChildResult vant =
-        runTessaron({"audio", "--cd-text", "-o", m_tree.path("out/album.vant"), m_tree.path("1.flac")});
-    EXPECT_EQ(vant.exitStatus, 0) << vant.errors.constData();
-    const QJsonObject told = jsonOf(runTessaron({"tracks", "--json", m_tree.path("out/album.vant")}).output);
-    const QJsonArray texts = told[QStringLiteral("tracks")].toArray()[0].toObject()[QStringLiteral("cdText")].toArray();
-    ASSERT_EQ(texts.size(), 2);
-    EXPECT_EQ(texts[0].toObject()[QStringLiteral("title")].toString(), QStringLiteral("One"));
-    EXPECT_EQ(texts[1].toObject()[QStringLiteral("title")].toString(), QStringLiteral("Eins"));
-    EXPECT_EQ(texts[1].toObject()[QStringLiteral("language")].toInt(), 8);
-    const ChildResult sheet = run({"--cd-text"}, {"1.flac"});
-    EXPECT_EQ(sheet.exitStatus, 3);
-    EXPECT_TRUE(sheet.errors.contains("CD-TEXT in further languages")) << sheet.errors.constData();
+    makeInTwoLanguages("1.flac");
+    for (const char *const image : {"out/album.vant", "out/album.bin"}) {
+        const ChildResult made = runTessaron({"audio", "--cd-text", "-o", m_tree.path(image), m_tree.path("1.flac")});
+        EXPECT_EQ(made.exitStatus, 0) << made.errors.constData();
+        const QJsonObject told = jsonOf(runTessaron({"tracks", "--json", m_tree.path(image)}).output);
+        EXPECT_EQ(told[QStringLiteral("notes")].toArray(), QJsonArray()) << image;
+        const QJsonArray texts =
+            told[QStringLiteral("tracks")].toArray()[0].toObject()[QStringLiteral("cdText")].toArray();
+        ASSERT_EQ(texts.size(), 2) << image;
+        EXPECT_EQ(texts[0].toObject()[QStringLiteral("title")].toString(), QStringLiteral("One"));
+        EXPECT_EQ(texts[1].toObject()[QStringLiteral("title")].toString(), QStringLiteral("Eins"));
+        EXPECT_EQ(texts[1].toObject()[QStringLiteral("language")].toInt(), 8);
+    }
+}
+
+TEST_F(AudioDisc, textsInAllLanguages_areReadByOtherPrograms)
+{
+    makeAlbum();
+    makeInTwoLanguages("1.flac");
+    const ChildResult made = run({"--cd-text", "--json"}, {"1.flac"});
+    EXPECT_EQ(made.exitStatus, 0) << made.errors.constData();
+    EXPECT_EQ(jsonOf(made.output)[QStringLiteral("cdTextFile")].toString(), m_tree.pathText("out/album.cdt"));
+    const QByteArray info = inFolder("cd-info", {"--no-header", "--no-device-info", "--cue-file=album.cue"});
+    EXPECT_TRUE(info.contains("TITLE: One") && info.contains("TITLE: Eins")) << info.constData();
+    const QByteArray toc = inFolder("cdrdao", {"show-toc", "album.cue"});
+    EXPECT_TRUE(toc.contains("Mode AUDIO")) << toc.constData();
+}
+
+TEST_F(AudioDisc, fileOfTexts_replacesNoSource_andNothingButAFile)
+{
+    makeAlbum();
+    makeInTwoLanguages("1.flac");
+    EXPECT_EQ(run({"--cd-text"}, {"1.flac"}).exitStatus, 0);
+    // The new image would have its texts where those of its source lie.
+    m_tree.makeFile("out/other.cue",
+                    "CDTEXTFILE \"album.cdt\"\nFILE \"../1.flac\" WAVE\nTRACK 01 AUDIO\nINDEX 01 0:0:0\n");
+    const QByteArray before = m_tree.contents("out/album.cdt");
+    const ChildResult onSource = run({"--cd-text"}, {"out/other.cue"});
+    EXPECT_EQ(onSource.exitStatus, 1);
+    EXPECT_TRUE(onSource.errors.contains("would replace the source")) << onSource.errors.constData();
+    EXPECT_EQ(m_tree.contents("out/album.cdt"), before);
+    m_tree.remove("out/album.cdt");
+    m_tree.makeFolder("out/album.cdt");
+    const ChildResult onFolder = run({"--cd-text"}, {"1.flac"});
+    EXPECT_EQ(onFolder.exitStatus, 1);
+    EXPECT_TRUE(onFolder.errors.contains("not a regular file")) << onFolder.errors.constData();
+    EXPECT_EQ(run({}, {"1.flac"}).exitStatus, 0) << "without CD-TEXT there is no such file";
 }
 
 TEST_F(AudioDisc, crashOfADecoder_namesTheFile_andLeavesNothing)

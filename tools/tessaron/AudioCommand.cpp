@@ -251,6 +251,8 @@ bool AudioCommand::writeJson(double seconds) const
     writer.pathMember("output", m_result.imagePath.isEmpty() ? m_arguments.output : m_result.imagePath);
     if (!m_result.cueSheetPath.isEmpty())
         writer.pathMember("cueSheet", m_result.cueSheetPath);
+    if (!m_result.cdTextPath.isEmpty())
+        writer.pathMember("cdTextFile", m_result.cdTextPath);
     writer.member("format", nameOfDiscFormat(m_arguments.format));
     writer.member("bytes", m_result.bytes);
     writer.member("frames", m_result.frames);
