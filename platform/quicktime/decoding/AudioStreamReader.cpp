@@ -3,6 +3,7 @@
 #include "platform/foundation/ByteOrder.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/quicktime/decoding/FFmpegErrors.h"
+#include "platform/quicktime/decoding/FlacChecksum.h"
 #include "platform/quicktime/decoding/OggPages.h"
 
 #include <algorithm>
@@ -279,6 +280,15 @@ bool AudioStreamReader::makeSilence(std::int64_t samples)
     return true;
 }
 
+/// The decoder need not check again what is known to be whole.
+void AudioStreamReader::chooseWhoChecks()
+{
+    if (m_stream->codecpar->codec_id != AV_CODEC_ID_FLAC)
+        return;
+    const bool isWhole = isKnownAsWholeFlacFrame({m_packet->data, std::size_t(std::max(m_packet->size, 0))});
+    m_decoder->err_recognition = isWhole ? AV_EF_EXPLODE : AV_EF_CRCCHECK | AV_EF_EXPLODE;
+}
+
 /// False when the decoder has had all packets, and the word that there are no more.
 Result<bool> AudioStreamReader::feedDecoder()
 {
@@ -303,6 +313,7 @@ Result<bool> AudioStreamReader::feedDecoder()
         if (m_pendingSilence > 0)
             return true; // What is missing comes before this packet.
     }
+    chooseWhoChecks();
     const int code = avcodec_send_packet(m_decoder.get(), m_packet.get());
     if (code == AVERROR(EAGAIN))
         return true;

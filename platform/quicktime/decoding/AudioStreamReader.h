@@ -62,6 +62,7 @@ private:
     void takeLengthOfVorbis(std::int64_t samplesInPackets);
     [[nodiscard]] NSError openDecoder();
     [[nodiscard]] Result<bool> decodeMore();
+    void chooseWhoChecks();
     [[nodiscard]] Result<bool> feedDecoder();
     [[nodiscard]] bool isShortEndOfUnknownLength() const;
     void lookAtPacket();
