@@ -89,7 +89,7 @@ protected:
     /// A red picture; its path.
     [[nodiscard]] QByteArray cover(const char *extension) const
     {
-        const QByteArray path = tree.path(QByteArray("red.") + extension);
+        QByteArray path = tree.path(QByteArray("red.") + extension);
         ffmpeg("-f lavfi -i color=red:size=120x120,format=rgb24 -frames:v 1 " + path);
         return path;
     }
@@ -98,7 +98,8 @@ protected:
     QByteArray make(const Fixture &fixture) const
     {
         const QByteArray sound = tree.makeFile("in.wav", waveFile(noise(samples)));
-        const QByteArray path = tree.path(fixture.name), command = fixture.command;
+        const QByteArray command = fixture.command;
+        QByteArray path = tree.path(fixture.name);
         QList<QByteArray> words = command.split(' ');
         const QByteArray program = words.takeFirst();
         if (program == "ffmpeg") {
