@@ -95,7 +95,7 @@ std::shared_ptr<DVDController> DVDController::makeSharedInstance()
 {
     if (sharedController())
         return nullptr;
-    const std::shared_ptr<DVDController> controller(new DVDController);
+    std::shared_ptr<DVDController> controller(new DVDController);
     controller->observeSleep();
     sharedController() = controller;
     return controller;
@@ -103,7 +103,7 @@ std::shared_ptr<DVDController> DVDController::makeSharedInstance()
 
 std::shared_ptr<DVDController> DVDController::init()
 {
-    const std::shared_ptr<DVDController> controller = makeSharedInstance();
+    std::shared_ptr<DVDController> controller = makeSharedInstance();
     if (!controller)
         return sharedController();
     controller->loadWindowFile();
@@ -112,7 +112,7 @@ std::shared_ptr<DVDController> DVDController::init()
 
 std::shared_ptr<DVDController> DVDController::initWithOutlets(const DVDControllerOutlets &outlets)
 {
-    const std::shared_ptr<DVDController> controller = makeSharedInstance();
+    std::shared_ptr<DVDController> controller = makeSharedInstance();
     if (!controller)
         return sharedController();
     controller->connectOutlets(outlets);
@@ -121,7 +121,7 @@ std::shared_ptr<DVDController> DVDController::initWithOutlets(const DVDControlle
 
 std::shared_ptr<DVDController> DVDController::init_old()
 {
-    const std::shared_ptr<DVDController> controller(new DVDController);
+    std::shared_ptr<DVDController> controller(new DVDController);
     controller->observeWorkspace(NSWorkspaceDidMountNotification,
                                  [raw = controller.get()](const NSNotification &one) { raw->deviceDidMount(one); });
     controller->observeSleep();
@@ -418,9 +418,9 @@ int DVDController::displayAlertWithMessage(const QString &messageKey, const QStr
 
 void DVDController::handleDVDEvent(const std::shared_ptr<const DVDEvent> &event)
 {
-    const std::shared_ptr<const DVDEvent> held = event;
-    const std::uint32_t value1 = held->eventData1(), value2 = held->eventData2();
-    switch (held->eventCode()) {
+    // Values, since what is done may be the end of the event.
+    const std::uint32_t value1 = event->eventData1(), value2 = event->eventData2();
+    switch (event->eventCode()) {
     case kDVDEventTitle:
         showNumber(m_outlets.mTitleText, value1);
         setVideoWindowSize(refit);
