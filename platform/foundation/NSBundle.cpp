@@ -57,10 +57,15 @@ QStringList foldersOfHelperPrograms()
     QFileInfo library(QFile::decodeName(self.dli_fname));
     if (library.isRelative()) // Linked into the program, which knows only what it was called by.
         library.setFile(QCoreApplication::applicationFilePath());
-    const QDir home = library.absoluteDir();
+    // The loader may have come to the library through a link: /lib is one to /usr/lib on Debian.
     QStringList folders;
-    for (const char *way : {TESSARON_WAY_TO_HELPER_PROGRAMS, "../libexec/TessaronClasses"})
-        folders << QDir::cleanPath(home.absoluteFilePath(QString::fromUtf8(way))) + u'/';
+    for (const QString &home : {library.canonicalPath(), library.absolutePath()}) {
+        if (home.isEmpty()) // The library is gone.
+            continue;
+        for (const char *way : {TESSARON_WAY_TO_HELPER_PROGRAMS, "../libexec/TessaronClasses"})
+            folders << QDir::cleanPath(QDir(home).absoluteFilePath(QString::fromUtf8(way))) + u'/';
+    }
+    folders.removeDuplicates();
     return folders;
 }
 

@@ -26,12 +26,17 @@ int main(int argc, char **argv)
 }
 ")
     run(${COMPILER} -std=c++20 -fPIC ${WORK}/find-helper.cpp -o ${WORK}/find-helper ${_flags})
-    execute_process(COMMAND ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/${LIBDIR} ${WORK}/find-helper ${HELPER}
-        OUTPUT_VARIABLE _found OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-    cmake_path(IS_PREFIX prefix ${_found} NORMALIZE _is_installed)
-    if(NOT _is_installed)
-        message(FATAL_ERROR "${HELPER} was found at '${_found}', not below ${prefix}")
-    endif()
+    # Also when the loader comes to the library through a link, such as /lib to /usr/lib.
+    file(MAKE_DIRECTORY ${WORK}/linked)
+    file(CREATE_LINK ${prefix}/${LIBDIR} ${WORK}/linked/lib SYMBOLIC)
+    foreach(_libraries IN ITEMS ${prefix}/${LIBDIR} ${WORK}/linked/lib)
+        execute_process(COMMAND ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${_libraries} ${WORK}/find-helper ${HELPER}
+            OUTPUT_VARIABLE _found OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+        cmake_path(IS_PREFIX prefix "${_found}" NORMALIZE _is_installed)
+        if(NOT _is_installed)
+            message(FATAL_ERROR "${HELPER} was found at '${_found}', not below ${prefix}")
+        endif()
+    endforeach()
     execute_process(COMMAND ${_found} RESULT_VARIABLE _status ERROR_VARIABLE _usage)
     if(NOT _status EQUAL 2 OR NOT _usage MATCHES "usage: ${HELPER} ")
         message(FATAL_ERROR "${_found} without arguments: status ${_status}, ${_usage}")
