@@ -112,3 +112,19 @@ function(tessaron_add_test name)
     target_compile_options(${name} PRIVATE ${TESSARON_TEST_OPTIONS})
     tessaron_discover_tests(${name})
 endfunction()
+
+# tessaron_install_manual(PAGE COMPONENT)
+#
+# Installs packaging/man/PAGE, compressed as Debian has its manual pages.
+function(tessaron_install_manual page component)
+    set(_source ${PROJECT_SOURCE_DIR}/packaging/man/${page})
+    set(_compressed ${PROJECT_BINARY_DIR}/man/${page}.gz)
+    find_program(GZIP_PROGRAM gzip REQUIRED)
+    add_custom_command(OUTPUT ${_compressed}
+        COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/man
+        COMMAND ${GZIP_PROGRAM} -9nc ${_source} > ${_compressed}
+        DEPENDS ${_source} VERBATIM)
+    add_custom_target(manual_${page} ALL DEPENDS ${_compressed})
+    string(REGEX REPLACE ".*\\." "" _section ${page})
+    install(FILES ${_compressed} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${_section} COMPONENT ${component})
+endfunction()
