@@ -1,5 +1,6 @@
 #include "platform/dvdplayback/DVDPlayback.h"
 #include "platform/dvdplayback/DVDSession.h"
+#include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSBundle.h"
 #include "tests/dvd/ControllerFixture.h"
 
@@ -168,7 +169,7 @@ TEST_F(Session, oldInitialiser_makesTheApplicationsDelegate)
 {
     const std::shared_ptr<DVDController> old = DVDController::init_old();
     EXPECT_FALSE(old->outlets().mVideoWindow);
-    QTimer::singleShot(0, [&] {
+    performOnMainThread([&] {
         EXPECT_TRUE(steps().contains(text("Step 1: Begin Session"))) << "the launch was told";
         NSApplication::sharedApplication().terminate(old.get());
     });
@@ -373,7 +374,7 @@ TEST_F(Session, wrongRegion_isReported_andThenEndsTheApplication)
               "DVDOpenMediaVolume returned -70024");
     EXPECT_EQ(closer.criticalAlerts, 0) << "the rest is not done";
     keepReports();
-    QTimer::singleShot(0, [&] {
+    performOnMainThread([&] {
         EXPECT_FALSE(controller->openMedia(QString::fromUtf8(copy), false));
         EXPECT_EQ(reports->descriptions, QStringList(text("DVDOpenMediaFile returned -70024")));
         EXPECT_EQ(reports->lastMethod, text("openMedia"));
@@ -446,7 +447,7 @@ TEST_F(Session, events_vanishWithTheController)
     MyDVDEventHandler(24, 1, 0, other.get());
     other = nullptr;
     bool isLater = false;
-    QTimer::singleShot(0, [&] { isLater = true; });
+    performOnMainThread([&] { isLater = true; });
     ASSERT_TRUE(waitUntil([&] { return isLater; }));
     EXPECT_FALSE(steps().contains(text("fatal error 1")));
 }
@@ -490,7 +491,7 @@ TEST_F(Session, time_isToldOnceASecond)
 TEST_F(Session, fatalError_endsTheApplication)
 {
     ASSERT_TRUE(openAndShowMenu());
-    QTimer::singleShot(0, [] { ASSERT_EQ(::kill(DVDSession::instance().helperProcess(), SIGSEGV), 0); });
+    performOnMainThread([] { ASSERT_EQ(::kill(DVDSession::instance().helperProcess(), SIGSEGV), 0); });
     EXPECT_EQ(QApplication::exec(), 0);
     EXPECT_EQ(controller->fatalError(), kDVDErrorDamagedMedia);
     EXPECT_TRUE(waitUntil([&] { return steps().count(text("fatal error -70191")) == 2; }))
@@ -509,7 +510,7 @@ TEST_F(Session, fatalErrorCallBack_runsWhereItIsCalled)
 
 TEST_F(Session, errorEvent_endsTheApplication)
 {
-    QTimer::singleShot(0, [&] { controller->handleDVDEvent(DVDEvent::initWithData(24, std::uint32_t(-70190), 0)); });
+    performOnMainThread([&] { controller->handleDVDEvent(DVDEvent::initWithData(24, std::uint32_t(-70190), 0)); });
     EXPECT_EQ(QApplication::exec(), 0);
     EXPECT_EQ(steps(), QStringList(text("fatal error -70190")));
 }

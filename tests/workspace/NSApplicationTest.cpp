@@ -1,10 +1,10 @@
 #include "platform/workspace/NSApplication.h"
 
+#include "platform/foundation/MainThread.h"
 #include "tests/support/EventLoop.h"
 
 #include <QCoreApplication>
 #include <QStringList>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -53,7 +53,7 @@ TEST_F(Application, terminate_mayComeFromAnyThread)
 {
     application.setDelegate(delegate(QStringLiteral("a")));
     std::jthread thread;
-    QTimer::singleShot(0, [&] { thread = std::jthread([&] { application.terminate(nullptr); }); });
+    performOnMainThread([&] { thread = std::jthread([&] { application.terminate(nullptr); }); });
     EXPECT_EQ(QCoreApplication::exec(), 0);
     EXPECT_EQ(told.last(), QStringLiteral("a ends"));
     application.setDelegate({});
@@ -63,11 +63,13 @@ TEST_F(Application, terminate_isTheDelegatesChoice)
 {
     answer = NSTerminateCancel;
     application.setDelegate(delegate(QStringLiteral("a")));
-    QTimer::singleShot(0, [&] { application.terminate(nullptr); });
-    QTimer::singleShot(50, [&] {
-        EXPECT_EQ(told.last(), QStringLiteral("a asked"));
-        answer = NSTerminateNow;
+    performOnMainThread([&] {
         application.terminate(nullptr);
+        performOnMainThread([&] {
+            EXPECT_EQ(told.last(), QStringLiteral("a asked"));
+            answer = NSTerminateNow;
+            application.terminate(nullptr);
+        });
     });
     EXPECT_EQ(QCoreApplication::exec(), 0);
     EXPECT_EQ(told.count(QStringLiteral("a asked")), 2);
@@ -82,11 +84,11 @@ TEST_F(Application, laterDelegate_isToldTheEndOnly)
     application.setDelegate(first);
     drainEventLoop();
     application.setDelegate(delegate(QStringLiteral("b")));
-    QTimer::singleShot(0, [&] { application.terminate(nullptr); });
+    performOnMainThread([&] { application.terminate(nullptr); });
     EXPECT_EQ(QCoreApplication::exec(), 0);
     application.setDelegate(first);
     life = nullptr;
-    QTimer::singleShot(0, [&] { application.terminate(nullptr); });
+    performOnMainThread([&] { application.terminate(nullptr); });
     EXPECT_EQ(QCoreApplication::exec(), 0);
     EXPECT_EQ(told, QStringList({QStringLiteral("a launched"), QStringLiteral("b asked"), QStringLiteral("b ends")}))
         << "one that has gone is not asked";
