@@ -115,7 +115,7 @@ void writeSheetWithTexts(TableOfContents contents)
     if (!packs || !sheet)
         return;
     CueSheetFiles files;
-    files.cdText = [&packs](const QByteArray &) { return packs; };
+    files.cdText = [&packs](const QByteArray &) -> Result<QByteArray> { return *packs; };
     const Result<CueSheet> read = cueSheetOfText(sheet->text, files);
     require(!read || read->contents.cdText == contents.cdText, "all texts come back");
 }

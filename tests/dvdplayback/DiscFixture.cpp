@@ -32,7 +32,7 @@ QByteArray DiscTest::copyOfDisc() const
 
 QByteArray DiscTest::imageOfDisc(const QByteArray &folder) const
 {
-    const QByteArray image = m_tree.path("disc.iso");
+    QByteArray image = m_tree.path("disc.iso");
     const ProgramRun run = runProgram("genisoimage", {"-quiet", "-dvd-video", "-V", "FILM", "-o", image, folder});
     EXPECT_EQ(run.status, 0) << run.errors.constData();
     return image;
