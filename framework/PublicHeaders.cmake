@@ -8,6 +8,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/discimage/iso9660/ElTorito.h
     platform/discimage/source/DiscImageErrors.h
     platform/discimage/source/DiscImageSource.h
+    platform/discimage/source/ImageBytes.h
     platform/discimage/source/PartitionTables.h
     platform/discimage/volume/VolumeCheck.h
     platform/discimage/volume/VolumeObject.h

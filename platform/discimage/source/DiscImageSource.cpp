@@ -42,6 +42,8 @@ NSError beyondTheEnd(std::uint64_t offset, std::uint64_t length, std::uint64_t i
 
 } // namespace
 
+ImageBytes::~ImageBytes() = default;
+
 std::uint32_t firstBlockForSectors(const TableOfContents &contents, const DiscTrack &track)
 {
     const std::int64_t number = contents.firstBlockOfTrack(track.number).number();
@@ -143,6 +145,18 @@ std::shared_ptr<const DiscImageSource> DiscImageSource::sourceWithBytes(const QB
     return source;
 }
 
+std::shared_ptr<const DiscImageSource> DiscImageSource::sourceWithReader(std::shared_ptr<const ImageBytes> bytes,
+                                                                         const DiscImageSectors &sectors)
+{
+    std::shared_ptr<DiscImageSource> source(new DiscImageSource);
+    source->m_fileLength = source->m_dataLength = bytes->length();
+    source->m_reader = std::move(bytes);
+    source->m_sectors = sectors;
+    source->measure();
+    source->m_partitions = readPartitionTables(*source, {});
+    return source;
+}
+
 std::shared_ptr<const DiscImageSource>
 DiscImageSource::sourceWithPartition(std::shared_ptr<const DiscImageSource> whole, std::uint64_t offset,
                                      std::uint64_t length)
@@ -226,6 +240,8 @@ void DiscImageSource::measure()
 
 NSError DiscImageSource::readFile(std::uint64_t offset, void *buffer, std::size_t length) const
 {
+    if (m_reader)
+        return m_reader->read(offset, buffer, length);
     if (!m_file) {
         std::memcpy(buffer, m_bytes.constData() + offset, length);
         return {};

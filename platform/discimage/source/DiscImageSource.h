@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/discimage/source/ImageBytes.h"
 #include "platform/discimage/source/PartitionTables.h"
 #include "platform/disctracks/SectorForm.h"
 #include "platform/disctracks/TableOfContents.h"
@@ -69,6 +70,9 @@ public:
     /// An image that lies in memory.
     [[nodiscard]] static std::shared_ptr<const DiscImageSource> sourceWithBytes(const QByteArray &bytes,
                                                                                 std::uint32_t firstBlock = 0);
+    /// An image that lies elsewhere. `sectors` says how its bytes hold the user data; no trailer is looked for.
+    [[nodiscard]] static std::shared_ptr<const DiscImageSource>
+    sourceWithReader(std::shared_ptr<const ImageBytes> bytes, const DiscImageSectors &sectors);
     /// The blocks of a partition as an image of their own, which begins with the partition's first byte. It has neither
     /// a trailer nor sectors, but may have partitions. The run is cut to what `whole` has.
     [[nodiscard]] static std::shared_ptr<const DiscImageSource>
@@ -106,7 +110,8 @@ public:
     {
         return offset <= m_length && length <= m_length - offset;
     }
-    /// The system's descriptor of the file, for advice about reading; -1 for an image in memory. Owned by this object.
+    /// The system's descriptor of the file, for advice about reading; -1 for an image that is not in a file. Owned by
+    /// this object.
     [[nodiscard]] int descriptor() const { return m_whole ? m_whole->descriptor() : m_file.get(); }
 
     /// What a VANT trailer says; absent when the file has none, or a damaged one (vantError() is set then).
@@ -132,6 +137,7 @@ private:
     QString m_path;
     UniqueDescriptor m_file;
     QByteArray m_bytes; ///< of an image in memory
+    std::shared_ptr<const ImageBytes> m_reader; ///< of an image that lies elsewhere
     std::shared_ptr<const DiscImageSource> m_whole; ///< what a partition is part of
     std::uint64_t m_partitionOffset = 0; ///< in that
     std::uint64_t m_fileLength = 0;
