@@ -14,6 +14,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/discimage/volume/VolumeObject.h
     platform/discimage/volume/VolumeReader.h
     platform/discimage/volume/VolumeWalk.h
+    platform/discrecording/burn/BurnDevice.h
     platform/discrecording/burn/DRBurn.h
     platform/discrecording/burn/DRCallbackDevice.h
     platform/discrecording/objects/DRDeviceMedia.h

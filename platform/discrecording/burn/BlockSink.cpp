@@ -27,6 +27,11 @@ NSError BlockSink::endDisc()
     return {};
 }
 
+NSError BlockSink::abandonDisc(const NSError &reason)
+{
+    return reason;
+}
+
 bool BlockSink::takesBlocksFromAnyThread() const
 {
     return false;

@@ -47,10 +47,10 @@ using CopyProgress = std::function<bool(std::uint64_t bytes)>;
 /// Where the blocks of a disc go: into a file, to a callback, to a drive.
 ///
 /// One thread makes the calls, in this order: beginDisc(); for each track beginTrack(), its blocks, endTrack();
-/// endDisc(). Where takesBlocksFromAnyThread(), the blocks of a track may come from other threads, one call at a time.
-/// Blocks come in ascending order without a gap. Nothing is called any more after an error or a cancel; what is to
-/// become of a disc that was begun is up to the owner of the sink. An error says what happened, names the output, and
-/// has a recovery suggestion.
+/// endDisc(), or abandonDisc() at any place. Where takesBlocksFromAnyThread(), the blocks of a track may come from
+/// other threads, one call at a time. Blocks come in ascending order without a gap. Nothing but abandonDisc() is called
+/// after an error or a cancel; files that were begun are up to the owner of the sink. An error says what happened,
+/// names the output, and has a recovery suggestion.
 class BlockSink
 {
 public:
@@ -66,6 +66,11 @@ public:
     [[nodiscard]] virtual NSError endTrack();
     /// All blocks were written: what the sink still holds goes out, and what fails only now is reported now.
     [[nodiscard]] virtual NSError endDisc();
+
+    /// The writing has ended early, by an error of the sink or of what was to be written, or by a cancel; endDisc()
+    /// follows in no case. Returns what is to be told: the reason as it is, which is what the default does, or with
+    /// more about what became of the disc.
+    [[nodiscard]] virtual NSError abandonDisc(const NSError &reason);
 
     [[nodiscard]] virtual NSError writeBlocks(const BlockBatch &run) = 0;
 

@@ -40,8 +40,10 @@ NSError burnError(OSStatus code, const QString &description, const QString &sugg
     return NSError(NSOSStatusErrorDomain, code, userInfo);
 }
 
-NSError burnCancelledError()
+NSError burnCancelledError(const NSError &known)
 {
+    if (known.code() == kDRUserCanceledErr)
+        return known;
     return burnError(kDRUserCanceledErr, QStringLiteral("The burn was cancelled."));
 }
 

@@ -10,8 +10,9 @@ namespace Tessaron
 
 /// An error of NSOSStatusErrorDomain with a sentence for people and, where there is one, another that says what to do.
 [[nodiscard]] NSError burnError(OSStatus code, const QString &description, const QString &suggestion = {});
-/// What an aborted burn ends with: code kDRUserCanceledErr.
-[[nodiscard]] NSError burnCancelledError();
+/// What an aborted burn ends with: code kDRUserCanceledErr. `known`, where it has this code already, is taken as it is:
+/// a sink that was stopped may have put there what became of the disc.
+[[nodiscard]] NSError burnCancelledError(const NSError &known = {});
 /// A failure to write to the output that people know by this name; with an empty one the error names no file.
 [[nodiscard]] NSError burnOutputError(int errnoValue, const QString &outputName);
 

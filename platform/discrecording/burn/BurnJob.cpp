@@ -1,7 +1,6 @@
 #include "platform/discrecording/burn/BurnJob.h"
 
 #include "platform/discrecording/burn/BurnErrors.h"
-#include "platform/discrecording/burn/CallbackSink.h"
 #include "platform/foundation/WhenThereIsMemory.h"
 
 #include <new>
@@ -9,8 +8,7 @@
 namespace Tessaron
 {
 
-BurnJob::BurnJob(DRBurn *burn, std::shared_ptr<DRCallbackDevice> device, DRLayout layout,
-                 std::shared_ptr<BurnStatus> status)
+BurnJob::BurnJob(DRBurn *burn, std::shared_ptr<BurnDevice> device, DRLayout layout, std::shared_ptr<BurnStatus> status)
     : m_burn(burn)
     , m_device(std::move(device))
     , m_layout(std::move(layout))
@@ -34,7 +32,7 @@ void BurnJob::run()
     // The end is told before the plan's readers are joined: one of them may hang in a slow read.
     whenThereIsMemory([&] {
         if (error && m_cancellation.stop_requested())
-            error = burnCancelledError();
+            error = burnCancelledError(error);
         m_status->finish(error);
     });
     m_plan.reset();
@@ -45,7 +43,7 @@ NSError BurnJob::plan()
 {
     m_status->enterState(DRStatusStatePreparing);
     const auto progress = [this](double percent) { m_status->setPercentComplete(percent); };
-    Result<BurnPlan> plan = planBurn(m_layout, m_burn, m_cancellation.get_token(), progress);
+    Result<BurnPlan> plan = planBurn(m_layout, m_burn, m_cancellation.get_token(), progress, m_device->mediaInfo());
     m_layout = {}; // the plan keeps what it needs of it
     if (!plan)
         return plan.error();
@@ -61,11 +59,9 @@ NSError BurnJob::plan()
 NSError BurnJob::writeTracks()
 {
     m_status->enterState(DRStatusStateTrackWrite);
-    CallbackSink callback(*m_device->consumer());
-    BlockSink *const ownSink = m_device->consumer()->blockSink();
-    BlockSink &sink = ownSink ? *ownSink : callback;
+    const std::shared_ptr<BlockSink> sink = m_device->sinkForBurn(m_cancellation.get_token());
     const auto bytesTaken = [this](std::uint64_t bytes) { m_status->addBytesWritten(bytes); };
-    if (NSError error = writeDisc(*m_plan, sink, m_cancellation.get_token(), bytesTaken))
+    if (NSError error = writeDisc(*m_plan, *sink, m_cancellation.get_token(), bytesTaken))
         return error;
     m_status->setPercentComplete(1.0, BurnStatus::Posting::Always);
     return {};

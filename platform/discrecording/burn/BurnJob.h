@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/discrecording/burn/BurnDevice.h"
 #include "platform/discrecording/burn/BurnPlan.h"
 #include "platform/discrecording/burn/BurnStatus.h"
-#include "platform/discrecording/burn/DRCallbackDevice.h"
 
 #include <mutex>
 #include <optional>
@@ -17,8 +17,7 @@ class BurnJob
 {
 public:
     /// `burn` is only passed on to producers.
-    BurnJob(DRBurn *burn, std::shared_ptr<DRCallbackDevice> device, DRLayout layout,
-            std::shared_ptr<BurnStatus> status);
+    BurnJob(DRBurn *burn, std::shared_ptr<BurnDevice> device, DRLayout layout, std::shared_ptr<BurnStatus> status);
 
     /// The whole burn; ends with the final status.
     void run();
@@ -33,7 +32,7 @@ private:
     [[nodiscard]] NSError writeTracks();
 
     DRBurn *const m_burn;
-    const std::shared_ptr<DRCallbackDevice> m_device;
+    const std::shared_ptr<BurnDevice> m_device;
     DRLayout m_layout;
     const std::shared_ptr<BurnStatus> m_status;
     std::stop_source m_cancellation;

@@ -65,13 +65,14 @@ std::vector<DRTrackArray> sessionsOf(const DRLayout &layout)
 }
 
 /// What can be said of the layout without looking at any file: makes the writers.
-NSError checkTracks(const DRLayout &layout, DRBurn *burn, std::vector<std::unique_ptr<TrackWriter>> *writers)
+NSError checkTracks(const DRLayout &layout, DRBurn *burn, const QVariantMap &media,
+                    std::vector<std::unique_ptr<TrackWriter>> *writers)
 {
     const DRTrackArray tracks = tracksOfLayout(layout);
     if (tracks.empty() || isNullLayout(layout))
         return layoutError(QStringLiteral("There is nothing to write: the layout has no track."));
     for (const std::shared_ptr<DRTrack> &track : tracks) {
-        Result<std::unique_ptr<TrackWriter>> writer = trackWriterFor(track, burn);
+        Result<std::unique_ptr<TrackWriter>> writer = trackWriterFor(track, burn, media);
         if (!writer)
             return writer.error();
         writers->push_back(std::move(*writer));
@@ -160,13 +161,28 @@ NSError writeTrack(TrackWriter &writer, const DiscTrack &track, BlockStream &str
     return error ? error : stream.endTrack();
 }
 
+NSError writeSessions(const BurnPlan &plan, BlockSink &sink, BlockStream &stream)
+{
+    if (NSError error = sink.beginDisc(plan.contents))
+        return error;
+    auto writer = plan.writers.begin();
+    for (const DiscSession &session : plan.contents.sessions) {
+        stream.beginSession(session.firstBlock);
+        for (const DiscTrack &track : session.tracks) {
+            if (NSError error = writeTrack(**writer++, track, stream))
+                return error;
+        }
+    }
+    return sink.endDisc();
+}
+
 } // namespace
 
 Result<BurnPlan> planBurn(const DRLayout &layout, DRBurn *burn, const std::stop_token &cancellation,
-                          const std::function<void(double)> &progress)
+                          const std::function<void(double)> &progress, const QVariantMap &media)
 {
     BurnPlan plan;
-    if (NSError error = checkTracks(layout, burn, &plan.writers))
+    if (NSError error = checkTracks(layout, burn, media, &plan.writers))
         return error;
     DiscPlanner planner(plan, cancellation, progress);
     for (const DRTrackArray &tracks : sessionsOf(layout)) {
@@ -185,17 +201,8 @@ NSError writeDisc(const BurnPlan &plan, BlockSink &sink, const std::stop_token &
                   const std::function<void(std::uint64_t bytes)> &bytesTaken)
 {
     BlockStream stream(sink, cancellation, bytesTaken);
-    if (NSError error = sink.beginDisc(plan.contents))
-        return error;
-    auto writer = plan.writers.begin();
-    for (const DiscSession &session : plan.contents.sessions) {
-        stream.beginSession(session.firstBlock);
-        for (const DiscTrack &track : session.tracks) {
-            if (NSError error = writeTrack(**writer++, track, stream))
-                return error;
-        }
-    }
-    return sink.endDisc();
+    const NSError error = writeSessions(plan, sink, stream);
+    return error ? sink.abandonDisc(error) : NSError();
 }
 
 std::shared_ptr<const DRStorageReport> joinReports(std::vector<std::shared_ptr<const DRStorageReport>> reports)

@@ -25,12 +25,13 @@ struct BurnPlan {
 };
 
 /// Plans each track, after all have been looked at: what cannot be written fails before anything slow begins. The error
-/// is burnCancelledError() once a stop was asked for. `burn` is only passed on to producers and may be null. `progress`
-/// gets 0 to 1, on the calling thread.
+/// is burnCancelledError() once a stop was asked for. `burn` and `media` are only passed on to producers; `burn` may be
+/// null. `progress` gets 0 to 1, on the calling thread.
 [[nodiscard]] Result<BurnPlan> planBurn(const DRLayout &layout, DRBurn *burn, const std::stop_token &cancellation,
-                                        const std::function<void(double)> &progress);
+                                        const std::function<void(double)> &progress, const QVariantMap &media = {});
 
-/// Writes all that was planned to the sink, from the disc's beginning to its end. `bytesTaken` as in BlockStream.
+/// Writes all that was planned to the sink, from the disc's beginning to its end; after a failure the sink abandons the
+/// disc and has the last word about the error. `bytesTaken` as in BlockStream.
 [[nodiscard]] NSError writeDisc(const BurnPlan &plan, BlockSink &sink, const std::stop_token &cancellation,
                                 const std::function<void(std::uint64_t bytes)> &bytesTaken);
 

@@ -57,6 +57,12 @@ QVariantMap BurnStatus::status() const
     return recordOf(m_facts);
 }
 
+NSError BurnStatus::error() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_facts.error;
+}
+
 QVariantMap BurnStatus::recordOf(const Facts &facts)
 {
     if (facts.state.isNull())

@@ -34,6 +34,9 @@ public:
     /// The record of the status; see the keys in DRBurn.h.
     [[nodiscard]] QVariantMap status() const;
 
+    /// Of the final state.
+    [[nodiscard]] NSError error() const;
+
     void setTotals(std::uint64_t bytes, std::uint32_t files, std::uint32_t folders);
     /// Counts what the device has consumed.
     void addBytesWritten(std::uint64_t bytes);

@@ -27,7 +27,7 @@ const QString DRBurnStatusChangedNotification = QStringLiteral("DRBurnStatusChan
 class DRBurn::Private
 {
 public:
-    std::shared_ptr<DRCallbackDevice> device;
+    std::shared_ptr<BurnDevice> device;
     std::weak_ptr<DRBurn> self;
     std::thread thread; ///< belongs to the thread that made the burn
 
@@ -51,7 +51,7 @@ DRBurn::~DRBurn()
         waitUntilFinished();
 }
 
-std::shared_ptr<DRBurn> DRBurn::burnForDevice(const std::shared_ptr<DRCallbackDevice> &device)
+std::shared_ptr<DRBurn> DRBurn::burnForDevice(const std::shared_ptr<BurnDevice> &device)
 {
     if (!device)
         return nullptr;
@@ -106,6 +106,12 @@ DRBurnAmounts DRBurn::amounts() const
 {
     const std::lock_guard lock(d->mutex);
     return d->status ? d->status->amounts() : DRBurnAmounts();
+}
+
+NSError DRBurn::error() const
+{
+    const std::lock_guard lock(d->mutex);
+    return d->status ? d->status->error() : NSError();
 }
 
 std::shared_ptr<const DRStorageReport> DRBurn::storageReport() const

@@ -2,6 +2,7 @@
 
 #include "platform/discrecording/objects/DRTrack.h"
 #include "platform/foundation/Export.h"
+#include "platform/foundation/NSError.h"
 
 #include <QString>
 #include <QVariantMap>
@@ -12,7 +13,7 @@
 namespace Tessaron
 {
 
-class DRCallbackDevice;
+class BurnDevice;
 class DRStorageReport;
 struct TableOfContents;
 
@@ -52,7 +53,7 @@ class TESSARON_EXPORT DRBurn
 {
 public:
     /// Null for a null device.
-    [[nodiscard]] static std::shared_ptr<DRBurn> burnForDevice(const std::shared_ptr<DRCallbackDevice> &device);
+    [[nodiscard]] static std::shared_ptr<DRBurn> burnForDevice(const std::shared_ptr<BurnDevice> &device);
     ~DRBurn();
 
     /// Starts; the status is posted to the notification centre of the calling thread's run loop. Does nothing when the
@@ -70,6 +71,8 @@ public:
     /// that they see every state in its order. Empty before the start.
     [[nodiscard]] QVariantMap status() const;
     [[nodiscard]] DRBurnAmounts amounts() const;
+    /// Why the burn has failed, with all that DRErrorStatusKey tells in one text; the null error before it has.
+    [[nodiscard]] NSError error() const;
 
     /// What the disc's filesystems cannot hold as it stands; null until the burn has been prepared. Stays valid on its
     /// own.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/discrecording/burn/BurnDevice.h"
 #include "platform/foundation/Export.h"
 #include "platform/foundation/OSStatus.h"
 
@@ -27,13 +28,16 @@ public:
 };
 
 /// A device without a drive: its consumer gets every block.
-class TESSARON_EXPORT DRCallbackDevice
+class TESSARON_EXPORT DRCallbackDevice final : public BurnDevice
 {
 public:
     /// Null for a null consumer. The consumer is not owned and must outlive every burn to the device.
     [[nodiscard]] static std::shared_ptr<DRCallbackDevice> initWithConsumer(DRDeviceConsumer *consumer);
 
     [[nodiscard]] DRDeviceConsumer *consumer() const { return m_consumer; }
+
+    /// The consumer's own sink, or one that calls its writeBlocks().
+    [[nodiscard]] std::shared_ptr<BlockSink> sinkForBurn(const std::stop_token &cancellation) override;
 
 private:
     explicit DRCallbackDevice(DRDeviceConsumer *consumer)

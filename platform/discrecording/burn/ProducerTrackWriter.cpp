@@ -75,10 +75,12 @@ Result<DiscTrack> describeProducerTrack(const DRTrack &track)
     return described;
 }
 
-ProducerTrackWriter::ProducerTrackWriter(std::shared_ptr<DRTrack> track, const DiscTrack &described, DRBurn *burn)
+ProducerTrackWriter::ProducerTrackWriter(std::shared_ptr<DRTrack> track, const DiscTrack &described, DRBurn *burn,
+                                         QVariantMap media)
     : m_track(std::move(track))
     , m_described(described)
     , m_burn(burn)
+    , m_media(std::move(media))
 {
 }
 
@@ -91,7 +93,7 @@ NSError ProducerTrackWriter::plan(BlockAddress /*begin*/, const std::stop_token 
 NSError ProducerTrackWriter::write(BlockStream &stream)
 {
     const std::shared_ptr<DRTrackProducer> producer = m_track->producer();
-    if (!producer->prepareTrack(m_track.get(), m_burn, {}))
+    if (!producer->prepareTrack(m_track.get(), m_burn, m_media))
         return burnError(ioErr, QStringLiteral("A track's data could not be prepared."),
                          QStringLiteral("Check the file that it is made from."));
     const PreparedProducer prepared(*producer, *m_track);

@@ -17,9 +17,10 @@ namespace Tessaron
 class ProducerTrackWriter final : public TrackWriter
 {
 public:
-    /// `described` is what the disc counts on: a track that its own preparation makes longer or shorter fails. `burn`
-    /// is passed on to the producer and may be null.
-    ProducerTrackWriter(std::shared_ptr<DRTrack> track, const DiscTrack &described, DRBurn *burn);
+    /// `described` is what the disc counts on: a track that its own preparation makes longer or shorter fails. `burn`,
+    /// which may be null, and `media` are passed on to the producer.
+    ProducerTrackWriter(std::shared_ptr<DRTrack> track, const DiscTrack &described, DRBurn *burn,
+                        QVariantMap media = {});
 
     [[nodiscard]] TrackGap pregap() const override { return m_described.pregap; }
     [[nodiscard]] NSError plan(BlockAddress begin, const std::stop_token &cancellation,
@@ -38,6 +39,7 @@ private:
     const std::shared_ptr<DRTrack> m_track;
     const DiscTrack m_described;
     DRBurn *const m_burn;
+    const QVariantMap m_media;
     std::vector<char> m_buffer;
 };
 

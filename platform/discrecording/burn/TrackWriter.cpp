@@ -11,7 +11,8 @@ namespace Tessaron
 
 TrackWriter::~TrackWriter() = default;
 
-Result<std::unique_ptr<TrackWriter>> trackWriterFor(const std::shared_ptr<DRTrack> &track, DRBurn *burn)
+Result<std::unique_ptr<TrackWriter>> trackWriterFor(const std::shared_ptr<DRTrack> &track, DRBurn *burn,
+                                                    const QVariantMap &media)
 {
     if (!track)
         return burnError(paramErr, QStringLiteral("A track of the layout is missing."));
@@ -19,7 +20,7 @@ Result<std::unique_ptr<TrackWriter>> trackWriterFor(const std::shared_ptr<DRTrac
         const Result<DiscTrack> described = describeProducerTrack(*track);
         if (!described)
             return described.error();
-        return std::make_unique<ProducerTrackWriter>(track, *described, burn);
+        return std::make_unique<ProducerTrackWriter>(track, *described, burn, media);
     }
     if (track->rootFolder()) {
         const Result<DiscTrack> described = discTrackOfProperties(track->properties(), TrackLengthIs::PlannedLater);

@@ -4,6 +4,8 @@
 #include "platform/disctracks/DiscTrack.h"
 #include "platform/foundation/Result.h"
 
+#include <QVariantMap>
+
 #include <functional>
 #include <memory>
 #include <stop_token>
@@ -51,8 +53,9 @@ public:
 };
 
 /// The writer that suits the track: the only place that asks what kind of track it is. An error says what is wrong
-/// with the track; no file is looked at and no producer called for that. `burn` is only passed on to producers and may
-/// be null.
-[[nodiscard]] Result<std::unique_ptr<TrackWriter>> trackWriterFor(const std::shared_ptr<DRTrack> &track, DRBurn *burn);
+/// with the track; no file is looked at and no producer called for that. `burn` and `media` are only passed on to
+/// producers; `burn` may be null.
+[[nodiscard]] Result<std::unique_ptr<TrackWriter>> trackWriterFor(const std::shared_ptr<DRTrack> &track, DRBurn *burn,
+                                                                  const QVariantMap &media = {});
 
 } // namespace Tessaron

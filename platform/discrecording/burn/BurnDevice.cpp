@@ -1,0 +1,13 @@
+#include "platform/discrecording/burn/BurnDevice.h"
+
+namespace Tessaron
+{
+
+BurnDevice::~BurnDevice() = default;
+
+QVariantMap BurnDevice::mediaInfo() const
+{
+    return {};
+}
+
+} // namespace Tessaron
