@@ -17,6 +17,9 @@ set(TESSARON_PUBLIC_HEADERS
     platform/discrecording/burn/BurnDevice.h
     platform/discrecording/burn/DRBurn.h
     platform/discrecording/burn/DRCallbackDevice.h
+    platform/discrecording/drives/DRDevice.h
+    platform/discrecording/drives/DriveActivity.h
+    platform/discrecording/drives/DriveDescription.h
     platform/discrecording/objects/DRDeviceMedia.h
     platform/discrecording/objects/DRFSObject.h
     platform/discrecording/objects/DRFile.h

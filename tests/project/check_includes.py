@@ -35,6 +35,7 @@ LAYERS = [
     "platform/discimage/udf",
     "platform/discimage/hfsplus",
     "platform/discimage",
+    "platform/discrecording/drives",
     "platform/quicktime",
     "platform/quicktime/decoding",
     "platform/quicktime/redbook",

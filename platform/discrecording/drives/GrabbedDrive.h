@@ -1,0 +1,82 @@
+#pragma once
+
+#include "platform/discrecording/drives/DriveAddress.h"
+#include "platform/discrecording/drives/DriveDescription.h"
+#include "platform/discrecording/drives/DriveMessages.h"
+#include "platform/foundation/Result.h"
+#include "platform/foundation/UniqueDescriptor.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace burn
+{
+struct burn_drive;
+struct burn_drive_info;
+} // namespace burn
+
+namespace Tessaron
+{
+
+/// A drive that this process has opened for itself alone, or the file that stands for one. Every operation runs on the
+/// control thread (see BurnControl) and waits for it: not for a thread that must not wait. Used by one thread at a
+/// time. One drive is open in a process at a time: libburn's messages do not say which drive they are about.
+class GrabbedDrive
+{
+public:
+    /// Opens the drive, which takes its tray in. A file that is not there is made when it is `mayMakeFile`.
+    [[nodiscard]] static Result<std::unique_ptr<GrabbedDrive>> grab(const DriveAddress &address, bool mayMakeFile);
+    /// Lets the drive go with its tray as it is.
+    ~GrabbedDrive();
+    GrabbedDrive(const GrabbedDrive &) = delete;
+    GrabbedDrive &operator=(const GrabbedDrive &) = delete;
+
+    /// For people.
+    [[nodiscard]] QString name() const;
+    [[nodiscard]] bool isFile() const { return m_address.kind == DriveAddress::Kind::File; }
+    /// Open for reading and writing; -1 for a drive.
+    [[nodiscard]] int fileDescriptor() const { return m_file.get(); }
+
+    /// As the drive described it when it was opened or looked at again.
+    [[nodiscard]] const DiscDescription &disc() const { return m_disc; }
+    /// Lets the drive go and opens it again: only then does it tell what became of a disc that was written.
+    [[nodiscard]] NSError lookAgain();
+    /// Whether the drive can still be used: one that was unplugged has been let go of.
+    [[nodiscard]] bool isOpen() const { return m_drive != nullptr; }
+
+    /// Lets the drive go; with its tray out when `ejects`.
+    void release(bool ejects);
+    /// libburn has let the drive go by itself.
+    void forget() { m_drive = nullptr; }
+
+    /// Reads whole blocks of user data. An error names the block.
+    [[nodiscard]] NSError readBlocks(std::uint64_t first, std::uint32_t count, char *out);
+    /// Reads sectors of sound, 2352 bytes each, as near to `first` as the drive finds them.
+    [[nodiscard]] NSError readSound(std::int64_t first, std::uint32_t count, char *out);
+
+    /// For the control thread.
+    [[nodiscard]] burn::burn_drive *handle() const { return m_drive; }
+
+private:
+    explicit GrabbedDrive(DriveAddress address);
+    [[nodiscard]] NSError openFile(bool mayMakeFile);
+    void removeEmptyFile();
+    [[nodiscard]] NSError open();
+    [[nodiscard]] std::vector<DriveMessage> close(bool ejects);
+    [[nodiscard]] bool openOnControlThread(std::vector<DriveMessage> *messages);
+    void describeDisc();
+    void describeSessions();
+    void describeSpeeds();
+
+    const DriveAddress m_address;
+    UniqueDescriptor m_file;
+    bool m_isNewFile = false; ///< made by this object; removed again when nothing was written to it
+    burn::burn_drive_info *m_infos = nullptr; ///< libburn's; freed when the drive is let go
+    burn::burn_drive *m_drive = nullptr; ///< null while it is not open
+    DiscDescription m_disc;
+};
+
+} // namespace Tessaron
