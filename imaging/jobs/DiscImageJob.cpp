@@ -1,16 +1,12 @@
+#include "imaging/jobs/DataDisc.h"
 #include "imaging/jobs/DiscJobWork.h"
 #include "imaging/jobs/ImageMaker.h"
 #include "imaging/jobs/ImageStage.h"
 #include "platform/discrecording/objects/DRStorageReport.h"
-#include "platform/discrecording/planning/DiscImagePlan.h"
 #include "platform/foundation/FileSystemRepresentation.h"
-#include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscImageJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/DiscNames.h>
-
-#include <algorithm>
-#include <sys/stat.h>
 
 namespace Tessaron
 {
@@ -23,45 +19,6 @@ QByteArray withoutExtension(const QByteArray &name)
 {
     const qsizetype dot = name.lastIndexOf('.');
     return dot > 0 ? name.left(dot) : name;
-}
-
-/// The variable is set to get reproducible bytes: a value that means nothing must not be ignored.
-NSError errorOfEnvironment()
-{
-    const QByteArray value = qgetenv("SOURCE_DATE_EPOCH");
-    if (value.isEmpty())
-        return {};
-    const std::optional<std::int64_t> seconds = sourceDateEpochFromEnvironment();
-    constexpr std::int64_t endOfYear9999 = 253'402'300'799;
-    if (seconds && *seconds >= 0 && *seconds <= endOfYear9999)
-        return {};
-    if (seconds)
-        return discJobError(
-            DiscJobErrorCode::InvalidOrder,
-            QStringLiteral("SOURCE_DATE_EPOCH is %1, a time %2")
-                .arg(quoted(value),
-                     *seconds < 0 ? QStringLiteral("before 1970") : QStringLiteral("after the year 9999")),
-            QStringLiteral("Set it to the seconds from 1970 to a day of the years until 9999, or unset it."));
-    return discJobError(DiscJobErrorCode::InvalidOrder,
-                        QStringLiteral("SOURCE_DATE_EPOCH is %1, which is no number of seconds").arg(quoted(value)),
-                        QStringLiteral("Set it to the seconds since 1970, or unset it."));
-}
-
-bool isOneFolder(const std::vector<DiscSource> &sources)
-{
-    return sources.size() == 1 && sources.front().isFolder;
-}
-
-/// True when a player will take the disc for DVD-Video.
-bool isDvdVideo(const std::vector<DiscSource> &sources)
-{
-    const QByteArray folderName = QByteArrayLiteral("VIDEO_TS");
-    struct stat status;
-    if (isOneFolder(sources))
-        return ::lstat((sources.front().path + '/' + folderName).constData(), &status) == 0 && S_ISDIR(status.st_mode);
-    return std::any_of(sources.begin(), sources.end(), [&folderName](const DiscSource &source) {
-        return source.isFolder && source.name == folderName;
-    });
 }
 
 } // namespace

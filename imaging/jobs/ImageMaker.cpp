@@ -1,6 +1,7 @@
 #include "imaging/jobs/ImageMaker.h"
 
 #include "imaging/jobs/FreeSpace.h"
+#include "imaging/jobs/LayoutWriting.h"
 #include "platform/discrecording/objects/DRFile.h"
 #include "platform/discrecording/objects/DRFolder.h"
 #include "platform/discrecording/objects/DRStorageReport.h"
@@ -12,7 +13,6 @@
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
-#include <TessaronClasses/KRTrackWriter.h>
 #include <TessaronClasses/SizeFormatting.h>
 
 #include <QSet>
@@ -27,13 +27,6 @@ namespace Tessaron
 
 namespace
 {
-
-NSError writeError(const NSError &error)
-{
-    const QString reason = error.localizedFailureReason();
-    return discJobError(DiscJobErrorCode::Write, reason.isEmpty() ? error.localizedDescription() : reason,
-                        error.localizedRecoverySuggestion(), fileSystemRepresentation(error.filePath()), error.code());
-}
 
 NSError noLayout()
 {
@@ -84,7 +77,7 @@ void ImageMaker::stop(const NSError &error)
         return;
     m_result.error = error;
     if (m_writer)
-        m_writer->cancelTrackWriting();
+        m_writer->cancel();
     else if (m_rootItem)
         end(); // the layout's worker goes with the item tree
     else if (m_gatherer)
@@ -209,24 +202,21 @@ void ImageMaker::addUnreadable(const std::vector<UnreadableFolder> &folders)
 
 void ImageMaker::startWriting(const std::shared_ptr<DRFolder> &folder)
 {
-    KRTrackWriterDelegate delegate;
-    delegate.context = m_life;
-    delegate.KRTrackWriterWritingProgress = [this](KRTrackWriter &, float) { lookAhead(); };
-    delegate.KRTrackWriterWritingDidEnd = [this](KRTrackWriter &) { writingEnded({}); };
-    delegate.KRTrackWriterDidCancel = [this](KRTrackWriter &) { writingEnded(discJobCancellation()); };
-    delegate.KRTrackWriterWritingDidFailWithError = [this](KRTrackWriter &, const NSError &error) {
-        writingEnded(writeError(error));
-    };
-    m_writer = KRTrackWriter::trackWriterWithTrack(track(folder), stringWithFileSystemRepresentation(m_order.path));
-    m_writer->setOutputName(stringWithFileSystemRepresentation(m_order.finalPath));
-    m_writer->setWaitsForDisk(m_order.isSynchronized);
-    if (const NSError error = m_writer->writeTrackAndNotifyDelegate(delegate)) {
-        m_result.error =
-            discJobError(DiscJobErrorCode::Write, QStringLiteral("the image file cannot be opened for writing"), {},
-                         m_order.finalPath, error.code());
+    m_writer = writing(folder);
+    const LayoutWriting::Listener listener{[this] { lookAhead(); },
+                                           [this](const NSError &error) { writingEnded(error); }};
+    m_result.error = m_writer->start(listener);
+    if (m_result.error) {
         m_writer.reset();
         end();
     }
+}
+
+std::unique_ptr<LayoutWriting> ImageMaker::writing(const std::shared_ptr<DRFolder> &folder) const
+{
+    if (m_order.device)
+        return writingToDevice(track(folder), m_order.device);
+    return writingIntoFile(track(folder), m_order.path, m_order.finalPath, m_order.isSynchronized);
 }
 
 std::shared_ptr<DRTrack> ImageMaker::track(const std::shared_ptr<DRFolder> &folder) const
@@ -250,10 +240,12 @@ void ImageMaker::lookAhead()
         return;
     m_isPlanChecked = true;
     NSError error = checkPlan();
-    if (!error)
+    if (!error && !m_order.device) // a device knows itself what goes onto it
         error = checkSpace(m_writer->amounts().bytesTotal);
     if (error)
         stop(error);
+    else
+        m_writer->approvePlan();
 }
 
 /// Only here, so that all that is missing can be told at once.
@@ -315,8 +307,9 @@ void ImageMaker::writingEnded(const NSError &error)
     }
     if (!m_result.error && !error && !m_isPlanChecked)
         m_result.error = checkPlan(); // the burn ended before lookAhead() came to it
-    if (!m_result.error)
-        m_result.error = error;
+    // What ended the writing knows more than the wish to end it.
+    if (!m_result.error || (m_order.device && isDiscJobError(m_result.error, DiscJobErrorCode::Cancelled)))
+        m_result.error = error ? error : m_result.error;
     end();
 }
 

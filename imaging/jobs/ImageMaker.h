@@ -14,13 +14,14 @@
 namespace Tessaron
 {
 
+class BurnDevice;
 class DRFolder;
 class DRTrack;
 class KRFileHierarchyItem;
-class KRTrackWriter;
+class LayoutWriting;
 struct TableOfContents;
 
-/// What the blocks of an image are made from, and the file that takes them.
+/// What the blocks of an image are made from, and the file or device that takes them.
 struct ImageMakerOrder {
     std::vector<DiscSource> sources;
     /// True: the content of the only source, a folder, is the content of the disc. False: the sources lie side by side.
@@ -40,6 +41,8 @@ struct ImageMakerOrder {
     /// Told how many bytes the image will have, before they are written; an error ends the making.
     std::function<NSError(std::uint64_t bytes)> checkSize;
     int descriptor = -1; ///< the same file, for a look at its filesystem; owned by the caller
+    /// Takes the image in place of a file when it is not null; nothing reaches it before the plan has been checked.
+    std::shared_ptr<BurnDevice> device;
 };
 
 /// Makes the blocks of one disc image: gathers the sources, turns them into a layout, and writes that into a file. On
@@ -74,6 +77,7 @@ private:
     void layoutMade(const std::shared_ptr<DRFolder> &folder);
     void addUnreadable(const std::vector<UnreadableFolder> &folders);
     void startWriting(const std::shared_ptr<DRFolder> &folder);
+    [[nodiscard]] std::unique_ptr<LayoutWriting> writing(const std::shared_ptr<DRFolder> &folder) const;
     void writingEnded(const NSError &error);
     [[nodiscard]] NSError checkPlan();
     [[nodiscard]] std::shared_ptr<DRTrack> track(const std::shared_ptr<DRFolder> &folder) const;
@@ -92,7 +96,7 @@ private:
 
     std::unique_ptr<SourceGatherer> m_gatherer;
     std::shared_ptr<KRFileHierarchyItem> m_rootItem;
-    std::shared_ptr<KRTrackWriter> m_writer;
+    std::unique_ptr<LayoutWriting> m_writer;
     std::shared_ptr<const void> m_life; ///< its end silences all callbacks; last member, so it goes first
 };
 
