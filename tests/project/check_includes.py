@@ -50,6 +50,7 @@ LAYERS = [
     "ui/text",
     "imaging/jobs",
     "imaging/verification",
+    "imaging/burning",
     "media/jobs",
     "ui/views",
     "ui/panels",

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "platform/discrecording/drives/DriveDescription.h"
+#include <TessaronClasses/DiscFormat.h>
+#include <TessaronClasses/DiscImageJob.h>
+#include <TessaronClasses/DiscJob.h>
+#include <TessaronClasses/ImageVerification.h>
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <optional>
+
+namespace Tessaron
+{
+
+/// What is to be written to a disc, and how. Paths are bytes; relative ones count from the working folder.
+struct BurnDiscOrder {
+    /// Folders and files, as in DiscImageOrder; or one image: a cue sheet, a .ccd or .toc file, or a file that holds
+    /// filesystems or has the name of an image.
+    QList<QByteArray> sources = {};
+    /// A drive such as "/dev/sr0", or "stdio:" and the path of a regular file; empty for the only drive that there is.
+    /// No other one is opened.
+    QByteArray drive = {};
+    // Of folders and files only; see DiscImageOrder.
+    QString volumeName = {};
+    DiscFilesystems filesystems = allDiscFilesystems;
+    bool relocatesDeepFolders = false;
+    bool isStrict = false;
+    /// How many times as fast as single speed for the disc; 0 for as fast as it goes. Drives take the nearest speed.
+    double speed = 0;
+    bool isSimulated = false; ///< with the laser off: nothing is written
+    /// The disc stays open for further sessions. One that has some already takes sound only: data would hide what is
+    /// there.
+    bool leavesOpen = false;
+    bool verifies = false; ///< read everything back and compare it
+    bool ejects = false; ///< put the tray out at the end, also after a failure
+};
+
+/// How the writing of a disc has ended.
+struct BurnDiscResult {
+    /// Null when everything is on the disc (or was simulated) and, where that was asked for, compares as it should.
+    /// Else its recovery suggestion says first what the disc is worth.
+    NSError error;
+    DiscDescription disc; ///< as it was found
+    QString driveName; ///< for people
+    /// "unchanged", "written", "written-not-closed", "appendable", "overwritable", "needs-blanking", "spoiled" or
+    /// "unknown".
+    QString condition = QStringLiteral("unchanged");
+    /// What has gone wrong with the drive: "busy", "no-disc", "calibration" …; empty where it was something else.
+    QString fault;
+    bool isImage = false; ///< an image was written, not folders and files
+    /// Of folders and files: counts, name, and what is not on the disc as it stands. Of an image: `bytes`.
+    DiscImageResult data;
+    std::uint32_t tracks = 0;
+    std::uint32_t sessions = 0; ///< that were written
+    /// What an image says and this disc cannot have, what was interpreted, and what sounds are damaged.
+    QStringList notes;
+    bool isAnythingLost = false; ///< one of the notes is about something that is not on the disc
+    std::uint64_t waits = 0; ///< how often the drive had to wait for data
+    std::optional<VerificationResult> verification; ///< of folders and files that were compared
+    std::uint64_t blocksCompared = 0; ///< of an image that was compared
+
+    /// True when there is no error and everything is on the disc.
+    [[nodiscard]] TESSARON_EXPORT bool isComplete() const;
+};
+
+/// Writes a disc: folders and files, or an image. See DiscJob for threads and lifetime. A cancel stops the drive as
+/// soon as it can be stopped, which may take a minute, and says what the disc is worth; while a session is being
+/// closed, that is waited for.
+class TESSARON_EXPORT BurnDiscJob final : public DiscJob
+{
+    Q_OBJECT
+
+public:
+    explicit BurnDiscJob(BurnDiscOrder order, QObject *parent = nullptr);
+    ~BurnDiscJob() override;
+
+    /// As it was sent with finished(); before that, empty.
+    [[nodiscard]] const BurnDiscResult &result() const;
+
+Q_SIGNALS:
+    void finished(const Tessaron::BurnDiscResult &result);
+
+private:
+    void announceResult() override;
+
+    class Work;
+};
+
+} // namespace Tessaron
+
+Q_DECLARE_METATYPE(Tessaron::BurnDiscResult)

@@ -1,0 +1,299 @@
+#include "imaging/burning/BurnSources.h"
+#include "imaging/burning/BurntDiscCheck.h"
+#include "imaging/burning/ChosenDrive.h"
+#include "imaging/burning/DescribedTrackWriter.h"
+#include "imaging/jobs/DataDisc.h"
+#include "imaging/jobs/DiscJobWork.h"
+#include "imaging/jobs/ImageMaker.h"
+#include "imaging/jobs/LayoutWriting.h"
+#include "platform/discrecording/objects/DRStorageReport.h"
+#include "platform/foundation/FileSystemRepresentation.h"
+#include <TessaronClasses/BurnDiscJob.h>
+#include <TessaronClasses/DiscJobErrors.h>
+#include <TessaronClasses/DiscNames.h>
+
+#include <cmath>
+#include <mutex>
+
+namespace Tessaron
+{
+
+namespace
+{
+
+const QString faultKey = QStringLiteral("DriveFault");
+
+/// The volume's name where the order has none: that of the only folder.
+QString nameOfSources(const std::vector<DiscSource> &sources)
+{
+    const bool hasFolderName = isOneFolder(sources) && sources.front().name != "/";
+    return hasFolderName ? stringWithFileSystemRepresentation(sources.front().name) : QStringLiteral("Untitled");
+}
+
+NSError noDifference(const VerificationResult &verification)
+{
+    if (verification.error || verification.differences.count() == 0)
+        return verification.error;
+    return discJobError(DiscJobErrorCode::Write, QStringLiteral("what is on the disc differs from what was written"),
+                        QStringLiteral("Write another disc, at a slower speed."));
+}
+
+} // namespace
+
+bool BurnDiscResult::isComplete() const
+{
+    return !error && !isAnythingLost && (isImage || data.isComplete());
+}
+
+class BurnDiscJob::Work final : public DiscJobWork
+{
+public:
+    explicit Work(BurnDiscOrder burnOrder)
+        : order(std::move(burnOrder))
+    {
+    }
+
+    void begin() override;
+    void stop() override;
+    void lookAhead() override;
+    [[nodiscard]] DiscJobProgress progress() const override;
+
+    [[nodiscard]] NSError prepare(const std::stop_token &stop);
+    [[nodiscard]] NSError openDrive();
+    void prepared(const NSError &error);
+    void makeData();
+    void dataMade();
+    [[nodiscard]] NSError writeImage(const std::stop_token &stop);
+    void written(const NSError &error);
+    [[nodiscard]] NSError finish(const NSError &writeError, const std::stop_token &stop);
+    [[nodiscard]] NSError check(const std::stop_token &stop);
+    void tell(const DiscJobProgress &now);
+
+    const BurnDiscOrder order;
+    // A worker's while it runs; then the main thread's.
+    BurnDiscResult result;
+    std::shared_ptr<DRDevice> device;
+    BurnSources sources;
+    // The main thread's.
+    std::unique_ptr<ImageMaker> maker;
+    // Shared.
+    mutable std::mutex mutex; ///< guards the next one
+    DiscJobProgress told; ///< while there is no maker
+};
+
+void BurnDiscJob::Work::begin()
+{
+    runInBackground([this](const std::stop_token &stop) { return prepare(stop); },
+                    [this](const NSError &error) { prepared(error); });
+}
+
+NSError BurnDiscJob::Work::prepare(const std::stop_token &stop)
+{
+    if (NSError error = errorOfEnvironment())
+        return error;
+    if (order.sources.isEmpty())
+        return discJobError(DiscJobErrorCode::InvalidOrder, QStringLiteral("there is nothing to write"));
+    Result<BurnSources> found = burnSourcesAtPaths(order.sources, stop);
+    if (!found)
+        return found.error();
+    sources = *std::move(found);
+    result.notes = sources.notes;
+    if (NSError error = errorOfDriveAmongSources(sources, order.drive))
+        return error;
+    if (stop.stop_requested())
+        return discJobCancellation();
+    return openDrive();
+}
+
+/// Opens it, and finds out early what would be refused in the end: before a large folder is scanned.
+NSError BurnDiscJob::Work::openDrive()
+{
+    Result<std::shared_ptr<DRDevice>> opened = openChosenDrive(order.drive, true);
+    if (!opened) {
+        result.fault = opened.error().userInfo().value(faultKey).toString();
+        return opened.error();
+    }
+    device = *std::move(opened);
+    result.disc = device->disc();
+    result.driveName = device->name();
+    DRBurnOptions options;
+    options.isSimulated = order.isSimulated;
+    options.leavesOpen = order.leavesOpen;
+    options.speed = std::uint32_t(std::ceil(order.speed * singleSpeed(result.disc.profile) / 1000));
+    device->setBurnOptions(options);
+    TableOfContents least;
+    if (sources.image) {
+        least = sources.image->disc.contents;
+    } else {
+        DiscTrack track;
+        track.length = 1;
+        least = TableOfContents::withTrack(track);
+    }
+    return jobErrorOfBurn(device->errorOfBurn(least));
+}
+
+void BurnDiscJob::Work::prepared(const NSError &error)
+{
+    if (const NSError failure = cancellationOr(error)) {
+        written(failure);
+        return;
+    }
+    if (!sources.image) {
+        makeData();
+        return;
+    }
+    result.isImage = true;
+    runInBackground([this](const std::stop_token &stop) { return writeImage(stop); },
+                    [this](const NSError &imageError) { written(imageError); });
+}
+
+void BurnDiscJob::Work::makeData()
+{
+    QString name = order.volumeName.isEmpty() ? nameOfSources(sources.sources) : order.volumeName;
+    if (isDvdVideo(sources.sources))
+        name = dvdName(name);
+    result.data.volumeName = name;
+    ImageMakerOrder making;
+    making.sources = sources.sources;
+    making.rootIsOnlySource = isOneFolder(sources.sources);
+    making.volumeName = name;
+    making.isVolumeNameGiven = !order.volumeName.isEmpty();
+    making.isVolumeNameChanged = making.isVolumeNameGiven && name != order.volumeName;
+    making.filesystems = order.filesystems;
+    making.relocatesDeepFolders = order.relocatesDeepFolders;
+    making.isStrict = order.isStrict;
+    making.device = device;
+    maker = std::make_unique<ImageMaker>(std::move(making));
+    maker->start([this] { dataMade(); });
+}
+
+void BurnDiscJob::Work::dataMade()
+{
+    const QString name = result.data.volumeName;
+    result.data = maker->result();
+    result.data.volumeName = name;
+    const NSError error = std::exchange(result.data.error, {});
+    if (const std::shared_ptr<const TableOfContents> contents = maker->contents()) {
+        result.tracks = std::uint32_t(contents->trackCount());
+        result.sessions = std::uint32_t(contents->sessions.size());
+    }
+    tell(maker->progress());
+    maker.reset();
+    written(error);
+}
+
+NSError BurnDiscJob::Work::writeImage(const std::stop_token &stop)
+{
+    DescribedDiscNotes notes;
+    const CueSheet &disc = sources.image->disc;
+    const Result<BurnPlan> plan = planDescribedDisc(disc, notes, stop);
+    if (!plan)
+        return jobErrorOfBurn(plan.error());
+    DiscJobProgress now;
+    now.phase = DiscJobPhase::Writing;
+    now.bytesTotal = plan->bytes;
+    tell(now);
+    const NSError error = writeDisc(*plan, *device->sinkForBurn(stop), stop, [this, &now](std::uint64_t bytes) {
+        now.bytesDone += bytes;
+        tell(now);
+    });
+    result.notes << notes.damages;
+    result.isAnythingLost = !notes.damages.isEmpty();
+    result.data.bytes = plan->bytes;
+    result.tracks = std::uint32_t(disc.contents.trackCount());
+    result.sessions = std::uint32_t(disc.contents.sessions.size());
+    return jobErrorOfBurn(error);
+}
+
+/// What is written is written, or it failed: the rest takes its time, too.
+void BurnDiscJob::Work::written(const NSError &error)
+{
+    runInBackground([this, error](const std::stop_token &stop) { return finish(error, stop); },
+                    [this](const NSError &finishError) {
+                        result.error = finishError;
+                        end(finishError);
+                    });
+}
+
+NSError BurnDiscJob::Work::finish(const NSError &writeError, const std::stop_token &stop)
+{
+    NSError error = writeError;
+    if (!device)
+        return error;
+    result.condition = device->conditionAfterBurn();
+    result.waits = device->activity().waits;
+    if (const QStringList lost = device->lostByBurn(); !lost.isEmpty()) {
+        result.notes << lost;
+        result.isAnythingLost = true;
+    }
+    if (!error && order.verifies && !order.isSimulated)
+        error = check(stop);
+    if (error)
+        result.fault = error.userInfo().value(faultKey).toString();
+    device->release(order.ejects);
+    device.reset();
+    return error;
+}
+
+NSError BurnDiscJob::Work::check(const std::stop_token &stop)
+{
+    const auto progress = [this](const DiscJobProgress &now) { tell(now); };
+    const std::uint64_t first = result.disc.state == DiscState::Appendable ? result.disc.nextBlock.value_or(0) : 0;
+    if (sources.image) {
+        const std::size_t firstTrack = result.disc.tracks.size();
+        WrittenImageCheck checked = checkWrittenImage(*device, sources.image->disc, firstTrack, stop, progress);
+        result.notes << checked.notes;
+        result.blocksCompared = checked.blocksCompared;
+        return jobErrorOfBurn(checked.error);
+    }
+    result.verification =
+        checkWrittenData(*device, first, result.data.bytes / 2048, sources.sources, order.filesystems, stop, progress);
+    return noDifference(*result.verification);
+}
+
+void BurnDiscJob::Work::stop()
+{
+    if (maker)
+        maker->cancel();
+}
+
+void BurnDiscJob::Work::lookAhead()
+{
+    if (maker)
+        maker->lookAhead();
+}
+
+void BurnDiscJob::Work::tell(const DiscJobProgress &now)
+{
+    const std::lock_guard lock(mutex);
+    told = now;
+}
+
+DiscJobProgress BurnDiscJob::Work::progress() const
+{
+    const std::lock_guard lock(mutex);
+    DiscJobProgress now = maker ? maker->progress() : told;
+    // All bytes are on their way, and the drive ends the disc, which takes minutes.
+    if (now.phase == DiscJobPhase::Writing && now.bytesTotal > 0 && now.bytesDone == now.bytesTotal)
+        now.phase = DiscJobPhase::Finishing;
+    return now;
+}
+
+BurnDiscJob::BurnDiscJob(BurnDiscOrder order, QObject *parent)
+    : DiscJob(std::make_unique<Work>(std::move(order)), parent)
+{
+}
+
+BurnDiscJob::~BurnDiscJob() = default;
+
+const BurnDiscResult &BurnDiscJob::result() const
+{
+    return static_cast<const Work &>(work()).result;
+}
+
+void BurnDiscJob::announceResult()
+{
+    Q_EMIT finished(result());
+}
+
+} // namespace Tessaron

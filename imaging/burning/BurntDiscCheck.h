@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/discrecording/drives/DRDevice.h"
+#include "platform/disctracks/CueSheet.h"
+#include <TessaronClasses/DiscImageJob.h>
+#include <TessaronClasses/ImageVerification.h>
+
+#include <functional>
+#include <stop_token>
+
+namespace Tessaron
+{
+
+/// Told how far a comparison is.
+using CheckProgress = std::function<void(const DiscJobProgress &)>;
+
+/// Compares what is on the disc, from `firstBlock` on, with the sources that it was made of.
+[[nodiscard]] VerificationResult checkWrittenData(DRDevice &device, std::uint64_t firstBlock, std::uint64_t blocks,
+                                                  std::vector<DiscSource> sources, DiscFilesystems filesystems,
+                                                  const std::stop_token &stop, const CheckProgress &progress);
+
+/// How the written tracks of an image compare with it.
+struct WrittenImageCheck {
+    NSError error; ///< of code Write: the first block that is not as it was sent
+    std::uint64_t blocksCompared = 0;
+    QStringList notes; ///< which tracks were not compared
+};
+
+/// Compares the tracks on the disc, from the one with the index `firstTrack` on, with the files that they were made of.
+[[nodiscard]] WrittenImageCheck checkWrittenImage(DRDevice &device, const CueSheet &image, std::size_t firstTrack,
+                                                  const std::stop_token &stop, const CheckProgress &progress);
+
+} // namespace Tessaron
