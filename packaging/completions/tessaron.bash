@@ -20,6 +20,12 @@ _tessaron_options() {
         echo "--to --vbr --cbr -d --directory --flat --tags -j --jobs --progress --json -q --quiet -v --verbose -h --help" \
             "--version"
         ;;
+    drives) echo "--media --json -h --help --version" ;;
+    burn)
+        echo "--drive --speed --simulate --multi --verify --eject -n --name --filesystems --relocate --strict --progress" \
+            "--json -q --quiet -v --verbose -h --help --version"
+        ;;
+    blank) echo "--drive --full --format --eject --progress --json -q --quiet -h --help --version" ;;
     dvd) echo "--json -h --help --version" ;;
     info) echo "--artwork --json -h --help --version" ;;
     *) echo "-h --help --version" ;;
@@ -33,9 +39,11 @@ _tessaron_values() {
         case $2 in
         extract) echo "wav flac" ;;
         audio) echo "bin vant" ;;
+        blank) ;;
         *) echo "iso bin vant" ;;
         esac
         ;;
+    --speed) echo "2 4 8 16 24 48" ;;
     --capacity) echo "74 80 90 99" ;;
     --filesystems) echo "iso9660,joliet,udf,hfs+ iso9660,joliet iso9660,udf iso9660 joliet udf hfs+" ;;
     --progress) echo "auto bar json none" ;;
@@ -67,6 +75,9 @@ _tessaron() {
         mapfile -t COMPREPLY < <(compgen -W "$values" -- "$word")
     elif [[ $previous == @(-n|--name|--gap|-j|--jobs) ]]; then
         return
+    elif [[ $previous == --drive || ($command == drives && $word != -*) ]]; then
+        compopt -o filenames 2>/dev/null
+        mapfile -t COMPREPLY < <(compgen -G "${word:-/dev/sr}*")
     elif [[ $previous == @(-o|--output|--isrc) ]]; then
         _tessaron_complete_paths "$word"
     elif [[ $previous == @(-d|--directory|--artwork|--data) ]]; then
@@ -75,9 +86,9 @@ _tessaron() {
     elif [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(_tessaron_options "$command")" -- "$word")
     elif ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "help audio image inspect scan verify tracks extract convert info dvd" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "help audio image inspect scan verify tracks extract convert info dvd drives burn blank" -- "$word")
     elif [[ $command == help ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "audio image inspect scan verify tracks extract convert info dvd" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "audio image inspect scan verify tracks extract convert info dvd drives burn blank" -- "$word")
     else
         _tessaron_complete_paths "$word"
     fi

@@ -49,8 +49,8 @@ Options matchesIn(const QString &text, const char *pattern)
 
 TEST(OptionAgreement, helpText_namesExactlyTheOptionsOfTheCommand)
 {
-    for (const QByteArray command :
-         {"", "image", "audio", "inspect", "verify", "scan", "tracks", "extract", "convert", "info", "dvd"}) {
+    for (const QByteArray command : {"", "image", "audio", "inspect", "verify", "scan", "tracks", "extract", "convert",
+                                     "info", "dvd", "drives", "burn", "blank"}) {
         const QString help = QString::fromUtf8(helpText(command));
         Options inHelp = matchesIn(help, "^ {2,6}(?:-\\w, )?(--[a-z-]+)");
         inHelp.merge(matchesIn(help, "^ {2}(-\\w), "));
@@ -60,8 +60,8 @@ TEST(OptionAgreement, helpText_namesExactlyTheOptionsOfTheCommand)
 
 TEST(OptionAgreement, helpText_fitsInEightyColumns)
 {
-    for (const QByteArray command :
-         {"", "image", "audio", "inspect", "verify", "scan", "tracks", "extract", "convert", "info", "dvd"}) {
+    for (const QByteArray command : {"", "image", "audio", "inspect", "verify", "scan", "tracks", "extract", "convert",
+                                     "info", "dvd", "drives", "burn", "blank"}) {
         for (const QByteArray &line : helpText(command).split('\n'))
             EXPECT_LE(QString::fromUtf8(line).size(), 80) << line.constData();
     }
@@ -83,6 +83,8 @@ TEST(OptionAgreement, manualPage_describesExactlyTheOptions)
     known.merge(knownOptions("extract"));
     known.merge(knownOptions("info"));
     known.merge(knownOptions("dvd"));
+    for (const char *const command : {"drives", "burn", "blank"})
+        known.merge(knownOptions(command));
     known.merge(knownOptions("convert"));
     EXPECT_EQ(described, known);
 }
@@ -152,6 +154,9 @@ TEST(OptionAgreement, completion_offersExactlyTheOptionsOfTheCommand)
     EXPECT_EQ(offered("    info) "), knownOptions("info"));
     EXPECT_EQ(offered("    dvd) "), knownOptions("dvd"));
     EXPECT_EQ(offered("    convert)\n"), knownOptions("convert"));
+    EXPECT_EQ(offered("    drives) "), knownOptions("drives"));
+    EXPECT_EQ(offered("    burn)\n"), knownOptions("burn"));
+    EXPECT_EQ(offered("    blank) "), knownOptions("blank"));
     EXPECT_EQ(offered("    *) "), knownOptions(""));
 }
 

@@ -42,6 +42,7 @@ private:
     bool setTrack(const QByteArray &value);
     bool setBitRate(const QByteArray &value, const QByteArray &shownName, int *rate);
     bool setJobs(const QByteArray &value);
+    bool setSpeed(const QByteArray &value);
     bool fail(const QString &message);
 
     const QList<QByteArray> &m_words;
@@ -219,6 +220,32 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
         return true;
     case Option::Jobs:
         return setJobs(value);
+    case Option::Drive:
+        m_arguments.drive = value;
+        return true;
+    case Option::Speed:
+        return setSpeed(value);
+    case Option::Simulate:
+        m_arguments.isSimulated = true;
+        return true;
+    case Option::Multi:
+        m_arguments.leavesOpen = true;
+        return true;
+    case Option::Verify:
+        m_arguments.verifies = true;
+        return true;
+    case Option::Eject:
+        m_arguments.ejects = true;
+        return true;
+    case Option::Full:
+        m_arguments.blanksAll = true;
+        return true;
+    case Option::FormatDisc:
+        m_arguments.formats = true;
+        return true;
+    case Option::Media:
+        m_arguments.opensDrives = true;
+        return true;
     case Option::Hidden:
         m_arguments.takesHiddenSound = true;
         return true;
@@ -341,6 +368,16 @@ bool Parser::setJobs(const QByteArray &value)
         || fail(QStringLiteral("%1 is no number of jobs; use one from 1 to %2").arg(quoted(value)).arg(mostJobs));
 }
 
+bool Parser::setSpeed(const QByteArray &value)
+{
+    constexpr double fastest = 100;
+    bool isNumber = false;
+    m_arguments.speed = (value.endsWith('x') ? value.chopped(1) : value).toDouble(&isNumber);
+    return (isNumber && m_arguments.speed > 0 && m_arguments.speed <= fastest)
+        || fail(QStringLiteral("%1 is no speed; use 4 or 8, for example, for so many times single speed")
+                    .arg(quoted(value)));
+}
+
 QString checkScan(const Arguments &arguments)
 {
     return arguments.paths.isEmpty() ? QStringLiteral("no PATH was given") : QString();
@@ -427,6 +464,23 @@ QString checkDVD(const Arguments &arguments)
                                       : QString();
 }
 
+QString checkBurn(const Arguments &arguments)
+{
+    if (arguments.paths.isEmpty())
+        return QStringLiteral("no PATH was given: name folders and files, or an image");
+    if (arguments.verifies && arguments.isSimulated)
+        return QStringLiteral("--verify compares what was written, and --simulate writes nothing");
+    return {};
+}
+
+QString checkBlank(const Arguments &arguments)
+{
+    if (!arguments.paths.isEmpty())
+        return QStringLiteral("%1 is too much: name the drive with --drive DEV").arg(quoted(arguments.paths.first()));
+    return arguments.blanksAll && arguments.formats ? QStringLiteral("--full and --format exclude each other")
+                                                    : QString();
+}
+
 QString checkInfo(const Arguments &arguments)
 {
     return arguments.paths.isEmpty() ? QStringLiteral("no FILE was given: name audio or movie files") : QString();
@@ -509,6 +563,18 @@ QString checkCommand(Arguments &arguments, const Parser &parser)
         arguments.action = Arguments::Action::DescribeDVD;
         return checkDVD(arguments);
     }
+    if (arguments.command == "burn") {
+        arguments.action = Arguments::Action::BurnDisc;
+        return checkBurn(arguments);
+    }
+    if (arguments.command == "blank") {
+        arguments.action = Arguments::Action::BlankDisc;
+        return checkBlank(arguments);
+    }
+    if (arguments.command == "drives") {
+        arguments.action = Arguments::Action::ListDrives;
+        return {};
+    }
     if (arguments.command == "info") {
         arguments.action = Arguments::Action::Info;
         return checkInfo(arguments);
@@ -543,7 +609,8 @@ Arguments withUsageError(Arguments arguments, const QList<QByteArray> &words, co
 bool isCommand(const QByteArray &word)
 {
     return word == "scan" || word == "image" || word == "audio" || word == "inspect" || word == "verify"
-        || word == "tracks" || word == "extract" || word == "convert" || word == "info" || word == "dvd";
+        || word == "tracks" || word == "extract" || word == "convert" || word == "info" || word == "dvd"
+        || word == "burn" || word == "blank" || word == "drives";
 }
 
 /// "help" and "help COMMAND".

@@ -42,12 +42,15 @@ struct Arguments {
         Convert,
         Info,
         DescribeDVD,
+        BurnDisc,
+        BlankDisc,
+        ListDrives,
         ReportUsageError,
     };
 
     Action action = Action::ReportUsageError;
     /// The command that was named, as far as it was understood: "", "scan", "image", "audio", "inspect", "verify",
-    /// "tracks", "extract", "convert", "info" or "dvd". Help is about it.
+    /// "tracks", "extract", "convert", "info", "dvd", "burn", "blank" or "drives". Help is about it.
     QByteArray command;
     QString usageError; ///< for ReportUsageError, without the full stop
 
@@ -56,7 +59,7 @@ struct Arguments {
     ProgressMode progress = ProgressMode::Auto;
     Verbosity verbosity = Verbosity::Normal;
 
-    // For MakeImage and Verify.
+    // For MakeImage, Verify and BurnDisc.
     DiscFilesystems filesystems = allDiscFilesystems;
     bool hasFilesystems = false; ///< they were named
 
@@ -71,14 +74,14 @@ struct Arguments {
     // For Info only.
     QByteArray artworkFolder; ///< empty: covers are not written
 
-    // For MakeImage and MakeAudioImage.
+    // For MakeImage, MakeAudioImage and BurnDisc.
     QString volumeName; ///< empty: the source's name
     DiscFormat format = DiscFormat::ISO;
 
     // For MakeImage, MakeAudioImage and Extract.
     bool isSynchronized = true; ///< wait until the output is on the disk
 
-    // For MakeImage only.
+    // For MakeImage and BurnDisc.
     bool relocatesDeepFolders = false;
     bool strict = false;
 
@@ -97,6 +100,23 @@ struct Arguments {
     bool isFlat = false;
     bool carriesTags = false;
     unsigned int jobs = 0; ///< 0: one on each processor
+
+    // For BurnDisc and BlankDisc.
+    QByteArray drive; ///< empty: the only one
+    bool ejects = false;
+
+    // For BurnDisc only.
+    double speed = 0; ///< times single speed; 0: the fastest
+    bool isSimulated = false;
+    bool leavesOpen = false;
+    bool verifies = false;
+
+    // For BlankDisc only.
+    bool blanksAll = false;
+    bool formats = false;
+
+    // For ListDrives only.
+    bool opensDrives = false;
 };
 
 /// Understands the words after the program's name. Never touches the file system. Options may stand before and behind

@@ -24,6 +24,9 @@ Commands:
   convert  make WAVE, AIFF or MP3 files of audio and movie files
   info     tell what is in audio and movie files
   dvd      tell what a video DVD holds
+  drives   list the optical drives and what is in them
+  burn     write folders, files or an image to a disc
+  blank    make a rewritable disc empty
 
 'tessaron help COMMAND' tells more about a command.
 
@@ -237,6 +240,61 @@ Exit status: 0 done, 1 failed or no video DVD, 2 wrong usage, 3 done but
 something could not be read, 130 interrupted.
 )";
 
+constexpr char drivesIntroduction[] = R"(Usage: tessaron drives [OPTION]... [DEV]...
+
+Lists the optical drives. A drive is only opened when it is named, or with
+--media: then its disc, the room on it and the speeds are told.
+
+Options:
+)";
+
+constexpr char drivesEnd[] = R"(
+Examples:
+  tessaron drives
+  tessaron drives --json /dev/sr0
+
+Exit status: 0 done, 1 a drive could not be opened, 2 wrong usage, 130
+interrupted.
+)";
+
+constexpr char burnIntroduction[] = R"(Usage: tessaron burn [OPTION]... PATH...
+
+Writes a disc: the content of one folder, files or several folders side by side;
+or an image (ISO, BIN, VANT), or what a cue sheet, a .ccd or .toc file tells of.
+What does not fit is refused before anything is written. When the writing ends
+early, the last line says what the disc is worth and what to do.
+
+Options:
+)";
+
+constexpr char burnEnd[] = R"(
+Examples:
+  tessaron burn --verify --eject Photos
+  tessaron burn --drive /dev/sr1 --speed 8 album.cue
+  tessaron burn --multi Letters
+  tessaron burn --drive stdio:test.iso Photos
+      To a regular file, as if it were a drive.
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but something could not be
+stored, 130 interrupted.
+)";
+
+constexpr char blankIntroduction[] = R"(Usage: tessaron blank [OPTION]...
+
+Makes a CD-RW or DVD-RW empty, which destroys what is on it, or formats a disc
+for overwriting. A drive cannot be stopped at that.
+
+Options:
+)";
+
+constexpr char blankEnd[] = R"(
+Examples:
+  tessaron blank
+  tessaron blank --drive /dev/sr1 --full
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted before it began.
+)";
+
 QByteArray optionLines(const OptionDescription &option)
 {
     QByteArray left = "  ";
@@ -289,6 +347,15 @@ QByteArray helpText(const QByteArray &command)
     } else if (command == "dvd") {
         result = dvdIntroduction;
         end = dvdEnd;
+    } else if (command == "drives") {
+        result = drivesIntroduction;
+        end = drivesEnd;
+    } else if (command == "burn") {
+        result = burnIntroduction;
+        end = burnEnd;
+    } else if (command == "blank") {
+        result = blankIntroduction;
+        end = blankEnd;
     }
     for (const OptionDescription &option : allOptions()) {
         if (knows(command, option))

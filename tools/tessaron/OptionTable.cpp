@@ -13,6 +13,24 @@ namespace
 
 constexpr std::array options = {
     OptionDescription{
+        Option::Drive, 0, "drive", "DEV", "burn blank",
+        "The drive, such as /dev/sr0; it can be left out where\nthere is only one. stdio:FILE writes to a "
+        "regular file\nas if it were a drive."},
+    OptionDescription{Option::Speed, 0, "speed", "N", "burn",
+                      "N times single speed; drives take the nearest one.\nAs fast as it goes without it."},
+    OptionDescription{Option::Simulate, 0, "simulate", nullptr, "burn",
+                      "Do everything with the laser off: nothing is written.\nFor CD-R, CD-RW, DVD-R and DVD-RW."},
+    OptionDescription{
+        Option::Multi, 0, "multi", nullptr, "burn",
+        "Leave the disc open for further sessions. An open disc\ngets sound as one more; data cannot be added yet."},
+    OptionDescription{Option::Verify, 0, "verify", nullptr, "burn", "Read everything back and compare it."},
+    OptionDescription{Option::Full, 0, "full", nullptr, "blank",
+                      "Blank all of the disc, not only what says where things\nare. Takes as long as writing it."},
+    OptionDescription{Option::FormatDisc, 0, "format", nullptr, "blank",
+                      "Format the disc for overwriting: DVD-RW, and DVD+RW,\nDVD-RAM and BD-RE anew."},
+    OptionDescription{Option::Eject, 0, "eject", nullptr, "burn blank", "Put the tray out at the end."},
+    OptionDescription{Option::Media, 0, "media", nullptr, "drives", "Open every drive and tell about the disc in it."},
+    OptionDescription{
         Option::Output, 'o', "output", "OUT", "image audio",
         "The image file to make. It appears when it is whole;\nan older file is replaced then. - is standard output."},
     OptionDescription{Option::Track, 0, "track", "N", "extract",
@@ -37,16 +55,19 @@ constexpr std::array options = {
                       "Make a mixed disc: the content of FOLDER becomes\ntrack 1, in front of the audio tracks."},
     OptionDescription{Option::Name, 'n', "name", "VOLUME", "audio",
                       "Name of the volume of --data; else that of FOLDER."},
+    OptionDescription{Option::Name, 'n', "name", "VOLUME", "burn",
+                      "Name of the volume; else the name of the only folder\ngiven. Not for an image."},
     OptionDescription{Option::Name, 'n', "name", "VOLUME", "image",
                       "Name of the volume; else the name of the only folder\ngiven, else that of OUT."},
-    OptionDescription{Option::Filesystems, 0, "filesystems", "LIST", "image verify",
-                      "Comma-separated: iso9660 (with Rock Ridge), joliet,\nudf, hfs+. Without it an image gets all "
-                      "four, and\nverify takes those that are there."},
     OptionDescription{
-        Option::Relocate, 0, "relocate", nullptr, "image",
+        Option::Filesystems, 0, "filesystems", "LIST", "image verify burn",
+        "Comma-separated: iso9660 (with Rock Ridge), joliet,\nudf, hfs+. Without it an image or disc gets "
+        "all\nfour, and verify takes those that are there."},
+    OptionDescription{
+        Option::Relocate, 0, "relocate", nullptr, "image burn",
         "Keep ISO 9660 within eight levels of folders: deeper\nones go into the folder rr_moved, and Rock "
         "Ridge shows\nthem in their places."},
-    OptionDescription{Option::Strict, 0, "strict", nullptr, "image",
+    OptionDescription{Option::Strict, 0, "strict", nullptr, "image burn",
                       "Fail, and leave nothing, when something cannot be\nstored as it is."},
     OptionDescription{Option::Gap, 0, "gap", "SECONDS", "audio",
                       "Silence in front of each FILE but the first, to a 75th\nof a second. None without it."},
@@ -81,20 +102,23 @@ constexpr std::array options = {
                       "Do not wait until the image is on the disk."},
     OptionDescription{Option::Artwork, 0, "artwork", "DIR", "info",
                       "Write the cover of each file into this folder, under\nthe name of the file."},
-    OptionDescription{Option::Progress, 0, "progress", "KIND", "image audio scan verify extract convert",
+    OptionDescription{Option::Progress, 0, "progress", "KIND", "image audio scan verify extract convert burn blank",
                       "auto: a bar on a terminal; bar, json (one object in\na line) or none. On standard error."},
     OptionDescription{Option::Json, 0, "json", nullptr,
-                      "image audio scan inspect verify tracks extract convert info dvd",
+                      "image audio scan inspect verify tracks extract convert info dvd burn blank drives",
                       "Print one JSON object on standard output at the end,\nalso after a failure."},
-    OptionDescription{Option::Quiet, 'q', "quiet", nullptr, "image audio scan verify extract convert", "Errors only."},
-    OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "image audio verify",
+    OptionDescription{Option::Quiet, 'q', "quiet", nullptr, "image audio scan verify extract convert burn blank",
+                      "Errors only."},
+    OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "image audio verify burn",
                       "List everything that is not as it should be."},
     OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "scan", "List every file and folder, too."},
     OptionDescription{Option::Verbose, 'v', "verbose", nullptr, "convert", "Name every file that was made."},
     OptionDescription{Option::Help, 'h', "help", nullptr,
-                      "- image audio scan inspect verify tracks extract convert info dvd", "Show this help."},
+                      "- image audio scan inspect verify tracks extract convert info dvd burn blank drives",
+                      "Show this help."},
     OptionDescription{Option::Version, 0, "version", nullptr,
-                      "- image audio scan inspect verify tracks extract convert info dvd", "Show the version."},
+                      "- image audio scan inspect verify tracks extract convert info dvd burn blank drives",
+                      "Show the version."},
 };
 
 const OptionDescription *firstWhere(const QByteArray &command, auto matches)

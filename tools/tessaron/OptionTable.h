@@ -40,6 +40,15 @@ enum class Option : std::uint8_t {
     Jobs,
     Hidden,
     Artwork,
+    Drive,
+    Speed,
+    Simulate,
+    Multi,
+    Verify,
+    Eject,
+    Full,
+    FormatDisc,
+    Media,
 };
 
 /// One option as the parser and the help text see it.

@@ -19,7 +19,7 @@ Problem problemOf(const NSError &error)
         return {};
     Kind kind = Kind::Write;
     if (isDiscJobError(error, DiscJobErrorCode::Cancelled))
-        return interruption();
+        return {Kind::Interrupted, interruption().message, error.localizedRecoverySuggestion(), {}};
     constexpr std::array kinds = {Kind::Usage,  Kind::Source, Kind::Destination, Kind::Space,
                                   Kind::Layout, Kind::Write,  Kind::NotStored};
     if (error.domain() == DiscJobErrorDomain && error.code() >= 1 && error.code() <= qint64(kinds.size()))

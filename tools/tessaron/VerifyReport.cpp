@@ -2,7 +2,6 @@
 
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/CommonReport.h"
-#include "tools/tessaron/JsonWriter.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 #include "tools/tessaron/VolumeJson.h"
@@ -41,16 +40,6 @@ QString lineAbout(const ImageDifference &difference)
     if (difference.offset && difference.kind != ImageDifference::Kind::Damage)
         line += QStringLiteral(" (at byte %1 of the image)").arg(*difference.offset);
     return line;
-}
-
-void printDifferences(const Arguments &arguments, const ImageDifferenceList &differences)
-{
-    const std::size_t limit = arguments.verbosity == Verbosity::Verbose ? differences.items().size() : shownDifferences;
-    const std::size_t shown = std::min(limit, differences.items().size());
-    for (std::size_t index = 0; index < shown; ++index)
-        printDiagnostic(lineAbout(differences.items()[index]));
-    if (differences.count() > shown)
-        printDiagnostic(QStringLiteral("… and %1 more").arg(differences.count() - shown));
 }
 
 /// What was held against what, for each kind: the report must not promise more than was looked at.
@@ -111,6 +100,26 @@ ExitStatus exitStatusFor(const VerifyOutcome &outcome)
     return outcome.result.differences.count() > 0 ? ExitStatus::Failed : ExitStatus::Done;
 }
 
+void printDifferences(const Arguments &arguments, const ImageDifferenceList &differences)
+{
+    const std::size_t limit = arguments.verbosity == Verbosity::Verbose ? differences.items().size() : shownDifferences;
+    const std::size_t shown = std::min(limit, differences.items().size());
+    for (std::size_t index = 0; index < shown; ++index)
+        printDiagnostic(lineAbout(differences.items()[index]));
+    if (differences.count() > shown)
+        printDiagnostic(QStringLiteral("… and %1 more").arg(differences.count() - shown));
+}
+
+void writeDifferenceMembers(JsonWriter &writer, const ImageDifferenceList &differences)
+{
+    writer.member("differenceCount", differences.count());
+    writer.key("differences");
+    writer.beginArray();
+    for (const ImageDifference &difference : differences.items())
+        writeDifference(writer, difference);
+    writer.endArray();
+}
+
 bool printVerifyReport(const Arguments &arguments, const VerifyOutcome &outcome)
 {
     printDifferences(arguments, outcome.result.differences);
@@ -159,12 +168,7 @@ bool writeVerifyJson(const QByteArray &image, const VerifyOutcome &outcome, doub
     }
     writer.endArray();
     writer.textsMember("notes", outcome.result.notes);
-    writer.member("differenceCount", outcome.result.differences.count());
-    writer.key("differences");
-    writer.beginArray();
-    for (const ImageDifference &difference : outcome.result.differences.items())
-        writeDifference(writer, difference);
-    writer.endArray();
+    writeDifferenceMembers(writer, outcome.result.differences);
     return endReport(writer, outcome.problem);
 }
 

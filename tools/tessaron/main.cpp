@@ -1,8 +1,11 @@
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/AudioCommand.h"
+#include "tools/tessaron/BlankCommand.h"
+#include "tools/tessaron/BurnCommand.h"
 #include "tools/tessaron/CommonReport.h"
 #include "tools/tessaron/ConvertCommand.h"
 #include "tools/tessaron/DVDCommand.h"
+#include "tools/tessaron/DrivesCommand.h"
 #include "tools/tessaron/ExtractCommand.h"
 #include "tools/tessaron/ImageCommand.h"
 #include "tools/tessaron/ImageReport.h"
@@ -72,6 +75,12 @@ ExitStatus run(const Arguments &arguments)
         return InfoCommand(arguments).run();
     case Arguments::Action::DescribeDVD:
         return DVDCommand(arguments).run();
+    case Arguments::Action::BurnDisc:
+        return BurnCommand(arguments).run();
+    case Arguments::Action::BlankDisc:
+        return BlankCommand(arguments).run();
+    case Arguments::Action::ListDrives:
+        return DrivesCommand(arguments).run();
     case Arguments::Action::ReportUsageError:
         break;
     }

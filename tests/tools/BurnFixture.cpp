@@ -1,0 +1,77 @@
+#include "tests/tools/BurnFixture.h"
+
+#include <QFile>
+
+namespace Tessaron::Testing
+{
+
+BurnFixture::BurnFixture()
+{
+    m_tree.makeFolder("drive");
+}
+
+ChildResult BurnFixture::burnToFile(const QList<QByteArray> &options) const
+{
+    return runTessaron(QList<QByteArray>({"burn", "--drive", "stdio:" + file()}) + options
+                       + QList<QByteArray>({m_tree.path("source")}));
+}
+
+void BurnFixture::insert(FakeProfile profile, int capacity, const std::vector<FakeFault> &faults) const
+{
+    FakeDisc disc;
+    disc.profile = profile;
+    disc.capacity = capacity;
+    disc.isFormatted = disc.isOverwritable();
+    disc.faults = faults;
+    insert(disc);
+}
+
+void BurnFixture::insert(const FakeDisc &disc) const
+{
+    disc.save(driveFolder().toStdString());
+}
+
+FakeDisc BurnFixture::disc() const
+{
+    return FakeDisc::load(driveFolder().toStdString());
+}
+
+QByteArray BurnFixture::sectors(int first, int count, int size) const
+{
+    constexpr int sectorSize = 2352;
+    QFile file(QFile::decodeName(driveFolder() + "/sectors"));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    QByteArray result;
+    for (int sector = first; sector < first + count; ++sector) {
+        file.seek(qint64(sector) * sectorSize);
+        result += file.read(size).leftJustified(size, '\0');
+    }
+    return result;
+}
+
+ChildSettings BurnFixture::withDrive(const QList<QByteArray> &words) const
+{
+    ChildSettings settings = tessaron(words);
+    settings.environment = {"TESSARON_FAKE_DRIVE=" + driveFolder()};
+    // A sanitizer's library has to stay the first one.
+    const QByteArray others = qgetenv("LD_PRELOAD");
+    settings.environment << "LD_PRELOAD=" + (others.isEmpty() ? QByteArray() : others + ':')
+            + TESSARON_FAKE_DRIVE_OBJECT;
+    settings.environment << "ASAN_OPTIONS=verify_asan_link_order=0";
+    return settings;
+}
+
+ChildResult BurnFixture::runWithDrive(const QList<QByteArray> &words) const
+{
+    return runChild(withDrive(words));
+}
+
+QJsonObject BurnFixture::burnt(int expectedStatus, const QList<QByteArray> &options) const
+{
+    const ChildResult result = runWithDrive(QList<QByteArray>({"burn", "--drive", "/dev/sr0", "--json"}) + options
+                                            + QList<QByteArray>({m_tree.path("source")}));
+    EXPECT_EQ(result.exitStatus, expectedStatus) << result.errors.constData();
+    return jsonOf(result.output);
+}
+
+} // namespace Tessaron::Testing

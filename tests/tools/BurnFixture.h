@@ -1,0 +1,38 @@
+#pragma once
+
+#include "tests/fakedrive/FakeDisc.h"
+#include "tests/tools/ImageFixture.h"
+
+namespace Tessaron::Testing
+{
+
+/// Discs written to a file, or to the fake drive with a disc of a test's choice in it. See FakeDrive.cpp for what that
+/// drive shows and what it does not.
+class BurnFixture : public ImageTest
+{
+protected:
+    BurnFixture();
+
+    /// The file that stands for a drive.
+    [[nodiscard]] QByteArray file() const { return m_tree.path("out/disc.iso"); }
+    /// `tessaron burn --drive stdio:…` of "source".
+    [[nodiscard]] ChildResult burnToFile(const QList<QByteArray> &options = {}) const;
+
+    /// Puts a disc into the fake drive.
+    void insert(FakeProfile profile, int capacity, const std::vector<FakeFault> &faults = {}) const;
+    void insert(const FakeDisc &disc) const;
+    /// The disc as the drive has it now.
+    [[nodiscard]] FakeDisc disc() const;
+    /// The user data of blocks, or sound, as they are on the disc.
+    [[nodiscard]] QByteArray sectors(int first, int count, int size) const;
+
+    /// The command with the fake drive as /dev/sr0.
+    [[nodiscard]] ChildSettings withDrive(const QList<QByteArray> &words) const;
+    [[nodiscard]] ChildResult runWithDrive(const QList<QByteArray> &words) const;
+    /// `tessaron burn --drive /dev/sr0 --json` of "source"; the report.
+    [[nodiscard]] QJsonObject burnt(int expectedStatus, const QList<QByteArray> &options = {}) const;
+
+    [[nodiscard]] QByteArray driveFolder() const { return m_tree.path("drive"); }
+};
+
+} // namespace Tessaron::Testing
