@@ -35,7 +35,7 @@ QByteArray realPath(const QByteArray &path)
 /// The real path of a file that need not be there yet.
 QByteArray realPathOfOutput(const QByteArray &path)
 {
-    if (const QByteArray there = realPath(path); !there.isEmpty())
+    if (QByteArray there = realPath(path); !there.isEmpty())
         return there;
     const qsizetype slash = path.lastIndexOf('/');
     const QByteArray folder = realPath(slash < 0 ? QByteArray(".") : slash == 0 ? QByteArray("/") : path.left(slash));

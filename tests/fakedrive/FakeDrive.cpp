@@ -360,7 +360,9 @@ Sense Drive::write(const std::uint8_t *data, int first, int count, unsigned int 
     m_written = first + count;
     for (int block = 0; block < count; ++block) {
         if (first + block >= 0
-            && ::pwrite(m_sectors, data + block * size, std::size_t(size), off_t(first + block) * sectorSize) != size)
+            && ::pwrite(m_sectors, data + std::ptrdiff_t(block) * size, std::size_t(size),
+                        off_t(first + block) * sectorSize)
+                != size)
             return {3, 0x0C, 0};
     }
     return {};
@@ -598,6 +600,7 @@ Bytes Drive::trackInformation(int track) const
 Bytes Drive::tableOfContents(int format) const
 {
     enum { Tracks = 0, Sessions = 1, Full = 2, Pregroove = 4, Texts = 5 };
+    const bool hasTracks = !m_disc.tracks.empty() && !m_disc.isTrackOpen && !m_disc.isSessionOpen;
     Bytes reply(4);
     if (format == Pregroove) {
         if (!m_disc.isCD())
@@ -609,14 +612,9 @@ Bytes Drive::tableOfContents(int format) const
         reply[9] = 34;
         reply[10] = 23;
         putMSF(&reply, 12, m_disc.capacity);
-    } else if (format == Texts) {
-        const Bytes packs = bytesOfHexadecimal(m_disc.cdText);
-        if (packs.empty())
-            return {};
+    } else if (const Bytes packs = bytesOfHexadecimal(m_disc.cdText); format == Texts && !packs.empty()) {
         reply.insert(reply.end(), packs.begin(), packs.end());
-    } else if (m_disc.tracks.empty() || m_disc.isTrackOpen || m_disc.isSessionOpen) {
-        return {};
-    } else if (format == Tracks || format == Sessions) {
+    } else if (hasTracks && (format == Tracks || format == Sessions)) {
         reply[2] = 1;
         reply[3] = std::uint8_t(format == Sessions ? m_disc.sessions() : m_disc.tracks.back().number);
         const auto entry = [&reply](const FakeTrack &track, int number, int start) {
@@ -637,7 +635,7 @@ Bytes Drive::tableOfContents(int format) const
             entry(*firstOfLast, firstOfLast->number, firstOfLast->start);
         else
             entry(last, 0xAA, last.start + last.length);
-    } else if (format == Full) {
+    } else if (hasTracks && format == Full) {
         if (!m_disc.isCD())
             return {};
         reply[2] = 1;
@@ -663,6 +661,8 @@ Bytes Drive::tableOfContents(int format) const
                 first = first == nullptr ? &track : first;
                 last = &track;
             }
+            if (first == nullptr)
+                continue;
             entry(*first, 0xA0, -first->number);
             entry(*last, 0xA1, -last->number);
             entry(*last, 0xA2, last->start + last->length);
@@ -792,7 +792,8 @@ int openDrive()
         errno = EBUSY;
         return -1;
     }
-    const std::string folder = ::getenv("TESSARON_FAKE_DRIVE");
+    const char *const setting = ::getenv("TESSARON_FAKE_DRIVE");
+    const std::string folder = setting != nullptr ? setting : "";
     if (::access((folder + "/busy").c_str(), F_OK) == 0) {
         errno = EBUSY;
         return -1;
@@ -987,7 +988,8 @@ int __lxstat(int version, const char *path, struct stat *status)
 char *realpath(const char *path, char *resolved) noexcept
 {
     if (isFake(path))
-        return resolved != nullptr ? std::strcpy(resolved, path) : ::strdup(path);
+        return resolved != nullptr ? static_cast<char *>(std::memcpy(resolved, path, std::strlen(path) + 1))
+                                   : ::strdup(path);
     return realFunction<char *(*)(const char *, char *)>("realpath")(path, resolved);
 }
 }

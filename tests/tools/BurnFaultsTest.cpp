@@ -64,7 +64,7 @@ INSTANTIATE_TEST_SUITE_P(BurnKinds, BurnKinds,
 
 TEST_F(BurnToDrive, sound_isSentAtOnce_withItsCueSheet)
 {
-    const QByteArray sound = QByteArray(2352 * 700, '\1') + QByteArray(2352 * 800, '\2');
+    const QByteArray sound = QByteArray(qsizetype(2352) * 700, '\1') + QByteArray(qsizetype(2352) * 800, '\2');
     m_tree.makeFile("album.bin", sound);
     m_tree.makeFile("album.cue",
                     "CATALOG 4012345678901\nFILE \"album.bin\" BINARY\n"
@@ -87,7 +87,7 @@ TEST_F(BurnToDrive, sound_isSentAtOnce_withItsCueSheet)
 
 TEST_F(BurnToDrive, dataBeforeSound_isWrittenTrackByTrack_andTheLossIsSaid)
 {
-    m_tree.makeFile("mixed.bin", QByteArray(2048 * 400, '\3') + QByteArray(2352 * 700, '\4'));
+    m_tree.makeFile("mixed.bin", QByteArray(qsizetype(2048) * 400, '\3') + QByteArray(qsizetype(2352) * 700, '\4'));
     m_tree.makeFile("mixed.toc",
                     "CD_ROM\nTRACK MODE1\nDATAFILE \"mixed.bin\" 00:05:25\n"
                     "TRACK AUDIO\nISRC \"DEABC2400001\"\nFILE \"mixed.bin\" #819200 0 00:09:25\n");

@@ -115,7 +115,7 @@ TEST_F(BurnToFile, otherThanAFile_isNeverWrittenTo)
 
 TEST_F(BurnToFile, sound_isRefused_withoutWriting)
 {
-    m_tree.makeFile("album.bin", QByteArray(2352 * 600, '\1'));
+    m_tree.makeFile("album.bin", QByteArray(qsizetype(2352) * 600, '\1'));
     m_tree.makeFile("album.cue", "FILE \"album.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n");
     const ChildResult result = runTessaron({"burn", "--drive", "stdio:" + file(), m_tree.path("album.cue")});
     EXPECT_EQ(result.exitStatus, 1);

@@ -94,7 +94,7 @@ NSError DriveSink::put(std::span<const std::uint8_t> bytes)
 
 NSError DriveSink::startWriting()
 {
-    const NSError error = m_writing->start();
+    NSError error = m_writing->start();
     m_hasWritten = m_hasWritten || m_writing->hasBegun();
     return error;
 }
