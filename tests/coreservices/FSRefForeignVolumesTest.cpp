@@ -113,13 +113,15 @@ TEST_P(FSRefForeignVolumes, otherFileInItsPlace_isNotFound_onceItIsRemovedThere)
 
 // A kernel without these filesystems mounts them through programs in user space.
 constexpr ForeignVolume foreignVolumes[] = {
-    {"vfat", "truncate -s 64M \"$1/disk\" && mkfs.vfat \"$1/disk\" && mkdir \"$1/volume\" && "
-             "{ mount -o loop \"$1/disk\" \"$1/volume\" || fusefat -o rw+ \"$1/disk\" \"$1/volume\"; }"},
-    {"exfat", "truncate -s 64M \"$1/disk\" && mkfs.exfat \"$1/disk\" && mkdir \"$1/volume\" && "
-              "{ mount -o loop -t exfat \"$1/disk\" \"$1/volume\" || "
-              "{ device=$(losetup --find --show \"$1/disk\") && mount.exfat-fuse \"$device\" \"$1/volume\" && "
-              // Detaching a device in use has the kernel detach it once it is free.
-              "losetup --detach \"$device\"; }; }"},
+    {"vfat",
+     "truncate -s 64M \"$1/disk\" && mkfs.vfat \"$1/disk\" && mkdir \"$1/volume\" && "
+     "{ mount -o loop \"$1/disk\" \"$1/volume\" || fusefat -o rw+ \"$1/disk\" \"$1/volume\"; }"},
+    {"exfat",
+     "truncate -s 64M \"$1/disk\" && mkfs.exfat \"$1/disk\" && mkdir \"$1/volume\" && "
+     "{ mount -o loop -t exfat \"$1/disk\" \"$1/volume\" || "
+     "{ device=$(losetup --find --show \"$1/disk\") && mount.exfat-fuse \"$device\" \"$1/volume\" && "
+     // Detaching a device in use has the kernel detach it once it is free.
+     "losetup --detach \"$device\"; }; }"},
     {"fuse", "mkdir \"$1/folder\" \"$1/volume\" && bindfs \"$1/folder\" \"$1/volume\""},
 };
 
