@@ -151,7 +151,7 @@ private:
             else
                 end(error(m_path, waiting->error().message()));
         });
-    }
+    } // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the watcher belongs to its parent
     [[nodiscard]] static bool isWithoutService(const QDBusError &failure)
     {
         return failure.type() == QDBusError::ServiceUnknown || failure.type() == QDBusError::Disconnected

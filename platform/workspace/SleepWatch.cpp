@@ -50,7 +50,7 @@ void SleepWatch::askForDelay()
         if (!delay.isError() && !m_isAsleep)
             m_delay = delay.value();
     });
-}
+} // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the watcher belongs to its parent
 
 void SleepWatch::prepareForSleep(bool begins)
 {
