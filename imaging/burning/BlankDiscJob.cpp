@@ -35,7 +35,7 @@ public:
     std::shared_ptr<DRDevice> device; ///< guarded by `mutex` where the main thread asks it
 };
 
-/// The share that is done stands for bytes, which nobody knows.
+/// A drive that blanks a disc tells only the share that it has done, so that share is shown in place of bytes.
 DiscJobProgress BlankDiscJob::Work::progress() const
 {
     constexpr std::uint64_t whole = 0x10000;

@@ -19,7 +19,7 @@ namespace Tessaron
 /// Once the tracks are known: their number, their lengths, and the ISRCs given for them.
 [[nodiscard]] NSError errorOfTracks(const AudioImageOrder &order, const std::vector<AlbumTrack> &tracks);
 
-/// Whether so many frames go onto a disc of that capacity; 0 is one of any length.
+/// An error when the frames do not fit onto a disc of `capacity`. A capacity of 0 sets no limit.
 [[nodiscard]] NSError errorOfCapacity(std::uint64_t frames, std::uint32_t capacity);
 
 } // namespace Tessaron

@@ -20,7 +20,7 @@ public:
 
     /// How many there are; does not change.
     [[nodiscard]] virtual std::uint64_t length() const = 0;
-    /// Reads exactly so many bytes; the run lies within the length. Thread-safe.
+    /// Reads exactly `length` bytes; the caller keeps the run within length(). Thread-safe.
     [[nodiscard]] virtual NSError read(std::uint64_t offset, void *buffer, std::size_t length) const = 0;
 };
 

@@ -22,10 +22,10 @@ public:
     [[nodiscard]] std::size_t put(std::span<const std::uint8_t> bytes, std::chrono::milliseconds patience);
     /// No more bytes will come.
     void end();
-    /// What was put and not taken is not to be had any more, and nobody waits. Stays so.
+    /// Drops what has not been taken yet and wakes both threads. Until restart(), put() and take() fail at once.
     void fail();
 
-    /// Waits until all of `out` is filled. False, with nothing taken, when there will never be so many bytes.
+    /// Waits until all of `out` is filled. False, with nothing taken, when the bytes end before that, or after fail().
     [[nodiscard]] bool take(std::span<std::uint8_t> out);
 
     /// Takes up the next run of bytes: as new. Only when neither thread uses it.
