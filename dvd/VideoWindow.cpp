@@ -1,4 +1,6 @@
 #include "dvd/DVDFailure.h"
+#include "dvd/EventBorder.h"
+#include "dvd/VideoGeometry.h"
 #include "dvd/VideoView.h"
 
 #include "platform/dvdplayback/DVDPlayback.h"
@@ -12,7 +14,9 @@
 #include <QVBoxLayout>
 
 #include <TessaronClassesUI/VideoWindow.h>
-#include <cmath>
+#include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace Tessaron
 {
@@ -23,10 +27,11 @@ namespace
 constexpr float wideRatio = 1.7777778F;
 constexpr float oldRatio = 1.3333334F;
 
-enum SizeCode : std::uint32_t { Refit = 0, Small = 1, Normal = 2, Maximum = 3 };
-
 /// The screen that the video was last switched to; DVDReader has one of its own.
 std::uint32_t lastDisplay = 0;
+
+/// Each of them hears of the moves of all video windows.
+std::vector<VideoWindow *> awakeWindows;
 
 void report(OSStatus status, const char *function, const char *method, const VideoWindow *window, int line)
 {
@@ -68,7 +73,10 @@ VideoWindow::VideoWindow(const QRect &contentRect)
     setGeometry(contentRect);
 }
 
-VideoWindow::~VideoWindow() = default;
+VideoWindow::~VideoWindow()
+{
+    std::erase(awakeWindows, this);
+}
 
 QWidget *VideoWindow::contentView() const
 {
@@ -87,7 +95,8 @@ std::uint32_t VideoWindow::screenNumberOf(const QWidget &window)
 
 void VideoWindow::awakeFromNib()
 {
-    m_isAwake = true;
+    if (!std::exchange(m_isAwake, true))
+        awakeWindows.push_back(this);
     setMouseTracking(true);
     m_view->setMouseTracking(true);
     QPalette black = palette();
@@ -145,33 +154,13 @@ QSizeF VideoWindow::getVideoSize() const
 
 void VideoWindow::setWindowSize(std::uint32_t sizeCode)
 {
-    const double ratio = titleAspectRatio();
     const QRectF visible = screen()->availableGeometry();
-    QSizeF size = QWidget::size();
-    QPointF topLeft = frameGeometry().topLeft();
-    switch (sizeCode) {
-    case Refit:
-        size.setWidth(ratio * size.height());
-        if (size.width() > visible.width())
-            size = {visible.width(), visible.width() / ratio};
-        break;
-    case Small:
-        size = getVideoSize() / 2;
-        break;
-    case Normal:
-        size = getVideoSize();
-        break;
-    case Maximum:
-        size = visible.width() / visible.height() >= ratio ? QSizeF(ratio * visible.height(), visible.height())
-                                                           : QSizeF(visible.width(), visible.width() / ratio);
-        topLeft = visible.topLeft();
-        break;
-    default:
-        break;
-    }
+    const QSizeF size =
+        videoContentSize(sizeCode, double(titleAspectRatio()), visible.size(), QWidget::size(), getVideoSize());
+    const QPoint topLeft = sizeCode == MaximumVideo ? visible.topLeft().toPoint() : frameGeometry().topLeft();
     setUpdatesEnabled(false);
     resize(size.toSize());
-    move(topLeft.toPoint());
+    move(topLeft);
     setUpdatesEnabled(true);
 }
 
@@ -179,17 +168,23 @@ bool VideoWindow::event(QEvent *event)
 {
     if (isInput(event->type()))
         followMouse(*event);
-    return QWidget::event(event);
+    const bool isHandled = QWidget::event(event);
+    // Some systems tell the screen behind the move that has led there.
+    if (event->type() == QEvent::ScreenChangeInternal && m_isAwake)
+        atEventBorder([&] { windowDidMove(*this); });
+    return isHandled;
 }
 
 void VideoWindow::followMouse(const QEvent &event)
 {
     std::int32_t button = -1;
-    const bool isPress =
-        event.type() == QEvent::MouseButtonPress && static_cast<const QMouseEvent &>(event).button() == Qt::LeftButton;
-    const bool isMove = event.type() == QEvent::MouseMove;
+    const auto *const mouse = dynamic_cast<const QMouseEvent *>(&event);
+    // The second press of two quick ones is a press like the first; a mouse that moves with a button held down drags.
+    const bool isPress = (event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick)
+        && mouse->button() == Qt::LeftButton;
+    const bool isMove = event.type() == QEvent::MouseMove && mouse->buttons() == Qt::NoButton;
     if (isPress || isMove) {
-        const QPointF place = static_cast<const QMouseEvent &>(event).position();
+        const QPointF place = mouse->position();
         // The frame's own height lies above the content.
         const double above = frameGeometry().height() - height();
         const DVDPoint point = {truncated(place.y() + above), truncated(place.x())};
@@ -218,20 +213,30 @@ void VideoWindow::closeEvent(QCloseEvent *event)
 void VideoWindow::moveEvent(QMoveEvent *event)
 {
     QWidget::moveEvent(event);
-    if (m_isAwake)
-        setVideoDisplay();
+    const std::vector<VideoWindow *> hearers = awakeWindows; // a handler of failures may close windows
+    for (VideoWindow *const hearer : hearers) {
+        if (std::find(awakeWindows.begin(), awakeWindows.end(), hearer) != awakeWindows.end())
+            atEventBorder([&] { hearer->windowDidMove(*this); });
+    }
 }
 
 void VideoWindow::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
     if (m_isAwake)
-        frameDidChange();
+        atEventBorder([&] { frameDidChange(*m_view); });
 }
 
-void VideoWindow::frameDidChange()
+void VideoWindow::windowDidMove(VideoWindow &window)
 {
-    setWindowSize(Refit);
+    window.setVideoDisplay();
+}
+
+void VideoWindow::frameDidChange(const QWidget &view)
+{
+    if (&view != m_view)
+        return;
+    setWindowSize(RefitVideo);
     setVideoBounds();
 }
 

@@ -62,6 +62,13 @@ public:
     [[nodiscard]] QSizeF getVideoSize() const;
     [[nodiscard]] float titleAspectRatio() const;
 
+    // Called by the window itself once it is awake.
+
+    /// A view has changed its size; if that is the content view, the window takes the title's shape again.
+    void frameDidChange(const QWidget &view);
+    /// A video window, this one or another one, has been moved, perhaps to another screen.
+    void windowDidMove(VideoWindow &window);
+
 protected:
     bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
@@ -70,7 +77,6 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    void frameDidChange();
     void followMouse(const QEvent &event);
 
     VideoWindowDelegate m_delegate;

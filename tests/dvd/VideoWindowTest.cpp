@@ -1,5 +1,7 @@
 #include "platform/dvdplayback/DVDPlayback.h"
+#include "platform/dvdplayback/DVDSession.h"
 #include "platform/foundation/NSAssertionHandler.h"
+#include "tests/dvd/LoggedLines.h"
 #include "tests/dvdplayback/DiscFixture.h"
 
 #include <QKeyEvent>
@@ -26,6 +28,20 @@ protected:
         ASSERT_EQ(FSPathMakeRef(disc(), &ref, nullptr), noErr);
         ASSERT_EQ(DVDOpenMediaFile(&ref), noErr);
         ASSERT_EQ(DVDSetChapter(title, 1), noErr);
+    }
+    /// Shows the disc's first menu in the window.
+    static void openMenu(VideoWindow *window)
+    {
+        FSRef ref;
+        ASSERT_EQ(FSPathMakeRef(disc(), &ref, nullptr), noErr);
+        ASSERT_EQ(DVDOpenMediaFile(&ref), noErr);
+        ASSERT_EQ(DVDPlay(), noErr);
+        window->show();
+        window->resize(640, 480);
+        window->setupVideoWindow();
+        std::uint32_t state = 0;
+        ASSERT_TRUE(QTest::qWaitFor(
+            [&] { return DVDGetState(&state) == noErr && state == std::uint32_t(kDVDStatePlayingStill); }, 20'000));
     }
 };
 
@@ -55,6 +71,97 @@ TEST_F(VideoWindowTest, sizes_followTheShapeOfTheTitle)
     EXPECT_EQ(window.frameGeometry().topLeft(), visible.topLeft().toPoint());
 }
 
+TEST_F(VideoWindowTest, largestSize_isThatOfEachScreen)
+{
+    ASSERT_EQ(QGuiApplication::screens().size(), 2);
+    openAndPlay(2);
+    VideoWindow window;
+    window.setWindowSize(3);
+    EXPECT_EQ(window.size(), QSize(1280, 720));
+    EXPECT_EQ(window.frameGeometry().topLeft(), QPoint(0, 0));
+    window.setScreen(QGuiApplication::screens()[1]);
+    window.move(1400, 300);
+    window.setWindowSize(3);
+    EXPECT_EQ(window.size(), QSize(1024, 576));
+    EXPECT_EQ(window.frameGeometry().topLeft(), QPoint(1280, 0));
+    window.move(1500, 200);
+    window.setWindowSize(1);
+    EXPECT_EQ(window.frameGeometry().topLeft(), QPoint(1500, 200)) << "it shrinks downward";
+}
+
+TEST_F(VideoWindowTest, otherScreen_isToldToTheSession_onceItIsAwake)
+{
+    VideoWindow window;
+    window.show();
+    const auto moveTo = [&](qsizetype screen) {
+        window.setScreen(QGuiApplication::screens()[screen]);
+        window.move(QGuiApplication::screens()[screen]->geometry().topLeft() + QPoint(100, 100));
+        QTest::qWait(50);
+    };
+    const QString told = QStringLiteral("Step 3: Set Video Display");
+    const LoggedLines log;
+    moveTo(1);
+    EXPECT_FALSE(log.lines().contains(told));
+    window.setupVideoWindow();
+    EXPECT_EQ(log.lines().count(told), 1);
+    EXPECT_EQ(DVDSession::instance().settings().display, 1U);
+    window.awakeFromNib();
+    window.move(1500, 300);
+    QTest::qWait(50);
+    EXPECT_EQ(log.lines().count(told), 1) << "the same screen";
+    moveTo(0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return log.lines().count(told) == 2; }));
+    EXPECT_EQ(DVDSession::instance().settings().display, 0U);
+}
+
+TEST_F(VideoWindowTest, moveOfAnotherVideoWindow_isHeardByTheAwakeOnes)
+{
+    VideoWindow awake;
+    awake.awakeFromNib();
+    VideoWindow other;
+    other.show();
+    other.setScreen(QGuiApplication::screens()[1]);
+    other.move(1400, 300);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return DVDSession::instance().settings().display == 1; }));
+}
+
+TEST_F(VideoWindowTest, bounds_areMeasuredFromTheTopOfTheFrame)
+{
+    VideoWindow window(QRect(100, 100, 640, 480));
+    window.awakeFromNib();
+    window.show();
+    window.setupVideoWindow();
+    const double above = window.frameGeometry().height() - window.height();
+    EXPECT_GT(above, 0) << "the platform gives frames";
+    EXPECT_EQ(DVDSession::instance().settings().bounds, QRectF(0, above, 640, 480));
+    window.resize(300, 240);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return DVDSession::instance().settings().bounds == QRectF(0, above, 320, 240); }))
+        << "it has taken the shape of the title again";
+    EXPECT_EQ(window.size(), QSize(320, 240));
+}
+
+TEST_F(VideoWindowTest, viewOfAnotherWindow_changesNothing)
+{
+    VideoWindow window(QRect(100, 100, 500, 480));
+    const VideoWindow other;
+    window.frameDidChange(*other.contentView());
+    EXPECT_EQ(window.size(), QSize(500, 480));
+    window.frameDidChange(*window.contentView());
+    EXPECT_EQ(window.size(), QSize(640, 480));
+}
+
+TEST_F(VideoWindowTest, failureWhileItIsResized_endsThere)
+{
+    VideoWindow window;
+    window.awakeFromNib();
+    window.show();
+    ASSERT_EQ(DVDDispose(), noErr);
+    const LoggedLines log;
+    window.resize(400, 360);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return log.lines().join(u'\n').contains(QStringLiteral("DVDSetVideoBounds returned -70003")); }));
+}
+
 TEST_F(VideoWindowTest, keys_areTheDelegatesFirst)
 {
     VideoWindow window;
@@ -78,21 +185,38 @@ TEST_F(VideoWindowTest, pointer_isAHandOverAButtonOfAMenu)
 {
     VideoWindow window(QRect(100, 100, 720, 480));
     window.awakeFromNib();
-    FSRef ref;
-    ASSERT_EQ(FSPathMakeRef(disc(), &ref, nullptr), noErr);
-    ASSERT_EQ(DVDOpenMediaFile(&ref), noErr);
-    ASSERT_EQ(DVDPlay(), noErr);
-    window.show();
-    window.resize(640, 480);
-    window.setupVideoWindow();
-    std::uint32_t state = 0;
-    ASSERT_TRUE(QTest::qWaitFor(
-        [&] { return DVDGetState(&state) == noErr && state == std::uint32_t(kDVDStatePlayingStill); }, 20'000));
+    openMenu(&window);
     QTest::mouseMove(window.windowHandle(), QPoint(300, 240));
     EXPECT_TRUE(QTest::qWaitFor([&] { return window.cursor().shape() == Qt::PointingHandCursor; }));
     QTest::mouseMove(window.windowHandle(), QPoint(20, 20));
     EXPECT_TRUE(QTest::qWaitFor([&] { return window.cursor().shape() == Qt::ArrowCursor; }));
     QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, QPoint(300, 240));
+    std::uint16_t title = 0, chapter = 0;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return DVDGetChapter(&title, &chapter) == noErr && title == 2; }, 20'000));
+}
+
+TEST_F(VideoWindowTest, secondOfTwoQuickClicks_pressesToo_andADragDoesNot)
+{
+    VideoWindow window(QRect(100, 100, 640, 480));
+    window.awakeFromNib();
+    openMenu(&window);
+    const auto send = [&](QEvent::Type type, QPointF place, Qt::MouseButton button, Qt::MouseButtons buttons) {
+        QMouseEvent event(type, place, window.mapToGlobal(place), button, buttons, {});
+        QCoreApplication::sendEvent(&window, &event);
+    };
+    send(QEvent::MouseMove, {300, 240}, Qt::NoButton, Qt::NoButton);
+    EXPECT_EQ(window.cursor().shape(), Qt::PointingHandCursor);
+    send(QEvent::MouseMove, {300, 240}, Qt::NoButton, Qt::LeftButton);
+    EXPECT_EQ(window.cursor().shape(), Qt::ArrowCursor) << "it drags";
+    send(QEvent::MouseMove, {300, 240}, Qt::NoButton, Qt::NoButton);
+    EXPECT_EQ(window.cursor().shape(), Qt::PointingHandCursor);
+    QKeyEvent key(QEvent::KeyPress, Qt::Key_X, Qt::NoModifier);
+    QCoreApplication::sendEvent(&window, &key);
+    EXPECT_EQ(window.cursor().shape(), Qt::ArrowCursor) << "any other event";
+    send(QEvent::MouseButtonPress, {300, 240}, Qt::RightButton, Qt::RightButton);
+    send(QEvent::MouseButtonPress, {20, 20}, Qt::LeftButton, Qt::LeftButton);
+    EXPECT_EQ(window.cursor().shape(), Qt::ArrowCursor);
+    send(QEvent::MouseButtonDblClick, {300, 240}, Qt::LeftButton, Qt::LeftButton);
     std::uint16_t title = 0, chapter = 0;
     EXPECT_TRUE(QTest::qWaitFor([&] { return DVDGetChapter(&title, &chapter) == noErr && title == 2; }, 20'000));
 }

@@ -1,0 +1,27 @@
+#include "dvd/VideoGeometry.h"
+
+namespace Tessaron
+{
+
+QSizeF videoContentSize(std::uint32_t sizeCode, double ratio, const QSizeF &visible, const QSizeF &content,
+                        const QSizeF &disc)
+{
+    const QSizeF asWideAsTheScreen(visible.width(), visible.width() * (1 / ratio));
+    switch (sizeCode) {
+    case RefitVideo: {
+        const double width = ratio * content.height();
+        return width > visible.width() ? asWideAsTheScreen : QSizeF(width, content.height());
+    }
+    case SmallVideo:
+        return disc / 2;
+    case NormalVideo:
+        return disc;
+    case MaximumVideo:
+        return visible.width() / visible.height() >= ratio ? QSizeF(ratio * visible.height(), visible.height())
+                                                           : asWideAsTheScreen;
+    default:
+        return content;
+    }
+}
+
+} // namespace Tessaron

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QSizeF>
+
+#include <cstdint>
+
+namespace Tessaron
+{
+
+/// What VideoWindow::setWindowSize() can be asked for; any other code leaves the size as it is.
+enum VideoSizeCode : std::uint32_t {
+    RefitVideo = 0, ///< the width that goes with the height, as far as the screen is wide enough
+    SmallVideo = 1, ///< half of the disc's own size
+    NormalVideo = 2, ///< the disc's own size
+    MaximumVideo = 3, ///< as large as the screen
+};
+
+/// The new size of a video window's content, in points. `ratio` is that of width to height of the title, `visible` what
+/// the screen has free for windows, `content` the size now, `disc` the disc's own.
+[[nodiscard]] QSizeF videoContentSize(std::uint32_t sizeCode, double ratio, const QSizeF &visible,
+                                      const QSizeF &content, const QSizeF &disc);
+
+} // namespace Tessaron
