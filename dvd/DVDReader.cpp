@@ -25,7 +25,7 @@ bool isInit = false; ///< media is open
 bool isDVDInit = false; ///< the session is ours
 bool isVolume = false; ///< the media is a volume
 std::shared_ptr<DVDReader> notifier; ///< hears the window
-bool hasAppNotifier = false; ///< hears the end of the program
+QMetaObject::Connection appNotifier; ///< hears the end of the program
 std::uint32_t lastDisplay = 0;
 
 void printError(OSStatus status)
@@ -59,10 +59,9 @@ bool beginSession()
         }
         isDVDInit = true;
     }
-    if (!hasAppNotifier) {
-        hasAppNotifier = true;
-        QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, QCoreApplication::instance(),
-                         [] { DVDReader::appWillTerminate(); });
+    if (!appNotifier) {
+        appNotifier = QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit,
+                                       QCoreApplication::instance(), [] { DVDReader::appWillTerminate(); });
     }
     return true;
 }
@@ -73,12 +72,12 @@ bool DVDReader::openMedia(const QString &path, bool isVolumePath)
 {
     if (window)
         window->close();
+    // One whose media could not be opened has no delegate that would forget it.
+    window = nullptr;
     if (isInit)
         return true;
-    if (!window) {
-        window = new VideoWindow(firstContentRect);
-        window->setAttribute(Qt::WA_DeleteOnClose);
-    }
+    window = new VideoWindow(firstContentRect);
+    window->setAttribute(Qt::WA_DeleteOnClose);
     if (!beginSession())
         return false;
     if (const OSStatus status = bindWindow(); status != noErr) {
@@ -195,7 +194,7 @@ void DVDReader::appWillTerminate()
     if (isDVDInit)
         static_cast<void>(DVDDispose());
     isDVDInit = false;
-    hasAppNotifier = false;
+    QObject::disconnect(appNotifier);
 }
 
 } // namespace Tessaron

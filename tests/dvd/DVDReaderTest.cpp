@@ -110,6 +110,22 @@ TEST_F(DVDReaderTest, openMedia_printsWhatFails)
     EXPECT_EQ(DVDDispose(), noErr);
 }
 
+TEST_F(DVDReaderTest, openMedia_afterOneThatFailed_hasAWindowThatStays)
+{
+    testing::internal::CaptureStdout();
+    EXPECT_FALSE(DVDReader::openMedia(QString::fromUtf8(m_tree.makeFolder("empty")), false));
+    testing::internal::GetCapturedStdout();
+    const QPointer<VideoWindow> failed = window();
+    EXPECT_FALSE(failed.isNull());
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(failed.isNull());
+    DVDReader::play();
+    ASSERT_NE(window(), nullptr);
+    EXPECT_TRUE(window()->isVisible());
+    EXPECT_TRUE(waitForColour(titleMenu));
+}
+
 TEST_F(DVDReaderTest, setVideoDisplay_answersZero_forTheDisplayInUse)
 {
     ASSERT_TRUE(DVDReader::openMedia(path(), false));
