@@ -102,6 +102,7 @@ bool DVDReader::openMedia(const QString &path, bool isVolumePath)
         VideoWindowDelegate delegate;
         delegate.context = CallbackContext(notifier);
         delegate.windowWillClose = [] { notifier->windowWillClose(); };
+        delegate.windowFrameDidChange = [] { static_cast<void>(setVideoBounds()); };
         window->setDelegate(delegate);
     }
     isInit = true;
@@ -121,7 +122,9 @@ void DVDReader::play()
     }
     std::uint16_t width = 0, height = 0;
     if (DVDGetNativeVideoSize(&width, &height) == noErr) {
-        window->setGeometry(firstContentRect.x(), firstContentRect.y(), width, height);
+        // It is the frame that gets the size of the picture, as far as there is one yet.
+        window->resize(QSize(width, height) - (window->frameSize() - window->size()));
+        window->move(firstContentRect.topLeft());
         static_cast<void>(setVideoBounds());
     }
     const QRect visible = window->screen()->availableGeometry();

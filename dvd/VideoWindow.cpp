@@ -185,14 +185,26 @@ void VideoWindow::followMouse(const QEvent &event)
     const bool isMove = event.type() == QEvent::MouseMove && mouse->buttons() == Qt::NoButton;
     if (isPress || isMove) {
         const QPointF place = mouse->position();
-        // The frame's own height lies above the content.
-        const double above = frameGeometry().height() - height();
-        const DVDPoint point = {truncated(place.y() + above), truncated(place.x())};
+        const DVDPoint point = {truncated(place.y() + heightAboveContent()), truncated(place.x())};
         static_cast<void>(isPress ? DVDDoMenuClick(&point, &button) : DVDDoMenuMouseOver(&point, &button));
     }
     const Qt::CursorShape shape = button != -1 ? Qt::PointingHandCursor : Qt::ArrowCursor;
     if (cursor().shape() != shape)
         setCursor(shape);
+}
+
+/// The frame's own height lies above the content. Some systems make a frame only when the window has been shown, which
+/// they do not tell: without a look at each use the session would go on taking points from where there was no frame.
+int VideoWindow::heightAboveContent()
+{
+    const int above = frameGeometry().height() - height();
+    if (std::exchange(m_above, above) == above)
+        return above;
+    if (m_isAwake)
+        atEventBorder([&] { setVideoBounds(); });
+    else if (m_delegate.windowFrameDidChange && m_delegate.context.isAlive())
+        m_delegate.windowFrameDidChange();
+    return above;
 }
 
 void VideoWindow::keyPressEvent(QKeyEvent *event)

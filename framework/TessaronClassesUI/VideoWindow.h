@@ -24,6 +24,9 @@ struct VideoWindowDelegate {
     std::function<bool(const QKeyEvent &event)> onKeyDown;
     /// The window is about to close.
     std::function<void()> windowWillClose;
+    /// The system has given the window another frame, which places for the session are measured from. An awake window
+    /// tells the session by itself.
+    std::function<void()> windowFrameDidChange;
 };
 
 /// The window in which the DVD session shows its pictures, and which passes the mouse on to the disc's menus. Sizes are
@@ -78,10 +81,12 @@ protected:
 
 private:
     void followMouse(const QEvent &event);
+    [[nodiscard]] int heightAboveContent();
 
     VideoWindowDelegate m_delegate;
     VideoView *m_view = nullptr; ///< owned as a child
     bool m_isAwake = false;
+    int m_above = 0; ///< height of the frame above the content, as far as the window has looked
 };
 
 } // namespace Tessaron

@@ -1,4 +1,5 @@
 #include "platform/dvdplayback/DVDPlayback.h"
+#include "platform/dvdplayback/DVDSession.h"
 #include "tests/dvdplayback/DiscFixture.h"
 
 #include <QApplication>
@@ -56,7 +57,7 @@ TEST_F(DVDReaderTest, play_showsTheDiscInItsOwnSize)
     EXPECT_FALSE(window()->isVisible());
     DVDReader::play();
     EXPECT_TRUE(window()->isVisible());
-    EXPECT_EQ(window()->size(), QSize(720, 480));
+    EXPECT_EQ(window()->frameSize(), QSize(720, 480));
     EXPECT_TRUE(waitForColour(titleMenu));
     DVDReader::play();
     EXPECT_TRUE(waitForColour(titleMenu)) << "playing already";
@@ -124,6 +125,22 @@ TEST_F(DVDReaderTest, openMedia_afterOneThatFailed_hasAWindowThatStays)
     ASSERT_NE(window(), nullptr);
     EXPECT_TRUE(window()->isVisible());
     EXPECT_TRUE(waitForColour(titleMenu));
+}
+
+/// A window gets its frame from the system when it is shown.
+TEST_F(DVDReaderTest, points_areThoseOfTheFrameThatTheWindowHas)
+{
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    DVDReader::play();
+    EXPECT_TRUE(waitForColour(titleMenu));
+    const QSize frame = window()->frameSize();
+    const QSize content = window()->size();
+    ASSERT_GT(frame.height(), content.height()) << "the platform gives frames";
+    QTest::mouseMove(window()->windowHandle(), QPoint(20, 20));
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        return DVDSession::instance().settings().bounds
+            == QRectF(0, frame.height() - content.height(), content.width(), frame.height());
+    }));
 }
 
 TEST_F(DVDReaderTest, setVideoDisplay_answersZero_forTheDisplayInUse)
