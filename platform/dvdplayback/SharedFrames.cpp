@@ -1,10 +1,6 @@
 #include "platform/dvdplayback/SharedFrames.h"
 
-#include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
 
 namespace Tessaron
 {
@@ -33,46 +29,30 @@ struct SharedFrames::Layout {
     Frame frames[frameCount];
 };
 
-SharedFrames::SharedFrames(UniqueDescriptor descriptor, void *memory)
-    : m_descriptor(std::move(descriptor))
-    , m_layout(static_cast<Layout *>(memory))
-    , m_own(firstOfSession)
+SharedFrames::SharedFrames(SharedMemory memory, std::uint32_t own)
+    : m_memory(std::move(memory))
+    , m_layout(static_cast<Layout *>(m_memory.begin()))
+    , m_own(own)
 {
     static_assert(std::atomic<std::uint32_t>::is_always_lock_free);
 }
 
-SharedFrames::~SharedFrames()
-{
-    ::munmap(m_layout, sizeof(Layout));
-}
-
 Result<std::unique_ptr<SharedFrames>> SharedFrames::create()
 {
-    UniqueDescriptor descriptor(::memfd_create("tessaron-dvd-frames", MFD_CLOEXEC | MFD_ALLOW_SEALING));
-    if (!descriptor || ::ftruncate(descriptor.get(), sizeof(Layout)) != 0
-        || ::fcntl(descriptor.get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) != 0)
-        return NSError::errorWithErrno(errno, {});
-    Result<std::unique_ptr<SharedFrames>> frames = attach(std::move(descriptor));
-    if (frames) {
-        (*frames)->m_layout->middle = firstInMiddle;
-        (*frames)->m_own = firstOfSession;
-    }
+    Result<SharedMemory> memory = SharedMemory::create("tessaron-dvd-frames", sizeof(Layout));
+    if (!memory)
+        return memory.error();
+    std::unique_ptr<SharedFrames> frames(new SharedFrames(*std::move(memory), firstOfSession));
+    frames->m_layout->middle = firstInMiddle;
     return frames;
 }
 
 Result<std::unique_ptr<SharedFrames>> SharedFrames::attach(UniqueDescriptor descriptor)
 {
-    struct stat status;
-    if (::fstat(descriptor.get(), &status) != 0)
-        return NSError::errorWithErrno(errno, {});
-    if (status.st_size != off_t(sizeof(Layout)))
-        return NSError::errorWithErrno(EINVAL, {});
-    void *const memory = ::mmap(nullptr, sizeof(Layout), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor.get(), 0);
-    if (memory == MAP_FAILED)
-        return NSError::errorWithErrno(errno, {});
-    std::unique_ptr<SharedFrames> frames(new SharedFrames(std::move(descriptor), memory));
-    frames->m_own = firstOfHelper;
-    return frames;
+    Result<SharedMemory> memory = SharedMemory::attach(std::move(descriptor), sizeof(Layout));
+    if (!memory)
+        return memory.error();
+    return std::unique_ptr<SharedFrames>(new SharedFrames(*std::move(memory), firstOfHelper));
 }
 
 std::uint8_t *SharedFrames::pixelsToFill()

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "platform/foundation/Result.h"
-#include "platform/foundation/UniqueDescriptor.h"
+#include "platform/dvdplayback/SharedMemory.h"
 
 #include <QImage>
 
@@ -16,8 +15,8 @@ inline constexpr std::uint32_t mostFrameWidth = 720;
 inline constexpr std::uint32_t mostFrameHeight = 576;
 
 /// Memory that a session shares with its helper: three pictures, of which the helper fills one, the session shows one,
-/// and the third one is the newest that is whole. Its size is sealed, so that neither side can make the other one fail
-/// by cutting it. The session believes nothing in it: numbers are checked, pixels may be anything.
+/// and the third one is the newest that is whole. The session believes nothing in it: numbers are checked, pixels may
+/// be anything.
 class SharedFrames
 {
 public:
@@ -25,11 +24,8 @@ public:
     [[nodiscard]] static Result<std::unique_ptr<SharedFrames>> create();
     /// For the helper, which was given the descriptor.
     [[nodiscard]] static Result<std::unique_ptr<SharedFrames>> attach(UniqueDescriptor descriptor);
-    ~SharedFrames();
-    SharedFrames(const SharedFrames &) = delete;
-    SharedFrames &operator=(const SharedFrames &) = delete;
 
-    [[nodiscard]] int descriptor() const { return m_descriptor.get(); }
+    [[nodiscard]] int descriptor() const { return m_memory.descriptor(); }
 
     // For the helper, one thread.
 
@@ -46,9 +42,9 @@ public:
 private:
     struct Layout;
 
-    explicit SharedFrames(UniqueDescriptor descriptor, void *memory);
+    explicit SharedFrames(SharedMemory memory, std::uint32_t own);
 
-    UniqueDescriptor m_descriptor;
+    const SharedMemory m_memory;
     Layout *const m_layout;
     std::uint32_t m_own; ///< index of the picture that this side has
     std::uint32_t m_number = 0;
