@@ -69,7 +69,7 @@ tessaron_add_package(runtime libtessaronclasses${PROJECT_VERSION_MAJOR} libs
     "${_about}
 .
 This package holds the library, and the helper programs that decode sound and
-movies and read DVDs."
+movies, read DVDs and play their sound."
     RECOMMENDS lame)
 tessaron_add_library_control(runtime libtessaronclasses${PROJECT_VERSION_MAJOR} TessaronClasses)
 if(TESSARON_BUILD_UI)

@@ -19,7 +19,7 @@ constexpr std::chrono::minutes patience(3);
 
 Result<DVDDescription> describeDVD(const QByteArray &path, const std::stop_token &stop)
 {
-    Result<std::unique_ptr<PlayerConnection>> connection = PlayerConnection::start(-1, {});
+    Result<std::unique_ptr<PlayerConnection>> connection = PlayerConnection::start({}, {});
     if (!connection)
         return connection.error();
     const std::stop_callback ending(stop, [&] { (*connection)->kill(); });

@@ -20,6 +20,7 @@ using std::chrono::seconds;
 constexpr seconds patienceWithOpening(60);
 constexpr seconds patienceWithPlaying(20);
 constexpr std::uint8_t allRegions = 0xff;
+constexpr float loudestVolume = 255;
 /// More wait only where a callback does not return.
 constexpr std::size_t mostEvents = 10'000;
 
@@ -157,8 +158,9 @@ OSStatus DVDSession::openMedia(const QByteArray &path)
 OSStatus DVDSession::connect(const QByteArray &path)
 {
     Result<std::unique_ptr<SharedFrames>> frames = SharedFrames::create();
-    if (!frames) {
-        log("DVD playback", frames.error().localizedDescription());
+    Result<std::unique_ptr<SharedSound>> sound = SharedSound::create();
+    if (!frames || !sound) {
+        log("DVD playback", (frames ? sound.error() : frames.error()).localizedDescription());
         return kDVDErrorPlaybackOpen;
     }
     {
@@ -166,7 +168,7 @@ OSStatus DVDSession::connect(const QByteArray &path)
         m_hasEnded = false;
     }
     Result<std::unique_ptr<PlayerConnection>> connection =
-        PlayerConnection::start((*frames)->descriptor(),
+        PlayerConnection::start({(*frames)->descriptor(), (*sound)->descriptor()},
                                 {[this](const PlayerMessage &message) { hear(message); },
                                  [this](const QString &why) { hearEnd(kDVDErrorDamagedMedia, why); }});
     if (!connection) {
@@ -176,6 +178,8 @@ OSStatus DVDSession::connect(const QByteArray &path)
     {
         const std::lock_guard lock(m_mutex);
         m_frames = *std::move(frames);
+        m_sound = *std::move(sound);
+        setGain();
         m_state = {};
         m_helperProcess = (*connection)->processIdentifier();
     }
@@ -205,6 +209,8 @@ OSStatus DVDSession::connect(const QByteArray &path)
     }
     if (m_hasEnded)
         return kDVDErrorDamagedMedia;
+    // A device takes a while to open: it does so before anything is played.
+    m_soundProcess = std::make_unique<SoundProcess>(m_sound.get());
     m_description = std::move(description);
     m_isAlive = true;
     return noErr;
@@ -213,12 +219,14 @@ OSStatus DVDSession::connect(const QByteArray &path)
 void DVDSession::dropMedia()
 {
     m_connection.reset();
+    m_soundProcess.reset();
     m_playsAfterSleep = false;
     const std::lock_guard lock(m_mutex);
     m_isAlive = false;
     m_description.reset();
     m_state = {};
     m_frames.reset();
+    m_sound.reset();
     m_helperProcess = -1;
 }
 
@@ -341,6 +349,14 @@ void DVDSession::setSettings(const std::function<void(Settings *)> &change)
 {
     const std::lock_guard lock(m_mutex);
     change(&m_settings);
+    setGain();
+}
+
+/// With m_mutex held.
+void DVDSession::setGain() const
+{
+    if (m_sound)
+        m_sound->setGain(m_settings.isMuted ? 0 : float(m_settings.volume) / loudestVolume);
 }
 
 // What the helper tells.
@@ -383,10 +399,15 @@ void DVDSession::hear(const PlayerMessage &message)
 void DVDSession::hearState(const PlayerState &state)
 {
     PlayerState before;
+    std::optional<QString> whyNoSound;
     {
         const std::lock_guard lock(m_mutex);
         before = std::exchange(m_state, state);
+        if (m_sound && state.sound == std::uint8_t(SoundDevice::Absent) && before.sound != state.sound)
+            whyNoSound = m_sound->reason();
     }
+    if (whyNoSound)
+        log("DVD playback", QStringLiteral("without sound, since no device can be opened (%1)").arg(*whyNoSound));
     if (state.title != before.title)
         tell({kDVDEventTitle, state.title});
     if (state.chapter != before.chapter || state.title != before.title)
@@ -407,6 +428,9 @@ void DVDSession::hearEnd(OSStatus status, const QString &why)
         // The call that opens media answers its own failure.
         if (!std::exchange(m_isAlive, false))
             return;
+        // What the helper has left behind is of no interest any more.
+        if (m_sound)
+            m_sound->setGain(0);
     }
     log("DVD playback", why);
     tell({kDVDEventError, std::uint32_t(status), 0, true});

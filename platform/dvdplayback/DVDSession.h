@@ -4,6 +4,8 @@
 #include "platform/dvdplayback/PlayerConnection.h"
 #include "platform/dvdplayback/SessionLock.h"
 #include "platform/dvdplayback/SharedFrames.h"
+#include "platform/dvdplayback/SharedSound.h"
+#include "platform/dvdplayback/SoundProcess.h"
 
 #include <QImage>
 
@@ -103,9 +105,11 @@ private:
     void deliver(const Event &event);
     [[nodiscard]] OSStatus connect(const QByteArray &path);
     void dropMedia();
+    void setGain() const;
 
     std::mutex m_calls; ///< held while a call is carried out; guards the next members
     SessionLock m_lock;
+    std::unique_ptr<SoundProcess> m_soundProcess;
     std::unique_ptr<PlayerConnection> m_connection;
     std::uint32_t m_timeRate = 900;
     bool m_playsAfterSleep = false;
@@ -117,6 +121,7 @@ private:
     std::optional<DVDDescription> m_description;
     PlayerState m_state;
     std::unique_ptr<SharedFrames> m_frames;
+    std::unique_ptr<SharedSound> m_sound;
     std::optional<DVDDriveRegion> m_driveRegion;
     pid_t m_helperProcess = -1;
     Settings m_settings;

@@ -95,7 +95,7 @@ UniqueDescriptor spareCopy(int descriptor)
 
 } // namespace
 
-Result<std::unique_ptr<PlayerConnection>> PlayerConnection::start(int framesDescriptor, Hearers hearers)
+Result<std::unique_ptr<PlayerConnection>> PlayerConnection::start(const Memory &memory, Hearers hearers)
 {
     const QByteArray program =
         fileSystemRepresentation(NSBundle::mainBundle()->pathForResource(QStringLiteral("TessaronDVDPlayer")));
@@ -113,14 +113,17 @@ Result<std::unique_ptr<PlayerConnection>> PlayerConnection::start(int framesDesc
         return systemError(QStringLiteral("no connection can be made"), errno);
     UniqueDescriptor errorsRead(errors[0]);
     const UniqueDescriptor errorsWrite = spareCopy(UniqueDescriptor(errors[1]).get());
-    const UniqueDescriptor frames = spareCopy(framesDescriptor >= 0 ? framesDescriptor : theirs.get());
-    if (!errorsWrite || !frames)
+    const UniqueDescriptor frames = spareCopy(memory.frames >= 0 ? memory.frames : theirs.get());
+    const UniqueDescriptor sound = spareCopy(memory.sound >= 0 ? memory.sound : theirs.get());
+    if (!errorsWrite || !frames || !sound)
         return systemError(QStringLiteral("no connection can be made"), errno);
     SpawnSettings settings;
     settings.pass(errorsWrite.get(), STDERR_FILENO);
     settings.pass(theirs.get(), playerSocketDescriptor);
-    if (framesDescriptor >= 0)
+    if (memory.frames >= 0)
         settings.pass(frames.get(), playerFramesDescriptor);
+    if (memory.sound >= 0)
+        settings.pass(sound.get(), playerSoundDescriptor);
     pid_t process = -1;
     if (const int failure = settings.spawn(&process, program); failure != 0)
         return systemError(QStringLiteral("the program that reads them cannot be started"), failure);

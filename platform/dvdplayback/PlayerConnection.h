@@ -33,8 +33,14 @@ public:
         std::function<void(const QString &why)> ended;
     };
 
-    /// `framesDescriptor` stays the caller's; -1 for a helper that only describes.
-    [[nodiscard]] static Result<std::unique_ptr<PlayerConnection>> start(int framesDescriptor, Hearers hearers);
+    /// Memory that the helper is given: pictures and sound. Both stay the caller's; -1 for a helper that only
+    /// describes.
+    struct Memory {
+        int frames = -1;
+        int sound = -1;
+    };
+
+    [[nodiscard]] static Result<std::unique_ptr<PlayerConnection>> start(const Memory &memory, Hearers hearers);
     /// Not on the hearing thread.
     ~PlayerConnection();
     PlayerConnection(const PlayerConnection &) = delete;

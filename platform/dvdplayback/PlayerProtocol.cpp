@@ -273,6 +273,7 @@ QByteArray encodedState(const PlayerState &state)
     writer.add(state.height);
     writer.add(state.buttons);
     writer.add(state.selectedButton);
+    writer.add(state.sound);
     add(&writer, state.place);
     return writer.bytes();
 }
@@ -295,6 +296,7 @@ std::optional<PlayerState> decodedState(const QByteArray &bytes)
     state.height = reader.take<std::uint16_t>();
     state.buttons = reader.take<std::uint8_t>();
     state.selectedButton = reader.take<std::uint8_t>();
+    state.sound = reader.take<std::uint8_t>();
     state.place = takePlace(&reader);
     return reader.isAtEnd() ? std::optional(state) : std::nullopt;
 }

@@ -15,7 +15,7 @@ namespace Tessaron
 // the kind needs. Neither trusts the other: bytes that make no sense end the connection.
 
 /// A change to any message is a new number; both sides come from one build.
-inline constexpr std::uint32_t playerProtocolVersion = 1;
+inline constexpr std::uint32_t playerProtocolVersion = 2;
 
 inline constexpr std::size_t playerMessageHeadSize = 12;
 inline constexpr std::size_t longestPlayerMessage = 4 << 20;
@@ -23,6 +23,7 @@ inline constexpr std::size_t longestPlayerMessage = 4 << 20;
 /// The descriptors that the helper is started with.
 inline constexpr int playerSocketDescriptor = 3;
 inline constexpr int playerFramesDescriptor = 4;
+inline constexpr int playerSoundDescriptor = 5;
 
 enum class PlayerMessageKind : std::uint32_t {
     // From the session; the helper answers each with a Reply of the same sequence number.
@@ -88,6 +89,7 @@ struct PlayerState {
     std::uint16_t height = 480;
     std::uint8_t buttons = 0; ///< of the menu
     std::uint8_t selectedButton = 0; ///< from 1; 0 for none
+    std::uint8_t sound = 0; ///< a SoundDevice
     PlayerPlace place;
 
     friend bool operator==(const PlayerState &, const PlayerState &) = default;

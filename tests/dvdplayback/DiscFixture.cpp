@@ -11,6 +11,7 @@ namespace Tessaron::Testing
 DiscTest::DiscTest()
 {
     qputenv("XDG_RUNTIME_DIR", m_tree.makeFolder("runtime"));
+    qputenv("SDL_AUDIODRIVER", "dummy");
 }
 
 QByteArray DiscTest::disc(const QByteArray &standard)

@@ -10,7 +10,7 @@ namespace Tessaron::Testing
 {
 
 /// Video DVDs to test with (make-disc says what is on them), and a runtime folder of the test's own, so that sessions
-/// of tests that run side by side do not meet.
+/// of tests that run side by side do not meet. Sound is played by a driver of SDL's that needs no device.
 class DiscTest : public testing::Test
 {
 protected:

@@ -42,6 +42,7 @@ LAYERS = [
     "platform/quicktime/mov2wav",
     "platform/dvdplayback",
     "platform/dvdplayback/player",
+    "platform/dvdplayback/sound",
     "platform/discrecording/audio",
     "filemodel",
     "imaging",

@@ -4,9 +4,11 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
+#include <libavutil/channel_layout.h>
 #include <libavutil/frame.h>
 #include <libavutil/imgutils.h>
 #include <libavutil/opt.h>
+#include <libswresample/swresample.h>
 #include <libswscale/swscale.h>
 }
 
@@ -37,5 +39,21 @@ using StreamParser = std::unique_ptr<AVCodecParserContext, FreeParser>;
 using DecoderPacket = std::unique_ptr<AVPacket, FreeWithAddress<av_packet_free>>;
 using DecodedFrame = std::unique_ptr<AVFrame, FreeWithAddress<av_frame_free>>;
 using Scaler = std::unique_ptr<SwsContext, FreeScaler>;
+using Converter = std::unique_ptr<SwrContext, FreeWithAddress<swr_free>>;
+
+/// Which speakers the channels of a sound are for; none at first.
+class ChannelLayout
+{
+public:
+    ChannelLayout() = default;
+    ~ChannelLayout() { av_channel_layout_uninit(&m_layout); }
+    ChannelLayout(const ChannelLayout &) = delete;
+    ChannelLayout &operator=(const ChannelLayout &) = delete;
+
+    [[nodiscard]] AVChannelLayout *get() { return &m_layout; }
+
+private:
+    AVChannelLayout m_layout{};
+};
 
 } // namespace Tessaron

@@ -4,6 +4,7 @@
 #include "platform/dvdplayback/player/PacketSplitter.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace Tessaron
@@ -14,21 +15,30 @@ namespace
 
 using std::chrono::milliseconds;
 
-/// What is read ahead of what is seen; more would make menus slow to answer.
+/// What is decoded ahead of what is seen.
 constexpr std::size_t picturesAhead = 4;
+constexpr std::int64_t ticksInSecond = 90'000;
+constexpr std::int64_t ticksInMillisecond = 90;
+/// Sound that is read ahead of what is heard, so that a drive can seek; more would make menus slow to answer.
+constexpr std::int64_t soundAhead = ticksInSecond * 3 / 10;
+/// A disc may have its pictures before their sound, but no farther than what a player must be able to keep: beyond that
+/// there is no sound.
+constexpr std::int64_t farthestAhead = ticksInSecond * 3 / 2;
+constexpr std::size_t mostBytesAhead = 2 << 20;
+/// What a unit has of sound before its pictures belongs to what was left, but for the little at the begin of a title.
+constexpr std::int64_t mostSoundInFront = ticksInSecond / 10;
+/// Times that are further off are mistakes.
+constexpr std::int64_t mostOffTime = ticksInSecond;
 /// Steps between two looks at the requests.
 constexpr int stepsAtATime = 64;
 /// A disc that takes more steps than these without a navigation pack runs in circles.
 constexpr int mostStepsToPosition = 20'000;
-constexpr milliseconds mostLag(500);
+constexpr std::int64_t mostLag = ticksInSecond / 2;
+constexpr milliseconds timeBetweenLatePictures(200);
+constexpr milliseconds timeBetweenLooks(10);
+constexpr milliseconds timeBetweenFillings(100);
 constexpr milliseconds timeBetweenScans(200);
 constexpr std::uint32_t noSector = 0xffffffff;
-
-DiscPlayer::Clock::duration durationOfTicks(std::int64_t ticks)
-{
-    constexpr std::int64_t nanosecondsInNineTicks = 100'000;
-    return std::chrono::nanoseconds(ticks * nanosecondsInNineTicks / 9);
-}
 
 milliseconds roundedUp(DiscPlayer::Clock::duration duration)
 {
@@ -42,11 +52,13 @@ bool isMoving(std::uint32_t playback)
 
 } // namespace
 
-DiscPlayer::DiscPlayer(DiscFiles *disc, DVDDescription description, SharedFrames *frames, Hearers hearers)
+DiscPlayer::DiscPlayer(DiscFiles *disc, DVDDescription description, SharedFrames *frames, SharedSound *sound,
+                       Hearers hearers)
     : m_disc(disc)
     , m_description(std::move(description))
     , m_frames(frames)
     , m_hearers(std::move(hearers))
+    , m_clock(sound)
 {
     m_state.playback = kDVDStateStopped;
 }
@@ -88,25 +100,55 @@ bool DiscPlayer::start()
 
 // Reading ahead.
 
-bool DiscPlayer::isFull() const
+/// More is read where pictures or sound run short.
+bool DiscPlayer::needsMore(Clock::time_point now)
 {
-    return m_pictures >= picturesAhead;
+    return !m_isBarred && ((m_read.empty() && m_pictures < picturesAhead) || (needsSound(now) && !isFarAhead(now)));
 }
 
-void DiscPlayer::readAhead()
+bool DiscPlayer::needsSound(Clock::time_point now)
 {
-    for (int step = 0; step < stepsAtATime && m_navigator && !m_isBarred && !isFull(); ++step)
+    return m_navigator->soundStream() && (m_clock.takesSound(now) || m_clock.isWaitingForDevice(now)) && m_sound.empty()
+        && m_clock.soundAhead(now) < soundAhead;
+}
+
+bool DiscPlayer::isFarAhead(Clock::time_point now) const
+{
+    const std::int64_t time = m_clock.isHeld() ? m_runBegin.value_or(m_timeline.begin()) : m_clock.time(now);
+    return m_bytesRead >= mostBytesAhead || (m_readTo && *m_readTo - time >= farthestAhead);
+}
+
+/// No sound comes before something else has happened.
+bool DiscPlayer::isDry(Clock::time_point now) const
+{
+    return m_sound.empty() && (m_isBarred || !m_navigator->soundStream() || isFarAhead(now));
+}
+
+void DiscPlayer::readAhead(Clock::time_point now)
+{
+    decodePictures();
+    for (int step = 0; step < stepsAtATime && m_navigator && needsMore(now); ++step) {
         takeStep(m_navigator->next());
+        decodePictures();
+    }
+    if (m_navigator)
+        decodeSound(now);
+}
+
+void DiscPlayer::enqueue(Item item)
+{
+    m_read.emplace_back(std::in_place_type<Item>, std::move(item));
 }
 
 void DiscPlayer::takeSector()
 {
     splitSector(m_navigator->sector(), [this](const ElementaryPiece &piece) {
+        const std::optional<std::int64_t> time = m_timeline.at(piece.presentation);
         if (piece.kind == ElementaryKind::Video) {
-            m_video->add(piece.bytes, [this](VideoPicture picture) {
-                m_items.emplace_back(std::move(picture));
-                ++m_pictures;
-            });
+            m_read.emplace_back(VideoBytes{{piece.bytes.begin(), piece.bytes.end()}, time});
+            m_bytesRead += piece.bytes.size();
+            if (time)
+                m_readTo = time;
         } else if (piece.kind == ElementaryKind::Subpicture) {
             // A menu's buttons are drawn by its only stream, whatever subtitles are chosen.
             const int wanted = m_navigator->subpictureStream().value_or(m_navigator->position().isInTitle ? -1 : 0);
@@ -114,18 +156,29 @@ void DiscPlayer::takeSector()
                 return;
             std::optional<Subpicture> subpicture = m_subpictures->add(piece.bytes, piece.presentation.has_value());
             if (subpicture)
-                m_items.emplace_back(Overlay{*std::move(subpicture), piece.presentation.value_or(0)});
+                enqueue(Overlay{*std::move(subpicture), time});
+        } else {
+            takeSound(piece);
         }
     });
 }
 
+void DiscPlayer::takeSound(const ElementaryPiece &piece)
+{
+    const SoundStream stream = {piece.kind, piece.stream};
+    if (stream != m_navigator->soundStream() || m_state.playback == kDVDStateScanning)
+        return;
+    const Clock::time_point now = m_hearers.now();
+    if (m_clock.takesSound(now) || m_clock.isWaitingForDevice(now))
+        m_sound.push_back({stream, {piece.bytes.begin(), piece.bytes.end()}, m_timeline.at(piece.presentation)});
+}
+
 void DiscPlayer::takeStep(NavigationStep step)
 {
-    const auto drain = [this] {
-        m_video->drain([this](VideoPicture picture) {
-            m_items.emplace_back(std::move(picture));
-            ++m_pictures;
-        });
+    const auto bar = [this](Item item) {
+        m_read.emplace_back(Drain());
+        enqueue(std::move(item));
+        m_isBarred = true;
     };
     switch (step) {
     case NavigationStep::Sector:
@@ -133,35 +186,30 @@ void DiscPlayer::takeStep(NavigationStep step)
         break;
     case NavigationStep::Position:
         m_needsPosition = false;
-        m_items.emplace_back(m_navigator->position());
-        m_items.emplace_back(Button());
+        m_timeline.follow(m_navigator->position().begin, m_navigator->position().end);
+        enqueue(m_navigator->position());
+        enqueue(Button());
         break;
     case NavigationStep::Jump:
         if (std::exchange(m_dropsAtJump, false))
             forgetAhead();
         else
-            drain();
+            m_read.emplace_back(Drain());
         break;
     case NavigationStep::Still:
-        drain();
-        m_items.emplace_back(Still{m_navigator->stillSeconds()});
-        m_isBarred = true;
+        bar(Still{m_navigator->stillSeconds()});
         break;
     case NavigationStep::Wait:
-        drain();
-        m_items.emplace_back(Wait());
-        m_isBarred = true;
+        bar(Wait());
         break;
     case NavigationStep::Highlight:
-        m_items.emplace_back(Button());
+        enqueue(Button());
         break;
     case NavigationStep::Stream:
         m_subpictures->forget();
         break;
     case NavigationStep::Stop:
-        drain();
-        m_items.emplace_back(End());
-        m_isBarred = true;
+        bar(End());
         break;
     case NavigationStep::Failure:
         fail(m_navigator->failureText());
@@ -171,17 +219,100 @@ void DiscPlayer::takeStep(NavigationStep step)
     }
 }
 
+void DiscPlayer::decodePictures()
+{
+    const auto visitor = [this](VideoPicture picture) { takePicture(std::move(picture)); };
+    while (!m_read.empty() && m_pictures < picturesAhead) {
+        ReadItem front = std::move(m_read.front());
+        m_read.pop_front();
+        if (const auto *const video = std::get_if<VideoBytes>(&front)) {
+            m_bytesRead -= video->bytes.size();
+            m_video->add(video->bytes, video->time, visitor);
+        } else if (std::holds_alternative<Drain>(front)) {
+            m_video->drain(visitor);
+        } else {
+            m_items.push_back(std::move(std::get<Item>(front)));
+        }
+    }
+}
+
+void DiscPlayer::takePicture(VideoPicture picture)
+{
+    const std::int64_t expected = m_nextPicture.value_or(m_timeline.begin());
+    if (!picture.time || std::abs(*picture.time - expected) > mostOffTime)
+        picture.time = expected;
+    m_nextPicture = *picture.time + picture.duration;
+    m_items.emplace_back(std::move(picture));
+    ++m_pictures;
+}
+
+void DiscPlayer::decodeSound(Clock::time_point now)
+{
+    if (!m_clock.takesSound(now)) {
+        if (!m_clock.isWaitingForDevice(now))
+            m_sound.clear();
+        return;
+    }
+    const auto visitor = [this](DecodedSound piece) { m_clock.add(std::move(piece)); };
+    while (!m_sound.empty() && m_clock.soundAhead(now) < 2 * soundAhead) {
+        const SoundBytes bytes = std::move(m_sound.front());
+        m_sound.pop_front();
+        if (!m_soundDecoder || bytes.stream != m_soundOfDecoder) {
+            if (m_soundDecoder)
+                m_soundDecoder->drain(visitor);
+            m_soundDecoder = SoundDecoder::create(bytes.stream.kind, m_clock.form());
+            m_soundOfDecoder = bytes.stream;
+        }
+        if (m_soundDecoder)
+            m_soundDecoder->add(bytes.bytes, bytes.time, visitor);
+    }
+    // The last frame of a stream is complete when nothing follows.
+    if (m_isBarred && m_sound.empty() && m_soundDecoder) {
+        m_soundDecoder->drain(visitor);
+        m_soundDecoder.reset();
+    }
+}
+
 void DiscPlayer::forgetAhead()
 {
+    m_read.clear();
+    m_bytesRead = 0;
     m_items.clear();
     m_pictures = 0;
+    m_timeline.forget();
+    m_readTo.reset();
+    m_nextPicture.reset();
+    m_sound.clear();
+    m_soundDecoder.reset();
+    m_clock.forget();
+    m_runBegin.reset();
     m_isBarred = false;
     m_stillUntil.reset();
     m_overlay.reset();
+    m_nextOverlay.reset();
     m_button.reset();
     m_video->forget();
     m_subpictures->forget();
-    m_due = Clock::now();
+}
+
+/// Takes a bar off the end of what was read; false for one of another kind.
+template <typename Bar>
+bool DiscPlayer::removeBar()
+{
+    if (!m_isBarred)
+        return false;
+    if (!m_read.empty()) {
+        const auto *const last = std::get_if<Item>(&m_read.back());
+        if (!last || !std::holds_alternative<Bar>(*last))
+            return false;
+        m_read.pop_back();
+    } else {
+        if (m_items.empty() || !std::holds_alternative<Bar>(m_items.back()))
+            return false;
+        m_items.pop_back();
+    }
+    m_isBarred = false;
+    return true;
 }
 
 /// Steps on to the next navigation pack, as the library needs it between two requests.
@@ -189,12 +320,9 @@ bool DiscPlayer::settle()
 {
     for (int step = 0; step < mostStepsToPosition && m_navigator && m_needsPosition; ++step) {
         if (m_isBarred) {
-            const bool isWait = !m_items.empty() && std::holds_alternative<Wait>(m_items.back());
             // A still without a navigation pack in front of it, and the end, are places to stay, too.
-            if (!isWait)
+            if (!removeBar<Wait>())
                 return true;
-            m_items.pop_back();
-            m_isBarred = false;
             m_navigator->skipWait();
         }
         takeStep(m_navigator->next());
@@ -208,77 +336,181 @@ bool DiscPlayer::settle()
 
 std::optional<milliseconds> DiscPlayer::advance()
 {
-    const Clock::time_point now = Clock::now();
+    const Clock::time_point now = m_hearers.now();
     if (m_state.playback == kDVDStateScanning)
         return advanceScan(now);
     if (!isMoving(m_state.playback) || !m_navigator)
         return std::nullopt;
-    readAhead();
+    readAhead(now);
+    if (!m_navigator)
+        return std::nullopt;
+    m_clock.advance(now, isDry(now));
+    beginRun(now);
     std::optional<milliseconds> wait;
     while (!m_items.empty() && showFront(now, &wait)) { }
-    if (m_overlay && now >= m_overlayUntil) {
-        m_overlay.reset();
-        compose();
-    }
+    if (!m_navigator)
+        return std::nullopt;
+    changeOverlay(now);
     tellState();
     tellTime(now);
-    if (m_items.empty() || (!m_isBarred && !isFull()))
-        return isMoving(m_state.playback) ? std::optional(milliseconds(0)) : std::nullopt;
+    if (needsMore(now) || (!m_read.empty() && m_pictures < picturesAhead))
+        return milliseconds(0);
     if (m_state.playback == kDVDStatePlaying && wait)
         wait = std::min(*wait, m_timeRate);
+    if (!m_sound.empty() || m_clock.soundAhead(now) > 0)
+        wait = std::min(wait.value_or(timeBetweenFillings), timeBetweenFillings);
     return wait;
+}
+
+/// The clock waits at the begin of what follows on nothing, until it is known whether there is sound to go with.
+void DiscPlayer::beginRun(Clock::time_point now)
+{
+    if (!m_clock.isHeld())
+        return;
+    const bool isAtBar = !m_items.empty() && !std::holds_alternative<VideoPicture>(m_items.front());
+    const std::optional<std::int64_t> sound = m_clock.firstSound();
+    if (!m_runBegin && !(isAtBar && m_isBarred && m_clock.hasSound()))
+        return;
+    if (!m_clock.hasSound() && !isDry(now) && (m_clock.takesSound(now) || m_clock.isWaitingForDevice(now)))
+        return;
+    std::int64_t begin = m_runBegin.value_or(sound.value_or(m_timeline.begin()));
+    if (sound && *sound < begin && begin - *sound < mostSoundInFront)
+        begin = *sound;
+    m_runBegin.reset();
+    m_clock.begin(begin, now);
+    m_clock.advance(now, false);
+}
+
+/// True as well where no sound keeps anything waiting.
+bool DiscPlayer::isSoundOver(Clock::time_point now) const
+{
+    return !m_clock.followsSound() || (m_sound.empty() && m_clock.soundAhead(now) == 0);
 }
 
 bool DiscPlayer::showFront(Clock::time_point now, std::optional<milliseconds> *wait)
 {
     Item &front = m_items.front();
     if (auto *const picture = std::get_if<VideoPicture>(&front)) {
-        if (now < m_due) {
-            *wait = roundedUp(m_due - now);
+        if (!showPicture(picture, now, wait))
             return false;
-        }
-        m_due += durationOfTicks(picture->duration);
-        if (now - m_due > mostLag)
-            m_due = now;
-        show(std::move(*picture));
         --m_pictures;
     } else if (auto *const position = std::get_if<NavigationPosition>(&front)) {
         take(*position);
     } else if (auto *const overlay = std::get_if<Overlay>(&front)) {
-        const std::optional<std::int64_t> end = overlay->subpicture.end;
-        m_overlayUntil = end ? now + durationOfTicks(*end) : Clock::time_point::max();
-        m_overlay = std::move(overlay->subpicture);
-        m_button = m_navigator->highlight();
-        compose();
+        takeOverlay(std::move(*overlay), now);
     } else if (std::holds_alternative<Button>(front)) {
         const std::optional<ButtonColours> button = m_navigator->highlight();
         m_state.selectedButton = std::uint8_t(m_navigator->selectedButton());
         if (std::exchange(m_button, button) != button && m_overlay)
             compose();
     } else if (const auto *const still = std::get_if<Still>(&front)) {
-        if (!m_stillUntil) {
-            m_stillUntil = still->seconds ? now + std::chrono::seconds(*still->seconds) : Clock::time_point::max();
-            setPlayback(kDVDStatePlayingStill);
-        }
-        if (now < *m_stillUntil) {
-            if (*m_stillUntil != Clock::time_point::max())
-                *wait = roundedUp(*m_stillUntil - now);
+        if (!endStill(*still, now, wait))
+            return false;
+    } else {
+        if (m_runBegin || !isSoundOver(now)) {
+            *wait = timeBetweenLooks;
             return false;
         }
-        m_stillUntil.reset();
-        m_isBarred = false;
-        m_navigator->skipStill();
-        setPlayback(kDVDStatePlaying);
-        m_due = now;
-    } else if (std::holds_alternative<Wait>(front)) {
+        if (std::holds_alternative<End>(front)) {
+            static_cast<void>(stop());
+            return false;
+        }
         m_isBarred = false;
         m_navigator->skipWait();
-    } else {
-        static_cast<void>(stop());
-        return false;
     }
     m_items.pop_front();
     return true;
+}
+
+bool DiscPlayer::showPicture(VideoPicture *picture, Clock::time_point now, std::optional<milliseconds> *wait)
+{
+    const std::int64_t time = picture->time.value_or(0);
+    if (m_clock.isHeld()) {
+        // The first one is seen at once.
+        if (m_runBegin) {
+            *wait = timeBetweenLooks;
+            return false;
+        }
+        m_runBegin = time;
+    } else {
+        const std::int64_t late = m_clock.time(now) - time;
+        if (late < 0) {
+            *wait = milliseconds((-late + ticksInMillisecond - 1) / ticksInMillisecond);
+            return false;
+        }
+        // Without sound to keep up with, nothing is left out.
+        if (late > mostLag && !m_clock.followsSound())
+            m_clock.begin(time, now);
+        else if (late > picture->duration && m_pictures > 1 && now - m_lastShown < timeBetweenLatePictures)
+            return true;
+    }
+    m_lastShown = now;
+    show(std::move(*picture));
+    return true;
+}
+
+/// True when the still is over.
+bool DiscPlayer::endStill(const Still &still, Clock::time_point now, std::optional<milliseconds> *wait)
+{
+    if (!m_stillUntil) {
+        m_stillUntil = still.seconds ? now + std::chrono::seconds(*still.seconds) : Clock::time_point::max();
+        setPlayback(kDVDStatePlayingStill);
+    }
+    if (now < *m_stillUntil) {
+        if (*m_stillUntil != Clock::time_point::max())
+            *wait = roundedUp(*m_stillUntil - now);
+        return false;
+    }
+    if (m_runBegin || !isSoundOver(now)) {
+        *wait = timeBetweenLooks;
+        return false;
+    }
+    m_stillUntil.reset();
+    m_isBarred = false;
+    m_navigator->skipStill();
+    setPlayback(kDVDStatePlaying);
+    // What comes next has its own times.
+    m_clock.hold();
+    return true;
+}
+
+void DiscPlayer::takeOverlay(Overlay overlay, Clock::time_point now)
+{
+    // The buttons of a menu are there with it.
+    const bool isAtOnce = m_state.isOnMenu || !overlay.time;
+    if (!overlay.time)
+        overlay.time = m_clock.time(now);
+    if (isAtOnce)
+        overlay.subpicture.start = std::min<std::int64_t>(overlay.subpicture.start, 0);
+    m_nextOverlay = std::move(overlay);
+    if (isAtOnce) {
+        m_overlay = std::move(m_nextOverlay->subpicture);
+        m_overlayUntil = m_overlay->end ? std::optional(*m_nextOverlay->time + *m_overlay->end) : std::nullopt;
+        m_nextOverlay.reset();
+        m_button = m_navigator->highlight();
+        compose();
+    }
+}
+
+/// Subtitles come and go at their times, between pictures, too.
+void DiscPlayer::changeOverlay(Clock::time_point now)
+{
+    if (m_clock.isHeld())
+        return;
+    const std::int64_t time = m_clock.time(now);
+    bool isChanged = false;
+    if (m_overlay && m_overlayUntil && time >= *m_overlayUntil) {
+        m_overlay.reset();
+        isChanged = true;
+    }
+    if (m_nextOverlay && time >= *m_nextOverlay->time + m_nextOverlay->subpicture.start) {
+        m_overlay = std::move(m_nextOverlay->subpicture);
+        m_overlayUntil = m_overlay->end ? std::optional(*m_nextOverlay->time + *m_overlay->end) : std::nullopt;
+        m_nextOverlay.reset();
+        isChanged = true;
+    }
+    if (isChanged)
+        compose();
 }
 
 void DiscPlayer::show(VideoPicture picture)
@@ -311,8 +543,10 @@ void DiscPlayer::compose()
 void DiscPlayer::take(const NavigationPosition &position)
 {
     // Subtitles of a title that was left must not stay over the menu, nor a menu's buttons over a title.
-    if (m_state.isOnMenu == position.isInTitle)
+    if (m_state.isOnMenu == position.isInTitle) {
         m_overlay.reset();
+        m_nextOverlay.reset();
+    }
     m_state.isOnMenu = !position.isInTitle;
     m_state.title = position.place.title;
     m_state.chapter = position.place.chapter;
@@ -326,11 +560,12 @@ void DiscPlayer::take(const NavigationPosition &position)
     m_state.height = position.height;
     m_state.buttons = position.isInTitle ? std::uint8_t(0) : position.buttons;
     m_state.place = position.place;
-    m_positionTaken = Clock::now();
+    m_positionTime.reset();
 }
 
 void DiscPlayer::tellState()
 {
+    m_state.sound = std::uint8_t(m_clock.device());
     if (m_state == m_told)
         return;
     m_told = m_state;
@@ -339,10 +574,12 @@ void DiscPlayer::tellState()
 
 void DiscPlayer::tellTime(Clock::time_point now)
 {
+    if (!m_positionTime && !m_clock.isHeld())
+        m_positionTime = m_clock.time(now);
     if (m_state.title == 0 || now - m_timeTold < m_timeRate)
         return;
     m_timeTold = now;
-    const auto since = std::chrono::duration_cast<milliseconds>(now - m_positionTaken).count();
+    const std::int64_t since = m_positionTime ? (m_clock.time(now) - *m_positionTime) / ticksInMillisecond : 0;
     const bool isRunning = m_state.playback == kDVDStatePlaying;
     const std::int64_t elapsed = m_state.elapsed + (isRunning ? std::max<std::int64_t>(since, 0) : 0);
     m_hearers.titleTime(std::uint32_t(std::min<std::int64_t>(elapsed, m_state.length)), m_state.length);
@@ -351,6 +588,7 @@ void DiscPlayer::tellTime(Clock::time_point now)
 void DiscPlayer::setPlayback(std::uint32_t playback)
 {
     m_state.playback = playback;
+    m_clock.setPaused(playback == kDVDStatePaused, m_hearers.now());
 }
 
 void DiscPlayer::fail(const QString &why)
@@ -378,7 +616,6 @@ OSStatus DiscPlayer::play()
             return kDVDErrorDamagedMedia;
         setPlayback(kDVDStatePlaying);
     }
-    m_due = m_positionTaken = Clock::now();
     tellState();
     return noErr;
 }
@@ -403,7 +640,7 @@ OSStatus DiscPlayer::stop()
     m_shown = {};
     const PlayerState before = m_state;
     m_state = {};
-    m_state.playback = kDVDStateStopped;
+    setPlayback(kDVDStateStopped);
     m_state.aspect = before.aspect;
     m_state.format = before.format;
     m_state.width = before.width;
@@ -500,11 +737,8 @@ void DiscPlayer::followButton()
 {
     m_dropsAtJump = true;
     m_needsPosition = true;
-    if (m_isBarred && !m_items.empty() && std::holds_alternative<Still>(m_items.back())) {
-        m_items.pop_back();
-        m_isBarred = false;
+    if (removeBar<Still>())
         m_stillUntil.reset();
-    }
     if (m_state.playback == kDVDStatePlayingStill || m_state.playback == kDVDStatePaused)
         setPlayback(kDVDStatePlaying);
     tellState();
@@ -541,7 +775,7 @@ OSStatus DiscPlayer::scan(int rate, bool isBackward)
         return kDVDErrorUserActionNoOp;
     m_scanRate = isBackward ? -rate : rate;
     m_scanTime = m_state.elapsed;
-    m_due = Clock::now();
+    m_scanDue = m_hearers.now();
     setPlayback(kDVDStateScanning);
     tellState();
     return noErr;
@@ -549,26 +783,28 @@ OSStatus DiscPlayer::scan(int rate, bool isBackward)
 
 std::optional<milliseconds> DiscPlayer::advanceScan(Clock::time_point now)
 {
-    if (now < m_due)
-        return roundedUp(m_due - now);
-    m_due = now + timeBetweenScans;
+    if (now < m_scanDue)
+        return roundedUp(m_scanDue - now);
+    m_scanDue = now + timeBetweenScans;
     m_scanTime += m_scanRate * timeBetweenScans.count();
     const bool isAtEnd = m_scanTime <= 0 || m_scanTime >= std::int64_t(m_state.length);
     const std::int64_t time = std::clamp<std::int64_t>(m_scanTime, 0, std::max<std::int64_t>(m_state.length, 1) - 1);
-    const Clock::time_point due = m_due;
     if (jump([&] { return m_navigator->searchTime(std::uint32_t(time)); }) != noErr || isAtEnd) {
         if (m_navigator) {
             setPlayback(kDVDStatePlaying);
-            m_due = now;
             tellState();
         }
         return milliseconds(0);
     }
-    for (int step = 0; step < mostStepsToPosition && m_navigator && m_pictures == 0 && !m_isBarred; ++step)
+    for (int step = 0; step < mostStepsToPosition && m_navigator && m_pictures == 0 && !m_isBarred; ++step) {
         takeStep(m_navigator->next());
+        decodePictures();
+    }
     while (!m_items.empty()) {
         if (auto *const picture = std::get_if<VideoPicture>(&m_items.front())) {
             show(std::move(*picture));
+            --m_pictures;
+            m_items.pop_front();
             break;
         }
         m_items.pop_front();
@@ -576,9 +812,8 @@ std::optional<milliseconds> DiscPlayer::advanceScan(Clock::time_point now)
     if (m_navigator) {
         m_timeTold = {};
         tellTime(now);
-        m_due = due;
     }
-    return roundedUp(due - Clock::now());
+    return roundedUp(m_scanDue - m_hearers.now());
 }
 
 } // namespace Tessaron

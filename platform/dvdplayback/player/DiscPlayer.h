@@ -1,8 +1,12 @@
 #pragma once
 
 #include "platform/dvdplayback/SharedFrames.h"
+#include "platform/dvdplayback/SharedSound.h"
 #include "platform/dvdplayback/player/Navigator.h"
+#include "platform/dvdplayback/player/PlaybackClock.h"
+#include "platform/dvdplayback/player/SoundDecoder.h"
 #include "platform/dvdplayback/player/Subpicture.h"
+#include "platform/dvdplayback/player/Timeline.h"
 #include "platform/dvdplayback/player/VideoDecoder.h"
 
 #include <chrono>
@@ -11,13 +15,15 @@
 #include <memory>
 #include <optional>
 #include <variant>
+#include <vector>
 
 namespace Tessaron
 {
 
-/// Plays a disc into shared memory, on a steady clock: reads a little ahead, decodes, and shows each picture at its
-/// time. What the disc says on its way (chapters, menus, stills) waits in the same row as the pictures, so that it is
-/// told when they are seen. One thread; all work is done in advance() and in requests.
+/// Plays a disc into shared memory: reads a little ahead, decodes, hands on the sound, and shows each picture at its
+/// time. What the disc says on its way (chapters, menus, stills) waits in the same rows as the pictures, so that it is
+/// told when they are seen: first in one of what was read, then in one of what is decoded. One thread; all work is done
+/// in advance() and in requests.
 class DiscPlayer
 {
 public:
@@ -28,9 +34,11 @@ public:
         std::function<void(std::uint32_t elapsed, std::uint32_t length)> titleTime; ///< milliseconds
         std::function<void(std::uint32_t number)> frame; ///< is to be seen
         std::function<void(const QString &why)> failure; ///< playing has ended over it
+        std::function<Clock::time_point()> now = Clock::now; ///< asked, in fact
     };
 
-    DiscPlayer(DiscFiles *disc, DVDDescription description, SharedFrames *frames, Hearers hearers);
+    /// Without memory for sound it plays in silence.
+    DiscPlayer(DiscFiles *disc, DVDDescription description, SharedFrames *frames, SharedSound *sound, Hearers hearers);
 
     /// Shows what is due and reads ahead; how long nothing is to be done, absent for until the next request.
     [[nodiscard]] std::optional<std::chrono::milliseconds> advance();
@@ -54,10 +62,16 @@ public:
     void setTimeRate(std::chrono::milliseconds rate) { m_timeRate = rate; }
 
 private:
-    // What waits to be seen or told, in order.
+    // What waits to be seen or told, in order. Times are those of the line (Timeline).
+    struct VideoBytes {
+        std::vector<std::uint8_t> bytes;
+        std::optional<std::int64_t> time;
+    };
+    struct Drain {
+    };
     struct Overlay {
         Subpicture subpicture;
-        std::int64_t presentation = 0;
+        std::optional<std::int64_t> time;
     };
     struct Still {
         std::optional<int> seconds;
@@ -69,12 +83,36 @@ private:
     struct Button {
     };
     using Item = std::variant<VideoPicture, NavigationPosition, Overlay, Still, Wait, End, Button>;
+    using ReadItem = std::variant<VideoBytes, Drain, Item>;
+    struct SoundBytes {
+        SoundStream stream;
+        std::vector<std::uint8_t> bytes;
+        std::optional<std::int64_t> time;
+    };
 
     [[nodiscard]] bool start();
-    void readAhead();
+    void readAhead(Clock::time_point now);
     void takeSector();
+    void takeSound(const ElementaryPiece &piece);
     void takeStep(NavigationStep step);
-    [[nodiscard]] bool isFull() const;
+    void enqueue(Item item);
+    void decodePictures();
+    void takePicture(VideoPicture picture);
+    void decodeSound(Clock::time_point now);
+    [[nodiscard]] bool needsMore(Clock::time_point now);
+    [[nodiscard]] bool needsSound(Clock::time_point now);
+    [[nodiscard]] bool isFarAhead(Clock::time_point now) const;
+    [[nodiscard]] bool isDry(Clock::time_point now) const;
+    [[nodiscard]] bool isSoundOver(Clock::time_point now) const;
+    void beginRun(Clock::time_point now);
+    [[nodiscard]] bool showPicture(VideoPicture *picture, Clock::time_point now,
+                                   std::optional<std::chrono::milliseconds> *wait);
+    [[nodiscard]] bool endStill(const Still &still, Clock::time_point now,
+                                std::optional<std::chrono::milliseconds> *wait);
+    void takeOverlay(Overlay overlay, Clock::time_point now);
+    void changeOverlay(Clock::time_point now);
+    template <typename Bar>
+    bool removeBar();
     /// True when the front item is gone; else *wait says for how long it stays.
     [[nodiscard]] bool showFront(Clock::time_point now, std::optional<std::chrono::milliseconds> *wait);
     void show(VideoPicture picture);
@@ -98,8 +136,18 @@ private:
     std::unique_ptr<Navigator> m_navigator; ///< null while stopped
     std::unique_ptr<VideoDecoder> m_video;
     std::unique_ptr<SubpictureDecoder> m_subpictures;
+    std::deque<ReadItem> m_read;
+    std::size_t m_bytesRead = 0; ///< of video, among them
     std::deque<Item> m_items;
     std::size_t m_pictures = 0; ///< among them
+    Timeline m_timeline;
+    std::optional<std::int64_t> m_readTo; ///< the latest time of video that was read
+    std::optional<std::int64_t> m_nextPicture; ///< when one without a time of its own is to be seen
+    PlaybackClock m_clock;
+    std::deque<SoundBytes> m_sound; ///< not decoded
+    std::unique_ptr<SoundDecoder> m_soundDecoder;
+    SoundStream m_soundOfDecoder;
+    std::optional<std::int64_t> m_runBegin; ///< a picture of that time is seen, and the clock waits for sound
     bool m_isBarred = false; ///< a still, a wait or the end lies ahead: nothing more is read before it
     bool m_dropsAtJump = false; ///< what waits is of no interest once the disc jumps
     bool m_needsPosition = false; ///< a jump was made that no navigation pack has confirmed
@@ -109,14 +157,16 @@ private:
     VideoPicture m_shown; ///< the picture that is seen; without a frame before the first one
     Scaler m_scaler;
     std::optional<Subpicture> m_overlay;
-    Clock::time_point m_overlayUntil = Clock::time_point::max();
+    std::optional<std::int64_t> m_overlayUntil;
+    std::optional<Overlay> m_nextOverlay; ///< is not due yet
     std::optional<ButtonColours> m_button;
-    Clock::time_point m_due; ///< of the next picture
+    Clock::time_point m_lastShown; ///< when a picture was
     std::optional<Clock::time_point> m_stillUntil; ///< the end of a still that stands; max() for one without
     std::uint32_t m_playbackBefore = 0; ///< the pause
     std::chrono::milliseconds m_timeRate{900};
     Clock::time_point m_timeTold;
-    Clock::time_point m_positionTaken;
+    std::optional<std::int64_t> m_positionTime; ///< of the position that was told last
+    Clock::time_point m_scanDue;
     int m_scanRate = 0; ///< negative backward; 0 without
     std::int64_t m_scanTime = 0; ///< milliseconds in the title
 };

@@ -91,6 +91,12 @@ NavigationStep Navigator::next()
         m_subpictureStream = isShown ? std::optional(change.physical_wide & streamMask) : std::nullopt;
         return NavigationStep::Stream;
     }
+    case DVDNAV_AUDIO_STREAM_CHANGE: {
+        dvdnav_audio_stream_change_event_t change{};
+        std::memcpy(&change, m_block.data(), sizeof(change));
+        m_chosenSound = change.logical;
+        return NavigationStep::Nothing;
+    }
     case DVDNAV_SPU_CLUT_CHANGE:
         std::memcpy(m_colours.data(), m_block.data(), sizeof(m_colours));
         return NavigationStep::Stream;
@@ -151,6 +157,9 @@ void Navigator::takePosition()
     m_hasStarted = true;
     const pci_t *const pci = dvdnav_get_current_nav_pci(m_navigation.get());
     m_position.buttons = pci ? std::uint8_t(pci->hli.hl_gi.btn_ns) : std::uint8_t(0);
+    m_position.begin = pci ? pci->pci_gi.vobu_s_ptm : 0;
+    m_position.end = pci ? pci->pci_gi.vobu_e_ptm : 0;
+    takeSoundStream();
     m_position.isInTitle = dvdnav_is_domain_vts(m_navigation.get()) != 0;
     if (m_position.isInTitle) {
         takePlace();
@@ -159,6 +168,42 @@ void Navigator::takePosition()
     m_position.place = {};
     m_position.length = 0;
     m_position.angles = 1;
+}
+
+/// The library tells another choice of the disc, but not what that is in other titles and menus.
+void Navigator::takeSoundStream()
+{
+    constexpr int mostStreams = 8;
+    const auto numberOf = [this](int chosen) {
+        return chosen >= 0 && chosen < mostStreams
+            ? int(dvdnav_get_audio_logical_stream(m_navigation.get(), std::uint8_t(chosen)))
+            : -1;
+    };
+    int chosen = isInMenu() ? 0 : m_chosenSound;
+    // The first one that is there, as the library does it.
+    if (numberOf(chosen) < 0)
+        for (chosen = 0; chosen < mostStreams && numberOf(chosen) < 0;)
+            ++chosen;
+    m_soundStream.reset();
+    if (chosen >= mostStreams)
+        return;
+    switch (dvdnav_audio_stream_format(m_navigation.get(), std::uint8_t(chosen))) {
+    case DVD_AUDIO_FORMAT_AC3:
+        m_soundStream = {ElementaryKind::AC3, numberOf(chosen)};
+        break;
+    case DVD_AUDIO_FORMAT_MPEG:
+    case DVD_AUDIO_FORMAT_MPEG2_EXT:
+        m_soundStream = {ElementaryKind::MPEGAudio, numberOf(chosen)};
+        break;
+    case DVD_AUDIO_FORMAT_LPCM:
+        m_soundStream = {ElementaryKind::LPCM, numberOf(chosen)};
+        break;
+    case DVD_AUDIO_FORMAT_DTS:
+        m_soundStream = {ElementaryKind::DTS, numberOf(chosen)};
+        break;
+    default:
+        break;
+    }
 }
 
 /// In titles only.

@@ -2,6 +2,7 @@
 
 #include "platform/dvdplayback/PlayerProtocol.h"
 #include "platform/dvdplayback/player/DiscFiles.h"
+#include "platform/dvdplayback/player/PacketSplitter.h"
 #include "platform/dvdplayback/player/Subpicture.h"
 
 extern "C" {
@@ -43,8 +44,18 @@ struct NavigationPosition {
     std::uint16_t width = 720;
     std::uint16_t height = 480;
     std::uint8_t buttons = 0;
+    std::uint32_t begin = 0; ///< presentation times of the unit, 90 kHz
+    std::uint32_t end = 0;
 
     friend bool operator==(const NavigationPosition &, const NavigationPosition &) = default;
+};
+
+/// A stream of sound in the packs.
+struct SoundStream {
+    ElementaryKind kind = ElementaryKind::AC3;
+    int number = 0; ///< within its kind
+
+    friend bool operator==(const SoundStream &, const SoundStream &) = default;
 };
 
 /// Walks through a disc as its own commands and the user's want it. One thread. The library under it checks what its
@@ -85,12 +96,15 @@ public:
     [[nodiscard]] ColourTable colours() const { return m_colours; }
     /// The stream of sub-pictures to show, as the packs number it; absent for none. In menus there is always one.
     [[nodiscard]] std::optional<int> subpictureStream() const { return m_subpictureStream; }
+    /// The stream of sound to play; absent where the disc has none.
+    [[nodiscard]] std::optional<SoundStream> soundStream() const { return m_soundStream; }
 
 private:
     Navigator(DiscFiles *disc, const DVDDescription &description);
     void takePosition();
     void takePicture();
     void takePlace();
+    void takeSoundStream();
     [[nodiscard]] bool isInMenu() const;
     [[nodiscard]] pci_t *buttons() const;
     [[nodiscard]] const ifo_handle_t *titleSet(int number);
@@ -105,6 +119,8 @@ private:
     bool m_hasStarted = false; ///< a navigation pack was seen
     std::optional<int> m_stillSeconds;
     std::optional<int> m_subpictureStream;
+    int m_chosenSound = 0; ///< as the disc's commands count, from 0
+    std::optional<SoundStream> m_soundStream;
     ColourTable m_colours{};
 };
 

@@ -28,9 +28,11 @@ PlayerReply replyOf(const NSError &error)
 
 } // namespace
 
-PlayerServer::PlayerServer(UniqueDescriptor socket, std::unique_ptr<SharedFrames> frames)
+PlayerServer::PlayerServer(UniqueDescriptor socket, std::unique_ptr<SharedFrames> frames,
+                           std::unique_ptr<SharedSound> sound)
     : m_socket(std::move(socket))
     , m_frames(std::move(frames))
+    , m_sound(std::move(sound))
 {
 }
 
@@ -158,7 +160,8 @@ PlayerReply PlayerServer::open(const QByteArray &path)
         failure.add(why);
         send(PlayerMessageKind::Failure, 0, failure.bytes());
     };
-    m_player = std::make_unique<DiscPlayer>(m_disc.get(), *std::move(description), m_frames.get(), std::move(hearers));
+    m_player = std::make_unique<DiscPlayer>(m_disc.get(), *std::move(description), m_frames.get(), m_sound.get(),
+                                            std::move(hearers));
     m_player->tellFirstState();
     return reply;
 }

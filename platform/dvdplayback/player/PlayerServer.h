@@ -18,8 +18,8 @@ namespace Tessaron
 class PlayerServer
 {
 public:
-    /// Without frames it describes, but does not play.
-    PlayerServer(UniqueDescriptor socket, std::unique_ptr<SharedFrames> frames);
+    /// Without frames it describes, but does not play; without memory for sound it plays in silence.
+    PlayerServer(UniqueDescriptor socket, std::unique_ptr<SharedFrames> frames, std::unique_ptr<SharedSound> sound);
 
     /// Returns when the session has closed the connection, or makes no sense.
     void run();
@@ -39,6 +39,7 @@ private:
     bool m_isConnected = true;
     bool m_isShutOff = false;
     const std::unique_ptr<SharedFrames> m_frames; ///< may be null
+    const std::unique_ptr<SharedSound> m_sound; ///< may be null
     std::unique_ptr<DiscFiles> m_disc;
     std::unique_ptr<DiscPlayer> m_player; ///< behind what it plays
 };

@@ -40,7 +40,7 @@ std::unique_ptr<VideoDecoder> VideoDecoder::create()
     return decoder;
 }
 
-void VideoDecoder::add(std::span<const std::uint8_t> bytes, const Visitor &visitor)
+void VideoDecoder::add(std::span<const std::uint8_t> bytes, std::optional<std::int64_t> time, const Visitor &visitor)
 {
     if (!m_parser || bytes.size() > mostBytesAtATime)
         return;
@@ -49,19 +49,22 @@ void VideoDecoder::add(std::span<const std::uint8_t> bytes, const Visitor &visit
     std::copy(bytes.begin(), bytes.end(), padded.begin());
     const std::uint8_t *position = padded.data();
     int left = int(bytes.size());
+    std::int64_t presentation = time.value_or(AV_NOPTS_VALUE);
     while (left > 0) {
         std::uint8_t *data = nullptr;
         int size = 0;
-        const int used = av_parser_parse2(m_parser.get(), m_context.get(), &data, &size, position, left, AV_NOPTS_VALUE,
+        const int used = av_parser_parse2(m_parser.get(), m_context.get(), &data, &size, position, left, presentation,
                                           AV_NOPTS_VALUE, 0);
         if (used < 0 || (used == 0 && size == 0))
             return;
+        presentation = AV_NOPTS_VALUE;
         position += used;
         left -= used;
         if (size == 0)
             continue;
         m_packet->data = data;
         m_packet->size = size;
+        m_packet->pts = m_parser->pts;
         decode(m_packet.get(), visitor);
     }
 }
@@ -76,6 +79,7 @@ void VideoDecoder::drain(const Visitor &visitor)
     if (size > 0) {
         m_packet->data = data;
         m_packet->size = size;
+        m_packet->pts = m_parser->pts;
         decode(m_packet.get(), visitor);
     }
     decode(nullptr, visitor);
@@ -98,6 +102,8 @@ void VideoDecoder::decode(AVPacket *packet, const Visitor &visitor)
         if (!picture.frame || avcodec_receive_frame(m_context.get(), picture.frame.get()) < 0)
             return;
         picture.duration = durationOf(*picture.frame, *m_context);
+        if (picture.frame->pts != AV_NOPTS_VALUE)
+            picture.time = picture.frame->pts;
         visitor(std::move(picture));
     }
 }

@@ -14,6 +14,7 @@ namespace Tessaron
 struct VideoPicture {
     DecodedFrame frame; ///< never null
     std::int64_t duration = 0; ///< 90 kHz; three fields for pictures of films on NTSC discs
+    std::optional<std::int64_t> time; ///< 90 kHz; absent for one that follows on the picture before
 };
 
 /// Decodes the MPEG-2 (or MPEG-1) video of a disc. Broken bytes give broken pictures, or none.
@@ -25,8 +26,9 @@ public:
 
     using Visitor = std::function<void(VideoPicture)>;
     static constexpr std::size_t mostBytesAtATime = 2048;
-    /// Takes the next bytes of the stream, a sector's at most, and gives the pictures that are complete.
-    void add(std::span<const std::uint8_t> bytes, const Visitor &visitor);
+    /// Takes the next bytes of the stream, a sector's at most, and gives the pictures that are complete. The time is
+    /// that of the first picture that begins in the bytes.
+    void add(std::span<const std::uint8_t> bytes, std::optional<std::int64_t> time, const Visitor &visitor);
     /// The stream ends or pauses here: gives the pictures that are left.
     void drain(const Visitor &visitor);
     /// The stream goes on elsewhere: forgets what was begun.

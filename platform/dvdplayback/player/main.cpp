@@ -22,12 +22,14 @@ int main(int argc, char ** /*arguments*/)
         std::fputs("TessaronDVDPlayer is started by TessaronClasses\n", stderr);
         return 2;
     }
-    ::close_range(playerFramesDescriptor + 1, ~0U, 0);
+    ::close_range(playerSoundDescriptor + 1, ~0U, 0);
     std::signal(SIGPIPE, SIG_IGN);
-    // Absent where the session only wants a description.
+    // Both are absent where the session only wants a description.
     Result<std::unique_ptr<SharedFrames>> frames = SharedFrames::attach(UniqueDescriptor(playerFramesDescriptor));
+    Result<std::unique_ptr<SharedSound>> sound = SharedSound::attach(UniqueDescriptor(playerSoundDescriptor));
     PlayerServer server(UniqueDescriptor(playerSocketDescriptor),
-                        frames ? *std::move(frames) : std::unique_ptr<SharedFrames>());
+                        frames ? *std::move(frames) : std::unique_ptr<SharedFrames>(),
+                        sound ? *std::move(sound) : std::unique_ptr<SharedSound>());
     server.run();
     // Threads of the libraries need not be waited for.
     std::fflush(nullptr);

@@ -1,0 +1,306 @@
+#include "platform/dvdplayback/DVDPlayback.h"
+#include "platform/dvdplayback/player/DiscDescriber.h"
+#include "platform/dvdplayback/player/DiscPlayer.h"
+#include "tests/dvdplayback/DiscFixture.h"
+#include "tests/support/RunProgram.h"
+
+#include <QFile>
+
+#include <cmath>
+#include <cstring>
+#include <fcntl.h>
+#include <thread>
+
+namespace Tessaron::Testing
+{
+
+namespace
+{
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+constexpr std::size_t channels = 2;
+
+using Frame = std::array<float, channels>;
+
+std::vector<Frame> framesIn(const QByteArray &bytes)
+{
+    std::vector<Frame> frames(std::size_t(bytes.size()) / sizeof(Frame));
+    std::memcpy(frames.data(), bytes.constData(), frames.size() * sizeof(Frame));
+    return frames;
+}
+
+/// Without silence, which a device plays whenever it is not given anything: on a busy machine that may be anywhere.
+std::vector<Frame> withoutSilence(std::vector<Frame> frames)
+{
+    std::erase(frames, Frame{});
+    return frames;
+}
+
+class SoundTest : public DiscTest
+{
+protected:
+    /// Sound of title 1 as another program decodes it. Stream 0 is AC-3, 1 is LPCM.
+    [[nodiscard]] static std::vector<Frame> soundOfTitle(const QByteArray &stream)
+    {
+        const ProgramRun run = runProgram("ffmpeg",
+                                          {"-nostdin", "-v", "error", "-i", disc() + "/VIDEO_TS/VTS_01_1.VOB", "-map",
+                                           "0:a:" + stream, "-ac", "2", "-f", "f32le", "-"});
+        EXPECT_EQ(run.status, 0) << run.errors.constData();
+        return framesIn(run.output);
+    }
+};
+
+/// A session whose sound goes into a file.
+class SoundPlaying : public SoundTest
+{
+protected:
+    SoundPlaying()
+    {
+        qputenv("SDL_AUDIODRIVER", "disk");
+        qputenv("SDL_DISKAUDIOFILE", m_tree.path("captured"));
+        EXPECT_EQ(DVDInitialize(), noErr);
+    }
+    ~SoundPlaying() override { DVDDispose(); }
+
+    static void openAndPlay(std::uint16_t title, std::uint16_t chapter)
+    {
+        FSRef ref;
+        ASSERT_EQ(FSPathMakeRef(disc(), &ref, nullptr), noErr);
+        ASSERT_EQ(DVDOpenMediaFile(&ref), noErr);
+        ASSERT_EQ(DVDSetChapter(title, chapter), noErr);
+    }
+    /// Until so many frames of sound, and not silence, have come out.
+    [[nodiscard]] bool waitForSound(std::size_t count) const
+    {
+        const auto end = std::chrono::steady_clock::now() + seconds(60);
+        while (std::chrono::steady_clock::now() < end) {
+            if (captured().size() >= count)
+                return true;
+            std::this_thread::sleep_for(milliseconds(50));
+        }
+        return false;
+    }
+    /// What has come out so far; all of it once media is closed.
+    [[nodiscard]] std::vector<Frame> captured() const
+    {
+        QFile file(m_tree.pathText("captured"));
+        return file.open(QIODevice::ReadOnly) ? withoutSilence(framesIn(file.readAll())) : std::vector<Frame>();
+    }
+};
+
+TEST_F(SoundPlaying, sound_isThatOfTheStream)
+{
+    openAndPlay(1, 1);
+    ASSERT_TRUE(waitForSound(72'000));
+    ASSERT_EQ(DVDCloseMediaFile(), noErr);
+    const std::vector<Frame> expected = withoutSilence(soundOfTitle("0")), heard = captured();
+    ASSERT_GE(expected.size(), heard.size());
+    EXPECT_TRUE(std::equal(heard.begin(), heard.end(), expected.begin()));
+}
+
+TEST_F(SoundPlaying, pause_losesAndRepeatsNothing)
+{
+    openAndPlay(1, 1);
+    ASSERT_TRUE(waitForSound(20'000));
+    ASSERT_EQ(DVDPause(), noErr);
+    const std::size_t before = captured().size();
+    std::this_thread::sleep_for(milliseconds(300));
+    EXPECT_LT(captured().size(), before + 12'000) << "a file is written late, not for long";
+    ASSERT_EQ(DVDPlay(), noErr);
+    ASSERT_TRUE(waitForSound(60'000));
+    ASSERT_EQ(DVDCloseMediaFile(), noErr);
+    const std::vector<Frame> expected = withoutSilence(soundOfTitle("0")), heard = captured();
+    EXPECT_TRUE(std::equal(heard.begin(), heard.end(), expected.begin()));
+}
+
+TEST_F(SoundPlaying, volume_isThatOfWhatComesOut)
+{
+    ASSERT_EQ(DVDSetAudioVolume(51), noErr);
+    openAndPlay(1, 1);
+    ASSERT_TRUE(waitForSound(24'000));
+    ASSERT_EQ(DVDCloseMediaFile(), noErr);
+    const std::vector<Frame> expected = withoutSilence(soundOfTitle("0")), heard = captured();
+    for (std::size_t frame = 0; frame < heard.size(); ++frame)
+        ASSERT_NEAR(heard[frame][0], expected[frame][0] / 5, 1e-6) << frame;
+}
+
+TEST_F(SoundPlaying, muted_playsSilenceInTime)
+{
+    ASSERT_EQ(DVDMute(true), noErr);
+    openAndPlay(1, 1);
+    const auto end = std::chrono::steady_clock::now() + seconds(60);
+    std::uint32_t elapsed = 0, length = 0;
+    while (elapsed < 900 && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(milliseconds(20));
+        ASSERT_EQ(DVDGetTitleTime(&elapsed, &length), noErr);
+    }
+    EXPECT_GE(elapsed, 900U);
+    ASSERT_EQ(DVDCloseMediaFile(), noErr);
+    EXPECT_TRUE(captured().empty());
+}
+
+/// Plays in a time of the test's own, in which nothing is late, with a device that the test is.
+class SoundInTime : public SoundTest
+{
+protected:
+    SoundInTime()
+    {
+        device = *SharedSound::create();
+        sound = *SharedSound::attach(UniqueDescriptor(::fcntl(device->descriptor(), F_DUPFD_CLOEXEC, 3)));
+        session = *SharedFrames::create();
+        frames = *SharedFrames::attach(UniqueDescriptor(::fcntl(session->descriptor(), F_DUPFD_CLOEXEC, 3)));
+        device->tellOpen({48'000, channels}, 960);
+        files = *DiscFiles::open(*findDisc(disc()));
+        DiscPlayer::Hearers hearers;
+        hearers.state = [this](const PlayerState &told) { state = told; };
+        hearers.titleTime = [](std::uint32_t, std::uint32_t) {};
+        hearers.frame = [this](std::uint32_t) { hearFrame(); };
+        hearers.failure = [](const QString &why) { ADD_FAILURE() << why.toStdString(); };
+        hearers.now = [this] { return now; };
+        player.emplace(files.get(), *describeDisc(files.get()), frames.get(), sound.get(), std::move(hearers));
+    }
+
+    struct Shown {
+        std::chrono::steady_clock::time_point when;
+        QRgb colour = 0;
+    };
+
+    void hearFrame()
+    {
+        QImage image;
+        std::uint32_t number = 0;
+        ASSERT_TRUE(session->takeNewest(&image, &number));
+        shown.push_back({now, image.pixel(60, 60)});
+    }
+    /// Goes on by a time, a millisecond after the other; the device takes sound every ten.
+    void play(milliseconds time)
+    {
+        for (const auto end = now + time; now < end; now += milliseconds(1)) {
+            for (int turn = 0; turn < 1000 && player->advance() == milliseconds(0);)
+                ++turn;
+            if ((now - begin) % milliseconds(10) != milliseconds(0))
+                continue;
+            std::array<float, 480 * channels> samples{};
+            device->take(samples, now);
+            const auto *const first = reinterpret_cast<const char *>(samples.data());
+            heard.append(first, qsizetype(sizeof(samples)));
+        }
+    }
+    /// When the device plays that frame of what it was given: it holds 960 frames back.
+    [[nodiscard]] std::chrono::steady_clock::time_point whenHeard(std::size_t frame) const
+    {
+        return begin + milliseconds(20) + std::chrono::microseconds(frame * 1'000'000 / 48'000);
+    }
+    [[nodiscard]] std::optional<std::size_t> firstShown(QRgb colour, std::size_t from = 0) const
+    {
+        for (std::size_t index = from; index < shown.size(); ++index) {
+            if (std::abs(qRed(shown[index].colour) - qRed(colour)) < 12
+                && std::abs(qGreen(shown[index].colour) - qGreen(colour)) < 12
+                && std::abs(qBlue(shown[index].colour) - qBlue(colour)) < 12)
+                return index;
+        }
+        return std::nullopt;
+    }
+
+    const std::chrono::steady_clock::time_point begin{std::chrono::hours(5)};
+    std::chrono::steady_clock::time_point now = begin;
+    std::unique_ptr<SharedSound> device, sound;
+    std::unique_ptr<SharedFrames> session, frames;
+    std::unique_ptr<DiscFiles> files;
+    std::optional<DiscPlayer> player;
+    PlayerState state;
+    std::vector<Shown> shown;
+    QByteArray heard;
+};
+
+TEST_F(SoundInTime, soundAndPicture_areTogether)
+{
+    ASSERT_EQ(player->playChapter(1, 1), noErr);
+    play(seconds(9));
+    const std::vector<Frame> all = framesIn(heard), expected = soundOfTitle("0");
+    // Where in what was heard the title begins: its first sound that is no silence.
+    const auto isSound = [](const Frame &frame) { return frame != Frame{}; };
+    const auto firstHeard = std::find_if(all.begin(), all.end(), isSound);
+    const auto firstExpected = std::find_if(expected.begin(), expected.end(), isSound);
+    ASSERT_NE(firstHeard, all.end());
+    const auto lead = (firstHeard - all.begin()) - (firstExpected - expected.begin());
+    ASSERT_GE(lead, 0);
+    EXPECT_TRUE(std::equal(expected.begin(), expected.end(), all.begin() + lead)) << "to the end of the title";
+    // The sound of the stream begins with the picture, as its packets say.
+    constexpr std::array<QRgb, 4> colours = {0xa00000, 0x008000, 0x0000c0, 0x806000};
+    for (std::size_t chapter = 1; chapter < colours.size(); ++chapter) {
+        const std::optional<std::size_t> seen = firstShown(colours[chapter]);
+        ASSERT_TRUE(seen) << chapter;
+        const auto frame = std::size_t(lead) + chapter * 65 * 48'048 / 30;
+        const auto off = std::chrono::duration_cast<milliseconds>(shown[*seen].when - whenHeard(frame)).count();
+        EXPECT_LE(std::abs(off), 40) << chapter;
+    }
+}
+
+TEST_F(SoundInTime, pictures_comeEvenly)
+{
+    ASSERT_EQ(player->playChapter(1, 1), noErr);
+    play(seconds(8));
+    ASSERT_GT(shown.size(), 200U);
+    for (std::size_t index = 12; index < 200; ++index) {
+        const auto between = shown[index].when - shown[index - 1].when;
+        EXPECT_GE(between, milliseconds(32)) << index;
+        EXPECT_LE(between, milliseconds(35)) << index;
+    }
+}
+
+TEST_F(SoundInTime, seek_leavesNothingOfWhatWasBefore)
+{
+    ASSERT_EQ(player->playChapter(1, 1), noErr);
+    play(milliseconds(1500));
+    const qsizetype before = heard.size();
+    ASSERT_EQ(player->playChapter(1, 3), noErr);
+    play(milliseconds(1500));
+    // A tone of 400 hertz and 200 more for each second: what comes behind the seek is that of the third chapter.
+    const std::vector<Frame> behind = withoutSilence(framesIn(heard.sliced(before)));
+    ASSERT_GT(behind.size(), 48'000U);
+    int crossings = 0;
+    for (std::size_t frame = 2001; frame < 26'001; ++frame)
+        crossings += behind[frame - 1][0] < 0 && behind[frame][0] >= 0 ? 1 : 0;
+    const double chapter = 2 * 65 * 1.001 / 30; // its begin
+    const double middle = chapter + 14'000.0 / 48'000;
+    EXPECT_NEAR(2.0 * crossings, 400 + 200 * middle, 15);
+}
+
+TEST_F(SoundInTime, pause_holdsBoth)
+{
+    ASSERT_EQ(player->playChapter(1, 1), noErr);
+    play(seconds(1));
+    ASSERT_EQ(player->pause(), noErr);
+    const std::size_t before = shown.size();
+    const qsizetype heardBefore = heard.size();
+    play(seconds(1));
+    EXPECT_EQ(shown.size(), before);
+    EXPECT_TRUE(withoutSilence(framesIn(heard.sliced(heardBefore))).empty());
+    ASSERT_EQ(player->play(), noErr);
+    play(seconds(1));
+    EXPECT_GT(shown.size(), before + 25);
+    const std::vector<Frame> all = withoutSilence(framesIn(heard)), expected = withoutSilence(soundOfTitle("0"));
+    EXPECT_TRUE(std::equal(all.begin(), all.end(), expected.begin()));
+}
+
+TEST_F(SoundInTime, menuThatStands_endsItsSound_andGoesOnFromThere)
+{
+    ASSERT_EQ(player->play(), noErr);
+    play(seconds(3));
+    EXPECT_EQ(state.playback, std::uint32_t(kDVDStatePlayingStill));
+    const std::vector<Frame> menu = withoutSilence(framesIn(heard));
+    EXPECT_GT(menu.size(), 15'000U) << "the menu has half a second of it";
+    EXPECT_LT(menu.size(), 40'000U);
+    ASSERT_EQ(player->navigate(kDVDUserNavigationEnter), noErr);
+    const qsizetype before = heard.size();
+    play(seconds(2));
+    EXPECT_TRUE(firstShown(0xa00000));
+    EXPECT_GT(withoutSilence(framesIn(heard.sliced(before))).size(), 48'000U);
+}
+
+} // namespace
+
+} // namespace Tessaron::Testing
