@@ -284,6 +284,18 @@ OSStatus DVDNextChapter()
     return session().ask(PlayerMessageKind::NextChapter);
 }
 
+OSStatus DVDPlaySlowly(std::int16_t times)
+{
+    if (times != 2 && times != 4 && times != 8)
+        return kDVDErrorWrongParam;
+    return session().ask(PlayerMessageKind::PlaySlowly, payload(times));
+}
+
+OSStatus DVDStepFrame()
+{
+    return session().ask(PlayerMessageKind::StepFrame);
+}
+
 OSStatus DVDGetChapter(std::uint16_t *title, std::uint16_t *chapter)
 {
     if (!chapter)
@@ -302,6 +314,11 @@ OSStatus DVDGetTitleTime(std::uint32_t *elapsed, std::uint32_t *length)
         *length = state.length;
         return state.elapsed;
     });
+}
+
+OSStatus DVDSetTitleTime(std::uint32_t elapsed)
+{
+    return session().ask(PlayerMessageKind::GoToTime, payload(elapsed));
 }
 
 OSStatus DVDGetNumAngles(std::uint16_t *count)
@@ -424,6 +441,36 @@ OSStatus DVDMute(bool isMuted)
         return kDVDErrorUninitializedLib;
     session().setSettings([&](DVDSession::Settings *settings) { settings->isMuted = isMuted; });
     return noErr;
+}
+
+OSStatus DVDGetNumAudioStreams(std::uint16_t *count)
+{
+    return answer(count, [](const PlayerState &state) { return state.soundStreams; });
+}
+
+OSStatus DVDGetAudioStream(std::uint16_t *stream)
+{
+    return answer(stream, [](const PlayerState &state) { return state.soundStream; });
+}
+
+OSStatus DVDSetAudioStream(std::uint16_t stream)
+{
+    return session().ask(PlayerMessageKind::SetSoundStream, payload(stream));
+}
+
+OSStatus DVDGetNumSubPictureStreams(std::uint16_t *count)
+{
+    return answer(count, [](const PlayerState &state) { return state.subtitleStreams; });
+}
+
+OSStatus DVDGetSubPictureStream(std::uint16_t *stream)
+{
+    return answer(stream, [](const PlayerState &state) { return state.subtitleStream; });
+}
+
+OSStatus DVDSetSubPictureStream(std::uint16_t stream)
+{
+    return session().ask(PlayerMessageKind::SetSubtitleStream, payload(stream));
 }
 
 OSStatus DVDSetVideoWindowID(std::uint32_t window)

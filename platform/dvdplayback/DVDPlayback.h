@@ -170,10 +170,16 @@ TESSARON_EXPORT OSStatus DVDScan(std::int16_t rate, std::int8_t direction);
 TESSARON_EXPORT OSStatus DVDSetChapter(std::uint16_t title, std::uint16_t chapter);
 TESSARON_EXPORT OSStatus DVDPreviousChapter();
 TESSARON_EXPORT OSStatus DVDNextChapter();
+/// Pictures `times` times as slow (2, 4 or 8), without sound, until playing is asked for.
+TESSARON_EXPORT OSStatus DVDPlaySlowly(std::int16_t times);
+/// Pauses, and shows the next picture.
+TESSARON_EXPORT OSStatus DVDStepFrame();
 /// The title and chapter that play; 0 in menus.
 TESSARON_EXPORT OSStatus DVDGetChapter(std::uint16_t *title, std::uint16_t *chapter);
 /// Where in the title, and how long it is; milliseconds.
 TESSARON_EXPORT OSStatus DVDGetTitleTime(std::uint32_t *elapsed, std::uint32_t *length);
+/// Plays on at a time of the title, milliseconds; the video unit that holds it is found, which is a second at most.
+TESSARON_EXPORT OSStatus DVDSetTitleTime(std::uint32_t elapsed);
 TESSARON_EXPORT OSStatus DVDGetNumAngles(std::uint16_t *count);
 /// From 1.
 TESSARON_EXPORT OSStatus DVDGetAngle(std::uint16_t *angle);
@@ -206,6 +212,20 @@ TESSARON_EXPORT OSStatus DVDGetAudioVolumeInfo(std::uint16_t *minimum, std::uint
 TESSARON_EXPORT OSStatus DVDSetAudioVolume(std::int16_t volume);
 TESSARON_EXPORT OSStatus DVDIsMuted(bool *isMuted);
 TESSARON_EXPORT OSStatus DVDMute(bool isMuted);
+
+// Streams of sound and of subtitles of the title that plays, counted from 1 as DVDCopyDescription() lists them with
+// their languages. Outside of titles there is none to choose.
+
+TESSARON_EXPORT OSStatus DVDGetNumAudioStreams(std::uint16_t *count);
+/// 0 where nothing is to be heard.
+TESSARON_EXPORT OSStatus DVDGetAudioStream(std::uint16_t *stream);
+/// Heard once what was read of the present one has been: half a second at most.
+TESSARON_EXPORT OSStatus DVDSetAudioStream(std::uint16_t stream);
+TESSARON_EXPORT OSStatus DVDGetNumSubPictureStreams(std::uint16_t *count);
+/// 0 while no subtitles are shown.
+TESSARON_EXPORT OSStatus DVDGetSubPictureStream(std::uint16_t *stream);
+/// 0 for no subtitles.
+TESSARON_EXPORT OSStatus DVDSetSubPictureStream(std::uint16_t stream);
 
 // The picture.
 

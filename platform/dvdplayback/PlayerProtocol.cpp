@@ -31,7 +31,7 @@ constexpr std::size_t length = 8;
 bool isKind(std::uint32_t value)
 {
     const auto kind = static_cast<PlayerMessageKind>(value);
-    return (kind >= PlayerMessageKind::Describe && kind <= PlayerMessageKind::SetTimeRate)
+    return (kind >= PlayerMessageKind::Describe && kind <= PlayerMessageKind::SetSubtitleStream)
         || (kind >= PlayerMessageKind::Hello && kind <= PlayerMessageKind::Failure);
 }
 
@@ -274,6 +274,10 @@ QByteArray encodedState(const PlayerState &state)
     writer.add(state.buttons);
     writer.add(state.selectedButton);
     writer.add(state.sound);
+    writer.add(state.soundStreams);
+    writer.add(state.soundStream);
+    writer.add(state.subtitleStreams);
+    writer.add(state.subtitleStream);
     add(&writer, state.place);
     return writer.bytes();
 }
@@ -297,6 +301,10 @@ std::optional<PlayerState> decodedState(const QByteArray &bytes)
     state.buttons = reader.take<std::uint8_t>();
     state.selectedButton = reader.take<std::uint8_t>();
     state.sound = reader.take<std::uint8_t>();
+    state.soundStreams = reader.take<std::uint8_t>();
+    state.soundStream = reader.take<std::uint8_t>();
+    state.subtitleStreams = reader.take<std::uint8_t>();
+    state.subtitleStream = reader.take<std::uint8_t>();
     state.place = takePlace(&reader);
     return reader.isAtEnd() ? std::optional(state) : std::nullopt;
 }

@@ -15,7 +15,7 @@ namespace Tessaron
 // the kind needs. Neither trusts the other: bytes that make no sense end the connection.
 
 /// A change to any message is a new number; both sides come from one build.
-inline constexpr std::uint32_t playerProtocolVersion = 2;
+inline constexpr std::uint32_t playerProtocolVersion = 3;
 
 inline constexpr std::size_t playerMessageHeadSize = 12;
 inline constexpr std::size_t longestPlayerMessage = 4 << 20;
@@ -43,6 +43,11 @@ enum class PlayerMessageKind : std::uint32_t {
     PointAt, ///< i32 x, i32 y in the picture of 720 samples, bool activates; answered with the button, i32
     GoToPlace, ///< a PlayerPlace
     SetTimeRate, ///< u32 milliseconds
+    PlaySlowly, ///< i16 times
+    StepFrame,
+    GoToTime, ///< u32 milliseconds
+    SetSoundStream, ///< u16, from 1
+    SetSubtitleStream, ///< u16, from 1; 0 for none
 
     // From the helper.
     Hello = 100, ///< u32 protocol version; the first message
@@ -90,6 +95,10 @@ struct PlayerState {
     std::uint8_t buttons = 0; ///< of the menu
     std::uint8_t selectedButton = 0; ///< from 1; 0 for none
     std::uint8_t sound = 0; ///< a SoundDevice
+    std::uint8_t soundStreams = 0; ///< of the title
+    std::uint8_t soundStream = 0; ///< from 1; 0 for none
+    std::uint8_t subtitleStreams = 0;
+    std::uint8_t subtitleStream = 0; ///< likewise
     PlayerPlace place;
 
     friend bool operator==(const PlayerState &, const PlayerState &) = default;

@@ -77,6 +77,11 @@ TEST(PlayerProtocol, state_isTheSame_whenItHasTravelled)
     state.height = 576;
     state.buttons = 36;
     state.selectedButton = 7;
+    state.sound = 2;
+    state.soundStreams = 8;
+    state.soundStream = 3;
+    state.subtitleStreams = 32;
+    state.subtitleStream = 31;
     state.place = {1, 2, 3, 4, 5, 6, 7, 8};
     EXPECT_EQ(decodedState(encodedState(state)), state);
     EXPECT_FALSE(decodedState(encodedState(state).chopped(1)));
@@ -117,7 +122,7 @@ TEST(PlayerProtocol, messages_areTakenOffTheStream_howeverItIsCut)
 TEST(PlayerProtocol, takeMessage_refusesKindsAndLengthsThatDoNotExist)
 {
     PlayerMessage message;
-    for (const std::uint32_t kind : {0U, 17U, 99U, 106U, 0xffffffffU}) {
+    for (const std::uint32_t kind : {0U, 22U, 99U, 106U, 0xffffffffU}) {
         QByteArray stream = encodedMessage({static_cast<PlayerMessageKind>(kind), 1, {}});
         EXPECT_EQ(takeMessage(&stream, &message), StreamBegin::Nonsense) << kind;
     }

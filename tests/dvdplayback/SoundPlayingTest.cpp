@@ -269,6 +269,32 @@ TEST_F(SoundInTime, seek_leavesNothingOfWhatWasBefore)
     EXPECT_NEAR(2.0 * crossings, 400 + 200 * middle, 15);
 }
 
+TEST_F(SoundInTime, otherStream_followsWithoutAGap)
+{
+    ASSERT_EQ(player->playChapter(1, 1), noErr);
+    play(seconds(1));
+    ASSERT_EQ(player->setSoundStream(2), noErr);
+    play(seconds(2));
+    const std::vector<Frame> all = framesIn(heard), first = soundOfTitle("0"), second = soundOfTitle("1");
+    const auto isSound = [](const Frame &frame) { return frame != Frame{}; };
+    const auto sounding = std::find_if(all.begin(), all.end(), isSound);
+    const auto lead = (sounding - all.begin()) - (std::find_if(first.begin(), first.end(), isSound) - first.begin());
+    // The samples of the second stream are known to the bit; it begins a little later than the first.
+    std::ptrdiff_t best = 0;
+    constexpr std::ptrdiff_t mostOff = 48 * 40; // of 40 milliseconds
+    for (std::ptrdiff_t off = -mostOff; off <= mostOff; ++off) {
+        std::ptrdiff_t same = 0;
+        for (auto at = std::ptrdiff_t(all.size()) - 1;
+             at >= lead && at - lead + off >= 0 && at - lead + off < std::ptrdiff_t(second.size())
+             && all[std::size_t(at)] == second[std::size_t(at - lead + off)];
+             --at)
+            ++same;
+        best = std::max(best, same);
+    }
+    EXPECT_GT(best, 48'000) << "a second and more of the two since it was chosen";
+    EXPECT_LT(std::count(sounding, all.end(), Frame{}), 48'000 / 50) << "of silence";
+}
+
 TEST_F(SoundInTime, pause_holdsBoth)
 {
     ASSERT_EQ(player->playChapter(1, 1), noErr);

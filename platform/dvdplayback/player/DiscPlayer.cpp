@@ -25,7 +25,6 @@ constexpr std::int64_t soundAhead = ticksInSecond * 3 / 10;
 /// there is no sound.
 constexpr std::int64_t farthestAhead = ticksInSecond * 3 / 2;
 constexpr std::size_t mostBytesAhead = 2 << 20;
-/// What a unit has of sound before its pictures belongs to what was left, but for the little at the begin of a title.
 constexpr std::int64_t mostSoundInFront = ticksInSecond / 10;
 /// Times that are further off are mistakes.
 constexpr std::int64_t mostOffTime = ticksInSecond;
@@ -374,6 +373,8 @@ void DiscPlayer::beginRun(Clock::time_point now)
     if (!m_clock.hasSound() && !isDry(now) && (m_clock.takesSound(now) || m_clock.isWaitingForDevice(now)))
         return;
     std::int64_t begin = m_runBegin.value_or(sound.value_or(m_timeline.begin()));
+    // A disc has the pictures of a unit before their sound, which begins half a second earlier there: that much belongs
+    // to what was left, but not the little by which sound is ahead at the begin of a title.
     if (sound && *sound < begin && begin - *sound < mostSoundInFront)
         begin = *sound;
     m_runBegin.reset();
@@ -412,7 +413,7 @@ bool DiscPlayer::showFront(Clock::time_point now, std::optional<milliseconds> *w
             return false;
         }
         if (std::holds_alternative<End>(front)) {
-            static_cast<void>(stop());
+            end();
             return false;
         }
         m_isBarred = false;
@@ -560,6 +561,10 @@ void DiscPlayer::take(const NavigationPosition &position)
     m_state.height = position.height;
     m_state.buttons = position.isInTitle ? std::uint8_t(0) : position.buttons;
     m_state.place = position.place;
+    m_state.soundStreams = position.soundStreams;
+    m_state.soundStream = position.isInTitle ? position.soundStream : std::uint8_t(0);
+    m_state.subtitleStreams = position.subtitleStreams;
+    m_state.subtitleStream = position.subtitleStream;
     m_positionTime.reset();
 }
 
@@ -593,7 +598,7 @@ void DiscPlayer::setPlayback(std::uint32_t playback)
 
 void DiscPlayer::fail(const QString &why)
 {
-    static_cast<void>(stop());
+    end();
     m_hearers.failure(why.isEmpty() ? QStringLiteral("the disc cannot be read on") : why);
 }
 
@@ -601,6 +606,7 @@ void DiscPlayer::fail(const QString &why)
 
 OSStatus DiscPlayer::play()
 {
+    m_clock.setSlowness(1, m_hearers.now());
     switch (m_state.playback) {
     case kDVDStatePlaying:
     case kDVDStatePlayingStill:
@@ -626,6 +632,8 @@ OSStatus DiscPlayer::pause()
         return kDVDErrorUserActionNoOp;
     if (m_state.playback == kDVDStatePaused)
         return noErr;
+    if (isForbidden(UserOperation::Pause))
+        return kDVDErrorUserActionNoOp;
     m_playbackBefore = isMoving(m_state.playback) ? m_state.playback : std::uint32_t(kDVDStatePlaying);
     setPlayback(kDVDStatePaused);
     tellState();
@@ -633,6 +641,19 @@ OSStatus DiscPlayer::pause()
 }
 
 OSStatus DiscPlayer::stop()
+{
+    if (isForbidden(UserOperation::Stop))
+        return kDVDErrorUserActionNoOp;
+    end();
+    return noErr;
+}
+
+bool DiscPlayer::isForbidden(UserOperation operation) const
+{
+    return m_navigator && m_navigator->forbids(operation);
+}
+
+void DiscPlayer::end()
 {
     if (m_navigator)
         forgetAhead();
@@ -645,8 +666,8 @@ OSStatus DiscPlayer::stop()
     m_state.format = before.format;
     m_state.width = before.width;
     m_state.height = before.height;
+    m_clock.setSlowness(1, m_hearers.now());
     tellState();
-    return noErr;
 }
 
 OSStatus DiscPlayer::jump(const std::function<OSStatus()> &request)
@@ -669,6 +690,16 @@ OSStatus DiscPlayer::jump(const std::function<OSStatus()> &request)
 
 OSStatus DiscPlayer::playChapter(int title, int chapter)
 {
+    // A disc that is stopped forbids nothing.
+    const bool isSameTitle = title == m_state.title;
+    const UserOperation operation = isSameTitle ? UserOperation::TimeOrChapterSearch
+        : chapter == 1                          ? UserOperation::TitlePlay
+                                                : UserOperation::ChapterPlay;
+    return isForbidden(operation) ? kDVDErrorUserActionNoOp : jumpToChapter(title, chapter);
+}
+
+OSStatus DiscPlayer::jumpToChapter(int title, int chapter)
+{
     if (!start())
         return kDVDErrorDamagedMedia;
     if (m_state.playback == kDVDStateScanning)
@@ -682,12 +713,14 @@ OSStatus DiscPlayer::stepChapter(int by)
     if (title == 0 || chapter < 1
         || std::size_t(chapter) > m_description.titles[std::size_t(title - 1)].chapters.size())
         return kDVDErrorUserActionNoOp;
-    return playChapter(title, chapter);
+    if (isForbidden(by < 0 ? UserOperation::PreviousProgram : UserOperation::NextProgram))
+        return kDVDErrorUserActionNoOp;
+    return jumpToChapter(title, chapter);
 }
 
 OSStatus DiscPlayer::setAngle(int angle)
 {
-    if (!m_navigator || !settle())
+    if (!m_navigator || !settle() || isForbidden(UserOperation::Angle))
         return kDVDErrorUserActionNoOp;
     const OSStatus status = m_navigator->setAngle(angle);
     // It is seen, and told, with one of the next video units.
@@ -697,17 +730,22 @@ OSStatus DiscPlayer::setAngle(int angle)
 
 OSStatus DiscPlayer::goToMenu(std::uint32_t menu)
 {
+    const auto operation = static_cast<UserOperation>(static_cast<std::uint32_t>(UserOperation::TitleMenu) + menu);
+    if (menu <= kDVDMenuPTT && isForbidden(operation))
+        return kDVDErrorUserActionNoOp;
     return jump([&] { return m_navigator->goToMenu(menu); });
 }
 
 OSStatus DiscPlayer::returnToTitle()
 {
+    if (isForbidden(UserOperation::Resume))
+        return kDVDErrorUserActionNoOp;
     return jump([&] { return m_navigator->returnToTitle(); });
 }
 
 OSStatus DiscPlayer::navigate(std::uint32_t navigation)
 {
-    if (!m_navigator || !settle())
+    if (!m_navigator || !settle() || isForbidden(UserOperation::Button))
         return kDVDErrorUserActionNoOp;
     const OSStatus status = m_navigator->moveSelection(navigation);
     if (status != noErr)
@@ -721,7 +759,7 @@ OSStatus DiscPlayer::navigate(std::uint32_t navigation)
 
 OSStatus DiscPlayer::pointAt(int x, int y, bool activates, std::int32_t *button)
 {
-    if (!m_navigator || !settle())
+    if (!m_navigator || !settle() || isForbidden(UserOperation::Button))
         return kDVDErrorUserActionNoOp;
     bool wasActivated = false;
     *button = m_navigator->pointAt(x, y, activates, &wasActivated);
@@ -755,12 +793,13 @@ void DiscPlayer::showSelection()
 
 OSStatus DiscPlayer::goToPlace(const PlayerPlace &place)
 {
-    if (const OSStatus status = playChapter(place.title, place.chapter); status != noErr)
+    const UserOperation operation =
+        place.title == m_state.title ? UserOperation::TimeOrChapterSearch : UserOperation::TitleOrTimePlay;
+    if (isForbidden(operation))
+        return kDVDErrorUserActionNoOp;
+    if (const OSStatus status = jumpToChapter(place.title, place.chapter); status != noErr)
         return status;
-    // Searching works along the first angle.
-    if (m_state.angle != 1 && setAngle(1) == noErr && !settle())
-        return kDVDErrorDamagedMedia;
-    const OSStatus found = jump([&] {
+    const OSStatus found = jumpAlongFirstAngle([&] {
         return place.sectorInTitle != noSector ? m_navigator->searchSector(place.sectorInTitle)
                                                : m_navigator->searchTime(place.elapsed);
     });
@@ -769,10 +808,105 @@ OSStatus DiscPlayer::goToPlace(const PlayerPlace &place)
     return place.angle > 1 && place.angle <= m_state.angles ? setAngle(place.angle) : OSStatus(noErr);
 }
 
+/// Searching does not work along the others.
+OSStatus DiscPlayer::jumpAlongFirstAngle(const std::function<OSStatus()> &search)
+{
+    if (m_state.angle != 1) {
+        const OSStatus status = m_navigator->setAngle(1);
+        m_needsPosition = m_needsPosition || status == noErr;
+        if (status == noErr && !settle())
+            return kDVDErrorDamagedMedia;
+    }
+    return jump(search);
+}
+
+OSStatus DiscPlayer::goToTime(std::uint32_t elapsed)
+{
+    if (!m_navigator || !settle() || m_state.title == 0 || isForbidden(UserOperation::TimeOrChapterSearch))
+        return kDVDErrorUserActionNoOp;
+    if (elapsed >= m_state.length)
+        return kDVDErrorWrongParam;
+    const int angle = m_state.angle;
+    const OSStatus found = jumpAlongFirstAngle([&] { return m_navigator->searchTime(elapsed); });
+    if (found != noErr || angle == 1 || angle > m_state.angles)
+        return found;
+    const OSStatus status = m_navigator->setAngle(angle);
+    m_needsPosition = m_needsPosition || status == noErr;
+    return status;
+}
+
+OSStatus DiscPlayer::playSlowly(int times)
+{
+    if (!m_navigator || !settle())
+        return kDVDErrorUserActionNoOp;
+    if (const OSStatus status = play(); status != noErr)
+        return status;
+    m_clock.setSlowness(times, m_hearers.now());
+    m_sound.clear();
+    return noErr;
+}
+
+OSStatus DiscPlayer::stepPicture()
+{
+    if (!m_navigator || !settle())
+        return kDVDErrorUserActionNoOp;
+    if (const OSStatus status = pause(); status != noErr)
+        return status;
+    const Clock::time_point now = m_hearers.now();
+    // What was handed on already belongs to the picture that is left.
+    m_clock.forget();
+    for (int step = 0; step < mostStepsToPosition && m_navigator; ++step) {
+        decodePictures();
+        m_runBegin.reset();
+        if (m_items.empty()) {
+            if (m_isBarred)
+                break;
+            takeStep(m_navigator->next());
+            continue;
+        }
+        const bool isPicture = std::holds_alternative<VideoPicture>(m_items.front());
+        const bool isStay =
+            std::holds_alternative<Still>(m_items.front()) || std::holds_alternative<End>(m_items.front());
+        std::optional<milliseconds> wait;
+        if (isStay || !showFront(now, &wait))
+            break;
+        if (isPicture) {
+            tellState();
+            return noErr;
+        }
+    }
+    return kDVDErrorUserActionNoOp;
+}
+
+OSStatus DiscPlayer::setSoundStream(int stream)
+{
+    if (!m_navigator || !settle() || isForbidden(UserOperation::SoundStream))
+        return kDVDErrorUserActionNoOp;
+    const OSStatus status = m_navigator->chooseSound(stream);
+    m_needsPosition = m_needsPosition || status == noErr;
+    return status;
+}
+
+OSStatus DiscPlayer::setSubtitleStream(int stream)
+{
+    if (!m_navigator || !settle() || isForbidden(UserOperation::SubtitleStream))
+        return kDVDErrorUserActionNoOp;
+    const OSStatus status = m_navigator->chooseSubtitles(stream);
+    m_needsPosition = m_needsPosition || status == noErr;
+    if (status == noErr && stream == 0 && m_overlay) {
+        m_overlay.reset();
+        m_nextOverlay.reset();
+        compose();
+    }
+    return status;
+}
+
 OSStatus DiscPlayer::scan(int rate, bool isBackward)
 {
-    if (!m_navigator || !settle() || m_state.title == 0)
+    if (!m_navigator || !settle() || m_state.title == 0
+        || isForbidden(isBackward ? UserOperation::BackwardScan : UserOperation::ForwardScan))
         return kDVDErrorUserActionNoOp;
+    m_clock.setSlowness(1, m_hearers.now());
     m_scanRate = isBackward ? -rate : rate;
     m_scanTime = m_state.elapsed;
     m_scanDue = m_hearers.now();

@@ -57,6 +57,11 @@ public:
     [[nodiscard]] OSStatus navigate(std::uint32_t navigation);
     [[nodiscard]] OSStatus pointAt(int x, int y, bool activates, std::int32_t *button);
     [[nodiscard]] OSStatus goToPlace(const PlayerPlace &place);
+    [[nodiscard]] OSStatus goToTime(std::uint32_t elapsed);
+    [[nodiscard]] OSStatus playSlowly(int times);
+    [[nodiscard]] OSStatus stepPicture();
+    [[nodiscard]] OSStatus setSoundStream(int stream);
+    [[nodiscard]] OSStatus setSubtitleStream(int stream);
     /// Says that it is stopped, and what the pictures of the disc are like.
     void tellFirstState();
     void setTimeRate(std::chrono::milliseconds rate) { m_timeRate = rate; }
@@ -125,6 +130,10 @@ private:
     void followButton();
     void showSelection();
     [[nodiscard]] bool settle();
+    [[nodiscard]] bool isForbidden(UserOperation operation) const;
+    [[nodiscard]] OSStatus jumpToChapter(int title, int chapter);
+    [[nodiscard]] OSStatus jumpAlongFirstAngle(const std::function<OSStatus()> &search);
+    void end();
     [[nodiscard]] OSStatus jump(const std::function<OSStatus()> &request);
     [[nodiscard]] std::optional<std::chrono::milliseconds> advanceScan(Clock::time_point now);
     void fail(const QString &why);

@@ -18,6 +18,7 @@ constexpr int endlessStill = 0xff;
 constexpr std::uint8_t wideAspect = 3; // as the library counts
 constexpr std::uint32_t noSector = 0xffffffff;
 constexpr std::int64_t ticksInMillisecond = 90;
+constexpr int mostSoundStreams = 8;
 
 void keep(void *disc, dvdnav_logger_level_t level, const char *format, va_list arguments)
 {
@@ -88,6 +89,7 @@ NavigationStep Navigator::next()
         constexpr int isHidden = 0x80;
         constexpr int streamMask = 0x1f;
         const bool isShown = change.physical_wide >= 0 && (change.physical_wide & isHidden) == 0;
+        m_chosenSubtitles = change.logical;
         m_subpictureStream = isShown ? std::optional(change.physical_wide & streamMask) : std::nullopt;
         return NavigationStep::Stream;
     }
@@ -168,38 +170,43 @@ void Navigator::takePosition()
     m_position.place = {};
     m_position.length = 0;
     m_position.angles = 1;
+    m_position.soundStreams = m_position.soundStream = m_position.subtitleStreams = m_position.subtitleStream = 0;
+}
+
+/// The number in the packs, within its kind; -1 for a stream that is not there.
+int Navigator::numberOfSound(int chosen) const
+{
+    return chosen >= 0 && chosen < mostSoundStreams
+        ? int(dvdnav_get_audio_logical_stream(m_navigation.get(), std::uint8_t(chosen)))
+        : -1;
 }
 
 /// The library tells another choice of the disc, but not what that is in other titles and menus.
 void Navigator::takeSoundStream()
 {
-    constexpr int mostStreams = 8;
-    const auto numberOf = [this](int chosen) {
-        return chosen >= 0 && chosen < mostStreams
-            ? int(dvdnav_get_audio_logical_stream(m_navigation.get(), std::uint8_t(chosen)))
-            : -1;
-    };
     int chosen = isInMenu() ? 0 : m_chosenSound;
     // The first one that is there, as the library does it.
-    if (numberOf(chosen) < 0)
-        for (chosen = 0; chosen < mostStreams && numberOf(chosen) < 0;)
+    if (numberOfSound(chosen) < 0)
+        for (chosen = 0; chosen < mostSoundStreams && numberOfSound(chosen) < 0;)
             ++chosen;
     m_soundStream.reset();
-    if (chosen >= mostStreams)
+    m_position.soundStream = 0;
+    if (chosen >= mostSoundStreams)
         return;
+    m_position.soundStream = std::uint8_t(chosen + 1);
     switch (dvdnav_audio_stream_format(m_navigation.get(), std::uint8_t(chosen))) {
     case DVD_AUDIO_FORMAT_AC3:
-        m_soundStream = {ElementaryKind::AC3, numberOf(chosen)};
+        m_soundStream = {ElementaryKind::AC3, numberOfSound(chosen)};
         break;
     case DVD_AUDIO_FORMAT_MPEG:
     case DVD_AUDIO_FORMAT_MPEG2_EXT:
-        m_soundStream = {ElementaryKind::MPEGAudio, numberOf(chosen)};
+        m_soundStream = {ElementaryKind::MPEGAudio, numberOfSound(chosen)};
         break;
     case DVD_AUDIO_FORMAT_LPCM:
-        m_soundStream = {ElementaryKind::LPCM, numberOf(chosen)};
+        m_soundStream = {ElementaryKind::LPCM, numberOfSound(chosen)};
         break;
     case DVD_AUDIO_FORMAT_DTS:
-        m_soundStream = {ElementaryKind::DTS, numberOf(chosen)};
+        m_soundStream = {ElementaryKind::DTS, numberOfSound(chosen)};
         break;
     default:
         break;
@@ -253,6 +260,12 @@ void Navigator::takePlace()
     m_position.place = place;
     m_position.length = std::uint32_t(std::clamp<std::int64_t>(known.length.count(), 0, 0x7fffffff));
     m_position.angles = std::uint16_t(std::clamp(angles, 1, 9));
+    m_position.soundStreams = std::uint8_t(known.audio.size());
+    m_position.subtitleStreams = std::uint8_t(known.subtitles.size());
+    constexpr int numberMask = 0x3f;
+    const int subtitles = m_chosenSubtitles & numberMask;
+    const bool areShown = m_subpictureStream && std::size_t(subtitles) < known.subtitles.size();
+    m_position.subtitleStream = areShown ? std::uint8_t(subtitles + 1) : std::uint8_t(0);
 }
 
 bool Navigator::isInMenu() const
@@ -303,6 +316,95 @@ OSStatus Navigator::setAngle(int angle)
     if (angle < 1 || angle > m_position.angles)
         return kDVDErrorWrongParam;
     return statusOf(dvdnav_angle_change(m_navigation.get(), angle));
+}
+
+bool Navigator::forbids(UserOperation operation) const
+{
+    if (!m_hasStarted)
+        return false;
+    const user_ops_t forbidden = dvdnav_get_restrictions(m_navigation.get());
+    switch (operation) {
+    case UserOperation::TitleOrTimePlay:
+        return forbidden.title_or_time_play != 0;
+    case UserOperation::ChapterPlay:
+        return forbidden.chapter_search_or_play != 0;
+    case UserOperation::TitlePlay:
+        return forbidden.title_play != 0;
+    case UserOperation::Stop:
+        return forbidden.stop != 0;
+    case UserOperation::TimeOrChapterSearch:
+        return forbidden.time_or_chapter_search != 0;
+    case UserOperation::PreviousProgram:
+        return forbidden.prev_or_top_pg_search != 0;
+    case UserOperation::NextProgram:
+        return forbidden.next_pg_search != 0;
+    case UserOperation::ForwardScan:
+        return forbidden.forward_scan != 0;
+    case UserOperation::BackwardScan:
+        return forbidden.backward_scan != 0;
+    case UserOperation::TitleMenu:
+        return forbidden.title_menu_call != 0;
+    case UserOperation::RootMenu:
+        return forbidden.root_menu_call != 0;
+    case UserOperation::SubtitleMenu:
+        return forbidden.subpic_menu_call != 0;
+    case UserOperation::AudioMenu:
+        return forbidden.audio_menu_call != 0;
+    case UserOperation::AngleMenu:
+        return forbidden.angle_menu_call != 0;
+    case UserOperation::ChapterMenu:
+        return forbidden.chapter_menu_call != 0;
+    case UserOperation::Resume:
+        return forbidden.resume != 0;
+    case UserOperation::Button:
+        return forbidden.button_select_or_activate != 0;
+    case UserOperation::Pause:
+        return forbidden.pause_on != 0;
+    case UserOperation::SoundStream:
+        return forbidden.audio_stream_change != 0;
+    case UserOperation::SubtitleStream:
+        return forbidden.subpic_stream_change != 0;
+    case UserOperation::Angle:
+        return forbidden.angle_change != 0;
+    }
+    return false;
+}
+
+/// The library has no call for it: the command that discs have for it is carried out, as if a button had it. What is 0
+/// stays as it is.
+OSStatus Navigator::chooseStreams(std::uint8_t sound, std::uint8_t subtitles)
+{
+    constexpr std::uint8_t setStreams = 0x51;
+    vm_cmd_t command = {{setStreams, 0, 0, sound, subtitles, 0, 0, 0}};
+    std::int32_t button = 0;
+    if (dvdnav_get_current_highlight(m_navigation.get(), &button) != DVDNAV_STATUS_OK || button < 1)
+        button = 1;
+    return statusOf(dvdnav_button_activate_cmd(m_navigation.get(), button, &command));
+}
+
+OSStatus Navigator::chooseSound(int stream)
+{
+    if (!m_hasStarted || !m_position.isInTitle || m_position.place.title == 0)
+        return kDVDErrorUserActionNoOp;
+    if (stream < 1 || stream > m_position.soundStreams)
+        return kDVDErrorWrongParam;
+    constexpr int isSet = 0x80;
+    return numberOfSound(stream - 1) >= 0 ? chooseStreams(std::uint8_t(isSet | (stream - 1)), 0)
+                                          : kDVDErrorUserActionNoOp;
+}
+
+OSStatus Navigator::chooseSubtitles(int stream)
+{
+    if (!m_hasStarted || !m_position.isInTitle || m_position.place.title == 0)
+        return kDVDErrorUserActionNoOp;
+    if (stream < 0 || stream > m_position.subtitleStreams)
+        return kDVDErrorWrongParam;
+    constexpr int isSet = 0x80, isShown = 0x40;
+    if (stream == 0)
+        return chooseStreams(0, std::uint8_t(isSet | noSubtitles));
+    return dvdnav_get_spu_logical_stream(m_navigation.get(), std::uint8_t(stream - 1)) >= 0
+        ? chooseStreams(0, std::uint8_t(isSet | isShown | (stream - 1)))
+        : kDVDErrorUserActionNoOp;
 }
 
 OSStatus Navigator::moveSelection(std::uint32_t navigation)

@@ -19,6 +19,31 @@ extern "C" {
 namespace Tessaron
 {
 
+/// What users ask for, as discs can forbid it.
+enum class UserOperation : std::uint8_t {
+    TitleOrTimePlay,
+    ChapterPlay,
+    TitlePlay,
+    Stop,
+    TimeOrChapterSearch,
+    PreviousProgram,
+    NextProgram,
+    ForwardScan,
+    BackwardScan,
+    TitleMenu, ///< the menus in the order of DVDMenuCode
+    RootMenu,
+    SubtitleMenu,
+    AudioMenu,
+    AngleMenu,
+    ChapterMenu,
+    Resume,
+    Button,
+    Pause,
+    SoundStream,
+    SubtitleStream,
+    Angle,
+};
+
 /// What the next step through a disc has come to.
 enum class NavigationStep : std::uint8_t {
     Sector, ///< of the program stream; sector() has it
@@ -44,6 +69,10 @@ struct NavigationPosition {
     std::uint16_t width = 720;
     std::uint16_t height = 480;
     std::uint8_t buttons = 0;
+    std::uint8_t soundStreams = 0; ///< of the title
+    std::uint8_t soundStream = 0; ///< from 1; 0 for none
+    std::uint8_t subtitleStreams = 0;
+    std::uint8_t subtitleStream = 0; ///< likewise
     std::uint32_t begin = 0; ///< presentation times of the unit, 90 kHz
     std::uint32_t end = 0;
 
@@ -83,12 +112,18 @@ public:
     [[nodiscard]] OSStatus goToMenu(std::uint32_t menu);
     [[nodiscard]] OSStatus returnToTitle();
     [[nodiscard]] OSStatus setAngle(int angle);
+    /// Streams as the tables list them, from 1; 0 for no subtitles. In titles only.
+    [[nodiscard]] OSStatus chooseSound(int stream);
+    [[nodiscard]] OSStatus chooseSubtitles(int stream);
     [[nodiscard]] OSStatus moveSelection(std::uint32_t navigation);
     /// The button at a point, from 0, or -1; selects it, and activates it.
     [[nodiscard]] std::int32_t pointAt(int x, int y, bool activates, bool *wasActivated);
     /// Milliseconds from the title's begin.
     [[nodiscard]] OSStatus searchTime(std::uint32_t milliseconds);
     [[nodiscard]] OSStatus searchSector(std::uint32_t sectorInTitle);
+
+    /// True where the disc does not allow it now.
+    [[nodiscard]] bool forbids(UserOperation operation) const;
 
     /// The selected button's place and colours; absent without one.
     [[nodiscard]] std::optional<ButtonColours> highlight(bool isActivated = false) const;
@@ -100,11 +135,15 @@ public:
     [[nodiscard]] std::optional<SoundStream> soundStream() const { return m_soundStream; }
 
 private:
+    static constexpr int noSubtitles = 62;
+
     Navigator(DiscFiles *disc, const DVDDescription &description);
     void takePosition();
     void takePicture();
     void takePlace();
     void takeSoundStream();
+    [[nodiscard]] int numberOfSound(int chosen) const;
+    [[nodiscard]] OSStatus chooseStreams(std::uint8_t sound, std::uint8_t subtitles);
     [[nodiscard]] bool isInMenu() const;
     [[nodiscard]] pci_t *buttons() const;
     [[nodiscard]] const ifo_handle_t *titleSet(int number);
@@ -119,6 +158,7 @@ private:
     bool m_hasStarted = false; ///< a navigation pack was seen
     std::optional<int> m_stillSeconds;
     std::optional<int> m_subpictureStream;
+    int m_chosenSubtitles = noSubtitles; ///< as the disc's commands count
     int m_chosenSound = 0; ///< as the disc's commands count, from 0
     std::optional<SoundStream> m_soundStream;
     ColourTable m_colours{};

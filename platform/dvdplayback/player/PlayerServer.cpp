@@ -126,6 +126,16 @@ PlayerReply PlayerServer::answerPlaying(const PlayerMessage &request)
         const std::optional<PlayerPlace> place = decodedPlace(request.payload);
         return {place ? m_player->goToPlace(*place) : kDVDErrorWrongParam, {}, {}};
     }
+    case PlayerMessageKind::PlaySlowly:
+        return {m_player->playSlowly(reader.take<std::int16_t>()), {}, {}};
+    case PlayerMessageKind::StepFrame:
+        return {m_player->stepPicture(), {}, {}};
+    case PlayerMessageKind::GoToTime:
+        return {m_player->goToTime(reader.take<std::uint32_t>()), {}, {}};
+    case PlayerMessageKind::SetSoundStream:
+        return {m_player->setSoundStream(reader.take<std::uint16_t>()), {}, {}};
+    case PlayerMessageKind::SetSubtitleStream:
+        return {m_player->setSubtitleStream(reader.take<std::uint16_t>()), {}, {}};
     case PlayerMessageKind::SetTimeRate:
         m_player->setTimeRate(std::chrono::milliseconds(std::max<std::uint32_t>(reader.take<std::uint32_t>(), 1)));
         return {};
