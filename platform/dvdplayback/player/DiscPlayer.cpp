@@ -220,7 +220,8 @@ void DiscPlayer::takeStep(NavigationStep step)
 
 void DiscPlayer::decodePictures()
 {
-    const auto visitor = [this](VideoPicture picture) { takePicture(std::move(picture)); };
+    const auto taker = [this](VideoPicture picture) { takePicture(std::move(picture)); };
+    const auto visitor = [this, &taker](VideoPicture picture) { m_deinterlacer.add(std::move(picture), taker); };
     while (!m_read.empty() && m_pictures < picturesAhead) {
         ReadItem front = std::move(m_read.front());
         m_read.pop_front();
@@ -229,6 +230,7 @@ void DiscPlayer::decodePictures()
             m_video->add(video->bytes, video->time, visitor);
         } else if (std::holds_alternative<Drain>(front)) {
             m_video->drain(visitor);
+            m_deinterlacer.drain(taker);
         } else {
             m_items.push_back(std::move(std::get<Item>(front)));
         }
@@ -291,6 +293,7 @@ void DiscPlayer::forgetAhead()
     m_nextOverlay.reset();
     m_button.reset();
     m_video->forget();
+    m_deinterlacer.forget();
     m_subpictures->forget();
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/dvdplayback/SharedFrames.h"
 #include "platform/dvdplayback/SharedSound.h"
+#include "platform/dvdplayback/player/Deinterlacer.h"
 #include "platform/dvdplayback/player/Navigator.h"
 #include "platform/dvdplayback/player/PlaybackClock.h"
 #include "platform/dvdplayback/player/SoundDecoder.h"
@@ -144,6 +145,7 @@ private:
     const Hearers m_hearers;
     std::unique_ptr<Navigator> m_navigator; ///< null while stopped
     std::unique_ptr<VideoDecoder> m_video;
+    Deinterlacer m_deinterlacer;
     std::unique_ptr<SubpictureDecoder> m_subpictures;
     std::deque<ReadItem> m_read;
     std::size_t m_bytesRead = 0; ///< of video, among them
