@@ -217,25 +217,17 @@ void PlayerConnection::hear()
 
 bool PlayerConnection::hearMessages()
 {
-    std::array<char, 65536> buffer;
-    const ssize_t count = ::recv(m_socket.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
-    if (count < 0)
-        return errno == EINTR || errno == EAGAIN;
-    if (count == 0)
+    if (!m_messages.read(m_socket.get()))
         return false;
-    m_stream.append(buffer.data(), count);
-    for (;;) {
-        PlayerMessage message;
-        const StreamBegin begin = takeMessage(&m_stream, &message);
-        if (begin == StreamBegin::Incomplete)
-            return true;
-        if (begin == StreamBegin::Nonsense)
-            m_nonsense = QStringLiteral("the program that reads the disc writes nonsense");
-        else
-            take(message);
-        if (!m_nonsense.isEmpty())
-            return false;
+    while (m_nonsense.isEmpty()) {
+        const std::optional<PlayerMessage> message = m_messages.next();
+        if (!message)
+            break;
+        take(*message);
     }
+    if (!m_messages.makesSense())
+        m_nonsense = QStringLiteral("the program that reads the disc writes nonsense");
+    return m_nonsense.isEmpty();
 }
 
 void PlayerConnection::hearErrors()

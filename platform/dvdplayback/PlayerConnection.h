@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/dvdplayback/PlayerMessageReader.h"
 #include "platform/dvdplayback/PlayerProtocol.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/UniqueDescriptor.h"
@@ -70,7 +71,7 @@ private:
     const Hearers m_hearers;
 
     // The hearing thread's.
-    QByteArray m_stream;
+    PlayerMessageReader m_messages;
     QByteArray m_lastErrors;
     bool m_isGreeted = false;
     QString m_nonsense; ///< why the process was ended; empty where it ended itself

@@ -6,7 +6,6 @@
 #include "platform/dvdplayback/player/DiscDescriber.h"
 #include "platform/dvdplayback/player/Sandbox.h"
 
-#include <array>
 #include <cerrno>
 #include <poll.h>
 #include <sys/socket.h>
@@ -55,20 +54,11 @@ void PlayerServer::run()
 
 bool PlayerServer::takeRequests()
 {
-    std::array<char, 4096> buffer;
-    const ssize_t count = ::recv(m_socket.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
-    if (count < 0)
-        return errno == EINTR || errno == EAGAIN;
-    if (count == 0)
+    if (!m_requests.read(m_socket.get()))
         return false;
-    m_stream.append(buffer.data(), count);
-    for (;;) {
-        PlayerMessage request;
-        const StreamBegin begin = takeMessage(&m_stream, &request);
-        if (begin != StreamBegin::Message)
-            return begin == StreamBegin::Incomplete;
-        send(PlayerMessageKind::Reply, request.sequence, encodedReply(answer(request)));
-    }
+    while (const std::optional<PlayerMessage> request = m_requests.next())
+        send(PlayerMessageKind::Reply, request->sequence, encodedReply(answer(*request)));
+    return m_requests.makesSense();
 }
 
 PlayerReply PlayerServer::answer(const PlayerMessage &request)

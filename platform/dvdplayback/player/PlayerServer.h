@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/dvdplayback/PlayerProtocol.h"
+#include "platform/dvdplayback/PlayerMessageReader.h"
 #include "platform/dvdplayback/player/DiscFiles.h"
 #include "platform/dvdplayback/player/DiscPlayer.h"
 #include "platform/foundation/Result.h"
@@ -35,7 +35,7 @@ private:
     void send(PlayerMessageKind kind, std::uint32_t sequence, const QByteArray &payload);
 
     const UniqueDescriptor m_socket;
-    QByteArray m_stream;
+    PlayerMessageReader m_requests;
     bool m_isConnected = true;
     bool m_isShutOff = false;
     const std::unique_ptr<SharedFrames> m_frames; ///< may be null
