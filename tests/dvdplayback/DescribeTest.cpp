@@ -128,11 +128,16 @@ TEST_F(DescribeDVD, disc_isTheSame_howeverItIsNamed)
     EXPECT_NE(described(disc("pal")).identity, folder.identity);
 }
 
-TEST_F(DescribeDVD, imageOfRawSectors_isRefusedInWords)
+TEST_F(DescribeDVD, imageOfRawSectors_isReadLikeThePlainOne)
 {
-    QByteArray sector = QByteArray(1, '\0') + QByteArray(10, '\xff') + QByteArray(1, '\0') + QByteArray("\0\2\0\1", 4);
-    expectFailure(m_tree.makeFile("disc.bin", sector.leftJustified(2352, '\0').repeated(400)), kDVDErrorNoValidMedia,
-                  "take its track out of it first");
+    const QByteArray plain = imageOfDisc(disc());
+    EXPECT_EQ(described(rawImageOf(plain)), described(plain));
+}
+
+TEST_F(DescribeDVD, imageOfRawSectorsWithoutADisc_isRefusedInWords)
+{
+    expectFailure(rawImageOf(m_tree.makeFile("plain", QByteArray(qsizetype(400) * 2048, '\0'))), kDVDErrorDamagedMedia,
+                  "VIDEO_TS.IFO");
 }
 
 TEST_F(DescribeDVD, regions_areThoseThatTheDiscProhibits)

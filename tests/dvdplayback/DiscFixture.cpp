@@ -39,6 +39,24 @@ QByteArray DiscTest::imageOfDisc(const QByteArray &folder) const
     return image;
 }
 
+QByteArray DiscTest::rawImageOf(const QByteArray &image) const
+{
+    QFile plain(QString::fromUtf8(image));
+    QFile raw(m_tree.pathText("disc.bin"));
+    EXPECT_TRUE(plain.open(QIODevice::ReadOnly) && raw.open(QIODevice::WriteOnly));
+    constexpr int framesBeforeTheFirst = 150;
+    const auto decimal = [](int value) { return char(value / 10 << 4 | value % 10); };
+    for (int frame = framesBeforeTheFirst; !plain.atEnd(); ++frame) {
+        QByteArray sector = QByteArray(1, '\0') + QByteArray(10, '\xff') + QByteArray(1, '\0');
+        sector += decimal(frame / 75 / 60);
+        sector += decimal(frame / 75 % 60);
+        sector += decimal(frame % 75);
+        sector += '\1';
+        EXPECT_EQ(raw.write((sector + plain.read(2048)).leftJustified(2352, '\0')), 2352);
+    }
+    return m_tree.path("disc.bin");
+}
+
 void DiscTest::patch(const QByteArray &file, qint64 offset, char value) const
 {
     QFile patched(m_tree.pathText("disc/VIDEO_TS/" + file));

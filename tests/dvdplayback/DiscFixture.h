@@ -22,6 +22,8 @@ protected:
     [[nodiscard]] QByteArray copyOfDisc() const;
     /// An image of a disc folder, with UDF, by another program: "disc.iso" of the tree.
     [[nodiscard]] QByteArray imageOfDisc(const QByteArray &folder) const;
+    /// The same image as sectors of 2352 bytes, mode 1, without the codes against errors: "disc.bin" of the tree.
+    [[nodiscard]] QByteArray rawImageOf(const QByteArray &image) const;
     /// Puts a byte into a file of the copy.
     void patch(const QByteArray &file, qint64 offset, char value) const;
     /// The same for a table of the disc and its copy: "VIDEO_TS" or "VTS_01_0".

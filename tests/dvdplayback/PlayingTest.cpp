@@ -553,6 +553,16 @@ TEST_F(Playing, sleep_pausesUntilTheMachineWakes)
     EXPECT_EQ(state(), kDVDStatePlaying);
 }
 
+TEST_F(Playing, imageOfRawSectors_isPlayed)
+{
+    open(rawImageOf(imageOfDisc(disc())));
+    ASSERT_EQ(DVDSetChapter(1, 2), noErr);
+    EXPECT_TRUE(waitForColour(chapters[1]));
+    EXPECT_TRUE(waitForColour(chapters[2]));
+    EXPECT_EQ(DVDGoToMenu(1), noErr);
+    EXPECT_TRUE(waitForColour(rootMenu1));
+}
+
 TEST_F(Playing, pal_hasItsSizeAndStandard)
 {
     open(disc("pal"));

@@ -3,6 +3,7 @@
 #include "platform/discimage/source/DiscImageSource.h"
 #include "platform/dvdplayback/DVDErrors.h"
 #include "platform/dvdplayback/DVDPlayback.h"
+#include "platform/dvdplayback/player/ImageInput.h"
 #include "platform/foundation/DirectoryStream.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/PathBytes.h"
@@ -54,8 +55,8 @@ void keep(void *disc, dvd_logger_level_t level, const char *format, va_list argu
 
 constexpr dvd_logger_cb logCallback = {keep};
 
-/// The library takes blocks of 2048 bytes from the begin of a file and no others.
-NSError checkImage(const DiscPlace &place)
+/// The library reads blocks of 2048 bytes from the begin of a file itself.
+NSError openImage(const DiscPlace &place)
 {
     constexpr std::uint32_t plainSector = 2048;
     const DiscImageSourceResult opened =
@@ -64,9 +65,7 @@ NSError checkImage(const DiscPlace &place)
         return noDisc(place.given, opened.error.localizedFailureReason());
     const DiscImageSectors &sectors = opened.source->sectors();
     if (sectors.size != plainSector || sectors.start != 0)
-        return noDisc(place.given,
-                      QStringLiteral("its sectors have more than the 2048 bytes of a DVD's: take its track out of it "
-                                     "first ('tessaron extract')"));
+        ImageInput::use(opened.source);
     return {};
 }
 
@@ -115,7 +114,7 @@ DiscFiles::DiscFiles(DiscPlace place)
 Result<std::unique_ptr<DiscFiles>> DiscFiles::open(const DiscPlace &place)
 {
     if (!place.isFolder) {
-        if (const NSError error = checkImage(place))
+        if (const NSError error = openImage(place))
             return error;
     }
     std::unique_ptr<DiscFiles> disc(new DiscFiles(place));

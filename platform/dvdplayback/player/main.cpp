@@ -1,6 +1,7 @@
 // TessaronDVDPlayer: reads, navigates and decodes one DVD-Video disc for a session in another process, to which it is
 // connected by the socket that it is started with (PlayerProtocol.h). Not for people.
 
+#include "platform/dvdplayback/player/ImageInput.h"
 #include "platform/dvdplayback/player/PlayerServer.h"
 
 #include <csignal>
@@ -10,10 +11,11 @@
 using namespace Tessaron;
 
 /// Instead of the system's: the library that reads discs would load one that circumvents copy protection wherever it is
-/// installed. Nothing else in this process loads libraries.
+/// installed. It gets nothing, or what reads the sectors of images of other forms. Nothing else in this process loads
+/// libraries.
 extern "C" __attribute__((visibility("default"))) void *dlopen(const char * /*name*/, int /*mode*/) noexcept
 {
-    return nullptr;
+    return ImageInput::handle();
 }
 
 int main(int argc, char ** /*arguments*/)
