@@ -15,12 +15,20 @@ namespace
 /// 2.7 seconds of two channels, 0.9 of six.
 constexpr std::uint64_t capacity = std::uint64_t(1) << 18;
 constexpr std::size_t longestReason = 256;
+/// Years of sound: what has more is nonsense that another side wrote.
+constexpr std::uint64_t mostFrames = std::uint64_t(1) << 45;
+constexpr std::int64_t furthestOrigin = std::int64_t(1) << 62;
 constexpr std::int64_t nanosecondsInSecond = 1'000'000'000;
 
 bool isUsable(const SoundForm &form)
 {
     return (form.channels == 1 || form.channels == 2 || form.channels == 6) && form.rate >= 8000
         && form.rate <= 192'000;
+}
+
+float usableGain(float gain)
+{
+    return std::isfinite(gain) ? std::clamp(gain, 0.0F, 1.0F) : 0.0F;
 }
 
 std::int64_t nanosecondsOf(SharedSound::Clock::time_point time)
@@ -66,7 +74,6 @@ SharedSound::SharedSound(SharedMemory memory)
     , m_layout(static_cast<Layout *>(m_memory.begin()))
 {
     static_assert(std::atomic<std::uint64_t>::is_always_lock_free && std::atomic<float>::is_always_lock_free);
-    m_gain = m_layout->gain;
     m_given = m_layout->given;
 }
 
@@ -112,10 +119,14 @@ void SharedSound::tellOpen(const SoundForm &form, std::uint32_t latency)
 {
     m_form = form;
     m_latency = latency;
-    m_gain = m_layout->gain;
+    m_gain = usableGain(m_layout->gain);
     m_layout->rate = form.rate;
     m_layout->channels = form.channels;
-    m_layout->device = std::uint32_t(isUsable(form) ? SoundDevice::Open : SoundDevice::Absent);
+    if (isUsable(form))
+        m_layout->device = std::uint32_t(SoundDevice::Open);
+    else
+        tellAbsent("it takes " + QByteArray::number(form.rate) + " samples a second on "
+                   + QByteArray::number(form.channels) + " channels");
 }
 
 void SharedSound::take(std::span<float> samples, Clock::time_point now)
@@ -124,17 +135,17 @@ void SharedSound::take(std::span<float> samples, Clock::time_point now)
     const std::uint64_t given = m_layout->given.load(std::memory_order_acquire);
     m_taken = std::max(m_taken, std::min(m_layout->droppedTo.load(std::memory_order_acquire), given));
     if (given < m_taken || given - m_taken > framesInAll)
-        m_taken = given;
+        m_taken = std::min(given, mostFrames);
     const bool isPaused = m_layout->isPaused != 0;
     const std::uint64_t count =
-        isPaused ? 0 : std::min<std::uint64_t>(samples.size() / m_form.channels, given - m_taken);
+        isPaused || given > mostFrames ? 0 : std::min<std::uint64_t>(samples.size() / m_form.channels, given - m_taken);
     const std::int64_t time = nanosecondsOf(now);
     // In silence the device goes on to play what it holds back.
     if (count > 0)
         m_layout->origin = time - nanosecondsOfFrames(std::int64_t(m_taken) - m_latency, m_form.rate);
     m_layout->asked = time;
     // A step of the volume would be a click: it is spread over what is taken.
-    const float gain = std::clamp(m_layout->gain.load(), 0.0F, 1.0F);
+    const float gain = usableGain(m_layout->gain);
     const float step = count > 0 ? (gain - m_gain) / float(count) : 0;
     float *out = samples.data();
     for (std::uint64_t frame = 0; frame < count; ++frame) {
@@ -199,7 +210,8 @@ std::optional<std::int64_t> SharedSound::heard(Clock::time_point now) const
     const std::uint64_t taken = m_layout->taken.load(std::memory_order_acquire);
     if (taken == 0)
         return std::nullopt;
-    const std::int64_t frame = framesInNanoseconds(nanosecondsOf(now) - m_layout->origin, form().rate);
+    const std::int64_t origin = std::clamp(m_layout->origin.load(), -furthestOrigin, furthestOrigin);
+    const std::int64_t frame = framesInNanoseconds(nanosecondsOf(now) - origin, form().rate);
     return std::min(frame, std::int64_t(std::min(taken, m_given)));
 }
 

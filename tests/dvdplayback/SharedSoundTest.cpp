@@ -1,10 +1,14 @@
 #include "platform/dvdplayback/SharedSound.h"
 
+#include <array>
 #include <cmath>
+#include <cstring>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <limits>
 #include <numeric>
+#include <random>
+#include <sys/mman.h>
 #include <vector>
 
 namespace Tessaron
@@ -69,6 +73,7 @@ TEST_F(SharedSoundTest, device_isOpeningUntilItIsKnown)
     EXPECT_EQ(helper->form(), (SoundForm{48'000, 2}));
     player->tellOpen({48'000, 5}, 10);
     EXPECT_EQ(helper->device(), SoundDevice::Absent) << "a form that nothing is made for";
+    EXPECT_EQ(session->reason(), QStringLiteral("it takes 48000 samples a second on 5 channels"));
 }
 
 TEST_F(SharedSoundTest, take_givesWhatWasGiven_andSilenceBehind)
@@ -158,6 +163,31 @@ TEST_F(SharedSoundTest, samplesThatAreNoNumbers_areSilence)
 {
     helper->give(std::vector<float>{std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()});
     EXPECT_EQ(taken(1), std::vector<float>(2, 0.0F));
+}
+
+/// What any of the other sides may have written.
+TEST_F(SharedSoundTest, numbersThatMakeNoSense_areNotBelieved)
+{
+    constexpr std::size_t numbers = 1024; // bytes: all that stands in front of the samples, and some of these
+    void *const memory = ::mmap(nullptr, numbers, PROT_READ | PROT_WRITE, MAP_SHARED, session->descriptor(), 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    const std::array<std::uint32_t, 7> words = {0, 1, 2, 6, 0x7fffffff, 0x80000000, 0xffffffff};
+    std::mt19937 random(7);
+    for (int round = 0; round < 2000; ++round) {
+        std::array<std::uint32_t, numbers / sizeof(std::uint32_t)> nonsense;
+        for (std::uint32_t &word : nonsense)
+            word = random() % 4 == 0 ? std::uint32_t(random()) : words[random() % words.size()];
+        std::memcpy(memory, nonsense.data(), sizeof(nonsense));
+        for (const float sample : taken(500))
+            ASSERT_TRUE(std::isfinite(sample)) << round;
+        static_cast<void>(helper->device());
+        EXPECT_LE(helper->room(), std::size_t(1) << 18) << round;
+        EXPECT_LE(helper->give(std::vector<float>(600, 0.5F)), 600U) << round;
+        EXPECT_LE(helper->heard(now).value_or(0), std::int64_t(helper->given())) << round;
+        EXPECT_LE(session->reason().size(), 256) << round;
+        static_cast<void>(helper->lastAsked());
+    }
+    ::munmap(memory, numbers);
 }
 
 TEST_F(SharedSoundTest, attach_refusesOtherMemory)
