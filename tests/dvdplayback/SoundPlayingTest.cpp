@@ -145,17 +145,17 @@ TEST_F(SoundPlaying, muted_playsSilenceInTime)
 class SoundInTime : public SoundTest
 {
 protected:
-    SoundInTime()
+    explicit SoundInTime(const QByteArray &standard = "ntsc")
     {
         device = *SharedSound::create();
         sound = *SharedSound::attach(UniqueDescriptor(::fcntl(device->descriptor(), F_DUPFD_CLOEXEC, 3)));
         session = *SharedFrames::create();
         frames = *SharedFrames::attach(UniqueDescriptor(::fcntl(session->descriptor(), F_DUPFD_CLOEXEC, 3)));
         device->tellOpen({48'000, channels}, 960);
-        files = *DiscFiles::open(*findDisc(disc()));
+        files = *DiscFiles::open(*findDisc(disc(standard)));
         DiscPlayer::Hearers hearers;
         hearers.state = [this](const PlayerState &told) { state = told; };
-        hearers.titleTime = [](std::uint32_t, std::uint32_t) {};
+        hearers.titleTime = [this](std::uint32_t, std::uint32_t) { timesTold.push_back(now); };
         hearers.frame = [this](std::uint32_t) { hearFrame(); };
         hearers.failure = [](const QString &why) { ADD_FAILURE() << why.toStdString(); };
         hearers.now = [this] { return now; };
@@ -204,6 +204,15 @@ protected:
         return std::nullopt;
     }
 
+    /// Where on the disc half a second of sound is from, seconds: its tone has 400 hertz and 200 more for each second.
+    [[nodiscard]] static double placeOfTone(const std::vector<Frame> &sound, std::size_t first)
+    {
+        int crossings = 0;
+        for (std::size_t frame = first + 1; frame <= first + 24'000; ++frame)
+            crossings += sound[frame - 1][0] < 0 && sound[frame][0] >= 0 ? 1 : 0;
+        return (2.0 * crossings - 400) / 200;
+    }
+
     const std::chrono::steady_clock::time_point begin{std::chrono::hours(5)};
     std::chrono::steady_clock::time_point now = begin;
     std::unique_ptr<SharedSound> device, sound;
@@ -212,6 +221,7 @@ protected:
     std::optional<DiscPlayer> player;
     PlayerState state;
     std::vector<Shown> shown;
+    std::vector<std::chrono::steady_clock::time_point> timesTold;
     QByteArray heard;
 };
 
@@ -251,6 +261,19 @@ TEST_F(SoundInTime, pictures_comeEvenly)
     }
 }
 
+TEST_F(SoundInTime, titleTime_isToldInTime_whateverPicturesTake)
+{
+    player->setTimeRate(milliseconds(210)); // seven pictures are 234 milliseconds
+    ASSERT_EQ(player->playChapter(1, 1), noErr);
+    play(seconds(6));
+    ASSERT_GT(timesTold.size(), 25U);
+    for (std::size_t index = 2; index < timesTold.size(); ++index) {
+        const milliseconds due = milliseconds(210) * int(index - 1);
+        const auto late = std::chrono::duration_cast<milliseconds>(timesTold[index] - timesTold[1] - due).count();
+        EXPECT_LE(std::abs(late), 35) << index;
+    }
+}
+
 TEST_F(SoundInTime, seek_leavesNothingOfWhatWasBefore)
 {
     ASSERT_EQ(player->playChapter(1, 1), noErr);
@@ -258,15 +281,10 @@ TEST_F(SoundInTime, seek_leavesNothingOfWhatWasBefore)
     const qsizetype before = heard.size();
     ASSERT_EQ(player->playChapter(1, 3), noErr);
     play(milliseconds(1500));
-    // A tone of 400 hertz and 200 more for each second: what comes behind the seek is that of the third chapter.
     const std::vector<Frame> behind = withoutSilence(framesIn(heard.sliced(before)));
     ASSERT_GT(behind.size(), 48'000U);
-    int crossings = 0;
-    for (std::size_t frame = 2001; frame < 26'001; ++frame)
-        crossings += behind[frame - 1][0] < 0 && behind[frame][0] >= 0 ? 1 : 0;
     const double chapter = 2 * 65 * 1.001 / 30; // its begin
-    const double middle = chapter + 14'000.0 / 48'000;
-    EXPECT_NEAR(2.0 * crossings, 400 + 200 * middle, 15);
+    EXPECT_NEAR(placeOfTone(behind, 2000), chapter + 14'000.0 / 48'000, 0.08);
 }
 
 TEST_F(SoundInTime, otherStream_followsWithoutAGap)
@@ -281,7 +299,7 @@ TEST_F(SoundInTime, otherStream_followsWithoutAGap)
     const auto lead = (sounding - all.begin()) - (std::find_if(first.begin(), first.end(), isSound) - first.begin());
     // The samples of the second stream are known to the bit; it begins a little later than the first.
     std::ptrdiff_t best = 0;
-    constexpr std::ptrdiff_t mostOff = 48 * 40; // of 40 milliseconds
+    constexpr std::ptrdiff_t mostOff = 1920; // of 40 milliseconds
     for (std::ptrdiff_t off = -mostOff; off <= mostOff; ++off) {
         std::ptrdiff_t same = 0;
         for (auto at = std::ptrdiff_t(all.size()) - 1;
@@ -325,6 +343,66 @@ TEST_F(SoundInTime, menuThatStands_endsItsSound_andGoesOnFromThere)
     play(seconds(2));
     EXPECT_TRUE(firstShown(0xa00000));
     EXPECT_GT(withoutSilence(framesIn(heard.sliced(before))).size(), 48'000U);
+}
+
+/// A title of interlaced pictures, of which each half has a luminance of its own, with DTS in 5.1.
+class InterlacedInTime : public SoundInTime
+{
+protected:
+    InterlacedInTime()
+        : SoundInTime("interlaced")
+    {
+    }
+    /// Which half picture of the disc, of 48 that follow each other, a grey one is.
+    [[nodiscard]] static int numberOf(QRgb colour)
+    {
+        const double luminance = 16 + qGreen(colour) * 219.0 / 255;
+        return int(std::lround((luminance - 40) / 3));
+    }
+};
+
+TEST_F(InterlacedInTime, eachHalfPicture_isAPictureAtItsTime)
+{
+    ASSERT_EQ(player->playChapter(1, 1), noErr);
+    play(seconds(4));
+    ASSERT_GT(shown.size(), 190U);
+    for (std::size_t index = 0; index < 190; ++index)
+        EXPECT_EQ(numberOf(shown[index].colour), int(index % 48)) << index << std::hex << ' ' << shown[index].colour;
+    for (std::size_t index = 12; index < 190; ++index)
+        EXPECT_EQ(shown[index].when - shown[index - 1].when, milliseconds(20)) << index;
+}
+
+TEST_F(InterlacedInTime, dts_isMixedToWhatTheDeviceHas)
+{
+    ASSERT_EQ(player->playChapter(1, 1), noErr);
+    play(seconds(3));
+    const ProgramRun run =
+        runProgram("ffmpeg",
+                   {"-nostdin", "-v", "error", "-i", disc("interlaced") + "/VIDEO_TS/VTS_01_1.VOB", "-map", "0:a:0",
+                    "-af", "aresample=rematrix_maxval=1:ochl=stereo", "-t", "3", "-f", "f32le", "-"});
+    ASSERT_EQ(run.status, 0) << run.errors.constData();
+    const std::vector<Frame> expected = withoutSilence(framesIn(run.output)), all = withoutSilence(framesIn(heard));
+    ASSERT_GT(all.size(), 120'000U);
+    ASSERT_GE(expected.size(), 120'000U);
+    EXPECT_TRUE(std::equal(all.begin(), all.begin() + 120'000, expected.begin()));
+}
+
+TEST_F(InterlacedInTime, soundOfPicturesSteppedOver_isNotHeard)
+{
+    ASSERT_EQ(player->playChapter(1, 1), noErr);
+    play(milliseconds(500));
+    const std::size_t seen = shown.size();
+    constexpr int steps = 500;
+    for (int step = 0; step < steps; ++step)
+        ASSERT_EQ(player->stepPicture(), noErr) << step;
+    EXPECT_EQ(shown.size(), seen + steps);
+    const qsizetype before = heard.size();
+    const double place = double(shown.size()) / 50;
+    ASSERT_EQ(player->play(), noErr);
+    play(seconds(1));
+    const std::vector<Frame> behind = withoutSilence(framesIn(heard.sliced(before)));
+    ASSERT_GT(behind.size(), 30'000U);
+    EXPECT_NEAR(placeOfTone(behind, 2000), place + 14'000.0 / 48'000, 0.1);
 }
 
 } // namespace

@@ -586,7 +586,8 @@ void DiscPlayer::tellTime(Clock::time_point now)
         m_positionTime = m_clock.time(now);
     if (m_state.title == 0 || now - m_timeTold < m_timeRate)
         return;
-    m_timeTold = now;
+    // What is told a little late must not make all that follows later.
+    m_timeTold = now - m_timeTold < 2 * m_timeRate ? m_timeTold + m_timeRate : now;
     const std::int64_t since = m_positionTime ? (m_clock.time(now) - *m_positionTime) / ticksInMillisecond : 0;
     const bool isRunning = m_state.playback == kDVDStatePlaying;
     const std::int64_t elapsed = m_state.elapsed + (isRunning ? std::max<std::int64_t>(since, 0) : 0);
@@ -840,6 +841,8 @@ OSStatus DiscPlayer::goToTime(std::uint32_t elapsed)
 
 OSStatus DiscPlayer::playSlowly(int times)
 {
+    if (times < 2)
+        return kDVDErrorWrongParam;
     if (!m_navigator || !settle())
         return kDVDErrorUserActionNoOp;
     if (const OSStatus status = play(); status != noErr)
@@ -874,11 +877,25 @@ OSStatus DiscPlayer::stepPicture()
         if (isStay || !showFront(now, &wait))
             break;
         if (isPicture) {
+            dropSoundBefore(m_runBegin.value_or(m_timeline.begin()));
             tellState();
             return noErr;
         }
     }
     return kDVDErrorUserActionNoOp;
+}
+
+/// What belongs to pictures that were stepped over is not heard.
+void DiscPlayer::dropSoundBefore(std::int64_t time)
+{
+    // Bytes without a time go with those in front of them.
+    const auto last = std::find_if(m_sound.rbegin(), m_sound.rend(),
+                                   [time](const SoundBytes &bytes) { return bytes.time && *bytes.time <= time; });
+    if (last == m_sound.rend() || std::next(last) == m_sound.rend())
+        return;
+    m_sound.erase(m_sound.begin(), std::next(last).base());
+    if (m_soundDecoder)
+        m_soundDecoder->forget();
 }
 
 OSStatus DiscPlayer::setSoundStream(int stream)

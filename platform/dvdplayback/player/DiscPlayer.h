@@ -109,6 +109,7 @@ private:
     [[nodiscard]] bool needsSound(Clock::time_point now);
     [[nodiscard]] bool isFarAhead(Clock::time_point now) const;
     [[nodiscard]] bool isDry(Clock::time_point now) const;
+    void dropSoundBefore(std::int64_t time);
     [[nodiscard]] bool isSoundOver(Clock::time_point now) const;
     void beginRun(Clock::time_point now);
     [[nodiscard]] bool showPicture(VideoPicture *picture, Clock::time_point now,
