@@ -136,8 +136,8 @@ TEST_F(DescribeDVD, imageOfRawSectors_isReadLikeThePlainOne)
 
 TEST_F(DescribeDVD, imageOfRawSectorsWithoutADisc_isRefusedInWords)
 {
-    expectFailure(rawImageOf(m_tree.makeFile("plain", QByteArray(qsizetype(400) * 2048, '\0'))), kDVDErrorDamagedMedia,
-                  "VIDEO_TS.IFO");
+    expectFailure(rawImageOf(m_tree.makeFile("plain", QByteArray(qsizetype(400) * 2048, '\0'))), kDVDErrorNoValidMedia,
+                  "there is no UDF volume in it");
 }
 
 TEST_F(DescribeDVD, regions_areThoseThatTheDiscProhibits)
@@ -196,10 +196,35 @@ TEST_F(DescribeDVD, whatIsNoDisc_isToldSo)
     m_tree.makeFolder("hollow/VIDEO_TS");
     expectFailure(m_tree.path("hollow"), kDVDErrorNoValidMedia, "there is no VIDEO_TS.IFO in it");
     expectFailure(m_tree.makeFifo("fifo"), kDVDErrorNoValidMedia, "neither a folder nor an image nor a device");
-    expectFailure(m_tree.makeFile("letters.iso", QByteArray(1 << 20, 'x')), kDVDErrorDamagedMedia,
-                  "VIDEO_TS.IFO and its copy cannot be read");
+    expectFailure(m_tree.makeFile("letters.iso", QByteArray(1 << 20, 'x')), kDVDErrorNoValidMedia,
+                  "there is no UDF volume in it");
+    expectFailure(m_tree.makeFile("nothing.iso"), kDVDErrorNoValidMedia, "there is no UDF volume in it");
+    m_tree.makeFile("data/letter", "x");
+    const QByteArray image = m_tree.path("data.iso");
+    ASSERT_EQ(runProgram("genisoimage", {"-quiet", "-udf", "-o", image, m_tree.path("data")}).status, 0);
+    expectFailure(image, kDVDErrorNoValidMedia, "there is no VIDEO_TS.IFO in a folder VIDEO_TS of its UDF volume");
+}
+
+TEST_F(DescribeDVD, tablesThatCannotBeRead_areToldByTheirFault)
+{
     m_tree.makeFile("wrong/VIDEO_TS/VIDEO_TS.IFO", QByteArray(4096, 'x'));
-    expectFailure(m_tree.path("wrong"), kDVDErrorDamagedMedia, "VIDEO_TS.IFO and its copy cannot be read");
+    expectFailure(m_tree.path("wrong"), kDVDErrorDamagedMedia,
+                  "VIDEO_TS.IFO and its copy cannot be read (VIDEO_TS.IFO does not begin as such tables do, "
+                  "VIDEO_TS.BUP is missing)");
+    m_tree.makeFile("wrong/VIDEO_TS/VIDEO_TS.IFO");
+    m_tree.makeFile("wrong/VIDEO_TS/VIDEO_TS.BUP", "DVDVIDEO-VMG" + QByteArray(4096, '\xff'));
+    expectFailure(m_tree.path("wrong"), kDVDErrorDamagedMedia,
+                  "(VIDEO_TS.IFO is empty or on a bad place, VIDEO_TS.BUP contradicts itself)");
+}
+
+TEST_F(DescribeDVD, error_saysWhatToDo)
+{
+    const NSError error = describeDVD(m_tree.makeFile("letters.iso", QByteArray(1 << 20, 'x')), {}).error();
+    EXPECT_EQ(
+        error.localizedRecoverySuggestion(),
+        QStringLiteral("Name a folder VIDEO_TS or the one that holds it, the image of a video DVD, or a device."));
+    EXPECT_EQ(error.filePath(), m_tree.pathText("letters.iso"));
+    EXPECT_TRUE(error.localizedDescription().contains(m_tree.pathText("letters.iso")));
 }
 
 TEST_F(DescribeDVD, damagedTables_areReadFromTheirCopy)

@@ -133,8 +133,7 @@ public:
     {
         const DiscTables manager(ifoOpen(m_disc->reader(), 0));
         if (!manager || !manager->vmgi_mat)
-            return dvdError(kDVDErrorDamagedMedia, m_disc->place().given,
-                            withLog(QStringLiteral("VIDEO_TS.IFO and its copy cannot be read")));
+            return dvdError(kDVDErrorDamagedMedia, m_disc->place().given, whyUnreadable(0));
         addDisc(*manager);
         addMenus(manager->pgci_ut, 0, &m_description);
         if (const tt_srpt_t *const table = manager->tt_srpt; table != nullptr && table->title != nullptr)
@@ -154,10 +153,27 @@ private:
             note(QStringLiteral("%1 titles are listed, of which 99 can be").arg(titles));
     }
 
-    [[nodiscard]] QString withLog(const QString &text) const
+    /// What is wrong with both files of a title set's tables, or, for 0, of the disc's.
+    [[nodiscard]] QString whyUnreadable(int titleSet) const
     {
-        const QString line = m_disc->log().lastLine();
-        return line.isEmpty() ? text : text + QStringLiteral(" (%1)").arg(line);
+        const QString name = titleSet == 0 ? QStringLiteral("VIDEO_TS")
+                                           : QStringLiteral("VTS_%1_0").arg(titleSet, 2, 10, QLatin1Char('0'));
+        return QStringLiteral("%1.IFO and its copy cannot be read (%1.IFO %2, %1.BUP %3)")
+            .arg(name, faultOfTable(titleSet, DVD_READ_INFO_FILE), faultOfTable(titleSet, DVD_READ_INFO_BACKUP_FILE));
+    }
+
+    [[nodiscard]] QString faultOfTable(int titleSet, dvd_read_domain_t domain) const
+    {
+        const DiscFile file(DVDOpenFile(m_disc->reader(), titleSet, domain));
+        if (!file)
+            return QStringLiteral("is missing");
+        constexpr std::size_t lengthOfMark = 12;
+        std::array<char, lengthOfMark> mark{};
+        if (DVDReadBytes(file.get(), mark.data(), mark.size()) != ssize_t(mark.size()))
+            return QStringLiteral("is empty or on a bad place");
+        if (QByteArrayView(mark.data(), mark.size()) != QByteArrayView(titleSet == 0 ? "DVDVIDEO-VMG" : "DVDVIDEO-VTS"))
+            return QStringLiteral("does not begin as such tables do");
+        return QStringLiteral("contradicts itself");
     }
 
     void note(const QString &text)
@@ -207,9 +223,8 @@ private:
         const bool isPossible = info.title_set_nr >= 1 && info.title_set_nr <= mostTitleSets;
         const ifo_handle_t *const tables = isPossible ? titleSet(info.title_set_nr) : nullptr;
         if (!tables || !tables->vtsi_mat) {
-            title.damage = withLog(isPossible ? QStringLiteral("VTS_%1_0.IFO and its copy cannot be read")
-                                                    .arg(int(info.title_set_nr), 2, 10, QLatin1Char('0'))
-                                              : QStringLiteral("there is no title set %1").arg(int(info.title_set_nr)));
+            title.damage = isPossible ? whyUnreadable(info.title_set_nr)
+                                      : QStringLiteral("there is no title set %1").arg(int(info.title_set_nr));
         } else {
             addStreams(*tables->vtsi_mat, &title);
             addChapters(*tables, info, &title);

@@ -9,6 +9,7 @@
 #include "platform/foundation/PathBytes.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -66,6 +67,27 @@ NSError openImage(const DiscPlace &place)
     const DiscImageSectors &sectors = opened.source->sectors();
     if (sectors.size != plainSector || sectors.start != 0)
         ImageInput::use(opened.source);
+    // The library does not tell what cannot be read from what is not there.
+    std::array<char, plainSector> anchor;
+    constexpr std::uint64_t placeOfAnchor =
+        std::uint64_t(256) * plainSector; // of every UDF volume (ECMA-167 3/8.4.2.1)
+    if (opened.source->contains(placeOfAnchor, anchor.size())) {
+        if (const NSError error = opened.source->read(placeOfAnchor, anchor.data(), anchor.size()))
+            return noDisc(place.given, error.localizedFailureReason());
+    }
+    return {};
+}
+
+/// Of an image that the library has opened, which it does with any file.
+NSError errorOfVolume(const DiscPlace &place, dvd_reader_t *reader)
+{
+    std::array<char, 33> name{};
+    if (DVDUDFVolumeInfo(reader, name.data(), unsigned(name.size()), nullptr, 0) != 0)
+        return noDisc(place.given, QStringLiteral("there is no UDF volume in it, as every video DVD has one"));
+    std::uint32_t size = 0;
+    if (UDFFindFile(reader, "/VIDEO_TS/VIDEO_TS.IFO", &size) == 0
+        && UDFFindFile(reader, "/VIDEO_TS/VIDEO_TS.BUP", &size) == 0)
+        return noDisc(place.given, QStringLiteral("there is no VIDEO_TS.IFO in a folder VIDEO_TS of its UDF volume"));
     return {};
 }
 
@@ -121,6 +143,10 @@ Result<std::unique_ptr<DiscFiles>> DiscFiles::open(const DiscPlace &place)
     disc->m_reader.reset(DVDOpen2(disc.get(), &logCallback, place.path.constData()));
     if (!disc->m_reader)
         return noDisc(place.given, QStringLiteral("it holds no video DVD"));
+    if (!place.isFolder) {
+        if (const NSError error = errorOfVolume(place, disc->reader()))
+            return error;
+    }
     return disc;
 }
 

@@ -5,6 +5,7 @@
 
 extern "C" {
 #include <dvdread/dvd_reader.h>
+#include <dvdread/dvd_udf.h>
 #include <dvdread/ifo_read.h>
 #include <dvdread/ifo_types.h>
 }
