@@ -803,25 +803,30 @@ OSStatus DiscPlayer::goToPlace(const PlayerPlace &place)
         return kDVDErrorUserActionNoOp;
     if (const OSStatus status = jumpToChapter(place.title, place.chapter); status != noErr)
         return status;
-    const OSStatus found = jumpAlongFirstAngle([&] {
+    const auto search = [&] {
         return place.sectorInTitle != noSector ? m_navigator->searchSector(place.sectorInTitle)
                                                : m_navigator->searchTime(place.elapsed);
-    });
-    if (found != noErr)
-        return found;
-    return place.angle > 1 && place.angle <= m_state.angles ? setAngle(place.angle) : OSStatus(noErr);
+    };
+    return jumpAlongFirstAngle(search, isForbidden(UserOperation::Angle) ? 1 : place.angle);
 }
 
 /// Searching does not work along the others.
-OSStatus DiscPlayer::jumpAlongFirstAngle(const std::function<OSStatus()> &search)
+OSStatus DiscPlayer::jumpAlongFirstAngle(const std::function<OSStatus()> &search, int angle)
 {
-    if (m_state.angle != 1) {
+    if (m_navigator->position().place.angle != 1) {
         const OSStatus status = m_navigator->setAngle(1);
         m_needsPosition = m_needsPosition || status == noErr;
         if (status == noErr && !settle())
             return kDVDErrorDamagedMedia;
     }
-    return jump(search);
+    return jump([&] {
+        const OSStatus found = search();
+        // Before the first unit is read, whose end may be the last place of the chapter where angles part. A title that
+        // has not that many stays with the first one.
+        if (found == noErr && angle > 1)
+            static_cast<void>(m_navigator->setAngle(angle));
+        return found;
+    });
 }
 
 OSStatus DiscPlayer::goToTime(std::uint32_t elapsed)
@@ -830,13 +835,9 @@ OSStatus DiscPlayer::goToTime(std::uint32_t elapsed)
         return kDVDErrorUserActionNoOp;
     if (elapsed >= m_state.length)
         return kDVDErrorWrongParam;
-    const int angle = m_state.angle;
-    const OSStatus found = jumpAlongFirstAngle([&] { return m_navigator->searchTime(elapsed); });
-    if (found != noErr || angle == 1 || angle > m_state.angles)
-        return found;
-    const OSStatus status = m_navigator->setAngle(angle);
-    m_needsPosition = m_needsPosition || status == noErr;
-    return status;
+    // The angle that was chosen, which may not be seen yet.
+    const int angle = m_navigator->position().place.angle;
+    return jumpAlongFirstAngle([&] { return m_navigator->searchTime(elapsed); }, angle);
 }
 
 OSStatus DiscPlayer::playSlowly(int times)

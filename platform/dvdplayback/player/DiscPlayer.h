@@ -134,7 +134,7 @@ private:
     [[nodiscard]] bool settle();
     [[nodiscard]] bool isForbidden(UserOperation operation) const;
     [[nodiscard]] OSStatus jumpToChapter(int title, int chapter);
-    [[nodiscard]] OSStatus jumpAlongFirstAngle(const std::function<OSStatus()> &search);
+    [[nodiscard]] OSStatus jumpAlongFirstAngle(const std::function<OSStatus()> &search, int angle);
     void end();
     [[nodiscard]] OSStatus jump(const std::function<OSStatus()> &request);
     [[nodiscard]] std::optional<std::chrono::milliseconds> advanceScan(Clock::time_point now);
