@@ -16,12 +16,17 @@ namespace Tessaron
 {
 
 class DRStorageReport;
+class KRFileHierarchyItem;
 
 /// What an image is to be made of, where, and how. Paths are bytes; relative ones count from the working folder.
 struct DiscImageOrder {
     /// The content of one folder becomes the content of the disc; files, or several folders, are put together under
     /// their own names. A symbolic link here stands for what it leads to.
     QList<QByteArray> sources = {};
+    /// The disc as a tree, in place of `sources`, which has to be empty then: what is below its root becomes the
+    /// content of the disc, each under its own name on the disc and with its own options; real folders are not looked
+    /// into again. The job takes the tree over: nothing else may use it from start() on.
+    std::shared_ptr<KRFileHierarchyItem> tree = {};
     /// The image file. It appears when it is whole; an older file is replaced then and is left as it was if the job
     /// fails. A pipe or a character device takes the image as a stream: what it has taken cannot be had back.
     QByteArray output = {};
@@ -30,7 +35,8 @@ struct DiscImageOrder {
     /// SIGPIPE, so that a reader that goes away is an error.
     int outputDescriptor = -1;
     DiscFormat format = DiscFormat::ISO;
-    /// Name of the volume; empty for the name of the only folder given, else that of the output without its extension.
+    /// Name of the volume; empty for the name of the only folder given, else that of the output without its extension,
+    /// which is what a tree gets, too.
     QString volumeName = {};
     DiscFilesystems filesystems = allDiscFilesystems;
     /// Keep ISO 9660 within the eight levels of folders that its standard allows: deeper ones are recorded in a folder

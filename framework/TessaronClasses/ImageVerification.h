@@ -20,11 +20,16 @@
 namespace Tessaron
 {
 
+class KRFileHierarchyItem;
+
 /// An image, and the sources that it is compared with.
 struct VerificationRequest {
     std::shared_ptr<const DiscImageSource> image;
     std::vector<FoundVolume> volumes; ///< of the image, see volumesInImage()
     std::vector<DiscSource> sources; ///< see discSourcesAtPaths()
+    /// In place of the sources: what is below its root is what the image should hold, each under its name on the disc
+    /// and in the filesystems that its options choose. Null for none. Used by no other thread meanwhile.
+    std::shared_ptr<KRFileHierarchyItem> tree = {};
     /// The filesystems that the image must have, no more and no fewer; absent to take it as it is.
     std::optional<DiscFilesystems> filesystems;
     /// Further tracks and partitions, and the image itself when what is compared is one of these: their structures are

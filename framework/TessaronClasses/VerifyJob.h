@@ -7,10 +7,13 @@
 #include <QByteArray>
 #include <QList>
 
+#include <memory>
 #include <optional>
 
 namespace Tessaron
 {
+
+class KRFileHierarchyItem;
 
 /// What is to be compared. Paths are bytes; relative ones count from the working folder.
 struct VerifyOrder {
@@ -18,6 +21,8 @@ struct VerifyOrder {
     QList<QByteArray> sources; ///< as in DiscImageOrder
     /// The filesystems that the image must have, no more and no fewer; absent to take it as it is.
     std::optional<DiscFilesystems> filesystems;
+    /// In place of `sources`, as in DiscImageOrder: nothing else may use it from start() on.
+    std::shared_ptr<KRFileHierarchyItem> tree = {};
 };
 
 /// Compares an image with the sources that it was made of: verifyImage() in the background. See DiscJob for threads and

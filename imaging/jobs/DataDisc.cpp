@@ -3,6 +3,8 @@
 #include "platform/discrecording/planning/DiscImagePlan.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
+#include <TessaronClasses/KRFileHierarchyItem.h>
+#include <TessaronClasses/KRFileReference.h>
 
 #include <algorithm>
 #include <sys/stat.h>
@@ -45,6 +47,31 @@ bool isDvdVideo(const std::vector<DiscSource> &sources)
     return std::any_of(sources.begin(), sources.end(), [&folderName](const DiscSource &source) {
         return source.isFolder && source.name == folderName;
     });
+}
+
+bool isDvdVideo(const KRFileHierarchyItem &root)
+{
+    const std::shared_ptr<KRFileHierarchyItem> folder = root.childWithDesiredName(QStringLiteral("VIDEO_TS"));
+    return folder && folder->fileReference()->isContainer();
+}
+
+std::vector<DiscSource> filesOfTree(const KRFileHierarchyItem &root)
+{
+    std::vector<DiscSource> files;
+    std::vector<const KRFileHierarchyItem *> waiting = {&root};
+    while (!waiting.empty()) {
+        const KRFileHierarchyItem *const item = waiting.back();
+        waiting.pop_back();
+        for (const std::shared_ptr<KRFileHierarchyItem> &child : item->items())
+            waiting.push_back(child.get());
+        const std::shared_ptr<KRFileReference> &reference = item->fileReference();
+        if (!reference || reference->isVirtual() || reference->isContainer())
+            continue;
+        const FSRef &ref = *reference->fileRef();
+        const QByteArray path = lastKnownPath(ref);
+        files.push_back({path, path, path.mid(path.lastIndexOf('/') + 1), false, {ref.device, ref.inode}});
+    }
+    return files;
 }
 
 } // namespace Tessaron

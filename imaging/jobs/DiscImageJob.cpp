@@ -42,6 +42,7 @@ public:
     [[nodiscard]] DiscJobProgress progress() const override;
 
     [[nodiscard]] NSError prepare(const std::stop_token &stop);
+    [[nodiscard]] NSError findSources();
     [[nodiscard]] QString volumeName() const;
     void prepared(const NSError &error);
     void imageMade();
@@ -60,20 +61,28 @@ NSError DiscImageJob::Work::prepare(const std::stop_token &stop)
 {
     if (NSError error = errorOfEnvironment())
         return error;
-    Result<std::vector<DiscSource>> found = discSourcesAtPaths(order.sources);
-    if (!found)
-        return found.error();
-    sources = std::move(*found);
-    if (NSError error = errorOfSourcesSideBySide(sources))
+    if (order.tree && !order.sources.isEmpty())
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("an image is made of a tree or of sources, not of both"));
+    if (NSError error = order.tree ? NSError() : findSources())
         return error;
-    if (NSError error = stage.open(order, sources, stop))
+    if (NSError error = stage.open(order, order.tree ? filesOfTree(*order.tree) : sources, stop))
         return error;
     result.imagePath = stage.imagePath();
     result.cueSheetPath = stage.cueSheetPath();
     result.volumeName = volumeName();
-    if (isDvdVideo(sources))
+    if (order.tree ? isDvdVideo(*order.tree) : isDvdVideo(sources))
         result.volumeName = dvdName(result.volumeName);
     return {};
+}
+
+NSError DiscImageJob::Work::findSources()
+{
+    Result<std::vector<DiscSource>> found = discSourcesAtPaths(order.sources);
+    if (!found)
+        return found.error();
+    sources = std::move(*found);
+    return errorOfSourcesSideBySide(sources);
 }
 
 QString DiscImageJob::Work::volumeName() const
@@ -99,6 +108,7 @@ void DiscImageJob::Work::prepared(const NSError &error)
     }
     ImageMakerOrder making;
     making.sources = sources;
+    making.tree = order.tree;
     making.rootIsOnlySource = isOneFolder(sources);
     making.volumeName = result.volumeName;
     making.isVolumeNameGiven = !order.volumeName.isEmpty();

@@ -61,6 +61,11 @@ ImageMaker::~ImageMaker()
 void ImageMaker::start(std::function<void()> whenEnded)
 {
     m_whenEnded = std::move(whenEnded);
+    if (m_order.tree) {
+        m_rootItem = m_order.tree;
+        startLayout();
+        return;
+    }
     m_gatherer = std::make_unique<SourceGatherer>(m_order.sources);
     m_gatherer->start([this] { sourcesGathered(); });
 }
@@ -79,9 +84,16 @@ void ImageMaker::stop(const NSError &error)
     if (m_writer)
         m_writer->cancel();
     else if (m_rootItem)
-        end(); // the layout's worker goes with the item tree
+        endLayout();
     else if (m_gatherer)
         m_gatherer->cancel();
+}
+
+/// The layout's worker goes with the item tree, which a tree of the order's survives for a while.
+void ImageMaker::endLayout()
+{
+    m_rootItem->cancelDRLayoutCreationNotifyTarget({});
+    end();
 }
 
 DiscJobProgress ImageMaker::progress() const
@@ -116,9 +128,14 @@ void ImageMaker::sourcesGathered()
         end();
         return;
     }
-    m_phase = DiscJobPhase::Planning;
     m_rootItem = rootItem();
     m_gatherer.reset();
+    startLayout();
+}
+
+void ImageMaker::startLayout()
+{
+    m_phase = DiscJobPhase::Planning;
     m_allocatedSize = m_rootItem->contentsPhysicalSize();
 
     KRFileHierarchyItemLayoutTarget target;
@@ -150,7 +167,7 @@ std::shared_ptr<KRFileHierarchyItem> ImageMaker::rootItem()
 /// out a file called "Icon\r", which belongs to the folder that holds it; here it was asked for by itself.
 void ImageMaker::nameSources(DRFolder &root) const
 {
-    if (m_order.rootIsOnlySource)
+    if (m_order.rootIsOnlySource || m_order.tree)
         return;
     const std::vector<std::shared_ptr<DRFSObject>> laidOut = root.children(); // in the order of the sources
     auto next = laidOut.begin();

@@ -26,6 +26,7 @@ struct ImageMakerOrder {
     std::vector<DiscSource> sources;
     /// True: the content of the only source, a folder, is the content of the disc. False: the sources lie side by side.
     bool rootIsOnlySource = false;
+    std::shared_ptr<KRFileHierarchyItem> tree; ///< in place of sources; null without one
     QString volumeName;
     bool isVolumeNameGiven = false; ///< by the user, so that another one is a loss
     bool isVolumeNameChanged = false; ///< already, from the given one
@@ -72,6 +73,7 @@ public:
 
 private:
     void sourcesGathered();
+    void startLayout();
     [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> rootItem();
     void nameSources(DRFolder &root) const;
     void layoutMade(const std::shared_ptr<DRFolder> &folder);
@@ -84,6 +86,7 @@ private:
     [[nodiscard]] bool losesVolumeName(const DRStorageReport *report) const;
     [[nodiscard]] NSError checkSpace(std::uint64_t imageSize) const;
     void stop(const NSError &error);
+    void endLayout();
     void end();
 
     const ImageMakerOrder m_order;

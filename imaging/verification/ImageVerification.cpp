@@ -139,7 +139,7 @@ VerificationResult verifyImage(const VerificationRequest &request, const std::st
     DiscJobProgress state;
     state.phase = DiscJobPhase::Scanning;
     progress(state);
-    SourceIndex sources(request.sources, stop);
+    SourceIndex sources = request.tree ? SourceIndex(*request.tree, stop) : SourceIndex(request.sources, stop);
     if (sources.lacksDescriptors())
         return withoutDescriptors(sources);
     for (const SourceFailure &failure : sources.failures())

@@ -1,8 +1,13 @@
 #include "imaging/verification/SourceIndex.h"
 
+#include "platform/discimage/volume/VolumeReader.h"
+#include "platform/discrecording/objects/DRFilesystems.h"
 #include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/DirectoryStream.h"
+#include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
+#include <TessaronClasses/KRFileHierarchyItem.h>
+#include <TessaronClasses/KRFileReference.h>
 
 #include <algorithm>
 #include <array>
@@ -67,12 +72,48 @@ SourceObject objectFor(const struct stat &status)
     return object;
 }
 
+/// The filesystems that an item's options choose, as a layout takes them; those of its folder where they choose none.
+DRFilesystemMask maskOf(const KRFileReference &reference, DRFilesystemMask ofFolder)
+{
+    const _TessaronAttributes &options = *reference.tessaronAttributes();
+    if (options.useBasicFSInclusion && options.hasBasicFSInclusion && options.basicFSInclusion == 1)
+        return DRFilesystemInclusionMaskUDF | DRFilesystemInclusionMaskHFSPlus;
+    if (options.useBasicFSInclusion && options.hasBasicFSInclusion && options.basicFSInclusion == 2)
+        return DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet;
+    if (!options.useBasicFSInclusion && options.hasAdvancedFSInclusion && options.advancedFSInclusion != 0)
+        return DRFilesystemMask(options.advancedFSInclusion);
+    return ofFolder;
+}
+
+std::uint8_t volumesWithout(DRFilesystemMask mask)
+{
+    std::uint8_t volumes = 0;
+    const auto leaveOut = [&](DRFilesystemMask bit, VolumeKind kind) {
+        if ((mask & bit) == 0)
+            volumes = std::uint8_t(volumes | (1u << unsigned(kind)));
+    };
+    leaveOut(DRFilesystemInclusionMaskISO9660, VolumeKind::ISO9660);
+    leaveOut(DRFilesystemInclusionMaskISO9660, VolumeKind::RockRidge);
+    leaveOut(DRFilesystemInclusionMaskJoliet, VolumeKind::Joliet);
+    leaveOut(DRFilesystemInclusionMaskUDF, VolumeKind::UDF);
+    leaveOut(DRFilesystemInclusionMaskHFSPlus, VolumeKind::HFSPlus);
+    return volumes;
+}
+
+/// The icon of a folder belongs to the folder that holds it on disk; a layout takes it from nowhere else.
+bool isLeftOut(const KRFileReference &reference, const KRFileReference *folder)
+{
+    return !reference.isVirtual() && folder && folder->isVirtual()
+        && lastKnownPath(*reference.fileRef()).endsWith("/Icon\r");
+}
+
 } // namespace
 
 struct SourceIndex::Entry {
     QByteArray name;
     SourceObject object;
     QByteArray top; ///< for a source given by the user: its path
+    const KRFileHierarchyItem *item = nullptr; ///< of a tree
 };
 
 /// The folders that were listed last stay open, so that those in them can be opened from there: by whole paths the time
@@ -120,6 +161,59 @@ SourceIndex::SourceIndex(const std::vector<DiscSource> &sources, const std::stop
         if (m_objects[number].kind == VolumeObjectKind::Folder)
             listFolder(number, recent);
     }
+}
+
+/// A child that is not to be in a volume by its own options, or since its folder is not, counts as seen there.
+SourceIndex::SourceIndex(const KRFileHierarchyItem &root, const std::stop_token &stop)
+{
+    m_objects.emplace_back().kind = VolumeObjectKind::Folder;
+    m_objects.front().modificationNanoseconds = SourceObject::noTime;
+    m_refs.emplace_back();
+    std::vector<const KRFileHierarchyItem *> items = {&root};
+    std::vector<DRFilesystemMask> masks = {DRFilesystemInclusionMaskAll};
+    for (SourceNumber number = 0; number < m_objects.size() && !stop.stop_requested(); ++number) {
+        std::vector<Entry> entries;
+        const std::shared_ptr<KRFileReference> &folder = items[number]->fileReference();
+        for (const std::shared_ptr<KRFileHierarchyItem> &item : items[number]->items()) {
+            if (!item->fileReference() || isLeftOut(*item->fileReference(), folder.get()))
+                continue;
+            const FSRef &ref = *item->fileReference()->fileRef();
+            entries.push_back(entryFor(*item, ref));
+        }
+        addChildren(number, entries);
+        for (std::size_t index = 0; index < entries.size(); ++index) {
+            const KRFileHierarchyItem &item = *entries[index].item;
+            const DRFilesystemMask mask = masks[number] & maskOf(*item.fileReference(), masks[number]);
+            items.push_back(&item);
+            masks.push_back(mask);
+            m_refs.push_back(*item.fileReference()->fileRef());
+            m_objects[m_objects[number].firstChild + index].seenIn = volumesWithout(mask);
+        }
+    }
+}
+
+SourceIndex::Entry SourceIndex::entryFor(const KRFileHierarchyItem &item, const FSRef &ref)
+{
+    KRFileReference &reference = *item.fileReference();
+    const QByteArray path = lastKnownPath(ref);
+    Entry entry;
+    entry.item = &item;
+    entry.name = reference.isVirtual() || reference.hasDesiredName()
+        ? fileSystemRepresentation(reference.desiredNameWithExtensionEvenIfHidden(true))
+        : path.mid(path.lastIndexOf('/') + 1);
+    entry.object.kind = reference.isContainer() ? VolumeObjectKind::Folder : VolumeObjectKind::File;
+    entry.object.modificationNanoseconds = SourceObject::noTime;
+    if (reference.isVirtual())
+        return entry;
+    QByteArray last;
+    struct stat status;
+    const UniqueDescriptor parent = openParent(path, &last);
+    if (last.isEmpty()
+        || ::fstatat(parent ? parent.get() : AT_FDCWD, last.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+        m_failures.push_back({path, systemText(errno)});
+    else
+        entry.object = objectFor(status);
+    return entry;
 }
 
 void SourceIndex::addSources(const std::vector<DiscSource> &sources)
@@ -247,6 +341,8 @@ QByteArray SourceIndex::discPath(SourceNumber number) const
 
 QByteArray SourceIndex::diskPath(SourceNumber number) const
 {
+    if (!m_refs.empty())
+        return lastKnownPath(m_refs[number]);
     QByteArray below;
     while (number != 0) {
         const SourceNumber parent = m_objects[number].parent;

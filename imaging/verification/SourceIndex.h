@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/coreservices/FSRef.h"
 #include "platform/discimage/volume/VolumeObject.h"
 #include <TessaronClasses/DiscSources.h>
 
@@ -12,6 +13,8 @@
 
 namespace Tessaron
 {
+
+class KRFileHierarchyItem;
 
 using SourceNumber = std::uint32_t;
 inline constexpr SourceNumber noSource = UINT32_MAX;
@@ -29,8 +32,11 @@ struct SourceObject {
     std::uint32_t nameOffset = 0;
     std::uint16_t nameLength = 0;
     VolumeObjectKind kind = VolumeObjectKind::File;
-    std::uint8_t seenIn = 0; ///< bit 1 << VolumeKind for each volume that has it
+    /// Bit 1 << VolumeKind for each volume that has it; set from the beginning for those that are not to have it.
+    std::uint8_t seenIn = 0;
 
+    static constexpr std::uint32_t noTime = UINT32_MAX; ///< in place of nanoseconds: a folder that is on no disk
+    [[nodiscard]] bool hasTime() const { return modificationNanoseconds != noTime; }
     [[nodiscard]] FileTime modificationTime() const { return {modificationSeconds, modificationNanoseconds}; }
 };
 
@@ -47,6 +53,9 @@ class SourceIndex
 public:
     /// Lists the sources as `tessaron image` arranges them. Ends early when a stop is requested.
     SourceIndex(const std::vector<DiscSource> &sources, const std::stop_token &stop);
+    /// Takes what is below the root as the user arranged it, and looks at each file. Ends early when a stop is
+    /// requested.
+    SourceIndex(const KRFileHierarchyItem &root, const std::stop_token &stop);
 
     [[nodiscard]] std::size_t count() const { return m_objects.size(); }
     [[nodiscard]] const SourceObject &operator[](SourceNumber number) const { return m_objects[number]; }
@@ -73,6 +82,7 @@ private:
     struct Entry;
     class RecentFolders;
     void addSources(const std::vector<DiscSource> &sources);
+    [[nodiscard]] Entry entryFor(const KRFileHierarchyItem &item, const FSRef &ref);
     void listFolder(SourceNumber folder, RecentFolders &recent);
     /// Opens a folder for listing, from the one above where that is open still; -1 with `errno` set on failure.
     [[nodiscard]] int openFolder(SourceNumber folder, const RecentFolders &recent) const;
@@ -85,6 +95,7 @@ private:
     std::vector<SourceObject> m_objects;
     std::vector<char> m_names;
     std::vector<QByteArray> m_tops; ///< paths on disk of the root's children, or of the root alone
+    std::vector<FSRef> m_refs; ///< of a tree: what each object is made from, the zero reference for a virtual folder
     bool m_rootIsOnlySource = false;
     std::vector<SourceFailure> m_failures;
     mutable bool m_lacksDescriptors = false;

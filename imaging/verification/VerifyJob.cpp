@@ -29,6 +29,7 @@ public:
 private:
     NSError run(const std::stop_token &stop) override;
     NSError prepare(VerificationRequest *request) const;
+    NSError findSources(VerificationRequest *request) const;
 
     const VerifyOrder order;
     mutable std::mutex mutex;
@@ -55,16 +56,24 @@ NSError VerifyJob::Work::prepare(VerificationRequest *request) const
         return discJobError(DiscJobErrorCode::Source,
                             QStringLiteral("no filesystem was found in %1").arg(quoted(order.image)),
                             QStringLiteral("Known are ISO 9660, Rock Ridge, Joliet, UDF and HFS+."), order.image);
+    if (NSError error = order.tree ? NSError() : findSources(request))
+        return error;
+    request->tree = order.tree;
+    request->image = opened->source;
+    request->volumes = std::move(opened->volumes);
+    request->filesystems = order.filesystems;
+    request->checkedOnly = std::move(opened->parts);
+    return {};
+}
+
+NSError VerifyJob::Work::findSources(VerificationRequest *request) const
+{
     Result<std::vector<DiscSource>> sources = discSourcesAtPaths(order.sources);
     if (!sources)
         return sources.error();
     if (NSError error = errorOfSourcesSideBySide(*sources))
         return error;
-    request->image = opened->source;
-    request->volumes = std::move(opened->volumes);
     request->sources = std::move(*sources);
-    request->filesystems = order.filesystems;
-    request->checkedOnly = std::move(opened->parts);
     return {};
 }
 

@@ -215,6 +215,8 @@ void VolumeComparison::compare(const VolumeObject &object, SourceNumber source)
 
 void VolumeComparison::compareTime(const VolumeObject &object, SourceNumber source)
 {
+    if (!m_sources[source].hasTime())
+        return;
     FileTime time = m_sources[source].modificationTime();
     if (m_latestTime)
         time = std::min(time, FileTime{*m_latestTime, 0});

@@ -4,6 +4,8 @@
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/DiscImageJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
+#include <TessaronClasses/KRFileHierarchyItem.h>
+#include <TessaronClasses/KRFileReference.h>
 
 #include <QProcess>
 #include <QTimer>
@@ -63,6 +65,33 @@ protected:
     }
     QByteArray letterIn(const QByteArray &image) const { return contentsIn(image, "/letter.txt"); }
 
+    std::shared_ptr<KRFileHierarchyItem> item(const QByteArray &relative, const char *name = nullptr) const
+    {
+        const auto reference = KRFileReference::initWithPath(m_tree.pathText(relative));
+        if (name)
+            reference->setDesiredName(QString::fromUtf8(name));
+        return KRFileHierarchyItem::fileHierarchyItemWithFileReference(reference);
+    }
+
+    /// A disc that lies on no disk like this: a folder of its own with a renamed file, and another folder's file.
+    DiscImageOrder treeOrder() const
+    {
+        const auto root = KRFileHierarchyItem::fileHierarchyItemWithFileReference(
+            KRFileReference::virtualFolderWithName(QStringLiteral("disc")));
+        const auto mine = KRFileHierarchyItem::fileHierarchyItemWithFileReference(
+            KRFileReference::virtualFolderWithName(QStringLiteral("mine")));
+        root->addItem(mine);
+        mine->addItem(item("source/letter.txt", "greeting.txt"));
+        const auto folder = item("source/folder");
+        folder->addItem(item("source/folder/deep"));
+        folder->addItem(item("source/letter.txt"));
+        root->addItem(folder);
+        DiscImageOrder made = order();
+        made.sources.clear();
+        made.tree = root;
+        return made;
+    }
+
     void makeBigSource() const { m_tree.makeFile("source/big", QByteArray(64 << 20, 'b')); }
 
     const Testing::TemporaryTree m_tree;
@@ -87,6 +116,68 @@ TEST_F(DiscImageJobs, job_makesTheImage_andTellsPhasesInOrder)
     EXPECT_TRUE(std::is_sorted(run.phases.begin(), run.phases.end()));
     EXPECT_EQ(run.told.back().percent(), 100);
     EXPECT_EQ(run.told.back().bytesTotal, run.result.bytes);
+}
+
+TEST_F(DiscImageJobs, tree_isStoredAsItIsArranged_underItsOwnNames)
+{
+    DiscImageOrder given = treeOrder();
+    given.volumeName = QStringLiteral("arranged");
+    DiscImageJob job(given);
+    const ImageRun run(job);
+    EXPECT_TRUE(run.result.isComplete()) << run.result.error.localizedDescription().toStdString();
+    EXPECT_EQ(run.result.files, 3u);
+    EXPECT_EQ(run.result.folders, 2u);
+    EXPECT_EQ(run.result.volumeName, QStringLiteral("arranged"));
+    EXPECT_EQ(contentsIn("out/disc.iso", "/mine/greeting.txt"), "Dear reader,\n");
+    EXPECT_EQ(contentsIn("out/disc.iso", "/folder/letter.txt"), "Dear reader,\n");
+    EXPECT_EQ(contentsIn("out/disc.iso", "/folder/deep"), QByteArray(100000, 'd'));
+    EXPECT_EQ(letterIn("out/disc.iso"), "");
+}
+
+TEST_F(DiscImageJobs, tree_takesItsVolumeNameFromTheOutput_whenItIsGivenNone)
+{
+    DiscImageJob job(treeOrder());
+    const ImageRun run(job);
+    EXPECT_TRUE(run.result.isComplete());
+    EXPECT_EQ(run.result.volumeName, QStringLiteral("disc"));
+}
+
+TEST_F(DiscImageJobs, output_isRefused_whenItWouldReplaceAFileOfTheTree)
+{
+    DiscImageOrder given = treeOrder();
+    given.output = m_tree.path("source/letter.txt");
+    DiscImageJob job(given);
+    const ImageRun run(job);
+    EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Destination));
+    EXPECT_EQ(m_tree.contents("source/letter.txt"), "Dear reader,\n");
+}
+
+TEST_F(DiscImageJobs, tree_isAnError_besideSources)
+{
+    DiscImageOrder given = treeOrder();
+    given.sources = {m_tree.path("source")};
+    DiscImageJob job(given);
+    const ImageRun run(job);
+    EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::InvalidOrder));
+    EXPECT_EQ(outNames(), Names());
+}
+
+TEST_F(DiscImageJobs, tree_isIncomplete_andAnErrorWhereThatIsStrict_whenAFileOfItIsGone)
+{
+    DiscImageOrder given = treeOrder();
+    m_tree.remove("source/folder/deep");
+    DiscImageJob job(given);
+    const ImageRun run(job);
+    EXPECT_FALSE(run.result.error);
+    EXPECT_FALSE(run.result.isComplete());
+    EXPECT_EQ(run.result.report->lostCount(), 1u);
+
+    given.output = m_tree.path("out/strict.iso");
+    given.isStrict = true;
+    DiscImageJob strict(given);
+    const ImageRun strictRun(strict);
+    EXPECT_TRUE(isDiscJobError(strictRun.result.error, DiscJobErrorCode::NotStored));
+    EXPECT_EQ(outNames(), Names({"disc.iso"}));
 }
 
 TEST_F(DiscImageJobs, everySource_isStored_alsoAFoldersIconByItself)

@@ -4,6 +4,8 @@
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/ImageVerification.h>
 #include <TessaronClasses/InspectJob.h>
+#include <TessaronClasses/KRFileHierarchyItem.h>
+#include <TessaronClasses/KRFileReference.h>
 #include <TessaronClasses/VerifyJob.h>
 
 #include <chrono>
@@ -37,6 +39,58 @@ protected:
         ASSERT_FALSE(run.result.error) << run.result.error.localizedDescription().toStdString();
     }
 
+    [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> item(const QByteArray &relative) const
+    {
+        return KRFileHierarchyItem::fileHierarchyItemWithFileReference(
+            KRFileReference::initWithPath(m_tree.pathText(relative)));
+    }
+
+    /// A folder of the disc's own with a file for UDF and HFS+ alone, a renamed file and a long name that some
+    /// filesystems have to cut.
+    [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> arrangedTree() const
+    {
+        if (!m_tree.exists("source")) { // made once: files that are written again have other times
+            m_tree.makeFile("source/readme.txt", "read me");
+            m_tree.makeFile("source/numbers", QByteArray(300'000, '1'));
+            m_tree.makeFile("source/" + QByteArray(90, 'n'), "long");
+        }
+        const auto root = KRFileHierarchyItem::fileHierarchyItemWithFileReference(
+            KRFileReference::virtualFolderWithName(QStringLiteral("disc")));
+        const auto mine = KRFileHierarchyItem::fileHierarchyItemWithFileReference(
+            KRFileReference::virtualFolderWithName(QStringLiteral("mine")));
+        root->addItem(mine);
+        mine->addItem(item("source/readme.txt"));
+        mine->items().back()->fileReference()->setDesiredName(QStringLiteral("first.txt"));
+        mine->addItem(item("source/numbers"));
+        mine->items().back()->fileReference()->tessaronAttributes()->hasBasicFSInclusion = 1;
+        mine->items().back()->fileReference()->tessaronAttributes()->basicFSInclusion = 1;
+        root->addItem(item("source"));
+        root->items().back()->addItem(item("source/" + QByteArray(90, 'n')));
+        return root;
+    }
+
+    void makeImageOf(const std::shared_ptr<KRFileHierarchyItem> &tree) const
+    {
+        DiscImageOrder order;
+        order.tree = tree;
+        order.output = m_tree.path("disc.iso");
+        DiscImageJob job(order);
+        const JobRun<DiscImageJob, DiscImageResult> run(job);
+        ASSERT_FALSE(run.result.error) << run.result.error.localizedDescription().toStdString();
+    }
+
+    [[nodiscard]] VerificationResult resultOf(const std::shared_ptr<KRFileHierarchyItem> &tree) const
+    {
+        VerifyOrder order = {m_tree.path("disc.iso"), {}, allDiscFilesystems};
+        order.tree = tree;
+        VerifyJob job(order);
+        const JobRun<VerifyJob, VerificationResult> run(job);
+        EXPECT_FALSE(run.result.error) << run.result.error.localizedDescription().toStdString();
+        for (const ImageDifference &difference : run.result.differences.items())
+            std::printf("%s: %s\n", difference.path.constData(), qPrintable(difference.message));
+        return run.result;
+    }
+
     [[nodiscard]] VerifyOrder verifyOrder() const { return {m_tree.path("disc.iso"), {m_tree.path("source")}, {}}; }
 
     TemporaryTree m_tree;
@@ -56,6 +110,43 @@ TEST_F(VerificationJobs, verifyJob_tellsPhasesBytesAndResult)
     EXPECT_EQ(run.phases.back(), DiscJobPhase::Done);
     EXPECT_EQ(run.told.back().bytesDone, run.told.back().bytesTotal);
     EXPECT_EQ(run.told.back().files, 2u);
+}
+
+TEST_F(VerificationJobs, tree_agreesWithItsImage_withNamesOptionsAndFoldersOfTheDiscsOwn)
+{
+    makeImageOf(arrangedTree());
+    const VerificationResult result = resultOf(arrangedTree());
+    EXPECT_EQ(result.differences.count(), 0u);
+    EXPECT_EQ(result.files, 3u);
+    EXPECT_EQ(result.folders, 2u);
+    EXPECT_EQ(result.bytesCompared, 300'000u + 7 + 4);
+}
+
+TEST_F(VerificationJobs, tree_differs_whereAFileHasChangedOrAnotherOneIsWanted)
+{
+    makeImageOf(arrangedTree());
+    m_tree.makeFile("more", "more");
+    const std::shared_ptr<KRFileHierarchyItem> longer = arrangedTree();
+    longer->items().front()->addItem(item("more"));
+    const VerificationResult missing = resultOf(longer);
+    EXPECT_EQ(missing.differences.count(), 5u); // in each view
+    for (const ImageDifference &difference : missing.differences.items())
+        EXPECT_EQ(difference.path, "/mine/more");
+
+    m_tree.makeFile("source/readme.txt", "READ ME");
+    const VerificationResult changed = resultOf(arrangedTree());
+    ASSERT_GT(changed.differences.count(), 0u);
+    for (const ImageDifference &difference : changed.differences.items())
+        EXPECT_EQ(difference.path, "/mine/first.txt");
+}
+
+TEST_F(VerificationJobs, tree_differs_whereAFileIsMissingInAFilesystemThatItIsMeantFor)
+{
+    makeImageOf(arrangedTree());
+    const std::shared_ptr<KRFileHierarchyItem> tree = arrangedTree();
+    tree->items().front()->items().back()->fileReference()->tessaronAttributes()->basicFSInclusion = 0;
+    const VerificationResult result = resultOf(tree);
+    EXPECT_EQ(result.differences.count(), 3u); // ISO 9660 with and without Rock Ridge, Joliet
 }
 
 TEST_F(VerificationJobs, verifyJob_namesWhatCannotBeRead)
