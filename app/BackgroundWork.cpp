@@ -1,0 +1,39 @@
+#include "app/BackgroundWork.h"
+
+#include <platform/foundation/MainThread.h>
+
+namespace Tessaron::Desktop
+{
+
+BackgroundWork::~BackgroundWork()
+{
+    m_life.reset();
+}
+
+void BackgroundWork::start(std::function<void(const std::stop_token &)> work, std::function<void()> whenEnded)
+{
+    m_thread = std::jthread(); // asks what runs to stop, and waits for it
+    m_life = std::make_shared<int>();
+    m_isRunning = true;
+    m_thread = std::jthread([this, work = std::move(work), whenEnded = std::move(whenEnded),
+                             life = CallbackContext(m_life)](const std::stop_token &stop) {
+        work(stop);
+        performOnMainThread([this, whenEnded, life] {
+            if (!life.isAlive())
+                return;
+            m_isRunning = false;
+            whenEnded();
+        });
+    });
+}
+
+void BackgroundWork::letGo()
+{
+    m_life.reset();
+    m_thread.request_stop();
+    if (m_thread.joinable())
+        m_thread.detach();
+    m_isRunning = false;
+}
+
+} // namespace Tessaron::Desktop

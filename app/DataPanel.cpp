@@ -1,0 +1,190 @@
+#include "app/DataPanel.h"
+
+#include "app/DataView.h"
+#include "app/JobOutcomes.h"
+
+#include <TessaronClasses/DiscImageJob.h>
+#include <TessaronClasses/KRFileHierarchyItem.h>
+#include <TessaronClasses/VerifyJob.h>
+
+#include <QCoreApplication>
+
+#include <platform/discrecording/objects/DRFolder.h>
+#include <platform/discrecording/objects/DRTrack.h>
+#include <platform/foundation/OSStatus.h>
+#include <utility>
+
+namespace Tessaron::Desktop
+{
+
+namespace
+{
+
+struct DataPanelWords {
+    Q_DECLARE_TR_FUNCTIONS(DataPanel)
+};
+
+} // namespace
+
+DataPanel::DataPanel() = default;
+DataPanel::~DataPanel() = default;
+
+QString DataPanel::title() const
+{
+    return DataPanelWords::tr("Data");
+}
+
+QString DataPanel::hint() const
+{
+    return DataPanelWords::tr("Files and folders");
+}
+
+DataView &DataPanel::dataView()
+{
+    if (!m_view) {
+        m_view = std::make_unique<DataView>(m_document);
+        QObject::connect(m_view.get(), &DataView::changed, m_view.get(), [this] {
+            if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
+                host->panelDidChange(*this);
+        });
+    }
+    return *m_view;
+}
+
+QWidget *DataPanel::view()
+{
+    return &dataView();
+}
+
+QList<QAction *> DataPanel::customActionMenuItems()
+{
+    return dataView().discActions();
+}
+
+std::uint64_t DataPanel::bestSizeApproximation()
+{
+    return dataView().discSize();
+}
+
+TessaronDiscImageFormat DataPanel::handledDiscImageFormats()
+{
+    return TessaronDiscImageFormatISO | TessaronDiscImageFormatBIN | TessaronDiscImageFormatVANT;
+}
+
+QString DataPanel::emptyDiscInformationMessage()
+{
+    return DataPanelWords::tr("The disc is empty. Drop files and folders into the window first.");
+}
+
+bool DataPanel::takeFiles(const QList<QByteArray> &paths)
+{
+    dataView().addPaths(paths);
+    return true;
+}
+
+void DataPanel::letGo()
+{
+    if (m_view)
+        m_view->intake().letGo();
+}
+
+/// What a project knew and cannot be found: no image can hold it.
+QStringList DataPanel::lostFiles() const
+{
+    QStringList lost;
+    std::vector<const DiscNode *> waiting = {&m_document.model().root()};
+    while (!waiting.empty()) {
+        const DiscNode *const node = waiting.back();
+        waiting.pop_back();
+        if (node->lost)
+            lost << node->discPath();
+        for (const std::unique_ptr<DiscNode> &child : node->children)
+            waiting.push_back(child.get());
+    }
+    return lost;
+}
+
+std::unique_ptr<DiscJob> DataPanel::imageJob(const QByteArray &path, DiscFormat format,
+                                             std::function<void(const JobOutcome &)> whenEnded)
+{
+    if (m_document.model().root().children.empty())
+        return nullptr;
+    DiscImageOrder order;
+    order.tree = copyForJob(m_document.model().root());
+    // Another one: the first is the job's until it goes, and the disc may be changed before the image is compared.
+    m_savedTree = copyForJob(m_document.model().root());
+    order.output = path;
+    order.format = format;
+    order.volumeName = m_document.volumeName();
+    auto job = std::make_unique<DiscImageJob>(std::move(order));
+    QObject::connect(job.get(), &DiscImageJob::finished, job.get(),
+                     [whenEnded = std::move(whenEnded), lost = lostFiles()](const DiscImageResult &result) {
+                         whenEnded(outcomeOf(result, lost));
+                     });
+    return job;
+}
+
+std::unique_ptr<DiscJob> DataPanel::verifyJob(const QByteArray &path, std::function<void(const JobOutcome &)> whenEnded)
+{
+    if (!m_savedTree)
+        return nullptr;
+    VerifyOrder order;
+    order.image = path;
+    order.tree = std::exchange(m_savedTree, nullptr);
+    order.filesystems = allDiscFilesystems;
+    auto job = std::make_unique<VerifyJob>(std::move(order));
+    QObject::connect(
+        job.get(), &VerifyJob::finished, job.get(),
+        [whenEnded = std::move(whenEnded)](const VerificationResult &result) { whenEnded(outcomeOf(result)); });
+    return job;
+}
+
+bool DataPanel::createLayoutAsyncAndNotifyLayoutCreationManager(
+    const std::weak_ptr<TessaronLayoutCreationManager> &manager)
+{
+    if (m_layoutTree)
+        return false;
+    m_manager = manager;
+    m_layoutTree = copyForJob(m_document.model().root());
+    if (m_layoutTree->createDRLayoutAsyncNotifyProgressToTarget(target()))
+        return true;
+    m_layoutTree.reset();
+    return false;
+}
+
+bool DataPanel::cancelLayoutCreationAsync()
+{
+    return m_layoutTree && m_layoutTree->cancelDRLayoutCreationNotifyTarget(target());
+}
+
+KRFileHierarchyItemLayoutTarget DataPanel::target()
+{
+    KRFileHierarchyItemLayoutTarget target;
+    target.context = CallbackContext(m_life);
+    target.KRFileHierarchyItemDRLayoutCreationProgress = [this](KRFileHierarchyItem &, float progress) {
+        if (const auto manager = m_manager.lock())
+            manager->TessaronPanelLayoutCreationProgress(*this, progress);
+    };
+    target.KRFileHierarchyItemDRLayoutCreationFinished = [this](KRFileHierarchyItem &,
+                                                                const std::shared_ptr<DRFSObject> &root) {
+        m_layoutTree.reset();
+        const auto manager = m_manager.lock();
+        const auto folder = std::dynamic_pointer_cast<DRFolder>(root);
+        if (!manager)
+            return;
+        if (!folder) {
+            manager->TessaronPanelLayoutCreationDidFailWithError(*this, NSError(NSOSStatusErrorDomain, memFullErr));
+            return;
+        }
+        folder->setBaseName(m_document.volumeName());
+        manager->TessaronPanelLayoutIsCreated(*this, DRTrack::trackForRootFolder(folder));
+    };
+    target.KRFileHierarchyItemDRLayoutCreationDidCancel = [this](KRFileHierarchyItem &) {
+        m_layoutTree.reset();
+        if (const auto manager = m_manager.lock())
+            manager->TessaronPanelLayoutCreationCancel(*this);
+    };
+    return target;
+}
+
+} // namespace Tessaron::Desktop

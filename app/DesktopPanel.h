@@ -1,0 +1,84 @@
+#pragma once
+
+#include <TessaronClasses/DiscFormat.h>
+#include <TessaronClasses/DiscJob.h>
+#include <TessaronClasses/TessaronPanel.h>
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+#include <platform/foundation/NSError.h>
+
+class QUndoStack;
+
+namespace Tessaron
+{
+
+/// What panels call on the window that shows them.
+class TessaronPanelDelegate
+{
+public:
+    virtual ~TessaronPanelDelegate() = default;
+
+    /// What the panel holds has changed: its size, what can be done with it, or whether it is saved.
+    virtual void panelDidChange(TessaronPanelProtocol &panel) = 0;
+    /// Something that the user has to know of, and a list behind it.
+    virtual void panelTells(const QString &text, const QStringList &details) = 0;
+
+protected:
+    TessaronPanelDelegate() = default;
+    TessaronPanelDelegate(const TessaronPanelDelegate &) = default;
+    TessaronPanelDelegate &operator=(const TessaronPanelDelegate &) = default;
+};
+
+} // namespace Tessaron
+
+namespace Tessaron::Desktop
+{
+
+/// How something that was made or checked has turned out.
+struct JobOutcome {
+    NSError error; ///< null when it is whole
+    QString summary; ///< one sentence
+    QStringList details; ///< what was lost, renamed or could not be read, a line each
+    bool isComplete = true; ///< nothing is missing
+    QByteArray path; ///< of what was made
+};
+
+/// A panel of the program's window: one for each kind of disc.
+class DesktopPanel : public TessaronPanel
+{
+public:
+    /// For the list of kinds.
+    [[nodiscard]] virtual QString title() const = 0;
+    [[nodiscard]] virtual QString iconName() const = 0;
+    /// A few words under the title.
+    [[nodiscard]] virtual QString hint() const = 0;
+
+    /// Its steps; null for a panel that changes nothing.
+    [[nodiscard]] virtual QUndoStack *undoStack() { return nullptr; }
+    /// A file name without extension for what it makes.
+    [[nodiscard]] virtual QString suggestedName() const { return {}; }
+    /// Makes the image: the job, not started yet; `whenEnded` is called once, after it. Null when there is nothing to
+    /// make it of.
+    [[nodiscard]] virtual std::unique_ptr<DiscJob> imageJob(const QByteArray &, DiscFormat,
+                                                            std::function<void(const JobOutcome &)>)
+    {
+        return nullptr;
+    }
+    /// Compares the image that was made last with what it was made of; see imageJob(). Null where that cannot be done.
+    [[nodiscard]] virtual std::unique_ptr<DiscJob> verifyJob(const QByteArray &,
+                                                             std::function<void(const JobOutcome &)>)
+    {
+        return nullptr;
+    }
+    /// Takes files that were given to the program; false when they are nothing for this panel.
+    virtual bool takeFiles(const QList<QByteArray> &) { return false; }
+    /// Ends what runs in the background without waiting for what hangs in the system.
+    virtual void letGo() { }
+};
+
+} // namespace Tessaron::Desktop

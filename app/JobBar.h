@@ -1,0 +1,45 @@
+#pragma once
+
+#include <TessaronClasses/DiscJob.h>
+
+#include <QElapsedTimer>
+#include <QWidget>
+
+class QLabel;
+class QProgressBar;
+class QPushButton;
+
+namespace Tessaron::Desktop
+{
+
+/// What works in the background: how far it is, how fast, how long it has taken and will take, and a button that ends
+/// it. The button works at every moment.
+class JobBar final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit JobBar(QWidget *parent = nullptr);
+
+    /// Shows the bar for a piece of work; `name` stays in front of what is said.
+    void begin(const QString &name);
+    void showProgress(const DiscJobProgress &progress);
+    /// For work that cannot say how much there is.
+    void showText(const QString &text);
+    /// The work has been asked to end.
+    void showCancelling();
+    void end();
+    [[nodiscard]] QString text() const;
+
+Q_SIGNALS:
+    void cancelWanted();
+
+private:
+    QString m_name;
+    QElapsedTimer m_clock;
+    QLabel *const m_label;
+    QProgressBar *const m_bar;
+    QPushButton *const m_cancel;
+};
+
+} // namespace Tessaron::Desktop

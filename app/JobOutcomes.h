@@ -1,0 +1,20 @@
+#pragma once
+
+#include "app/DesktopPanel.h"
+
+namespace Tessaron
+{
+struct DiscImageResult;
+struct VerificationResult;
+} // namespace Tessaron
+
+namespace Tessaron::Desktop
+{
+
+// What the results of jobs mean for people: never a loss or a change less than the result has.
+
+/// `missing`: paths on the disc of files that were to be on it and cannot be found.
+[[nodiscard]] JobOutcome outcomeOf(const DiscImageResult &result, const QStringList &missing);
+[[nodiscard]] JobOutcome outcomeOf(const VerificationResult &result);
+
+} // namespace Tessaron::Desktop

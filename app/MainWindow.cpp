@@ -1,0 +1,507 @@
+#include "app/MainWindow.h"
+
+#include "app/CapacityBar.h"
+#include "app/DataPanel.h"
+#include "app/DataView.h"
+#include "app/JobBar.h"
+#include "app/NoticeBar.h"
+#include "app/ProjectKeeper.h"
+#include "app/Words.h"
+
+#include <TessaronClasses/DiscJob.h>
+
+#include <QCloseEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSettings>
+#include <QStackedWidget>
+#include <QStandardPaths>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+#include <TessaronClassesUI/ImageSavePanel.h>
+#include <algorithm>
+#include <platform/foundation/FileSystemRepresentation.h>
+
+namespace Tessaron::Desktop
+{
+
+namespace
+{
+
+const QByteArray projectEnding = QByteArrayLiteral(".tessaron");
+constexpr qsizetype mostRecent = 8;
+
+struct NamedFormat {
+    DiscFormat format;
+    QString name;
+};
+
+QList<NamedFormat> formatsOf(TessaronDiscImageFormat handled)
+{
+    const QList<NamedFormat> all = {
+        {DiscFormat::ISO, MainWindow::tr("ISO image (.iso)")},
+        {DiscFormat::BIN, MainWindow::tr("BIN image with cue sheet (.bin)")},
+        {DiscFormat::VANT, MainWindow::tr("VANT image (.vant)")},
+    };
+    QList<NamedFormat> formats;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(formats),
+                 [handled](const NamedFormat &each) { return (TessaronDiscImageFormat(each.format) & handled) != 0; });
+    return formats;
+}
+
+/// A name that any file system takes as that of a file.
+QString fileNameFor(const QString &name)
+{
+    QString result = name.trimmed();
+    result.replace(u'/', u'-');
+    while (result.startsWith(u'.'))
+        result.remove(0, 1);
+    return result.isEmpty() ? MainWindow::tr("disc") : result;
+}
+
+} // namespace
+
+/// What panels call: owned by the window, which it may outlive in a panel's hands.
+class MainWindow::Host final : public TessaronPanelDelegate
+{
+public:
+    explicit Host(MainWindow &window)
+        : m_window(&window)
+    {
+    }
+    void panelDidChange(TessaronPanelProtocol &) override { m_window->updateActions(); }
+    void panelTells(const QString &text, const QStringList &details) override
+    {
+        m_window->m_notices->tell(text, details);
+    }
+
+private:
+    MainWindow *const m_window;
+};
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent)
+    , m_host(std::make_shared<Host>(*this))
+    , m_dataPanel(std::make_shared<DataPanel>())
+{
+    auto *const middle = new QWidget(this);
+    auto *const row = new QHBoxLayout(middle);
+    m_kinds = new QListWidget(middle);
+    m_kinds->setAccessibleName(tr("Kinds of disc"));
+    m_kinds->setIconSize(QSize(32, 32));
+    m_kinds->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
+    row->addWidget(m_kinds);
+    auto *const column = new QVBoxLayout;
+    m_notices = new NoticeBar(middle);
+    m_stack = new QStackedWidget(middle);
+    m_jobBar = new JobBar(middle);
+    column->addWidget(m_notices);
+    column->addWidget(m_stack, 1);
+    column->addWidget(m_jobBar);
+    row->addLayout(column, 1);
+    setCentralWidget(middle);
+
+    m_project = std::make_unique<ProjectKeeper>(
+        m_dataPanel->document(),
+        fileSystemRepresentation(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)) + "/recovery");
+    makeMenus();
+    makeToolBar();
+    addPanel(m_dataPanel);
+    connectProject();
+    connect(m_kinds, &QListWidget::currentRowChanged, this, &MainWindow::showPanel);
+    connect(m_jobBar, &JobBar::cancelWanted, this, &MainWindow::cancelJob);
+    m_kinds->setVisible(m_panels.size() > 1);
+    m_kinds->setCurrentRow(0);
+    resize(960, 640);
+}
+
+MainWindow::~MainWindow()
+{
+    for (const std::shared_ptr<DesktopPanel> &panel : m_panels) {
+        panel->setDelegate(nullptr);
+        panel->view()->setParent(nullptr); // the panel's own
+    }
+}
+
+void MainWindow::addPanel(const std::shared_ptr<DesktopPanel> &panel)
+{
+    if (!panel->panelWillLoad())
+        return;
+    panel->setDelegate(m_host);
+    m_panels.push_back(panel);
+    m_stack->addWidget(panel->view());
+    auto *const item = new QListWidgetItem(QIcon::fromTheme(panel->iconName()), panel->title(), m_kinds);
+    item->setToolTip(panel->hint());
+    if (QUndoStack *const stack = panel->undoStack())
+        m_undoGroup.addStack(stack);
+    panel->panelDidLoad();
+    m_kinds->setFixedWidth(m_kinds->sizeHintForColumn(0) + 2 * m_kinds->frameWidth() + 16);
+}
+
+DesktopPanel &MainWindow::currentPanel() const
+{
+    return *m_panels[std::size_t(std::max(m_stack->currentIndex(), 0))];
+}
+
+void MainWindow::showPanel(int index)
+{
+    if (index < 0 || index >= int(m_panels.size()))
+        return;
+    m_stack->setCurrentIndex(index);
+    m_kinds->setCurrentRow(index);
+    m_undoGroup.setActiveStack(currentPanel().undoStack());
+    m_discMenu->clear();
+    m_discMenu->addActions(currentPanel().customActionMenuItems());
+    updateActions();
+}
+
+void MainWindow::makeMenus()
+{
+    QMenu &file = *menuBar()->addMenu(tr("&File"));
+    const auto add = [this, &file](const QString &text, const char *icon, QKeySequence::StandardKey key,
+                                   void (MainWindow::*operation)()) {
+        QAction *const action = file.addAction(QIcon::fromTheme(QString::fromLatin1(icon)), text, this, operation);
+        action->setShortcut(key);
+    };
+    add(tr("&New Disc"), "document-new", QKeySequence::New, &MainWindow::newProject);
+    add(tr("&Open…"), "document-open", QKeySequence::Open, &MainWindow::openProject);
+    m_recentMenu = file.addMenu(tr("Open &Recent"));
+    connect(m_recentMenu, &QMenu::aboutToShow, this, &MainWindow::showRecent);
+    add(tr("&Save Project"), "document-save", QKeySequence::Save, &MainWindow::saveProject);
+    add(tr("Save Project &As…"), "document-save-as", QKeySequence::SaveAs, &MainWindow::saveProjectAs);
+    file.addSeparator();
+    m_saveImage = file.addAction(QIcon::fromTheme(QStringLiteral("media-optical")), tr("Save &Image…"), this,
+                                 &MainWindow::saveImage);
+    m_saveImage->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
+    m_saveImage->setToolTip(tr("Make a disc image of what is shown"));
+    m_verify = file.addAction(tr("&Verify Images That Were Saved"));
+    m_verify->setCheckable(true);
+    m_verify->setChecked(QSettings().value(QStringLiteral("verifyAfterSaving"), true).toBool());
+    connect(m_verify, &QAction::toggled, this,
+            [](bool isOn) { QSettings().setValue(QStringLiteral("verifyAfterSaving"), isOn); });
+    m_cancel = file.addAction(tr("&Cancel"), this, &MainWindow::cancelJob);
+    m_cancel->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Period));
+    file.addSeparator();
+    QAction *const quit =
+        file.addAction(QIcon::fromTheme(QStringLiteral("application-exit")), tr("&Quit"), this, &QWidget::close);
+    quit->setShortcut(QKeySequence::Quit);
+
+    QMenu &edit = *menuBar()->addMenu(tr("&Edit"));
+    QAction *const undo = m_undoGroup.createUndoAction(this);
+    undo->setIcon(QIcon::fromTheme(QStringLiteral("edit-undo")));
+    undo->setShortcut(QKeySequence::Undo);
+    QAction *const redo = m_undoGroup.createRedoAction(this);
+    redo->setIcon(QIcon::fromTheme(QStringLiteral("edit-redo")));
+    redo->setShortcut(QKeySequence::Redo);
+    edit.addActions({undo, redo});
+
+    m_discMenu = menuBar()->addMenu(tr("&Disc"));
+}
+
+void MainWindow::makeToolBar()
+{
+    QToolBar &bar = *addToolBar(tr("Tools"));
+    bar.setMovable(false);
+    bar.setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    bar.addActions(m_dataPanel->customActionMenuItems().mid(0, 3));
+    auto *const space = new QWidget(&bar);
+    space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    bar.addWidget(space);
+    bar.addAction(m_saveImage);
+}
+
+void MainWindow::updateActions()
+{
+    DesktopPanel &panel = currentPanel();
+    m_saveImage->setEnabled(!m_job && panel.handledDiscImageFormats() != 0 && panel.enableBurnButton());
+    m_cancel->setEnabled(m_job != nullptr);
+}
+
+void MainWindow::openFiles(const QList<QByteArray> &paths)
+{
+    if (paths.size() == 1 && paths.front().endsWith(projectEnding))
+        openProjectAt(paths.front());
+    else if (!paths.isEmpty())
+        (void)currentPanel().takeFiles(paths);
+}
+
+void MainWindow::saveImage()
+{
+    const QList<NamedFormat> formats = formatsOf(currentPanel().handledDiscImageFormats());
+    QStringList extensions;
+    QStringList names;
+    for (const NamedFormat &format : formats) {
+        extensions << nameOfDiscFormat(format.format);
+        names << format.name;
+    }
+    ImageSavePanel *const save =
+        ImageSavePanel::savePanelWithExtensions(extensions, names, &m_formatIndex, this).release();
+    save->setAttribute(Qt::WA_DeleteOnClose);
+    save->setWindowTitle(tr("Save Image"));
+    const QSettings settings;
+    save->setDirectory(
+        settings
+            .value(QStringLiteral("imageFolder"), QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation))
+            .toString());
+    save->selectFile(fileNameFor(currentPanel().suggestedName()) + u'.' + extensions.front());
+    connect(save, &QFileDialog::fileSelected, this, [this, formats](const QString &path) {
+        QSettings().setValue(QStringLiteral("imageFolder"), QFileInfo(path).path());
+        saveImageAs(fileSystemRepresentation(path), formats[m_formatIndex].format);
+    });
+    save->open();
+}
+
+void MainWindow::saveImageAs(const QByteArray &path, DiscFormat format)
+{
+    if (m_job)
+        return;
+    const std::shared_ptr<DesktopPanel> panel = m_panels[std::size_t(m_stack->currentIndex())];
+    std::unique_ptr<DiscJob> job =
+        panel->imageJob(path, format, [this, panel](const JobOutcome &outcome) { imageHasEnded(*panel, outcome); });
+    if (!job) {
+        m_notices->tell(currentPanel().emptyDiscInformationMessage());
+        return;
+    }
+    startJob(std::move(job), displayableText(stringWithFileSystemRepresentation(path.mid(path.lastIndexOf('/') + 1))));
+}
+
+void MainWindow::startJob(std::unique_ptr<DiscJob> job, const QString &name)
+{
+    m_notices->clear();
+    m_jobName = name;
+    m_job = std::move(job);
+    connect(m_job.get(), &DiscJob::progressed, m_jobBar, &JobBar::showProgress);
+    m_jobBar->begin(name);
+    updateActions();
+    m_job->start();
+}
+
+/// Compares the image with its sources, if that is wanted and possible; what is said at the end speaks of both.
+void MainWindow::imageHasEnded(DesktopPanel &panel, const JobOutcome &saved)
+{
+    std::unique_ptr<DiscJob> verify;
+    if (!saved.error && m_verify->isChecked())
+        verify = panel.verifyJob(saved.path, [this, saved](const JobOutcome &checked) {
+            JobOutcome both = saved;
+            both.error = checked.error;
+            both.summary += u' ' + checked.summary;
+            both.details += checked.details;
+            both.isComplete = saved.isComplete && checked.isComplete;
+            jobHasEnded(both);
+        });
+    if (!verify) {
+        jobHasEnded(saved);
+        return;
+    }
+    m_job.release()->deleteLater();
+    startJob(std::move(verify), m_jobName);
+}
+
+void MainWindow::jobHasEnded(const JobOutcome &outcome)
+{
+    m_job.release()->deleteLater();
+    m_jobBar->end();
+    m_notices->tell(outcome.summary, outcome.details);
+    updateActions();
+    Q_EMIT jobEnded(outcome);
+}
+
+void MainWindow::cancelJob()
+{
+    if (!m_job)
+        return;
+    m_jobBar->showCancelling();
+    m_job->cancel();
+}
+
+void MainWindow::letGo()
+{
+    for (const std::shared_ptr<DesktopPanel> &panel : m_panels)
+        panel->letGo();
+    m_project->letGo();
+}
+
+void MainWindow::connectProject()
+{
+    connect(m_project.get(), &ProjectKeeper::pathChanged, this, &MainWindow::showTitle);
+    connect(&m_dataPanel->document().undoStack(), &QUndoStack::cleanChanged, this, &MainWindow::showTitle);
+    connect(m_project.get(), &ProjectKeeper::opened, this, [this] {
+        m_dataPanel->dataView().capacity().setMediumKey(m_project->mediumKey());
+        const QStringList missing = m_project->missingPaths();
+        m_notices->clear();
+        if (!missing.isEmpty())
+            m_notices->tell(
+                tr("%n file(s) of this project are missing: they were moved or removed.", nullptr, int(missing.size())),
+                missing);
+        updateActions();
+    });
+    connect(&m_dataPanel->dataView().capacity(), &CapacityBar::mediumChanged, m_project.get(),
+            &ProjectKeeper::setMediumKey);
+    showTitle();
+    m_project->recover([this] {
+        m_notices->tell(tr("This is the disc that was open when the program ended unexpectedly. It is not saved."));
+        showTitle();
+    });
+}
+
+void MainWindow::showTitle()
+{
+    const QByteArray path = m_project->path();
+    const QString name = path.isEmpty()
+        ? tr("New disc")
+        : displayableText(stringWithFileSystemRepresentation(path.mid(path.lastIndexOf('/') + 1)));
+    setWindowTitle(tr("%1[*] — Tessaron").arg(name));
+    setWindowModified(!m_dataPanel->document().undoStack().isClean());
+}
+
+void MainWindow::afterSaving(const std::function<void()> &goOn)
+{
+    if (m_dataPanel->document().undoStack().isClean()) {
+        goOn();
+        return;
+    }
+    auto *const question = new QMessageBox(QMessageBox::Question, tr("Tessaron"),
+                                           tr("This disc is not saved as a project. Save it first?"),
+                                           QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, this);
+    question->setInformativeText(tr("Without saving, what you put together is lost. The files themselves stay."));
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    connect(question, &QMessageBox::buttonClicked, this, [this, question, goOn](QAbstractButton *button) {
+        switch (question->standardButton(button)) {
+        case QMessageBox::Save:
+            m_afterSaving = goOn;
+            saveProject();
+            break;
+        case QMessageBox::Discard:
+            m_project->forgetCopy();
+            goOn();
+            break;
+        default:
+            break;
+        }
+    });
+    question->open();
+}
+
+void MainWindow::newProject()
+{
+    afterSaving([this] { m_project->close(); });
+}
+
+void MainWindow::openProject()
+{
+    auto *const dialog = new QFileDialog(this, tr("Open Project"));
+    dialog->setNameFilters({tr("Projects (*.tessaron)"), tr("All files (*)")});
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QFileDialog::fileSelected, this,
+            [this](const QString &path) { openProjectAt(fileSystemRepresentation(path)); });
+    dialog->open();
+}
+
+void MainWindow::openProjectAt(const QByteArray &path)
+{
+    afterSaving([this, path] {
+        m_project->open(path, [this, path](const NSError &error) {
+            if (error)
+                m_notices->tell(errorText(error));
+            else
+                addRecent(path);
+        });
+    });
+}
+
+void MainWindow::saveProject()
+{
+    if (m_project->path().isEmpty())
+        saveProjectAs();
+    else
+        saveProjectAt(m_project->path());
+}
+
+void MainWindow::saveProjectAs()
+{
+    auto *const dialog = new QFileDialog(this, tr("Save Project"));
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setNameFilter(tr("Projects (*.tessaron)"));
+    dialog->setDefaultSuffix(QStringLiteral("tessaron"));
+    dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    dialog->selectFile(fileNameFor(m_dataPanel->suggestedName()) + stringWithFileSystemRepresentation(projectEnding));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QFileDialog::fileSelected, this,
+            [this](const QString &path) { saveProjectAt(fileSystemRepresentation(path)); });
+    connect(dialog, &QDialog::rejected, this, [this] { m_afterSaving = nullptr; });
+    dialog->open();
+}
+
+void MainWindow::saveProjectAt(const QByteArray &path)
+{
+    m_project->save(path, [this, path](const NSError &error) {
+        const std::function<void()> goOn = std::exchange(m_afterSaving, nullptr);
+        if (error) {
+            m_notices->tell(tr("The project was not saved: %1").arg(errorText(error)));
+            return;
+        }
+        addRecent(path);
+        if (goOn)
+            goOn();
+    });
+}
+
+void MainWindow::addRecent(const QByteArray &path)
+{
+    QSettings settings;
+    QStringList recent = settings.value(QStringLiteral("recent")).toStringList();
+    const QString text = QString::fromLatin1(path.toPercentEncoding("/"));
+    recent.removeAll(text);
+    recent.prepend(text);
+    settings.setValue(QStringLiteral("recent"), recent.mid(0, mostRecent));
+}
+
+/// Names are shown as they are remembered: whether the files are there is found when one is opened.
+void MainWindow::showRecent()
+{
+    m_recentMenu->clear();
+    for (const QString &text : QSettings().value(QStringLiteral("recent")).toStringList()) {
+        const QByteArray path = QByteArray::fromPercentEncoding(text.toLatin1());
+        QString shown = displayableText(stringWithFileSystemRepresentation(path));
+        m_recentMenu->addAction(shown.replace(u'&', QStringLiteral("&&")), this, [this, path] { openProjectAt(path); });
+    }
+    if (m_recentMenu->isEmpty())
+        m_recentMenu->addAction(tr("No projects yet"))->setEnabled(false);
+}
+
+bool MainWindow::mayEndJob()
+{
+    if (!m_job)
+        return true;
+    QMessageBox question(QMessageBox::Question, tr("Tessaron"), tr("An image is being made. Stop, and quit?"),
+                         QMessageBox::NoButton, this);
+    question.addButton(tr("&Stop and Quit"), QMessageBox::DestructiveRole);
+    QPushButton *const stay = question.addButton(tr("&Go On"), QMessageBox::RejectRole);
+    question.setDefaultButton(stay);
+    question.exec();
+    return question.clickedButton() != stay;
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (m_isClosing) {
+        event->accept();
+        return;
+    }
+    event->ignore();
+    if (!mayEndJob())
+        return;
+    afterSaving([this] {
+        m_isClosing = true;
+        close();
+    });
+}
+
+} // namespace Tessaron::Desktop

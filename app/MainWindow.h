@@ -1,0 +1,108 @@
+#pragma once
+
+#include "app/DesktopPanel.h"
+
+#include <QMainWindow>
+#include <QUndoGroup>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QListWidget;
+class QStackedWidget;
+
+namespace Tessaron::Desktop
+{
+
+class DataPanel;
+class JobBar;
+class NoticeBar;
+class ProjectKeeper;
+
+/// The program's one window: the kinds of disc at the side, the panel of the one that is chosen, and what works in the
+/// background.
+class MainWindow final : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit MainWindow(QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+    /// Shows the panel with this index.
+    void showPanel(int index);
+    [[nodiscard]] DesktopPanel &currentPanel() const;
+    [[nodiscard]] DataPanel &dataPanel() const { return *m_dataPanel; }
+    [[nodiscard]] NoticeBar &notices() const { return *m_notices; }
+    [[nodiscard]] QUndoGroup &undoGroup() { return m_undoGroup; }
+
+    /// Gives files to the program, as its command line or another program does.
+    void openFiles(const QList<QByteArray> &paths);
+
+    [[nodiscard]] ProjectKeeper &project() const { return *m_project; }
+    /// Begins a new disc, once the user does not mind about the present one.
+    void newProject();
+    void openProject();
+    void openProjectAt(const QByteArray &path);
+    void saveProject();
+    void saveProjectAs();
+
+    /// Asks where to save an image of what the panel holds, and saves it there.
+    void saveImage();
+    /// Saves it there without asking.
+    void saveImageAs(const QByteArray &path, DiscFormat format);
+    [[nodiscard]] bool isWorking() const { return m_job != nullptr; }
+    void cancelJob();
+
+    /// Ends what runs, without waiting for what hangs in the system.
+    void letGo();
+
+Q_SIGNALS:
+    /// An image that was saved or checked has ended.
+    void jobEnded(const Tessaron::Desktop::JobOutcome &outcome);
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    class Host;
+
+    void addPanel(const std::shared_ptr<DesktopPanel> &panel);
+    void makeMenus();
+    void makeToolBar();
+    void updateActions();
+    void startJob(std::unique_ptr<DiscJob> job, const QString &name);
+    void imageHasEnded(DesktopPanel &panel, const JobOutcome &saved);
+    void jobHasEnded(const JobOutcome &outcome);
+    void connectProject();
+    void showTitle();
+    void saveProjectAt(const QByteArray &path);
+    void addRecent(const QByteArray &path);
+    void showRecent();
+    /// Goes on once the present disc is saved or dropped; not at all when the user stays with it.
+    void afterSaving(const std::function<void()> &goOn);
+    [[nodiscard]] bool mayEndJob();
+
+    std::shared_ptr<Host> m_host;
+    std::shared_ptr<DataPanel> m_dataPanel;
+    std::vector<std::shared_ptr<DesktopPanel>> m_panels;
+    QUndoGroup m_undoGroup;
+    QListWidget *m_kinds = nullptr;
+    QStackedWidget *m_stack = nullptr;
+    NoticeBar *m_notices = nullptr;
+    JobBar *m_jobBar = nullptr;
+    QMenu *m_discMenu = nullptr;
+    QMenu *m_recentMenu = nullptr;
+    QAction *m_saveImage = nullptr;
+    QAction *m_verify = nullptr;
+    QAction *m_cancel = nullptr;
+    std::unique_ptr<ProjectKeeper> m_project;
+    std::function<void()> m_afterSaving; ///< what waits for the project that is being saved
+    bool m_isClosing = false; ///< nothing has to be asked any more
+    std::unique_ptr<DiscJob> m_job;
+    QString m_jobName;
+    int m_formatIndex = 0; ///< the one chosen in the save panel
+};
+
+} // namespace Tessaron::Desktop

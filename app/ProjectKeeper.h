@@ -1,0 +1,80 @@
+#pragma once
+
+#include "app/BackgroundWork.h"
+#include "app/DiscDocument.h"
+
+#include <QByteArray>
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+#include <platform/foundation/NSError.h>
+
+namespace Tessaron::Desktop
+{
+
+struct DiscProject;
+
+/// Saves a disc as a project and opens it again, in the background; and keeps a copy of what is not saved, which comes
+/// back when the program ended unexpectedly. On the main thread.
+class ProjectKeeper final : public QObject
+{
+    Q_OBJECT
+
+public:
+    using WhenEnded = std::function<void(const NSError &)>;
+
+    /// `recoveryFolder` (bytes) takes the copies of what is not saved. Nothing is looked at before it is needed.
+    ProjectKeeper(DiscDocument &document, QByteArray recoveryFolder, QObject *parent = nullptr);
+    ~ProjectKeeper() override;
+
+    /// Of the project that is open; empty for one that was never saved.
+    [[nodiscard]] QByteArray path() const { return m_path; }
+    [[nodiscard]] QString mediumKey() const { return m_mediumKey; }
+    void setMediumKey(const QString &key) { m_mediumKey = key; }
+
+    /// Writes the disc as it is now; it may be changed meanwhile. One at a time: an error otherwise.
+    void save(const QByteArray &path, WhenEnded whenEnded);
+    /// Replaces the disc by that of a project. `missing` files of it are in the tree and are told by missingPaths().
+    void open(const QByteArray &path, WhenEnded whenEnded);
+    /// Begins an empty disc.
+    void close();
+    /// Paths on the disc of files that the project just opened could not find.
+    [[nodiscard]] QStringList missingPaths() const { return m_missing; }
+
+    /// Looks for a disc that an earlier run of the program left unsaved, and opens it as one that was never saved;
+    /// `whenFound` is called only then.
+    void recover(std::function<void()> whenFound);
+    /// Keeps a copy of what is not saved, now and a while after each change.
+    void keepCopy();
+    /// Nothing is left to come back: the user has saved or dropped it.
+    void forgetCopy();
+    [[nodiscard]] bool isBusy() const { return m_work.isRunning(); }
+    void letGo();
+
+Q_SIGNALS:
+    void pathChanged();
+    /// Another disc has been opened.
+    void opened();
+
+private:
+    void read(const QByteArray &path, std::function<void(const NSError &, const std::shared_ptr<DiscProject> &)> then);
+    void show(DiscProject &project);
+    void setPath(const QByteArray &path);
+    void removeCopy();
+    [[nodiscard]] QByteArray copyPath() const;
+
+    DiscDocument &m_document;
+    const QByteArray m_recoveryFolder;
+    const QByteArray m_copyName; ///< of this run's copy
+    QByteArray m_path;
+    QString m_mediumKey;
+    QStringList m_missing;
+    QTimer m_copyDelay;
+    bool m_hasCopy = false;
+    BackgroundWork m_work;
+    BackgroundWork m_copyWork;
+};
+
+} // namespace Tessaron::Desktop

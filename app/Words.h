@@ -1,0 +1,39 @@
+#pragma once
+
+#include <TessaronClasses/DiscJob.h>
+#include <TessaronClasses/ZelFileAttribute.h>
+
+#include <QString>
+
+#include <chrono>
+#include <cstdint>
+
+namespace Tessaron
+{
+class NSError;
+}
+
+namespace Tessaron::Desktop
+{
+
+// What several windows say, in the user's language.
+
+/// "1.2 GB", by the framework's rules with the user's decimal sign.
+[[nodiscard]] QString sizeText(std::uint64_t bytes);
+
+/// "0:32" or "1:02:05".
+[[nodiscard]] QString durationText(std::chrono::seconds duration);
+
+/// "Writing", "Comparing" …
+[[nodiscard]] QString phaseText(DiscJobPhase phase);
+
+/// "Writing: 120 MB of 1.2 GB at 85 MB/s, 0:12 left", as far as it is known.
+[[nodiscard]] QString progressText(const DiscJobProgress &progress);
+
+/// What an object's options ask for, in words; empty for nothing special.
+[[nodiscard]] QString optionsText(const _TessaronAttributes &options);
+
+/// What an error says, and what to do about it.
+[[nodiscard]] QString errorText(const NSError &error);
+
+} // namespace Tessaron::Desktop

@@ -1,0 +1,716 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de_DE" sourcelanguage="en">
+    <context>
+        <name>DataPanel</name>
+        <message>
+            <source>Data</source>
+            <translation>Daten</translation>
+        </message>
+        <message>
+            <source>Files and folders</source>
+            <translation>Dateien und Ordner</translation>
+        </message>
+        <message>
+            <source>The disc is empty. Drop files and folders into the window first.</source>
+            <translation>Die Disc ist leer. Ziehen Sie zuerst Dateien und Ordner in das Fenster.</translation>
+        </message>
+    </context>
+    <context>
+        <name>JobOutcomes</name>
+        <message numerus="yes">
+            <source>… and %n more</source>
+            <translation>
+                <numerusform>… und %n weitere</numerusform>
+                <numerusform>… und %n weitere</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1: the file is missing</source>
+            <translation>%1: Die Datei fehlt</translation>
+        </message>
+        <message>
+            <source>The folder %1 could not be read: %2</source>
+            <translation>Der Ordner %1 konnte nicht gelesen werden: %2</translation>
+        </message>
+        <message>
+            <source>The name of the disc could not be stored as it was asked for.</source>
+            <translation>Der Name der Disc konnte nicht wie gewünscht gespeichert werden.</translation>
+        </message>
+        <message>
+            <source>%1 was saved: %2, %3.</source>
+            <translation>%1 wurde gespeichert: %2, %3.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n Datei</numerusform>
+                <numerusform>%n Dateien</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) could not be stored as they are.</source>
+            <translation>
+                <numerusform>%n Objekt konnte nicht unverändert gespeichert werden.</numerusform>
+                <numerusform>%n Objekte konnten nicht unverändert gespeichert werden.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n folder(s) could not be read.</source>
+            <translation>
+                <numerusform>%n Ordner konnte nicht gelesen werden.</numerusform>
+                <numerusform>%n Ordner konnten nicht gelesen werden.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) are not on it: their files are missing.</source>
+            <translation>
+                <numerusform>%n Objekt ist nicht dabei: Die Datei fehlt.</numerusform>
+                <numerusform>%n Objekte sind nicht dabei: Die Dateien fehlen.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Nothing is missing.</source>
+            <translation>Nichts fehlt.</translation>
+        </message>
+        <message>
+            <source>Nothing is missing; some names are changed in some filesystems.</source>
+            <translation>Nichts fehlt; einige Namen sind in manchen Dateisystemen verändert.</translation>
+        </message>
+        <message numerus="yes">
+            <source>The image differs from the files in %n place(s).</source>
+            <translation>
+                <numerusform>Das Abbild weicht an %n Stelle von den Dateien ab.</numerusform>
+                <numerusform>Das Abbild weicht an %n Stellen von den Dateien ab.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>The image was compared with the files: all %1 are the same.</source>
+            <translation>Das Abbild wurde mit den Dateien verglichen: Alle %1 stimmen überein.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Media</name>
+        <message>
+            <source>Any size</source>
+            <translation>Beliebige Größe</translation>
+        </message>
+        <message>
+            <source>CD, 74 minutes</source>
+            <translation>CD, 74 Minuten</translation>
+        </message>
+        <message>
+            <source>CD, 80 minutes</source>
+            <translation>CD, 80 Minuten</translation>
+        </message>
+        <message>
+            <source>DVD</source>
+            <translation>DVD</translation>
+        </message>
+        <message>
+            <source>DVD, two layers</source>
+            <translation>DVD, zwei Schichten</translation>
+        </message>
+        <message>
+            <source>Blu-ray</source>
+            <translation>Blu-ray</translation>
+        </message>
+        <message>
+            <source>Blu-ray, two layers</source>
+            <translation>Blu-ray, zwei Schichten</translation>
+        </message>
+    </context>
+    <context>
+        <name>Project</name>
+        <message>
+            <source>%1 cannot be opened: %2</source>
+            <translation>%1 kann nicht geöffnet werden: %2</translation>
+        </message>
+        <message>
+            <source>it is too long for a project</source>
+            <translation>Für ein Projekt ist die Datei zu groß</translation>
+        </message>
+        <message>
+            <source>it is no project</source>
+            <translation>Es ist kein Projekt</translation>
+        </message>
+        <message>
+            <source>it was saved by a newer version of this program</source>
+            <translation>Eine neuere Version dieses Programms hat es gespeichert</translation>
+        </message>
+        <message>
+            <source>it names an item that cannot be on a disc</source>
+            <translation>Es nennt ein Objekt, das nicht auf einer Disc sein kann</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::CapacityBar</name>
+        <message>
+            <source>Kind of disc</source>
+            <translation>Art der Disc</translation>
+        </message>
+        <message>
+            <source>What has to fit onto it</source>
+            <translation>Worauf alles passen soll</translation>
+        </message>
+        <message>
+            <source>Size of the disc</source>
+            <translation>Größe der Disc</translation>
+        </message>
+        <message>
+            <source>about %1</source>
+            <translation>etwa %1</translation>
+        </message>
+        <message>
+            <source>%1: %2 too much</source>
+            <translation>%1: %2 zu viel</translation>
+        </message>
+        <message>
+            <source>%1, %2 free</source>
+            <translation>%1, %2 frei</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::CapacityMeter</name>
+        <message>
+            <source>How full the disc is</source>
+            <translation>Wie voll die Disc ist</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DataView</name>
+        <message>
+            <source>Add &amp;Files…</source>
+            <translation>&amp;Dateien hinzufügen …</translation>
+        </message>
+        <message>
+            <source>Add F&amp;older…</source>
+            <translation>&amp;Ordner hinzufügen …</translation>
+        </message>
+        <message>
+            <source>New Fol&amp;der</source>
+            <translation>&amp;Neuer Ordner</translation>
+        </message>
+        <message>
+            <source>&amp;Paste Files</source>
+            <translation>Dateien &amp;einfügen</translation>
+        </message>
+        <message>
+            <source>&amp;Rename</source>
+            <translation>&amp;Umbenennen</translation>
+        </message>
+        <message>
+            <source>Re&amp;move from the Disc</source>
+            <translation>Von der Disc &amp;nehmen</translation>
+        </message>
+        <message>
+            <source>Opt&amp;ions…</source>
+            <translation>O&amp;ptionen …</translation>
+        </message>
+        <message>
+            <source>&amp;Find</source>
+            <translation>&amp;Suchen</translation>
+        </message>
+        <message>
+            <source>Disc &amp;name:</source>
+            <translation>&amp;Name der Disc:</translation>
+        </message>
+        <message>
+            <source>Find by name</source>
+            <translation>Nach Namen suchen</translation>
+        </message>
+        <message>
+            <source>Files on the disc</source>
+            <translation>Dateien auf der Disc</translation>
+        </message>
+        <message>
+            <source>Drop files and folders here</source>
+            <translation>Dateien und Ordner hierher ziehen</translation>
+        </message>
+        <message>
+            <source>They go onto the disc as you see them here. The originals stay where they are.</source>
+            <translation>Sie kommen so auf die Disc, wie Sie sie hier sehen. Die Originale bleiben, wo sie sind.</translation>
+        </message>
+        <message>
+            <source>Some items could not be moved as they are.</source>
+            <translation>Einige Objekte konnten nicht unverändert verschoben werden.</translation>
+        </message>
+        <message>
+            <source>Adding</source>
+            <translation>Hinzufügen</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) found</source>
+            <translation>
+                <numerusform>%n Objekt gefunden</numerusform>
+                <numerusform>%n Objekte gefunden</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Not everything was added as it is.</source>
+            <translation>Nicht alles wurde unverändert hinzugefügt.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n message(s).</source>
+            <translation>
+                <numerusform>%n Meldung.</numerusform>
+                <numerusform>%n Meldungen.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Add Files</source>
+            <translation>Dateien hinzufügen</translation>
+        </message>
+        <message>
+            <source>Add Folder</source>
+            <translation>Ordner hinzufügen</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s)</source>
+            <translation>
+                <numerusform>%n Objekt</numerusform>
+                <numerusform>%n Objekte</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>There are no files to paste. Copy some in the file manager first.</source>
+            <translation>Es gibt keine Dateien zum Einfügen. Kopieren Sie zuerst welche in der Dateiverwaltung.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DiscDocument</name>
+        <message>
+            <source>Rename the Disc</source>
+            <translation>Disc umbenennen</translation>
+        </message>
+        <message>
+            <source>%1 is on the disc already.</source>
+            <translation>%1 ist bereits auf der Disc.</translation>
+        </message>
+        <message>
+            <source>%1 is called %2 on the disc: its name was taken.</source>
+            <translation>%1 heißt auf der Disc %2: Der Name war schon vergeben.</translation>
+        </message>
+        <message numerus="yes">
+            <source>Add %n Item(s)</source>
+            <translation>
+                <numerusform>%n Objekt hinzufügen</numerusform>
+                <numerusform>%n Objekte hinzufügen</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>New Folder</source>
+            <translation>Neuer Ordner</translation>
+        </message>
+        <message numerus="yes">
+            <source>Remove %n Item(s)</source>
+            <translation>
+                <numerusform>%n Objekt entfernen</numerusform>
+                <numerusform>%n Objekte entfernen</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 cannot be moved into itself.</source>
+            <translation>%1 kann nicht in sich selbst verschoben werden.</translation>
+        </message>
+        <message numerus="yes">
+            <source>Move %n Item(s)</source>
+            <translation>
+                <numerusform>%n Objekt verschieben</numerusform>
+                <numerusform>%n Objekte verschieben</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>A name cannot be empty.</source>
+            <translation>Ein Name darf nicht leer sein.</translation>
+        </message>
+        <message>
+            <source>A name cannot be %1: no system could open it.</source>
+            <translation>Ein Name kann nicht %1 lauten: Kein System könnte ihn öffnen.</translation>
+        </message>
+        <message>
+            <source>A name can have 255 bytes at most.</source>
+            <translation>Ein Name darf höchstens 255 Bytes lang sein.</translation>
+        </message>
+        <message>
+            <source>There is a %1 in this folder already.</source>
+            <translation>In diesem Ordner gibt es bereits %1.</translation>
+        </message>
+        <message>
+            <source>Rename %1</source>
+            <translation>%1 umbenennen</translation>
+        </message>
+        <message>
+            <source>Change Options</source>
+            <translation>Optionen ändern</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DiscTreeModel</name>
+        <message>
+            <source>File</source>
+            <translation>Datei</translation>
+        </message>
+        <message>
+            <source>Folder</source>
+            <translation>Ordner</translation>
+        </message>
+        <message>
+            <source>New folder</source>
+            <translation>Neuer Ordner</translation>
+        </message>
+        <message>
+            <source>Link</source>
+            <translation>Verknüpfung</translation>
+        </message>
+        <message>
+            <source>Device or pipe</source>
+            <translation>Gerät oder Pipe</translation>
+        </message>
+        <message>
+            <source>The file is missing: it was moved or removed.</source>
+            <translation>Die Datei fehlt: Sie wurde verschoben oder gelöscht.</translation>
+        </message>
+        <message>
+            <source>You may not read this file.</source>
+            <translation>Sie dürfen diese Datei nicht lesen.</translation>
+        </message>
+        <message>
+            <source>Name</source>
+            <translation>Name</translation>
+        </message>
+        <message>
+            <source>Size</source>
+            <translation>Größe</translation>
+        </message>
+        <message>
+            <source>Kind</source>
+            <translation>Art</translation>
+        </message>
+        <message>
+            <source>Modified</source>
+            <translation>Geändert</translation>
+        </message>
+        <message>
+            <source>Folder on the disc</source>
+            <translation>Ordner auf der Disc</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::JobBar</name>
+        <message>
+            <source>Cancel</source>
+            <translation>Abbrechen</translation>
+        </message>
+        <message>
+            <source>Progress</source>
+            <translation>Fortschritt</translation>
+        </message>
+        <message>
+            <source>%1 — %2 · %3 so far</source>
+            <translation>%1 – %2 · bisher %3</translation>
+        </message>
+        <message>
+            <source>%1 — %2</source>
+            <translation>%1 – %2</translation>
+        </message>
+        <message>
+            <source>Cancelling…</source>
+            <translation>Wird abgebrochen …</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ListDialog</name>
+        <message>
+            <source>Details</source>
+            <translation>Einzelheiten</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::MainWindow</name>
+        <message>
+            <source>ISO image (.iso)</source>
+            <translation>ISO-Abbild (.iso)</translation>
+        </message>
+        <message>
+            <source>BIN image with cue sheet (.bin)</source>
+            <translation>BIN-Abbild mit Cue-Sheet (.bin)</translation>
+        </message>
+        <message>
+            <source>VANT image (.vant)</source>
+            <translation>VANT-Abbild (.vant)</translation>
+        </message>
+        <message>
+            <source>disc</source>
+            <translation>Disc</translation>
+        </message>
+        <message>
+            <source>Kinds of disc</source>
+            <translation>Arten von Discs</translation>
+        </message>
+        <message>
+            <source>&amp;File</source>
+            <translation>&amp;Datei</translation>
+        </message>
+        <message>
+            <source>&amp;New Disc</source>
+            <translation>&amp;Neue Disc</translation>
+        </message>
+        <message>
+            <source>&amp;Open…</source>
+            <translation>&amp;Öffnen …</translation>
+        </message>
+        <message>
+            <source>Open &amp;Recent</source>
+            <translation>&amp;Zuletzt geöffnet</translation>
+        </message>
+        <message>
+            <source>&amp;Save Project</source>
+            <translation>Projekt &amp;speichern</translation>
+        </message>
+        <message>
+            <source>Save Project &amp;As…</source>
+            <translation>Projekt speichern &amp;unter …</translation>
+        </message>
+        <message>
+            <source>Save &amp;Image…</source>
+            <translation>&amp;Abbild speichern …</translation>
+        </message>
+        <message>
+            <source>Make a disc image of what is shown</source>
+            <translation>Aus dem, was zu sehen ist, ein Abbild machen</translation>
+        </message>
+        <message>
+            <source>&amp;Verify Images That Were Saved</source>
+            <translation>Gespeicherte Abbilder &amp;prüfen</translation>
+        </message>
+        <message>
+            <source>&amp;Cancel</source>
+            <translation>A&amp;bbrechen</translation>
+        </message>
+        <message>
+            <source>&amp;Quit</source>
+            <translation>&amp;Beenden</translation>
+        </message>
+        <message>
+            <source>&amp;Edit</source>
+            <translation>&amp;Bearbeiten</translation>
+        </message>
+        <message>
+            <source>&amp;Disc</source>
+            <translation>D&amp;isc</translation>
+        </message>
+        <message>
+            <source>Tools</source>
+            <translation>Werkzeuge</translation>
+        </message>
+        <message>
+            <source>Save Image</source>
+            <translation>Abbild speichern</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) of this project are missing: they were moved or removed.</source>
+            <translation>
+                <numerusform>%n Datei dieses Projekts fehlt: Sie wurde verschoben oder gelöscht.</numerusform>
+                <numerusform>%n Dateien dieses Projekts fehlen: Sie wurden verschoben oder gelöscht.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>This is the disc that was open when the program ended unexpectedly. It is not saved.</source>
+            <translation>Dies ist die Disc, die offen war, als das Programm unerwartet endete. Sie ist nicht gespeichert.</translation>
+        </message>
+        <message>
+            <source>New disc</source>
+            <translation>Neue Disc</translation>
+        </message>
+        <message>
+            <source>%1[*] — Tessaron</source>
+            <translation>%1[*] – Tessaron</translation>
+        </message>
+        <message>
+            <source>Tessaron</source>
+            <translation>Tessaron</translation>
+        </message>
+        <message>
+            <source>This disc is not saved as a project. Save it first?</source>
+            <translation>Diese Disc ist nicht als Projekt gespeichert. Zuerst speichern?</translation>
+        </message>
+        <message>
+            <source>Without saving, what you put together is lost. The files themselves stay.</source>
+            <translation>Ohne Speichern geht verloren, was Sie zusammengestellt haben. Die Dateien selbst bleiben.</translation>
+        </message>
+        <message>
+            <source>Open Project</source>
+            <translation>Projekt öffnen</translation>
+        </message>
+        <message>
+            <source>Projects (*.tessaron)</source>
+            <translation>Projekte (*.tessaron)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>Alle Dateien (*)</translation>
+        </message>
+        <message>
+            <source>Save Project</source>
+            <translation>Projekt speichern</translation>
+        </message>
+        <message>
+            <source>The project was not saved: %1</source>
+            <translation>Das Projekt wurde nicht gespeichert: %1</translation>
+        </message>
+        <message>
+            <source>No projects yet</source>
+            <translation>Noch keine Projekte</translation>
+        </message>
+        <message>
+            <source>An image is being made. Stop, and quit?</source>
+            <translation>Ein Abbild wird erstellt. Anhalten und beenden?</translation>
+        </message>
+        <message>
+            <source>&amp;Stop and Quit</source>
+            <translation>&amp;Anhalten und beenden</translation>
+        </message>
+        <message>
+            <source>&amp;Go On</source>
+            <translation>&amp;Weitermachen</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::NoticeBar</name>
+        <message>
+            <source>&amp;Details…</source>
+            <translation>&amp;Einzelheiten …</translation>
+        </message>
+        <message>
+            <source>Close this message</source>
+            <translation>Meldung schließen</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::OptionsDialog</name>
+        <message>
+            <source>&amp;Hidden on the disc</source>
+            <translation>Auf der Disc &amp;versteckt</translation>
+        </message>
+        <message>
+            <source>&amp;Everywhere</source>
+            <translation>&amp;Überall</translation>
+        </message>
+        <message>
+            <source>Only for &amp;Macs (UDF and HFS+)</source>
+            <translation>Nur für &amp;Macs (UDF und HFS+)</translation>
+        </message>
+        <message>
+            <source>Only for &amp;PCs (ISO 9660 and Joliet)</source>
+            <translation>Nur für &amp;PCs (ISO 9660 und Joliet)</translation>
+        </message>
+        <message>
+            <source>Only in &amp;these filesystems:</source>
+            <translation>Nur in &amp;diesen Dateisystemen:</translation>
+        </message>
+        <message>
+            <source>Options</source>
+            <translation>Optionen</translation>
+        </message>
+        <message>
+            <source>Is found</source>
+            <translation>Ist zu finden</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ProjectKeeper</name>
+        <message>
+            <source>another project is being saved or opened</source>
+            <translation>ein anderes Projekt wird gerade gespeichert oder geöffnet</translation>
+        </message>
+        <message>
+            <source>Try again in a moment.</source>
+            <translation>Versuchen Sie es gleich noch einmal.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::SourceIntake</name>
+        <message>
+            <source>The folder %1 cannot be listed: %2</source>
+            <translation>Der Ordner %1 kann nicht aufgelistet werden: %2</translation>
+        </message>
+    </context>
+    <context>
+        <name>Words</name>
+        <message numerus="yes">
+            <source>%n bytes</source>
+            <translation>
+                <numerusform>%n Byte</numerusform>
+                <numerusform>%n Bytes</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Preparing</source>
+            <translation>Vorbereiten</translation>
+        </message>
+        <message>
+            <source>Reading folders</source>
+            <translation>Ordner lesen</translation>
+        </message>
+        <message>
+            <source>Laying out the disc</source>
+            <translation>Disc anlegen</translation>
+        </message>
+        <message>
+            <source>Measuring the loudness</source>
+            <translation>Lautheit messen</translation>
+        </message>
+        <message>
+            <source>Writing</source>
+            <translation>Schreiben</translation>
+        </message>
+        <message>
+            <source>Comparing</source>
+            <translation>Vergleichen</translation>
+        </message>
+        <message>
+            <source>Waiting for the disk</source>
+            <translation>Auf die Festplatte warten</translation>
+        </message>
+        <message>
+            <source>Done</source>
+            <translation>Fertig</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n Datei</numerusform>
+                <numerusform>%n Dateien</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 of %2</source>
+            <translation>%1 von %2</translation>
+        </message>
+        <message>
+            <source>%1/s</source>
+            <translation>%1/s</translation>
+        </message>
+        <message>
+            <source>%1 left</source>
+            <translation>noch %1</translation>
+        </message>
+        <message>
+            <source>Hidden on the disc.</source>
+            <translation>Auf der Disc versteckt.</translation>
+        </message>
+        <message>
+            <source>Only for Macs: UDF and HFS+.</source>
+            <translation>Nur für Macs: UDF und HFS+.</translation>
+        </message>
+        <message>
+            <source>Only for PCs: ISO 9660 and Joliet.</source>
+            <translation>Nur für PCs: ISO 9660 und Joliet.</translation>
+        </message>
+        <message>
+            <source>Only in %1.</source>
+            <translation>Nur in %1.</translation>
+        </message>
+    </context>
+</TS>

@@ -1,0 +1,124 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="en_US" sourcelanguage="en">
+    <context>
+        <name>JobOutcomes</name>
+        <message numerus="yes">
+            <source>… and %n more</source>
+            <translation>
+                <numerusform>… and %n more</numerusform>
+                <numerusform>… and %n more</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n file</numerusform>
+                <numerusform>%n files</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) could not be stored as they are.</source>
+            <translation>
+                <numerusform>%n item could not be stored as it is.</numerusform>
+                <numerusform>%n items could not be stored as they are.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n folder(s) could not be read.</source>
+            <translation>
+                <numerusform>%n folder could not be read.</numerusform>
+                <numerusform>%n folders could not be read.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) are not on it: their files are missing.</source>
+            <translation>
+                <numerusform>%n item is not on it: its file is missing.</numerusform>
+                <numerusform>%n items are not on it: their files are missing.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>The image differs from the files in %n place(s).</source>
+            <translation>
+                <numerusform>The image differs from the files in %n place.</numerusform>
+                <numerusform>The image differs from the files in %n places.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DataView</name>
+        <message numerus="yes">
+            <source>%n item(s) found</source>
+            <translation>
+                <numerusform>%n item found</numerusform>
+                <numerusform>%n items found</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n message(s).</source>
+            <translation>
+                <numerusform>%n message.</numerusform>
+                <numerusform>%n messages.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s)</source>
+            <translation>
+                <numerusform>%n item</numerusform>
+                <numerusform>%n items</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DiscDocument</name>
+        <message numerus="yes">
+            <source>Add %n Item(s)</source>
+            <translation>
+                <numerusform>Add %n Item</numerusform>
+                <numerusform>Add %n Items</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>Remove %n Item(s)</source>
+            <translation>
+                <numerusform>Remove %n Item</numerusform>
+                <numerusform>Remove %n Items</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>Move %n Item(s)</source>
+            <translation>
+                <numerusform>Move %n Item</numerusform>
+                <numerusform>Move %n Items</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::MainWindow</name>
+        <message numerus="yes">
+            <source>%n file(s) of this project are missing: they were moved or removed.</source>
+            <translation>
+                <numerusform>%n file of this project is missing: it was moved or removed.</numerusform>
+                <numerusform>%n files of this project are missing: they were moved or removed.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Words</name>
+        <message numerus="yes">
+            <source>%n bytes</source>
+            <translation>
+                <numerusform>%n byte</numerusform>
+                <numerusform>%n bytes</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n file</numerusform>
+                <numerusform>%n files</numerusform>
+            </translation>
+        </message>
+    </context>
+</TS>

@@ -1,0 +1,716 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="fr_FR" sourcelanguage="en">
+    <context>
+        <name>DataPanel</name>
+        <message>
+            <source>Data</source>
+            <translation>Données</translation>
+        </message>
+        <message>
+            <source>Files and folders</source>
+            <translation>Fichiers et dossiers</translation>
+        </message>
+        <message>
+            <source>The disc is empty. Drop files and folders into the window first.</source>
+            <translation>Le disque est vide. Déposez d’abord des fichiers et des dossiers dans la fenêtre.</translation>
+        </message>
+    </context>
+    <context>
+        <name>JobOutcomes</name>
+        <message numerus="yes">
+            <source>… and %n more</source>
+            <translation>
+                <numerusform>… et %n autre</numerusform>
+                <numerusform>… et %n autres</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1: the file is missing</source>
+            <translation>%1 : le fichier manque</translation>
+        </message>
+        <message>
+            <source>The folder %1 could not be read: %2</source>
+            <translation>Le dossier %1 n’a pas pu être lu : %2</translation>
+        </message>
+        <message>
+            <source>The name of the disc could not be stored as it was asked for.</source>
+            <translation>Le nom du disque n’a pas pu être enregistré tel que demandé.</translation>
+        </message>
+        <message>
+            <source>%1 was saved: %2, %3.</source>
+            <translation>%1 a été enregistré : %2, %3.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n fichier</numerusform>
+                <numerusform>%n fichiers</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) could not be stored as they are.</source>
+            <translation>
+                <numerusform>%n élément n’a pas pu être enregistré tel quel.</numerusform>
+                <numerusform>%n éléments n’ont pas pu être enregistrés tels quels.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n folder(s) could not be read.</source>
+            <translation>
+                <numerusform>%n dossier n’a pas pu être lu.</numerusform>
+                <numerusform>%n dossiers n’ont pas pu être lus.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) are not on it: their files are missing.</source>
+            <translation>
+                <numerusform>%n élément n’y est pas : son fichier manque.</numerusform>
+                <numerusform>%n éléments n’y sont pas : leurs fichiers manquent.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Nothing is missing.</source>
+            <translation>Rien ne manque.</translation>
+        </message>
+        <message>
+            <source>Nothing is missing; some names are changed in some filesystems.</source>
+            <translation>Rien ne manque ; certains noms sont modifiés dans certains systèmes de fichiers.</translation>
+        </message>
+        <message numerus="yes">
+            <source>The image differs from the files in %n place(s).</source>
+            <translation>
+                <numerusform>L’image diffère des fichiers en %n endroit.</numerusform>
+                <numerusform>L’image diffère des fichiers en %n endroits.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>The image was compared with the files: all %1 are the same.</source>
+            <translation>L’image a été comparée aux fichiers : les %1 sont identiques.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Media</name>
+        <message>
+            <source>Any size</source>
+            <translation>Toute taille</translation>
+        </message>
+        <message>
+            <source>CD, 74 minutes</source>
+            <translation>CD, 74 minutes</translation>
+        </message>
+        <message>
+            <source>CD, 80 minutes</source>
+            <translation>CD, 80 minutes</translation>
+        </message>
+        <message>
+            <source>DVD</source>
+            <translation>DVD</translation>
+        </message>
+        <message>
+            <source>DVD, two layers</source>
+            <translation>DVD, deux couches</translation>
+        </message>
+        <message>
+            <source>Blu-ray</source>
+            <translation>Blu-ray</translation>
+        </message>
+        <message>
+            <source>Blu-ray, two layers</source>
+            <translation>Blu-ray, deux couches</translation>
+        </message>
+    </context>
+    <context>
+        <name>Project</name>
+        <message>
+            <source>%1 cannot be opened: %2</source>
+            <translation>%1 ne peut pas être ouvert : %2</translation>
+        </message>
+        <message>
+            <source>it is too long for a project</source>
+            <translation>il est trop grand pour un projet</translation>
+        </message>
+        <message>
+            <source>it is no project</source>
+            <translation>ce n’est pas un projet</translation>
+        </message>
+        <message>
+            <source>it was saved by a newer version of this program</source>
+            <translation>il a été enregistré par une version plus récente de ce programme</translation>
+        </message>
+        <message>
+            <source>it names an item that cannot be on a disc</source>
+            <translation>il nomme un élément qui ne peut pas être sur un disque</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::CapacityBar</name>
+        <message>
+            <source>Kind of disc</source>
+            <translation>Type de disque</translation>
+        </message>
+        <message>
+            <source>What has to fit onto it</source>
+            <translation>Ce qui doit y tenir</translation>
+        </message>
+        <message>
+            <source>Size of the disc</source>
+            <translation>Taille du disque</translation>
+        </message>
+        <message>
+            <source>about %1</source>
+            <translation>environ %1</translation>
+        </message>
+        <message>
+            <source>%1: %2 too much</source>
+            <translation>%1 : %2 de trop</translation>
+        </message>
+        <message>
+            <source>%1, %2 free</source>
+            <translation>%1, %2 libres</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::CapacityMeter</name>
+        <message>
+            <source>How full the disc is</source>
+            <translation>Remplissage du disque</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DataView</name>
+        <message>
+            <source>Add &amp;Files…</source>
+            <translation>Ajouter des &amp;fichiers…</translation>
+        </message>
+        <message>
+            <source>Add F&amp;older…</source>
+            <translation>Ajouter un d&amp;ossier…</translation>
+        </message>
+        <message>
+            <source>New Fol&amp;der</source>
+            <translation>Nouveau &amp;dossier</translation>
+        </message>
+        <message>
+            <source>&amp;Paste Files</source>
+            <translation>&amp;Coller les fichiers</translation>
+        </message>
+        <message>
+            <source>&amp;Rename</source>
+            <translation>&amp;Renommer</translation>
+        </message>
+        <message>
+            <source>Re&amp;move from the Disc</source>
+            <translation>Retirer du &amp;disque</translation>
+        </message>
+        <message>
+            <source>Opt&amp;ions…</source>
+            <translation>Opt&amp;ions…</translation>
+        </message>
+        <message>
+            <source>&amp;Find</source>
+            <translation>Rec&amp;hercher</translation>
+        </message>
+        <message>
+            <source>Disc &amp;name:</source>
+            <translation>&amp;Nom du disque :</translation>
+        </message>
+        <message>
+            <source>Find by name</source>
+            <translation>Rechercher par nom</translation>
+        </message>
+        <message>
+            <source>Files on the disc</source>
+            <translation>Fichiers du disque</translation>
+        </message>
+        <message>
+            <source>Drop files and folders here</source>
+            <translation>Déposez ici des fichiers et des dossiers</translation>
+        </message>
+        <message>
+            <source>They go onto the disc as you see them here. The originals stay where they are.</source>
+            <translation>Ils iront sur le disque tels que vous les voyez ici. Les originaux restent où ils sont.</translation>
+        </message>
+        <message>
+            <source>Some items could not be moved as they are.</source>
+            <translation>Certains éléments n’ont pas pu être déplacés tels quels.</translation>
+        </message>
+        <message>
+            <source>Adding</source>
+            <translation>Ajout</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) found</source>
+            <translation>
+                <numerusform>%n élément trouvé</numerusform>
+                <numerusform>%n éléments trouvés</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Not everything was added as it is.</source>
+            <translation>Tout n’a pas été ajouté tel quel.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n message(s).</source>
+            <translation>
+                <numerusform>%n message.</numerusform>
+                <numerusform>%n messages.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Add Files</source>
+            <translation>Ajouter des fichiers</translation>
+        </message>
+        <message>
+            <source>Add Folder</source>
+            <translation>Ajouter un dossier</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s)</source>
+            <translation>
+                <numerusform>%n élément</numerusform>
+                <numerusform>%n éléments</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>There are no files to paste. Copy some in the file manager first.</source>
+            <translation>Il n’y a pas de fichiers à coller. Copiez-en d’abord dans le gestionnaire de fichiers.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DiscDocument</name>
+        <message>
+            <source>Rename the Disc</source>
+            <translation>Renommer le disque</translation>
+        </message>
+        <message>
+            <source>%1 is on the disc already.</source>
+            <translation>%1 est déjà sur le disque.</translation>
+        </message>
+        <message>
+            <source>%1 is called %2 on the disc: its name was taken.</source>
+            <translation>%1 s’appelle %2 sur le disque : son nom était pris.</translation>
+        </message>
+        <message numerus="yes">
+            <source>Add %n Item(s)</source>
+            <translation>
+                <numerusform>Ajouter %n élément</numerusform>
+                <numerusform>Ajouter %n éléments</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>New Folder</source>
+            <translation>Nouveau dossier</translation>
+        </message>
+        <message numerus="yes">
+            <source>Remove %n Item(s)</source>
+            <translation>
+                <numerusform>Retirer %n élément</numerusform>
+                <numerusform>Retirer %n éléments</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 cannot be moved into itself.</source>
+            <translation>%1 ne peut pas être déplacé dans lui-même.</translation>
+        </message>
+        <message numerus="yes">
+            <source>Move %n Item(s)</source>
+            <translation>
+                <numerusform>Déplacer %n élément</numerusform>
+                <numerusform>Déplacer %n éléments</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>A name cannot be empty.</source>
+            <translation>Un nom ne peut pas être vide.</translation>
+        </message>
+        <message>
+            <source>A name cannot be %1: no system could open it.</source>
+            <translation>Un nom ne peut pas être %1 : aucun système ne pourrait l’ouvrir.</translation>
+        </message>
+        <message>
+            <source>A name can have 255 bytes at most.</source>
+            <translation>Un nom peut avoir 255 octets au plus.</translation>
+        </message>
+        <message>
+            <source>There is a %1 in this folder already.</source>
+            <translation>Il y a déjà %1 dans ce dossier.</translation>
+        </message>
+        <message>
+            <source>Rename %1</source>
+            <translation>Renommer %1</translation>
+        </message>
+        <message>
+            <source>Change Options</source>
+            <translation>Modifier les options</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DiscTreeModel</name>
+        <message>
+            <source>File</source>
+            <translation>Fichier</translation>
+        </message>
+        <message>
+            <source>Folder</source>
+            <translation>Dossier</translation>
+        </message>
+        <message>
+            <source>New folder</source>
+            <translation>Nouveau dossier</translation>
+        </message>
+        <message>
+            <source>Link</source>
+            <translation>Lien</translation>
+        </message>
+        <message>
+            <source>Device or pipe</source>
+            <translation>Périphérique ou tube</translation>
+        </message>
+        <message>
+            <source>The file is missing: it was moved or removed.</source>
+            <translation>Le fichier manque : il a été déplacé ou supprimé.</translation>
+        </message>
+        <message>
+            <source>You may not read this file.</source>
+            <translation>Vous n’avez pas le droit de lire ce fichier.</translation>
+        </message>
+        <message>
+            <source>Name</source>
+            <translation>Nom</translation>
+        </message>
+        <message>
+            <source>Size</source>
+            <translation>Taille</translation>
+        </message>
+        <message>
+            <source>Kind</source>
+            <translation>Type</translation>
+        </message>
+        <message>
+            <source>Modified</source>
+            <translation>Modifié</translation>
+        </message>
+        <message>
+            <source>Folder on the disc</source>
+            <translation>Dossier sur le disque</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::JobBar</name>
+        <message>
+            <source>Cancel</source>
+            <translation>Annuler</translation>
+        </message>
+        <message>
+            <source>Progress</source>
+            <translation>Progression</translation>
+        </message>
+        <message>
+            <source>%1 — %2 · %3 so far</source>
+            <translation>%1 — %2 · déjà %3</translation>
+        </message>
+        <message>
+            <source>%1 — %2</source>
+            <translation>%1 — %2</translation>
+        </message>
+        <message>
+            <source>Cancelling…</source>
+            <translation>Annulation…</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ListDialog</name>
+        <message>
+            <source>Details</source>
+            <translation>Détails</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::MainWindow</name>
+        <message>
+            <source>ISO image (.iso)</source>
+            <translation>Image ISO (.iso)</translation>
+        </message>
+        <message>
+            <source>BIN image with cue sheet (.bin)</source>
+            <translation>Image BIN avec feuille CUE (.bin)</translation>
+        </message>
+        <message>
+            <source>VANT image (.vant)</source>
+            <translation>Image VANT (.vant)</translation>
+        </message>
+        <message>
+            <source>disc</source>
+            <translation>disque</translation>
+        </message>
+        <message>
+            <source>Kinds of disc</source>
+            <translation>Types de disque</translation>
+        </message>
+        <message>
+            <source>&amp;File</source>
+            <translation>&amp;Fichier</translation>
+        </message>
+        <message>
+            <source>&amp;New Disc</source>
+            <translation>&amp;Nouveau disque</translation>
+        </message>
+        <message>
+            <source>&amp;Open…</source>
+            <translation>&amp;Ouvrir…</translation>
+        </message>
+        <message>
+            <source>Open &amp;Recent</source>
+            <translation>Ouvrir &amp;récent</translation>
+        </message>
+        <message>
+            <source>&amp;Save Project</source>
+            <translation>&amp;Enregistrer le projet</translation>
+        </message>
+        <message>
+            <source>Save Project &amp;As…</source>
+            <translation>Enregistrer le projet &amp;sous…</translation>
+        </message>
+        <message>
+            <source>Save &amp;Image…</source>
+            <translation>Enregistrer une &amp;image…</translation>
+        </message>
+        <message>
+            <source>Make a disc image of what is shown</source>
+            <translation>Faire une image de ce qui est affiché</translation>
+        </message>
+        <message>
+            <source>&amp;Verify Images That Were Saved</source>
+            <translation>&amp;Vérifier les images enregistrées</translation>
+        </message>
+        <message>
+            <source>&amp;Cancel</source>
+            <translation>&amp;Annuler</translation>
+        </message>
+        <message>
+            <source>&amp;Quit</source>
+            <translation>&amp;Quitter</translation>
+        </message>
+        <message>
+            <source>&amp;Edit</source>
+            <translation>É&amp;dition</translation>
+        </message>
+        <message>
+            <source>&amp;Disc</source>
+            <translation>Dis&amp;que</translation>
+        </message>
+        <message>
+            <source>Tools</source>
+            <translation>Outils</translation>
+        </message>
+        <message>
+            <source>Save Image</source>
+            <translation>Enregistrer une image</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) of this project are missing: they were moved or removed.</source>
+            <translation>
+                <numerusform>%n fichier de ce projet manque : il a été déplacé ou supprimé.</numerusform>
+                <numerusform>%n fichiers de ce projet manquent : ils ont été déplacés ou supprimés.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>This is the disc that was open when the program ended unexpectedly. It is not saved.</source>
+            <translation>Voici le disque qui était ouvert quand le programme s’est arrêté de façon inattendue. Il n’est pas enregistré.</translation>
+        </message>
+        <message>
+            <source>New disc</source>
+            <translation>Nouveau disque</translation>
+        </message>
+        <message>
+            <source>%1[*] — Tessaron</source>
+            <translation>%1[*] — Tessaron</translation>
+        </message>
+        <message>
+            <source>Tessaron</source>
+            <translation>Tessaron</translation>
+        </message>
+        <message>
+            <source>This disc is not saved as a project. Save it first?</source>
+            <translation>Ce disque n’est pas enregistré comme projet. L’enregistrer d’abord ?</translation>
+        </message>
+        <message>
+            <source>Without saving, what you put together is lost. The files themselves stay.</source>
+            <translation>Sans enregistrement, ce que vous avez rassemblé est perdu. Les fichiers eux-mêmes restent.</translation>
+        </message>
+        <message>
+            <source>Open Project</source>
+            <translation>Ouvrir un projet</translation>
+        </message>
+        <message>
+            <source>Projects (*.tessaron)</source>
+            <translation>Projets (*.tessaron)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>Tous les fichiers (*)</translation>
+        </message>
+        <message>
+            <source>Save Project</source>
+            <translation>Enregistrer le projet</translation>
+        </message>
+        <message>
+            <source>The project was not saved: %1</source>
+            <translation>Le projet n’a pas été enregistré : %1</translation>
+        </message>
+        <message>
+            <source>No projects yet</source>
+            <translation>Pas encore de projets</translation>
+        </message>
+        <message>
+            <source>An image is being made. Stop, and quit?</source>
+            <translation>Une image est en cours de création. Arrêter et quitter ?</translation>
+        </message>
+        <message>
+            <source>&amp;Stop and Quit</source>
+            <translation>&amp;Arrêter et quitter</translation>
+        </message>
+        <message>
+            <source>&amp;Go On</source>
+            <translation>&amp;Continuer</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::NoticeBar</name>
+        <message>
+            <source>&amp;Details…</source>
+            <translation>&amp;Détails…</translation>
+        </message>
+        <message>
+            <source>Close this message</source>
+            <translation>Fermer ce message</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::OptionsDialog</name>
+        <message>
+            <source>&amp;Hidden on the disc</source>
+            <translation>&amp;Masqué sur le disque</translation>
+        </message>
+        <message>
+            <source>&amp;Everywhere</source>
+            <translation>&amp;Partout</translation>
+        </message>
+        <message>
+            <source>Only for &amp;Macs (UDF and HFS+)</source>
+            <translation>Seulement pour &amp;Mac (UDF et HFS+)</translation>
+        </message>
+        <message>
+            <source>Only for &amp;PCs (ISO 9660 and Joliet)</source>
+            <translation>Seulement pour &amp;PC (ISO 9660 et Joliet)</translation>
+        </message>
+        <message>
+            <source>Only in &amp;these filesystems:</source>
+            <translation>Seulement dans &amp;ces systèmes de fichiers :</translation>
+        </message>
+        <message>
+            <source>Options</source>
+            <translation>Options</translation>
+        </message>
+        <message>
+            <source>Is found</source>
+            <translation>Se trouve</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ProjectKeeper</name>
+        <message>
+            <source>another project is being saved or opened</source>
+            <translation>un autre projet est en cours d’enregistrement ou d’ouverture</translation>
+        </message>
+        <message>
+            <source>Try again in a moment.</source>
+            <translation>Réessayez dans un instant.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::SourceIntake</name>
+        <message>
+            <source>The folder %1 cannot be listed: %2</source>
+            <translation>Le dossier %1 ne peut pas être lu : %2</translation>
+        </message>
+    </context>
+    <context>
+        <name>Words</name>
+        <message numerus="yes">
+            <source>%n bytes</source>
+            <translation>
+                <numerusform>%n octet</numerusform>
+                <numerusform>%n octets</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Preparing</source>
+            <translation>Préparation</translation>
+        </message>
+        <message>
+            <source>Reading folders</source>
+            <translation>Lecture des dossiers</translation>
+        </message>
+        <message>
+            <source>Laying out the disc</source>
+            <translation>Mise en page du disque</translation>
+        </message>
+        <message>
+            <source>Measuring the loudness</source>
+            <translation>Mesure du volume sonore</translation>
+        </message>
+        <message>
+            <source>Writing</source>
+            <translation>Écriture</translation>
+        </message>
+        <message>
+            <source>Comparing</source>
+            <translation>Comparaison</translation>
+        </message>
+        <message>
+            <source>Waiting for the disk</source>
+            <translation>En attente du disque dur</translation>
+        </message>
+        <message>
+            <source>Done</source>
+            <translation>Terminé</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n fichier</numerusform>
+                <numerusform>%n fichiers</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 of %2</source>
+            <translation>%1 sur %2</translation>
+        </message>
+        <message>
+            <source>%1/s</source>
+            <translation>%1/s</translation>
+        </message>
+        <message>
+            <source>%1 left</source>
+            <translation>reste %1</translation>
+        </message>
+        <message>
+            <source>Hidden on the disc.</source>
+            <translation>Masqué sur le disque.</translation>
+        </message>
+        <message>
+            <source>Only for Macs: UDF and HFS+.</source>
+            <translation>Seulement pour Mac : UDF et HFS+.</translation>
+        </message>
+        <message>
+            <source>Only for PCs: ISO 9660 and Joliet.</source>
+            <translation>Seulement pour PC : ISO 9660 et Joliet.</translation>
+        </message>
+        <message>
+            <source>Only in %1.</source>
+            <translation>Seulement dans %1.</translation>
+        </message>
+    </context>
+</TS>

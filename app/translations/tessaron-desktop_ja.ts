@@ -1,0 +1,701 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="ja_JP" sourcelanguage="en">
+    <context>
+        <name>DataPanel</name>
+        <message>
+            <source>Data</source>
+            <translation>データ</translation>
+        </message>
+        <message>
+            <source>Files and folders</source>
+            <translation>ファイルとフォルダ</translation>
+        </message>
+        <message>
+            <source>The disc is empty. Drop files and folders into the window first.</source>
+            <translation>ディスクは空です。まずファイルやフォルダをウィンドウにドロップしてください。</translation>
+        </message>
+    </context>
+    <context>
+        <name>JobOutcomes</name>
+        <message numerus="yes">
+            <source>… and %n more</source>
+            <translation>
+                <numerusform>…ほか %n 件</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1: the file is missing</source>
+            <translation>%1: ファイルが見つかりません</translation>
+        </message>
+        <message>
+            <source>The folder %1 could not be read: %2</source>
+            <translation>フォルダ %1 を読めませんでした: %2</translation>
+        </message>
+        <message>
+            <source>The name of the disc could not be stored as it was asked for.</source>
+            <translation>ディスク名を指定どおりに保存できませんでした。</translation>
+        </message>
+        <message>
+            <source>%1 was saved: %2, %3.</source>
+            <translation>%1 を保存しました: %2、%3。</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n ファイル</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) could not be stored as they are.</source>
+            <translation>
+                <numerusform>%n 項目はそのまま保存できませんでした。</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n folder(s) could not be read.</source>
+            <translation>
+                <numerusform>%n フォルダを読めませんでした。</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) are not on it: their files are missing.</source>
+            <translation>
+                <numerusform>ファイルが見つからないため、%n 項目は含まれていません。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Nothing is missing.</source>
+            <translation>欠けているものはありません。</translation>
+        </message>
+        <message>
+            <source>Nothing is missing; some names are changed in some filesystems.</source>
+            <translation>欠けているものはありません。一部のファイルシステムでは名前が変わっています。</translation>
+        </message>
+        <message numerus="yes">
+            <source>The image differs from the files in %n place(s).</source>
+            <translation>
+                <numerusform>イメージは %n か所でファイルと異なります。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>The image was compared with the files: all %1 are the same.</source>
+            <translation>イメージをファイルと比較しました。%1 すべて一致しています。</translation>
+        </message>
+    </context>
+    <context>
+        <name>Media</name>
+        <message>
+            <source>Any size</source>
+            <translation>任意のサイズ</translation>
+        </message>
+        <message>
+            <source>CD, 74 minutes</source>
+            <translation>CD (74 分)</translation>
+        </message>
+        <message>
+            <source>CD, 80 minutes</source>
+            <translation>CD (80 分)</translation>
+        </message>
+        <message>
+            <source>DVD</source>
+            <translation>DVD</translation>
+        </message>
+        <message>
+            <source>DVD, two layers</source>
+            <translation>DVD (2 層)</translation>
+        </message>
+        <message>
+            <source>Blu-ray</source>
+            <translation>Blu-ray</translation>
+        </message>
+        <message>
+            <source>Blu-ray, two layers</source>
+            <translation>Blu-ray (2 層)</translation>
+        </message>
+    </context>
+    <context>
+        <name>Project</name>
+        <message>
+            <source>%1 cannot be opened: %2</source>
+            <translation>%1 を開けません: %2</translation>
+        </message>
+        <message>
+            <source>it is too long for a project</source>
+            <translation>プロジェクトとしては大きすぎます</translation>
+        </message>
+        <message>
+            <source>it is no project</source>
+            <translation>プロジェクトではありません</translation>
+        </message>
+        <message>
+            <source>it was saved by a newer version of this program</source>
+            <translation>新しいバージョンのプログラムで保存されています</translation>
+        </message>
+        <message>
+            <source>it names an item that cannot be on a disc</source>
+            <translation>ディスクに入れられない項目が含まれています</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::CapacityBar</name>
+        <message>
+            <source>Kind of disc</source>
+            <translation>ディスクの種類</translation>
+        </message>
+        <message>
+            <source>What has to fit onto it</source>
+            <translation>収めるディスク</translation>
+        </message>
+        <message>
+            <source>Size of the disc</source>
+            <translation>ディスクのサイズ</translation>
+        </message>
+        <message>
+            <source>about %1</source>
+            <translation>約 %1</translation>
+        </message>
+        <message>
+            <source>%1: %2 too much</source>
+            <translation>%1: %2 超過</translation>
+        </message>
+        <message>
+            <source>%1, %2 free</source>
+            <translation>%1、空き %2</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::CapacityMeter</name>
+        <message>
+            <source>How full the disc is</source>
+            <translation>ディスクの使用量</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DataView</name>
+        <message>
+            <source>Add &amp;Files…</source>
+            <translation>ファイルを追加(&amp;F)…</translation>
+        </message>
+        <message>
+            <source>Add F&amp;older…</source>
+            <translation>フォルダを追加(&amp;O)…</translation>
+        </message>
+        <message>
+            <source>New Fol&amp;der</source>
+            <translation>新規フォルダ(&amp;D)</translation>
+        </message>
+        <message>
+            <source>&amp;Paste Files</source>
+            <translation>ファイルを貼り付け(&amp;P)</translation>
+        </message>
+        <message>
+            <source>&amp;Rename</source>
+            <translation>名前を変更(&amp;R)</translation>
+        </message>
+        <message>
+            <source>Re&amp;move from the Disc</source>
+            <translation>ディスクから外す(&amp;M)</translation>
+        </message>
+        <message>
+            <source>Opt&amp;ions…</source>
+            <translation>オプション(&amp;I)…</translation>
+        </message>
+        <message>
+            <source>&amp;Find</source>
+            <translation>検索(&amp;F)</translation>
+        </message>
+        <message>
+            <source>Disc &amp;name:</source>
+            <translation>ディスク名(&amp;N):</translation>
+        </message>
+        <message>
+            <source>Find by name</source>
+            <translation>名前で検索</translation>
+        </message>
+        <message>
+            <source>Files on the disc</source>
+            <translation>ディスクのファイル</translation>
+        </message>
+        <message>
+            <source>Drop files and folders here</source>
+            <translation>ここにファイルやフォルダをドロップ</translation>
+        </message>
+        <message>
+            <source>They go onto the disc as you see them here. The originals stay where they are.</source>
+            <translation>ここに表示されるとおりにディスクに入ります。元のファイルはそのまま残ります。</translation>
+        </message>
+        <message>
+            <source>Some items could not be moved as they are.</source>
+            <translation>一部の項目はそのままでは移動できませんでした。</translation>
+        </message>
+        <message>
+            <source>Adding</source>
+            <translation>追加中</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) found</source>
+            <translation>
+                <numerusform>%n 項目</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Not everything was added as it is.</source>
+            <translation>そのまま追加できなかったものがあります。</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n message(s).</source>
+            <translation>
+                <numerusform>%n 件。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Add Files</source>
+            <translation>ファイルを追加</translation>
+        </message>
+        <message>
+            <source>Add Folder</source>
+            <translation>フォルダを追加</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s)</source>
+            <translation>
+                <numerusform>%n 項目</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>There are no files to paste. Copy some in the file manager first.</source>
+            <translation>貼り付けるファイルがありません。先にファイルマネージャでコピーしてください。</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DiscDocument</name>
+        <message>
+            <source>Rename the Disc</source>
+            <translation>ディスク名を変更</translation>
+        </message>
+        <message>
+            <source>%1 is on the disc already.</source>
+            <translation>%1 はすでにディスクにあります。</translation>
+        </message>
+        <message>
+            <source>%1 is called %2 on the disc: its name was taken.</source>
+            <translation>同じ名前があるため、%1 はディスクでは %2 になります。</translation>
+        </message>
+        <message numerus="yes">
+            <source>Add %n Item(s)</source>
+            <translation>
+                <numerusform>%n 項目を追加</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>New Folder</source>
+            <translation>新規フォルダ</translation>
+        </message>
+        <message numerus="yes">
+            <source>Remove %n Item(s)</source>
+            <translation>
+                <numerusform>%n 項目を外す</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 cannot be moved into itself.</source>
+            <translation>%1 をそれ自身の中へ移動することはできません。</translation>
+        </message>
+        <message numerus="yes">
+            <source>Move %n Item(s)</source>
+            <translation>
+                <numerusform>%n 項目を移動</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>A name cannot be empty.</source>
+            <translation>名前を空にすることはできません。</translation>
+        </message>
+        <message>
+            <source>A name cannot be %1: no system could open it.</source>
+            <translation>%1 という名前は使えません。どのシステムでも開けません。</translation>
+        </message>
+        <message>
+            <source>A name can have 255 bytes at most.</source>
+            <translation>名前は 255 バイトまでです。</translation>
+        </message>
+        <message>
+            <source>There is a %1 in this folder already.</source>
+            <translation>このフォルダにはすでに %1 があります。</translation>
+        </message>
+        <message>
+            <source>Rename %1</source>
+            <translation>%1 の名前を変更</translation>
+        </message>
+        <message>
+            <source>Change Options</source>
+            <translation>オプションを変更</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DiscTreeModel</name>
+        <message>
+            <source>File</source>
+            <translation>ファイル</translation>
+        </message>
+        <message>
+            <source>Folder</source>
+            <translation>フォルダ</translation>
+        </message>
+        <message>
+            <source>New folder</source>
+            <translation>新規フォルダ</translation>
+        </message>
+        <message>
+            <source>Link</source>
+            <translation>リンク</translation>
+        </message>
+        <message>
+            <source>Device or pipe</source>
+            <translation>デバイスまたはパイプ</translation>
+        </message>
+        <message>
+            <source>The file is missing: it was moved or removed.</source>
+            <translation>ファイルが見つかりません。移動または削除されました。</translation>
+        </message>
+        <message>
+            <source>You may not read this file.</source>
+            <translation>このファイルを読む権限がありません。</translation>
+        </message>
+        <message>
+            <source>Name</source>
+            <translation>名前</translation>
+        </message>
+        <message>
+            <source>Size</source>
+            <translation>サイズ</translation>
+        </message>
+        <message>
+            <source>Kind</source>
+            <translation>種類</translation>
+        </message>
+        <message>
+            <source>Modified</source>
+            <translation>更新日時</translation>
+        </message>
+        <message>
+            <source>Folder on the disc</source>
+            <translation>ディスク上のフォルダ</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::JobBar</name>
+        <message>
+            <source>Cancel</source>
+            <translation>キャンセル</translation>
+        </message>
+        <message>
+            <source>Progress</source>
+            <translation>進行状況</translation>
+        </message>
+        <message>
+            <source>%1 — %2 · %3 so far</source>
+            <translation>%1 — %2 · 経過 %3</translation>
+        </message>
+        <message>
+            <source>%1 — %2</source>
+            <translation>%1 — %2</translation>
+        </message>
+        <message>
+            <source>Cancelling…</source>
+            <translation>キャンセル中…</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ListDialog</name>
+        <message>
+            <source>Details</source>
+            <translation>詳細</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::MainWindow</name>
+        <message>
+            <source>ISO image (.iso)</source>
+            <translation>ISO イメージ (.iso)</translation>
+        </message>
+        <message>
+            <source>BIN image with cue sheet (.bin)</source>
+            <translation>CUE シート付き BIN イメージ (.bin)</translation>
+        </message>
+        <message>
+            <source>VANT image (.vant)</source>
+            <translation>VANT イメージ (.vant)</translation>
+        </message>
+        <message>
+            <source>disc</source>
+            <translation>ディスク</translation>
+        </message>
+        <message>
+            <source>Kinds of disc</source>
+            <translation>ディスクの種類</translation>
+        </message>
+        <message>
+            <source>&amp;File</source>
+            <translation>ファイル(&amp;F)</translation>
+        </message>
+        <message>
+            <source>&amp;New Disc</source>
+            <translation>新規ディスク(&amp;N)</translation>
+        </message>
+        <message>
+            <source>&amp;Open…</source>
+            <translation>開く(&amp;O)…</translation>
+        </message>
+        <message>
+            <source>Open &amp;Recent</source>
+            <translation>最近使った項目(&amp;R)</translation>
+        </message>
+        <message>
+            <source>&amp;Save Project</source>
+            <translation>プロジェクトを保存(&amp;S)</translation>
+        </message>
+        <message>
+            <source>Save Project &amp;As…</source>
+            <translation>名前を付けて保存(&amp;A)…</translation>
+        </message>
+        <message>
+            <source>Save &amp;Image…</source>
+            <translation>イメージを保存(&amp;I)…</translation>
+        </message>
+        <message>
+            <source>Make a disc image of what is shown</source>
+            <translation>表示中の内容からディスクイメージを作成</translation>
+        </message>
+        <message>
+            <source>&amp;Verify Images That Were Saved</source>
+            <translation>保存したイメージを検証(&amp;V)</translation>
+        </message>
+        <message>
+            <source>&amp;Cancel</source>
+            <translation>キャンセル(&amp;C)</translation>
+        </message>
+        <message>
+            <source>&amp;Quit</source>
+            <translation>終了(&amp;Q)</translation>
+        </message>
+        <message>
+            <source>&amp;Edit</source>
+            <translation>編集(&amp;E)</translation>
+        </message>
+        <message>
+            <source>&amp;Disc</source>
+            <translation>ディスク(&amp;D)</translation>
+        </message>
+        <message>
+            <source>Tools</source>
+            <translation>ツール</translation>
+        </message>
+        <message>
+            <source>Save Image</source>
+            <translation>イメージを保存</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) of this project are missing: they were moved or removed.</source>
+            <translation>
+                <numerusform>このプロジェクトの %n ファイルが見つかりません。移動または削除されました。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>This is the disc that was open when the program ended unexpectedly. It is not saved.</source>
+            <translation>プログラムが予期せず終了したときに開いていたディスクです。保存されていません。</translation>
+        </message>
+        <message>
+            <source>New disc</source>
+            <translation>新規ディスク</translation>
+        </message>
+        <message>
+            <source>%1[*] — Tessaron</source>
+            <translation>%1[*] — Tessaron</translation>
+        </message>
+        <message>
+            <source>Tessaron</source>
+            <translation>Tessaron</translation>
+        </message>
+        <message>
+            <source>This disc is not saved as a project. Save it first?</source>
+            <translation>このディスクはプロジェクトとして保存されていません。先に保存しますか?</translation>
+        </message>
+        <message>
+            <source>Without saving, what you put together is lost. The files themselves stay.</source>
+            <translation>保存しないと、まとめた内容は失われます。ファイル自体は残ります。</translation>
+        </message>
+        <message>
+            <source>Open Project</source>
+            <translation>プロジェクトを開く</translation>
+        </message>
+        <message>
+            <source>Projects (*.tessaron)</source>
+            <translation>プロジェクト (*.tessaron)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>すべてのファイル (*)</translation>
+        </message>
+        <message>
+            <source>Save Project</source>
+            <translation>プロジェクトを保存</translation>
+        </message>
+        <message>
+            <source>The project was not saved: %1</source>
+            <translation>プロジェクトを保存できませんでした: %1</translation>
+        </message>
+        <message>
+            <source>No projects yet</source>
+            <translation>プロジェクトはまだありません</translation>
+        </message>
+        <message>
+            <source>An image is being made. Stop, and quit?</source>
+            <translation>イメージを作成中です。中止して終了しますか?</translation>
+        </message>
+        <message>
+            <source>&amp;Stop and Quit</source>
+            <translation>中止して終了(&amp;S)</translation>
+        </message>
+        <message>
+            <source>&amp;Go On</source>
+            <translation>続ける(&amp;G)</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::NoticeBar</name>
+        <message>
+            <source>&amp;Details…</source>
+            <translation>詳細(&amp;D)…</translation>
+        </message>
+        <message>
+            <source>Close this message</source>
+            <translation>このメッセージを閉じる</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::OptionsDialog</name>
+        <message>
+            <source>&amp;Hidden on the disc</source>
+            <translation>ディスクでは隠す(&amp;H)</translation>
+        </message>
+        <message>
+            <source>&amp;Everywhere</source>
+            <translation>すべて(&amp;E)</translation>
+        </message>
+        <message>
+            <source>Only for &amp;Macs (UDF and HFS+)</source>
+            <translation>Mac のみ (UDF と HFS+)(&amp;M)</translation>
+        </message>
+        <message>
+            <source>Only for &amp;PCs (ISO 9660 and Joliet)</source>
+            <translation>PC のみ (ISO 9660 と Joliet)(&amp;P)</translation>
+        </message>
+        <message>
+            <source>Only in &amp;these filesystems:</source>
+            <translation>次のファイルシステムのみ(&amp;T):</translation>
+        </message>
+        <message>
+            <source>Options</source>
+            <translation>オプション</translation>
+        </message>
+        <message>
+            <source>Is found</source>
+            <translation>入れる場所</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ProjectKeeper</name>
+        <message>
+            <source>another project is being saved or opened</source>
+            <translation>別のプロジェクトを保存中または開いています</translation>
+        </message>
+        <message>
+            <source>Try again in a moment.</source>
+            <translation>少し待ってからもう一度お試しください。</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::SourceIntake</name>
+        <message>
+            <source>The folder %1 cannot be listed: %2</source>
+            <translation>フォルダ %1 の内容を読めません: %2</translation>
+        </message>
+    </context>
+    <context>
+        <name>Words</name>
+        <message numerus="yes">
+            <source>%n bytes</source>
+            <translation>
+                <numerusform>%n バイト</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Preparing</source>
+            <translation>準備中</translation>
+        </message>
+        <message>
+            <source>Reading folders</source>
+            <translation>フォルダを読み込み中</translation>
+        </message>
+        <message>
+            <source>Laying out the disc</source>
+            <translation>ディスクを構成中</translation>
+        </message>
+        <message>
+            <source>Measuring the loudness</source>
+            <translation>音量を測定中</translation>
+        </message>
+        <message>
+            <source>Writing</source>
+            <translation>書き込み中</translation>
+        </message>
+        <message>
+            <source>Comparing</source>
+            <translation>比較中</translation>
+        </message>
+        <message>
+            <source>Waiting for the disk</source>
+            <translation>ディスクへの書き込み待ち</translation>
+        </message>
+        <message>
+            <source>Done</source>
+            <translation>完了</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n ファイル</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 of %2</source>
+            <translation>%1 / %2</translation>
+        </message>
+        <message>
+            <source>%1/s</source>
+            <translation>%1/秒</translation>
+        </message>
+        <message>
+            <source>%1 left</source>
+            <translation>残り %1</translation>
+        </message>
+        <message>
+            <source>Hidden on the disc.</source>
+            <translation>ディスクでは隠されます。</translation>
+        </message>
+        <message>
+            <source>Only for Macs: UDF and HFS+.</source>
+            <translation>Mac のみ: UDF と HFS+。</translation>
+        </message>
+        <message>
+            <source>Only for PCs: ISO 9660 and Joliet.</source>
+            <translation>PC のみ: ISO 9660 と Joliet。</translation>
+        </message>
+        <message>
+            <source>Only in %1.</source>
+            <translation>%1 のみ。</translation>
+        </message>
+    </context>
+</TS>

@@ -1,0 +1,21 @@
+#include <QApplication>
+#include <QTemporaryDir>
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+int main(int argc, char **argv)
+{
+    ::setenv("LC_ALL", "C.UTF-8", 1);
+    // Listing the tests starts the program, too, on a build machine without a display.
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    // The settings and recovery files of a user are not for tests, nor are those of another test.
+    const QTemporaryDir home;
+    for (const char *const name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+        qputenv(name, home.path().toUtf8());
+    const QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("tessaron-desktop-tests"));
+    QApplication::setOrganizationName(QStringLiteral("Tessaron"));
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
