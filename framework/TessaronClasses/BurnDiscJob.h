@@ -12,16 +12,21 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 
 namespace Tessaron
 {
+
+class KRFileHierarchyItem;
 
 /// What is to be written to a disc, and how. Paths are bytes; relative ones count from the working folder.
 struct BurnDiscOrder {
     /// Folders and files, as in DiscImageOrder; or one image: a cue sheet, a .ccd or .toc file, or a file that holds
     /// filesystems or has the name of an image.
     QList<QByteArray> sources = {};
+    /// A disc of folders and files as a tree, in place of `sources`; see DiscImageOrder.
+    std::shared_ptr<KRFileHierarchyItem> tree = {};
     /// A drive such as "/dev/sr0", or "stdio:" and the path of a regular file; empty for the only drive that there is.
     /// No other one is opened.
     QByteArray drive = {};

@@ -11,6 +11,7 @@
 #include <TessaronClasses/BurnDiscJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/DiscNames.h>
+#include <TessaronClasses/KRFileHierarchyItem.h>
 
 #include <cmath>
 #include <mutex>
@@ -59,6 +60,8 @@ public:
     [[nodiscard]] DiscJobProgress progress() const override;
 
     [[nodiscard]] NSError prepare(const std::stop_token &stop);
+    [[nodiscard]] NSError errorOfTree() const;
+    [[nodiscard]] NSError findSources(const std::stop_token &stop);
     [[nodiscard]] NSError openDrive();
     void prepared(const NSError &error);
     void makeData();
@@ -91,6 +94,27 @@ NSError BurnDiscJob::Work::prepare(const std::stop_token &stop)
 {
     if (NSError error = errorOfEnvironment())
         return error;
+    if (NSError error = order.tree ? errorOfTree() : findSources(stop))
+        return error;
+    if (stop.stop_requested())
+        return discJobCancellation();
+    return openDrive();
+}
+
+NSError BurnDiscJob::Work::errorOfTree() const
+{
+    if (!order.sources.isEmpty())
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("a disc is made of a tree or of sources, not of both"));
+    if (order.tree->items().empty())
+        return discJobError(DiscJobErrorCode::InvalidOrder, QStringLiteral("there is nothing to write"));
+    BurnSources files;
+    files.sources = filesOfTree(*order.tree);
+    return errorOfDriveAmongSources(files, order.drive);
+}
+
+NSError BurnDiscJob::Work::findSources(const std::stop_token &stop)
+{
     if (order.sources.isEmpty())
         return discJobError(DiscJobErrorCode::InvalidOrder, QStringLiteral("there is nothing to write"));
     Result<BurnSources> found = burnSourcesAtPaths(order.sources, stop);
@@ -98,11 +122,7 @@ NSError BurnDiscJob::Work::prepare(const std::stop_token &stop)
         return found.error();
     sources = *std::move(found);
     result.notes = sources.notes;
-    if (NSError error = errorOfDriveAmongSources(sources, order.drive))
-        return error;
-    if (stop.stop_requested())
-        return discJobCancellation();
-    return openDrive();
+    return errorOfDriveAmongSources(sources, order.drive);
 }
 
 /// Opens it, and finds out early what would be refused in the end: before a large folder is scanned.
@@ -150,11 +170,12 @@ void BurnDiscJob::Work::prepared(const NSError &error)
 void BurnDiscJob::Work::makeData()
 {
     QString name = order.volumeName.isEmpty() ? nameOfSources(sources.sources) : order.volumeName;
-    if (isDvdVideo(sources.sources))
+    if (order.tree ? isDvdVideo(*order.tree) : isDvdVideo(sources.sources))
         name = dvdName(name);
     result.data.volumeName = name;
     ImageMakerOrder making;
     making.sources = sources.sources;
+    making.tree = order.tree;
     making.rootIsOnlySource = isOneFolder(sources.sources);
     making.volumeName = name;
     making.isVolumeNameGiven = !order.volumeName.isEmpty();
@@ -246,8 +267,11 @@ NSError BurnDiscJob::Work::check(const std::stop_token &stop)
         result.blocksCompared = checked.blocksCompared;
         return jobErrorOfBurn(checked.error);
     }
-    result.verification =
-        checkWrittenData(*device, first, result.data.bytes / 2048, sources.sources, order.filesystems, stop, progress);
+    VerificationRequest wanted;
+    wanted.sources = sources.sources;
+    wanted.tree = order.tree;
+    wanted.filesystems = order.filesystems;
+    result.verification = checkWrittenData(*device, first, result.data.bytes / 2048, std::move(wanted), stop, progress);
     return noDifference(*result.verification);
 }
 

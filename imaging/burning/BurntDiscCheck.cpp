@@ -98,15 +98,12 @@ private:
 } // namespace
 
 VerificationResult checkWrittenData(DRDevice &device, std::uint64_t firstBlock, std::uint64_t blocks,
-                                    std::vector<DiscSource> sources, DiscFilesystems filesystems,
-                                    const std::stop_token &stop, const CheckProgress &progress)
+                                    VerificationRequest wanted, const std::stop_token &stop,
+                                    const CheckProgress &progress)
 {
-    VerificationRequest request;
-    request.image = device.readBack(firstBlock, blocks);
-    request.volumes = volumesInImage(request.image);
-    request.sources = std::move(sources);
-    request.filesystems = filesystems;
-    return verifyImage(request, stop, progress);
+    wanted.image = device.readBack(firstBlock, blocks);
+    wanted.volumes = volumesInImage(wanted.image);
+    return verifyImage(wanted, stop, progress);
 }
 
 WrittenImageCheck checkWrittenImage(DRDevice &device, const CueSheet &image, std::size_t firstTrack,

@@ -14,10 +14,11 @@ namespace Tessaron
 /// Told how far a comparison is.
 using CheckProgress = std::function<void(const DiscJobProgress &)>;
 
-/// Compares what is on the disc, from `firstBlock` on, with the sources that it was made of.
+/// Compares what is on the disc, from `firstBlock` on, with what it was made of, which the request says; its image and
+/// volumes are filled in here.
 [[nodiscard]] VerificationResult checkWrittenData(DRDevice &device, std::uint64_t firstBlock, std::uint64_t blocks,
-                                                  std::vector<DiscSource> sources, DiscFilesystems filesystems,
-                                                  const std::stop_token &stop, const CheckProgress &progress);
+                                                  VerificationRequest wanted, const std::stop_token &stop,
+                                                  const CheckProgress &progress);
 
 /// How the written tracks of an image compare with it.
 struct WrittenImageCheck {
