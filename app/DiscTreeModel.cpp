@@ -653,20 +653,39 @@ QStringList DiscTreeModel::mimeTypes() const
     return {discRowsMimeType, QStringLiteral("text/uri-list")};
 }
 
-/// Rows travel as the addresses of their nodes: they are read by this model alone, which they never leave.
+/// Rows travel as an object of this process. The type alone says nothing: another window of the program, in a process
+/// of its own, sends it, too.
+class DiscTreeModel::Rows final : public QMimeData
+{
+public:
+    Rows(const DiscTreeModel &model, std::vector<DiscNode *> nodes)
+        : m_model(model)
+        , m_nodes(std::move(nodes))
+    {
+        setData(discRowsMimeType, {});
+    }
+
+    /// The rows of this model that the data are; null for any other data.
+    [[nodiscard]] static const std::vector<DiscNode *> *of(const DiscTreeModel &model, const QMimeData &data)
+    {
+        const auto *const rows = dynamic_cast<const Rows *>(&data);
+        return rows && &rows->m_model == &model ? &rows->m_nodes : nullptr;
+    }
+
+private:
+    const DiscTreeModel &m_model;
+    const std::vector<DiscNode *> m_nodes;
+};
+
 QMimeData *DiscTreeModel::mimeData(const QModelIndexList &indexes) const
 {
-    const std::vector<DiscNode *> nodes = nodesAt(indexes);
-    auto *const data = new QMimeData;
-    data->setData(discRowsMimeType,
-                  QByteArray(reinterpret_cast<const char *>(nodes.data()), qsizetype(nodes.size() * sizeof(nodes[0]))));
-    return data;
+    return new Rows(*this, nodesAt(indexes));
 }
 
 bool DiscTreeModel::canDropMimeData(const QMimeData *data, Qt::DropAction, int, int, const QModelIndex &parent) const
 {
     if (data->hasFormat(discRowsMimeType))
-        return !isFiltered() && nodeAt(parent).isFolder();
+        return Rows::of(*this, *data) && !isFiltered() && nodeAt(parent).isFolder();
     return holdsFiles(*data);
 }
 
@@ -675,11 +694,8 @@ bool DiscTreeModel::dropMimeData(const QMimeData *data, Qt::DropAction, int, int
     DiscNode *folder = &nodeAt(parent);
     while (!folder->isFolder())
         folder = folder->parent;
-    if (data->hasFormat(discRowsMimeType)) {
-        const QByteArray bytes = data->data(discRowsMimeType);
-        std::vector<DiscNode *> nodes(std::size_t(bytes.size()) / sizeof(DiscNode *));
-        std::copy_n(bytes.constData(), nodes.size() * sizeof(DiscNode *), reinterpret_cast<char *>(nodes.data()));
-        Q_EMIT moveWanted(nodes, folder);
+    if (const std::vector<DiscNode *> *const nodes = Rows::of(*this, *data)) {
+        Q_EMIT moveWanted(*nodes, folder);
         // Not true: the view would remove the rows that it dragged.
         return false;
     }

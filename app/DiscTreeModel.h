@@ -90,6 +90,7 @@ Q_SIGNALS:
 
 private:
     struct Order;
+    class Rows;
 
     /// Begins a change that a list of filtered rows cannot follow; when it goes, the list is made anew.
     class FilteredChange;

@@ -159,6 +159,16 @@ TEST_F(DataViewTest, rows_areMovedIntoFolders_byDragging)
     EXPECT_EQ(faultOf(document.model().root()), QString());
 }
 
+TEST_F(DataViewTest, rowsOfAnotherProcess_areRefused)
+{
+    drop({tree.path("letter.txt")}, QPoint(100, 200));
+    QMimeData foreign; // as it comes from there: the type, and bytes that mean something in that process alone
+    foreign.setData(discRowsMimeType, QByteArray(sizeof(void *), '\x7F'));
+    EXPECT_FALSE(document.model().canDropMimeData(&foreign, Qt::MoveAction, -1, -1, {}));
+    EXPECT_FALSE(document.model().dropMimeData(&foreign, Qt::MoveAction, -1, -1, {}));
+    EXPECT_EQ(paths(), QStringList({QStringLiteral("/letter.txt")}));
+}
+
 TEST_F(DataViewTest, rename_byTyping_changesTheName)
 {
     drop({tree.path("letter.txt")}, QPoint(100, 200));
