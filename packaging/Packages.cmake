@@ -94,5 +94,15 @@ tessaron_add_package(tools tessaron otherosfs
 what is in images, verifies them against their sources, takes out tracks,
 converts sound files and describes movies and video DVDs."
     DEPENDS "${_library}")
+if(TESSARON_BUILD_DESKTOP)
+    tessaron_add_package(desktop tessaron-desktop otherosfs
+        "put files together for a disc, in a window"
+        "The program tessaron-desktop takes files and folders that are dropped into its
+window. They are arranged and renamed there, and saved as an image of a disc
+with ISO 9660, Rock Ridge, Joliet, UDF and HFS+, which is compared with them
+at once. Everything can be undone, and projects keep what was put together."
+        DEPENDS "${_library}" "${_windows}"
+        RECOMMENDS libqt6svg6 qt6-translations-l10n)
+endif()
 
 include(CPack)
