@@ -139,6 +139,19 @@ std::unique_ptr<DiscJob> DataPanel::verifyJob(const QByteArray &path, std::funct
     return job;
 }
 
+std::optional<BurnSubject> DataPanel::burnSubject()
+{
+    if (m_document.model().root().children.empty())
+        return std::nullopt;
+    BurnSubject subject;
+    subject.order.tree = copyForJob(m_document.model().root());
+    subject.order.volumeName = m_document.volumeName();
+    subject.bytes = bestSizeApproximation();
+    subject.name = m_document.volumeName();
+    subject.missing = lostFiles();
+    return subject;
+}
+
 bool DataPanel::createLayoutAsyncAndNotifyLayoutCreationManager(
     const std::weak_ptr<TessaronLayoutCreationManager> &manager)
 {

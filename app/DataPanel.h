@@ -38,6 +38,7 @@ public:
                                                     std::function<void(const JobOutcome &)> whenEnded) override;
     [[nodiscard]] std::unique_ptr<DiscJob> verifyJob(const QByteArray &path,
                                                      std::function<void(const JobOutcome &)> whenEnded) override;
+    [[nodiscard]] std::optional<BurnSubject> burnSubject() override;
     bool takeFiles(const QList<QByteArray> &paths) override;
     void letGo() override;
 

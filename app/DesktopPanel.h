@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TessaronClasses/BurnDiscJob.h>
 #include <TessaronClasses/DiscFormat.h>
 #include <TessaronClasses/DiscJob.h>
 #include <TessaronClasses/TessaronPanel.h>
@@ -10,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <platform/foundation/NSError.h>
 
 class QUndoStack;
@@ -48,6 +50,14 @@ struct JobOutcome {
     QByteArray path; ///< of what was made
 };
 
+/// What a drive is to write.
+struct BurnSubject {
+    BurnDiscOrder order; ///< the drive and how it writes are not in it
+    std::uint64_t bytes = 0; ///< about as long as it will be
+    QString name; ///< for people
+    QStringList missing; ///< paths on the disc of what was to be on it and cannot be found
+};
+
 /// A panel of the program's window: one for each kind of disc.
 class DesktopPanel : public TessaronPanel
 {
@@ -75,6 +85,8 @@ public:
     {
         return nullptr;
     }
+    /// What a drive would write; absent when there is nothing, or for a panel whose discs no drive writes.
+    [[nodiscard]] virtual std::optional<BurnSubject> burnSubject() { return std::nullopt; }
     /// Takes files that were given to the program; false when they are nothing for this panel.
     virtual bool takeFiles(const QList<QByteArray> &) { return false; }
     /// Ends what runs in the background without waiting for what hangs in the system.

@@ -31,9 +31,11 @@ JobBar::JobBar(QWidget *parent)
 void JobBar::begin(const QString &name)
 {
     m_name = name;
+    m_isForDrive = false;
     m_clock.start();
     m_bar->setRange(0, 0);
     m_cancel->setEnabled(true);
+    m_cancel->setVisible(true);
     m_cancel->setText(tr("Cancel"));
     m_label->setText(name);
     QWidget::show();
@@ -42,7 +44,20 @@ void JobBar::begin(const QString &name)
 void JobBar::showProgress(const DiscJobProgress &progress)
 {
     const auto elapsed = std::chrono::seconds(m_clock.elapsed() / 1000);
-    m_label->setText(tr("%1 — %2 · %3 so far").arg(m_name, progressText(progress), durationText(elapsed)));
+    const QString text = progressText(progress, m_isForDrive);
+    m_label->setText(tr("%1 — %2 · %3 so far").arg(m_name, text, durationText(elapsed)));
+    showAmount(progress);
+}
+
+void JobBar::showShare(const DiscJobProgress &progress)
+{
+    const auto elapsed = std::chrono::seconds(m_clock.elapsed() / 1000);
+    m_label->setText(tr("%1 — %2").arg(m_name, tr("%1 so far").arg(durationText(elapsed))));
+    showAmount(progress);
+}
+
+void JobBar::showAmount(const DiscJobProgress &progress)
+{
     if (progress.bytesTotal == 0) {
         m_bar->setRange(0, 0);
         return;
@@ -54,6 +69,11 @@ void JobBar::showProgress(const DiscJobProgress &progress)
 void JobBar::showText(const QString &text)
 {
     m_label->setText(text.isEmpty() ? m_name : tr("%1 — %2").arg(m_name, text));
+}
+
+void JobBar::setCancellable(bool canBeCancelled)
+{
+    m_cancel->setVisible(canBeCancelled);
 }
 
 void JobBar::showCancelling()

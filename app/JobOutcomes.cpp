@@ -2,6 +2,7 @@
 
 #include "app/Words.h"
 
+#include <TessaronClasses/BurnDiscJob.h>
 #include <TessaronClasses/DiscImageJob.h>
 #include <TessaronClasses/ImageVerification.h>
 
@@ -52,6 +53,41 @@ void addReport(const DRStorageReport &report, QStringList &lines)
         lines << JobOutcomes::tr("… and %n more", nullptr, int(count - mostLines));
 }
 
+/// What was to be on the disc and is not there as it stands, a line each.
+void addLosses(const DiscImageResult &result, const QStringList &missing, QStringList &lines)
+{
+    for (const QString &path : missing)
+        lines << JobOutcomes::tr("%1: the file is missing").arg(displayableText(path));
+    for (const UnreadableFolder &folder : result.unreadable)
+        lines << JobOutcomes::tr("The folder %1 could not be read: %2")
+                     .arg(displayableText(quoted(folder.path)), systemText(folder.errnoValue));
+    if (result.isVolumeNameLost)
+        lines << JobOutcomes::tr("The name of the disc could not be stored as it was asked for.");
+    if (result.report)
+        addReport(*result.report, lines);
+}
+
+/// The same in sentences, or that nothing is missing.
+QString lossesText(const DiscImageResult &result, const QStringList &missing, const JobOutcome &outcome)
+{
+    QStringList sentences;
+    const std::size_t lost = result.report ? result.report->lostCount() : 0;
+    if (lost > 0)
+        sentences << JobOutcomes::tr("%n item(s) could not be stored as they are.", nullptr, int(lost));
+    if (result.isVolumeNameLost)
+        sentences << JobOutcomes::tr("The name of the disc is another one.");
+    if (!result.unreadable.empty())
+        sentences << JobOutcomes::tr("%n folder(s) could not be read.", nullptr, int(result.unreadable.size()));
+    if (!missing.isEmpty())
+        sentences << JobOutcomes::tr("%n item(s) are not on it: their files are missing.", nullptr,
+                                     int(missing.size()));
+    if (outcome.isComplete)
+        sentences << (outcome.details.isEmpty()
+                          ? JobOutcomes::tr("Nothing is missing.")
+                          : JobOutcomes::tr("Nothing is missing; some names are changed in some filesystems."));
+    return sentences.join(u' ');
+}
+
 } // namespace
 
 JobOutcome outcomeOf(const DiscImageResult &result, const QStringList &missing)
@@ -60,16 +96,7 @@ JobOutcome outcomeOf(const DiscImageResult &result, const QStringList &missing)
     outcome.error = result.error;
     outcome.path = result.imagePath;
     outcome.isComplete = result.isComplete() && missing.isEmpty();
-    for (const QString &path : missing)
-        outcome.details << JobOutcomes::tr("%1: the file is missing").arg(displayableText(path));
-    for (const UnreadableFolder &folder : result.unreadable)
-        outcome.details << JobOutcomes::tr("The folder %1 could not be read: %2")
-                               .arg(displayableText(quoted(folder.path)), systemText(folder.errnoValue));
-    if (result.isVolumeNameLost)
-        outcome.details << JobOutcomes::tr("The name of the disc could not be stored as it was asked for.");
-    const std::size_t lost = result.report ? result.report->lostCount() : 0;
-    if (result.report)
-        addReport(*result.report, outcome.details);
+    addLosses(result, missing, outcome.details);
     if (result.error) {
         outcome.summary = errorText(result.error);
         return outcome;
@@ -77,19 +104,37 @@ JobOutcome outcomeOf(const DiscImageResult &result, const QStringList &missing)
     outcome.summary = JobOutcomes::tr("%1 was saved: %2, %3.")
                           .arg(fileName(result.imagePath), sizeText(result.bytes),
                                JobOutcomes::tr("%n file(s)", nullptr, int(result.files)));
-    if (lost > 0)
-        outcome.summary += u' ' + JobOutcomes::tr("%n item(s) could not be stored as they are.", nullptr, int(lost));
-    if (!result.unreadable.empty())
-        outcome.summary +=
-            u' ' + JobOutcomes::tr("%n folder(s) could not be read.", nullptr, int(result.unreadable.size()));
-    if (!missing.isEmpty())
-        outcome.summary +=
-            u' ' + JobOutcomes::tr("%n item(s) are not on it: their files are missing.", nullptr, int(missing.size()));
-    if (outcome.isComplete)
-        outcome.summary += u' '
-            + (outcome.details.isEmpty()
-                   ? JobOutcomes::tr("Nothing is missing.")
-                   : JobOutcomes::tr("Nothing is missing; some names are changed in some filesystems."));
+    outcome.summary += u' ' + lossesText(result, missing, outcome);
+    return outcome;
+}
+
+JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStringList &missing)
+{
+    JobOutcome outcome;
+    outcome.error = result.error;
+    outcome.isComplete = result.isComplete() && missing.isEmpty();
+    outcome.details = result.notes;
+    if (!result.isImage)
+        addLosses(result.data, missing, outcome.details);
+    if (result.verification)
+        outcome.details << outcomeOf(*result.verification).details;
+    if (result.waits > 0)
+        outcome.details << JobOutcomes::tr("The drive had to wait for data %n time(s).", nullptr, int(result.waits));
+    if (result.error) {
+        outcome.summary = errorText(result.error);
+        return outcome;
+    }
+    const QString amount = result.isImage ? JobOutcomes::tr("%n track(s)", nullptr, int(result.tracks))
+                                          : JobOutcomes::tr("%n file(s)", nullptr, int(result.data.files));
+    const QString form = isSimulated ? JobOutcomes::tr("The writing was simulated, the disc is as it was: %1, %2, %3.")
+                                     : JobOutcomes::tr("The disc was written: %1, %2, %3.");
+    outcome.summary = form.arg(result.disc.profileName, sizeText(result.data.bytes), amount);
+    if (result.verification || result.blocksCompared > 0)
+        outcome.summary += u' ' + JobOutcomes::tr("It was compared with what was to be written, and is the same.");
+    if (!result.isImage)
+        outcome.summary += u' ' + lossesText(result.data, missing, outcome);
+    else if (result.isAnythingLost)
+        outcome.summary += u' ' + JobOutcomes::tr("Something of the image is not on it.");
     return outcome;
 }
 

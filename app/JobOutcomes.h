@@ -4,6 +4,7 @@
 
 namespace Tessaron
 {
+struct BurnDiscResult;
 struct DiscImageResult;
 struct VerificationResult;
 } // namespace Tessaron
@@ -16,5 +17,6 @@ namespace Tessaron::Desktop
 /// `missing`: paths on the disc of files that were to be on it and cannot be found.
 [[nodiscard]] JobOutcome outcomeOf(const DiscImageResult &result, const QStringList &missing);
 [[nodiscard]] JobOutcome outcomeOf(const VerificationResult &result);
+[[nodiscard]] JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStringList &missing);
 
 } // namespace Tessaron::Desktop

@@ -1,9 +1,12 @@
 #include "app/MainWindow.h"
 
+#include "app/BurnDialog.h"
 #include "app/CapacityBar.h"
 #include "app/DataPanel.h"
 #include "app/DataView.h"
+#include "app/DiscWords.h"
 #include "app/JobBar.h"
+#include "app/JobOutcomes.h"
 #include "app/NoticeBar.h"
 #include "app/ProjectKeeper.h"
 #include "app/Words.h"
@@ -27,6 +30,7 @@
 #include <TessaronClassesUI/ImageSavePanel.h>
 #include <algorithm>
 #include <platform/foundation/FileSystemRepresentation.h>
+#include <utility>
 
 namespace Tessaron::Desktop
 {
@@ -180,12 +184,16 @@ void MainWindow::makeMenus()
                                  &MainWindow::saveImage);
     m_saveImage->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
     m_saveImage->setToolTip(tr("Make a disc image of what is shown"));
+    m_burn = file.addAction(QIcon::fromTheme(QStringLiteral("media-optical-recordable")), tr("&Burn…"), this,
+                            &MainWindow::burn);
+    m_burn->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_B));
+    m_burn->setToolTip(tr("Write what is shown to a disc"));
     m_verify = file.addAction(tr("&Verify Images That Were Saved"));
     m_verify->setCheckable(true);
     m_verify->setChecked(QSettings().value(QStringLiteral("verifyAfterSaving"), true).toBool());
     connect(m_verify, &QAction::toggled, this,
             [](bool isOn) { QSettings().setValue(QStringLiteral("verifyAfterSaving"), isOn); });
-    m_cancel = file.addAction(tr("&Cancel"), this, &MainWindow::cancelJob);
+    m_cancel = file.addAction(tr("S&top"), this, &MainWindow::cancelJob);
     m_cancel->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Period));
     file.addSeparator();
     QAction *const quit =
@@ -214,12 +222,14 @@ void MainWindow::makeToolBar()
     space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     bar.addWidget(space);
     bar.addAction(m_saveImage);
+    bar.addAction(m_burn);
 }
 
 void MainWindow::updateActions()
 {
     DesktopPanel &panel = currentPanel();
     m_saveImage->setEnabled(!m_job && panel.handledDiscImageFormats() != 0 && panel.enableBurnButton());
+    m_burn->setEnabled(!m_job && panel.enableBurnButton());
     m_cancel->setEnabled(m_job != nullptr);
 }
 
@@ -286,7 +296,7 @@ void MainWindow::startJob(std::unique_ptr<DiscJob> job, const QString &name)
 void MainWindow::imageHasEnded(DesktopPanel &panel, const JobOutcome &saved)
 {
     std::unique_ptr<DiscJob> verify;
-    if (!saved.error && m_verify->isChecked())
+    if (!saved.error && m_verify->isChecked() && !m_closesAfterJob)
         verify = panel.verifyJob(saved.path, [this, saved](const JobOutcome &checked) {
             JobOutcome both = saved;
             both.error = checked.error;
@@ -306,13 +316,71 @@ void MainWindow::imageHasEnded(DesktopPanel &panel, const JobOutcome &saved)
 void MainWindow::jobHasEnded(const JobOutcome &outcome)
 {
     m_job.release()->deleteLater();
+    m_spoiling.clear();
+    if (m_stopQuestion)
+        m_stopQuestion->close();
     m_jobBar->end();
     m_notices->tell(outcome.summary, outcome.details);
     updateActions();
     Q_EMIT jobEnded(outcome);
+    if (std::exchange(m_closesAfterJob, false))
+        close();
+}
+
+void MainWindow::burn()
+{
+    if (m_job)
+        return;
+    const std::optional<BurnSubject> subject = currentPanel().burnSubject();
+    if (!subject) {
+        m_notices->tell(currentPanel().emptyDiscInformationMessage());
+        return;
+    }
+    auto *const dialog = new BurnDialog(*subject, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::accepted, this, [this, dialog, subject] {
+        burnDisc(*subject, dialog->settings(), dialog->disc() ? dialog->disc()->family : DiscFamily::None);
+    });
+    dialog->open();
+    dialog->lookForDrives();
+}
+
+void MainWindow::burnDisc(const BurnSubject &subject, const BurnDiscOrder &settings, DiscFamily family)
+{
+    if (m_job)
+        return;
+    BurnDiscOrder order = settings;
+    order.sources = subject.order.sources;
+    order.tree = subject.order.tree;
+    order.volumeName = subject.order.volumeName;
+    auto job = std::make_unique<BurnDiscJob>(std::move(order));
+    connect(job.get(), &BurnDiscJob::finished, this,
+            [this, isSimulated = settings.isSimulated, missing = subject.missing](const BurnDiscResult &result) {
+                jobHasEnded(outcomeOf(result, isSimulated, missing));
+            });
+    startJob(std::move(job), displayableText(subject.name));
+    m_jobBar->setForDrive(true);
+    m_spoiling = settings.isSimulated ? QString() : spoiledText(family);
 }
 
 void MainWindow::cancelJob()
+{
+    if (!isWritingDisc())
+        stopJob();
+    else
+        askBeforeStopping(tr("A disc is being written. Stop?") + u'\n' + m_spoiling, tr("&Stop"),
+                          [this] { stopJob(); });
+}
+
+bool MainWindow::isWritingDisc() const
+{
+    if (!m_job || m_spoiling.isEmpty())
+        return false;
+    const DiscJobPhase phase = m_job->progress().phase;
+    return phase == DiscJobPhase::Writing || phase == DiscJobPhase::Finishing;
+}
+
+void MainWindow::stopJob()
 {
     if (!m_job)
         return;
@@ -320,8 +388,33 @@ void MainWindow::cancelJob()
     m_job->cancel();
 }
 
+/// The work goes on meanwhile; when it ends, there is nothing to ask any more.
+void MainWindow::askBeforeStopping(const QString &text, const QString &stopText,
+                                   const std::function<void()> &whenWanted)
+{
+    if (m_stopQuestion)
+        return;
+    m_stopQuestion =
+        new QMessageBox(QMessageBox::Question, tr("Tessaron"), text.section(u'\n', 0, 0), QMessageBox::NoButton, this);
+    m_stopQuestion->setInformativeText(text.section(u'\n', 1));
+    const QPushButton *const stop = m_stopQuestion->addButton(stopText, QMessageBox::DestructiveRole);
+    QPushButton *const goOn = m_stopQuestion->addButton(tr("&Go On"), QMessageBox::RejectRole);
+    m_stopQuestion->setDefaultButton(goOn);
+    m_stopQuestion->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_stopQuestion, &QMessageBox::buttonClicked, this, [stop, whenWanted](const QAbstractButton *button) {
+        if (button == stop)
+            whenWanted();
+    });
+    m_stopQuestion->open();
+}
+
 void MainWindow::letGo()
 {
+    // A drive is waited for: one that is left in the middle is of no use to anyone.
+    if (m_job && m_job->isRunning() && !qobject_cast<BurnDiscJob *>(m_job.get())) {
+        m_job->cancel();
+        (void)m_job.release(); // its destructor would wait
+    }
     for (const std::shared_ptr<DesktopPanel> &panel : m_panels)
         panel->letGo();
     m_project->letGo();
@@ -476,28 +569,24 @@ void MainWindow::showRecent()
         m_recentMenu->addAction(tr("No projects yet"))->setEnabled(false);
 }
 
-bool MainWindow::mayEndJob()
-{
-    if (!m_job)
-        return true;
-    QMessageBox question(QMessageBox::Question, tr("Tessaron"), tr("An image is being made. Stop, and quit?"),
-                         QMessageBox::NoButton, this);
-    question.addButton(tr("&Stop and Quit"), QMessageBox::DestructiveRole);
-    QPushButton *const stay = question.addButton(tr("&Go On"), QMessageBox::RejectRole);
-    question.setDefaultButton(stay);
-    question.exec();
-    return question.clickedButton() != stay;
-}
-
 void MainWindow::closeEvent(QCloseEvent *event)
 {
-    if (m_isClosing) {
+    if (m_isClosing || (!m_job && m_dataPanel->document().undoStack().isClean())) {
         event->accept();
         return;
     }
     event->ignore();
-    if (!mayEndJob())
+    if (m_job) {
+        const bool isWriting = isWritingDisc();
+        const QString text = !isWriting ? tr("An image is being made or read. Stop, and quit?")
+                                        : tr("A disc is being written. Stop, and quit?");
+        // The window stays until the job has ended: a drive is let go first.
+        askBeforeStopping(isWriting ? text + u'\n' + m_spoiling : text, tr("&Stop and Quit"), [this] {
+            m_closesAfterJob = true;
+            stopJob();
+        });
         return;
+    }
     afterSaving([this] {
         m_isClosing = true;
         close();

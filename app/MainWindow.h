@@ -3,6 +3,7 @@
 #include "app/DesktopPanel.h"
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QUndoGroup>
 
 #include <functional>
@@ -10,6 +11,7 @@
 #include <vector>
 
 class QListWidget;
+class QMessageBox;
 class QStackedWidget;
 
 namespace Tessaron::Desktop
@@ -52,14 +54,22 @@ public:
     void saveImage();
     /// Saves it there without asking.
     void saveImageAs(const QByteArray &path, DiscFormat format);
+
+    /// Asks which drive is to write what the panel holds, and lets it.
+    void burn();
+    /// Lets a drive write it without asking: the drive, and how it writes, are those of `settings`.
+    void burnDisc(const BurnSubject &subject, const BurnDiscOrder &settings, DiscFamily family);
     [[nodiscard]] bool isWorking() const { return m_job != nullptr; }
+    /// Asks first where that spoils a disc.
     void cancelJob();
+    /// True while a drive writes what stopping would spoil.
+    [[nodiscard]] bool isWritingDisc() const;
 
     /// Ends what runs, without waiting for what hangs in the system.
     void letGo();
 
 Q_SIGNALS:
-    /// An image that was saved or checked has ended.
+    /// What made, wrote or checked a disc has ended.
     void jobEnded(const Tessaron::Desktop::JobOutcome &outcome);
 
 protected:
@@ -73,6 +83,8 @@ private:
     void makeToolBar();
     void updateActions();
     void startJob(std::unique_ptr<DiscJob> job, const QString &name);
+    void stopJob();
+    void askBeforeStopping(const QString &text, const QString &stopText, const std::function<void()> &whenWanted);
     void imageHasEnded(DesktopPanel &panel, const JobOutcome &saved);
     void jobHasEnded(const JobOutcome &outcome);
     void connectProject();
@@ -82,7 +94,6 @@ private:
     void showRecent();
     /// Goes on once the present disc is saved or dropped; not at all when the user stays with it.
     void afterSaving(const std::function<void()> &goOn);
-    [[nodiscard]] bool mayEndJob();
 
     std::shared_ptr<Host> m_host;
     std::shared_ptr<DataPanel> m_dataPanel;
@@ -95,6 +106,7 @@ private:
     QMenu *m_discMenu = nullptr;
     QMenu *m_recentMenu = nullptr;
     QAction *m_saveImage = nullptr;
+    QAction *m_burn = nullptr;
     QAction *m_verify = nullptr;
     QAction *m_cancel = nullptr;
     std::unique_ptr<ProjectKeeper> m_project;
@@ -102,6 +114,9 @@ private:
     bool m_isClosing = false; ///< nothing has to be asked any more
     std::unique_ptr<DiscJob> m_job;
     QString m_jobName;
+    QString m_spoiling; ///< what stopping the job spoils; empty for nothing
+    QPointer<QMessageBox> m_stopQuestion;
+    bool m_closesAfterJob = false;
     int m_formatIndex = 0; ///< the one chosen in the save panel
 };
 

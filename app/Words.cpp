@@ -50,7 +50,7 @@ QString durationText(std::chrono::seconds duration)
     return QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
 }
 
-QString phaseText(DiscJobPhase phase)
+QString phaseText(DiscJobPhase phase, bool isForDrive)
 {
     switch (phase) {
     case DiscJobPhase::Preparing:
@@ -66,16 +66,16 @@ QString phaseText(DiscJobPhase phase)
     case DiscJobPhase::Comparing:
         return Words::tr("Comparing");
     case DiscJobPhase::Finishing:
-        return Words::tr("Waiting for the disk");
+        return isForDrive ? Words::tr("Ending the disc, which can take minutes") : Words::tr("Waiting for the disk");
     case DiscJobPhase::Done:
         return Words::tr("Done");
     }
     return {};
 }
 
-QString progressText(const DiscJobProgress &progress)
+QString progressText(const DiscJobProgress &progress, bool isForDrive)
 {
-    QString text = phaseText(progress.phase);
+    QString text = phaseText(progress.phase, isForDrive);
     if (progress.bytesTotal == 0) {
         if (progress.files > 0)
             text += QStringLiteral(": ") + Words::tr("%n file(s)", nullptr, int(progress.files));

@@ -24,11 +24,11 @@ namespace Tessaron::Desktop
 /// "0:32" or "1:02:05".
 [[nodiscard]] QString durationText(std::chrono::seconds duration);
 
-/// "Writing", "Comparing" …
-[[nodiscard]] QString phaseText(DiscJobPhase phase);
+/// "Writing", "Comparing" … `isForDrive` when it is a drive that takes the image, and not a file.
+[[nodiscard]] QString phaseText(DiscJobPhase phase, bool isForDrive = false);
 
 /// "Writing: 120 MB of 1.2 GB at 85 MB/s, 0:12 left", as far as it is known.
-[[nodiscard]] QString progressText(const DiscJobProgress &progress);
+[[nodiscard]] QString progressText(const DiscJobProgress &progress, bool isForDrive = false);
 
 /// What an object's options ask for, in words; empty for nothing special.
 [[nodiscard]] QString optionsText(const _TessaronAttributes &options);

@@ -17,6 +17,65 @@
         </message>
     </context>
     <context>
+        <name>DiscWords</name>
+        <message>
+            <source>A file in the place of a disc, room for %1</source>
+            <translation>Eine Datei anstelle einer Disc, Platz für %1</translation>
+        </message>
+        <message>
+            <source>%1, room for %2. What is on it will be replaced.</source>
+            <translation>%1, Platz für %2. Was darauf ist, wird ersetzt.</translation>
+        </message>
+        <message>
+            <source>%1, blank, %2 free</source>
+            <translation>%1, leer, %2 frei</translation>
+        </message>
+        <message>
+            <source>Disc</source>
+            <translation>Disc</translation>
+        </message>
+        <message>
+            <source>There is no disc in the drive.</source>
+            <translation>Im Laufwerk liegt keine Disc.</translation>
+        </message>
+        <message>
+            <source>%1, written in part, %2 free</source>
+            <translation>%1, teilweise beschrieben, %2 frei</translation>
+        </message>
+        <message>
+            <source>%1, full. It can be erased.</source>
+            <translation>%1, voll. Sie kann gelöscht werden.</translation>
+        </message>
+        <message>
+            <source>%1: nothing can be added to it.</source>
+            <translation>%1: Es kann nichts hinzugefügt werden.</translation>
+        </message>
+        <message>
+            <source>%1: this drive can neither read nor write it.</source>
+            <translation>%1: Dieses Laufwerk kann sie weder lesen noch schreiben.</translation>
+        </message>
+        <message>
+            <source>The drive does not say what is in it.</source>
+            <translation>Das Laufwerk sagt nicht, was darin liegt.</translation>
+        </message>
+        <message>
+            <source>%1/s</source>
+            <translation>%1/s</translation>
+        </message>
+        <message>
+            <source>The disc has to be erased before it can be written again.</source>
+            <translation>Die Disc muss dann gelöscht werden, bevor sie wieder beschrieben werden kann.</translation>
+        </message>
+        <message>
+            <source>What is on the disc then is worth nothing, but it can be written again.</source>
+            <translation>Was dann auf der Disc ist, ist wertlos, aber sie kann wieder beschrieben werden.</translation>
+        </message>
+        <message>
+            <source>The disc cannot be used any more then.</source>
+            <translation>Die Disc ist dann unbrauchbar.</translation>
+        </message>
+    </context>
+    <context>
         <name>JobOutcomes</name>
         <message numerus="yes">
             <source>… and %n more</source>
@@ -88,6 +147,40 @@
             <source>The image was compared with the files: all %1 are the same.</source>
             <translation>Das Abbild wurde mit den Dateien verglichen: Alle %1 stimmen überein.</translation>
         </message>
+        <message>
+            <source>The name of the disc is another one.</source>
+            <translation>Die Disc heißt anders.</translation>
+        </message>
+        <message numerus="yes">
+            <source>The drive had to wait for data %n time(s).</source>
+            <translation>
+                <numerusform>Das Laufwerk musste %n-mal auf Daten warten.</numerusform>
+                <numerusform>Das Laufwerk musste %n-mal auf Daten warten.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s)</source>
+            <translation>
+                <numerusform>%n Titel</numerusform>
+                <numerusform>%n Titel</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>The writing was simulated, the disc is as it was: %1, %2, %3.</source>
+            <translation>Das Schreiben wurde simuliert, die Disc ist unverändert: %1, %2, %3.</translation>
+        </message>
+        <message>
+            <source>The disc was written: %1, %2, %3.</source>
+            <translation>Die Disc wurde geschrieben: %1, %2, %3.</translation>
+        </message>
+        <message>
+            <source>It was compared with what was to be written, and is the same.</source>
+            <translation>Sie wurde mit dem verglichen, was zu schreiben war, und stimmt überein.</translation>
+        </message>
+        <message>
+            <source>Something of the image is not on it.</source>
+            <translation>Etwas vom Abbild ist nicht darauf.</translation>
+        </message>
     </context>
     <context>
         <name>Media</name>
@@ -141,6 +234,109 @@
         <message>
             <source>it names an item that cannot be on a disc</source>
             <translation>Es nennt ein Objekt, das nicht auf einer Disc sein kann</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::BurnDialog</name>
+        <message>
+            <source>&amp;Look Again</source>
+            <translation>&amp;Neu suchen</translation>
+        </message>
+        <message>
+            <source>&amp;Compare the disc with the files afterwards</source>
+            <translation>Disc danach mit den Dateien &amp;vergleichen</translation>
+        </message>
+        <message>
+            <source>Only &amp;simulate: the laser stays off</source>
+            <translation>Nur &amp;simulieren: Der Laser bleibt aus</translation>
+        </message>
+        <message>
+            <source>&amp;Eject the disc at the end</source>
+            <translation>Disc am Ende &amp;auswerfen</translation>
+        </message>
+        <message>
+            <source>Burn a Disc</source>
+            <translation>Disc brennen</translation>
+        </message>
+        <message>
+            <source>&amp;Drive:</source>
+            <translation>&amp;Laufwerk:</translation>
+        </message>
+        <message>
+            <source>The disc in the drive</source>
+            <translation>Die Disc im Laufwerk</translation>
+        </message>
+        <message>
+            <source>Disc:</source>
+            <translation>Disc:</translation>
+        </message>
+        <message>
+            <source>S&amp;peed:</source>
+            <translation>&amp;Tempo:</translation>
+        </message>
+        <message>
+            <source>&amp;Burn</source>
+            <translation>&amp;Brennen</translation>
+        </message>
+        <message>
+            <source>E&amp;rase…</source>
+            <translation>L&amp;öschen…</translation>
+        </message>
+        <message>
+            <source>As fast as it goes</source>
+            <translation>So schnell es geht</translation>
+        </message>
+        <message>
+            <source>Erase it first, or put in another disc.</source>
+            <translation>Löschen Sie sie zuerst, oder legen Sie eine andere Disc ein.</translation>
+        </message>
+        <message>
+            <source>Put in another disc.</source>
+            <translation>Legen Sie eine andere Disc ein.</translation>
+        </message>
+        <message>
+            <source>It is too small: about %1 are to be written.</source>
+            <translation>Sie ist zu klein: Etwa %1 sind zu schreiben.</translation>
+        </message>
+        <message>
+            <source>Only sound can be added to what is on it.</source>
+            <translation>Zu dem, was darauf ist, kann nur Ton hinzugefügt werden.</translation>
+        </message>
+        <message>
+            <source>The disc is being erased. That cannot be stopped.</source>
+            <translation>Die Disc wird gelöscht. Das lässt sich nicht anhalten.</translation>
+        </message>
+        <message>
+            <source>Looking for drives…</source>
+            <translation>Laufwerke werden gesucht…</translation>
+        </message>
+        <message>
+            <source>Looking at the disc…</source>
+            <translation>Die Disc wird angesehen…</translation>
+        </message>
+        <message>
+            <source>This computer has no optical drive. Connect one, and look again.</source>
+            <translation>Dieser Computer hat kein optisches Laufwerk. Schließen Sie eines an, und suchen Sie neu.</translation>
+        </message>
+        <message>
+            <source>Erase the Disc</source>
+            <translation>Disc löschen</translation>
+        </message>
+        <message>
+            <source>Everything on the disc will be lost.</source>
+            <translation>Alles auf der Disc geht verloren.</translation>
+        </message>
+        <message>
+            <source>Erasing takes a minute or two and cannot be stopped.</source>
+            <translation>Das Löschen dauert ein bis zwei Minuten und lässt sich nicht anhalten.</translation>
+        </message>
+        <message>
+            <source>&amp;Erase</source>
+            <translation>&amp;Löschen</translation>
+        </message>
+        <message>
+            <source>Erasing</source>
+            <translation>Löschen</translation>
         </message>
     </context>
     <context>
@@ -418,6 +614,10 @@
             <source>Cancelling…</source>
             <translation>Wird abgebrochen …</translation>
         </message>
+        <message>
+            <source>%1 so far</source>
+            <translation>seit %1</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::ListDialog</name>
@@ -483,10 +683,6 @@
         <message>
             <source>&amp;Verify Images That Were Saved</source>
             <translation>Gespeicherte Abbilder &amp;prüfen</translation>
-        </message>
-        <message>
-            <source>&amp;Cancel</source>
-            <translation>A&amp;bbrechen</translation>
         </message>
         <message>
             <source>&amp;Quit</source>
@@ -564,16 +760,40 @@
             <translation>Noch keine Projekte</translation>
         </message>
         <message>
-            <source>An image is being made. Stop, and quit?</source>
-            <translation>Ein Abbild wird erstellt. Anhalten und beenden?</translation>
-        </message>
-        <message>
             <source>&amp;Stop and Quit</source>
             <translation>&amp;Anhalten und beenden</translation>
         </message>
         <message>
             <source>&amp;Go On</source>
             <translation>&amp;Weitermachen</translation>
+        </message>
+        <message>
+            <source>&amp;Burn…</source>
+            <translation>&amp;Brennen…</translation>
+        </message>
+        <message>
+            <source>Write what is shown to a disc</source>
+            <translation>Was gezeigt wird, auf eine Disc schreiben</translation>
+        </message>
+        <message>
+            <source>S&amp;top</source>
+            <translation>&amp;Anhalten</translation>
+        </message>
+        <message>
+            <source>A disc is being written. Stop?</source>
+            <translation>Eine Disc wird geschrieben. Anhalten?</translation>
+        </message>
+        <message>
+            <source>&amp;Stop</source>
+            <translation>&amp;Anhalten</translation>
+        </message>
+        <message>
+            <source>An image is being made or read. Stop, and quit?</source>
+            <translation>Ein Abbild wird gemacht oder gelesen. Anhalten und beenden?</translation>
+        </message>
+        <message>
+            <source>A disc is being written. Stop, and quit?</source>
+            <translation>Eine Disc wird geschrieben. Anhalten und beenden?</translation>
         </message>
     </context>
     <context>
@@ -711,6 +931,10 @@
         <message>
             <source>Only in %1.</source>
             <translation>Nur in %1.</translation>
+        </message>
+        <message>
+            <source>Ending the disc, which can take minutes</source>
+            <translation>Die Disc wird abgeschlossen, das kann Minuten dauern</translation>
         </message>
     </context>
 </TS>

@@ -45,6 +45,20 @@
                 <numerusform>The image differs from the files in %n places.</numerusform>
             </translation>
         </message>
+        <message numerus="yes">
+            <source>The drive had to wait for data %n time(s).</source>
+            <translation>
+                <numerusform>The drive had to wait for data %n time.</numerusform>
+                <numerusform>The drive had to wait for data %n times.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s)</source>
+            <translation>
+                <numerusform>%n track</numerusform>
+                <numerusform>%n tracks</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::DataView</name>

@@ -17,6 +17,65 @@
         </message>
     </context>
     <context>
+        <name>DiscWords</name>
+        <message>
+            <source>A file in the place of a disc, room for %1</source>
+            <translation>Un fichier à la place d’un disque, place pour %1</translation>
+        </message>
+        <message>
+            <source>%1, room for %2. What is on it will be replaced.</source>
+            <translation>%1, place pour %2. Son contenu sera remplacé.</translation>
+        </message>
+        <message>
+            <source>%1, blank, %2 free</source>
+            <translation>%1, vierge, %2 libres</translation>
+        </message>
+        <message>
+            <source>Disc</source>
+            <translation>Disque</translation>
+        </message>
+        <message>
+            <source>There is no disc in the drive.</source>
+            <translation>Il n’y a pas de disque dans le lecteur.</translation>
+        </message>
+        <message>
+            <source>%1, written in part, %2 free</source>
+            <translation>%1, écrit en partie, %2 libres</translation>
+        </message>
+        <message>
+            <source>%1, full. It can be erased.</source>
+            <translation>%1, plein. Il peut être effacé.</translation>
+        </message>
+        <message>
+            <source>%1: nothing can be added to it.</source>
+            <translation>%1 : rien ne peut y être ajouté.</translation>
+        </message>
+        <message>
+            <source>%1: this drive can neither read nor write it.</source>
+            <translation>%1 : ce lecteur ne peut ni le lire ni l’écrire.</translation>
+        </message>
+        <message>
+            <source>The drive does not say what is in it.</source>
+            <translation>Le lecteur n’indique pas ce qu’il contient.</translation>
+        </message>
+        <message>
+            <source>%1/s</source>
+            <translation>%1/s</translation>
+        </message>
+        <message>
+            <source>The disc has to be erased before it can be written again.</source>
+            <translation>Le disque devra être effacé avant d’être écrit de nouveau.</translation>
+        </message>
+        <message>
+            <source>What is on the disc then is worth nothing, but it can be written again.</source>
+            <translation>Son contenu sera inutilisable, mais le disque pourra être écrit de nouveau.</translation>
+        </message>
+        <message>
+            <source>The disc cannot be used any more then.</source>
+            <translation>Le disque sera alors inutilisable.</translation>
+        </message>
+    </context>
+    <context>
         <name>JobOutcomes</name>
         <message numerus="yes">
             <source>… and %n more</source>
@@ -88,6 +147,40 @@
             <source>The image was compared with the files: all %1 are the same.</source>
             <translation>L’image a été comparée aux fichiers : les %1 sont identiques.</translation>
         </message>
+        <message>
+            <source>The name of the disc is another one.</source>
+            <translation>Le disque porte un autre nom.</translation>
+        </message>
+        <message numerus="yes">
+            <source>The drive had to wait for data %n time(s).</source>
+            <translation>
+                <numerusform>Le lecteur a dû attendre des données %n fois.</numerusform>
+                <numerusform>Le lecteur a dû attendre des données %n fois.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s)</source>
+            <translation>
+                <numerusform>%n piste</numerusform>
+                <numerusform>%n pistes</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>The writing was simulated, the disc is as it was: %1, %2, %3.</source>
+            <translation>L’écriture a été simulée, le disque est inchangé : %1, %2, %3.</translation>
+        </message>
+        <message>
+            <source>The disc was written: %1, %2, %3.</source>
+            <translation>Le disque a été écrit : %1, %2, %3.</translation>
+        </message>
+        <message>
+            <source>It was compared with what was to be written, and is the same.</source>
+            <translation>Il a été comparé avec ce qui devait être écrit, et il est identique.</translation>
+        </message>
+        <message>
+            <source>Something of the image is not on it.</source>
+            <translation>Une partie de l’image n’y est pas.</translation>
+        </message>
     </context>
     <context>
         <name>Media</name>
@@ -141,6 +234,109 @@
         <message>
             <source>it names an item that cannot be on a disc</source>
             <translation>il nomme un élément qui ne peut pas être sur un disque</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::BurnDialog</name>
+        <message>
+            <source>&amp;Look Again</source>
+            <translation>&amp;Regarder de nouveau</translation>
+        </message>
+        <message>
+            <source>&amp;Compare the disc with the files afterwards</source>
+            <translation>&amp;Comparer ensuite le disque avec les fichiers</translation>
+        </message>
+        <message>
+            <source>Only &amp;simulate: the laser stays off</source>
+            <translation>&amp;Simuler seulement : le laser reste éteint</translation>
+        </message>
+        <message>
+            <source>&amp;Eject the disc at the end</source>
+            <translation>&amp;Éjecter le disque à la fin</translation>
+        </message>
+        <message>
+            <source>Burn a Disc</source>
+            <translation>Graver un disque</translation>
+        </message>
+        <message>
+            <source>&amp;Drive:</source>
+            <translation>&amp;Lecteur :</translation>
+        </message>
+        <message>
+            <source>The disc in the drive</source>
+            <translation>Le disque dans le lecteur</translation>
+        </message>
+        <message>
+            <source>Disc:</source>
+            <translation>Disque :</translation>
+        </message>
+        <message>
+            <source>S&amp;peed:</source>
+            <translation>&amp;Vitesse :</translation>
+        </message>
+        <message>
+            <source>&amp;Burn</source>
+            <translation>&amp;Graver</translation>
+        </message>
+        <message>
+            <source>E&amp;rase…</source>
+            <translation>E&amp;ffacer…</translation>
+        </message>
+        <message>
+            <source>As fast as it goes</source>
+            <translation>Aussi vite que possible</translation>
+        </message>
+        <message>
+            <source>Erase it first, or put in another disc.</source>
+            <translation>Effacez-le d’abord, ou insérez un autre disque.</translation>
+        </message>
+        <message>
+            <source>Put in another disc.</source>
+            <translation>Insérez un autre disque.</translation>
+        </message>
+        <message>
+            <source>It is too small: about %1 are to be written.</source>
+            <translation>Il est trop petit : environ %1 sont à écrire.</translation>
+        </message>
+        <message>
+            <source>Only sound can be added to what is on it.</source>
+            <translation>Seul du son peut être ajouté à son contenu.</translation>
+        </message>
+        <message>
+            <source>The disc is being erased. That cannot be stopped.</source>
+            <translation>Le disque est en cours d’effacement, ce qui ne peut être arrêté.</translation>
+        </message>
+        <message>
+            <source>Looking for drives…</source>
+            <translation>Recherche de lecteurs…</translation>
+        </message>
+        <message>
+            <source>Looking at the disc…</source>
+            <translation>Examen du disque…</translation>
+        </message>
+        <message>
+            <source>This computer has no optical drive. Connect one, and look again.</source>
+            <translation>Cet ordinateur n’a pas de lecteur optique. Connectez-en un, puis regardez de nouveau.</translation>
+        </message>
+        <message>
+            <source>Erase the Disc</source>
+            <translation>Effacer le disque</translation>
+        </message>
+        <message>
+            <source>Everything on the disc will be lost.</source>
+            <translation>Tout le contenu du disque sera perdu.</translation>
+        </message>
+        <message>
+            <source>Erasing takes a minute or two and cannot be stopped.</source>
+            <translation>L’effacement dure une minute ou deux et ne peut être arrêté.</translation>
+        </message>
+        <message>
+            <source>&amp;Erase</source>
+            <translation>&amp;Effacer</translation>
+        </message>
+        <message>
+            <source>Erasing</source>
+            <translation>Effacement</translation>
         </message>
     </context>
     <context>
@@ -418,6 +614,10 @@
             <source>Cancelling…</source>
             <translation>Annulation…</translation>
         </message>
+        <message>
+            <source>%1 so far</source>
+            <translation>depuis %1</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::ListDialog</name>
@@ -483,10 +683,6 @@
         <message>
             <source>&amp;Verify Images That Were Saved</source>
             <translation>&amp;Vérifier les images enregistrées</translation>
-        </message>
-        <message>
-            <source>&amp;Cancel</source>
-            <translation>&amp;Annuler</translation>
         </message>
         <message>
             <source>&amp;Quit</source>
@@ -564,16 +760,40 @@
             <translation>Pas encore de projets</translation>
         </message>
         <message>
-            <source>An image is being made. Stop, and quit?</source>
-            <translation>Une image est en cours de création. Arrêter et quitter ?</translation>
-        </message>
-        <message>
             <source>&amp;Stop and Quit</source>
             <translation>&amp;Arrêter et quitter</translation>
         </message>
         <message>
             <source>&amp;Go On</source>
             <translation>&amp;Continuer</translation>
+        </message>
+        <message>
+            <source>&amp;Burn…</source>
+            <translation>&amp;Graver…</translation>
+        </message>
+        <message>
+            <source>Write what is shown to a disc</source>
+            <translation>Écrire ce qui est affiché sur un disque</translation>
+        </message>
+        <message>
+            <source>S&amp;top</source>
+            <translation>A&amp;rrêter</translation>
+        </message>
+        <message>
+            <source>A disc is being written. Stop?</source>
+            <translation>Un disque est en cours d’écriture. Arrêter ?</translation>
+        </message>
+        <message>
+            <source>&amp;Stop</source>
+            <translation>&amp;Arrêter</translation>
+        </message>
+        <message>
+            <source>An image is being made or read. Stop, and quit?</source>
+            <translation>Une image est en cours de création ou de lecture. Arrêter et quitter ?</translation>
+        </message>
+        <message>
+            <source>A disc is being written. Stop, and quit?</source>
+            <translation>Un disque est en cours d’écriture. Arrêter et quitter ?</translation>
         </message>
     </context>
     <context>
@@ -711,6 +931,10 @@
         <message>
             <source>Only in %1.</source>
             <translation>Seulement dans %1.</translation>
+        </message>
+        <message>
+            <source>Ending the disc, which can take minutes</source>
+            <translation>Clôture du disque, ce qui peut durer quelques minutes</translation>
         </message>
     </context>
 </TS>

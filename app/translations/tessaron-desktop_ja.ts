@@ -17,6 +17,65 @@
         </message>
     </context>
     <context>
+        <name>DiscWords</name>
+        <message>
+            <source>A file in the place of a disc, room for %1</source>
+            <translation>ディスクの代わりのファイル、%1 書き込み可能</translation>
+        </message>
+        <message>
+            <source>%1, room for %2. What is on it will be replaced.</source>
+            <translation>%1、%2 書き込み可能。今の内容は置き換えられます。</translation>
+        </message>
+        <message>
+            <source>%1, blank, %2 free</source>
+            <translation>%1、空、空き %2</translation>
+        </message>
+        <message>
+            <source>Disc</source>
+            <translation>ディスク</translation>
+        </message>
+        <message>
+            <source>There is no disc in the drive.</source>
+            <translation>ドライブにディスクが入っていません。</translation>
+        </message>
+        <message>
+            <source>%1, written in part, %2 free</source>
+            <translation>%1、一部書き込み済み、空き %2</translation>
+        </message>
+        <message>
+            <source>%1, full. It can be erased.</source>
+            <translation>%1、満杯。消去できます。</translation>
+        </message>
+        <message>
+            <source>%1: nothing can be added to it.</source>
+            <translation>%1: 追記できません。</translation>
+        </message>
+        <message>
+            <source>%1: this drive can neither read nor write it.</source>
+            <translation>%1: このドライブでは読み書きできません。</translation>
+        </message>
+        <message>
+            <source>The drive does not say what is in it.</source>
+            <translation>ドライブの中身が分かりません。</translation>
+        </message>
+        <message>
+            <source>%1/s</source>
+            <translation>%1/秒</translation>
+        </message>
+        <message>
+            <source>The disc has to be erased before it can be written again.</source>
+            <translation>再び書き込むには、ディスクの消去が必要になります。</translation>
+        </message>
+        <message>
+            <source>What is on the disc then is worth nothing, but it can be written again.</source>
+            <translation>ディスクの内容は無効になりますが、もう一度書き込めます。</translation>
+        </message>
+        <message>
+            <source>The disc cannot be used any more then.</source>
+            <translation>そのディスクは使えなくなります。</translation>
+        </message>
+    </context>
+    <context>
         <name>JobOutcomes</name>
         <message numerus="yes">
             <source>… and %n more</source>
@@ -82,6 +141,38 @@
             <source>The image was compared with the files: all %1 are the same.</source>
             <translation>イメージをファイルと比較しました。%1 すべて一致しています。</translation>
         </message>
+        <message>
+            <source>The name of the disc is another one.</source>
+            <translation>ディスクの名前は別のものになりました。</translation>
+        </message>
+        <message numerus="yes">
+            <source>The drive had to wait for data %n time(s).</source>
+            <translation>
+                <numerusform>ドライブがデータを %n 回待ちました。</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s)</source>
+            <translation>
+                <numerusform>%n トラック</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>The writing was simulated, the disc is as it was: %1, %2, %3.</source>
+            <translation>書き込みをシミュレートしました。ディスクは元のままです: %1、%2、%3。</translation>
+        </message>
+        <message>
+            <source>The disc was written: %1, %2, %3.</source>
+            <translation>ディスクに書き込みました: %1、%2、%3。</translation>
+        </message>
+        <message>
+            <source>It was compared with what was to be written, and is the same.</source>
+            <translation>書き込む内容と比較し、一致しました。</translation>
+        </message>
+        <message>
+            <source>Something of the image is not on it.</source>
+            <translation>イメージの一部が書き込まれていません。</translation>
+        </message>
     </context>
     <context>
         <name>Media</name>
@@ -135,6 +226,109 @@
         <message>
             <source>it names an item that cannot be on a disc</source>
             <translation>ディスクに入れられない項目が含まれています</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::BurnDialog</name>
+        <message>
+            <source>&amp;Look Again</source>
+            <translation>再確認(&amp;L)</translation>
+        </message>
+        <message>
+            <source>&amp;Compare the disc with the files afterwards</source>
+            <translation>書き込み後にファイルと比較する(&amp;C)</translation>
+        </message>
+        <message>
+            <source>Only &amp;simulate: the laser stays off</source>
+            <translation>シミュレートのみ (レーザーは使いません)(&amp;S)</translation>
+        </message>
+        <message>
+            <source>&amp;Eject the disc at the end</source>
+            <translation>終了後にディスクを取り出す(&amp;E)</translation>
+        </message>
+        <message>
+            <source>Burn a Disc</source>
+            <translation>ディスクに書き込む</translation>
+        </message>
+        <message>
+            <source>&amp;Drive:</source>
+            <translation>ドライブ(&amp;D):</translation>
+        </message>
+        <message>
+            <source>The disc in the drive</source>
+            <translation>ドライブの中のディスク</translation>
+        </message>
+        <message>
+            <source>Disc:</source>
+            <translation>ディスク:</translation>
+        </message>
+        <message>
+            <source>S&amp;peed:</source>
+            <translation>速度(&amp;P):</translation>
+        </message>
+        <message>
+            <source>&amp;Burn</source>
+            <translation>書き込む(&amp;B)</translation>
+        </message>
+        <message>
+            <source>E&amp;rase…</source>
+            <translation>消去(&amp;R)…</translation>
+        </message>
+        <message>
+            <source>As fast as it goes</source>
+            <translation>最高速度</translation>
+        </message>
+        <message>
+            <source>Erase it first, or put in another disc.</source>
+            <translation>先に消去するか、別のディスクを入れてください。</translation>
+        </message>
+        <message>
+            <source>Put in another disc.</source>
+            <translation>別のディスクを入れてください。</translation>
+        </message>
+        <message>
+            <source>It is too small: about %1 are to be written.</source>
+            <translation>容量が足りません: 約 %1 を書き込みます。</translation>
+        </message>
+        <message>
+            <source>Only sound can be added to what is on it.</source>
+            <translation>追記できるのは音声だけです。</translation>
+        </message>
+        <message>
+            <source>The disc is being erased. That cannot be stopped.</source>
+            <translation>ディスクを消去しています。途中で止められません。</translation>
+        </message>
+        <message>
+            <source>Looking for drives…</source>
+            <translation>ドライブを探しています…</translation>
+        </message>
+        <message>
+            <source>Looking at the disc…</source>
+            <translation>ディスクを調べています…</translation>
+        </message>
+        <message>
+            <source>This computer has no optical drive. Connect one, and look again.</source>
+            <translation>このコンピューターには光学ドライブがありません。接続して再確認してください。</translation>
+        </message>
+        <message>
+            <source>Erase the Disc</source>
+            <translation>ディスクの消去</translation>
+        </message>
+        <message>
+            <source>Everything on the disc will be lost.</source>
+            <translation>ディスクの内容はすべて失われます。</translation>
+        </message>
+        <message>
+            <source>Erasing takes a minute or two and cannot be stopped.</source>
+            <translation>消去には 1、2 分かかり、途中で止められません。</translation>
+        </message>
+        <message>
+            <source>&amp;Erase</source>
+            <translation>消去(&amp;E)</translation>
+        </message>
+        <message>
+            <source>Erasing</source>
+            <translation>消去中</translation>
         </message>
     </context>
     <context>
@@ -406,6 +600,10 @@
             <source>Cancelling…</source>
             <translation>キャンセル中…</translation>
         </message>
+        <message>
+            <source>%1 so far</source>
+            <translation>経過 %1</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::ListDialog</name>
@@ -471,10 +669,6 @@
         <message>
             <source>&amp;Verify Images That Were Saved</source>
             <translation>保存したイメージを検証(&amp;V)</translation>
-        </message>
-        <message>
-            <source>&amp;Cancel</source>
-            <translation>キャンセル(&amp;C)</translation>
         </message>
         <message>
             <source>&amp;Quit</source>
@@ -551,16 +745,40 @@
             <translation>プロジェクトはまだありません</translation>
         </message>
         <message>
-            <source>An image is being made. Stop, and quit?</source>
-            <translation>イメージを作成中です。中止して終了しますか?</translation>
-        </message>
-        <message>
             <source>&amp;Stop and Quit</source>
             <translation>中止して終了(&amp;S)</translation>
         </message>
         <message>
             <source>&amp;Go On</source>
             <translation>続ける(&amp;G)</translation>
+        </message>
+        <message>
+            <source>&amp;Burn…</source>
+            <translation>書き込む(&amp;B)…</translation>
+        </message>
+        <message>
+            <source>Write what is shown to a disc</source>
+            <translation>表示中の内容をディスクに書き込む</translation>
+        </message>
+        <message>
+            <source>S&amp;top</source>
+            <translation>停止(&amp;T)</translation>
+        </message>
+        <message>
+            <source>A disc is being written. Stop?</source>
+            <translation>ディスクに書き込んでいます。停止しますか?</translation>
+        </message>
+        <message>
+            <source>&amp;Stop</source>
+            <translation>停止(&amp;S)</translation>
+        </message>
+        <message>
+            <source>An image is being made or read. Stop, and quit?</source>
+            <translation>イメージを作成または読み込み中です。停止して終了しますか?</translation>
+        </message>
+        <message>
+            <source>A disc is being written. Stop, and quit?</source>
+            <translation>ディスクに書き込んでいます。停止して終了しますか?</translation>
         </message>
     </context>
     <context>
@@ -696,6 +914,10 @@
         <message>
             <source>Only in %1.</source>
             <translation>%1 のみ。</translation>
+        </message>
+        <message>
+            <source>Ending the disc, which can take minutes</source>
+            <translation>ディスクを閉じています (数分かかることがあります)</translation>
         </message>
     </context>
 </TS>

@@ -12,7 +12,9 @@
 #include <TessaronClasses/KRLayoutWriter.h>
 #include <TessaronClasses/OpenedDiscImage.h>
 
+#include <QAbstractButton>
 #include <QFile>
+#include <QMessageBox>
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -166,6 +168,26 @@ TEST_F(MainWindowTest, saveImage_sayssoWhenTheDiscIsEmpty)
     window.saveImageAs(tree.path("out/disc.iso"), DiscFormat::ISO);
     EXPECT_FALSE(window.isWorking());
     EXPECT_FALSE(window.notices().text().isEmpty());
+}
+
+TEST_F(MainWindowTest, close_closesAtOnce_whenNothingIsLeftToSave)
+{
+    window.show();
+    EXPECT_TRUE(window.close());
+    EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(MainWindowTest, close_asksFirst_whenTheDiscIsNotSaved)
+{
+    add({tree.path("letter.txt")});
+    window.show();
+    EXPECT_FALSE(window.close());
+    EXPECT_TRUE(window.isVisible());
+    auto *const question = window.findChild<QMessageBox *>();
+    ASSERT_NE(question, nullptr);
+    question->button(QMessageBox::Discard)->click();
+    drainEventLoop();
+    EXPECT_FALSE(window.isVisible());
 }
 
 TEST_F(MainWindowTest, panel_makesALayoutForTheFrameworksOwnWriter)

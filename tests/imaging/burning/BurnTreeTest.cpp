@@ -87,13 +87,13 @@ TEST_F(BurnTree, disc_isWrittenAsItIsArranged_andCompared)
     EXPECT_EQ(contentsOf("numbers"), QByteArray(300'000, '1'));
 }
 
-TEST_F(BurnTree, comparison_findsWhatTheTreeWants_andTheDiscHasNot)
+TEST_F(BurnTree, optionsOfAFile_countInTheComparison)
 {
-    // Both are there on disk, and only the tree knows that one is not to be in HFS+: 7z above would not see it.
     BurnDiscOrder wanted = order();
     wanted.verifies = true;
-    wanted.tree->items().back()->fileReference()->tessaronAttributes()->hasBasicFSInclusion = 1;
-    wanted.tree->items().back()->fileReference()->tessaronAttributes()->basicFSInclusion = 2;
+    KRFileReference &forPCs = *wanted.tree->items().back()->fileReference();
+    forPCs.tessaronAttributes()->hasBasicFSInclusion = 1;
+    forPCs.tessaronAttributes()->basicFSInclusion = 2;
     const BurnDiscResult result = burnt(wanted);
     ASSERT_FALSE(result.error) << result.error.localizedDescription().toStdString();
     ASSERT_TRUE(result.verification);

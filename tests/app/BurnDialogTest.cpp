@@ -1,0 +1,268 @@
+#include "app/BurnDialog.h"
+
+#include "app/DataPanel.h"
+#include "app/DataView.h"
+#include "app/MainWindow.h"
+#include "app/NoticeBar.h"
+
+#include "tests/fakedrive/FakeDisc.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/TemporaryTree.h"
+#include <TessaronClasses/DiscJobErrors.h>
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include <gtest/gtest.h>
+#include <optional>
+
+using namespace Tessaron;
+using namespace Tessaron::Desktop;
+using namespace Tessaron::Testing;
+
+namespace
+{
+
+constexpr int cdBlocks = 359'849;
+constexpr int dvdBlocks = 2'295'104;
+const QByteArray drivePath = QByteArrayLiteral("/dev/sr0");
+
+/// The program's window, and a drive with a disc of the test's choice in it; see FakeDrive.cpp for what that drive
+/// shows and what it does not.
+class BurnDialogTest : public testing::Test
+{
+protected:
+    BurnDialogTest()
+    {
+        tree.makeFile("photos/beach.jpg", QByteArray(300'000, 'b'));
+        tree.makeFile("letter.txt", "Dear reader,\n");
+        tree.makeFolder("drive");
+        qputenv("TESSARON_FAKE_DRIVE", tree.path("drive"));
+        QObject::connect(&window, &MainWindow::jobEnded, &window, [this](const JobOutcome &ended) { outcome = ended; });
+    }
+
+    void insert(const FakeDisc &disc) const { disc.save(tree.path("drive").toStdString()); }
+    void insert(FakeProfile profile, int capacity, FakeDisc::Status status = FakeDisc::Status::Blank) const
+    {
+        FakeDisc disc;
+        disc.profile = profile;
+        disc.capacity = capacity;
+        disc.status = status;
+        disc.isFormatted = disc.isOverwritable();
+        if (status == FakeDisc::Status::Complete)
+            disc.tracks = {{1, 1, 0, 1000, false}};
+        insert(disc);
+    }
+    [[nodiscard]] FakeDisc disc() const { return FakeDisc::load(tree.path("drive").toStdString()); }
+
+    void add(const QList<QByteArray> &paths)
+    {
+        window.openFiles(paths);
+        EXPECT_TRUE(runEventLoopUntil([this] { return !window.dataPanel().dataView().intake().isRunning(); }));
+    }
+    [[nodiscard]] BurnSubject subject() const
+    {
+        const std::optional<BurnSubject> found = window.dataPanel().burnSubject();
+        EXPECT_TRUE(found);
+        return found.value_or(BurnSubject());
+    }
+    /// A dialog that has looked into the drive.
+    [[nodiscard]] std::unique_ptr<BurnDialog> dialog() const
+    {
+        auto shown = std::make_unique<BurnDialog>(subject());
+        shown->show();
+        DriveFacts facts;
+        facts.drive.path = drivePath;
+        facts.drive.vendor = QStringLiteral("MAKER");
+        shown->showDrives({facts});
+        waitFor(*shown);
+        return shown;
+    }
+    static void waitFor(const BurnDialog &dialog)
+    {
+        EXPECT_TRUE(runEventLoopUntil([&dialog] { return !dialog.isBusy(); }));
+    }
+    void burn(BurnDiscOrder settings = {}, DiscFamily family = DiscFamily::DVDPlusR)
+    {
+        outcome.reset();
+        settings.drive = drivePath;
+        window.burnDisc(subject(), settings, family);
+    }
+    void waitForOutcome()
+    {
+        EXPECT_TRUE(runEventLoopUntil([this] { return outcome.has_value(); }, std::chrono::minutes(2)));
+    }
+    /// Answers the question that the window asks; false when it asks none.
+    static bool answer(QWidget &parent, QMessageBox::ButtonRole role)
+    {
+        auto *const question = parent.findChild<QMessageBox *>();
+        if (!question)
+            return false;
+        for (QAbstractButton *const button : question->buttons()) {
+            if (question->buttonRole(button) == role) {
+                button->click();
+                return true;
+            }
+        }
+        return false;
+    }
+
+    const TemporaryTree tree;
+    MainWindow window;
+    std::optional<JobOutcome> outcome;
+};
+
+} // namespace
+
+TEST_F(BurnDialogTest, blankDisc_isTold_andWritten)
+{
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    add({tree.path("photos"), tree.path("letter.txt")});
+    const std::unique_ptr<BurnDialog> shown = dialog();
+    EXPECT_TRUE(shown->text().contains(QStringLiteral("DVD+R"))) << shown->text().toStdString();
+    EXPECT_TRUE(shown->text().contains(QStringLiteral("4.4 GB free"))) << shown->text().toStdString();
+    EXPECT_TRUE(shown->burnButton().isEnabled());
+    EXPECT_FALSE(shown->eraseButton().isVisible());
+    EXPECT_EQ(disc().log.find("2a"), std::string::npos) << "looking wrote";
+
+    BurnDiscOrder settings = shown->settings();
+    EXPECT_EQ(settings.drive, drivePath);
+    EXPECT_TRUE(settings.verifies);
+    burn(settings);
+    EXPECT_TRUE(window.isWorking());
+    waitForOutcome();
+    EXPECT_FALSE(outcome->error) << outcome->summary.toStdString();
+    EXPECT_TRUE(outcome->isComplete) << outcome->details.join(u'\n').toStdString();
+    EXPECT_TRUE(window.notices().text().contains(QStringLiteral("DVD+R"))) << window.notices().text().toStdString();
+    EXPECT_TRUE(window.notices().text().contains(QStringLiteral("compared"))) << window.notices().text().toStdString();
+    EXPECT_EQ(disc().status, FakeDisc::Status::Complete);
+}
+
+TEST_F(BurnDialogTest, simulation_leavesTheDiscAsItIs)
+{
+    insert(FakeProfile::CDR, cdBlocks);
+    add({tree.path("letter.txt")});
+    BurnDiscOrder settings;
+    settings.isSimulated = true;
+    burn(settings, DiscFamily::CDR);
+    waitForOutcome();
+    EXPECT_FALSE(outcome->error) << outcome->summary.toStdString();
+    EXPECT_TRUE(outcome->summary.contains(QStringLiteral("simulated"))) << outcome->summary.toStdString();
+    EXPECT_EQ(disc().status, FakeDisc::Status::Blank);
+}
+
+TEST_F(BurnDialogTest, fullDisc_isNotOffered)
+{
+    insert(FakeProfile::DVDPlusR, dvdBlocks, FakeDisc::Status::Complete);
+    add({tree.path("letter.txt")});
+    const std::unique_ptr<BurnDialog> shown = dialog();
+    EXPECT_FALSE(shown->burnButton().isEnabled());
+    EXPECT_FALSE(shown->eraseButton().isVisible());
+    EXPECT_TRUE(shown->text().contains(QStringLiteral("another disc"))) << shown->text().toStdString();
+}
+
+TEST_F(BurnDialogTest, emptyDrive_andABusyOne_areTold)
+{
+    add({tree.path("letter.txt")});
+    insert(FakeProfile::None, 0);
+    const std::unique_ptr<BurnDialog> shown = dialog();
+    EXPECT_TRUE(shown->text().contains(QStringLiteral("no disc"))) << shown->text().toStdString();
+    EXPECT_FALSE(shown->burnButton().isEnabled());
+    tree.makeFile("drive/busy");
+    const std::unique_ptr<BurnDialog> other = dialog();
+    EXPECT_TRUE(other->text().contains(QStringLiteral("in use"))) << other->text().toStdString();
+    EXPECT_FALSE(other->burnButton().isEnabled());
+}
+
+TEST_F(BurnDialogTest, smallDisc_isWarnedOf)
+{
+    insert(FakeProfile::CDR, 320);
+    add({tree.path("photos")});
+    EXPECT_TRUE(dialog()->text().contains(QStringLiteral("too small"))) << dialog()->text().toStdString();
+    burn({}, DiscFamily::CDR);
+    waitForOutcome();
+    EXPECT_TRUE(isDiscJobError(outcome->error, DiscJobErrorCode::Space)) << outcome->summary.toStdString();
+    EXPECT_EQ(disc().log.find("2a"), std::string::npos);
+}
+
+TEST_F(BurnDialogTest, rewritableDisc_isErased_onlyWhenTheUserAgrees)
+{
+    insert(FakeProfile::CDRW, cdBlocks, FakeDisc::Status::Complete);
+    add({tree.path("letter.txt")});
+    const std::unique_ptr<BurnDialog> shown = dialog();
+    ASSERT_TRUE(shown->eraseButton().isVisible()) << shown->text().toStdString();
+    EXPECT_FALSE(shown->burnButton().isEnabled());
+    shown->eraseButton().click();
+    EXPECT_TRUE(answer(*shown, QMessageBox::RejectRole));
+    drainEventLoop();
+    EXPECT_FALSE(shown->isBusy());
+    EXPECT_EQ(disc().status, FakeDisc::Status::Complete);
+    shown->eraseButton().click();
+    EXPECT_TRUE(answer(*shown, QMessageBox::DestructiveRole));
+    EXPECT_TRUE(shown->isBusy());
+    shown->reject(); // cannot be stopped
+    EXPECT_TRUE(shown->isVisible());
+    waitFor(*shown);
+    EXPECT_EQ(disc().status, FakeDisc::Status::Blank);
+    EXPECT_TRUE(shown->burnButton().isEnabled()) << shown->text().toStdString();
+}
+
+TEST_F(BurnDialogTest, fault_isTold_withWhatTheDiscIsWorth)
+{
+    FakeDisc faulty;
+    faulty.profile = FakeProfile::DVDPlusR;
+    faulty.capacity = dvdBlocks;
+    faulty.faults = {{0x2A, 2, 0, 3, 0x0C, 0x00}};
+    insert(faulty);
+    add({tree.path("photos")});
+    burn();
+    waitForOutcome();
+    EXPECT_TRUE(isDiscJobError(outcome->error, DiscJobErrorCode::Write)) << outcome->summary.toStdString();
+    EXPECT_FALSE(outcome->error.localizedRecoverySuggestion().isEmpty());
+    EXPECT_TRUE(window.notices().text().contains(outcome->error.localizedRecoverySuggestion()))
+        << window.notices().text().toStdString();
+}
+
+TEST_F(BurnDialogTest, stopping_asksNothing_beforeAnythingIsWritten)
+{
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    add({tree.path("photos")});
+    burn();
+    window.cancelJob();
+    EXPECT_FALSE(window.findChild<QMessageBox *>());
+    waitForOutcome();
+    EXPECT_TRUE(isDiscJobError(outcome->error, DiscJobErrorCode::Cancelled)) << outcome->summary.toStdString();
+    EXPECT_EQ(disc().status, FakeDisc::Status::Blank);
+}
+
+TEST_F(BurnDialogTest, window_closesAfterTheDriveWasLetGo)
+{
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    tree.makeSparseFile("big", qint64(3) << 30);
+    add({tree.path("big")});
+    window.dataPanel().document().undoStack().setClean();
+    window.show();
+    burn();
+    EXPECT_TRUE(runEventLoopUntil([this] { return window.isWritingDisc(); }));
+    window.cancelJob();
+    EXPECT_TRUE(answer(window, QMessageBox::RejectRole));
+    drainEventLoop();
+    EXPECT_TRUE(window.isWorking());
+    EXPECT_FALSE(outcome);
+
+    window.close();
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(answer(window, QMessageBox::DestructiveRole));
+    waitForOutcome();
+    EXPECT_TRUE(isDiscJobError(outcome->error, DiscJobErrorCode::Cancelled)) << outcome->summary.toStdString();
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_NE(disc().status, FakeDisc::Status::Complete);
+}
+
+TEST_F(BurnDialogTest, emptyDisc_isNotBurnt)
+{
+    window.burn();
+    EXPECT_FALSE(window.findChild<BurnDialog *>());
+    EXPECT_FALSE(window.notices().text().isEmpty());
+}
