@@ -27,6 +27,13 @@ void BackgroundWork::start(std::function<void(const std::stop_token &)> work, st
     });
 }
 
+void BackgroundWork::cancel()
+{
+    m_life.reset();
+    m_thread.request_stop();
+    m_isRunning = false;
+}
+
 void BackgroundWork::letGo()
 {
     m_life.reset();

@@ -22,6 +22,8 @@ public:
     /// stopped first.
     void start(std::function<void(const std::stop_token &)> work, std::function<void()> whenEnded);
     void requestStop() { m_thread.request_stop(); }
+    /// Asks what runs to stop; nothing is heard of it any more. Does not wait.
+    void cancel();
     [[nodiscard]] bool isRunning() const { return m_isRunning; }
     /// Does not wait for what runs. It must use nothing that goes before it ends.
     void letGo();

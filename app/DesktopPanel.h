@@ -19,6 +19,11 @@ class QUndoStack;
 namespace Tessaron
 {
 
+namespace Desktop
+{
+struct JobOutcome;
+}
+
 /// What panels call on the window that shows them.
 class TessaronPanelDelegate
 {
@@ -29,6 +34,10 @@ public:
     virtual void panelDidChange(TessaronPanelProtocol &panel) = 0;
     /// Something that the user has to know of, and a list behind it.
     virtual void panelTells(const QString &text, const QStringList &details) = 0;
+    /// Runs a job of the panel's, whose signal finished() leads to panelJobHasEnded(). One at a time: false, and a
+    /// message, while another one runs.
+    virtual bool runPanelJob(std::unique_ptr<DiscJob> job, const QString &name) = 0;
+    virtual void panelJobHasEnded(const Desktop::JobOutcome &outcome) = 0;
 
 protected:
     TessaronPanelDelegate() = default;

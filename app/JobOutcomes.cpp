@@ -4,6 +4,7 @@
 
 #include <TessaronClasses/BurnDiscJob.h>
 #include <TessaronClasses/DiscImageJob.h>
+#include <TessaronClasses/ExtractJob.h>
 #include <TessaronClasses/ImageVerification.h>
 
 #include <QCoreApplication>
@@ -135,6 +136,33 @@ JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStri
         outcome.summary += u' ' + lossesText(result.data, missing, outcome);
     else if (result.isAnythingLost)
         outcome.summary += u' ' + JobOutcomes::tr("Something of the image is not on it.");
+    return outcome;
+}
+
+JobOutcome outcomeOf(const ExtractResult &result)
+{
+    JobOutcome outcome;
+    outcome.error = result.error;
+    outcome.isComplete = result.isComplete();
+    for (const ExtractedTrack &track : result.tracks) {
+        if (outcome.path.isEmpty())
+            outcome.path = track.path;
+        QString line =
+            JobOutcomes::tr("Track %1: %2, %3").arg(track.number).arg(fileName(track.path), sizeText(track.bytes));
+        if (track.damagedSectors > 0)
+            line += QStringLiteral(", ") + JobOutcomes::tr("%n damaged sector(s)", nullptr, int(track.damagedSectors));
+        if (track.cutSectors > 0)
+            line += QStringLiteral(", ") + JobOutcomes::tr("%n sector(s) cut", nullptr, int(track.cutSectors));
+        outcome.details << line;
+    }
+    outcome.details << result.notes;
+    if (result.error)
+        outcome.summary = errorText(result.error);
+    else if (outcome.isComplete)
+        outcome.summary = JobOutcomes::tr("%n track(s) were taken out.", nullptr, int(result.tracks.size()));
+    else
+        outcome.summary =
+            JobOutcomes::tr("%n track(s) were taken out, with damage.", nullptr, int(result.tracks.size()));
     return outcome;
 }
 

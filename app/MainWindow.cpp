@@ -5,6 +5,7 @@
 #include "app/DataPanel.h"
 #include "app/DataView.h"
 #include "app/DiscWords.h"
+#include "app/ImagePanel.h"
 #include "app/JobBar.h"
 #include "app/JobOutcomes.h"
 #include "app/NoticeBar.h"
@@ -84,6 +85,16 @@ public:
     {
         m_window->m_notices->tell(text, details);
     }
+    bool runPanelJob(std::unique_ptr<DiscJob> job, const QString &name) override
+    {
+        if (m_window->m_job) {
+            m_window->m_notices->tell(tr("Something else is being done. Wait for its end, or stop it."));
+            return false;
+        }
+        m_window->startJob(std::move(job), name);
+        return true;
+    }
+    void panelJobHasEnded(const JobOutcome &outcome) override { m_window->jobHasEnded(outcome); }
 
 private:
     MainWindow *const m_window;
@@ -93,6 +104,7 @@ MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent)
     , m_host(std::make_shared<Host>(*this))
     , m_dataPanel(std::make_shared<DataPanel>())
+    , m_imagePanel(std::make_shared<ImagePanel>())
 {
     auto *const middle = new QWidget(this);
     auto *const row = new QHBoxLayout(middle);
@@ -115,8 +127,15 @@ MainWindow::MainWindow(QWidget *parent)
         m_dataPanel->document(),
         fileSystemRepresentation(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)) + "/recovery");
     makeMenus();
-    makeToolBar();
+    m_toolBar = addToolBar(tr("Tools"));
+    m_toolBar->setMovable(false);
+    m_toolBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    auto *const space = new QWidget(m_toolBar);
+    space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    m_toolBarSpace = m_toolBar->addWidget(space);
+    m_toolBar->addActions({m_saveImage, m_burn});
     addPanel(m_dataPanel);
+    addPanel(m_imagePanel);
     connectProject();
     connect(m_kinds, &QListWidget::currentRowChanged, this, &MainWindow::showPanel);
     connect(m_jobBar, &JobBar::cancelWanted, this, &MainWindow::cancelJob);
@@ -162,6 +181,7 @@ void MainWindow::showPanel(int index)
     m_undoGroup.setActiveStack(currentPanel().undoStack());
     m_discMenu->clear();
     m_discMenu->addActions(currentPanel().customActionMenuItems());
+    fillToolBar();
     updateActions();
 }
 
@@ -212,17 +232,21 @@ void MainWindow::makeMenus()
     m_discMenu = menuBar()->addMenu(tr("&Disc"));
 }
 
-void MainWindow::makeToolBar()
+void MainWindow::bringUp(const DesktopPanel &panel)
 {
-    QToolBar &bar = *addToolBar(tr("Tools"));
-    bar.setMovable(false);
-    bar.setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    bar.addActions(m_dataPanel->customActionMenuItems().mid(0, 3));
-    auto *const space = new QWidget(&bar);
-    space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    bar.addWidget(space);
-    bar.addAction(m_saveImage);
-    bar.addAction(m_burn);
+    const auto found =
+        std::find_if(m_panels.begin(), m_panels.end(), [&panel](const auto &each) { return each.get() == &panel; });
+    showPanel(int(found - m_panels.begin()));
+}
+
+/// The first actions of the panel that is shown, and what can be made of it.
+void MainWindow::fillToolBar()
+{
+    for (QAction *const action : std::as_const(m_panelActions))
+        m_toolBar->removeAction(action);
+    m_panelActions = currentPanel().customActionMenuItems().mid(0, 3);
+    m_toolBar->insertActions(m_toolBarSpace, m_panelActions);
+    m_saveImage->setVisible(currentPanel().handledDiscImageFormats() != 0);
 }
 
 void MainWindow::updateActions()
@@ -237,7 +261,10 @@ void MainWindow::openFiles(const QList<QByteArray> &paths)
 {
     if (paths.size() == 1 && paths.front().endsWith(projectEnding))
         openProjectAt(paths.front());
-    else if (!paths.isEmpty())
+    else if (paths.size() == 1 && ImagePanel::isImageName(paths.front())) {
+        bringUp(*m_imagePanel);
+        m_imagePanel->openImage(paths.front());
+    } else if (!paths.isEmpty())
         (void)currentPanel().takeFiles(paths);
 }
 

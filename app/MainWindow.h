@@ -12,12 +12,14 @@
 
 class QListWidget;
 class QMessageBox;
+class QToolBar;
 class QStackedWidget;
 
 namespace Tessaron::Desktop
 {
 
 class DataPanel;
+class ImagePanel;
 class JobBar;
 class NoticeBar;
 class ProjectKeeper;
@@ -36,6 +38,7 @@ public:
     void showPanel(int index);
     [[nodiscard]] DesktopPanel &currentPanel() const;
     [[nodiscard]] DataPanel &dataPanel() const { return *m_dataPanel; }
+    [[nodiscard]] ImagePanel &imagePanel() const { return *m_imagePanel; }
     [[nodiscard]] NoticeBar &notices() const { return *m_notices; }
     [[nodiscard]] QUndoGroup &undoGroup() { return m_undoGroup; }
 
@@ -80,7 +83,8 @@ private:
 
     void addPanel(const std::shared_ptr<DesktopPanel> &panel);
     void makeMenus();
-    void makeToolBar();
+    void fillToolBar();
+    void bringUp(const DesktopPanel &panel);
     void updateActions();
     void startJob(std::unique_ptr<DiscJob> job, const QString &name);
     void stopJob();
@@ -97,12 +101,16 @@ private:
 
     std::shared_ptr<Host> m_host;
     std::shared_ptr<DataPanel> m_dataPanel;
+    std::shared_ptr<ImagePanel> m_imagePanel;
     std::vector<std::shared_ptr<DesktopPanel>> m_panels;
     QUndoGroup m_undoGroup;
     QListWidget *m_kinds = nullptr;
     QStackedWidget *m_stack = nullptr;
     NoticeBar *m_notices = nullptr;
     JobBar *m_jobBar = nullptr;
+    QToolBar *m_toolBar = nullptr;
+    QAction *m_toolBarSpace = nullptr; ///< between the panel's actions and the window's
+    QList<QAction *> m_panelActions; ///< in the tool bar
     QMenu *m_discMenu = nullptr;
     QMenu *m_recentMenu = nullptr;
     QAction *m_saveImage = nullptr;

@@ -2,6 +2,7 @@
 
 #include "app/DataPanel.h"
 #include "app/DataView.h"
+#include "app/ImagePanel.h"
 #include "app/MainWindow.h"
 #include "app/NoticeBar.h"
 
@@ -258,6 +259,25 @@ TEST_F(BurnDialogTest, window_closesAfterTheDriveWasLetGo)
     EXPECT_TRUE(isDiscJobError(outcome->error, DiscJobErrorCode::Cancelled)) << outcome->summary.toStdString();
     EXPECT_FALSE(window.isVisible());
     EXPECT_NE(disc().status, FakeDisc::Status::Complete);
+}
+
+TEST_F(BurnDialogTest, imageOfThePanelForImages_isWrittenBlockByBlock)
+{
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    tree.makeFile("disc.iso", QByteArray(2048 * 400, 'i'));
+    window.openFiles({tree.path("disc.iso")});
+    EXPECT_TRUE(runEventLoopUntil([this] { return !window.imagePanel().isLooking(); }));
+    const std::optional<BurnSubject> image = window.imagePanel().burnSubject();
+    ASSERT_TRUE(image);
+    BurnDiscOrder settings;
+    settings.drive = drivePath;
+    settings.verifies = true;
+    window.burnDisc(*image, settings, DiscFamily::DVDPlusR);
+    waitForOutcome();
+    EXPECT_FALSE(outcome->error) << outcome->summary.toStdString();
+    EXPECT_EQ(disc().status, FakeDisc::Status::Complete);
+    ASSERT_FALSE(disc().tracks.empty());
+    EXPECT_GE(disc().tracks.front().length, 400);
 }
 
 TEST_F(BurnDialogTest, emptyDisc_isNotBurnt)

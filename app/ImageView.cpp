@@ -1,0 +1,121 @@
+#include "app/ImageView.h"
+
+#include "app/FileDrops.h"
+#include "app/ImageContentsModel.h"
+#include "app/JobBar.h"
+
+#include <QAction>
+#include <QDropEvent>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMimeData>
+#include <QPushButton>
+#include <QStackedLayout>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+namespace Tessaron::Desktop
+{
+
+ImageView::ImageView(ImageContentsModel &contents, QWidget *parent)
+    : QWidget(parent)
+    , m_contents(contents)
+    , m_summary(new QLabel(this))
+    , m_tree(new QTreeView(this))
+    , m_progress(new JobBar(this))
+{
+    setAcceptDrops(true);
+    m_open = new QAction(QIcon::fromTheme(QStringLiteral("document-open")), tr("&Open Image…"), this);
+    m_open->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+    connect(m_open, &QAction::triggered, this, &ImageView::openWanted);
+    m_compare = new QAction(tr("&Compare with a Folder…"), this);
+    m_compare->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C));
+    connect(m_compare, &QAction::triggered, this, &ImageView::compareWanted);
+    m_takeOut = new QAction(tr("&Take Out Tracks…"), this);
+    m_takeOut->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_T));
+    connect(m_takeOut, &QAction::triggered, this, &ImageView::takeOutWanted);
+
+    m_summary->setWordWrap(true);
+    m_summary->setTextFormat(Qt::PlainText);
+    m_summary->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    m_summary->setAccessibleName(tr("The image"));
+    m_tree->setModel(&m_contents);
+    m_tree->setUniformRowHeights(true);
+    m_tree->setAlternatingRowColors(true);
+    m_tree->setAccessibleName(tr("What the image holds"));
+    m_tree->header()->setStretchLastSection(false);
+    m_tree->header()->setSectionResizeMode(ImageContentsModel::Name, QHeaderView::Stretch);
+    const QFontMetrics metrics = fontMetrics();
+    m_tree->header()->resizeSection(ImageContentsModel::Size,
+                                    metrics.horizontalAdvance(QStringLiteral("100000 files, 0000.0 MB00")));
+    m_tree->header()->resizeSection(ImageContentsModel::Modified,
+                                    metrics.horizontalAdvance(QStringLiteral("28.12.2028 20:58 0000")));
+    connect(m_progress, &JobBar::cancelWanted, this, &ImageView::cancelWanted);
+
+    auto *const page = new QWidget(this);
+    auto *const column = new QVBoxLayout(page);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(m_summary);
+    column->addWidget(m_tree, 1);
+    column->addWidget(m_progress);
+    m_pages = new QStackedLayout(this);
+    m_pages->addWidget(emptyPage());
+    m_pages->addWidget(page);
+    showSummary({}, false);
+}
+
+QWidget *ImageView::emptyPage()
+{
+    auto *const page = new QWidget(this);
+    auto *const column = new QVBoxLayout(page);
+    auto *const title = new QLabel(tr("Drop a disc image here"), page);
+    QFont big = font();
+    big.setPointSizeF(big.pointSizeF() * 1.5);
+    title->setFont(big);
+    auto *const text = new QLabel(tr("An ISO, BIN or VANT image, or a cue sheet. See what is in it, compare it with a "
+                                     "folder, and write it to a disc."),
+                                  page);
+    text->setWordWrap(true);
+    text->setAlignment(Qt::AlignCenter);
+    auto *const button = new QPushButton(tr("Open Image…"), page);
+    connect(button, &QPushButton::clicked, this, &ImageView::openWanted);
+    column->addStretch(1);
+    column->addWidget(title, 0, Qt::AlignCenter);
+    column->addWidget(text);
+    column->addWidget(button, 0, Qt::AlignCenter);
+    column->addStretch(1);
+    return page;
+}
+
+void ImageView::showSummary(const QString &text, bool isReady)
+{
+    m_summary->setText(text);
+    m_pages->setCurrentIndex(text.isEmpty() ? 0 : 1);
+    m_compare->setEnabled(isReady);
+    m_takeOut->setEnabled(isReady);
+}
+
+std::uint32_t ImageView::chosenTrack() const
+{
+    return m_contents.trackAt(m_tree->currentIndex());
+}
+
+void ImageView::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (holdsFiles(*event->mimeData()) && event->possibleActions().testFlag(Qt::CopyAction)) {
+        event->setDropAction(Qt::CopyAction);
+        event->accept();
+    }
+}
+
+void ImageView::dropEvent(QDropEvent *event)
+{
+    const QList<QByteArray> paths = pathsOfFiles(*event->mimeData());
+    if (paths.isEmpty())
+        return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    Q_EMIT imageDropped(paths.front());
+}
+
+} // namespace Tessaron::Desktop
