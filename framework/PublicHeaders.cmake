@@ -68,6 +68,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/NSStringEncoding.h
     platform/foundation/NSThread.h
     platform/foundation/OSStatus.h
+    platform/foundation/PrintableText.h
     platform/foundation/Result.h
     platform/foundation/UniqueDescriptor.h
     platform/quicktime/AudioDamage.h

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/MessageTexts.h"
+#include "platform/foundation/PrintableText.h"
 
 #include <QByteArray>
 #include <QString>
@@ -9,13 +10,6 @@
 
 namespace Tessaron::Tool
 {
-
-/// Text that holds file names, made fit for a terminal, as UTF-8: control characters, characters that reverse the
-/// writing direction, and bytes that are not UTF-8 appear as \n, \t, \xNN or \u{N}. A name can so neither move the
-/// cursor nor pass for another.
-[[nodiscard]] QByteArray printable(QStringView text);
-/// The same for a name or path given as bytes.
-[[nodiscard]] QByteArray printable(const QByteArray &bytes);
 
 /// A size for people, in the library's units: "1.0 kB".
 [[nodiscard]] QString sizeText(std::uint64_t bytes);
