@@ -70,6 +70,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/OSStatus.h
     platform/foundation/PrintableText.h
     platform/foundation/Result.h
+    platform/foundation/SignalWatcher.h
     platform/foundation/UniqueDescriptor.h
     platform/quicktime/AudioDamage.h
     platform/quicktime/MovieDescription.h

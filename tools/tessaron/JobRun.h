@@ -1,9 +1,10 @@
 #pragma once
 
+#include "platform/foundation/SignalWatcher.h"
 #include "tools/tessaron/Arguments.h"
 #include "tools/tessaron/ProgressDisplay.h"
-#include "tools/tessaron/SignalWatcher.h"
 #include <TessaronClasses/DiscJob.h>
+#include <TessaronClasses/UnfinishedFiles.h>
 
 #include <QEventLoop>
 
@@ -39,7 +40,7 @@ public:
     template <typename Job>
     [[nodiscard]] auto resultOf(Job &job, const std::function<void(const DiscJobProgress &)> &show)
     {
-        const SignalWatcher signalWatcher([&job] { job.cancel(); });
+        const SignalWatcher signalWatcher([&job] { job.cancel(); }, removeUnfinishedFiles);
         QEventLoop loop;
         QObject::connect(&job, &DiscJob::progressed, &loop, show);
         QObject::connect(&job, &Job::finished, &loop, &QEventLoop::quit);

@@ -1,7 +1,4 @@
-#include "tools/tessaron/SignalWatcher.h"
-
-#include "tools/tessaron/ExitStatus.h"
-#include <TessaronClasses/UnfinishedFiles.h>
+#include "platform/foundation/SignalWatcher.h"
 
 #include <QObject>
 
@@ -10,25 +7,31 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <unistd.h>
+#include <utility>
 
-namespace Tessaron::Tool
+namespace Tessaron
 {
 
 namespace
 {
 
 constexpr std::array interruptingSignals = {SIGINT, SIGTERM, SIGHUP};
+/// As shells say it of a program that SIGINT has ended.
+constexpr int statusInterrupted = 130;
 
 std::atomic<int> signalCount = 0;
 std::atomic<int> pipeWriteEnd = -1;
-static_assert(std::atomic<int>::is_always_lock_free);
+std::atomic<void (*)()> actBeforeEnd = nullptr;
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<void (*)()>::is_always_lock_free);
 
 void handleSignal(int)
 {
     const int savedErrno = errno;
     if (signalCount.fetch_add(1) > 0) {
-        removeUnfinishedFiles();
-        ::_exit(int(ExitStatus::Interrupted));
+        if (void (*const lastAct)() = actBeforeEnd.load())
+            lastAct();
+        ::_exit(statusInterrupted);
     }
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = ::write(pipeWriteEnd.load(), &byte, 1);
@@ -37,7 +40,7 @@ void handleSignal(int)
 
 } // namespace
 
-SignalWatcher::SignalWatcher(std::function<void()> whenInterrupted)
+SignalWatcher::SignalWatcher(std::function<void()> whenInterrupted, void (*lastAct)())
     : m_whenInterrupted(std::move(whenInterrupted))
 {
     int ends[2] = {-1, -1};
@@ -46,6 +49,7 @@ SignalWatcher::SignalWatcher(std::function<void()> whenInterrupted)
     m_readEnd.reset(ends[0]);
     m_writeEnd.reset(ends[1]);
     signalCount = 0;
+    actBeforeEnd = lastAct;
     pipeWriteEnd = m_writeEnd.get();
     m_notifier = std::make_unique<QSocketNotifier>(m_readEnd.get(), QSocketNotifier::Read);
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] { readPipe(); });
@@ -80,4 +84,4 @@ void SignalWatcher::readPipe()
         m_whenInterrupted();
 }
 
-} // namespace Tessaron::Tool
+} // namespace Tessaron
