@@ -62,7 +62,8 @@ QStringList foldersOfHelperPrograms()
     for (const QString &home : {library.canonicalPath(), library.absolutePath()}) {
         if (home.isEmpty()) // The library is gone.
             continue;
-        for (const char *way : {TESSARON_WAY_TO_HELPER_PROGRAMS, "../libexec/TessaronClasses"})
+        // The last one is that of a helper program that the library is linked into.
+        for (const char *way : {TESSARON_WAY_TO_HELPER_PROGRAMS, "../libexec/TessaronClasses", "../TessaronClasses"})
             folders << QDir::cleanPath(QDir(home).absoluteFilePath(QString::fromUtf8(way))) + u'/';
     }
     folders.removeDuplicates();
