@@ -443,6 +443,16 @@ OSStatus DVDMute(bool isMuted)
     return noErr;
 }
 
+OSStatus DVDCopySoundFailure(QString *why)
+{
+    if (!why)
+        return kDVDErrorWrongParam;
+    if (!session().hasMedia())
+        return withoutMedia();
+    *why = session().soundFailure();
+    return noErr;
+}
+
 OSStatus DVDGetNumAudioStreams(std::uint16_t *count)
 {
     return answer(count, [](const PlayerState &state) { return state.soundStreams; });

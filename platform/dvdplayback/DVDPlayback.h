@@ -6,6 +6,7 @@
 #include "platform/foundation/OSStatus.h"
 
 #include <QRectF>
+#include <QString>
 
 #include <cstdint>
 
@@ -212,6 +213,9 @@ TESSARON_EXPORT OSStatus DVDGetAudioVolumeInfo(std::uint16_t *minimum, std::uint
 TESSARON_EXPORT OSStatus DVDSetAudioVolume(std::int16_t volume);
 TESSARON_EXPORT OSStatus DVDIsMuted(bool *isMuted);
 TESSARON_EXPORT OSStatus DVDMute(bool isMuted);
+/// Why nothing can be heard, in words of the system, where no device can be opened: the disc is played without sound
+/// then. Empty while a device is open, or is being opened, which takes a moment once media is open.
+TESSARON_EXPORT OSStatus DVDCopySoundFailure(QString *why);
 
 // Streams of sound and of subtitles of the title that plays, counted from 1 as DVDCopyDescription() lists them with
 // their languages. Outside of titles there is none to choose.

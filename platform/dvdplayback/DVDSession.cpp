@@ -314,6 +314,19 @@ std::optional<DVDDescription> DVDSession::description() const
     return m_isAlive ? m_description : std::nullopt;
 }
 
+QString DVDSession::soundFailure() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_isAlive && m_state.sound == std::uint8_t(SoundDevice::Absent) ? reasonForSilence() : QString();
+}
+
+/// With m_mutex held, and media open.
+QString DVDSession::reasonForSilence() const
+{
+    const QString reason = m_sound->reason();
+    return reason.isEmpty() ? QStringLiteral("the device takes sound in a form that is not known here") : reason;
+}
+
 bool DVDSession::takeFrame(QImage *image)
 {
     const std::lock_guard lock(m_mutex);
@@ -404,7 +417,7 @@ void DVDSession::hearState(const PlayerState &state)
         const std::lock_guard lock(m_mutex);
         before = std::exchange(m_state, state);
         if (m_sound && state.sound == std::uint8_t(SoundDevice::Absent) && before.sound != state.sound)
-            whyNoSound = m_sound->reason();
+            whyNoSound = reasonForSilence();
     }
     if (whyNoSound)
         log("DVD playback", QStringLiteral("without sound, since no device can be opened (%1)").arg(*whyNoSound));

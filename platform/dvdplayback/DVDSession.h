@@ -60,6 +60,8 @@ public:
     /// Absent without media.
     [[nodiscard]] std::optional<PlayerState> state() const;
     [[nodiscard]] std::optional<DVDDescription> description() const;
+    /// Why there is no device for sound; empty with one, before that is known, and without media.
+    [[nodiscard]] QString soundFailure() const;
 
     /// The picture that is to be seen now; false when it was taken before.
     [[nodiscard]] bool takeFrame(QImage *image);
@@ -106,6 +108,7 @@ private:
     [[nodiscard]] OSStatus connect(const QByteArray &path);
     void dropMedia();
     void setGain() const;
+    [[nodiscard]] QString reasonForSilence() const;
 
     std::mutex m_calls; ///< held while a call is carried out; guards the next members
     SessionLock m_lock;

@@ -333,6 +333,28 @@ TEST_F(Playing, pictures_comeInTime_withoutADevice)
     EXPECT_NEAR((frames() - before) / time, 29.97, 1.5);
 }
 
+TEST_F(Playing, reasonForSilence_isTold_withoutADevice)
+{
+    qputenv("SDL_AUDIODRIVER", "none");
+    openAndPlay(1, 1);
+    EXPECT_TRUE(waitForColour(chapters[1])) << "it plays";
+    QString why;
+    EXPECT_EQ(DVDCopySoundFailure(&why), noErr);
+    EXPECT_FALSE(why.isEmpty());
+    EXPECT_EQ(DVDCloseMediaFile(), noErr);
+    EXPECT_EQ(DVDCopySoundFailure(&why), kDVDErrorNoValidMedia);
+    EXPECT_EQ(DVDCopySoundFailure(nullptr), kDVDErrorWrongParam);
+}
+
+TEST_F(Playing, reasonForSilence_isEmpty_withADevice)
+{
+    openAndPlay(1, 1);
+    EXPECT_TRUE(waitForColour(chapters[0]));
+    QString why = QStringLiteral("before");
+    EXPECT_EQ(DVDCopySoundFailure(&why), noErr);
+    EXPECT_TRUE(why.isEmpty()) << why.toStdString();
+}
+
 TEST_F(Playing, titleTime_isToldAsOftenAsAsked)
 {
     openAndPlay(1, 1);
