@@ -56,6 +56,7 @@ LAYERS = [
     "ui/views",
     "ui/panels",
     "dvd",
+    "dvd/player",
 ]
 PROGRAMS = ["tools", "app", "examples"]
 PUBLIC = "framework/TessaronClasses"  # and TessaronClassesUI, whose name begins the same
