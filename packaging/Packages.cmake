@@ -77,10 +77,12 @@ if(TESSARON_BUILD_UI)
         "framework for disc images, views and panels"
         "${_about}
 .
-This package holds the library for programs with windows."
+This package holds the library for programs with windows, and the window in
+which the command tessaron plays video DVDs."
         DEPENDS "${_library}")
     tessaron_add_library_control(windows libtessaronclassesui${PROJECT_VERSION_MAJOR} TessaronClassesUI)
     set(_windows "libtessaronclassesui${PROJECT_VERSION_MAJOR} ${_this_version}")
+    set(_suggested libtessaronclassesui${PROJECT_VERSION_MAJOR})
 endif()
 tessaron_add_package(development libtessaronclasses-dev libdevel
     "framework for disc images, headers"
@@ -92,8 +94,10 @@ tessaron_add_package(tools tessaron otherosfs
     "make, check and read images of discs at a shell"
     "The command tessaron makes disc images of folders and of sound files, tells
 what is in images, verifies them against their sources, takes out tracks,
-converts sound files and describes movies and video DVDs."
-    DEPENDS "${_library}")
+converts sound files and describes movies and video DVDs. It plays them where
+the library for programs with windows is installed."
+    DEPENDS "${_library}"
+    SUGGESTS ${_suggested})
 if(TESSARON_BUILD_DESKTOP)
     tessaron_add_package(desktop tessaron-desktop otherosfs
         "put files together for a disc, in a window"

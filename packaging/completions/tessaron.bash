@@ -26,7 +26,7 @@ _tessaron_options() {
             "--json -q --quiet -v --verbose -h --help --version"
         ;;
     blank) echo "--drive --full --format --eject --progress --json -q --quiet -h --help --version" ;;
-    dvd) echo "--json -h --help --version" ;;
+    dvd) echo "--play --title --chapter --json -h --help --version" ;;
     info) echo "--artwork --json -h --help --version" ;;
     *) echo "-h --help --version" ;;
     esac
@@ -73,7 +73,7 @@ _tessaron() {
     values=$(_tessaron_values "$previous" "$command")
     if [[ -n $values ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$values" -- "$word")
-    elif [[ $previous == @(-n|--name|--gap|-j|--jobs) ]]; then
+    elif [[ $previous == @(-n|--name|--gap|-j|--jobs|--title|--chapter) ]]; then
         return
     elif [[ $previous == --drive || ($command == drives && $word != -*) ]]; then
         compopt -o filenames 2>/dev/null

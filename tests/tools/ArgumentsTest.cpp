@@ -28,6 +28,34 @@ TEST(Arguments, image_hasDefaults_whenOnlyOutputAndPathAreGiven)
     EXPECT_FALSE(arguments.json);
 }
 
+TEST(Arguments, dvd_isDescribedOrPlayed)
+{
+    EXPECT_EQ(parseArguments({"dvd", "film.iso"}).action, Arguments::Action::DescribeDVD);
+    Arguments arguments = parseArguments({"dvd", "--play", "film.iso"});
+    EXPECT_EQ(arguments.action, Arguments::Action::PlayDVD);
+    EXPECT_EQ(arguments.paths, QList<QByteArray>({"film.iso"}));
+    EXPECT_EQ(arguments.title, 0);
+    EXPECT_EQ(arguments.chapter, 0);
+    arguments = parseArguments({"dvd", "--title=2", "film.iso", "--chapter", "5", "--play"});
+    EXPECT_EQ(arguments.action, Arguments::Action::PlayDVD);
+    EXPECT_EQ(arguments.title, 2);
+    EXPECT_EQ(arguments.chapter, 5);
+    const WrongLine wrong[] = {
+        {{"dvd", "--title", "2", "film.iso"}, "--title and --chapter are for --play"},
+        {{"dvd", "--chapter", "2", "film.iso"}, "--title and --chapter are for --play"},
+        {{"dvd", "--play", "--json", "film.iso"}, "--json tells what is on a disc; it does not go with --play"},
+        {{"dvd", "--play"}, "no PATH was given: name a folder VIDEO_TS, an image or a device"},
+        {{"dvd", "--play", "--title", "0", "film.iso"}, "“0” is no title; use a number from 1 to 99"},
+        {{"dvd", "--play", "--title", "100", "film.iso"}, "“100” is no title; use a number from 1 to 99"},
+        {{"dvd", "--play", "--chapter", "x", "film.iso"}, "“x” is no chapter; use a number from 1 to 999"},
+    };
+    for (const WrongLine &line : wrong) {
+        const Arguments refused = parseArguments(line.words);
+        EXPECT_EQ(refused.action, Arguments::Action::ReportUsageError) << line.message;
+        EXPECT_EQ(refused.usageError.toStdString(), line.message);
+    }
+}
+
 TEST(Arguments, options_areUnderstood_inEveryOrderAndSpelling)
 {
     const Arguments arguments =

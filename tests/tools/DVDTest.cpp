@@ -2,8 +2,11 @@
 #include "tests/tools/ChildProcess.h"
 #include "tests/tools/ImageFixture.h"
 
+#include <QDir>
 #include <QFile>
 #include <QJsonArray>
+
+#include <csignal>
 
 namespace Tessaron::Testing
 {
@@ -111,6 +114,73 @@ TEST_F(DVDCommand, whatIsNoDisc_fails)
     EXPECT_TRUE(closed.errors.contains("Permission denied")) << closed.errors.constData();
     EXPECT_EQ(runTessaron({"dvd"}).exitStatus, 2);
     EXPECT_EQ(runTessaron({"dvd", disc(), disc()}).exitStatus, 2);
+}
+
+class DVDPlayCommand : public DiscTest
+{
+protected:
+    [[nodiscard]] ChildSettings playing(const QList<QByteArray> &arguments) const
+    {
+        ChildSettings settings = tessaron(QList<QByteArray>{"dvd", "--play"} + arguments);
+        settings.environment = {"QT_QPA_PLATFORM=offscreen", "XDG_STATE_HOME=" + m_tree.path("state")};
+        return settings;
+    }
+    /// Where discs were left.
+    [[nodiscard]] QStringList places() const
+    {
+        return QDir(m_tree.pathText("state/tessaron/dvd")).entryList(QDir::Files);
+    }
+};
+
+TEST_F(DVDPlayCommand, interruptedPlayer_hasKeptThePlace)
+{
+    ChildProcess player(playing({"--title", "1", "--chapter", "4", disc()}));
+    EXPECT_TRUE(player.waitUntil([&] { return places().size() == 1; })) << player.errorsSoFar().constData();
+    player.sendSignal(SIGINT);
+    const ChildResult result = player.finish();
+    EXPECT_EQ(result.exitStatus, 130);
+    EXPECT_TRUE(result.errors.isEmpty()) << result.errors.constData();
+    const ChildResult described = runTessaron({"dvd", "--json", disc()});
+    EXPECT_EQ(places(), QStringList{jsonOf(described.output)[QStringLiteral("identity")].toString()});
+}
+
+TEST_F(DVDPlayCommand, secondPlayer_isRefusedInWords)
+{
+    ChildProcess player(playing({"--title", "1", "--chapter", "4", disc()}));
+    ASSERT_TRUE(player.waitUntil([&] { return places().size() == 1; })) << player.errorsSoFar().constData();
+    const ChildResult second = runChild(playing({disc()}));
+    EXPECT_EQ(second.exitStatus, 1);
+    EXPECT_EQ(second.errors,
+              "tessaron: “" + disc() + "” cannot be played: another program plays a DVD at the moment\n");
+    player.sendSignal(SIGTERM);
+    EXPECT_EQ(player.finish().exitStatus, 130);
+}
+
+TEST_F(DVDPlayCommand, whatCannotBePlayed_isSaidInWords)
+{
+    const QByteArray empty = m_tree.makeFolder("empty");
+    ChildResult result = runChild(playing({empty}));
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.errors,
+              "tessaron: “" + empty + "” cannot be played: there is no VIDEO_TS.IFO in it, nor in a folder VIDEO_TS\n");
+    result = runChild(playing({m_tree.path("missing")}));
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.errors.startsWith("tessaron: “" + m_tree.path("missing") + "” cannot be played: "))
+        << result.errors.constData();
+    result = runChild(playing({"--title", "7", disc()}));
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.errors.endsWith(": the disc cannot play title 7 from chapter 1 on\n"))
+        << result.errors.constData();
+    ChildSettings settings = playing({disc()});
+    settings.environment = {"QT_QPA_PLATFORM=", "DISPLAY=", "WAYLAND_DISPLAY="};
+    result = runChild(settings);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.errors, "tessaron: there is no display to show a window on\n");
+    settings.environment = {"QT_QPA_PLATFORM=xcb", "DISPLAY=" + m_tree.path("no-display")};
+    result = runChild(settings);
+    EXPECT_EQ(result.exitStatus, 1) << result.signal;
+    EXPECT_TRUE(result.errors.startsWith("tessaron: no window can be shown: ")) << result.errors.constData();
+    EXPECT_EQ(result.errors.count('\n'), 1) << result.errors.constData();
 }
 
 } // namespace

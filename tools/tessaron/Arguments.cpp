@@ -42,6 +42,7 @@ private:
     bool setTrack(const QByteArray &value);
     bool setBitRate(const QByteArray &value, const QByteArray &shownName, int *rate);
     bool setJobs(const QByteArray &value);
+    bool setNumber(const QByteArray &value, const char *what, std::uint16_t most, std::uint16_t *number);
     bool setSpeed(const QByteArray &value);
     bool fail(const QString &message);
 
@@ -55,6 +56,7 @@ public:
     QByteArray soundFormat; ///< empty where none was named
     int variableBitRate = 0; ///< kilobits a second; 0 where none was named
     int constantBitRate = 0;
+    bool playsDVD = false;
     bool wantsHelp = false;
     bool wantsVersion = false;
 };
@@ -220,6 +222,13 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
         return true;
     case Option::Jobs:
         return setJobs(value);
+    case Option::Play:
+        playsDVD = true;
+        return true;
+    case Option::Title:
+        return setNumber(value, "title", 99, &m_arguments.title);
+    case Option::Chapter:
+        return setNumber(value, "chapter", 999, &m_arguments.chapter);
     case Option::Drive:
         m_arguments.drive = value;
         return true;
@@ -378,6 +387,16 @@ bool Parser::setSpeed(const QByteArray &value)
                     .arg(quoted(value)));
 }
 
+bool Parser::setNumber(const QByteArray &value, const char *what, std::uint16_t most, std::uint16_t *number)
+{
+    bool isNumber = false;
+    *number = value.toUShort(&isNumber);
+    return (isNumber && *number >= 1 && *number <= most)
+        || fail(QStringLiteral("%1 is no %2; use a number from 1 to %3")
+                    .arg(quoted(value), QLatin1String(what))
+                    .arg(most));
+}
+
 QString checkScan(const Arguments &arguments)
 {
     return arguments.paths.isEmpty() ? QStringLiteral("no PATH was given") : QString();
@@ -456,8 +475,14 @@ QString checkExtract(Arguments &arguments, const Parser &parser)
     return {};
 }
 
-QString checkDVD(const Arguments &arguments)
+QString checkDVD(Arguments &arguments, const Parser &parser)
 {
+    if (parser.playsDVD)
+        arguments.action = Arguments::Action::PlayDVD;
+    else if (arguments.title != 0 || arguments.chapter != 0)
+        return QStringLiteral("--title and --chapter are for --play");
+    if (parser.playsDVD && arguments.json)
+        return QStringLiteral("--json tells what is on a disc; it does not go with --play");
     if (arguments.paths.isEmpty())
         return QStringLiteral("no PATH was given: name a folder VIDEO_TS, an image or a device");
     return arguments.paths.size() > 1 ? QStringLiteral("more than one PATH was given; look at one at a time")
@@ -561,7 +586,7 @@ QString checkCommand(Arguments &arguments, const Parser &parser)
     }
     if (arguments.command == "dvd") {
         arguments.action = Arguments::Action::DescribeDVD;
-        return checkDVD(arguments);
+        return checkDVD(arguments, parser);
     }
     if (arguments.command == "burn") {
         arguments.action = Arguments::Action::BurnDisc;

@@ -42,6 +42,7 @@ struct Arguments {
         Convert,
         Info,
         DescribeDVD,
+        PlayDVD,
         BurnDisc,
         BlankDisc,
         ListDrives,
@@ -49,6 +50,8 @@ struct Arguments {
     };
 
     Action action = Action::ReportUsageError;
+    std::uint16_t title = 0; ///< for PlayDVD; 0 where none was named
+    std::uint16_t chapter = 0; ///< likewise
     /// The command that was named, as far as it was understood: "", "scan", "image", "audio", "inspect", "verify",
     /// "tracks", "extract", "convert", "info", "dvd", "burn", "blank" or "drives". Help is about it.
     QByteArray command;

@@ -23,7 +23,7 @@ Commands:
   extract  take tracks out of a disc image
   convert  make WAVE, AIFF or MP3 files of audio and movie files
   info     tell what is in audio and movie files
-  dvd      tell what a video DVD holds
+  dvd      tell what a video DVD holds, or play it
   drives   list the optical drives and what is in them
   burn     write folders, files or an image to a disc
   blank    make a rewritable disc empty
@@ -226,7 +226,8 @@ constexpr char dvdIntroduction[] = R"(Usage: tessaron dvd [OPTION]... PATH
 
 Tells what a video DVD holds: titles, chapters with their times, angles, sound
 and subtitles with their languages, menus, and the regions that it is for. PATH
-is a folder VIDEO_TS or the one that holds it, an image, or a device.
+is a folder VIDEO_TS or the one that holds it, an image, or a device. With
+--play it is shown in a window instead.
 
 Options:
 )";
@@ -235,6 +236,7 @@ constexpr char dvdEnd[] = R"(
 Examples:
   tessaron dvd /media/FILM
   tessaron dvd --json film.iso
+  tessaron dvd --play --title 2 --chapter 5 /dev/sr0
 
 Exit status: 0 done, 1 failed or no video DVD, 2 wrong usage, 3 done but
 something could not be read, 130 interrupted.

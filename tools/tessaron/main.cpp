@@ -11,6 +11,7 @@
 #include "tools/tessaron/ImageReport.h"
 #include "tools/tessaron/InfoCommand.h"
 #include "tools/tessaron/InspectCommand.h"
+#include "tools/tessaron/PlayCommand.h"
 #include "tools/tessaron/ScanCommand.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
@@ -75,6 +76,8 @@ ExitStatus run(const Arguments &arguments)
         return InfoCommand(arguments).run();
     case Arguments::Action::DescribeDVD:
         return DVDCommand(arguments).run();
+    case Arguments::Action::PlayDVD:
+        return PlayCommand(arguments).run();
     case Arguments::Action::BurnDisc:
         return BurnCommand(arguments).run();
     case Arguments::Action::BlankDisc:
