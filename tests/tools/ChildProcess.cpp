@@ -177,4 +177,21 @@ ChildResult runTessaron(const QList<QByteArray> &arguments)
     return runChild(tessaron(arguments));
 }
 
+void runTessaronWithEverMoreDescriptors(const QList<QByteArray> &arguments,
+                                        const std::function<void(const ChildResult &, quint64 limit)> &whenItFails)
+{
+    constexpr quint64 fewest = 4, enough = 64;
+    constexpr int notLoaded = 127; // the dynamic linker had none
+    for (quint64 limit = fewest; limit < enough; ++limit) {
+        ChildSettings settings = tessaron(arguments);
+        settings.descriptorLimit = limit;
+        const ChildResult result = runChild(settings);
+        if (result.exitStatus == 0)
+            return;
+        if (result.exitStatus != notLoaded)
+            whenItFails(result, limit);
+    }
+    ADD_FAILURE() << arguments.join(' ').constData() << " never succeeds";
+}
+
 } // namespace Tessaron::Testing

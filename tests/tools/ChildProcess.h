@@ -80,4 +80,9 @@ ChildSettings tessaron(const QList<QByteArray> &arguments);
 /// The same, run to its end.
 ChildResult runTessaron(const QList<QByteArray> &arguments);
 
+/// Runs the command with ever more descriptors, as long as it fails for the lack of them; each failure goes to the
+/// function, with the limit. Fails the test when the command never succeeds.
+void runTessaronWithEverMoreDescriptors(const QList<QByteArray> &arguments,
+                                        const std::function<void(const ChildResult &, quint64 limit)> &whenItFails);
+
 } // namespace Tessaron::Testing

@@ -265,23 +265,15 @@ TEST_F(Convert, lackOfDescriptors_isToldOnce)
 {
     if (!runsWithoutDescriptors)
         GTEST_SKIP() << "the sanitizer looks at objects through a pipe, for which there are no descriptors here";
-    bool isDone = false;
-    for (quint64 limit = 4; limit < 60 && !isDone; ++limit) {
-        ChildSettings settings = tessaron(words(
-            {"--to", "wav", "-j", "1", "--json", m_tree.path("music/one.wav"), m_tree.path("music/album/two.wav")}));
-        settings.descriptorLimit = limit;
-        const ChildResult result = runChild(settings);
-        constexpr int notLoaded = 127;
-        isDone = result.exitStatus == 0;
-        if (isDone || result.exitStatus == notLoaded)
-            continue;
+    const QList<QByteArray> arguments =
+        words({"--to", "wav", "-j", "1", "--json", m_tree.path("music/one.wav"), m_tree.path("music/album/two.wav")});
+    runTessaronWithEverMoreDescriptors(arguments, [this](const ChildResult &result, quint64 limit) {
         EXPECT_EQ(result.exitStatus, 1) << limit << result.errors.constData();
         EXPECT_EQ(outNames(), Names()) << limit;
         EXPECT_TRUE(jsonOf(result.output)[u"result"].isString()) << limit << result.errors.constData();
         EXPECT_EQ(result.errors.count("oo many"), 1) << limit << result.errors.constData();
         EXPECT_EQ(result.errors.count("(ulimit -n)"), 1) << limit << result.errors.constData();
-    }
-    EXPECT_TRUE(isDone);
+    });
 }
 
 TEST_F(Convert, usage_isChecked)

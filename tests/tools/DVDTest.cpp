@@ -80,19 +80,10 @@ TEST_F(DVDCommand, lackOfDescriptors_isToldOnce_withWhatToDo)
 {
     if (!runsWithoutDescriptors)
         GTEST_SKIP() << "the sanitizer looks at objects through a pipe, for which there are no descriptors here";
-    bool isDone = false;
-    for (quint64 limit = 4; limit < 60 && !isDone; ++limit) {
-        ChildSettings settings = tessaron({"dvd", "--json", disc()});
-        settings.descriptorLimit = limit;
-        const ChildResult result = runChild(settings);
-        constexpr int notLoaded = 127;
-        isDone = result.exitStatus == 0;
-        if (isDone || result.exitStatus == notLoaded)
-            continue;
+    runTessaronWithEverMoreDescriptors({"dvd", "--json", disc()}, [](const ChildResult &result, quint64 limit) {
         EXPECT_EQ(result.errors.count("oo many"), 1) << limit << result.errors.constData();
         EXPECT_EQ(result.errors.count("(ulimit -n)"), 1) << limit << result.errors.constData();
-    }
-    EXPECT_TRUE(isDone);
+    });
 }
 
 TEST_F(DVDCommand, whatIsNoDisc_fails)

@@ -145,21 +145,12 @@ TEST_F(ImageUnreadable, lackOfDescriptors_isToldAsWhatItIs)
 {
     if (!runsWithoutDescriptors)
         GTEST_SKIP() << "the sanitizer looks at objects through a pipe, for which there are no descriptors here";
-    bool isAllMade = false;
-    for (quint64 limit = 4; limit < 30 && !isAllMade; ++limit) {
-        ChildSettings settings = tessaron(imageArguments());
-        settings.descriptorLimit = limit;
-        const ChildResult result = runChild(settings);
-        constexpr int notLoaded = 127;
-        isAllMade = result.exitStatus == 0;
-        if (isAllMade || result.exitStatus == notLoaded)
-            continue;
+    runTessaronWithEverMoreDescriptors(imageArguments(), [this](const ChildResult &result, quint64 limit) {
         EXPECT_TRUE(result.errors.contains("oo many")) << limit << result.errors.constData();
         EXPECT_FALSE(result.errors.contains("Choose another place")) << limit << result.errors.constData();
         EXPECT_EQ(result.exitStatus == 3, !outNames().empty()) << limit << result.errors.constData();
         std::filesystem::remove(image().toStdString());
-    }
-    EXPECT_TRUE(isAllMade);
+    });
 }
 
 TEST_F(ImageUnreadable, nothingIsLost_whenDescriptorsAreFew)

@@ -231,19 +231,11 @@ TEST_F(Info, lackOfDescriptors_isToldOnce)
         GTEST_SKIP() << "the sanitizer looks at objects through a pipe, for which there are no descriptors here";
     m_tree.makeFile("music/a.mov", movieAtom(plainSoundTrack()));
     m_tree.makeFile("music/b.wav", waveFile(tone(100)));
-    bool isDone = false;
-    for (quint64 limit = 4; limit < 40 && !isDone; ++limit) {
-        ChildSettings settings = tessaron({"info", "--json", m_tree.path("music")});
-        settings.descriptorLimit = limit;
-        const ChildResult result = runChild(settings);
-        constexpr int notLoaded = 127;
-        isDone = result.exitStatus == 0;
-        if (isDone || result.exitStatus == notLoaded)
-            continue;
-        EXPECT_EQ(result.errors.count("oo many"), 1) << limit << result.errors.constData();
-        EXPECT_TRUE(jsonOf(result.output)[QStringLiteral("result")].isString()) << limit;
-    }
-    EXPECT_TRUE(isDone);
+    runTessaronWithEverMoreDescriptors(
+        {"info", "--json", m_tree.path("music")}, [](const ChildResult &result, quint64 limit) {
+            EXPECT_EQ(result.errors.count("oo many"), 1) << limit << result.errors.constData();
+            EXPECT_TRUE(jsonOf(result.output)[QStringLiteral("result")].isString()) << limit;
+        });
 }
 
 TEST_F(Info, wrongUsage_isRefused)
