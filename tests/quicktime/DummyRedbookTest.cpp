@@ -4,17 +4,18 @@
 #include "tests/quicktime/Sounds.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PrivateBus.h"
+#include "tests/support/RunProgram.h"
 #include "tests/support/TemporaryTree.h"
 
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
 
 #include <algorithm>
 #include <array>
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
+#include <memory>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -49,19 +50,30 @@ protected:
 
     void start(const QList<QByteArray> &arguments)
     {
-        QStringList texts;
-        for (const QByteArray &argument : arguments)
-            texts << QString::fromUtf8(argument);
-        const QString program = NSBundle::mainBundle()->pathForResource(QStringLiteral("DummyRedbook"));
-        ASSERT_FALSE(program.isEmpty());
-        process.start(program, texts);
-        ASSERT_TRUE(process.waitForStarted());
+        UniqueDescriptor writing;
+        makePipe(&output, &writing);
+        process = std::make_unique<RunningProgram>(program(), arguments, ProgramEnds{-1, writing.get()});
+        ASSERT_TRUE(process->isStarted());
     }
-    int finish(int milliseconds = 30000)
+    /// Takes all that it writes to standard output, and waits for its end.
+    ProgramRun finish(std::chrono::seconds atMost = std::chrono::seconds(30))
     {
-        EXPECT_TRUE(process.waitForFinished(milliseconds));
-        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-        return process.exitCode();
+        const QByteArray written = readAll(output.get());
+        EXPECT_TRUE(process->waitUntilEnded(atMost));
+        ProgramRun run = process->finish();
+        run.output = written;
+        return run;
+    }
+    static QByteArray program()
+    {
+        return NSBundle::mainBundle()->pathForResource(QStringLiteral("DummyRedbook")).toUtf8();
+    }
+    static void makePipe(UniqueDescriptor *reading, UniqueDescriptor *writing)
+    {
+        int ends[2];
+        ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+        reading->reset(ends[0]);
+        writing->reset(ends[1]);
     }
     UniqueDescriptor openForReading(const QByteArray &path) const
     {
@@ -104,11 +116,10 @@ protected:
         }
         return true;
     }
-    /// Whether the process still runs, asked like a parent that does not wait.
-    [[nodiscard]] bool isRunning() { return !process.waitForFinished(0) && process.state() == QProcess::Running; }
 
     const TemporaryTree tree;
-    QProcess process;
+    UniqueDescriptor output; ///< what the process writes to standard output
+    std::unique_ptr<RunningProgram> process;
 };
 
 } // namespace
@@ -118,9 +129,10 @@ TEST_F(DummyRedbook, writes_wholeFramesToStandardOutput)
     for (const std::size_t count : {1u, 587u, 588u, 589u, 40000u}) {
         const Samples source = noise(count);
         start({tree.makeFile("a.wav", waveFile(source)), "-"});
-        EXPECT_EQ(finish(), 0) << count;
-        EXPECT_EQ(process.readAllStandardOutput(), wholeFrames(bytesOf(source))) << count;
-        EXPECT_EQ(process.readAllStandardError(), QByteArray());
+        const ProgramRun run = finish();
+        EXPECT_EQ(run.status, 0) << count;
+        EXPECT_EQ(run.output, wholeFrames(bytesOf(source))) << count;
+        EXPECT_EQ(run.errors, QByteArray());
     }
 }
 
@@ -134,7 +146,7 @@ TEST_F(DummyRedbook, losesNothing_whenTheReaderLooksAtTheProcessBeforeThePipe)
     QByteArray got;
     std::array<char, frameSize * 10> buffer;
     // Slow at the end, when all that is left lies in the pipe and the writer has nothing more to do.
-    while (isRunning()) {
+    while (process->isRunning()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(got.size() > 200000 ? 30 : 1));
         const ssize_t count = ::read(pipe.get(), buffer.data(), buffer.size());
         ASSERT_GE(count, 0);
@@ -143,7 +155,7 @@ TEST_F(DummyRedbook, losesNothing_whenTheReaderLooksAtTheProcessBeforeThePipe)
         got.append(buffer.data(), count);
     }
     EXPECT_EQ(got, wholeFrames(bytesOf(source)));
-    EXPECT_EQ(finish(), 0);
+    EXPECT_EQ(finish().status, 0);
 }
 
 TEST_F(DummyRedbook, endsQuietly_whenItsReaderGoes)
@@ -155,8 +167,9 @@ TEST_F(DummyRedbook, endsQuietly_whenItsReaderGoes)
     std::array<char, 10000> buffer;
     ASSERT_GT(::read(pipe.get(), buffer.data(), buffer.size()), 0);
     pipe.reset();
-    EXPECT_EQ(finish(), 4);
-    EXPECT_EQ(process.readAllStandardError(), QByteArray());
+    const ProgramRun run = finish();
+    EXPECT_EQ(run.status, 4);
+    EXPECT_EQ(run.errors, QByteArray());
 }
 
 TEST_F(DummyRedbook, endsQuietly_whenItsReaderGoesWithBytesLeftInThePipe)
@@ -167,9 +180,9 @@ TEST_F(DummyRedbook, endsQuietly_whenItsReaderGoesWithBytesLeftInThePipe)
     UniqueDescriptor pipe = openForReading(fifo);
     ASSERT_TRUE(becomesTrue([&pipe] { return bytesWaitingIn(pipe) == 4 * frameSize; })) << "it has written all";
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    EXPECT_TRUE(isRunning()) << "the bytes are still in the pipe";
+    EXPECT_TRUE(process->isRunning()) << "the bytes are still in the pipe";
     pipe.reset();
-    EXPECT_EQ(finish(), 4);
+    EXPECT_EQ(finish().status, 4);
 }
 
 TEST_F(DummyRedbook, endsQuietly_whenItInheritedTheReadEnd)
@@ -180,7 +193,7 @@ TEST_F(DummyRedbook, endsQuietly_whenItInheritedTheReadEnd)
     start({tree.makeFile("a.wav", waveFile(noise(2000000))), fifo});
     ASSERT_TRUE(becomesTrue([&pipe] { return bytesWaitingIn(pipe) > 0; })) << "it writes";
     pipe.reset();
-    EXPECT_EQ(finish(), 4) << "while it holds the read end itself, it never would";
+    EXPECT_EQ(finish().status, 4) << "while it holds the read end itself, it never would";
 }
 
 TEST_F(DummyRedbook, failsAndClosesThePipe_whenTheSourceCannotBeDecoded)
@@ -191,8 +204,9 @@ TEST_F(DummyRedbook, failsAndClosesThePipe_whenTheSourceCannotBeDecoded)
         start({source, fifo, "dummyNotification"});
         const UniqueDescriptor pipe = openForReading(fifo);
         EXPECT_EQ(readAll(pipe.get()), QByteArray());
-        EXPECT_EQ(finish(), 1);
-        EXPECT_FALSE(process.readAllStandardError().isEmpty()) << source.constData();
+        const ProgramRun run = finish();
+        EXPECT_EQ(run.status, 1);
+        EXPECT_FALSE(run.errors.isEmpty()) << source.constData();
     }
 }
 
@@ -202,13 +216,14 @@ TEST_F(DummyRedbook, refusesToWriteAnywhereElseThanIntoAFifo)
     const QByteArray file = tree.makeFile("precious", "contents");
     for (const QByteArray &target : {file, tree.path("missing"), tree.path()}) {
         start({wave, target});
-        EXPECT_EQ(finish(), 1) << target.constData();
-        EXPECT_FALSE(process.readAllStandardError().isEmpty());
+        const ProgramRun run = finish();
+        EXPECT_EQ(run.status, 1) << target.constData();
+        EXPECT_FALSE(run.errors.isEmpty());
     }
     EXPECT_EQ(tree.contents("precious"), "contents");
     EXPECT_FALSE(tree.exists("missing"));
     start({wave});
-    EXPECT_EQ(finish(), 2);
+    EXPECT_EQ(finish().status, 2);
 }
 
 TEST_F(DummyRedbook, saysDamageWithItsExitStatus_andKeepsTheLength)
@@ -218,9 +233,10 @@ TEST_F(DummyRedbook, saysDamageWithItsExitStatus_andKeepsTheLength)
     QByteArray flac = tree.contents("a.flac");
     flac[flac.size() / 2] = char(flac[flac.size() / 2] ^ 1);
     start({tree.makeFile("bent.flac", flac), "-"});
-    EXPECT_EQ(finish(), 3);
-    EXPECT_EQ(process.readAllStandardOutput().size(), (100000 + 587) / 588 * frameSize);
-    EXPECT_TRUE(process.readAllStandardError().contains("could not be decoded"));
+    const ProgramRun run = finish();
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.output.size(), (100000 + 587) / 588 * frameSize);
+    EXPECT_TRUE(run.errors.contains("could not be decoded"));
 }
 
 TEST_F(DummyRedbook, postsRisingProgressThatEndsAtOne)
@@ -243,7 +259,7 @@ TEST_F(DummyRedbook, postsRisingProgressThatEndsAtOne)
     });
     EXPECT_TRUE(runEventLoopUntil([&] { return !posted.empty() && posted.back() == 1; }));
     reader.join();
-    EXPECT_EQ(finish(), 0);
+    EXPECT_EQ(finish().status, 0);
     EXPECT_GE(posted.size(), 3u);
     EXPECT_TRUE(std::is_sorted(posted.begin(), posted.end()));
     EXPECT_GT(posted.front(), 0);
@@ -265,29 +281,32 @@ TEST_F(DummyRedbook, isNotHeldUp_byABusThatDoesNotAnswer)
     QElapsedTimer timer;
     timer.start();
     start({tree.makeFile("a.wav", waveFile(source)), "-", "dummyNotification"});
-    EXPECT_EQ(finish(), 0);
+    const ProgramRun run = finish();
+    EXPECT_EQ(run.status, 0);
     EXPECT_LT(timer.elapsed(), 5000);
-    EXPECT_EQ(process.readAllStandardOutput(), wholeFrames(bytesOf(source)));
+    EXPECT_EQ(run.output, wholeFrames(bytesOf(source)));
 }
 
 TEST_F(DummyRedbook, endsWithItsStarter_whenNoProgramEverReads)
 {
     const QByteArray fifo = tree.makeFifo("fifo");
     const QByteArray wave = tree.makeFile("a.wav", waveFile(noise(1000)));
-    const QByteArray program = NSBundle::mainBundle()->pathForResource(QStringLiteral("DummyRedbook")).toUtf8();
     // A shell that starts it in the background, says its number, and ends when it is told.
-    QProcess shell;
-    shell.start(QStringLiteral("sh"),
-                {QStringLiteral("-c"),
-                 QString::fromUtf8(program + ' ' + wave + ' ' + fifo + " >/dev/null 2>&1 & echo $!; read line")});
-    ASSERT_TRUE(shell.waitForReadyRead());
-    const QByteArray number = shell.readLine().trimmed();
+    UniqueDescriptor numbers, fromShell, toShell, orders;
+    makePipe(&numbers, &fromShell);
+    makePipe(&orders, &toShell);
+    RunningProgram shell("sh", {"-c", program() + ' ' + wave + ' ' + fifo + " >/dev/null 2>&1 & echo $!; read line"},
+                         {orders.get(), fromShell.get()});
+    std::array<char, 30> line;
+    const ssize_t length = ::read(numbers.get(), line.data(), line.size());
+    ASSERT_GT(length, 0);
+    const QByteArray number = QByteArray(line.data(), length).trimmed();
     ASSERT_GT(number.toInt(), 0);
     // While it waits for a reader it knows its starter.
     EXPECT_TRUE(becomesTrue([&number] { return waitsIn(number, "DummyRedbook"); }));
     EXPECT_EQ(::kill(number.toInt(), 0), 0) << "it waits as long as its starter lives";
-    shell.write("end\n");
-    ASSERT_TRUE(shell.waitForFinished());
+    ASSERT_EQ(::write(toShell.get(), "end\n", 4), 4);
+    EXPECT_EQ(shell.finish().status, 0);
     EXPECT_TRUE(becomesTrue([&number] { return ::kill(number.toInt(), 0) != 0; }));
 }
 
@@ -295,19 +314,17 @@ TEST_F(DummyRedbook, tellsEachSystemCallThatFails)
 {
     tree.makeFile("a.wav", waveFile(noise(200000)));
     ffmpeg("-i " + tree.path("a.wav") + ' ' + tree.path("a.mp3"));
-    const QString program = NSBundle::mainBundle()->pathForResource(QStringLiteral("DummyRedbook"));
     const QByteArray path = tree.path("a.mp3");
+    const UniqueDescriptor nothing(::open("/dev/null", O_WRONLY | O_CLOEXEC));
     for (const char *injection : {"pread64:error=EIO:when=1", "pread64:error=EIO:when=2", "pread64:error=EIO:when=3",
                                   "pread64:error=EIO:when=2+", "write:error=ENOSPC:when=1", "write:error=EIO:when=3"}) {
-        process.start(QStringLiteral("strace"),
-                      {QStringLiteral("-f"), QStringLiteral("-qq"), QStringLiteral("-o"), QStringLiteral("/dev/null"),
-                       QStringLiteral("-P"),
-                       QString::fromUtf8(QByteArray(injection).startsWith("write") ? QByteArray("/dev/null") : path),
-                       QStringLiteral("-e"), QStringLiteral("inject=") + QString::fromLatin1(injection), program,
-                       QString::fromUtf8(path), QStringLiteral("-")});
-        process.setStandardOutputFile(QProcess::nullDevice());
-        EXPECT_TRUE(process.waitForFinished(60000));
-        EXPECT_EQ(process.exitCode(), 1) << injection;
-        EXPECT_TRUE(process.readAllStandardError().startsWith("DummyRedbook: ")) << injection;
+        const QByteArray of = QByteArray(injection).startsWith("write") ? QByteArray("/dev/null") : path;
+        RunningProgram strace(
+            "strace",
+            {"-f", "-qq", "-o", "/dev/null", "-P", of, "-e", QByteArray("inject=") + injection, program(), path, "-"},
+            {-1, nothing.get()});
+        const ProgramRun run = strace.finish();
+        EXPECT_EQ(run.status, 1) << injection;
+        EXPECT_TRUE(run.errors.startsWith("DummyRedbook: ")) << injection;
     }
 }

@@ -1,13 +1,13 @@
 #include "tests/support/RunProgram.h"
 
-#include "platform/foundation/UniqueDescriptor.h"
-
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -46,9 +46,10 @@ int statusOfChild(pid_t child)
 
 } // namespace
 
-ProgramRun runProgram(const QByteArray &program, const QList<QByteArray> &arguments)
+RunningProgram::RunningProgram(const QByteArray &program, const QList<QByteArray> &arguments, ProgramEnds ends)
+    : m_output(::memfd_create("output", MFD_CLOEXEC))
+    , m_errors(::memfd_create("errors", MFD_CLOEXEC))
 {
-    const UniqueDescriptor output(::memfd_create("output", MFD_CLOEXEC)), errors(::memfd_create("errors", MFD_CLOEXEC));
     QList<QByteArray> words = arguments;
     words.prepend(program);
     std::vector<char *> pointers;
@@ -58,16 +59,55 @@ ProgramRun runProgram(const QByteArray &program, const QList<QByteArray> &argume
     pointers.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, output.get(), STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, errors.get(), STDERR_FILENO);
-    pid_t child = -1;
-    const int failure = ::posix_spawnp(&child, program.constData(), &actions, nullptr, pointers.data(), environ);
+    if (ends.input < 0)
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    else
+        posix_spawn_file_actions_adddup2(&actions, ends.input, STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, ends.output < 0 ? m_output.get() : ends.output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, m_errors.get(), STDERR_FILENO);
+    if (::posix_spawnp(&m_child, program.constData(), &actions, nullptr, pointers.data(), environ) != 0)
+        m_child = -1;
     posix_spawn_file_actions_destroy(&actions);
-    if (failure != 0)
+}
+
+RunningProgram::~RunningProgram()
+{
+    if (!isStarted())
+        return;
+    ::kill(m_child, SIGKILL);
+    (void)statusOfChild(m_child);
+}
+
+bool RunningProgram::isRunning() const
+{
+    siginfo_t end = {};
+    return isStarted()
+        && (::waitid(P_PID, id_t(m_child), &end, WEXITED | WNOHANG | WNOWAIT) != 0 || end.si_pid != m_child);
+}
+
+bool RunningProgram::waitUntilEnded(std::chrono::milliseconds atMost) const
+{
+    const auto deadline = std::chrono::steady_clock::now() + atMost;
+    while (isRunning()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+ProgramRun RunningProgram::finish()
+{
+    if (!isStarted())
         return {};
-    const int status = statusOfChild(child);
-    return {status, contentsOf(output.get()), contentsOf(errors.get())};
+    const int status = statusOfChild(m_child);
+    m_child = -1;
+    return {status, contentsOf(m_output.get()), contentsOf(m_errors.get())};
+}
+
+ProgramRun runProgram(const QByteArray &program, const QList<QByteArray> &arguments)
+{
+    return RunningProgram(program, arguments).finish();
 }
 
 } // namespace Tessaron::Testing

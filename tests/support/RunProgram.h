@@ -1,7 +1,12 @@
 #pragma once
 
+#include "platform/foundation/UniqueDescriptor.h"
+
 #include <QByteArray>
 #include <QList>
+
+#include <chrono>
+#include <sys/types.h>
 
 namespace Tessaron::Testing
 {
@@ -13,8 +18,37 @@ struct ProgramRun {
     QByteArray errors;
 };
 
-/// Runs a program of the system to its end, without input. Not by means of Qt, whose way of forking makes
+/// Descriptors of the test that a program gets in place of its own.
+struct ProgramEnds {
+    int input = -1; ///< -1 for no input
+    int output = -1; ///< -1 for memory, so that the program never waits for the test
+};
+
+/// A program that runs beside the test; destroying it kills it. Not by means of Qt, whose way of forking makes
 /// ThreadSanitizer blind for what orders the thread that does it.
+class RunningProgram
+{
+public:
+    RunningProgram(const QByteArray &program, const QList<QByteArray> &arguments, ProgramEnds ends = {});
+    ~RunningProgram();
+    RunningProgram(const RunningProgram &) = delete;
+    RunningProgram &operator=(const RunningProgram &) = delete;
+
+    [[nodiscard]] bool isStarted() const { return m_child > 0; }
+    /// Asked like a parent that does not wait. False for what could not be started, too.
+    [[nodiscard]] bool isRunning() const;
+    /// False when it still runs after this time.
+    [[nodiscard]] bool waitUntilEnded(std::chrono::milliseconds atMost) const;
+    /// Waits for the end, however long that takes.
+    ProgramRun finish();
+
+private:
+    const UniqueDescriptor m_output;
+    const UniqueDescriptor m_errors;
+    pid_t m_child = -1;
+};
+
+/// Runs a program of the system to its end, without input.
 ProgramRun runProgram(const QByteArray &program, const QList<QByteArray> &arguments);
 
 } // namespace Tessaron::Testing
