@@ -12,6 +12,7 @@
 #include <set>
 #include <unicode/translit.h>
 #include <unicode/unistr.h>
+#include <utility>
 
 namespace Tessaron
 {
@@ -155,26 +156,87 @@ std::map<std::uint8_t, TextsOfLanguage> textsByLanguage(const AudioTextSources &
     return result;
 }
 
-bool isLatin1(QChar character)
+/// Spells scripts in Latin letters and these without the accents that Latin-1 lacks, as far as `rule` says.
+class Spelling
 {
-    return character.unicode() < 0x100;
-}
+public:
+    explicit Spelling(const char *rule)
+    {
+        UErrorCode status = U_ZERO_ERROR;
+        m_rule.reset(icu::Transliterator::createInstance(rule, UTRANS_FORWARD, status));
+    }
+
+    [[nodiscard]] QString of(const QString &text) const
+    {
+        if (!m_rule)
+            return text;
+        icu::UnicodeString spelled(reinterpret_cast<const UChar *>(text.utf16()), std::int32_t(text.size()));
+        m_rule->transliterate(spelled);
+        return QString(reinterpret_cast<const QChar *>(spelled.getBuffer()), spelled.length());
+    }
+
+private:
+    std::unique_ptr<icu::Transliterator> m_rule; ///< null where the system lacks its data
+};
 
 /// Spells a text in Latin-1; what has no spelling becomes "?".
 QString spelledInLatin1(const QString &text)
 {
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::Transliterator> spelling(
-        icu::Transliterator::createInstance("Any-Latin; NFC; [^\\u0000-\\u00FF] Latin-ASCII", UTRANS_FORWARD, status));
-    QString result = text;
-    if (U_SUCCESS(status)) {
-        icu::UnicodeString spelled(reinterpret_cast<const UChar *>(text.utf16()), std::int32_t(text.size()));
-        spelling->transliterate(spelled);
-        result = QString(reinterpret_cast<const QChar *>(spelled.getBuffer()), spelled.length());
+    thread_local const Spelling spelling("Any-Latin; NFC; [^\\u0000-\\u00FF] Latin-ASCII");
+    QString result = spelling.of(text);
+    for (QChar &character : result) {
+        if (!canBeCDText(character, CDTextEncoding::Latin1))
+            character = u'?';
     }
-    std::replace_if(
-        result.begin(), result.end(), [](QChar one) { return !isLatin1(one); }, u'?');
     return result;
+}
+
+/// The characters of a text, one or two units each.
+QStringList charactersOf(const QString &text)
+{
+    QStringList characters;
+    const QList<uint> points = text.toUcs4();
+    for (const uint point : points)
+        characters << QStringView(QChar::fromUcs4(point)).toString();
+    return characters;
+}
+
+bool isInShiftJis(const QString &character)
+{
+    return canBeCDText(character, CDTextEncoding::ShiftJis);
+}
+
+/// Spells characters that Shift-JIS lacks in Latin letters; what has no spelling becomes "?".
+QString spelledWithinShiftJis(const QString &text)
+{
+    thread_local const Spelling spelling("Any-Latin; NFC; Latin-ASCII");
+    QStringList characters = charactersOf(spelling.of(text));
+    for (QString &character : characters) {
+        if (!isInShiftJis(character))
+            character = QStringLiteral("?");
+    }
+    return characters.join(QString());
+}
+
+/// Changes what Shift-JIS lacks, and nothing else: into the same character in another form, such as a wide one, where
+/// there is one, else into Latin letters.
+QString changedForShiftJis(const QString &text)
+{
+    QStringList characters = charactersOf(text.normalized(QString::NormalizationForm_C));
+    for (QString &character : characters) {
+        if (!isInShiftJis(character))
+            character = character.normalized(QString::NormalizationForm_KC);
+    }
+    QString result;
+    QString lacked; // together, since how a letter is spelled may depend on its neighbours
+    characters = charactersOf(characters.join(QString()).normalized(QString::NormalizationForm_C));
+    for (const QString &character : std::as_const(characters)) {
+        if (!isInShiftJis(character))
+            lacked += character;
+        else
+            result += spelledWithinShiftJis(std::exchange(lacked, {})) + character;
+    }
+    return result + spelledWithinShiftJis(lacked);
 }
 
 /// Makes the block of a language of texts that fit, and notes what that costs.
@@ -211,9 +273,10 @@ private:
     /// `place` is 0 for the disc, else that of the track among those with sound.
     [[nodiscard]] QString fitted(const QString &text, std::size_t place)
     {
+        const CDTextEncoding encoding = m_made.block.encoding;
         QString result = text;
-        if (m_made.block.encoding == CDTextEncoding::Latin1 && !std::all_of(text.begin(), text.end(), isLatin1))
-            result = spelledInLatin1(text);
+        if (!canBeCDText(text, encoding))
+            result = encoding == CDTextEncoding::ShiftJis ? changedForShiftJis(text) : spelledInLatin1(text);
         const bool isUnspoken = result.count(u'?') > text.count(u'?');
         result.replace(u'"', u'\'');
         result = result.simplified();
@@ -237,20 +300,21 @@ bool fits(const CDTextBlock &block, std::size_t lastTrack)
     return cdTextPacks(CDText{{block}}, std::uint32_t(lastTrack)).hasValue();
 }
 
-/// The block with texts as long as there is room for.
+/// The block with texts as long as there is room for. Short texts in Japanese tell more than long ones in a spelling,
+/// which is for a disc with more tracks than the wide characters have room for at all.
 BlockMaker::Made madeBlock(std::uint8_t language, std::uint32_t firstTrack, const TextsOfLanguage &texts)
 {
     const std::size_t lastTrack = firstTrack + texts.size() - 2;
+    std::vector<CDTextEncoding> encodings = {CDTextEncoding::Latin1};
+    if (language == japanese)
+        encodings.insert(encodings.begin(), CDTextEncoding::ShiftJis);
     BlockMaker::Made made;
-    for (const int longest : longestTexts) {
-        if (language == japanese) {
-            made = BlockMaker(language, firstTrack, CDTextEncoding::ShiftJis, longest).make(texts);
+    for (const CDTextEncoding encoding : encodings) {
+        for (const int longest : longestTexts) {
+            made = BlockMaker(language, firstTrack, encoding, longest).make(texts);
             if (fits(made.block, lastTrack))
                 return made;
         }
-        made = BlockMaker(language, firstTrack, CDTextEncoding::Latin1, longest).make(texts);
-        if (fits(made.block, lastTrack))
-            return made;
     }
     return made;
 }

@@ -40,10 +40,10 @@ struct AudioTexts {
 /// A tag such as "title-ger", as FFmpeg names those that have a language in the file (ISO 639-2), goes into a block of
 /// that language, eight of them at most; what a language lacks there is filled in from the texts without one.
 ///
-/// Japanese texts stay what they are in the Japanese block. Elsewhere characters that Latin-1 lacks are spelled in
-/// Latin letters. Quotes and line breaks, which a cue sheet cannot hold, become apostrophes and blanks, and texts end
-/// after 160 characters, since players and writers overflow on longer ones, or sooner where a language would take more
-/// than the 256 packs that it has room for.
+/// In the Japanese block only characters that Shift-JIS lacks are spelled in Latin letters, unless the disc has more
+/// texts than there is room for in wide characters. Elsewhere those that Latin-1 lacks are. Quotes and line breaks,
+/// which a cue sheet cannot hold, become apostrophes and blanks, and texts end after 160 characters, since players and
+/// writers overflow on longer ones, or sooner where a language would take more than the 256 packs that it has room for.
 [[nodiscard]] AudioTexts audioTextsOf(const AudioTextSources &sources);
 
 } // namespace Tessaron

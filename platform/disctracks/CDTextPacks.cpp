@@ -423,6 +423,11 @@ Result<QByteArray> cdTextPacks(const CDText &text, std::uint32_t lastTrack)
     return packs;
 }
 
+bool canBeCDText(const QString &text, CDTextEncoding encoding)
+{
+    return encoded(text, encoding).has_value();
+}
+
 QList<QByteArray> cdTextBlocksOfPacks(QByteArrayView packs)
 {
     QList<QByteArray> blocks;

@@ -25,6 +25,9 @@ inline constexpr std::size_t cdTextPackSize = 18; ///< bytes, the checksum inclu
 /// more than its 256 packs, when a text has characters that the block's encoding lacks, or belongs to no track.
 [[nodiscard]] TESSARON_EXPORT Result<QByteArray> cdTextPacks(const CDText &text, std::uint32_t lastTrack);
 
+/// Whether packs in this encoding can say the text as it is.
+[[nodiscard]] TESSARON_EXPORT bool canBeCDText(const QString &text, CDTextEncoding encoding);
+
 /// The packs of each block by themselves.
 [[nodiscard]] TESSARON_EXPORT QList<QByteArray> cdTextBlocksOfPacks(QByteArrayView packs);
 

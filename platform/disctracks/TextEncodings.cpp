@@ -49,6 +49,7 @@ public:
     {
         if (!isOpen())
             return std::nullopt;
+        ::iconv(m_handle, nullptr, nullptr, nullptr, nullptr); // forget a text that was broken off
         QByteArray result(bytes.size() * 4 + 16, Qt::Uninitialized); // no encoding here grows by more
         auto *in = const_cast<char *>(bytes.data()); // the interface lacks a const
         auto inLeft = std::size_t(bytes.size());
@@ -135,13 +136,15 @@ DecodedText decodedText(QByteArrayView bytes)
 
 std::optional<QString> textOfShiftJis(QByteArrayView bytes)
 {
-    const std::optional<QByteArray> utf8 = Converter("UTF-8", "CP932").convert(bytes);
+    thread_local Converter converter("UTF-8", "CP932"); // opening one takes longer than most texts
+    const std::optional<QByteArray> utf8 = converter.convert(bytes);
     return utf8 ? std::optional(QString::fromUtf8(*utf8)) : std::nullopt;
 }
 
 std::optional<QByteArray> shiftJisOfText(const QString &text)
 {
-    return Converter("CP932", "UTF-8").convert(text.toUtf8());
+    thread_local Converter converter("CP932", "UTF-8");
+    return converter.convert(text.toUtf8());
 }
 
 } // namespace Tessaron

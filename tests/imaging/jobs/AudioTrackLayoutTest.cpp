@@ -4,6 +4,7 @@
 #include "imaging/jobs/SoundLoudness.h"
 #include "platform/disctracks/CDTextPacks.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
@@ -167,6 +168,50 @@ TEST(AudioTexts, haveABlockForEachLanguageOfTheTags)
     EXPECT_EQ(japanese.encoding, CDTextEncoding::ShiftJis);
     EXPECT_EQ(japanese.texts.at(CDTextKind::Title), (std::vector<QString>{{}, text("\xe4\xb8\x80"), text("Two")}));
     EXPECT_TRUE(texts.changes.isEmpty()) << texts.changes.join(u'\n').toStdString();
+}
+
+TEST(AudioTexts, inJapanese_changeOnlyWhatShiftJisLacks_andTellIt)
+{
+    struct Row {
+        const char *tag;
+        const char *text;
+        bool isLost;
+    };
+    const std::vector<Row> rows = {{"\xe6\xa1\x9c Caf\xc3\xa9", "\xe6\xa1\x9c Cafe", false},
+                                   {"\xe6\xa1\x9c \xed\x95\x9c", "\xe6\xa1\x9c han", false},
+                                   {"\xe6\xa1\x9c\xf0\x9f\x8e\xb5", "\xe6\xa1\x9c?", true},
+                                   {"\xef\xbd\xb6\xef\xbe\x9e\xc5\xbe", "\xe3\x82\xacz", false}, // narrow kana
+                                   {"\xe3\x81\x8b\xe3\x82\x99", "\xe3\x81\x8c", false}, // a mark of its own
+                                   {"\xe6\xa1\x9c", "\xe6\xa1\x9c", false}};
+    std::vector<Tags> tags(rows.size());
+    for (std::size_t track = 0; track < rows.size(); ++track)
+        tags[track] = {{text("title-jpn"), text(rows[track].tag)}};
+    const AudioTexts all = textsOf(tags);
+    ASSERT_EQ(all.text.blocks.size(), 1u);
+    EXPECT_EQ(all.text.blocks[0].encoding, CDTextEncoding::ShiftJis);
+    EXPECT_TRUE(cdTextPacks(all.text, std::uint32_t(rows.size())));
+    for (std::size_t track = 0; track < rows.size(); ++track) {
+        const Row &row = rows[track];
+        EXPECT_EQ(all.text.blocks[0].texts.at(CDTextKind::Title)[track + 1], text(row.text)) << row.tag;
+        const QString where = QStringLiteral("track %1: ").arg(track + 1);
+        const bool isTold = std::ranges::any_of(all.changes, [&](const QString &one) { return one.startsWith(where); });
+        EXPECT_EQ(isTold, text(row.tag) != text(row.text)) << row.tag;
+        EXPECT_EQ(textsOf({tags[track]}).isAnyLost, row.isLost) << row.tag;
+    }
+}
+
+TEST(AudioTexts, inJapanese_areSpelledInLatin_whenTheDiscHasNoRoomForWideCharacters)
+{
+    std::vector<Tags> tags(99);
+    for (std::size_t track = 0; track < tags.size(); ++track)
+        tags[track] = {{text("title-jpn"), QString(10, QChar(char16_t(0x3042 + track % 80)))}};
+    EXPECT_EQ(textsOf(tags).text.blocks.at(0).encoding, CDTextEncoding::ShiftJis);
+    for (std::size_t track = 0; track < tags.size(); ++track)
+        tags[track].insert(text("artist-jpn"), QString(10, QChar(char16_t(0x30A2 + track % 80))));
+    const AudioTexts texts = textsOf(tags);
+    EXPECT_EQ(texts.text.blocks.at(0).encoding, CDTextEncoding::Latin1);
+    EXPECT_TRUE(cdTextPacks(texts.text, 99));
+    EXPECT_FALSE(texts.changes.isEmpty());
 }
 
 TEST(AudioTexts, ofSheets_goBeforeThoseOfTags)
