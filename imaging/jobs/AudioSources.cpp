@@ -1,5 +1,6 @@
 #include "imaging/jobs/AudioSources.h"
 
+#include "platform/disctracks/DescribedFilePath.h"
 #include "platform/disctracks/DescribedFiles.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"

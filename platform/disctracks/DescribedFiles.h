@@ -9,10 +9,6 @@ namespace Tessaron
 /// or in another letter case. Only regular files are opened.
 [[nodiscard]] CueSheetFiles filesBeside(const QByteArray &path, const SoundMeasure &otherSounds = {});
 
-/// Where such a file lies, by the first of its names under which it is found; `folder` is the description's, with a
-/// slash at its end, or empty. Empty when it is not there.
-[[nodiscard]] QByteArray pathOfDescribedFile(const QByteArray &folder, const QByteArrayList &names);
-
 /// The bytes of a description; an error when it cannot be read or is longer than maximumCueSheetSize.
 [[nodiscard]] Result<QByteArray> textOfDescription(const QByteArray &path);
 
