@@ -90,7 +90,8 @@ NSError addSheet(const QByteArray &path, AudioSources *sources)
         return std::optional<std::uint64_t>(); // only a decoder knows it to the sample
     };
     files.cdText = [&](const QByteArray &name) {
-        source.cdTextPath = pathOfDescribedFile(path.left(path.lastIndexOf('/') + 1), {name});
+        const Result<QByteArray> found = pathOfDescribedFile(path.left(path.lastIndexOf('/') + 1), {name});
+        source.cdTextPath = found ? *found : QByteArray();
         return beside.cdText(name);
     };
     const Result<CueSheet> sheet = cueSheetOfText(*text, files);

@@ -2,6 +2,7 @@
 
 #include "platform/disctracks/CueModes.h"
 #include "platform/disctracks/CueSheetErrors.h"
+#include "platform/disctracks/DescribedFilePath.h"
 #include "platform/disctracks/Subchannel.h"
 
 #include <algorithm>
@@ -239,6 +240,8 @@ Result<std::optional<std::uint64_t>> CdrdaoTocParser::lengthOf(std::size_t file,
                 remedy.isEmpty() ? QStringLiteral("Put the file beside the .toc file, or correct its name there.")
                                  : remedy);
         length = *measured;
+        if (const QString other = noteOfOtherName(m_sheet.files[file]); !other.isEmpty())
+            note(line, other);
     }
     m_lengths.emplace(file, length);
     return length;

@@ -182,18 +182,20 @@ private:
 Result<std::optional<std::uint64_t>> measureFile(const QByteArray &folder, const SoundMeasure &otherSounds,
                                                  CueFile *file)
 {
-    const QByteArray path = pathOfDescribedFile(folder, {file->nameAsWritten, file->name});
-    if (path.isEmpty())
+    const Result<QByteArray> path = pathOfDescribedFile(folder, {file->nameAsWritten, file->name}, file->isSound());
+    if (!path)
+        return path.error();
+    if (path->isEmpty())
         return NSError::errorWithErrno(ENOENT, stringWithFileSystemRepresentation(folder + file->name));
-    const Result<OpenedFile> opened = openRegularFile(path);
+    const Result<OpenedFile> opened = openRegularFile(*path);
     if (!opened)
         return opened.error();
-    file->path = path;
+    file->path = *path;
     if (!file->isSound())
         return std::optional(opened->length);
     const std::optional<SoundFile::Samples> samples = SoundFile(*opened).samples();
     if (!samples)
-        return otherSounds ? otherSounds(path) : std::nullopt;
+        return otherSounds ? otherSounds(*path) : std::nullopt;
     file->firstSample = samples->offset;
     file->isAiff = samples->isBig;
     return std::optional(samples->length);
@@ -207,11 +209,13 @@ CueSheetFiles filesBeside(const QByteArray &path, const SoundMeasure &otherSound
     CueSheetFiles files;
     files.measure = [folder, otherSounds](CueFile *file) { return measureFile(folder, otherSounds, file); };
     files.cdText = [folder](const QByteArray &name) -> Result<QByteArray> {
-        const QByteArray found = pathOfDescribedFile(folder, {name});
-        if (found.isEmpty())
+        const Result<QByteArray> found = pathOfDescribedFile(folder, {name});
+        if (!found)
+            return found.error();
+        if (found->isEmpty())
             return NSError(NSOSStatusErrorDomain, fnfErr,
                            {{NSLocalizedFailureReasonErrorKey, QStringLiteral("the file is not there")}});
-        return contentsOf(found, maximumCDTextSize);
+        return contentsOf(*found, maximumCDTextSize);
     };
     return files;
 }

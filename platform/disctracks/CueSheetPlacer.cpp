@@ -1,6 +1,7 @@
 #include "platform/disctracks/CueSheetPlacer.h"
 
 #include "platform/disctracks/CueSheetErrors.h"
+#include "platform/disctracks/DescribedFilePath.h"
 
 #include <algorithm>
 
@@ -79,6 +80,8 @@ NSError CueSheetPlacer::openFile(std::size_t file)
             remedy.isEmpty() ? QStringLiteral("Put the file beside the sheet, or correct its name there.") : remedy);
     }
     m_length = *length;
+    if (const QString note = noteOfOtherName(m_sheet.files[file]); !note.isEmpty())
+        m_sheet.notes.push_back({m_fileLines[file], note});
     return {};
 }
 

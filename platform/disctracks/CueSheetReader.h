@@ -41,8 +41,9 @@ struct CueSheetFiles {
 [[nodiscard]] TESSARON_EXPORT Result<CueSheet> cueSheetOfText(const QByteArray &text, const CueSheetFiles &files);
 
 /// Reads the sheet at the path (bytes) and looks for its files beside it: as they are named, without the folders of
-/// another system, or in another letter case. Only regular files are opened. Besides the errors above there are those
-/// of files that are missing or cannot be read.
+/// another system, in another letter case, or, for a sound, with another ending; a note says each that was found under
+/// another name. Only regular files are opened. Besides the errors above there are those of files that are missing,
+/// cannot be read, or could be one of several.
 [[nodiscard]] TESSARON_EXPORT Result<CueSheet> cueSheetOfFile(const QByteArray &path,
                                                               const SoundMeasure &otherSounds = {});
 

@@ -5,8 +5,7 @@
 namespace Tessaron
 {
 
-/// The files that a description at this path names: as they are named, beside it without the folders of another system,
-/// or in another letter case. Only regular files are opened.
+/// The files that a description at this path names, found as DescribedFilePath.h says. Only regular files are opened.
 [[nodiscard]] CueSheetFiles filesBeside(const QByteArray &path, const SoundMeasure &otherSounds = {});
 
 /// The bytes of a description; an error when it cannot be read or is longer than maximumCueSheetSize.

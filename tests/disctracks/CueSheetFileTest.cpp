@@ -60,6 +60,70 @@ TEST_F(CueSheetFile, files_areFoundBesideTheSheet)
     }
 }
 
+TEST_F(CueSheetFile, foldersOfAnotherSystem_areFollowedWhereTheyAreThere)
+{
+    ASSERT_TRUE(QDir(m_folder.path()).mkdir(QStringLiteral("CD1")));
+    write("CD1/Disc.bin", QByteArray(qsizetype{7} * 2352, 'x'));
+    write("Disc.bin", QByteArray(qsizetype{8} * 2352, 'x'));
+    const Result<CueSheet> sheet = sheetNaming("CD1\\Disc.bin");
+    ASSERT_TRUE(sheet) << sheet.error().localizedDescription().toStdString();
+    EXPECT_EQ(sheet->files[0].path, path("CD1/Disc.bin"));
+    EXPECT_TRUE(sheet->notes.empty());
+}
+
+TEST_F(CueSheetFile, aSoundWithAnotherEnding_isTaken_andNoted)
+{
+    struct Row {
+        const char *there;
+        const char *named;
+        const char *note; ///< "" where the name is the same
+    };
+    const QByteArray three = waveOf(QByteArray(qsizetype{3} * 2352, 's'));
+    ASSERT_TRUE(QDir(m_folder.path()).mkdir(QStringLiteral("CD1")));
+    for (const Row &row :
+         {Row{"1.flac", "1.wav", "“1.wav” is not there; “1.flac” was taken in its place."},
+          Row{"1.flac", "D:\\Music\\1.wav", "“D:\\Music\\1.wav” is not there; “1.flac” was taken in its place."},
+          Row{"Track.Flac", "TRACK.WAV", "“TRACK.WAV” is not there; “Track.Flac” was taken in its place."},
+          Row{"track.WAV", "Track.wav", "“Track.wav” is not there; “track.WAV” was taken in its place."},
+          Row{"CD1/1.m4a", "CD1\\1.wav", "“CD1\\1.wav” is not there; “1.m4a” was taken in its place."},
+          Row{"1.wav", "1.wav", ""}, Row{"1.wav", "/nowhere/1.wav", ""}}) {
+        write(row.there, three);
+        for (const char *const other : {"1.log", "1.jpg", "1", "track.cue"})
+            write(other, "no sound");
+        const Result<CueSheet> sheet = sheetNaming(row.named, "WAVE");
+        ASSERT_TRUE(sheet) << row.named << sheet.error().localizedFailureReason().toStdString();
+        EXPECT_EQ(sheet->files[0].path, path(row.there));
+        EXPECT_EQ(sheet->contents.track(1)->length, 3u);
+        std::vector<CueNote> notes;
+        if (*row.note)
+            notes.push_back({1, QString::fromUtf8(row.note)});
+        EXPECT_EQ(sheet->notes, notes) << row.named;
+        ASSERT_TRUE(QFile::remove(QString::fromUtf8(path(row.there))));
+    }
+    write("1.flac", three);
+    EXPECT_FALSE(sheetNaming("1.bin", "BINARY")) << "the blocks of an image are no sound";
+}
+
+TEST_F(CueSheetFile, moreThanOneFileThatCouldBeMeant_isAnErrorThatNamesThem)
+{
+    const auto reasonFor = [this](const QByteArray &name) {
+        const Result<CueSheet> sheet = sheetNaming(name, "WAVE");
+        return sheet ? std::string("none") : sheet.error().localizedFailureReason().toStdString();
+    };
+    for (const char *const name : {"1.ape", "1.flac", "1.mp3", "Two.wav", "TWO.wav", "three.wav", "three.flac"})
+        write(name, "x");
+    EXPECT_EQ(reasonFor("1.wav"),
+              "Line 1 of the cue sheet: \"1.wav\" cannot be read: it is not there, and “1.ape”, “1.flac” or “1.mp3” "
+              "could be meant");
+    EXPECT_EQ(reasonFor("two.wav"),
+              "Line 1 of the cue sheet: \"two.wav\" cannot be read: it is not there, and “TWO.wav” or “Two.wav” could "
+              "be meant");
+    // What differs least is meant.
+    EXPECT_EQ(reasonFor("Three.wav"), "none");
+    EXPECT_EQ(reasonFor("1.MP3"), "none");
+    EXPECT_EQ(reasonFor("gone.wav").find("could be meant"), std::string::npos);
+}
+
 TEST_F(CueSheetFile, aNameThatIsNotUtf8_isFoundAsItIs_andDecoded)
 {
     write("plain.bin", QByteArray(2352, 'x'));

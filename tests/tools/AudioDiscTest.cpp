@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 
 #include <cmath>
+#include <filesystem>
 
 // Discs of sound that are more than a file after the other: cue sheets as the source, tracks of data in front,
 // loudness, streams. What is made is read by programs that others wrote.
@@ -82,6 +83,25 @@ TEST_F(AudioDisc, sheetOfManyFiles_joinsWhatWasCut)
     EXPECT_TRUE(cue().contains("  TRACK 02 AUDIO\r\n    INDEX 00 00:03:00\r\n    INDEX 01 00:04:01\r\n"))
         << cue().constData();
     EXPECT_TRUE(cue().contains("  TRACK 03 AUDIO\r\n    INDEX 01 00:09:01\r\n")) << cue().constData();
+}
+
+TEST_F(AudioDisc, sheetOfFilesThatWereCompressedSince_findsThem_andSaysSo)
+{
+    makeAlbum();
+    ffmpeg("-i " + m_tree.path("1.wav") + ' ' + m_tree.path("1.flac"));
+    std::filesystem::remove(m_tree.path("1.wav").toStdString());
+    makeSheet("FILE \"1.wav\" WAVE\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n"
+              "FILE \"2.wav\" WAVE\n TRACK 02 AUDIO\n  INDEX 01 00:00:00\n");
+    const ChildResult result = run({"--json"}, {"album.cue"});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    EXPECT_EQ(bin(), wholeFrames(bytesOf(partOf(recording, 0, oneLength + otherLength))));
+    EXPECT_EQ(result.errors.count("“1.wav” is not there; “1.flac” was taken in its place."), 1)
+        << result.errors.constData();
+    EXPECT_EQ(jsonOf(result.output)[QStringLiteral("notes")].toArray().size(), 1);
+    m_tree.makeFile("1.ape", "another one");
+    const ChildResult unclear = run({}, {"album.cue"});
+    EXPECT_EQ(unclear.exitStatus, 1);
+    EXPECT_TRUE(unclear.errors.contains("“1.ape” or “1.flac” could be meant")) << unclear.errors.constData();
 }
 
 TEST_F(AudioDisc, sheetWithGapsThatNoFileHolds_getsSilence)
