@@ -1,26 +1,21 @@
 #include "imaging/jobs/DiscJobWork.h"
-#include "media/jobs/Id3Tag.h"
+#include "media/jobs/CarriedTags.h"
 #include "media/jobs/MediaFileWalk.h"
 #include "media/jobs/ResultCheck.h"
-#include "media/jobs/StagedResult.h"
+#include "media/jobs/ResultPlaces.h"
 #include "media/jobs/ToolReport.h"
 #include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
-#include "platform/foundation/PathBytes.h"
-#include "platform/quicktime/CDSound.h"
-#include "platform/quicktime/MovieDescription.h"
 #include <TessaronClasses/AudioConvertJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/KRAudioConverter.h>
-#include <TessaronClasses/PathHelpers.h>
 
 #include <QDir>
 
 #include <algorithm>
 #include <deque>
 #include <optional>
-#include <set>
 #include <thread>
 #include <utility>
 
@@ -29,21 +24,6 @@ namespace Tessaron
 
 namespace
 {
-
-bool isMP3(std::int32_t format)
-{
-    return format != KRAudioConverter::waveFormat && format != KRAudioConverter::aiffFormat;
-}
-
-QByteArray nameOfResult(const QByteArray &source, std::int32_t format)
-{
-    QByteArray name = lastPathComponent(source).toByteArray();
-    if (const qsizetype dot = name.lastIndexOf('.'); dot > 0)
-        name.truncate(dot);
-    if (isMP3(format))
-        return name + ".mp3";
-    return name + (format == KRAudioConverter::waveFormat ? ".wav" : ".aiff");
-}
 
 NSError failure(const QByteArray &source, const QString &reason, const QString &suggestion = {}, qint64 status = 0)
 {
@@ -76,23 +56,13 @@ NSError errorOfOrder(const AudioConvertOrder &order)
     if (!isKnown)
         return discJobError(DiscJobErrorCode::InvalidOrder,
                             QStringLiteral("there is no format %1 to convert to").arg(order.format));
-    if (order.carriesTags && !isMP3(order.format))
+    if (order.carriesTags && !isMP3Format(order.format))
         return discJobError(DiscJobErrorCode::InvalidOrder, QStringLiteral("tags are carried into MP3 files only"));
-    if (isMP3(order.format) && !KRAudioConverter::hasEncoder())
+    if (isMP3Format(order.format) && !KRAudioConverter::hasEncoder())
         return discJobError(DiscJobErrorCode::InvalidOrder,
                             QStringLiteral("the program “lame”, which makes MP3 files, cannot be found"),
                             QStringLiteral("Install it (in Debian the package lame), or convert to WAVE or AIFF."));
     return {};
-}
-
-NSError makeDestination(const QByteArray &path, MadeFolders &folders)
-{
-    const int reason = folders.make(path);
-    if (reason == 0)
-        return {};
-    return discJobError(DiscJobErrorCode::Destination,
-                        QStringLiteral("the folder %1 cannot be made: %2").arg(quoted(path), systemText(reason)),
-                        QStringLiteral("Name another folder, or make it first."), path);
 }
 
 } // namespace
@@ -118,6 +88,7 @@ class AudioConvertJob::Work final : public DiscJobWork
 public:
     explicit Work(AudioConvertOrder given)
         : order(std::move(given))
+        , places(order.destination, order.isFlat, order.format)
     {
     }
 
@@ -165,8 +136,6 @@ private:
     void convert(Lane &lane);
     void laneEnded(Lane &lane, const NSError &error);
     [[nodiscard]] NSError completeResult(Conversion &conversion, const std::stop_token &stop) const;
-    [[nodiscard]] static NSError carryTags(Conversion &conversion, const std::stop_token &stop);
-    [[nodiscard]] static QByteArray coverOf(Conversion &conversion, const std::stop_token &stop);
     void record(Conversion &conversion, const NSError &error);
     void inBackground(Step step);
     void runNextStep();
@@ -174,7 +143,7 @@ private:
     void removeFoldersAndEnd();
     [[nodiscard]] std::uint64_t bytesOf(const Conversion &conversion) const { return sources[conversion.number].bytes; }
 
-    MadeFolders folders; ///< goes behind all that is made in them; steps alone use it
+    ResultPlaces places; ///< goes behind all that is made there; steps alone use it
     std::vector<FoundMediaFile> sources;
     MediaFileRemarks remarks;
     std::size_t next = 0;
@@ -182,7 +151,6 @@ private:
     std::uint64_t bytesDone = 0;
     std::size_t filesDone = 0;
     NSError lackOfDescriptors; ///< of the first file that could not be converted for that reason
-    std::set<QString> promisedPaths; ///< of results that are not there yet; steps alone use it
     std::vector<std::optional<ConvertedFile>> files; ///< by their numbers in the list
     std::deque<Step> steps;
     bool isStepRunning = false;
@@ -232,7 +200,7 @@ NSError AudioConvertJob::Work::list(const std::stop_token &stop)
         return {};
     if (NSError error = checkDescriptors())
         return error;
-    return makeDestination(order.destination, folders);
+    return places.makeDestination();
 }
 
 void AudioConvertJob::Work::listed(const NSError &error)
@@ -318,14 +286,7 @@ void AudioConvertJob::Work::prepare(Lane &lane)
 NSError AudioConvertJob::Work::makePlace(Conversion &conversion)
 {
     const FoundMediaFile &file = sources[conversion.number];
-    QByteArray folder =
-        fileSystemRepresentation(QDir(stringWithFileSystemRepresentation(order.destination)).absolutePath());
-    if (!file.folder.isEmpty() && !order.isFlat)
-        folder = childPath(folder, file.folder);
-    const QString wanted = stringWithFileSystemRepresentation(childPath(folder, nameOfResult(file.path, order.format)));
-    const QString path = unusedName(wanted, [this](const QString &one) { return promisedPaths.contains(one); });
-    promisedPaths.insert(path);
-    Result<std::unique_ptr<StagedResult>> stage = StagedResult::create(fileSystemRepresentation(path), folders);
+    Result<std::unique_ptr<StagedResult>> stage = places.placeFor(file);
     if (!stage)
         return failure(file.path, stage.error());
     conversion.stage = *std::move(stage);
@@ -400,51 +361,15 @@ NSError AudioConvertJob::Work::completeResult(Conversion &conversion, const std:
     if (!flaw.isEmpty())
         return failure(conversion.file.source, flaw);
     if (order.carriesTags) {
-        if (const NSError error = carryTags(conversion, stop))
+        const CarriedTags tags = carriedTags(conversion.file.source, stop);
+        conversion.file.notes += tags.notes;
+        if (const NSError error = tags.bytes.isEmpty() ? NSError() : conversion.stage->prepend(tags.bytes))
             return failure(conversion.file.source, error);
     }
     Result<QByteArray> path = conversion.stage->publish();
     if (!path)
         return failure(conversion.file.source, path.error());
     conversion.file.destination = *std::move(path);
-    return {};
-}
-
-/// Tags that cannot be read are a note, since the sound is there.
-NSError AudioConvertJob::Work::carryTags(Conversion &conversion, const std::stop_token &stop)
-{
-    const QByteArray &source = conversion.file.source;
-    const Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(source, stop);
-    if (!sound) {
-        conversion.file.notes << QStringLiteral("the tags of %1 cannot be read: %2")
-                                     .arg(quoted(source), sound.error().localizedFailureReason());
-        return {};
-    }
-    std::vector<SoundText> texts;
-    const QMap<QString, QString> tags = (*sound)->tags();
-    for (auto tag = tags.begin(); tag != tags.end(); ++tag)
-        texts.push_back({tag.key().toUtf8(), tag.value()});
-    bool isCoverLeftOut = false;
-    const QByteArray tag = id3Tag(texts, coverOf(conversion, stop), &isCoverLeftOut);
-    if (isCoverLeftOut)
-        conversion.file.notes
-            << QStringLiteral("the cover of %1 is no picture that MP3 files can have").arg(quoted(source));
-    return tag.isEmpty() ? NSError() : conversion.stage->prepend(tag);
-}
-
-/// Empty for a file without a cover. One that cannot be read is a note, and empty as well.
-QByteArray AudioConvertJob::Work::coverOf(Conversion &conversion, const std::stop_token &stop)
-{
-    const QByteArray &source = conversion.file.source;
-    const Result<MovieDescription> movie = describeMovie(source, stop);
-    if (movie && !movie->cover)
-        return {};
-    const Result<QByteArray> picture =
-        movie ? pictureOfCover(source, *movie->cover, stop) : Result<QByteArray>(movie.error());
-    if (picture)
-        return *picture;
-    conversion.file.notes << QStringLiteral("the cover of %1 cannot be read: %2")
-                                 .arg(quoted(source), picture.error().localizedFailureReason());
     return {};
 }
 
@@ -501,7 +426,7 @@ void AudioConvertJob::Work::removeFoldersAndEnd()
 {
     runInBackground(
         [this](const std::stop_token &) {
-            folders.removeEmpty();
+            places.removeEmptyFolders();
             return NSError();
         },
         [this](const NSError &) { end(result.error); });
