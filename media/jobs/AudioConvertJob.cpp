@@ -7,6 +7,7 @@
 #include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
+#include "platform/quicktime/SoundHelpers.h"
 #include <TessaronClasses/AudioConvertJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/KRAudioConverter.h>
@@ -135,7 +136,7 @@ private:
     void startPrepared();
     void convert(Lane &lane);
     void laneEnded(Lane &lane, const NSError &error);
-    [[nodiscard]] NSError completeResult(Conversion &conversion, const std::stop_token &stop) const;
+    [[nodiscard]] NSError completeResult(Conversion &conversion, const std::stop_token &stop);
     void record(Conversion &conversion, const NSError &error);
     void inBackground(Step step);
     void runNextStep();
@@ -144,6 +145,7 @@ private:
     [[nodiscard]] std::uint64_t bytesOf(const Conversion &conversion) const { return sources[conversion.number].bytes; }
 
     ResultPlaces places; ///< goes behind all that is made there; steps alone use it
+    SoundHelpers helpers; ///< for tags; steps alone use them
     std::vector<FoundMediaFile> sources;
     MediaFileRemarks remarks;
     std::size_t next = 0;
@@ -355,13 +357,13 @@ void AudioConvertJob::Work::laneEnded(Lane &lane, const NSError &error)
     fillLanes();
 }
 
-NSError AudioConvertJob::Work::completeResult(Conversion &conversion, const std::stop_token &stop) const
+NSError AudioConvertJob::Work::completeResult(Conversion &conversion, const std::stop_token &stop)
 {
     const QString flaw = flawOfResult(conversion.stage->path(), order.format);
     if (!flaw.isEmpty())
         return failure(conversion.file.source, flaw);
     if (order.carriesTags) {
-        const CarriedTags tags = carriedTags(conversion.file.source, stop);
+        const CarriedTags tags = carriedTags(conversion.file.source, helpers, stop);
         conversion.file.notes += tags.notes;
         if (const NSError error = tags.bytes.isEmpty() ? NSError() : conversion.stage->prepend(tags.bytes))
             return failure(conversion.file.source, error);
@@ -426,6 +428,7 @@ void AudioConvertJob::Work::removeFoldersAndEnd()
 {
     runInBackground(
         [this](const std::stop_token &) {
+            helpers.endIdle();
             places.removeEmptyFolders();
             return NSError();
         },

@@ -31,10 +31,12 @@ QByteArray coverOf(const QByteArray &source, QStringList *notes, const std::stop
 
 } // namespace
 
-CarriedTags carriedTags(const QByteArray &source, const std::stop_token &stop)
+CarriedTags carriedTags(const QByteArray &source, SoundHelpers &helpers, const std::stop_token &stop)
 {
     CarriedTags result;
-    const Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(source, stop);
+    CDSoundOptions options;
+    options.helpers = &helpers;
+    const Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(source, stop, options);
     if (!sound) {
         result.notes << QStringLiteral("the tags of %1 cannot be read: %2")
                             .arg(quoted(source), sound.error().localizedFailureReason());
