@@ -1,116 +1,15 @@
-#include "platform/foundation/NSBundle.h"
 #include "platform/foundation/NSDistributedNotificationCenter.h"
+#include "tests/media/AudioConverterFixture.h"
 #include "tests/quicktime/Sounds.h"
-#include "tests/support/EventLoop.h"
-#include "tests/support/PrivateBus.h"
-#include "tests/support/TemporaryTree.h"
-#include <TessaronClasses/KRAudioConverter.h>
 
 #include <QElapsedTimer>
 #include <QFile>
-
-#include <functional>
-#include <gtest/gtest.h>
-#include <string>
-#include <vector>
 
 using namespace Tessaron;
 using namespace Tessaron::Testing;
 
 namespace
 {
-
-/// A window that keeps what is done to it.
-class RecordedInterface final : public KRAudioConverterInterface
-{
-public:
-    explicit RecordedInterface(std::vector<std::string> &steps)
-        : m_steps(steps)
-    {
-    }
-    void beginSheet(QObject &) override { m_steps.emplace_back("begin"); }
-    void endSheetAndClose() override { m_steps.emplace_back("end"); }
-    [[nodiscard]] bool isIndeterminate() const override { return m_isIndeterminate; }
-    void setIndeterminate(bool isIndeterminate) override
-    {
-        m_isIndeterminate = isIndeterminate;
-        m_steps.emplace_back(isIndeterminate ? "indeterminate" : "determinate");
-    }
-    void setDoubleValue(double value) override { m_steps.push_back(std::to_string(value).substr(0, 5)); }
-    void setCancelButtonEnabled(bool isEnabled) override { m_steps.emplace_back(isEnabled ? "enable" : "disable"); }
-
-private:
-    std::vector<std::string> &m_steps;
-    bool m_isIndeterminate = false;
-};
-
-/// The application's bundle in a folder of the test, with tools that are scripts.
-class AudioConverter : public testing::Test
-{
-protected:
-    AudioConverter()
-    {
-        leaveSessionBus();
-        tree.makeFolder("out");
-        NSBundle::setMainBundlePath(tree.pathText("bundle"));
-        delegate.KRAudioConverterProgress = [this](KRAudioConverter &, float fraction) {
-            progress.push_back(fraction);
-        };
-        delegate.KRAudioConverterDidEnd = [this](KRAudioConverter &) { events.emplace_back("end"); };
-        delegate.KRAudioConverterDidAbort = [this](KRAudioConverter &) { events.emplace_back("abort"); };
-        delegate.KRAudioConverterDidFailWithError = [this](KRAudioConverter &, const NSError &one) {
-            events.emplace_back("fail");
-            error = one;
-        };
-        converter->setDelegate(delegate);
-    }
-
-    void makeTool(const QByteArray &relative, const QByteArray &script) const
-    {
-        tree.makeFile(relative, "#!/bin/sh\n" + script);
-        tree.setMode(relative, 0755);
-    }
-    /// The tool for WAVE and AIFF: a script whose $1 to $5 are its arguments.
-    void makeQrlMov2Wav(const QByteArray &script) const
-    {
-        makeTool("bundle/Resources/QrlMov2Wav.app/Contents/MacOS/QrlMov2Wav", script);
-    }
-    void useRealTools() { NSBundle::setMainBundlePath({}); }
-
-    void convert(const QStringList &names, const QStringList &results, std::int32_t format)
-    {
-        QStringList sources, paths;
-        for (const QString &name : names)
-            sources << tree.pathText(name.toUtf8());
-        for (const QString &result : results)
-            paths << tree.pathText(result.toUtf8());
-        converter->convertAudioFiles(sources, paths, format);
-    }
-    [[nodiscard]] bool waitForEvent(std::size_t count = 1)
-    {
-        return runEventLoopUntil([&] { return events.size() >= count; });
-    }
-
-    /// Calls `function` when the tool that runs now has ended and the converter has heard of it.
-    void atEndOfTool(const std::function<void()> &function) const
-    {
-        const std::shared_ptr<taskLauncher> task = converter->task();
-        ASSERT_TRUE(task);
-        taskLauncherDelegate taskDelegate = task->delegate();
-        taskDelegate.taskLauncherTaskDidEnd = [function, own = taskDelegate.taskLauncherTaskDidEnd](taskLauncher &one) {
-            own(one);
-            function();
-        };
-        task->setDelegate(taskDelegate);
-    }
-
-    const TemporaryTree tree;
-    KRAudioConverterDelegate delegate;
-    std::vector<std::string> events;
-    std::vector<float> progress;
-    NSError error;
-    std::shared_ptr<KRAudioConverter> converter = KRAudioConverter::init();
-};
 
 const QString one = QStringLiteral("one.flac"), other = QStringLiteral("other.flac");
 const QString outOne = QStringLiteral("out/one.wav"), outOther = QStringLiteral("out/other.wav");
@@ -446,99 +345,6 @@ TEST_F(AudioConverter, anEncoderThatIsNowhere_failsLikeToolsThatCannotBeStarted)
     ASSERT_TRUE(waitForEvent());
     EXPECT_EQ(events, std::vector<std::string>{"fail"});
     EXPECT_EQ(error.filePath(), tree.pathText("out/one.mp3"));
-}
-
-TEST_F(AudioConverter, sheet_isLoadedOnceAndShowsTheProgress)
-{
-    const PrivateBus bus;
-    std::vector<std::string> steps;
-    int loads = 0;
-    QObject window;
-    converter->setInterfaceLoader([&](KRAudioConverter &owner) {
-        EXPECT_EQ(&owner, converter.get());
-        ++loads;
-        return std::make_unique<RecordedInterface>(steps);
-    });
-    converter->setUseStandardUI(true);
-    converter->setSheetModal(&window);
-    makeQrlMov2Wav("printf %s \"$5\" >\"$2\".name; while [ ! -e \"$2\".go ]; do sleep 0.02; done");
-    convert({one, other}, {outOne, outOther}, 0);
-    EXPECT_EQ(steps, (std::vector<std::string>{"begin", "indeterminate", "enable"}));
-    ASSERT_TRUE(runEventLoopUntil(
-        [&] { return tree.exists("out/one.wav.name") && !tree.contents("out/one.wav.name").isEmpty(); }));
-    EXPECT_FALSE(NSDistributedNotificationCenter::defaultCenter().postNotificationName(
-        QString::fromUtf8(tree.contents("out/one.wav.name")), {}, {{QStringLiteral("progress"), 0.5}}));
-    ASSERT_TRUE(runEventLoopUntil([&] { return steps.size() == 5; }));
-    tree.makeFile("out/one.wav.go");
-    tree.makeFile("out/other.wav.go");
-    ASSERT_TRUE(waitForEvent());
-    EXPECT_EQ(steps, (std::vector<std::string>{"begin", "indeterminate", "enable", "determinate", "0.250", "end"}));
-    EXPECT_TRUE(progress.empty()) << "the sheet shows it";
-    EXPECT_EQ(loads, 1);
-
-    steps.clear();
-    convert({one}, {outOne}, 0);
-    converter->abort();
-    EXPECT_EQ(steps, (std::vector<std::string>{"begin", "indeterminate", "enable", "disable", "end"}));
-    ASSERT_TRUE(waitForEvent(2));
-    EXPECT_EQ(events, (std::vector<std::string>{"end", "abort"}));
-}
-
-TEST_F(AudioConverter, sheet_beginsOnItsWindow_andStays_withoutTheStandardInterface)
-{
-    std::vector<std::string> steps;
-    QObject window;
-    makeQrlMov2Wav("echo x >\"$2\"");
-    converter->setInterfaceLoader([&](KRAudioConverter &) { return std::make_unique<RecordedInterface>(steps); });
-    convert({one}, {outOne}, 0);
-    ASSERT_TRUE(waitForEvent());
-    EXPECT_EQ(steps, (std::vector<std::string>{"indeterminate", "enable"})) << "it is loaded, and shown nowhere";
-
-    steps.clear();
-    const std::shared_ptr<KRAudioConverter> second = KRAudioConverter::init();
-    second->setDelegate(delegate);
-    second->setInterfaceLoader([&](KRAudioConverter &) { return std::make_unique<RecordedInterface>(steps); });
-    second->setSheetModal(&window);
-    second->convertAudioFiles(QStringList{tree.pathText("one.flac")}, QStringList{tree.pathText("out/one.wav")}, 0);
-    ASSERT_TRUE(waitForEvent(2));
-    EXPECT_EQ(steps, (std::vector<std::string>{"begin", "indeterminate", "enable"})) << "only the standard one ends";
-}
-
-TEST_F(AudioConverter, sheet_endsWithAFailure)
-{
-    std::vector<std::string> steps;
-    QObject window;
-    converter->setInterfaceLoader([&](KRAudioConverter &) { return std::make_unique<RecordedInterface>(steps); });
-    converter->setUseStandardUI(true);
-    converter->setSheetModal(&window);
-    convert({one}, {QStringLiteral("missing/one.wav")}, 0);
-    ASSERT_TRUE(waitForEvent());
-    EXPECT_EQ(steps, (std::vector<std::string>{"begin", "indeterminate", "enable", "end"}));
-}
-
-TEST_F(AudioConverter, sheet_withoutAWindow_isMissedInTheLog)
-{
-    makeQrlMov2Wav("echo x >\"$2\"");
-    converter->setUseStandardUI(true);
-    testing::internal::CaptureStderr();
-    convert({one, other}, {outOne, outOther}, 0);
-    const bool hasEnded = waitForEvent();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "error no sheet modal in audio converter\n") << "once";
-    EXPECT_TRUE(hasEnded);
-}
-
-TEST_F(AudioConverter, sheet_whoseInterfaceIsMissing_isNoMissingWindow)
-{
-    QObject window;
-    makeQrlMov2Wav("echo x >\"$2\"");
-    converter->setUseStandardUI(true);
-    converter->setSheetModal(&window);
-    converter->setInterfaceLoader([](KRAudioConverter &) { return nullptr; });
-    testing::internal::CaptureStderr();
-    convert({one}, {outOne}, 0);
-    const bool hasEnded = waitForEvent();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "what loads it tells what is wrong";
-    EXPECT_TRUE(hasEnded);
 }
 
 TEST_F(AudioConverter, delegate_mayLetGoOfTheConverter)
