@@ -13,12 +13,11 @@
 #include "platform/quicktime/mov2wav/PCMFile.h"
 #include "platform/quicktime/redbook/ProgressPoster.h"
 #include "platform/quicktime/redbook/Starter.h"
+#include "platform/quicktime/redbook/ToolMessages.h"
 
 #include <QCoreApplication>
 
 #include <csignal>
-#include <cstdio>
-#include <unistd.h>
 #include <vector>
 
 using namespace Tessaron;
@@ -26,7 +25,7 @@ using namespace Tessaron;
 namespace
 {
 
-enum ExitStatus { Written = 0, Failed = 1, WrongArguments = 2, WrittenWithDamage = 3 };
+constexpr ToolMessages messages("QrlMov2Wav");
 
 constexpr std::size_t samplesAtATime = CDAudioDecoder::samplesPerSecond;
 // What there are files of, from telephones to the masters of studios.
@@ -40,27 +39,6 @@ struct Order {
     QString notification;
 };
 
-void say(const QString &text)
-{
-    const QByteArray line = "QrlMov2Wav: " + text.toUtf8() + '\n';
-    std::fputs(line.constData(), stderr);
-}
-
-int statusAfter(const NSError &error)
-{
-    say(displayableText(error.localizedDescription()));
-    return Failed;
-}
-
-int statusAfter(const AudioDamageReport &damage)
-{
-    for (const AudioDamage &place : damage.places)
-        say(QStringLiteral("at %1 s: %2").arg(place.seconds, 0, 'f', 3).arg(place.what));
-    if (damage.count > damage.places.size())
-        say(QStringLiteral("and %1 more places like these").arg(damage.count - damage.places.size()));
-    return damage.isEmpty() ? Written : WrittenWithDamage;
-}
-
 int copySound(CDAudioDecoder &decoder, PCMFile &file, const QByteArray &source, ProgressPoster &poster)
 {
     const Starter starter;
@@ -68,19 +46,19 @@ int copySound(CDAudioDecoder &decoder, PCMFile &file, const QByteArray &source, 
     for (;;) {
         const Result<std::size_t> got = decoder.read(buffer.data(), samplesAtATime);
         if (!got)
-            return statusAfter(got.error());
+            return messages.statusAfter(got.error());
         if (*got == 0)
             break;
         if (starter.hasEnded())
-            return statusAfter(Starter::endedError(source));
+            return messages.statusAfter(Starter::endedError(source));
         if (const NSError error = file.write(buffer.data(), *got * CDAudioDecoder::bytesPerSample))
-            return statusAfter(error);
+            return messages.statusAfter(error);
         poster.setProgress(decoder.progress());
     }
     if (const NSError error = file.finish())
-        return statusAfter(error);
+        return messages.statusAfter(error);
     poster.setProgress(1);
-    return statusAfter(decoder.damage());
+    return messages.statusAfter(decoder.damage());
 }
 
 int convert(const Order &order)
@@ -88,13 +66,13 @@ int convert(const Order &order)
     const Result<std::unique_ptr<CDAudioDecoder>> decoder =
         CDAudioDecoder::openFile(order.source, {}, {.rate = order.form.samplesPerSecond});
     if (!decoder)
-        return statusAfter(decoder.error());
+        return messages.statusAfter(decoder.error());
     const CDAudioLength length = (*decoder)->length();
     Result<PCMFile> file =
         PCMFile::create(order.destination, order.kind, order.form,
                         length.isExact ? length.samples * CDAudioDecoder::bytesPerSample : 0, order.source);
     if (!file)
-        return statusAfter(file.error());
+        return messages.statusAfter(file.error());
     ProgressPoster poster(order.notification);
     return copySound(**decoder, *file, order.source, poster);
 }
@@ -104,18 +82,18 @@ int run(int argc, char **argv)
     const QByteArray format = argc > 3 ? argv[3] : "";
     const bool isKnown = format == "wave" || format == "aiff";
     if (argc < 5 || argc > 6 || !isKnown) {
-        say(QStringLiteral("usage: QrlMov2Wav SOURCE DESTINATION wave|aiff RATE [NOTIFICATION]"));
-        return WrongArguments;
+        messages.say(QStringLiteral("usage: QrlMov2Wav SOURCE DESTINATION wave|aiff RATE [NOTIFICATION]"));
+        return ToolStatus::wrongArguments;
     }
     const QByteArray rateText(argv[4]);
     bool isNumber = false;
     const unsigned int rate = rateText.toUInt(&isNumber);
     if (!isNumber || rate < lowestRate || rate > highestRate) {
-        say(QStringLiteral("%1 is no rate; use a number of samples a second from %2 to %3")
-                .arg(displayableText(QString::fromLocal8Bit(rateText)))
-                .arg(lowestRate)
-                .arg(highestRate));
-        return WrongArguments;
+        messages.say(QStringLiteral("%1 is no rate; use a number of samples a second from %2 to %3")
+                         .arg(displayableText(QString::fromLocal8Bit(rateText)))
+                         .arg(lowestRate)
+                         .arg(highestRate));
+        return ToolStatus::wrongArguments;
     }
     return convert({argv[1], argv[2], format == "wave" ? PCMFile::Kind::Wave : PCMFile::Kind::AIFF, PCMForm{rate, 2},
                     argc == 6 ? QString::fromLocal8Bit(argv[5]) : QString()});
@@ -130,8 +108,5 @@ int main(int argc, char **argv)
     // Qt has options of its own, which are not ours: a source may be named like one.
     int onlyName = argc > 0 ? 1 : 0;
     const QCoreApplication application(onlyName, argv);
-    const int status = run(argc, argv);
-    // A thread that still waits for a bus must not keep the process, or be there while the rest of it is taken down.
-    std::fflush(nullptr);
-    ::_exit(status);
+    endTool(run(argc, argv));
 }

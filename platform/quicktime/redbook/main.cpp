@@ -8,18 +8,17 @@
 // was broken and is silent now, 4 the reader went away. Progress is posted as distributed notifications of the given
 // name.
 
-#include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/quicktime/decoding/CDAudioDecoder.h"
 #include "platform/quicktime/redbook/ProgressPoster.h"
 #include "platform/quicktime/redbook/RedbookOutput.h"
 #include "platform/quicktime/redbook/SoundServer.h"
 #include "platform/quicktime/redbook/Starter.h"
+#include "platform/quicktime/redbook/ToolMessages.h"
 
 #include <QCoreApplication>
 
 #include <array>
 #include <csignal>
-#include <cstdio>
 #include <unistd.h>
 
 using namespace Tessaron;
@@ -27,34 +26,15 @@ using namespace Tessaron;
 namespace
 {
 
-enum ExitStatus { AllWritten = 0, Failed = 1, WrongArguments = 2, WrittenWithDamage = 3, ReaderIsGone = 4 };
+constexpr ToolMessages messages("DummyRedbook");
+
+constexpr int readerIsGone = 4; // the exit status; the others are those of ToolStatus
 
 constexpr std::size_t framesAtATime = 75;
 
-void say(const QString &text)
-{
-    const QByteArray line = "DummyRedbook: " + text.toUtf8() + '\n';
-    std::fputs(line.constData(), stderr);
-}
-
-int statusAfter(const NSError &error)
-{
-    say(displayableText(error.localizedDescription()));
-    return Failed;
-}
-
 int statusAfter(RedbookOutput::State state, const RedbookOutput &output)
 {
-    return state == RedbookOutput::State::ReaderIsGone ? ReaderIsGone : statusAfter(output.error());
-}
-
-int statusAfter(const AudioDamageReport &damage)
-{
-    for (const AudioDamage &place : damage.places)
-        say(QStringLiteral("at %1 s: %2").arg(place.seconds, 0, 'f', 3).arg(place.what));
-    if (damage.count > damage.places.size())
-        say(QStringLiteral("and %1 more places like these").arg(damage.count - damage.places.size()));
-    return damage.isEmpty() ? AllWritten : WrittenWithDamage;
+    return state == RedbookOutput::State::ReaderIsGone ? readerIsGone : messages.statusAfter(output.error());
 }
 
 int copySound(CDAudioDecoder &decoder, RedbookOutput &output, const QByteArray &source, ProgressPoster &poster)
@@ -64,11 +44,11 @@ int copySound(CDAudioDecoder &decoder, RedbookOutput &output, const QByteArray &
     for (;;) {
         const Result<std::size_t> got = decoder.read(buffer.data(), buffer.size() / CDAudioDecoder::bytesPerSample);
         if (!got)
-            return statusAfter(got.error());
+            return messages.statusAfter(got.error());
         if (*got == 0)
             break;
         if (starter.hasEnded())
-            return statusAfter(Starter::endedError(source));
+            return messages.statusAfter(Starter::endedError(source));
         const RedbookOutput::State state = output.write(buffer.data(), *got * CDAudioDecoder::bytesPerSample);
         if (state != RedbookOutput::State::Good)
             return statusAfter(state, output);
@@ -77,7 +57,7 @@ int copySound(CDAudioDecoder &decoder, RedbookOutput &output, const QByteArray &
     poster.setProgress(1);
     if (const RedbookOutput::State state = output.finish(); state != RedbookOutput::State::Good)
         return statusAfter(state, output);
-    return statusAfter(decoder.damage());
+    return messages.statusAfter(decoder.damage());
 }
 
 int run(const QByteArray &source, const QByteArray &target, const QString &notification)
@@ -85,10 +65,10 @@ int run(const QByteArray &source, const QByteArray &target, const QString &notif
     // The reader may wait for this end of the pipe: it is opened first, whatever the source turns out to be.
     Result<RedbookOutput> output = RedbookOutput::open(target);
     if (!output)
-        return statusAfter(output.error());
+        return messages.statusAfter(output.error());
     const Result<std::unique_ptr<CDAudioDecoder>> decoder = CDAudioDecoder::openFile(source);
     if (!decoder)
-        return statusAfter(decoder.error());
+        return messages.statusAfter(decoder.error());
     ProgressPoster poster(notification);
     return copySound(**decoder, *output, source, poster);
 }
@@ -102,17 +82,14 @@ int main(int argc, char **argv)
     std::signal(SIGPIPE, SIG_IGN);
     if (argc == 3 && argv[1] == QByteArrayView(SoundProtocol::serveOption)) {
         const bool isServed = argv[2] == QByteArrayView(SoundProtocol::version) && serveSound();
-        ::_exit(isServed ? AllWritten : WrongArguments);
+        endTool(isServed ? ToolStatus::written : ToolStatus::wrongArguments);
     }
     if (argc < 3 || argc > 4) {
-        say(QStringLiteral("usage: DummyRedbook SOURCE FIFO|- [NOTIFICATION]"));
-        return WrongArguments;
+        messages.say(QStringLiteral("usage: DummyRedbook SOURCE FIFO|- [NOTIFICATION]"));
+        return ToolStatus::wrongArguments;
     }
     const QByteArray source(argv[1]), target(argv[2]);
     const QString notification = argc == 4 ? QString::fromLocal8Bit(argv[3]) : QString();
     const QCoreApplication application(argc, argv);
-    const int status = run(source, target, notification);
-    // A thread that still waits for a bus must not keep the process, or be there while the rest of it is taken down.
-    std::fflush(nullptr);
-    ::_exit(status);
+    endTool(run(source, target, notification));
 }
