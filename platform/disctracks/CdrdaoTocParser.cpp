@@ -264,13 +264,8 @@ NSError CdrdaoTocParser::takeFile(const CdrdaoWord &command)
     else if (lower.endsWith(QStringLiteral(".wav")) || lower.endsWith(QStringLiteral(".ogg")))
         type = CueFileType::Wave;
     Range range;
-    if (!m_words.peek().isQuoted && m_words.peek().text.startsWith(u'#')) {
-        const CdrdaoWord &offset = m_words.take();
-        const std::optional<std::uint64_t> number = cdrdaoNumber(QStringView(offset.text).sliced(1));
-        if (!number)
-            return misplacedWord(offset);
-        range.offset = *number;
-    }
+    if (NSError error = takeOffset(&range))
+        return error;
     const Result<std::uint64_t> start = takeBytes(*m_open);
     if (!start)
         return start.error();
@@ -285,6 +280,19 @@ NSError CdrdaoTocParser::takeFile(const CdrdaoWord &command)
     return addPiece(fileNamed(name.text, type), range, command.line);
 }
 
+/// "#" and a number of bytes, where that comes next.
+NSError CdrdaoTocParser::takeOffset(Range *range)
+{
+    if (m_words.peek().isQuoted || !m_words.peek().text.startsWith(u'#'))
+        return {};
+    const CdrdaoWord &offset = m_words.take();
+    const std::optional<std::uint64_t> number = cdrdaoNumber(QStringView(offset.text).sliced(1));
+    if (!number)
+        return misplacedWord(offset);
+    range->offset = *number;
+    return {};
+}
+
 /// The command itself, or the quoted name behind another command that means the same.
 NSError CdrdaoTocParser::takeDataFile(const CdrdaoWord &command)
 {
@@ -293,13 +301,8 @@ NSError CdrdaoTocParser::takeDataFile(const CdrdaoWord &command)
         return misplacedWord(name);
     const QString fileName = name.text;
     Range range;
-    if (!m_words.peek().isQuoted && m_words.peek().text.startsWith(u'#')) {
-        const CdrdaoWord &offset = m_words.take();
-        const std::optional<std::uint64_t> number = cdrdaoNumber(QStringView(offset.text).sliced(1));
-        if (!number)
-            return misplacedWord(offset);
-        range.offset = *number;
-    }
+    if (NSError error = takeOffset(&range))
+        return error;
     if (isLengthNext()) {
         const Result<std::uint64_t> length = takeBytes(*m_open);
         if (!length)

@@ -72,6 +72,7 @@ private:
         std::uint64_t offset = 0; ///< bytes
         std::optional<std::uint64_t> length; ///< bytes; absent for all the rest
     };
+    [[nodiscard]] NSError takeOffset(Range *range);
     [[nodiscard]] NSError addPiece(std::size_t file, const Range &range, std::uint32_t line);
     [[nodiscard]] Result<std::optional<std::uint64_t>> lengthOf(std::size_t file, std::uint32_t line);
 
