@@ -17,6 +17,8 @@ QVariantList flattenedArray(const QVariantList &array)
 
 QString stringWithPrefix(const QVariantList &array, const QString &prefix)
 {
+    if (prefix.isEmpty())
+        return {};
     for (const QVariant &element : array) {
         if (element.typeId() == QMetaType::QString && element.toString().startsWith(prefix))
             return element.toString();

@@ -23,4 +23,5 @@ TEST(ArrayAdditions, stringWithPrefix_isTheFirstTextThatBeginsSo)
     EXPECT_TRUE(stringWithPrefix(array, QStringLiteral("TRACK")).isNull());
     EXPECT_TRUE(stringWithPrefix(array, QStringLiteral("x")).isNull());
     EXPECT_TRUE(stringWithPrefix({}, QStringLiteral("x")).isNull());
+    EXPECT_TRUE(stringWithPrefix(array, QLatin1String("")).isNull());
 }
