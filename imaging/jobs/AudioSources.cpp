@@ -2,6 +2,7 @@
 
 #include "platform/disctracks/DescribedFilePath.h"
 #include "platform/disctracks/DescribedFiles.h"
+#include "platform/disctracks/DiscDescription.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
@@ -123,6 +124,11 @@ NSError addFile(const QByteArray &path, AudioSources *sources)
         return error;
     if (isCueSheetName(path))
         return addSheet(path, sources);
+    if (const DiscDescriptionKind kind = discDescriptionKind(path); kind != DiscDescriptionKind::None)
+        return discJobError(DiscJobErrorCode::Source,
+                            QStringLiteral("%1 is a %2, which describes a disc and is no sound")
+                                .arg(quoted(path), nameOfDiscDescription(kind)),
+                            QStringLiteral("Take its tracks out with 'tessaron extract' first."), path);
     sources->sources.push_back({std::size_t(sources->files.size()), 1, {}, {}, {}});
     sources->files << path;
     return {};

@@ -147,6 +147,9 @@ TEST_F(AudioDisc, sheetThatCannotBeUsed_isNamedWithItsLine)
         EXPECT_TRUE(result.errors.contains("album.cue")) << result.errors.constData();
     }
     expectNothing(run({}, {"none.cue"}), 1, "none.cue");
+    m_tree.makeFile("disc.toc", "CD_DA\nTRACK AUDIO\nFILE \"1.wav\" 0\n");
+    expectNothing(run({}, {"disc.toc"}), 1, "is a .toc file, which describes a disc and is no sound");
+    expectNothing(run({}, {"disc.toc"}), 1, "Take its tracks out");
 }
 
 TEST_F(AudioDisc, notesOfASheet_areTold)
