@@ -44,6 +44,9 @@ struct ExtractedTrack {
     std::uint64_t bytes = 0; ///< of the file
     std::uint64_t blocks = 0; ///< whole ones; a sound file may end with samples that fill none, which are taken, too
     std::uint64_t pregapLeftOut = 0; ///< blocks in front of index 1 that the image holds and the file does not
+    /// The sound was recorded with pre-emphasis (IEC 60908, 50/15 µs), and is in the file as it is on the disc. No
+    /// sound file says so: what plays it sounds too bright unless that is undone.
+    bool hasPreEmphasis = false;
     bool isChecked = false; ///< whether the image holds whole sectors, whose checksums and parity were checked
     std::uint64_t damagedSectors = 0; ///< whose checksum, parity or header is wrong; their data was taken as it is
     std::uint64_t firstDamagedSector = 0; ///< block of the track

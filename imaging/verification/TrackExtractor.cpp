@@ -70,6 +70,7 @@ TrackExtractor::TrackExtractor(const CueSheet &disc, std::size_t index, Part par
 {
     m_result.number = part == Part::Pregap ? 0 : m_track.number;
     m_result.isAudio = m_track.isAudio();
+    m_result.hasPreEmphasis = m_track.isAudio() && m_track.hasPreEmphasis;
     m_result.pregapLeftOut = part == Part::Track && m_track.pregap.isStored ? m_track.pregap.length : 0;
     if (m_track.isAudio()) {
         m_keptSize = wholeSector;

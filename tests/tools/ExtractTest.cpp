@@ -151,6 +151,22 @@ TEST_F(Extract, audio_isAWaveFile_thatOthersRead)
     EXPECT_TRUE(facts.contains("44100") && facts.contains("16-bit")) << facts.constData();
 }
 
+TEST_F(Extract, preEmphasis_isTold_sinceTheFileCannotSayIt)
+{
+    m_tree.makeFile("out/album.bin", noise(200 * sector));
+    m_tree.makeFile("out/album.cue",
+                    "FILE album.bin BINARY\n TRACK 01 AUDIO\n  FLAGS PRE\n  INDEX 01 00:00:00\n TRACK 02 AUDIO\n"
+                    "  INDEX 01 00:01:00\n");
+    const QJsonArray tracks = extract("all", "out/tracks", "out/album.cue")[QStringLiteral("tracks")].toArray();
+    ASSERT_EQ(tracks.size(), 2);
+    EXPECT_TRUE(tracks[0][QStringLiteral("preEmphasis")].toBool());
+    EXPECT_FALSE(tracks[1][QStringLiteral("preEmphasis")].toBool());
+    const ChildResult result =
+        runTessaron({"extract", "--track", "all", "-o", m_tree.path("out/others"), m_tree.path("out/album.cue")});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.errors.count("with pre-emphasis"), 1) << result.errors.constData();
+}
+
 TEST_F(Extract, audioOfASoundFile_isItsSamples)
 {
     const QByteArray sound = noise(100 * sector);

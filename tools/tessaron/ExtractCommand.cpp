@@ -99,6 +99,8 @@ void ExtractCommand::print(double seconds) const
                                               : counted(track.blocks, "block", "blocks"));
         if (track.pregapLeftOut > 0)
             line += QStringLiteral("; without its pregap of %1").arg(counted(track.pregapLeftOut, "block", "blocks"));
+        if (track.hasPreEmphasis)
+            line += QStringLiteral("; with pre-emphasis, which the file cannot say and a player has to undo");
         printDiagnostic(line);
     }
     if (!isQuiet && m_result.tracks.size() > 1)
@@ -122,6 +124,7 @@ bool ExtractCommand::writeJson(double seconds) const
         writer.member("bytes", track.bytes);
         writer.member("blocks", track.blocks);
         writer.member("pregapLeftOut", track.pregapLeftOut);
+        writer.member("preEmphasis", track.hasPreEmphasis);
         writer.member("checked", track.isChecked);
         writer.member("damagedSectors", track.damagedSectors);
         writer.member("cutSectors", track.cutSectors);
