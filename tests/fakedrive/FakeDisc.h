@@ -61,6 +61,8 @@ struct FakeDisc {
     [[nodiscard]] bool isCD() const { return profile == FakeProfile::CDR || profile == FakeProfile::CDRW; }
     [[nodiscard]] bool isOverwritable() const;
     [[nodiscard]] int sessions() const { return tracks.empty() ? 0 : tracks.back().session; }
+    /// Behind the last track.
+    [[nodiscard]] int endOfTracks() const { return tracks.empty() ? 0 : tracks.back().start + tracks.back().length; }
     /// Where the next track or session begins.
     [[nodiscard]] int nextBlock() const;
 

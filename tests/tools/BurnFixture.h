@@ -6,7 +6,7 @@
 namespace Tessaron::Testing
 {
 
-/// Discs written to a file, or to the fake drive with a disc of a test's choice in it. See FakeDrive.cpp for what that
+/// Discs written to a file, or to the fake drive with a disc of a test's choice in it. See SystemCalls.cpp for what that
 /// drive shows and what it does not.
 class BurnFixture : public ImageTest
 {
