@@ -135,6 +135,14 @@ inline constexpr std::size_t serialNumber = 36;
 inline constexpr std::size_t size = 44;
 } // namespace PosixField
 
+/// The device number of Rock Ridge (IEEE P1282 4.1.2).
+namespace DeviceField
+{
+inline constexpr std::size_t high = 4;
+inline constexpr std::size_t low = 12;
+inline constexpr std::size_t size = 20;
+} // namespace DeviceField
+
 /// What the flags of TF say (IEEE P1282 4.1.6): a bit for each time that the entry holds, and how they are recorded.
 namespace TimesFlag
 {

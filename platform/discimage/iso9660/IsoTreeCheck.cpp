@@ -131,7 +131,8 @@ private:
             (std::uint64_t(record.length) + m_descriptor.blockSize - 1) / m_descriptor.blockSize;
         if (record.length > 0 && record.block + blocks > m_descriptor.blockCount && !isInImage(record.block, blocks))
             damaged(record.offset + Field::block, QStringLiteral("it leads beyond the end of the volume"));
-        if (record.length > 0 && isInFront(record.block) && !std::exchange(m_hasToldInFront, true))
+        if (record.length > 0 && isInFront(record.block) && !isInImage(record.block, blocks)
+            && !std::exchange(m_hasToldInFront, true))
             m_problems.unsupported(record.offset + Field::block, recordName(),
                                    QStringLiteral("it leads to an earlier session or track, which is not read with "
                                                   "this one"));

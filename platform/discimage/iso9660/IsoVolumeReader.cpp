@@ -141,6 +141,9 @@ private:
             m_object.mode = entry.mode;
             m_object.kind = kindOfMode(*entry.mode);
         }
+        m_object.userId = entry.userId;
+        m_object.groupId = entry.groupId;
+        m_object.deviceNumber = entry.deviceNumber;
         if (entry.childBlock)
             m_object.kind = VolumeObjectKind::Folder;
         if (entry.modified)

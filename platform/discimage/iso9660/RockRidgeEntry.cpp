@@ -6,6 +6,7 @@
 #include "platform/foundation/ByteOrder.h"
 
 #include <bit>
+#include <sys/sysmacros.h>
 #include <vector>
 
 namespace Tessaron
@@ -93,6 +94,8 @@ private:
             return true;
         case signature('P', 'X'):
             return parseAttributes(use);
+        case signature('P', 'N'):
+            return parseDevice(use);
         case signature('T', 'F'):
             return parseTimes(use);
         case signature('N', 'M'):
@@ -130,8 +133,22 @@ private:
             return false;
         m_entry.isRockRidge = true;
         m_entry.mode = loadLittleEndian<std::uint32_t>(&use[PosixField::mode]);
+        m_entry.userId = loadLittleEndian<std::uint32_t>(&use[PosixField::userId]);
+        m_entry.groupId = loadLittleEndian<std::uint32_t>(&use[PosixField::groupId]);
         if (use.size() >= PosixField::size) // the older text has no serial number
             m_entry.serialNumber = loadLittleEndian<std::uint32_t>(&use[PosixField::serialNumber]);
+        return true;
+    }
+
+    /// The low half mostly holds the whole number, in the way of 16 bits or of 12 and 8; else the halves are major and
+    /// minor number.
+    bool parseDevice(std::span<const std::uint8_t> use)
+    {
+        if (use.size() < DeviceField::size)
+            return false;
+        const auto high = loadLittleEndian<std::uint32_t>(&use[DeviceField::high]);
+        const auto low = loadLittleEndian<std::uint32_t>(&use[DeviceField::low]);
+        m_entry.deviceNumber = high == 0 ? makedev(low >> 8, low & 0xFF) : makedev(high, low);
         return true;
     }
 

@@ -22,6 +22,9 @@ struct RockRidgeEntry {
     QByteArray name;
     bool hasName = false;
     std::optional<std::uint32_t> mode;
+    std::optional<std::uint32_t> userId;
+    std::optional<std::uint32_t> groupId;
+    std::uint64_t deviceNumber = 0; ///< PN
     std::uint32_t serialNumber = 0; ///< 0 when not recorded
     std::optional<VolumeTime> modified;
     QByteArray linkTarget;

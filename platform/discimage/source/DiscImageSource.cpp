@@ -146,11 +146,13 @@ std::shared_ptr<const DiscImageSource> DiscImageSource::sourceWithBytes(const QB
 }
 
 std::shared_ptr<const DiscImageSource> DiscImageSource::sourceWithReader(std::shared_ptr<const ImageBytes> bytes,
-                                                                         const DiscImageSectors &sectors)
+                                                                         const DiscImageSectors &sectors,
+                                                                         std::shared_ptr<const ImageBytes> earlier)
 {
     std::shared_ptr<DiscImageSource> source(new DiscImageSource);
     source->m_fileLength = source->m_dataLength = bytes->length();
     source->m_reader = std::move(bytes);
+    source->m_earlier = std::move(earlier);
     source->m_sectors = sectors;
     source->measure();
     source->m_partitions = readPartitionTables(*source, {});
@@ -268,6 +270,12 @@ NSError DiscImageSource::readSectors(std::uint64_t first, std::size_t count, voi
     return readFile(m_sectors.start + first * m_sectors.size, buffer, count * m_sectors.size);
 }
 
+bool DiscImageSource::isEarlier(std::uint64_t offset, std::uint64_t length) const
+{
+    const std::uint64_t end = std::min(std::uint64_t(m_sectors.firstBlock) * userDataSize, m_earlier->length());
+    return offset >= beforeTheImage && offset - beforeTheImage <= end && length <= end - (offset - beforeTheImage);
+}
+
 NSError DiscImageSource::read(std::uint64_t offset, void *buffer, std::size_t length) const
 {
     if (!contains(offset, length))
@@ -276,6 +284,8 @@ NSError DiscImageSource::read(std::uint64_t offset, void *buffer, std::size_t le
         return {};
     if (m_whole)
         return m_whole->read(m_partitionOffset + offset, buffer, length);
+    if (offset >= beforeTheImage)
+        return m_earlier->read(offset - beforeTheImage, buffer, length);
     if (m_sectors.size == userDataSize)
         return readFile(m_sectors.start + offset, buffer, length);
     auto *to = static_cast<char *>(buffer);

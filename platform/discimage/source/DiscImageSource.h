@@ -71,8 +71,11 @@ public:
     [[nodiscard]] static std::shared_ptr<const DiscImageSource> sourceWithBytes(const QByteArray &bytes,
                                                                                 std::uint32_t firstBlock = 0);
     /// An image that lies elsewhere. `sectors` says how its bytes hold the user data; no trailer is looked for.
+    /// `earlier`, which may be null, has the user data of the disc in front of sectors.firstBlock: the filesystem of a
+    /// later session leads there.
     [[nodiscard]] static std::shared_ptr<const DiscImageSource>
-    sourceWithReader(std::shared_ptr<const ImageBytes> bytes, const DiscImageSectors &sectors);
+    sourceWithReader(std::shared_ptr<const ImageBytes> bytes, const DiscImageSectors &sectors,
+                     std::shared_ptr<const ImageBytes> earlier = {});
     /// The blocks of a partition as an image of their own, which begins with the partition's first byte. It has neither
     /// a trailer nor sectors, but may have partitions. The run is cut to what `whole` has.
     [[nodiscard]] static std::shared_ptr<const DiscImageSource>
@@ -86,16 +89,22 @@ public:
     /// The block of the disc, of 2048 bytes, that the image begins with.
     [[nodiscard]] std::uint32_t firstBlock() const { return m_sectors.firstBlock; }
     /// Where a byte of the disc, counted from the disc's begin, lies in the image. What lies in front of the image has
-    /// an offset beyond any end, so that reading it fails; no sum of two such offsets and lengths overflows.
+    /// an offset beyond any end, by which it can be read only where the image came with the earlier blocks of its disc;
+    /// no sum of two such offsets and lengths overflows.
     [[nodiscard]] std::uint64_t offsetOnDisc(std::uint64_t byteOfDisc) const
     {
         const std::uint64_t first = std::uint64_t(m_sectors.firstBlock) * 2048;
         return byteOfDisc >= first ? byteOfDisc - first : beforeTheImage + byteOfDisc;
     }
+    /// The way back: the byte of the disc that lies at an offset of the image.
+    [[nodiscard]] std::uint64_t byteOnDisc(std::uint64_t offset) const
+    {
+        return offset >= beforeTheImage ? offset - beforeTheImage : offset + std::uint64_t(m_sectors.firstBlock) * 2048;
+    }
     /// The number that the disc gives to the block, of `blockSize` bytes, at an offset of the image.
     [[nodiscard]] std::uint64_t blockOnDisc(std::uint64_t offset, std::uint32_t blockSize) const
     {
-        return (offset + std::uint64_t(m_sectors.firstBlock) * 2048) / blockSize;
+        return byteOnDisc(offset) / blockSize;
     }
 
     /// Reads exactly `length` bytes at `offset`, or fails: with DiscImageErrorCode::Truncated when they are not all
@@ -105,10 +114,11 @@ public:
     [[nodiscard]] NSError readSectors(std::uint64_t first, std::size_t count, void *buffer) const;
     /// How many sectors there are for readSectors(): those of the track, as far as the file holds them.
     [[nodiscard]] std::uint64_t sectorCount() const;
-    /// True when the run lies within the image; no sum can overflow.
+    /// True when the run lies within the image, or within the earlier blocks that came with it; no sum can overflow.
     [[nodiscard]] bool contains(std::uint64_t offset, std::uint64_t length) const
     {
-        return offset <= m_length && length <= m_length - offset;
+        const bool isWithin = offset <= m_length && length <= m_length - offset;
+        return isWithin || (m_earlier && isEarlier(offset, length));
     }
     /// The system's descriptor of the file, for advice about reading; -1 for an image that is not in a file. Owned by
     /// this object.
@@ -131,6 +141,7 @@ private:
     void measure();
     void recogniseDamagedTrailer();
     [[nodiscard]] NSError readFile(std::uint64_t offset, void *buffer, std::size_t length) const;
+    [[nodiscard]] bool isEarlier(std::uint64_t offset, std::uint64_t length) const;
 
     static constexpr std::uint64_t beforeTheImage = std::uint64_t{1} << 62;
 
@@ -138,6 +149,7 @@ private:
     UniqueDescriptor m_file;
     QByteArray m_bytes; ///< of an image in memory
     std::shared_ptr<const ImageBytes> m_reader; ///< of an image that lies elsewhere
+    std::shared_ptr<const ImageBytes> m_earlier; ///< what lies on the disc in front of that; null when it is not known
     std::shared_ptr<const DiscImageSource> m_whole; ///< what a partition is part of
     std::uint64_t m_partitionOffset = 0; ///< in that
     std::uint64_t m_fileLength = 0;

@@ -43,6 +43,9 @@ struct VolumeObject {
     std::uint64_t size = 0; ///< of a file's contents, bytes; 0 for everything else
     std::optional<VolumeTime> modified; ///< of the contents; absent when it is not recorded
     std::optional<std::uint32_t> mode; ///< permission bits with type bits (`st_mode`); absent when not recorded
+    std::optional<std::uint32_t> userId; ///< absent when not recorded
+    std::optional<std::uint32_t> groupId;
+    std::uint64_t deviceNumber = 0; ///< of a device (`st_rdev`); 0 when not recorded
     QByteArray linkTarget; ///< of a symbolic link
     /// Names of one file have one number, other files another; 0 when the filesystem does not say.
     std::uint64_t identity = 0;
