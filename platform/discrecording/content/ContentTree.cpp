@@ -97,7 +97,7 @@ FileTime ContentTree::noLaterThanAllowed(FileTime time) const
 ObjectTimes ContentTree::times(NodeIndex node) const
 {
     const ContentNode &object = nodes[node];
-    const bool hasSource = object.sourceNode != 0;
+    const bool hasSource = object.sourceNode != 0 || object.has(ContentNode::LiesOnDisc);
     ObjectTimes result;
     result.modification = hasSource ? object.modificationTime() : volumeTime;
     result.attributeModification = hasSource && !latestTime ? object.changeTime() : result.modification;

@@ -51,6 +51,7 @@ struct ContentNode {
         NeedsInspection = 16, ///< its source has still to be looked at; only while the tree is built
         HasUserId = 32, ///< an owner was set for it
         HasGroupId = 64, ///< a group was set for it
+        LiesOnDisc = 128, ///< an earlier session has it: its extent counts from the disc's begin and is not written
     };
 
     const char *name = nullptr; ///< its name on the disc, bytes, not terminated
@@ -96,7 +97,8 @@ struct ContentNode {
     /// File: the file whose contents it has, mostly itself.
     [[nodiscard]] NodeIndex contentsOwner() const { return m_link; }
     void setContentsOwner(NodeIndex file) { m_link = file; }
-    /// File whose contents are its own: the first block of its extent, 0 until it has one.
+    /// File whose contents are its own: the first block of its extent, 0 until it has one. It counts from the image's
+    /// begin, unless the file LiesOnDisc.
     [[nodiscard]] std::uint32_t extentStart() const { return m_extent; }
     void setExtentStart(std::uint32_t block) { m_extent = block; }
     [[nodiscard]] bool hasExtent() const { return m_extent != 0; }
@@ -188,6 +190,7 @@ public:
     std::uint32_t folderCount = 0; ///< folders in the tree, the root counted, absent ones not
     FileTime volumeTime; ///< when the volume was made; also the time of objects without source
     std::optional<std::int64_t> latestTime; ///< no object gets a later time; set for reproducible images
+    bool hasObjectsOnDisc = false; ///< some of the objects are LiesOnDisc
 
     /// The folder in the root that takes folders too deep for ISO 9660 (IEEE P1282 4.1.5); 0 without one.
     NodeIndex relocationFolder = 0;
@@ -212,6 +215,12 @@ public:
     /// The reference of the object's source; the zero reference when it has none.
     [[nodiscard]] FSRef sourceRef(NodeIndex node) const;
     [[nodiscard]] FileContents fileContents(NodeIndex node) const;
+    /// The block of the disc where a file's contents begin, in an image that begins at the block `image` of it.
+    [[nodiscard]] std::uint64_t blockOfContents(NodeIndex file, std::uint64_t image) const
+    {
+        const ContentNode &owner = nodes[nodes[file].contentsOwner()];
+        return owner.extentStart() + (owner.has(ContentNode::LiesOnDisc) ? 0 : image);
+    }
     /// The contents of a file that the layout itself brings; empty for others.
     [[nodiscard]] QByteArray memoryContents(NodeIndex node) const;
     [[nodiscard]] std::string_view linkTarget(NodeIndex node) const

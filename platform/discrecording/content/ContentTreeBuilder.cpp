@@ -182,8 +182,11 @@ void ContentTreeBuilder::addObject(NodeIndex parent, const Candidate &candidate)
     }
     if (object.sourceRef().node != 0)
         setSource(content, object.sourceRef());
-    if (!object.isFolder() && object.isVirtual()) {
-        const QByteArray contents = static_cast<const DRFile &>(object).virtualContents();
+    const DRFile *const file = object.isFolder() ? nullptr : static_cast<const DRFile *>(&object);
+    if (const DRRecordedObject *const recorded = file ? file->recordedObject() : nullptr) {
+        takeRecorded(content, *recorded);
+    } else if (file && file->isVirtual()) {
+        const QByteArray contents = file->virtualContents();
         content.setFileSize(static_cast<std::uint64_t>(contents.size()));
         content.flags |= ContentNode::HasContentsInMemory;
         m_tree->contentsInMemory.emplace_back(node, contents);
@@ -193,6 +196,33 @@ void ContentTreeBuilder::addObject(NodeIndex parent, const Candidate &candidate)
     if (!object.isFolder())
         return;
     m_pending.push_back({node, object.isVirtual() ? static_cast<const DRFolder *>(&object) : nullptr});
+}
+
+/// Files with one place on the disc are found to share their contents by that, as those of the machine are by theirs.
+void ContentTreeBuilder::takeRecorded(ContentNode &content, const DRRecordedObject &recorded)
+{
+    constexpr std::uint64_t deviceOfDisc = UINT64_MAX; // that no file of the machine is on
+    m_tree->hasObjectsOnDisc = true;
+    content.flags |= ContentNode::LiesOnDisc;
+    content.kind = contentKindOfMode(recorded.mode);
+    content.mode = static_cast<std::uint16_t>(recorded.mode);
+    content.userId = recorded.userId;
+    content.groupId = recorded.groupId;
+    content.setModificationTime(recorded.modification.value_or(m_tree->volumeTime));
+    content.setChangeTime(content.modificationTime());
+    if (content.isFile()) {
+        content.setFileSize(recorded.size);
+        content.setExtentStart(recorded.size > 0 ? recorded.firstBlock : 0);
+        content.inode = recorded.firstBlock;
+        content.device = deviceNumber(m_tree->devices, deviceOfDisc);
+    } else if (content.kind == ContentKind::SymbolicLink) {
+        const QByteArray &target = recorded.linkTarget;
+        content.setLinkTargetLength(static_cast<std::uint64_t>(target.size()));
+        content.setLinkTargetNumber(static_cast<std::uint32_t>(m_tree->linkTargets.size()));
+        m_tree->linkTargets.push_back(m_tree->texts.store(view(target)));
+    } else if (content.isDevice()) {
+        content.setDeviceNumber(recorded.deviceNumber);
+    }
 }
 
 void ContentTreeBuilder::setSource(ContentNode &content, const FSRef &ref)

@@ -15,6 +15,7 @@ namespace Tessaron
 class DRFile;
 class DRFolder;
 class DRFSObject;
+struct DRRecordedObject;
 
 /// Makes the flat tree of a disc: walks the layout, lists the real folders in it, looks at every source, and finds the
 /// files whose contents are the same. On one thread but for looking at sources.
@@ -55,6 +56,7 @@ private:
     /// Remembers the name of a listed object that had to be cut.
     void noteLongName(NodeIndex node, ContentNode &content);
     void addObject(NodeIndex parent, const Candidate &candidate);
+    void takeRecorded(ContentNode &content, const DRRecordedObject &recorded);
     void applyProperties(NodeIndex node, ContentNode &content, const DRFSObject &object);
     void setSource(ContentNode &content, const FSRef &ref);
     std::string_view nameOf(const DRFSObject &object);

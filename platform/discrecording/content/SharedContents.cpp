@@ -20,7 +20,8 @@ std::uint64_t mixed(std::uint64_t value)
 
 bool isStoredFile(const ContentNode &content)
 {
-    return content.isFile() && !content.has(ContentNode::HasContentsInMemory);
+    const bool isEmptyOnDisc = content.has(ContentNode::LiesOnDisc) && content.fileSize() == 0; // which lies nowhere
+    return content.isFile() && !content.has(ContentNode::HasContentsInMemory) && !isEmptyOnDisc;
 }
 
 } // namespace

@@ -24,10 +24,7 @@
 namespace Tessaron
 {
 
-namespace
-{
-
-ContentKind kindOf(std::uint32_t mode)
+ContentKind contentKindOfMode(std::uint32_t mode)
 {
     switch (mode & S_IFMT) {
     case S_IFDIR:
@@ -46,6 +43,9 @@ ContentKind kindOf(std::uint32_t mode)
         return ContentKind::File;
     }
 }
+
+namespace
+{
 
 /// True when the permissions alone say that everybody may read.
 bool isReadableByAll(std::uint32_t mode, bool isFolder)
@@ -87,7 +87,7 @@ public:
             leaveOut(node, isAbsence(found.error) ? StorageReason::Vanished : notReadable);
             return;
         }
-        const ContentKind kind = kindOf(found.status.stx_mode);
+        const ContentKind kind = contentKindOfMode(found.status.stx_mode);
         if (content.isFolder() != (kind == ContentKind::Folder)) {
             leaveOut(node, content.isFolder() ? StorageReason::Vanished : StorageReason::BecameFolder);
             return;
@@ -143,7 +143,7 @@ private:
     void take(ContentNode &content, const struct statx &status)
     {
         if (!content.isFolder())
-            content.kind = kindOf(status.stx_mode);
+            content.kind = contentKindOfMode(status.stx_mode);
         if (content.kind == ContentKind::File)
             content.setFileSize(status.stx_size);
         else if (content.isDevice())
@@ -245,7 +245,7 @@ std::uint16_t deviceNumber(std::vector<std::uint64_t> &devices, std::uint64_t de
 
 bool takeCatalogInfo(ContentNode &content, const FSCatalogInfo &info)
 {
-    content.kind = kindOf(info.mode);
+    content.kind = contentKindOfMode(info.mode);
     if (content.isFile())
         content.setFileSize(info.dataLogicalSize);
     else if (content.isDevice())

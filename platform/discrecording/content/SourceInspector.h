@@ -12,6 +12,9 @@ namespace Tessaron
 
 struct FSCatalogInfo;
 
+/// The kind of an object with this `st_mode`.
+[[nodiscard]] ContentKind contentKindOfMode(std::uint32_t mode);
+
 /// The number of a device in the table, added when it is new.
 [[nodiscard]] std::uint16_t deviceNumber(std::vector<std::uint64_t> &devices, std::uint64_t device);
 

@@ -219,7 +219,7 @@ void DirectoryRecords::setExtent(NodeIndex node, std::uint32_t section)
         size = std::uint64_t{folder.blockCount} * logicalBlockSize;
     } else if (content.isFile() && content.fileSize() > 0) {
         const std::uint64_t offset = section * fileSectionSize;
-        block = m_places->image + tree.nodes[content.contentsOwner()].extentStart() + offset / logicalBlockSize;
+        block = tree.blockOfContents(node, m_places->image) + offset / logicalBlockSize;
         size = std::min(content.fileSize() - offset, fileSectionSize);
         const bool isLast = offset + size >= content.fileSize();
         m_record[Field::flags] =

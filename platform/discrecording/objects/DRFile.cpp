@@ -37,6 +37,18 @@ std::shared_ptr<DRFile> DRFile::virtualFileWithName(const QString &name, const Q
     return file;
 }
 
+std::shared_ptr<DRFile> DRFile::recordedFileWithName(const QString &name, const DRRecordedObject &recorded)
+{
+    auto file = std::make_shared<DRFile>(ConstructionKey(), name);
+    file->rare().recorded = std::make_unique<const DRRecordedObject>(recorded);
+    return file;
+}
+
+const DRRecordedObject *DRFile::recordedObject() const
+{
+    return isVirtual() && m_rare ? m_rare->recorded.get() : nullptr;
+}
+
 QByteArray DRFile::virtualContents() const
 {
     return isVirtual() && m_rare ? m_rare->contents : QByteArray();

@@ -139,6 +139,13 @@ bool Planner::chooseFilesystems(NSError *error)
     completeFilesystemMasks(*m_tree, &contents);
     // An empty image has all that are allowed; an object that no filesystem may hold does not ask for one.
     m_filesystems = contents == 0 ? allowed : allowed & contents;
+    constexpr DRFilesystemMask leadingAnywhere = DRFilesystemInclusionMaskISO9660 | DRFilesystemInclusionMaskJoliet;
+    if (m_tree->hasObjectsOnDisc && (m_filesystems & ~leadingAnywhere) != 0) {
+        *error =
+            planError(paramErr, QStringLiteral("UDF and HFS+ cannot lead to files of the disc's earlier sessions."),
+                      QStringLiteral("Write ISO 9660 and Joliet alone."));
+        return false;
+    }
     if (m_filesystems != 0) {
         ContentNode &root = m_tree->nodes[0];
         root.masks = static_cast<std::uint8_t>(root.masks | m_filesystems);

@@ -267,7 +267,9 @@ std::vector<NodeIndex> placeDvdVideoFiles(ContentTree &tree, DRFilesystemMask fi
         for (NodeIndex child = folder.firstChild(); child < folder.endChild(); ++child) {
             const ContentNode &content = tree.nodes[child];
             std::optional<DvdFile> file = dvdFileNamed(content.nameView());
-            if (!file || !content.isFile() || content.fileSize() == 0 || !isOnDisc(content))
+            const bool isToBePlaced = content.isFile() && content.fileSize() > 0 && isOnDisc(content)
+                && !content.has(ContentNode::LiesOnDisc);
+            if (!file || !isToBePlaced)
                 continue;
             file->node = child;
             found.push_back(*file);
