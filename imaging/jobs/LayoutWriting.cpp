@@ -92,6 +92,7 @@ public:
         return m_device->sinkForBurn(cancellation);
     }
     [[nodiscard]] QVariantMap mediaInfo() const override { return m_device->mediaInfo(); }
+    [[nodiscard]] BlockAddress firstBlock() const override { return m_device->firstBlock(); }
 
 private:
     const std::shared_ptr<BurnDevice> m_device;

@@ -10,4 +10,9 @@ QVariantMap BurnDevice::mediaInfo() const
     return {};
 }
 
+BlockAddress BurnDevice::firstBlock() const
+{
+    return {};
+}
+
 } // namespace Tessaron

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/disctracks/BlockAddress.h"
 #include "platform/foundation/Export.h"
 
 #include <QVariantMap>
@@ -28,6 +29,10 @@ public:
     /// What producers of tracks hear of the medium (DRDeviceMediaClassKey); empty where nothing is known. Asked for
     /// before the burn is planned.
     [[nodiscard]] virtual QVariantMap mediaInfo() const;
+
+    /// The block of the medium that the first track's index 1 will have: 0 on an empty one. Asked for before the burn
+    /// is planned.
+    [[nodiscard]] virtual BlockAddress firstBlock() const;
 };
 
 } // namespace Tessaron

@@ -43,7 +43,8 @@ NSError BurnJob::plan()
 {
     m_status->enterState(DRStatusStatePreparing);
     const auto progress = [this](double percent) { m_status->setPercentComplete(percent); };
-    Result<BurnPlan> plan = planBurn(m_layout, m_burn, m_cancellation.get_token(), progress, m_device->mediaInfo());
+    Result<BurnPlan> plan =
+        planBurn(m_layout, m_burn, m_cancellation.get_token(), progress, m_device->mediaInfo(), m_device->firstBlock());
     m_layout = {}; // the plan keeps what it needs of it
     if (!plan)
         return plan.error();

@@ -91,10 +91,12 @@ BlockAddress firstBlockOfDisc(const TrackGap &pregap)
 class DiscPlanner
 {
 public:
-    DiscPlanner(BurnPlan &plan, const std::stop_token &cancellation, const std::function<void(double)> &progress)
+    DiscPlanner(BurnPlan &plan, const std::stop_token &cancellation, const std::function<void(double)> &progress,
+                BlockAddress firstBlock)
         : m_plan(plan)
         , m_cancellation(cancellation)
         , m_progress(progress)
+        , m_next(firstBlock)
     {
     }
 
@@ -119,7 +121,7 @@ private:
         const std::size_t count = m_plan.writers.size();
         TrackWriter &writer = *m_plan.writers[m_index];
         if (m_index == 0) {
-            m_next = firstBlockOfDisc(writer.pregap());
+            m_next = m_next + firstBlockOfDisc(writer.pregap()).number();
             m_plan.contents.sessions.front().firstBlock = m_next;
         }
         const auto trackProgress = [&](double part) { m_progress((double(m_index) + part) / double(count)); };
@@ -179,12 +181,13 @@ NSError writeSessions(const BurnPlan &plan, BlockSink &sink, BlockStream &stream
 } // namespace
 
 Result<BurnPlan> planBurn(const DRLayout &layout, DRBurn *burn, const std::stop_token &cancellation,
-                          const std::function<void(double)> &progress, const QVariantMap &media)
+                          const std::function<void(double)> &progress, const QVariantMap &media,
+                          BlockAddress firstBlock)
 {
     BurnPlan plan;
     if (NSError error = checkTracks(layout, burn, media, &plan.writers))
         return error;
-    DiscPlanner planner(plan, cancellation, progress);
+    DiscPlanner planner(plan, cancellation, progress, firstBlock);
     for (const DRTrackArray &tracks : sessionsOf(layout)) {
         if (NSError error = planner.addSession(tracks.size()))
             return error;

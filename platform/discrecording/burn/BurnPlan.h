@@ -26,9 +26,10 @@ struct BurnPlan {
 
 /// Plans each track, after all have been looked at: what cannot be written fails before anything slow begins. The error
 /// is burnCancelledError() once a stop was asked for. `burn` and `media` are only passed on to producers; `burn` may be
-/// null. `progress` gets 0 to 1, on the calling thread.
+/// null. `progress` gets 0 to 1, on the calling thread. `firstBlock`: as BurnDevice::firstBlock().
 [[nodiscard]] Result<BurnPlan> planBurn(const DRLayout &layout, DRBurn *burn, const std::stop_token &cancellation,
-                                        const std::function<void(double)> &progress, const QVariantMap &media = {});
+                                        const std::function<void(double)> &progress, const QVariantMap &media = {},
+                                        BlockAddress firstBlock = {});
 
 /// Writes all that was planned to the sink, from the disc's beginning to its end; after a failure the sink abandons the
 /// disc and has the last word about the error. `bytesTaken` as in BlockStream.
