@@ -38,8 +38,10 @@ struct BurnDiscOrder {
     /// How many times as fast as single speed for the disc; 0 for as fast as it goes. Drives take the nearest speed.
     double speed = 0;
     bool isSimulated = false; ///< with the laser off: nothing is written
-    /// The disc stays open for further sessions. One that has some already takes sound only: data would hide what is
-    /// there.
+    /// The disc stays open for further sessions. On one that has some already, folders and files become the next one:
+    /// they go beside what is there, which stays as it is; a file of the same path takes the place of the earlier one.
+    /// Such a session has ISO 9660 and Joliet only; with `allDiscFilesystems` it has these, and asking for others is an
+    /// error. An image of sound can be added as well, one of data cannot.
     bool leavesOpen = false;
     bool verifies = false; ///< read everything back and compare it
     bool ejects = false; ///< put the tray out at the end, also after a failure
@@ -60,6 +62,10 @@ struct BurnDiscResult {
     bool isImage = false; ///< an image was written, not folders and files
     /// Of folders and files: counts, name, and what is not on the disc as it stands. Of an image: `bytes`.
     DiscImageResult data;
+    // Of what the disc had before and still has; not counted in `data`.
+    std::uint32_t keptFiles = 0;
+    std::uint32_t keptFolders = 0;
+    QStringList replaced; ///< paths on the disc of earlier files that were replaced by what was added
     std::uint32_t tracks = 0;
     std::uint32_t sessions = 0; ///< that were written
     /// What an image says and this disc cannot have, what was interpreted, and what sounds are damaged.

@@ -2,6 +2,7 @@
 #include "imaging/burning/BurntDiscCheck.h"
 #include "imaging/burning/ChosenDrive.h"
 #include "imaging/burning/DescribedTrackWriter.h"
+#include "imaging/burning/EarlierFiles.h"
 #include "imaging/jobs/DataDisc.h"
 #include "imaging/jobs/DiscJobWork.h"
 #include "imaging/jobs/ImageMaker.h"
@@ -63,6 +64,7 @@ public:
     [[nodiscard]] NSError errorOfTree() const;
     [[nodiscard]] NSError findSources(const std::stop_token &stop);
     [[nodiscard]] NSError openDrive();
+    [[nodiscard]] NSError readEarlierFiles(const std::stop_token &stop);
     void prepared(const NSError &error);
     void makeData();
     void dataMade();
@@ -77,6 +79,8 @@ public:
     BurnDiscResult result;
     std::shared_ptr<DRDevice> device;
     BurnSources sources;
+    std::shared_ptr<EarlierFiles> earlier; ///< null unless data go onto a disc that has some
+    DiscFilesystems filesystems; ///< that are written
     // The main thread's.
     std::unique_ptr<ImageMaker> maker;
     // Shared.
@@ -98,7 +102,9 @@ NSError BurnDiscJob::Work::prepare(const std::stop_token &stop)
         return error;
     if (stop.stop_requested())
         return discJobCancellation();
-    return openDrive();
+    if (NSError error = openDrive())
+        return error;
+    return sources.image ? NSError() : readEarlierFiles(stop);
 }
 
 NSError BurnDiscJob::Work::errorOfTree() const
@@ -148,8 +154,33 @@ NSError BurnDiscJob::Work::openDrive()
         DiscTrack track;
         track.length = 1;
         least = TableOfContents::withTrack(track);
+        least.sessions.front().firstBlock = device->firstBlock();
     }
     return jobErrorOfBurn(device->errorOfBurn(least));
+}
+
+/// A further session leads to the files of those before it, which only some filesystems can.
+NSError BurnDiscJob::Work::readEarlierFiles(const std::stop_token &stop)
+{
+    filesystems = order.filesystems;
+    if (device->firstBlock() == BlockAddress())
+        return {};
+    const DiscFilesystems possible = DiscFilesystems(DiscFilesystem::ISO9660) | DiscFilesystem::Joliet;
+    if (order.filesystems == allDiscFilesystems) {
+        filesystems = possible;
+        result.notes << QStringLiteral(
+            "what is added has ISO 9660 with Rock Ridge and Joliet; UDF and HFS+ cannot go on "
+            "from one session to the next");
+    } else if ((order.filesystems & ~possible) != 0) {
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("UDF and HFS+ cannot go on from one session to the next"),
+                            QStringLiteral("Name iso9660 and joliet alone, or put an empty disc in."));
+    }
+    Result<std::shared_ptr<EarlierFiles>> found = EarlierFiles::read(*device, stop);
+    if (!found)
+        return found.error();
+    earlier = *std::move(found);
+    return {};
 }
 
 void BurnDiscJob::Work::prepared(const NSError &error)
@@ -169,7 +200,11 @@ void BurnDiscJob::Work::prepared(const NSError &error)
 
 void BurnDiscJob::Work::makeData()
 {
-    QString name = order.volumeName.isEmpty() ? nameOfSources(sources.sources) : order.volumeName;
+    QString name = order.volumeName;
+    if (name.isEmpty() && earlier)
+        name = earlier->volumeName(); // it stays the same disc
+    if (name.isEmpty())
+        name = nameOfSources(sources.sources);
     if (order.tree ? isDvdVideo(*order.tree) : isDvdVideo(sources.sources))
         name = dvdName(name);
     result.data.volumeName = name;
@@ -180,10 +215,12 @@ void BurnDiscJob::Work::makeData()
     making.volumeName = name;
     making.isVolumeNameGiven = !order.volumeName.isEmpty();
     making.isVolumeNameChanged = making.isVolumeNameGiven && name != order.volumeName;
-    making.filesystems = order.filesystems;
+    making.filesystems = filesystems;
     making.relocatesDeepFolders = order.relocatesDeepFolders;
     making.isStrict = order.isStrict;
     making.device = device;
+    if (earlier)
+        making.completeLayout = [this](DRFolder &layout) { return earlier->addTo(layout); };
     maker = std::make_unique<ImageMaker>(std::move(making));
     maker->start([this] { dataMade(); });
 }
@@ -193,6 +230,13 @@ void BurnDiscJob::Work::dataMade()
     const QString name = result.data.volumeName;
     result.data = maker->result();
     result.data.volumeName = name;
+    if (earlier && maker->contents()) {
+        result.keptFiles = earlier->keptFiles();
+        result.keptFolders = earlier->keptFolders();
+        result.replaced = earlier->replaced();
+        result.data.files -= result.keptFiles;
+        result.data.folders -= result.keptFolders;
+    }
     const NSError error = std::exchange(result.data.error, {});
     if (const std::shared_ptr<const TableOfContents> contents = maker->contents()) {
         result.tracks = std::uint32_t(contents->trackCount());
@@ -259,7 +303,6 @@ NSError BurnDiscJob::Work::finish(const NSError &writeError, const std::stop_tok
 NSError BurnDiscJob::Work::check(const std::stop_token &stop)
 {
     const auto progress = [this](const DiscJobProgress &now) { tell(now); };
-    const std::uint64_t first = result.disc.state == DiscState::Appendable ? result.disc.nextBlock.value_or(0) : 0;
     if (sources.image) {
         const std::size_t firstTrack = result.disc.tracks.size();
         WrittenImageCheck checked = checkWrittenImage(*device, sources.image->disc, firstTrack, stop, progress);
@@ -267,11 +310,13 @@ NSError BurnDiscJob::Work::check(const std::stop_token &stop)
         result.blocksCompared = checked.blocksCompared;
         return jobErrorOfBurn(checked.error);
     }
+    const std::uint64_t first = result.disc.state == DiscState::Appendable ? result.disc.nextBlock.value_or(0) : 0;
     VerificationRequest wanted;
     wanted.sources = sources.sources;
     wanted.tree = order.tree;
-    wanted.filesystems = order.filesystems;
-    result.verification = checkWrittenData(*device, first, result.data.bytes / 2048, std::move(wanted), stop, progress);
+    wanted.filesystems = filesystems;
+    const WrittenData written{first, result.data.bytes / 2048, earlier.get()};
+    result.verification = checkWrittenData(*device, written, std::move(wanted), stop, progress);
     return noDifference(*result.verification);
 }
 

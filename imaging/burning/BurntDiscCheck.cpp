@@ -97,13 +97,24 @@ private:
 
 } // namespace
 
-VerificationResult checkWrittenData(DRDevice &device, std::uint64_t firstBlock, std::uint64_t blocks,
-                                    VerificationRequest wanted, const std::stop_token &stop,
-                                    const CheckProgress &progress)
+VerificationResult checkWrittenData(DRDevice &device, const WrittenData &written, VerificationRequest request,
+                                    const std::stop_token &stop, const CheckProgress &progress)
 {
-    wanted.image = device.readBack(firstBlock, blocks);
-    wanted.volumes = volumesInImage(wanted.image);
-    return verifyImage(wanted, stop, progress);
+    request.image = device.readBack(written.firstBlock, written.blocks);
+    request.volumes = volumesInImage(request.image);
+    request.hasEarlierFiles = written.earlier != nullptr;
+    VerificationResult result = verifyImage(request, stop, progress);
+    if (written.earlier == nullptr || result.error)
+        return result;
+    const auto volume = std::find_if(request.volumes.begin(), request.volumes.end(), [](const FoundVolume &one) {
+        return one.kind == VolumeKind::RockRidge && one.reader; // which has the names as they are
+    });
+    if (volume == request.volumes.end())
+        result.notes << QStringLiteral("It was not looked whether what the disc had before is still listed: that takes "
+                                       "ISO 9660 with Rock Ridge.");
+    else
+        result.error = written.earlier->errorInVolume(*volume->reader, stop);
+    return result;
 }
 
 WrittenImageCheck checkWrittenImage(DRDevice &device, const CueSheet &image, std::size_t firstTrack,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "imaging/burning/EarlierFiles.h"
 #include "platform/discrecording/drives/DRDevice.h"
 #include "platform/disctracks/CueSheet.h"
 #include <TessaronClasses/DiscImageJob.h>
@@ -14,10 +15,18 @@ namespace Tessaron
 /// Told how far a comparison is.
 using CheckProgress = std::function<void(const DiscJobProgress &)>;
 
-/// Compares what is on the disc, from `firstBlock` on, with what it was made of, which the request says; its image and
-/// volumes are filled in here.
-[[nodiscard]] VerificationResult checkWrittenData(DRDevice &device, std::uint64_t firstBlock, std::uint64_t blocks,
-                                                  VerificationRequest wanted, const std::stop_token &stop,
+/// Where folders and files were written to.
+struct WrittenData {
+    std::uint64_t firstBlock = 0;
+    std::uint64_t blocks = 0;
+    const EarlierFiles *earlier = nullptr; ///< that are still to be there; null for none
+};
+
+/// Compares what is on the disc with what it was made of, which the request says; its image and volumes are filled in
+/// here. Of earlier files it is looked whether the new session leads to where they lie; their contents are not read
+/// again.
+[[nodiscard]] VerificationResult checkWrittenData(DRDevice &device, const WrittenData &written,
+                                                  VerificationRequest request, const std::stop_token &stop,
                                                   const CheckProgress &progress);
 
 /// How the written tracks of an image compare with it.

@@ -200,6 +200,10 @@ void ImageMaker::layoutMade(const std::shared_ptr<DRFolder> &folder)
     folder->setExplicitFilesystemMask(DRFilesystemMask(m_order.filesystems.toInt()));
     if (m_order.relocatesDeepFolders)
         folder->setProperty(true, DRRelocatesDeepFolders, DRISO9660);
+    if (NSError error = m_order.completeLayout ? m_order.completeLayout(*folder) : NSError()) {
+        stop(error);
+        return;
+    }
     startWriting(folder);
     // The layout stands for itself. Freeing a large tree takes a while, which the burn's planning uses meanwhile.
     m_rootItem.reset();

@@ -41,6 +41,8 @@ struct ImageMakerOrder {
     bool isBeforeAudio = false;
     /// Told how many bytes the image will have, before they are written; an error ends the making.
     std::function<NSError(std::uint64_t bytes)> checkSize;
+    /// Given the layout before it is planned, to put something into it; an error ends the making.
+    std::function<NSError(DRFolder &layout)> completeLayout;
     int descriptor = -1; ///< the same file, for a look at its filesystem; owned by the caller
     /// Takes the image in place of a file when it is not null; nothing reaches it before the plan has been checked.
     std::shared_ptr<BurnDevice> device;

@@ -108,6 +108,8 @@ void compareVolumes(const VerificationRequest &request, SourceIndex &sources, Co
             const bool sharesRecords = kind == VolumeKind::RockRidge || (kind == VolumeKind::ISO9660 && hasRockRidge);
             VolumeComparison comparison(*volume.reader, sources, plan, result->differences,
                                         sharesRecords ? &rockRidge : nullptr);
+            if (request.hasEarlierFiles)
+                comparison.allowExtra();
             result->volumes.push_back(comparison.run(stop));
         }
     }

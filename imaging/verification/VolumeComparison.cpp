@@ -152,7 +152,7 @@ void VolumeComparison::settle(Level &level)
             return;
         if (matched.source != noSource)
             compare(matched.object, matched.source);
-        else if (!belongsToRelocation(matched.object))
+        else if (!m_allowsExtra && !belongsToRelocation(matched.object))
             reportExtra(matched.object);
     }
 }

@@ -41,6 +41,8 @@ public:
     /// for a plain view without Rock Ridge.
     VolumeComparison(const VolumeReader &reader, SourceIndex &sources, ContentPlan &contents,
                      ImageDifferenceList &differences, RecordedSources *rockRidge);
+    /// Objects that the sources do not have are no differences.
+    void allowExtra() { m_allowsExtra = true; }
 
     [[nodiscard]] VolumeVerification run(const std::stop_token &stop);
 
@@ -75,6 +77,7 @@ private:
     RecordedSources *const m_rockRidge;
     const std::optional<std::int64_t> m_latestTime; ///< of SOURCE_DATE_EPOCH
     std::stop_token m_stop;
+    bool m_allowsExtra = false;
     VolumeVerification m_result;
     std::vector<Level> m_levels;
     std::unordered_map<std::uint64_t, SourceNumber> m_foldersToEnter; ///< by the reader's mark

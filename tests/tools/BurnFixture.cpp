@@ -49,6 +49,33 @@ QByteArray BurnFixture::sectors(int first, int count, int size) const
     return result;
 }
 
+QByteArray BurnFixture::mediumFile() const
+{
+    constexpr int dataSize = 2048;
+    return m_tree.makeFile("medium.img", sectors(0, disc().endOfTracks(), dataSize));
+}
+
+void BurnFixture::addForeignSession(const QByteArray &image) const
+{
+    constexpr int sectorSize = 2352;
+    constexpr int dataSize = 2048;
+    FakeDisc disc = this->disc();
+    FakeTrack track;
+    track.session = disc.sessions() + 1;
+    track.number = track.session;
+    track.start = disc.nextBlock();
+    track.length = int((image.size() + dataSize - 1) / dataSize);
+    QFile file(QFile::decodeName(driveFolder() + "/sectors"));
+    EXPECT_TRUE(file.open(QIODevice::ReadWrite));
+    for (int block = 0; block < track.length; ++block) {
+        file.seek(qint64(track.start + block) * sectorSize);
+        file.write(image.mid(qsizetype(block) * dataSize, dataSize));
+    }
+    disc.tracks.push_back(track);
+    disc.status = FakeDisc::Status::Appendable;
+    insert(disc);
+}
+
 ChildSettings BurnFixture::withDrive(const QList<QByteArray> &words) const
 {
     ChildSettings settings = tessaron(words);

@@ -6,8 +6,8 @@
 namespace Tessaron::Testing
 {
 
-/// Discs written to a file, or to the fake drive with a disc of a test's choice in it. See SystemCalls.cpp for what that
-/// drive shows and what it does not.
+/// Discs written to a file, or to the fake drive with a disc of a test's choice in it. See SystemCalls.cpp for what
+/// that drive shows and what it does not.
 class BurnFixture : public ImageTest
 {
 protected:
@@ -25,6 +25,11 @@ protected:
     [[nodiscard]] FakeDisc disc() const;
     /// The user data of blocks, or sound, as they are on the disc.
     [[nodiscard]] QByteArray sectors(int first, int count, int size) const;
+
+    /// The data of the disc from its first block on, 2048 bytes a block, as a file that other programs can read.
+    [[nodiscard]] QByteArray mediumFile() const;
+    /// Puts data onto the disc in the drive as if another program had written them: a closed session at its next block.
+    void addForeignSession(const QByteArray &image) const;
 
     /// The command with the fake drive as /dev/sr0.
     [[nodiscard]] ChildSettings withDrive(const QList<QByteArray> &words) const;

@@ -62,6 +62,7 @@ void BurnCommand::print(double seconds) const
         for (const QString &note : m_result.notes)
             printDiagnostic(note);
     }
+    printReplaced();
     if (m_result.verification)
         printDifferences(m_arguments, m_result.verification->differences);
     if (m_problem) {
@@ -79,9 +80,19 @@ void BurnCommand::print(double seconds) const
     printDiagnostic(line);
 }
 
+/// Files of earlier sessions that are not seen any more; -q does not hide that.
+void BurnCommand::printReplaced() const
+{
+    constexpr qsizetype shown = 20;
+    for (const QString &path : m_result.replaced.mid(0, shown))
+        printDiagnostic(QStringLiteral("%1 takes the place of the file that the disc had").arg(path));
+    if (m_result.replaced.size() > shown)
+        printDiagnostic(QStringLiteral("… and %1 more; --json lists all").arg(m_result.replaced.size() - shown));
+}
+
 QString BurnCommand::whatWasWritten() const
 {
-    const QString amount = m_result.isImage
+    QString amount = m_result.isImage
         ? counted(m_result.tracks, "track", "tracks")
         : QStringLiteral("%1, %2").arg(counted(m_result.data.files, "file", "files"),
                                        counted(m_result.data.folders, "folder", "folders"));
@@ -107,6 +118,9 @@ bool BurnCommand::writeJson(double seconds) const
     writer.member("bytes", m_result.data.bytes);
     writer.member("files", m_result.data.files);
     writer.member("folders", m_result.data.folders);
+    writer.member("keptFiles", m_result.keptFiles);
+    writer.member("keptFolders", m_result.keptFolders);
+    writer.textsMember("replaced", m_result.replaced);
     writer.member("tracks", m_result.tracks);
     writer.member("sessions", m_result.sessions);
     writer.member("waits", m_result.waits);

@@ -21,6 +21,7 @@ private:
     [[nodiscard]] BurnDiscOrder order() const;
     [[nodiscard]] ExitStatus status() const;
     void print(double seconds) const;
+    void printReplaced() const;
     [[nodiscard]] QString whatWasWritten() const;
     [[nodiscard]] bool writeJson(double seconds) const;
 

@@ -20,10 +20,11 @@ constexpr std::array options = {
                       "N times single speed; drives take the nearest one.\nAs fast as it goes without it."},
     OptionDescription{Option::Simulate, 0, "simulate", nullptr, "burn",
                       "Do everything with the laser off: nothing is written.\nFor CD-R, CD-RW, DVD-R and DVD-RW."},
-    OptionDescription{
-        Option::Multi, 0, "multi", nullptr, "burn",
-        "Leave the disc open for further sessions. An open disc\ngets sound as one more; data cannot be added yet."},
-    OptionDescription{Option::Verify, 0, "verify", nullptr, "burn", "Read everything back and compare it."},
+    OptionDescription{Option::Multi, 0, "multi", nullptr, "burn",
+                      "Leave the disc open for further sessions, or add to an\nopen one. What it has is kept; a file "
+                      "of the same path\nis replaced."},
+    OptionDescription{Option::Verify, 0, "verify", nullptr, "burn",
+                      "Read everything back and compare it."},
     OptionDescription{Option::Full, 0, "full", nullptr, "blank",
                       "Blank all of the disc, not only what says where things\nare. Takes as long as writing it."},
     OptionDescription{Option::FormatDisc, 0, "format", nullptr, "blank",

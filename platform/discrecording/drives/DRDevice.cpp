@@ -99,13 +99,18 @@ NSError DRDevice::format()
 
 std::shared_ptr<const DiscImageSource> DRDevice::readBack(std::uint64_t firstBlock, std::uint64_t blocks)
 {
-    auto reader = std::make_shared<const DriveReader>(
-        [this](std::uint64_t first, std::uint32_t count, char *out) { return d->drive->readBlocks(first, count, out); },
-        firstBlock, blocks);
+    const auto readerOf = [this](std::uint64_t from, std::uint64_t length) {
+        return std::make_shared<const DriveReader>(
+            [this](std::uint64_t first, std::uint32_t count, char *out) {
+                return d->drive->readBlocks(first, count, out);
+            },
+            from, length);
+    };
     DiscImageSectors sectors;
     sectors.kind = TrackKind::Mode1;
     sectors.firstBlock = std::uint32_t(firstBlock);
-    return DiscImageSource::sourceWithReader(std::move(reader), sectors);
+    return DiscImageSource::sourceWithReader(readerOf(firstBlock, blocks), sectors,
+                                             firstBlock > 0 ? readerOf(0, firstBlock) : nullptr);
 }
 
 NSError DRDevice::readSound(std::int64_t first, std::uint32_t count, char *out)
@@ -122,6 +127,12 @@ std::shared_ptr<BlockSink> DRDevice::sinkForBurn(const std::stop_token &cancella
 {
     d->sink = std::make_shared<DriveSink>(*d->drive, d->options, d->activity, cancellation);
     return d->sink;
+}
+
+BlockAddress DRDevice::firstBlock() const
+{
+    const bool adds = d->options.leavesOpen && disc().state == DiscState::Appendable;
+    return BlockAddress(adds ? std::int64_t(disc().nextBlock.value_or(0)) : 0);
 }
 
 QVariantMap DRDevice::mediaInfo() const

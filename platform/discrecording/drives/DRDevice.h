@@ -23,8 +23,9 @@ struct TableOfContents;
 /// How a burn to a drive is to be done.
 struct DRBurnOptions {
     bool isSimulated = false; ///< with the laser off
-    /// The disc stays open for further sessions. One that has some already takes sound only: data would hide what is
-    /// there.
+    /// The disc stays open for further sessions. On one that has some already the layout becomes the next one, at
+    /// DRDevice::firstBlock(): its filesystem has to list the files of the earlier ones as well, which systems do not
+    /// show any more.
     bool leavesOpen = false;
     std::uint32_t speed = 0; ///< thousands of bytes a second; 0 for the fastest
 };
@@ -67,8 +68,8 @@ public:
     /// Formats: DVD-RW for overwriting, DVD-RAM, DVD+RW and BD-RE for their first use. As blank().
     [[nodiscard]] NSError format();
 
-    /// The blocks of the disc's data from its begin up to `blocks`, read from the drive. The device must not be
-    /// released before the source goes.
+    /// The disc's data from `firstBlock` on, read from the drive, with what lies in front of it for the filesystems
+    /// that lead there. The device must not be released before the source goes.
     [[nodiscard]] std::shared_ptr<const DiscImageSource> readBack(std::uint64_t firstBlock, std::uint64_t blocks);
     /// Reads sectors of sound of a CD, as near to `first` as the drive finds them.
     [[nodiscard]] NSError readSound(std::int64_t first, std::uint32_t count, char *out);
@@ -78,6 +79,8 @@ public:
 
     [[nodiscard]] std::shared_ptr<BlockSink> sinkForBurn(const std::stop_token &cancellation) override;
     [[nodiscard]] QVariantMap mediaInfo() const override;
+    /// Behind the disc's sessions where the next burn is to add one.
+    [[nodiscard]] BlockAddress firstBlock() const override;
 
 private:
     class Private;

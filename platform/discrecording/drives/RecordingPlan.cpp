@@ -95,14 +95,20 @@ NSError errorOfOptions(const DiscDescription &disc, const RecordingOptions &opti
     return {};
 }
 
-/// Filesystems count their blocks from the begin of the disc, and those that come here from its block 0.
-NSError errorOfPlace(const DiscTrack &track, const DiscDescription &disc)
+/// Filesystems count their blocks from the begin of the disc: data are added only where they were made for the place
+/// that the drive will write them to.
+NSError errorOfPlace(const TableOfContents &contents, const DiscTrack &track, const DiscDescription &disc)
 {
     if (track.isAudio() || disc.state != DiscState::Appendable)
         return {};
-    return refusal(
-        QStringLiteral("the disc (%1) has sessions already, and data cannot be added to these").arg(disc.profileName),
-        QStringLiteral("Put an empty disc in."));
+    const std::int64_t begin = contents.firstBlockOfTrack(track.number).number();
+    if (disc.nextBlock && begin > 0 && begin == std::int64_t(*disc.nextBlock))
+        return {};
+    return refusal(QStringLiteral("the disc (%1) has sessions already, and track %2 was made for another place than "
+                                  "behind these")
+                       .arg(disc.profileName)
+                       .arg(track.number),
+                   QStringLiteral("Add folders and files to it instead of an image, or put an empty disc in."));
 }
 
 /// The kinds of data that a drive gets as mode 1. Mode 2 has another meaning to readers and is not made here.
@@ -205,7 +211,7 @@ NSError RecordingPlanner::errorOfKind() const
     for (const DiscTrack *const track : m_contents.tracks()) {
         if (NSError error = errorOfTrack(*track))
             return error;
-        if (NSError error = errorOfPlace(*track, m_disc))
+        if (NSError error = errorOfPlace(m_contents, *track, m_disc))
             return error;
         if (track->isAudio() && !isCDFamily(m_disc.family))
             return refusal(QStringLiteral("track %1 is sound, which only CDs have; this is a %2")

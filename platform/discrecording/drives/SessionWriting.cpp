@@ -227,8 +227,12 @@ NSError SessionWriting::setOptions()
     if (NSError error = setTexts())
         return error;
     std::vector<char> reasons(BURN_REASONS_LEN);
-    const burn::burn_write_types type =
+    burn::burn_write_types type =
         burn::burn_write_opts_auto_write_type(options, m_handles->disc.get(), reasons.data(), 0);
+    // For DVD+R and BD-R the library takes both for the same, and its first choice is the other one.
+    const bool wantsTracks = m_session.mode == RecordingMode::TrackByTrack && type == burn::BURN_WRITE_SAO;
+    if (wantsTracks && burn::burn_write_opts_set_write_type(options, burn::BURN_WRITE_TAO, burn::BURN_BLOCK_MODE1) != 0)
+        type = burn::BURN_WRITE_TAO;
     const bool isRightType = m_session.mode == RecordingMode::AtOnce || type == burn::BURN_WRITE_TAO;
     const bool needsAtOnce = !m_session.cdTextPacks.isEmpty() || m_session.tracks.front().track.isAudio();
     const bool losesTexts = m_session.mode == RecordingMode::AtOnce && needsAtOnce && type != burn::BURN_WRITE_SAO;

@@ -184,7 +184,7 @@ TEST(RecordingPlan, stateOfTheDisc_isAnsweredWithWhatToDo)
     EXPECT_EQ(faultOf(planRecording(contents, blankDisc(pressed), {})), QStringLiteral("wrong-disc"));
 }
 
-TEST(RecordingPlan, appendableDisc_getsSound_onlyWhenItIsToStayOpen_andNoData)
+TEST(RecordingPlan, appendableDisc_getsSound_onlyWhenItIsToStayOpen)
 {
     const TableOfContents sound = contentsOf({soundTrack(1'000)});
     const RecordingOptions open{.leavesOpen = true};
@@ -194,9 +194,23 @@ TEST(RecordingPlan, appendableDisc_getsSound_onlyWhenItIsToStayOpen_andNoData)
     const Result<RecordingPlan> plan = planRecording(sound, disc, open);
     ASSERT_TRUE(plan);
     EXPECT_EQ(plan->sessions.front().mode, RecordingMode::TrackByTrack);
-    EXPECT_FALSE(planRecording(contentsOf({dataTrack(1'000)}), disc, open));
     disc.damage = 3;
     EXPECT_FALSE(planRecording(sound, disc, open));
+}
+
+TEST(RecordingPlan, appendableDisc_getsData_onlyThatWereMadeForTheirPlace)
+{
+    const RecordingOptions open{.leavesOpen = true};
+    DiscDescription disc = blankDisc(dvdPlusR);
+    disc.state = DiscState::Appendable;
+    disc.nextBlock = 11'702;
+    TableOfContents data = contentsOf({dataTrack(1'000)});
+    EXPECT_EQ(faultOf(planRecording(data, disc, open)), QStringLiteral("wrong-disc"));
+    data.sessions.front().firstBlock = BlockAddress(11'702);
+    EXPECT_TRUE(planRecording(data, disc, open));
+    EXPECT_FALSE(planRecording(data, disc, {}));
+    disc.nextBlock.reset(); // the drive does not say where it would write
+    EXPECT_FALSE(planRecording(data, disc, open));
 }
 
 TEST(RecordingPlan, openDisc_isRefused_whereThereAreNoSessions)
