@@ -73,7 +73,7 @@ struct BurnDiscResult {
     bool isAnythingLost = false; ///< one of the notes is about something that is not on the disc
     std::uint64_t waits = 0; ///< how often the drive had to wait for data
     std::optional<VerificationResult> verification; ///< of folders and files that were compared
-    std::uint64_t blocksCompared = 0; ///< of an image that was compared
+    std::uint64_t bytesCompared = 0; ///< of an image that was compared: data and sound
 
     /// True when there is no error and everything is on the disc.
     [[nodiscard]] TESSARON_EXPORT bool isComplete() const;

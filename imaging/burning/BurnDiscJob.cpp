@@ -307,7 +307,7 @@ NSError BurnDiscJob::Work::check(const std::stop_token &stop)
         const std::size_t firstTrack = result.disc.tracks.size();
         WrittenImageCheck checked = checkWrittenImage(*device, sources.image->disc, firstTrack, stop, progress);
         result.notes << checked.notes;
-        result.blocksCompared = checked.blocksCompared;
+        result.bytesCompared = checked.bytesCompared;
         return jobErrorOfBurn(checked.error);
     }
     const std::uint64_t first = result.disc.state == DiscState::Appendable ? result.disc.nextBlock.value_or(0) : 0;

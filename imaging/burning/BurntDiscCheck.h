@@ -31,12 +31,13 @@ struct WrittenData {
 
 /// How the written tracks of an image compare with it.
 struct WrittenImageCheck {
-    NSError error; ///< of code Write: the first block that is not as it was sent
-    std::uint64_t blocksCompared = 0;
-    QStringList notes; ///< which tracks were not compared
+    NSError error; ///< of code Write: what of the first track that is not right is not as it was sent
+    std::uint64_t bytesCompared = 0;
+    QStringList notes;
 };
 
 /// Compares the tracks on the disc, from the one with the index `firstTrack` on, with the files that they were made of.
+/// Sound is compared as far as the drive's displacement is within four sectors; see SoundComparison.
 [[nodiscard]] WrittenImageCheck checkWrittenImage(DRDevice &device, const CueSheet &image, std::size_t firstTrack,
                                                   const std::stop_token &stop, const CheckProgress &progress);
 

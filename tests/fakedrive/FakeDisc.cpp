@@ -67,6 +67,10 @@ FakeDisc FakeDisc::load(const std::string &folder)
             words >> disc.cueSheet;
         } else if (key == "log") {
             words >> disc.log;
+        } else if (key == "bad" && words >> number) {
+            disc.badSectors.push_back(number);
+        } else if (key == "displacement") {
+            words >> disc.displacement;
         } else if (key == "track") {
             FakeTrack track;
             words >> track.session >> track.number >> track.start >> track.length >> track.isAudio;
@@ -100,6 +104,10 @@ void FakeDisc::save(const std::string &folder) const
         file << "cuesheet " << cueSheet << '\n';
     if (!log.empty())
         file << "log " << log << '\n';
+    if (displacement != 0)
+        file << "displacement " << displacement << '\n';
+    for (const int sector : badSectors)
+        file << "bad " << sector << '\n';
     for (const FakeTrack &track : tracks)
         file << "track " << track.session << ' ' << track.number << ' ' << track.start << ' ' << track.length << ' '
              << track.isAudio << '\n';

@@ -57,6 +57,8 @@ struct FakeDisc {
     std::string cueSheet; ///< as it was sent last, hexadecimal
     std::string log; ///< opcodes in their order, hexadecimal, without those that only ask
     std::vector<FakeFault> faults;
+    std::vector<int> badSectors; ///< that cannot be read
+    int displacement = 0; ///< by how many samples the drive reads sound later than it is asked
 
     [[nodiscard]] bool isCD() const { return profile == FakeProfile::CDR || profile == FakeProfile::CDRW; }
     [[nodiscard]] bool isOverwritable() const;

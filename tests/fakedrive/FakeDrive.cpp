@@ -187,8 +187,15 @@ Sense FakeDrive::read(Bytes *reply, int first, int count, int size)
             return {3, 0x11, 5};
         if (track != m_disc.tracks.end() && track->isAudio != (size == sectorSize))
             return {5, 0x64, 0};
+        if (std::find(m_disc.badSectors.begin(), m_disc.badSectors.end(), block) != m_disc.badSectors.end())
+            return {3, 0x11, 5};
         Bytes sector(std::size_t{sectorSize});
-        if (::pread(m_sectors, sector.data(), sector.size(), off_t(block) * sectorSize) < 0)
+        constexpr int sampleSize = 4;
+        const bool isSound = size == sectorSize;
+        const off_t place = off_t(block) * sectorSize - (isSound ? off_t(m_disc.displacement) * sampleSize : 0);
+        const off_t silence = std::clamp<off_t>(-place, 0, sectorSize); // in front of the first sector
+        if (silence < sectorSize
+            && ::pread(m_sectors, sector.data() + silence, sector.size() - std::size_t(silence), place + silence) < 0)
             return {3, 0x11, 0};
         reply->insert(reply->end(), sector.begin(), sector.begin() + size);
     }

@@ -96,7 +96,11 @@ QString BurnCommand::whatWasWritten() const
         ? counted(m_result.tracks, "track", "tracks")
         : QStringLiteral("%1, %2").arg(counted(m_result.data.files, "file", "files"),
                                        counted(m_result.data.folders, "folder", "folders"));
-    const bool isCompared = m_result.verification || m_result.blocksCompared > 0;
+    if (m_result.keptFiles > 0 || m_result.keptFolders > 0)
+        amount +=
+            QStringLiteral(", beside the disc's %1, %2")
+                .arg(counted(m_result.keptFiles, "file", "files"), counted(m_result.keptFolders, "folder", "folders"));
+    const bool isCompared = m_result.verification || m_result.bytesCompared > 0;
     return QStringLiteral("%1 %2 with %3: %4, %5%6")
         .arg(m_arguments.isSimulated ? QStringLiteral("simulated the writing of") : QStringLiteral("wrote"),
              discText(m_result.disc), m_result.driveName, sizeText(m_result.data.bytes), amount,
@@ -130,8 +134,8 @@ bool BurnCommand::writeJson(double seconds) const
     if (m_result.verification) {
         writer.member("bytesCompared", m_result.verification->bytesCompared);
         writeDifferenceMembers(writer, m_result.verification->differences);
-    } else if (m_result.blocksCompared > 0) {
-        writer.member("bytesCompared", m_result.blocksCompared * 2048);
+    } else if (m_result.bytesCompared > 0) {
+        writer.member("bytesCompared", m_result.bytesCompared);
     }
     if (!m_result.fault.isEmpty())
         writer.member("fault", m_result.fault);

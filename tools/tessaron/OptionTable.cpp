@@ -24,7 +24,7 @@ constexpr std::array options = {
                       "Leave the disc open for further sessions, or add to an\nopen one. What it has is kept; a file "
                       "of the same path\nis replaced."},
     OptionDescription{Option::Verify, 0, "verify", nullptr, "burn",
-                      "Read everything back and compare it."},
+                      "Read everything back and compare it, sound as well."},
     OptionDescription{Option::Full, 0, "full", nullptr, "blank",
                       "Blank all of the disc, not only what says where things\nare. Takes as long as writing it."},
     OptionDescription{Option::FormatDisc, 0, "format", nullptr, "blank",
