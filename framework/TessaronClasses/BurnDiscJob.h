@@ -43,6 +43,9 @@ struct BurnDiscOrder {
     /// Such a session has ISO 9660 and Joliet only; with `allDiscFilesystems` it has these, and asking for others is an
     /// error. An image of sound can be added as well, one of data cannot.
     bool leavesOpen = false;
+    /// Asks for writing more than the disc says that it holds. That is refused all the same before anything is written,
+    /// and the error says why.
+    bool overburns = false;
     bool verifies = false; ///< read everything back and compare it
     bool ejects = false; ///< put the tray out at the end, also after a failure
 };

@@ -145,6 +145,7 @@ NSError BurnDiscJob::Work::openDrive()
     DRBurnOptions options;
     options.isSimulated = order.isSimulated;
     options.leavesOpen = order.leavesOpen;
+    options.overburns = order.overburns;
     options.speed = std::uint32_t(std::ceil(order.speed * singleSpeed(result.disc.profile) / 1000));
     device->setBurnOptions(options);
     TableOfContents least;

@@ -110,6 +110,20 @@ TEST_F(BurnToDrive, tooLargeADisc_isRefused_beforeTheFirstBlock)
     EXPECT_EQ(disc().log.find("2a"), std::string::npos) << disc().log;
 }
 
+TEST_F(BurnToDrive, overburning_isRefused_byName_withHowMuchIsTooMuch)
+{
+    insert(FakeProfile::CDR, 320);
+    const QJsonObject report = burnt(1, {"--overburn"});
+    const QJsonObject error = report[u"error"].toObject();
+    EXPECT_EQ(error[u"kind"], QStringLiteral("space"));
+    EXPECT_TRUE(error[u"message"].toString().contains(QStringLiteral("blocks) too much")));
+    EXPECT_TRUE(error[u"advice"].toString().contains(QStringLiteral("libburn")));
+    EXPECT_EQ(report[u"condition"], QStringLiteral("unchanged"));
+    EXPECT_EQ(disc().log.find("2a"), std::string::npos) << disc().log;
+    insert(FakeProfile::CDR, cdBlocks);
+    EXPECT_EQ(burnt(0, {"--overburn"})[u"condition"], QStringLiteral("written")); // what fits is no overburning
+}
+
 TEST_F(BurnToDrive, noDisc_andBusyAndForbiddenDrives_areToldApart)
 {
     insert(FakeProfile::None, 0);

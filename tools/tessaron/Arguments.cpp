@@ -240,6 +240,9 @@ bool Parser::apply(const OptionDescription &option, const QByteArray &shownName,
     case Option::Multi:
         m_arguments.leavesOpen = true;
         return true;
+    case Option::Overburn:
+        m_arguments.overburns = true;
+        return true;
     case Option::Verify:
         m_arguments.verifies = true;
         return true;

@@ -112,6 +112,7 @@ struct Arguments {
     double speed = 0; ///< times single speed; 0: the fastest
     bool isSimulated = false;
     bool leavesOpen = false;
+    bool overburns = false;
     bool verifies = false;
 
     // For BlankDisc only.

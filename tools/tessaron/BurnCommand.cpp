@@ -31,6 +31,7 @@ BurnDiscOrder BurnCommand::order() const
     order.speed = m_arguments.speed;
     order.isSimulated = m_arguments.isSimulated;
     order.leavesOpen = m_arguments.leavesOpen;
+    order.overburns = m_arguments.overburns;
     order.verifies = m_arguments.verifies;
     order.ejects = m_arguments.ejects;
     return order;

@@ -23,6 +23,8 @@ constexpr std::array options = {
     OptionDescription{Option::Multi, 0, "multi", nullptr, "burn",
                       "Leave the disc open for further sessions, or add to an\nopen one. What it has is kept; a file "
                       "of the same path\nis replaced."},
+    OptionDescription{Option::Overburn, 0, "overburn", nullptr, "burn",
+                      "Ask for more than the disc says that it holds. That is\nrefused all the same, with the reason."},
     OptionDescription{Option::Verify, 0, "verify", nullptr, "burn",
                       "Read everything back and compare it, sound as well."},
     OptionDescription{Option::Full, 0, "full", nullptr, "blank",

@@ -47,6 +47,7 @@ enum class Option : std::uint8_t {
     Speed,
     Simulate,
     Multi,
+    Overburn,
     Verify,
     Eject,
     Full,

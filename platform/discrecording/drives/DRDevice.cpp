@@ -69,7 +69,7 @@ void DRDevice::release(bool ejects)
 
 void DRDevice::setBurnOptions(const DRBurnOptions &options)
 {
-    d->options = {options.isSimulated, options.leavesOpen, options.speed};
+    d->options = {options.isSimulated, options.leavesOpen, options.speed, options.overburns};
 }
 
 NSError DRDevice::errorOfBurn(const TableOfContents &contents) const

@@ -28,6 +28,9 @@ struct DRBurnOptions {
     /// show any more.
     bool leavesOpen = false;
     std::uint32_t speed = 0; ///< thousands of bytes a second; 0 for the fastest
+    /// Asks for writing more than the disc says that it holds. What does so is refused all the same, since libburn
+    /// stops at that place and leaves a spoiled disc; the error then says this.
+    bool overburns = false;
 };
 
 /// An optical drive that this process has for itself alone, or a regular file in its place ("stdio:" and its path).

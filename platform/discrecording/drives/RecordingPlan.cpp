@@ -181,6 +181,7 @@ private:
     void tellWhatIsLost(RecordedSession *session);
     void countBlocks(RecordedSession *session) const;
     [[nodiscard]] NSError errorOfSize() const;
+    [[nodiscard]] QString adviceOnSize() const;
 
     const TableOfContents &m_contents;
     const DiscDescription &m_disc;
@@ -323,18 +324,29 @@ NSError RecordingPlanner::errorOfSize() const
     if (m_plan.blocksOnDisc <= m_disc.freeBlocks)
         return {};
     const bool isFile = m_disc.family == DiscFamily::File;
+    const std::uint64_t excess = m_plan.blocksOnDisc - m_disc.freeBlocks;
     return refusal(
         DriveFault::Full, dskFulErr,
-        QStringLiteral("%1 (%2 blocks) are to be written, and there is room for %3 (%4 blocks) %5")
+        QStringLiteral("%1 (%2 blocks) are to be written, and there is room for %3 (%4 blocks) %5: %6 (%7) too much")
             .arg(sizeText(m_plan.blocksOnDisc))
             .arg(m_plan.blocksOnDisc)
             .arg(sizeText(m_disc.freeBlocks))
             .arg(m_disc.freeBlocks)
             .arg(isFile ? QStringLiteral("on the disk of the file")
-                        : QStringLiteral("on the disc (%1)").arg(m_disc.profileName)),
-        isFile ? QStringLiteral("Make room on the disk.")
-               : QStringLiteral("Put a larger disc in, or less onto it. No drive is told to write beyond what its disc "
-                                "says of itself."));
+                        : QStringLiteral("on the disc (%1)").arg(m_disc.profileName),
+                 sizeText(excess), counted(excess, "block", "blocks")),
+        isFile ? QStringLiteral("Make room on the disk.") : adviceOnSize());
+}
+
+QString RecordingPlanner::adviceOnSize() const
+{
+    const QString advice = QStringLiteral("Put a larger disc in, or less onto it.");
+    return m_options.overburns
+        ? advice
+            + QStringLiteral(
+                " The library that writes discs (libburn) stops where the disc says that it ends and would "
+                "spoil it: there is no way to write more with it.")
+        : advice + QStringLiteral(" No drive is told to write beyond what its disc says of itself.");
 }
 
 } // namespace

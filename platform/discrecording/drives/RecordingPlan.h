@@ -18,6 +18,7 @@ struct RecordingOptions {
     bool isSimulated = false; ///< with the laser off
     bool leavesOpen = false; ///< further sessions may follow; also: a disc that has some is written to
     std::uint32_t speed = 0; ///< thousands of bytes a second; 0 for the fastest
+    bool overburns = false; ///< asks for more than the disc says that it holds
 };
 
 /// How a session is brought onto the disc.

@@ -213,6 +213,20 @@ TEST(RecordingPlan, appendableDisc_getsData_onlyThatWereMadeForTheirPlace)
     EXPECT_FALSE(planRecording(data, disc, open));
 }
 
+TEST(RecordingPlan, whatIsTooLarge_isRefused_withHowMuchItIs_alsoWhenItIsAskedForByName)
+{
+    const DiscDescription disc = blankDisc(cdr, 1'000);
+    for (const bool overburns : {false, true}) {
+        const Result<RecordingPlan> plan =
+            planRecording(contentsOf({dataTrack(1'500)}), disc, {.overburns = overburns});
+        ASSERT_FALSE(plan);
+        EXPECT_EQ(faultOf(plan), QStringLiteral("full"));
+        EXPECT_TRUE(plan.error().localizedDescription().contains(QStringLiteral("500 blocks) too much")))
+            << plan.error().localizedDescription().toStdString();
+        EXPECT_EQ(plan.error().localizedRecoverySuggestion().contains(QStringLiteral("libburn")), overburns);
+    }
+}
+
 TEST(RecordingPlan, openDisc_isRefused_whereThereAreNoSessions)
 {
     const TableOfContents data = contentsOf({dataTrack(1'000)});
