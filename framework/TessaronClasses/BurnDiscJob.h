@@ -57,8 +57,8 @@ struct BurnDiscResult {
     NSError error;
     DiscDescription disc; ///< as it was found
     QString driveName; ///< for people
-    /// "unchanged", "written", "written-not-closed", "appendable", "overwritable", "needs-blanking", "spoiled" or
-    /// "unknown".
+    /// "unchanged", "written", "written-not-closed", "appendable", "only-kept", "overwritable", "needs-blanking",
+    /// "spoiled" or "unknown".
     QString condition = QStringLiteral("unchanged");
     /// What has gone wrong with the drive: "busy", "no-disc", "calibration" …; empty where it was something else.
     QString fault;

@@ -292,8 +292,12 @@ NSError BurnDiscJob::Work::finish(const NSError &writeError, const std::stop_tok
         result.notes << lost;
         result.isAnythingLost = true;
     }
-    if (!error && order.verifies && !order.isSimulated)
+    if (!error && order.verifies && !order.isSimulated) {
         error = check(stop);
+        if (isDiscJobError(error, DiscJobErrorCode::Cancelled))
+            error = discJobError(DiscJobErrorCode::Cancelled, error.localizedDescription(),
+                                 QStringLiteral("The disc is written, but was not compared to its end."));
+    }
     if (error)
         result.fault = error.userInfo().value(faultKey).toString();
     device->release(order.ejects);

@@ -330,7 +330,7 @@ void ImageMaker::writingEnded(const NSError &error)
         m_result.error = checkPlan(); // the burn ended before lookAhead() came to it
     // What ended the writing knows more than the wish to end it.
     if (!m_result.error || (m_order.device && isDiscJobError(m_result.error, DiscJobErrorCode::Cancelled)))
-        m_result.error = error ? error : m_result.error;
+        m_result.error = error; // none: the device has all, and the wish came too late
     end();
 }
 

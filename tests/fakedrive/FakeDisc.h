@@ -30,7 +30,7 @@ struct FakeTrack {
     bool isAudio = false;
 };
 
-/// When a command is to fail.
+/// When a command is to fail. Where it fails for lack of a disc (code 3A), the disc is out from then on.
 struct FakeFault {
     int opcode = 0;
     int after = 0; ///< how many of these commands do their work first

@@ -1,8 +1,11 @@
 #include "tests/fakedrive/FakeDrive.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <fcntl.h>
+#include <fstream>
+#include <thread>
 #include <unistd.h>
 
 namespace Tessaron::Testing
@@ -34,6 +37,7 @@ std::optional<Sense> FakeDrive::run(const std::uint8_t *command, std::uint8_t *d
         if (log.size() < 2 || log.compare(log.size() - 2, 2, name) != 0) // repeated writing counts once
             m_disc.log += name;
     }
+    waitWhileHeld(opcode);
     if (const std::optional<Sense> fault = faultOf(opcode)) {
         save();
         if (fault->key != 0)
@@ -46,6 +50,17 @@ std::optional<Sense> FakeDrive::run(const std::uint8_t *command, std::uint8_t *d
     return sense;
 }
 
+void FakeDrive::waitWhileHeld(int opcode) const
+{
+    const auto code = std::uint8_t(opcode);
+    const std::string hold = m_folder + "/hold-" + hexadecimal(&code, 1);
+    if (::access(hold.c_str(), F_OK) != 0)
+        return;
+    std::ofstream(m_folder + "/held-" + hexadecimal(&code, 1)) << '\n';
+    while (::access(hold.c_str(), F_OK) == 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+}
+
 std::optional<Sense> FakeDrive::faultOf(int opcode)
 {
     const int count = m_counts[opcode]++;
@@ -55,6 +70,8 @@ std::optional<Sense> FakeDrive::faultOf(int opcode)
             continue;
         if (opcode == 0x2A || opcode == 0xAA)
             m_disc.isDamaged = !m_disc.isOverwritable();
+        if (fault.code == 0x3A)
+            m_disc.profile = FakeProfile::None;
         return Sense{fault.key, fault.code, fault.qualifier};
     }
     return std::nullopt;

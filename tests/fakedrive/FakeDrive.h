@@ -16,7 +16,8 @@ struct Sense {
     int qualifier = 0;
 };
 
-/// The drive and the disc in it.
+/// The drive and the disc in it. A file "hold-XX" in its folder makes it wait with the command of that opcode, until
+/// the file is gone; "held-XX" is there once it waits.
 class FakeDrive
 {
 public:
@@ -30,6 +31,7 @@ public:
                                            bool isToDrive);
 
 private:
+    void waitWhileHeld(int opcode) const;
     [[nodiscard]] std::optional<Sense> faultOf(int opcode);
     [[nodiscard]] Sense carryOut(const std::uint8_t *command, std::uint8_t *data, unsigned int length);
     [[nodiscard]] Sense write(const std::uint8_t *data, int first, int count, unsigned int length);

@@ -1,6 +1,7 @@
 #include "tests/tools/BurnFixture.h"
 #include "tests/tools/WriteGate.h"
 
+#include <QFile>
 #include <QJsonArray>
 
 #include <csignal>
@@ -223,6 +224,12 @@ INSTANTIATE_TEST_SUITE_P(
                   "unchanged"},
         FaultCase{
             "closeError", FakeProfile::DVDPlusR, {closeCommand, 0, 0, 3, 0x72, 0}, "close-error", "written-not-closed"},
+        FaultCase{"discTakenOutOfCDR", FakeProfile::CDR, {writeCommand, 3, 0, 2, 0x3A, 0}, "no-disc", "unknown"},
+        FaultCase{
+            "writeProtected", FakeProfile::CDRW, {writeCommand, 0, 0, 7, 0x27, 0}, "write-protected", "unchanged"},
+        FaultCase{"driveBroken", FakeProfile::CDR, {writeCommand, 3, 0, 4, 0x44, 0}, "hardware", "spoiled"},
+        FaultCase{
+            "discFullBeforeItsStatedEnd", FakeProfile::DVDPlusR, {writeCommand, 3, 0, 5, 0x21, 0}, "full", "spoiled"},
         FaultCase{"cablePulled", FakeProfile::CDR, {writeCommand, 3, 0, 0, 0, 0}, "gone", "unknown"}),
     [](const testing::TestParamInfo<FaultCase> &one) { return std::string(one.param.name); });
 
@@ -274,6 +281,73 @@ TEST_F(BurnToDrive, interruption_whileTheDriveWrites_stopsIt_andSaysWhatTheDiscI
     EXPECT_EQ(result.exitStatus, 130) << result.errors.constData();
     EXPECT_EQ(jsonOf(result.output)[u"condition"], QStringLiteral("needs-blanking"));
     EXPECT_TRUE(result.errors.contains("blank it in full")) << result.errors.constData();
+}
+
+/// At the command of that opcode the drive waits until the signal has been sent.
+class BurnHeld : public BurnToDrive
+{
+protected:
+    ChildResult interruptedAt(const QByteArray &opcode, const QList<QByteArray> &words) const
+    {
+        const QByteArray hold = m_tree.makeFile("drive/hold-" + opcode);
+        ChildProcess process(withDrive(words));
+        const QByteArray held = "drive/held-" + opcode;
+        EXPECT_TRUE(process.waitUntil([&] { return m_tree.exists(held); })) << process.errorsSoFar().constData();
+        process.sendSignal(SIGTERM);
+        QFile::remove(QFile::decodeName(hold));
+        return process.finish();
+    }
+};
+
+TEST_F(BurnHeld, interruption_whileTheSessionIsClosed_waitsForItsEnd)
+{
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    const ChildResult result = interruptedAt("5b", {"burn", "--drive", "/dev/sr0", "--json", m_tree.path("source")});
+    EXPECT_EQ(jsonOf(result.output)[u"condition"], QStringLiteral("written")) << result.errors.constData();
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    EXPECT_EQ(disc().status, FakeDisc::Status::Complete);
+}
+
+TEST_F(BurnHeld, interruption_atTheFirstBlock_saysWhatTheDiscIsWorth)
+{
+    insert(FakeProfile::CDRW, cdBlocks);
+    makeBigFile("source/big", 24 << 20);
+    const ChildResult result = interruptedAt("2a", {"burn", "--drive", "/dev/sr0", "--json", m_tree.path("source")});
+    EXPECT_EQ(result.exitStatus, 130) << result.errors.constData();
+    EXPECT_EQ(jsonOf(result.output)[u"condition"], QStringLiteral("needs-blanking"));
+}
+
+TEST_F(BurnHeld, interruption_ofBlanking_waitsForTheDrive_whichCannotBeStopped)
+{
+    insert(FakeProfile::CDRW, cdBlocks);
+    ASSERT_EQ(burnt(0)[u"condition"], QStringLiteral("written"));
+    const ChildResult result = interruptedAt("a1", {"blank", "--drive", "/dev/sr0", "--json"});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    EXPECT_EQ(jsonOf(result.output)[u"after"].toObject()[u"state"], QStringLiteral("blank"));
+}
+
+TEST_F(BurnToDrive, failingBlanking_saysWhatTheDiscIsWorth)
+{
+    insert(FakeProfile::CDRW, cdBlocks);
+    ASSERT_EQ(burnt(0)[u"condition"], QStringLiteral("written"));
+    FakeDisc written = disc();
+    written.faults = {{0xA1, 0, 0, 3, 0x51, 0}};
+    insert(written);
+    const ChildResult result = runWithDrive({"blank", "--drive", "/dev/sr0", "--json"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.errors.contains("blank it in full")) << result.errors.constData();
+}
+
+TEST_F(BurnToDrive, failingAppend_leavesWhatTheDiscHad)
+{
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    ASSERT_EQ(burnt(0, {"--multi"})[u"condition"], QStringLiteral("written"));
+    FakeDisc written = disc();
+    written.faults = {{writeCommand, 2, 0, 3, 0x0C, 0}};
+    insert(written);
+    const QJsonObject report = burnt(1, {"--multi"});
+    EXPECT_EQ(report[u"condition"], QStringLiteral("only-kept"));
+    EXPECT_TRUE(report[u"error"].toObject()[u"advice"].toString().contains(QStringLiteral("can be read as before")));
 }
 
 TEST_F(BurnToDrive, openDisc_staysOpen)

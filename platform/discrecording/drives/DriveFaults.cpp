@@ -164,6 +164,8 @@ QString nameOfDiscCondition(DiscCondition condition)
         return QStringLiteral("written-not-closed");
     case DiscCondition::Appendable:
         return QStringLiteral("appendable");
+    case DiscCondition::OnlyKept:
+        return QStringLiteral("only-kept");
     case DiscCondition::Overwritable:
         return QStringLiteral("overwritable");
     case DiscCondition::NeedsBlanking:
@@ -188,6 +190,11 @@ QString textOfDiscCondition(DiscCondition condition, DiscFamily family)
         return QStringLiteral("The data are on the disc, but it is not closed: not every drive will read it.");
     case DiscCondition::Appendable:
         return QStringLiteral("What the disc held before can be read as before, and another session can be written.");
+    case DiscCondition::OnlyKept:
+        return isRewritable(family)
+            ? QStringLiteral("What the disc held before can be read as before. Nothing more can be written to it until "
+                             "it is blanked in full.")
+            : QStringLiteral("What the disc held before can be read as before, but nothing more can be written to it.");
     case DiscCondition::Overwritable:
         return isFile ? QStringLiteral("What is in the file is not whole and is of no use.")
                       : QStringLiteral("The disc's contents are not whole; it can be written anew at once.");
@@ -242,7 +249,7 @@ DiscCondition conditionAfter(const InterruptedWriting &writing, DiscFamily famil
         return DiscCondition::Unchanged;
     if (family == DiscFamily::Overwritable || family == DiscFamily::File)
         return DiscCondition::Overwritable;
-    if (after == nullptr)
+    if (after == nullptr || after->state == DiscState::NoDisc)
         return DiscCondition::Unknown;
     if (after->state == DiscState::Blank)
         return DiscCondition::Unchanged; // nothing has reached the disc
@@ -250,6 +257,8 @@ DiscCondition conditionAfter(const InterruptedWriting &writing, DiscFamily famil
         return DiscCondition::WrittenNotClosed;
     if (after->state == DiscState::Appendable && after->damage < 2)
         return DiscCondition::Appendable;
+    if (writing.hadSessions)
+        return DiscCondition::OnlyKept;
     if (isRewritable(family))
         return DiscCondition::NeedsBlanking;
     return DiscCondition::Spoiled;

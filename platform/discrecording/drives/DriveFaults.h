@@ -37,6 +37,7 @@ enum class DiscCondition : std::uint8_t {
     Written, ///< all of it is there
     WrittenNotClosed, ///< the data are all there, but some drives may not read them
     Appendable, ///< what was there is kept; another session can be written
+    OnlyKept, ///< what was there is kept, and nothing more can be written
     Overwritable, ///< its contents are not whole; it can be written anew at once
     NeedsBlanking, ///< its contents are not whole; it can be blanked and written anew
     Spoiled, ///< it cannot be used any more
@@ -66,6 +67,7 @@ extern const QString DiscConditionKey;
 /// How a writing has gone: what is needed to know what the disc is worth.
 struct InterruptedWriting {
     bool hasBegun = false; ///< libburn was told to write
+    bool hadSessions = false; ///< before that, whole ones
     bool isSimulated = false;
     bool isWholeDataWritten = false; ///< only the closing has failed
 };

@@ -39,6 +39,7 @@ DriveSink::~DriveSink() = default;
 NSError DriveSink::beginDisc(const TableOfContents &disc)
 {
     m_family = m_drive.disc().family;
+    m_hadSessions = m_drive.disc().state == DiscState::Appendable && m_drive.disc().sessions > 0;
     Result<RecordingPlan> plan = planRecording(disc, m_drive.disc(), m_options);
     if (!plan)
         return plan.error();
@@ -171,6 +172,7 @@ NSError DriveSink::abandonDisc(const NSError &reason)
 {
     InterruptedWriting writing;
     writing.hasBegun = m_hasWritten;
+    writing.hadSessions = m_hadSessions;
     writing.isSimulated = m_options.isSimulated;
     if (m_writing) {
         m_writing->cancel();

@@ -62,6 +62,7 @@ private:
     std::vector<std::uint8_t> m_kept; ///< what the drive gets of larger blocks
     std::chrono::steady_clock::time_point m_lastLook;
     DiscCondition m_condition = DiscCondition::Unchanged;
+    bool m_hadSessions = false; ///< the disc, before the burn
     bool m_hasWritten = false; ///< a session was begun
     bool m_wasAllTaken = false; ///< of the last session
 };

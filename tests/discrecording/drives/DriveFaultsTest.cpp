@@ -118,6 +118,12 @@ TEST(DriveFaults, condition_dependsOnTheKindOfDisc_andOnWhatTheDriveSaysAfterwar
     EXPECT_EQ(conditionAfter(begun, DiscFamily::Overwritable, &closed), DiscCondition::Overwritable);
     EXPECT_EQ(conditionAfter(begun, DiscFamily::File, nullptr), DiscCondition::Overwritable);
     EXPECT_EQ(conditionAfter(begun, DiscFamily::DVDPlusR, nullptr), DiscCondition::Unknown);
+    const InterruptedWriting appended{.hasBegun = true, .hadSessions = true};
+    EXPECT_EQ(conditionAfter(appended, DiscFamily::DVDPlusR, &damaged), DiscCondition::OnlyKept);
+    EXPECT_EQ(conditionAfter(appended, DiscFamily::CDRW, &damaged), DiscCondition::OnlyKept);
+    EXPECT_EQ(conditionAfter(appended, DiscFamily::DVDPlusR, &appendable), DiscCondition::Appendable);
+    const DiscDescription takenOut = discIn(DiscState::NoDisc);
+    EXPECT_EQ(conditionAfter(begun, DiscFamily::CDRW, &takenOut), DiscCondition::Unknown);
     EXPECT_EQ(conditionAfter({.hasBegun = true, .isWholeDataWritten = true}, DiscFamily::BDR, &appendable),
               DiscCondition::WrittenNotClosed);
 }
