@@ -47,6 +47,7 @@ protected:
     {
         ChildSettings settings;
         settings.program = "strace";
+        settings.environment = {"LSAN_OPTIONS=detect_leaks=0"}; // it cannot look for leaks in a program that is watched
         settings.arguments = {"-f", "-qq", "-o", m_tree.path("trace"), "-e", QByteArray("trace=") + callsOnFiles};
         if (!injection.isEmpty())
             settings.arguments += {"-e", QByteArray("inject=") + callsOnFiles + injection};
