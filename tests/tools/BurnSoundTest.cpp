@@ -90,7 +90,7 @@ TEST_F(BurnSound, tracksWrittenOneByOne_areComparedWhereTheyLie)
     const ChildResult result =
         runWithDrive({"burn", "--drive", "/dev/sr0", "--verify", "--json", m_tree.path("mixed.toc")});
     EXPECT_EQ(result.exitStatus, 3) << result.errors.constData(); // the gap of two seconds is told
-    EXPECT_GE(jsonOf(result.output)[u"bytesCompared"].toInteger(), 400 * 2048 + 690 * sectorSize);
+    EXPECT_GE(jsonOf(result.output)[u"bytesCompared"].toInteger(), qsizetype(2048) * 400 + 690 * sectorSize);
 }
 
 } // namespace
