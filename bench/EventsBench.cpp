@@ -86,7 +86,9 @@ long peakMemory()
 void runEventLoop(std::chrono::milliseconds time)
 {
     QEventLoop loop;
-    QTimer::singleShot(time, &loop, &QEventLoop::quit);
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
+    timer.start(time);
     loop.exec();
 }
 
