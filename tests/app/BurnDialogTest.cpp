@@ -264,7 +264,7 @@ TEST_F(BurnDialogTest, window_closesAfterTheDriveWasLetGo)
 TEST_F(BurnDialogTest, imageOfThePanelForImages_isWrittenBlockByBlock)
 {
     insert(FakeProfile::DVDPlusR, dvdBlocks);
-    tree.makeFile("disc.iso", QByteArray(2048 * 400, 'i'));
+    tree.makeFile("disc.iso", QByteArray(qsizetype(2048) * 400, 'i'));
     window.openFiles({tree.path("disc.iso")});
     EXPECT_TRUE(runEventLoopUntil([this] { return !window.imagePanel().isLooking(); }));
     const std::optional<BurnSubject> image = window.imagePanel().burnSubject();
