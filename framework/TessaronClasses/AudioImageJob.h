@@ -26,6 +26,14 @@ enum class AudioNormalization : std::uint8_t {
     EachFile, ///< one for each: for files from everywhere
 };
 
+/// Texts for the CD-TEXT of a disc or a track; an empty one stands for what cue sheets and tags say.
+struct AudioTitle {
+    QString title;
+    QString performer;
+
+    friend bool operator==(const AudioTitle &, const AudioTitle &) = default;
+};
+
 /// What an image of an audio CD is to be made of, where, and how. Paths are bytes; relative ones count from the working
 /// folder. Lengths are frames: 75 in a second, 588 samples each.
 struct AudioImageOrder {
@@ -55,6 +63,10 @@ struct AudioImageOrder {
     /// Titles, performers and others, from cue sheets and the tags of the files. Where the cue sheet of a BIN image
     /// cannot say them all, a file with the extension "cdt" comes beside it.
     bool hasCDText = false;
+    // Where there is CD-TEXT, these texts go before those of cue sheets and tags, in the first of its languages.
+    AudioTitle discTitle = {};
+    /// Of each audio track in order; what is missing at the end stands for none. More of them than tracks is an error.
+    QList<AudioTitle> titles = {};
     /// The ISRC of each audio track in order, with or without dashes; an empty one, and what is missing at the end,
     /// stands for none. They go before those of cue sheets and tags. One that is no ISRC, and more of them than tracks,
     /// is an error.

@@ -42,6 +42,15 @@ QList<QByteArray> pathsOf(const AudioSources &sources)
     return paths;
 }
 
+void takeOver(const AudioTitle &given, SpokenTexts *texts)
+{
+    std::map<CDTextKind, QString> &first = (*texts)[CDTextBlock::english];
+    if (const QString title = given.title.simplified(); !title.isEmpty())
+        first[CDTextKind::Title] = title;
+    if (const QString performer = given.performer.simplified(); !performer.isEmpty())
+        first[CDTextKind::Performer] = performer;
+}
+
 /// Gives each track what was broken in its part of a file. What is only counted goes to the last track of the file.
 void distributeDamage(std::size_t file, const AudioDamageReport &report, const std::vector<AlbumTrack> &album,
                       std::vector<AudioImageTrack> *tracks)
@@ -333,6 +342,9 @@ void AudioImageJob::Work::addTexts(TableOfContents *contents)
             sources.tracks.push_back(track.texts);
         }
         sources.disc = album.texts;
+        takeOver(order.discTitle, &sources.disc);
+        for (std::size_t number = 0; number < sources.tracks.size(); ++number)
+            takeOver(order.titles.value(qsizetype(number)), &sources.tracks[number]);
         sources.firstTrack = hasData() ? 2 : 1;
         texts = audioTextsOf(sources);
         contents->cdText = texts.text;

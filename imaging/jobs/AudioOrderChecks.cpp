@@ -85,6 +85,11 @@ NSError errorOfTracks(const AudioImageOrder &order, const std::vector<AlbumTrack
     }
     if (NSError error = errorOfCount(tracks.size() + (order.dataFolder.isEmpty() ? 0 : 1), "tracks"))
         return error;
+    if (std::size_t(order.titles.size()) > tracks.size())
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("there are texts for %1, but only %2")
+                                .arg(counted(std::size_t(order.titles.size()), "track", "tracks"))
+                                .arg(tracks.size()));
     return errorOfIsrcs(order.isrcs, tracks.size());
 }
 
