@@ -7,6 +7,9 @@
 namespace Tessaron::Desktop
 {
 
+/// Remembers an object until it goes: what only its own thread knows of is not lost.
+void rememberUntilGone(QObject *object);
+
 /// Gives up a job without waiting for it: a drive may answer a minute later only. The job goes when it has ended; its
 /// signals reach no one any more. Null is fine. Not from inside a slot that hears one of its signals.
 template <typename Job>
@@ -16,6 +19,7 @@ void abandonJob(std::unique_ptr<Job> job)
         return;
     job->disconnect();
     Job *const abandoned = job.release();
+    rememberUntilGone(abandoned);
     QObject::connect(abandoned, &Job::finished, abandoned, &QObject::deleteLater);
     abandoned->cancel();
 }

@@ -84,8 +84,10 @@ bool DataPanel::takeFiles(const QList<QByteArray> &paths)
 
 void DataPanel::letGo()
 {
-    if (m_view)
+    if (m_view) {
         m_view->intake().letGo();
+        m_view->preview().letGo();
+    }
 }
 
 /// What a project knew and cannot be found: no image can hold it.

@@ -4,6 +4,7 @@
 #include "app/DiscTreeView.h"
 #include "app/FileDrops.h"
 #include "app/JobBar.h"
+#include "app/ListDialog.h"
 #include "app/NoticeBar.h"
 #include "app/OptionsDialog.h"
 
@@ -20,7 +21,9 @@
 #include <QLocale>
 #include <QMenu>
 #include <QMimeData>
+#include <QPushButton>
 #include <QStandardPaths>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include <platform/foundation/FileSystemRepresentation.h>
@@ -49,12 +52,14 @@ QList<QByteArray> bytesOf(const QStringList &paths)
 DataView::DataView(DiscDocument &document, QWidget *parent)
     : QWidget(parent)
     , m_document(document)
+    , m_preview(document)
     , m_name(new QLineEdit(document.volumeName(), this))
     , m_filter(new QLineEdit(this))
     , m_notices(new NoticeBar(this))
     , m_tree(new DiscTreeView(this))
     , m_progress(new JobBar(this))
     , m_capacity(new CapacityBar(this))
+    , m_changes(new QPushButton(this))
 {
     makeActions();
     layOut();
@@ -77,12 +82,15 @@ void DataView::makeActions()
                          &DataView::removeSelected);
     m_options = addAction(tr("Opt&ions…"), QStringLiteral("document-properties"),
                           QKeySequence(Qt::ALT | Qt::Key_Return), &DataView::editOptions);
-    m_find = new QAction(QIcon::fromTheme(QStringLiteral("edit-find")), tr("&Find"), this);
+    m_find = new QAction(QIcon::fromTheme(QStringLiteral("edit-find")), tr("Fi&nd"), this);
     m_find->setShortcut(QKeySequence::Find);
     connect(m_find, &QAction::triggered, this, [this] {
         m_filter->setFocus(Qt::ShortcutFocusReason);
         m_filter->selectAll();
     });
+    m_check = new QAction(tr("&Check Names and Size"), this);
+    m_check->setShortcut(QKeySequence::Refresh);
+    connect(m_check, &QAction::triggered, &m_preview, &DiscPreview::look);
     // A key that means text while someone types belongs to the field.
     for (QAction *const action : {m_remove, m_rename, m_paste, m_options}) {
         action->setShortcutContext(Qt::WidgetShortcut);
@@ -101,7 +109,7 @@ QAction *DataView::addAction(const QString &text, const QString &iconName, const
 
 QList<QAction *> DataView::discActions() const
 {
-    return {m_addFiles, m_addFolders, m_newFolder, m_paste, m_rename, m_options, m_remove, m_find};
+    return {m_addFiles, m_addFolders, m_newFolder, m_paste, m_rename, m_options, m_remove, m_find, m_check};
 }
 
 void DataView::layOut()
@@ -124,7 +132,12 @@ void DataView::layOut()
     column->addWidget(m_notices);
     column->addWidget(m_tree, 1);
     column->addWidget(m_progress);
-    column->addWidget(m_capacity);
+    auto *const last = new QHBoxLayout;
+    last->addWidget(m_changes);
+    last->addWidget(m_capacity, 1);
+    column->addLayout(last);
+    m_changes->setFlat(true);
+    m_changes->hide();
 
     m_tree->setModel(&m_document.model());
     m_tree->setAccessibleName(tr("Files on the disc"));
@@ -174,6 +187,12 @@ void DataView::connectModel()
         m_progress->showCancelling();
         m_intake.cancel();
     });
+    connect(&m_preview, &DiscPreview::outdated, m_changes, &QWidget::hide);
+    connect(&m_preview, &DiscPreview::looked, this, [this](std::uint64_t bytes) {
+        setExactSize(bytes);
+        showChanges();
+    });
+    connect(m_changes, &QPushButton::clicked, this, &DataView::listChanges);
     m_filterDelay.setSingleShot(true);
     m_filterDelay.setInterval(filterDelay);
     connect(m_filter, &QLineEdit::textChanged, &m_filterDelay, qOverload<>(&QTimer::start));
@@ -217,6 +236,26 @@ void DataView::treeHasChanged()
     m_capacity->setUsed(discSize(), false);
     updateActions();
     Q_EMIT changed();
+}
+
+void DataView::showChanges()
+{
+    const int lost = int(m_preview.lostCount());
+    const int count = int(m_preview.changes().size());
+    m_changes->setVisible(count > 0);
+    const QStyle::StandardPixmap icon = lost > 0 ? QStyle::SP_MessageBoxWarning : QStyle::SP_MessageBoxInformation;
+    m_changes->setIcon(style()->standardIcon(icon));
+    m_changes->setText(lost > 0 ? tr("%n item(s) cannot be stored as they are…", nullptr, lost)
+                                : tr("%n name(s) or detail(s) change…", nullptr, count));
+}
+
+void DataView::listChanges()
+{
+    auto *const dialog = new ListDialog(
+        tr("This is how filesystems of the disc differ from what is shown. Every system reads one that it knows."),
+        m_preview.changes(), this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->open();
 }
 
 std::uint64_t DataView::discSize() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/DiscDocument.h"
+#include "app/DiscPreview.h"
 #include "app/SourceIntake.h"
 
 #include <QPersistentModelIndex>
@@ -10,6 +11,7 @@
 class QAction;
 class QLineEdit;
 class QMimeData;
+class QPushButton;
 
 namespace Tessaron::Desktop
 {
@@ -33,6 +35,9 @@ public:
     [[nodiscard]] NoticeBar &notices() const { return *m_notices; }
     [[nodiscard]] CapacityBar &capacity() const { return *m_capacity; }
     [[nodiscard]] SourceIntake &intake() { return m_intake; }
+    [[nodiscard]] DiscPreview &preview() { return m_preview; }
+    /// Says how many names change, and lists them when it is pressed; not visible when none do.
+    [[nodiscard]] QPushButton &changesButton() const { return *m_changes; }
     [[nodiscard]] QLineEdit &filterField() const { return *m_filter; }
     [[nodiscard]] QLineEdit &nameField() const { return *m_name; }
 
@@ -61,6 +66,8 @@ private:
     void showContextMenu(const QPoint &place);
     void updateActions();
     void treeHasChanged();
+    void showChanges();
+    void listChanges();
     void addTo(const QList<QByteArray> &paths, const DiscNode &folder);
     void taken(const std::shared_ptr<TakenIn> &result);
     void tell(const QString &text, const QStringList &details);
@@ -71,6 +78,7 @@ private:
 
     DiscDocument &m_document;
     SourceIntake m_intake;
+    DiscPreview m_preview;
     QTimer m_filterDelay;
     std::uint64_t m_exactSize = 0; ///< 0 while the tree has changed since
     QLineEdit *const m_name;
@@ -79,6 +87,7 @@ private:
     DiscTreeView *const m_tree;
     JobBar *const m_progress;
     CapacityBar *const m_capacity;
+    QPushButton *const m_changes;
     QAction *m_addFiles = nullptr;
     QAction *m_addFolders = nullptr;
     QAction *m_newFolder = nullptr;
@@ -87,6 +96,7 @@ private:
     QAction *m_options = nullptr;
     QAction *m_paste = nullptr;
     QAction *m_find = nullptr;
+    QAction *m_check = nullptr;
 };
 
 } // namespace Tessaron::Desktop

@@ -141,6 +141,7 @@ DiscTreeModel::DiscTreeModel(QObject *parent)
     , m_root(virtualFolderNode(QStringLiteral("disc")))
     , m_folderIcon(QIcon::fromTheme(QStringLiteral("folder"), QApplication::style()->standardIcon(QStyle::SP_DirIcon)))
     , m_warningIcon(QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning))
+    , m_changedIcon(QApplication::style()->standardIcon(QStyle::SP_MessageBoxInformation))
 {
 }
 
@@ -206,6 +207,7 @@ void DiscTreeModel::insert(DiscNode &parent, std::vector<std::unique_ptr<DiscNod
         std::uint64_t bytes = 0;
         std::uint32_t objects = 0;
         for (std::unique_ptr<DiscNode> &node : nodes) {
+            forgetMarks(*node);
             applyOrderBelow(*node);
             node->parent = &parent;
             bytes += node->totalBytes;
@@ -220,6 +222,19 @@ void DiscTreeModel::insert(DiscNode &parent, std::vector<std::unique_ptr<DiscNod
         sortChildren(parent);
     }
     Q_EMIT treeChanged();
+}
+
+/// A node that is new may lie where one lay that is gone.
+void DiscTreeModel::forgetMarks(const DiscNode &top)
+{
+    std::vector<const DiscNode *> waiting = {&top};
+    while (!m_marks.isEmpty() && !waiting.empty()) {
+        const DiscNode *const node = waiting.back();
+        waiting.pop_back();
+        m_marks.remove(node);
+        for (const std::unique_ptr<DiscNode> &child : node->children)
+            waiting.push_back(child.get());
+    }
 }
 
 void DiscTreeModel::takeRun(DiscNode &parent, std::uint32_t first, std::uint32_t last,
@@ -391,10 +406,12 @@ void DiscTreeModel::findMatches()
     }
 }
 
-void DiscTreeModel::setMarks(QHash<const DiscNode *, QString> marks)
+/// Views draw all of their rows anew for one signal over rows at the top: what is marked may lie anywhere.
+void DiscTreeModel::setMarks(Marks marks)
 {
     m_marks = std::move(marks);
-    Q_EMIT dataChanged(index(0, 0), index(std::max(rowCount() - 1, 0), columnCountOfAll - 1));
+    if (rowCount() > 0)
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, columnCountOfAll - 1), {Qt::DecorationRole});
 }
 
 QModelIndex DiscTreeModel::index(int row, int column, const QModelIndex &parent) const
@@ -508,8 +525,11 @@ QString DiscTreeModel::kindOf(const DiscNode &node) const
 
 QIcon DiscTreeModel::iconOf(const DiscNode &node) const
 {
-    if (node.isMissing || node.isUnreadable || m_marks.contains(&node))
+    if (node.isMissing || node.isUnreadable)
         return m_warningIcon;
+    if (const auto mark = m_marks.constFind(&node);
+        mark != m_marks.cend() && mark->severity != DiscMark::Severity::Told)
+        return mark->severity == DiscMark::Severity::Lost ? m_warningIcon : m_changedIcon;
     return node.isFolder() ? m_folderIcon : typeOf(node).icon;
 }
 
@@ -520,9 +540,8 @@ QString DiscTreeModel::toolTipOf(const DiscNode &node) const
         lines << tr("The file is missing: it was moved or removed.");
     if (node.isUnreadable)
         lines << tr("You may not read this file.");
-    const QString mark = m_marks.value(&node);
-    if (!mark.isEmpty())
-        lines << mark;
+    if (const auto mark = m_marks.constFind(&node); mark != m_marks.cend())
+        lines << mark->text;
     const QString options = optionsText(*node.item->fileReference()->tessaronAttributes());
     if (!options.isEmpty())
         lines << options;

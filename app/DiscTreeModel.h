@@ -15,6 +15,17 @@
 namespace Tessaron::Desktop
 {
 
+/// What filesystems of the disc make of an object.
+struct DiscMark {
+    enum class Severity : std::uint8_t {
+        Told, ///< known, and no reason to look twice
+        Changed, ///< another name, or something of it is not as it was
+        Lost, ///< no filesystem holds it as it stands
+    };
+    QString text; ///< a line for each filesystem
+    Severity severity = Severity::Told;
+};
+
 /// The tree of a disc as views see it. The children of each folder lie in the order that is shown. With a filter, the
 /// rows are all objects whose names hold its text, in one list.
 ///
@@ -53,10 +64,11 @@ public:
     void setFilter(const QString &text);
     [[nodiscard]] bool isFiltered() const { return !m_filter.isEmpty(); }
 
-    /// Marks objects whose names or contents some filesystem of the disc cannot hold as they stand; by their paths on
-    /// the disc, with a sentence each. Replaces what was marked before.
-    void setMarks(QHash<const DiscNode *, QString> marks);
-    [[nodiscard]] QString markOf(const DiscNode &node) const { return m_marks.value(&node); }
+    using Marks = QHash<const DiscNode *, DiscMark>;
+    /// Marks objects whose names or contents some filesystem of the disc cannot hold as they stand. Replaces what was
+    /// marked before.
+    void setMarks(Marks marks);
+    [[nodiscard]] DiscMark markOf(const DiscNode &node) const { return m_marks.value(&node); }
 
     // QAbstractItemModel
     [[nodiscard]] QModelIndex index(int row, int column, const QModelIndex &parent = {}) const override;
@@ -103,6 +115,7 @@ private:
     void applyOrder(DiscNode &parent, const std::vector<std::uint32_t> &order);
     void applyOrderBelow(DiscNode &top);
     void movePersistent(const QModelIndexList &before);
+    void forgetMarks(const DiscNode &top);
     void findMatches();
     void takeRun(DiscNode &parent, std::uint32_t first, std::uint32_t last,
                  std::vector<std::unique_ptr<DiscNode>> *taken);
@@ -116,7 +129,7 @@ private:
     QString m_filter;
     std::vector<DiscNode *> m_matches;
     QHash<const DiscNode *, std::uint32_t> m_matchRows;
-    QHash<const DiscNode *, QString> m_marks;
+    Marks m_marks;
     // Looked up once for each extension; asking for a type by a name costs microseconds, a frame shows hundreds.
     struct TypeOfFile {
         QString text;
@@ -126,6 +139,7 @@ private:
     mutable QHash<QString, TypeOfFile> m_types;
     QIcon m_folderIcon;
     QIcon m_warningIcon;
+    QIcon m_changedIcon;
 };
 
 /// Type of the data by which rows travel inside the program.

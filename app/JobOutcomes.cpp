@@ -45,9 +45,10 @@ void addReport(const DRStorageReport &report, QStringList &lines)
         for (std::size_t index = 0; index < report.count(); ++index) {
             const DRStorageReportItem item = report.item(index);
             if (item.isLost == isLost)
-                addLine(lines, &count,
-                        QStringLiteral("%1: %2 (%3)")
-                            .arg(displayableText(item.path), displayableText(item.reason), discTreeName(item.tree)));
+                addLine(
+                    lines, &count,
+                    QStringLiteral("%1: %2 (%3)")
+                        .arg(displayableText(item.path), displayableText(item.reason), treeNameForPeople(item.tree)));
         }
     }
     if (count > mostLines)

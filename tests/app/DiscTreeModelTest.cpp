@@ -112,9 +112,9 @@ TEST_F(DiscTreeModelTest, nodesAt_leavesOutWhatLiesBelowOthers)
 TEST_F(DiscTreeModelTest, data_marksUnreadableAndMarkedRows)
 {
     const DiscNode &node = model().nodeAt(model().index(1, 0, set()));
-    model().setMarks({{&node, QStringLiteral("A.TXT in ISO 9660")}});
+    model().setMarks({{&node, {QStringLiteral("A.TXT in ISO 9660"), DiscMark::Severity::Changed}}});
     EXPECT_TRUE(model().index(1, 0, set()).data(Qt::ToolTipRole).toString().contains(QStringLiteral("ISO 9660")));
-    EXPECT_EQ(model().markOf(model().nodeAt(set())), QString());
+    EXPECT_EQ(model().markOf(model().nodeAt(set())).text, QString());
 }
 
 TEST(DiscTreeMemory, hundredThousandFiles_takeLessThanAKilobyteEach)
