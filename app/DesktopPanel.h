@@ -94,6 +94,8 @@ public:
     {
         return nullptr;
     }
+    /// False for a panel whose discs no drive writes.
+    [[nodiscard]] virtual bool canBeBurnt() const { return true; }
     /// What a drive would write; absent when there is nothing, or for a panel whose discs no drive writes.
     [[nodiscard]] virtual std::optional<BurnSubject> burnSubject() { return std::nullopt; }
     /// Takes files that were given to the program; false when they are nothing for this panel.

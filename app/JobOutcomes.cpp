@@ -2,6 +2,7 @@
 
 #include "app/Words.h"
 
+#include <TessaronClasses/AudioImageJob.h>
 #include <TessaronClasses/BurnDiscJob.h>
 #include <TessaronClasses/DiscImageJob.h>
 #include <TessaronClasses/ExtractJob.h>
@@ -137,6 +138,39 @@ JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStri
         outcome.summary += u' ' + lossesText(result.data, missing, outcome);
     else if (result.isAnythingLost)
         outcome.summary += u' ' + JobOutcomes::tr("Something of the image is not on it.");
+    return outcome;
+}
+
+JobOutcome outcomeOf(const AudioImageResult &result)
+{
+    JobOutcome outcome;
+    outcome.error = result.error;
+    outcome.path = result.imagePath;
+    outcome.isComplete = result.isComplete();
+    for (const AudioImageTrack &track : result.tracks) {
+        if (!track.damage.isEmpty())
+            outcome.details << JobOutcomes::tr("Track %1, %2: the sound is damaged in %n place(s)", nullptr,
+                                               int(track.damage.count))
+                                   .arg(track.number)
+                                   .arg(fileName(track.source));
+        if (track.isTooShort)
+            outcome.details
+                << JobOutcomes::tr("Track %1 is shorter than four seconds, which many drives refuse").arg(track.number);
+    }
+    outcome.details << result.changedTexts << result.notes;
+    if (result.error) {
+        outcome.summary = errorText(result.error);
+        return outcome;
+    }
+    constexpr std::uint64_t framesPerSecond = 75;
+    outcome.summary =
+        JobOutcomes::tr("%1 was saved: %2, %3.")
+            .arg(fileName(result.imagePath), durationText(std::chrono::seconds(result.frames / framesPerSecond)),
+                 JobOutcomes::tr("%n track(s)", nullptr, int(result.tracks.size())));
+    if (result.areTextsLost)
+        outcome.summary += u' ' + JobOutcomes::tr("Some texts could not be put into the CD-TEXT.");
+    if (!outcome.isComplete && !result.areTextsLost)
+        outcome.summary += u' ' + JobOutcomes::tr("Some of the sound is damaged.");
     return outcome;
 }
 

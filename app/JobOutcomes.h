@@ -4,6 +4,7 @@
 
 namespace Tessaron
 {
+struct AudioImageResult;
 struct BurnDiscResult;
 struct DiscImageResult;
 struct ExtractResult;
@@ -18,6 +19,7 @@ namespace Tessaron::Desktop
 /// `missing`: paths on the disc of files that were to be on it and cannot be found.
 [[nodiscard]] JobOutcome outcomeOf(const DiscImageResult &result, const QStringList &missing);
 [[nodiscard]] JobOutcome outcomeOf(const VerificationResult &result);
+[[nodiscard]] JobOutcome outcomeOf(const AudioImageResult &result);
 [[nodiscard]] JobOutcome outcomeOf(const ExtractResult &result);
 [[nodiscard]] JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStringList &missing);
 

@@ -1,5 +1,6 @@
 #include "app/MainWindow.h"
 
+#include "app/AudioPanel.h"
 #include "app/BurnDialog.h"
 #include "app/CapacityBar.h"
 #include "app/DataPanel.h"
@@ -104,6 +105,7 @@ MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent)
     , m_host(std::make_shared<Host>(*this))
     , m_dataPanel(std::make_shared<DataPanel>())
+    , m_audioPanel(std::make_shared<AudioPanel>())
     , m_imagePanel(std::make_shared<ImagePanel>())
 {
     auto *const middle = new QWidget(this);
@@ -135,6 +137,7 @@ MainWindow::MainWindow(QWidget *parent)
     m_toolBarSpace = m_toolBar->addWidget(space);
     m_toolBar->addActions({m_saveImage, m_burn});
     addPanel(m_dataPanel);
+    addPanel(m_audioPanel);
     addPanel(m_imagePanel);
     connectProject();
     connect(m_kinds, &QListWidget::currentRowChanged, this, &MainWindow::showPanel);
@@ -253,7 +256,7 @@ void MainWindow::updateActions()
 {
     DesktopPanel &panel = currentPanel();
     m_saveImage->setEnabled(!m_job && panel.handledDiscImageFormats() != 0 && panel.enableBurnButton());
-    m_burn->setEnabled(!m_job && panel.enableBurnButton());
+    m_burn->setEnabled(!m_job && panel.canBeBurnt() && panel.enableBurnButton());
     m_cancel->setEnabled(m_job != nullptr);
 }
 
@@ -508,6 +511,28 @@ void MainWindow::afterSaving(const std::function<void()> &goOn)
     question->open();
 }
 
+/// Tracks are in no project: an image is what is kept of them.
+void MainWindow::afterDroppingTracks(const std::function<void()> &goOn)
+{
+    if (m_audioPanel->tracks().undoStack().isClean()) {
+        goOn();
+        return;
+    }
+    bringUp(*m_audioPanel);
+    auto *const question =
+        new QMessageBox(QMessageBox::Question, tr("Tessaron"),
+                        tr("No image was saved of these tracks. Quit without one?"), QMessageBox::Cancel, this);
+    question->setInformativeText(tr("What you put together is lost then. The files themselves stay."));
+    const QPushButton *const quit = question->addButton(tr("&Quit"), QMessageBox::DestructiveRole);
+    question->setDefaultButton(QMessageBox::Cancel);
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    connect(question, &QMessageBox::buttonClicked, this, [quit, goOn](const QAbstractButton *button) {
+        if (button == quit)
+            goOn();
+    });
+    question->open();
+}
+
 void MainWindow::newProject()
 {
     afterSaving([this] { m_project->close(); });
@@ -598,7 +623,9 @@ void MainWindow::showRecent()
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
-    if (m_isClosing || (!m_job && m_dataPanel->document().undoStack().isClean())) {
+    const bool isAllKept =
+        m_dataPanel->document().undoStack().isClean() && m_audioPanel->tracks().undoStack().isClean();
+    if (m_isClosing || (!m_job && isAllKept)) {
         event->accept();
         return;
     }
@@ -615,8 +642,10 @@ void MainWindow::closeEvent(QCloseEvent *event)
         return;
     }
     afterSaving([this] {
-        m_isClosing = true;
-        close();
+        afterDroppingTracks([this] {
+            m_isClosing = true;
+            close();
+        });
     });
 }
 

@@ -18,6 +18,7 @@ class QStackedWidget;
 namespace Tessaron::Desktop
 {
 
+class AudioPanel;
 class DataPanel;
 class ImagePanel;
 class JobBar;
@@ -38,6 +39,7 @@ public:
     void showPanel(int index);
     [[nodiscard]] DesktopPanel &currentPanel() const;
     [[nodiscard]] DataPanel &dataPanel() const { return *m_dataPanel; }
+    [[nodiscard]] AudioPanel &audioPanel() const { return *m_audioPanel; }
     [[nodiscard]] ImagePanel &imagePanel() const { return *m_imagePanel; }
     [[nodiscard]] NoticeBar &notices() const { return *m_notices; }
     [[nodiscard]] QUndoGroup &undoGroup() { return m_undoGroup; }
@@ -98,9 +100,11 @@ private:
     void showRecent();
     /// Goes on once the present disc is saved or dropped; not at all when the user stays with it.
     void afterSaving(const std::function<void()> &goOn);
+    void afterDroppingTracks(const std::function<void()> &goOn);
 
     std::shared_ptr<Host> m_host;
     std::shared_ptr<DataPanel> m_dataPanel;
+    std::shared_ptr<AudioPanel> m_audioPanel;
     std::shared_ptr<ImagePanel> m_imagePanel;
     std::vector<std::shared_ptr<DesktopPanel>> m_panels;
     QUndoGroup m_undoGroup;
