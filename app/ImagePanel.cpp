@@ -161,9 +161,8 @@ void ImagePanel::openImage(const QByteArray &path)
     m_inspecting = std::make_unique<InspectJob>(path);
     QObject::connect(m_inspecting.get(), &DiscJob::progressed, &view.progress(), &JobBar::showProgress);
     QObject::connect(m_inspecting.get(), &InspectJob::finished, &view, [this](const ImageInspection &result) {
-        const ImageInspection own = result;
-        m_inspecting.release()->deleteLater();
-        inspected(own);
+        m_inspecting.release()->deleteLater(); // which has the result until then
+        inspected(result);
     });
     m_inspecting->start();
     changed();
@@ -194,9 +193,8 @@ void ImagePanel::inspected(const ImageInspection &result)
              problems);
     m_finding = std::make_unique<TracksJob>(m_path);
     QObject::connect(m_finding.get(), &TracksJob::finished, m_view.get(), [this](const TracksResult &found) {
-        const TracksResult own = found;
         m_finding.release()->deleteLater();
-        foundTracks(own);
+        foundTracks(found);
     });
     m_finding->start();
 }

@@ -2,6 +2,52 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE" sourcelanguage="en">
     <context>
+        <name>AudioPanel</name>
+        <message>
+            <source>Audio</source>
+            <translation>Audio</translation>
+        </message>
+        <message>
+            <source>Sound for every CD player</source>
+            <translation>Ton für jeden CD-Spieler</translation>
+        </message>
+        <message>
+            <source>There is no track yet. Drop sound files into the window first.</source>
+            <translation>Es gibt noch keinen Titel. Ziehen Sie zuerst Tondateien in das Fenster.</translation>
+        </message>
+        <message>
+            <source>Audio CD</source>
+            <translation>Audio-CD</translation>
+        </message>
+        <message>
+            <source>Adding</source>
+            <translation>Hinzufügen</translation>
+        </message>
+        <message>
+            <source>The folder %1 cannot be listed: %2</source>
+            <translation>Der Ordner %1 kann nicht gelesen werden: %2</translation>
+        </message>
+        <message>
+            <source>%1 holds no sound.</source>
+            <translation>%1 enthält keinen Ton.</translation>
+        </message>
+        <message>
+            <source>%1 is left out: a CD has 99 tracks at most.</source>
+            <translation>%1 wird ausgelassen: Eine CD hat höchstens 99 Titel.</translation>
+        </message>
+        <message>
+            <source>No sound files were found.</source>
+            <translation>Es wurden keine Tondateien gefunden.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) could not be added.</source>
+            <translation>
+                <numerusform>%n Datei konnte nicht hinzugefügt werden.</numerusform>
+                <numerusform>%n Dateien konnten nicht hinzugefügt werden.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>DataPanel</name>
         <message>
             <source>Data</source>
@@ -73,6 +119,90 @@
         <message>
             <source>The disc cannot be used any more then.</source>
             <translation>Die Disc ist dann unbrauchbar.</translation>
+        </message>
+    </context>
+    <context>
+        <name>ImagePanel</name>
+        <message>
+            <source>Image</source>
+            <translation>Abbild</translation>
+        </message>
+        <message numerus="yes">
+            <source>… and %n more</source>
+            <translation>
+                <numerusform>… und %n weitere</numerusform>
+                <numerusform>… und %n weitere</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Images of discs that are there already</source>
+            <translation>Abbilder von Discs, die es schon gibt</translation>
+        </message>
+        <message>
+            <source>No image is open. Open one first.</source>
+            <translation>Es ist kein Abbild geöffnet. Öffnen Sie zuerst eines.</translation>
+        </message>
+        <message>
+            <source>Looking at %1</source>
+            <translation>%1 wird angesehen</translation>
+        </message>
+        <message>
+            <source>%1: no filesystem was found in it.</source>
+            <translation>%1: Es wurde kein Dateisystem darin gefunden.</translation>
+        </message>
+        <message numerus="yes">
+            <source>The image is not as it should be in %n place(s).</source>
+            <translation>
+                <numerusform>Das Abbild ist an %n Stelle nicht, wie es sein sollte.</numerusform>
+                <numerusform>Das Abbild ist an %n Stellen nicht, wie es sein sollte.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s)</source>
+            <translation>
+                <numerusform>%n Titel</numerusform>
+                <numerusform>%n Titel</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>The description of the image was read with reservations.</source>
+            <translation>Die Beschreibung des Abbilds wurde mit Vorbehalten gelesen.</translation>
+        </message>
+        <message>
+            <source>Open Image</source>
+            <translation>Abbild öffnen</translation>
+        </message>
+        <message>
+            <source>Disc images (*.iso *.bin *.img *.vant *.udf *.cdr *.cue *.ccd *.toc)</source>
+            <translation>Disc-Abbilder (*.iso *.bin *.img *.vant *.udf *.cdr *.cue *.ccd *.toc)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>Alle Dateien (*)</translation>
+        </message>
+        <message>
+            <source>Compare with a Folder</source>
+            <translation>Mit einem Ordner vergleichen</translation>
+        </message>
+        <message>
+            <source>Take All Tracks Out Into a Folder</source>
+            <translation>Alle Titel in einen Ordner entnehmen</translation>
+        </message>
+        <message>
+            <source>Take Track %1 Out</source>
+            <translation>Titel %1 entnehmen</translation>
+        </message>
+        <message>
+            <source>New folder:</source>
+            <translation>Neuer Ordner:</translation>
+        </message>
+        <message>
+            <source>%1 tracks</source>
+            <translation>%1, Titel</translation>
+        </message>
+        <message>
+            <source>%1, track %2</source>
+            <translation>%1, Titel %2</translation>
         </message>
     </context>
     <context>
@@ -181,6 +311,57 @@
             <source>Something of the image is not on it.</source>
             <translation>Etwas vom Abbild ist nicht darauf.</translation>
         </message>
+        <message numerus="yes">
+            <source>Track %1, %2: the sound is damaged in %n place(s)</source>
+            <translation>
+                <numerusform>Titel %1, %2: Der Ton ist an %n Stelle beschädigt</numerusform>
+                <numerusform>Titel %1, %2: Der Ton ist an %n Stellen beschädigt</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Track %1 is shorter than four seconds, which many drives refuse</source>
+            <translation>Titel %1 ist kürzer als vier Sekunden, was viele Laufwerke ablehnen</translation>
+        </message>
+        <message>
+            <source>Some texts could not be put into the CD-TEXT.</source>
+            <translation>Einige Texte konnten nicht in den CD-TEXT.</translation>
+        </message>
+        <message>
+            <source>Some of the sound is damaged.</source>
+            <translation>Ein Teil des Tons ist beschädigt.</translation>
+        </message>
+        <message>
+            <source>Track %1: %2, %3</source>
+            <translation>Titel %1: %2, %3</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n damaged sector(s)</source>
+            <translation>
+                <numerusform>%n beschädigter Sektor</numerusform>
+                <numerusform>%n beschädigte Sektoren</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n sector(s) cut</source>
+            <translation>
+                <numerusform>%n Sektor gekürzt</numerusform>
+                <numerusform>%n Sektoren gekürzt</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s) were taken out.</source>
+            <translation>
+                <numerusform>%n Titel wurde entnommen.</numerusform>
+                <numerusform>%n Titel wurden entnommen.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s) were taken out, with damage.</source>
+            <translation>
+                <numerusform>%n Titel wurde entnommen, mit Schäden.</numerusform>
+                <numerusform>%n Titel wurden entnommen, mit Schäden.</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Media</name>
@@ -237,6 +418,145 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::AudioTrackModel</name>
+        <message numerus="yes">
+            <source>Add %n Track(s)</source>
+            <translation>
+                <numerusform>%n Titel hinzufügen</numerusform>
+                <numerusform>%n Titel hinzufügen</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>Remove %n Track(s)</source>
+            <translation>
+                <numerusform>%n Titel entfernen</numerusform>
+                <numerusform>%n Titel entfernen</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>Move %n Track(s)</source>
+            <translation>
+                <numerusform>%n Titel verschieben</numerusform>
+                <numerusform>%n Titel verschieben</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Change Texts</source>
+            <translation>Texte ändern</translation>
+        </message>
+        <message>
+            <source>No.</source>
+            <translation>Nr.</translation>
+        </message>
+        <message>
+            <source>Title</source>
+            <translation>Titel</translation>
+        </message>
+        <message>
+            <source>Performer</source>
+            <translation>Interpret</translation>
+        </message>
+        <message>
+            <source>Length</source>
+            <translation>Länge</translation>
+        </message>
+        <message>
+            <source>File</source>
+            <translation>Datei</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioView</name>
+        <message>
+            <source>&amp;Without a break where there is no pause</source>
+            <translation>&amp;Ohne Lücke, wo keine Pause ist</translation>
+        </message>
+        <message>
+            <source>Common &amp;loudness</source>
+            <translation>Gemeinsame &amp;Lautheit</translation>
+        </message>
+        <message>
+            <source>CD-&amp;TEXT</source>
+            <translation>CD-TE&amp;XT</translation>
+        </message>
+        <message>
+            <source>Add &amp;Tracks…</source>
+            <translation>&amp;Titel hinzufügen …</translation>
+        </message>
+        <message>
+            <source>Move &amp;Up</source>
+            <translation>Nach &amp;oben</translation>
+        </message>
+        <message>
+            <source>Move &amp;Down</source>
+            <translation>Nach &amp;unten</translation>
+        </message>
+        <message>
+            <source>&amp;Remove Tracks</source>
+            <translation>Titel &amp;entfernen</translation>
+        </message>
+        <message>
+            <source>&amp;Pause between tracks:</source>
+            <translation>&amp;Pause zwischen Titeln:</translation>
+        </message>
+        <message>
+            <source> s</source>
+            <translation> s</translation>
+        </message>
+        <message>
+            <source>Titles and performers for players that show them</source>
+            <translation>Titel und Interpreten für Spieler, die sie anzeigen</translation>
+        </message>
+        <message>
+            <source>Brings the whole disc to the loudness that is usual, in the same measure for all tracks</source>
+            <translation>Bringt die ganze Disc auf die übliche Lautheit, alle Titel im selben Maß</translation>
+        </message>
+        <message>
+            <source>T&amp;itle of the disc:</source>
+            <translation>T&amp;itel der Disc:</translation>
+        </message>
+        <message>
+            <source>P&amp;erformer:</source>
+            <translation>I&amp;nterpret:</translation>
+        </message>
+        <message>
+            <source>Tracks</source>
+            <translation>Titel</translation>
+        </message>
+        <message>
+            <source>Drop sound files here. They are played in this order.</source>
+            <translation>Ziehen Sie Tondateien hierher. Sie werden in dieser Reihenfolge gespielt.</translation>
+        </message>
+        <message>
+            <source>How full the disc is</source>
+            <translation>Wie voll die Disc ist</translation>
+        </message>
+        <message>
+            <source>Length of the disc</source>
+            <translation>Länge der Disc</translation>
+        </message>
+        <message>
+            <source>Kind of disc</source>
+            <translation>Art der Disc</translation>
+        </message>
+        <message>
+            <source>CD, %1 minutes</source>
+            <translation>CD, %1 Minuten</translation>
+        </message>
+        <message>
+            <source>%1: %2 too long</source>
+            <translation>%1: %2 zu lang</translation>
+        </message>
+        <message>
+            <source>%1, %2 free</source>
+            <translation>%1, %2 frei</translation>
+        </message>
+        <message>
+            <source>Add Tracks</source>
+            <translation>Titel hinzufügen</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::BurnDialog</name>
         <message>
             <source>&amp;Look Again</source>
@@ -280,7 +600,7 @@
         </message>
         <message>
             <source>E&amp;rase…</source>
-            <translation>L&amp;öschen…</translation>
+            <translation>L&amp;öschen …</translation>
         </message>
         <message>
             <source>As fast as it goes</source>
@@ -308,11 +628,11 @@
         </message>
         <message>
             <source>Looking for drives…</source>
-            <translation>Laufwerke werden gesucht…</translation>
+            <translation>Laufwerke werden gesucht …</translation>
         </message>
         <message>
             <source>Looking at the disc…</source>
-            <translation>Die Disc wird angesehen…</translation>
+            <translation>Die Disc wird angesehen …</translation>
         </message>
         <message>
             <source>This computer has no optical drive. Connect one, and look again.</source>
@@ -397,15 +717,11 @@
         </message>
         <message>
             <source>Re&amp;move from the Disc</source>
-            <translation>Von der Disc &amp;nehmen</translation>
+            <translation>Von der Disc ne&amp;hmen</translation>
         </message>
         <message>
             <source>Opt&amp;ions…</source>
             <translation>O&amp;ptionen …</translation>
-        </message>
-        <message>
-            <source>&amp;Find</source>
-            <translation>&amp;Suchen</translation>
         </message>
         <message>
             <source>Disc &amp;name:</source>
@@ -471,6 +787,32 @@
         <message>
             <source>There are no files to paste. Copy some in the file manager first.</source>
             <translation>Es gibt keine Dateien zum Einfügen. Kopieren Sie zuerst welche in der Dateiverwaltung.</translation>
+        </message>
+        <message>
+            <source>Fi&amp;nd</source>
+            <translation>Su&amp;chen</translation>
+        </message>
+        <message>
+            <source>&amp;Check Names and Size</source>
+            <translation>Namen und Größe p&amp;rüfen</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) cannot be stored as they are…</source>
+            <translation>
+                <numerusform>%n Objekt kann nicht unverändert gespeichert werden…</numerusform>
+                <numerusform>%n Objekte können nicht unverändert gespeichert werden…</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n name(s) or detail(s) change…</source>
+            <translation>
+                <numerusform>%n Name oder Detail ändert sich…</numerusform>
+                <numerusform>%n Namen oder Details ändern sich…</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>This is how filesystems of the disc differ from what is shown. Every system reads one that it knows.</source>
+            <translation>So weichen Dateisysteme der Disc von dem ab, was gezeigt wird. Jedes System liest eines, das es kennt.</translation>
         </message>
     </context>
     <context>
@@ -542,6 +884,17 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::DiscPreview</name>
+        <message>
+            <source>%1 calls it %2</source>
+            <translation>In %1: %2</translation>
+        </message>
+        <message>
+            <source>Not in %1: %2</source>
+            <translation>Nicht in %1: %2</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::DiscTreeModel</name>
         <message>
             <source>File</source>
@@ -590,6 +943,75 @@
         <message>
             <source>Folder on the disc</source>
             <translation>Ordner auf der Disc</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ImageContentsModel</name>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n Datei</numerusform>
+                <numerusform>%n Dateien</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Track %1</source>
+            <translation>Titel %1</translation>
+        </message>
+        <message>
+            <source>%1, sound</source>
+            <translation>%1, Ton</translation>
+        </message>
+        <message>
+            <source>%1, data</source>
+            <translation>%1, Daten</translation>
+        </message>
+        <message>
+            <source>Name</source>
+            <translation>Name</translation>
+        </message>
+        <message>
+            <source>Size</source>
+            <translation>Größe</translation>
+        </message>
+        <message>
+            <source>Modified</source>
+            <translation>Geändert</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ImageView</name>
+        <message>
+            <source>&amp;Open Image…</source>
+            <translation>Abbild ö&amp;ffnen …</translation>
+        </message>
+        <message>
+            <source>&amp;Compare with a Folder…</source>
+            <translation>Mit einem Ordner &amp;vergleichen …</translation>
+        </message>
+        <message>
+            <source>&amp;Take Out Tracks…</source>
+            <translation>&amp;Titel entnehmen …</translation>
+        </message>
+        <message>
+            <source>The image</source>
+            <translation>Das Abbild</translation>
+        </message>
+        <message>
+            <source>What the image holds</source>
+            <translation>Was das Abbild enthält</translation>
+        </message>
+        <message>
+            <source>Drop a disc image here</source>
+            <translation>Ziehen Sie ein Disc-Abbild hierher</translation>
+        </message>
+        <message>
+            <source>An ISO, BIN or VANT image, or a cue sheet. See what is in it, compare it with a folder, and write it to a disc.</source>
+            <translation>Ein Abbild (ISO, BIN, VANT) oder ein Cue-Sheet. Sehen Sie, was darin ist, vergleichen Sie es mit einem Ordner, und schreiben Sie es auf eine Disc.</translation>
+        </message>
+        <message>
+            <source>Open Image…</source>
+            <translation>Abbild öffnen …</translation>
         </message>
     </context>
     <context>
@@ -769,7 +1191,7 @@
         </message>
         <message>
             <source>&amp;Burn…</source>
-            <translation>&amp;Brennen…</translation>
+            <translation>B&amp;rennen …</translation>
         </message>
         <message>
             <source>Write what is shown to a disc</source>
@@ -777,7 +1199,7 @@
         </message>
         <message>
             <source>S&amp;top</source>
-            <translation>&amp;Anhalten</translation>
+            <translation>Anhal&amp;ten</translation>
         </message>
         <message>
             <source>A disc is being written. Stop?</source>
@@ -794,6 +1216,18 @@
         <message>
             <source>A disc is being written. Stop, and quit?</source>
             <translation>Eine Disc wird geschrieben. Anhalten und beenden?</translation>
+        </message>
+        <message>
+            <source>Something else is being done. Wait for its end, or stop it.</source>
+            <translation>Etwas anderes läuft noch. Warten Sie das Ende ab, oder halten Sie es an.</translation>
+        </message>
+        <message>
+            <source>No image was saved of these tracks. Quit without one?</source>
+            <translation>Von diesen Titeln wurde kein Abbild gespeichert. Ohne eines beenden?</translation>
+        </message>
+        <message>
+            <source>What you put together is lost then. The files themselves stay.</source>
+            <translation>Was Sie zusammengestellt haben, geht dann verloren. Die Dateien selbst bleiben.</translation>
         </message>
     </context>
     <context>

@@ -2,6 +2,40 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en_US" sourcelanguage="en">
     <context>
+        <name>AudioPanel</name>
+        <message numerus="yes">
+            <source>%n file(s) could not be added.</source>
+            <translation>
+                <numerusform>%n file could not be added.</numerusform>
+                <numerusform>%n files could not be added.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>ImagePanel</name>
+        <message numerus="yes">
+            <source>… and %n more</source>
+            <translation>
+                <numerusform>… and %n more</numerusform>
+                <numerusform>… and %n more</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>The image is not as it should be in %n place(s).</source>
+            <translation>
+                <numerusform>The image is not as it should be in %n place.</numerusform>
+                <numerusform>The image is not as it should be in %n places.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s)</source>
+            <translation>
+                <numerusform>%n track</numerusform>
+                <numerusform>%n tracks</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>JobOutcomes</name>
         <message numerus="yes">
             <source>… and %n more</source>
@@ -59,6 +93,65 @@
                 <numerusform>%n tracks</numerusform>
             </translation>
         </message>
+        <message numerus="yes">
+            <source>Track %1, %2: the sound is damaged in %n place(s)</source>
+            <translation>
+                <numerusform>Track %1, %2: the sound is damaged in %n place</numerusform>
+                <numerusform>Track %1, %2: the sound is damaged in %n places</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n damaged sector(s)</source>
+            <translation>
+                <numerusform>%n damaged sector</numerusform>
+                <numerusform>%n damaged sectors</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n sector(s) cut</source>
+            <translation>
+                <numerusform>%n sector cut</numerusform>
+                <numerusform>%n sectors cut</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s) were taken out.</source>
+            <translation>
+                <numerusform>%n track was taken out.</numerusform>
+                <numerusform>%n tracks were taken out.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s) were taken out, with damage.</source>
+            <translation>
+                <numerusform>%n track was taken out, with damage.</numerusform>
+                <numerusform>%n tracks were taken out, with damage.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioTrackModel</name>
+        <message numerus="yes">
+            <source>Add %n Track(s)</source>
+            <translation>
+                <numerusform>Add %n Track</numerusform>
+                <numerusform>Add %n Tracks</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>Remove %n Track(s)</source>
+            <translation>
+                <numerusform>Remove %n Track</numerusform>
+                <numerusform>Remove %n Tracks</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>Move %n Track(s)</source>
+            <translation>
+                <numerusform>Move %n Track</numerusform>
+                <numerusform>Move %n Tracks</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::DataView</name>
@@ -83,6 +176,20 @@
                 <numerusform>%n items</numerusform>
             </translation>
         </message>
+        <message numerus="yes">
+            <source>%n item(s) cannot be stored as they are…</source>
+            <translation>
+                <numerusform>%n item cannot be stored as it is…</numerusform>
+                <numerusform>%n items cannot be stored as they are…</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n name(s) or detail(s) change…</source>
+            <translation>
+                <numerusform>%n name or detail changes…</numerusform>
+                <numerusform>%n names or details change…</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::DiscDocument</name>
@@ -105,6 +212,16 @@
             <translation>
                 <numerusform>Move %n Item</numerusform>
                 <numerusform>Move %n Items</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ImageContentsModel</name>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n file</numerusform>
+                <numerusform>%n files</numerusform>
             </translation>
         </message>
     </context>

@@ -2,6 +2,52 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="fr_FR" sourcelanguage="en">
     <context>
+        <name>AudioPanel</name>
+        <message>
+            <source>Audio</source>
+            <translation>Audio</translation>
+        </message>
+        <message>
+            <source>Sound for every CD player</source>
+            <translation>Du son pour tout lecteur de CD</translation>
+        </message>
+        <message>
+            <source>There is no track yet. Drop sound files into the window first.</source>
+            <translation>Il n’y a pas encore de piste. Déposez d’abord des fichiers audio dans la fenêtre.</translation>
+        </message>
+        <message>
+            <source>Audio CD</source>
+            <translation>CD audio</translation>
+        </message>
+        <message>
+            <source>Adding</source>
+            <translation>Ajout</translation>
+        </message>
+        <message>
+            <source>The folder %1 cannot be listed: %2</source>
+            <translation>Le dossier %1 ne peut être lu : %2</translation>
+        </message>
+        <message>
+            <source>%1 holds no sound.</source>
+            <translation>%1 ne contient pas de son.</translation>
+        </message>
+        <message>
+            <source>%1 is left out: a CD has 99 tracks at most.</source>
+            <translation>%1 est omis : un CD a 99 pistes au plus.</translation>
+        </message>
+        <message>
+            <source>No sound files were found.</source>
+            <translation>Aucun fichier audio n’a été trouvé.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) could not be added.</source>
+            <translation>
+                <numerusform>%n fichier n’a pu être ajouté.</numerusform>
+                <numerusform>%n fichiers n’ont pu être ajoutés.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>DataPanel</name>
         <message>
             <source>Data</source>
@@ -73,6 +119,90 @@
         <message>
             <source>The disc cannot be used any more then.</source>
             <translation>Le disque sera alors inutilisable.</translation>
+        </message>
+    </context>
+    <context>
+        <name>ImagePanel</name>
+        <message>
+            <source>Image</source>
+            <translation>Image</translation>
+        </message>
+        <message numerus="yes">
+            <source>… and %n more</source>
+            <translation>
+                <numerusform>… et %n de plus</numerusform>
+                <numerusform>… et %n de plus</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Images of discs that are there already</source>
+            <translation>Images de disques qui existent déjà</translation>
+        </message>
+        <message>
+            <source>No image is open. Open one first.</source>
+            <translation>Aucune image n’est ouverte. Ouvrez-en une d’abord.</translation>
+        </message>
+        <message>
+            <source>Looking at %1</source>
+            <translation>Examen de %1</translation>
+        </message>
+        <message>
+            <source>%1: no filesystem was found in it.</source>
+            <translation>%1 : aucun système de fichiers n’y a été trouvé.</translation>
+        </message>
+        <message numerus="yes">
+            <source>The image is not as it should be in %n place(s).</source>
+            <translation>
+                <numerusform>L’image n’est pas telle qu’elle devrait être à %n endroit.</numerusform>
+                <numerusform>L’image n’est pas telle qu’elle devrait être à %n endroits.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s)</source>
+            <translation>
+                <numerusform>%n piste</numerusform>
+                <numerusform>%n pistes</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>The description of the image was read with reservations.</source>
+            <translation>La description de l’image a été lue avec des réserves.</translation>
+        </message>
+        <message>
+            <source>Open Image</source>
+            <translation>Ouvrir une image</translation>
+        </message>
+        <message>
+            <source>Disc images (*.iso *.bin *.img *.vant *.udf *.cdr *.cue *.ccd *.toc)</source>
+            <translation>Images disque (*.iso *.bin *.img *.vant *.udf *.cdr *.cue *.ccd *.toc)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>Tous les fichiers (*)</translation>
+        </message>
+        <message>
+            <source>Compare with a Folder</source>
+            <translation>Comparer avec un dossier</translation>
+        </message>
+        <message>
+            <source>Take All Tracks Out Into a Folder</source>
+            <translation>Extraire toutes les pistes dans un dossier</translation>
+        </message>
+        <message>
+            <source>Take Track %1 Out</source>
+            <translation>Extraire la piste %1</translation>
+        </message>
+        <message>
+            <source>New folder:</source>
+            <translation>Nouveau dossier :</translation>
+        </message>
+        <message>
+            <source>%1 tracks</source>
+            <translation>%1, pistes</translation>
+        </message>
+        <message>
+            <source>%1, track %2</source>
+            <translation>%1, piste %2</translation>
         </message>
     </context>
     <context>
@@ -181,6 +311,57 @@
             <source>Something of the image is not on it.</source>
             <translation>Une partie de l’image n’y est pas.</translation>
         </message>
+        <message numerus="yes">
+            <source>Track %1, %2: the sound is damaged in %n place(s)</source>
+            <translation>
+                <numerusform>Piste %1, %2 : le son est endommagé à %n endroit</numerusform>
+                <numerusform>Piste %1, %2 : le son est endommagé à %n endroits</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Track %1 is shorter than four seconds, which many drives refuse</source>
+            <translation>La piste %1 dure moins de quatre secondes, ce que beaucoup de lecteurs refusent</translation>
+        </message>
+        <message>
+            <source>Some texts could not be put into the CD-TEXT.</source>
+            <translation>Certains textes n’ont pu être mis dans le CD-TEXT.</translation>
+        </message>
+        <message>
+            <source>Some of the sound is damaged.</source>
+            <translation>Une partie du son est endommagée.</translation>
+        </message>
+        <message>
+            <source>Track %1: %2, %3</source>
+            <translation>Piste %1 : %2, %3</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n damaged sector(s)</source>
+            <translation>
+                <numerusform>%n secteur endommagé</numerusform>
+                <numerusform>%n secteurs endommagés</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n sector(s) cut</source>
+            <translation>
+                <numerusform>%n secteur coupé</numerusform>
+                <numerusform>%n secteurs coupés</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s) were taken out.</source>
+            <translation>
+                <numerusform>%n piste a été extraite.</numerusform>
+                <numerusform>%n pistes ont été extraites.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s) were taken out, with damage.</source>
+            <translation>
+                <numerusform>%n piste a été extraite, avec des dommages.</numerusform>
+                <numerusform>%n pistes ont été extraites, avec des dommages.</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Media</name>
@@ -234,6 +415,145 @@
         <message>
             <source>it names an item that cannot be on a disc</source>
             <translation>il nomme un élément qui ne peut pas être sur un disque</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioTrackModel</name>
+        <message numerus="yes">
+            <source>Add %n Track(s)</source>
+            <translation>
+                <numerusform>Ajouter %n piste</numerusform>
+                <numerusform>Ajouter %n pistes</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>Remove %n Track(s)</source>
+            <translation>
+                <numerusform>Retirer %n piste</numerusform>
+                <numerusform>Retirer %n pistes</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>Move %n Track(s)</source>
+            <translation>
+                <numerusform>Déplacer %n piste</numerusform>
+                <numerusform>Déplacer %n pistes</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Change Texts</source>
+            <translation>Modifier les textes</translation>
+        </message>
+        <message>
+            <source>No.</source>
+            <translation>N°</translation>
+        </message>
+        <message>
+            <source>Title</source>
+            <translation>Titre</translation>
+        </message>
+        <message>
+            <source>Performer</source>
+            <translation>Interprète</translation>
+        </message>
+        <message>
+            <source>Length</source>
+            <translation>Durée</translation>
+        </message>
+        <message>
+            <source>File</source>
+            <translation>Fichier</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioView</name>
+        <message>
+            <source>&amp;Without a break where there is no pause</source>
+            <translation>&amp;Sans coupure là où il n’y a pas de pause</translation>
+        </message>
+        <message>
+            <source>Common &amp;loudness</source>
+            <translation>&amp;Niveau sonore commun</translation>
+        </message>
+        <message>
+            <source>CD-&amp;TEXT</source>
+            <translation>CD-TE&amp;XT</translation>
+        </message>
+        <message>
+            <source>Add &amp;Tracks…</source>
+            <translation>Ajouter des &amp;pistes…</translation>
+        </message>
+        <message>
+            <source>Move &amp;Up</source>
+            <translation>&amp;Monter</translation>
+        </message>
+        <message>
+            <source>Move &amp;Down</source>
+            <translation>&amp;Descendre</translation>
+        </message>
+        <message>
+            <source>&amp;Remove Tracks</source>
+            <translation>&amp;Retirer des pistes</translation>
+        </message>
+        <message>
+            <source>&amp;Pause between tracks:</source>
+            <translation>&amp;Pause entre les pistes :</translation>
+        </message>
+        <message>
+            <source> s</source>
+            <translation> s</translation>
+        </message>
+        <message>
+            <source>Titles and performers for players that show them</source>
+            <translation>Titres et interprètes pour les lecteurs qui les affichent</translation>
+        </message>
+        <message>
+            <source>Brings the whole disc to the loudness that is usual, in the same measure for all tracks</source>
+            <translation>Amène tout le disque au niveau sonore usuel, dans la même mesure pour toutes les pistes</translation>
+        </message>
+        <message>
+            <source>T&amp;itle of the disc:</source>
+            <translation>T&amp;itre du disque :</translation>
+        </message>
+        <message>
+            <source>P&amp;erformer:</source>
+            <translation>I&amp;nterprète :</translation>
+        </message>
+        <message>
+            <source>Tracks</source>
+            <translation>Pistes</translation>
+        </message>
+        <message>
+            <source>Drop sound files here. They are played in this order.</source>
+            <translation>Déposez des fichiers audio ici. Ils sont joués dans cet ordre.</translation>
+        </message>
+        <message>
+            <source>How full the disc is</source>
+            <translation>Remplissage du disque</translation>
+        </message>
+        <message>
+            <source>Length of the disc</source>
+            <translation>Durée du disque</translation>
+        </message>
+        <message>
+            <source>Kind of disc</source>
+            <translation>Type de disque</translation>
+        </message>
+        <message>
+            <source>CD, %1 minutes</source>
+            <translation>CD, %1 minutes</translation>
+        </message>
+        <message>
+            <source>%1: %2 too long</source>
+            <translation>%1 : %2 de trop</translation>
+        </message>
+        <message>
+            <source>%1, %2 free</source>
+            <translation>%1, %2 libres</translation>
+        </message>
+        <message>
+            <source>Add Tracks</source>
+            <translation>Ajouter des pistes</translation>
         </message>
     </context>
     <context>
@@ -397,15 +717,11 @@
         </message>
         <message>
             <source>Re&amp;move from the Disc</source>
-            <translation>Retirer du &amp;disque</translation>
+            <translation>Re&amp;tirer du disque</translation>
         </message>
         <message>
             <source>Opt&amp;ions…</source>
             <translation>Opt&amp;ions…</translation>
-        </message>
-        <message>
-            <source>&amp;Find</source>
-            <translation>Rec&amp;hercher</translation>
         </message>
         <message>
             <source>Disc &amp;name:</source>
@@ -471,6 +787,32 @@
         <message>
             <source>There are no files to paste. Copy some in the file manager first.</source>
             <translation>Il n’y a pas de fichiers à coller. Copiez-en d’abord dans le gestionnaire de fichiers.</translation>
+        </message>
+        <message>
+            <source>Fi&amp;nd</source>
+            <translation>Rec&amp;hercher</translation>
+        </message>
+        <message>
+            <source>&amp;Check Names and Size</source>
+            <translation>&amp;Vérifier les noms et la taille</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) cannot be stored as they are…</source>
+            <translation>
+                <numerusform>%n élément ne peut être enregistré tel quel…</numerusform>
+                <numerusform>%n éléments ne peuvent être enregistrés tels quels…</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n name(s) or detail(s) change…</source>
+            <translation>
+                <numerusform>%n nom ou détail change…</numerusform>
+                <numerusform>%n noms ou détails changent…</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>This is how filesystems of the disc differ from what is shown. Every system reads one that it knows.</source>
+            <translation>Voici en quoi les systèmes de fichiers du disque diffèrent de ce qui est affiché. Chaque système lit celui qu’il connaît.</translation>
         </message>
     </context>
     <context>
@@ -542,6 +884,17 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::DiscPreview</name>
+        <message>
+            <source>%1 calls it %2</source>
+            <translation>Dans %1 : %2</translation>
+        </message>
+        <message>
+            <source>Not in %1: %2</source>
+            <translation>Pas dans %1 : %2</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::DiscTreeModel</name>
         <message>
             <source>File</source>
@@ -590,6 +943,75 @@
         <message>
             <source>Folder on the disc</source>
             <translation>Dossier sur le disque</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ImageContentsModel</name>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n fichier</numerusform>
+                <numerusform>%n fichiers</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Track %1</source>
+            <translation>Piste %1</translation>
+        </message>
+        <message>
+            <source>%1, sound</source>
+            <translation>%1, son</translation>
+        </message>
+        <message>
+            <source>%1, data</source>
+            <translation>%1, données</translation>
+        </message>
+        <message>
+            <source>Name</source>
+            <translation>Nom</translation>
+        </message>
+        <message>
+            <source>Size</source>
+            <translation>Taille</translation>
+        </message>
+        <message>
+            <source>Modified</source>
+            <translation>Modifié</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ImageView</name>
+        <message>
+            <source>&amp;Open Image…</source>
+            <translation>&amp;Ouvrir une image…</translation>
+        </message>
+        <message>
+            <source>&amp;Compare with a Folder…</source>
+            <translation>&amp;Comparer avec un dossier…</translation>
+        </message>
+        <message>
+            <source>&amp;Take Out Tracks…</source>
+            <translation>&amp;Extraire des pistes…</translation>
+        </message>
+        <message>
+            <source>The image</source>
+            <translation>L’image</translation>
+        </message>
+        <message>
+            <source>What the image holds</source>
+            <translation>Contenu de l’image</translation>
+        </message>
+        <message>
+            <source>Drop a disc image here</source>
+            <translation>Déposez une image disque ici</translation>
+        </message>
+        <message>
+            <source>An ISO, BIN or VANT image, or a cue sheet. See what is in it, compare it with a folder, and write it to a disc.</source>
+            <translation>Une image ISO, BIN ou VANT, ou une feuille de repères. Voyez son contenu, comparez-la avec un dossier et écrivez-la sur un disque.</translation>
+        </message>
+        <message>
+            <source>Open Image…</source>
+            <translation>Ouvrir une image…</translation>
         </message>
     </context>
     <context>
@@ -777,7 +1199,7 @@
         </message>
         <message>
             <source>S&amp;top</source>
-            <translation>A&amp;rrêter</translation>
+            <translation>Arrê&amp;ter</translation>
         </message>
         <message>
             <source>A disc is being written. Stop?</source>
@@ -794,6 +1216,18 @@
         <message>
             <source>A disc is being written. Stop, and quit?</source>
             <translation>Un disque est en cours d’écriture. Arrêter et quitter ?</translation>
+        </message>
+        <message>
+            <source>Something else is being done. Wait for its end, or stop it.</source>
+            <translation>Une autre tâche est en cours. Attendez sa fin ou arrêtez-la.</translation>
+        </message>
+        <message>
+            <source>No image was saved of these tracks. Quit without one?</source>
+            <translation>Aucune image de ces pistes n’a été enregistrée. Quitter sans image ?</translation>
+        </message>
+        <message>
+            <source>What you put together is lost then. The files themselves stay.</source>
+            <translation>Ce que vous avez rassemblé sera alors perdu. Les fichiers eux-mêmes restent.</translation>
         </message>
     </context>
     <context>

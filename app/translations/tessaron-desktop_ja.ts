@@ -2,6 +2,51 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ja_JP" sourcelanguage="en">
     <context>
+        <name>AudioPanel</name>
+        <message>
+            <source>Audio</source>
+            <translation>オーディオ</translation>
+        </message>
+        <message>
+            <source>Sound for every CD player</source>
+            <translation>どの CD プレーヤーでも聴ける音声</translation>
+        </message>
+        <message>
+            <source>There is no track yet. Drop sound files into the window first.</source>
+            <translation>トラックがまだありません。先に音声ファイルをウインドウにドロップしてください。</translation>
+        </message>
+        <message>
+            <source>Audio CD</source>
+            <translation>オーディオ CD</translation>
+        </message>
+        <message>
+            <source>Adding</source>
+            <translation>追加中</translation>
+        </message>
+        <message>
+            <source>The folder %1 cannot be listed: %2</source>
+            <translation>フォルダー %1 を読めません: %2</translation>
+        </message>
+        <message>
+            <source>%1 holds no sound.</source>
+            <translation>%1 に音声がありません。</translation>
+        </message>
+        <message>
+            <source>%1 is left out: a CD has 99 tracks at most.</source>
+            <translation>%1 を除きました: CD のトラックは 99 までです。</translation>
+        </message>
+        <message>
+            <source>No sound files were found.</source>
+            <translation>音声ファイルが見つかりません。</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) could not be added.</source>
+            <translation>
+                <numerusform>%n 個のファイルを追加できませんでした。</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>DataPanel</name>
         <message>
             <source>Data</source>
@@ -73,6 +118,87 @@
         <message>
             <source>The disc cannot be used any more then.</source>
             <translation>そのディスクは使えなくなります。</translation>
+        </message>
+    </context>
+    <context>
+        <name>ImagePanel</name>
+        <message>
+            <source>Image</source>
+            <translation>イメージ</translation>
+        </message>
+        <message numerus="yes">
+            <source>… and %n more</source>
+            <translation>
+                <numerusform>… ほか %n</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Images of discs that are there already</source>
+            <translation>すでにあるディスクイメージ</translation>
+        </message>
+        <message>
+            <source>No image is open. Open one first.</source>
+            <translation>イメージが開かれていません。先に開いてください。</translation>
+        </message>
+        <message>
+            <source>Looking at %1</source>
+            <translation>%1 を調べています</translation>
+        </message>
+        <message>
+            <source>%1: no filesystem was found in it.</source>
+            <translation>%1: ファイルシステムが見つかりません。</translation>
+        </message>
+        <message numerus="yes">
+            <source>The image is not as it should be in %n place(s).</source>
+            <translation>
+                <numerusform>イメージに %n か所の問題があります。</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s)</source>
+            <translation>
+                <numerusform>%n トラック</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>The description of the image was read with reservations.</source>
+            <translation>イメージの記述は一部を読み替えました。</translation>
+        </message>
+        <message>
+            <source>Open Image</source>
+            <translation>イメージを開く</translation>
+        </message>
+        <message>
+            <source>Disc images (*.iso *.bin *.img *.vant *.udf *.cdr *.cue *.ccd *.toc)</source>
+            <translation>ディスクイメージ (*.iso *.bin *.img *.vant *.udf *.cdr *.cue *.ccd *.toc)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>すべてのファイル (*)</translation>
+        </message>
+        <message>
+            <source>Compare with a Folder</source>
+            <translation>フォルダーと比較</translation>
+        </message>
+        <message>
+            <source>Take All Tracks Out Into a Folder</source>
+            <translation>すべてのトラックをフォルダーに取り出す</translation>
+        </message>
+        <message>
+            <source>Take Track %1 Out</source>
+            <translation>トラック %1 を取り出す</translation>
+        </message>
+        <message>
+            <source>New folder:</source>
+            <translation>新しいフォルダー:</translation>
+        </message>
+        <message>
+            <source>%1 tracks</source>
+            <translation>%1 のトラック</translation>
+        </message>
+        <message>
+            <source>%1, track %2</source>
+            <translation>%1、トラック %2</translation>
         </message>
     </context>
     <context>
@@ -173,6 +299,52 @@
             <source>Something of the image is not on it.</source>
             <translation>イメージの一部が書き込まれていません。</translation>
         </message>
+        <message numerus="yes">
+            <source>Track %1, %2: the sound is damaged in %n place(s)</source>
+            <translation>
+                <numerusform>トラック %1、%2: 音声が %n か所で破損しています</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Track %1 is shorter than four seconds, which many drives refuse</source>
+            <translation>トラック %1 は 4 秒未満で、多くのドライブが受け付けません</translation>
+        </message>
+        <message>
+            <source>Some texts could not be put into the CD-TEXT.</source>
+            <translation>CD-TEXT に入れられないテキストがあります。</translation>
+        </message>
+        <message>
+            <source>Some of the sound is damaged.</source>
+            <translation>音声の一部が破損しています。</translation>
+        </message>
+        <message>
+            <source>Track %1: %2, %3</source>
+            <translation>トラック %1: %2、%3</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n damaged sector(s)</source>
+            <translation>
+                <numerusform>破損セクター %n</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n sector(s) cut</source>
+            <translation>
+                <numerusform>切り詰めたセクター %n</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s) were taken out.</source>
+            <translation>
+                <numerusform>%n トラックを取り出しました。</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n track(s) were taken out, with damage.</source>
+            <translation>
+                <numerusform>%n トラックを取り出しましたが、破損があります。</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Media</name>
@@ -226,6 +398,142 @@
         <message>
             <source>it names an item that cannot be on a disc</source>
             <translation>ディスクに入れられない項目が含まれています</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioTrackModel</name>
+        <message numerus="yes">
+            <source>Add %n Track(s)</source>
+            <translation>
+                <numerusform>%n トラックを追加</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>Remove %n Track(s)</source>
+            <translation>
+                <numerusform>%n トラックを取り除く</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>Move %n Track(s)</source>
+            <translation>
+                <numerusform>%n トラックを移動</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Change Texts</source>
+            <translation>テキストを変更</translation>
+        </message>
+        <message>
+            <source>No.</source>
+            <translation>番号</translation>
+        </message>
+        <message>
+            <source>Title</source>
+            <translation>タイトル</translation>
+        </message>
+        <message>
+            <source>Performer</source>
+            <translation>アーティスト</translation>
+        </message>
+        <message>
+            <source>Length</source>
+            <translation>長さ</translation>
+        </message>
+        <message>
+            <source>File</source>
+            <translation>ファイル</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioView</name>
+        <message>
+            <source>&amp;Without a break where there is no pause</source>
+            <translation>間隔がないところは途切れなくつなぐ(&amp;W)</translation>
+        </message>
+        <message>
+            <source>Common &amp;loudness</source>
+            <translation>音量をそろえる(&amp;L)</translation>
+        </message>
+        <message>
+            <source>CD-&amp;TEXT</source>
+            <translation>CD-TEXT(&amp;T)</translation>
+        </message>
+        <message>
+            <source>Add &amp;Tracks…</source>
+            <translation>トラックを追加(&amp;T)…</translation>
+        </message>
+        <message>
+            <source>Move &amp;Up</source>
+            <translation>上へ(&amp;U)</translation>
+        </message>
+        <message>
+            <source>Move &amp;Down</source>
+            <translation>下へ(&amp;D)</translation>
+        </message>
+        <message>
+            <source>&amp;Remove Tracks</source>
+            <translation>トラックを取り除く(&amp;R)</translation>
+        </message>
+        <message>
+            <source>&amp;Pause between tracks:</source>
+            <translation>トラックの間隔(&amp;P):</translation>
+        </message>
+        <message>
+            <source> s</source>
+            <translation> 秒</translation>
+        </message>
+        <message>
+            <source>Titles and performers for players that show them</source>
+            <translation>表示できるプレーヤーのためのタイトルとアーティスト</translation>
+        </message>
+        <message>
+            <source>Brings the whole disc to the loudness that is usual, in the same measure for all tracks</source>
+            <translation>ディスク全体を同じ割合で標準の音量にします</translation>
+        </message>
+        <message>
+            <source>T&amp;itle of the disc:</source>
+            <translation>ディスクのタイトル(&amp;I):</translation>
+        </message>
+        <message>
+            <source>P&amp;erformer:</source>
+            <translation>アーティスト(&amp;E):</translation>
+        </message>
+        <message>
+            <source>Tracks</source>
+            <translation>トラック</translation>
+        </message>
+        <message>
+            <source>Drop sound files here. They are played in this order.</source>
+            <translation>音声ファイルをここにドロップ。この順に再生されます。</translation>
+        </message>
+        <message>
+            <source>How full the disc is</source>
+            <translation>ディスクの使用量</translation>
+        </message>
+        <message>
+            <source>Length of the disc</source>
+            <translation>ディスクの長さ</translation>
+        </message>
+        <message>
+            <source>Kind of disc</source>
+            <translation>ディスクの種類</translation>
+        </message>
+        <message>
+            <source>CD, %1 minutes</source>
+            <translation>CD (%1 分)</translation>
+        </message>
+        <message>
+            <source>%1: %2 too long</source>
+            <translation>%1: %2 長すぎます</translation>
+        </message>
+        <message>
+            <source>%1, %2 free</source>
+            <translation>%1、空き %2</translation>
+        </message>
+        <message>
+            <source>Add Tracks</source>
+            <translation>トラックを追加</translation>
         </message>
     </context>
     <context>
@@ -396,10 +704,6 @@
             <translation>オプション(&amp;I)…</translation>
         </message>
         <message>
-            <source>&amp;Find</source>
-            <translation>検索(&amp;F)</translation>
-        </message>
-        <message>
             <source>Disc &amp;name:</source>
             <translation>ディスク名(&amp;N):</translation>
         </message>
@@ -460,6 +764,30 @@
         <message>
             <source>There are no files to paste. Copy some in the file manager first.</source>
             <translation>貼り付けるファイルがありません。先にファイルマネージャでコピーしてください。</translation>
+        </message>
+        <message>
+            <source>Fi&amp;nd</source>
+            <translation>検索(&amp;N)</translation>
+        </message>
+        <message>
+            <source>&amp;Check Names and Size</source>
+            <translation>名前とサイズを確認(&amp;C)</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) cannot be stored as they are…</source>
+            <translation>
+                <numerusform>そのまま保存できない項目 %n…</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n name(s) or detail(s) change…</source>
+            <translation>
+                <numerusform>変わる名前や属性 %n…</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>This is how filesystems of the disc differ from what is shown. Every system reads one that it knows.</source>
+            <translation>ディスクのファイルシステムと表示との違いです。各システムは対応するものを読みます。</translation>
         </message>
     </context>
     <context>
@@ -528,6 +856,17 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::DiscPreview</name>
+        <message>
+            <source>%1 calls it %2</source>
+            <translation>%1 での名前: %2</translation>
+        </message>
+        <message>
+            <source>Not in %1: %2</source>
+            <translation>%1 にはありません: %2</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::DiscTreeModel</name>
         <message>
             <source>File</source>
@@ -576,6 +915,74 @@
         <message>
             <source>Folder on the disc</source>
             <translation>ディスク上のフォルダ</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ImageContentsModel</name>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n 個のファイル</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Track %1</source>
+            <translation>トラック %1</translation>
+        </message>
+        <message>
+            <source>%1, sound</source>
+            <translation>%1、音声</translation>
+        </message>
+        <message>
+            <source>%1, data</source>
+            <translation>%1、データ</translation>
+        </message>
+        <message>
+            <source>Name</source>
+            <translation>名前</translation>
+        </message>
+        <message>
+            <source>Size</source>
+            <translation>サイズ</translation>
+        </message>
+        <message>
+            <source>Modified</source>
+            <translation>更新日時</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ImageView</name>
+        <message>
+            <source>&amp;Open Image…</source>
+            <translation>イメージを開く(&amp;O)…</translation>
+        </message>
+        <message>
+            <source>&amp;Compare with a Folder…</source>
+            <translation>フォルダーと比較(&amp;C)…</translation>
+        </message>
+        <message>
+            <source>&amp;Take Out Tracks…</source>
+            <translation>トラックを取り出す(&amp;T)…</translation>
+        </message>
+        <message>
+            <source>The image</source>
+            <translation>イメージ</translation>
+        </message>
+        <message>
+            <source>What the image holds</source>
+            <translation>イメージの内容</translation>
+        </message>
+        <message>
+            <source>Drop a disc image here</source>
+            <translation>ディスクイメージをここにドロップ</translation>
+        </message>
+        <message>
+            <source>An ISO, BIN or VANT image, or a cue sheet. See what is in it, compare it with a folder, and write it to a disc.</source>
+            <translation>ISO、BIN、VANT イメージ、またはキューシート。中身を見て、フォルダーと比較し、ディスクに書き込めます。</translation>
+        </message>
+        <message>
+            <source>Open Image…</source>
+            <translation>イメージを開く…</translation>
         </message>
     </context>
     <context>
@@ -779,6 +1186,18 @@
         <message>
             <source>A disc is being written. Stop, and quit?</source>
             <translation>ディスクに書き込んでいます。停止して終了しますか?</translation>
+        </message>
+        <message>
+            <source>Something else is being done. Wait for its end, or stop it.</source>
+            <translation>別の処理の実行中です。終わるのを待つか、停止してください。</translation>
+        </message>
+        <message>
+            <source>No image was saved of these tracks. Quit without one?</source>
+            <translation>これらのトラックのイメージは保存されていません。保存せずに終了しますか?</translation>
+        </message>
+        <message>
+            <source>What you put together is lost then. The files themselves stay.</source>
+            <translation>集めた内容は失われます。ファイル自体は残ります。</translation>
         </message>
     </context>
     <context>
