@@ -118,7 +118,7 @@ TEST_F(ImagePanelTest, damage_isTold)
 {
     makeImage();
     QByteArray bytes = tree.contents("disc.iso");
-    bytes.replace(17 * 2048, 2048, QByteArray(2048, '\xFF')); // the descriptor of Joliet
+    bytes.replace(qsizetype(17) * 2048, 2048, QByteArray(2048, '\xFF')); // the descriptor of Joliet
     tree.makeFile("disc.iso", bytes);
     open("disc.iso");
     EXPECT_FALSE(window.notices().details().isEmpty()) << window.notices().text().toStdString();

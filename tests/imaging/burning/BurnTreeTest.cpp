@@ -38,7 +38,7 @@ protected:
     /// "mine/first.txt" and "numbers".
     [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> arranged() const
     {
-        const auto root = folder(QStringLiteral("disc"));
+        auto root = folder(QStringLiteral("disc"));
         root->addItem(folder(QStringLiteral("mine")));
         root->items().back()->addItem(file("source/readme.txt"));
         root->items().back()->items().back()->fileReference()->setDesiredName(QStringLiteral("first.txt"));

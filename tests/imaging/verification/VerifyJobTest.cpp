@@ -54,7 +54,7 @@ protected:
             m_tree.makeFile("source/numbers", QByteArray(300'000, '1'));
             m_tree.makeFile("source/" + QByteArray(90, 'n'), "long");
         }
-        const auto root = KRFileHierarchyItem::fileHierarchyItemWithFileReference(
+        auto root = KRFileHierarchyItem::fileHierarchyItemWithFileReference(
             KRFileReference::virtualFolderWithName(QStringLiteral("disc")));
         const auto mine = KRFileHierarchyItem::fileHierarchyItemWithFileReference(
             KRFileReference::virtualFolderWithName(QStringLiteral("mine")));
