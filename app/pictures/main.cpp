@@ -1,9 +1,13 @@
-// Takes a picture of the program's window with some files on a disc, for the documents.
+// Takes a picture of the program's window with some files on a disc, for the documents; of the panel for audio CDs or
+// for images, or of the dialog that asks for a drive, with "/dev/sr0" as the drive.
 //
-//     desktop_pictures PICTURE.png [--dark] [--language CODE] [FILE...]
+//     desktop_pictures PICTURE.png [--dark] [--language CODE] [--audio | --image | --burn] [FILE...]
+#include "app/AudioPanel.h"
+#include "app/BurnDialog.h"
 #include "app/DataPanel.h"
 #include "app/DataView.h"
 #include "app/DiscTreeView.h"
+#include "app/ImagePanel.h"
 #include "app/MainWindow.h"
 #include "app/Translations.h"
 
@@ -12,6 +16,7 @@
 #include <QPalette>
 #include <QStandardPaths>
 #include <QStyleFactory>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -42,14 +47,34 @@ QPalette darkPalette()
     return palette;
 }
 
-void takePicture(MainWindow &window, const QString &path)
+void takePicture(QWidget &window, const QString &path)
 {
-    DataView &view = window.dataPanel().dataView();
-    view.tree().expandAll();
     QApplication::processEvents();
     if (!window.grab().save(path))
         std::fprintf(stderr, "desktop_pictures: %s cannot be written\n", qPrintable(path));
     QApplication::exit(0);
+}
+
+/// What has to be there before the picture is taken.
+bool isReady(MainWindow &window, const BurnDialog *dialog)
+{
+    if (dialog)
+        return !dialog->isBusy();
+    DataView &view = window.dataPanel().dataView();
+    return !window.audioPanel().isLooking() && !window.imagePanel().isLooking() && !view.intake().isRunning()
+        && (view.preview().isCurrent() || window.dataPanel().document().model().root().children.empty());
+}
+
+std::unique_ptr<BurnDialog> dialogOf(MainWindow &window)
+{
+    Tessaron::DriveFacts facts;
+    facts.drive.path = "/dev/sr0";
+    facts.drive.vendor = QStringLiteral("Example");
+    facts.drive.product = QStringLiteral("Writer");
+    auto dialog = std::make_unique<BurnDialog>(*window.dataPanel().burnSubject(), &window);
+    dialog->show();
+    dialog->showDrives({facts});
+    return dialog;
 }
 
 } // namespace
@@ -64,7 +89,10 @@ int main(int argc, char **argv)
     if (arguments.isEmpty())
         return 2;
     const QString path = arguments.takeFirst();
-    if (arguments.removeAll(QStringLiteral("--dark")) > 0)
+    const auto isWanted = [&arguments](const char *option) {
+        return arguments.removeAll(QString::fromLatin1(option)) > 0;
+    };
+    if (isWanted("--dark"))
         QApplication::setPalette(darkPalette());
     QLocale locale(QLocale::English, QLocale::UnitedKingdom);
     if (const qsizetype place = arguments.indexOf(QStringLiteral("--language")); place >= 0) {
@@ -73,17 +101,31 @@ int main(int argc, char **argv)
     }
     QLocale::setDefault(locale);
     installTranslations(application, locale);
-    QList<QByteArray> files;
-    for (const QString &file : arguments)
-        files << file.toUtf8();
-
     MainWindow window;
     window.resize(900, 560);
     window.show();
-    SourceIntake &intake = window.dataPanel().dataView().intake();
-    QObject::connect(&intake, &SourceIntake::finished, &window, [&] { takePicture(window, path); });
-    if (files.isEmpty())
-        takePicture(window, path);
+    if (isWanted("--audio"))
+        window.showPanel(1);
+    if (isWanted("--image"))
+        window.showPanel(2);
+    const bool isOfDialog = isWanted("--burn");
+    QList<QByteArray> files;
+    for (const QString &file : std::as_const(arguments))
+        files << file.toUtf8();
     window.openFiles(files);
-    return files.isEmpty() ? 0 : QApplication::exec();
+    std::unique_ptr<BurnDialog> dialog;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &window, [&] {
+        if (!isReady(window, dialog.get()))
+            return;
+        if (isOfDialog && !dialog) {
+            dialog = dialogOf(window);
+            return;
+        }
+        timer.stop();
+        window.dataPanel().dataView().tree().expandAll();
+        takePicture(dialog ? static_cast<QWidget &>(*dialog) : window, path);
+    });
+    timer.start(50);
+    return QApplication::exec();
 }
