@@ -132,7 +132,7 @@ JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStri
     const QString form = isSimulated ? JobOutcomes::tr("The writing was simulated, the disc is as it was: %1, %2, %3.")
                                      : JobOutcomes::tr("The disc was written: %1, %2, %3.");
     outcome.summary = form.arg(result.disc.profileName, sizeText(result.data.bytes), amount);
-    if (result.verification || result.blocksCompared > 0)
+    if (result.verification || result.bytesCompared > 0)
         outcome.summary += u' ' + JobOutcomes::tr("It was compared with what was to be written, and is the same.");
     if (!result.isImage)
         outcome.summary += u' ' + lossesText(result.data, missing, outcome);
