@@ -498,8 +498,11 @@ OSStatus DVDSwitchToDisplay(std::uint32_t display, bool *isSupported)
     if (!session().hasBegun())
         return kDVDErrorUninitializedLib;
     // Pictures are memory that a window draws: any screen that a window can be on will do.
-    *isSupported = true;
-    session().setSettings([&](DVDSession::Settings *settings) { settings->display = display; });
+    session().setSettings([&](DVDSession::Settings *settings) {
+        *isSupported = settings->unsupportedDisplay != display;
+        if (*isSupported)
+            settings->display = display;
+    });
     return noErr;
 }
 

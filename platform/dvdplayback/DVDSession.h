@@ -79,6 +79,7 @@ public:
         bool isMuted = false;
         std::uint32_t window = 0;
         std::uint32_t display = 0;
+        std::optional<std::uint32_t> unsupportedDisplay; ///< for tests: a screen that does not show pictures
         QRectF bounds{0, 0, 720, 480}; ///< of the video, in points from the top left of the window's frame
     };
     [[nodiscard]] Settings settings() const;

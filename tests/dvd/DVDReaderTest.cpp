@@ -1,5 +1,7 @@
 #include "platform/dvdplayback/DVDPlayback.h"
 #include "platform/dvdplayback/DVDSession.h"
+#include "platform/foundation/NSAssertionHandler.h"
+#include "tests/dvd/LoggedLines.h"
 #include "tests/dvdplayback/DiscFixture.h"
 
 #include <QApplication>
@@ -141,6 +143,56 @@ TEST_F(DVDReaderTest, points_areThoseOfTheFrameThatTheWindowHas)
         return DVDSession::instance().settings().bounds
             == QRectF(0, frame.height() - content.height(), content.width(), frame.height());
     }));
+}
+
+TEST_F(DVDReaderTest, isMediaOpen_reportsASessionThatIsGone)
+{
+    class Keeper : public NSAssertionHandler
+    {
+    public:
+        void handleFailureInMethod(const QString &method, const void * /*object*/, const QString &file,
+                                   int /*lineNumber*/, const QString &description) override
+        {
+            reports << method << file << description;
+        }
+        QStringList reports;
+    };
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    ASSERT_EQ(DVDDispose(), noErr);
+    EXPECT_THROW(static_cast<void>(DVDReader::isMediaOpen()), NSInternalInconsistencyException);
+    const auto keeper = std::make_shared<Keeper>();
+    NSAssertionHandler::setCurrentHandler(keeper);
+    EXPECT_FALSE(DVDReader::isMediaOpen());
+    EXPECT_EQ(keeper->reports,
+              (QStringList{QStringLiteral("isMediaOpen"), QStringLiteral("DVDReader"),
+                           QStringLiteral("DVDHasMedia returned -70003")}));
+    DVDReader::appWillTerminate();
+    NSAssertionHandler::setCurrentHandler(nullptr);
+}
+
+TEST_F(DVDReaderTest, screenThatIsNotSupported_isLogged)
+{
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    DVDSession::instance().setSettings([](DVDSession::Settings *settings) { settings->unsupportedDisplay = 1; });
+    window()->move(1400, 300);
+    window()->show();
+    const LoggedLines log;
+    EXPECT_EQ(DVDReader::setVideoDisplay(), noErr);
+    EXPECT_EQ(DVDReader::setVideoDisplay(), noErr);
+    EXPECT_EQ(log.lines().count(QStringLiteral("video display 1 not supported")), 2) << "it is not remembered";
+}
+
+TEST_F(DVDReaderTest, openMediaTwice_opensAnew)
+{
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    DVDReader::play();
+    EXPECT_TRUE(waitForColour(titleMenu));
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    std::uint32_t state = 0;
+    EXPECT_EQ(DVDGetState(&state), noErr);
+    EXPECT_EQ(state, std::uint32_t(kDVDStateStopped)) << "the same disc, opened again";
+    DVDReader::play();
+    EXPECT_TRUE(waitForColour(titleMenu));
 }
 
 TEST_F(DVDReaderTest, setVideoDisplay_answersZero_forTheDisplayInUse)

@@ -114,6 +114,27 @@ TEST_F(VideoWindowTest, otherScreen_isToldToTheSession_onceItIsAwake)
     EXPECT_EQ(DVDSession::instance().settings().display, 0U);
 }
 
+TEST_F(VideoWindowTest, screenThatIsNotSupported_isLogged_andNotRemembered)
+{
+    DVDSession::instance().setSettings([](DVDSession::Settings *settings) { settings->unsupportedDisplay = 1; });
+    VideoWindow window;
+    window.awakeFromNib();
+    window.show();
+    const LoggedLines log;
+    const QString refused = QStringLiteral("video display 1 not supported");
+    window.move(1400, 300);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return log.lines().contains(refused); })) << qPrintable(log.lines().join(u'\n'));
+    EXPECT_EQ(DVDSession::instance().settings().display, 0U);
+    const qsizetype before = log.lines().count(refused);
+    window.move(1500, 300);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return log.lines().count(refused) > before; })) << "it asks again";
+    const QString told = QStringLiteral("Step 3: Set Video Display");
+    const qsizetype asked = log.lines().count(told);
+    window.move(100, 100);
+    QTest::qWait(50);
+    EXPECT_EQ(log.lines().count(told), asked) << "the number of before is remembered still";
+}
+
 TEST_F(VideoWindowTest, moveOfAnotherVideoWindow_isHeardByTheAwakeOnes)
 {
     VideoWindow awake;
