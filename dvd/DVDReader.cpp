@@ -1,4 +1,5 @@
 #include "dvd/DVDFailure.h"
+#include "dvd/EventBorder.h"
 
 #include "platform/dvdplayback/DVDPlayback.h"
 #include "platform/foundation/FileSystemRepresentation.h"
@@ -60,8 +61,9 @@ bool beginSession()
         isDVDInit = true;
     }
     if (!appNotifier) {
-        appNotifier = QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit,
-                                       QCoreApplication::instance(), [] { DVDReader::appWillTerminate(); });
+        appNotifier =
+            QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, QCoreApplication::instance(),
+                             [] { atEventBorder(DVDReader::appWillTerminate); });
     }
     return true;
 }

@@ -218,7 +218,7 @@ void VideoWindow::keyPressEvent(QKeyEvent *event)
 void VideoWindow::closeEvent(QCloseEvent *event)
 {
     if (m_delegate.windowWillClose && m_delegate.context.isAlive())
-        m_delegate.windowWillClose();
+        atEventBorder([&] { m_delegate.windowWillClose(); });
     QWidget::closeEvent(event);
 }
 
