@@ -4,7 +4,6 @@
 #include "dvd/player/PlayerTexts.h"
 #include "dvd/player/TimeSlider.h"
 
-#include <QActionGroup>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPainter>
@@ -33,18 +32,15 @@ constexpr double cornerRadius = 8;
 constexpr int loudest = 255;
 constexpr int volumeWidth = 64;
 
-/// A menu that chooses one of several, in the program's own colours rather than in those of the bar.
+/// A menu that chooses one of several; made anew each time it opens. In the program's own colours rather than in those
+/// of the bar.
 void addChoices(QMenu *menu, const QStringList &names, int chosen, const std::function<void(int)> &choose)
 {
-    auto *const group = new QActionGroup(menu);
-    QObject::connect(group, &QActionGroup::triggered, group,
-                     [choose](const QAction *action) { choose(action->data().toInt()); });
     for (int index = 0; index < names.size(); ++index) {
         QAction *const action = menu->addAction(QString(names[index]).replace(u'&', QStringLiteral("&&")));
         action->setCheckable(true);
         action->setChecked(index == chosen);
-        action->setData(index);
-        group->addAction(action);
+        QObject::connect(action, &QAction::triggered, action, [choose, index] { choose(index); });
     }
 }
 
