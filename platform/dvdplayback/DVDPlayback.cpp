@@ -19,7 +19,8 @@ namespace
 
 constexpr std::uint16_t loudest = 255;
 constexpr std::array<std::int16_t, 6> scanRates = {1, 2, 4, 8, 16, 32};
-constexpr double menuWidth = 720;
+/// Of the plane that buttons lie on, whatever size the pictures have.
+constexpr double menuWidth = 720, menuHeightOfNTSC = 480, menuHeightOfPAL = 576;
 
 DVDSession &session()
 {
@@ -84,7 +85,8 @@ OSStatus pointAt(const DVDPoint *point, bool activates, std::int32_t *button)
         || !bounds.contains(QPointF(point->horizontal, point->vertical)))
         return noErr;
     const auto x = std::int32_t((point->horizontal - bounds.left()) * menuWidth / bounds.width());
-    const auto y = std::int32_t((point->vertical - bounds.top()) * state->height / bounds.height());
+    const double menuHeight = state->format == kDVDFormatPAL ? menuHeightOfPAL : menuHeightOfNTSC;
+    const auto y = std::int32_t((point->vertical - bounds.top()) * menuHeight / bounds.height());
     QByteArray answer;
     const OSStatus status = session().ask(PlayerMessageKind::PointAt, payload(x, y, activates), &answer);
     if (status != noErr)

@@ -93,6 +93,27 @@ TEST_F(DescribeDVD, pal_hasItsLines)
     EXPECT_EQ(disc.titles[0].length, milliseconds(8000));
 }
 
+TEST_F(DescribeDVD, sizeOfPictures_isThatOfTheTables)
+{
+    const DVDDescription disc = described(DiscTest::disc("interlaced"));
+    EXPECT_EQ(disc.titles[0].video, (DVDVideoFacts{DVDVideoStandard::PAL, false, 352, 576, false, false}));
+    EXPECT_EQ(disc.titles[0].audio[0],
+              (DVDAudioStream{DVDAudioFormat::DTS, 6, 48'000, 0, "en", DVDStreamPurpose::Unstated}));
+    EXPECT_EQ(disc.titles[0].audio[1].format, DVDAudioFormat::AC3);
+    constexpr qint64 placeOfSize = 0x201;
+    const QByteArray copy = copyOfDisc();
+    struct Row {
+        char bits;
+        std::uint16_t width, height;
+    };
+    for (const Row &row : {Row{0x08, 704, 480}, Row{0x10, 352, 480}, Row{0x18, 352, 240}, Row{0x04, 720, 480}}) {
+        patchTable("VTS_01_0", placeOfSize, row.bits);
+        const DVDVideoFacts video = described(copy).titles[0].video;
+        EXPECT_EQ(video.width, row.width) << int(row.bits);
+        EXPECT_EQ(video.height, row.height) << int(row.bits);
+    }
+}
+
 TEST_F(DescribeDVD, anotherProgram_findsTheSame)
 {
     const QString report = QString::fromUtf8(runProgram("lsdvd", {"-c", disc()}).output);

@@ -370,6 +370,8 @@ TEST_F(InterlacedInTime, eachHalfPicture_isAPictureAtItsTime)
         EXPECT_EQ(numberOf(shown[index].colour), int(index % 48)) << index << std::hex << ' ' << shown[index].colour;
     for (std::size_t index = 12; index < 190; ++index)
         EXPECT_EQ(shown[index].when - shown[index - 1].when, milliseconds(20)) << index;
+    EXPECT_EQ(state.width, 352);
+    EXPECT_EQ(state.height, 576);
 }
 
 TEST_F(InterlacedInTime, dts_isMixedToWhatTheDeviceHas)

@@ -43,9 +43,13 @@ DVDVideoFacts videoFacts(const video_attr_t &attributes)
     video.standard = attributes.video_format == 1 ? DVDVideoStandard::PAL : DVDVideoStandard::NTSC;
     video.isWide = attributes.display_aspect_ratio == 3;
     const std::uint16_t lines = video.standard == DVDVideoStandard::PAL ? 576 : 480;
-    constexpr std::array<std::uint16_t, 4> widths = {720, 704, 352, 352};
-    video.width = widths[attributes.picture_size];
-    video.height = attributes.picture_size == 3 ? std::uint16_t(lines / 2) : lines;
+    // Three bits, which begin one bit further up than the library's field.
+    const unsigned int size = unsigned(attributes.unknown1) << 2 | unsigned(attributes.bit_rate) << 1
+        | unsigned(attributes.picture_size) >> 1;
+    constexpr std::array<std::uint16_t, 8> widths = {720, 704, 352, 352, 720, 720, 720, 720};
+    constexpr unsigned int halfLines = 3;
+    video.width = widths[size];
+    video.height = size == halfLines ? std::uint16_t(lines / 2) : lines;
     // Each bit of this field forbids one of the two.
     video.mayLetterbox = video.isWide && (attributes.permitted_df & 1) == 0;
     video.mayPanAndScan = video.isWide && (attributes.permitted_df & 2) == 0;

@@ -520,6 +520,8 @@ void DiscPlayer::changeOverlay(Clock::time_point now)
 void DiscPlayer::show(VideoPicture picture)
 {
     m_shown = std::move(picture);
+    m_state.width = std::uint16_t(m_shown.frame->width);
+    m_state.height = std::uint16_t(m_shown.frame->height);
     compose();
 }
 
@@ -560,8 +562,6 @@ void DiscPlayer::take(const NavigationPosition &position)
     m_state.length = position.length;
     m_state.aspect = position.aspect;
     m_state.format = position.format;
-    m_state.width = position.width;
-    m_state.height = position.height;
     m_state.buttons = position.isInTitle ? std::uint8_t(0) : position.buttons;
     m_state.place = position.place;
     m_state.soundStreams = position.soundStreams;

@@ -145,13 +145,11 @@ void Navigator::takePicture()
 {
     const std::uint8_t aspect = dvdnav_get_video_aspect(m_navigation.get());
     m_position.aspect = aspect == wideAspect ? kDVDAspectRatio16x9 : kDVDAspectRatio4x3;
+    // The library takes the size of pictures from other bits of the tables than those that have it.
     std::uint32_t width = 0, height = 0;
-    if (dvdnav_get_video_resolution(m_navigation.get(), &width, &height) != DVDNAV_STATUS_OK || width == 0
-        || width > 720 || height == 0 || height > 576)
-        return;
-    m_position.width = std::uint16_t(width);
-    m_position.height = std::uint16_t(height);
-    m_position.format = height % 288 == 0 ? kDVDFormatPAL : kDVDFormatNTSC;
+    constexpr std::uint32_t linesOfPAL = 288;
+    if (dvdnav_get_video_resolution(m_navigation.get(), &width, &height) == DVDNAV_STATUS_OK && height > 0)
+        m_position.format = height % linesOfPAL == 0 ? kDVDFormatPAL : kDVDFormatNTSC;
 }
 
 void Navigator::takePosition()

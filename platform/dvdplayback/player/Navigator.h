@@ -66,8 +66,6 @@ struct NavigationPosition {
     std::uint16_t angles = 1;
     std::int16_t aspect = 0; ///< a DVDAspectRatio
     std::int16_t format = 0; ///< a DVDFormat
-    std::uint16_t width = 720;
-    std::uint16_t height = 480;
     std::uint8_t buttons = 0;
     std::uint8_t soundStreams = 0; ///< of the title
     std::uint8_t soundStream = 0; ///< from 1; 0 for none

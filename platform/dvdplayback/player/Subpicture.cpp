@@ -15,6 +15,8 @@ constexpr std::size_t sizeOfLength = 2;
 constexpr std::int64_t ticksInMillisecond = 90;
 constexpr std::uint32_t noEnd = 0xffffffff;
 constexpr std::uint8_t fullCover = 15;
+constexpr int planeWidth = 720;
+constexpr int mostHalfLines = 288; ///< of a picture that has only half of the standard's lines
 
 struct SubtitleHolder {
     AVSubtitle subtitle{};
@@ -138,14 +140,25 @@ void layOver(const Subpicture &subpicture, const ColourTable &table, const std::
     std::transform(table.begin(), table.end(), colours.begin(), redGreenBlue);
     const PictureArea &area = subpicture.area;
     const int lineLength = area.right - area.left;
-    for (int y = std::max(area.top, 0); y < std::min(area.bottom, height); ++y) {
-        for (int x = std::max(area.left, 0); x < std::min(area.right, width); ++x) {
-            const std::uint8_t value =
-                subpicture.values[std::size_t(y - area.top) * std::size_t(lineLength) + std::size_t(x - area.left)];
+    const int planeHeight = height <= mostHalfLines ? 2 * height : height;
+    const bool isPlane = width == planeWidth && height == planeHeight;
+    const auto firstWithin = [](int place, int size, int planeSize) {
+        return std::clamp((place * size + planeSize - 1) / planeSize, 0, size);
+    };
+    const int left = firstWithin(std::max(area.left, 0), width, planeWidth);
+    const int right = firstWithin(area.right, width, planeWidth);
+    const int bottom = firstWithin(area.bottom, height, planeHeight);
+    for (int line = firstWithin(std::max(area.top, 0), height, planeHeight); line < bottom; ++line) {
+        const int y = line * planeHeight / height;
+        const std::uint8_t *const values = subpicture.values.data() + std::ptrdiff_t(y - area.top) * lineLength;
+        for (int column = left; column < right; ++column) {
+            const int x = isPlane ? column : column * planeWidth / width;
+            const std::uint8_t value = values[x - area.left];
             const bool isButton = button && contains(button->area, x, y);
             const SubpictureColours &used = isButton ? button->colours : subpicture.colours;
             if (const int cover = used.cover[value]; cover > 0)
-                blend(pixels + std::size_t(y) * stride + std::size_t(x) * 4, colours[used.colour[value]], cover);
+                blend(pixels + std::size_t(line) * stride + std::size_t(column) * 4, colours[used.colour[value]],
+                      cover);
         }
     }
 }

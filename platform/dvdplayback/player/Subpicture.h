@@ -65,7 +65,7 @@ private:
 using ColourTable = std::array<std::uint32_t, 16>;
 
 /// Lays a sub-picture over 32-bit pixels of that size, whose lines are `stride` bytes apart; inside of `button`, in
-/// other colours.
+/// other colours. Both are of a plane of 720 samples and all lines of the standard, whatever size the picture has.
 struct ButtonColours {
     PictureArea area;
     SubpictureColours colours;
