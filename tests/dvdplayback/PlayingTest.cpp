@@ -596,6 +596,17 @@ TEST_F(Playing, imageOfRawSectors_isPlayed)
     EXPECT_TRUE(waitForColour(rootMenu1));
 }
 
+TEST_F(Playing, missingTitleSet_leavesTheOthersToBePlayed)
+{
+    const QByteArray copy = copyOfDisc();
+    m_tree.remove("disc/VIDEO_TS/VTS_02_0.IFO");
+    m_tree.remove("disc/VIDEO_TS/VTS_02_0.BUP");
+    open(copy);
+    EXPECT_EQ(DVDSetChapter(2, 1), kDVDErrorWrongParam) << "it has no chapters that are known";
+    ASSERT_EQ(DVDSetChapter(1, 2), noErr);
+    EXPECT_TRUE(waitForColour(chapters[1]));
+}
+
 TEST_F(Playing, pal_hasItsSizeAndStandard)
 {
     open(disc("pal"));
