@@ -23,7 +23,8 @@ public:
     {
         Number number{};
         const std::size_t taken = std::min(sizeof number, m_left);
-        std::memcpy(&number, m_bytes, taken);
+        if (taken > 0) // an empty input may have no address
+            std::memcpy(&number, m_bytes, taken);
         m_bytes += taken;
         m_left -= taken;
         return number;
