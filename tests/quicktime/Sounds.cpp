@@ -140,7 +140,8 @@ QList<int> childrenOfThisThread()
 Samples samplesOf(const QByteArray &bytes)
 {
     Samples samples(std::size_t(bytes.size()) / 2);
-    std::memcpy(samples.data(), bytes.constData(), samples.size() * 2);
+    if (!samples.empty()) // without samples there is no address to copy to
+        std::memcpy(samples.data(), bytes.constData(), samples.size() * 2);
     return samples;
 }
 
