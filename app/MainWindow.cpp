@@ -149,6 +149,8 @@ MainWindow::MainWindow(QWidget *parent)
 
 MainWindow::~MainWindow()
 {
+    // A disc that goes empties its history, and tells so when the project is gone already.
+    m_dataPanel->document().undoStack().disconnect(this);
     for (const std::shared_ptr<DesktopPanel> &panel : m_panels) {
         panel->setDelegate(nullptr);
         panel->view()->setParent(nullptr); // the panel's own
