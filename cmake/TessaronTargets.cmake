@@ -95,6 +95,9 @@ function(tessaron_discover_tests name)
         # second at the end of each process would reach into the times that tests look at.
         set(_suppressions "${PROJECT_SOURCE_DIR}/tests/thread-sanitizer-suppressions")
         set(_environment "TSAN_OPTIONS=suppressions=${_suppressions}:die_after_fork=0:atexit_sleep_ms=100")
+    elseif("address" IN_LIST TESSARON_SANITIZE)
+        set(_suppressions "${PROJECT_SOURCE_DIR}/tests/leak-sanitizer-suppressions")
+        set(_environment "LSAN_OPTIONS=suppressions=${_suppressions}:print_suppressions=0")
     endif()
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 ENVIRONMENT "${_environment}"
         ENVIRONMENT_MODIFICATION LC_ALL=set:C.UTF-8)
