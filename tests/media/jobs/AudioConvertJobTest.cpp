@@ -126,13 +126,23 @@ TEST_F(AudioConvertJobTest, cancelling_leavesNothingThatIsNotWhole)
         bool hasEnded = false;
         QObject::connect(&job, &AudioConvertJob::finished, &job, [&] { hasEnded = true; });
         job.start();
-        ASSERT_TRUE(runEventLoopUntil([&] { return job.running().size() == 2 && namesIn("out").size() == 4; }));
+        const QString first = format == 0 ? QStringLiteral("one.wav") : QStringLiteral("one.mp3");
+        ASSERT_TRUE(runEventLoopUntil([&] { return !job.running().empty() && namesIn("out").contains(first); }));
         job.cancel();
         ASSERT_TRUE(runEventLoopUntil([&] { return hasEnded; }));
         EXPECT_TRUE(isDiscJobError(job.result().error, DiscJobErrorCode::Cancelled));
-        const QString whole = format == 0 ? QStringLiteral("one.wav") : QStringLiteral("one.mp3");
-        EXPECT_EQ(namesIn("out"), (QStringList{QStringLiteral("empty"), whole}));
-        tree.remove("out/" + whole.toUtf8());
+        QStringList whole;
+        for (const ConvertedFile &file : job.result().files) {
+            if (!file.destination.isEmpty())
+                whole << QString::fromUtf8(file.destination.mid(file.destination.lastIndexOf('/') + 1));
+        }
+        // One of the long ones can be done, too, where the short one had to wait for its turn.
+        EXPECT_TRUE(whole.contains(first));
+        EXPECT_LT(whole.size(), 3);
+        whole.sort();
+        EXPECT_EQ(namesIn("out"), QStringList(QStringLiteral("empty")) + whole);
+        for (const QString &name : std::as_const(whole))
+            tree.remove("out/" + name.toUtf8());
     }
 }
 
