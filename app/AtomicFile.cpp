@@ -17,7 +17,8 @@ namespace Tessaron::Desktop
 namespace
 {
 
-/// Where a link at the end of the path leads; the path itself when there is none, or nothing yet.
+/// Follows a link at the end of the path. A path that is not a link, or at which nothing exists yet, is returned as it
+/// is.
 QByteArray followed(const QByteArray &path)
 {
     const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.constData(), nullptr), &std::free);

@@ -124,7 +124,7 @@ void DVDReader::play()
     }
     std::uint16_t width = 0, height = 0;
     if (DVDGetNativeVideoSize(&width, &height) == noErr) {
-        // It is the frame that gets the size of the picture, as far as there is one yet.
+        // The frame gets the size of the picture, once it exists.
         window->resize(QSize(width, height) - (window->frameSize() - window->size()));
         window->move(firstContentRect.topLeft());
         static_cast<void>(setVideoBounds());

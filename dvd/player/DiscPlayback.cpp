@@ -27,7 +27,7 @@ constexpr std::array<std::uint32_t, 7> heardEvents = {kDVDEventTitle,    kDVDEve
                                                       kDVDEventPlayback, kDVDEventTitleTime, kDVDEventVideoStandard,
                                                       kDVDEventError};
 
-/// The place that plays; empty where there is none to tell.
+/// A bookmark of the place that plays; empty while nothing does.
 QByteArray bookmarkNow()
 {
     std::uint32_t size = 0;

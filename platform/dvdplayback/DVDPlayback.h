@@ -218,7 +218,7 @@ TESSARON_EXPORT OSStatus DVDMute(bool isMuted);
 TESSARON_EXPORT OSStatus DVDCopySoundFailure(QString *why);
 
 // Streams of sound and of subtitles of the title that plays, counted from 1 as DVDCopyDescription() lists them with
-// their languages. Outside of titles there is none to choose.
+// their languages. Streams cannot be chosen outside of titles.
 
 TESSARON_EXPORT OSStatus DVDGetNumAudioStreams(std::uint16_t *count);
 /// 0 where nothing is to be heard.

@@ -14,7 +14,7 @@
 namespace Tessaron
 {
 
-/// What the device that plays takes: so many samples a second for each channel, as 32-bit floating point from -1 to 1.
+/// What the device that plays takes: its rate in samples a second, and channels, as 32-bit floating point from -1 to 1.
 struct SoundForm {
     std::uint32_t rate = 48'000;
     std::uint32_t channels = 2; ///< in the order of WAVE files: 1, 2 or 6 (left, right, centre, bass, two behind)
@@ -25,7 +25,7 @@ struct SoundForm {
 enum class SoundDevice : std::uint32_t {
     Opening, ///< not known yet
     Open,
-    Absent, ///< there is none, or it cannot be opened
+    Absent, ///< no device was found, or it cannot be opened
 };
 
 /// Memory that three processes share: the helper puts in the sound of a disc, the program that plays takes it out, the

@@ -1,4 +1,4 @@
-// Replaces a file by so many letters, for tests that kill it on its way.
+// Replaces a file by one of the given number of bytes, for tests that kill it at each step.
 #include "app/AtomicFile.h"
 
 int main(int, char **argv)

@@ -42,7 +42,7 @@ protected:
     {
         clock->add({std::vector<float>(count * 2, value), time});
     }
-    /// Goes on by so many hundredths of a second; what has been played, one value for each.
+    /// Lets the given number of hundredths of a second pass. Returns what was played, one value for each.
     std::vector<float> play(int steps, bool isDry = false)
     {
         std::vector<float> played;

@@ -71,7 +71,7 @@ protected:
         ASSERT_EQ(DVDOpenMediaFile(&ref), noErr);
         ASSERT_EQ(DVDSetChapter(title, chapter), noErr);
     }
-    /// Until so many frames of sound, and not silence, have come out.
+    /// Waits until this number of frames of sound has come out, silence not counted.
     [[nodiscard]] bool waitForSound(std::size_t count) const
     {
         const auto end = std::chrono::steady_clock::now() + seconds(60);
