@@ -1,5 +1,6 @@
 #include "imaging/ProcessFolder.h"
 
+#include "imaging/AbandonedEntries.h"
 #include "platform/foundation/DirectoryStream.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include <TessaronClasses/TemporaryFiles.h>
@@ -25,34 +26,6 @@ constexpr const char *notePrefix = "object-";
 UniqueDescriptor openFolder(int parent, const char *name)
 {
     return UniqueDescriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-}
-
-bool hasName(int folder)
-{
-    struct stat status;
-    return ::fstat(folder, &status) == 0 && status.st_nlink > 0;
-}
-
-void removeContents(int folder);
-
-void removeEntry(int folder, const char *name)
-{
-    if (::unlinkat(folder, name, 0) == 0)
-        return;
-    if (const UniqueDescriptor inner = openFolder(folder, name))
-        removeContents(inner.get());
-    ::unlinkat(folder, name, AT_REMOVEDIR);
-}
-
-/// Links are removed, never followed.
-void removeContents(int folder)
-{
-    const DirectoryStream stream = directoryStream(openFolder(folder, "."));
-    while (const dirent *const entry = stream ? ::readdir(stream.get()) : nullptr) {
-        const QByteArrayView name(entry->d_name);
-        if (name != "." && name != "..")
-            removeEntry(folder, entry->d_name);
-    }
 }
 
 /// Whether another process that lives has noted an object of that name.
@@ -97,18 +70,15 @@ void removeFolder(int parent, const char *name, int folder)
     ::unlinkat(parent, name, AT_REMOVEDIR);
 }
 
-/// Removes the folders whose processes have ended: their locks went with them.
+/// Removes the folders whose processes have ended.
 void removeLeftovers(const QByteArray &parentPath)
 {
     const UniqueDescriptor parent = openFolder(AT_FDCWD, parentPath.constData());
-    const DirectoryStream stream = directoryStream(openFolder(AT_FDCWD, parentPath.constData()));
-    while (const dirent *const entry = stream ? ::readdir(stream.get()) : nullptr) {
-        if (!QByteArrayView(entry->d_name).startsWith(namePrefix))
-            continue;
-        const UniqueDescriptor folder = openFolder(parent.get(), entry->d_name);
-        if (folder && ::flock(folder.get(), LOCK_EX | LOCK_NB) == 0)
-            removeFolder(parent.get(), entry->d_name, folder.get());
-    }
+    if (!parent)
+        return;
+    forEachAbandoned(
+        parent.get(), [](QByteArrayView name) { return name.startsWith(namePrefix); },
+        [&parent](const QByteArray &name, int folder) { removeFolder(parent.get(), name.constData(), folder); });
 }
 
 } // namespace
@@ -145,8 +115,7 @@ QByteArray ProcessFolder::path()
             return {};
         UniqueDescriptor folder = openFolder(AT_FDCWD, pattern.constData());
         // A umask may have taken away more than it should.
-        if (folder && ::flock(folder.get(), LOCK_EX | LOCK_NB) == 0 && hasName(folder.get())
-            && ::fchmod(folder.get(), S_IRWXU) == 0) {
+        if (folder && lockNewEntry(folder.get()) && ::fchmod(folder.get(), S_IRWXU) == 0) {
             m_lock = std::move(folder);
             m_path = pattern;
             return m_path;

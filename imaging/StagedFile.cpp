@@ -1,12 +1,15 @@
 #include "imaging/StagedFile.h"
 
+#include "imaging/AbandonedEntries.h"
 #include "imaging/EmergencyRemoval.h"
 
 #include <QRandomGenerator>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,13 +22,23 @@ namespace
 constexpr qsizetype longestName = 255;
 constexpr int nameAttempts = 100;
 
+constexpr const char *variableLetters = "XXXXXX";
+constexpr const char *temporaryEnd = ".part";
+
+/// ".NAME.", with as much of the name as leaves room for the rest.
+QByteArray temporaryBeginningFor(const QByteArray &finalName)
+{
+    const qsizetype others = qsizetype(1 + 1 + std::strlen(variableLetters) + std::strlen(temporaryEnd));
+    return '.' + finalName.left(longestName - others) + '.';
+}
+
 QByteArray temporaryNameFor(const QByteArray &finalName)
 {
     static constexpr char letters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
-    QByteArray end = QByteArrayLiteral(".XXXXXX.part");
-    for (qsizetype position = 1; position <= 6; ++position)
-        end[position] = letters[QRandomGenerator::system()->bounded(int(sizeof letters) - 1)];
-    return '.' + finalName.left(longestName - 1 - end.size()) + end;
+    QByteArray variable(variableLetters);
+    for (char &letter : variable)
+        letter = letters[QRandomGenerator::system()->bounded(int(sizeof letters) - 1)];
+    return temporaryBeginningFor(finalName) + variable + temporaryEnd;
 }
 
 QByteArray descriptorPath(int descriptor)
@@ -58,6 +71,14 @@ std::unique_ptr<StagedFile> StagedFile::create(int folder, const QByteArray &fol
     return nullptr;
 }
 
+void StagedFile::removeAbandoned(int folder, const QByteArray &finalName)
+{
+    const QByteArray beginning = temporaryBeginningFor(finalName);
+    forEachAbandoned(
+        folder, [&beginning](QByteArrayView name) { return isTemporaryName(name, beginning, temporaryEnd); },
+        [folder](const QByteArray &name, int) { ::unlinkat(folder, name.constData(), 0); });
+}
+
 bool StagedFile::createNameless()
 {
     UniqueDescriptor file(::openat(m_folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
@@ -65,6 +86,8 @@ bool StagedFile::createNameless()
     if (!file || ::access(descriptorPath(file.get()).constData(), W_OK) != 0)
         return false;
     m_file = std::move(file);
+    // For the moment in which it has a temporary name.
+    (void)::flock(m_file.get(), LOCK_EX | LOCK_NB);
     return hideFromOthers();
 }
 
@@ -73,12 +96,12 @@ bool StagedFile::createHidden()
     for (int attempt = 0; attempt < nameAttempts; ++attempt) {
         const QByteArray name = temporaryNameFor(m_finalName);
         m_file.reset(::openat(m_folder, name.constData(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0666));
-        if (m_file) {
+        if (!m_file && errno != EEXIST)
+            return false;
+        if (m_file && lockNewEntry(m_file.get())) {
             setTemporaryName(name);
             return hideFromOthers();
         }
-        if (errno != EEXIST)
-            return false;
     }
     return false;
 }

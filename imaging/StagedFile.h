@@ -14,7 +14,8 @@ namespace Tessaron
 
 /// A file that is being made and has its final name only when it is whole. Until then it has no name at all where the
 /// filesystem can do that (not even a killed process or a power failure leaves a trace then), else a hidden name
-/// ".NAME.XXXXXX.part" in the destination folder. Destroying it before publishTogether() removes it.
+/// ".NAME.XXXXXX.part" in the destination folder. Destroying it before publishTogether() removes it; what a killed
+/// process left of one, removeAbandoned() removes.
 class StagedFile
 {
 public:
@@ -28,6 +29,9 @@ public:
     [[nodiscard]] static std::unique_ptr<StagedFile> create(int folder, const QByteArray &folderPath,
                                                             const QByteArray &finalName, int *errnoValue,
                                                             Naming naming = Naming::NamelessIfPossible);
+    /// Removes the hidden files that killed processes left in the folder when they made a file of this name. Lists the
+    /// whole folder: to be called once before a job's first file, and not for each of many.
+    static void removeAbandoned(int folder, const QByteArray &finalName);
     ~StagedFile();
     StagedFile(const StagedFile &) = delete;
     StagedFile &operator=(const StagedFile &) = delete;

@@ -61,9 +61,9 @@ struct AudioConvertResult {
 /// Converts audio and movie files by KRAudioConverters side by side. A file that cannot be converted is told in the
 /// result, and the others follow; so is what the converters pass over without a word: tools that fail, and results that
 /// are not whole. Results keep the names of their sources, with another extension; a name that is taken gets a number
-/// (unusedName()). They have their names when they are whole; until then they are in hidden folders ".convert-XXXXXX"
-/// beside their places, and a cancel removes them. See DiscJob for threads and lifetime; bytes are those of the
-/// sources.
+/// (unusedName()). They have their names when they are whole; until then they are in hidden folders
+/// ".tessaron-convert-XXXXXX" beside their places, and a cancel removes them; what a killed process left goes with the
+/// next job that has a result there. See DiscJob for threads and lifetime; bytes are those of the sources.
 class TESSARON_EXPORT AudioConvertJob final : public DiscJob
 {
     Q_OBJECT

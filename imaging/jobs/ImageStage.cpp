@@ -46,9 +46,12 @@ NSError ImageStage::makeFiles()
     int reason = 0;
     const int folder = m_destination.folder.get();
     const QByteArray &folderPath = m_destination.folderPath;
+    StagedFile::removeAbandoned(folder, m_destination.name);
     m_image = StagedFile::create(folder, folderPath, m_destination.name, &reason);
-    if (m_image && !m_destination.cueName.isEmpty())
+    if (m_image && !m_destination.cueName.isEmpty()) {
+        StagedFile::removeAbandoned(folder, m_destination.cueName);
         m_cueSheet = StagedFile::create(folder, folderPath, m_destination.cueName, &reason);
+    }
     return m_image && (m_cueSheet || m_destination.cueName.isEmpty()) ? NSError() : creationError(reason);
 }
 
@@ -103,6 +106,7 @@ NSError ImageStage::makeCDTextFile(const QList<QByteArray> &sources)
                 QStringLiteral("Give the output another name."), source);
     }
     int reason = 0;
+    StagedFile::removeAbandoned(m_destination.folder.get(), name);
     m_cdTextFile = StagedFile::create(m_destination.folder.get(), m_destination.folderPath, name, &reason);
     return m_cdTextFile ? NSError() : creationError(reason);
 }

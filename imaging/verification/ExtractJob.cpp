@@ -297,6 +297,7 @@ NSError ExtractJob::Work::openOutputs(std::vector<TrackOutput> *outputs)
         if (error)
             return error;
         int failure = 0;
+        StagedFile::removeAbandoned(output.destination.folder.get(), output.destination.name);
         output.file = StagedFile::create(output.destination.folder.get(), output.destination.folderPath,
                                          output.destination.name, &failure);
         if (!output.file)

@@ -53,6 +53,11 @@ int writeFile(const QByteArray &path, const QByteArray &bytes)
     return failure;
 }
 
+QByteArray absolutePath(const QByteArray &path)
+{
+    return fileSystemRepresentation(QDir::current().absoluteFilePath(stringWithFileSystemRepresentation(path)));
+}
+
 /// Writes the cover into the folder under a name of its own, which it returns; nothing is left of one that is cut.
 Result<QByteArray> writeArtwork(const MovieFileInfo &file, const QByteArray &folder, MadeFolders &folders,
                                 const std::stop_token &stop)
@@ -60,9 +65,8 @@ Result<QByteArray> writeArtwork(const MovieFileInfo &file, const QByteArray &fol
     const Result<QByteArray> picture = pictureOfCover(file.path, *file.movie.cover, stop);
     if (!picture)
         return artworkFailure(file.path, picture.error().localizedFailureReason());
-    const QString absolute = QDir::current().absoluteFilePath(stringWithFileSystemRepresentation(folder));
     const Result<std::unique_ptr<StagedResult>> stage =
-        StagedResult::create(childPath(fileSystemRepresentation(absolute), nameOfArtwork(file)), folders);
+        StagedResult::create(childPath(absolutePath(folder), nameOfArtwork(file)), folders);
     if (!stage)
         return artworkFailure(file.path, stage.error().localizedDescription());
     if (const int failure = writeFile((*stage)->path(), *picture))
@@ -138,6 +142,7 @@ private:
     MediaFileWalk walk; ///< the background's while it runs
     std::deque<FoundMediaFile> found;
     bool isWalkOver = false;
+    bool isArtworkFolderSwept = false; ///< of what killed processes left in it
     MovieFileInfo file; ///< the one that is being looked at
     bool wasFileGiven = false;
     const std::shared_ptr<Receiver> receiver;
@@ -148,6 +153,8 @@ void InfoJob::Work::findFiles()
 {
     runInBackground(
         [this](const std::stop_token &stop) {
+            if (!std::exchange(isArtworkFolderSwept, true) && !order.artworkFolder.isEmpty())
+                StagedResult::removeAbandoned(absolutePath(order.artworkFolder));
             while (found.size() < filesAtOnce && !isWalkOver) {
                 std::optional<FoundMediaFile> next = walk.next(stop);
                 if (next)

@@ -56,6 +56,8 @@ Result<std::unique_ptr<StagedResult>> ResultPlaces::placeFor(const FoundMediaFil
     const QString wanted = stringWithFileSystemRepresentation(childPath(folder, nameOfResult(file.path)));
     const QString path = unusedName(wanted, [this](const QString &one) { return m_promisedPaths.contains(one); });
     m_promisedPaths.insert(path);
+    if (m_foldersWithoutRemains.insert(folder).second)
+        StagedResult::removeAbandoned(folder);
     return StagedResult::create(fileSystemRepresentation(path), m_folders);
 }
 

@@ -40,6 +40,7 @@ private:
     const std::int32_t m_format;
     MadeFolders m_folders;
     std::set<QString> m_promisedPaths; ///< of all results so far
+    std::set<QByteArray> m_foldersWithoutRemains; ///< those that hold nothing of killed processes any more
 };
 
 } // namespace Tessaron

@@ -1,5 +1,6 @@
 #include "media/jobs/StagedResult.h"
 
+#include "imaging/AbandonedEntries.h"
 #include "imaging/EmergencyRemoval.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
@@ -20,7 +21,7 @@ namespace Tessaron
 namespace
 {
 
-constexpr const char *hiddenNamePattern = ".convert-XXXXXX";
+constexpr const char *hiddenNameBeginning = ".tessaron-convert-";
 
 UniqueDescriptor openFolder(const QByteArray &path)
 {
@@ -57,18 +58,33 @@ Result<std::unique_ptr<StagedResult>> StagedResult::create(const QByteArray &wan
     const QByteArray parentFolder = parentPath(wanted);
     if (const int failure = folders.make(parentFolder))
         return systemError(failure, parentFolder);
-    QByteArray hidden = childPath(parentFolder, hiddenNamePattern);
     UniqueDescriptor parent = openFolder(parentFolder);
-    if (!parent || !::mkdtemp(hidden.data()))
-        return systemError(errno, parentFolder);
-    UniqueDescriptor folder = openFolder(hidden);
-    if (!folder) {
-        const int failure = errno;
-        ::rmdir(hidden.constData());
-        return systemError(failure, hidden);
+    // Another process may sweep the folder between making and locking.
+    for (;;) {
+        QByteArray hidden = childPath(parentFolder, hiddenNameBeginning + QByteArrayLiteral("XXXXXX"));
+        if (!parent || !::mkdtemp(hidden.data()))
+            return systemError(errno, parentFolder);
+        UniqueDescriptor folder = openFolder(hidden);
+        if (!folder && errno != ENOENT) {
+            const int failure = errno;
+            ::rmdir(hidden.constData());
+            return systemError(failure, hidden);
+        }
+        if (folder && lockNewEntry(folder.get()))
+            return std::unique_ptr<StagedResult>(new StagedResult(
+                wanted, std::move(parent), lastPathComponent(hidden).toByteArray(), std::move(folder)));
     }
-    return std::unique_ptr<StagedResult>(
-        new StagedResult(wanted, std::move(parent), lastPathComponent(hidden).toByteArray(), std::move(folder)));
+}
+
+/// Such a folder holds files only: one, or two while bytes are put in front.
+void StagedResult::removeAbandoned(const QByteArray &parentFolder)
+{
+    const UniqueDescriptor parent = openFolder(parentFolder);
+    if (!parent)
+        return;
+    forEachAbandoned(
+        parent.get(), [](QByteArrayView name) { return isTemporaryName(name, hiddenNameBeginning); },
+        [&parent](const QByteArray &name, int) { removeEntry(parent.get(), name.constData()); });
 }
 
 QByteArray StagedResult::path() const

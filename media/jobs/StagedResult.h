@@ -11,14 +11,17 @@
 namespace Tessaron
 {
 
-/// The result of a conversion while it is made: a file in a hidden folder ".convert-XXXXXX" in the folder where it will
-/// be. A converter that deletes its result with the folder around it finds nothing else there. Destroying it before
-/// publish() removes both. Any thread, one at a time.
+/// The result of a conversion while it is made: a file in a hidden folder ".tessaron-convert-XXXXXX" in the folder
+/// where it will be. A converter that deletes its result with the folder around it finds nothing else there. Destroying
+/// it before publish() removes both; what a killed process left, removeAbandoned() removes. Any thread, one at a time.
 class StagedResult
 {
 public:
     /// Makes the hidden folder, and by `folders` those on the way to it. `wanted` is an absolute path.
     [[nodiscard]] static Result<std::unique_ptr<StagedResult>> create(const QByteArray &wanted, MadeFolders &folders);
+    /// Removes the hidden folders that killed processes left in this one. Lists it as a whole: to be called once before
+    /// the first result there.
+    static void removeAbandoned(const QByteArray &parentFolder);
     ~StagedResult();
     StagedResult(const StagedResult &) = delete;
     StagedResult &operator=(const StagedResult &) = delete;

@@ -206,7 +206,7 @@ TEST_F(Convert, errors_nameOnePath_thatOfTheSource)
         result = runChild(settings);
         EXPECT_EQ(result.exitStatus, 1);
         EXPECT_EQ(result.errors.count("big."), 1) << result.errors.constData();
-        EXPECT_FALSE(result.errors.contains(".convert-")) << result.errors.constData();
+        EXPECT_FALSE(result.errors.contains(".tessaron-convert-")) << result.errors.constData();
     }
     const ChildResult full = [&] {
         ChildSettings settings = tessaron(words({"--to", "wav", m_tree.path("big.wav")}));

@@ -12,6 +12,7 @@
 #include <set>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace Tessaron
 {
@@ -153,6 +154,33 @@ TEST(StagedFile, hiddenFile_goes_whenTheProcessEndsInAnEmergency)
     EXPECT_FALSE(std::filesystem::is_empty(tree.path().toStdString()));
     removeUnfinishedFiles();
     EXPECT_TRUE(std::filesystem::is_empty(tree.path().toStdString()));
+}
+
+TEST(StagedFile, removeAbandoned_removesWhatNoProcessHolds_andOnlyOfThatName)
+{
+    const Testing::TemporaryTree tree;
+    const UniqueDescriptor folder(::open(tree.path().constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    int reason = 0;
+    const std::unique_ptr<StagedFile> living =
+        StagedFile::create(folder.get(), tree.path(), "disc.iso", &reason, StagedFile::Naming::Hidden);
+    ASSERT_NE(living, nullptr);
+    tree.makeFile(".disc.iso.a1b2c3.part", "of a killed process");
+    tree.makeSymbolicLink(".disc.iso.link00.part", "other.iso");
+    const QByteArrayList others = {"disc.iso",
+                                   ".other.iso.a1b2c3.part",
+                                   ".disc.iso.a1b2c.part",
+                                   ".disc.iso.a1b_c3.part",
+                                   ".disc.iso.a1b2c3.par",
+                                   "disc.iso.a1b2c3.part"};
+    for (const QByteArray &name : others)
+        tree.makeFile(name, "another's");
+    StagedFile::removeAbandoned(folder.get(), "disc.iso");
+    EXPECT_FALSE(tree.exists(".disc.iso.a1b2c3.part"));
+    EXPECT_EQ(::access(living->pathForWriting().constData(), F_OK), 0);
+    for (const QByteArray &name : others)
+        EXPECT_EQ(tree.contents(name), "another's") << name.constData();
+    struct stat link;
+    EXPECT_EQ(::lstat(tree.path(".disc.iso.link00.part").constData(), &link), 0);
 }
 
 TEST(StagedFile, create_tellsTheReason_whenTheFolderTakesNoFiles)

@@ -160,7 +160,7 @@ TEST_F(AudioConvertJobTest, cancelling_endsTheJob_atAnyMoment)
         EXPECT_TRUE(endedBefore || isDiscJobError(job.result().error, DiscJobErrorCode::Cancelled)
                     || !job.result().error);
         for (const char *const folder : {"out", "out/music", "out/music/album"})
-            EXPECT_TRUE(namesIn(folder).filter(QStringLiteral(".convert-")).isEmpty()) << turns;
+            EXPECT_TRUE(namesIn(folder).filter(QStringLiteral(".tessaron-convert-")).isEmpty()) << turns;
     }
 }
 

@@ -48,7 +48,7 @@ TEST_F(StagedResultTest, file_appearsWhenItIsPublished)
     EXPECT_TRUE(stage->path().endsWith("/song.mp3"));
     fill(*stage, "sound");
     EXPECT_EQ(namesIn("a/b").size(), 1);
-    EXPECT_TRUE(namesIn("a/b").first().startsWith(QStringLiteral(".convert-")));
+    EXPECT_TRUE(namesIn("a/b").first().startsWith(QStringLiteral(".tessaron-convert-")));
     const Result<QByteArray> path = stage->publish();
     ASSERT_TRUE(path);
     EXPECT_EQ(*path, tree.path("a/b/song.mp3"));
@@ -112,6 +112,23 @@ TEST_F(StagedResultTest, prepending_putsBytesInFrontOfTheFile)
     ASSERT_TRUE(stage->publish());
     EXPECT_EQ(tree.contents("song.mp3"), "tag" + sound);
     EXPECT_TRUE(stage->prepend("tag")) << "there is no file any more";
+}
+
+TEST_F(StagedResultTest, removeAbandoned_removesWhatNoProcessHolds)
+{
+    const std::unique_ptr<StagedResult> living = stageAt("song.mp3");
+    ASSERT_TRUE(living);
+    fill(*living, "part");
+    tree.makeFile(".tessaron-convert-a1B2c3/song.mp3", "of a killed process");
+    tree.makeFile(".tessaron-convert-a1B2c3/another.mp3");
+    tree.makeFile(".tessaron-convert-settings/file", "another's");
+    tree.makeFile(".tessaron-convert-a1B2c3d", "another's");
+    StagedResult::removeAbandoned(tree.path());
+    EXPECT_FALSE(tree.exists(".tessaron-convert-a1B2c3"));
+    EXPECT_TRUE(tree.exists(".tessaron-convert-settings/file"));
+    EXPECT_TRUE(tree.exists(".tessaron-convert-a1B2c3d"));
+    ASSERT_TRUE(living->publish());
+    EXPECT_EQ(tree.contents("song.mp3"), "part");
 }
 
 TEST_F(StagedResultTest, creating_fails_whereNoFolderCanBe)
