@@ -132,11 +132,11 @@ TEST(ContentsCheck, imageThatAnotherProgramChanged_isSound)
     const QString ours = QString::fromUtf8(tree.makeFile("ours.iso", sampleImage(DRFilesystemInclusionMaskISO9660)));
     const QString added = QString::fromUtf8(tree.makeFile("added", "added"));
     const QString changed = tree.pathText() + text("/changed.iso");
-    const ProgramResult result =
+    const ProgramRun result =
         runProgram(text("xorriso"),
                    {text("-indev"), ours, text("-outdev"), changed, text("-boot_image"), text("any"), text("keep"),
                     text("-map"), added, text("/added"), text("-commit")});
-    ASSERT_EQ(result.exitCode, 0) << result.errors.toStdString();
+    ASSERT_EQ(result.status, 0) << result.errors.toStdString();
     QFile file(changed);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QByteArray image = file.readAll();
@@ -157,8 +157,8 @@ protected:
         QByteArray device = sampleImage(filesystems, longAgo);
         device.append(QByteArray((16 << 20) - device.size(), 0));
         m_path = QString::fromUtf8(m_tree.makeFile("device", device));
-        const ProgramResult result = runProgram(program, arguments + QStringList{m_path});
-        EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+        const ProgramRun result = runProgram(program, arguments + QStringList{m_path});
+        EXPECT_EQ(result.status, 0) << result.errors.toStdString();
         return problemsOf(contents());
     }
 

@@ -50,7 +50,7 @@ QByteArray foreignImage(const ForeignImage &maker)
     fillForeignTree(tree);
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("image"));
-    const ProgramResult result =
+    const ProgramRun result =
         runProgram(maker.program, maker.arguments + QStringList{QStringLiteral("-o"), path, tree.pathText()});
     QFile file(path);
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << result.errors.toStdString();
@@ -107,8 +107,8 @@ TEST(ImageCheck, udfOfManyMedia_isReadOrNotSupported_neverDamaged)
         const QTemporaryDir folder;
         QFile file(folder.filePath(QStringLiteral("image")));
         ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.resize(qint64{40'000'000} / 32768 * 32768));
-        const ProgramResult result = runProgram(mkudffs, arguments + QStringList{file.fileName()});
-        ASSERT_EQ(result.exitCode, 0) << qPrintable(arguments.join(QLatin1Char(' '))) << result.errors.toStdString();
+        const ProgramRun result = runProgram(mkudffs, arguments + QStringList{file.fileName()});
+        ASSERT_EQ(result.status, 0) << qPrintable(arguments.join(QLatin1Char(' '))) << result.errors.toStdString();
         const auto source = DiscImageSource::sourceWithFile(file.fileName()).source;
         int unsupported = 0;
         (void)checkDiscImage(source, [&](const VolumeProblem &problem) {

@@ -2,15 +2,17 @@
 
 #include "platform/disctracks/CdrdaoWords.h"
 #include "tests/disctracks/ReadDescriptions.h"
+#include "tests/support/RunProgram.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 #include <map>
 
 using namespace Tessaron;
+using Testing::ProgramRun;
+using Testing::runProgram;
 using Testing::runs;
 using Testing::track;
 
@@ -268,12 +270,8 @@ TEST(CdrdaoTocReader, cdrdaoItself_understandsTheSame)
     // A PREGAP says where the track starts: START beside it is refused by both.
     toc.write(QByteArray(text).replace("START 00:03:00\n", ""));
     toc.close();
-    QProcess process;
-    process.setWorkingDirectory(folder.path());
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral("cdrdao"), {QStringLiteral("show-toc"), QStringLiteral("a.toc")});
-    ASSERT_TRUE(process.waitForFinished(60000));
-    const QString shown = QString::fromUtf8(process.readAll());
+    const ProgramRun result = runProgram("cdrdao", {"show-toc", "a.toc"}, folder.path().toUtf8());
+    const QString shown = QString::fromUtf8(result.output + result.errors);
     EXPECT_TRUE(shown.contains(QStringLiteral("START  00:08:00(   600)"))) << qPrintable(shown);
     EXPECT_TRUE(shown.contains(QStringLiteral("END    00:14:00(  1050)"))) << qPrintable(shown);
     const Result<CueSheet> sheet = cdrdaoTocOfFile(folder.filePath(QStringLiteral("a.toc")).toUtf8());

@@ -1,9 +1,9 @@
 #include "platform/disctracks/CDTextPacks.h"
 #include "platform/disctracks/CueSheetWriter.h"
 #include "platform/disctracks/SectorCoding.h"
+#include "tests/support/RunProgram.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -11,6 +11,7 @@
 // What others make of our images: cd-info and cd-read (libcdio), cdrdao and bchunk.
 
 using namespace Tessaron;
+using namespace Tessaron::Testing;
 
 namespace
 {
@@ -40,15 +41,11 @@ protected:
     }
 
     /// What the program prints; both streams.
-    QString run(const char *program, const QStringList &arguments)
+    QString run(const char *program, const QList<QByteArray> &arguments)
     {
-        QProcess process;
-        process.setWorkingDirectory(m_folder.path());
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(QString::fromLatin1(program), arguments);
-        EXPECT_TRUE(process.waitForFinished(60000)) << program << " is a package of the tests";
-        EXPECT_EQ(process.exitCode(), 0) << program;
-        return QString::fromUtf8(process.readAll());
+        const ProgramRun result = runProgram(program, arguments, m_folder.path().toUtf8());
+        EXPECT_EQ(result.status, 0) << program << " is a package of the tests";
+        return QString::fromUtf8(result.output + result.errors);
     }
 
     /// Sectors of the user data.
@@ -101,7 +98,7 @@ protected:
 TEST_F(DiscPrograms, cdrdao_readsTheTable)
 {
     writeMixedDisc();
-    const QString table = run("cdrdao", {QStringLiteral("show-toc"), QStringLiteral("disc.cue")});
+    const QString table = run("cdrdao", {"show-toc", "disc.cue"});
     for (const char *const expected :
          {"CATALOG NUMBER: 4006381333931", "Mode MODE1_RAW", "END    00:05:25(   400)", "ISRC DE A12 34 56789",
           "PREGAP 00:02:00(   150)", "START  00:07:25(   550)", "START  00:13:25(  1000)", "END    00:19:25(  1450)"})
@@ -111,7 +108,7 @@ TEST_F(DiscPrograms, cdrdao_readsTheTable)
 TEST_F(DiscPrograms, cdInfo_readsTableAndTexts)
 {
     writeMixedDisc();
-    const QString report = run("cd-info", {QStringLiteral("--no-device-info"), QStringLiteral("--cue-file=disc.cue")});
+    const QString report = run("cd-info", {"--no-device-info", "--cue-file=disc.cue"});
     for (const char *const expected :
          {"2: 00:09:25  000550 audio", "3: 00:15:25  001000 audio", "170: 00:21:25  001450 leadout", "4006381333931",
           "TITLE: The Album Title That Is Long", "PERFORMER: Some Band", "TITLE: First Song", "TITLE: Second Song"})
@@ -124,9 +121,8 @@ TEST_F(DiscPrograms, cdRead_findsUserDataAndSound)
     writeMixedDisc();
     const auto read = [this](const char *mode, int first, int last) {
         run("cd-read",
-            {QStringLiteral("--no-header"), QStringLiteral("--no-hexdump"), QStringLiteral("--cue-file=disc.cue"),
-             QStringLiteral("--mode=") + QString::fromLatin1(mode), QStringLiteral("--start=%1").arg(first),
-             QStringLiteral("--end=%1").arg(last), QStringLiteral("--output-file=read.out")});
+            {"--no-header", "--no-hexdump", "--cue-file=disc.cue", QByteArray("--mode=") + mode,
+             "--start=" + QByteArray::number(first), "--end=" + QByteArray::number(last), "--output-file=read.out"});
         return contents("read.out");
     };
     EXPECT_TRUE(read("m1f1", 0, 399) == m_userData);
@@ -136,10 +132,10 @@ TEST_F(DiscPrograms, cdRead_findsUserDataAndSound)
 TEST_F(DiscPrograms, bchunk_findsTheUserData)
 {
     writeMixedDisc();
-    run("bchunk", {QStringLiteral("disc.bin"), QStringLiteral("disc.cue"), QStringLiteral("mode1-")});
+    run("bchunk", {"disc.bin", "disc.cue", "mode1-"});
     EXPECT_TRUE(contents("mode1-01.iso") == m_userData);
     write("xa.bin", sectors(TrackKind::Mode2Form1));
     write("xa.cue", "FILE \"xa.bin\" BINARY\r\n  TRACK 01 MODE2/2352\r\n    INDEX 01 00:00:00\r\n");
-    run("bchunk", {QStringLiteral("xa.bin"), QStringLiteral("xa.cue"), QStringLiteral("mode2-")});
+    run("bchunk", {"xa.bin", "xa.cue", "mode2-"});
     EXPECT_TRUE(contents("mode2-01.iso") == m_userData);
 }

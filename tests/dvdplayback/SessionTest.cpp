@@ -3,16 +3,17 @@
 #include "tests/dvdplayback/DiscFixture.h"
 #include "tests/support/RunProgram.h"
 
-#include <QProcess>
-
 #include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
+#include <fcntl.h>
 #include <mutex>
+#include <optional>
 #include <semaphore>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace Tessaron::Testing
@@ -93,16 +94,35 @@ protected:
         EXPECT_EQ(DVDHasMedia(&hasMedia), noErr);
         return hasMedia;
     }
-    /// Another process of the user that has a session: it holds the same lock.
-    [[nodiscard]] std::unique_ptr<QProcess> otherSession() const
+};
+
+/// Another process of the user that has a session: it holds the same lock until release().
+class OtherSession
+{
+public:
+    explicit OtherSession(const QByteArray &lock)
     {
-        auto process = std::make_unique<QProcess>();
-        process->start(QStringLiteral("flock"),
-                       {m_tree.pathText("runtime/tessaron-dvd.lock"), QStringLiteral("sh"), QStringLiteral("-c"),
-                        QStringLiteral("echo held; exec cat")});
-        EXPECT_TRUE(process->waitForReadyRead());
-        return process;
+        std::array<int, 2> answer = {-1, -1}, order = {-1, -1};
+        EXPECT_EQ(::pipe2(answer.data(), O_CLOEXEC), 0);
+        EXPECT_EQ(::pipe2(order.data(), O_CLOEXEC), 0);
+        const UniqueDescriptor answerRead(answer[0]), orderRead(order[0]);
+        UniqueDescriptor answerWrite(answer[1]);
+        m_order.reset(order[1]);
+        m_process.emplace("flock", QList<QByteArray>{lock, "sh", "-c", "echo held; exec cat"},
+                          ProgramEnds{orderRead.get(), answerWrite.get()});
+        answerWrite.reset();
+        std::array<char, 4> held = {};
+        EXPECT_EQ(::read(answerRead.get(), held.data(), held.size()), 4) << "it is there when it has said so";
     }
+    void release()
+    {
+        m_order.reset();
+        EXPECT_EQ(m_process->finish().status, 0);
+    }
+
+private:
+    UniqueDescriptor m_order;
+    std::optional<RunningProgram> m_process;
 };
 
 TEST_F(DVDSessionTest, initialize_isRefused_whileASessionIsHeldHere)
@@ -115,10 +135,9 @@ TEST_F(DVDSessionTest, initialize_isRefused_whileASessionIsHeldHere)
 
 TEST_F(DVDSessionTest, initialize_isRefused_whileAnotherProcessHoldsASession)
 {
-    const std::unique_ptr<QProcess> other = otherSession();
+    OtherSession other(m_tree.path("runtime/tessaron-dvd.lock"));
     EXPECT_EQ(DVDInitialize(), -70002);
-    other->closeWriteChannel();
-    ASSERT_TRUE(other->waitForFinished());
+    other.release();
     EXPECT_EQ(DVDInitialize(), noErr);
 }
 

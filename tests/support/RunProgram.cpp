@@ -46,7 +46,8 @@ int statusOfChild(pid_t child)
 
 } // namespace
 
-RunningProgram::RunningProgram(const QByteArray &program, const QList<QByteArray> &arguments, ProgramEnds ends)
+RunningProgram::RunningProgram(const QByteArray &program, const QList<QByteArray> &arguments, ProgramEnds ends,
+                               const QByteArray &workingFolder)
     : m_output(::memfd_create("output", MFD_CLOEXEC))
     , m_errors(::memfd_create("errors", MFD_CLOEXEC))
 {
@@ -59,6 +60,8 @@ RunningProgram::RunningProgram(const QByteArray &program, const QList<QByteArray
     pointers.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
+    if (!workingFolder.isEmpty())
+        posix_spawn_file_actions_addchdir_np(&actions, workingFolder.constData());
     if (ends.input < 0)
         posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     else
@@ -105,9 +108,9 @@ ProgramRun RunningProgram::finish()
     return {status, contentsOf(m_output.get()), contentsOf(m_errors.get())};
 }
 
-ProgramRun runProgram(const QByteArray &program, const QList<QByteArray> &arguments)
+ProgramRun runProgram(const QByteArray &program, const QList<QByteArray> &arguments, const QByteArray &workingFolder)
 {
-    return RunningProgram(program, arguments).finish();
+    return RunningProgram(program, arguments, {}, workingFolder).finish();
 }
 
 } // namespace Tessaron::Testing

@@ -29,7 +29,9 @@ struct ProgramEnds {
 class RunningProgram
 {
 public:
-    RunningProgram(const QByteArray &program, const QList<QByteArray> &arguments, ProgramEnds ends = {});
+    /// Without a working folder, it runs in that of the test.
+    RunningProgram(const QByteArray &program, const QList<QByteArray> &arguments, ProgramEnds ends = {},
+                   const QByteArray &workingFolder = {});
     ~RunningProgram();
     RunningProgram(const RunningProgram &) = delete;
     RunningProgram &operator=(const RunningProgram &) = delete;
@@ -49,6 +51,7 @@ private:
 };
 
 /// Runs a program of the system to its end, without input.
-ProgramRun runProgram(const QByteArray &program, const QList<QByteArray> &arguments);
+ProgramRun runProgram(const QByteArray &program, const QList<QByteArray> &arguments,
+                      const QByteArray &workingFolder = {});
 
 } // namespace Tessaron::Testing

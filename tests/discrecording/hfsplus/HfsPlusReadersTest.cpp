@@ -78,17 +78,17 @@ TEST_P(HfsPlusReaders, sevenZip_extractsWhatWasWritten)
         ASSERT_LE(runProgram(QStringLiteral("7z"),
                              {QStringLiteral("x"), QStringLiteral("-tapm"), QStringLiteral("-y"),
                               QStringLiteral("-o") + folder.path(), image.path()})
-                      .exitCode,
+                      .status,
                   1);
         const QStringList found = QDir(folder.path()).entryList({QStringLiteral("*.hfs")});
         ASSERT_EQ(found.size(), 1);
         volume = folder.filePath(found.front());
     }
-    const ProgramResult result = runProgram(QStringLiteral("7z"),
-                                            {QStringLiteral("x"), QStringLiteral("-thfs"), QStringLiteral("-y"),
-                                             QStringLiteral("-o") + folder.path(), volume});
+    const ProgramRun result = runProgram(QStringLiteral("7z"),
+                                         {QStringLiteral("x"), QStringLiteral("-thfs"), QStringLiteral("-y"),
+                                          QStringLiteral("-o") + folder.path(), volume});
     // What precedes and follows the volume in the image is worth a warning.
-    ASSERT_LE(result.exitCode, 1) << result.output.toStdString() << result.errors.toStdString();
+    ASSERT_LE(result.status, 1) << result.output.toStdString() << result.errors.toStdString();
     const QString root = folder.filePath(QDir(tree.pathText()).dirName());
     EXPECT_EQ(bytesOfFile(root + QStringLiteral("/plain.txt")), "plain");
     // 7z leaves names as they are stored.
@@ -106,9 +106,9 @@ TEST_P(HfsPlusReaders, sevenZip_findsTheVolumeInThePartitionMap)
     const auto root = DRFolder::virtualFolderWithName(QStringLiteral("root"));
     root->addChild(DRFile::virtualFileWithName(QStringLiteral("file"), "f"));
     const WrittenImage image(root, optionsFor(GetParam()));
-    const ProgramResult result =
+    const ProgramRun result =
         runProgram(QStringLiteral("7z"), {QStringLiteral("l"), QStringLiteral("-tapm"), image.path()});
-    EXPECT_EQ(result.exitCode, 0) << result.output.toStdString();
+    EXPECT_EQ(result.status, 0) << result.output.toStdString();
     EXPECT_TRUE(result.output.contains("HFS+.hfs")) << result.output.toStdString();
 }
 
@@ -129,10 +129,10 @@ TEST_P(HfsPlusReaders, mmls_findsTheVolumeInThePartitionMap)
     const WrittenImage image(realFolder(tree), optionsFor(GetParam()));
     // It counts in units of the device, which is a disc only where the map does so, too.
     const bool isAlone = GetParam() == hfsPlusOnly;
-    const ProgramResult result = runProgram(QStringLiteral("mmls"),
-                                            {QStringLiteral("-t"), QStringLiteral("mac"), QStringLiteral("-b"),
-                                             isAlone ? QStringLiteral("2048") : QStringLiteral("512"), image.path()});
-    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+    const ProgramRun result = runProgram(QStringLiteral("mmls"),
+                                         {QStringLiteral("-t"), QStringLiteral("mac"), QStringLiteral("-b"),
+                                          isAlone ? QStringLiteral("2048") : QStringLiteral("512"), image.path()});
+    EXPECT_EQ(result.status, 0) << result.errors.toStdString();
     const QByteArray start = isAlone ? " 0000000008 " : " 0000000032 ";
     bool isFound = false;
     for (const QByteArray &line : result.output.split('\n'))
@@ -157,11 +157,11 @@ TEST_P(HfsPlusReaders, hfsplusTools_readTheWholeDevice)
                           {QStringLiteral("-c"), QStringLiteral("HOME='%1' %2 </dev/null").arg(home.path(), command)},
                           home.path());
     };
-    ASSERT_EQ(run(QStringLiteral("hpmount -r '%1'").arg(image.path())).exitCode, 0);
+    ASSERT_EQ(run(QStringLiteral("hpmount -r '%1'").arg(image.path())).status, 0);
     EXPECT_EQ(run(QStringLiteral("hpls many")).output.count("file "), 300);
-    EXPECT_EQ(run(QStringLiteral("hpcopy -r plain.txt out")).exitCode, 0);
+    EXPECT_EQ(run(QStringLiteral("hpcopy -r plain.txt out")).status, 0);
     EXPECT_EQ(bytesOfFile(home.filePath(QStringLiteral("out"))), "plain");
-    EXPECT_EQ(run(QStringLiteral("hpcd many && HOME='%1' hpcopy -r 'FILE 299' out2").arg(home.path())).exitCode, 0);
+    EXPECT_EQ(run(QStringLiteral("hpcd many && HOME='%1' hpcopy -r 'FILE 299' out2").arg(home.path())).status, 0);
     EXPECT_EQ(bytesOfFile(home.filePath(QStringLiteral("out2"))), "299") << "found without regard to case";
     (void)run(QStringLiteral("hpumount"));
 }
@@ -174,8 +174,8 @@ TEST_P(HfsPlusReaders, blkid_recognisesTheVolumeOrABridge)
     // Of less than a floppy disk libblkid takes the first filesystem that it finds.
     root->addChild(DRFile::virtualFileWithName(QStringLiteral("file"), QByteArray(2 << 20, 'f')));
     const WrittenImage image(root, optionsFor(GetParam()));
-    const ProgramResult result = runProgram(QStringLiteral("blkid"), {QStringLiteral("-p"), image.path()});
-    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+    const ProgramRun result = runProgram(QStringLiteral("blkid"), {QStringLiteral("-p"), image.path()});
+    EXPECT_EQ(result.status, 0) << result.errors.toStdString();
     EXPECT_TRUE(result.output.contains("LABEL=\"Label\"") || result.output.contains("LABEL=\"LABEL\""))
         << result.output.toStdString();
     const bool hasUdf = (GetParam() & DRFilesystemInclusionMaskUDF) != 0;
@@ -194,7 +194,7 @@ TEST(HfsPlusReadersAlone, hpfsck_findsHeadersAndExtentsSound)
     const TemporaryTree tree;
     makeTree(tree);
     const WrittenImage image(realFolder(tree), optionsFor(hfsPlusOnly));
-    const ProgramResult result = runProgram(QStringLiteral("hpfsck"), {QStringLiteral("-v"), image.path()});
+    const ProgramRun result = runProgram(QStringLiteral("hpfsck"), {QStringLiteral("-v"), image.path()});
     // It stops at any catalog, whoever wrote it (docs/hfsplus.md), but not before.
     QByteArray unwrapped = result.output;
     unwrapped.replace('\t', "");

@@ -24,8 +24,8 @@ public:
     [[nodiscard]] QMap<QString, QString> list() const
     {
         QMap<QString, QString> objects;
-        const ProgramResult result = run(QStringLiteral("fls"), {QStringLiteral("-r"), QStringLiteral("-p")}, {});
-        EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+        const ProgramRun result = run(QStringLiteral("fls"), {QStringLiteral("-r"), QStringLiteral("-p")}, {});
+        EXPECT_EQ(result.status, 0) << result.errors.toStdString();
         for (const QString &line : QString::fromUtf8(result.output).split(u'\n', Qt::SkipEmptyParts)) {
             const qsizetype colon = line.indexOf(QStringLiteral(":\t"));
             const QString path = line.mid(colon + 2).normalized(QString::NormalizationForm_C);
@@ -38,8 +38,8 @@ public:
     [[nodiscard]] QByteArray contents(const QString &listed, const QString &fork = {}) const
     {
         const QString number = listed.section(u' ', 1);
-        const ProgramResult result = run(QStringLiteral("icat"), {}, {number + fork});
-        EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+        const ProgramRun result = run(QStringLiteral("icat"), {}, {number + fork});
+        EXPECT_EQ(result.status, 0) << result.errors.toStdString();
         return result.output;
     }
 
@@ -49,7 +49,7 @@ public:
     }
 
 private:
-    [[nodiscard]] ProgramResult run(const QString &program, const QStringList &before, const QStringList &after) const
+    [[nodiscard]] ProgramRun run(const QString &program, const QStringList &before, const QStringList &after) const
     {
         // The volume begins 32 sectors into the image.
         return runProgram(program,

@@ -110,7 +110,7 @@ private:
 /// What is on disk, in the same form.
 std::set<QByteArray> pathsOnDisk(const TemporaryTree &tree)
 {
-    const ProgramResult found =
+    const ProgramRun found =
         runProgram(QStringLiteral("find"),
                    {QStringLiteral("."), QStringLiteral("-mindepth"), QStringLiteral("1"), QStringLiteral("("),
                     QStringLiteral("-type"), QStringLiteral("d"), QStringLiteral("-printf"), QStringLiteral("%P/\\n"),
@@ -253,9 +253,9 @@ protected:
 
     void expectSource(const QByteArray &folder) const
     {
-        const ProgramResult result =
+        const ProgramRun result =
             runProgram(QStringLiteral("diff"), {QStringLiteral("-r"), source.pathText(), target.pathText(folder)});
-        EXPECT_EQ(result.exitCode, 0) << result.output.constData() << result.errors.constData();
+        EXPECT_EQ(result.status, 0) << result.output.constData() << result.errors.constData();
     }
 
     const TemporaryTree source;
@@ -268,9 +268,9 @@ TEST_F(DeepFoldersForOthers, bsdtar_extractsTheSource)
     if (!hasProgram(QStringLiteral("bsdtar")))
         GTEST_SKIP() << "bsdtar is not installed";
     target.makeFolder("x");
-    const ProgramResult result = runProgram(
+    const ProgramRun result = runProgram(
         QStringLiteral("bsdtar"), {QStringLiteral("-xpf"), image->path(), QStringLiteral("-C"), target.pathText("x")});
-    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
     (void)::rmdir(target.path("x/rr_moved").constData()); // it shows the folder, and nothing in it
     expectSource("x");
 }
@@ -279,8 +279,8 @@ TEST_F(DeepFoldersForOthers, xorriso_extractsTheSource)
 {
     if (!hasProgram(QStringLiteral("xorriso")))
         GTEST_SKIP() << "xorriso is not installed";
-    const ProgramResult result = extractWithXorriso(image->path(), target.pathText("x"));
-    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    const ProgramRun result = extractWithXorriso(image->path(), target.pathText("x"));
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
     EXPECT_FALSE(result.errors.contains("SORRY")) << result.errors.constData();
     expectSource("x");
 }
@@ -296,8 +296,8 @@ TEST_F(DeepFoldersForOthers, isoinfoAndIsovfy_findThem)
     EXPECT_TRUE(listed.contains("/rr_moved/Same name in all/Same name in all/Same name in all/Same name in all/"
                                 "Same name in all/Same name in all"))
         << listed.join('\n').constData();
-    const ProgramResult checked = runProgram(QStringLiteral("isovfy"), {image->path()});
-    EXPECT_EQ(checked.exitCode, 0);
+    const ProgramRun checked = runProgram(QStringLiteral("isovfy"), {image->path()});
+    EXPECT_EQ(checked.status, 0);
     EXPECT_TRUE(checked.output.contains("No errors found")) << checked.output.constData();
 }
 

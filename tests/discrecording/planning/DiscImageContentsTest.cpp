@@ -419,18 +419,18 @@ TEST(DiscImageContents, longLinkTargets_areReadBackByOthers)
                 << folder.constData() << ' ' << index;
     };
     if (hasProgram(QStringLiteral("bsdtar"))) {
-        const ProgramResult result =
+        const ProgramRun result =
             runProgram(QStringLiteral("bsdtar"),
                        {QStringLiteral("-xpf"), image.path(), QStringLiteral("-C"), target.pathText("bsdtar")});
-        EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+        EXPECT_EQ(result.status, 0) << result.errors.constData();
         expectTargets("bsdtar");
     }
     if (hasProgram(QStringLiteral("xorriso"))) {
-        const ProgramResult result =
+        const ProgramRun result =
             runProgram(QStringLiteral("xorriso"),
                        {QStringLiteral("-osirrox"), QStringLiteral("on"), QStringLiteral("-indev"), image.path(),
                         QStringLiteral("-extract"), QStringLiteral("/"), target.pathText("xorriso")});
-        EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+        EXPECT_EQ(result.status, 0) << result.errors.constData();
         expectTargets("xorriso");
     }
     if (hasProgram(QStringLiteral("isoinfo"))) {

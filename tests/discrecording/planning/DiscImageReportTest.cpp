@@ -137,9 +137,9 @@ TEST_P(DiscImageWithoutAFolder, allElse_isFoundByOtherReaders)
     for (const auto &[mask, type] : kinds) {
         if ((GetParam() & mask) == 0 || (mask == DRFilesystemInclusionMaskHFSPlus && GetParam() != mask))
             continue;
-        const ProgramResult result = runProgram(
+        const ProgramRun result = runProgram(
             QStringLiteral("7z"), {QStringLiteral("l"), QStringLiteral("-ba"), QString::fromUtf8(type), made.path()});
-        EXPECT_LE(result.exitCode, 1) << type << result.output.toStdString() << result.errors.toStdString();
+        EXPECT_LE(result.status, 1) << type << result.output.toStdString() << result.errors.toStdString();
         EXPECT_TRUE(result.output.toUpper().contains("B/F")) << type << result.output.toStdString();
         EXPECT_TRUE(result.output.toUpper().contains("B/C/G")) << type << result.output.toStdString();
     }

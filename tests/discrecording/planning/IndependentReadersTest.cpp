@@ -53,9 +53,9 @@ QByteArrayList listingOf(const QString &folder)
 /// True when `diff` finds both folders the same, links not followed.
 void expectSameTrees(const QString &one, const QString &other)
 {
-    const ProgramResult result =
+    const ProgramRun result =
         runProgram(QStringLiteral("diff"), {QStringLiteral("-r"), QStringLiteral("--no-dereference"), one, other});
-    EXPECT_EQ(result.exitCode, 0) << result.output.constData() << result.errors.constData();
+    EXPECT_EQ(result.status, 0) << result.output.constData() << result.errors.constData();
 }
 
 class IndependentReaders : public testing::Test
@@ -94,8 +94,8 @@ TEST_F(IndependentReaders, xorriso_extractsTheSource)
 {
     if (!hasProgram(QStringLiteral("xorriso")))
         GTEST_SKIP() << "xorriso is not installed";
-    const ProgramResult result = extractWithXorriso(image->path(), target.pathText("x"));
-    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    const ProgramRun result = extractWithXorriso(image->path(), target.pathText("x"));
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
     EXPECT_FALSE(result.errors.contains("SORRY")) << result.errors.constData();
     EXPECT_FALSE(result.errors.contains("WARNING")) << result.errors.constData();
     expectSameTrees(source.pathText(), target.pathText("x"));
@@ -107,9 +107,9 @@ TEST_F(IndependentReaders, bsdtar_extractsTheSource)
     if (!hasProgram(QStringLiteral("bsdtar")))
         GTEST_SKIP() << "bsdtar is not installed";
     target.makeFolder("x");
-    const ProgramResult result = runProgram(
+    const ProgramRun result = runProgram(
         QStringLiteral("bsdtar"), {QStringLiteral("-xpf"), image->path(), QStringLiteral("-C"), target.pathText("x")});
-    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
     expectSameTrees(source.pathText(), target.pathText("x"));
     expectAttributes(target.pathText("x/read me.txt"));
     struct stat one;
@@ -123,10 +123,10 @@ TEST_F(IndependentReaders, sevenZip_extractsTheJolietTree)
 {
     if (!hasProgram(QStringLiteral("7z")))
         GTEST_SKIP() << "7z is not installed";
-    const ProgramResult result = runProgram(
+    const ProgramRun result = runProgram(
         QStringLiteral("7z"),
         {QStringLiteral("x"), QStringLiteral("-y"), QStringLiteral("-o") + target.pathText("x"), image->path()});
-    EXPECT_EQ(result.exitCode, 0) << result.output.constData();
+    EXPECT_EQ(result.status, 0) << result.output.constData();
     EXPECT_FALSE(result.output.contains("Warnings")) << result.output.constData();
     EXPECT_EQ(target.contents("x/read me.txt"), "hello\n");
     EXPECT_EQ(target.contents("x/data/numbers.bin"), QByteArray(3'000'000, '\x17'));
@@ -143,10 +143,10 @@ TEST_F(IndependentReaders, isoinfo_listsAllTrees)
     if (!hasProgram(QStringLiteral("isoinfo")))
         GTEST_SKIP() << "isoinfo is not installed";
     const auto list = [&](const QStringList &options) {
-        const ProgramResult result =
+        const ProgramRun result =
             runProgram(QStringLiteral("isoinfo"),
                        options + QStringList{QStringLiteral("-f"), QStringLiteral("-i"), image->path()});
-        EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+        EXPECT_EQ(result.status, 0) << result.errors.constData();
         return result.output.split('\n');
     };
     const auto rockRidge = list({QStringLiteral("-R")});
@@ -161,9 +161,9 @@ TEST_F(IndependentReaders, isoinfo_listsAllTrees)
     const auto plain = list({});
     EXPECT_TRUE(plain.contains("/READ_ME.TXT;1"));
     EXPECT_TRUE(plain.contains("/MANY/SAME_STEM_OF_ALL_THESE_NAMES_.;1") || plain.size() > 300);
-    const ProgramResult contents = runProgram(QStringLiteral("isoinfo"),
-                                              {QStringLiteral("-R"), QStringLiteral("-i"), image->path(),
-                                               QStringLiteral("-x"), QStringLiteral("/read me.txt")});
+    const ProgramRun contents = runProgram(QStringLiteral("isoinfo"),
+                                           {QStringLiteral("-R"), QStringLiteral("-i"), image->path(),
+                                            QStringLiteral("-x"), QStringLiteral("/read me.txt")});
     EXPECT_EQ(contents.output, "hello\n");
 }
 
@@ -171,8 +171,8 @@ TEST_F(IndependentReaders, isovfy_findsNoErrors)
 {
     if (!hasProgram(QStringLiteral("isovfy")))
         GTEST_SKIP() << "isovfy is not installed";
-    const ProgramResult result = runProgram(QStringLiteral("isovfy"), {image->path()});
-    EXPECT_EQ(result.exitCode, 0);
+    const ProgramRun result = runProgram(QStringLiteral("isovfy"), {image->path()});
+    EXPECT_EQ(result.status, 0);
     EXPECT_TRUE(result.output.contains("No errors found")) << result.output.constData();
 }
 
@@ -216,8 +216,8 @@ TEST_F(IndependentReadersOfLaterTracks, xorriso_extractsTheSource)
 {
     if (!hasProgram(QStringLiteral("xorriso")))
         GTEST_SKIP() << "xorriso is not installed";
-    const ProgramResult result = extractWithXorriso(discPath(), target.pathText("extracted"), firstBlock);
-    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    const ProgramRun result = extractWithXorriso(discPath(), target.pathText("extracted"), firstBlock);
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
     expectSameTrees(source.pathText(), target.pathText("extracted"));
     EXPECT_EQ(listingOf(target.pathText("extracted")), listingOf(source.pathText()));
 }
@@ -226,10 +226,10 @@ TEST_F(IndependentReadersOfLaterTracks, udfinfo_findsTheVolume)
 {
     if (!hasProgram(QStringLiteral("udfinfo")))
         GTEST_SKIP() << "udfinfo is not installed";
-    const ProgramResult result =
+    const ProgramRun result =
         runProgram(QStringLiteral("udfinfo"),
                    {QStringLiteral("--blocksize=2048"), QStringLiteral("--startblock=%1").arg(firstBlock), discPath()});
-    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
     EXPECT_FALSE(result.errors.contains("Warning")) << result.errors.constData();
     EXPECT_TRUE(result.output.contains("start=" + QByteArray::number(firstBlock + 257) + ", "))
         << result.output.constData();
@@ -256,7 +256,7 @@ TEST(IndependentReadersOfHugeFiles, xorrisoAndSevenZip_seeTheTrueSize)
     tree.makeSparseFile("huge.bin", 5'000'000'000);
     const WrittenImage image(DRFolder::folderWithPath(tree.pathText()));
     if (hasProgram(QStringLiteral("xorriso"))) {
-        const ProgramResult result =
+        const ProgramRun result =
             runProgram(QStringLiteral("xorriso"),
                        {QStringLiteral("-indev"), image.path(), QStringLiteral("-find"), QStringLiteral("/huge.bin"),
                         QStringLiteral("-exec"), QStringLiteral("report_lba")});
@@ -265,12 +265,12 @@ TEST(IndependentReadersOfHugeFiles, xorrisoAndSevenZip_seeTheTrueSize)
         EXPECT_TRUE(result.output.contains("'/huge.bin'"));
     }
     if (hasProgram(QStringLiteral("7z"))) {
-        const ProgramResult result =
+        const ProgramRun result =
             runProgram(QStringLiteral("7z"), {QStringLiteral("l"), QStringLiteral("-slt"), image.path()});
         EXPECT_TRUE(result.output.contains("Size = 5000000000")) << result.output.constData();
     }
     if (hasProgram(QStringLiteral("bsdtar"))) {
-        const ProgramResult result = runProgram(QStringLiteral("bsdtar"), {QStringLiteral("-tvf"), image.path()});
+        const ProgramRun result = runProgram(QStringLiteral("bsdtar"), {QStringLiteral("-tvf"), image.path()});
         EXPECT_TRUE(result.output.contains("5000000000")) << result.output.constData();
     }
 }
@@ -300,9 +300,9 @@ TEST_P(JolietWithoutIso, isoinfo_listsIt)
 {
     if (!hasProgram(QStringLiteral("isoinfo")))
         GTEST_SKIP() << "isoinfo is not installed";
-    const ProgramResult result = runProgram(
+    const ProgramRun result = runProgram(
         QStringLiteral("isoinfo"), {QStringLiteral("-J"), QStringLiteral("-f"), QStringLiteral("-i"), image->path()});
-    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
     EXPECT_TRUE(result.output.contains("/folder/Lower Case.txt")) << result.output.constData();
 }
 
@@ -310,8 +310,8 @@ TEST_P(JolietWithoutIso, xorriso_extractsIt)
 {
     if (!hasProgram(QStringLiteral("xorriso")))
         GTEST_SKIP() << "xorriso is not installed";
-    const ProgramResult result = extractWithXorriso(image->path(), target.pathText("x"));
-    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    const ProgramRun result = extractWithXorriso(image->path(), target.pathText("x"));
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
     EXPECT_EQ(target.contents("x/folder/Lower Case.txt"), "joliet");
 }
 
@@ -319,9 +319,9 @@ TEST_P(JolietWithoutIso, bsdtar_extractsIt)
 {
     if (!hasProgram(QStringLiteral("bsdtar")))
         GTEST_SKIP() << "bsdtar is not installed";
-    const ProgramResult result = runProgram(
+    const ProgramRun result = runProgram(
         QStringLiteral("bsdtar"), {QStringLiteral("-xf"), image->path(), QStringLiteral("-C"), target.pathText()});
-    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
     EXPECT_EQ(target.contents("folder/Lower Case.txt"), "joliet");
 }
 
@@ -329,8 +329,8 @@ TEST_P(JolietWithoutIso, blkid_recognisesIt)
 {
     if (!hasProgram(QStringLiteral("blkid")))
         GTEST_SKIP() << "blkid is not installed";
-    const ProgramResult result = runProgram(QStringLiteral("blkid"), {QStringLiteral("-p"), image->path()});
-    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    const ProgramRun result = runProgram(QStringLiteral("blkid"), {QStringLiteral("-p"), image->path()});
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
     const bool hasUdf = (GetParam() & DRFilesystemInclusionMaskUDF) != 0;
     EXPECT_TRUE(result.output.contains(hasUdf ? " TYPE=\"udf\"" : " TYPE=\"iso9660\"")) << result.output.constData();
 }

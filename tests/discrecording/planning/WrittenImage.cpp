@@ -1,7 +1,6 @@
 #include "tests/discrecording/planning/WrittenImage.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QStandardPaths>
 
 #include <algorithm>
@@ -105,23 +104,15 @@ QByteArray imageBytes(const BlockImage &image, std::uint32_t blocksPerPiece)
     return result;
 }
 
-ProgramResult runProgram(const QString &program, const QStringList &arguments, const QString &folder)
+ProgramRun runProgram(const QString &program, const QStringList &arguments, const QString &folder)
 {
-    QProcess process;
-    if (!folder.isEmpty())
-        process.setWorkingDirectory(folder);
-    process.setStandardInputFile(QProcess::nullDevice());
-    process.start(program, arguments);
-    ProgramResult result;
-    if (!process.waitForFinished(120'000))
-        return result;
-    result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    result.output = process.readAllStandardOutput();
-    result.errors = process.readAllStandardError();
-    return result;
+    QList<QByteArray> words;
+    for (const QString &argument : arguments)
+        words << argument.toUtf8();
+    return runProgram(program.toUtf8(), words, folder.toUtf8());
 }
 
-ProgramResult extractWithXorriso(const QString &path, const QString &folder, std::uint32_t firstBlock)
+ProgramRun extractWithXorriso(const QString &path, const QString &folder, std::uint32_t firstBlock)
 {
     QStringList arguments{QStringLiteral("-osirrox"), QStringLiteral("on")};
     if (firstBlock > 0)

@@ -2,6 +2,7 @@
 
 #include "platform/discrecording/objects/DRStorageReport.h"
 #include "platform/discrecording/planning/DiscImagePlan.h"
+#include "tests/support/RunProgram.h"
 
 #include <QByteArray>
 #include <QStringList>
@@ -43,18 +44,10 @@ private:
 /// The bytes of a whole image without a file, in pieces of the given size.
 [[nodiscard]] QByteArray imageBytes(const BlockImage &image, std::uint32_t blocksPerPiece);
 
-/// What a program printed on its standard output, and how it ended.
-struct ProgramResult {
-    int exitCode = -1;
-    QByteArray output;
-    QByteArray errors;
-};
 /// Runs a program to its end; `folder` is its working folder.
-[[nodiscard]] ProgramResult runProgram(const QString &program, const QStringList &arguments,
-                                       const QString &folder = {});
+[[nodiscard]] ProgramRun runProgram(const QString &program, const QStringList &arguments, const QString &folder = {});
 /// Lets xorriso extract the image that begins at `firstBlock` of a file into a folder that it makes.
-[[nodiscard]] ProgramResult extractWithXorriso(const QString &path, const QString &folder,
-                                               std::uint32_t firstBlock = 0);
+[[nodiscard]] ProgramRun extractWithXorriso(const QString &path, const QString &folder, std::uint32_t firstBlock = 0);
 /// True when the program is installed; tests that need one that is not are skipped.
 [[nodiscard]] bool hasProgram(const QString &program);
 

@@ -112,8 +112,8 @@ TEST(UdfIndependentReaders, udfinfo_saysWhatTheVolumeIs)
     for (const DRFilesystemMask mask : {4u, 5u, 6u, 7u}) {
         SCOPED_TRACE(mask);
         const WrittenImage image(root, optionsFor(mask));
-        const ProgramResult result = runProgram(QStringLiteral("udfinfo"), {QStringLiteral("--utf8"), image.path()});
-        EXPECT_EQ(result.exitCode, 0);
+        const ProgramRun result = runProgram(QStringLiteral("udfinfo"), {QStringLiteral("--utf8"), image.path()});
+        EXPECT_EQ(result.status, 0);
         EXPECT_FALSE(result.errors.contains("rror")) << result.errors.constData();
         EXPECT_FALSE(result.errors.contains("arning")) << result.errors.constData();
         const QByteArrayList lines = result.output.split('\n');
@@ -149,13 +149,13 @@ TEST(UdfIndependentReaders, sevenZip_extractsAll)
         SCOPED_TRACE(mask);
         const WrittenImage image(DRFolder::folderWithPath(tree.pathText()), optionsFor(mask));
         const QTemporaryDir target;
-        const ProgramResult result = runProgram(QStringLiteral("7z"),
-                                                {QStringLiteral("x"), QStringLiteral("-tudf"), QStringLiteral("-y"),
-                                                 QStringLiteral("-o") + target.path(), image.path()});
-        EXPECT_EQ(result.exitCode, 0) << result.output.constData() << result.errors.constData();
-        const ProgramResult difference =
+        const ProgramRun result = runProgram(QStringLiteral("7z"),
+                                             {QStringLiteral("x"), QStringLiteral("-tudf"), QStringLiteral("-y"),
+                                              QStringLiteral("-o") + target.path(), image.path()});
+        EXPECT_EQ(result.status, 0) << result.output.constData() << result.errors.constData();
+        const ProgramRun difference =
             runProgram(QStringLiteral("diff"), {QStringLiteral("-r"), tree.pathText(), target.path()});
-        EXPECT_EQ(difference.exitCode, 0) << difference.output.constData();
+        EXPECT_EQ(difference.status, 0) << difference.output.constData();
     }
 }
 
@@ -167,7 +167,7 @@ TEST(UdfIndependentReaders, isoinfo_stillReadsTheOtherTrees)
     tree.makeFile("folder/file name", "contents");
     const WrittenImage image(DRFolder::folderWithPath(tree.pathText()), optionsFor(bridge));
     for (const QString &flag : {QStringLiteral("-R"), QStringLiteral("-J")}) {
-        const ProgramResult result = runProgram(
+        const ProgramRun result = runProgram(
             QStringLiteral("isoinfo"),
             {flag, QStringLiteral("-i"), image.path(), QStringLiteral("-x"), QStringLiteral("/folder/file name")});
         EXPECT_EQ(result.output, "contents") << flag.toStdString();

@@ -1,13 +1,13 @@
 #include "platform/discrecording/objects/DRStorageReport.h"
 #include "platform/foundation/UniqueDescriptor.h"
 #include "tests/imaging/jobs/JobRun.h"
+#include "tests/support/RunProgram.h"
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/DiscImageJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/KRFileReference.h>
 
-#include <QProcess>
 #include <QTimer>
 
 #include <algorithm>
@@ -56,12 +56,7 @@ protected:
     /// What another program reads of a file.
     QByteArray contentsIn(const QByteArray &image, const char *path) const
     {
-        QProcess isoinfo;
-        isoinfo.start(QStringLiteral("isoinfo"),
-                      {QStringLiteral("-R"), QStringLiteral("-x"), QString::fromUtf8(path), QStringLiteral("-i"),
-                       m_tree.pathText(image)});
-        EXPECT_TRUE(isoinfo.waitForFinished());
-        return isoinfo.readAllStandardOutput();
+        return Testing::runProgram("isoinfo", {"-R", "-x", path, "-i", m_tree.path(image)}).output;
     }
     QByteArray letterIn(const QByteArray &image) const { return contentsIn(image, "/letter.txt"); }
 
