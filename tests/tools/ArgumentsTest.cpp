@@ -14,6 +14,12 @@ struct WrongLine {
     const char *message;
 };
 
+/// As the test is named.
+void PrintTo(const WrongLine &line, std::ostream *output)
+{
+    *output << '"' << line.words.join(' ').constData() << '"';
+}
+
 TEST(Arguments, image_hasDefaults_whenOnlyOutputAndPathAreGiven)
 {
     const Arguments arguments = parseArguments({"image", "-o", "disc.iso", "folder"});
