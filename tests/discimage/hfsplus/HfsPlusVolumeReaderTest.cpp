@@ -186,7 +186,7 @@ TEST(HfsPlusVolumeReader, volumeOfAnotherWriter_isRead)
     ASSERT_EQ(runProgram(QStringLiteral("xorriso"),
                          {QStringLiteral("-as"), QStringLiteral("mkisofs"), QStringLiteral("-quiet"),
                           QStringLiteral("-hfsplus"), QStringLiteral("-o"), image, tree.pathText("in")})
-                  .exitCode,
+                  .status,
               0);
     const WalkedVolume walked(DiscImageSource::sourceWithFile(image).source);
     ASSERT_TRUE(walked.opened.reader);
