@@ -123,10 +123,17 @@ void TableOfContents::numberTracks()
     }
 }
 
+/// Tracks may still have any lengths here: check() refuses those that cannot be counted, and must be reached.
 void TableOfContents::joinSessions()
 {
-    for (std::size_t index = 1; index < sessions.size(); ++index)
-        sessions[index].firstBlock = sessions[index - 1].firstBlock + std::int64_t(sessions[index - 1].blocksOnDisc());
+    constexpr std::int64_t greatest = std::numeric_limits<std::int64_t>::max();
+    for (std::size_t index = 1; index < sessions.size(); ++index) {
+        const DiscSession &before = sessions[index - 1];
+        std::int64_t end = 0;
+        if (__builtin_add_overflow(before.firstBlock.number(), before.blocksOnDisc(), &end))
+            end = greatest;
+        sessions[index].firstBlock = BlockAddress(end);
+    }
 }
 
 NSError TableOfContents::check() const

@@ -59,6 +59,17 @@ TEST(TableOfContents, joinSessions_putsEachBehindTheOneBefore)
     EXPECT_EQ(contents.sessions[1].firstBlock, BlockAddress(3075));
 }
 
+TEST(TableOfContents, joinSessions_leavesLengthsThatCannotBeCounted_toTheCheck)
+{
+    for (const std::uint64_t length : {std::uint64_t(INT64_MAX), std::uint64_t(INT64_MAX) + 1, UINT64_MAX}) {
+        TableOfContents contents = mixedDisc();
+        contents.sessions[0].firstBlock = BlockAddress(150);
+        contents.sessions[0].tracks[0].length = length;
+        contents.joinSessions();
+        EXPECT_EQ(DiscTracksErrorCode(contents.check().code()), DiscTracksErrorCode::TooLarge) << length;
+    }
+}
+
 TEST(TableOfContents, check_refusesTablesThatMakeNoSense)
 {
     const auto codeWhen = [](const auto &change) {
