@@ -153,13 +153,18 @@ private:
         else if (const std::uint64_t gap = gapToMake(track); gap > 0)
             line(indent, "PREGAP " + timeOf(gap));
         m_frame += track.pregap.isStored ? track.pregap.length : 0;
-        addIndex(indent, 1, 0);
-        for (std::size_t point = 0; point < track.indexPoints.size(); ++point)
-            addIndex(indent, point + 2, track.indexPoints[point]);
         const bool isPostgapMissing = track.postgap.length > 0 && !track.postgap.isStored;
+        const std::uint64_t stored = track.length - (isPostgapMissing ? track.postgap.length : 0);
+        addIndex(indent, 1, 0);
+        for (std::size_t point = 0; point < track.indexPoints.size(); ++point) {
+            if (track.indexPoints[point] < stored)
+                addIndex(indent, point + 2, track.indexPoints[point]);
+            else // The file has no such place: readers would look for it in the next track.
+                lose(QStringLiteral("index points in postgaps that the image does not hold"));
+        }
         if (isPostgapMissing)
             line(indent, "POSTGAP " + timeOf(track.postgap.length));
-        m_frame += track.length - (isPostgapMissing ? track.postgap.length : 0);
+        m_frame += stored;
         if (track.kind == TrackKind::Mode2Formless || track.copyState == CopyState::ProtectedOriginal)
             lose(track.kind == TrackKind::Mode2Formless ? QStringLiteral("that mode 2 is without form")
                                                         : QStringLiteral("that a track is a protected original"));

@@ -121,6 +121,22 @@ TEST(CueSheetWriter, whatASheetCannotSay_isListed)
     EXPECT_EQ(cueSheetForImage(contents, "disc.bin")->lost.size(), 3);
 }
 
+TEST(CueSheetWriter, indexPoints_areLost_whereTheImageDoesNotHoldThePostgapAroundThem)
+{
+    TableOfContents contents = album();
+    DiscTrack &last = contents.sessions[1].tracks[0];
+    last.indexPoints = {100, 589, 590, 595}; // of 600 blocks, the last 10 of which are the postgap
+    const Result<CueSheetText> sheet = cueSheetForImage(contents, "disc.bin");
+    ASSERT_TRUE(sheet);
+    EXPECT_TRUE(sheet->text.contains("    INDEX 03 00:20:64\r\n    POSTGAP 00:00:10\r\n")) << sheet->text.constData();
+    EXPECT_EQ(sheet->lost, QStringList(QStringLiteral("index points in postgaps that the image does not hold")));
+    last.postgap.isStored = true;
+    const Result<CueSheetText> whole = cueSheetForImage(contents, "disc.bin");
+    ASSERT_TRUE(whole);
+    EXPECT_TRUE(whole->text.contains("    INDEX 05 00:20:70\r\n")) << whole->text.constData();
+    EXPECT_TRUE(whole->lost.isEmpty());
+}
+
 TEST(CueSheetWriter, sheet_fails_whenItCannotBeWritten)
 {
     EXPECT_FALSE(cueSheetForImage(album(), "a \"disc\".bin"));
