@@ -2,15 +2,14 @@
 
 #include "app/AudioPanel.h"
 #include "app/BurnDialog.h"
-#include "app/CapacityBar.h"
 #include "app/DataPanel.h"
-#include "app/DataView.h"
 #include "app/DiscWords.h"
 #include "app/ImagePanel.h"
 #include "app/JobBar.h"
 #include "app/JobOutcomes.h"
+#include "app/JobRunner.h"
 #include "app/NoticeBar.h"
-#include "app/ProjectKeeper.h"
+#include "app/ProjectActions.h"
 #include "app/Words.h"
 
 #include <TessaronClasses/DiscJob.h>
@@ -40,9 +39,6 @@ namespace Tessaron::Desktop
 namespace
 {
 
-const QByteArray projectEnding = QByteArrayLiteral(".tessaron");
-constexpr qsizetype mostRecent = 8;
-
 struct NamedFormat {
     DiscFormat format;
     QString name;
@@ -59,16 +55,6 @@ QList<NamedFormat> formatsOf(TessaronDiscImageFormat handled)
     std::copy_if(all.begin(), all.end(), std::back_inserter(formats),
                  [handled](const NamedFormat &each) { return (TessaronDiscImageFormat(each.format) & handled) != 0; });
     return formats;
-}
-
-/// A name that any file system takes as that of a file.
-QString fileNameFor(const QString &name)
-{
-    QString result = name.trimmed();
-    result.replace(u'/', u'-');
-    while (result.startsWith(u'.'))
-        result.remove(0, 1);
-    return result.isEmpty() ? MainWindow::tr("disc") : result;
 }
 
 } // namespace
@@ -88,7 +74,7 @@ public:
     }
     bool runPanelJob(std::unique_ptr<DiscJob> job, const QString &name) override
     {
-        if (m_window->m_job) {
+        if (m_window->m_runner->isWorking()) {
             m_window->m_notices->tell(tr("Something else is being done. Wait for its end, or stop it."));
             return false;
         }
@@ -125,9 +111,8 @@ MainWindow::MainWindow(QWidget *parent)
     row->addLayout(column, 1);
     setCentralWidget(middle);
 
-    m_project = std::make_unique<ProjectKeeper>(
-        m_dataPanel->document(),
-        fileSystemRepresentation(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)) + "/recovery");
+    m_runner = std::make_unique<JobRunner>(*m_jobBar, *this);
+    m_projects = std::make_unique<ProjectActions>(*m_dataPanel, *m_notices, *this);
     makeMenus();
     m_toolBar = addToolBar(tr("Tools"));
     m_toolBar->setMovable(false);
@@ -139,9 +124,10 @@ MainWindow::MainWindow(QWidget *parent)
     addPanel(m_dataPanel);
     addPanel(m_audioPanel);
     addPanel(m_imagePanel);
-    connectProject();
+    connect(m_runner.get(), &JobRunner::started, this, &MainWindow::updateActions);
+    connect(m_projects.get(), &ProjectActions::opened, this, &MainWindow::updateActions);
+    m_projects->recover();
     connect(m_kinds, &QListWidget::currentRowChanged, this, &MainWindow::showPanel);
-    connect(m_jobBar, &JobBar::cancelWanted, this, &MainWindow::cancelJob);
     m_kinds->setVisible(m_panels.size() > 1);
     m_kinds->setCurrentRow(0);
     resize(960, 640);
@@ -149,8 +135,6 @@ MainWindow::MainWindow(QWidget *parent)
 
 MainWindow::~MainWindow()
 {
-    // A disc that goes empties its history, and tells so when the project is gone already.
-    m_dataPanel->document().undoStack().disconnect(this);
     for (const std::shared_ptr<DesktopPanel> &panel : m_panels) {
         panel->setDelegate(nullptr);
         panel->view()->setParent(nullptr); // the panel's own
@@ -193,17 +177,7 @@ void MainWindow::showPanel(int index)
 void MainWindow::makeMenus()
 {
     QMenu &file = *menuBar()->addMenu(tr("&File"));
-    const auto add = [this, &file](const QString &text, const char *icon, QKeySequence::StandardKey key,
-                                   void (MainWindow::*operation)()) {
-        QAction *const action = file.addAction(QIcon::fromTheme(QString::fromLatin1(icon)), text, this, operation);
-        action->setShortcut(key);
-    };
-    add(tr("&New Disc"), "document-new", QKeySequence::New, &MainWindow::newProject);
-    add(tr("&Open…"), "document-open", QKeySequence::Open, &MainWindow::openProject);
-    m_recentMenu = file.addMenu(tr("Open &Recent"));
-    connect(m_recentMenu, &QMenu::aboutToShow, this, &MainWindow::showRecent);
-    add(tr("&Save Project"), "document-save", QKeySequence::Save, &MainWindow::saveProject);
-    add(tr("Save Project &As…"), "document-save-as", QKeySequence::SaveAs, &MainWindow::saveProjectAs);
+    m_projects->addTo(file);
     file.addSeparator();
     m_saveImage = file.addAction(QIcon::fromTheme(QStringLiteral("media-optical")), tr("Save &Image…"), this,
                                  &MainWindow::saveImage);
@@ -218,7 +192,7 @@ void MainWindow::makeMenus()
     m_verify->setChecked(QSettings().value(QStringLiteral("verifyAfterSaving"), true).toBool());
     connect(m_verify, &QAction::toggled, this,
             [](bool isOn) { QSettings().setValue(QStringLiteral("verifyAfterSaving"), isOn); });
-    m_cancel = file.addAction(tr("S&top"), this, &MainWindow::cancelJob);
+    m_cancel = file.addAction(tr("S&top"), m_runner.get(), &JobRunner::cancel);
     m_cancel->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Period));
     file.addSeparator();
     QAction *const quit =
@@ -257,15 +231,15 @@ void MainWindow::fillToolBar()
 void MainWindow::updateActions()
 {
     DesktopPanel &panel = currentPanel();
-    m_saveImage->setEnabled(!m_job && panel.handledDiscImageFormats() != 0 && panel.enableBurnButton());
-    m_burn->setEnabled(!m_job && panel.canBeBurnt() && panel.enableBurnButton());
-    m_cancel->setEnabled(m_job != nullptr);
+    m_saveImage->setEnabled(!m_runner->isWorking() && panel.handledDiscImageFormats() != 0 && panel.enableBurnButton());
+    m_burn->setEnabled(!m_runner->isWorking() && panel.canBeBurnt() && panel.enableBurnButton());
+    m_cancel->setEnabled(m_runner->isWorking());
 }
 
 void MainWindow::openFiles(const QList<QByteArray> &paths)
 {
-    if (paths.size() == 1 && paths.front().endsWith(projectEnding))
-        openProjectAt(paths.front());
+    if (paths.size() == 1 && ProjectActions::isProjectName(paths.front()))
+        m_projects->openAt(paths.front());
     else if (paths.size() == 1 && ImagePanel::isImageName(paths.front())) {
         bringUp(*m_imagePanel);
         m_imagePanel->openImage(paths.front());
@@ -301,7 +275,7 @@ void MainWindow::saveImage()
 
 void MainWindow::saveImageAs(const QByteArray &path, DiscFormat format)
 {
-    if (m_job)
+    if (m_runner->isWorking())
         return;
     const std::shared_ptr<DesktopPanel> panel = m_panels[std::size_t(m_stack->currentIndex())];
     std::unique_ptr<DiscJob> job =
@@ -313,15 +287,15 @@ void MainWindow::saveImageAs(const QByteArray &path, DiscFormat format)
     startJob(std::move(job), displayableText(stringWithFileSystemRepresentation(path.mid(path.lastIndexOf('/') + 1))));
 }
 
+bool MainWindow::isWorking() const
+{
+    return m_runner->isWorking();
+}
+
 void MainWindow::startJob(std::unique_ptr<DiscJob> job, const QString &name)
 {
     m_notices->clear();
-    m_jobName = name;
-    m_job = std::move(job);
-    connect(m_job.get(), &DiscJob::progressed, m_jobBar, &JobBar::showProgress);
-    m_jobBar->begin(name);
-    updateActions();
-    m_job->start();
+    m_runner->start(std::move(job), name);
 }
 
 /// Compares the image with its sources, if that is wanted and possible; what is said at the end speaks of both.
@@ -341,17 +315,13 @@ void MainWindow::imageHasEnded(DesktopPanel &panel, const JobOutcome &saved)
         jobHasEnded(saved);
         return;
     }
-    m_job.release()->deleteLater();
-    startJob(std::move(verify), m_jobName);
+    m_notices->clear();
+    m_runner->startNext(std::move(verify));
 }
 
 void MainWindow::jobHasEnded(const JobOutcome &outcome)
 {
-    m_job.release()->deleteLater();
-    m_spoiling.clear();
-    if (m_stopQuestion)
-        m_stopQuestion->close();
-    m_jobBar->end();
+    m_runner->end();
     m_notices->tell(outcome.summary, outcome.details);
     updateActions();
     Q_EMIT jobEnded(outcome);
@@ -361,7 +331,7 @@ void MainWindow::jobHasEnded(const JobOutcome &outcome)
 
 void MainWindow::burn()
 {
-    if (m_job)
+    if (m_runner->isWorking())
         return;
     const std::optional<BurnSubject> subject = currentPanel().burnSubject();
     if (!subject) {
@@ -379,7 +349,7 @@ void MainWindow::burn()
 
 void MainWindow::burnDisc(const BurnSubject &subject, const BurnDiscOrder &settings, DiscFamily family)
 {
-    if (m_job)
+    if (m_runner->isWorking())
         return;
     BurnDiscOrder order = settings;
     order.sources = subject.order.sources;
@@ -391,126 +361,15 @@ void MainWindow::burnDisc(const BurnSubject &subject, const BurnDiscOrder &setti
                 jobHasEnded(outcomeOf(result, isSimulated, missing));
             });
     startJob(std::move(job), displayableText(subject.name));
-    m_jobBar->setForDrive(true);
-    m_spoiling = settings.isSimulated ? QString() : spoiledText(family);
-}
-
-void MainWindow::cancelJob()
-{
-    if (!isWritingDisc())
-        stopJob();
-    else
-        askBeforeStopping(tr("A disc is being written. Stop?") + u'\n' + m_spoiling, tr("&Stop"),
-                          [this] { stopJob(); });
-}
-
-bool MainWindow::isWritingDisc() const
-{
-    if (!m_job || m_spoiling.isEmpty())
-        return false;
-    const DiscJobPhase phase = m_job->progress().phase;
-    return phase == DiscJobPhase::Writing || phase == DiscJobPhase::Finishing;
-}
-
-void MainWindow::stopJob()
-{
-    if (!m_job)
-        return;
-    m_jobBar->showCancelling();
-    m_job->cancel();
-}
-
-/// The work goes on meanwhile; when it ends, there is nothing to ask any more.
-void MainWindow::askBeforeStopping(const QString &text, const QString &stopText,
-                                   const std::function<void()> &whenWanted)
-{
-    if (m_stopQuestion)
-        return;
-    m_stopQuestion =
-        new QMessageBox(QMessageBox::Question, tr("Tessaron"), text.section(u'\n', 0, 0), QMessageBox::NoButton, this);
-    m_stopQuestion->setInformativeText(text.section(u'\n', 1));
-    const QPushButton *const stop = m_stopQuestion->addButton(stopText, QMessageBox::DestructiveRole);
-    QPushButton *const goOn = m_stopQuestion->addButton(tr("&Go On"), QMessageBox::RejectRole);
-    m_stopQuestion->setDefaultButton(goOn);
-    m_stopQuestion->setAttribute(Qt::WA_DeleteOnClose);
-    connect(m_stopQuestion, &QMessageBox::buttonClicked, this, [stop, whenWanted](const QAbstractButton *button) {
-        if (button == stop)
-            whenWanted();
-    });
-    m_stopQuestion->open();
+    m_runner->setForDrive(settings.isSimulated ? QString() : spoiledText(family));
 }
 
 void MainWindow::letGo()
 {
-    // A drive is waited for: one that is left in the middle is of no use to anyone.
-    if (m_job && m_job->isRunning() && !qobject_cast<BurnDiscJob *>(m_job.get())) {
-        m_job->cancel();
-        (void)m_job.release(); // its destructor would wait
-    }
+    m_runner->letGo();
     for (const std::shared_ptr<DesktopPanel> &panel : m_panels)
         panel->letGo();
-    m_project->letGo();
-}
-
-void MainWindow::connectProject()
-{
-    connect(m_project.get(), &ProjectKeeper::pathChanged, this, &MainWindow::showTitle);
-    connect(&m_dataPanel->document().undoStack(), &QUndoStack::cleanChanged, this, &MainWindow::showTitle);
-    connect(m_project.get(), &ProjectKeeper::opened, this, [this] {
-        m_dataPanel->dataView().capacity().setMediumKey(m_project->mediumKey());
-        const QStringList missing = m_project->missingPaths();
-        m_notices->clear();
-        if (!missing.isEmpty())
-            m_notices->tell(
-                tr("%n file(s) of this project are missing: they were moved or removed.", nullptr, int(missing.size())),
-                missing);
-        updateActions();
-    });
-    connect(&m_dataPanel->dataView().capacity(), &CapacityBar::mediumChanged, m_project.get(),
-            &ProjectKeeper::setMediumKey);
-    showTitle();
-    m_project->recover([this] {
-        m_notices->tell(tr("This is the disc that was open when the program ended unexpectedly. It is not saved."));
-        showTitle();
-    });
-}
-
-void MainWindow::showTitle()
-{
-    const QByteArray path = m_project->path();
-    const QString name = path.isEmpty()
-        ? tr("New disc")
-        : displayableText(stringWithFileSystemRepresentation(path.mid(path.lastIndexOf('/') + 1)));
-    setWindowTitle(tr("%1[*] — Tessaron").arg(name));
-    setWindowModified(!m_dataPanel->document().undoStack().isClean());
-}
-
-void MainWindow::afterSaving(const std::function<void()> &goOn)
-{
-    if (m_dataPanel->document().undoStack().isClean()) {
-        goOn();
-        return;
-    }
-    auto *const question = new QMessageBox(QMessageBox::Question, tr("Tessaron"),
-                                           tr("This disc is not saved as a project. Save it first?"),
-                                           QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, this);
-    question->setInformativeText(tr("Without saving, what you put together is lost. The files themselves stay."));
-    question->setAttribute(Qt::WA_DeleteOnClose);
-    connect(question, &QMessageBox::buttonClicked, this, [this, question, goOn](QAbstractButton *button) {
-        switch (question->standardButton(button)) {
-        case QMessageBox::Save:
-            m_afterSaving = goOn;
-            saveProject();
-            break;
-        case QMessageBox::Discard:
-            m_project->forgetCopy();
-            goOn();
-            break;
-        default:
-            break;
-        }
-    });
-    question->open();
+    m_projects->letGo();
 }
 
 /// Tracks are in no project: an image is what is kept of them.
@@ -535,115 +394,23 @@ void MainWindow::afterDroppingTracks(const std::function<void()> &goOn)
     question->open();
 }
 
-void MainWindow::newProject()
-{
-    afterSaving([this] { m_project->close(); });
-}
-
-void MainWindow::openProject()
-{
-    auto *const dialog = new QFileDialog(this, tr("Open Project"));
-    dialog->setNameFilters({tr("Projects (*.tessaron)"), tr("All files (*)")});
-    dialog->setFileMode(QFileDialog::ExistingFile);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QFileDialog::fileSelected, this,
-            [this](const QString &path) { openProjectAt(fileSystemRepresentation(path)); });
-    dialog->open();
-}
-
-void MainWindow::openProjectAt(const QByteArray &path)
-{
-    afterSaving([this, path] {
-        m_project->open(path, [this, path](const NSError &error) {
-            if (error)
-                m_notices->tell(errorText(error));
-            else
-                addRecent(path);
-        });
-    });
-}
-
-void MainWindow::saveProject()
-{
-    if (m_project->path().isEmpty())
-        saveProjectAs();
-    else
-        saveProjectAt(m_project->path());
-}
-
-void MainWindow::saveProjectAs()
-{
-    auto *const dialog = new QFileDialog(this, tr("Save Project"));
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setNameFilter(tr("Projects (*.tessaron)"));
-    dialog->setDefaultSuffix(QStringLiteral("tessaron"));
-    dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    dialog->selectFile(fileNameFor(m_dataPanel->suggestedName()) + stringWithFileSystemRepresentation(projectEnding));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QFileDialog::fileSelected, this,
-            [this](const QString &path) { saveProjectAt(fileSystemRepresentation(path)); });
-    connect(dialog, &QDialog::rejected, this, [this] { m_afterSaving = nullptr; });
-    dialog->open();
-}
-
-void MainWindow::saveProjectAt(const QByteArray &path)
-{
-    m_project->save(path, [this, path](const NSError &error) {
-        const std::function<void()> goOn = std::exchange(m_afterSaving, nullptr);
-        if (error) {
-            m_notices->tell(tr("The project was not saved: %1").arg(errorText(error)));
-            return;
-        }
-        addRecent(path);
-        if (goOn)
-            goOn();
-    });
-}
-
-void MainWindow::addRecent(const QByteArray &path)
-{
-    QSettings settings;
-    QStringList recent = settings.value(QStringLiteral("recent")).toStringList();
-    const QString text = QString::fromLatin1(path.toPercentEncoding("/"));
-    recent.removeAll(text);
-    recent.prepend(text);
-    settings.setValue(QStringLiteral("recent"), recent.mid(0, mostRecent));
-}
-
-/// Names are shown as they are remembered: whether the files are there is found when one is opened.
-void MainWindow::showRecent()
-{
-    m_recentMenu->clear();
-    for (const QString &text : QSettings().value(QStringLiteral("recent")).toStringList()) {
-        const QByteArray path = QByteArray::fromPercentEncoding(text.toLatin1());
-        QString shown = displayableText(stringWithFileSystemRepresentation(path));
-        m_recentMenu->addAction(shown.replace(u'&', QStringLiteral("&&")), this, [this, path] { openProjectAt(path); });
-    }
-    if (m_recentMenu->isEmpty())
-        m_recentMenu->addAction(tr("No projects yet"))->setEnabled(false);
-}
-
 void MainWindow::closeEvent(QCloseEvent *event)
 {
-    const bool isAllKept =
-        m_dataPanel->document().undoStack().isClean() && m_audioPanel->tracks().undoStack().isClean();
-    if (m_isClosing || (!m_job && isAllKept)) {
+    const bool isAllKept = m_projects->isSaved() && m_audioPanel->tracks().undoStack().isClean();
+    if (m_isClosing || (!isWorking() && isAllKept)) {
         event->accept();
         return;
     }
     event->ignore();
-    if (m_job) {
-        const bool isWriting = isWritingDisc();
-        const QString text = !isWriting ? tr("An image is being made or read. Stop, and quit?")
-                                        : tr("A disc is being written. Stop, and quit?");
+    if (isWorking()) {
         // The window stays until the job has ended: a drive is let go first.
-        askBeforeStopping(isWriting ? text + u'\n' + m_spoiling : text, tr("&Stop and Quit"), [this] {
+        m_runner->askBeforeQuitting([this] {
             m_closesAfterJob = true;
-            stopJob();
+            m_runner->stop();
         });
         return;
     }
-    afterSaving([this] {
+    m_projects->afterSaving([this] {
         afterDroppingTracks([this] {
             m_isClosing = true;
             close();

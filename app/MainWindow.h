@@ -3,7 +3,6 @@
 #include "app/DesktopPanel.h"
 
 #include <QMainWindow>
-#include <QPointer>
 #include <QUndoGroup>
 
 #include <functional>
@@ -11,7 +10,6 @@
 #include <vector>
 
 class QListWidget;
-class QMessageBox;
 class QToolBar;
 class QStackedWidget;
 
@@ -22,8 +20,9 @@ class AudioPanel;
 class DataPanel;
 class ImagePanel;
 class JobBar;
+class JobRunner;
 class NoticeBar;
-class ProjectKeeper;
+class ProjectActions;
 
 /// The program's one window: the kinds of disc at the side, the panel of the one that is chosen, and what works in the
 /// background.
@@ -47,13 +46,7 @@ public:
     /// Gives files to the program, as its command line or another program does.
     void openFiles(const QList<QByteArray> &paths);
 
-    [[nodiscard]] ProjectKeeper &project() const { return *m_project; }
-    /// Begins a new disc, once the user does not mind about the present one.
-    void newProject();
-    void openProject();
-    void openProjectAt(const QByteArray &path);
-    void saveProject();
-    void saveProjectAs();
+    [[nodiscard]] ProjectActions &projects() const { return *m_projects; }
 
     /// Asks where to save an image of what the panel holds, and saves it there.
     void saveImage();
@@ -64,11 +57,8 @@ public:
     void burn();
     /// Lets a drive write it without asking: the drive, and how it writes, are those of `settings`.
     void burnDisc(const BurnSubject &subject, const BurnDiscOrder &settings, DiscFamily family);
-    [[nodiscard]] bool isWorking() const { return m_job != nullptr; }
-    /// Asks first where that spoils a disc.
-    void cancelJob();
-    /// True while a drive writes what stopping would spoil.
-    [[nodiscard]] bool isWritingDisc() const;
+    [[nodiscard]] bool isWorking() const;
+    [[nodiscard]] JobRunner &runner() const { return *m_runner; }
 
     /// Ends what runs, without waiting for what hangs in the system.
     void letGo();
@@ -89,17 +79,8 @@ private:
     void bringUp(const DesktopPanel &panel);
     void updateActions();
     void startJob(std::unique_ptr<DiscJob> job, const QString &name);
-    void stopJob();
-    void askBeforeStopping(const QString &text, const QString &stopText, const std::function<void()> &whenWanted);
     void imageHasEnded(DesktopPanel &panel, const JobOutcome &saved);
     void jobHasEnded(const JobOutcome &outcome);
-    void connectProject();
-    void showTitle();
-    void saveProjectAt(const QByteArray &path);
-    void addRecent(const QByteArray &path);
-    void showRecent();
-    /// Goes on once the present disc is saved or dropped; not at all when the user stays with it.
-    void afterSaving(const std::function<void()> &goOn);
     void afterDroppingTracks(const std::function<void()> &goOn);
 
     std::shared_ptr<Host> m_host;
@@ -116,18 +97,13 @@ private:
     QAction *m_toolBarSpace = nullptr; ///< between the panel's actions and the window's
     QList<QAction *> m_panelActions; ///< in the tool bar
     QMenu *m_discMenu = nullptr;
-    QMenu *m_recentMenu = nullptr;
     QAction *m_saveImage = nullptr;
     QAction *m_burn = nullptr;
     QAction *m_verify = nullptr;
     QAction *m_cancel = nullptr;
-    std::unique_ptr<ProjectKeeper> m_project;
-    std::function<void()> m_afterSaving; ///< what waits for the project that is being saved
+    std::unique_ptr<ProjectActions> m_projects;
+    std::unique_ptr<JobRunner> m_runner;
     bool m_isClosing = false; ///< nothing has to be asked any more
-    std::unique_ptr<DiscJob> m_job;
-    QString m_jobName;
-    QString m_spoiling; ///< what stopping the job spoils; empty for nothing
-    QPointer<QMessageBox> m_stopQuestion;
     bool m_closesAfterJob = false;
     int m_formatIndex = 0; ///< the one chosen in the save panel
 };

@@ -143,4 +143,13 @@ QString errorText(const NSError &error)
     return advice.isEmpty() ? text : text + u' ' + advice;
 }
 
+QString fileNameFor(const QString &name)
+{
+    QString result = name.trimmed();
+    result.replace(u'/', u'-');
+    while (result.startsWith(u'.'))
+        result.remove(0, 1);
+    return result.isEmpty() ? Words::tr("disc") : result;
+}
+
 } // namespace Tessaron::Desktop

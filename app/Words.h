@@ -40,4 +40,7 @@ namespace Tessaron::Desktop
 /// What an error says, and what to do about it.
 [[nodiscard]] QString errorText(const NSError &error);
 
+/// A name that any file system takes as that of a file.
+[[nodiscard]] QString fileNameFor(const QString &name);
+
 } // namespace Tessaron::Desktop

@@ -1042,6 +1042,37 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::JobRunner</name>
+        <message>
+            <source>A disc is being written. Stop?</source>
+            <translation>Eine Disc wird geschrieben. Anhalten?</translation>
+        </message>
+        <message>
+            <source>&amp;Stop</source>
+            <translation>&amp;Anhalten</translation>
+        </message>
+        <message>
+            <source>Tessaron</source>
+            <translation>Tessaron</translation>
+        </message>
+        <message>
+            <source>&amp;Go On</source>
+            <translation>&amp;Weitermachen</translation>
+        </message>
+        <message>
+            <source>An image is being made or read. Stop, and quit?</source>
+            <translation>Ein Abbild wird gemacht oder gelesen. Anhalten und beenden?</translation>
+        </message>
+        <message>
+            <source>A disc is being written. Stop, and quit?</source>
+            <translation>Eine Disc wird geschrieben. Anhalten und beenden?</translation>
+        </message>
+        <message>
+            <source>&amp;Stop and Quit</source>
+            <translation>&amp;Anhalten und beenden</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ListDialog</name>
         <message>
             <source>Details</source>
@@ -1063,36 +1094,12 @@
             <translation>VANT-Abbild (.vant)</translation>
         </message>
         <message>
-            <source>disc</source>
-            <translation>Disc</translation>
-        </message>
-        <message>
             <source>Kinds of disc</source>
             <translation>Arten von Discs</translation>
         </message>
         <message>
             <source>&amp;File</source>
             <translation>&amp;Datei</translation>
-        </message>
-        <message>
-            <source>&amp;New Disc</source>
-            <translation>&amp;Neue Disc</translation>
-        </message>
-        <message>
-            <source>&amp;Open…</source>
-            <translation>&amp;Öffnen …</translation>
-        </message>
-        <message>
-            <source>Open &amp;Recent</source>
-            <translation>&amp;Zuletzt geöffnet</translation>
-        </message>
-        <message>
-            <source>&amp;Save Project</source>
-            <translation>Projekt &amp;speichern</translation>
-        </message>
-        <message>
-            <source>Save Project &amp;As…</source>
-            <translation>Projekt speichern &amp;unter …</translation>
         </message>
         <message>
             <source>Save &amp;Image…</source>
@@ -1126,68 +1133,9 @@
             <source>Save Image</source>
             <translation>Abbild speichern</translation>
         </message>
-        <message numerus="yes">
-            <source>%n file(s) of this project are missing: they were moved or removed.</source>
-            <translation>
-                <numerusform>%n Datei dieses Projekts fehlt: Sie wurde verschoben oder gelöscht.</numerusform>
-                <numerusform>%n Dateien dieses Projekts fehlen: Sie wurden verschoben oder gelöscht.</numerusform>
-            </translation>
-        </message>
-        <message>
-            <source>This is the disc that was open when the program ended unexpectedly. It is not saved.</source>
-            <translation>Dies ist die Disc, die offen war, als das Programm unerwartet endete. Sie ist nicht gespeichert.</translation>
-        </message>
-        <message>
-            <source>New disc</source>
-            <translation>Neue Disc</translation>
-        </message>
-        <message>
-            <source>%1[*] — Tessaron</source>
-            <translation>%1[*] – Tessaron</translation>
-        </message>
         <message>
             <source>Tessaron</source>
             <translation>Tessaron</translation>
-        </message>
-        <message>
-            <source>This disc is not saved as a project. Save it first?</source>
-            <translation>Diese Disc ist nicht als Projekt gespeichert. Zuerst speichern?</translation>
-        </message>
-        <message>
-            <source>Without saving, what you put together is lost. The files themselves stay.</source>
-            <translation>Ohne Speichern geht verloren, was Sie zusammengestellt haben. Die Dateien selbst bleiben.</translation>
-        </message>
-        <message>
-            <source>Open Project</source>
-            <translation>Projekt öffnen</translation>
-        </message>
-        <message>
-            <source>Projects (*.tessaron)</source>
-            <translation>Projekte (*.tessaron)</translation>
-        </message>
-        <message>
-            <source>All files (*)</source>
-            <translation>Alle Dateien (*)</translation>
-        </message>
-        <message>
-            <source>Save Project</source>
-            <translation>Projekt speichern</translation>
-        </message>
-        <message>
-            <source>The project was not saved: %1</source>
-            <translation>Das Projekt wurde nicht gespeichert: %1</translation>
-        </message>
-        <message>
-            <source>No projects yet</source>
-            <translation>Noch keine Projekte</translation>
-        </message>
-        <message>
-            <source>&amp;Stop and Quit</source>
-            <translation>&amp;Anhalten und beenden</translation>
-        </message>
-        <message>
-            <source>&amp;Go On</source>
-            <translation>&amp;Weitermachen</translation>
         </message>
         <message>
             <source>&amp;Burn…</source>
@@ -1200,22 +1148,6 @@
         <message>
             <source>S&amp;top</source>
             <translation>Anhal&amp;ten</translation>
-        </message>
-        <message>
-            <source>A disc is being written. Stop?</source>
-            <translation>Eine Disc wird geschrieben. Anhalten?</translation>
-        </message>
-        <message>
-            <source>&amp;Stop</source>
-            <translation>&amp;Anhalten</translation>
-        </message>
-        <message>
-            <source>An image is being made or read. Stop, and quit?</source>
-            <translation>Ein Abbild wird gemacht oder gelesen. Anhalten und beenden?</translation>
-        </message>
-        <message>
-            <source>A disc is being written. Stop, and quit?</source>
-            <translation>Eine Disc wird geschrieben. Anhalten und beenden?</translation>
         </message>
         <message>
             <source>Something else is being done. Wait for its end, or stop it.</source>
@@ -1270,6 +1202,84 @@
         <message>
             <source>Is found</source>
             <translation>Ist zu finden</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ProjectActions</name>
+        <message>
+            <source>&amp;New Disc</source>
+            <translation>&amp;Neue Disc</translation>
+        </message>
+        <message>
+            <source>&amp;Open…</source>
+            <translation>&amp;Öffnen …</translation>
+        </message>
+        <message>
+            <source>Open &amp;Recent</source>
+            <translation>&amp;Zuletzt geöffnet</translation>
+        </message>
+        <message>
+            <source>&amp;Save Project</source>
+            <translation>Projekt &amp;speichern</translation>
+        </message>
+        <message>
+            <source>Save Project &amp;As…</source>
+            <translation>Projekt speichern &amp;unter …</translation>
+        </message>
+        <message>
+            <source>This is the disc that was open when the program ended unexpectedly. It is not saved.</source>
+            <translation>Dies ist die Disc, die offen war, als das Programm unerwartet endete. Sie ist nicht gespeichert.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) of this project are missing: they were moved or removed.</source>
+            <translation>
+                <numerusform>%n Datei dieses Projekts fehlt: Sie wurde verschoben oder gelöscht.</numerusform>
+                <numerusform>%n Dateien dieses Projekts fehlen: Sie wurden verschoben oder gelöscht.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>New disc</source>
+            <translation>Neue Disc</translation>
+        </message>
+        <message>
+            <source>%1[*] — Tessaron</source>
+            <translation>%1[*] – Tessaron</translation>
+        </message>
+        <message>
+            <source>Open Project</source>
+            <translation>Projekt öffnen</translation>
+        </message>
+        <message>
+            <source>Projects (*.tessaron)</source>
+            <translation>Projekte (*.tessaron)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>Alle Dateien (*)</translation>
+        </message>
+        <message>
+            <source>Save Project</source>
+            <translation>Projekt speichern</translation>
+        </message>
+        <message>
+            <source>The project was not saved: %1</source>
+            <translation>Das Projekt wurde nicht gespeichert: %1</translation>
+        </message>
+        <message>
+            <source>Tessaron</source>
+            <translation>Tessaron</translation>
+        </message>
+        <message>
+            <source>This disc is not saved as a project. Save it first?</source>
+            <translation>Diese Disc ist nicht als Projekt gespeichert. Zuerst speichern?</translation>
+        </message>
+        <message>
+            <source>Without saving, what you put together is lost. The files themselves stay.</source>
+            <translation>Ohne Speichern geht verloren, was Sie zusammengestellt haben. Die Dateien selbst bleiben.</translation>
+        </message>
+        <message>
+            <source>No projects yet</source>
+            <translation>Noch keine Projekte</translation>
         </message>
     </context>
     <context>
@@ -1369,6 +1379,10 @@
         <message>
             <source>Ending the disc, which can take minutes</source>
             <translation>Die Disc wird abgeschlossen, das kann Minuten dauern</translation>
+        </message>
+        <message>
+            <source>disc</source>
+            <translation>Disc</translation>
         </message>
     </context>
 </TS>

@@ -226,7 +226,7 @@
         </message>
     </context>
     <context>
-        <name>Tessaron::Desktop::MainWindow</name>
+        <name>Tessaron::Desktop::ProjectActions</name>
         <message numerus="yes">
             <source>%n file(s) of this project are missing: they were moved or removed.</source>
             <translation>

@@ -1042,6 +1042,37 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::JobRunner</name>
+        <message>
+            <source>A disc is being written. Stop?</source>
+            <translation>Un disque est en cours d’écriture. Arrêter ?</translation>
+        </message>
+        <message>
+            <source>&amp;Stop</source>
+            <translation>&amp;Arrêter</translation>
+        </message>
+        <message>
+            <source>Tessaron</source>
+            <translation>Tessaron</translation>
+        </message>
+        <message>
+            <source>&amp;Go On</source>
+            <translation>&amp;Continuer</translation>
+        </message>
+        <message>
+            <source>An image is being made or read. Stop, and quit?</source>
+            <translation>Une image est en cours de création ou de lecture. Arrêter et quitter ?</translation>
+        </message>
+        <message>
+            <source>A disc is being written. Stop, and quit?</source>
+            <translation>Un disque est en cours d’écriture. Arrêter et quitter ?</translation>
+        </message>
+        <message>
+            <source>&amp;Stop and Quit</source>
+            <translation>&amp;Arrêter et quitter</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ListDialog</name>
         <message>
             <source>Details</source>
@@ -1063,36 +1094,12 @@
             <translation>Image VANT (.vant)</translation>
         </message>
         <message>
-            <source>disc</source>
-            <translation>disque</translation>
-        </message>
-        <message>
             <source>Kinds of disc</source>
             <translation>Types de disque</translation>
         </message>
         <message>
             <source>&amp;File</source>
             <translation>&amp;Fichier</translation>
-        </message>
-        <message>
-            <source>&amp;New Disc</source>
-            <translation>&amp;Nouveau disque</translation>
-        </message>
-        <message>
-            <source>&amp;Open…</source>
-            <translation>&amp;Ouvrir…</translation>
-        </message>
-        <message>
-            <source>Open &amp;Recent</source>
-            <translation>Ouvrir &amp;récent</translation>
-        </message>
-        <message>
-            <source>&amp;Save Project</source>
-            <translation>&amp;Enregistrer le projet</translation>
-        </message>
-        <message>
-            <source>Save Project &amp;As…</source>
-            <translation>Enregistrer le projet &amp;sous…</translation>
         </message>
         <message>
             <source>Save &amp;Image…</source>
@@ -1126,68 +1133,9 @@
             <source>Save Image</source>
             <translation>Enregistrer une image</translation>
         </message>
-        <message numerus="yes">
-            <source>%n file(s) of this project are missing: they were moved or removed.</source>
-            <translation>
-                <numerusform>%n fichier de ce projet manque : il a été déplacé ou supprimé.</numerusform>
-                <numerusform>%n fichiers de ce projet manquent : ils ont été déplacés ou supprimés.</numerusform>
-            </translation>
-        </message>
-        <message>
-            <source>This is the disc that was open when the program ended unexpectedly. It is not saved.</source>
-            <translation>Voici le disque qui était ouvert quand le programme s’est arrêté de façon inattendue. Il n’est pas enregistré.</translation>
-        </message>
-        <message>
-            <source>New disc</source>
-            <translation>Nouveau disque</translation>
-        </message>
-        <message>
-            <source>%1[*] — Tessaron</source>
-            <translation>%1[*] — Tessaron</translation>
-        </message>
         <message>
             <source>Tessaron</source>
             <translation>Tessaron</translation>
-        </message>
-        <message>
-            <source>This disc is not saved as a project. Save it first?</source>
-            <translation>Ce disque n’est pas enregistré comme projet. L’enregistrer d’abord ?</translation>
-        </message>
-        <message>
-            <source>Without saving, what you put together is lost. The files themselves stay.</source>
-            <translation>Sans enregistrement, ce que vous avez rassemblé est perdu. Les fichiers eux-mêmes restent.</translation>
-        </message>
-        <message>
-            <source>Open Project</source>
-            <translation>Ouvrir un projet</translation>
-        </message>
-        <message>
-            <source>Projects (*.tessaron)</source>
-            <translation>Projets (*.tessaron)</translation>
-        </message>
-        <message>
-            <source>All files (*)</source>
-            <translation>Tous les fichiers (*)</translation>
-        </message>
-        <message>
-            <source>Save Project</source>
-            <translation>Enregistrer le projet</translation>
-        </message>
-        <message>
-            <source>The project was not saved: %1</source>
-            <translation>Le projet n’a pas été enregistré : %1</translation>
-        </message>
-        <message>
-            <source>No projects yet</source>
-            <translation>Pas encore de projets</translation>
-        </message>
-        <message>
-            <source>&amp;Stop and Quit</source>
-            <translation>&amp;Arrêter et quitter</translation>
-        </message>
-        <message>
-            <source>&amp;Go On</source>
-            <translation>&amp;Continuer</translation>
         </message>
         <message>
             <source>&amp;Burn…</source>
@@ -1200,22 +1148,6 @@
         <message>
             <source>S&amp;top</source>
             <translation>Arrê&amp;ter</translation>
-        </message>
-        <message>
-            <source>A disc is being written. Stop?</source>
-            <translation>Un disque est en cours d’écriture. Arrêter ?</translation>
-        </message>
-        <message>
-            <source>&amp;Stop</source>
-            <translation>&amp;Arrêter</translation>
-        </message>
-        <message>
-            <source>An image is being made or read. Stop, and quit?</source>
-            <translation>Une image est en cours de création ou de lecture. Arrêter et quitter ?</translation>
-        </message>
-        <message>
-            <source>A disc is being written. Stop, and quit?</source>
-            <translation>Un disque est en cours d’écriture. Arrêter et quitter ?</translation>
         </message>
         <message>
             <source>Something else is being done. Wait for its end, or stop it.</source>
@@ -1270,6 +1202,84 @@
         <message>
             <source>Is found</source>
             <translation>Se trouve</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ProjectActions</name>
+        <message>
+            <source>&amp;New Disc</source>
+            <translation>&amp;Nouveau disque</translation>
+        </message>
+        <message>
+            <source>&amp;Open…</source>
+            <translation>&amp;Ouvrir…</translation>
+        </message>
+        <message>
+            <source>Open &amp;Recent</source>
+            <translation>Ouvrir &amp;récent</translation>
+        </message>
+        <message>
+            <source>&amp;Save Project</source>
+            <translation>&amp;Enregistrer le projet</translation>
+        </message>
+        <message>
+            <source>Save Project &amp;As…</source>
+            <translation>Enregistrer le projet &amp;sous…</translation>
+        </message>
+        <message>
+            <source>This is the disc that was open when the program ended unexpectedly. It is not saved.</source>
+            <translation>Voici le disque qui était ouvert quand le programme s’est arrêté de façon inattendue. Il n’est pas enregistré.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) of this project are missing: they were moved or removed.</source>
+            <translation>
+                <numerusform>%n fichier de ce projet manque : il a été déplacé ou supprimé.</numerusform>
+                <numerusform>%n fichiers de ce projet manquent : ils ont été déplacés ou supprimés.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>New disc</source>
+            <translation>Nouveau disque</translation>
+        </message>
+        <message>
+            <source>%1[*] — Tessaron</source>
+            <translation>%1[*] — Tessaron</translation>
+        </message>
+        <message>
+            <source>Open Project</source>
+            <translation>Ouvrir un projet</translation>
+        </message>
+        <message>
+            <source>Projects (*.tessaron)</source>
+            <translation>Projets (*.tessaron)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>Tous les fichiers (*)</translation>
+        </message>
+        <message>
+            <source>Save Project</source>
+            <translation>Enregistrer le projet</translation>
+        </message>
+        <message>
+            <source>The project was not saved: %1</source>
+            <translation>Le projet n’a pas été enregistré : %1</translation>
+        </message>
+        <message>
+            <source>Tessaron</source>
+            <translation>Tessaron</translation>
+        </message>
+        <message>
+            <source>This disc is not saved as a project. Save it first?</source>
+            <translation>Ce disque n’est pas enregistré comme projet. L’enregistrer d’abord ?</translation>
+        </message>
+        <message>
+            <source>Without saving, what you put together is lost. The files themselves stay.</source>
+            <translation>Sans enregistrement, ce que vous avez rassemblé est perdu. Les fichiers eux-mêmes restent.</translation>
+        </message>
+        <message>
+            <source>No projects yet</source>
+            <translation>Pas encore de projets</translation>
         </message>
     </context>
     <context>
@@ -1369,6 +1379,10 @@
         <message>
             <source>Ending the disc, which can take minutes</source>
             <translation>Clôture du disque, ce qui peut durer quelques minutes</translation>
+        </message>
+        <message>
+            <source>disc</source>
+            <translation>disque</translation>
         </message>
     </context>
 </TS>

@@ -1013,6 +1013,37 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::JobRunner</name>
+        <message>
+            <source>A disc is being written. Stop?</source>
+            <translation>ディスクに書き込んでいます。停止しますか?</translation>
+        </message>
+        <message>
+            <source>&amp;Stop</source>
+            <translation>停止(&amp;S)</translation>
+        </message>
+        <message>
+            <source>Tessaron</source>
+            <translation>Tessaron</translation>
+        </message>
+        <message>
+            <source>&amp;Go On</source>
+            <translation>続ける(&amp;G)</translation>
+        </message>
+        <message>
+            <source>An image is being made or read. Stop, and quit?</source>
+            <translation>イメージを作成または読み込み中です。停止して終了しますか?</translation>
+        </message>
+        <message>
+            <source>A disc is being written. Stop, and quit?</source>
+            <translation>ディスクに書き込んでいます。停止して終了しますか?</translation>
+        </message>
+        <message>
+            <source>&amp;Stop and Quit</source>
+            <translation>中止して終了(&amp;S)</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ListDialog</name>
         <message>
             <source>Details</source>
@@ -1034,36 +1065,12 @@
             <translation>VANT イメージ (.vant)</translation>
         </message>
         <message>
-            <source>disc</source>
-            <translation>ディスク</translation>
-        </message>
-        <message>
             <source>Kinds of disc</source>
             <translation>ディスクの種類</translation>
         </message>
         <message>
             <source>&amp;File</source>
             <translation>ファイル(&amp;F)</translation>
-        </message>
-        <message>
-            <source>&amp;New Disc</source>
-            <translation>新規ディスク(&amp;N)</translation>
-        </message>
-        <message>
-            <source>&amp;Open…</source>
-            <translation>開く(&amp;O)…</translation>
-        </message>
-        <message>
-            <source>Open &amp;Recent</source>
-            <translation>最近使った項目(&amp;R)</translation>
-        </message>
-        <message>
-            <source>&amp;Save Project</source>
-            <translation>プロジェクトを保存(&amp;S)</translation>
-        </message>
-        <message>
-            <source>Save Project &amp;As…</source>
-            <translation>名前を付けて保存(&amp;A)…</translation>
         </message>
         <message>
             <source>Save &amp;Image…</source>
@@ -1097,67 +1104,9 @@
             <source>Save Image</source>
             <translation>イメージを保存</translation>
         </message>
-        <message numerus="yes">
-            <source>%n file(s) of this project are missing: they were moved or removed.</source>
-            <translation>
-                <numerusform>このプロジェクトの %n ファイルが見つかりません。移動または削除されました。</numerusform>
-            </translation>
-        </message>
-        <message>
-            <source>This is the disc that was open when the program ended unexpectedly. It is not saved.</source>
-            <translation>プログラムが予期せず終了したときに開いていたディスクです。保存されていません。</translation>
-        </message>
-        <message>
-            <source>New disc</source>
-            <translation>新規ディスク</translation>
-        </message>
-        <message>
-            <source>%1[*] — Tessaron</source>
-            <translation>%1[*] — Tessaron</translation>
-        </message>
         <message>
             <source>Tessaron</source>
             <translation>Tessaron</translation>
-        </message>
-        <message>
-            <source>This disc is not saved as a project. Save it first?</source>
-            <translation>このディスクはプロジェクトとして保存されていません。先に保存しますか?</translation>
-        </message>
-        <message>
-            <source>Without saving, what you put together is lost. The files themselves stay.</source>
-            <translation>保存しないと、まとめた内容は失われます。ファイル自体は残ります。</translation>
-        </message>
-        <message>
-            <source>Open Project</source>
-            <translation>プロジェクトを開く</translation>
-        </message>
-        <message>
-            <source>Projects (*.tessaron)</source>
-            <translation>プロジェクト (*.tessaron)</translation>
-        </message>
-        <message>
-            <source>All files (*)</source>
-            <translation>すべてのファイル (*)</translation>
-        </message>
-        <message>
-            <source>Save Project</source>
-            <translation>プロジェクトを保存</translation>
-        </message>
-        <message>
-            <source>The project was not saved: %1</source>
-            <translation>プロジェクトを保存できませんでした: %1</translation>
-        </message>
-        <message>
-            <source>No projects yet</source>
-            <translation>プロジェクトはまだありません</translation>
-        </message>
-        <message>
-            <source>&amp;Stop and Quit</source>
-            <translation>中止して終了(&amp;S)</translation>
-        </message>
-        <message>
-            <source>&amp;Go On</source>
-            <translation>続ける(&amp;G)</translation>
         </message>
         <message>
             <source>&amp;Burn…</source>
@@ -1170,22 +1119,6 @@
         <message>
             <source>S&amp;top</source>
             <translation>停止(&amp;T)</translation>
-        </message>
-        <message>
-            <source>A disc is being written. Stop?</source>
-            <translation>ディスクに書き込んでいます。停止しますか?</translation>
-        </message>
-        <message>
-            <source>&amp;Stop</source>
-            <translation>停止(&amp;S)</translation>
-        </message>
-        <message>
-            <source>An image is being made or read. Stop, and quit?</source>
-            <translation>イメージを作成または読み込み中です。停止して終了しますか?</translation>
-        </message>
-        <message>
-            <source>A disc is being written. Stop, and quit?</source>
-            <translation>ディスクに書き込んでいます。停止して終了しますか?</translation>
         </message>
         <message>
             <source>Something else is being done. Wait for its end, or stop it.</source>
@@ -1240,6 +1173,83 @@
         <message>
             <source>Is found</source>
             <translation>入れる場所</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ProjectActions</name>
+        <message>
+            <source>&amp;New Disc</source>
+            <translation>新規ディスク(&amp;N)</translation>
+        </message>
+        <message>
+            <source>&amp;Open…</source>
+            <translation>開く(&amp;O)…</translation>
+        </message>
+        <message>
+            <source>Open &amp;Recent</source>
+            <translation>最近使った項目(&amp;R)</translation>
+        </message>
+        <message>
+            <source>&amp;Save Project</source>
+            <translation>プロジェクトを保存(&amp;S)</translation>
+        </message>
+        <message>
+            <source>Save Project &amp;As…</source>
+            <translation>名前を付けて保存(&amp;A)…</translation>
+        </message>
+        <message>
+            <source>This is the disc that was open when the program ended unexpectedly. It is not saved.</source>
+            <translation>プログラムが予期せず終了したときに開いていたディスクです。保存されていません。</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) of this project are missing: they were moved or removed.</source>
+            <translation>
+                <numerusform>このプロジェクトの %n ファイルが見つかりません。移動または削除されました。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>New disc</source>
+            <translation>新規ディスク</translation>
+        </message>
+        <message>
+            <source>%1[*] — Tessaron</source>
+            <translation>%1[*] — Tessaron</translation>
+        </message>
+        <message>
+            <source>Open Project</source>
+            <translation>プロジェクトを開く</translation>
+        </message>
+        <message>
+            <source>Projects (*.tessaron)</source>
+            <translation>プロジェクト (*.tessaron)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>すべてのファイル (*)</translation>
+        </message>
+        <message>
+            <source>Save Project</source>
+            <translation>プロジェクトを保存</translation>
+        </message>
+        <message>
+            <source>The project was not saved: %1</source>
+            <translation>プロジェクトを保存できませんでした: %1</translation>
+        </message>
+        <message>
+            <source>Tessaron</source>
+            <translation>Tessaron</translation>
+        </message>
+        <message>
+            <source>This disc is not saved as a project. Save it first?</source>
+            <translation>このディスクはプロジェクトとして保存されていません。先に保存しますか?</translation>
+        </message>
+        <message>
+            <source>Without saving, what you put together is lost. The files themselves stay.</source>
+            <translation>保存しないと、まとめた内容は失われます。ファイル自体は残ります。</translation>
+        </message>
+        <message>
+            <source>No projects yet</source>
+            <translation>プロジェクトはまだありません</translation>
         </message>
     </context>
     <context>
@@ -1337,6 +1347,10 @@
         <message>
             <source>Ending the disc, which can take minutes</source>
             <translation>ディスクを閉じています (数分かかることがあります)</translation>
+        </message>
+        <message>
+            <source>disc</source>
+            <translation>ディスク</translation>
         </message>
     </context>
 </TS>

@@ -3,6 +3,7 @@
 #include "app/DataPanel.h"
 #include "app/DataView.h"
 #include "app/ImagePanel.h"
+#include "app/JobRunner.h"
 #include "app/MainWindow.h"
 #include "app/NoticeBar.h"
 
@@ -230,7 +231,7 @@ TEST_F(BurnDialogTest, stopping_asksNothing_beforeAnythingIsWritten)
     insert(FakeProfile::DVDPlusR, dvdBlocks);
     add({tree.path("photos")});
     burn();
-    window.cancelJob();
+    window.runner().cancel();
     EXPECT_FALSE(window.findChild<QMessageBox *>());
     waitForOutcome();
     EXPECT_TRUE(isDiscJobError(outcome->error, DiscJobErrorCode::Cancelled)) << outcome->summary.toStdString();
@@ -245,8 +246,8 @@ TEST_F(BurnDialogTest, window_closesAfterTheDriveWasLetGo)
     window.dataPanel().document().undoStack().setClean();
     window.show();
     burn();
-    EXPECT_TRUE(runEventLoopUntil([this] { return window.isWritingDisc(); }));
-    window.cancelJob();
+    EXPECT_TRUE(runEventLoopUntil([this] { return window.runner().isWritingDisc(); }));
+    window.runner().cancel();
     EXPECT_TRUE(answer(window, QMessageBox::RejectRole));
     drainEventLoop();
     EXPECT_TRUE(window.isWorking());

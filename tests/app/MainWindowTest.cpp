@@ -2,6 +2,7 @@
 
 #include "app/DataPanel.h"
 #include "app/DataView.h"
+#include "app/JobRunner.h"
 #include "app/NoticeBar.h"
 
 #include "tests/app/Nodes.h"
@@ -157,7 +158,7 @@ TEST_F(MainWindowTest, saveImage_canBeCancelled_andLeavesNothing)
     add({tree.path("big")});
     window.saveImageAs(tree.path("out/disc.iso"), DiscFormat::ISO);
     EXPECT_TRUE(window.isWorking());
-    window.cancelJob();
+    window.runner().cancel();
     EXPECT_TRUE(runEventLoopUntil([this] { return outcome.has_value(); }));
     EXPECT_TRUE(isDiscJobError(outcome->error, DiscJobErrorCode::Cancelled)) << outcome->summary.toStdString();
     EXPECT_FALSE(tree.exists("out/disc.iso"));
