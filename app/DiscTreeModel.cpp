@@ -1,113 +1,32 @@
 #include "app/DiscTreeModel.h"
 
+#include "app/DiscRows.h"
+#include "app/DiscTreeChanges.h"
+#include "app/DiscTreeOrder.h"
 #include "app/FileDrops.h"
 #include "app/Words.h"
 
 #include <TessaronClasses/KRFileReference.h>
 
-#include <QApplication>
-#include <QCollator>
 #include <QDateTime>
-#include <QFileInfo>
 #include <QLocale>
 #include <QMimeData>
-#include <QMimeDatabase>
-#include <QStyle>
+#include <QSet>
 
 #include <algorithm>
 #include <map>
-#include <numeric>
 #include <platform/foundation/FileSystemRepresentation.h>
 
 namespace Tessaron::Desktop
 {
 
-const QString discRowsMimeType = QStringLiteral("application/x-tessaron-disc-rows");
-
 namespace
 {
 
+/// Many rows from many places leave together: a view that hears of each by itself would take minutes.
 constexpr auto mostRunsRemovedOneByOne = 100;
 
-/// Runs of rows that follow each other, taken from nodes in the order of their rows.
-struct RowRun {
-    std::uint32_t first;
-    std::uint32_t last;
-};
-
-std::vector<RowRun> runsOf(const std::vector<DiscNode *> &nodesInOrder)
-{
-    std::vector<RowRun> runs;
-    for (const DiscNode *const node : nodesInOrder) {
-        if (!runs.empty() && runs.back().last + 1 == node->row)
-            ++runs.back().last;
-        else
-            runs.push_back({node->row, node->row});
-    }
-    return runs;
-}
-
-void numberFrom(DiscNode &parent, std::size_t first)
-{
-    for (std::size_t row = first; row < parent.children.size(); ++row)
-        parent.children[row]->row = std::uint32_t(row);
-}
-
-void addToTotals(DiscNode *from, std::uint64_t bytes, std::uint32_t objects)
-{
-    for (DiscNode *node = from; node; node = node->parent) {
-        node->totalBytes += bytes;
-        node->objects += objects;
-    }
-}
-
-void takeFromTotals(DiscNode *from, std::uint64_t bytes, std::uint32_t objects)
-{
-    for (DiscNode *node = from; node; node = node->parent) {
-        node->totalBytes -= bytes;
-        node->objects -= objects;
-    }
-}
-
 } // namespace
-
-/// Compares rows in the order that is shown. Keys of names are made once for each: a comparison by the rules of a
-/// language costs ten times as much as one of keys.
-struct DiscTreeModel::Order {
-    const DiscTreeModel &model;
-
-    [[nodiscard]] std::vector<std::uint32_t> of(const std::vector<std::unique_ptr<DiscNode>> &nodes) const
-    {
-        std::vector<std::uint32_t> rows(nodes.size());
-        std::iota(rows.begin(), rows.end(), 0u);
-        std::vector<QCollatorSortKey> keys;
-        // The rules of no language know neither upper and lower case nor numbers.
-        const QLocale locale;
-        QCollator collator(locale.language() == QLocale::C ? QLocale(QLocale::English) : locale);
-        collator.setNumericMode(true);
-        collator.setCaseSensitivity(Qt::CaseInsensitive);
-        keys.reserve(nodes.size());
-        for (const std::unique_ptr<DiscNode> &node : nodes)
-            keys.push_back(collator.sortKey(model.m_sortColumn == Kind ? model.kindOf(*node) : node->name));
-        const auto compare = [&](std::uint32_t one, std::uint32_t other) {
-            const DiscNode &left = *nodes[one];
-            const DiscNode &right = *nodes[other];
-            if (left.isFolder() != right.isFolder())
-                return left.isFolder() ? -1 : 1;
-            if (model.m_sortColumn == Size && left.totalBytes != right.totalBytes)
-                return left.totalBytes < right.totalBytes ? -1 : 1;
-            if (model.m_sortColumn == Modified && left.modified != right.modified)
-                return left.modified < right.modified ? -1 : 1;
-            const int byKey = keys[one].compare(keys[other]);
-            return byKey != 0 ? byKey : QString::compare(left.name, right.name);
-        };
-        const bool isAscending = model.m_sortOrder == Qt::AscendingOrder;
-        std::stable_sort(rows.begin(), rows.end(), [&](std::uint32_t one, std::uint32_t other) {
-            return isAscending ? compare(one, other) < 0 : compare(other, one) < 0;
-        });
-        return rows;
-    }
-};
 
 class DiscTreeModel::FilteredChange
 {
@@ -123,7 +42,7 @@ public:
     {
         if (!m_isFiltered)
             return;
-        m_model.findMatches();
+        m_model.m_filter.find(*m_model.m_root);
         m_model.endResetModel();
     }
     FilteredChange(const FilteredChange &) = delete;
@@ -139,9 +58,6 @@ private:
 DiscTreeModel::DiscTreeModel(QObject *parent)
     : QAbstractItemModel(parent)
     , m_root(virtualFolderNode(QStringLiteral("disc")))
-    , m_folderIcon(QIcon::fromTheme(QStringLiteral("folder"), QApplication::style()->standardIcon(QStyle::SP_DirIcon)))
-    , m_warningIcon(QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning))
-    , m_changedIcon(QApplication::style()->standardIcon(QStyle::SP_MessageBoxInformation))
 {
 }
 
@@ -150,7 +66,7 @@ void DiscTreeModel::setRoot(std::unique_ptr<DiscNode> root)
     beginResetModel();
     m_root = std::move(root);
     m_marks.clear();
-    findMatches();
+    m_filter.find(*m_root);
     endResetModel();
     Q_EMIT treeChanged();
 }
@@ -164,8 +80,8 @@ QModelIndex DiscTreeModel::indexOf(const DiscNode &node, Column column) const
 {
     auto *const pointer = const_cast<DiscNode *>(&node); // what an index holds; the tree is this model's own
     if (isFiltered()) {
-        const auto found = m_matchRows.constFind(&node);
-        return found == m_matchRows.cend() ? QModelIndex() : createIndex(int(*found), column, pointer);
+        const std::optional<std::uint32_t> row = m_filter.rowOf(node);
+        return row ? createIndex(int(*row), column, pointer) : QModelIndex();
     }
     return node.parent ? createIndex(int(node.row), column, pointer) : QModelIndex();
 }
@@ -204,19 +120,11 @@ void DiscTreeModel::insert(DiscNode &parent, std::vector<std::unique_ptr<DiscNod
         const std::size_t first = parent.children.size();
         if (change.isTreeShown())
             beginInsertRows(indexOf(parent), int(first), int(first + nodes.size() - 1));
-        std::uint64_t bytes = 0;
-        std::uint32_t objects = 0;
-        for (std::unique_ptr<DiscNode> &node : nodes) {
+        for (const std::unique_ptr<DiscNode> &node : nodes) {
             forgetMarks(*node);
             applyOrderBelow(*node);
-            node->parent = &parent;
-            bytes += node->totalBytes;
-            objects += node->objects;
-            parent.item->addItem(node->item);
-            parent.children.push_back(std::move(node));
         }
-        numberFrom(parent, first);
-        addToTotals(&parent, bytes, objects);
+        appendNodes(parent, std::move(nodes));
         if (change.isTreeShown())
             endInsertRows();
         sortChildren(parent);
@@ -235,48 +143,6 @@ void DiscTreeModel::forgetMarks(const DiscNode &top)
         for (const std::unique_ptr<DiscNode> &child : node->children)
             waiting.push_back(child.get());
     }
-}
-
-void DiscTreeModel::takeRun(DiscNode &parent, std::uint32_t first, std::uint32_t last,
-                            std::vector<std::unique_ptr<DiscNode>> *taken)
-{
-    const auto begin = parent.children.begin() + first;
-    const auto end = parent.children.begin() + last + 1;
-    std::uint64_t bytes = 0;
-    std::uint32_t objects = 0;
-    for (auto node = begin; node != end; ++node) {
-        bytes += (*node)->totalBytes;
-        objects += (*node)->objects;
-        (*node)->parent = nullptr;
-        taken->push_back(std::move(*node));
-    }
-    parent.children.erase(begin, end);
-    KRFileHierarchyItem::Items &items = parent.item->items();
-    items.erase(items.begin() + first, items.begin() + last + 1);
-    numberFrom(parent, first);
-    takeFromTotals(&parent, bytes, objects);
-}
-
-/// Many rows from many places: a view that hears of each by itself would take minutes.
-void DiscTreeModel::takeScattered(DiscNode &parent, const std::vector<DiscNode *> &nodes,
-                                  std::vector<std::unique_ptr<DiscNode>> *taken)
-{
-    const QSet<const DiscNode *> leaving(nodes.begin(), nodes.end());
-    std::vector<std::unique_ptr<DiscNode>> staying;
-    KRFileHierarchyItem::Items stayingItems;
-    for (std::unique_ptr<DiscNode> &child : parent.children) {
-        if (!leaving.contains(child.get())) {
-            stayingItems.push_back(child->item);
-            staying.push_back(std::move(child));
-            continue;
-        }
-        takeFromTotals(&parent, child->totalBytes, child->objects);
-        child->parent = nullptr;
-        taken->push_back(std::move(child));
-    }
-    parent.children = std::move(staying);
-    parent.item->items() = std::move(stayingItems);
-    numberFrom(parent, 0);
 }
 
 std::vector<std::unique_ptr<DiscNode>> DiscTreeModel::take(const std::vector<DiscNode *> &nodes)
@@ -312,7 +178,7 @@ std::vector<std::unique_ptr<DiscNode>> DiscTreeModel::take(const std::vector<Dis
             for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
                 if (change.isTreeShown())
                     beginRemoveRows(indexOf(*parent), int(run->first), int(run->last));
-                takeRun(*parent, run->first, run->last, &taken);
+                takeRun(*parent, *run, &taken);
                 if (change.isTreeShown())
                     endRemoveRows();
             }
@@ -378,32 +244,12 @@ void DiscTreeModel::rowsChanged(const std::vector<DiscNode *> &nodes)
 
 void DiscTreeModel::setFilter(const QString &text)
 {
-    if (text == m_filter)
+    if (text == m_filter.text())
         return;
     beginResetModel();
-    m_filter = text;
-    findMatches();
+    m_filter.setText(text);
+    m_filter.find(*m_root);
     endResetModel();
-}
-
-/// A hundred thousand names take some ten milliseconds.
-void DiscTreeModel::findMatches()
-{
-    m_matches.clear();
-    m_matchRows.clear();
-    if (!isFiltered())
-        return;
-    std::vector<DiscNode *> waiting = {m_root.get()};
-    while (!waiting.empty()) {
-        DiscNode *const node = waiting.back();
-        waiting.pop_back();
-        if (node->parent && node->name.contains(m_filter, Qt::CaseInsensitive)) {
-            m_matchRows.insert(node, std::uint32_t(m_matches.size()));
-            m_matches.push_back(node);
-        }
-        for (auto child = node->children.rbegin(); child != node->children.rend(); ++child)
-            waiting.push_back(child->get());
-    }
 }
 
 /// Views draw all of their rows anew for one signal over rows at the top: what is marked may lie anywhere.
@@ -418,7 +264,8 @@ QModelIndex DiscTreeModel::index(int row, int column, const QModelIndex &parent)
 {
     if (row < 0 || column < 0 || column >= columnCountOfAll || row >= rowCount(parent))
         return {};
-    DiscNode *const node = isFiltered() ? m_matches[std::size_t(row)] : nodeAt(parent).children[std::size_t(row)].get();
+    DiscNode *const node =
+        isFiltered() ? m_filter.matches()[std::size_t(row)] : nodeAt(parent).children[std::size_t(row)].get();
     return createIndex(row, column, node);
 }
 
@@ -435,7 +282,7 @@ int DiscTreeModel::rowCount(const QModelIndex &parent) const
     if (parent.isValid() && parent.column() != 0)
         return 0;
     if (isFiltered())
-        return parent.isValid() ? 0 : int(m_matches.size());
+        return parent.isValid() ? 0 : int(m_filter.matches().size());
     return int(nodeAt(parent).children.size());
 }
 
@@ -460,13 +307,13 @@ QVariant DiscTreeModel::data(const QModelIndex &index, int role) const
     case Qt::EditRole:
         return index.column() == Name ? QVariant(node.shownName()) : QVariant();
     case Qt::DecorationRole:
-        return index.column() == Name ? QVariant(iconOf(node)) : QVariant();
+        return index.column() == Name ? QVariant(m_look.icon(node, markOf(node).severity)) : QVariant();
     case Qt::ToolTipRole:
-        return toolTipOf(node);
+        return m_look.toolTip(node, markOf(node).text);
     case Qt::TextAlignmentRole:
         return index.column() == Size ? QVariant(int(Qt::AlignRight | Qt::AlignVCenter)) : QVariant();
     case Qt::AccessibleDescriptionRole:
-        return index.column() == Name ? QVariant(toolTipOf(node)) : QVariant();
+        return index.column() == Name ? QVariant(m_look.toolTip(node, markOf(node).text)) : QVariant();
     default:
         return {};
     }
@@ -480,7 +327,7 @@ QVariant DiscTreeModel::textOf(const DiscNode &node, int column) const
     case Size:
         return sizeText(node.isFolder() ? node.totalBytes : node.size);
     case Kind:
-        return kindOf(node);
+        return m_look.kindText(node);
     case Modified:
         return node.modified == 0
             ? QString()
@@ -488,67 +335,6 @@ QVariant DiscTreeModel::textOf(const DiscNode &node, int column) const
     default:
         return node.parent ? displayableText(node.parent->discPath()) : QString();
     }
-}
-
-const DiscTreeModel::TypeOfFile &DiscTreeModel::typeOf(const DiscNode &node) const
-{
-    const qsizetype dot = node.name.lastIndexOf(u'.');
-    const QString extension = dot > 0 ? node.name.mid(dot + 1) : QString();
-    const auto known = m_types.constFind(extension);
-    if (known != m_types.cend())
-        return *known;
-    // By the name alone: its content must not be looked at here.
-    const QMimeType type =
-        QMimeDatabase().mimeTypeForFile(QStringLiteral("x.") + extension, QMimeDatabase::MatchExtension);
-    const QIcon plain = QApplication::style()->standardIcon(QStyle::SP_FileIcon);
-    const QIcon generic = QIcon::fromTheme(type.genericIconName(), plain);
-    return *m_types.insert(
-        extension, {type.isDefault() ? tr("File") : type.comment(), QIcon::fromTheme(type.iconName(), generic)});
-}
-
-QString DiscTreeModel::kindOf(const DiscNode &node) const
-{
-    switch (node.kind) {
-    case DiscNodeKind::Folder:
-        return tr("Folder");
-    case DiscNodeKind::VirtualFolder:
-        return tr("New folder");
-    case DiscNodeKind::SymbolicLink:
-        return tr("Link");
-    case DiscNodeKind::Other:
-        return tr("Device or pipe");
-    case DiscNodeKind::File:
-        break;
-    }
-    return typeOf(node).text;
-}
-
-QIcon DiscTreeModel::iconOf(const DiscNode &node) const
-{
-    if (node.isMissing || node.isUnreadable)
-        return m_warningIcon;
-    if (const auto mark = m_marks.constFind(&node);
-        mark != m_marks.cend() && mark->severity != DiscMark::Severity::Told)
-        return mark->severity == DiscMark::Severity::Lost ? m_warningIcon : m_changedIcon;
-    return node.isFolder() ? m_folderIcon : typeOf(node).icon;
-}
-
-QString DiscTreeModel::toolTipOf(const DiscNode &node) const
-{
-    QStringList lines;
-    if (node.isMissing)
-        lines << tr("The file is missing: it was moved or removed.");
-    if (node.isUnreadable)
-        lines << tr("You may not read this file.");
-    if (const auto mark = m_marks.constFind(&node); mark != m_marks.cend())
-        lines << mark->text;
-    const QString options = optionsText(*node.item->fileReference()->tessaronAttributes());
-    if (!options.isEmpty())
-        lines << options;
-    const QByteArray path = node.sourcePath();
-    if (!path.isEmpty())
-        lines << displayableText(stringWithFileSystemRepresentation(path));
-    return lines.join(u'\n');
 }
 
 bool DiscTreeModel::setData(const QModelIndex &index, const QVariant &value, int role)
@@ -599,7 +385,7 @@ void DiscTreeModel::sort(int column, Qt::SortOrder order)
     if (isFiltered()) {
         beginResetModel();
         applyOrderBelow(*m_root);
-        findMatches();
+        m_filter.find(*m_root);
         endResetModel();
         return;
     }
@@ -610,19 +396,24 @@ void DiscTreeModel::sort(int column, Qt::SortOrder order)
     Q_EMIT layoutChanged({}, VerticalSortHint);
 }
 
+DiscTreeOrder DiscTreeModel::order() const
+{
+    return {m_sortColumn, m_sortOrder, m_look};
+}
+
 void DiscTreeModel::sortChildren(DiscNode &parent)
 {
-    const std::vector<std::uint32_t> order = Order{*this}.of(parent.children);
-    if (std::is_sorted(order.begin(), order.end()))
+    const std::vector<std::uint32_t> rows = order().of(parent.children);
+    if (std::is_sorted(rows.begin(), rows.end()))
         return;
     if (isFiltered()) {
-        applyOrder(parent, order);
+        applyOrder(parent, rows);
         return;
     }
     const QList<QPersistentModelIndex> changed = {QPersistentModelIndex(indexOf(parent))};
     Q_EMIT layoutAboutToBeChanged(changed, VerticalSortHint);
     const QModelIndexList before = persistentIndexList();
-    applyOrder(parent, order);
+    applyOrder(parent, rows);
     movePersistent(before);
     Q_EMIT layoutChanged(changed, VerticalSortHint);
 }
@@ -630,31 +421,17 @@ void DiscTreeModel::sortChildren(DiscNode &parent)
 /// Of nodes that no view knows, or while all views are told.
 void DiscTreeModel::applyOrderBelow(DiscNode &top)
 {
+    const DiscTreeOrder inOrder = order();
     std::vector<DiscNode *> waiting = {&top};
     while (!waiting.empty()) {
         DiscNode *const node = waiting.back();
         waiting.pop_back();
-        applyOrder(*node, Order{*this}.of(node->children));
+        applyOrder(*node, inOrder.of(node->children));
         for (const std::unique_ptr<DiscNode> &child : node->children) {
             if (!child->children.empty())
                 waiting.push_back(child.get());
         }
     }
-}
-
-void DiscTreeModel::applyOrder(DiscNode &parent, const std::vector<std::uint32_t> &order)
-{
-    if (std::is_sorted(order.begin(), order.end()))
-        return;
-    std::vector<std::unique_ptr<DiscNode>> sorted;
-    sorted.reserve(order.size());
-    for (const std::uint32_t row : order)
-        sorted.push_back(std::move(parent.children[row]));
-    parent.children = std::move(sorted);
-    KRFileHierarchyItem::Items &items = parent.item->items();
-    for (std::size_t row = 0; row < items.size(); ++row)
-        items[row] = parent.children[row]->item;
-    numberFrom(parent, 0);
 }
 
 /// An index keeps its node and finds that node's present row.
@@ -672,39 +449,15 @@ QStringList DiscTreeModel::mimeTypes() const
     return {discRowsMimeType, QStringLiteral("text/uri-list")};
 }
 
-/// Rows travel as an object of this process. The type alone says nothing: another window of the program, in a process
-/// of its own, sends it, too.
-class DiscTreeModel::Rows final : public QMimeData
-{
-public:
-    Rows(const DiscTreeModel &model, std::vector<DiscNode *> nodes)
-        : m_model(model)
-        , m_nodes(std::move(nodes))
-    {
-        setData(discRowsMimeType, {});
-    }
-
-    /// The rows of this model that the data are; null for any other data.
-    [[nodiscard]] static const std::vector<DiscNode *> *of(const DiscTreeModel &model, const QMimeData &data)
-    {
-        const auto *const rows = dynamic_cast<const Rows *>(&data);
-        return rows && &rows->m_model == &model ? &rows->m_nodes : nullptr;
-    }
-
-private:
-    const DiscTreeModel &m_model;
-    const std::vector<DiscNode *> m_nodes;
-};
-
 QMimeData *DiscTreeModel::mimeData(const QModelIndexList &indexes) const
 {
-    return new Rows(*this, nodesAt(indexes));
+    return new DiscRows(*this, nodesAt(indexes));
 }
 
 bool DiscTreeModel::canDropMimeData(const QMimeData *data, Qt::DropAction, int, int, const QModelIndex &parent) const
 {
     if (data->hasFormat(discRowsMimeType))
-        return Rows::of(*this, *data) && !isFiltered() && nodeAt(parent).isFolder();
+        return DiscRows::of(*this, *data) && !isFiltered() && nodeAt(parent).isFolder();
     return holdsFiles(*data);
 }
 
@@ -713,7 +466,7 @@ bool DiscTreeModel::dropMimeData(const QMimeData *data, Qt::DropAction, int, int
     DiscNode *folder = &nodeAt(parent);
     while (!folder->isFolder())
         folder = folder->parent;
-    if (const std::vector<DiscNode *> *const nodes = Rows::of(*this, *data)) {
+    if (const std::vector<DiscNode *> *const nodes = DiscRows::of(*this, *data)) {
         Q_EMIT moveWanted(*nodes, folder);
         // Not true: the view would remove the rows that it dragged.
         return false;

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "app/DiscNode.h"
+#include "app/DiscRowLook.h"
+#include "app/DiscTreeFilter.h"
 
 #include <TessaronClasses/ZelFileAttribute.h>
 
 #include <QAbstractItemModel>
 #include <QHash>
-#include <QIcon>
-#include <QSet>
 
 #include <memory>
 #include <vector>
@@ -15,16 +15,7 @@
 namespace Tessaron::Desktop
 {
 
-/// What filesystems of the disc make of an object.
-struct DiscMark {
-    enum class Severity : std::uint8_t {
-        Told, ///< known, and no reason to look twice
-        Changed, ///< another name, or something of it is not as it was
-        Lost, ///< no filesystem holds it as it stands
-    };
-    QString text; ///< a line for each filesystem
-    Severity severity = Severity::Told;
-};
+class DiscTreeOrder;
 
 /// The tree of a disc as views see it. The children of each folder lie in the order that is shown. With a filter, the
 /// rows are all objects whose names hold its text, in one list.
@@ -62,7 +53,7 @@ public:
 
     /// Shows what holds this text in its name, in one list; an empty one shows the tree again.
     void setFilter(const QString &text);
-    [[nodiscard]] bool isFiltered() const { return !m_filter.isEmpty(); }
+    [[nodiscard]] bool isFiltered() const { return m_filter.isOn(); }
 
     using Marks = QHash<const DiscNode *, DiscMark>;
     /// Marks objects whose names or contents some filesystem of the disc cannot hold as they stand. Replaces what was
@@ -101,48 +92,23 @@ Q_SIGNALS:
     void treeChanged();
 
 private:
-    struct Order;
-    class Rows;
-
     /// Begins a change that a list of filtered rows cannot follow; when it goes, the list is made anew.
     class FilteredChange;
 
     [[nodiscard]] QVariant textOf(const DiscNode &node, int column) const;
-    [[nodiscard]] QString kindOf(const DiscNode &node) const;
-    [[nodiscard]] QIcon iconOf(const DiscNode &node) const;
-    [[nodiscard]] QString toolTipOf(const DiscNode &node) const;
+    [[nodiscard]] DiscTreeOrder order() const;
     void sortChildren(DiscNode &parent);
-    void applyOrder(DiscNode &parent, const std::vector<std::uint32_t> &order);
     void applyOrderBelow(DiscNode &top);
     void movePersistent(const QModelIndexList &before);
     void forgetMarks(const DiscNode &top);
-    void findMatches();
-    void takeRun(DiscNode &parent, std::uint32_t first, std::uint32_t last,
-                 std::vector<std::unique_ptr<DiscNode>> *taken);
-    void takeScattered(DiscNode &parent, const std::vector<DiscNode *> &nodes,
-                       std::vector<std::unique_ptr<DiscNode>> *taken);
     void rowsChanged(const std::vector<DiscNode *> &nodes);
 
     std::unique_ptr<DiscNode> m_root;
     int m_sortColumn = Name;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
-    QString m_filter;
-    std::vector<DiscNode *> m_matches;
-    QHash<const DiscNode *, std::uint32_t> m_matchRows;
+    DiscTreeFilter m_filter;
     Marks m_marks;
-    // Looked up once for each extension; asking for a type by a name costs microseconds, a frame shows hundreds.
-    struct TypeOfFile {
-        QString text;
-        QIcon icon;
-    };
-    [[nodiscard]] const TypeOfFile &typeOf(const DiscNode &node) const;
-    mutable QHash<QString, TypeOfFile> m_types;
-    QIcon m_folderIcon;
-    QIcon m_warningIcon;
-    QIcon m_changedIcon;
+    DiscRowLook m_look;
 };
-
-/// Type of the data by which rows travel inside the program.
-extern const QString discRowsMimeType;
 
 } // namespace Tessaron::Desktop

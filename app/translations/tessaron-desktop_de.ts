@@ -63,6 +63,37 @@
         </message>
     </context>
     <context>
+        <name>DiscRowLook</name>
+        <message>
+            <source>File</source>
+            <translation>Datei</translation>
+        </message>
+        <message>
+            <source>Folder</source>
+            <translation>Ordner</translation>
+        </message>
+        <message>
+            <source>New folder</source>
+            <translation>Neuer Ordner</translation>
+        </message>
+        <message>
+            <source>Link</source>
+            <translation>Verknüpfung</translation>
+        </message>
+        <message>
+            <source>Device or pipe</source>
+            <translation>Gerät oder Pipe</translation>
+        </message>
+        <message>
+            <source>The file is missing: it was moved or removed.</source>
+            <translation>Die Datei fehlt: Sie wurde verschoben oder gelöscht.</translation>
+        </message>
+        <message>
+            <source>You may not read this file.</source>
+            <translation>Sie dürfen diese Datei nicht lesen.</translation>
+        </message>
+    </context>
+    <context>
         <name>DiscWords</name>
         <message>
             <source>A file in the place of a disc, room for %1</source>
@@ -896,34 +927,6 @@
     </context>
     <context>
         <name>Tessaron::Desktop::DiscTreeModel</name>
-        <message>
-            <source>File</source>
-            <translation>Datei</translation>
-        </message>
-        <message>
-            <source>Folder</source>
-            <translation>Ordner</translation>
-        </message>
-        <message>
-            <source>New folder</source>
-            <translation>Neuer Ordner</translation>
-        </message>
-        <message>
-            <source>Link</source>
-            <translation>Verknüpfung</translation>
-        </message>
-        <message>
-            <source>Device or pipe</source>
-            <translation>Gerät oder Pipe</translation>
-        </message>
-        <message>
-            <source>The file is missing: it was moved or removed.</source>
-            <translation>Die Datei fehlt: Sie wurde verschoben oder gelöscht.</translation>
-        </message>
-        <message>
-            <source>You may not read this file.</source>
-            <translation>Sie dürfen diese Datei nicht lesen.</translation>
-        </message>
         <message>
             <source>Name</source>
             <translation>Name</translation>

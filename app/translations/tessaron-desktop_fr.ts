@@ -63,6 +63,37 @@
         </message>
     </context>
     <context>
+        <name>DiscRowLook</name>
+        <message>
+            <source>File</source>
+            <translation>Fichier</translation>
+        </message>
+        <message>
+            <source>Folder</source>
+            <translation>Dossier</translation>
+        </message>
+        <message>
+            <source>New folder</source>
+            <translation>Nouveau dossier</translation>
+        </message>
+        <message>
+            <source>Link</source>
+            <translation>Lien</translation>
+        </message>
+        <message>
+            <source>Device or pipe</source>
+            <translation>Périphérique ou tube</translation>
+        </message>
+        <message>
+            <source>The file is missing: it was moved or removed.</source>
+            <translation>Le fichier manque : il a été déplacé ou supprimé.</translation>
+        </message>
+        <message>
+            <source>You may not read this file.</source>
+            <translation>Vous n’avez pas le droit de lire ce fichier.</translation>
+        </message>
+    </context>
+    <context>
         <name>DiscWords</name>
         <message>
             <source>A file in the place of a disc, room for %1</source>
@@ -896,34 +927,6 @@
     </context>
     <context>
         <name>Tessaron::Desktop::DiscTreeModel</name>
-        <message>
-            <source>File</source>
-            <translation>Fichier</translation>
-        </message>
-        <message>
-            <source>Folder</source>
-            <translation>Dossier</translation>
-        </message>
-        <message>
-            <source>New folder</source>
-            <translation>Nouveau dossier</translation>
-        </message>
-        <message>
-            <source>Link</source>
-            <translation>Lien</translation>
-        </message>
-        <message>
-            <source>Device or pipe</source>
-            <translation>Périphérique ou tube</translation>
-        </message>
-        <message>
-            <source>The file is missing: it was moved or removed.</source>
-            <translation>Le fichier manque : il a été déplacé ou supprimé.</translation>
-        </message>
-        <message>
-            <source>You may not read this file.</source>
-            <translation>Vous n’avez pas le droit de lire ce fichier.</translation>
-        </message>
         <message>
             <source>Name</source>
             <translation>Nom</translation>

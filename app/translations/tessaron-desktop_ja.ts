@@ -62,6 +62,37 @@
         </message>
     </context>
     <context>
+        <name>DiscRowLook</name>
+        <message>
+            <source>File</source>
+            <translation>ファイル</translation>
+        </message>
+        <message>
+            <source>Folder</source>
+            <translation>フォルダ</translation>
+        </message>
+        <message>
+            <source>New folder</source>
+            <translation>新規フォルダ</translation>
+        </message>
+        <message>
+            <source>Link</source>
+            <translation>リンク</translation>
+        </message>
+        <message>
+            <source>Device or pipe</source>
+            <translation>デバイスまたはパイプ</translation>
+        </message>
+        <message>
+            <source>The file is missing: it was moved or removed.</source>
+            <translation>ファイルが見つかりません。移動または削除されました。</translation>
+        </message>
+        <message>
+            <source>You may not read this file.</source>
+            <translation>このファイルを読む権限がありません。</translation>
+        </message>
+    </context>
+    <context>
         <name>DiscWords</name>
         <message>
             <source>A file in the place of a disc, room for %1</source>
@@ -868,34 +899,6 @@
     </context>
     <context>
         <name>Tessaron::Desktop::DiscTreeModel</name>
-        <message>
-            <source>File</source>
-            <translation>ファイル</translation>
-        </message>
-        <message>
-            <source>Folder</source>
-            <translation>フォルダ</translation>
-        </message>
-        <message>
-            <source>New folder</source>
-            <translation>新規フォルダ</translation>
-        </message>
-        <message>
-            <source>Link</source>
-            <translation>リンク</translation>
-        </message>
-        <message>
-            <source>Device or pipe</source>
-            <translation>デバイスまたはパイプ</translation>
-        </message>
-        <message>
-            <source>The file is missing: it was moved or removed.</source>
-            <translation>ファイルが見つかりません。移動または削除されました。</translation>
-        </message>
-        <message>
-            <source>You may not read this file.</source>
-            <translation>このファイルを読む権限がありません。</translation>
-        </message>
         <message>
             <source>Name</source>
             <translation>名前</translation>

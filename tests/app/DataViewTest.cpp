@@ -1,6 +1,7 @@
 #include "app/DataView.h"
 
 #include "app/CapacityBar.h"
+#include "app/DiscRows.h"
 #include "app/DiscTreeView.h"
 #include "app/NoticeBar.h"
 #include "app/OptionsDialog.h"
