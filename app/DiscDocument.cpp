@@ -2,8 +2,7 @@
 
 #include "app/DiscCommands.h"
 #include "app/SourceIntake.h"
-
-#include <TessaronClasses/TessaronLocalization.h>
+#include "app/Words.h"
 
 #include <QSet>
 
@@ -60,7 +59,7 @@ private:
 
 DiscDocument::DiscDocument(QObject *parent)
     : QObject(parent)
-    , m_volumeName(untitledDiscLocalizedString())
+    , m_volumeName(untitledDiscName())
 {
 }
 
@@ -119,7 +118,7 @@ DiscNode &DiscDocument::addFolder(DiscNode &parent)
     const QSet<QString> names = namesIn(parent);
     std::vector<std::unique_ptr<DiscNode>> nodes;
     nodes.push_back(virtualFolderNode(
-        freeName(untitledFolderLocalizedString(), [&names](const QString &each) { return names.contains(each); })));
+        freeName(untitledFolderName(), [&names](const QString &each) { return names.contains(each); })));
     DiscNode &folder = *nodes.front();
     m_undoStack.push(new AddNodesCommand(m_model, parent, std::move(nodes), tr("New Folder")));
     return folder;

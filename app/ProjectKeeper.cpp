@@ -2,9 +2,9 @@
 
 #include "app/AtomicFile.h"
 #include "app/ProjectFile.h"
+#include "app/Words.h"
 
 #include <TessaronClasses/DiscJobErrors.h>
-#include <TessaronClasses/TessaronLocalization.h>
 
 #include <QDateTime>
 #include <QDir>
@@ -158,7 +158,7 @@ void ProjectKeeper::show(DiscProject &project)
 void ProjectKeeper::close()
 {
     m_missing.clear();
-    m_document.replace(virtualFolderNode(QStringLiteral("disc")), untitledDiscLocalizedString());
+    m_document.replace(virtualFolderNode(QStringLiteral("disc")), untitledDiscName());
     forgetCopy();
     setPath({});
     Q_EMIT opened();

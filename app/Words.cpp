@@ -143,6 +143,16 @@ QString errorText(const NSError &error)
     return advice.isEmpty() ? text : text + u' ' + advice;
 }
 
+QString untitledDiscName()
+{
+    return Words::tr("untitled disc");
+}
+
+QString untitledFolderName()
+{
+    return Words::tr("untitled folder");
+}
+
 QString fileNameFor(const QString &name)
 {
     QString result = name.trimmed();

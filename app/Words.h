@@ -40,6 +40,10 @@ namespace Tessaron::Desktop
 /// What an error says, and what to do about it.
 [[nodiscard]] QString errorText(const NSError &error);
 
+/// The names of a disc and of a folder that have got none yet.
+[[nodiscard]] QString untitledDiscName();
+[[nodiscard]] QString untitledFolderName();
+
 /// A name that any file system takes as that of a file.
 [[nodiscard]] QString fileNameFor(const QString &name);
 

@@ -1384,6 +1384,14 @@
             <translation>Die Disc wird abgeschlossen, das kann Minuten dauern</translation>
         </message>
         <message>
+            <source>untitled disc</source>
+            <translation>Unbenannte Disc</translation>
+        </message>
+        <message>
+            <source>untitled folder</source>
+            <translation>Unbenannter Ordner</translation>
+        </message>
+        <message>
             <source>disc</source>
             <translation>Disc</translation>
         </message>

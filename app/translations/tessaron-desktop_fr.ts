@@ -1384,6 +1384,14 @@
             <translation>Clôture du disque, ce qui peut durer quelques minutes</translation>
         </message>
         <message>
+            <source>untitled disc</source>
+            <translation>disque sans titre</translation>
+        </message>
+        <message>
+            <source>untitled folder</source>
+            <translation>dossier sans titre</translation>
+        </message>
+        <message>
             <source>disc</source>
             <translation>disque</translation>
         </message>

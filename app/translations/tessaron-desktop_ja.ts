@@ -1352,6 +1352,14 @@
             <translation>ディスクを閉じています (数分かかることがあります)</translation>
         </message>
         <message>
+            <source>untitled disc</source>
+            <translation>名称未設定のディスク</translation>
+        </message>
+        <message>
+            <source>untitled folder</source>
+            <translation>名称未設定のフォルダー</translation>
+        </message>
+        <message>
             <source>disc</source>
             <translation>ディスク</translation>
         </message>

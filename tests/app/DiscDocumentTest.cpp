@@ -1,8 +1,14 @@
 #include "app/DiscDocument.h"
 
+#include "app/Translations.h"
+
 #include "tests/app/Nodes.h"
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/KRFileReference.h>
+
+#include <QCoreApplication>
+#include <QLocale>
+#include <QTranslator>
 
 #include <gtest/gtest.h>
 
@@ -254,4 +260,17 @@ TEST_F(DiscDocumentTest, copyForJob_hasTheNamesOptionsAndSizes_andSharesNoItem)
     EXPECT_GT(copy->contentsPhysicalSize(), 0u);
     EXPECT_NE(copy->items()[1], at("/letter.md")->item);
     EXPECT_NE(copy->items()[1]->fileReference(), at("/letter.md")->item->fileReference());
+}
+
+TEST(DiscDocumentNames, newDisc_andNewFolder_haveNamesInTheLanguageOfTheUser)
+{
+    QCoreApplication &application = *QCoreApplication::instance();
+    installTranslations(application, QLocale(QLocale::German));
+    {
+        DiscDocument document;
+        EXPECT_EQ(document.volumeName(), QStringLiteral("Unbenannte Disc"));
+        EXPECT_EQ(document.addFolder(document.model().root()).name, QStringLiteral("Unbenannter Ordner"));
+    }
+    qDeleteAll(application.findChildren<QTranslator *>());
+    EXPECT_EQ(DiscDocument().volumeName(), QStringLiteral("untitled disc"));
 }
