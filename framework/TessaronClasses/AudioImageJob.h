@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/quicktime/AudioDamage.h"
+#include <TessaronClasses/AudioTracks.h>
 #include <TessaronClasses/DiscFormat.h>
 #include <TessaronClasses/DiscImageJob.h>
 #include <TessaronClasses/DiscJob.h>
@@ -41,6 +42,12 @@ struct AudioImageOrder {
     /// files that it lists; one that ends in ".cue" for the tracks that this cue sheet tells of, with their gaps, index
     /// points, flags, ISRCs, texts and catalogue number. 99 tracks at most.
     QList<QByteArray> sources = {};
+    /// The tracks themselves in place of `sources`, part by part; `gap` does not count then, and nothing is taken from
+    /// the tags of files.
+    std::vector<AudioTrackOrder> tracks = {};
+    // Of the disc, where there are `tracks`.
+    SpokenTexts texts = {};
+    QByteArray mediaCatalogNumber = {}; ///< 13 digits, or empty
     /// The image file. It appears when it is whole; an older file is replaced then and is left as it was if the job
     /// fails. A pipe or a character device takes the image as a stream, in format VANT only: what it has taken cannot
     /// be had back.

@@ -4,6 +4,7 @@
 #include "platform/disctracks/CDText.h"
 #include "platform/disctracks/DiscTrack.h"
 #include "platform/foundation/Result.h"
+#include <TessaronClasses/AudioTracks.h>
 
 #include <QByteArray>
 #include <QString>
@@ -16,9 +17,6 @@
 
 namespace Tessaron
 {
-
-/// Texts of one track, or of the disc, by language (EBU Tech 3264 annex 1) and kind.
-using SpokenTexts = std::map<std::uint8_t, std::map<CDTextKind, QString>>;
 
 /// A run of samples of a file.
 struct SoundRun {

@@ -8,6 +8,7 @@
 #include "imaging/jobs/FreeSpace.h"
 #include "imaging/jobs/ImageMaker.h"
 #include "imaging/jobs/ImageStage.h"
+#include "imaging/jobs/OrderedTracks.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/AudioImageJob.h>
@@ -148,7 +149,9 @@ void AudioImageJob::Work::begin()
 /// Finds out what the tracks will be.
 NSError AudioImageJob::Work::prepare(const std::stop_token &stop)
 {
-    const Result<AudioSources> sources = audioSourcesOf(order.sources);
+    const bool isOrderedByTrack = !order.tracks.empty();
+    const OrderedTracks ordered(order.tracks);
+    const Result<AudioSources> sources = isOrderedByTrack ? ordered.sources() : audioSourcesOf(order.sources);
     if (!sources)
         return sources.error();
     if (NSError error = errorOfOrder(order, *sources))
@@ -167,10 +170,14 @@ NSError AudioImageJob::Work::prepare(const std::stop_token &stop)
     files = *std::move(opened);
     std::vector<std::uint64_t> lengths(files.size());
     std::transform(files.begin(), files.end(), lengths.begin(), [](const AlbumFile &one) { return one.samples; });
-    Result<AudioAlbum> made = audioAlbumOf(*sources, lengths, order.gap);
+    Result<AudioAlbum> made = isOrderedByTrack ? ordered.album(lengths) : audioAlbumOf(*sources, lengths, order.gap);
     if (!made)
         return made.error();
     album = *std::move(made);
+    if (isOrderedByTrack) {
+        album.texts = order.texts;
+        album.mediaCatalogNumber = order.mediaCatalogNumber;
+    }
     result.notes = album.notes;
     if (hasData())
         album.tracks.front().silence = std::max(album.tracks.front().silence, silenceBehindData);

@@ -7,6 +7,7 @@
 #include "platform/quicktime/CDSound.h"
 #include <TessaronClasses/DiscJobErrors.h>
 
+#include <algorithm>
 #include <numeric>
 
 namespace Tessaron
@@ -38,6 +39,26 @@ NSError errorOfIsrcs(const QList<QByteArray> &codes, std::size_t tracks)
     return {};
 }
 
+/// What was put together track by track may lack what sources always have.
+NSError errorOfOrderedTracks(const AudioImageOrder &order)
+{
+    constexpr qsizetype digitsOfNumber = 13;
+    QList<QByteArray> codes;
+    for (const AudioTrackOrder &track : order.tracks) {
+        if (track.sound.empty())
+            return discJobError(DiscJobErrorCode::InvalidOrder, QStringLiteral("a track has no sound"));
+        codes << track.isrc;
+    }
+    const QByteArray &number = order.mediaCatalogNumber;
+    const bool isNumber =
+        std::all_of(number.begin(), number.end(), [](char each) { return each >= '0' && each <= '9'; });
+    if (!number.isEmpty() && (number.size() != digitsOfNumber || !isNumber))
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("%1 is no catalogue number").arg(quoted(number)),
+                            QStringLiteral("It has 13 digits."));
+    return errorOfIsrcs(codes, order.tracks.size());
+}
+
 NSError errorOfCount(std::size_t tracks, const char *what)
 {
     if (tracks <= mostTracks)
@@ -65,6 +86,8 @@ NSError errorOfOrder(const AudioImageOrder &order, const AudioSources &sources)
                             QStringLiteral("Name a file for it, or choose the format vant."), order.output);
     if (sources.sources.empty())
         return discJobError(DiscJobErrorCode::InvalidOrder, QStringLiteral("there is no file to make a track of"));
+    if (NSError error = errorOfOrderedTracks(order))
+        return error;
     return errorOfCount(sources.sources.size() + (order.dataFolder.isEmpty() ? 0 : 1), "files");
 }
 
