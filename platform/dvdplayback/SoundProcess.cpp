@@ -20,7 +20,7 @@ constexpr std::chrono::seconds patience(2);
 
 } // namespace
 
-SoundProcess::SoundProcess(SharedSound *sound)
+SoundProcess::SoundProcess(SharedSound *sound, std::uint32_t rate)
 {
     const QByteArray program =
         fileSystemRepresentation(NSBundle::mainBundle()->pathForResource(QStringLiteral("TessaronDVDSound")));
@@ -39,8 +39,11 @@ SoundProcess::SoundProcess(SharedSound *sound)
     settings.standardInput = theirs.get();
     settings.standardOutput = sound->descriptor();
     settings.hasOwnGroup = true;
+    QList<QByteArray> arguments;
+    if (rate > 0)
+        arguments << QByteArray::number(rate);
     int errnoValue = 0;
-    m_process = HelperProcess::start(program, {}, &errnoValue, settings);
+    m_process = HelperProcess::start(program, arguments, &errnoValue, settings);
     if (!m_process)
         sound->tellAbsent(::strerror(errnoValue));
 }

@@ -4,6 +4,7 @@
 #include "platform/foundation/HelperProcess.h"
 #include "platform/foundation/UniqueDescriptor.h"
 
+#include <cstdint>
 #include <memory>
 
 namespace Tessaron
@@ -15,8 +16,9 @@ namespace Tessaron
 class SoundProcess
 {
 public:
-    /// A program that cannot be started is told in the memory as an absent device.
-    explicit SoundProcess(SharedSound *sound);
+    /// A program that cannot be started is told in the memory as an absent device. With a rate, the device takes
+    /// samples at that rate, whatever its own is; without one, at a usual rate of its own.
+    explicit SoundProcess(SharedSound *sound, std::uint32_t rate = 0);
     ~SoundProcess();
     SoundProcess(const SoundProcess &) = delete;
     SoundProcess &operator=(const SoundProcess &) = delete;
