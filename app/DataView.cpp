@@ -13,6 +13,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QComboBox>
 #include <QDateTime>
 #include <QFileDialog>
 #include <QHeaderView>
@@ -55,6 +56,7 @@ DataView::DataView(DiscDocument &document, QWidget *parent)
     , m_preview(document)
     , m_name(new QLineEdit(document.volumeName(), this))
     , m_filter(new QLineEdit(this))
+    , m_subset(new QComboBox(this))
     , m_notices(new NoticeBar(this))
     , m_tree(new DiscTreeView(this))
     , m_progress(new JobBar(this))
@@ -128,6 +130,13 @@ void DataView::layOut()
     if (QIcon::hasThemeIcon(QStringLiteral("edit-find")))
         m_filter->addAction(QIcon::fromTheme(QStringLiteral("edit-find")), QLineEdit::LeadingPosition);
     row->addWidget(m_filter, 1);
+    m_subset->addItem(tr("Everything"), int(DiscSubset::All));
+    m_subset->addItem(tr("Names that change"), int(DiscSubset::Renamed));
+    m_subset->addItem(tr("Missing or not storable"), int(DiscSubset::Troubled));
+    m_subset->addItem(tr("On the disc more than once"), int(DiscSubset::Repeated));
+    m_subset->setAccessibleName(tr("What is shown"));
+    m_subset->setToolTip(m_subset->accessibleName());
+    row->addWidget(m_subset);
     column->addLayout(row);
     column->addWidget(m_notices);
     column->addWidget(m_tree, 1);
@@ -196,11 +205,15 @@ void DataView::connectModel()
     m_filterDelay.setSingleShot(true);
     m_filterDelay.setInterval(filterDelay);
     connect(m_filter, &QLineEdit::textChanged, &m_filterDelay, qOverload<>(&QTimer::start));
-    connect(&m_filterDelay, &QTimer::timeout, this, [this] {
-        m_document.model().setFilter(m_filter->text());
-        m_tree->setColumnHidden(DiscTreeModel::Place, m_filter->text().isEmpty());
-        updateActions();
-    });
+    connect(&m_filterDelay, &QTimer::timeout, this, &DataView::applyFilter);
+    connect(m_subset, &QComboBox::currentIndexChanged, this, &DataView::applyFilter);
+}
+
+void DataView::applyFilter()
+{
+    m_document.model().setFilter(m_filter->text(), static_cast<DiscSubset>(m_subset->currentData().toInt()));
+    m_tree->setColumnHidden(DiscTreeModel::Place, !m_document.model().isFiltered());
+    updateActions();
 }
 
 std::vector<DiscNode *> DataView::selected() const

@@ -9,6 +9,7 @@
 #include <QWidget>
 
 class QAction;
+class QComboBox;
 class QLineEdit;
 class QMimeData;
 class QPushButton;
@@ -66,6 +67,7 @@ private:
     void showContextMenu(const QPoint &place);
     void updateActions();
     void treeHasChanged();
+    void applyFilter();
     void showChanges();
     void listChanges();
     void addTo(const QList<QByteArray> &paths, const DiscNode &folder);
@@ -83,6 +85,7 @@ private:
     std::uint64_t m_exactSize = 0; ///< 0 while the tree has changed since
     QLineEdit *const m_name;
     QLineEdit *const m_filter;
+    QComboBox *const m_subset;
     NoticeBar *const m_notices;
     DiscTreeView *const m_tree;
     JobBar *const m_progress;

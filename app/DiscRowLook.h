@@ -22,6 +22,7 @@ struct DiscMark {
     QString text; ///< a line for each filesystem
     Severity severity = Severity::Told;
 };
+using DiscMarks = QHash<const DiscNode *, DiscMark>;
 
 /// The words and pictures of a row of the disc's tree. Never touches the disk. On the main thread.
 class DiscRowLook

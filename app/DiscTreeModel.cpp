@@ -42,7 +42,7 @@ public:
     {
         if (!m_isFiltered)
             return;
-        m_model.m_filter.find(*m_model.m_root);
+        m_model.m_filter.find(*m_model.m_root, m_model.m_marks);
         m_model.endResetModel();
     }
     FilteredChange(const FilteredChange &) = delete;
@@ -66,7 +66,7 @@ void DiscTreeModel::setRoot(std::unique_ptr<DiscNode> root)
     beginResetModel();
     m_root = std::move(root);
     m_marks.clear();
-    m_filter.find(*m_root);
+    m_filter.find(*m_root, m_marks);
     endResetModel();
     Q_EMIT treeChanged();
 }
@@ -242,19 +242,25 @@ void DiscTreeModel::rowsChanged(const std::vector<DiscNode *> &nodes)
     }
 }
 
-void DiscTreeModel::setFilter(const QString &text)
+void DiscTreeModel::setFilter(const QString &text, DiscSubset subset)
 {
-    if (text == m_filter.text())
+    if (text == m_filter.text() && subset == m_filter.subset())
         return;
     beginResetModel();
     m_filter.setText(text);
-    m_filter.find(*m_root);
+    m_filter.setSubset(subset);
+    m_filter.find(*m_root, m_marks);
     endResetModel();
 }
 
 /// Views draw all of their rows anew for one signal over rows at the top: what is marked may lie anywhere.
 void DiscTreeModel::setMarks(Marks marks)
 {
+    if (m_filter.subset() != DiscSubset::All) {
+        const FilteredChange change(*this);
+        m_marks = std::move(marks);
+        return;
+    }
     m_marks = std::move(marks);
     if (rowCount() > 0)
         Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, columnCountOfAll - 1), {Qt::DecorationRole});
@@ -385,7 +391,7 @@ void DiscTreeModel::sort(int column, Qt::SortOrder order)
     if (isFiltered()) {
         beginResetModel();
         applyOrderBelow(*m_root);
-        m_filter.find(*m_root);
+        m_filter.find(*m_root, m_marks);
         endResetModel();
         return;
     }

@@ -51,11 +51,11 @@ public:
     void setNames(const std::vector<std::pair<DiscNode *, QString>> &names);
     void setOptions(const std::vector<std::pair<DiscNode *, _TessaronAttributes>> &options);
 
-    /// Shows what holds this text in its name, in one list; an empty one shows the tree again.
-    void setFilter(const QString &text);
+    /// Shows what holds this text in its name and is of the subset, in one list; the tree again for neither.
+    void setFilter(const QString &text, DiscSubset subset = DiscSubset::All);
     [[nodiscard]] bool isFiltered() const { return m_filter.isOn(); }
 
-    using Marks = QHash<const DiscNode *, DiscMark>;
+    using Marks = DiscMarks;
     /// Marks objects whose names or contents some filesystem of the disc cannot hold as they stand. Replaces what was
     /// marked before.
     void setMarks(Marks marks);

@@ -109,3 +109,40 @@ TEST_F(DiscPreviewTest, change_whileItLooks_isNotMarkedWithWhatWasBefore)
     EXPECT_FALSE(view.preview().isRunning());
     EXPECT_TRUE(view.preview().changes().isEmpty());
 }
+
+TEST_F(DiscPreviewTest, subsets_showWhatChanges_whatIsInTrouble_andWhatIsThereTwice)
+{
+    addTo(document, {tree.path("letter.txt"), tree.path(longName)});
+    DiscNode &folder = document.addFolder(document.model().root());
+    const std::shared_ptr<TakenIn> again = takenIn({tree.path("letter.txt")});
+    again->folder = {folder.name};
+    EXPECT_EQ(document.addTaken(*again), QStringList());
+    look();
+    DiscTreeModel &model = document.model();
+    const auto names = [&model] {
+        QStringList shown;
+        for (int row = 0; row < model.rowCount(); ++row)
+            shown << model.index(row, DiscTreeModel::Name).data().toString();
+        return shown;
+    };
+    model.setFilter({}, DiscSubset::Renamed);
+    EXPECT_EQ(names(), QStringList({QString::fromUtf8(longName)}));
+    model.setFilter({}, DiscSubset::Repeated);
+    EXPECT_EQ(names(), QStringList({QStringLiteral("letter.txt"), QStringLiteral("letter.txt")}));
+    model.setFilter(QStringLiteral("nothing"), DiscSubset::Repeated);
+    EXPECT_EQ(names(), QStringList());
+    model.setFilter({}, DiscSubset::Troubled);
+    EXPECT_EQ(names(), QStringList());
+    at(QStringLiteral("/letter.txt")).isUnreadable = true;
+    model.setFilter({});
+    EXPECT_EQ(model.rowCount(), 3);
+    model.setFilter({}, DiscSubset::Troubled);
+    EXPECT_EQ(names(), QStringList({QStringLiteral("letter.txt")}));
+
+    // Marks that come later change what is shown.
+    model.setFilter({}, DiscSubset::Renamed);
+    model.setMarks({});
+    EXPECT_EQ(names(), QStringList());
+    look();
+    EXPECT_EQ(names(), QStringList({QString::fromUtf8(longName)}));
+}
