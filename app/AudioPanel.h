@@ -1,9 +1,12 @@
 #pragma once
 
+#include "app/AudioIntake.h"
+#include "app/AudioProject.h"
 #include "app/AudioTrackModel.h"
 #include "app/DesktopPanel.h"
+#include "app/WaveformStore.h"
 
-#include <TessaronClasses/InfoJob.h>
+#include <TessaronClasses/AudioImageJob.h>
 
 #include <memory>
 
@@ -12,7 +15,7 @@ namespace Tessaron::Desktop
 
 class AudioView;
 
-/// The panel for audio CDs: tracks of sound files in their order, with gaps and CD-TEXT.
+/// The panel for audio CDs: tracks of sound files in their order, with pauses and CD-TEXT.
 class AudioPanel final : public DesktopPanel
 {
 public:
@@ -20,18 +23,21 @@ public:
     ~AudioPanel() override;
 
     [[nodiscard]] AudioTrackModel &tracks() { return m_tracks; }
+    [[nodiscard]] WaveformStore &waveforms() { return m_waveforms; }
     [[nodiscard]] AudioView &audioView();
-    /// Adds sound files, and those in folders, in front of the row, once they are known; behind the last for -1.
+    /// Adds sound files, those in folders, and those that lists and cue sheets name, in front of the row, once they are
+    /// known; behind the last for -1.
     void addFiles(const QList<QByteArray> &paths, int row = -1);
-    [[nodiscard]] bool isLooking() const { return m_info != nullptr; }
-    /// Seconds that the disc takes, gaps included.
-    [[nodiscard]] double discSeconds();
+    [[nodiscard]] bool isLooking() const { return m_intake.isRunning(); }
+    /// What the disc would be made by; its output is not in it.
+    [[nodiscard]] AudioImageOrder imageOrder() const;
 
     // DesktopPanel
     [[nodiscard]] QString title() const override;
     [[nodiscard]] QString iconName() const override { return QStringLiteral("audio-x-generic"); }
     [[nodiscard]] QString hint() const override;
     [[nodiscard]] QUndoStack *undoStack() override { return &m_tracks.undoStack(); }
+    [[nodiscard]] ProjectSubject *projectSubject() override { return &m_project; }
     [[nodiscard]] QString suggestedName() const override;
     [[nodiscard]] std::unique_ptr<DiscJob> imageJob(const QByteArray &path, DiscFormat format,
                                                     std::function<void(const JobOutcome &)> whenEnded) override;
@@ -47,18 +53,14 @@ public:
     [[nodiscard]] QString emptyDiscInformationMessage() override;
 
 private:
-    struct Request {
-        QList<QByteArray> paths;
-        int row;
-    };
-
-    void startNext();
-    void takeInfo(const InfoResult &result);
+    void takeFound(const AudioFound &found);
+    void discHasChanged();
     void tell(const QString &text, const QStringList &details);
 
     AudioTrackModel m_tracks;
-    QList<Request> m_waiting;
-    std::unique_ptr<InfoJob> m_info; ///< null when nothing is looked at
+    AudioProject m_project{m_tracks};
+    WaveformStore m_waveforms;
+    AudioIntake m_intake;
     std::unique_ptr<AudioView> m_view; ///< made when it is first asked for
 };
 

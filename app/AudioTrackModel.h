@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/AudioDisc.h"
+
 #include <QAbstractTableModel>
 #include <QByteArray>
 #include <QList>
@@ -11,37 +13,38 @@
 namespace Tessaron::Desktop
 {
 
-/// A track of an audio CD that is being put together.
-struct AudioTrackRow {
-    QByteArray path;
-    QString title; ///< of the CD-TEXT, as the file says or the user typed it
-    QString performer;
-    double seconds = 0;
-
-    friend bool operator==(const AudioTrackRow &, const AudioTrackRow &) = default;
-};
-
-/// The tracks of an audio CD in their order. Each change is a step that can be undone: it keeps the list as it was,
-/// which is short. Never touches the disk. On the main thread.
+/// An audio CD that is being put together, and its tracks in their order as views see them. Each change is a step that
+/// can be undone: it keeps the disc as it was, which is short. Never touches the disk. On the main thread.
 class AudioTrackModel final : public QAbstractTableModel
 {
     Q_OBJECT
 
 public:
-    enum Column : std::uint8_t { Number, Title, Performer, Length, File };
-    static constexpr int columnCountOfAll = 5;
+    enum Column : std::uint8_t { Number, Title, Performer, Length, Pause, Sound, File };
+    static constexpr int columnCountOfAll = 7;
     static constexpr int mostTracks = 99;
+    static constexpr double longestPause = 99; ///< seconds
 
     explicit AudioTrackModel(QObject *parent = nullptr);
 
-    [[nodiscard]] const QList<AudioTrackRow> &tracks() const { return m_tracks; }
+    [[nodiscard]] const AudioDisc &disc() const { return m_disc; }
+    [[nodiscard]] const QList<AudioTrackRow> &tracks() const { return m_disc.tracks; }
     [[nodiscard]] QUndoStack &undoStack() { return m_undoStack; }
+    /// The row of the track with this id; -1 for none.
+    [[nodiscard]] int rowOf(std::uint64_t id) const;
 
-    /// Puts tracks in front of the row; behind the last one for -1.
-    void add(const QList<AudioTrackRow> &tracks, int row = -1);
+    /// Puts tracks in front of the row; behind the last one for -1. `also` changes what else comes with them.
+    void add(const QList<AudioTrackRow> &tracks, int row = -1, const std::function<void(AudioDisc &)> &also = {});
     void remove(const QList<int> &rows);
     /// Moves rows in front of the row `to`, in their order.
     void move(const QList<int> &rows, int to);
+    /// The pause in front of every track but the first, and of those that will be added.
+    void setPauseOfAll(double seconds);
+    /// Changes anything else; `text` names the step. Steps of the same `series`, when they follow each other, become
+    /// one; -1 for a step of its own.
+    void edit(const QString &text, const std::function<void(AudioDisc &)> &modify, int series = -1);
+    /// Another disc, without steps to undo.
+    void replace(AudioDisc disc);
 
     // QAbstractItemModel
     [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
@@ -60,7 +63,8 @@ public:
                       const QModelIndex &parent) override;
 
 Q_SIGNALS:
-    void tracksChanged();
+    /// The tracks or anything else of the disc has changed.
+    void discChanged();
     /// Files were dropped in front of the row.
     void filesDropped(const QList<QByteArray> &paths, int row);
 
@@ -68,10 +72,13 @@ private:
     class Change;
     class Rows;
 
-    void change(QList<AudioTrackRow> after, const QString &text);
-    void set(const QList<AudioTrackRow> &tracks);
+    void change(AudioDisc after, const QString &text, int series = -1);
+    void set(const AudioDisc &disc);
+    [[nodiscard]] QVariant textAt(const QModelIndex &index) const;
+    [[nodiscard]] QString toolTipOf(const AudioTrackRow &track) const;
 
-    QList<AudioTrackRow> m_tracks;
+    AudioDisc m_disc;
+    std::uint64_t m_lastId = 0;
     QUndoStack m_undoStack; ///< refers to this, so it goes first
 };
 

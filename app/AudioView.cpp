@@ -1,8 +1,12 @@
 #include "app/AudioView.h"
 
+#include "app/AudioTextDialog.h"
 #include "app/AudioTrackModel.h"
 #include "app/CapacityMeter.h"
 #include "app/JobBar.h"
+#include "app/SoundBar.h"
+#include "app/WaveformPainting.h"
+#include "app/WaveformStore.h"
 #include "app/Words.h"
 
 #include <QAction>
@@ -13,6 +17,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QSignalBlocker>
 #include <QStandardPaths>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -29,35 +34,40 @@ namespace
 {
 
 constexpr std::array minutesOfDiscs = {74, 80, 90, 99};
-constexpr int usualMinutes = 80;
 
 } // namespace
 
-AudioView::AudioView(AudioTrackModel &tracks, QWidget *parent)
+AudioView::AudioView(AudioTrackModel &tracks, WaveformStore &waveforms, QWidget *parent)
     : QWidget(parent)
     , m_tracks(tracks)
     , m_title(new QLineEdit(this))
     , m_performer(new QLineEdit(this))
     , m_table(new QTreeView(this))
-    , m_gap(new QDoubleSpinBox(this))
+    , m_pause(new QDoubleSpinBox(this))
     , m_gapless(new QCheckBox(tr("&Without a break where there is no pause"), this))
     , m_normalize(new QCheckBox(tr("Common &loudness"), this))
     , m_cdText(new QCheckBox(tr("CD-&TEXT"), this))
+    , m_sound(new SoundBar(
+          waveforms,
+          [&tracks](std::uint64_t id) {
+              const int row = tracks.rowOf(id);
+              return row < 0 ? std::nullopt : std::optional(tracks.tracks()[row]);
+          },
+          this))
     , m_progress(new JobBar(this))
     , m_meter(new CapacityMeter(this))
     , m_length(new QLabel(this))
     , m_medium(new QComboBox(this))
 {
+    m_table->setItemDelegateForColumn(AudioTrackModel::Sound, new WaveformDelegate(tracks, waveforms, m_table));
     makeActions();
     layOut();
-    connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &AudioView::updateActions);
-    connect(&m_tracks, &QAbstractItemModel::modelReset, this, &AudioView::updateActions);
-    connect(m_gap, &QDoubleSpinBox::valueChanged, this, &AudioView::gapChanged);
-    connect(m_medium, &QComboBox::currentIndexChanged, this, [this] { showLength(m_seconds); });
-    connect(m_progress, &JobBar::cancelWanted, this, &AudioView::cancelWanted);
-    updateActions();
-    showLength(0);
+    connectFields();
+    connect(&waveforms, &WaveformStore::found, m_table->viewport(), [this] { m_table->viewport()->update(); });
+    showDisc();
 }
+
+AudioView::~AudioView() = default;
 
 void AudioView::makeActions()
 {
@@ -68,6 +78,7 @@ void AudioView::makeActions()
         return action;
     };
     m_add = make(tr("Add &Tracks…"), "list-add", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A), &AudioView::addFiles);
+    m_texts = make(tr("&CD-TEXT…"), "document-edit", QKeySequence(Qt::CTRL | Qt::Key_T), &AudioView::editTexts);
     m_up = make(tr("Move &Up"), "go-up", QKeySequence(Qt::ALT | Qt::Key_Up), [this] { moveSelected(true); });
     m_down = make(tr("Move &Down"), "go-down", QKeySequence(Qt::ALT | Qt::Key_Down), [this] { moveSelected(false); });
     m_remove = make(tr("&Remove Tracks"), "list-remove", QKeySequence::Delete, &AudioView::removeSelected);
@@ -78,28 +89,95 @@ void AudioView::makeActions()
 
 QList<QAction *> AudioView::actions() const
 {
-    return {m_add, m_up, m_down, m_remove};
+    return {m_add, m_sound->listenAction(), m_texts, m_up, m_down, m_remove};
+}
+
+void AudioView::connectFields()
+{
+    enum Series : std::uint8_t { DiscTitle = 2, DiscPerformer };
+    connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &AudioView::updateActions);
+    connect(m_table->selectionModel(), &QItemSelectionModel::currentRowChanged, this, &AudioView::showCurrent);
+    connect(&m_tracks, &AudioTrackModel::discChanged, this, &AudioView::showDisc);
+    const auto connectText = [this](QLineEdit *field, CDTextKind kind, int series) {
+        connect(field, &QLineEdit::textEdited, this, [this, kind, series](const QString &text) {
+            m_tracks.edit(
+                tr("Change Texts"), [&](AudioDisc &disc) { setTextOfKind(disc.texts, kind, text.simplified()); },
+                series);
+        });
+    };
+    connectText(m_title, CDTextKind::Title, DiscTitle);
+    connectText(m_performer, CDTextKind::Performer, DiscPerformer);
+    connect(m_pause, &QDoubleSpinBox::valueChanged, &m_tracks, &AudioTrackModel::setPauseOfAll);
+    const auto connectBox = [this](QCheckBox *box, bool AudioDisc::*option) {
+        connect(box, &QCheckBox::toggled, this, [this, option](bool isOn) {
+            m_tracks.edit(tr("Change Options"), [option, isOn](AudioDisc &disc) { disc.*option = isOn; });
+        });
+    };
+    connectBox(m_gapless, &AudioDisc::isGapless);
+    connectBox(m_normalize, &AudioDisc::isNormalized);
+    connectBox(m_cdText, &AudioDisc::hasCDText);
+    connect(m_medium, &QComboBox::currentIndexChanged, this, [this] {
+        m_tracks.edit(tr("Change the Kind of Disc"),
+                      [this](AudioDisc &disc) { disc.minutes = m_medium->currentData().toInt(); });
+    });
+    connect(m_progress, &JobBar::cancelWanted, this, &AudioView::cancelWanted);
+    connect(m_sound, &SoundBar::failed, this, [this](const ListenResult &result) {
+        const QString reason = errorText(result.error);
+        if (result.isDeviceMissing)
+            Q_EMIT told(tr("There is no sound device, so nothing can be heard. The disc can be made all the same."),
+                        {reason});
+        else
+            Q_EMIT told(reason, {});
+    });
+}
+
+QLayout *AudioView::names()
+{
+    auto *const row = new QHBoxLayout;
+    auto *const titleLabel = new QLabel(tr("T&itle of the disc:"), this);
+    titleLabel->setBuddy(m_title);
+    auto *const performerLabel = new QLabel(tr("P&erformer:"), this);
+    performerLabel->setBuddy(m_performer);
+    row->addWidget(titleLabel);
+    row->addWidget(m_title, 1);
+    row->addWidget(performerLabel);
+    row->addWidget(m_performer, 1);
+    return row;
 }
 
 QLayout *AudioView::options()
 {
     auto *const row = new QHBoxLayout;
-    auto *const gapLabel = new QLabel(tr("&Pause between tracks:"), this);
-    gapLabel->setBuddy(m_gap);
-    m_gap->setRange(0, 10);
-    m_gap->setSingleStep(0.5);
-    m_gap->setDecimals(1);
-    m_gap->setSuffix(tr(" s"));
-    m_gapless->setChecked(true);
-    m_cdText->setChecked(true);
+    auto *const pauseLabel = new QLabel(tr("&Pause between tracks:"), this);
+    pauseLabel->setBuddy(m_pause);
+    m_pause->setRange(0, AudioTrackModel::longestPause);
+    m_pause->setSingleStep(0.5);
+    m_pause->setDecimals(1);
+    m_pause->setSuffix(tr(" s"));
+    m_pause->setKeyboardTracking(false);
     m_cdText->setToolTip(tr("Titles and performers for players that show them"));
     m_normalize->setToolTip(
         tr("Brings the whole disc to the loudness that is usual, in the same measure for all tracks"));
-    row->addWidget(gapLabel);
-    row->addWidget(m_gap);
+    row->addWidget(pauseLabel);
+    row->addWidget(m_pause);
     for (QWidget *const box : {m_gapless, m_normalize, m_cdText})
         row->addWidget(box);
     row->addStretch(1);
+    return row;
+}
+
+QLayout *AudioView::lengths()
+{
+    auto *const row = new QHBoxLayout;
+    m_meter->setAccessibleName(tr("How full the disc is"));
+    m_length->setAccessibleName(tr("Length of the disc"));
+    m_medium->setAccessibleName(tr("Kind of disc"));
+    for (const int minutes : minutesOfDiscs)
+        m_medium->addItem(tr("CD, %1 minutes").arg(minutes), minutes);
+    m_medium->setCurrentIndex(m_medium->findData(m_tracks.disc().minutes));
+    row->addWidget(m_meter, 1);
+    row->addWidget(m_length);
+    row->addWidget(m_medium);
     return row;
 }
 
@@ -107,17 +185,17 @@ void AudioView::layOut()
 {
     auto *const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
-    auto *const names = new QHBoxLayout;
-    auto *const titleLabel = new QLabel(tr("T&itle of the disc:"), this);
-    titleLabel->setBuddy(m_title);
-    auto *const performerLabel = new QLabel(tr("P&erformer:"), this);
-    performerLabel->setBuddy(m_performer);
-    names->addWidget(titleLabel);
-    names->addWidget(m_title, 1);
-    names->addWidget(performerLabel);
-    names->addWidget(m_performer, 1);
-    column->addLayout(names);
+    layOutTable();
+    column->addLayout(names());
+    column->addWidget(m_table, 1);
+    column->addWidget(m_sound);
+    column->addLayout(options());
+    column->addWidget(m_progress);
+    column->addLayout(lengths());
+}
 
+void AudioView::layOutTable()
+{
     m_table->setModel(&m_tracks);
     m_table->setAccessibleName(tr("Tracks"));
     m_table->setAccessibleDescription(tr("Drop sound files here. They are played in this order."));
@@ -133,73 +211,75 @@ void AudioView::layOut()
     m_table->setDragDropMode(QAbstractItemView::DragDrop);
     m_table->setDefaultDropAction(Qt::MoveAction);
     QHeaderView &header = *m_table->header();
-    header.setStretchLastSection(true);
+    header.setStretchLastSection(false);
     header.setSectionResizeMode(AudioTrackModel::Title, QHeaderView::Stretch);
     const QFontMetrics metrics = fontMetrics();
-    header.resizeSection(AudioTrackModel::Number, metrics.horizontalAdvance(QStringLiteral("0000000")));
-    header.resizeSection(AudioTrackModel::Performer, metrics.horizontalAdvance(QString(24, u'n')));
+    header.resizeSection(AudioTrackModel::Number, metrics.horizontalAdvance(QStringLiteral("000000")));
+    header.resizeSection(AudioTrackModel::Performer, metrics.horizontalAdvance(QString(18, u'n')));
     header.resizeSection(AudioTrackModel::Length, metrics.horizontalAdvance(QStringLiteral("0:00:00000")));
-    column->addWidget(m_table, 1);
-    column->addLayout(options());
-    column->addWidget(m_progress);
-
-    auto *const last = new QHBoxLayout;
-    m_meter->setAccessibleName(tr("How full the disc is"));
-    m_length->setAccessibleName(tr("Length of the disc"));
-    m_medium->setAccessibleName(tr("Kind of disc"));
-    for (const int minutes : minutesOfDiscs)
-        m_medium->addItem(tr("CD, %1 minutes").arg(minutes), minutes);
-    m_medium->setCurrentIndex(m_medium->findData(usualMinutes));
-    last->addWidget(m_meter, 1);
-    last->addWidget(m_length);
-    last->addWidget(m_medium);
-    column->addLayout(last);
+    header.resizeSection(AudioTrackModel::Pause, metrics.horizontalAdvance(QStringLiteral("00.00 s000")));
+    header.resizeSection(AudioTrackModel::Sound, metrics.horizontalAdvance(QString(16, u'n')));
+    header.resizeSection(AudioTrackModel::File, metrics.horizontalAdvance(QString(14, u'n')));
 }
 
-QString AudioView::discTitle() const
+void AudioView::setPauseSeconds(double seconds)
 {
-    return m_title->text().simplified();
+    m_pause->setValue(seconds);
 }
 
-QString AudioView::discPerformer() const
+void AudioView::showDisc()
 {
-    return m_performer->text().simplified();
+    const AudioDisc &disc = m_tracks.disc();
+    // A field that is typed into keeps its blanks and its cursor.
+    const auto showText = [](QLineEdit *field, const QString &text) {
+        if (field->text().simplified() != text)
+            field->setText(text);
+    };
+    showText(m_title, textOfKind(disc.texts, CDTextKind::Title));
+    showText(m_performer, textOfKind(disc.texts, CDTextKind::Performer));
+    const auto quietly = [](auto *field, const auto &show) {
+        const QSignalBlocker quiet(field);
+        show();
+    };
+    quietly(m_pause, [&] { m_pause->setValue(double(disc.gap) / soundFramesPerSecond); });
+    quietly(m_gapless, [&] { m_gapless->setChecked(disc.isGapless); });
+    quietly(m_normalize, [&] { m_normalize->setChecked(disc.isNormalized); });
+    quietly(m_cdText, [&] { m_cdText->setChecked(disc.hasCDText); });
+    quietly(m_medium, [&] { m_medium->setCurrentIndex(std::max(m_medium->findData(disc.minutes), 0)); });
+    m_sound->lookAgain();
+    showLength();
+    showCurrent();
+    updateActions();
 }
 
-double AudioView::gapSeconds() const
+void AudioView::showLength()
 {
-    return m_gap->value();
-}
-
-void AudioView::setGapSeconds(double seconds)
-{
-    m_gap->setValue(seconds);
-}
-
-bool AudioView::isGapless() const
-{
-    return m_gapless->isChecked();
-}
-
-bool AudioView::isNormalized() const
-{
-    return m_normalize->isChecked();
-}
-
-bool AudioView::hasCDText() const
-{
-    return m_cdText->isChecked();
-}
-
-void AudioView::showLength(double seconds)
-{
-    m_seconds = seconds;
-    const double room = m_medium->currentData().toInt() * 60.0;
+    const double seconds = secondsOfDisc(m_tracks.disc());
+    const double room = m_tracks.disc().minutes * 60.0;
     const auto text = [](double length) { return durationText(std::chrono::seconds(std::llround(length))); };
     m_length->setText(seconds > room ? tr("%1: %2 too long").arg(text(seconds), text(seconds - room))
                                      : tr("%1, %2 free").arg(text(seconds), text(room - seconds)));
     m_meter->setFill(room > 0 ? seconds / room : 0);
     m_meter->setAccessibleDescription(m_length->text());
+}
+
+/// The track that has the focus of the table is the one to listen to; the first one while none has.
+void AudioView::showCurrent()
+{
+    const QList<AudioTrackRow> &tracks = m_tracks.tracks();
+    const int current = std::max(m_table->currentIndex().row(), 0);
+    m_sound->setTrack(current < tracks.size() ? std::optional(tracks[current]) : std::nullopt);
+}
+
+void AudioView::editTexts()
+{
+    auto *const editor = new AudioTextDialog(m_tracks.disc(), this);
+    editor->setAttribute(Qt::WA_DeleteOnClose);
+    connect(editor, &QDialog::accepted, this, [this, editor] {
+        m_tracks.edit(tr("Change Texts"), [editor](AudioDisc &disc) { editor->putInto(disc); });
+    });
+    editor->open();
+    editor->goTo(m_table->currentIndex().row());
 }
 
 QString AudioView::lengthText() const

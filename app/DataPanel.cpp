@@ -1,5 +1,6 @@
 #include "app/DataPanel.h"
 
+#include "app/CapacityBar.h"
 #include "app/DataView.h"
 #include "app/JobOutcomes.h"
 
@@ -47,8 +48,16 @@ DataView &DataPanel::dataView()
             if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
                 host->panelDidChange(*this);
         });
+        m_view->capacity().setMediumKey(m_project.mediumKey());
+        QObject::connect(&m_view->capacity(), &CapacityBar::mediumChanged, m_view.get(),
+                         [this](const QString &key) { m_project.setMediumKey(key); });
     }
     return *m_view;
+}
+
+void DataPanel::projectWasOpened()
+{
+    dataView().capacity().setMediumKey(m_project.mediumKey());
 }
 
 QWidget *DataPanel::view()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/DataProject.h"
 #include "app/DesktopPanel.h"
 #include "app/DiscDocument.h"
 
@@ -33,6 +34,8 @@ public:
     [[nodiscard]] QString iconName() const override { return QStringLiteral("folder"); }
     [[nodiscard]] QString hint() const override;
     [[nodiscard]] QUndoStack *undoStack() override { return &m_document.undoStack(); }
+    [[nodiscard]] ProjectSubject *projectSubject() override { return &m_project; }
+    void projectWasOpened() override;
     [[nodiscard]] QString suggestedName() const override { return m_document.volumeName(); }
     [[nodiscard]] std::unique_ptr<DiscJob> imageJob(const QByteArray &path, DiscFormat format,
                                                     std::function<void(const JobOutcome &)> whenEnded) override;
@@ -58,6 +61,7 @@ private:
     [[nodiscard]] QStringList lostFiles() const;
 
     DiscDocument m_document;
+    DataProject m_project{m_document};
     std::unique_ptr<DataView> m_view; ///< made when it is first asked for
     std::shared_ptr<KRFileHierarchyItem> m_savedTree; ///< of the image that was made last, to compare it with
     std::shared_ptr<KRFileHierarchyItem> m_layoutTree; ///< what a running layout is made of

@@ -67,6 +67,8 @@ struct BurnSubject {
     QStringList missing; ///< paths on the disc of what was to be on it and cannot be found
 };
 
+class ProjectSubject;
+
 /// A panel of the program's window: one for each kind of disc.
 class DesktopPanel : public TessaronPanel
 {
@@ -79,6 +81,10 @@ public:
 
     /// Its steps; null for a panel that changes nothing.
     [[nodiscard]] virtual QUndoStack *undoStack() { return nullptr; }
+    /// What is saved as a project; null for a panel that keeps nothing.
+    [[nodiscard]] virtual ProjectSubject *projectSubject() { return nullptr; }
+    /// The disc is another one now: that of a project, or a new one.
+    virtual void projectWasOpened() { }
     /// A file name without extension for what it makes.
     [[nodiscard]] virtual QString suggestedName() const { return {}; }
     /// Makes the image: the job, not started yet; `whenEnded` is called once, after it. Null when there is nothing to

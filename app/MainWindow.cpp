@@ -112,7 +112,7 @@ MainWindow::MainWindow(QWidget *parent)
     setCentralWidget(middle);
 
     m_runner = std::make_unique<JobRunner>(*m_jobBar, *this);
-    m_projects = std::make_unique<ProjectActions>(*m_dataPanel, *m_notices, *this);
+    m_projects = std::make_unique<ProjectActions>(*m_notices, *this);
     makeMenus();
     m_toolBar = addToolBar(tr("Tools"));
     m_toolBar->setMovable(false);
@@ -126,6 +126,7 @@ MainWindow::MainWindow(QWidget *parent)
     addPanel(m_imagePanel);
     connect(m_runner.get(), &JobRunner::started, this, &MainWindow::updateActions);
     connect(m_projects.get(), &ProjectActions::opened, this, &MainWindow::updateActions);
+    connect(m_projects.get(), &ProjectActions::panelWanted, this, &MainWindow::bringUp);
     m_projects->recover();
     connect(m_kinds, &QListWidget::currentRowChanged, this, &MainWindow::showPanel);
     m_kinds->setVisible(m_panels.size() > 1);
@@ -152,6 +153,7 @@ void MainWindow::addPanel(const std::shared_ptr<DesktopPanel> &panel)
     item->setToolTip(panel->hint());
     if (QUndoStack *const stack = panel->undoStack())
         m_undoGroup.addStack(stack);
+    m_projects->addPanel(*panel);
     panel->panelDidLoad();
     m_kinds->setFixedWidth(m_kinds->sizeHintForColumn(0) + 2 * m_kinds->frameWidth() + 16);
 }
@@ -168,6 +170,7 @@ void MainWindow::showPanel(int index)
     m_stack->setCurrentIndex(index);
     m_kinds->setCurrentRow(index);
     m_undoGroup.setActiveStack(currentPanel().undoStack());
+    m_projects->setCurrentPanel(currentPanel());
     m_discMenu->clear();
     m_discMenu->addActions(currentPanel().customActionMenuItems());
     fillToolBar();
@@ -372,32 +375,9 @@ void MainWindow::letGo()
     m_projects->letGo();
 }
 
-/// Tracks are in no project: an image is what is kept of them.
-void MainWindow::afterDroppingTracks(const std::function<void()> &goOn)
-{
-    if (m_audioPanel->tracks().undoStack().isClean()) {
-        goOn();
-        return;
-    }
-    bringUp(*m_audioPanel);
-    auto *const question =
-        new QMessageBox(QMessageBox::Question, tr("Tessaron"),
-                        tr("No image was saved of these tracks. Quit without one?"), QMessageBox::Cancel, this);
-    question->setInformativeText(tr("What you put together is lost then. The files themselves stay."));
-    const QPushButton *const quit = question->addButton(tr("&Quit"), QMessageBox::DestructiveRole);
-    question->setDefaultButton(QMessageBox::Cancel);
-    question->setAttribute(Qt::WA_DeleteOnClose);
-    connect(question, &QMessageBox::buttonClicked, this, [quit, goOn](const QAbstractButton *button) {
-        if (button == quit)
-            goOn();
-    });
-    question->open();
-}
-
 void MainWindow::closeEvent(QCloseEvent *event)
 {
-    const bool isAllKept = m_projects->isSaved() && m_audioPanel->tracks().undoStack().isClean();
-    if (m_isClosing || (!isWorking() && isAllKept)) {
+    if (m_isClosing || (!isWorking() && m_projects->isAllSaved())) {
         event->accept();
         return;
     }
@@ -410,11 +390,9 @@ void MainWindow::closeEvent(QCloseEvent *event)
         });
         return;
     }
-    m_projects->afterSaving([this] {
-        afterDroppingTracks([this] {
-            m_isClosing = true;
-            close();
-        });
+    m_projects->afterSavingAll([this] {
+        m_isClosing = true;
+        close();
     });
 }
 

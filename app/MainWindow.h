@@ -81,7 +81,6 @@ private:
     void startJob(std::unique_ptr<DiscJob> job, const QString &name);
     void imageHasEnded(DesktopPanel &panel, const JobOutcome &saved);
     void jobHasEnded(const JobOutcome &outcome);
-    void afterDroppingTracks(const std::function<void()> &goOn);
 
     std::shared_ptr<Host> m_host;
     std::shared_ptr<DataPanel> m_dataPanel;

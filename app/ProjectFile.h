@@ -1,43 +1,42 @@
 #pragma once
 
-#include "app/DiscNode.h"
-
 #include <QByteArray>
+#include <QJsonObject>
 #include <QString>
 
-#include <memory>
+#include <platform/coreservices/FSRef.h>
 #include <platform/foundation/Result.h>
 
 namespace Tessaron::Desktop
 {
 
-/// A disc as it is written into a project and read from it.
-struct DiscProject {
-    std::unique_ptr<DiscNode> root;
-    QString volumeName;
-    QString mediumKey;
+// What projects of all kinds have in common: a file of JSON, and in it the names of files that are found again.
+
+/// Says that a project cannot be opened, and why.
+[[nodiscard]] NSError notAProject(const QByteArray &path, const QString &why);
+/// The object of a project's file, of a version that this program knows. Touches the disk.
+[[nodiscard]] Result<QJsonObject> projectAt(const QByteArray &path);
+/// The kind of a project; an older one without that is one of data.
+[[nodiscard]] QString kindOfProject(const QJsonObject &project);
+/// The contents of a project's file.
+[[nodiscard]] QByteArray bytesOfProject(QJsonObject contents, const QString &kind);
+
+/// Bytes that are text are written as text, others in base64 under another key.
+void setBytes(QJsonObject &object, const QString &key, const QByteArray &bytes);
+[[nodiscard]] QByteArray bytesIn(const QJsonObject &object, const QString &key);
+
+/// Where a file is, and what finds it when it is moved.
+struct ProjectSource {
+    QByteArray path;
+    QByteArray alias; ///< empty for none
+
+    friend bool operator==(const ProjectSource &, const ProjectSource &) = default;
 };
-
-/// What a project is written from: a copy that a thread may use while the disc changes. Does not touch the disk.
-class ProjectContents
-{
-public:
-    ProjectContents(const DiscNode &root, QString volumeName, QString mediumKey);
-
-    /// The project for a file in the folder (bytes, without a slash behind): paths below it are written relative to it.
-    /// With `hasAliases`, every file carries what finds it again when it is moved. Touches the disk.
-    [[nodiscard]] QByteArray json(const QByteArray &folder, bool hasAliases, const std::stop_token &stop) const;
-
-private:
-    struct Entry;
-
-    std::shared_ptr<const std::vector<Entry>> m_entries; ///< in the order of the tree
-    QString m_volumeName;
-    QString m_mediumKey;
-};
-
-/// Reads a project and finds its files: at their places, relative to the project's first, else where they were moved
-/// to. What cannot be found is in the tree, and is missing. Touches the disk. An error says why it is no project.
-[[nodiscard]] Result<std::shared_ptr<DiscProject>> readProject(const QByteArray &path, const std::stop_token &stop);
+/// Names a file in a project that lies in the folder: relative to it where the file lies below it.
+void setSource(QJsonObject &object, const ProjectSource &source, const QByteArray &folder);
+/// As it was named, the path from the root where there is one.
+[[nodiscard]] ProjectSource sourceIn(const QJsonObject &object);
+/// Finds the file: at its place, relative to the project's folder first, else where it was moved to. Touches the disk.
+[[nodiscard]] bool findSource(const QJsonObject &object, const QByteArray &projectFolder, bool isFolder, FSRef *ref);
 
 } // namespace Tessaron::Desktop

@@ -2,7 +2,6 @@
 
 #include "app/AtomicFile.h"
 #include "app/ProjectFile.h"
-#include "app/Words.h"
 
 #include <TessaronClasses/DiscJobErrors.h>
 
@@ -30,7 +29,7 @@ constexpr auto copyDelay = 5s;
 const QByteArray copyEnding = QByteArrayLiteral(".tessaron");
 const QByteArray lockEnding = QByteArrayLiteral(".lock");
 
-/// Held by a program as long as it lives: what is not held was left behind.
+/// Held as long as a disc is open: what is not held was left behind.
 UniqueDescriptor lockedFile(const QByteArray &path)
 {
     UniqueDescriptor file(::open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
@@ -54,18 +53,17 @@ QByteArray abandonedCopy(const QByteArray &folder)
 
 } // namespace
 
-ProjectKeeper::ProjectKeeper(DiscDocument &document, QByteArray recoveryFolder, QObject *parent)
+ProjectKeeper::ProjectKeeper(ProjectSubject &subject, QByteArray recoveryFolder, QObject *parent)
     : QObject(parent)
-    , m_document(document)
+    , m_subject(subject)
     , m_recoveryFolder(std::move(recoveryFolder))
     , m_copyName(QUuid::createUuid().toByteArray(QUuid::WithoutBraces))
-    , m_mediumKey(QStringLiteral("dvd"))
 {
     m_copyDelay.setSingleShot(true);
     m_copyDelay.setInterval(copyDelay);
     connect(&m_copyDelay, &QTimer::timeout, this, &ProjectKeeper::keepCopy);
-    connect(&m_document.undoStack(), &QUndoStack::indexChanged, this, [this] {
-        if (!m_document.undoStack().isClean() && !m_copyDelay.isActive())
+    connect(&m_subject.undoStack(), &QUndoStack::indexChanged, this, [this] {
+        if (!isSaved() && !m_copyDelay.isActive())
             m_copyDelay.start();
     });
 }
@@ -85,23 +83,23 @@ void ProjectKeeper::setPath(const QByteArray &path)
 
 void ProjectKeeper::save(const QByteArray &path, WhenEnded whenEnded)
 {
-    if (m_work.isRunning()) {
-        whenEnded(discJobError(DiscJobErrorCode::InvalidOrder, tr("another project is being saved or opened"),
+    if (m_saving.isRunning()) {
+        whenEnded(discJobError(DiscJobErrorCode::InvalidOrder, tr("another project is being saved"),
                                tr("Try again in a moment.")));
         return;
     }
-    const ProjectContents contents(m_document.model().root(), m_document.volumeName(), m_mediumKey);
-    const int savedIndex = m_document.undoStack().index();
+    const int savedIndex = m_subject.undoStack().index();
     const auto outcome = std::make_shared<NSError>();
-    m_work.start(
-        [contents, path, outcome](const std::stop_token &stop) {
-            const QByteArray json = contents.json(folderOf(path), true, stop);
-            *outcome = json.isEmpty() ? discJobCancellation() : writeAtomically(path, json);
+    m_saving.start(
+        [write = m_subject.writer(), kind = m_subject.kind(), path, outcome](const std::stop_token &stop) {
+            const QJsonObject contents = write(folderOf(path), true, stop);
+            *outcome =
+                contents.isEmpty() ? discJobCancellation() : writeAtomically(path, bytesOfProject(contents, kind));
         },
         [this, path, outcome, savedIndex, whenEnded = std::move(whenEnded)] {
             if (!*outcome) {
-                if (m_document.undoStack().index() == savedIndex) {
-                    m_document.undoStack().setClean();
+                if (m_subject.undoStack().index() == savedIndex) {
+                    m_subject.undoStack().setClean();
                     forgetCopy();
                 }
                 setPath(path);
@@ -110,55 +108,33 @@ void ProjectKeeper::save(const QByteArray &path, WhenEnded whenEnded)
         });
 }
 
-void ProjectKeeper::read(const QByteArray &path,
-                         std::function<void(const NSError &, const std::shared_ptr<DiscProject> &)> then)
+void ProjectKeeper::open(const QByteArray &path, const QJsonObject &project, WhenEnded whenEnded)
 {
-    const auto outcome = std::make_shared<std::pair<NSError, std::shared_ptr<DiscProject>>>();
-    m_work.start(
-        [path, outcome](const std::stop_token &stop) {
-            Result<std::shared_ptr<DiscProject>> found = readProject(path, stop);
-            if (found)
-                outcome->second = *found;
-            outcome->first = found.error();
-        },
-        [outcome, then = std::move(then)] { then(outcome->first, outcome->second); });
+    const auto outcome = std::make_shared<Result<ProjectSubject::Replacement>>(discJobCancellation());
+    m_opening.start([read = m_subject.reader(), path, project,
+                     outcome](const std::stop_token &stop) { *outcome = read(project, folderOf(path), stop); },
+                    [this, path, outcome, whenEnded = std::move(whenEnded)] {
+                        if (!*outcome) {
+                            whenEnded(notAProject(path, outcome->error().localizedDescription()));
+                            return;
+                        }
+                        show(**outcome);
+                        setPath(path);
+                        forgetCopy();
+                        whenEnded({});
+                    });
 }
 
-void ProjectKeeper::open(const QByteArray &path, WhenEnded whenEnded)
+void ProjectKeeper::show(const ProjectSubject::Replacement &replacement)
 {
-    read(path,
-         [this, path, whenEnded = std::move(whenEnded)](const NSError &error,
-                                                        const std::shared_ptr<DiscProject> &project) {
-             if (!error) {
-                 show(*project);
-                 setPath(path);
-                 forgetCopy();
-             }
-             whenEnded(error);
-         });
-}
-
-void ProjectKeeper::show(DiscProject &project)
-{
-    m_missing.clear();
-    std::vector<const DiscNode *> waiting = {project.root.get()};
-    while (!waiting.empty()) {
-        const DiscNode *const node = waiting.back();
-        waiting.pop_back();
-        if (node->isMissing)
-            m_missing << node->discPath();
-        for (auto child = node->children.rbegin(); child != node->children.rend(); ++child)
-            waiting.push_back(child->get());
-    }
-    m_mediumKey = project.mediumKey;
-    m_document.replace(std::move(project.root), project.volumeName);
+    m_missing = replacement();
     Q_EMIT opened();
 }
 
 void ProjectKeeper::close()
 {
     m_missing.clear();
-    m_document.replace(virtualFolderNode(QStringLiteral("disc")), untitledDiscName());
+    m_subject.clear();
     forgetCopy();
     setPath({});
     Q_EMIT opened();
@@ -166,25 +142,29 @@ void ProjectKeeper::close()
 
 void ProjectKeeper::recover(std::function<void()> whenFound)
 {
-    const auto outcome = std::make_shared<std::pair<QByteArray, std::shared_ptr<DiscProject>>>();
-    m_work.start(
-        [folder = m_recoveryFolder, outcome](const std::stop_token &stop) {
-            outcome->first = abandonedCopy(folder);
-            if (outcome->first.isEmpty())
+    struct Found {
+        QByteArray path;
+        Result<ProjectSubject::Replacement> replacement = discJobCancellation();
+    };
+    const auto found = std::make_shared<Found>();
+    m_opening.start(
+        [read = m_subject.reader(), folder = m_recoveryFolder, found](const std::stop_token &stop) {
+            found->path = abandonedCopy(folder);
+            if (found->path.isEmpty())
                 return;
-            Result<std::shared_ptr<DiscProject>> found = readProject(outcome->first, stop);
-            if (found)
-                outcome->second = *found;
+            const Result<QJsonObject> project = projectAt(found->path);
+            if (project)
+                found->replacement = read(*project, folder, stop);
         },
-        [this, outcome, whenFound = std::move(whenFound)] {
+        [this, found, whenFound = std::move(whenFound)] {
             // Someone was faster than the disk: what was begun meanwhile is not replaced.
-            if (!outcome->second || !m_document.model().root().children.empty())
+            if (!found->replacement || !m_subject.isEmpty())
                 return;
-            show(*outcome->second);
-            m_document.undoStack().resetClean();
+            show(*found->replacement);
+            m_subject.undoStack().resetClean();
             keepCopy();
-            (void)::unlink(outcome->first.constData());
-            (void)::unlink((outcome->first + lockEnding).constData());
+            (void)::unlink(found->path.constData());
+            (void)::unlink((found->path + lockEnding).constData());
             whenFound();
         });
 }
@@ -196,18 +176,16 @@ void ProjectKeeper::keepCopy()
         return;
     }
     m_hasCopy = true;
-    const ProjectContents contents(m_document.model().root(), m_document.volumeName(), m_mediumKey);
     m_copyWork.start(
-        [contents, folder = m_recoveryFolder, path = copyPath()](const std::stop_token &stop) {
-            // Held to the end of the process, for each copy once.
-            static const bool isLocked = [&] {
+        [write = m_subject.writer(), kind = m_subject.kind(), folder = m_recoveryFolder, path = copyPath(),
+         lock = m_lock](const std::stop_token &stop) {
+            if (!*lock) {
                 QDir().mkpath(stringWithFileSystemRepresentation(folder));
-                return lockedFile(path + lockEnding).release() >= 0;
-            }();
-            (void)isLocked;
-            const QByteArray json = contents.json(folder, false, stop);
-            if (!json.isEmpty())
-                (void)writeAtomically(path, json);
+                *lock = lockedFile(path + lockEnding);
+            }
+            const QJsonObject contents = write(folder, false, stop);
+            if (!contents.isEmpty())
+                (void)writeAtomically(path, bytesOfProject(contents, kind));
         },
         [this] {
             if (!m_hasCopy)
@@ -227,12 +205,19 @@ void ProjectKeeper::forgetCopy()
 
 void ProjectKeeper::removeCopy()
 {
-    m_copyWork.start([path = copyPath()](const std::stop_token &) { (void)::unlink(path.constData()); }, [] {});
+    m_copyWork.start(
+        [path = copyPath(), lock = m_lock](const std::stop_token &) {
+            (void)::unlink(path.constData());
+            (void)::unlink((path + lockEnding).constData());
+            lock->reset();
+        },
+        [] {});
 }
 
 void ProjectKeeper::letGo()
 {
-    m_work.letGo();
+    m_opening.letGo();
+    m_saving.letGo();
     m_copyWork.letGo();
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/BackgroundWork.h"
-#include "app/DiscDocument.h"
+#include "app/ProjectSubject.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -10,11 +10,10 @@
 #include <functional>
 #include <memory>
 #include <platform/foundation/NSError.h>
+#include <platform/foundation/UniqueDescriptor.h>
 
 namespace Tessaron::Desktop
 {
-
-struct DiscProject;
 
 /// Saves a disc as a project and opens it again, in the background; and keeps a copy of what is not saved, which comes
 /// back when the program ended unexpectedly. On the main thread.
@@ -26,21 +25,23 @@ public:
     using WhenEnded = std::function<void(const NSError &)>;
 
     /// `recoveryFolder` (bytes) takes the copies of what is not saved. Nothing is looked at before it is needed.
-    ProjectKeeper(DiscDocument &document, QByteArray recoveryFolder, QObject *parent = nullptr);
+    ProjectKeeper(ProjectSubject &subject, QByteArray recoveryFolder, QObject *parent = nullptr);
     ~ProjectKeeper() override;
 
     /// Of the project that is open; empty for one that was never saved.
     [[nodiscard]] QByteArray path() const { return m_path; }
-    [[nodiscard]] QString mediumKey() const { return m_mediumKey; }
-    void setMediumKey(const QString &key) { m_mediumKey = key; }
+    [[nodiscard]] ProjectSubject &subject() const { return m_subject; }
+    /// Nothing of the disc would be lost.
+    [[nodiscard]] bool isSaved() const { return m_subject.undoStack().isClean(); }
 
     /// Writes the disc as it is now; it may be changed meanwhile. One at a time: an error otherwise.
     void save(const QByteArray &path, WhenEnded whenEnded);
-    /// Replaces the disc by that of a project. `missing` files of it are in the tree and are told by missingPaths().
-    void open(const QByteArray &path, WhenEnded whenEnded);
+    /// Replaces the disc by that of a project, which was read from the path. Files that are missing are in it, and are
+    /// told by missingPaths().
+    void open(const QByteArray &path, const QJsonObject &project, WhenEnded whenEnded);
     /// Begins an empty disc.
     void close();
-    /// Paths on the disc of files that the project just opened could not find.
+    /// Files that the project just opened could not find.
     [[nodiscard]] QStringList missingPaths() const { return m_missing; }
 
     /// Looks for a disc that an earlier run of the program left unsaved, and opens it as one that was never saved;
@@ -50,7 +51,7 @@ public:
     void keepCopy();
     /// Nothing is left to come back: the user has saved or dropped it.
     void forgetCopy();
-    [[nodiscard]] bool isBusy() const { return m_work.isRunning(); }
+    [[nodiscard]] bool isBusy() const { return m_opening.isRunning() || m_saving.isRunning(); }
     void letGo();
 
 Q_SIGNALS:
@@ -59,21 +60,21 @@ Q_SIGNALS:
     void opened();
 
 private:
-    void read(const QByteArray &path, std::function<void(const NSError &, const std::shared_ptr<DiscProject> &)> then);
-    void show(DiscProject &project);
+    void show(const ProjectSubject::Replacement &replacement);
     void setPath(const QByteArray &path);
     void removeCopy();
     [[nodiscard]] QByteArray copyPath() const;
 
-    DiscDocument &m_document;
+    ProjectSubject &m_subject;
     const QByteArray m_recoveryFolder;
     const QByteArray m_copyName; ///< of this run's copy
     QByteArray m_path;
-    QString m_mediumKey;
     QStringList m_missing;
     QTimer m_copyDelay;
     bool m_hasCopy = false;
-    BackgroundWork m_work;
+    const std::shared_ptr<UniqueDescriptor> m_lock = std::make_shared<UniqueDescriptor>(); ///< the copies' thread's
+    BackgroundWork m_opening; ///< one that hangs gives way to the next one
+    BackgroundWork m_saving;
     BackgroundWork m_copyWork;
 };
 

@@ -3,6 +3,7 @@
 //
 //     desktop_pictures PICTURE.png [--dark] [--language CODE] [--audio | --image | --burn] [FILE...]
 #include "app/AudioPanel.h"
+#include "app/AudioTextDialog.h"
 #include "app/BurnDialog.h"
 #include "app/DataPanel.h"
 #include "app/DataView.h"
@@ -61,7 +62,8 @@ bool isReady(MainWindow &window, const BurnDialog *dialog)
     if (dialog)
         return !dialog->isBusy();
     DataView &view = window.dataPanel().dataView();
-    return !window.audioPanel().isLooking() && !window.imagePanel().isLooking() && !view.intake().isRunning()
+    return !window.audioPanel().isLooking() && !window.audioPanel().waveforms().isWorking()
+        && !window.imagePanel().isLooking() && !view.intake().isRunning()
         && (view.preview().isCurrent() || window.dataPanel().document().model().root().children.empty());
 }
 
@@ -109,6 +111,7 @@ int main(int argc, char **argv)
     if (isWanted("--image"))
         window.showPanel(2);
     const bool isOfDialog = isWanted("--burn");
+    const bool isOfTexts = isWanted("--texts");
     QList<QByteArray> files;
     for (const QString &file : std::as_const(arguments))
         files << file.toUtf8();
@@ -123,6 +126,12 @@ int main(int argc, char **argv)
             return;
         }
         timer.stop();
+        if (isOfTexts) {
+            AudioTextDialog texts(window.audioPanel().tracks().disc(), &window);
+            texts.show();
+            takePicture(texts, path);
+            return;
+        }
         window.dataPanel().dataView().tree().expandAll();
         takePicture(dialog ? static_cast<QWidget &>(*dialog) : window, path);
     });

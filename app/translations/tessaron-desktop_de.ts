@@ -24,14 +24,6 @@
             <translation>Hinzufügen</translation>
         </message>
         <message>
-            <source>The folder %1 cannot be listed: %2</source>
-            <translation>Der Ordner %1 kann nicht gelesen werden: %2</translation>
-        </message>
-        <message>
-            <source>%1 holds no sound.</source>
-            <translation>%1 enthält keinen Ton.</translation>
-        </message>
-        <message>
             <source>%1 is left out: a CD has 99 tracks at most.</source>
             <translation>%1 wird ausgelassen: Eine CD hat höchstens 99 Titel.</translation>
         </message>
@@ -45,6 +37,10 @@
                 <numerusform>%n Datei konnte nicht hinzugefügt werden.</numerusform>
                 <numerusform>%n Dateien konnten nicht hinzugefügt werden.</numerusform>
             </translation>
+        </message>
+        <message>
+            <source>Not all that the cue sheet says was taken.</source>
+            <translation>Nicht alles, was im Cue-Sheet steht, wurde übernommen.</translation>
         </message>
     </context>
     <context>
@@ -447,6 +443,103 @@
             <source>it names an item that cannot be on a disc</source>
             <translation>Es nennt ein Objekt, das nicht auf einer Disc sein kann</translation>
         </message>
+        <message>
+            <source>it has more than 99 tracks</source>
+            <translation>es hat mehr als 99 Titel</translation>
+        </message>
+        <message>
+            <source>it has a track without a file</source>
+            <translation>es hat einen Titel ohne Datei</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioIntake</name>
+        <message>
+            <source>%1 kHz</source>
+            <translation>%1 kHz</translation>
+        </message>
+        <message>
+            <source>mono</source>
+            <translation>mono</translation>
+        </message>
+        <message>
+            <source>stereo</source>
+            <translation>stereo</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n channels</source>
+            <translation>
+                <numerusform>%n Kanal</numerusform>
+                <numerusform>%n Kanäle</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>The folder %1 cannot be listed: %2</source>
+            <translation>Der Ordner %1 kann nicht gelesen werden: %2</translation>
+        </message>
+        <message>
+            <source>%1 holds no sound.</source>
+            <translation>%1 enthält keinen Ton.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioTextDialog</name>
+        <message>
+            <source>CD-TEXT</source>
+            <translation>CD-TEXT</translation>
+        </message>
+        <message>
+            <source>&amp;Texts for players that show them:</source>
+            <translation>&amp;Texte für Spieler, die sie anzeigen:</translation>
+        </message>
+        <message>
+            <source>Catalogue &amp;number (EAN, 13 digits):</source>
+            <translation>Katalog&amp;nummer (EAN, 13 Ziffern):</translation>
+        </message>
+        <message>
+            <source>Title</source>
+            <translation>Titel</translation>
+        </message>
+        <message>
+            <source>Performer</source>
+            <translation>Interpret</translation>
+        </message>
+        <message>
+            <source>Songwriter</source>
+            <translation>Texter</translation>
+        </message>
+        <message>
+            <source>Composer</source>
+            <translation>Komponist</translation>
+        </message>
+        <message>
+            <source>Arranger</source>
+            <translation>Arrangeur</translation>
+        </message>
+        <message>
+            <source>Message</source>
+            <translation>Mitteilung</translation>
+        </message>
+        <message>
+            <source>ISRC</source>
+            <translation>ISRC</translation>
+        </message>
+        <message>
+            <source>Disc</source>
+            <translation>Disc</translation>
+        </message>
+        <message>
+            <source>Track %1</source>
+            <translation>Titel %1</translation>
+        </message>
+        <message>
+            <source>%1 is no ISRC: that has two letters, three letters or digits, and seven digits.</source>
+            <translation>%1 ist kein ISRC: Der hat zwei Buchstaben, drei Buchstaben oder Ziffern und sieben Ziffern.</translation>
+        </message>
+        <message>
+            <source>A catalogue number has 13 digits.</source>
+            <translation>Eine Katalognummer hat 13 Ziffern.</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::AudioTrackModel</name>
@@ -494,6 +587,38 @@
         <message>
             <source>File</source>
             <translation>Datei</translation>
+        </message>
+        <message>
+            <source>Change Pauses</source>
+            <translation>Pausen ändern</translation>
+        </message>
+        <message>
+            <source>%1 s</source>
+            <translation>%1 s</translation>
+        </message>
+        <message>
+            <source>The file is missing: it was moved or removed.</source>
+            <translation>Die Datei fehlt: Sie wurde verschoben oder gelöscht.</translation>
+        </message>
+        <message>
+            <source>ISRC %1</source>
+            <translation>ISRC %1</translation>
+        </message>
+        <message>
+            <source>Sound in the pause in front of it</source>
+            <translation>Ton in der Pause davor</translation>
+        </message>
+        <message>
+            <source>Change Pause</source>
+            <translation>Pause ändern</translation>
+        </message>
+        <message>
+            <source>Pause</source>
+            <translation>Pause</translation>
+        </message>
+        <message>
+            <source>Sound</source>
+            <translation>Ton</translation>
         </message>
     </context>
     <context>
@@ -585,6 +710,26 @@
         <message>
             <source>Add Tracks</source>
             <translation>Titel hinzufügen</translation>
+        </message>
+        <message>
+            <source>&amp;CD-TEXT…</source>
+            <translation>&amp;CD-TEXT …</translation>
+        </message>
+        <message>
+            <source>Change Texts</source>
+            <translation>Texte ändern</translation>
+        </message>
+        <message>
+            <source>Change Options</source>
+            <translation>Optionen ändern</translation>
+        </message>
+        <message>
+            <source>Change the Kind of Disc</source>
+            <translation>Art der Disc ändern</translation>
+        </message>
+        <message>
+            <source>There is no sound device, so nothing can be heard. The disc can be made all the same.</source>
+            <translation>Es gibt kein Tongerät, daher ist nichts zu hören. Die Disc lässt sich trotzdem herstellen.</translation>
         </message>
     </context>
     <context>
@@ -844,6 +989,26 @@
         <message>
             <source>This is how filesystems of the disc differ from what is shown. Every system reads one that it knows.</source>
             <translation>So weichen Dateisysteme der Disc von dem ab, was gezeigt wird. Jedes System liest eines, das es kennt.</translation>
+        </message>
+        <message>
+            <source>Everything</source>
+            <translation>Alles</translation>
+        </message>
+        <message>
+            <source>Names that change</source>
+            <translation>Namen, die sich ändern</translation>
+        </message>
+        <message>
+            <source>Missing or not storable</source>
+            <translation>Fehlend oder nicht speicherbar</translation>
+        </message>
+        <message>
+            <source>On the disc more than once</source>
+            <translation>Mehrfach auf der Disc</translation>
+        </message>
+        <message>
+            <source>What is shown</source>
+            <translation>Was gezeigt wird</translation>
         </message>
     </context>
     <context>
@@ -1137,10 +1302,6 @@
             <translation>Abbild speichern</translation>
         </message>
         <message>
-            <source>Tessaron</source>
-            <translation>Tessaron</translation>
-        </message>
-        <message>
             <source>&amp;Burn…</source>
             <translation>B&amp;rennen …</translation>
         </message>
@@ -1155,14 +1316,6 @@
         <message>
             <source>Something else is being done. Wait for its end, or stop it.</source>
             <translation>Etwas anderes läuft noch. Warten Sie das Ende ab, oder halten Sie es an.</translation>
-        </message>
-        <message>
-            <source>No image was saved of these tracks. Quit without one?</source>
-            <translation>Von diesen Titeln wurde kein Abbild gespeichert. Ohne eines beenden?</translation>
-        </message>
-        <message>
-            <source>What you put together is lost then. The files themselves stay.</source>
-            <translation>Was Sie zusammengestellt haben, geht dann verloren. Die Dateien selbst bleiben.</translation>
         </message>
     </context>
     <context>
@@ -1284,16 +1437,47 @@
             <source>No projects yet</source>
             <translation>Noch keine Projekte</translation>
         </message>
+        <message>
+            <source>this program has no panel for discs of its kind</source>
+            <translation>dieses Programm hat keinen Bereich für Discs dieser Art</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::ProjectKeeper</name>
         <message>
-            <source>another project is being saved or opened</source>
-            <translation>ein anderes Projekt wird gerade gespeichert oder geöffnet</translation>
-        </message>
-        <message>
             <source>Try again in a moment.</source>
             <translation>Versuchen Sie es gleich noch einmal.</translation>
+        </message>
+        <message>
+            <source>another project is being saved</source>
+            <translation>ein anderes Projekt wird gerade gespeichert</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::SoundBar</name>
+        <message>
+            <source>Place in the track</source>
+            <translation>Stelle im Titel</translation>
+        </message>
+        <message>
+            <source>Click where you want to listen</source>
+            <translation>Klicken Sie, wo Sie hören wollen</translation>
+        </message>
+        <message>
+            <source>Time</source>
+            <translation>Zeit</translation>
+        </message>
+        <message>
+            <source>%1 of %2</source>
+            <translation>%1 von %2</translation>
+        </message>
+        <message>
+            <source>&amp;Pause</source>
+            <translation>&amp;Pause</translation>
+        </message>
+        <message>
+            <source>&amp;Listen</source>
+            <translation>An&amp;hören</translation>
         </message>
     </context>
     <context>

@@ -130,6 +130,16 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::AudioIntake</name>
+        <message numerus="yes">
+            <source>%n channels</source>
+            <translation>
+                <numerusform>%n channel</numerusform>
+                <numerusform>%n channels</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::AudioTrackModel</name>
         <message numerus="yes">
             <source>Add %n Track(s)</source>

@@ -24,14 +24,6 @@
             <translation>Ajout</translation>
         </message>
         <message>
-            <source>The folder %1 cannot be listed: %2</source>
-            <translation>Le dossier %1 ne peut être lu : %2</translation>
-        </message>
-        <message>
-            <source>%1 holds no sound.</source>
-            <translation>%1 ne contient pas de son.</translation>
-        </message>
-        <message>
             <source>%1 is left out: a CD has 99 tracks at most.</source>
             <translation>%1 est omis : un CD a 99 pistes au plus.</translation>
         </message>
@@ -45,6 +37,10 @@
                 <numerusform>%n fichier n’a pu être ajouté.</numerusform>
                 <numerusform>%n fichiers n’ont pu être ajoutés.</numerusform>
             </translation>
+        </message>
+        <message>
+            <source>Not all that the cue sheet says was taken.</source>
+            <translation>Tout ce que dit la feuille CUE n&apos;a pas été repris.</translation>
         </message>
     </context>
     <context>
@@ -447,6 +443,103 @@
             <source>it names an item that cannot be on a disc</source>
             <translation>il nomme un élément qui ne peut pas être sur un disque</translation>
         </message>
+        <message>
+            <source>it has more than 99 tracks</source>
+            <translation>il a plus de 99 pistes</translation>
+        </message>
+        <message>
+            <source>it has a track without a file</source>
+            <translation>il a une piste sans fichier</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioIntake</name>
+        <message>
+            <source>%1 kHz</source>
+            <translation>%1 kHz</translation>
+        </message>
+        <message>
+            <source>mono</source>
+            <translation>mono</translation>
+        </message>
+        <message>
+            <source>stereo</source>
+            <translation>stéréo</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n channels</source>
+            <translation>
+                <numerusform>%n canal</numerusform>
+                <numerusform>%n canaux</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>The folder %1 cannot be listed: %2</source>
+            <translation>Le dossier %1 ne peut pas être lu : %2</translation>
+        </message>
+        <message>
+            <source>%1 holds no sound.</source>
+            <translation>%1 ne contient pas de son.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioTextDialog</name>
+        <message>
+            <source>CD-TEXT</source>
+            <translation>CD-TEXT</translation>
+        </message>
+        <message>
+            <source>&amp;Texts for players that show them:</source>
+            <translation>&amp;Textes pour les lecteurs qui les affichent :</translation>
+        </message>
+        <message>
+            <source>Catalogue &amp;number (EAN, 13 digits):</source>
+            <translation>&amp;Numéro de catalogue (EAN, 13 chiffres) :</translation>
+        </message>
+        <message>
+            <source>Title</source>
+            <translation>Titre</translation>
+        </message>
+        <message>
+            <source>Performer</source>
+            <translation>Interprète</translation>
+        </message>
+        <message>
+            <source>Songwriter</source>
+            <translation>Parolier</translation>
+        </message>
+        <message>
+            <source>Composer</source>
+            <translation>Compositeur</translation>
+        </message>
+        <message>
+            <source>Arranger</source>
+            <translation>Arrangeur</translation>
+        </message>
+        <message>
+            <source>Message</source>
+            <translation>Message</translation>
+        </message>
+        <message>
+            <source>ISRC</source>
+            <translation>ISRC</translation>
+        </message>
+        <message>
+            <source>Disc</source>
+            <translation>Disque</translation>
+        </message>
+        <message>
+            <source>Track %1</source>
+            <translation>Piste %1</translation>
+        </message>
+        <message>
+            <source>%1 is no ISRC: that has two letters, three letters or digits, and seven digits.</source>
+            <translation>%1 n&apos;est pas un ISRC : deux lettres, trois lettres ou chiffres, puis sept chiffres.</translation>
+        </message>
+        <message>
+            <source>A catalogue number has 13 digits.</source>
+            <translation>Un numéro de catalogue a 13 chiffres.</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::AudioTrackModel</name>
@@ -494,6 +587,38 @@
         <message>
             <source>File</source>
             <translation>Fichier</translation>
+        </message>
+        <message>
+            <source>Change Pauses</source>
+            <translation>Modifier les pauses</translation>
+        </message>
+        <message>
+            <source>%1 s</source>
+            <translation>%1 s</translation>
+        </message>
+        <message>
+            <source>The file is missing: it was moved or removed.</source>
+            <translation>Le fichier manque : il a été déplacé ou supprimé.</translation>
+        </message>
+        <message>
+            <source>ISRC %1</source>
+            <translation>ISRC %1</translation>
+        </message>
+        <message>
+            <source>Sound in the pause in front of it</source>
+            <translation>Du son dans la pause qui précède</translation>
+        </message>
+        <message>
+            <source>Change Pause</source>
+            <translation>Modifier la pause</translation>
+        </message>
+        <message>
+            <source>Pause</source>
+            <translation>Pause</translation>
+        </message>
+        <message>
+            <source>Sound</source>
+            <translation>Son</translation>
         </message>
     </context>
     <context>
@@ -585,6 +710,26 @@
         <message>
             <source>Add Tracks</source>
             <translation>Ajouter des pistes</translation>
+        </message>
+        <message>
+            <source>&amp;CD-TEXT…</source>
+            <translation>CD-TE&amp;XT…</translation>
+        </message>
+        <message>
+            <source>Change Texts</source>
+            <translation>Modifier les textes</translation>
+        </message>
+        <message>
+            <source>Change Options</source>
+            <translation>Modifier les options</translation>
+        </message>
+        <message>
+            <source>Change the Kind of Disc</source>
+            <translation>Modifier le type de disque</translation>
+        </message>
+        <message>
+            <source>There is no sound device, so nothing can be heard. The disc can be made all the same.</source>
+            <translation>Il n&apos;y a pas de périphérique audio, donc rien à entendre. Le disque peut être fait tout de même.</translation>
         </message>
     </context>
     <context>
@@ -844,6 +989,26 @@
         <message>
             <source>This is how filesystems of the disc differ from what is shown. Every system reads one that it knows.</source>
             <translation>Voici en quoi les systèmes de fichiers du disque diffèrent de ce qui est affiché. Chaque système lit celui qu’il connaît.</translation>
+        </message>
+        <message>
+            <source>Everything</source>
+            <translation>Tout</translation>
+        </message>
+        <message>
+            <source>Names that change</source>
+            <translation>Noms qui changent</translation>
+        </message>
+        <message>
+            <source>Missing or not storable</source>
+            <translation>Manquants ou non enregistrables</translation>
+        </message>
+        <message>
+            <source>On the disc more than once</source>
+            <translation>Plusieurs fois sur le disque</translation>
+        </message>
+        <message>
+            <source>What is shown</source>
+            <translation>Ce qui est affiché</translation>
         </message>
     </context>
     <context>
@@ -1137,10 +1302,6 @@
             <translation>Enregistrer une image</translation>
         </message>
         <message>
-            <source>Tessaron</source>
-            <translation>Tessaron</translation>
-        </message>
-        <message>
             <source>&amp;Burn…</source>
             <translation>&amp;Graver…</translation>
         </message>
@@ -1155,14 +1316,6 @@
         <message>
             <source>Something else is being done. Wait for its end, or stop it.</source>
             <translation>Une autre tâche est en cours. Attendez sa fin ou arrêtez-la.</translation>
-        </message>
-        <message>
-            <source>No image was saved of these tracks. Quit without one?</source>
-            <translation>Aucune image de ces pistes n’a été enregistrée. Quitter sans image ?</translation>
-        </message>
-        <message>
-            <source>What you put together is lost then. The files themselves stay.</source>
-            <translation>Ce que vous avez rassemblé sera alors perdu. Les fichiers eux-mêmes restent.</translation>
         </message>
     </context>
     <context>
@@ -1284,16 +1437,47 @@
             <source>No projects yet</source>
             <translation>Pas encore de projets</translation>
         </message>
+        <message>
+            <source>this program has no panel for discs of its kind</source>
+            <translation>ce programme n&apos;a pas de volet pour les disques de ce type</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::ProjectKeeper</name>
         <message>
-            <source>another project is being saved or opened</source>
-            <translation>un autre projet est en cours d’enregistrement ou d’ouverture</translation>
-        </message>
-        <message>
             <source>Try again in a moment.</source>
             <translation>Réessayez dans un instant.</translation>
+        </message>
+        <message>
+            <source>another project is being saved</source>
+            <translation>un autre projet est en cours d&apos;enregistrement</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::SoundBar</name>
+        <message>
+            <source>Place in the track</source>
+            <translation>Position dans la piste</translation>
+        </message>
+        <message>
+            <source>Click where you want to listen</source>
+            <translation>Cliquez là où vous voulez écouter</translation>
+        </message>
+        <message>
+            <source>Time</source>
+            <translation>Durée</translation>
+        </message>
+        <message>
+            <source>%1 of %2</source>
+            <translation>%1 sur %2</translation>
+        </message>
+        <message>
+            <source>&amp;Pause</source>
+            <translation>&amp;Pause</translation>
+        </message>
+        <message>
+            <source>&amp;Listen</source>
+            <translation>É&amp;couter</translation>
         </message>
     </context>
     <context>

@@ -24,14 +24,6 @@
             <translation>追加中</translation>
         </message>
         <message>
-            <source>The folder %1 cannot be listed: %2</source>
-            <translation>フォルダー %1 を読めません: %2</translation>
-        </message>
-        <message>
-            <source>%1 holds no sound.</source>
-            <translation>%1 に音声がありません。</translation>
-        </message>
-        <message>
             <source>%1 is left out: a CD has 99 tracks at most.</source>
             <translation>%1 を除きました: CD のトラックは 99 までです。</translation>
         </message>
@@ -44,6 +36,10 @@
             <translation>
                 <numerusform>%n 個のファイルを追加できませんでした。</numerusform>
             </translation>
+        </message>
+        <message>
+            <source>Not all that the cue sheet says was taken.</source>
+            <translation>キューシートの内容の一部は取り込まれませんでした。</translation>
         </message>
     </context>
     <context>
@@ -430,6 +426,102 @@
             <source>it names an item that cannot be on a disc</source>
             <translation>ディスクに入れられない項目が含まれています</translation>
         </message>
+        <message>
+            <source>it has more than 99 tracks</source>
+            <translation>トラックが 99 を超えています</translation>
+        </message>
+        <message>
+            <source>it has a track without a file</source>
+            <translation>ファイルのないトラックがあります</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioIntake</name>
+        <message>
+            <source>%1 kHz</source>
+            <translation>%1 kHz</translation>
+        </message>
+        <message>
+            <source>mono</source>
+            <translation>モノラル</translation>
+        </message>
+        <message>
+            <source>stereo</source>
+            <translation>ステレオ</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n channels</source>
+            <translation>
+                <numerusform>%n チャンネル</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>The folder %1 cannot be listed: %2</source>
+            <translation>フォルダー %1 を読み込めません: %2</translation>
+        </message>
+        <message>
+            <source>%1 holds no sound.</source>
+            <translation>%1 には音声がありません。</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioTextDialog</name>
+        <message>
+            <source>CD-TEXT</source>
+            <translation>CD-TEXT</translation>
+        </message>
+        <message>
+            <source>&amp;Texts for players that show them:</source>
+            <translation>表示に対応したプレーヤー用のテキスト(&amp;T):</translation>
+        </message>
+        <message>
+            <source>Catalogue &amp;number (EAN, 13 digits):</source>
+            <translation>カタログ番号 (EAN、13 桁)(&amp;N):</translation>
+        </message>
+        <message>
+            <source>Title</source>
+            <translation>タイトル</translation>
+        </message>
+        <message>
+            <source>Performer</source>
+            <translation>演奏者</translation>
+        </message>
+        <message>
+            <source>Songwriter</source>
+            <translation>作詞者</translation>
+        </message>
+        <message>
+            <source>Composer</source>
+            <translation>作曲者</translation>
+        </message>
+        <message>
+            <source>Arranger</source>
+            <translation>編曲者</translation>
+        </message>
+        <message>
+            <source>Message</source>
+            <translation>メッセージ</translation>
+        </message>
+        <message>
+            <source>ISRC</source>
+            <translation>ISRC</translation>
+        </message>
+        <message>
+            <source>Disc</source>
+            <translation>ディスク</translation>
+        </message>
+        <message>
+            <source>Track %1</source>
+            <translation>トラック %1</translation>
+        </message>
+        <message>
+            <source>%1 is no ISRC: that has two letters, three letters or digits, and seven digits.</source>
+            <translation>%1 は ISRC ではありません。英字 2 文字、英数字 3 文字、数字 7 文字です。</translation>
+        </message>
+        <message>
+            <source>A catalogue number has 13 digits.</source>
+            <translation>カタログ番号は 13 桁です。</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::AudioTrackModel</name>
@@ -474,6 +566,38 @@
         <message>
             <source>File</source>
             <translation>ファイル</translation>
+        </message>
+        <message>
+            <source>Change Pauses</source>
+            <translation>間隔を変更</translation>
+        </message>
+        <message>
+            <source>%1 s</source>
+            <translation>%1 秒</translation>
+        </message>
+        <message>
+            <source>The file is missing: it was moved or removed.</source>
+            <translation>ファイルが見つかりません。移動されたか削除されました。</translation>
+        </message>
+        <message>
+            <source>ISRC %1</source>
+            <translation>ISRC %1</translation>
+        </message>
+        <message>
+            <source>Sound in the pause in front of it</source>
+            <translation>手前の間隔に音があります</translation>
+        </message>
+        <message>
+            <source>Change Pause</source>
+            <translation>間隔を変更</translation>
+        </message>
+        <message>
+            <source>Pause</source>
+            <translation>間隔</translation>
+        </message>
+        <message>
+            <source>Sound</source>
+            <translation>波形</translation>
         </message>
     </context>
     <context>
@@ -565,6 +689,26 @@
         <message>
             <source>Add Tracks</source>
             <translation>トラックを追加</translation>
+        </message>
+        <message>
+            <source>&amp;CD-TEXT…</source>
+            <translation>CD-TEXT(&amp;C)…</translation>
+        </message>
+        <message>
+            <source>Change Texts</source>
+            <translation>テキストを変更</translation>
+        </message>
+        <message>
+            <source>Change Options</source>
+            <translation>オプションを変更</translation>
+        </message>
+        <message>
+            <source>Change the Kind of Disc</source>
+            <translation>ディスクの種類を変更</translation>
+        </message>
+        <message>
+            <source>There is no sound device, so nothing can be heard. The disc can be made all the same.</source>
+            <translation>サウンドデバイスがないため試聴できません。ディスクは作成できます。</translation>
         </message>
     </context>
     <context>
@@ -819,6 +963,26 @@
         <message>
             <source>This is how filesystems of the disc differ from what is shown. Every system reads one that it knows.</source>
             <translation>ディスクのファイルシステムと表示との違いです。各システムは対応するものを読みます。</translation>
+        </message>
+        <message>
+            <source>Everything</source>
+            <translation>すべて</translation>
+        </message>
+        <message>
+            <source>Names that change</source>
+            <translation>変わる名前</translation>
+        </message>
+        <message>
+            <source>Missing or not storable</source>
+            <translation>見つからない・保存できないもの</translation>
+        </message>
+        <message>
+            <source>On the disc more than once</source>
+            <translation>ディスクに重複するもの</translation>
+        </message>
+        <message>
+            <source>What is shown</source>
+            <translation>表示する項目</translation>
         </message>
     </context>
     <context>
@@ -1108,10 +1272,6 @@
             <translation>イメージを保存</translation>
         </message>
         <message>
-            <source>Tessaron</source>
-            <translation>Tessaron</translation>
-        </message>
-        <message>
             <source>&amp;Burn…</source>
             <translation>書き込む(&amp;B)…</translation>
         </message>
@@ -1126,14 +1286,6 @@
         <message>
             <source>Something else is being done. Wait for its end, or stop it.</source>
             <translation>別の処理の実行中です。終わるのを待つか、停止してください。</translation>
-        </message>
-        <message>
-            <source>No image was saved of these tracks. Quit without one?</source>
-            <translation>これらのトラックのイメージは保存されていません。保存せずに終了しますか?</translation>
-        </message>
-        <message>
-            <source>What you put together is lost then. The files themselves stay.</source>
-            <translation>集めた内容は失われます。ファイル自体は残ります。</translation>
         </message>
     </context>
     <context>
@@ -1254,16 +1406,47 @@
             <source>No projects yet</source>
             <translation>プロジェクトはまだありません</translation>
         </message>
+        <message>
+            <source>this program has no panel for discs of its kind</source>
+            <translation>このプログラムにはこの種類のディスク用のパネルがありません</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::ProjectKeeper</name>
         <message>
-            <source>another project is being saved or opened</source>
-            <translation>別のプロジェクトを保存中または開いています</translation>
-        </message>
-        <message>
             <source>Try again in a moment.</source>
             <translation>少し待ってからもう一度お試しください。</translation>
+        </message>
+        <message>
+            <source>another project is being saved</source>
+            <translation>別のプロジェクトを保存中です</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::SoundBar</name>
+        <message>
+            <source>Place in the track</source>
+            <translation>トラック内の位置</translation>
+        </message>
+        <message>
+            <source>Click where you want to listen</source>
+            <translation>聴きたい位置をクリックします</translation>
+        </message>
+        <message>
+            <source>Time</source>
+            <translation>時間</translation>
+        </message>
+        <message>
+            <source>%1 of %2</source>
+            <translation>%1 / %2</translation>
+        </message>
+        <message>
+            <source>&amp;Pause</source>
+            <translation>一時停止(&amp;P)</translation>
+        </message>
+        <message>
+            <source>&amp;Listen</source>
+            <translation>試聴(&amp;L)</translation>
         </message>
     </context>
     <context>

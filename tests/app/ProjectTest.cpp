@@ -1,4 +1,5 @@
 #include "app/AtomicFile.h"
+#include "app/DataProject.h"
 #include "app/ProjectFile.h"
 #include "app/ProjectKeeper.h"
 
@@ -59,7 +60,11 @@ protected:
     [[nodiscard]] NSError open(const QByteArray &name)
     {
         std::optional<NSError> ended;
-        other.open(tree.path(name), [&ended](const NSError &error) { ended = error; });
+        const QByteArray path = tree.path(name);
+        const Result<QJsonObject> read = projectAt(path);
+        if (!read)
+            return read.error();
+        other.open(path, *read, [&ended](const NSError &error) { ended = error; });
         EXPECT_TRUE(runEventLoopUntil([&ended] { return ended.has_value(); }));
         return ended.value_or(NSError());
     }
@@ -74,21 +79,23 @@ protected:
 
     const TemporaryTree tree;
     DiscDocument document;
-    ProjectKeeper keeper{document, tree.path("recovery")};
+    DataProject project{document};
+    ProjectKeeper keeper{project, tree.path("recovery")};
     DiscDocument opened;
-    ProjectKeeper other{opened, tree.path("recovery")};
+    DataProject openedProject{opened};
+    ProjectKeeper other{openedProject, tree.path("recovery")};
 };
 
 } // namespace
 
 TEST_F(ProjectTest, open_bringsBackNamesOrderOptionsAndBytesThatAreNoText)
 {
-    keeper.setMediumKey(QStringLiteral("cd-700"));
+    project.setMediumKey(QStringLiteral("cd-700"));
     ASSERT_FALSE(save("disc.tessaron"));
     EXPECT_TRUE(document.undoStack().isClean());
     ASSERT_FALSE(open("disc.tessaron"));
     expectSame();
-    EXPECT_EQ(other.mediumKey(), QStringLiteral("cd-700"));
+    EXPECT_EQ(openedProject.mediumKey(), QStringLiteral("cd-700"));
     EXPECT_EQ(other.missingPaths(), QStringList());
     const _TessaronAttributes &options =
         *nodeAt(opened, QStringLiteral("/photos"))->item->fileReference()->tessaronAttributes();
@@ -251,4 +258,13 @@ TEST(ProjectSaving, olderOrNewerProjectIsWhole_whereverTheProgramIsKilled)
         }
     }
     EXPECT_GE(killed, 4);
+}
+
+TEST_F(ProjectTest, forgetCopy_leavesNothingBehind)
+{
+    keeper.keepCopy();
+    ASSERT_TRUE(
+        runEventLoopUntil([this] { return QDir(tree.pathText("recovery")).entryList(QDir::Files).size() == 2; }));
+    keeper.forgetCopy();
+    ASSERT_TRUE(runEventLoopUntil([this] { return QDir(tree.pathText("recovery")).isEmpty(); }));
 }
