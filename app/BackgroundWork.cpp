@@ -12,7 +12,7 @@ BackgroundWork::~BackgroundWork()
 
 void BackgroundWork::start(std::function<void(const std::stop_token &)> work, std::function<void()> whenEnded)
 {
-    m_thread = std::jthread(); // asks what runs to stop, and waits for it
+    letGo();
     m_life = std::make_shared<int>();
     m_isRunning = true;
     m_thread = std::jthread([this, work = std::move(work), whenEnded = std::move(whenEnded),

@@ -19,13 +19,13 @@ public:
     BackgroundWork &operator=(const BackgroundWork &) = delete;
 
     /// Runs `work`, and then `whenEnded` on the main thread, unless this was destroyed meanwhile. What runs already is
-    /// stopped first.
+    /// let go: a window does not wait for a mount that does not answer.
     void start(std::function<void(const std::stop_token &)> work, std::function<void()> whenEnded);
     void requestStop() { m_thread.request_stop(); }
     /// Asks what runs to stop; nothing is heard of it any more. Does not wait.
     void cancel();
     [[nodiscard]] bool isRunning() const { return m_isRunning; }
-    /// Does not wait for what runs. It must use nothing that goes before it ends.
+    /// Asks what runs to stop, and does not wait for it. It must use nothing that goes before it ends.
     void letGo();
 
 private:

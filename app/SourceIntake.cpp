@@ -1,5 +1,6 @@
 #include "app/SourceIntake.h"
 
+#include "app/AbandonedJob.h"
 #include "app/Words.h"
 
 #include <TessaronClasses/DiscJobErrors.h>
@@ -54,27 +55,24 @@ void SourceIntake::cancel()
 {
     if (!m_isRunning)
         return;
-    m_isCancelled = true;
     m_waiting.clear();
-    m_background.requestStop();
-    if (m_scan)
-        m_scan->cancel();
+    m_background.cancel();
+    abandonJob(std::move(m_scan));
+    m_work.reset();
+    m_isRunning = false;
+    Q_EMIT finished(std::make_shared<TakenIn>());
 }
 
 void SourceIntake::letGo()
 {
     m_background.letGo();
-    if (m_scan && m_scan->isRunning()) {
-        m_scan->cancel();
-        (void)m_scan.release(); // its destructor would wait
-    }
+    abandonJob(std::move(m_scan));
 }
 
 void SourceIntake::startNext()
 {
     const Request request = m_waiting.takeFirst();
     m_isRunning = true;
-    m_isCancelled = false;
     m_work = std::make_shared<Work>();
     m_work->paths = request.paths;
     m_work->result->folder = request.folder;
@@ -103,7 +101,7 @@ void SourceIntake::lookAtPaths()
             work->paths = readable;
         },
         [this] {
-            if (m_isCancelled || m_work->paths.isEmpty())
+            if (m_work->paths.isEmpty())
                 end();
             else
                 scan();
@@ -120,13 +118,8 @@ void SourceIntake::scan()
 
 void SourceIntake::scanned(const ScanResult &result)
 {
-    const bool isOver = m_isCancelled;
     ScanResult own = result;
     m_scan.release()->deleteLater();
-    if (isOver) {
-        end();
-        return;
-    }
     if (!own.error) {
         describe(own);
         return;
@@ -173,8 +166,6 @@ void SourceIntake::describe(const ScanResult &result)
 void SourceIntake::end()
 {
     const std::shared_ptr<TakenIn> result = m_work->result;
-    if (m_isCancelled)
-        result->nodes.clear();
     m_work.reset();
     m_isRunning = false;
     Q_EMIT finished(result);

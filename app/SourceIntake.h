@@ -41,7 +41,7 @@ public:
     [[nodiscard]] bool isRunning() const { return m_isRunning; }
     /// Objects found and looked at so far.
     [[nodiscard]] std::uint64_t found() const;
-    /// Gives up what runs and what waits; finished() comes then, with nothing.
+    /// Gives up what runs and what waits, without waiting for it; finished() comes at once, with nothing.
     void cancel();
     /// Does not wait for what hangs in the system; for the end of the program.
     void letGo();
@@ -69,7 +69,6 @@ private:
 
     QList<Request> m_waiting;
     bool m_isRunning = false;
-    bool m_isCancelled = false;
     std::shared_ptr<Work> m_work; ///< shared with the thread
     std::unique_ptr<ScanJob> m_scan;
     BackgroundWork m_background;
