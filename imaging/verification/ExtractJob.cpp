@@ -3,8 +3,8 @@
 #include "imaging/jobs/FreeSpace.h"
 #include "imaging/jobs/ImageDestination.h"
 #include "imaging/verification/DecodedSounds.h"
+#include "imaging/verification/OutputFolder.h"
 #include "imaging/verification/TrackExtractor.h"
-#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/ExtractJob.h>
@@ -21,14 +21,6 @@ namespace Tessaron
 
 namespace
 {
-
-NSError outputError(const QByteArray &path, int errnoValue)
-{
-    return discJobError(errnoValue == ENOSPC || errnoValue == EDQUOT ? DiscJobErrorCode::Space
-                                                                     : DiscJobErrorCode::Destination,
-                        QStringLiteral("the output %1 cannot be written: %2").arg(quoted(path), systemText(errnoValue)),
-                        isLackOfDescriptors(errnoValue) ? adviceOnDescriptors() : QString(), path);
-}
 
 QByteArray nameOfTrack(const ExtractedTrack &track, ExtractedSound sound)
 {
@@ -81,37 +73,6 @@ NSError errorOfName(const QByteArray &path, const ExtractedTrack &track, Extract
                               : QStringLiteral("Name an output that ends in .wav, or in .flac for FLAC."));
     return {};
 }
-
-/// The folder for all tracks, made when it is not there; an empty one that was made goes again unless it is kept.
-class OutputFolder
-{
-public:
-    ~OutputFolder()
-    {
-        if (!m_made.isEmpty())
-            ::rmdir(m_made.constData());
-    }
-    [[nodiscard]] NSError make(const QByteArray &path)
-    {
-        struct stat status;
-        if (::mkdir(path.constData(), 0777) == 0) {
-            m_made = path;
-            return {};
-        }
-        const int failure = errno;
-        if (failure == EEXIST && ::stat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode))
-            return {};
-        if (failure == EEXIST)
-            return discJobError(DiscJobErrorCode::Destination,
-                                QStringLiteral("the output %1 is no folder").arg(quoted(path)),
-                                QStringLiteral("Name a folder for the tracks, or one track with --track."), path);
-        return outputError(path, failure);
-    }
-    void keep() { m_made.clear(); }
-
-private:
-    QByteArray m_made;
-};
 
 /// A track on its way.
 struct TrackOutput {
@@ -197,7 +158,8 @@ NSError ExtractJob::Work::extract(const std::stop_token &stop)
     if (NSError error = chooseTracks(&outputs))
         return error;
     if (!order.track) {
-        if (NSError error = folder.make(order.output))
+        if (NSError error =
+                folder.open(order.output, QStringLiteral("Name a folder for the tracks, or one track with --track.")))
             return error;
     }
     if (NSError error = openOutputs(&outputs))
