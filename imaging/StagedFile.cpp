@@ -28,7 +28,7 @@ constexpr const char *temporaryEnd = ".part";
 /// ".NAME.", with as much of the name as leaves room for the rest.
 QByteArray temporaryBeginningFor(const QByteArray &finalName)
 {
-    const qsizetype others = qsizetype(1 + 1 + std::strlen(variableLetters) + std::strlen(temporaryEnd));
+    const qsizetype others = 2 + qsizetype(std::strlen(variableLetters)) + qsizetype(std::strlen(temporaryEnd));
     return '.' + finalName.left(longestName - others) + '.';
 }
 
@@ -271,6 +271,46 @@ int Publisher::publish()
 int publishTogether(const std::vector<StagedFile *> &files)
 {
     return Publisher(files).publish();
+}
+
+namespace
+{
+
+/// Moves a name to one that is not taken; an `errno` value or 0.
+int renameUnlessTaken(int folder, const char *from, const char *to)
+{
+    if (::renameat2(folder, from, folder, to, RENAME_NOREPLACE) == 0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS)
+        return errno;
+    // A filesystem that cannot do that in one step may have links; where it has none either, the last look decides.
+    if (::linkat(folder, from, folder, to, 0) == 0)
+        return ::unlinkat(folder, from, 0) == 0 ? 0 : errno;
+    if (errno == EEXIST)
+        return EEXIST;
+    struct stat status;
+    if (::fstatat(folder, to, &status, AT_SYMLINK_NOFOLLOW) == 0)
+        return EEXIST;
+    return ::renameat(folder, from, folder, to) == 0 ? 0 : errno;
+}
+
+} // namespace
+
+int publishUnlessTaken(StagedFile &file, const QByteArray &name, std::optional<mode_t> mode)
+{
+    // Whom the umask lets read, it lets execute.
+    const mode_t allowed = file.m_finalMode | ((file.m_finalMode & 0444) >> 2);
+    if (::fchmod(file.descriptor(), mode ? (*mode & allowed & 0777) | 0600 : file.m_finalMode) != 0)
+        return errno;
+    if (file.isNameless()) {
+        const QByteArray source = descriptorPath(file.descriptor());
+        return ::linkat(AT_FDCWD, source.constData(), file.m_folder, name.constData(), AT_SYMLINK_FOLLOW) == 0 ? 0
+                                                                                                               : errno;
+    }
+    const int failure = renameUnlessTaken(file.m_folder, file.m_temporaryName.constData(), name.constData());
+    if (failure == 0)
+        file.forgetTemporaryName();
+    return failure;
 }
 
 } // namespace Tessaron

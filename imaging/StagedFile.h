@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <sys/types.h>
 #include <vector>
 
@@ -45,6 +46,7 @@ public:
 
 private:
     friend class Publisher;
+    friend int publishUnlessTaken(StagedFile &file, const QByteArray &name, std::optional<mode_t> mode);
 
     StagedFile(int folder, const QByteArray &folderPath, const QByteArray &finalName);
     bool createNameless();
@@ -68,5 +70,10 @@ private:
 /// process's umask asks for: either all of them or, as far as the filesystem can exchange two names, none. 0 or an
 /// `errno` value; the files stay staged then. Several files must lie in one folder.
 [[nodiscard]] int publishTogether(const std::vector<StagedFile *> &files);
+
+/// Gives the file this name in its folder instead of the final one, unless there is something of that name: EEXIST
+/// then. Of `mode` it gets the permissions that the process's umask leaves, but the user may always read and write;
+/// without one, those that the umask asks for. 0 or an `errno` value; the file stays staged then.
+[[nodiscard]] int publishUnlessTaken(StagedFile &file, const QByteArray &name, std::optional<mode_t> mode);
 
 } // namespace Tessaron

@@ -15,7 +15,10 @@ _tessaron_options() {
     verify) echo "--filesystems --progress --json -q --quiet -v --verbose -h --help --version" ;;
     scan) echo "--progress --json -q --quiet -v --verbose -h --help --version" ;;
     tracks) echo "--json -h --help --version" ;;
-    extract) echo "--track -o --output --format --hidden --no-sync --progress --json -q --quiet -h --help --version" ;;
+    extract)
+        echo "--track --files --filesystem -o --output --format --hidden --no-sync --progress --json -q --quiet -h --help" \
+            "--version"
+        ;;
     convert)
         echo "--to --vbr --cbr -d --directory --flat --tags -j --jobs --progress --json -q --quiet -v --verbose -h --help" \
             "--version"
@@ -46,6 +49,7 @@ _tessaron_values() {
     --speed) echo "2 4 8 16 24 48" ;;
     --capacity) echo "74 80 90 99" ;;
     --filesystems) echo "iso9660,joliet,udf,hfs+ iso9660,joliet iso9660,udf iso9660 joliet udf hfs+" ;;
+    --filesystem) echo "rockridge udf hfs+ joliet iso9660" ;;
     --progress) echo "auto bar json none" ;;
     --track) echo "all" ;;
     --to) echo "wav aiff mp3" ;;

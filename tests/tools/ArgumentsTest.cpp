@@ -193,6 +193,17 @@ TEST(Arguments, tracksAndExtract_takeOneImage)
     EXPECT_EQ(parseArguments({"extract", "--track", "0", "-o", "x", "y"}).track, 0u);
 }
 
+TEST(Arguments, extract_takesFiles_behindTheImage)
+{
+    const Arguments some =
+        parseArguments({"extract", "--files", "--filesystem", "hfs+", "-o", "out", "disc.iso", "a/b", "c"});
+    EXPECT_EQ(some.action, Arguments::Action::ExtractFiles) << some.usageError.toStdString();
+    EXPECT_EQ(some.paths, QList<QByteArray>({"disc.iso", "a/b", "c"}));
+    EXPECT_EQ(some.extractedFilesystem, VolumeKind::HFSPlus);
+    EXPECT_FALSE(some.track);
+    EXPECT_EQ(parseArguments({"extract", "--files", "--track", "2", "-o", "out", "disc.cue"}).track, 2u);
+}
+
 TEST(Arguments, extract_takesTheFormOfSound_fromItsOptionOrTheEndOfTheName)
 {
     const auto sound = [](const QList<QByteArray> &words) {
@@ -231,6 +242,11 @@ INSTANTIATE_TEST_SUITE_P(
         WrongLine{{"tracks"}, "no IMAGE"}, WrongLine{{"tracks", "a", "b"}, "more than one IMAGE"},
         WrongLine{{"extract", "a"}, "with --track"}, WrongLine{{"extract", "a", "--track", "1"}, "with -o OUT"},
         WrongLine{{"extract", "--track", "1", "-o", "x"}, "no IMAGE"},
+        WrongLine{{"extract", "--files", "-o", "x"}, "no IMAGE"}, WrongLine{{"extract", "--files", "x"}, "with -o OUT"},
+        WrongLine{{"extract", "--files", "--hidden", "-o", "x", "a"}, "do not go with --files"},
+        WrongLine{{"extract", "--files", "--track", "all", "-o", "x", "a"}, "the one track"},
+        WrongLine{{"extract", "--files", "--filesystem", "fat", "-o", "x", "a"}, "use rockridge"},
+        WrongLine{{"extract", "--track", "1", "--filesystem", "udf", "-o", "x", "a"}, "is for --files"},
         WrongLine{{"extract", "--track", "1", "--hidden", "-o", "x", "a"}, "--track all"},
         WrongLine{{"extract", "--track", "1", "--format", "iso", "-o", "x", "a"}, "use wav or flac"},
         WrongLine{{"extract", "--track", "100", "a"}, "“100” is no track"},

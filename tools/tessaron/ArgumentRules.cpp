@@ -72,12 +72,30 @@ QString checkInspect(const Arguments &arguments)
                                       : QString();
 }
 
+QString checkExtractFiles(Arguments &arguments, const NamedOptions &named)
+{
+    arguments.action = Arguments::Action::ExtractFiles;
+    if (arguments.paths.isEmpty())
+        return QStringLiteral("no IMAGE was given");
+    if (arguments.output.isEmpty())
+        return QStringLiteral("no output was given: name the folder for the files with -o OUT");
+    if (named.hasFormat || arguments.takesHiddenSound)
+        return QStringLiteral("--format and --hidden are for tracks; they do not go with --files");
+    if (named.hasTrack && arguments.track.value_or(0) == 0)
+        return QStringLiteral("with --files, --track names the one track whose filesystem is meant");
+    return {};
+}
+
 QString checkExtract(Arguments &arguments, const NamedOptions &named)
 {
+    if (named.takesFiles)
+        return checkExtractFiles(arguments, named);
+    if (arguments.extractedFilesystem)
+        return QStringLiteral("--filesystem is for --files");
     if (QString error = checkInspect(arguments); !error.isEmpty())
         return error;
     if (!named.hasTrack)
-        return QStringLiteral("no track was given: name one, or all, with --track");
+        return QStringLiteral("no track was given: name one, or all, with --track, or say --files");
     if (arguments.takesHiddenSound && arguments.track)
         return QStringLiteral("--hidden goes with --track all; one alone is taken with --track 0");
     if (arguments.output.isEmpty())

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/discimage/volume/VolumeReader.h"
 #include <TessaronClasses/AudioImageJob.h>
 #include <TessaronClasses/DiscFormat.h>
 #include <TessaronClasses/ExtractJob.h>
@@ -39,6 +40,7 @@ struct Arguments {
         Verify,
         Tracks,
         Extract,
+        ExtractFiles,
         Convert,
         Info,
         DescribeDVD,
@@ -70,6 +72,9 @@ struct Arguments {
     std::optional<std::uint32_t> track; ///< its number; absent for all
     ExtractedSound sound = ExtractedSound::WAVE;
     bool takesHiddenSound = false;
+
+    // For ExtractFiles only, whose paths are the image and those in it; the track may have the filesystem.
+    std::optional<VolumeKind> extractedFilesystem; ///< absent for the best one
 
     // For MakeImage, MakeAudioImage and Extract.
     QByteArray output;

@@ -20,7 +20,7 @@ Commands:
   verify   compare every filesystem of a disc image with its sources
   scan     count what is in folders and files
   tracks   list the tracks of a disc image
-  extract  take tracks out of a disc image
+  extract  take tracks, or files, out of a disc image
   convert  make WAVE, AIFF or MP3 files of audio and movie files
   info     tell what is in audio and movie files
   dvd      tell what a video DVD holds, or play it
@@ -165,11 +165,15 @@ Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted.
 )";
 
 constexpr char extractIntroduction[] = R"(Usage: tessaron extract [OPTION]... --track N|all -o OUT IMAGE
+       tessaron extract [OPTION]... --files -o OUT IMAGE [PATH]...
 
 Takes tracks out of a disc image: sound as a WAVE or FLAC file with tags of the
 CD-TEXT, data as the user data of its sectors. IMAGE is a cue sheet, a .ccd or
 .toc file, or an image; sound files that it names are decoded where they must
 be. What lies in front of a track's index 1 is left out.
+
+Or takes files out of one of its filesystems: those of each PATH in it, or all.
+What has a name that is taken in OUT gets another one.
 
 Options:
 )";
@@ -178,9 +182,11 @@ constexpr char extractEnd[] = R"(
 Examples:
   tessaron extract --track 2 -o song.wav album.cue
   tessaron extract --track all --format flac -o songs album.cue
+  tessaron extract --files -o photos disc.iso Summer/beach.jpg Winter
 
 Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but sectors or sounds are
-damaged or hold more than was taken, 130 interrupted.
+damaged or hold more than was taken, or files could not be read,
+130 interrupted.
 )";
 
 constexpr char convertIntroduction[] = R"(Usage: tessaron convert --to FORMAT -d DIR [OPTION]... FILE...

@@ -4,6 +4,7 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "tools/tessaron/OptionTable.h"
 #include "tools/tessaron/Text.h"
+#include "tools/tessaron/VolumeJson.h"
 
 #include <array>
 #include <cmath>
@@ -132,6 +133,11 @@ bool OptionParser::apply(const OptionDescription &option, const QByteArray &show
         return m_arguments.command == "extract" ? setSoundFormat(value) : setFormat(value);
     case Option::Filesystems:
         return setFilesystems(value);
+    case Option::Filesystem:
+        return setFilesystem(value);
+    case Option::Files:
+        m_named.takesFiles = true;
+        return true;
     case Option::Gap:
         return setGap(value);
     case Option::NoGapless:
@@ -279,6 +285,19 @@ bool OptionParser::setFilesystems(const QByteArray &value)
     m_arguments.filesystems = mask;
     m_arguments.hasFilesystems = true;
     return true;
+}
+
+bool OptionParser::setFilesystem(const QByteArray &value)
+{
+    for (const VolumeKind kind :
+         {VolumeKind::RockRidge, VolumeKind::UDF, VolumeKind::HFSPlus, VolumeKind::Joliet, VolumeKind::ISO9660}) {
+        if (text(value) == volumeKindKey(kind)) {
+            m_arguments.extractedFilesystem = kind;
+            return true;
+        }
+    }
+    return fail(
+        QStringLiteral("there is no filesystem %1; use rockridge, udf, hfs+, joliet or iso9660").arg(quoted(value)));
 }
 
 bool OptionParser::setGap(const QByteArray &value)

@@ -11,6 +11,7 @@ struct OptionDescription;
 struct NamedOptions {
     bool hasFormat = false;
     bool hasTrack = false;
+    bool takesFiles = false;
     QByteArray soundFormat; ///< empty where none was named
     int variableBitRate = 0; ///< kilobits a second; 0 where none was named
     int constantBitRate = 0;
@@ -43,6 +44,7 @@ private:
     bool setFormat(const QByteArray &value);
     bool setSoundFormat(const QByteArray &value);
     bool setFilesystems(const QByteArray &value);
+    bool setFilesystem(const QByteArray &value);
     bool setGap(const QByteArray &value);
     bool setCapacity(const QByteArray &value);
     bool setTrack(const QByteArray &value);

@@ -39,9 +39,16 @@ constexpr std::array options = {
     OptionDescription{Option::Track, 0, "track", "N", "extract",
                       "The number of the track, or all. 0 is what lies in\nfront of index 1 of the first track."},
     OptionDescription{
+        Option::Files, 0, "files", nullptr, "extract",
+        "Take files out of a filesystem: those that are named\nbehind IMAGE, folders with all in them, or "
+        "everything."},
+    OptionDescription{Option::Filesystem, 0, "filesystem", "KIND", "extract",
+                      "With --files: rockridge, udf, hfs+, joliet or iso9660;\nthe first of these that is there "
+                      "without it."},
+    OptionDescription{
         Option::Output, 'o', "output", "OUT", "extract",
         "The file for the track; for all tracks the folder for\nthem. They appear when they are whole; older ones are\n"
-        "replaced then."},
+        "replaced then. With --files the folder for the files,\nin which nothing is replaced."},
     OptionDescription{
         Option::Format, 0, "format", "FORMAT", "extract",
         "wav or flac, for sound. The ending of OUT decides for\none track when it is not given; else it is "

@@ -22,6 +22,8 @@ enum class Option : std::uint8_t {
     Progress,
     Format,
     Filesystems,
+    Filesystem,
+    Files,
     Gap,
     NoGapless,
     Capacity,

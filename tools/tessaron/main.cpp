@@ -7,6 +7,7 @@
 #include "tools/tessaron/DVDCommand.h"
 #include "tools/tessaron/DrivesCommand.h"
 #include "tools/tessaron/ExtractCommand.h"
+#include "tools/tessaron/ExtractFilesCommand.h"
 #include "tools/tessaron/ImageCommand.h"
 #include "tools/tessaron/ImageReport.h"
 #include "tools/tessaron/InfoCommand.h"
@@ -70,6 +71,8 @@ ExitStatus run(const Arguments &arguments)
         return TracksCommand(arguments).run();
     case Arguments::Action::Extract:
         return ExtractCommand(arguments).run();
+    case Arguments::Action::ExtractFiles:
+        return ExtractFilesCommand(arguments).run();
     case Arguments::Action::Convert:
         return ConvertCommand(arguments).run();
     case Arguments::Action::Info:
