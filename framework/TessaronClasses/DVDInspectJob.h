@@ -4,14 +4,26 @@
 #include <TessaronClasses/DiscJob.h>
 
 #include <QByteArray>
+#include <QString>
+
+#include <vector>
 
 namespace Tessaron
 {
+
+/// A file of a folder VIDEO_TS that is not as players need it.
+struct DVDFileProblem {
+    QByteArray name;
+    QString message; ///< continues the name to a sentence without the full stop: "is missing"
+};
 
 /// What a video DVD says about itself.
 struct DVDInspectResult {
     NSError error; ///< null when it is known; domain and codes are those of DiscJobErrors.h
     DVDDescription disc;
+    /// Of a folder, also after an error: files that are missing, have other names or lengths than they must, or differ
+    /// from their backups.
+    std::vector<DVDFileProblem> problems;
 };
 
 /// Describes a video DVD, describeDVD() in the background: a folder VIDEO_TS or the one that holds it, an image, or a

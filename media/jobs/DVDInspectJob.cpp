@@ -1,4 +1,5 @@
 #include "imaging/jobs/OneStepWork.h"
+#include "media/jobs/VideoFolderCheck.h"
 #include <TessaronClasses/DVDInspectJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
 
@@ -16,11 +17,18 @@ public:
 private:
     NSError run(const std::stop_token &stop) override
     {
+        Result<std::vector<DVDFileProblem>> problems = problemsOfVideoFolder(path, stop);
+        const NSError failure = problems.error();
+        if (!failure)
+            result.problems = *std::move(problems);
         Result<DVDDescription> disc = describeDVD(path, stop);
         if (!disc)
             return discJobError(DiscJobErrorCode::Source, disc.error().localizedDescription(),
                                 disc.error().localizedRecoverySuggestion(), path, disc.error().code());
         result.disc = *std::move(disc);
+        if (failure)
+            result.problems = {
+                {"VIDEO_TS", QStringLiteral("cannot be checked: %1").arg(failure.localizedFailureReason())}};
         return {};
     }
 

@@ -66,6 +66,56 @@ TEST_F(DVDCommand, damage_isToldAndMakesTheReportIncomplete)
     EXPECT_EQ(jsonOf(result.output)[QStringLiteral("result")].toString(), QStringLiteral("incomplete"));
 }
 
+TEST_F(DVDCommand, filesThatAreNotAsPlayersNeedThem_areTold)
+{
+    const QByteArray copy = copyOfDisc();
+    const auto problems = [&copy](int expectedStatus = 3) {
+        const ChildResult result = runTessaron({"dvd", "--json", copy});
+        EXPECT_EQ(result.exitStatus, expectedStatus) << result.errors.constData();
+        QStringList lines;
+        for (const auto &each : jsonOf(result.output)[QStringLiteral("problems")].toArray())
+            lines << each[QStringLiteral("file")].toString() + u' ' + each[QStringLiteral("message")].toString();
+        return lines;
+    };
+    EXPECT_EQ(problems(0), QStringList());
+    patch("VTS_01_0.BUP", 0x100, 'x');
+    EXPECT_EQ(problems(),
+              QStringList{QStringLiteral("VTS_01_0.BUP differs from VTS_01_0.IFO, whose backup it is to be")});
+    // A block less, and a file that is none of a DVD.
+    const QByteArray video = m_tree.contents("disc/VIDEO_TS/VTS_01_1.VOB");
+    m_tree.makeFile("disc/VIDEO_TS/VTS_01_1.VOB", video.chopped(2048));
+    m_tree.makeFile("disc/VIDEO_TS/notes.txt", "x");
+    QStringList lines = problems();
+    EXPECT_EQ(lines.size(), 3) << lines.join(u'\n').toStdString();
+    EXPECT_TRUE(lines[1].startsWith(QStringLiteral("VTS_01_0.IFO says that the VOB files of its set have ")));
+    EXPECT_TRUE(lines[1].endsWith(QStringLiteral("; 2048 of them are not there"))) << lines[1].toStdString();
+    EXPECT_TRUE(lines[2].startsWith(QStringLiteral("notes.txt is no file of a video DVD")));
+    // Half a block, and a part beyond a gibibyte.
+    m_tree.makeFile("disc/VIDEO_TS/VTS_01_1.VOB", video.chopped(1000));
+    m_tree.makeSparseFile("disc/VIDEO_TS/VTS_01_2.VOB", (qint64(1) << 30) + 2048);
+    lines = problems();
+    EXPECT_TRUE(lines.join(u'\n').contains(QStringLiteral("which are no whole blocks")))
+        << lines.join(u'\n').toStdString();
+    EXPECT_TRUE(lines.join(u'\n').contains(QStringLiteral("VTS_01_2.VOB is longer than a gibibyte")));
+    EXPECT_TRUE(lines.join(u'\n').contains(QStringLiteral(" more")));
+}
+
+TEST_F(DVDCommand, filesThatAreMissing_areTold_alsoWhereNothingCanBeDescribed)
+{
+    const QByteArray copy = copyOfDisc();
+    m_tree.remove("disc/VIDEO_TS/VTS_02_1.VOB");
+    m_tree.remove("disc/VIDEO_TS/VTS_02_0.BUP");
+    const ChildResult some = runTessaron({"dvd", copy});
+    EXPECT_EQ(some.exitStatus, 3);
+    EXPECT_TRUE(some.errors.contains("“VTS_02_1.VOB” is missing")) << some.errors.constData();
+    EXPECT_TRUE(some.errors.contains("“VTS_02_0.BUP” is missing"));
+    m_tree.remove("disc/VIDEO_TS/VIDEO_TS.IFO");
+    m_tree.remove("disc/VIDEO_TS/VIDEO_TS.BUP");
+    const ChildResult none = runTessaron({"dvd", copy});
+    EXPECT_EQ(none.exitStatus, 1);
+    EXPECT_TRUE(none.errors.contains("“VIDEO_TS.IFO” is missing")) << none.errors.constData();
+}
+
 TEST_F(DVDCommand, regionsOfTheDisc_areNamed)
 {
     constexpr qint64 placeOfRegions = 0x23;

@@ -167,6 +167,8 @@ QStringList DVDCommand::damages() const
         if (!title.damage.isEmpty())
             texts.append(QStringLiteral("title %1: %2").arg(title.number).arg(title.damage));
     }
+    for (const DVDFileProblem &problem : m_result.problems)
+        texts.append(QStringLiteral("%1 %2").arg(quoted(problem.name), problem.message));
     return texts;
 }
 
@@ -272,6 +274,15 @@ bool DVDCommand::writeJson() const
         writer.member("kind", menuName(menu.kind));
         writer.member("titleSet", menu.titleSet);
         writer.member("language", QString::fromLatin1(menu.language));
+        writer.endObject();
+    }
+    writer.endArray();
+    writer.key("problems");
+    writer.beginArray();
+    for (const DVDFileProblem &problem : m_result.problems) {
+        writer.beginObject();
+        writer.pathMember("file", problem.name);
+        writer.member("message", problem.message);
         writer.endObject();
     }
     writer.endArray();
