@@ -4,7 +4,7 @@
 _tessaron_options() {
     case $1 in
     image)
-        echo "-o --output --format -n --name --filesystems --relocate --strict --no-sync --progress --json -q --quiet -v" \
+        echo "-o --output --split --format -n --name --filesystems --relocate --strict --no-sync --progress --json -q --quiet -v" \
             "--verbose -h --help --version"
         ;;
     audio)
@@ -16,8 +16,8 @@ _tessaron_options() {
     scan) echo "--progress --json -q --quiet -v --verbose -h --help --version" ;;
     tracks) echo "--json -h --help --version" ;;
     extract)
-        echo "--track --files --filesystem -o --output --format --hidden --no-sync --progress --json -q --quiet -h --help" \
-            "--version"
+        echo "--track --files --filesystem -o --output --format --hidden --no-sync --progress --json -q --quiet -h" \
+            "--help --version"
         ;;
     convert)
         echo "--to --vbr --cbr -d --directory --flat --tags -j --jobs --progress --json -q --quiet -v --verbose -h --help" \
@@ -52,6 +52,7 @@ _tessaron_values() {
     --filesystem) echo "rockridge udf hfs+ joliet iso9660" ;;
     --progress) echo "auto bar json none" ;;
     --track) echo "all" ;;
+    --split) echo "cd dvd dvd-dl bd bd-dl" ;;
     --to) echo "wav aiff mp3" ;;
     --vbr | --cbr) echo "128 160" ;;
     esac

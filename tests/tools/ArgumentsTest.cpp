@@ -193,6 +193,26 @@ TEST(Arguments, tracksAndExtract_takeOneImage)
     EXPECT_EQ(parseArguments({"extract", "--track", "0", "-o", "x", "y"}).track, 0u);
 }
 
+TEST(Arguments, image_isSplit_forDiscsOfACapacity)
+{
+    const auto capacity = [](const QByteArray &value) {
+        const Arguments arguments = parseArguments({"image", "--split", value, "-o", "x.iso", "Photos"});
+        EXPECT_EQ(arguments.action, Arguments::Action::SplitImage) << arguments.usageError.toStdString();
+        return arguments.splitCapacity;
+    };
+    EXPECT_EQ(capacity("dvd"), 2'295'104u * 2048ull);
+    EXPECT_EQ(capacity("700M"), 700'000'000u);
+    EXPECT_EQ(capacity("25G"), 25'000'000'000u);
+    EXPECT_EQ(capacity("1234567"), 1'234'567u);
+    for (const QByteArray &wrong : {QByteArray("dvds"), QByteArray("1k"), QByteArray("M"), QByteArray("-5G"),
+                                    QByteArray("99999999999999999999G"), QByteArray("1T")})
+        EXPECT_EQ(parseArguments({"image", "--split", wrong, "-o", "x.iso", "P"}).action,
+                  Arguments::Action::ReportUsageError)
+            << wrong.constData();
+    EXPECT_TRUE(parseArguments({"image", "--split", "dvd", "-o", "-", "P"})
+                    .usageError.contains(QStringLiteral("standard output")));
+}
+
 TEST(Arguments, extract_takesFiles_behindTheImage)
 {
     const Arguments some =

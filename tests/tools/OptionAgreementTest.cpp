@@ -150,7 +150,7 @@ TEST(OptionAgreement, completion_offersExactlyTheOptionsOfTheCommand)
     EXPECT_EQ(offered("    verify) "), knownOptions("verify"));
     EXPECT_EQ(offered("    scan) "), knownOptions("scan"));
     EXPECT_EQ(offered("    tracks) "), knownOptions("tracks"));
-    EXPECT_EQ(offered("    extract) "), knownOptions("extract"));
+    EXPECT_EQ(offered("    extract)\n"), knownOptions("extract"));
     EXPECT_EQ(offered("    info) "), knownOptions("info"));
     EXPECT_EQ(offered("    dvd) "), knownOptions("dvd"));
     EXPECT_EQ(offered("    convert)\n"), knownOptions("convert"));

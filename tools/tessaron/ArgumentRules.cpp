@@ -243,7 +243,9 @@ QString checkCommand(Arguments &arguments, const NamedOptions &named)
         arguments.action = Arguments::Action::Convert;
         return checkConvert(arguments, named);
     }
-    arguments.action = Arguments::Action::MakeImage;
+    arguments.action = arguments.splitCapacity > 0 ? Arguments::Action::SplitImage : Arguments::Action::MakeImage;
+    if (arguments.splitCapacity > 0 && arguments.output == "-")
+        return QStringLiteral("--split makes several images, which standard output cannot take");
     return checkImage(arguments, named.hasFormat);
 }
 

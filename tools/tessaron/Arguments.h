@@ -35,6 +35,7 @@ struct Arguments {
         ShowVersion,
         Scan,
         MakeImage,
+        SplitImage,
         MakeAudioImage,
         Inspect,
         Verify,
@@ -92,6 +93,9 @@ struct Arguments {
     // For MakeImage and BurnDisc.
     bool relocatesDeepFolders = false;
     bool strict = false;
+
+    // For SplitImage only.
+    std::uint64_t splitCapacity = 0; ///< bytes of user data of each disc
 
     // For MakeAudioImage only. Lengths are frames, 75 in a second.
     QByteArray isrcFile; ///< empty: none

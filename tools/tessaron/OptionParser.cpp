@@ -6,6 +6,7 @@
 #include "tools/tessaron/Text.h"
 #include "tools/tessaron/VolumeJson.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -118,6 +119,8 @@ bool OptionParser::apply(const OptionDescription &option, const QByteArray &show
     case Option::Strict:
         m_arguments.strict = true;
         return true;
+    case Option::Split:
+        return setSplitCapacity(value);
     case Option::NoSync:
         m_arguments.isSynchronized = false;
         return true;
@@ -352,6 +355,31 @@ bool OptionParser::setJobs(const QByteArray &value)
     m_arguments.jobs = value.toUInt(&isNumber);
     return (isNumber && m_arguments.jobs >= 1 && m_arguments.jobs <= mostJobs)
         || fail(QStringLiteral("%1 is no number of jobs; use one from 1 to %2").arg(quoted(value)).arg(mostJobs));
+}
+
+/// Of discs that differ a little, such as DVD-R and DVD+R, the smaller ones.
+bool OptionParser::setSplitCapacity(const QByteArray &value)
+{
+    constexpr std::uint64_t blockSize = 2048;
+    constexpr std::uint64_t smallest = 1'000'000; // an empty image has more than half of it
+    constexpr std::uint64_t largest = 1'000'000'000'000'000;
+    constexpr std::array<std::pair<const char *, std::uint64_t>, 5> discs = {
+        {{"cd", 360'000}, {"dvd", 2'295'104}, {"dvd-dl", 4'171'712}, {"bd", 12'219'392}, {"bd-dl", 24'438'784}}};
+    for (const auto &[name, blocks] : discs) {
+        if (value == name) {
+            m_arguments.splitCapacity = blocks * blockSize;
+            return true;
+        }
+    }
+    const qsizetype unit = QByteArrayView("kMG").indexOf(value.back());
+    bool isNumber = false;
+    std::uint64_t bytes = (unit < 0 ? value : value.chopped(1)).toULongLong(&isNumber);
+    for (qsizetype step = 0; step <= unit; ++step)
+        bytes = std::min(bytes, largest) * 1000;
+    m_arguments.splitCapacity = bytes;
+    return (isNumber && bytes >= smallest && bytes <= largest)
+        || fail(QStringLiteral("%1 is no capacity; use cd, dvd, dvd-dl, bd, bd-dl, or bytes such as 700M or 25G")
+                    .arg(quoted(value)));
 }
 
 bool OptionParser::setSpeed(const QByteArray &value)

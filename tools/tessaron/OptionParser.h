@@ -52,6 +52,7 @@ private:
     bool setJobs(const QByteArray &value);
     bool setNumber(const QByteArray &value, const char *what, std::uint16_t most, std::uint16_t *number);
     bool setSpeed(const QByteArray &value);
+    bool setSplitCapacity(const QByteArray &value);
     bool fail(const QString &message);
 
     const QList<QByteArray> &m_words;

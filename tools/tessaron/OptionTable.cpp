@@ -56,6 +56,9 @@ constexpr std::array options = {
     OptionDescription{Option::Hidden, 0, "hidden", nullptr, "extract",
                       "With all tracks take 0 as well, if there is one."},
     OptionDescription{Option::NoSync, 0, "no-sync", nullptr, "extract", "Do not wait until the files are on the disk."},
+    OptionDescription{Option::Split, 0, "split", "CAPACITY", "image",
+                      "Make images for as many discs as are needed: OUT-1.iso\nand so on. cd, dvd, dvd-dl, bd, bd-dl, "
+                      "or a\nnumber of bytes such as 700M. No file is cut."},
     OptionDescription{Option::Format, 0, "format", "FORMAT", "image",
                       "iso, bin with a cue sheet beside it, or vant.\nThe ending of OUT decides when it is not given."},
     OptionDescription{

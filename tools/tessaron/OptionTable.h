@@ -16,6 +16,7 @@ enum class Option : std::uint8_t {
     Verbose,
     Relocate,
     Strict,
+    Split,
     NoSync,
     Output,
     Name,

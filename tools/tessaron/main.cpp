@@ -14,6 +14,7 @@
 #include "tools/tessaron/InspectCommand.h"
 #include "tools/tessaron/PlayCommand.h"
 #include "tools/tessaron/ScanCommand.h"
+#include "tools/tessaron/SplitCommand.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 #include "tools/tessaron/TracksCommand.h"
@@ -61,6 +62,8 @@ ExitStatus run(const Arguments &arguments)
         return ScanCommand(arguments).run();
     case Arguments::Action::MakeImage:
         return ImageCommand(arguments).run();
+    case Arguments::Action::SplitImage:
+        return SplitCommand(arguments).run();
     case Arguments::Action::MakeAudioImage:
         return AudioCommand(arguments).run();
     case Arguments::Action::Inspect:
