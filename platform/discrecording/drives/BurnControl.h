@@ -32,6 +32,9 @@ public:
         return result.get();
     }
 
+    /// True on the thread itself, where call() must not be used.
+    [[nodiscard]] bool isThisThread() const { return std::this_thread::get_id() == m_thread.get_id(); }
+
     /// False when the library could not be initialised; nothing else of it may be called then.
     [[nodiscard]] bool isReady() const { return m_isReady; }
 

@@ -63,6 +63,7 @@ DriveStage stageOf(burn::burn_drive_status status)
 struct SessionWriting::Progress {
     std::atomic<std::uint64_t> taken = 0; ///< bytes
     std::atomic<bool> wasCut = false; ///< a source had to say that it failed
+    std::atomic<std::uint32_t> writers = 0; ///< threads of libburn that have looked at a source and have not ended
 };
 
 /// Order is that of freeing, from the last one up: tracks before the session, sessions before the disc.
@@ -91,6 +92,36 @@ SourceState<Progress> &stateOf(burn::burn_source *source)
     return *static_cast<SourceState<Progress> *>(source->data);
 }
 
+/// Counts a thread of libburn as long as it lives. Such threads are detached, and that a drive is idle is said by a
+/// plain number, which orders nothing: only the end of its writer makes sure that the writer's last steps with the
+/// drive, its file and the messages have been seen by the thread that lets go of these.
+template <typename Progress>
+class CountedWriter
+{
+public:
+    CountedWriter() = default;
+    CountedWriter(const CountedWriter &) = delete;
+    CountedWriter &operator=(const CountedWriter &) = delete;
+    ~CountedWriter()
+    {
+        if (m_progress)
+            --m_progress->writers;
+    }
+
+    static void countThisThread(const std::shared_ptr<Progress> &progress)
+    {
+        static thread_local CountedWriter writer;
+        // A source is asked for its size by the control thread, too. A writer writes one session only.
+        if (writer.m_progress || BurnControl::instance().isThisThread())
+            return;
+        writer.m_progress = progress;
+        ++progress->writers;
+    }
+
+private:
+    std::shared_ptr<Progress> m_progress; ///< null for a thread that is not counted
+};
+
 /// The source is libburn's to free, with free().
 template <typename Progress>
 burn::burn_source *makeSource(BlockFifo &fifo, std::shared_ptr<Progress> progress, std::uint64_t size)
@@ -104,6 +135,7 @@ burn::burn_source *makeSource(BlockFifo &fifo, std::shared_ptr<Progress> progres
     source->data = new State{fifo, std::move(progress), size, size};
     source->read_xt = [](burn::burn_source *own, unsigned char *buffer, int length) {
         State &state = stateOf<Progress>(own);
+        CountedWriter<Progress>::countThisThread(state.progress);
         const auto wanted = std::size_t(std::min<std::uint64_t>(std::uint64_t(length), state.left));
         if (wanted == 0)
             return 0;
@@ -115,7 +147,11 @@ burn::burn_source *makeSource(BlockFifo &fifo, std::shared_ptr<Progress> progres
         state.progress->taken += wanted;
         return int(wanted);
     };
-    source->get_size = [](burn::burn_source *own) { return off_t(stateOf<Progress>(own).size); };
+    source->get_size = [](burn::burn_source *own) {
+        const State &state = stateOf<Progress>(own);
+        CountedWriter<Progress>::countThisThread(state.progress); // before anything is written
+        return off_t(state.size);
+    };
     source->set_size = [](burn::burn_source *, off_t) { return 1; };
     source->free_data = [](burn::burn_source *own) { delete &stateOf<Progress>(own); };
     source->cancel = [](burn::burn_source *) { return 1; };
@@ -283,7 +319,7 @@ bool SessionWriting::isRunning()
         const burn::burn_drive_status status = burn::burn_drive_get_status(m_drive.handle(), &progress);
         takeMessages();
         m_activity.stage = stageOf(status);
-        if (status != burn::BURN_DRIVE_IDLE)
+        if (status != burn::BURN_DRIVE_IDLE || m_progress->writers > 0)
             return;
         m_isRunning = false;
         m_isWellWritten = burn::burn_drive_wrote_well(m_drive.handle()) != 0;
