@@ -69,7 +69,7 @@ void DRDevice::release(bool ejects)
 
 void DRDevice::setBurnOptions(const DRBurnOptions &options)
 {
-    d->options = {options.isSimulated, options.leavesOpen, options.speed, options.overburns};
+    d->options = {options.isSimulated, options.leavesOpen, options.speed, options.overburns, options.patience};
 }
 
 NSError DRDevice::errorOfBurn(const TableOfContents &contents) const

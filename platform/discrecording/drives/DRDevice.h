@@ -4,6 +4,7 @@
 #include "platform/discrecording/burn/BurnDevice.h"
 #include "platform/discrecording/drives/DriveActivity.h"
 #include "platform/discrecording/drives/DriveDescription.h"
+#include "platform/discrecording/drives/DrivePatience.h"
 #include "platform/foundation/Export.h"
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/Result.h"
@@ -31,6 +32,7 @@ struct DRBurnOptions {
     /// Asks for writing more than the disc says that it holds. What does so is refused all the same, since libburn
     /// stops at that place and leaves a spoiled disc; the error then says this.
     bool overburns = false;
+    DrivePatience patience = {}; ///< how long the drive may take nothing before that is a failure
 };
 
 /// An optical drive that this process has for itself alone, or a regular file in its place ("stdio:" and its path).

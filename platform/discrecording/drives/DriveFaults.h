@@ -27,6 +27,7 @@ enum class DriveFault : std::uint8_t {
     WriteProtected,
     Full, ///< of the disc, or of the disk that holds the file
     Reset, ///< of the bus or the drive
+    Stalled, ///< it takes no data any more, and does not say why
     Hardware, ///< the drive says that it is broken
     Gone, ///< unplugged, or dead
 };

@@ -76,6 +76,10 @@ NSError DriveSink::put(std::span<const std::uint8_t> bytes)
         if (m_cancellation.stop_requested())
             return burnCancelledError();
         bytes = bytes.subspan(m_fifo->put(bytes, lookInterval));
+        if (m_fifo->hasFailed()) { // the drive was made to stop
+            waitUntilIdle();
+            return failure();
+        }
         if (!m_writing->hasBegun()) {
             if (m_fifo->filled() == m_fifo->capacity()) {
                 if (NSError error = startWriting())

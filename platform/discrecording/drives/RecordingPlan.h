@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/discrecording/drives/DriveDescription.h"
+#include "platform/discrecording/drives/DrivePatience.h"
 #include "platform/disctracks/TableOfContents.h"
 #include "platform/foundation/Result.h"
 
@@ -19,6 +20,7 @@ struct RecordingOptions {
     bool leavesOpen = false; ///< further sessions may follow; also: a disc that has some is written to
     std::uint32_t speed = 0; ///< thousands of bytes a second; 0 for the fastest
     bool overburns = false; ///< asks for more than the disc says that it holds
+    DrivePatience patience = {}; ///< of files none is asked for
 };
 
 /// How a session is brought onto the disc.

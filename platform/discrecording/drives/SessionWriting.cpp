@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstring>
 #include <thread>
+#include <utility>
 
 namespace Tessaron
 {
@@ -208,6 +209,7 @@ NSError SessionWriting::startOnControlThread()
     takeMessages();
     m_hasBegun = true;
     m_isRunning = true;
+    m_lastTaking = std::chrono::steady_clock::now();
     m_activity.stage = DriveStage::Starting;
     burn::burn_disc_write(m_handles->options.get(), m_handles->disc.get());
     return {};
@@ -328,7 +330,26 @@ bool SessionWriting::isRunning()
     });
     m_activity.bytesSent = m_progress->taken.load();
     m_activity.waits = m_fifo.waits();
+    stopWhenStalled();
     return m_isRunning;
+}
+
+/// What follows the last byte is not looked at: a drive may take minutes to end a session, and is not to be disturbed.
+void SessionWriting::stopWhenStalled()
+{
+    if (!m_isRunning || m_hasStalled || m_drive.isFile())
+        return;
+    const auto now = std::chrono::steady_clock::now();
+    const std::uint64_t taken = m_progress->taken;
+    if (taken != std::exchange(m_takenLately, taken) || m_fifo.filled() == 0) {
+        m_lastTaking = now;
+        return;
+    }
+    const DrivePatience &patience = m_options.patience;
+    if (now - m_lastTaking < (taken < patience.beginBytes ? patience.atBegin : patience.later))
+        return;
+    m_hasStalled = true;
+    cancel();
 }
 
 void SessionWriting::cancel()
@@ -351,7 +372,10 @@ NSError SessionWriting::outcome()
     // A source that was cut short is filled up with zeros and called well written by the library.
     if (m_isWellWritten && isAllTaken() && !m_progress->wasCut)
         return {};
-    return driveError(driveFault(m_messages), m_messages, m_drive.name());
+    const DriveFault fault = driveFault(m_messages);
+    if (m_hasStalled && fault == DriveFault::Unknown)
+        return driveError(DriveFault::Stalled, {}, m_drive.name());
+    return driveError(fault, m_messages, m_drive.name());
 }
 
 } // namespace Tessaron

@@ -7,6 +7,7 @@
 #include "platform/discrecording/drives/RecordingPlan.h"
 #include "platform/foundation/NSError.h"
 
+#include <chrono>
 #include <memory>
 #include <vector>
 
@@ -28,7 +29,8 @@ public:
 
     /// Tells libburn to write, which from then on takes bytes from the fifo on a thread of its own.
     [[nodiscard]] NSError start();
-    /// Asks the drive what it does; false once it does nothing any more.
+    /// Asks the drive what it does; false once it does nothing any more. A drive that has taken nothing for longer than
+    /// it may is made to stop.
     [[nodiscard]] bool isRunning();
     /// Makes libburn stop at its next look, before the fifo says that there is no more: otherwise it would fill up with
     /// zeros and call that well written.
@@ -52,6 +54,7 @@ private:
     [[nodiscard]] NSError setOptions();
     [[nodiscard]] NSError setTexts();
     void takeMessages();
+    void stopWhenStalled();
 
     GrabbedDrive &m_drive;
     const RecordedSession m_session;
@@ -61,6 +64,9 @@ private:
     std::unique_ptr<Handles> m_handles; ///< libburn's objects
     const std::shared_ptr<Progress> m_progress; ///< shared with the sources, which libburn frees
     std::vector<DriveMessage> m_messages;
+    std::uint64_t m_takenLately = 0; ///< bytes, at m_lastTaking
+    std::chrono::steady_clock::time_point m_lastTaking; ///< when the drive last took something, or had nothing to take
+    bool m_hasStalled = false;
     bool m_hasBegun = false;
     bool m_isRunning = false;
     bool m_isWellWritten = false;
