@@ -46,6 +46,10 @@ struct BurnDiscOrder {
     /// Asks for writing more than the disc says that it holds. That is refused all the same before anything is written,
     /// and the error says why.
     bool overburns = false;
+    /// Finds out what would come of it, and ends before anything is written: the size (`data.bytes`), what of the disc
+    /// is kept and replaced, what cannot be stored, and every error that can be known by then. The drive is opened and
+    /// read for that. `verifies` and `ejects` are passed over.
+    bool isPlanOnly = false;
     bool verifies = false; ///< read everything back and compare it
     bool ejects = false; ///< put the tray out at the end, also after a failure
 };

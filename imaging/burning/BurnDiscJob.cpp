@@ -68,6 +68,7 @@ public:
     void prepared(const NSError &error);
     void makeData();
     void dataMade();
+    void describeImage();
     [[nodiscard]] NSError writeImage(const std::stop_token &stop);
     void written(const NSError &error);
     [[nodiscard]] NSError finish(const NSError &writeError, const std::stop_token &stop);
@@ -195,6 +196,12 @@ void BurnDiscJob::Work::prepared(const NSError &error)
         return;
     }
     result.isImage = true;
+    describeImage();
+    if (order.isPlanOnly) {
+        result.data.bytes = sources.image->disc.contents.storedBytes();
+        written({});
+        return;
+    }
     runInBackground([this](const std::stop_token &stop) { return writeImage(stop); },
                     [this](const NSError &imageError) { written(imageError); });
 }
@@ -220,6 +227,7 @@ void BurnDiscJob::Work::makeData()
     making.relocatesDeepFolders = order.relocatesDeepFolders;
     making.isStrict = order.isStrict;
     making.device = device;
+    making.isPlanOnly = order.isPlanOnly;
     if (earlier)
         making.completeLayout = [this](DRFolder &layout) { return earlier->addTo(layout); };
     maker = std::make_unique<ImageMaker>(std::move(making));
@@ -238,10 +246,14 @@ void BurnDiscJob::Work::dataMade()
         result.data.files -= result.keptFiles;
         result.data.folders -= result.keptFolders;
     }
-    const NSError error = std::exchange(result.data.error, {});
+    NSError error = std::exchange(result.data.error, {});
     if (const std::shared_ptr<const TableOfContents> contents = maker->contents()) {
         result.tracks = std::uint32_t(contents->trackCount());
         result.sessions = std::uint32_t(contents->sessions.size());
+        if (order.isPlanOnly && !isCancelled())
+            error = jobErrorOfBurn(device->errorOfBurn(*contents));
+        else if (order.isPlanOnly)
+            error = discJobCancellation();
     }
     tell(maker->progress());
     maker.reset();
@@ -266,9 +278,13 @@ NSError BurnDiscJob::Work::writeImage(const std::stop_token &stop)
     result.notes << notes.damages;
     result.isAnythingLost = !notes.damages.isEmpty();
     result.data.bytes = plan->bytes;
-    result.tracks = std::uint32_t(disc.contents.trackCount());
-    result.sessions = std::uint32_t(disc.contents.sessions.size());
     return jobErrorOfBurn(error);
+}
+
+void BurnDiscJob::Work::describeImage()
+{
+    result.tracks = std::uint32_t(sources.image->disc.contents.trackCount());
+    result.sessions = std::uint32_t(sources.image->disc.contents.sessions.size());
 }
 
 /// What is written is written, or it failed: the rest takes its time, too.
@@ -292,7 +308,7 @@ NSError BurnDiscJob::Work::finish(const NSError &writeError, const std::stop_tok
         result.notes << lost;
         result.isAnythingLost = true;
     }
-    if (!error && order.verifies && !order.isSimulated) {
+    if (!error && order.verifies && !order.isSimulated && !order.isPlanOnly) {
         error = check(stop);
         if (isDiscJobError(error, DiscJobErrorCode::Cancelled))
             error = discJobError(DiscJobErrorCode::Cancelled, error.localizedDescription(),
@@ -300,7 +316,7 @@ NSError BurnDiscJob::Work::finish(const NSError &writeError, const std::stop_tok
     }
     if (error)
         result.fault = error.userInfo().value(faultKey).toString();
-    device->release(order.ejects);
+    device->release(order.ejects && !order.isPlanOnly);
     device.reset();
     return error;
 }

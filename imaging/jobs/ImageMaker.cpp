@@ -263,7 +263,10 @@ void ImageMaker::lookAhead()
     NSError error = checkPlan();
     if (!error && !m_order.device) // a device knows itself what goes onto it
         error = checkSpace(m_writer->amounts().bytesTotal);
-    if (error)
+    m_isPlanEnough = !error && m_order.isPlanOnly;
+    if (m_isPlanEnough)
+        m_writer->cancel();
+    else if (error)
         stop(error);
     else
         m_writer->approvePlan();
@@ -329,7 +332,8 @@ void ImageMaker::writingEnded(const NSError &error)
     if (!m_result.error && !error && !m_isPlanChecked)
         m_result.error = checkPlan(); // the burn ended before lookAhead() came to it
     // What ended the writing knows more than the wish to end it.
-    if (!m_result.error || (m_order.device && isDiscJobError(m_result.error, DiscJobErrorCode::Cancelled)))
+    const bool isCancelled = m_order.device && isDiscJobError(m_result.error, DiscJobErrorCode::Cancelled);
+    if (!m_isPlanEnough && (!m_result.error || isCancelled))
         m_result.error = error; // none: the device has all, and the wish came too late
     end();
 }

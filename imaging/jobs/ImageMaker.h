@@ -39,6 +39,7 @@ struct ImageMakerOrder {
     /// The disc goes on with audio tracks: raw sectors (mode 1), the last 150 of them empty, as a change of the kind of
     /// tracks needs them (ECMA-130 20).
     bool isBeforeAudio = false;
+    bool isPlanOnly = false; ///< end without an error once the plan has been checked; for a device only
     /// Told how many bytes the image will have, before they are written; an error ends the making.
     std::function<NSError(std::uint64_t bytes)> checkSize;
     /// Given the layout before it is planned, to put something into it; an error ends the making.
@@ -70,7 +71,7 @@ public:
 
     /// What is known of the result: error, counts, what is not in the image.
     [[nodiscard]] const DiscImageResult &result() const { return m_result; }
-    /// What was written, once it is; null after an error.
+    /// What was written, or was to be, once it is; null after an error.
     [[nodiscard]] std::shared_ptr<const TableOfContents> contents() const;
 
 private:
@@ -97,6 +98,7 @@ private:
     DiscJobPhase m_phase = DiscJobPhase::Scanning;
     std::uint64_t m_allocatedSize = 0; ///< of the sources on disk
     bool m_isPlanChecked = false;
+    bool m_isPlanEnough = false; ///< it has been checked, and nothing else was wanted
     bool m_hasEnded = false;
 
     std::unique_ptr<SourceGatherer> m_gatherer;

@@ -109,6 +109,21 @@ TEST_F(BurnTree, file_thatIsOnTheDisc_isNotWrittenOver)
     EXPECT_EQ(m_tree.contents("source/numbers"), QByteArray(300'000, '1'));
 }
 
+TEST_F(BurnTree, planAlone_saysWhatWouldCome_andWritesNothing)
+{
+    BurnDiscOrder wanted = order();
+    wanted.isPlanOnly = true;
+    wanted.verifies = true;
+    const BurnDiscResult planned = burnt(wanted);
+    EXPECT_FALSE(planned.error) << planned.error.localizedDescription().toStdString();
+    EXPECT_EQ(planned.data.files, 2u);
+    EXPECT_EQ(planned.tracks, 1u);
+    EXPECT_FALSE(planned.verification);
+    EXPECT_EQ(planned.condition, QStringLiteral("unchanged"));
+    EXPECT_FALSE(m_tree.exists("out/disc.iso"));
+    EXPECT_EQ(planned.data.bytes, burnt(order()).data.bytes);
+}
+
 TEST_F(BurnTree, treeAndSources_areRefusedTogether_andSoIsAnEmptyTree)
 {
     BurnDiscOrder both = order();
