@@ -20,6 +20,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/discrecording/drives/DRDevice.h
     platform/discrecording/drives/DriveActivity.h
     platform/discrecording/drives/DriveDescription.h
+    platform/discrecording/drives/DriveGrowth.h
     platform/discrecording/drives/DrivePatience.h
     platform/discrecording/objects/DRDeviceMedia.h
     platform/discrecording/objects/DRFSObject.h

@@ -41,7 +41,9 @@ struct BurnDiscOrder {
     /// The disc stays open for further sessions. On one that has some already, folders and files become the next one:
     /// they go beside what is there, which stays as it is; a file of the same path takes the place of the earlier one.
     /// Such a session has ISO 9660 and Joliet only; with `allDiscFilesystems` it has these, and asking for others is an
-    /// error. An image of sound can be added as well, one of data cannot.
+    /// error. An image of sound can be added as well, one of data cannot. On what is overwritten, and in a file, they
+    /// go behind what is there, and the disc then shows both; UDF and HFS+ that it had are gone. Without it, what is
+    /// there is replaced.
     bool leavesOpen = false;
     /// Asks for writing more than the disc says that it holds. That is refused all the same before anything is written,
     /// and the error says why.

@@ -64,7 +64,10 @@ public:
     [[nodiscard]] NSError errorOfTree() const;
     [[nodiscard]] NSError findSources(const std::stop_token &stop);
     [[nodiscard]] NSError openDrive();
+    [[nodiscard]] DRBurnOptions burnOptions() const;
     [[nodiscard]] NSError readEarlierFiles(const std::stop_token &stop);
+    [[nodiscard]] NSError chooseFilesystems();
+    [[nodiscard]] NSError planGrowth();
     void prepared(const NSError &error);
     void makeData();
     void dataMade();
@@ -143,12 +146,7 @@ NSError BurnDiscJob::Work::openDrive()
     device = *std::move(opened);
     result.disc = device->disc();
     result.driveName = device->name();
-    DRBurnOptions options;
-    options.isSimulated = order.isSimulated;
-    options.leavesOpen = order.leavesOpen;
-    options.overburns = order.overburns;
-    options.speed = std::uint32_t(std::ceil(order.speed * singleSpeed(result.disc.profile) / 1000));
-    device->setBurnOptions(options);
+    device->setBurnOptions(burnOptions());
     TableOfContents least;
     if (sources.image) {
         least = sources.image->disc.contents;
@@ -158,30 +156,77 @@ NSError BurnDiscJob::Work::openDrive()
         least = TableOfContents::withTrack(track);
         least.sessions.front().firstBlock = device->firstBlock();
     }
+    if (sources.image && order.leavesOpen && isOverwritten(result.disc.family))
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("an image is written from the begin of such a disc, and not added to it"),
+                            QStringLiteral("Leave --multi out to replace what is on it, or add folders and files."));
     return jobErrorOfBurn(device->errorOfBurn(least));
 }
 
-/// A further session leads to the files of those before it, which only some filesystems can.
+DRBurnOptions BurnDiscJob::Work::burnOptions() const
+{
+    DRBurnOptions options;
+    options.isSimulated = order.isSimulated;
+    options.leavesOpen = order.leavesOpen;
+    options.overburns = order.overburns;
+    options.speed = std::uint32_t(std::ceil(order.speed * singleSpeed(result.disc.profile) / 1000));
+    return options;
+}
+
+/// What is added to a disc leads to the files that are there.
 NSError BurnDiscJob::Work::readEarlierFiles(const std::stop_token &stop)
 {
     filesystems = order.filesystems;
-    if (device->firstBlock() == BlockAddress())
+    const bool isOver = isOverwritten(device->disc().family);
+    if (isOver ? !order.leavesOpen : device->firstBlock() == BlockAddress())
         return {};
+    if (NSError error = isOver ? NSError() : chooseFilesystems())
+        return error;
+    Result<std::shared_ptr<EarlierFiles>> found = EarlierFiles::read(*device, stop);
+    if (!found)
+        return found.error();
+    earlier = *std::move(found);
+    return isOver && earlier ? planGrowth() : NSError();
+}
+
+/// Only some filesystems can lead to what lies in front of them.
+NSError BurnDiscJob::Work::chooseFilesystems()
+{
     const DiscFilesystems possible = DiscFilesystems(DiscFilesystem::ISO9660) | DiscFilesystem::Joliet;
     if (order.filesystems == allDiscFilesystems) {
         filesystems = possible;
         result.notes << QStringLiteral(
             "what is added has ISO 9660 with Rock Ridge and Joliet; UDF and HFS+ cannot go on "
-            "from one session to the next");
+            "from what the disc has");
     } else if ((order.filesystems & ~possible) != 0) {
         return discJobError(DiscJobErrorCode::InvalidOrder,
-                            QStringLiteral("UDF and HFS+ cannot go on from one session to the next"),
+                            QStringLiteral("UDF and HFS+ cannot go on from what the disc has"),
                             QStringLiteral("Name iso9660 and joliet alone, or put an empty disc in."));
     }
-    Result<std::shared_ptr<EarlierFiles>> found = EarlierFiles::read(*device, stop);
-    if (!found)
-        return found.error();
-    earlier = *std::move(found);
+    return {};
+}
+
+/// Finds the place for what is added to a disc without sessions, or to a file.
+NSError BurnDiscJob::Work::planGrowth()
+{
+    if (NSError error = chooseFilesystems())
+        return error;
+    // Block 16 on: a descriptor for each view, and the one that ends them.
+    const std::uint64_t endOfDescriptors = filesystems.testFlag(DiscFilesystem::Joliet) ? 19 : 18;
+    if (earlier->firstBlockOfContents().value_or(endOfDescriptors) < endOfDescriptors)
+        return discJobError(DiscJobErrorCode::Destination,
+                            QStringLiteral("nothing can be added to the disc: a file lies where its descriptors go"),
+                            QStringLiteral("Leave --multi out to replace what is on it."));
+    if (earlier->hasUDF() || earlier->hasHFSPlus())
+        result.notes << QStringLiteral("UDF and HFS+ that the disc had would go on showing its earlier files alone: "
+                                       "they are taken away");
+    const std::uint64_t unit = DriveGrowth::alignment;
+    std::uint64_t end = earlier->endBlock();
+    if (device->isFile())
+        end = std::max(end, device->disc().readableBlocks);
+    DRBurnOptions options = burnOptions();
+    options.growth = DriveGrowth{(end + unit - 1) / unit * unit, earlier->hasUDF()};
+    device->setBurnOptions(options);
     return {};
 }
 
@@ -331,12 +376,15 @@ NSError BurnDiscJob::Work::check(const std::stop_token &stop)
         result.bytesCompared = checked.bytesCompared;
         return jobErrorOfBurn(checked.error);
     }
+    // What is overwritten is compared as systems will see it: from its begin.
+    const bool isOver = isOverwritten(result.disc.family);
     const std::uint64_t first = result.disc.state == DiscState::Appendable ? result.disc.nextBlock.value_or(0) : 0;
+    const std::uint64_t inFront = isOver ? std::uint64_t(device->firstBlock().number()) : 0;
     VerificationRequest wanted;
     wanted.sources = sources.sources;
     wanted.tree = order.tree;
     wanted.filesystems = filesystems;
-    const WrittenData written{first, result.data.bytes / 2048, earlier.get()};
+    const WrittenData written{first, inFront + result.data.bytes / 2048, earlier.get()};
     result.verification = checkWrittenData(*device, written, std::move(wanted), stop, progress);
     return noDifference(*result.verification);
 }

@@ -30,10 +30,15 @@ NSError cannotAppend(const QString &why)
                         QStringLiteral("What is on it would not be shown any more. Put an empty disc in."));
 }
 
-/// The last session whose first track holds data: what systems mount.
+/// The last session whose first track holds data: what systems mount. What is overwritten counts as one.
 std::optional<RecordedTrackDescription> lastDataTrack(const DiscDescription &disc)
 {
     std::optional<RecordedTrackDescription> found;
+    if (isOverwritten(disc.family)) {
+        if (disc.readableBlocks > 0)
+            found.emplace().blocks = disc.readableBlocks;
+        return found;
+    }
     std::uint32_t session = 0;
     for (const RecordedTrackDescription &track : disc.tracks) {
         if (track.session != session && !track.isAudio)
@@ -127,6 +132,16 @@ std::shared_ptr<DRFolder> recordedFolder(const VolumeObject &object)
     return folder;
 }
 
+/// Whether nothing was ever written where filesystems begin.
+Result<bool> isEmptyAtItsBegin(const DiscImageSource &source)
+{
+    constexpr std::uint64_t blocksLookedAt = 512; // with the first anchor of UDF, and what disks begin with
+    std::vector<char> begin(std::size_t(std::min(blocksLookedAt * logicalBlockSize, source.length())));
+    if (NSError error = source.read(0, begin.data(), begin.size()))
+        return error;
+    return std::all_of(begin.begin(), begin.end(), [](char byte) { return byte == 0; });
+}
+
 QByteArray joined(const QByteArray &folder, const QByteArray &name)
 {
     return folder.isEmpty() ? name : folder + '/' + name;
@@ -144,6 +159,13 @@ Result<std::shared_ptr<EarlierFiles>> EarlierFiles::read(DRDevice &device, const
     const std::shared_ptr<const DiscImageSource> source = device.readBack(first, end - first);
     const std::vector<FoundVolume> volumes = volumesInImage(source);
     const FoundVolume *const volume = bestVolume(volumes);
+    if (volume == nullptr && isOverwritten(device.disc().family)) {
+        const Result<bool> isEmpty = isEmptyAtItsBegin(*source);
+        if (!isEmpty)
+            return cannotAppend(isEmpty.error().localizedFailureReason());
+        if (*isEmpty)
+            return std::shared_ptr<EarlierFiles>();
+    }
     if (volume == nullptr)
         return cannotAppend(QStringLiteral("no filesystem that is known here was found in its last session"));
     if (!volume->reader || volume->error)
@@ -151,11 +173,29 @@ Result<std::shared_ptr<EarlierFiles>> EarlierFiles::read(DRDevice &device, const
                                 .arg(volumeKindName(volume->kind), volume->error.localizedFailureReason()));
     std::shared_ptr<EarlierFiles> files(new EarlierFiles);
     files->m_volumeName = volume->reader->facts().name;
+    files->measure(volumes, *source);
     if (NSError error = files->readVolume(*volume->reader, stop))
         return error;
     if (stop.stop_requested())
         return discJobCancellation();
     return files;
+}
+
+/// How far the filesystems say that they go; files are looked at as they are read.
+void EarlierFiles::measure(const std::vector<FoundVolume> &volumes, const DiscImageSource &source)
+{
+    for (const FoundVolume &volume : volumes) {
+        m_hasUDF = m_hasUDF || volume.kind == VolumeKind::UDF;
+        m_hasHFSPlus = m_hasHFSPlus || volume.kind == VolumeKind::HFSPlus;
+        if (!volume.reader)
+            continue;
+        const DiscVolumeFacts &facts = volume.reader->facts();
+        // The blocks of ISO 9660 are counted from the disc's begin, whatever lies in front of the session.
+        const bool countsFromBegin = volume.kind != VolumeKind::UDF && volume.kind != VolumeKind::HFSPlus;
+        const std::uint64_t begin = countsFromBegin ? 0 : source.byteOnDisc(facts.offset);
+        const std::uint64_t end = begin + facts.blockCount * facts.blockSize;
+        m_endBlock = std::max(m_endBlock, (end + logicalBlockSize - 1) / logicalBlockSize);
+    }
 }
 
 NSError EarlierFiles::readVolume(const VolumeReader &volume, const std::stop_token &stop)
@@ -173,11 +213,13 @@ NSError EarlierFiles::readVolume(const VolumeReader &volume, const std::stop_tok
             return !stop.stop_requested();
         }
         const Result<DRRecordedObject> recorded = recordedObject(object, path, volume.source());
-        if (recorded)
+        if (recorded) {
             folders.value(folderPath)
                 ->addChild(DRFile::recordedFileWithName(stringWithFileSystemRepresentation(object.name), *recorded));
-        else
+            noteContents(*recorded);
+        } else {
             failure = recorded.error();
+        }
         return !failure && !stop.stop_requested();
     };
     walker.failed = [&](const QByteArray &path, const NSError &error) {
@@ -187,6 +229,15 @@ NSError EarlierFiles::readVolume(const VolumeReader &volume, const std::stop_tok
     };
     walkVolume(volume, walker);
     return failure;
+}
+
+void EarlierFiles::noteContents(const DRRecordedObject &recorded)
+{
+    if (recorded.size == 0)
+        return;
+    const std::uint64_t first = recorded.firstBlock;
+    m_firstBlockOfContents = std::min(m_firstBlockOfContents.value_or(first), first);
+    m_endBlock = std::max(m_endBlock, first + (recorded.size + logicalBlockSize - 1) / logicalBlockSize);
 }
 
 NSError EarlierFiles::addTo(DRFolder &root)

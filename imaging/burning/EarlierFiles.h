@@ -9,7 +9,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <stop_token>
+#include <vector>
 
 namespace Tessaron
 {
@@ -17,18 +19,27 @@ namespace Tessaron
 class DRFSObject;
 class DRFolder;
 class VolumeReader;
+struct DRRecordedObject;
+struct FoundVolume;
 
-/// The files of a disc with sessions. Systems show the filesystem of the last session alone, so that one has to lead to
-/// them, too.
+/// The files of a disc to which something is added. Systems show the filesystem of the last session alone, or the one
+/// at the begin of what has no sessions, so that what is added has to lead to them, too.
 class EarlierFiles
 {
 public:
-    /// Reads the directories of the last session that holds data, none of the contents. Null where all sessions hold
-    /// sound. Errors of a job (DiscJobErrors.h): the filesystem is not known or damaged, or a file of it cannot be led
-    /// to from another one. May take minutes.
+    /// Reads the directories of the last session that holds data, or of what is overwritten, none of the contents. Null
+    /// where all sessions hold sound, or there is nothing. Errors of a job (DiscJobErrors.h): the filesystem is not
+    /// known or damaged, or a file of it cannot be led to from another one. May take minutes.
     [[nodiscard]] static Result<std::shared_ptr<EarlierFiles>> read(DRDevice &device, const std::stop_token &stop);
 
     [[nodiscard]] const QString &volumeName() const { return m_volumeName; }
+
+    /// Blocks from the disc's begin up to behind all that was found.
+    [[nodiscard]] std::uint64_t endBlock() const { return m_endBlock; }
+    /// The first block that a file's contents take; none where all files are empty.
+    [[nodiscard]] std::optional<std::uint64_t> firstBlockOfContents() const { return m_firstBlockOfContents; }
+    [[nodiscard]] bool hasUDF() const { return m_hasUDF; }
+    [[nodiscard]] bool hasHFSPlus() const { return m_hasHFSPlus; }
 
     /// Puts them into the layout of what is added, once. A file that the layout has at the same path takes the place of
     /// the earlier one. An error when one has a folder where the other has a file; the layout is of no use then. A
@@ -54,12 +65,18 @@ private:
     };
 
     EarlierFiles() = default;
+    void measure(const std::vector<FoundVolume> &volumes, const DiscImageSource &source);
     [[nodiscard]] NSError readVolume(const VolumeReader &volume, const std::stop_token &stop);
+    void noteContents(const DRRecordedObject &recorded);
     [[nodiscard]] NSError merge(DRFolder &into, DRFolder &earlier, const QByteArray &path);
     void keepAll(const DRFSObject &object, const QByteArray &path);
 
     std::shared_ptr<DRFolder> m_root; ///< of what was read; what was added is not in it any more
     QString m_volumeName;
+    std::uint64_t m_endBlock = 0;
+    std::optional<std::uint64_t> m_firstBlockOfContents;
+    bool m_hasUDF = false;
+    bool m_hasHFSPlus = false;
     QHash<QByteArray, Place> m_kept; ///< by path, without a slash in front
     QStringList m_replaced;
     std::uint32_t m_keptFiles = 0;

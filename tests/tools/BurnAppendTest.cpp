@@ -199,6 +199,61 @@ TEST_F(AppendToDisc, sessionOfAnotherProgram_isKept_withItsAttributes)
     EXPECT_EQ(script.lastModified().toSecsSinceEpoch(), 1'000'000'000);
 }
 
+/// An image that other programs have made, left with one of its filesystems alone: without the descriptors of ISO 9660.
+QByteArray withoutIso9660(QByteArray image)
+{
+    constexpr qsizetype blockSize = 2048;
+    qsizetype free = 16 * blockSize;
+    for (qsizetype block = 16; block < 32; ++block) {
+        const QByteArray descriptor = image.mid(block * blockSize, blockSize);
+        const QByteArray identifier = descriptor.mid(1, 5);
+        if (identifier != "CD001" && !QByteArray("BEA01 NSR02 NSR03 TEA01").contains(identifier))
+            break;
+        image.replace(block * blockSize, blockSize, QByteArray(blockSize, '\0'));
+        if (identifier == "CD001")
+            continue;
+        image.replace(free, blockSize, descriptor); // what says that there is UDF follows at once
+        free += blockSize;
+    }
+    return image;
+}
+
+TEST_F(AppendToDisc, sessionOfUDFAlone_isKept)
+{
+    makeTwoFolders();
+    m_tree.makeFile("first/Långt namn.txt", QByteArray(5000, 'n'));
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    addForeignSession(withoutIso9660(foreignImage("first", {"-R", "-udf", "-V", "FOREIGN"})));
+    const QJsonObject report = append("second", 0, {"--verify"});
+    EXPECT_EQ(report[u"volumeName"], QStringLiteral("FOREIGN"));
+    extractWith(mediumFile());
+    EXPECT_EQ(m_tree.contents("taken/old.txt"), "old");
+    EXPECT_EQ(m_tree.contents("taken/new.txt"), "new");
+    EXPECT_EQ(m_tree.contents("taken/shared/one.bin"), QByteArray(100'000, '1'));
+    EXPECT_EQ(m_tree.contents("taken/Långt namn.txt"), QByteArray(5000, 'n'));
+}
+
+TEST_F(AppendToDisc, sessionOfHFSPlusAlone_isKept_withItsAttributes)
+{
+    makeTwoFolders();
+    m_tree.setMode("first/old.txt", 0640);
+    m_tree.setModificationTime("first/old.txt", 1'000'000'000);
+    const ProgramRun run = runProgram(
+        "xorriso", {"-as", "mkisofs", "-quiet", "-R", "-hfsplus", "-o", m_tree.path("mac.iso"), m_tree.path("first")});
+    ASSERT_EQ(run.status, 0) << run.errors.constData();
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    addForeignSession(withoutIso9660(m_tree.contents("mac.iso")));
+    append("second", 0, {"--verify"});
+    extractWith(mediumFile());
+    EXPECT_EQ(m_tree.contents("taken/old.txt"), "old");
+    EXPECT_EQ(m_tree.contents("taken/shared/one.bin"), QByteArray(100'000, '1'));
+    EXPECT_EQ(m_tree.contents("taken/shared/two.bin"), QByteArray(70'000, '2'));
+    EXPECT_EQ(QFile::symLinkTarget(QFile::decodeName(m_tree.path("taken/link"))),
+              QFile::decodeName(m_tree.path("taken/shared/one.bin")));
+    EXPECT_EQ(QFileInfo(QFile::decodeName(m_tree.path("taken/old.txt"))).lastModified().toSecsSinceEpoch(),
+              1'000'000'000);
+}
+
 TEST_F(AppendToDisc, names_areThoseThatAnotherProgramMakes_ofTheSameSessions)
 {
     makeTwoFolders();

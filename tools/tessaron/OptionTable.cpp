@@ -21,8 +21,8 @@ constexpr std::array options = {
     OptionDescription{Option::Simulate, 0, "simulate", nullptr, "burn",
                       "Do everything with the laser off: nothing is written.\nFor CD-R, CD-RW, DVD-R and DVD-RW."},
     OptionDescription{Option::Multi, 0, "multi", nullptr, "burn",
-                      "Leave the disc open for further sessions, or add to an\nopen one. What it has is kept; a file "
-                      "of the same path\nis replaced."},
+                      "Leave the disc open for further sessions, or add to an\nopen one, a rewritable one, or a file. "
+                      "What it has is\nkept; a file of the same path is replaced."},
     OptionDescription{Option::Overburn, 0, "overburn", nullptr, "burn",
                       "Ask for more than the disc says that it holds. That is\nrefused all the same, with the reason."},
     OptionDescription{Option::Verify, 0, "verify", nullptr, "burn",

@@ -69,7 +69,8 @@ void DRDevice::release(bool ejects)
 
 void DRDevice::setBurnOptions(const DRBurnOptions &options)
 {
-    d->options = {options.isSimulated, options.leavesOpen, options.speed, options.overburns, options.patience};
+    d->options = {options.isSimulated, options.leavesOpen, options.speed,
+                  options.overburns,   options.patience,   options.growth};
 }
 
 NSError DRDevice::errorOfBurn(const TableOfContents &contents) const
@@ -131,6 +132,8 @@ std::shared_ptr<BlockSink> DRDevice::sinkForBurn(const std::stop_token &cancella
 
 BlockAddress DRDevice::firstBlock() const
 {
+    if (d->options.growth)
+        return BlockAddress(std::int64_t(d->options.growth->firstBlock));
     const bool adds = d->options.leavesOpen && disc().state == DiscState::Appendable;
     return BlockAddress(adds ? std::int64_t(disc().nextBlock.value_or(0)) : 0);
 }

@@ -4,6 +4,7 @@
 #include "platform/discrecording/burn/BurnDevice.h"
 #include "platform/discrecording/drives/DriveActivity.h"
 #include "platform/discrecording/drives/DriveDescription.h"
+#include "platform/discrecording/drives/DriveGrowth.h"
 #include "platform/discrecording/drives/DrivePatience.h"
 #include "platform/foundation/Export.h"
 #include "platform/foundation/NSError.h"
@@ -14,6 +15,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <stop_token>
 
 namespace Tessaron
@@ -26,8 +28,10 @@ struct DRBurnOptions {
     bool isSimulated = false; ///< with the laser off
     /// The disc stays open for further sessions. On one that has some already the layout becomes the next one, at
     /// DRDevice::firstBlock(): its filesystem has to list the files of the earlier ones as well, which systems do not
-    /// show any more.
+    /// show any more. What is overwritten has no sessions: see `growth`.
     bool leavesOpen = false;
+    /// Of what is overwritten: the layout is added, as a session would be. Without it, it is written from the begin.
+    std::optional<DriveGrowth> growth = {};
     std::uint32_t speed = 0; ///< thousands of bytes a second; 0 for the fastest
     /// Asks for writing more than the disc says that it holds. What does so is refused all the same, since libburn
     /// stops at that place and leaves a spoiled disc; the error then says this.
@@ -84,7 +88,7 @@ public:
 
     [[nodiscard]] std::shared_ptr<BlockSink> sinkForBurn(const std::stop_token &cancellation) override;
     [[nodiscard]] QVariantMap mediaInfo() const override;
-    /// Behind the disc's sessions where the next burn is to add one.
+    /// Behind what the disc has where the next burn is to add to it.
     [[nodiscard]] BlockAddress firstBlock() const override;
 
 private:

@@ -88,6 +88,11 @@ bool isCDFamily(DiscFamily family)
     return family == DiscFamily::CDR || family == DiscFamily::CDRW;
 }
 
+bool isOverwritten(DiscFamily family)
+{
+    return family == DiscFamily::Overwritable || family == DiscFamily::File;
+}
+
 bool isRewritable(DiscFamily family)
 {
     return family == DiscFamily::CDRW || family == DiscFamily::DVDMinusRW || family == DiscFamily::Overwritable

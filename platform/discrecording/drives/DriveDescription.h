@@ -53,6 +53,8 @@ enum class DiscFamily : std::uint8_t {
 /// The family of an MMC profile; see DiscDescription::profile.
 [[nodiscard]] TESSARON_EXPORT DiscFamily discFamily(std::uint32_t profile);
 [[nodiscard]] TESSARON_EXPORT bool isCDFamily(DiscFamily family);
+/// True when what is written takes the place of what is there: discs without sessions, and files.
+[[nodiscard]] TESSARON_EXPORT bool isOverwritten(DiscFamily family);
 /// True when a written disc of the family can be made empty again.
 [[nodiscard]] TESSARON_EXPORT bool isRewritable(DiscFamily family);
 /// How fast single speed is, in bytes a second; 0 for files.

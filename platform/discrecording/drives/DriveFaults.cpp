@@ -190,7 +190,7 @@ QString textOfDiscCondition(DiscCondition condition, DiscFamily family)
     case DiscCondition::WrittenNotClosed:
         return QStringLiteral("The data are on the disc, but it is not closed: not every drive will read it.");
     case DiscCondition::Appendable:
-        return QStringLiteral("What the disc held before can be read as before, and another session can be written.");
+        return QStringLiteral("What the disc held before can be read as before, and more can be added to it.");
     case DiscCondition::OnlyKept:
         return isRewritable(family)
             ? QStringLiteral("What the disc held before can be read as before. Nothing more can be written to it until "
@@ -248,7 +248,9 @@ DiscCondition conditionAfter(const InterruptedWriting &writing, DiscFamily famil
 {
     if (!writing.hasBegun || writing.isSimulated)
         return DiscCondition::Unchanged;
-    if (family == DiscFamily::Overwritable || family == DiscFamily::File)
+    if (isOverwritten(family) && writing.isOldKept)
+        return family == DiscFamily::File ? DiscCondition::Unchanged : DiscCondition::Appendable;
+    if (isOverwritten(family))
         return DiscCondition::Overwritable;
     if (after == nullptr || after->state == DiscState::NoDisc)
         return DiscCondition::Unknown;

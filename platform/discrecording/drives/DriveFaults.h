@@ -71,6 +71,7 @@ struct InterruptedWriting {
     bool hadSessions = false; ///< before that, whole ones
     bool isSimulated = false;
     bool isWholeDataWritten = false; ///< only the closing has failed
+    bool isOldKept = false; ///< what is overwritten has been added to, and shows what it showed before
 };
 
 /// What the disc is worth, by its family and by what the drive says of it when it is looked at again; `after` is null

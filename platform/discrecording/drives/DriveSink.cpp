@@ -2,6 +2,7 @@
 
 #include "platform/discrecording/burn/BurnErrors.h"
 #include "platform/discrecording/burn/DRBurn.h"
+#include "platform/discrecording/drives/DiscBegin.h"
 #include "platform/disctracks/TableOfContents.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
@@ -44,6 +45,9 @@ NSError DriveSink::beginDisc(const TableOfContents &disc)
     if (!plan)
         return plan.error();
     m_plan = *std::move(plan);
+    struct stat status = {};
+    if (m_drive.isFile() && ::fstat(m_drive.fileDescriptor(), &status) == 0)
+        m_lengthBefore = status.st_size;
     return {};
 }
 
@@ -61,6 +65,7 @@ NSError DriveSink::beginTrack(const DiscTrack & /*track*/)
 NSError DriveSink::writeBlocks(const BlockBatch &run)
 {
     const auto *const bytes = static_cast<const std::uint8_t *>(run.bytes);
+    keepBegin(run);
     const std::size_t kept = m_recorded->blockSize;
     if (run.blockSize == kept)
         return put({bytes, std::size_t(run.count) * run.blockSize});
@@ -68,6 +73,16 @@ NSError DriveSink::writeBlocks(const BlockBatch &run)
     for (std::size_t block = 0; block < run.count; ++block)
         std::memcpy(m_kept.data() + block * kept, bytes + block * run.blockSize + m_recorded->keptFrom, kept);
     return put(m_kept);
+}
+
+void DriveSink::keepBegin(const BlockBatch &run)
+{
+    constexpr std::size_t wanted = std::size_t(blocksOfDiscBegin) * 2048;
+    if (!m_options.growth || m_begin.size() >= wanted)
+        return;
+    const auto *const bytes = static_cast<const std::uint8_t *>(run.bytes);
+    const std::size_t length = std::min(wanted - m_begin.size(), std::size_t(run.count) * run.blockSize);
+    m_begin.insert(m_begin.end(), bytes, bytes + length);
 }
 
 NSError DriveSink::put(std::span<const std::uint8_t> bytes)
@@ -154,9 +169,29 @@ NSError DriveSink::failure()
 
 NSError DriveSink::endDisc()
 {
-    m_condition = m_options.isSimulated ? DiscCondition::Unchanged : DiscCondition::Written;
     m_fifo.reset();
+    if (NSError error = m_options.growth && !m_options.isSimulated ? endGrowth() : NSError())
+        return error;
+    m_condition = m_options.isSimulated ? DiscCondition::Unchanged : DiscCondition::Written;
     return m_drive.isFile() ? endFile() : NSError();
+}
+
+/// What was added is whole, and is made to be found.
+NSError DriveSink::endGrowth()
+{
+    // What was added is on the disk before anything leads to it.
+    if (const int failure = m_drive.isFile() ? syncToDisk(m_drive.fileDescriptor()) : 0; failure != 0)
+        return burnOutputError(failure, m_drive.name());
+    m_begin.resize(std::size_t(blocksOfDiscBegin) * 2048);
+    return writeDiscBegin(m_drive, *m_options.growth, m_begin, &m_isBeginTouched);
+}
+
+/// Whether what is overwritten has what it had before, and nothing leads to what was to be added.
+bool DriveSink::isGrowthUndone()
+{
+    if (!m_options.growth || m_isBeginTouched)
+        return false;
+    return !m_drive.isFile() || ::ftruncate(m_drive.fileDescriptor(), m_lengthBefore) == 0;
 }
 
 /// The file ends with the last block, and is on the disk.
@@ -187,6 +222,7 @@ NSError DriveSink::abandonDisc(const NSError &reason)
     m_fifo.reset();
     const bool asks = writing.hasBegun && !m_drive.isFile();
     const bool isKnown = !asks || (m_drive.isOpen() && !m_drive.lookAgain());
+    writing.isOldKept = isGrowthUndone();
     m_condition = conditionAfter(writing, m_family, isKnown ? &m_drive.disc() : nullptr);
     return withDiscCondition(reason, m_condition, m_family);
 }

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <memory>
 #include <stop_token>
+#include <sys/types.h>
 #include <vector>
 
 namespace Tessaron
@@ -47,6 +48,9 @@ private:
     [[nodiscard]] NSError failure();
     void waitUntilIdle();
     [[nodiscard]] NSError endFile() const;
+    void keepBegin(const BlockBatch &run);
+    [[nodiscard]] NSError endGrowth();
+    [[nodiscard]] bool isGrowthUndone();
 
     GrabbedDrive &m_drive;
     const RecordingOptions m_options;
@@ -60,6 +64,9 @@ private:
     std::size_t m_track = 0; ///< in the session: the next one
     const RecordedTrack *m_recorded = nullptr; ///< the one that is being written
     std::vector<std::uint8_t> m_kept; ///< what the drive gets of larger blocks
+    std::vector<std::uint8_t> m_begin; ///< of a session that is added to what is overwritten
+    off_t m_lengthBefore = 0; ///< of a file that is added to
+    bool m_isBeginTouched = false; ///< that of the disc, by what is added
     std::chrono::steady_clock::time_point m_lastLook;
     DiscCondition m_condition = DiscCondition::Unchanged;
     bool m_hadSessions = false; ///< the disc, before the burn

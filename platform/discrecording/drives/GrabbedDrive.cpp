@@ -4,6 +4,7 @@
 #include "platform/discrecording/drives/BurnControl.h"
 #include "platform/discrecording/drives/DriveFaults.h"
 #include "platform/discrecording/drives/LibBurn.h"
+#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 
@@ -311,6 +312,30 @@ NSError GrabbedDrive::readBlocks(std::uint64_t first, std::uint32_t count, char 
             .arg(first)
             .arg(name(),
                  messages.empty() ? QString() : QStringLiteral(" (%1)").arg(messages.front().text.simplified())));
+}
+
+NSError GrabbedDrive::overwriteBlocks(std::uint64_t first, std::span<const std::uint8_t> bytes)
+{
+    const auto offset = off_t(first * blockSize);
+    if (isFile()) {
+        if (::lseek(m_file.get(), offset, SEEK_SET) < 0)
+            return burnOutputError(errno, name());
+        const int failure = writeFully(m_file.get(), bytes.data(), bytes.size());
+        return failure == 0 ? NSError() : burnOutputError(failure, name());
+    }
+    std::vector<std::uint8_t> written(bytes.begin(), bytes.end()); // the library takes what it may write into
+    std::vector<DriveMessage> messages;
+    const bool isWritten = BurnControl::instance().call([&] {
+        static_cast<void>(takeDriveMessages());
+        constexpr int waitsUntilWritten = 1;
+        const bool isWell = m_drive != nullptr
+            && burn::burn_random_access_write(m_drive, offset, reinterpret_cast<char *>(written.data()),
+                                              off_t(written.size()), waitsUntilWritten)
+                == 1;
+        messages = takeDriveMessages();
+        return isWell;
+    });
+    return isWritten ? NSError() : driveError(driveFault(messages), messages, name());
 }
 
 NSError GrabbedDrive::readSound(std::int64_t first, std::uint32_t count, char *out)

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace burn
@@ -54,6 +55,9 @@ public:
 
     /// Reads whole blocks of user data. An error names the block.
     [[nodiscard]] NSError readBlocks(std::uint64_t first, std::uint32_t count, char *out);
+    /// Writes whole blocks in the midst of a disc that is overwritten, or of a file, and waits until they are there. A
+    /// drive takes multiples of 16 blocks, at such a place. An error names the block.
+    [[nodiscard]] NSError overwriteBlocks(std::uint64_t first, std::span<const std::uint8_t> bytes);
     /// Reads sectors of sound, 2352 bytes each, as near to `first` as the drive finds them.
     [[nodiscard]] NSError readSound(std::int64_t first, std::uint32_t count, char *out);
 

@@ -82,14 +82,7 @@ NSError errorOfOptions(const DiscDescription &disc, const RecordingOptions &opti
     if (options.isSimulated && !disc.canSimulate)
         return refusal(QStringLiteral("writing to a disc of this kind (%1) cannot be simulated").arg(disc.profileName),
                        QStringLiteral("Leave --simulate out, or put a CD-R, CD-RW, DVD-R or DVD-RW in."));
-    const bool hasNoSessions = disc.family == DiscFamily::Overwritable || disc.family == DiscFamily::File;
-    if (options.leavesOpen && hasNoSessions)
-        return refusal(QStringLiteral("%1 has no sessions: what is written takes the place of what is there")
-                           .arg(disc.family == DiscFamily::File
-                                    ? QStringLiteral("a file")
-                                    : QStringLiteral("a disc of this kind (%1)").arg(disc.profileName)),
-                       QStringLiteral("Leave --multi out."));
-    if (options.leavesOpen && !disc.canAppendLater)
+    if (options.leavesOpen && !disc.canAppendLater && !isOverwritten(disc.family))
         return refusal(QStringLiteral("a disc of this kind (%1) takes one session only").arg(disc.profileName),
                        QStringLiteral("Leave --multi out."));
     return {};
@@ -97,15 +90,17 @@ NSError errorOfOptions(const DiscDescription &disc, const RecordingOptions &opti
 
 /// Filesystems count their blocks from the begin of the disc: data are added only where they were made for the place
 /// that the drive will write them to.
-NSError errorOfPlace(const TableOfContents &contents, const DiscTrack &track, const DiscDescription &disc)
+NSError errorOfPlace(const TableOfContents &contents, const DiscTrack &track, const DiscDescription &disc,
+                     const RecordingOptions &options)
 {
-    if (track.isAudio() || disc.state != DiscState::Appendable)
+    if (track.isAudio() || (disc.state != DiscState::Appendable && !options.growth))
         return {};
     const std::int64_t begin = contents.firstBlockOfTrack(track.number).number();
-    if (disc.nextBlock && begin > 0 && begin == std::int64_t(*disc.nextBlock))
+    const std::optional<std::uint64_t> next = options.growth ? options.growth->firstBlock : disc.nextBlock;
+    if (next && begin > 0 && begin == std::int64_t(*next))
         return {};
-    return refusal(QStringLiteral("the disc (%1) has sessions already, and track %2 was made for another place than "
-                                  "behind these")
+    return refusal(QStringLiteral("the disc (%1) is written already, and track %2 was made for another place than "
+                                  "behind that")
                        .arg(disc.profileName)
                        .arg(track.number),
                    QStringLiteral("Add folders and files to it instead of an image, or put an empty disc in."));
@@ -197,6 +192,7 @@ Result<RecordingPlan> RecordingPlanner::plan()
         return error;
     if (NSError error = errorOfKind())
         return error;
+    m_plan.blocksOnDisc = m_options.growth ? m_options.growth->firstBlock : 0;
     for (std::size_t index = 0; index < m_contents.sessions.size(); ++index) {
         if (NSError error = addSession(index))
             return error;
@@ -212,7 +208,7 @@ NSError RecordingPlanner::errorOfKind() const
     for (const DiscTrack *const track : m_contents.tracks()) {
         if (NSError error = errorOfTrack(*track))
             return error;
-        if (NSError error = errorOfPlace(m_contents, *track, m_disc))
+        if (NSError error = errorOfPlace(m_contents, *track, m_disc, m_options))
             return error;
         if (track->isAudio() && !isCDFamily(m_disc.family))
             return refusal(QStringLiteral("track %1 is sound, which only CDs have; this is a %2")
@@ -235,7 +231,9 @@ NSError RecordingPlanner::addSession(std::size_t index)
     const std::vector<DiscTrack> &tracks = m_contents.sessions[index].tracks;
     const bool isLast = index + 1 == m_contents.sessions.size();
     RecordedSession session;
-    session.leavesOpen = !isLast || m_options.leavesOpen;
+    session.leavesOpen = !isOverwritten(m_disc.family) && (!isLast || m_options.leavesOpen);
+    if (m_options.growth)
+        session.firstBlock = m_options.growth->firstBlock;
     std::transform(tracks.begin(), tracks.end(), std::back_inserter(session.tracks), recordedTrack);
     const bool isOnFreshDisc = m_disc.state == DiscState::Blank && index == 0;
     const bool isOfOneKind = isAllSound(tracks) || isAllData(tracks);

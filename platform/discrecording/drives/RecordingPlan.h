@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/discrecording/drives/DriveDescription.h"
+#include "platform/discrecording/drives/DriveGrowth.h"
 #include "platform/discrecording/drives/DrivePatience.h"
 #include "platform/disctracks/TableOfContents.h"
 #include "platform/foundation/Result.h"
@@ -9,6 +10,7 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace Tessaron
@@ -21,6 +23,7 @@ struct RecordingOptions {
     std::uint32_t speed = 0; ///< thousands of bytes a second; 0 for the fastest
     bool overburns = false; ///< asks for more than the disc says that it holds
     DrivePatience patience = {}; ///< of files none is asked for
+    std::optional<DriveGrowth> growth = {}; ///< of what is overwritten: keeps what is there
 };
 
 /// How a session is brought onto the disc.
@@ -45,6 +48,7 @@ struct RecordedSession {
     std::vector<RecordedTrack> tracks;
     RecordingMode mode = RecordingMode::AtOnce;
     bool leavesOpen = false;
+    std::optional<std::uint64_t> firstBlock; ///< where what is overwritten is written from; none for its begin
     QByteArray cdTextPacks; ///< empty for none
     QByteArray mediaCatalogNumber; ///< 13 digits, or empty
     std::uint64_t blocksOnDisc = 0; ///< all that it needs

@@ -260,6 +260,10 @@ NSError SessionWriting::setOptions()
         return driveError(DriveFault::Refused, takeDriveMessages(), m_drive.name());
     burn::burn_write_opts_set_multi(options, m_session.leavesOpen ? 1 : 0);
     burn::burn_write_opts_set_simulate(options, m_options.isSimulated ? 1 : 0);
+    if (m_session.firstBlock) {
+        constexpr off_t blockSize = 2048;
+        burn::burn_write_opts_set_start_byte(options, off_t(*m_session.firstBlock) * blockSize);
+    }
     burn::burn_write_opts_set_underrun_proof(options, 1); // where the drive has it
     burn::burn_write_opts_set_perform_opc(options, 0); // drives calibrate by themselves when they begin
     if (NSError error = setTexts())

@@ -227,13 +227,33 @@ TEST(RecordingPlan, whatIsTooLarge_isRefused_withHowMuchItIs_alsoWhenItIsAskedFo
     }
 }
 
-TEST(RecordingPlan, openDisc_isRefused_whereThereAreNoSessions)
+TEST(RecordingPlan, whatIsOverwritten_grows_atTheGivenPlaceOnly)
+{
+    TableOfContents data = contentsOf({dataTrack(1'000)});
+    const RecordingOptions fresh{.leavesOpen = true};
+    const RecordingOptions grown{.leavesOpen = true, .growth = DriveGrowth{640, false}};
+    for (const std::uint32_t profile : {0x1A, 0x12, 0x43, 0xFFFF}) {
+        const DiscDescription disc = blankDisc(profile, 1'700);
+        const Result<RecordingPlan> first = planRecording(data, disc, fresh);
+        ASSERT_TRUE(first) << profile;
+        EXPECT_FALSE(first->sessions.front().leavesOpen); // there are none
+        EXPECT_FALSE(first->sessions.front().firstBlock);
+        EXPECT_EQ(faultOf(planRecording(data, disc, grown)), QStringLiteral("wrong-disc")) << profile;
+        data.sessions.front().firstBlock = BlockAddress(640);
+        const Result<RecordingPlan> added = planRecording(data, disc, grown);
+        ASSERT_TRUE(added) << profile;
+        EXPECT_EQ(added->sessions.front().firstBlock, 640u);
+        EXPECT_EQ(added->blocksOnDisc, 1'640u);
+        EXPECT_EQ(faultOf(planRecording(data, blankDisc(profile, 1'639), grown)), QStringLiteral("full")) << profile;
+        data.sessions.front().firstBlock = BlockAddress();
+    }
+}
+
+TEST(RecordingPlan, openDisc_isRefused_whereThereIsOneSessionOnly)
 {
     const TableOfContents data = contentsOf({dataTrack(1'000)});
     const RecordingOptions open{.leavesOpen = true};
     EXPECT_TRUE(planRecording(data, blankDisc(dvdPlusR), open));
-    for (const std::uint32_t profile : {0x1A, 0x12, 0x43, 0xFFFF})
-        EXPECT_FALSE(planRecording(data, blankDisc(profile), open)) << profile;
     DiscDescription disc = blankDisc(0x15);
     disc.canAppendLater = false;
     EXPECT_FALSE(planRecording(data, disc, open));
