@@ -28,17 +28,45 @@ constexpr std::uint64_t blockSize = 2048;
 const QString verifySetting = QStringLiteral("verifyAfterBurning");
 const QString ejectSetting = QStringLiteral("ejectAfterBurning");
 
+/// Files of the disc that would not be seen any more: a few by name, the others counted.
+QString replacedText(const QStringList &paths)
+{
+    constexpr qsizetype shown = 4;
+    QStringList names;
+    for (const QString &path : paths.mid(0, shown))
+        names << displayableText(path);
+    QString text = BurnDialog::tr("%n of its files will be replaced: %1", nullptr, int(paths.size()))
+                       .arg(names.join(QStringLiteral(", ")));
+    if (paths.size() > shown)
+        text += BurnDialog::tr(" and %n more", nullptr, int(paths.size() - shown));
+    return text;
+}
+
+/// What becomes of what a disc has, and how much is added.
+QString additionText(const BurnDiscResult &addition)
+{
+    QStringList lines;
+    if (addition.keptFiles > 0)
+        lines << BurnDialog::tr("%n file(s) on it stay as they are; %1 are added.", nullptr, int(addition.keptFiles))
+                     .arg(sizeText(addition.data.bytes));
+    else
+        lines << BurnDialog::tr("What is on it stays as it is; %1 are added.").arg(sizeText(addition.data.bytes));
+    if (!addition.replaced.isEmpty())
+        lines << replacedText(addition.replaced);
+    return lines.join(u'\n');
+}
+
 } // namespace
 
 BurnDialog::BurnDialog(const BurnSubject &subject, QWidget *parent)
     : QDialog(parent)
-    , m_bytes(subject.bytes)
-    , m_canFollowOthers(!subject.order.tree)
+    , m_subject(subject)
     , m_drives(new QComboBox(this))
     , m_again(new QPushButton(tr("&Look Again"), this))
     , m_state(new QLabel(this))
     , m_speeds(new QComboBox(this))
     , m_verify(new QCheckBox(tr("&Compare the disc with the files afterwards"), this))
+    , m_open(new QCheckBox(tr("&Keep the disc open, so that more can be added to it"), this))
     , m_simulate(new QCheckBox(tr("Only &simulate: the laser stays off"), this))
     , m_eject(new QCheckBox(tr("&Eject the disc at the end"), this))
     , m_progress(new JobBar(this))
@@ -51,6 +79,7 @@ BurnDialog::BurnDialog(const BurnSubject &subject, QWidget *parent)
     connect(m_again, &QPushButton::clicked, this, &BurnDialog::lookForDrives);
     connect(m_drives, &QComboBox::activated, this, &BurnDialog::look);
     connect(m_erase, &QPushButton::clicked, this, &BurnDialog::eraseDisc);
+    connect(m_open, &QCheckBox::clicked, this, &BurnDialog::chooseAddition);
     connect(this, &QDialog::accepted, this, [this] {
         QSettings kept;
         kept.setValue(verifySetting, m_verify->isChecked());
@@ -62,6 +91,7 @@ BurnDialog::BurnDialog(const BurnSubject &subject, QWidget *parent)
 BurnDialog::~BurnDialog()
 {
     abandonJob(std::move(m_look));
+    abandonJob(std::move(m_plan));
     abandonJob(std::move(m_blanking));
 }
 
@@ -85,13 +115,16 @@ void BurnDialog::layOut()
     form->addRow(tr("Disc:"), m_state);
     form->addRow(tr("S&peed:"), m_speeds);
     column->addLayout(form);
-    for (QCheckBox *const box : {m_verify, m_simulate, m_eject})
+    for (QCheckBox *const box : {m_verify, m_open, m_simulate, m_eject})
         column->addWidget(box);
     column->addWidget(m_progress);
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
     m_burn = buttons->addButton(tr("&Burn"), QDialogButtonBox::AcceptRole);
-    m_burn->setDefault(true);
     m_erase = buttons->addButton(tr("E&rase…"), QDialogButtonBox::ActionRole);
+    // The Return key burns wherever the focus is.
+    for (QPushButton *const button : findChildren<QPushButton *>())
+        button->setAutoDefault(button == m_burn);
+    m_burn->setDefault(true);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     column->addStretch(1);
@@ -101,9 +134,7 @@ void BurnDialog::layOut()
 
 void BurnDialog::lookForDrives()
 {
-    abandonJob(std::move(m_look));
-    m_disc.reset();
-    m_fault.clear();
+    forgetDisc();
     m_look = std::make_unique<DrivesJob>(DrivesOrder());
     connect(m_look.get(), &DrivesJob::finished, this, [this](const DrivesResult &result) {
         const std::vector<DriveFacts> drives = result.drives;
@@ -129,11 +160,19 @@ QByteArray BurnDialog::drive() const
     return m_drives->currentData().toByteArray();
 }
 
+void BurnDialog::forgetDisc()
+{
+    m_open->setChecked(false);
+    abandonJob(std::move(m_look));
+    abandonJob(std::move(m_plan));
+    m_disc.reset();
+    m_addition.reset();
+    m_fault.clear();
+}
+
 void BurnDialog::look()
 {
-    abandonJob(std::move(m_look));
-    m_disc.reset();
-    m_fault.clear();
+    forgetDisc();
     if (m_drives->count() > 0) {
         m_look = std::make_unique<DrivesJob>(DrivesOrder{{drive()}});
         connect(m_look.get(), &DrivesJob::finished, this, [this](const DrivesResult &result) {
@@ -153,6 +192,41 @@ void BurnDialog::looked(const DriveFacts &facts)
     else
         m_disc = facts.disc;
     showSpeeds();
+    if (m_disc && m_disc->state == DiscState::Appendable)
+        planAddition();
+    updateButtons();
+}
+
+/// What is overwritten may be added to instead.
+void BurnDialog::chooseAddition()
+{
+    if (!m_disc || !isOverwritten(m_disc->family))
+        return;
+    abandonJob(std::move(m_plan));
+    m_addition.reset();
+    if (addsToDisc())
+        planAddition();
+    updateButtons();
+}
+
+/// The sessions of a disc are read, and what is to be written is laid out beside what they hold.
+void BurnDialog::planAddition()
+{
+    BurnDiscOrder order = m_subject.order;
+    order.drive = drive();
+    order.leavesOpen = true;
+    order.isPlanOnly = true;
+    m_plan = std::make_unique<BurnDiscJob>(std::move(order));
+    connect(m_plan.get(), &BurnDiscJob::finished, this, [this](const BurnDiscResult &result) {
+        m_plan.release()->deleteLater(); // with the result, later
+        planned(result);
+    });
+    m_plan->start();
+}
+
+void BurnDialog::planned(const BurnDiscResult &result)
+{
+    m_addition = result;
     updateButtons();
 }
 
@@ -172,35 +246,46 @@ QString BurnDialog::obstacle() const
 {
     if (!m_disc || m_disc->state == DiscState::NoDisc)
         return {};
+    if (m_addition)
+        return m_addition->error ? errorText(m_addition->error) : additionText(*m_addition);
     if (!mayWrite())
         return m_disc->isErasable ? tr("Erase it first, or put in another disc.") : tr("Put in another disc.");
     const std::uint64_t room = m_disc->freeBlocks * blockSize;
-    if (m_bytes > room)
-        return tr("It is too small: about %1 are to be written.").arg(sizeText(m_bytes));
-    if (m_disc->state == DiscState::Appendable)
-        return tr("Only sound can be added to what is on it.");
+    if (m_subject.bytes > room)
+        return tr("It is too small: about %1 are to be written.").arg(sizeText(m_subject.bytes));
     return {};
+}
+
+bool BurnDialog::addsToDisc() const
+{
+    return m_disc && (m_disc->state == DiscState::Appendable || (isOverwritten(m_disc->family) && m_open->isChecked()));
 }
 
 bool BurnDialog::mayWrite() const
 {
-    return m_disc
-        && (m_disc->state == DiscState::Blank || (m_disc->state == DiscState::Appendable && m_canFollowOthers));
+    if (addsToDisc())
+        return m_addition && !m_addition->error;
+    return m_disc && m_disc->state == DiscState::Blank;
+}
+
+QStringList BurnDialog::stateLines() const
+{
+    if (m_blanking)
+        return {tr("The disc is being erased. That cannot be stopped.")};
+    if (m_look)
+        return {m_drives->count() == 0 ? tr("Looking for drives…") : tr("Looking at the disc…")};
+    if (!m_fault.isEmpty())
+        return {m_fault};
+    if (m_drives->count() == 0)
+        return {tr("This computer has no optical drive. Connect one, and look again.")};
+    if (!m_disc)
+        return {};
+    return {discText(*m_disc, addsToDisc()), m_plan ? tr("Looking at what is on it…") : obstacle()};
 }
 
 void BurnDialog::updateButtons()
 {
-    QStringList lines;
-    if (m_blanking)
-        lines << tr("The disc is being erased. That cannot be stopped.");
-    else if (m_look)
-        lines << (m_drives->count() == 0 ? tr("Looking for drives…") : tr("Looking at the disc…"));
-    else if (!m_fault.isEmpty())
-        lines << m_fault;
-    else if (m_drives->count() == 0)
-        lines << tr("This computer has no optical drive. Connect one, and look again.");
-    else if (m_disc)
-        lines << discText(*m_disc) << obstacle();
+    QStringList lines = stateLines();
     lines.removeAll(QString());
     m_state->setText(lines.join(u'\n'));
     const bool isIdle = !isBusy();
@@ -209,9 +294,23 @@ void BurnDialog::updateButtons()
     m_simulate->setEnabled(isIdle && m_disc && m_disc->canSimulate);
     if (m_disc && !m_disc->canSimulate)
         m_simulate->setChecked(false);
+    updateOpenBox();
     m_burn->setEnabled(isIdle && mayWrite());
     m_erase->setVisible(m_disc && m_disc->isErasable && m_disc->family != DiscFamily::Overwritable);
     m_erase->setEnabled(isIdle);
+}
+
+/// Discs with sessions stay open for more; what has none is kept and added to, or replaced.
+void BurnDialog::updateOpenBox()
+{
+    const bool isOver = m_disc && isOverwritten(m_disc->family);
+    const bool hasSessions = m_disc && m_disc->state == DiscState::Appendable;
+    const bool isOffered = isOver || hasSessions || (m_disc && m_disc->canAppendLater);
+    m_open->setText(isOver ? tr("&Keep what is on the disc, and add to it")
+                           : tr("&Keep the disc open, so that more can be added to it"));
+    m_open->setVisible(isOffered);
+    m_open->setEnabled(!isBusy() && !hasSessions);
+    m_open->setChecked(hasSessions || (isOffered && m_open->isChecked()));
 }
 
 QString BurnDialog::text() const
@@ -226,6 +325,7 @@ BurnDiscOrder BurnDialog::settings() const
     order.speed = m_speeds->currentData().toDouble();
     order.verifies = m_verify->isChecked();
     order.isSimulated = m_simulate->isChecked();
+    order.leavesOpen = m_open->isChecked();
     order.ejects = m_eject->isChecked();
     return order;
 }

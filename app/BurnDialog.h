@@ -22,7 +22,8 @@ namespace Tessaron::Desktop
 class JobBar;
 
 /// Asks which drive is to write, and how, and says what is in it. A drive is opened only when it is chosen here: the
-/// first one, as soon as the drives are known. Discs that can be erased are erased here.
+/// first one, as soon as the drives are known. Of a disc with sessions it is found out what of them stays before
+/// anything can be added to it. Discs that can be erased are erased here.
 class BurnDialog final : public QDialog
 {
     Q_OBJECT
@@ -44,7 +45,8 @@ public:
     [[nodiscard]] QString text() const;
     [[nodiscard]] QPushButton &burnButton() const { return *m_burn; }
     [[nodiscard]] QPushButton &eraseButton() const { return *m_erase; }
-    [[nodiscard]] bool isBusy() const { return m_look || m_blanking; }
+    [[nodiscard]] QCheckBox &openBox() const { return *m_open; }
+    [[nodiscard]] bool isBusy() const { return m_look || m_plan || m_blanking; }
 
     /// Erases the disc, once the user does not mind.
     void eraseDisc();
@@ -54,22 +56,29 @@ public:
 private:
     void layOut();
     void look();
+    void forgetDisc();
     void looked(const DriveFacts &facts);
+    void chooseAddition();
+    void planAddition();
+    void planned(const BurnDiscResult &result);
     void showSpeeds();
     void startErasing();
     void erased(const BlankDiscResult &result);
     void updateButtons();
+    void updateOpenBox();
+    [[nodiscard]] QStringList stateLines() const;
     [[nodiscard]] QString obstacle() const;
+    [[nodiscard]] bool addsToDisc() const;
     [[nodiscard]] bool mayWrite() const;
     [[nodiscard]] QByteArray drive() const;
 
-    const std::uint64_t m_bytes;
-    const bool m_canFollowOthers;
+    const BurnSubject m_subject;
     QComboBox *const m_drives;
     QPushButton *const m_again;
     QLabel *const m_state;
     QComboBox *const m_speeds;
     QCheckBox *const m_verify;
+    QCheckBox *const m_open;
     QCheckBox *const m_simulate;
     QCheckBox *const m_eject;
     JobBar *const m_progress;
@@ -77,7 +86,9 @@ private:
     QPushButton *m_erase = nullptr;
     std::optional<DiscDescription> m_disc;
     QString m_fault; ///< why the drive cannot be used, or how erasing failed
+    std::optional<BurnDiscResult> m_addition; ///< what would come of adding to the disc, once that is known
     std::unique_ptr<DrivesJob> m_look; ///< null when nothing is asked
+    std::unique_ptr<BurnDiscJob> m_plan; ///< finds out what would come of adding
     std::unique_ptr<BlankDiscJob> m_blanking;
 };
 

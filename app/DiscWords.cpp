@@ -19,11 +19,13 @@ struct DiscWords {
     Q_DECLARE_TR_FUNCTIONS(DiscWords)
 };
 
-QString blankDiscText(const DiscDescription &disc, const QString &kind)
+QString blankDiscText(const DiscDescription &disc, const QString &kind, bool isAddedTo)
 {
     const QString room = sizeText(disc.freeBlocks * blockSize);
     if (disc.family == DiscFamily::File)
         return DiscWords::tr("A file in the place of a disc, room for %1").arg(room);
+    if (disc.family == DiscFamily::Overwritable && isAddedTo)
+        return DiscWords::tr("%1, room for %2 in all").arg(kind, room);
     if (disc.family == DiscFamily::Overwritable)
         return DiscWords::tr("%1, room for %2. What is on it will be replaced.").arg(kind, room);
     return DiscWords::tr("%1, blank, %2 free").arg(kind, room);
@@ -38,14 +40,14 @@ QString driveText(const DriveDescription &drive)
     return name.isEmpty() ? path : QStringLiteral("%1 (%2)").arg(name, path);
 }
 
-QString discText(const DiscDescription &disc)
+QString discText(const DiscDescription &disc, bool isAddedTo)
 {
     const QString kind = disc.profileName.isEmpty() ? DiscWords::tr("Disc") : disc.profileName;
     switch (disc.state) {
     case DiscState::NoDisc:
         return DiscWords::tr("There is no disc in the drive.");
     case DiscState::Blank:
-        return blankDiscText(disc, kind);
+        return blankDiscText(disc, kind, isAddedTo);
     case DiscState::Appendable:
         return DiscWords::tr("%1, written in part, %2 free").arg(kind, sizeText(disc.freeBlocks * blockSize));
     case DiscState::Closed:

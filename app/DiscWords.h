@@ -13,8 +13,8 @@ namespace Tessaron::Desktop
 /// "ASUS DRW-24D5MT (/dev/sr0)"; of a file in the place of a drive its path.
 [[nodiscard]] QString driveText(const DriveDescription &drive);
 
-/// "DVD+R, blank, 4.7 GB free", a sentence where there is more to say.
-[[nodiscard]] QString discText(const DiscDescription &disc);
+/// "DVD+R, blank, 4.7 GB free", a sentence where there is more to say. `isAddedTo`: what is on it will stay.
+[[nodiscard]] QString discText(const DiscDescription &disc, bool isAddedTo = false);
 
 /// "8× (11.1 MB/s)" of a speed in thousands of bytes a second.
 [[nodiscard]] QString speedText(std::uint32_t speed, std::uint32_t profile);

@@ -119,6 +119,9 @@ JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStri
     outcome.details = result.notes;
     if (!result.isImage)
         addLosses(result.data, missing, outcome.details);
+    for (const QString &path : result.replaced)
+        outcome.details
+            << JobOutcomes::tr("%1 takes the place of the file that the disc had.").arg(displayableText(path));
     if (result.verification)
         outcome.details << outcomeOf(*result.verification).details;
     if (result.waits > 0)
@@ -132,6 +135,11 @@ JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStri
     const QString form = isSimulated ? JobOutcomes::tr("The writing was simulated, the disc is as it was: %1, %2, %3.")
                                      : JobOutcomes::tr("The disc was written: %1, %2, %3.");
     outcome.summary = form.arg(result.disc.profileName, sizeText(result.data.bytes), amount);
+    if (result.keptFiles > 0)
+        outcome.summary += u' ' + JobOutcomes::tr("%n file(s) that it had are kept.", nullptr, int(result.keptFiles));
+    if (!result.replaced.isEmpty())
+        outcome.summary +=
+            u' ' + JobOutcomes::tr("%n file(s) that it had were replaced.", nullptr, int(result.replaced.size()));
     if (result.verification || result.bytesCompared > 0)
         outcome.summary += u' ' + JobOutcomes::tr("It was compared with what was to be written, and is the same.");
     if (!result.isImage)

@@ -147,6 +147,10 @@
             <source>The disc cannot be used any more then.</source>
             <translation>Die Disc ist dann unbrauchbar.</translation>
         </message>
+        <message>
+            <source>%1, room for %2 in all</source>
+            <translation>%1, insgesamt Platz für %2</translation>
+        </message>
     </context>
     <context>
         <name>ImagePanel</name>
@@ -387,6 +391,24 @@
             <translation>
                 <numerusform>%n Titel wurde entnommen, mit Schäden.</numerusform>
                 <numerusform>%n Titel wurden entnommen, mit Schäden.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 takes the place of the file that the disc had.</source>
+            <translation>%1 ersetzt die Datei, die die Disc hatte.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) that it had are kept.</source>
+            <translation>
+                <numerusform>%n Datei, die sie hatte, ist geblieben.</numerusform>
+                <numerusform>%n Dateien, die sie hatte, sind geblieben.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) that it had were replaced.</source>
+            <translation>
+                <numerusform>%n Datei, die sie hatte, wurde ersetzt.</numerusform>
+                <numerusform>%n Dateien, die sie hatte, wurden ersetzt.</numerusform>
             </translation>
         </message>
     </context>
@@ -795,10 +817,6 @@
             <translation>Sie ist zu klein: Etwa %1 sind zu schreiben.</translation>
         </message>
         <message>
-            <source>Only sound can be added to what is on it.</source>
-            <translation>Zu dem, was darauf ist, kann nur Ton hinzugefügt werden.</translation>
-        </message>
-        <message>
             <source>The disc is being erased. That cannot be stopped.</source>
             <translation>Die Disc wird gelöscht. Das lässt sich nicht anhalten.</translation>
         </message>
@@ -833,6 +851,43 @@
         <message>
             <source>Erasing</source>
             <translation>Löschen</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n of its files will be replaced: %1</source>
+            <translation>
+                <numerusform>%n ihrer Dateien wird ersetzt: %1</numerusform>
+                <numerusform>%n ihrer Dateien werden ersetzt: %1</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source> and %n more</source>
+            <translation>
+                <numerusform> und %n weitere</numerusform>
+                <numerusform> und %n weitere</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) on it stay as they are; %1 are added.</source>
+            <translation>
+                <numerusform>%n Datei darauf bleibt, wie sie ist; %1 kommen hinzu.</numerusform>
+                <numerusform>%n Dateien darauf bleiben, wie sie sind; %1 kommen hinzu.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>What is on it stays as it is; %1 are added.</source>
+            <translation>Was darauf ist, bleibt, wie es ist; %1 kommen hinzu.</translation>
+        </message>
+        <message>
+            <source>&amp;Keep the disc open, so that more can be added to it</source>
+            <translation>Disc &amp;offen lassen, damit mehr hinzukommen kann</translation>
+        </message>
+        <message>
+            <source>Looking at what is on it…</source>
+            <translation>Es wird nachgesehen, was darauf ist …</translation>
+        </message>
+        <message>
+            <source>&amp;Keep what is on the disc, and add to it</source>
+            <translation>Inhalt der Disc be&amp;halten und ergänzen</translation>
         </message>
     </context>
     <context>

@@ -128,6 +128,20 @@
                 <numerusform>%n tracks were taken out, with damage.</numerusform>
             </translation>
         </message>
+        <message numerus="yes">
+            <source>%n file(s) that it had are kept.</source>
+            <translation>
+                <numerusform>%n file that it had is kept.</numerusform>
+                <numerusform>%n files that it had are kept.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) that it had were replaced.</source>
+            <translation>
+                <numerusform>%n file that it had was replaced.</numerusform>
+                <numerusform>%n files that it had were replaced.</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::AudioIntake</name>
@@ -160,6 +174,30 @@
             <translation>
                 <numerusform>Move %n Track</numerusform>
                 <numerusform>Move %n Tracks</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::BurnDialog</name>
+        <message numerus="yes">
+            <source>%n of its files will be replaced: %1</source>
+            <translation>
+                <numerusform>%n of its files will be replaced: %1</numerusform>
+                <numerusform>%n of its files will be replaced: %1</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source> and %n more</source>
+            <translation>
+                <numerusform> and %n more</numerusform>
+                <numerusform> and %n more</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) on it stay as they are; %1 are added.</source>
+            <translation>
+                <numerusform>%n file on it stays as it is; %1 are added.</numerusform>
+                <numerusform>%n files on it stay as they are; %1 are added.</numerusform>
             </translation>
         </message>
     </context>

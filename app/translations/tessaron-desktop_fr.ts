@@ -147,6 +147,10 @@
             <source>The disc cannot be used any more then.</source>
             <translation>Le disque sera alors inutilisable.</translation>
         </message>
+        <message>
+            <source>%1, room for %2 in all</source>
+            <translation>%1, place pour %2 en tout</translation>
+        </message>
     </context>
     <context>
         <name>ImagePanel</name>
@@ -387,6 +391,24 @@
             <translation>
                 <numerusform>%n piste a été extraite, avec des dommages.</numerusform>
                 <numerusform>%n pistes ont été extraites, avec des dommages.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 takes the place of the file that the disc had.</source>
+            <translation>%1 remplace le fichier que le disque contenait.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) that it had are kept.</source>
+            <translation>
+                <numerusform>%n fichier qu’il contenait est conservé.</numerusform>
+                <numerusform>%n fichiers qu’il contenait sont conservés.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) that it had were replaced.</source>
+            <translation>
+                <numerusform>%n fichier qu’il contenait a été remplacé.</numerusform>
+                <numerusform>%n fichiers qu’il contenait ont été remplacés.</numerusform>
             </translation>
         </message>
     </context>
@@ -795,10 +817,6 @@
             <translation>Il est trop petit : environ %1 sont à écrire.</translation>
         </message>
         <message>
-            <source>Only sound can be added to what is on it.</source>
-            <translation>Seul du son peut être ajouté à son contenu.</translation>
-        </message>
-        <message>
             <source>The disc is being erased. That cannot be stopped.</source>
             <translation>Le disque est en cours d’effacement, ce qui ne peut être arrêté.</translation>
         </message>
@@ -833,6 +851,43 @@
         <message>
             <source>Erasing</source>
             <translation>Effacement</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n of its files will be replaced: %1</source>
+            <translation>
+                <numerusform>%n de ses fichiers sera remplacé : %1</numerusform>
+                <numerusform>%n de ses fichiers seront remplacés : %1</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source> and %n more</source>
+            <translation>
+                <numerusform> et %n autre</numerusform>
+                <numerusform> et %n autres</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) on it stay as they are; %1 are added.</source>
+            <translation>
+                <numerusform>%n fichier du disque reste tel quel ; %1 sont ajoutés.</numerusform>
+                <numerusform>%n fichiers du disque restent tels quels ; %1 sont ajoutés.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>What is on it stays as it is; %1 are added.</source>
+            <translation>Son contenu reste tel quel ; %1 sont ajoutés.</translation>
+        </message>
+        <message>
+            <source>&amp;Keep the disc open, so that more can be added to it</source>
+            <translation>&amp;Garder le disque ouvert pour y ajouter plus tard</translation>
+        </message>
+        <message>
+            <source>Looking at what is on it…</source>
+            <translation>Lecture de son contenu…</translation>
+        </message>
+        <message>
+            <source>&amp;Keep what is on the disc, and add to it</source>
+            <translation>&amp;Garder le contenu du disque et y ajouter</translation>
         </message>
     </context>
     <context>

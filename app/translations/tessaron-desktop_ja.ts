@@ -146,6 +146,10 @@
             <source>The disc cannot be used any more then.</source>
             <translation>そのディスクは使えなくなります。</translation>
         </message>
+        <message>
+            <source>%1, room for %2 in all</source>
+            <translation>%1、全体で %2 の空き</translation>
+        </message>
     </context>
     <context>
         <name>ImagePanel</name>
@@ -370,6 +374,22 @@
             <source>%n track(s) were taken out, with damage.</source>
             <translation>
                 <numerusform>%n トラックを取り出しましたが、破損があります。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 takes the place of the file that the disc had.</source>
+            <translation>%1 はディスクにあったファイルと置き換わりました。</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) that it had are kept.</source>
+            <translation>
+                <numerusform>ディスクにあったファイル %n 個は残っています。</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) that it had were replaced.</source>
+            <translation>
+                <numerusform>ディスクにあったファイル %n 個が置き換えられました。</numerusform>
             </translation>
         </message>
     </context>
@@ -774,10 +794,6 @@
             <translation>容量が足りません: 約 %1 を書き込みます。</translation>
         </message>
         <message>
-            <source>Only sound can be added to what is on it.</source>
-            <translation>追記できるのは音声だけです。</translation>
-        </message>
-        <message>
             <source>The disc is being erased. That cannot be stopped.</source>
             <translation>ディスクを消去しています。途中で止められません。</translation>
         </message>
@@ -812,6 +828,40 @@
         <message>
             <source>Erasing</source>
             <translation>消去中</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n of its files will be replaced: %1</source>
+            <translation>
+                <numerusform>ディスクのファイル %n 個が置き換えられます: %1</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source> and %n more</source>
+            <translation>
+                <numerusform> ほか %n 個</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) on it stay as they are; %1 are added.</source>
+            <translation>
+                <numerusform>ディスクのファイル %n 個はそのまま残り、%1 が追加されます。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>What is on it stays as it is; %1 are added.</source>
+            <translation>ディスクの内容はそのまま残り、%1 が追加されます。</translation>
+        </message>
+        <message>
+            <source>&amp;Keep the disc open, so that more can be added to it</source>
+            <translation>後で追加できるようにディスクを閉じない(&amp;K)</translation>
+        </message>
+        <message>
+            <source>Looking at what is on it…</source>
+            <translation>ディスクの内容を調べています…</translation>
+        </message>
+        <message>
+            <source>&amp;Keep what is on the disc, and add to it</source>
+            <translation>ディスクの内容を残して追加する(&amp;K)</translation>
         </message>
     </context>
     <context>

@@ -13,8 +13,11 @@
 #include <TessaronClasses/DiscJobErrors.h>
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QUndoStack>
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -62,6 +65,12 @@ protected:
     {
         window.openFiles(paths);
         EXPECT_TRUE(runEventLoopUntil([this] { return !window.dataPanel().dataView().intake().isRunning(); }));
+    }
+    void takeEverythingOut() const
+    {
+        QUndoStack &steps = window.dataPanel().document().undoStack();
+        while (steps.canUndo())
+            steps.undo();
     }
     [[nodiscard]] BurnSubject subject() const
     {
@@ -152,6 +161,115 @@ TEST_F(BurnDialogTest, simulation_leavesTheDiscAsItIs)
     EXPECT_FALSE(outcome->error) << outcome->summary.toStdString();
     EXPECT_TRUE(outcome->summary.contains(QStringLiteral("simulated"))) << outcome->summary.toStdString();
     EXPECT_EQ(disc().status, FakeDisc::Status::Blank);
+}
+
+TEST_F(BurnDialogTest, returnKey_burns_whereverTheFocusIs)
+{
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    add({tree.path("letter.txt")});
+    const std::unique_ptr<BurnDialog> shown = dialog();
+    EXPECT_TRUE(shown->burnButton().isDefault());
+    for (const QPushButton *const button : shown->findChildren<QPushButton *>())
+        EXPECT_EQ(button->autoDefault(), button == &shown->burnButton()) << button->text().toStdString();
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+    QApplication::sendEvent(shown.get(), &press);
+    EXPECT_EQ(shown->result(), QDialog::Accepted);
+}
+
+TEST_F(BurnDialogTest, discWithSessions_isAddedTo_andWhatBecomesOfItIsTold)
+{
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    add({tree.path("photos"), tree.path("letter.txt")});
+    BurnDiscOrder first;
+    first.leavesOpen = true;
+    burn(first);
+    waitForOutcome();
+    ASSERT_FALSE(outcome->error) << outcome->summary.toStdString();
+    ASSERT_EQ(disc().status, FakeDisc::Status::Appendable);
+    const std::string written = disc().log;
+
+    takeEverythingOut();
+    tree.makeFile("new/letter.txt", "A newer letter,\n");
+    tree.makeFile("new/more.txt", "More.\n");
+    add({tree.path("new/letter.txt"), tree.path("new/more.txt")});
+    const std::unique_ptr<BurnDialog> shown = dialog();
+    EXPECT_TRUE(shown->burnButton().isEnabled());
+    EXPECT_TRUE(shown->openBox().isChecked());
+    EXPECT_TRUE(shown->settings().leavesOpen);
+    EXPECT_TRUE(shown->text().contains(QStringLiteral("1 file(s) on it stay"))) << shown->text().toStdString();
+    EXPECT_TRUE(shown->text().contains(QStringLiteral("/letter.txt"))) << shown->text().toStdString();
+    EXPECT_EQ(disc().log, written) << "looking wrote";
+
+    burn(shown->settings());
+    waitForOutcome();
+    EXPECT_FALSE(outcome->error) << outcome->summary.toStdString();
+    EXPECT_TRUE(outcome->isComplete) << outcome->details.join(u'\n').toStdString();
+    EXPECT_TRUE(outcome->details.join(u'\n').contains(QStringLiteral("/letter.txt")));
+    EXPECT_TRUE(outcome->summary.contains(QStringLiteral("1 file(s) that it had are kept")))
+        << outcome->summary.toStdString();
+    EXPECT_EQ(disc().sessions(), 2);
+    EXPECT_EQ(disc().status, FakeDisc::Status::Appendable);
+}
+
+TEST_F(BurnDialogTest, whatCannotBeAdded_isTold_beforeAnythingIsWritten)
+{
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    add({tree.path("letter.txt")});
+    BurnDiscOrder first;
+    first.leavesOpen = true;
+    burn(first);
+    waitForOutcome();
+    ASSERT_FALSE(outcome->error) << outcome->summary.toStdString();
+    const std::string written = disc().log;
+
+    takeEverythingOut();
+    tree.makeFile("other/letter.txt/in it", "a folder where the disc has a file");
+    add({tree.path("other/letter.txt")});
+    const std::unique_ptr<BurnDialog> conflict = dialog();
+    EXPECT_FALSE(conflict->burnButton().isEnabled());
+    EXPECT_TRUE(conflict->text().contains(QStringLiteral("letter.txt"))) << conflict->text().toStdString();
+
+    takeEverythingOut();
+    FakeDisc small = disc();
+    small.capacity = small.nextBlock() + 160;
+    insert(small);
+    add({tree.path("photos")});
+    const std::unique_ptr<BurnDialog> full = dialog();
+    EXPECT_FALSE(full->burnButton().isEnabled());
+    EXPECT_TRUE(full->text().contains(QStringLiteral("too much"))) << full->text().toStdString();
+    EXPECT_EQ(disc().log, written);
+}
+
+TEST_F(BurnDialogTest, rewritableDisc_isReplaced_unlessTheUserWantsItKept)
+{
+    insert(FakeProfile::DVDPlusRW, 20'000);
+    add({tree.path("photos")});
+    burn({}, DiscFamily::Overwritable);
+    waitForOutcome();
+    ASSERT_FALSE(outcome->error) << outcome->summary.toStdString();
+
+    takeEverythingOut();
+    add({tree.path("letter.txt")});
+    const std::unique_ptr<BurnDialog> shown = dialog();
+    EXPECT_TRUE(shown->text().contains(QStringLiteral("will be replaced"))) << shown->text().toStdString();
+    EXPECT_FALSE(shown->settings().leavesOpen);
+    shown->openBox().click();
+    waitFor(*shown);
+    EXPECT_TRUE(shown->settings().leavesOpen);
+    EXPECT_TRUE(shown->text().contains(QStringLiteral("1 file(s) on it stay"))) << shown->text().toStdString();
+    EXPECT_FALSE(shown->text().contains(QStringLiteral("will be replaced"))) << shown->text().toStdString();
+    EXPECT_TRUE(shown->burnButton().isEnabled());
+
+    BurnDiscOrder settings = shown->settings();
+    settings.verifies = true;
+    burn(settings, DiscFamily::Overwritable);
+    waitForOutcome();
+    EXPECT_FALSE(outcome->error) << outcome->summary.toStdString();
+    EXPECT_TRUE(outcome->summary.contains(QStringLiteral("1 file(s) that it had are kept")))
+        << outcome->summary.toStdString();
+    shown->openBox().click();
+    EXPECT_FALSE(shown->isBusy());
+    EXPECT_TRUE(shown->text().contains(QStringLiteral("will be replaced"))) << shown->text().toStdString();
 }
 
 TEST_F(BurnDialogTest, fullDisc_isNotOffered)
