@@ -1,9 +1,9 @@
 // Measures what people feel of a large disc in the program for the desktop: how long it takes from the end of the scan
-// until the tree is shown, and how long its frames take while it scrolls.
+// until the tree is shown, how much memory it takes, and how long its frames take while it scrolls.
 //
 //     QT_QPA_PLATFORM=offscreen desktop_bench FOLDER
 //
-// Prints a figure a line: milliseconds, and frames that took longer than 16 ms.
+// Prints a figure a line: bytes, milliseconds, and frames that took longer than 16 ms.
 #include "app/DataView.h"
 #include "app/DiscTreeView.h"
 
@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <unistd.h>
 #include <vector>
 
 using namespace Tessaron::Desktop;
@@ -36,6 +37,18 @@ std::vector<double> framesWhileScrolling(DataView &view, int steps)
         frames.push_back(double(clock.nsecsElapsed()) / millisecond);
     }
     return frames;
+}
+
+/// What this process holds in memory, in bytes.
+double memory()
+{
+    long pages = 0;
+    if (std::FILE *const file = std::fopen("/proc/self/statm", "re")) {
+        if (std::fscanf(file, "%*s %ld", &pages) != 1)
+            pages = 0;
+        std::fclose(file);
+    }
+    return double(pages) * double(::sysconf(_SC_PAGESIZE));
 }
 
 void tell(const char *what, double value)
@@ -63,6 +76,8 @@ int main(int argc, char **argv)
     QObject::connect(&document.model(), &QAbstractItemModel::rowsAboutToBeInserted, &waiting,
                      [&] { described = double(clock.nsecsElapsed()) / millisecond; });
     QObject::connect(&view.intake(), &SourceIntake::finished, &waiting, &QEventLoop::quit);
+    view.repaint();
+    const double before = memory();
     clock.start();
     view.addPaths({argv[1]});
     waiting.exec();
@@ -72,7 +87,9 @@ int main(int argc, char **argv)
     constexpr int steps = 500;
     std::vector<double> frames = framesWhileScrolling(view, steps);
     std::sort(frames.begin(), frames.end());
-    tell("objects", double(document.model().root().objects));
+    const double objects = double(document.model().root().objects);
+    tell("objects", objects);
+    tell("memory, bytes an object", (memory() - before) / objects);
     tell("scanned and described, ms", described);
     tell("then shown, ms", shown - described);
     tell("frame, median, ms", frames[frames.size() / 2]);
