@@ -8,10 +8,12 @@
 #include <TessaronClasses/DiscJobErrors.h>
 
 #include <QAction>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPixmap>
 #include <QSignalBlocker>
 #include <QStyleOptionFocusRect>
 #include <QToolButton>
@@ -35,6 +37,34 @@ int framesOf(const AudioTrackRow &track)
     for (const AudioPart &part : track.order.pregap)
         seconds -= double(part.frames) / soundFramesPerSecond;
     return int(std::clamp(std::round(seconds * soundFramesPerSecond), 0.0, 1e8));
+}
+
+/// A triangle to listen, two bars to pause: those of styles are black on dark windows, too.
+QIcon listeningIcon(bool isPause, const QPalette &palette)
+{
+    constexpr int size = 64;
+    constexpr int border = 12;
+    const auto picture = [isPause](const QColor &color) {
+        QPixmap pixmap(size, size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(color);
+        constexpr int end = size - border;
+        constexpr int bar = (end - border) / 3;
+        if (isPause) {
+            painter.drawRect(border, border, bar, end - border);
+            painter.drawRect(end - bar, border, bar, end - border);
+        } else {
+            painter.drawPolygon(QPolygon({QPoint(border, border), QPoint(end, size / 2), QPoint(border, end)}));
+        }
+        return pixmap;
+    };
+    QIcon icon;
+    icon.addPixmap(picture(palette.color(QPalette::Active, QPalette::ButtonText)));
+    icon.addPixmap(picture(palette.color(QPalette::Disabled, QPalette::ButtonText)), QIcon::Disabled);
+    return icon;
 }
 
 } // namespace
@@ -230,11 +260,16 @@ void SoundBar::showState()
 {
     const bool isHeard = m_job && !m_job->isPaused() && (!m_track || m_track->id == m_heardId);
     m_listen->setText(isHeard ? tr("&Pause") : tr("&Listen"));
-    m_listen->setIcon(
-        QIcon::fromTheme(isHeard ? QStringLiteral("media-playback-pause") : QStringLiteral("media-playback-start"),
-                         style()->standardIcon(isHeard ? QStyle::SP_MediaPause : QStyle::SP_MediaPlay)));
+    m_listen->setIcon(listeningIcon(isHeard, palette()));
     m_listen->setEnabled(m_job != nullptr || m_track.has_value());
     showPosition();
+}
+
+void SoundBar::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        showState();
 }
 
 QString SoundBar::timeText() const

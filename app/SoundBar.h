@@ -78,6 +78,9 @@ Q_SIGNALS:
     /// It cannot be heard.
     void failed(const Tessaron::ListenResult &result);
 
+protected:
+    void changeEvent(QEvent *event) override;
+
 private:
     void begin(const AudioTrackRow &track, std::uint64_t frame);
     void showState();
