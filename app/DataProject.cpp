@@ -230,7 +230,7 @@ ProjectSubject::Reader DataProject::reader()
                              QCoreApplication::translate("Project", "it names an item that cannot be on a disc")}});
         return Replacement([this, root, name = project.value(QStringLiteral("name")).toString(),
                             medium = project.value(QStringLiteral("medium")).toString()] {
-            const QStringList missing = missingIn(**root);
+            QStringList missing = missingIn(**root);
             m_mediumKey = medium;
             m_document.replace(std::move(*root), name);
             return missing;

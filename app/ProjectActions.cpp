@@ -5,6 +5,7 @@
 #include "app/ProjectKeeper.h"
 #include "app/Words.h"
 
+#include <QAbstractButton>
 #include <QFileDialog>
 #include <QMenu>
 #include <QMessageBox>

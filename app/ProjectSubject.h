@@ -3,12 +3,11 @@
 #include <QByteArray>
 #include <QJsonObject>
 #include <QStringList>
+#include <QUndoStack>
 
 #include <functional>
 #include <platform/foundation/Result.h>
 #include <stop_token>
-
-class QUndoStack;
 
 namespace Tessaron::Desktop
 {
