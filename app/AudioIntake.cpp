@@ -98,12 +98,6 @@ QString commonText(const std::vector<MovieDescription> &movies, const Names &nam
     return texts.size() == 1 ? *texts.begin() : QString();
 }
 
-bool isDescription(const QByteArray &path)
-{
-    const QByteArray name = path.toLower();
-    return name.endsWith(".cue") || name.endsWith(".m3u") || name.endsWith(".m3u8");
-}
-
 QList<QByteArray> filesOf(const AudioTracks &described)
 {
     QList<QByteArray> files;
@@ -128,6 +122,17 @@ AudioIntake::AudioIntake(QObject *parent)
 AudioIntake::~AudioIntake()
 {
     abandonJob(std::move(m_info));
+}
+
+bool AudioIntake::isListName(const QByteArray &path)
+{
+    const QByteArray name = path.toLower();
+    return name.endsWith(".m3u") || name.endsWith(".m3u8");
+}
+
+bool AudioIntake::isSheetName(const QByteArray &path)
+{
+    return path.toLower().endsWith(".cue");
 }
 
 void AudioIntake::add(const QList<QByteArray> &paths, int row)
@@ -164,7 +169,7 @@ void AudioIntake::startNext()
             for (const QByteArray &path : paths) {
                 if (stop.stop_requested())
                     return;
-                if (!isDescription(path)) {
+                if (!isListName(path) && !isSheetName(path)) {
                     if (batches->empty() || batches->back().described || batches->back().error)
                         batches->emplace_back();
                     batches->back().paths << path;

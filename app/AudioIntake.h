@@ -37,6 +37,10 @@ public:
     explicit AudioIntake(QObject *parent = nullptr);
     ~AudioIntake() override;
 
+    /// True for the name of a list of sound files (bytes), which is nothing for another panel.
+    [[nodiscard]] static bool isListName(const QByteArray &path);
+    /// True for that of a cue sheet, which may describe an image as well.
+    [[nodiscard]] static bool isSheetName(const QByteArray &path);
     /// Touches nothing before it returns.
     void add(const QList<QByteArray> &paths, int row);
     [[nodiscard]] bool isRunning() const { return m_isRunning; }

@@ -1,5 +1,6 @@
 #include "app/MainWindow.h"
 
+#include "app/AudioIntake.h"
 #include "app/AudioPanel.h"
 #include "app/BurnDialog.h"
 #include "app/DataPanel.h"
@@ -243,7 +244,11 @@ void MainWindow::openFiles(const QList<QByteArray> &paths)
 {
     if (paths.size() == 1 && ProjectActions::isProjectName(paths.front()))
         m_projects->openAt(paths.front());
-    else if (paths.size() == 1 && ImagePanel::isImageName(paths.front())) {
+    else if (paths.size() == 1 && AudioIntake::isListName(paths.front())) {
+        bringUp(*m_audioPanel);
+        (void)m_audioPanel->takeFiles(paths);
+    } else if (paths.size() == 1 && ImagePanel::isImageName(paths.front())
+               && !(&currentPanel() == m_audioPanel.get() && AudioIntake::isSheetName(paths.front()))) {
         bringUp(*m_imagePanel);
         m_imagePanel->openImage(paths.front());
     } else if (!paths.isEmpty())

@@ -461,3 +461,18 @@ TEST_F(AudioPanelTest, adding_isGivenUp_withoutWaiting)
     add({tree.path("b.wav")});
     EXPECT_EQ(files(), named("b.wav"));
 }
+
+TEST_F(AudioPanelTest, listsAndSheets_thatAreGivenToTheProgram_goWhereTheyBelong)
+{
+    tree.makeFile("list.m3u", "b.wav\n");
+    tree.makeFile("album.cue", "FILE \"c.wav\" WAVE\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n");
+    window.showPanel(0);
+    window.openFiles({tree.path("list.m3u")});
+    EXPECT_EQ(&window.currentPanel(), &panel());
+    EXPECT_TRUE(runEventLoopUntil([this] { return model().rowCount() == 1; }));
+    window.openFiles({tree.path("album.cue")});
+    EXPECT_TRUE(runEventLoopUntil([this] { return model().rowCount() == 2; }));
+    window.showPanel(0);
+    window.openFiles({tree.path("album.cue")}); // elsewhere it is that of an image
+    EXPECT_EQ(window.currentPanel().title(), QStringLiteral("Image"));
+}
