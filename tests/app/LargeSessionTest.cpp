@@ -14,13 +14,11 @@
 
 #include <QApplication>
 #include <QDropEvent>
-#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QTest>
-#include <QTimer>
 #include <QUrl>
 
 #include <gtest/gtest.h>
@@ -211,7 +209,8 @@ TEST_F(LargeSessionTest, windowGoesOn_whileAMountDoesNotAnswer)
     drop({tree.path("silent/photos")});
     EXPECT_TRUE(view().intake().isRunning());
     bool isAlive = false;
-    QTimer::singleShot(0, &window, [&isAlive] { isAlive = true; });
+    QMetaObject::invokeMethod(
+        &window, [&isAlive] { isAlive = true; }, Qt::QueuedConnection);
     EXPECT_TRUE(runEventLoopUntil([&isAlive] { return isAlive; }));
 
     view().intake().cancel();
