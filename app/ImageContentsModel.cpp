@@ -38,6 +38,8 @@ struct ImageContentsModel::Node {
     std::optional<std::int64_t> modified; ///< seconds since 1970
     std::uint32_t track = 0; ///< its number; 0 for everything else
     bool isSound = false;
+    VolumeKind filesystem = VolumeKind::ISO9660; ///< of volumes
+    std::optional<std::size_t> part; ///< of the image that has the volume
     const VolumeReader *reader = nullptr; ///< of volumes and folders
     VolumeObject object; ///< the folder
 
@@ -75,17 +77,16 @@ void ImageContentsModel::setImage(std::shared_ptr<const OpenedDiscImage> image,
     m_root = std::make_unique<Node>();
     m_image = std::move(image);
     if (m_image) {
-        addVolumes(m_image->volumes, censuses, {});
+        addVolumes(m_image->volumes, censuses, std::nullopt);
         for (std::size_t part = 0; part < m_image->parts.size(); ++part)
             addVolumes(m_image->parts[part].volumes,
-                       part < partCensuses.size() ? partCensuses[part] : std::vector<VolumeCensus>(),
-                       m_image->parts[part].name);
+                       part < partCensuses.size() ? partCensuses[part] : std::vector<VolumeCensus>(), part);
     }
     endResetModel();
 }
 
 void ImageContentsModel::addVolumes(const std::vector<FoundVolume> &volumes, const std::vector<VolumeCensus> &censuses,
-                                    const QString &place)
+                                    std::optional<std::size_t> part)
 {
     for (std::size_t index = 0; index < volumes.size(); ++index) {
         const FoundVolume &volume = volumes[index];
@@ -94,8 +95,10 @@ void ImageContentsModel::addVolumes(const std::vector<FoundVolume> &volumes, con
         node->name = volumeKindName(volume.kind);
         if (volume.reader && !volume.reader->facts().name.isEmpty())
             node->name += QStringLiteral(" “%1”").arg(displayableText(volume.reader->facts().name));
-        if (!place.isEmpty())
-            node->name += QStringLiteral(", %1").arg(place);
+        if (part)
+            node->name += QStringLiteral(", %1").arg(m_image->parts[*part].name);
+        node->filesystem = volume.kind;
+        node->part = part;
         if (volume.error)
             node->toolTip = errorText(volume.error);
         if (volume.reader) {
@@ -135,6 +138,24 @@ void ImageContentsModel::setTracks(const DescribedDisc &disc)
 std::uint32_t ImageContentsModel::trackAt(const QModelIndex &index) const
 {
     return index.isValid() ? nodeAt(index).track : 0;
+}
+
+std::optional<ImagePlace> ImageContentsModel::placeAt(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return std::nullopt;
+    const Node *node = &nodeAt(index);
+    ImagePlace place;
+    while (node->kind != Node::Kind::Volume) {
+        if (node->kind == Node::Kind::Track)
+            return std::nullopt;
+        const QByteArray name = fileSystemRepresentation(node->name);
+        place.path = place.path.isEmpty() ? name : name + '/' + place.path;
+        node = node->parent;
+    }
+    place.filesystem = node->filesystem;
+    place.part = node->part;
+    return place;
 }
 
 bool ImageContentsModel::isSound(std::uint32_t track) const

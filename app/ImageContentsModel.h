@@ -10,10 +10,20 @@
 
 #include <deque>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace Tessaron::Desktop
 {
+
+/// Something in a filesystem of an image.
+struct ImagePlace {
+    VolumeKind filesystem = VolumeKind::ISO9660;
+    std::optional<std::size_t> part; ///< see ExtractFilesOrder
+    QByteArray path; ///< from the root; empty for all that the filesystem has
+
+    friend bool operator==(const ImagePlace &, const ImagePlace &) = default;
+};
 
 /// What an image holds, as views see it: its filesystems with their folders and files, and its tracks. A folder is
 /// listed in the background when it is first opened. On the main thread.
@@ -36,6 +46,8 @@ public:
     void setTracks(const DescribedDisc &disc);
     /// The number of the track in a row; 0 for other rows.
     [[nodiscard]] std::uint32_t trackAt(const QModelIndex &index) const;
+    /// What a row shows of a filesystem; absent for other rows.
+    [[nodiscard]] std::optional<ImagePlace> placeAt(const QModelIndex &index) const;
     /// True for the number of a track of sound.
     [[nodiscard]] bool isSound(std::uint32_t track) const;
     [[nodiscard]] bool isListing() const { return m_listing != nullptr; }
@@ -63,7 +75,7 @@ private:
     [[nodiscard]] Node &nodeAt(const QModelIndex &index) const;
     [[nodiscard]] QModelIndex indexOf(const Node &node) const;
     void addVolumes(const std::vector<FoundVolume> &volumes, const std::vector<VolumeCensus> &censuses,
-                    const QString &place);
+                    std::optional<std::size_t> part);
     void listNext();
     void takeListing(Node &folder, const std::shared_ptr<Listing> &listing);
 

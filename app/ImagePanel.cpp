@@ -6,6 +6,7 @@
 #include "app/JobOutcomes.h"
 #include "app/Words.h"
 
+#include <TessaronClasses/ExtractFilesJob.h>
 #include <TessaronClasses/ExtractJob.h>
 #include <TessaronClasses/VerifyJob.h>
 
@@ -101,6 +102,7 @@ ImageView &ImagePanel::imageView()
         QObject::connect(view, &ImageView::openWanted, view, [this] { askForImage(); });
         QObject::connect(view, &ImageView::compareWanted, view, [this] { askForFolder(); });
         QObject::connect(view, &ImageView::takeOutWanted, view, [this] { askForDestination(); });
+        QObject::connect(view, &ImageView::takeFilesWanted, view, [this] { askForFilesFolder(); });
         QObject::connect(view, &ImageView::imageDropped, view, [this](const QByteArray &path) { openImage(path); });
         QObject::connect(view, &ImageView::cancelWanted, view, [this] {
             m_view->progress().showCancelling();
@@ -266,6 +268,46 @@ void ImagePanel::takeOutTracks(std::uint32_t track, const QByteArray &output)
     QObject::connect(job.get(), &ExtractJob::finished, m_view.get(),
                      [host](const ExtractResult &result) { host->panelJobHasEnded(outcomeOf(result)); });
     host->runPanelJob(std::move(job), nameOf(m_path));
+}
+
+void ImagePanel::takeOutFiles(const QList<ImagePlace> &places, const QByteArray &folder)
+{
+    const std::shared_ptr<TessaronPanelDelegate> host = delegate();
+    if (!host || m_path.isEmpty())
+        return;
+    ExtractFilesOrder order;
+    order.image = m_path;
+    order.folder = folder;
+    if (!places.isEmpty()) {
+        order.filesystem = places.front().filesystem;
+        order.part = places.front().part;
+    }
+    for (const ImagePlace &place : places)
+        order.paths << place.path;
+    auto job = std::make_unique<ExtractFilesJob>(std::move(order));
+    QObject::connect(job.get(), &ExtractFilesJob::finished, m_view.get(),
+                     [host](const ExtractFilesResult &result) { host->panelJobHasEnded(outcomeOf(result)); });
+    host->runPanelJob(std::move(job), nameOf(m_path));
+}
+
+/// Each filesystem has names of its own for the same files: what is chosen in several would come several times.
+void ImagePanel::askForFilesFolder()
+{
+    const QList<ImagePlace> places = m_view->chosenPlaces();
+    const bool isOfOne = std::all_of(places.begin(), places.end(), [&places](const ImagePlace &place) {
+        return place.filesystem == places.front().filesystem && place.part == places.front().part;
+    });
+    if (!isOfOne) {
+        tell(ImagePanelWords::tr("Choose files of one filesystem only."));
+        return;
+    }
+    auto *const dialog = new QFileDialog(m_view.get(), ImagePanelWords::tr("Take Files Out Into a Folder"),
+                                         QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(dialog, &QFileDialog::fileSelected, m_view.get(),
+                     [this, places](const QString &path) { takeOutFiles(places, fileSystemRepresentation(path)); });
+    dialog->open();
 }
 
 void ImagePanel::askForImage()

@@ -30,6 +30,8 @@ public:
     [[nodiscard]] QString summary() const { return m_summary; }
     /// Compares the image with what lies in a folder.
     void compareWithFolder(const QByteArray &folder);
+    /// Takes files out into a folder: what is named, all of one filesystem, or everything.
+    void takeOutFiles(const QList<ImagePlace> &places, const QByteArray &folder);
     /// Takes the track of the number out into a file, or, with 0, all of them into a folder.
     void takeOutTracks(std::uint32_t track, const QByteArray &output);
 
@@ -59,6 +61,7 @@ private:
     void askForImage();
     void askForFolder();
     void askForDestination();
+    void askForFilesFolder();
 
     QByteArray m_path; ///< empty while no image is open
     QString m_summary;

@@ -28,6 +28,10 @@ ImageView::ImageView(ImageContentsModel &contents, QWidget *parent)
     m_open = new QAction(QIcon::fromTheme(QStringLiteral("document-open")), tr("&Open Image…"), this);
     m_open->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
     connect(m_open, &QAction::triggered, this, &ImageView::openWanted);
+    m_takeFiles = new QAction(QIcon::fromTheme(QStringLiteral("archive-extract")), tr("Take Out &Files…"), this);
+    m_takeFiles->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_E));
+    m_takeFiles->setToolTip(tr("Copy what is chosen, or everything, into a folder"));
+    connect(m_takeFiles, &QAction::triggered, this, &ImageView::takeFilesWanted);
     m_compare = new QAction(tr("&Compare with a Folder…"), this);
     m_compare->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C));
     connect(m_compare, &QAction::triggered, this, &ImageView::compareWanted);
@@ -41,6 +45,9 @@ ImageView::ImageView(ImageContentsModel &contents, QWidget *parent)
     m_summary->setAccessibleName(tr("The image"));
     m_tree->setModel(&m_contents);
     m_tree->setUniformRowHeights(true);
+    m_tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_tree->setContextMenuPolicy(Qt::ActionsContextMenu);
+    m_tree->addActions({m_takeFiles, m_takeOut});
     m_tree->setAlternatingRowColors(true);
     m_tree->setAccessibleName(tr("What the image holds"));
     m_tree->header()->setStretchLastSection(false);
@@ -72,8 +79,8 @@ QWidget *ImageView::emptyPage()
     QFont big = font();
     big.setPointSizeF(big.pointSizeF() * 1.5);
     title->setFont(big);
-    auto *const text = new QLabel(tr("An ISO, BIN or VANT image, or a cue sheet. See what is in it, compare it with a "
-                                     "folder, and write it to a disc."),
+    auto *const text = new QLabel(tr("An ISO, BIN or VANT image, or a cue sheet. See what is in it, take files out, "
+                                     "compare it with a folder, and write it to a disc."),
                                   page);
     text->setWordWrap(true);
     text->setAlignment(Qt::AlignCenter);
@@ -98,6 +105,16 @@ void ImageView::showSummary(const QString &text, bool isReady)
 std::uint32_t ImageView::chosenTrack() const
 {
     return m_contents.trackAt(m_tree->currentIndex());
+}
+
+QList<ImagePlace> ImageView::chosenPlaces() const
+{
+    QList<ImagePlace> places;
+    for (const QModelIndex &row : m_tree->selectionModel()->selectedRows()) {
+        if (const std::optional<ImagePlace> place = m_contents.placeAt(row))
+            places << *place;
+    }
+    return places;
 }
 
 void ImageView::dragEnterEvent(QDragEnterEvent *event)

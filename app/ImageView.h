@@ -13,6 +13,7 @@ namespace Tessaron::Desktop
 {
 
 class ImageContentsModel;
+struct ImagePlace;
 class JobBar;
 
 /// The window's view of an image: what it is, and what is in it.
@@ -23,7 +24,7 @@ class ImageView final : public QWidget
 public:
     explicit ImageView(ImageContentsModel &contents, QWidget *parent = nullptr);
 
-    [[nodiscard]] QList<QAction *> actions() const { return {m_open, m_compare, m_takeOut}; }
+    [[nodiscard]] QList<QAction *> actions() const { return {m_open, m_takeFiles, m_compare, m_takeOut}; }
     [[nodiscard]] QTreeView &tree() const { return *m_tree; }
     [[nodiscard]] JobBar &progress() const { return *m_progress; }
     /// Says what the image is. Without one, an empty text asks for one.
@@ -31,8 +32,12 @@ public:
     /// The track in the row that is chosen; 0 for none.
     [[nodiscard]] std::uint32_t chosenTrack() const;
 
+    /// What is chosen in filesystems; empty for nothing.
+    [[nodiscard]] QList<ImagePlace> chosenPlaces() const;
+
 Q_SIGNALS:
     void openWanted();
+    void takeFilesWanted();
     void compareWanted();
     void takeOutWanted();
     void imageDropped(const QByteArray &path);
@@ -51,6 +56,7 @@ private:
     JobBar *const m_progress;
     QStackedLayout *m_pages = nullptr;
     QAction *m_open = nullptr;
+    QAction *m_takeFiles = nullptr;
     QAction *m_compare = nullptr;
     QAction *m_takeOut = nullptr;
 };

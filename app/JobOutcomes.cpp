@@ -5,11 +5,13 @@
 #include <TessaronClasses/AudioImageJob.h>
 #include <TessaronClasses/BurnDiscJob.h>
 #include <TessaronClasses/DiscImageJob.h>
+#include <TessaronClasses/ExtractFilesJob.h>
 #include <TessaronClasses/ExtractJob.h>
 #include <TessaronClasses/ImageVerification.h>
 
 #include <QCoreApplication>
 
+#include <platform/discimage/volume/VolumeReader.h>
 #include <platform/discrecording/objects/DRStorageReport.h>
 #include <platform/foundation/FileSystemRepresentation.h>
 #include <platform/foundation/MessageTexts.h>
@@ -206,6 +208,44 @@ JobOutcome outcomeOf(const ExtractResult &result)
     else
         outcome.summary =
             JobOutcomes::tr("%n track(s) were taken out, with damage.", nullptr, int(result.tracks.size()));
+    return outcome;
+}
+
+JobOutcome outcomeOf(const ExtractFilesResult &result)
+{
+    JobOutcome outcome;
+    outcome.error = result.error;
+    outcome.isComplete = result.isComplete();
+    const auto nameFor = [](const QByteArray &path) {
+        return displayableText(stringWithFileSystemRepresentation(path));
+    };
+    const auto addRest = [&outcome](std::uint64_t count, std::size_t shown) {
+        if (count > shown)
+            outcome.details << JobOutcomes::tr("… and %n more", nullptr, int(count - shown));
+    };
+    for (const ExtractFilesResult::Failure &failure : result.failures)
+        outcome.details << QStringLiteral("%1: %2").arg(nameFor(failure.path), errorText(failure.error));
+    addRest(result.failureCount, result.failures.size());
+    for (const ExtractFilesResult::Renaming &renaming : result.renamings)
+        outcome.details << JobOutcomes::tr("%1 is %2 now").arg(nameFor(renaming.path), nameFor(renaming.name));
+    addRest(result.renamingCount, result.renamings.size());
+    outcome.details << result.notes;
+    const QString amount =
+        JobOutcomes::tr("%n file(s)", nullptr, int(result.files)) + QStringLiteral(", ") + sizeText(result.bytes);
+    if (result.error) {
+        outcome.summary = errorText(result.error);
+        if (result.files > 0)
+            outcome.summary += u' ' + JobOutcomes::tr("What was taken out before stays: %1.").arg(amount);
+        return outcome;
+    }
+    outcome.summary = JobOutcomes::tr("Taken out of %1: %2.").arg(volumeKindName(result.filesystem), amount);
+    if (result.failureCount > 0)
+        outcome.summary += u' ' + JobOutcomes::tr("%n item(s) could not be.", nullptr, int(result.failureCount));
+    if (result.renamingCount > 0)
+        outcome.summary += u' ' + JobOutcomes::tr("%n item(s) have another name.", nullptr, int(result.renamingCount));
+    if (result.unsetTimes > 0)
+        outcome.summary +=
+            u' ' + JobOutcomes::tr("%n item(s) do not have their dates.", nullptr, int(result.unsetTimes));
     return outcome;
 }
 

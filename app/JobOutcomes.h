@@ -7,6 +7,7 @@ namespace Tessaron
 struct AudioImageResult;
 struct BurnDiscResult;
 struct DiscImageResult;
+struct ExtractFilesResult;
 struct ExtractResult;
 struct VerificationResult;
 } // namespace Tessaron
@@ -21,6 +22,7 @@ namespace Tessaron::Desktop
 [[nodiscard]] JobOutcome outcomeOf(const VerificationResult &result);
 [[nodiscard]] JobOutcome outcomeOf(const AudioImageResult &result);
 [[nodiscard]] JobOutcome outcomeOf(const ExtractResult &result);
+[[nodiscard]] JobOutcome outcomeOf(const ExtractFilesResult &result);
 [[nodiscard]] JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStringList &missing);
 
 } // namespace Tessaron::Desktop

@@ -2,6 +2,7 @@
 
 #include "app/DataPanel.h"
 #include "app/DataView.h"
+#include "app/ImageView.h"
 #include "app/MainWindow.h"
 #include "app/NoticeBar.h"
 
@@ -10,6 +11,8 @@
 #include "tests/support/TemporaryTree.h"
 
 #include <QAbstractItemModelTester>
+#include <QAction>
+#include <QTreeView>
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -139,6 +142,67 @@ TEST_F(ImagePanelTest, comparison_findsWhatHasChanged)
     EXPECT_FALSE(outcome->isComplete);
     EXPECT_TRUE(outcome->details.join(u'\n').contains(QStringLiteral("letter.txt")))
         << outcome->details.join(u'\n').toStdString();
+}
+
+TEST_F(ImagePanelTest, files_areTakenOut_thoseThatAreChosen)
+{
+    makeImage();
+    open("disc.iso");
+    const QModelIndex joliet = panel().contents().index(2, 0);
+    list(joliet);
+    const QModelIndex photos = panel().contents().index(0, 0, joliet);
+    list(photos);
+    const std::optional<ImagePlace> beach = panel().contents().placeAt(panel().contents().index(0, 0, photos));
+    ASSERT_TRUE(beach);
+    EXPECT_EQ(*beach, (ImagePlace{VolumeKind::Joliet, std::nullopt, "photos/beach.jpg"}));
+    EXPECT_EQ(*panel().contents().placeAt(joliet), (ImagePlace{VolumeKind::Joliet, std::nullopt, {}}));
+    panel().takeOutFiles({*beach}, tree.path("out"));
+    waitForOutcome();
+    ASSERT_FALSE(outcome->error) << outcome->summary.toStdString();
+    EXPECT_TRUE(outcome->isComplete);
+    EXPECT_TRUE(outcome->summary.contains(QStringLiteral("Joliet"))) << outcome->summary.toStdString();
+    EXPECT_EQ(tree.contents("out/beach.jpg"), QByteArray(300'000, 'b'));
+    EXPECT_FALSE(tree.exists("out/letter.txt"));
+    // Again, and everything: nothing is replaced, and that is told.
+    tree.makeFile("out/letter.txt", "mine");
+    outcome.reset();
+    panel().takeOutFiles({}, tree.path("out"));
+    waitForOutcome();
+    EXPECT_TRUE(outcome->summary.contains(QStringLiteral("Rock Ridge"))) << outcome->summary.toStdString();
+    EXPECT_EQ(outcome->details, QStringList{QStringLiteral("letter.txt is letter 2.txt now")});
+    EXPECT_EQ(tree.contents("out/letter.txt"), "mine");
+    EXPECT_EQ(tree.contents("out/letter 2.txt"), "Dear reader,\n");
+    EXPECT_TRUE(tree.exists("out/photos/beach.jpg"));
+}
+
+TEST_F(ImagePanelTest, filesThatCannotBeRead_areNamed)
+{
+    makeImage();
+    open("disc.iso");
+    const QByteArray bytes = tree.contents("disc.iso");
+    tree.makeFile("disc.iso", bytes.first(bytes.indexOf(QByteArray(2048, 'b')) + 2048));
+    panel().takeOutFiles({}, tree.path("out"));
+    waitForOutcome();
+    EXPECT_FALSE(outcome->error) << outcome->summary.toStdString();
+    EXPECT_FALSE(outcome->isComplete);
+    EXPECT_TRUE(outcome->details.join(u'\n').contains(QStringLiteral("photos/beach.jpg")))
+        << outcome->details.join(u'\n').toStdString();
+    EXPECT_FALSE(tree.exists("out/photos/beach.jpg"));
+}
+
+TEST_F(ImagePanelTest, rowsOfSeveralFilesystems_areRefusedTogether)
+{
+    makeImage();
+    open("disc.iso");
+    QTreeView *const view = window.findChild<ImageView *>()->findChild<QTreeView *>();
+    view->selectAll();
+    EXPECT_EQ(window.findChild<ImageView *>()->chosenPlaces().size(), 3);
+    for (QAction *const action : panel().customActionMenuItems()) {
+        if (action->shortcut() == QKeySequence(Qt::CTRL | Qt::Key_E))
+            action->trigger();
+    }
+    EXPECT_TRUE(window.notices().text().contains(QStringLiteral("one filesystem")))
+        << window.notices().text().toStdString();
 }
 
 TEST_F(ImagePanelTest, tracks_areShownAndTakenOut)
