@@ -12,13 +12,14 @@ namespace
 
 const QString uriListType = QStringLiteral("text/uri-list");
 
-/// The path of a line "file:///path" or "file://host/path"; null for any other.
-QByteArray pathOfLine(const QByteArray &line)
+} // namespace
+
+QByteArray pathOfUri(const QByteArray &uri)
 {
     constexpr QByteArrayView scheme("file:");
-    if (!line.startsWith(scheme))
+    if (!uri.startsWith(scheme))
         return {};
-    QByteArray rest = line.mid(scheme.size());
+    QByteArray rest = uri.mid(scheme.size());
     if (rest.startsWith("//")) {
         const qsizetype slash = rest.indexOf('/', 2);
         const QByteArray host = slash < 0 ? rest.mid(2) : rest.mid(2, slash - 2);
@@ -26,11 +27,11 @@ QByteArray pathOfLine(const QByteArray &line)
             return {};
         rest = rest.mid(slash);
     }
-    const QByteArray path = QByteArray::fromPercentEncoding(rest);
+    QByteArray path = QByteArray::fromPercentEncoding(rest);
+    while (path.size() > 1 && path.endsWith('/'))
+        path.chop(1);
     return path.startsWith('/') && !path.contains('\0') ? path : QByteArray();
 }
-
-} // namespace
 
 bool holdsFiles(const QMimeData &data)
 {
@@ -42,9 +43,7 @@ QList<QByteArray> pathsOfFiles(const QMimeData &data)
     QList<QByteArray> paths;
     QSet<QByteArray> known;
     for (const QByteArray &line : data.data(uriListType).split('\n')) {
-        QByteArray path = pathOfLine(line.trimmed());
-        while (path.size() > 1 && path.endsWith('/'))
-            path.chop(1);
+        const QByteArray path = pathOfUri(line.trimmed());
         if (path.isEmpty() || known.contains(path))
             continue;
         known.insert(path);

@@ -8,6 +8,10 @@ class QMimeData;
 namespace Tessaron::Desktop
 {
 
+/// The path, as bytes, that "file:///path" or "file://host/path" stands for, without '/' at its end; null for what is
+/// not on this machine.
+[[nodiscard]] QByteArray pathOfUri(const QByteArray &uri);
+
 /// True when the data names files of this machine. Does not touch the disk.
 [[nodiscard]] bool holdsFiles(const QMimeData &data);
 

@@ -1,4 +1,6 @@
 // The program for the desktop: files go in by dropping them, discs and images come out.
+#include "app/ApplicationService.h"
+#include "app/DesktopNotifier.h"
 #include "app/MainWindow.h"
 #include "app/Translations.h"
 
@@ -23,7 +25,8 @@ namespace
 constexpr int wrongUsage = 2;
 const char *const usage = "usage: tessaron-desktop [--] [FILE...]\n"
                           "\n"
-                          "Opens a project, or puts files and folders onto a new disc.\n"
+                          "Opens a project or an image, or puts files and folders onto a new disc; in the window that\n"
+                          "is open already, where there is one.\n"
                           "  --help      show this text\n"
                           "  --version   show the version\n";
 
@@ -62,6 +65,17 @@ bool hasTold(const std::vector<QByteArray> &arguments)
     return false;
 }
 
+/// Wayland asks for leave to come in front; Qt takes it from the environment.
+void bringToFront(QWidget &window, const QByteArray &token)
+{
+    if (!token.isEmpty() && QGuiApplication::platformName().startsWith(QStringLiteral("wayland")))
+        qputenv("XDG_ACTIVATION_TOKEN", token);
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -81,7 +95,18 @@ int main(int argc, char **argv)
     const std::optional<QList<QByteArray>> files = filesIn({argv + 1, argv + argc}, &status);
     if (!files)
         return status;
+    // One process has the program's projects; a second start is a wish to see the first, or to give it files.
+    ApplicationService service;
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!service.take(bus) && ApplicationService::handOver(bus, *files))
+        return 0;
     MainWindow window;
+    DesktopNotifier notifier(window, bus);
+    QObject::connect(&window, &MainWindow::jobEnded, &notifier, &DesktopNotifier::tellOf);
+    QObject::connect(&notifier, &DesktopNotifier::chosen, &window, [&window] { bringToFront(window, {}); });
+    QObject::connect(&service, &ApplicationService::activated, &window,
+                     [&window](const QByteArray &token) { bringToFront(window, token); });
+    QObject::connect(&service, &ApplicationService::filesGiven, &window, &MainWindow::openFiles);
     window.show();
     window.openFiles(*files);
     status = QApplication::exec();
