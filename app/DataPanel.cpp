@@ -3,15 +3,20 @@
 #include "app/CapacityBar.h"
 #include "app/DataView.h"
 #include "app/JobOutcomes.h"
+#include "app/ShareSaving.h"
+#include "app/SplitDialog.h"
 
 #include <TessaronClasses/DiscImageJob.h>
 #include <TessaronClasses/KRFileHierarchyItem.h>
 #include <TessaronClasses/VerifyJob.h>
 
 #include <QCoreApplication>
+#include <QFileDialog>
+#include <QStandardPaths>
 
 #include <platform/discrecording/objects/DRFolder.h>
 #include <platform/discrecording/objects/DRTrack.h>
+#include <platform/foundation/FileSystemRepresentation.h>
 #include <platform/foundation/OSStatus.h>
 #include <utility>
 
@@ -51,6 +56,7 @@ DataView &DataPanel::dataView()
         m_view->capacity().setMediumKey(m_project.mediumKey());
         QObject::connect(&m_view->capacity(), &CapacityBar::mediumChanged, m_view.get(),
                          [this](const QString &key) { m_project.setMediumKey(key); });
+        QObject::connect(m_view.get(), &DataView::splitWanted, m_view.get(), [this] { splitDisc(); });
     }
     return *m_view;
 }
@@ -148,6 +154,50 @@ std::unique_ptr<DiscJob> DataPanel::verifyJob(const QByteArray &path, std::funct
         job.get(), &VerifyJob::finished, job.get(),
         [whenEnded = std::move(whenEnded)](const VerificationResult &result) { whenEnded(outcomeOf(result)); });
     return job;
+}
+
+SplitDialog *DataPanel::splitDisc()
+{
+    if (m_document.model().root().children.empty()) {
+        tell(emptyDiscInformationMessage());
+        return nullptr;
+    }
+    auto *const dialog = new SplitDialog([this] { return copyForJob(m_document.model().root()); },
+                                         m_document.volumeName(), dataView().capacity().mediumKey(), m_view.get());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(dialog, &SplitDialog::imagesWanted, dialog, [this, dialog] { askForImagesFolder(*dialog); });
+    dialog->open();
+    return dialog;
+}
+
+void DataPanel::askForImagesFolder(const SplitDialog &dialog)
+{
+    auto *const chooser = new QFileDialog(m_view.get(), DataPanelWords::tr("Save Images Into a New Folder"),
+                                          QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    chooser->setAcceptMode(QFileDialog::AcceptSave);
+    chooser->setFileMode(QFileDialog::AnyFile);
+    chooser->setLabelText(QFileDialog::FileName, DataPanelWords::tr("New folder:"));
+    chooser->selectFile(displayableText(m_document.volumeName()).replace(u'/', u'-'));
+    chooser->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(chooser, &QFileDialog::fileSelected, &dialog, [this, &dialog](const QString &path) {
+        saveShares(dialog.discs(), fileSystemRepresentation(path));
+    });
+    chooser->open();
+}
+
+void DataPanel::saveShares(std::vector<DiscShare> discs, const QByteArray &folder)
+{
+    const std::shared_ptr<TessaronPanelDelegate> host = delegate();
+    if (!host || discs.empty())
+        return;
+    auto *const saving = new ShareSaving(std::move(discs), folder, lostFiles(), host, m_view.get());
+    saving->start();
+}
+
+void DataPanel::tell(const QString &text)
+{
+    if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
+        host->panelTells(text, {});
 }
 
 std::optional<BurnSubject> DataPanel::burnSubject()

@@ -4,6 +4,7 @@
 #include "app/DesktopPanel.h"
 #include "app/DiscDocument.h"
 
+#include <TessaronClasses/DiscSplitJob.h>
 #include <TessaronClasses/TessaronLayoutCreationManager.h>
 
 #include <memory>
@@ -18,6 +19,7 @@ namespace Tessaron::Desktop
 {
 
 class DataView;
+class SplitDialog;
 
 /// The panel for data discs.
 class DataPanel final : public DesktopPanel
@@ -28,6 +30,10 @@ public:
 
     [[nodiscard]] DiscDocument &document() { return m_document; }
     [[nodiscard]] DataView &dataView();
+    /// Proposes how the disc goes onto several ones; null when it is empty. The dialog is the view's, and is shown.
+    SplitDialog *splitDisc();
+    /// Makes an image of each of these discs in a new folder.
+    void saveShares(std::vector<DiscShare> discs, const QByteArray &folder);
 
     // DesktopPanel
     [[nodiscard]] QString title() const override;
@@ -57,6 +63,8 @@ public:
     bool cancelLayoutCreationAsync() override;
 
 private:
+    void askForImagesFolder(const SplitDialog &dialog);
+    void tell(const QString &text);
     [[nodiscard]] KRFileHierarchyItemLayoutTarget target();
     [[nodiscard]] QStringList lostFiles() const;
 

@@ -93,6 +93,9 @@ void DataView::makeActions()
     m_check = new QAction(tr("&Check Names and Size"), this);
     m_check->setShortcut(QKeySequence::Refresh);
     connect(m_check, &QAction::triggered, &m_preview, &DiscPreview::look);
+    m_split = new QAction(tr("&Split over Several Discs…"), this);
+    m_split->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D));
+    connect(m_split, &QAction::triggered, this, &DataView::splitWanted);
     // A key that means text while someone types belongs to the field.
     for (QAction *const action : {m_remove, m_rename, m_paste, m_options}) {
         action->setShortcutContext(Qt::WidgetShortcut);
@@ -111,7 +114,7 @@ QAction *DataView::addAction(const QString &text, const QString &iconName, const
 
 QList<QAction *> DataView::discActions() const
 {
-    return {m_addFiles, m_addFolders, m_newFolder, m_paste, m_rename, m_options, m_remove, m_find, m_check};
+    return {m_addFiles, m_addFolders, m_newFolder, m_paste, m_rename, m_options, m_remove, m_find, m_check, m_split};
 }
 
 void DataView::layOut()

@@ -57,6 +57,8 @@ public:
     void paste();
 
 Q_SIGNALS:
+    /// The disc is to be shared out among several ones.
+    void splitWanted();
     /// The tree or its name has changed.
     void changed();
 
@@ -100,6 +102,7 @@ private:
     QAction *m_paste = nullptr;
     QAction *m_find = nullptr;
     QAction *m_check = nullptr;
+    QAction *m_split = nullptr;
 };
 
 } // namespace Tessaron::Desktop
