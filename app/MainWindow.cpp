@@ -11,6 +11,7 @@
 #include "app/JobRunner.h"
 #include "app/NoticeBar.h"
 #include "app/ProjectActions.h"
+#include "app/VideoPanel.h"
 #include "app/Words.h"
 
 #include <TessaronClasses/DiscJob.h>
@@ -94,6 +95,7 @@ MainWindow::MainWindow(QWidget *parent)
     , m_dataPanel(std::make_shared<DataPanel>())
     , m_audioPanel(std::make_shared<AudioPanel>())
     , m_imagePanel(std::make_shared<ImagePanel>())
+    , m_videoPanel(std::make_shared<VideoPanel>())
 {
     auto *const middle = new QWidget(this);
     auto *const row = new QHBoxLayout(middle);
@@ -125,6 +127,7 @@ MainWindow::MainWindow(QWidget *parent)
     addPanel(m_dataPanel);
     addPanel(m_audioPanel);
     addPanel(m_imagePanel);
+    addPanel(m_videoPanel);
     connect(m_runner.get(), &JobRunner::started, this, &MainWindow::updateActions);
     connect(m_projects.get(), &ProjectActions::opened, this, &MainWindow::updateActions);
     connect(m_projects.get(), &ProjectActions::panelWanted, this, &MainWindow::bringUp);
@@ -251,6 +254,9 @@ void MainWindow::openFiles(const QList<QByteArray> &paths)
                && !(&currentPanel() == m_audioPanel.get() && AudioIntake::isSheetName(paths.front()))) {
         bringUp(*m_imagePanel);
         m_imagePanel->openImage(paths.front());
+    } else if (paths.size() == 1 && VideoPanel::isVideoName(paths.front())) {
+        bringUp(*m_videoPanel);
+        m_videoPanel->openDisc(paths.front());
     } else if (!paths.isEmpty())
         (void)currentPanel().takeFiles(paths);
 }
@@ -363,6 +369,7 @@ void MainWindow::burnDisc(const BurnSubject &subject, const BurnDiscOrder &setti
     order.sources = subject.order.sources;
     order.tree = subject.order.tree;
     order.volumeName = subject.order.volumeName;
+    order.filesystems = subject.order.filesystems;
     auto job = std::make_unique<BurnDiscJob>(std::move(order));
     connect(job.get(), &BurnDiscJob::finished, this,
             [this, isSimulated = settings.isSimulated, missing = subject.missing](const BurnDiscResult &result) {

@@ -19,6 +19,7 @@ namespace Tessaron::Desktop
 class AudioPanel;
 class DataPanel;
 class ImagePanel;
+class VideoPanel;
 class JobBar;
 class JobRunner;
 class NoticeBar;
@@ -40,6 +41,7 @@ public:
     [[nodiscard]] DataPanel &dataPanel() const { return *m_dataPanel; }
     [[nodiscard]] AudioPanel &audioPanel() const { return *m_audioPanel; }
     [[nodiscard]] ImagePanel &imagePanel() const { return *m_imagePanel; }
+    [[nodiscard]] VideoPanel &videoPanel() const { return *m_videoPanel; }
     [[nodiscard]] NoticeBar &notices() const { return *m_notices; }
     [[nodiscard]] QUndoGroup &undoGroup() { return m_undoGroup; }
 
@@ -86,6 +88,7 @@ private:
     std::shared_ptr<DataPanel> m_dataPanel;
     std::shared_ptr<AudioPanel> m_audioPanel;
     std::shared_ptr<ImagePanel> m_imagePanel;
+    std::shared_ptr<VideoPanel> m_videoPanel;
     std::vector<std::shared_ptr<DesktopPanel>> m_panels;
     QUndoGroup m_undoGroup;
     QListWidget *m_kinds = nullptr;

@@ -74,7 +74,7 @@ protected:
         window.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
     }
-    static constexpr int panels = 3;
+    static constexpr int panels = 4;
     const TemporaryTree tree;
 };
 
