@@ -103,8 +103,10 @@ if(TESSARON_BUILD_DESKTOP)
         "put files together for a disc, in a window"
         "The program tessaron-desktop takes files and folders that are dropped into its
 window. They are arranged and renamed there, and saved as an image of a disc
-with ISO 9660, Rock Ridge, Joliet, UDF and HFS+, which is compared with them
-at once. Everything can be undone, and projects keep what was put together."
+with ISO 9660, Rock Ridge, Joliet, UDF and HFS+, or written to a disc, which is
+compared with them at once. Everything can be undone, and projects keep what
+was put together. Audio CDs and video DVDs are made, too, and files taken out
+of images."
         DEPENDS "${_library}" "${_windows}"
         RECOMMENDS libqt6svg6 qt6-translations-l10n)
 endif()

@@ -1,7 +1,9 @@
-// Takes a picture of the program's window with some files on a disc, for the documents; of the panel for audio CDs or
-// for images, or of the dialog that asks for a drive, with "/dev/sr0" as the drive.
+// Takes a picture of the program's window with some files on a disc, for the documents; of the panel for audio CDs, for
+// images or for video DVDs, of the dialog that asks for a drive, with "/dev/sr0" as the drive, or of the one that
+// splits a disc.
 //
-//     desktop_pictures PICTURE.png [--dark] [--language CODE] [--audio | --image | --burn] [FILE...]
+//     desktop_pictures PICTURE.png [--dark] [--language CODE] [--audio | --image | --video | --burn | --split]
+//     [FILE...]
 #include "app/AudioPanel.h"
 #include "app/AudioTextDialog.h"
 #include "app/BurnDialog.h"
@@ -10,7 +12,9 @@
 #include "app/DiscTreeView.h"
 #include "app/ImagePanel.h"
 #include "app/MainWindow.h"
+#include "app/SplitDialog.h"
 #include "app/Translations.h"
+#include "app/VideoPanel.h"
 
 #include <QApplication>
 #include <QLocale>
@@ -63,7 +67,7 @@ bool isReady(MainWindow &window, const BurnDialog *dialog)
         return !dialog->isBusy();
     DataView &view = window.dataPanel().dataView();
     return !window.audioPanel().isLooking() && !window.audioPanel().waveforms().isWorking()
-        && !window.imagePanel().isLooking() && !view.intake().isRunning()
+        && !window.imagePanel().isLooking() && !window.videoPanel().isLooking() && !view.intake().isRunning()
         && (view.preview().isCurrent() || window.dataPanel().document().model().root().children.empty());
 }
 
@@ -110,17 +114,25 @@ int main(int argc, char **argv)
         window.showPanel(1);
     if (isWanted("--image"))
         window.showPanel(2);
+    if (isWanted("--video"))
+        window.showPanel(3);
     const bool isOfDialog = isWanted("--burn");
     const bool isOfTexts = isWanted("--texts");
+    const bool isOfSplitting = isWanted("--split");
     QList<QByteArray> files;
     for (const QString &file : std::as_const(arguments))
         files << file.toUtf8();
     window.openFiles(files);
     std::unique_ptr<BurnDialog> dialog;
+    SplitDialog *splitting = nullptr;
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, &window, [&] {
-        if (!isReady(window, dialog.get()))
+        if (!isReady(window, dialog.get()) || (splitting && splitting->isWorking()))
             return;
+        if (isOfSplitting && !splitting) {
+            splitting = window.dataPanel().splitDisc();
+            return;
+        }
         if (isOfDialog && !dialog) {
             dialog = dialogOf(window);
             return;
@@ -133,7 +145,10 @@ int main(int argc, char **argv)
             return;
         }
         window.dataPanel().dataView().tree().expandAll();
-        takePicture(dialog ? static_cast<QWidget &>(*dialog) : window, path);
+        takePicture(dialog          ? static_cast<QWidget &>(*dialog)
+                        : splitting ? static_cast<QWidget &>(*splitting)
+                                    : window,
+                    path);
     });
     timer.start(50);
     return QApplication::exec();

@@ -57,6 +57,14 @@
             <source>The disc is empty. Drop files and folders into the window first.</source>
             <translation>Die Disc ist leer. Ziehen Sie zuerst Dateien und Ordner in das Fenster.</translation>
         </message>
+        <message>
+            <source>Save Images Into a New Folder</source>
+            <translation>Abbilder in einem neuen Ordner speichern</translation>
+        </message>
+        <message>
+            <source>New folder:</source>
+            <translation>Neuer Ordner:</translation>
+        </message>
     </context>
     <context>
         <name>DiscRowLook</name>
@@ -235,6 +243,14 @@
             <source>%1, track %2</source>
             <translation>%1, Titel %2</translation>
         </message>
+        <message>
+            <source>Choose files of one filesystem only.</source>
+            <translation>Wählen Sie Dateien aus nur einem Dateisystem.</translation>
+        </message>
+        <message>
+            <source>Take Files Out Into a Folder</source>
+            <translation>Dateien in einen Ordner entnehmen</translation>
+        </message>
     </context>
     <context>
         <name>JobOutcomes</name>
@@ -409,6 +425,39 @@
             <translation>
                 <numerusform>%n Datei, die sie hatte, wurde ersetzt.</numerusform>
                 <numerusform>%n Dateien, die sie hatte, wurden ersetzt.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 is %2 now</source>
+            <translation>%1 heißt jetzt %2</translation>
+        </message>
+        <message>
+            <source>What was taken out before stays: %1.</source>
+            <translation>Was vorher entnommen wurde, bleibt: %1.</translation>
+        </message>
+        <message>
+            <source>Taken out of %1: %2.</source>
+            <translation>Aus %1 entnommen: %2.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) could not be.</source>
+            <translation>
+                <numerusform>%n Objekt konnte nicht entnommen werden.</numerusform>
+                <numerusform>%n Objekte konnten nicht entnommen werden.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) have another name.</source>
+            <translation>
+                <numerusform>%n Objekt hat einen anderen Namen.</numerusform>
+                <numerusform>%n Objekte haben einen anderen Namen.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) do not have their dates.</source>
+            <translation>
+                <numerusform>%n Objekt hat nicht sein Datum.</numerusform>
+                <numerusform>%n Objekte haben nicht ihr Datum.</numerusform>
             </translation>
         </message>
     </context>
@@ -1065,6 +1114,29 @@
             <source>What is shown</source>
             <translation>Was gezeigt wird</translation>
         </message>
+        <message>
+            <source>&amp;Split over Several Discs…</source>
+            <translation>Auf mehrere Disc&amp;s verteilen …</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DesktopNotifier</name>
+        <message>
+            <source>It did not succeed</source>
+            <translation>Es ist nicht gelungen</translation>
+        </message>
+        <message>
+            <source>Finished</source>
+            <translation>Fertig</translation>
+        </message>
+        <message>
+            <source>Finished, but not everything is as it should be</source>
+            <translation>Fertig, aber nicht alles ist, wie es sein soll</translation>
+        </message>
+        <message>
+            <source>Show</source>
+            <translation>Anzeigen</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::DiscDocument</name>
@@ -1229,12 +1301,20 @@
             <translation>Ziehen Sie ein Disc-Abbild hierher</translation>
         </message>
         <message>
-            <source>An ISO, BIN or VANT image, or a cue sheet. See what is in it, compare it with a folder, and write it to a disc.</source>
-            <translation>Ein Abbild (ISO, BIN, VANT) oder ein Cue-Sheet. Sehen Sie, was darin ist, vergleichen Sie es mit einem Ordner, und schreiben Sie es auf eine Disc.</translation>
-        </message>
-        <message>
             <source>Open Image…</source>
             <translation>Abbild öffnen …</translation>
+        </message>
+        <message>
+            <source>Take Out &amp;Files…</source>
+            <translation>&amp;Dateien entnehmen …</translation>
+        </message>
+        <message>
+            <source>Copy what is chosen, or everything, into a folder</source>
+            <translation>Das Ausgewählte, oder alles, in einen Ordner kopieren</translation>
+        </message>
+        <message>
+            <source>An ISO, BIN or VANT image, or a cue sheet. See what is in it, take files out, compare it with a folder, and write it to a disc.</source>
+            <translation>Ein Abbild (ISO, BIN, VANT) oder ein Cue-Sheet. Sehen Sie, was darin ist, entnehmen Sie Dateien, vergleichen Sie es mit einem Ordner, und schreiben Sie es auf eine Disc.</translation>
         </message>
     </context>
     <context>
@@ -1416,6 +1496,25 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::PlayerProcess</name>
+        <message>
+            <source>The player is open already.</source>
+            <translation>Der Player ist schon geöffnet.</translation>
+        </message>
+        <message>
+            <source>The player is not installed.</source>
+            <translation>Der Player ist nicht installiert.</translation>
+        </message>
+        <message>
+            <source>The player cannot be started: %1</source>
+            <translation>Der Player kann nicht gestartet werden: %1</translation>
+        </message>
+        <message>
+            <source>The player ended unexpectedly.</source>
+            <translation>Der Player wurde unerwartet beendet.</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ProjectActions</name>
         <message>
             <source>&amp;New Disc</source>
@@ -1509,6 +1608,39 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::ShareSaving</name>
+        <message>
+            <source>There is something of this name already. Name a new folder.</source>
+            <translation>Unter diesem Namen gibt es schon etwas. Nennen Sie einen neuen Ordner.</translation>
+        </message>
+        <message>
+            <source>The folder cannot be made: %1</source>
+            <translation>Der Ordner kann nicht angelegt werden: %1</translation>
+        </message>
+        <message>
+            <source>disc</source>
+            <translation>Disc</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n image(s) were saved.</source>
+            <translation>
+                <numerusform>%n Abbild wurde gespeichert.</numerusform>
+                <numerusform>%n Abbilder wurden gespeichert.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>They were not compared with the files.</source>
+            <translation>Sie wurden nicht mit den Dateien verglichen.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) are on no disc: their files are missing.</source>
+            <translation>
+                <numerusform>%n Objekt ist auf keiner Disc: Seine Datei fehlt.</numerusform>
+                <numerusform>%n Objekte sind auf keiner Disc: Ihre Dateien fehlen.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::SoundBar</name>
         <message>
             <source>Place in the track</source>
@@ -1540,6 +1672,307 @@
         <message>
             <source>The folder %1 cannot be listed: %2</source>
             <translation>Der Ordner %1 kann nicht aufgelistet werden: %2</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::SplitDialog</name>
+        <message>
+            <source>Split over Several Discs</source>
+            <translation>Auf mehrere Discs verteilen</translation>
+        </message>
+        <message>
+            <source>&amp;Kind of disc:</source>
+            <translation>&amp;Art der Disc:</translation>
+        </message>
+        <message>
+            <source>Disc</source>
+            <translation>Disc</translation>
+        </message>
+        <message>
+            <source>Size</source>
+            <translation>Größe</translation>
+        </message>
+        <message>
+            <source>The discs and what is on them</source>
+            <translation>Die Discs und was darauf ist</translation>
+        </message>
+        <message>
+            <source>&amp;Save Images…</source>
+            <translation>Abbilder &amp;speichern …</translation>
+        </message>
+        <message>
+            <source>Finding out what goes onto which disc…</source>
+            <translation>Es wird ermittelt, was auf welche Disc kommt …</translation>
+        </message>
+        <message>
+            <source>Splitting</source>
+            <translation>Verteilen</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n disc(s) of %1 are needed.</source>
+            <translation>
+                <numerusform>%n Disc mit %1 wird gebraucht.</numerusform>
+                <numerusform>%n Discs mit je %1 werden gebraucht.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) are larger than such a disc, and on none.</source>
+            <translation>
+                <numerusform>%n Datei ist größer als eine solche Disc und auf keiner.</numerusform>
+                <numerusform>%n Dateien sind größer als eine solche Disc und auf keiner.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1: %2</source>
+            <translation>%1: %2</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n Datei</numerusform>
+                <numerusform>%n Dateien</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>… and %n more</source>
+            <translation>
+                <numerusform>… und %n weitere</numerusform>
+                <numerusform>… und %n weitere</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Too large for such a disc</source>
+            <translation>Zu groß für eine solche Disc</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::VideoView</name>
+        <message>
+            <source>any language</source>
+            <translation>beliebige Sprache</translation>
+        </message>
+        <message>
+            <source>for the visually impaired</source>
+            <translation>für Sehbehinderte</translation>
+        </message>
+        <message>
+            <source>comments</source>
+            <translation>Kommentare</translation>
+        </message>
+        <message>
+            <source>large letters</source>
+            <translation>große Buchstaben</translation>
+        </message>
+        <message>
+            <source>for children</source>
+            <translation>für Kinder</translation>
+        </message>
+        <message>
+            <source>for the hard of hearing</source>
+            <translation>für Hörgeschädigte</translation>
+        </message>
+        <message>
+            <source>always shown</source>
+            <translation>immer gezeigt</translation>
+        </message>
+        <message>
+            <source>of an unknown form</source>
+            <translation>von unbekannter Art</translation>
+        </message>
+        <message>
+            <source>Title menu</source>
+            <translation>Menü der Titel</translation>
+        </message>
+        <message>
+            <source>Main menu</source>
+            <translation>Hauptmenü</translation>
+        </message>
+        <message>
+            <source>Subtitle menu</source>
+            <translation>Menü der Untertitel</translation>
+        </message>
+        <message>
+            <source>Sound menu</source>
+            <translation>Tonmenü</translation>
+        </message>
+        <message>
+            <source>Angle menu</source>
+            <translation>Menü der Blickwinkel</translation>
+        </message>
+        <message>
+            <source>Chapter menu</source>
+            <translation>Kapitelmenü</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n angle(s)</source>
+            <translation>
+                <numerusform>%n Blickwinkel</numerusform>
+                <numerusform>%n Blickwinkel</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Title %1</source>
+            <translation>Titel %1</translation>
+        </message>
+        <message>
+            <source>Chapter %1</source>
+            <translation>Kapitel %1</translation>
+        </message>
+        <message>
+            <source>at %1</source>
+            <translation>bei %1</translation>
+        </message>
+        <message>
+            <source>Sound %1</source>
+            <translation>Ton %1</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n channel(s)</source>
+            <translation>
+                <numerusform>%n Kanal</numerusform>
+                <numerusform>%n Kanäle</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Subtitles %1</source>
+            <translation>Untertitel %1</translation>
+        </message>
+        <message>
+            <source>Sho&amp;w…</source>
+            <translation>&amp;Zeigen …</translation>
+        </message>
+        <message>
+            <source>&amp;Open Video DVD…</source>
+            <translation>Video-DVD ö&amp;ffnen …</translation>
+        </message>
+        <message>
+            <source>Choose a folder VIDEO_TS, or the one that holds it</source>
+            <translation>Einen Ordner VIDEO_TS wählen, oder den, in dem er liegt</translation>
+        </message>
+        <message>
+            <source>Open &amp;Image…</source>
+            <translation>&amp;Abbild öffnen …</translation>
+        </message>
+        <message>
+            <source>Choose an image of a video DVD</source>
+            <translation>Ein Abbild einer Video-DVD wählen</translation>
+        </message>
+        <message>
+            <source>&amp;Play</source>
+            <translation>A&amp;bspielen</translation>
+        </message>
+        <message>
+            <source>Play the disc, or the title or chapter that is chosen</source>
+            <translation>Die Disc oder den gewählten Titel oder das gewählte Kapitel abspielen</translation>
+        </message>
+        <message>
+            <source>Drop a video DVD here</source>
+            <translation>Ziehen Sie eine Video-DVD hierher</translation>
+        </message>
+        <message>
+            <source>A folder VIDEO_TS, or an image. See its titles, check and play it, save it as an image for players, and write it to a disc.</source>
+            <translation>Ein Ordner VIDEO_TS oder ein Abbild. Sehen Sie die Titel, prüfen und spielen Sie die DVD ab, speichern Sie sie als Abbild für Player, und schreiben Sie sie auf eine Disc.</translation>
+        </message>
+        <message>
+            <source>Open Video DVD…</source>
+            <translation>Video-DVD öffnen …</translation>
+        </message>
+        <message>
+            <source>The video DVD</source>
+            <translation>Die Video-DVD</translation>
+        </message>
+        <message>
+            <source>Show what is not as players need it</source>
+            <translation>Zeigen, was nicht so ist, wie Player es brauchen</translation>
+        </message>
+        <message>
+            <source>Content</source>
+            <translation>Inhalt</translation>
+        </message>
+        <message>
+            <source>Length</source>
+            <translation>Länge</translation>
+        </message>
+        <message>
+            <source>Details</source>
+            <translation>Einzelheiten</translation>
+        </message>
+        <message>
+            <source>What the video DVD holds</source>
+            <translation>Was die Video-DVD enthält</translation>
+        </message>
+        <message>
+            <source>of the disc</source>
+            <translation>der Disc</translation>
+        </message>
+        <message>
+            <source>of title set %1</source>
+            <translation>von Titelsatz %1</translation>
+        </message>
+        <message>
+            <source>All files are as players need them.</source>
+            <translation>Alle Dateien sind so, wie Player sie brauchen.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n thing(s) are not as players need them.</source>
+            <translation>
+                <numerusform>%n Sache ist nicht so, wie Player sie brauchen.</numerusform>
+                <numerusform>%n Dinge sind nicht so, wie Player sie brauchen.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>VideoPanel</name>
+        <message>
+            <source>Title %1: %2</source>
+            <translation>Titel %1: %2</translation>
+        </message>
+        <message>
+            <source>The disc is copy-protected: its contents are scrambled and cannot be played.</source>
+            <translation>Die Disc ist kopiergeschützt: Ihr Inhalt ist verschlüsselt und kann nicht abgespielt werden.</translation>
+        </message>
+        <message>
+            <source>Video DVD</source>
+            <translation>Video-DVD</translation>
+        </message>
+        <message>
+            <source>Folders VIDEO_TS for DVD players</source>
+            <translation>Ordner VIDEO_TS für DVD-Player</translation>
+        </message>
+        <message>
+            <source>No video DVD is open. Open one first.</source>
+            <translation>Keine Video-DVD ist geöffnet. Öffnen Sie zuerst eine.</translation>
+        </message>
+        <message>
+            <source>Looking at %1</source>
+            <translation>%1 wird angesehen</translation>
+        </message>
+        <message>
+            <source>%1: %2, the longest of %3</source>
+            <translation>%1: %2, der längste von %3</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n title(s)</source>
+            <translation>
+                <numerusform>%n Titel</numerusform>
+                <numerusform>%n Titel</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Open Video DVD</source>
+            <translation>Video-DVD öffnen</translation>
+        </message>
+        <message>
+            <source>Open Image of a Video DVD</source>
+            <translation>Abbild einer Video-DVD öffnen</translation>
+        </message>
+        <message>
+            <source>Disc images (*.iso *.bin *.img *.vant *.udf)</source>
+            <translation>Disc-Abbilder (*.iso *.bin *.img *.vant *.udf)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>Alle Dateien (*)</translation>
         </message>
     </context>
     <context>

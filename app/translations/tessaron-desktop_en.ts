@@ -142,6 +142,27 @@
                 <numerusform>%n files that it had were replaced.</numerusform>
             </translation>
         </message>
+        <message numerus="yes">
+            <source>%n item(s) could not be.</source>
+            <translation>
+                <numerusform>%n item could not be.</numerusform>
+                <numerusform>%n items could not be.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) have another name.</source>
+            <translation>
+                <numerusform>%n item has another name.</numerusform>
+                <numerusform>%n items have another name.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) do not have their dates.</source>
+            <translation>
+                <numerusform>%n item does not have its date.</numerusform>
+                <numerusform>%n items do not have their dates.</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::AudioIntake</name>
@@ -280,6 +301,88 @@
             <translation>
                 <numerusform>%n file of this project is missing: it was moved or removed.</numerusform>
                 <numerusform>%n files of this project are missing: they were moved or removed.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ShareSaving</name>
+        <message numerus="yes">
+            <source>%n image(s) were saved.</source>
+            <translation>
+                <numerusform>%n image was saved.</numerusform>
+                <numerusform>%n images were saved.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) are on no disc: their files are missing.</source>
+            <translation>
+                <numerusform>%n item is on no disc: its file is missing.</numerusform>
+                <numerusform>%n items are on no disc: their files are missing.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::SplitDialog</name>
+        <message numerus="yes">
+            <source>%n disc(s) of %1 are needed.</source>
+            <translation>
+                <numerusform>%n disc of %1 is needed.</numerusform>
+                <numerusform>%n discs of %1 are needed.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) are larger than such a disc, and on none.</source>
+            <translation>
+                <numerusform>%n file is larger than such a disc, and on none.</numerusform>
+                <numerusform>%n files are larger than such a disc, and on none.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n file</numerusform>
+                <numerusform>%n files</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>… and %n more</source>
+            <translation>
+                <numerusform>… and %n more</numerusform>
+                <numerusform>… and %n more</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::VideoView</name>
+        <message numerus="yes">
+            <source>%n angle(s)</source>
+            <translation>
+                <numerusform>%n angle</numerusform>
+                <numerusform>%n angles</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n channel(s)</source>
+            <translation>
+                <numerusform>%n channel</numerusform>
+                <numerusform>%n channels</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n thing(s) are not as players need them.</source>
+            <translation>
+                <numerusform>%n thing is not as players need it.</numerusform>
+                <numerusform>%n things are not as players need them.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>VideoPanel</name>
+        <message numerus="yes">
+            <source>%n title(s)</source>
+            <translation>
+                <numerusform>%n title</numerusform>
+                <numerusform>%n titles</numerusform>
             </translation>
         </message>
     </context>

@@ -57,6 +57,14 @@
             <source>The disc is empty. Drop files and folders into the window first.</source>
             <translation>Le disque est vide. Déposez d’abord des fichiers et des dossiers dans la fenêtre.</translation>
         </message>
+        <message>
+            <source>Save Images Into a New Folder</source>
+            <translation>Enregistrer les images dans un nouveau dossier</translation>
+        </message>
+        <message>
+            <source>New folder:</source>
+            <translation>Nouveau dossier :</translation>
+        </message>
     </context>
     <context>
         <name>DiscRowLook</name>
@@ -235,6 +243,14 @@
             <source>%1, track %2</source>
             <translation>%1, piste %2</translation>
         </message>
+        <message>
+            <source>Choose files of one filesystem only.</source>
+            <translation>Choisissez des fichiers d’un seul système de fichiers.</translation>
+        </message>
+        <message>
+            <source>Take Files Out Into a Folder</source>
+            <translation>Extraire les fichiers dans un dossier</translation>
+        </message>
     </context>
     <context>
         <name>JobOutcomes</name>
@@ -409,6 +425,39 @@
             <translation>
                 <numerusform>%n fichier qu’il contenait a été remplacé.</numerusform>
                 <numerusform>%n fichiers qu’il contenait ont été remplacés.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 is %2 now</source>
+            <translation>%1 s’appelle maintenant %2</translation>
+        </message>
+        <message>
+            <source>What was taken out before stays: %1.</source>
+            <translation>Ce qui a été extrait auparavant reste : %1.</translation>
+        </message>
+        <message>
+            <source>Taken out of %1: %2.</source>
+            <translation>Extrait de %1 : %2.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) could not be.</source>
+            <translation>
+                <numerusform>%n élément n’a pas pu l’être.</numerusform>
+                <numerusform>%n éléments n’ont pas pu l’être.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) have another name.</source>
+            <translation>
+                <numerusform>%n élément a un autre nom.</numerusform>
+                <numerusform>%n éléments ont un autre nom.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) do not have their dates.</source>
+            <translation>
+                <numerusform>%n élément n’a pas sa date.</numerusform>
+                <numerusform>%n éléments n’ont pas leur date.</numerusform>
             </translation>
         </message>
     </context>
@@ -1065,6 +1114,29 @@
             <source>What is shown</source>
             <translation>Ce qui est affiché</translation>
         </message>
+        <message>
+            <source>&amp;Split over Several Discs…</source>
+            <translation>Ré&amp;partir sur plusieurs disques…</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DesktopNotifier</name>
+        <message>
+            <source>It did not succeed</source>
+            <translation>Cela n’a pas réussi</translation>
+        </message>
+        <message>
+            <source>Finished</source>
+            <translation>Terminé</translation>
+        </message>
+        <message>
+            <source>Finished, but not everything is as it should be</source>
+            <translation>Terminé, mais tout n’est pas comme il faut</translation>
+        </message>
+        <message>
+            <source>Show</source>
+            <translation>Afficher</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::DiscDocument</name>
@@ -1229,12 +1301,20 @@
             <translation>Déposez une image disque ici</translation>
         </message>
         <message>
-            <source>An ISO, BIN or VANT image, or a cue sheet. See what is in it, compare it with a folder, and write it to a disc.</source>
-            <translation>Une image ISO, BIN ou VANT, ou une feuille de repères. Voyez son contenu, comparez-la avec un dossier et écrivez-la sur un disque.</translation>
-        </message>
-        <message>
             <source>Open Image…</source>
             <translation>Ouvrir une image…</translation>
+        </message>
+        <message>
+            <source>Take Out &amp;Files…</source>
+            <translation>Extraire des &amp;fichiers…</translation>
+        </message>
+        <message>
+            <source>Copy what is chosen, or everything, into a folder</source>
+            <translation>Copier la sélection, ou tout, dans un dossier</translation>
+        </message>
+        <message>
+            <source>An ISO, BIN or VANT image, or a cue sheet. See what is in it, take files out, compare it with a folder, and write it to a disc.</source>
+            <translation>Une image ISO, BIN ou VANT, ou une feuille de repères. Voyez son contenu, extrayez des fichiers, comparez-la avec un dossier et écrivez-la sur un disque.</translation>
         </message>
     </context>
     <context>
@@ -1416,6 +1496,25 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::PlayerProcess</name>
+        <message>
+            <source>The player is open already.</source>
+            <translation>Le lecteur est déjà ouvert.</translation>
+        </message>
+        <message>
+            <source>The player is not installed.</source>
+            <translation>Le lecteur n’est pas installé.</translation>
+        </message>
+        <message>
+            <source>The player cannot be started: %1</source>
+            <translation>Le lecteur ne peut pas être lancé : %1</translation>
+        </message>
+        <message>
+            <source>The player ended unexpectedly.</source>
+            <translation>Le lecteur s’est arrêté de façon inattendue.</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ProjectActions</name>
         <message>
             <source>&amp;New Disc</source>
@@ -1509,6 +1608,39 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::ShareSaving</name>
+        <message>
+            <source>There is something of this name already. Name a new folder.</source>
+            <translation>Il existe déjà quelque chose de ce nom. Indiquez un nouveau dossier.</translation>
+        </message>
+        <message>
+            <source>The folder cannot be made: %1</source>
+            <translation>Le dossier ne peut pas être créé : %1</translation>
+        </message>
+        <message>
+            <source>disc</source>
+            <translation>disque</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n image(s) were saved.</source>
+            <translation>
+                <numerusform>%n image a été enregistrée.</numerusform>
+                <numerusform>%n images ont été enregistrées.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>They were not compared with the files.</source>
+            <translation>Elles n’ont pas été comparées avec les fichiers.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) are on no disc: their files are missing.</source>
+            <translation>
+                <numerusform>%n élément n’est sur aucun disque : son fichier manque.</numerusform>
+                <numerusform>%n éléments ne sont sur aucun disque : leurs fichiers manquent.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::SoundBar</name>
         <message>
             <source>Place in the track</source>
@@ -1540,6 +1672,307 @@
         <message>
             <source>The folder %1 cannot be listed: %2</source>
             <translation>Le dossier %1 ne peut pas être lu : %2</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::SplitDialog</name>
+        <message>
+            <source>Split over Several Discs</source>
+            <translation>Répartir sur plusieurs disques</translation>
+        </message>
+        <message>
+            <source>&amp;Kind of disc:</source>
+            <translation>&amp;Type de disque :</translation>
+        </message>
+        <message>
+            <source>Disc</source>
+            <translation>Disque</translation>
+        </message>
+        <message>
+            <source>Size</source>
+            <translation>Taille</translation>
+        </message>
+        <message>
+            <source>The discs and what is on them</source>
+            <translation>Les disques et leur contenu</translation>
+        </message>
+        <message>
+            <source>&amp;Save Images…</source>
+            <translation>&amp;Enregistrer les images…</translation>
+        </message>
+        <message>
+            <source>Finding out what goes onto which disc…</source>
+            <translation>Recherche de la répartition sur les disques…</translation>
+        </message>
+        <message>
+            <source>Splitting</source>
+            <translation>Répartition</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n disc(s) of %1 are needed.</source>
+            <translation>
+                <numerusform>%n disque de %1 est nécessaire.</numerusform>
+                <numerusform>%n disques de %1 sont nécessaires.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) are larger than such a disc, and on none.</source>
+            <translation>
+                <numerusform>%n fichier est plus grand qu’un tel disque et n’est sur aucun.</numerusform>
+                <numerusform>%n fichiers sont plus grands qu’un tel disque et ne sont sur aucun.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1: %2</source>
+            <translation>%1 : %2</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n fichier</numerusform>
+                <numerusform>%n fichiers</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>… and %n more</source>
+            <translation>
+                <numerusform>… et %n autre</numerusform>
+                <numerusform>… et %n autres</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Too large for such a disc</source>
+            <translation>Trop grand pour un tel disque</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::VideoView</name>
+        <message>
+            <source>any language</source>
+            <translation>toute langue</translation>
+        </message>
+        <message>
+            <source>for the visually impaired</source>
+            <translation>pour malvoyants</translation>
+        </message>
+        <message>
+            <source>comments</source>
+            <translation>commentaires</translation>
+        </message>
+        <message>
+            <source>large letters</source>
+            <translation>grandes lettres</translation>
+        </message>
+        <message>
+            <source>for children</source>
+            <translation>pour enfants</translation>
+        </message>
+        <message>
+            <source>for the hard of hearing</source>
+            <translation>pour malentendants</translation>
+        </message>
+        <message>
+            <source>always shown</source>
+            <translation>toujours affichés</translation>
+        </message>
+        <message>
+            <source>of an unknown form</source>
+            <translation>d’un format inconnu</translation>
+        </message>
+        <message>
+            <source>Title menu</source>
+            <translation>Menu des titres</translation>
+        </message>
+        <message>
+            <source>Main menu</source>
+            <translation>Menu principal</translation>
+        </message>
+        <message>
+            <source>Subtitle menu</source>
+            <translation>Menu des sous-titres</translation>
+        </message>
+        <message>
+            <source>Sound menu</source>
+            <translation>Menu audio</translation>
+        </message>
+        <message>
+            <source>Angle menu</source>
+            <translation>Menu des angles</translation>
+        </message>
+        <message>
+            <source>Chapter menu</source>
+            <translation>Menu des chapitres</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n angle(s)</source>
+            <translation>
+                <numerusform>%n angle</numerusform>
+                <numerusform>%n angles</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Title %1</source>
+            <translation>Titre %1</translation>
+        </message>
+        <message>
+            <source>Chapter %1</source>
+            <translation>Chapitre %1</translation>
+        </message>
+        <message>
+            <source>at %1</source>
+            <translation>à %1</translation>
+        </message>
+        <message>
+            <source>Sound %1</source>
+            <translation>Son %1</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n channel(s)</source>
+            <translation>
+                <numerusform>%n canal</numerusform>
+                <numerusform>%n canaux</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Subtitles %1</source>
+            <translation>Sous-titres %1</translation>
+        </message>
+        <message>
+            <source>Sho&amp;w…</source>
+            <translation>Affic&amp;her…</translation>
+        </message>
+        <message>
+            <source>&amp;Open Video DVD…</source>
+            <translation>&amp;Ouvrir un DVD vidéo…</translation>
+        </message>
+        <message>
+            <source>Choose a folder VIDEO_TS, or the one that holds it</source>
+            <translation>Choisir un dossier VIDEO_TS, ou celui qui le contient</translation>
+        </message>
+        <message>
+            <source>Open &amp;Image…</source>
+            <translation>Ouvrir une &amp;image…</translation>
+        </message>
+        <message>
+            <source>Choose an image of a video DVD</source>
+            <translation>Choisir une image d’un DVD vidéo</translation>
+        </message>
+        <message>
+            <source>&amp;Play</source>
+            <translation>&amp;Lire</translation>
+        </message>
+        <message>
+            <source>Play the disc, or the title or chapter that is chosen</source>
+            <translation>Lire le disque, ou le titre ou le chapitre choisi</translation>
+        </message>
+        <message>
+            <source>Drop a video DVD here</source>
+            <translation>Déposez un DVD vidéo ici</translation>
+        </message>
+        <message>
+            <source>A folder VIDEO_TS, or an image. See its titles, check and play it, save it as an image for players, and write it to a disc.</source>
+            <translation>Un dossier VIDEO_TS ou une image. Voyez ses titres, vérifiez-le et lisez-le, enregistrez-le comme image pour les lecteurs et écrivez-le sur un disque.</translation>
+        </message>
+        <message>
+            <source>Open Video DVD…</source>
+            <translation>Ouvrir un DVD vidéo…</translation>
+        </message>
+        <message>
+            <source>The video DVD</source>
+            <translation>Le DVD vidéo</translation>
+        </message>
+        <message>
+            <source>Show what is not as players need it</source>
+            <translation>Afficher ce qui n’est pas comme il le faut aux lecteurs</translation>
+        </message>
+        <message>
+            <source>Content</source>
+            <translation>Contenu</translation>
+        </message>
+        <message>
+            <source>Length</source>
+            <translation>Durée</translation>
+        </message>
+        <message>
+            <source>Details</source>
+            <translation>Détails</translation>
+        </message>
+        <message>
+            <source>What the video DVD holds</source>
+            <translation>Ce que contient le DVD vidéo</translation>
+        </message>
+        <message>
+            <source>of the disc</source>
+            <translation>du disque</translation>
+        </message>
+        <message>
+            <source>of title set %1</source>
+            <translation>du jeu de titres %1</translation>
+        </message>
+        <message>
+            <source>All files are as players need them.</source>
+            <translation>Tous les fichiers sont comme il les faut aux lecteurs.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n thing(s) are not as players need them.</source>
+            <translation>
+                <numerusform>%n chose n’est pas comme il la faut aux lecteurs.</numerusform>
+                <numerusform>%n choses ne sont pas comme il les faut aux lecteurs.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>VideoPanel</name>
+        <message>
+            <source>Title %1: %2</source>
+            <translation>Titre %1 : %2</translation>
+        </message>
+        <message>
+            <source>The disc is copy-protected: its contents are scrambled and cannot be played.</source>
+            <translation>Le disque est protégé contre la copie : son contenu est chiffré et ne peut pas être lu.</translation>
+        </message>
+        <message>
+            <source>Video DVD</source>
+            <translation>DVD vidéo</translation>
+        </message>
+        <message>
+            <source>Folders VIDEO_TS for DVD players</source>
+            <translation>Dossiers VIDEO_TS pour lecteurs de DVD</translation>
+        </message>
+        <message>
+            <source>No video DVD is open. Open one first.</source>
+            <translation>Aucun DVD vidéo n’est ouvert. Ouvrez-en un d’abord.</translation>
+        </message>
+        <message>
+            <source>Looking at %1</source>
+            <translation>Examen de %1</translation>
+        </message>
+        <message>
+            <source>%1: %2, the longest of %3</source>
+            <translation>%1 : %2, le plus long de %3</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n title(s)</source>
+            <translation>
+                <numerusform>%n titre</numerusform>
+                <numerusform>%n titres</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Open Video DVD</source>
+            <translation>Ouvrir un DVD vidéo</translation>
+        </message>
+        <message>
+            <source>Open Image of a Video DVD</source>
+            <translation>Ouvrir l’image d’un DVD vidéo</translation>
+        </message>
+        <message>
+            <source>Disc images (*.iso *.bin *.img *.vant *.udf)</source>
+            <translation>Images disque (*.iso *.bin *.img *.vant *.udf)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>Tous les fichiers (*)</translation>
         </message>
     </context>
     <context>

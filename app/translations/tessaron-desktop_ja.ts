@@ -56,6 +56,14 @@
             <source>The disc is empty. Drop files and folders into the window first.</source>
             <translation>ディスクは空です。まずファイルやフォルダをウィンドウにドロップしてください。</translation>
         </message>
+        <message>
+            <source>Save Images Into a New Folder</source>
+            <translation>新しいフォルダーにイメージを保存</translation>
+        </message>
+        <message>
+            <source>New folder:</source>
+            <translation>新しいフォルダー:</translation>
+        </message>
     </context>
     <context>
         <name>DiscRowLook</name>
@@ -231,6 +239,14 @@
             <source>%1, track %2</source>
             <translation>%1、トラック %2</translation>
         </message>
+        <message>
+            <source>Choose files of one filesystem only.</source>
+            <translation>1 つのファイルシステムのファイルだけを選んでください。</translation>
+        </message>
+        <message>
+            <source>Take Files Out Into a Folder</source>
+            <translation>ファイルをフォルダーに取り出す</translation>
+        </message>
     </context>
     <context>
         <name>JobOutcomes</name>
@@ -390,6 +406,36 @@
             <source>%n file(s) that it had were replaced.</source>
             <translation>
                 <numerusform>ディスクにあったファイル %n 個が置き換えられました。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 is %2 now</source>
+            <translation>%1 は %2 になりました</translation>
+        </message>
+        <message>
+            <source>What was taken out before stays: %1.</source>
+            <translation>それまでに取り出したものは残ります: %1。</translation>
+        </message>
+        <message>
+            <source>Taken out of %1: %2.</source>
+            <translation>%1 から取り出しました: %2。</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) could not be.</source>
+            <translation>
+                <numerusform>%n 件は取り出せませんでした。</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) have another name.</source>
+            <translation>
+                <numerusform>%n 件は名前が変わりました。</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) do not have their dates.</source>
+            <translation>
+                <numerusform>%n 件は日付を引き継げませんでした。</numerusform>
             </translation>
         </message>
     </context>
@@ -1034,6 +1080,29 @@
             <source>What is shown</source>
             <translation>表示する項目</translation>
         </message>
+        <message>
+            <source>&amp;Split over Several Discs…</source>
+            <translation>複数のディスクに分割(&amp;S)…</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::DesktopNotifier</name>
+        <message>
+            <source>It did not succeed</source>
+            <translation>成功しませんでした</translation>
+        </message>
+        <message>
+            <source>Finished</source>
+            <translation>完了</translation>
+        </message>
+        <message>
+            <source>Finished, but not everything is as it should be</source>
+            <translation>完了しましたが、問題があります</translation>
+        </message>
+        <message>
+            <source>Show</source>
+            <translation>表示</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::DiscDocument</name>
@@ -1194,12 +1263,20 @@
             <translation>ディスクイメージをここにドロップ</translation>
         </message>
         <message>
-            <source>An ISO, BIN or VANT image, or a cue sheet. See what is in it, compare it with a folder, and write it to a disc.</source>
-            <translation>ISO、BIN、VANT イメージ、またはキューシート。中身を見て、フォルダーと比較し、ディスクに書き込めます。</translation>
-        </message>
-        <message>
             <source>Open Image…</source>
             <translation>イメージを開く…</translation>
+        </message>
+        <message>
+            <source>Take Out &amp;Files…</source>
+            <translation>ファイルを取り出す(&amp;F)…</translation>
+        </message>
+        <message>
+            <source>Copy what is chosen, or everything, into a folder</source>
+            <translation>選択したもの、またはすべてをフォルダーにコピー</translation>
+        </message>
+        <message>
+            <source>An ISO, BIN or VANT image, or a cue sheet. See what is in it, take files out, compare it with a folder, and write it to a disc.</source>
+            <translation>ISO、BIN、VANT イメージ、またはキューシート。中身を見て、ファイルを取り出し、フォルダーと比較し、ディスクに書き込めます。</translation>
         </message>
     </context>
     <context>
@@ -1381,6 +1458,25 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::PlayerProcess</name>
+        <message>
+            <source>The player is open already.</source>
+            <translation>プレーヤーはすでに開いています。</translation>
+        </message>
+        <message>
+            <source>The player is not installed.</source>
+            <translation>プレーヤーがインストールされていません。</translation>
+        </message>
+        <message>
+            <source>The player cannot be started: %1</source>
+            <translation>プレーヤーを起動できません: %1</translation>
+        </message>
+        <message>
+            <source>The player ended unexpectedly.</source>
+            <translation>プレーヤーが予期せず終了しました。</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ProjectActions</name>
         <message>
             <source>&amp;New Disc</source>
@@ -1473,6 +1569,37 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::ShareSaving</name>
+        <message>
+            <source>There is something of this name already. Name a new folder.</source>
+            <translation>同じ名前のものがすでにあります。新しいフォルダーを指定してください。</translation>
+        </message>
+        <message>
+            <source>The folder cannot be made: %1</source>
+            <translation>フォルダーを作成できません: %1</translation>
+        </message>
+        <message>
+            <source>disc</source>
+            <translation>ディスク</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n image(s) were saved.</source>
+            <translation>
+                <numerusform>%n 個のイメージを保存しました。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>They were not compared with the files.</source>
+            <translation>ファイルとの比較は行っていません。</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) are on no disc: their files are missing.</source>
+            <translation>
+                <numerusform>%n 件はファイルが見つからないため、どのディスクにも入っていません。</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::SoundBar</name>
         <message>
             <source>Place in the track</source>
@@ -1504,6 +1631,299 @@
         <message>
             <source>The folder %1 cannot be listed: %2</source>
             <translation>フォルダ %1 の内容を読めません: %2</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::SplitDialog</name>
+        <message>
+            <source>Split over Several Discs</source>
+            <translation>複数のディスクに分割</translation>
+        </message>
+        <message>
+            <source>&amp;Kind of disc:</source>
+            <translation>ディスクの種類(&amp;K):</translation>
+        </message>
+        <message>
+            <source>Disc</source>
+            <translation>ディスク</translation>
+        </message>
+        <message>
+            <source>Size</source>
+            <translation>サイズ</translation>
+        </message>
+        <message>
+            <source>The discs and what is on them</source>
+            <translation>ディスクとその内容</translation>
+        </message>
+        <message>
+            <source>&amp;Save Images…</source>
+            <translation>イメージを保存(&amp;S)…</translation>
+        </message>
+        <message>
+            <source>Finding out what goes onto which disc…</source>
+            <translation>どのディスクに何を入れるか調べています…</translation>
+        </message>
+        <message>
+            <source>Splitting</source>
+            <translation>分割</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n disc(s) of %1 are needed.</source>
+            <translation>
+                <numerusform>%1 のディスクが %n 枚必要です。</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) are larger than such a disc, and on none.</source>
+            <translation>
+                <numerusform>%n 個のファイルはディスクより大きいため、どのディスクにも入りません。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1: %2</source>
+            <translation>%1: %2</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s)</source>
+            <translation>
+                <numerusform>%n ファイル</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>… and %n more</source>
+            <translation>
+                <numerusform>… ほか %n 件</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Too large for such a disc</source>
+            <translation>ディスクに入らない大きさ</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::VideoView</name>
+        <message>
+            <source>any language</source>
+            <translation>言語の指定なし</translation>
+        </message>
+        <message>
+            <source>for the visually impaired</source>
+            <translation>視覚障害者向け</translation>
+        </message>
+        <message>
+            <source>comments</source>
+            <translation>コメンタリー</translation>
+        </message>
+        <message>
+            <source>large letters</source>
+            <translation>大きな文字</translation>
+        </message>
+        <message>
+            <source>for children</source>
+            <translation>子供向け</translation>
+        </message>
+        <message>
+            <source>for the hard of hearing</source>
+            <translation>聴覚障害者向け</translation>
+        </message>
+        <message>
+            <source>always shown</source>
+            <translation>常に表示</translation>
+        </message>
+        <message>
+            <source>of an unknown form</source>
+            <translation>不明な形式</translation>
+        </message>
+        <message>
+            <source>Title menu</source>
+            <translation>タイトルメニュー</translation>
+        </message>
+        <message>
+            <source>Main menu</source>
+            <translation>メインメニュー</translation>
+        </message>
+        <message>
+            <source>Subtitle menu</source>
+            <translation>字幕メニュー</translation>
+        </message>
+        <message>
+            <source>Sound menu</source>
+            <translation>音声メニュー</translation>
+        </message>
+        <message>
+            <source>Angle menu</source>
+            <translation>アングルメニュー</translation>
+        </message>
+        <message>
+            <source>Chapter menu</source>
+            <translation>チャプターメニュー</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n angle(s)</source>
+            <translation>
+                <numerusform>%n アングル</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Title %1</source>
+            <translation>タイトル %1</translation>
+        </message>
+        <message>
+            <source>Chapter %1</source>
+            <translation>チャプター %1</translation>
+        </message>
+        <message>
+            <source>at %1</source>
+            <translation>%1 から</translation>
+        </message>
+        <message>
+            <source>Sound %1</source>
+            <translation>音声 %1</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n channel(s)</source>
+            <translation>
+                <numerusform>%n チャンネル</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Subtitles %1</source>
+            <translation>字幕 %1</translation>
+        </message>
+        <message>
+            <source>Sho&amp;w…</source>
+            <translation>表示(&amp;W)…</translation>
+        </message>
+        <message>
+            <source>&amp;Open Video DVD…</source>
+            <translation>DVD ビデオを開く(&amp;O)…</translation>
+        </message>
+        <message>
+            <source>Choose a folder VIDEO_TS, or the one that holds it</source>
+            <translation>VIDEO_TS フォルダー、またはそれを含むフォルダーを選択</translation>
+        </message>
+        <message>
+            <source>Open &amp;Image…</source>
+            <translation>イメージを開く(&amp;I)…</translation>
+        </message>
+        <message>
+            <source>Choose an image of a video DVD</source>
+            <translation>DVD ビデオのイメージを選択</translation>
+        </message>
+        <message>
+            <source>&amp;Play</source>
+            <translation>再生(&amp;P)</translation>
+        </message>
+        <message>
+            <source>Play the disc, or the title or chapter that is chosen</source>
+            <translation>ディスク、または選択したタイトルやチャプターを再生</translation>
+        </message>
+        <message>
+            <source>Drop a video DVD here</source>
+            <translation>DVD ビデオをここにドロップ</translation>
+        </message>
+        <message>
+            <source>A folder VIDEO_TS, or an image. See its titles, check and play it, save it as an image for players, and write it to a disc.</source>
+            <translation>VIDEO_TS フォルダー、またはイメージ。タイトルを見て、確認・再生し、プレーヤー用のイメージとして保存し、ディスクに書き込めます。</translation>
+        </message>
+        <message>
+            <source>Open Video DVD…</source>
+            <translation>DVD ビデオを開く…</translation>
+        </message>
+        <message>
+            <source>The video DVD</source>
+            <translation>DVD ビデオ</translation>
+        </message>
+        <message>
+            <source>Show what is not as players need it</source>
+            <translation>プレーヤーに合わない点を表示</translation>
+        </message>
+        <message>
+            <source>Content</source>
+            <translation>内容</translation>
+        </message>
+        <message>
+            <source>Length</source>
+            <translation>長さ</translation>
+        </message>
+        <message>
+            <source>Details</source>
+            <translation>詳細</translation>
+        </message>
+        <message>
+            <source>What the video DVD holds</source>
+            <translation>DVD ビデオの内容</translation>
+        </message>
+        <message>
+            <source>of the disc</source>
+            <translation>ディスク全体</translation>
+        </message>
+        <message>
+            <source>of title set %1</source>
+            <translation>タイトルセット %1</translation>
+        </message>
+        <message>
+            <source>All files are as players need them.</source>
+            <translation>すべてのファイルがプレーヤーに合っています。</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n thing(s) are not as players need them.</source>
+            <translation>
+                <numerusform>プレーヤーに合わない点が %n 件あります。</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>VideoPanel</name>
+        <message>
+            <source>Title %1: %2</source>
+            <translation>タイトル %1: %2</translation>
+        </message>
+        <message>
+            <source>The disc is copy-protected: its contents are scrambled and cannot be played.</source>
+            <translation>ディスクはコピー防止されています。内容は暗号化されており、再生できません。</translation>
+        </message>
+        <message>
+            <source>Video DVD</source>
+            <translation>DVD ビデオ</translation>
+        </message>
+        <message>
+            <source>Folders VIDEO_TS for DVD players</source>
+            <translation>DVD プレーヤー用の VIDEO_TS フォルダー</translation>
+        </message>
+        <message>
+            <source>No video DVD is open. Open one first.</source>
+            <translation>DVD ビデオが開かれていません。まず開いてください。</translation>
+        </message>
+        <message>
+            <source>Looking at %1</source>
+            <translation>%1 を調べています</translation>
+        </message>
+        <message>
+            <source>%1: %2, the longest of %3</source>
+            <translation>%1: %2、最長 %3</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n title(s)</source>
+            <translation>
+                <numerusform>%n タイトル</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Open Video DVD</source>
+            <translation>DVD ビデオを開く</translation>
+        </message>
+        <message>
+            <source>Open Image of a Video DVD</source>
+            <translation>DVD ビデオのイメージを開く</translation>
+        </message>
+        <message>
+            <source>Disc images (*.iso *.bin *.img *.vant *.udf)</source>
+            <translation>ディスクイメージ (*.iso *.bin *.img *.vant *.udf)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>すべてのファイル (*)</translation>
         </message>
     </context>
     <context>
