@@ -1,30 +1,24 @@
 #pragma once
 
-#include "platform/dvdplayback/SharedFrames.h"
 #include "platform/dvdplayback/SharedSound.h"
-#include "platform/dvdplayback/player/Deinterlacer.h"
 #include "platform/dvdplayback/player/Navigator.h"
 #include "platform/dvdplayback/player/PlaybackClock.h"
-#include "platform/dvdplayback/player/SoundDecoder.h"
+#include "platform/dvdplayback/player/PlaybackRows.h"
+#include "platform/dvdplayback/player/SoundRow.h"
 #include "platform/dvdplayback/player/Subpicture.h"
 #include "platform/dvdplayback/player/Timeline.h"
-#include "platform/dvdplayback/player/VideoDecoder.h"
+#include "platform/dvdplayback/player/VideoScreen.h"
 
 #include <chrono>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <variant>
-#include <vector>
 
 namespace Tessaron
 {
 
-/// Plays a disc into shared memory: reads a little ahead, decodes, hands on the sound, and shows each picture at its
-/// time. What the disc says on its way (chapters, menus, stills) waits in the same rows as the pictures, so that it is
-/// told when they are seen: first in one of what was read, then in one of what is decoded. One thread; all work is done
-/// in advance() and in requests.
+/// Plays a disc into shared memory: reads a little ahead, and lets everything be decoded, seen, heard and told in its
+/// order and at its time. One thread; all work is done in advance() and in requests.
 class DiscPlayer
 {
 public:
@@ -68,48 +62,18 @@ public:
     void setTimeRate(std::chrono::milliseconds rate) { m_timeRate = rate; }
 
 private:
-    // What waits to be seen or told, in order. Times are those of the line (Timeline).
-    struct VideoBytes {
-        std::vector<std::uint8_t> bytes;
-        std::optional<std::int64_t> time;
-    };
-    struct Drain {
-    };
-    struct Overlay {
-        Subpicture subpicture;
-        std::optional<std::int64_t> time;
-    };
-    struct Still {
-        std::optional<int> seconds;
-    };
-    struct Wait {
-    };
-    struct End {
-    };
-    struct Button {
-    };
-    using Item = std::variant<VideoPicture, NavigationPosition, Overlay, Still, Wait, End, Button>;
-    using ReadItem = std::variant<VideoBytes, Drain, Item>;
-    struct SoundBytes {
-        SoundStream stream;
-        std::vector<std::uint8_t> bytes;
-        std::optional<std::int64_t> time;
-    };
+    /// A disc that takes more steps than these without a navigation pack runs in circles.
+    static constexpr int mostStepsToPosition = 20'000;
 
     [[nodiscard]] bool start();
     void readAhead(Clock::time_point now);
     void takeSector();
     void takeSound(const ElementaryPiece &piece);
     void takeStep(NavigationStep step);
-    void enqueue(Item item);
-    void decodePictures();
-    void takePicture(VideoPicture picture);
-    void decodeSound(Clock::time_point now);
     [[nodiscard]] bool needsMore(Clock::time_point now);
     [[nodiscard]] bool needsSound(Clock::time_point now);
     [[nodiscard]] bool isFarAhead(Clock::time_point now) const;
     [[nodiscard]] bool isDry(Clock::time_point now) const;
-    void dropSoundBefore(std::int64_t time);
     [[nodiscard]] bool isSoundOver(Clock::time_point now) const;
     void beginRun(Clock::time_point now);
     [[nodiscard]] bool showPicture(VideoPicture *picture, Clock::time_point now,
@@ -117,16 +81,13 @@ private:
     [[nodiscard]] bool endStill(const Still &still, Clock::time_point now,
                                 std::optional<std::chrono::milliseconds> *wait);
     void takeOverlay(Overlay overlay, Clock::time_point now);
-    void changeOverlay(Clock::time_point now);
-    template <typename Bar>
-    bool removeBar();
     /// True when the front item is gone; else *wait says for how long it stays.
     [[nodiscard]] bool showFront(Clock::time_point now, std::optional<std::chrono::milliseconds> *wait);
     void show(VideoPicture picture);
-    void compose();
     void take(const NavigationPosition &position);
     void tellState();
     void tellTime(Clock::time_point now);
+    [[nodiscard]] bool isMoving() const;
     void setPlayback(std::uint32_t playback);
     void forgetAhead();
     void followButton();
@@ -142,36 +103,20 @@ private:
 
     DiscFiles *const m_disc;
     const DVDDescription m_description;
-    SharedFrames *const m_frames;
     const Hearers m_hearers;
     std::unique_ptr<Navigator> m_navigator; ///< null while stopped
-    std::unique_ptr<VideoDecoder> m_video;
-    Deinterlacer m_deinterlacer;
     std::unique_ptr<SubpictureDecoder> m_subpictures;
-    std::deque<ReadItem> m_read;
-    std::size_t m_bytesRead = 0; ///< of video, among them
-    std::deque<Item> m_items;
-    std::size_t m_pictures = 0; ///< among them
+    PlaybackRows m_rows;
     Timeline m_timeline;
-    std::optional<std::int64_t> m_readTo; ///< the latest time of video that was read
-    std::optional<std::int64_t> m_nextPicture; ///< when one without a time of its own is to be seen
     PlaybackClock m_clock;
-    std::deque<SoundBytes> m_sound; ///< not decoded
-    std::unique_ptr<SoundDecoder> m_soundDecoder;
-    SoundStream m_soundOfDecoder;
+    SoundRow m_sound; ///< behind its clock
+    VideoScreen m_screen;
     std::optional<std::int64_t> m_runBegin; ///< a picture of that time is seen, and the clock waits for sound
-    bool m_isBarred = false; ///< a still, a wait or the end lies ahead: nothing more is read before it
     bool m_dropsAtJump = false; ///< what waits is of no interest once the disc jumps
     bool m_needsPosition = false; ///< a jump was made that no navigation pack has confirmed
 
     PlayerState m_state;
     PlayerState m_told;
-    VideoPicture m_shown; ///< the picture that is seen; without a frame before the first one
-    Scaler m_scaler;
-    std::optional<Subpicture> m_overlay;
-    std::optional<std::int64_t> m_overlayUntil;
-    std::optional<Overlay> m_nextOverlay; ///< is not due yet
-    std::optional<ButtonColours> m_button;
     Clock::time_point m_lastShown; ///< when a picture was
     std::optional<Clock::time_point> m_stillUntil; ///< the end of a still that stands; max() for one without
     std::uint32_t m_playbackBefore = 0; ///< the pause
