@@ -1,7 +1,5 @@
 #include "platform/dvdplayback/SharedFrames.h"
 
-#include <cstring>
-
 namespace Tessaron
 {
 
@@ -30,8 +28,8 @@ struct SharedFrames::Layout {
 };
 
 SharedFrames::SharedFrames(SharedMemory memory, std::uint32_t own)
-    : m_memory(std::move(memory))
-    , m_layout(static_cast<Layout *>(m_memory.begin()))
+    : m_memory(std::make_shared<const SharedMemory>(std::move(memory)))
+    , m_layout(static_cast<Layout *>(m_memory->begin()))
     , m_own(own)
 {
     static_assert(std::atomic<std::uint32_t>::is_always_lock_free);
@@ -86,11 +84,10 @@ bool SharedFrames::takeNewest(QImage *image, std::uint32_t *number)
     if (width == 0 || width > mostFrameWidth || height == 0 || height > mostFrameHeight)
         return false;
     *number = static_cast<const volatile std::uint32_t &>(frame.number);
-    if (image->size() != QSize(int(width), int(height)) || image->format() != QImage::Format_RGB32)
-        *image = QImage(int(width), int(height), QImage::Format_RGB32);
-    for (std::uint32_t line = 0; line < height; ++line)
-        std::memcpy(image->scanLine(int(line)), frame.pixels + std::size_t(line) * mostFrameWidth * 4,
-                    std::size_t(width) * 4);
+    using Keeper = std::shared_ptr<const SharedMemory>;
+    const auto letGo = [](void *keeper) { delete static_cast<Keeper *>(keeper); };
+    *image = QImage(frame.pixels, int(width), int(height), qsizetype(mostFrameWidth) * 4, QImage::Format_RGB32, letGo,
+                    new Keeper(m_memory));
     return true;
 }
 

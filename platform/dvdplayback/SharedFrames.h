@@ -16,7 +16,7 @@ inline constexpr std::uint32_t mostFrameHeight = 576;
 
 /// Memory that a session shares with its helper: three pictures, of which the helper fills one, the session shows one,
 /// and the third one is the newest that is whole. The session believes nothing in it: numbers are checked, pixels may
-/// be anything.
+/// be anything, and change at any time.
 class SharedFrames
 {
 public:
@@ -25,7 +25,7 @@ public:
     /// For the helper, which was given the descriptor.
     [[nodiscard]] static Result<std::unique_ptr<SharedFrames>> attach(UniqueDescriptor descriptor);
 
-    [[nodiscard]] int descriptor() const { return m_memory.descriptor(); }
+    [[nodiscard]] int descriptor() const { return m_memory->descriptor(); }
 
     // For the helper, one thread.
 
@@ -36,7 +36,8 @@ public:
 
     // For the session, one thread at a time.
 
-    /// Copies the newest picture; false when it was taken before.
+    /// The newest picture; false when it was taken before. The image shares the memory, and keeps it: it is that
+    /// picture until the next one is taken, and may be anything from then on.
     [[nodiscard]] bool takeNewest(QImage *image, std::uint32_t *number);
 
 private:
@@ -44,7 +45,7 @@ private:
 
     explicit SharedFrames(SharedMemory memory, std::uint32_t own);
 
-    const SharedMemory m_memory;
+    const std::shared_ptr<const SharedMemory> m_memory;
     Layout *const m_layout;
     std::uint32_t m_own; ///< index of the picture that this side has
     std::uint32_t m_number = 0;

@@ -85,6 +85,22 @@ TEST_F(SharedFramesTest, takeNewest_staysInTheMemory_whateverTheHelperWrites)
     ::munmap(memory, std::size_t(status.st_size));
 }
 
+TEST_F(SharedFramesTest, picture_staysUntilTheNextIsTaken_andBeyondTheSession)
+{
+    publish(1);
+    ASSERT_TRUE(session->takeNewest(&image, &number));
+    for (std::uint8_t value = 2; value <= 9; ++value)
+        publish(value);
+    EXPECT_EQ(image.pixel(360, 240) & 0xffffff, 0x010101U);
+    const QImage kept = image.copy();
+    ASSERT_TRUE(session->takeNewest(&image, &number));
+    EXPECT_EQ(image.pixel(360, 240) & 0xffffff, 0x090909U);
+    EXPECT_EQ(kept.pixel(360, 240) & 0xffffff, 0x010101U);
+    session.reset();
+    helper.reset();
+    EXPECT_EQ(image.pixel(719, 479) & 0xffffff, 0x090909U);
+}
+
 TEST_F(SharedFramesTest, memory_cannotBeCut)
 {
     EXPECT_NE(::ftruncate(helper->descriptor(), 0), 0);
