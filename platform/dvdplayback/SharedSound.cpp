@@ -148,8 +148,10 @@ void SharedSound::take(std::span<float> samples, Clock::time_point now)
     const float gain = usableGain(m_layout->gain);
     const float step = count > 0 ? (gain - m_gain) / float(count) : 0;
     float *out = samples.data();
+    std::uint64_t place = m_taken % framesInAll;
     for (std::uint64_t frame = 0; frame < count; ++frame) {
-        const float *in = m_layout->samples + (m_taken + frame) % framesInAll * m_form.channels;
+        const float *in = m_layout->samples + place * m_form.channels;
+        place = place + 1 < framesInAll ? place + 1 : 0;
         m_gain = frame + 1 < count ? m_gain + step : gain;
         for (std::uint32_t channel = 0; channel < m_form.channels; ++channel)
             *out++ = std::isfinite(in[channel]) ? in[channel] * m_gain : 0.0F;
@@ -186,9 +188,11 @@ std::size_t SharedSound::give(std::span<const float> samples)
     const std::uint32_t channels = form().channels;
     const std::uint64_t framesInAll = capacity / channels;
     const std::size_t count = std::min(samples.size() / channels, room());
-    for (std::size_t frame = 0; frame < count; ++frame)
-        std::copy_n(samples.begin() + std::ptrdiff_t(frame * channels), channels,
-                    m_layout->samples + (m_given + frame) % framesInAll * channels);
+    const std::uint64_t place = m_given % framesInAll;
+    const std::uint64_t toTheEnd = std::min<std::uint64_t>(count, framesInAll - place);
+    float *const ring = m_layout->samples;
+    std::copy_n(samples.data(), toTheEnd * channels, ring + place * channels);
+    std::copy_n(samples.data() + toTheEnd * channels, (count - toTheEnd) * channels, ring);
     m_given += count;
     m_layout->given.store(m_given, std::memory_order_release);
     return count;
