@@ -69,6 +69,7 @@ NavigationStep Navigator::next()
     std::int32_t event = DVDNAV_NOP, length = 0;
     if (dvdnav_get_next_block(m_navigation.get(), m_block.data(), &event, &length) != DVDNAV_STATUS_OK)
         return NavigationStep::Failure;
+    m_isAtEndOfCell = event == DVDNAV_NOP || event == DVDNAV_WAIT || event == DVDNAV_STILL_FRAME;
     switch (event) {
     case DVDNAV_BLOCK_OK:
         return NavigationStep::Sector;
@@ -288,7 +289,13 @@ OSStatus Navigator::playChapter(int title, int chapter)
     if (title < 1 || std::size_t(title) > m_description.titles.size() || chapter < 1
         || std::size_t(chapter) > m_description.titles[std::size_t(title - 1)].chapters.size())
         return kDVDErrorWrongParam;
-    return statusOf(dvdnav_part_play(m_navigation.get(), title, chapter));
+    if (dvdnav_part_play(m_navigation.get(), title, chapter) != DVDNAV_STATUS_OK)
+        return kDVDErrorUserActionNoOp;
+    // The library takes a still along to the other place, where nothing would be read before it is over. The way to the
+    // begin of the program there ends it, which skipping would not do without skipping the next one as well.
+    if (m_isAtEndOfCell && dvdnav_is_domain_vts(m_navigation.get()) != 0)
+        dvdnav_top_pg_search(m_navigation.get());
+    return noErr;
 }
 
 OSStatus Navigator::goToMenu(std::uint32_t menu)

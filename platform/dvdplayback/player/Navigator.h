@@ -154,6 +154,7 @@ private:
     NavigationPosition m_position;
     int m_cell = 1;
     bool m_hasStarted = false; ///< a navigation pack was seen
+    bool m_isAtEndOfCell = false; ///< where a still may stand, or is about to
     std::optional<int> m_stillSeconds;
     std::optional<int> m_subpictureStream;
     int m_chosenSubtitles = noSubtitles; ///< as the disc's commands count
