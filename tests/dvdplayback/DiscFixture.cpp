@@ -8,6 +8,20 @@
 namespace Tessaron::Testing
 {
 
+LoopDevice::LoopDevice(const QByteArray &image)
+{
+    const ProgramRun run = runProgram("losetup", {"--find", "--show", "--read-only", image});
+    if (run.status == 0)
+        m_path = run.output.trimmed();
+}
+
+LoopDevice::~LoopDevice()
+{
+    if (!m_path.isEmpty()) {
+        EXPECT_EQ(runProgram("losetup", {"--detach", m_path}).status, 0);
+    }
+}
+
 DiscTest::DiscTest()
 {
     qputenv("XDG_RUNTIME_DIR", m_tree.makeFolder("runtime"));

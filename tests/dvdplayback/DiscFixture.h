@@ -9,6 +9,22 @@
 namespace Tessaron::Testing
 {
 
+/// A block device that is an image, while it lives.
+class LoopDevice
+{
+public:
+    explicit LoopDevice(const QByteArray &image);
+    ~LoopDevice();
+    LoopDevice(const LoopDevice &) = delete;
+    LoopDevice &operator=(const LoopDevice &) = delete;
+
+    /// Empty where the process may not make one.
+    [[nodiscard]] const QByteArray &path() const { return m_path; }
+
+private:
+    QByteArray m_path;
+};
+
 /// Video DVDs to test with (make-disc says what is on them), and a runtime folder of the test's own, so that sessions
 /// of tests that run side by side do not meet. Sound is played by a driver of SDL's that needs no device.
 class DiscTest : public testing::Test
