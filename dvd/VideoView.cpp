@@ -1,5 +1,7 @@
 #include "dvd/VideoView.h"
 
+#include "dvd/GpuPicture.h"
+
 #include "platform/dvdplayback/DVDVideoFrames.h"
 #include "platform/foundation/MainThread.h"
 
@@ -21,6 +23,8 @@ VideoView::VideoView(QWidget *parent)
     , m_isAsked(std::make_shared<std::atomic<bool>>(false))
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
+    if (GpuPicture::isToBeUsed())
+        m_gpu = new GpuPicture(&m_picture, this);
     currentView = this;
     setDVDFrameHearer([this, isAsked = m_isAsked, life = CallbackContext(m_isAsked)] {
         // One that is not drawn yet makes room for the next one.
@@ -44,12 +48,25 @@ VideoView::~VideoView()
 void VideoView::takePicture()
 {
     m_isAsked->store(false);
-    if (currentView == this && takeDVDFrame(&m_picture))
+    if (currentView != this || !takeDVDFrame(&m_picture))
+        return;
+    if (m_gpu)
+        m_gpu->takePicture();
+    else
         update();
+}
+
+void VideoView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    if (m_gpu)
+        m_gpu->setGeometry(rect());
 }
 
 void VideoView::paintEvent(QPaintEvent * /*event*/)
 {
+    if (m_gpu)
+        return;
     QPainter painter(this);
     if (m_picture.isNull()) {
         painter.fillRect(rect(), Qt::black);
