@@ -19,7 +19,9 @@
 #include <TessaronClassesUI/DVDEvent.h>
 #include <TessaronClassesUI/PlaybackTime.h>
 #include <TessaronClassesUI/VideoWindow.h>
+#include <array>
 #include <optional>
+#include <random>
 #include <stdexcept>
 #include <vector>
 
@@ -568,6 +570,45 @@ TEST_F(Actions, menuItemsOfTheWindowFile_areKeptUpToDate_andWork)
     media->trigger();
     EXPECT_FALSE(controller->hasMedia());
     EXPECT_EQ(media->text(), text("Open Media Folder..."));
+}
+
+/// TESSARON_CALLS asks for more of them.
+TEST_F(Actions, anyInAnyOrder_neverHang)
+{
+    keepReports(); // what the disc refuses
+    ASSERT_TRUE(openAndShowMenu());
+    std::mt19937 random(3); // the same in every run
+    const auto below = [&](std::size_t limit) { return std::size_t(random()) % limit; };
+    constexpr std::array actions = {
+        "onPlay",      "onPause",      "onStop",           "onScanForward", "onScanBackward", "onPreviousScene",
+        "onNextScene", "onToggleMenu", "onNextAngle",      "onNewBookmark", "onNextBookmark", "onVolumeDown",
+        "onVolumeUp",  "onMute",       "onShowController", "onVideoMax",    "onVideoNormal",  "onVideoSmall",
+    };
+    constexpr std::array keys = {Qt::Key_Up, Qt::Key_Down, Qt::Key_Left, Qt::Key_Right, Qt::Key_Return, Qt::Key_Space};
+    QWidget *const view = controller->outlets().mVideoWindow->contentView();
+    const int asked = qEnvironmentVariableIntValue("TESSARON_CALLS");
+    for (int call = 0; call < (asked > 0 ? asked : 600); ++call) {
+        const QPoint place(int(below(std::size_t(view->width()))), int(below(std::size_t(view->height()))));
+        switch (below(6)) {
+        case 0:
+            QTest::keyClick(controller->outlets().mVideoWindow.data(), keys[below(keys.size())]);
+            break;
+        case 1:
+            QTest::mouseMove(view, place);
+            break;
+        case 2:
+            QTest::mouseClick(view, Qt::LeftButton, {}, place);
+            break;
+        default:
+            EXPECT_TRUE(controller->performAction(text(actions[below(actions.size())]), nullptr));
+        }
+        if (below(4) == 0)
+            QTest::qWait(int(below(10)));
+    }
+    EXPECT_EQ(controller->fatalError(), noErr);
+    EXPECT_TRUE(controller->hasMedia());
+    ASSERT_EQ(DVDSetChapter(1, 2), noErr);
+    EXPECT_TRUE(waitUntil([&] { return chapter() == std::pair(1, 2) && scene() == text("2"); }));
 }
 
 TEST_F(Actions, buttons_work_andDoNotTakeKeys)

@@ -20,7 +20,9 @@
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <array>
 #include <csignal>
+#include <random>
 
 namespace Tessaron::Testing
 {
@@ -415,6 +417,60 @@ TEST_F(PlayerWindowTest, titleThatIsNotThere_isSaid)
     m_playback.open(disc(), PlaybackStart{std::uint16_t(9), 1});
     EXPECT_TRUE(QTest::qWaitFor([&] { return !m_failure.isEmpty(); }, patience));
     EXPECT_EQ(m_failure, QStringLiteral("the disc cannot play title 9 from chapter 1 on"));
+}
+
+/// TESSARON_CALLS asks for more of them.
+TEST_F(PlayerWindowTest, anyInputInAnyOrder_neverHangs)
+{
+    open();
+    std::mt19937 random(9); // the same input in every run
+    const auto below = [&](int limit) { return int(random() % std::uint32_t(limit)); };
+    constexpr std::array keys = {Qt::Key_Up,    Qt::Key_Down,   Qt::Key_Left,     Qt::Key_Right, Qt::Key_Return,
+                                 Qt::Key_Space, Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_D,     Qt::Key_A,
+                                 Qt::Key_L,     Qt::Key_S,      Qt::Key_M,        Qt::Key_Plus,  Qt::Key_Minus,
+                                 Qt::Key_Home,  Qt::Key_F,      Qt::Key_Escape,   Qt::Key_X};
+    constexpr std::array<Qt::KeyboardModifier, 3> modifiers = {Qt::NoModifier, Qt::ShiftModifier, Qt::ControlModifier};
+    constexpr std::array menus = {"audio", "subtitles", "angles"};
+    const int asked = qEnvironmentVariableIntValue("TESSARON_CALLS");
+    for (int call = 0; call < (asked > 0 ? asked : 600); ++call) {
+        const QPoint place(below(m_window.width()), below(m_window.height()));
+        switch (below(8)) {
+        case 0:
+        case 1:
+        case 2:
+            press(keys[std::size_t(below(int(keys.size())))], modifiers[below(2) == 0 ? 0 : std::size_t(below(3))]);
+            break;
+        case 3:
+            QTest::mouseMove(&m_window, place);
+            break;
+        case 4:
+            QTest::mouseClick(&m_window, Qt::LeftButton, {}, place);
+            break;
+        case 5:
+            if (auto *const slider = control<TimeSlider>("time"); slider->isEnabled())
+                QTest::mouseClick(slider, Qt::LeftButton, {}, QPoint(below(slider->width()), 11));
+            break;
+        case 6:
+            if (QMenu *const menu = control(menus[std::size_t(below(3))])->menu()) {
+                Q_EMIT menu->aboutToShow();
+                if (!menu->actions().isEmpty())
+                    menu->actions()[below(int(menu->actions().size()))]->trigger();
+            }
+            break;
+        default:
+            m_playback.goToChapter(1 + below(3), 1 + below(5));
+        }
+        // Some of it comes while the disc still answers what came before.
+        if (below(4) == 0)
+            QTest::qWait(below(10));
+    }
+    m_window.setFullScreen(false);
+    EXPECT_TRUE(m_failure.isEmpty()) << m_failure.toStdString();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !m_playback.isBusy(); }, patience));
+    m_playback.goToChapter(1, 1);
+    EXPECT_TRUE(waitForChapter(1, 1));
+    m_playback.play();
+    EXPECT_TRUE(waitForColour(0xa00000));
 }
 
 TEST_F(PlayerWindowTest, playerThatIsKilled_isSaidInTheWindow)
