@@ -76,7 +76,7 @@ TEST_F(InTime, titleTime_isThatOfThePictureThatIsSeen)
     ASSERT_GT(timesTold.size(), 70U);
     for (const Told &told : timesTold) {
         const auto seen = std::chrono::duration_cast<milliseconds>(told.when - shown[1].when + milliseconds(33));
-        EXPECT_NEAR(double(told.elapsed), double(seen.count()), 110) << "three pictures";
+        EXPECT_NEAR(double(told.elapsed), double(seen.count()), 50);
     }
 }
 

@@ -160,7 +160,7 @@ void DiscPlayer::takeStep(NavigationStep step)
     case NavigationStep::Position:
         m_needsPosition = false;
         m_timeline.follow(m_navigator->position().begin, m_navigator->position().end);
-        m_rows.add(m_navigator->position());
+        m_rows.add(TimedPosition{m_navigator->position(), m_timeline.begin()});
         m_rows.add(ButtonChange());
         break;
     case NavigationStep::Jump:
@@ -201,6 +201,7 @@ void DiscPlayer::forgetAhead()
     m_clock.forget();
     m_runBegin.reset();
     m_stillUntil.reset();
+    m_nextPosition.reset();
     m_screen.forget();
     m_subpictures->forget();
 }
@@ -236,6 +237,8 @@ std::optional<milliseconds> DiscPlayer::advance()
         return std::nullopt;
     m_clock.advance(now, isDry(now));
     beginRun(now);
+    if (m_nextPosition && !m_clock.isHeld() && m_clock.time(now) >= m_nextPosition->time)
+        takeWaitingPosition();
     std::optional<milliseconds> wait;
     while (m_rows.front() && showFront(now, &wait)) { }
     if (!m_navigator)
@@ -286,8 +289,8 @@ bool DiscPlayer::showFront(Clock::time_point now, std::optional<milliseconds> *w
     if (auto *const picture = std::get_if<VideoPicture>(&front)) {
         if (!showPicture(picture, now, wait))
             return false;
-    } else if (auto *const position = std::get_if<NavigationPosition>(&front)) {
-        take(*position);
+    } else if (auto *const position = std::get_if<TimedPosition>(&front)) {
+        takeInTime(*position, now);
     } else if (auto *const overlay = std::get_if<Overlay>(&front)) {
         takeOverlay(std::move(*overlay), now);
     } else if (std::holds_alternative<ButtonChange>(front)) {
@@ -343,6 +346,7 @@ bool DiscPlayer::showPicture(VideoPicture *picture, Clock::time_point now, std::
 bool DiscPlayer::endStill(const Still &still, Clock::time_point now, std::optional<milliseconds> *wait)
 {
     if (!m_stillUntil) {
+        takeWaitingPosition();
         m_stillUntil = still.seconds ? now + std::chrono::seconds(*still.seconds) : Clock::time_point::max();
         setPlayback(kDVDStatePlayingStill);
     }
@@ -380,7 +384,28 @@ void DiscPlayer::show(VideoPicture picture)
 {
     m_state.width = std::uint16_t(picture.frame->width);
     m_state.height = std::uint16_t(picture.frame->height);
+    // Who sees it can ask where it is from.
+    tellState();
     m_screen.show(std::move(picture));
+}
+
+/// The decoder holds a few pictures back, which come behind a position that is later than they are.
+void DiscPlayer::takeInTime(const TimedPosition &position, Clock::time_point now)
+{
+    takeWaitingPosition();
+    const bool isOnTheWay = position.position.isInTitle && position.position.place.title == m_state.title;
+    m_nextPosition = position;
+    if (!isOnTheWay || m_clock.isHeld() || m_clock.time(now) >= m_nextPosition->time)
+        takeWaitingPosition();
+}
+
+void DiscPlayer::takeWaitingPosition()
+{
+    if (!m_nextPosition)
+        return;
+    take(m_nextPosition->position);
+    m_positionTime = m_nextPosition->time;
+    m_nextPosition.reset();
 }
 
 void DiscPlayer::take(const NavigationPosition &position)

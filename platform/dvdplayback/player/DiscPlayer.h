@@ -85,6 +85,8 @@ private:
     [[nodiscard]] bool showFront(Clock::time_point now, std::optional<std::chrono::milliseconds> *wait);
     void show(VideoPicture picture);
     void take(const NavigationPosition &position);
+    void takeInTime(const TimedPosition &position, Clock::time_point now);
+    void takeWaitingPosition();
     void tellState();
     void tellTime(Clock::time_point now);
     [[nodiscard]] bool isMoving() const;
@@ -122,7 +124,8 @@ private:
     std::uint32_t m_playbackBefore = 0; ///< the pause
     std::chrono::milliseconds m_timeRate{900};
     Clock::time_point m_timeTold;
-    std::optional<std::int64_t> m_positionTime; ///< of the position that was told last
+    std::optional<std::int64_t> m_positionTime; ///< of the position that was taken last; absent until it is known
+    std::optional<TimedPosition> m_nextPosition; ///< is not due yet
     Clock::time_point m_scanDue;
     int m_scanRate = 0; ///< negative backward; 0 without
     std::int64_t m_scanTime = 0; ///< milliseconds in the title

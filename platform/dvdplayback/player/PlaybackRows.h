@@ -23,6 +23,12 @@ struct Overlay {
     std::optional<std::int64_t> time;
 };
 
+/// Where the disc is, from that time on.
+struct TimedPosition {
+    NavigationPosition position;
+    std::int64_t time = 0;
+};
+
 // Bars: nothing behind one is read before it is over.
 
 /// The picture stands.
@@ -46,7 +52,7 @@ struct ButtonChange {
 class PlaybackRows
 {
 public:
-    using Item = std::variant<VideoPicture, NavigationPosition, Overlay, Still, Wait, End, ButtonChange>;
+    using Item = std::variant<VideoPicture, TimedPosition, Overlay, Still, Wait, End, ButtonChange>;
 
     /// False when there are no decoders, or no memory.
     [[nodiscard]] bool open();
