@@ -1,4 +1,5 @@
 #include "platform/dvdplayback/DVDPlayback.h"
+#include "tests/dvd/LoggedLines.h"
 #include "tests/dvdplayback/PlayingFixture.h"
 #include "tests/support/RunProgram.h"
 
@@ -62,9 +63,13 @@ TEST_F(Playing, missingContents_endInANamedError)
     const QByteArray copy = copyOfDisc();
     m_tree.remove("disc/VIDEO_TS/VTS_01_1.VOB");
     open(copy);
+    const LoggedLines log;
     EXPECT_EQ(DVDSetChapter(1, 1), kDVDErrorDamagedMedia);
     EXPECT_TRUE(waitUntil([&] { return !events(kDVDEventError).empty(); }));
     EXPECT_EQ(OSStatus(events(kDVDEventError).front().value1), kDVDErrorDamagedMedia);
+    EXPECT_TRUE(log.lines().contains(
+        QStringLiteral("DVD playback: the contents of title set 1 are missing or cannot be opened")))
+        << log.lines().join(u'\n').toStdString();
     bool hasMedia = true;
     EXPECT_EQ(DVDHasMedia(&hasMedia), noErr);
     EXPECT_FALSE(hasMedia);

@@ -4,6 +4,8 @@
 #include "platform/dvdplayback/DVDPlayback.h"
 #include "platform/dvdplayback/player/DiscDescriber.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -61,7 +63,18 @@ Result<std::unique_ptr<Navigator>> Navigator::open(DiscFiles *disc, const DVDDes
 
 QString Navigator::failureText() const
 {
-    return QString::fromUtf8(dvdnav_err_to_string(m_navigation.get()));
+    QString text = QString::fromUtf8(dvdnav_err_to_string(m_navigation.get()));
+    // The library says it by its own numbers; 3 stands for the contents of titles.
+    static const QRegularExpression opening(QStringLiteral("Error opening vtsN=(\\d+), domain=(\\d+)"));
+    const QRegularExpressionMatch match = opening.match(text);
+    if (!match.hasMatch())
+        return text;
+    const QString set = match.captured(1);
+    if (match.captured(2) == QLatin1String("3"))
+        return QStringLiteral("the contents of title set %1 are missing or cannot be opened").arg(set);
+    return set == QLatin1String("0")
+        ? QStringLiteral("the menus of the disc are missing or cannot be opened")
+        : QStringLiteral("the menus of title set %1 are missing or cannot be opened").arg(set);
 }
 
 NavigationStep Navigator::next()
