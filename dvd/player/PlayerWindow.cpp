@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QScreen>
+#include <QToolTip>
 
 #include <algorithm>
 
@@ -193,8 +194,11 @@ void PlayerWindow::resizeEvent(QResizeEvent *event)
 
 void PlayerWindow::changeEvent(QEvent *event)
 {
-    if (event->type() == QEvent::WindowStateChange)
+    if (event->type() == QEvent::WindowStateChange) {
         m_controls->setFullScreen(isFullScreen());
+        // What it belongs to is elsewhere now.
+        QToolTip::hideText();
+    }
     QWidget::changeEvent(event);
 }
 
