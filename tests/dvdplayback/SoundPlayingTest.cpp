@@ -103,6 +103,7 @@ TEST_F(SoundPlaying, sound_isThatOfTheStream)
 TEST_F(SoundPlaying, pictureAndSound_leaveTogether)
 {
     constexpr std::int64_t framesOfHalfPicture = 48'000 / 50, cycle = 48;
+    constexpr std::int64_t framesOfPiece = 1024; ///< of what is written last, which takes its time like a device's
     struct Seen {
         std::int64_t sound = 0; ///< frames that had come out
         std::int64_t picture = 0;
@@ -134,7 +135,8 @@ TEST_F(SoundPlaying, pictureAndSound_leaveTogether)
     std::vector<double> leads; ///< of the sound, milliseconds
     for (std::size_t index = 12; index < seen.size(); ++index) {
         const auto place = std::min(std::size_t(seen[index].sound), all.size());
-        leads.push_back(double(ofTheDisc[place] - seen[index].picture * framesOfHalfPicture) / 48);
+        const std::int64_t heard = ofTheDisc[place] - framesOfPiece;
+        leads.push_back(double(heard - seen[index].picture * framesOfHalfPicture) / 48);
     }
     const auto middle = leads.begin() + std::ptrdiff_t(leads.size() / 2);
     std::nth_element(leads.begin(), middle, leads.end());
