@@ -36,8 +36,13 @@ QString languageText(const QByteArray &language)
 {
     if (language.isEmpty())
         return VideoView::tr("any language");
-    const QLocale locale(QString::fromLatin1(language));
-    return locale.language() == QLocale::C ? QString::fromLatin1(language) : locale.nativeLanguageName();
+    const QLocale::Language known = QLocale::codeToLanguage(QString::fromLatin1(language));
+    if (known == QLocale::AnyLanguage || known == QLocale::C)
+        return QString::fromLatin1(language);
+    // As the player says it. English's own name would come with a country: "American English".
+    const QLocale::Language users = QLocale().language();
+    const QString own = QLocale(known).nativeLanguageName();
+    return users == QLocale::English || users == QLocale::C || own.isEmpty() ? QLocale::languageToString(known) : own;
 }
 
 QString purposeText(DVDStreamPurpose purpose)
