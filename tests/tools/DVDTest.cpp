@@ -126,6 +126,21 @@ TEST_F(DVDCommand, regionsOfTheDisc_areNamed)
     EXPECT_TRUE(runTessaron({"dvd", copy}).output.contains(": 2 titles, regions 2 4, "));
 }
 
+TEST_F(DVDCommand, vantImage_isReadLikeTheFolder)
+{
+    const QByteArray image = m_tree.path("disc.vant");
+    const ChildResult made =
+        runTessaron({"image", "-o", image, "--format", "vant", "--filesystems", "iso9660,udf", copyOfDisc()});
+    ASSERT_EQ(made.exitStatus, 0) << made.errors.constData();
+    const QJsonObject folder = jsonOf(runTessaron({"dvd", "--json", disc()}).output);
+    const ChildResult result = runTessaron({"dvd", "--json", image});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    for (const char *const member : {"identity", "titles", "menus", "regions"}) {
+        const QString name = QString::fromLatin1(member);
+        EXPECT_EQ(jsonOf(result.output)[name], folder[name]) << member;
+    }
+}
+
 TEST_F(DVDCommand, lackOfDescriptors_isToldOnce_withWhatToDo)
 {
     if (!runsWithoutDescriptors)
@@ -183,6 +198,18 @@ TEST_F(DVDPlayCommand, interruptedPlayer_hasKeptThePlace)
     EXPECT_TRUE(result.errors.isEmpty()) << result.errors.constData();
     const ChildResult described = runTessaron({"dvd", "--json", disc()});
     EXPECT_EQ(places(), QStringList{jsonOf(described.output)[QStringLiteral("identity")].toString()});
+}
+
+TEST_F(DVDPlayCommand, vantImage_isPlayed)
+{
+    const QByteArray image = m_tree.path("disc.vant");
+    const ChildResult made =
+        runTessaron({"image", "-o", image, "--format", "vant", "--filesystems", "iso9660,udf", copyOfDisc()});
+    ASSERT_EQ(made.exitStatus, 0) << made.errors.constData();
+    ChildProcess player(playing({"--title", "1", "--chapter", "4", image}));
+    EXPECT_TRUE(player.waitUntil([&] { return places().size() == 1; })) << "it has been playing for some seconds";
+    player.sendSignal(SIGTERM);
+    EXPECT_EQ(player.finish().exitStatus, 130);
 }
 
 TEST_F(DVDPlayCommand, secondPlayer_isRefusedInWords)
