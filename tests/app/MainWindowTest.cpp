@@ -164,7 +164,7 @@ TEST_F(MainWindowTest, saveImage_canBeCancelled_andLeavesNothing)
     EXPECT_FALSE(tree.exists("out/disc.iso"));
 }
 
-TEST_F(MainWindowTest, saveImage_sayssoWhenTheDiscIsEmpty)
+TEST_F(MainWindowTest, saveImage_saysSo_whenTheDiscIsEmpty)
 {
     window.saveImageAs(tree.path("out/disc.iso"), DiscFormat::ISO);
     EXPECT_FALSE(window.isWorking());

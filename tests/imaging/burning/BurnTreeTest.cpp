@@ -1,3 +1,4 @@
+#include "platform/discrecording/objects/DRStorageReport.h"
 #include "tests/imaging/jobs/JobRun.h"
 #include "tests/support/RunProgram.h"
 #include "tests/support/TemporaryTree.h"
@@ -98,6 +99,20 @@ TEST_F(BurnTree, optionsOfAFile_countInTheComparison)
     ASSERT_FALSE(result.error) << result.error.localizedDescription().toStdString();
     ASSERT_TRUE(result.verification);
     EXPECT_EQ(result.verification->differences.count(), 0u);
+}
+
+TEST_F(BurnTree, disc_isIncomplete_whenAFileOfTheTreeIsGone)
+{
+    const BurnDiscOrder wanted = order();
+    m_tree.remove("source/numbers");
+    const BurnDiscResult result = burnt(wanted);
+    EXPECT_FALSE(result.isComplete());
+    ASSERT_TRUE(result.data.report);
+    EXPECT_EQ(result.data.report->lostCount(), 1u);
+    bool isNamed = false;
+    for (std::size_t item = 0; item < result.data.report->count(); ++item)
+        isNamed = isNamed || result.data.report->item(item).path == u"/numbers";
+    EXPECT_TRUE(isNamed);
 }
 
 TEST_F(BurnTree, file_thatIsOnTheDisc_isNotWrittenOver)
