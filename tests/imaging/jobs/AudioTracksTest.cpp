@@ -65,7 +65,8 @@ protected:
 
     [[nodiscard]] QByteArray framesOf(const QByteArray &name, std::size_t first, std::size_t count) const
     {
-        return tree.contents(name).mid(qsizetype(first * bytesPerFrame), qsizetype(count * bytesPerFrame));
+        return tree.contents(name).mid(qsizetype(first) * qsizetype(bytesPerFrame),
+                                       qsizetype(count) * qsizetype(bytesPerFrame));
     }
     [[nodiscard]] QByteArray soundOf(const QByteArray &name) const
     {
