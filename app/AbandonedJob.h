@@ -2,6 +2,7 @@
 
 #include <QObject>
 
+#include <chrono>
 #include <memory>
 
 namespace Tessaron::Desktop
@@ -9,6 +10,10 @@ namespace Tessaron::Desktop
 
 /// Remembers an object until it goes: what only its own thread knows of is not lost.
 void rememberUntilGone(QObject *object);
+
+/// Runs the event loop until all that is remembered has gone; false when some of it is still there after this time. For
+/// the end of a program, on the main thread.
+[[nodiscard]] bool waitUntilAllAreGone(std::chrono::milliseconds atMost);
 
 /// Gives up a job without waiting for it: a drive may answer a minute later only. The job goes when it has ended; its
 /// signals reach no one any more. Null is fine. Not from inside a slot that hears one of its signals.

@@ -1,8 +1,12 @@
+#include "app/AbandonedJob.h"
+
 #include "tests/support/Replacements.h"
 
 #include <QApplication>
 #include <QTemporaryDir>
 
+#include <chrono>
+#include <cstdio>
 #include <gtest/gtest.h>
 
 int main(int argc, char **argv)
@@ -24,5 +28,7 @@ int main(int argc, char **argv)
     const int status = RUN_ALL_TESTS();
     // Jobs that have ended go with the next turn of an event loop, which tests do not reach.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    if (!Tessaron::Desktop::waitUntilAllAreGone(std::chrono::seconds(20)))
+        std::fputs("a job that was given up has not ended\n", stderr);
     return status;
 }
