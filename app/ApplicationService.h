@@ -10,9 +10,9 @@
 namespace Tessaron::Desktop
 {
 
-/// The program as the session bus sees it, under the name of its desktop file: whoever starts it a second time, or
-/// opens a file with it, reaches the one that runs (Desktop Entry Specification, "D-Bus Activation"). On the main
-/// thread.
+/// The program as the session bus sees it, under the name of its desktop file. A second start, or a file opened from
+/// the file manager, reaches the program that runs already (Desktop Entry Specification, "D-Bus Activation"). On the
+/// main thread.
 class ApplicationService final : public QObject
 {
     Q_OBJECT

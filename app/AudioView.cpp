@@ -263,7 +263,7 @@ void AudioView::showLength()
     m_meter->setAccessibleDescription(m_length->text());
 }
 
-/// The track that has the focus of the table is the one to listen to; the first one while none has.
+/// Listening plays the track that has the focus in the table, or the first track when no row has it.
 void AudioView::showCurrent()
 {
     const QList<AudioTrackRow> &tracks = m_tracks.tracks();

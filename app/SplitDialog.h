@@ -36,7 +36,7 @@ public:
     void propose(const QString &mediumKey);
 
 Q_SIGNALS:
-    /// The proposal is there, or the reason why there is none.
+    /// Either the proposal is ready, or the reason why the tree cannot be split.
     void proposed();
     /// An image of each disc is wanted.
     void imagesWanted();

@@ -28,7 +28,8 @@ const FoundVolume *volumeOfKind(const std::vector<FoundVolume> &volumes, VolumeK
     return found == volumes.end() ? nullptr : &*found;
 }
 
-/// The one of that kind, or the preferred one of those that can be read; null where there is none.
+/// The volume of that kind or, if no kind was named, the readable volume that comes first in our order of preference.
+/// Null if the image has no such volume.
 const FoundVolume *chosenVolume(const std::vector<FoundVolume> &volumes, std::optional<VolumeKind> kind)
 {
     if (kind)

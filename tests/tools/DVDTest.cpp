@@ -81,7 +81,7 @@ TEST_F(DVDCommand, filesThatAreNotAsPlayersNeedThem_areTold)
     patch("VTS_01_0.BUP", 0x100, 'x');
     EXPECT_EQ(problems(),
               QStringList{QStringLiteral("VTS_01_0.BUP differs from VTS_01_0.IFO, whose backup it is to be")});
-    // A block less, and a file that is none of a DVD.
+    // The contents are a block short, and there is a file that does not belong on a DVD.
     const QByteArray video = m_tree.contents("disc/VIDEO_TS/VTS_01_1.VOB");
     m_tree.makeFile("disc/VIDEO_TS/VTS_01_1.VOB", video.chopped(2048));
     m_tree.makeFile("disc/VIDEO_TS/notes.txt", "x");
