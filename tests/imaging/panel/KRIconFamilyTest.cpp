@@ -1,6 +1,7 @@
 #include "platform/coreservices/CustomIcon.h"
 #include "platform/coreservices/IconFamily.h"
 #include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/UniqueDescriptor.h"
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/KRIconFamily.h>
 #include <TessaronClasses/TemporaryFiles.h>
@@ -10,7 +11,9 @@
 #include <QImage>
 #include <QSet>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 
 using namespace Tessaron;
 using namespace Tessaron::Testing;
@@ -25,10 +28,34 @@ QImage redPicture()
     return image;
 }
 
-QSet<QString> scratchFiles()
+/// Holds the temporary folder while it lives: all tests of a user share it, those that run beside this one in other
+/// processes too, and their scratch files are not to be counted.
+class ScratchFiles
 {
-    const QStringList names = QDir(temporaryFolder()).entryList({QStringLiteral("myicon*")}, QDir::Files);
-    return {names.begin(), names.end()};
+public:
+    ScratchFiles()
+        : m_folder(::open(fileSystemRepresentation(temporaryFolder()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    {
+        EXPECT_TRUE(m_folder);
+        EXPECT_EQ(::flock(m_folder.get(), LOCK_EX), 0);
+    }
+
+    [[nodiscard]] QSet<QString> names() const
+    {
+        const QStringList names = QDir(temporaryFolder()).entryList({QStringLiteral("myicon*")}, QDir::Files);
+        return {names.begin(), names.end()};
+    }
+
+private:
+    UniqueDescriptor m_folder;
+};
+
+/// With what the icon is kept in beside it.
+void removeScratchFile(const QString &name)
+{
+    const QDir folder(temporaryFolder());
+    QFile::remove(folder.filePath(name));
+    QFile::remove(folder.filePath(QStringLiteral("._") + name));
 }
 
 } // namespace
@@ -73,33 +100,37 @@ TEST(KRIconFamily, iconFamilyForFSRef_isTheFilesOwnIcon_whenItHasOne)
 
 TEST(KRIconFamily, initWithImage_isThePictureInEverySize)
 {
+    const ScratchFiles scratch;
+    const QSet<QString> before = scratch.names();
     const auto family = KRIconFamily::initWithImage(redPicture());
     ASSERT_NE(family, nullptr);
     for (const int side : {16, 32, 48, 128, 256})
         EXPECT_EQ(imageFromIconFamily(family->data(), side).pixelColor(side / 2, side / 2), QColor(250, 0, 0)) << side;
+    for (const QString &name : scratch.names() - before)
+        removeScratchFile(name);
 }
 
 TEST(KRIconFamily, iconFamilyForImage_leavesAScratchFileBehind)
 {
-    const QSet<QString> before = scratchFiles();
+    const ScratchFiles scratch;
+    const QSet<QString> before = scratch.names();
     ASSERT_NE(KRIconFamily::iconFamilyForImage(redPicture()), nullptr);
-    const QSet<QString> made = scratchFiles() - before;
+    const QSet<QString> made = scratch.names() - before;
     ASSERT_EQ(made.size(), 1);
     const QString name = *made.begin();
     bool isNumber = false;
     EXPECT_GE(name.mid(6).toInt(&isNumber), 0);
     EXPECT_TRUE(isNumber) << qPrintable(name);
-    const QDir folder(temporaryFolder());
-    EXPECT_EQ(QFileInfo(folder.filePath(name)).size(), 0);
-    QFile::remove(folder.filePath(name));
-    QFile::remove(folder.filePath(QStringLiteral("._") + name));
+    EXPECT_EQ(QFileInfo(QDir(temporaryFolder()).filePath(name)).size(), 0);
+    removeScratchFile(name);
 }
 
 TEST(KRIconFamily, initWithImage_isNull_forANullPicture)
 {
-    const QSet<QString> before = scratchFiles();
+    const ScratchFiles scratch;
+    const QSet<QString> before = scratch.names();
     EXPECT_EQ(KRIconFamily::initWithImage(QImage()), nullptr);
-    EXPECT_EQ(scratchFiles(), before);
+    EXPECT_EQ(scratch.names(), before);
 }
 
 TEST(KRIconFamily, writeToFile_writesTheBytes)
