@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <optional>
 #include <string_view>
 #include <sys/fanotify.h>
 #include <sys/stat.h>
@@ -41,13 +42,22 @@ bool mayHang(const QByteArray &type)
                        [text](std::string_view beginning) { return text.starts_with(beginning); });
 }
 
-/// True where a path leads to what is open.
-bool leadsTo(const QByteArray &path, const struct stat &facts)
+bool isGone(int error)
+{
+    return error == ENOENT || error == ENOTDIR;
+}
+
+/// True where a path leads to what is open. No value when that could not be found out.
+std::optional<bool> leadsTo(const QByteArray &path, const struct stat &facts)
 {
     int error = 0;
     const UniqueDescriptor folder = openPath(path, O_PATH | O_NOFOLLOW, &error);
+    if (!folder)
+        return isGone(error) ? std::optional(false) : std::nullopt;
     struct stat found;
-    return folder && ::fstat(folder.get(), &found) == 0 && found.st_dev == facts.st_dev && found.st_ino == facts.st_ino;
+    if (::fstat(folder.get(), &found) != 0)
+        return std::nullopt;
+    return found.st_dev == facts.st_dev && found.st_ino == facts.st_ino;
 }
 
 NSError refusal(const QByteArray &point, const QByteArray &type, int error)
@@ -249,26 +259,37 @@ const std::vector<QByteArray> &FanotifySource::foldersOf(const Change &change)
 {
     const QByteArray key = change.volume + change.folder;
     auto known = m_folders.find(key);
-    if (known == m_folders.end()) {
+    // Where a place could not be found out, each event is lost for itself: what was told of an earlier one may have
+    // been delivered by now.
+    if (known == m_folders.end() || !known->areAll) {
         if (m_folders.size() >= mostFoldersKept)
             m_folders.clear();
         known = m_folders.insert(key, foldersNow(change));
     }
-    return *known;
+    return known->folders;
 }
 
 /// Where the folder lies, once for each place at which its file system is mounted. Nowhere when it is gone, which the
 /// folder above it tells.
-std::vector<QByteArray> FanotifySource::foldersNow(const Change &change)
+FanotifySource::Places FanotifySource::foldersNow(const Change &change)
 {
-    std::vector<QByteArray> folders;
+    Places places;
+    const auto lose = [&] {
+        m_record->lost(kFSEventStreamEventFlagUserDropped);
+        places.areAll = false;
+    };
     const QByteArrayList points = m_pointsOfVolume.value(change.volume);
     if (points.empty())
-        m_record->lost(kFSEventStreamEventFlagUserDropped);
+        lose();
     for (const QByteArray &point : points) {
-        const int volume = mountFolder(point);
-        if (volume < 0)
-            continue; // it was unmounted, which the list of mounts tells
+        int error = 0;
+        const int volume = mountFolder(point, &error);
+        if (volume < 0) {
+            // The list of mounts tells what was unmounted.
+            if (!isGone(error))
+                lose();
+            continue;
+        }
         const UniqueDescriptor folder = openFileHandle(volume, change.folder);
         if (!folder && errno == ESTALE)
             continue;
@@ -277,25 +298,31 @@ std::vector<QByteArray> FanotifySource::foldersNow(const Change &change)
         if (!folder || ::fstat(folder.get(), &facts) != 0
             || (facts.st_nlink > 0
                 && readLinkBelow(AT_FDCWD, pathOfDescriptor(folder.get()).constData(), &path) != 0)) {
-            m_record->lost(kFSEventStreamEventFlagUserDropped);
+            lose();
             continue;
         }
+        if (facts.st_nlink == 0)
+            continue;
         // A place that another mount hides, or that this mount does not show, leads elsewhere.
-        if (facts.st_nlink > 0 && leadsTo(path, facts))
-            folders.push_back(path);
+        if (const std::optional<bool> isThere = leadsTo(path, facts); !isThere)
+            lose();
+        else if (*isThere)
+            places.folders.push_back(path);
     }
-    return folders;
+    return places;
 }
 
-int FanotifySource::mountFolder(const QByteArray &point)
+/// Less than 0, with the `errno` value, when the place of the mount cannot be opened.
+int FanotifySource::mountFolder(const QByteArray &point, int *error)
 {
     for (const auto &[known, descriptor] : m_openPoints) {
         if (known == point)
             return descriptor.get();
     }
-    int error = 0;
-    m_openPoints.emplace_back(point, openPath(point, O_RDONLY | O_DIRECTORY | O_NONBLOCK, &error));
-    return m_openPoints.back().second.get();
+    UniqueDescriptor folder = openPath(point, O_RDONLY | O_DIRECTORY | O_NONBLOCK, error);
+    if (!folder)
+        return -1;
+    return m_openPoints.emplace_back(point, std::move(folder)).second.get();
 }
 
 } // namespace Tessaron

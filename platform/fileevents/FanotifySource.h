@@ -35,6 +35,11 @@ private:
         QByteArray folder; ///< a handle as in FileHandle.h
         QByteArray name; ///< of the entry; "." for the folder itself
     };
+    /// Where a folder lies, once for each place at which its file system is mounted.
+    struct Places {
+        std::vector<QByteArray> folders;
+        bool areAll = true; ///< false when one could not be found out, which the record was told
+    };
 
     [[nodiscard]] NSError open(const std::vector<Mount> &mounts) override;
     [[nodiscard]] bool isOfUse(const Mount &mount) const;
@@ -45,14 +50,14 @@ private:
     void record(const Change &change);
     void recordIn(const QByteArray &folder, const Change &change);
     [[nodiscard]] const std::vector<QByteArray> &foldersOf(const Change &change);
-    [[nodiscard]] std::vector<QByteArray> foldersNow(const Change &change);
-    [[nodiscard]] int mountFolder(const QByteArray &point);
+    [[nodiscard]] Places foldersNow(const Change &change);
+    [[nodiscard]] int mountFolder(const QByteArray &point, int *error);
 
     std::vector<Mount> m_mounts;
     QHash<QByteArray, QByteArrayList> m_pointsOfVolume; ///< where each marked file system is mounted
     QSet<QByteArray> m_refused; ///< mount points that were told of
     // Kept during one call of readEvents(): an open folder would keep its volume from being unmounted.
-    QHash<QByteArray, std::vector<QByteArray>> m_folders; ///< by volume and handle
+    QHash<QByteArray, Places> m_folders; ///< by volume and handle
     std::vector<std::pair<QByteArray, UniqueDescriptor>> m_openPoints;
     alignas(8) std::array<char, 262144> m_buffer = {};
 };

@@ -66,29 +66,33 @@ void FileEventRecord::addProblem(const NSError &problem)
 std::optional<std::chrono::steady_clock::time_point> FileEventRecord::waitsSince() const
 {
     const std::lock_guard lock(m_mutex);
-    if (m_isHandedOver)
-        return std::nullopt;
-    if (!m_problems.empty())
+    if (!m_problems.empty() && !m_problemsAreHandedOver)
         return std::chrono::steady_clock::time_point();
-    return m_since;
+    return m_eventsAreHandedOver ? std::nullopt : m_since;
 }
 
-void FileEventRecord::handOver()
+void FileEventRecord::handOver(std::chrono::duration<double> latency)
 {
     const std::lock_guard lock(m_mutex);
-    m_isHandedOver = true;
+    m_problemsAreHandedOver = !m_problems.empty();
+    if (m_since && std::chrono::steady_clock::now() - *m_since >= latency)
+        m_eventsAreHandedOver = true;
 }
 
 void FileEventRecord::handOverHasFailed()
 {
     const std::lock_guard lock(m_mutex);
-    m_isHandedOver = false;
+    m_problemsAreHandedOver = m_eventsAreHandedOver = false;
 }
 
 FileEventRecord::Batch FileEventRecord::take()
 {
     Batch batch;
     const std::lock_guard lock(m_mutex);
+    batch.problems.swap(m_problems);
+    m_problemsAreHandedOver = false;
+    if (!std::exchange(m_eventsAreHandedOver, false))
+        return batch;
     if (const FSEventStreamEventFlags flags = std::exchange(m_lost, kFSEventStreamEventFlagNone); flags != 0) {
         for (const QByteArray &root : m_roots)
             addLocked(root, flags);
@@ -105,8 +109,6 @@ FileEventRecord::Batch FileEventRecord::take()
     m_events = {};
     m_bytes = 0;
     m_since.reset();
-    m_isHandedOver = false;
-    batch.problems.swap(m_problems);
     return batch;
 }
 

@@ -47,12 +47,14 @@ public:
     void addProblem(const NSError &problem);
 
     /// When the first thing that waits came; for a problem, which should not wait, the begin of all times. No value
-    /// when nothing waits, and from handOver() to take().
+    /// when nothing waits that is not on its way.
     [[nodiscard]] std::optional<std::chrono::steady_clock::time_point> waitsSince() const;
-    /// A delivery is on its way, and ends in take().
-    void handOver();
+    /// A delivery is on its way, and ends in take(): of the problems, and of the events once the first of them has
+    /// waited for the latency. Events are not hurried by a problem.
+    void handOver(std::chrono::duration<double> latency);
     /// It could not be sent.
     void handOverHasFailed();
+    /// The problems, and the events if they were handed over; those that came after that are among them.
     [[nodiscard]] Batch take();
 
 private:
@@ -73,7 +75,8 @@ private:
     FSEventStreamEventFlags m_lost = kFSEventStreamEventFlagNone; ///< not None: all roots have changed
     std::vector<NSError> m_problems;
     std::optional<std::chrono::steady_clock::time_point> m_since;
-    bool m_isHandedOver = false;
+    bool m_problemsAreHandedOver = false;
+    bool m_eventsAreHandedOver = false;
 };
 
 } // namespace Tessaron

@@ -201,7 +201,7 @@ void FileEventWatcher::askForDelivery()
     const auto since = m_record.waitsSince();
     if (!since || std::chrono::steady_clock::now() - *since < m_latency)
         return;
-    m_record.handOver();
+    m_record.handOver(m_latency);
     try {
         m_wantsDelivery();
     } catch (const std::bad_alloc &) {

@@ -160,6 +160,8 @@ void InotifySource::watchWays()
         // A folder that is gone has been replaced or removed, which the folder above it tells.
         if (folder)
             (void)watch(folder.get(), path, false);
+        else if (error != ENOENT && error != ENOTDIR)
+            tellOfFailure(path, error);
     }
 }
 

@@ -24,8 +24,8 @@ public:
 
     /// Looks anew where the paths lead.
     void resolve();
-    /// The same, once the ways are watched: roots that lead elsewhere than before have changed, since what happened
-    /// before the watches stood was told by none of them.
+    /// The same, once the ways are watched: roots that lead elsewhere than before have changed, since no watch
+    /// has told what happened before they stood.
     void resolveAgain();
 
     [[nodiscard]] const std::vector<Root> &roots() const { return m_roots; }

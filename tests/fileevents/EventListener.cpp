@@ -9,9 +9,14 @@
 namespace Tessaron::Testing
 {
 
+void PrintTo(Mechanism mechanism, std::ostream *stream)
+{
+    *stream << (mechanism == Mechanism::Fanotify ? "fanotify" : "inotify");
+}
+
 std::string nameOfMechanism(const testing::TestParamInfo<Mechanism> &info)
 {
-    return info.param == Mechanism::Fanotify ? "fanotify" : "inotify";
+    return testing::PrintToString(info.param);
 }
 
 std::unique_ptr<FileEventSource> makeSource(Mechanism mechanism)

@@ -10,6 +10,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,7 @@ enum class Mechanism {
     Inotify,
 };
 
+void PrintTo(Mechanism mechanism, std::ostream *stream);
 [[nodiscard]] std::string nameOfMechanism(const testing::TestParamInfo<Mechanism> &info);
 [[nodiscard]] std::unique_ptr<FileEventSource> makeSource(Mechanism mechanism);
 /// Why this process cannot watch the folder so; empty when it can.

@@ -2,6 +2,7 @@
 #include "platform/fileevents/WatchedRoots.h"
 #include "tests/fileevents/EventListener.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/FewDescriptors.h"
 #include "tests/support/MeasurableMemory.h"
 
 #include <QFile>
@@ -46,6 +47,12 @@ std::int64_t mostMemoryUntilNow()
     return static_cast<std::int64_t>(usage.ru_maxrss) * 1024;
 }
 
+FileEventRecord::Batch takeAll(FileEventRecord &record)
+{
+    record.handOver({});
+    return record.take();
+}
+
 constexpr FSEventStreamEventFlags droppedByKernel =
     kFSEventStreamEventFlagMustScanSubDirs | kFSEventStreamEventFlagKernelDropped;
 
@@ -69,7 +76,7 @@ TEST_P(FSEventStreamStormTest, moreThanTheKernelKeeps_isAnEventThatSaysSo)
     record.setRoots(roots.places());
     source->continueOnThread();
     while (source->watchMore()) { }
-    (void)record.take();
+    (void)takeAll(record);
     // Without a thread that listens the queue is full for certain.
     makeAndRemove(tree.path("sub"), length + 100);
     const auto readAll = [&] {
@@ -79,14 +86,14 @@ TEST_P(FSEventStreamStormTest, moreThanTheKernelKeeps_isAnEventThatSaysSo)
         }
     };
     readAll();
-    const FileEventRecord::Batch storm = record.take();
+    const FileEventRecord::Batch storm = takeAll(record);
     ASSERT_EQ(storm.events.size(), 1u);
     EXPECT_EQ(storm.events[0].path, tree.path() + '/');
     EXPECT_EQ(storm.events[0].flags & droppedByKernel, droppedByKernel);
     // Folders whose making was lost are watched, too.
     tree.makeFile("sub/file");
     readAll();
-    const FileEventRecord::Batch later = record.take();
+    const FileEventRecord::Batch later = takeAll(record);
     ASSERT_EQ(later.events.size(), 1u);
     EXPECT_EQ(later.events[0].path, tree.path("sub") + '/');
 }
@@ -130,6 +137,73 @@ TEST_P(FSEventStreamStormTest, aHundredThousandEvents_costBoundedMemory_andAreTo
     EXPECT_TRUE(listener.waitFor(tree.path("another")));
 }
 
+/// A source that is driven by hand: its events are read when the test says so, with as many descriptors as it leaves.
+class FileEventSourceFailure : public EachMechanism
+{
+protected:
+    void begin()
+    {
+        roots.resolve();
+        source = makeSource(GetParam());
+        ASSERT_FALSE(source->begin(roots, record, currentMounts()));
+        record.setRoots(roots.places());
+    }
+
+    WatchedRoots roots{{tree.path()}};
+    FileEventRecord record;
+    std::unique_ptr<FileEventSource> source;
+};
+INSTANTIATE_TEST_SUITE_P(With, FileEventSourceFailure, testing::Values(Mechanism::Fanotify, Mechanism::Inotify),
+                         nameOfMechanism);
+
+TEST_P(FileEventSourceFailure, event_isToldOf_alsoWhenNoDescriptorIsLeftToFindItsPlace)
+{
+    tree.makeFolder("sub");
+    begin();
+    source->continueOnThread();
+    while (source->watchMore()) { }
+    int heard = 0;
+    for (int descriptors = 0; descriptors < 8; ++descriptors) {
+        (void)takeAll(record);
+        tree.makeFile("sub/file" + QByteArray::number(descriptors));
+        {
+            const FewDescriptors few(descriptors);
+            source->readEvents();
+        }
+        const FileEventRecord::Batch batch = takeAll(record);
+        ASSERT_EQ(batch.events.size(), 1u) << descriptors;
+        if (batch.events[0].path == tree.path("sub") + '/') {
+            ++heard;
+            continue;
+        }
+        EXPECT_EQ(batch.events[0].path, tree.path() + '/') << descriptors;
+        EXPECT_EQ(batch.events[0].flags, kFSEventStreamEventFlagMustScanSubDirs | kFSEventStreamEventFlagUserDropped);
+    }
+    EXPECT_GE(heard, 1);
+    if (GetParam() == Mechanism::Fanotify) {
+        EXPECT_LE(heard, 5) << "without descriptors the place cannot be found";
+    }
+}
+
+/// The other service marks whole file systems, not the folders on the way.
+class InotifySourceFailure : public FileEventSourceFailure
+{
+};
+INSTANTIATE_TEST_SUITE_P(With, InotifySourceFailure, testing::Values(Mechanism::Inotify), nameOfMechanism);
+
+TEST_P(InotifySourceFailure, wayToARoot_thatCannotBeWatched_isAProblem)
+{
+    begin();
+    {
+        const FewDescriptors none(0);
+        source->continueOnThread();
+    }
+    const FileEventRecord::Batch batch = takeAll(record);
+    ASSERT_FALSE(batch.problems.empty());
+    EXPECT_TRUE(batch.problems[0].localizedFailureReason().contains(QStringLiteral("Too many open files")))
+        << qUtf8Printable(batch.problems[0].localizedFailureReason());
+}
+
 TEST(FileEventRecordStorm, aHundredThousandFolders_costBoundedMemory_onAThreadThatDoesNotListen)
 {
     const TemporaryTree tree;
@@ -141,7 +215,7 @@ TEST(FileEventRecordStorm, aHundredThousandFolders_costBoundedMemory_onAThreadTh
     if (memoryIsMeasurable) {
         EXPECT_LE(mostMemoryUntilNow() - before, 2 * static_cast<std::int64_t>(FileEventRecord::mostBytesByDefault));
     }
-    const FileEventRecord::Batch batch = record.take();
+    const FileEventRecord::Batch batch = takeAll(record);
     ASSERT_FALSE(batch.events.empty());
     EXPECT_EQ(batch.events.back().path, tree.path() + '/');
     EXPECT_NE(batch.events.back().flags & kFSEventStreamEventFlagUserDropped, 0u);

@@ -15,6 +15,12 @@ namespace
 constexpr FSEventStreamEventFlags droppedHere =
     kFSEventStreamEventFlagMustScanSubDirs | kFSEventStreamEventFlagUserDropped;
 
+FileEventRecord::Batch takeAll(FileEventRecord &record)
+{
+    record.handOver({});
+    return record.take();
+}
+
 } // namespace
 
 TEST(FileEventRecord, take_givesEachFolderOnce_inTheOrderOfTheLastChange)
@@ -23,13 +29,13 @@ TEST(FileEventRecord, take_givesEachFolderOnce_inTheOrderOfTheLastChange)
     record.add("/one", kFSEventStreamEventFlagNone);
     record.add("/", kFSEventStreamEventFlagNone);
     record.add("/one", kFSEventStreamEventFlagMustScanSubDirs);
-    const FileEventRecord::Batch batch = record.take();
+    const FileEventRecord::Batch batch = takeAll(record);
     ASSERT_EQ(batch.events.size(), 2u);
     EXPECT_EQ(batch.events[0].path, "/");
     EXPECT_EQ(batch.events[1].path, "/one/");
     EXPECT_EQ(batch.events[1].flags, kFSEventStreamEventFlagMustScanSubDirs);
     EXPECT_EQ(batch.events[1].identifier, batch.events[0].identifier + 1);
-    EXPECT_TRUE(record.take().events.empty());
+    EXPECT_TRUE(takeAll(record).events.empty());
 }
 
 TEST(FileEventRecord, waitsSince_isTheFirstChange_untilADeliveryIsOnItsWay)
@@ -43,11 +49,11 @@ TEST(FileEventRecord, waitsSince_isTheFirstChange_untilADeliveryIsOnItsWay)
     EXPECT_GE(*since, before);
     record.add("/two", kFSEventStreamEventFlagNone);
     EXPECT_EQ(record.waitsSince(), since);
-    record.handOver();
+    record.handOver({});
     EXPECT_FALSE(record.waitsSince());
     record.add("/three", kFSEventStreamEventFlagNone);
     EXPECT_FALSE(record.waitsSince());
-    EXPECT_EQ(record.take().events.size(), 3u);
+    EXPECT_EQ(takeAll(record).events.size(), 3u);
     record.add("/four", kFSEventStreamEventFlagNone);
     EXPECT_TRUE(record.waitsSince());
 }
@@ -60,7 +66,7 @@ TEST(FileEventRecord, moreThanItKeeps_becomesAnEventOfEachRoot)
     record.add("/a/mounted", kFSEventStreamEventFlagMount);
     for (int folder = 0; folder < 1000; ++folder)
         record.add("/a/" + QByteArray::number(folder), kFSEventStreamEventFlagNone);
-    const FileEventRecord::Batch batch = record.take();
+    const FileEventRecord::Batch batch = takeAll(record);
     ASSERT_EQ(batch.events.size(), 3u);
     EXPECT_EQ(batch.events[0].path, "/a/mounted/");
     EXPECT_EQ(batch.events[0].flags, kFSEventStreamEventFlagMount);
@@ -69,7 +75,7 @@ TEST(FileEventRecord, moreThanItKeeps_becomesAnEventOfEachRoot)
     EXPECT_EQ(batch.events[2].path, "/b/");
     EXPECT_EQ(batch.events[2].flags, droppedHere);
     record.add("/a/new", kFSEventStreamEventFlagNone);
-    EXPECT_EQ(record.take().events.size(), 1u);
+    EXPECT_EQ(takeAll(record).events.size(), 1u);
 }
 
 TEST(FileEventRecord, lost_keepsWhatOtherEventsSaid)
@@ -78,7 +84,7 @@ TEST(FileEventRecord, lost_keepsWhatOtherEventsSaid)
     record.setRoots({"/"});
     record.add("/unwatched", droppedHere);
     record.lost(kFSEventStreamEventFlagKernelDropped);
-    const FileEventRecord::Batch batch = record.take();
+    const FileEventRecord::Batch batch = takeAll(record);
     ASSERT_EQ(batch.events.size(), 1u);
     EXPECT_EQ(batch.events[0].path, "/");
     EXPECT_EQ(batch.events[0].flags, droppedHere | kFSEventStreamEventFlagKernelDropped);
@@ -90,12 +96,44 @@ TEST(FileEventRecord, problems_doNotWait_andTheLastSaysThatThereAreMore)
     for (std::size_t problem = 0; problem <= FileEventRecord::mostProblems; ++problem)
         record.addProblem(NSError(NSOSStatusErrorDomain, static_cast<qint64>(problem) + 1));
     EXPECT_EQ(record.waitsSince(), std::chrono::steady_clock::time_point());
-    const FileEventRecord::Batch batch = record.take();
+    const FileEventRecord::Batch batch = takeAll(record);
     ASSERT_EQ(batch.problems.size(), FileEventRecord::mostProblems);
     EXPECT_EQ(batch.problems[0].code(), 1);
     EXPECT_EQ(batch.problems.back().localizedDescription(),
               QStringLiteral("More cannot be watched than is told here."));
     EXPECT_FALSE(record.waitsSince());
+}
+
+TEST(FileEventRecord, problem_doesNotHurryTheEventsThatWait)
+{
+    FileEventRecord record;
+    record.add("/one", kFSEventStreamEventFlagNone);
+    const auto since = record.waitsSince();
+    record.addProblem(NSError(NSOSStatusErrorDomain, 1));
+    record.handOver(std::chrono::hours(1));
+    EXPECT_EQ(record.waitsSince(), since) << "the events wait on";
+    record.addProblem(NSError(NSOSStatusErrorDomain, 2));
+    const FileEventRecord::Batch problems = record.take();
+    EXPECT_EQ(problems.problems.size(), 2u);
+    EXPECT_TRUE(problems.events.empty());
+    EXPECT_EQ(record.waitsSince(), since);
+    const FileEventRecord::Batch events = takeAll(record);
+    EXPECT_TRUE(events.problems.empty());
+    ASSERT_EQ(events.events.size(), 1u);
+    EXPECT_EQ(events.events[0].path, "/one/");
+    EXPECT_FALSE(record.waitsSince());
+}
+
+TEST(FileEventRecord, handOverThatFailed_isAskedForAgain)
+{
+    FileEventRecord record;
+    record.add("/one", kFSEventStreamEventFlagNone);
+    record.addProblem(NSError(NSOSStatusErrorDomain, 1));
+    record.handOver({});
+    EXPECT_FALSE(record.waitsSince());
+    record.handOverHasFailed();
+    EXPECT_TRUE(record.waitsSince());
+    EXPECT_EQ(takeAll(record).events.size(), 1u);
 }
 
 TEST(WatchedRoots, resolve_followsLinks_andKnowsTheWay)
