@@ -30,7 +30,8 @@ public:
     /// A null image takes the present one away. Views that are shown have to be updated by the caller.
     void setImage(const QImage &image);
     [[nodiscard]] QImage image() const { return m_image; }
-    /// A cell of its own, without a parent, with the same image.
+    /// A cell of its own, without a parent, with the same image and the same factory of editors, which stays its
+    /// owner's.
     [[nodiscard]] std::unique_ptr<ImageAndTextCell> copy() const;
 
     /// Where the set image is drawn in the frame of a cell, y counted downwards. A null rectangle without an image.
@@ -56,6 +57,8 @@ public:
                               const QModelIndex &index) const override;
 
 protected:
+    bool editorEvent(QEvent *event, QAbstractItemModel *model, const QStyleOptionViewItem &option,
+                     const QModelIndex &index) override;
     /// Leaves out the model's own image, which this class draws.
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
 

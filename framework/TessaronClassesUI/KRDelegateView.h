@@ -12,8 +12,8 @@ namespace Tessaron
 
 class KRDelegateView;
 
-/// Answers for the drags over a KRDelegateView, on the main thread. A view calls its functions without asking whether
-/// they are there: all four are needed.
+/// Answers for the drags over a KRDelegateView, on the main thread. All four functions are needed: what lacks one is
+/// refused.
 struct KRDelegateViewDelegate {
     CallbackContext context; ///< once it has ended, drags are refused
     /// The actions that a drop would take now; none refuses it.
@@ -42,7 +42,8 @@ public:
     [[nodiscard]] Qt::DropActions draggingSourceOperationMaskForLocal(bool isLocal) const;
 
     // The four operations return what the delegate returns, or nothing and false without one. Qt's events of a drag
-    // call them; they accept the action that the sender proposes if it is among those returned, else one of these.
+    // call them; they accept the action that the sender proposes if it is among those returned, else one of these. A
+    // drag that is refused stays the view's, which hears where it goes: the delegate is asked again as it moves.
     Qt::DropActions draggingEntered(const QDropEvent &sender);
     Qt::DropActions draggingUpdated(const QDropEvent &sender);
     void draggingExited();

@@ -16,6 +16,8 @@ void safelySetStringValue(QLineEdit &field, const QString &value)
 void changeStateOfAllCells(QButtonGroup &matrix, int state)
 {
     const QList<QAbstractButton *> buttons = matrix.buttons();
+    const bool wasExclusive = matrix.exclusive();
+    matrix.setExclusive(false);
     for (QAbstractButton *const button : buttons) {
         auto *const checkBox = qobject_cast<QCheckBox *>(button);
         if (checkBox && checkBox->isTristate() && state < 0)
@@ -23,6 +25,7 @@ void changeStateOfAllCells(QButtonGroup &matrix, int state)
         else
             button->setChecked(state != 0);
     }
+    matrix.setExclusive(wasExclusive);
 }
 
 } // namespace Tessaron

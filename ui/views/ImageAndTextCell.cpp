@@ -37,17 +37,26 @@ QRectF textFrame(const QImage &image, const QRectF &cellFrame)
     return cellFrame.adjusted(std::min(widthOfSlice(image), cellFrame.width()), 0, 0, 0);
 }
 
+/// The same in whole points, for what Qt places by them. An edge inside a point goes to the right of it: the image
+/// keeps all that is its own.
+QRect textRectangle(const QImage &image, const QRect &cellFrame)
+{
+    const int slice = std::min(int(std::ceil(widthOfSlice(image))), cellFrame.width());
+    return cellFrame.adjusted(slice, 0, 0, 0);
+}
+
 bool countsUpwards(const QPainter &painter)
 {
     return painter.worldTransform().m22() < 0;
 }
 
-/// Half a point that is left over when the image is centred goes below it where y counts upwards, above it elsewhere:
-/// rounding up moves towards greater y.
+/// It is the lower edge that is rounded, towards greater y: half a point that is left over when the image is centred
+/// goes below it where y counts upwards, above it elsewhere.
 void drawImage(QPainter &painter, const QImage &image, const QRectF &cellFrame)
 {
-    const QRectF frame = imageFrame(image, cellFrame);
+    QRectF frame = imageFrame(image, cellFrame);
     if (!countsUpwards(painter)) {
+        frame.moveBottom(cellFrame.y() + std::ceil((cellFrame.height() + frame.height()) / 2));
         painter.drawImage(frame, image);
         return;
     }
@@ -79,6 +88,7 @@ std::unique_ptr<ImageAndTextCell> ImageAndTextCell::copy() const
 {
     auto result = std::make_unique<ImageAndTextCell>();
     result->m_image = m_image;
+    result->setItemEditorFactory(itemEditorFactory());
     return result;
 }
 
@@ -142,7 +152,7 @@ void ImageAndTextCell::paint(QPainter *painter, const QStyleOptionViewItem &opti
     QStyleOptionViewItem whole = option;
     initStyleOption(&whole, index);
     QStyleOptionViewItem text = option;
-    text.rect = textFrame(image, option.rect).toAlignedRect();
+    text.rect = textRectangle(image, option.rect);
     painter->save();
     painter->setClipRect(
         QRect(option.rect.topLeft(), QSize(text.rect.left() - option.rect.left(), option.rect.height())),
@@ -153,18 +163,27 @@ void ImageAndTextCell::paint(QPainter *painter, const QStyleOptionViewItem &opti
     QStyledItemDelegate::paint(painter, text, index);
 }
 
+/// A check box is found where paint() has drawn it.
+bool ImageAndTextCell::editorEvent(QEvent *event, QAbstractItemModel *model, const QStyleOptionViewItem &option,
+                                   const QModelIndex &index)
+{
+    QStyleOptionViewItem text = option;
+    text.rect = textRectangle(imageOf(option, index), option.rect);
+    return QStyledItemDelegate::editorEvent(event, model, text, index);
+}
+
 void ImageAndTextCell::updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option,
                                             const QModelIndex &index) const
 {
     QStyleOptionViewItem text = option;
-    text.rect = textFrame(imageOf(option, index), option.rect).toAlignedRect();
+    text.rect = textRectangle(imageOf(option, index), option.rect);
     QStyledItemDelegate::updateEditorGeometry(editor, text, index);
 }
 
 void ImageAndTextCell::editWithFrame(const QRect &cellFrame, QWidget &inView, QLineEdit &editor) const
 {
     editor.setParent(&inView);
-    editor.setGeometry(textFrameForCellFrame(cellFrame).toAlignedRect());
+    editor.setGeometry(textRectangle(m_image, cellFrame));
     editor.show();
     editor.setFocus(Qt::OtherFocusReason);
 }

@@ -18,7 +18,8 @@ namespace
 /// The ring is drawn around the bounds less this, in points.
 constexpr qreal ringInset = 3;
 
-/// A drag is accepted with the action that the sender proposes where it may be, and refused without any.
+/// A drag is accepted with the action that the sender proposes where it may be, else with another one, and refused by
+/// accepting it with no action: of a drag that is not accepted Qt tells nothing more, neither its moves nor its end.
 void acceptDrag(QDropEvent &event, Qt::DropActions allowed)
 {
     const Qt::DropActions possible = allowed & event.possibleActions();
@@ -33,7 +34,8 @@ void acceptDrag(QDropEvent &event, Qt::DropActions allowed)
             return;
         }
     }
-    event.ignore();
+    event.setDropAction(Qt::IgnoreAction);
+    event.accept();
 }
 
 } // namespace

@@ -37,6 +37,27 @@ TEST(ControlAdditions, changeStateOfAllCells_reachesEveryButton)
     EXPECT_EQ(second.checkState(), Qt::Unchecked);
 }
 
+TEST(ControlAdditions, changeStateOfAllCells_reachesEveryButton_alsoWhereOneExcludesTheOthers)
+{
+    QRadioButton first;
+    QRadioButton second;
+    for (QRadioButton *const button : {&first, &second})
+        button->setAutoExclusive(false);
+    QButtonGroup matrix;
+    matrix.addButton(&first);
+    matrix.addButton(&second);
+    changeStateOfAllCells(matrix, 1);
+    EXPECT_TRUE(first.isChecked());
+    EXPECT_TRUE(second.isChecked());
+    changeStateOfAllCells(matrix, 0);
+    EXPECT_FALSE(first.isChecked());
+    EXPECT_FALSE(second.isChecked());
+    EXPECT_TRUE(matrix.exclusive());
+    first.click();
+    second.click();
+    EXPECT_FALSE(first.isChecked()) << "a click excludes as before";
+}
+
 TEST(ControlAdditions, changeStateOfAllCells_ofNoButtons_doesNothing)
 {
     QButtonGroup matrix;

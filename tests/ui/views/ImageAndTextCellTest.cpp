@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QIcon>
+#include <QItemEditorFactory>
 #include <QLineEdit>
 #include <QPainter>
 #include <QStandardItemModel>
@@ -7,6 +8,7 @@
 #include <QTreeView>
 
 #include <TessaronClassesUI/ImageAndTextCell.h>
+#include <algorithm>
 #include <gtest/gtest.h>
 
 using namespace Tessaron;
@@ -127,11 +129,85 @@ TEST_F(ImageAndTextCellTest, copy_hasTheSameImage_andKeepsItWhenTheOtherGetsANew
     EXPECT_EQ(m_cell.image().pixelColor(0, 0), QColor(Qt::blue));
 }
 
+TEST_F(ImageAndTextCellTest, copy_makesTheSameEditors)
+{
+    QItemEditorFactory factory;
+    m_cell.setItemEditorFactory(&factory);
+    EXPECT_EQ(m_cell.copy()->itemEditorFactory(), &factory);
+}
+
 TEST_F(ImageAndTextCellTest, paint_putsTheImageInItsFrame)
 {
     m_cell.setImage(colouredImage(16, 16, Qt::red));
     EXPECT_EQ(whereColourIs(drawn({0, 0, 100, 20}), Qt::red), QRect(3, 2, 16, 16));
     EXPECT_EQ(whereColourIs(drawn({0, 0, 100, 21}), Qt::red), QRect(3, 3, 16, 16));
+}
+
+TEST_F(ImageAndTextCellTest, paint_roundsTheLowerEdge_ofAnImageOfHalfPoints)
+{
+    QImage image = colouredImage(31, 31, Qt::red);
+    image.setDevicePixelRatio(2);
+    m_cell.setImage(image);
+    const auto drawnAtTwice = [&](bool upwards) {
+        QImage picture(200, 42, QImage::Format_ARGB32);
+        picture.setDevicePixelRatio(2);
+        picture.fill(Qt::white);
+        QPainter painter(&picture);
+        if (upwards) {
+            painter.translate(0, 21);
+            painter.scale(1, -1);
+        }
+        m_cell.paint(&painter, option(), index());
+        painter.end();
+        return whereColourIs(picture, Qt::red);
+    };
+    // 21 points high, the image 15.5: the lower edge at ceil(18.25) points from above, or at ceil(2.75) from below.
+    EXPECT_EQ(drawnAtTwice(false), QRect(6, 7, 31, 31)) << "in pixels of half a point";
+    EXPECT_EQ(drawnAtTwice(true), QRect(6, 5, 31, 31));
+}
+
+TEST_F(ImageAndTextCellTest, paint_writesInTheColourOfADarkPalette)
+{
+    QPalette dark;
+    dark.setColor(QPalette::Text, Qt::white);
+    dark.setColor(QPalette::Base, Qt::black);
+    m_view.setPalette(dark);
+    m_cell.setImage(colouredImage(16, 16, Qt::black));
+    QImage picture(100, 21, QImage::Format_ARGB32);
+    picture.fill(Qt::black);
+    QPainter painter(&picture);
+    m_cell.paint(&painter, option(), index());
+    painter.end();
+    int most = 0;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            most = std::max(most, qGray(picture.pixel(x, y)));
+    EXPECT_GT(most, 150);
+}
+
+TEST_F(ImageAndTextCellTest, paint_cutsAnImageThatIsWiderThanTheCell)
+{
+    m_cell.setImage(colouredImage(60, 4, Qt::red));
+    QImage picture(80, 20, QImage::Format_ARGB32);
+    picture.fill(Qt::white);
+    QPainter painter(&picture);
+    m_cell.paint(&painter, option({0, 0, 40, 20}), index());
+    painter.end();
+    EXPECT_EQ(whereColourIs(picture, Qt::red), QRect(3, 8, 37, 4));
+    EXPECT_EQ(m_cell.textFrameForCellFrame({0, 0, 40, 20}), QRectF(40, 0, 0, 20));
+}
+
+TEST_F(ImageAndTextCellTest, checkBox_isClickedWhereItIsDrawn)
+{
+    m_model.item(0)->setCheckable(true);
+    m_cell.setImage(colouredImage(60, 16, Qt::red));
+    m_view.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&m_view));
+    const QRect cell = m_view.visualRect(index());
+    QTest::mouseClick(m_view.viewport(), Qt::LeftButton, {}, QPoint(cell.left() + 10, cell.center().y()));
+    EXPECT_EQ(m_model.item(0)->checkState(), Qt::Unchecked) << "the image is there";
+    QTest::mouseClick(m_view.viewport(), Qt::LeftButton, {}, QPoint(cell.left() + 63 + 10, cell.center().y()));
+    EXPECT_EQ(m_model.item(0)->checkState(), Qt::Checked);
 }
 
 TEST_F(ImageAndTextCellTest, paint_putsTheImageUprightOneRowHigher_whereYCountsUpwards)
@@ -223,6 +299,11 @@ TEST_F(ImageAndTextCellTest, editAndSelectWithFrame_placeTheEditorOverTheText)
     m_cell.selectWithFrame({0, 0, 100, 21}, *m_view.viewport(), *editor, 2, 0);
     EXPECT_FALSE(editor->hasSelectedText());
     EXPECT_EQ(editor->cursorPosition(), 2);
+    QImage image = colouredImage(31, 31, Qt::red);
+    image.setDevicePixelRatio(2);
+    m_cell.setImage(image);
+    m_cell.editWithFrame({10, 20, 100, 21}, *m_view.viewport(), *editor);
+    EXPECT_EQ(editor->geometry(), QRect(29, 20, 81, 21)) << "15.5 points wide: the edge goes away from it";
     m_cell.setImage({});
     m_cell.editWithFrame({10, 20, 100, 21}, *m_view.viewport(), *editor);
     EXPECT_EQ(editor->geometry(), QRect(10, 20, 100, 21));

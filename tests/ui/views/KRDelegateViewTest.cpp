@@ -4,6 +4,8 @@
 #include <QDragMoveEvent>
 #include <QDropEvent>
 #include <QMimeData>
+#include <QTest>
+#include <QWindow>
 
 #include <TessaronClassesUI/KRDelegateView.h>
 #include <gtest/gtest.h>
@@ -44,18 +46,24 @@ protected:
     }
 
     /// The action that the view accepts, if any.
+    [[nodiscard]] static std::optional<Qt::DropAction> answer(const QDropEvent &event)
+    {
+        return event.isAccepted() && event.dropAction() != Qt::IgnoreAction ? std::optional(event.dropAction())
+                                                                            : std::nullopt;
+    }
+
     std::optional<Qt::DropAction> enter()
     {
         QDragEnterEvent event({5, 5}, m_possible, &m_mime, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(&m_view, &event);
-        return event.isAccepted() ? std::optional(event.dropAction()) : std::nullopt;
+        return answer(event);
     }
 
     std::optional<Qt::DropAction> move()
     {
         QDragMoveEvent event({6, 6}, m_possible, &m_mime, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(&m_view, &event);
-        return event.isAccepted() ? std::optional(event.dropAction()) : std::nullopt;
+        return answer(event);
     }
 
     bool drop()
@@ -161,6 +169,26 @@ TEST_F(KRDelegateViewTest, ring_isDrawnFromEnteringToLeaving_andAgainWhenTheDrag
     EXPECT_FALSE(hasRing());
 }
 
+TEST_F(KRDelegateViewTest, ring_isThreePointsWide_inTheColourOfThePalette_atAnyResolution)
+{
+    QPalette dark;
+    dark.setColor(QPalette::Window, Qt::black);
+    dark.setColor(QPalette::Highlight, QColor(0, 250, 0));
+    m_view.setPalette(dark);
+    (void)enter();
+    QImage picture(m_view.size() * 2, QImage::Format_ARGB32);
+    picture.setDevicePixelRatio(2);
+    picture.fill(Qt::black);
+    m_view.render(&picture, {}, {}, {});
+    const QRect inside = picture.rect().adjusted(6, 6, -6, -6);
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) {
+            const QColor colour = picture.pixelColor(x, y);
+            const bool isRing = colour.green() > 100 && colour.red() == 0 && colour.blue() == 0;
+            ASSERT_EQ(isRing, !inside.contains(x, y)) << x << ", " << y;
+        }
+}
+
 TEST_F(KRDelegateViewTest, ring_isThere_afterAnUpdateAlone)
 {
     (void)m_view.draggingUpdated(QDropEvent({6, 6}, m_possible, &m_mime, Qt::LeftButton, Qt::NoModifier));
@@ -172,6 +200,65 @@ TEST_F(KRDelegateViewTest, ring_isDrawnAlsoForADragThatIsRefused)
     m_entered = {};
     EXPECT_EQ(enter(), std::nullopt);
     EXPECT_TRUE(hasRing());
+}
+
+/// A window hands a drag to the view in it, and goes on telling a view of a drag only as long as the view accepts it.
+class KRDelegateViewInWindow : public KRDelegateViewTest
+{
+protected:
+    void SetUp() override
+    {
+        KRDelegateViewTest::SetUp();
+        m_window.resize(100, 100);
+        m_view.setParent(&m_window);
+        m_view.move(20, 20);
+        m_window.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&m_window));
+    }
+
+    void TearDown() override { m_view.setParent(nullptr); }
+
+    /// What the system sends to a window, and whether it is told that a drop would be taken.
+    bool dragTo(const QPoint &place)
+    {
+        if (!m_isInside) {
+            QDragEnterEvent event(place, m_possible, &m_mime, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(m_window.windowHandle(), &event);
+            m_isInside = true;
+        }
+        QDragMoveEvent event(place, m_possible, &m_mime, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(m_window.windowHandle(), &event);
+        return answer(event).has_value();
+    }
+
+    QWidget m_window;
+    bool m_isInside = false;
+};
+
+TEST_F(KRDelegateViewInWindow, refusedDrag_isAskedForAgainAsItMoves_andTakesItsRingAlong)
+{
+    m_entered = m_updated = {};
+    EXPECT_FALSE(dragTo({25, 25}));
+    EXPECT_TRUE(hasRing());
+    EXPECT_FALSE(dragTo({30, 30}));
+    m_updated = Qt::CopyAction;
+    EXPECT_TRUE(dragTo({40, 40})) << "further in, the delegate would take it";
+    EXPECT_EQ(m_calls.count(QStringLiteral("entered")), 1);
+    m_updated = {};
+    EXPECT_FALSE(dragTo({45, 45}));
+    EXPECT_FALSE(dragTo({5, 5})) << "outside of the view";
+    EXPECT_FALSE(hasRing());
+}
+
+TEST_F(KRDelegateViewTest, whatLacksAFunction_isRefused)
+{
+    m_delegate.draggingUpdated = nullptr;
+    m_delegate.performDragOperation = nullptr;
+    m_view.setDelegate(m_delegate);
+    EXPECT_EQ(enter(), Qt::CopyAction);
+    EXPECT_EQ(move(), std::nullopt);
+    EXPECT_FALSE(drop());
+    EXPECT_FALSE(hasRing());
 }
 
 TEST_F(KRDelegateViewTest, drags_areRefused_withoutADelegateOrAfterTheEndOfItsContext)

@@ -2,6 +2,7 @@
 #include <QTest>
 
 #include <TessaronClassesUI/KRPopUpWithEmptyMessage.h>
+#include <algorithm>
 #include <gtest/gtest.h>
 
 using namespace Tessaron;
@@ -80,6 +81,31 @@ TEST_F(KRPopUpWithEmptyMessageTest, titleOfTheOnlyItem_isDrawnAtTheLeft_withoutA
     EXPECT_LE(text.left(), 8);
     EXPECT_GE(text.top(), 3);
     EXPECT_LT(text.right(), 100) << "no arrows at the right";
+}
+
+TEST_F(KRPopUpWithEmptyMessageTest, texts_haveTheColourOfThePalette_alsoOfADarkOne)
+{
+    QPalette dark;
+    dark.setColor(QPalette::WindowText, Qt::white);
+    dark.setColor(QPalette::Window, Qt::black);
+    m_popUp.setPalette(dark);
+    m_popUp.setEmptyMessage(QStringLiteral("IIIII"));
+    const auto whitest = [this] {
+        QImage picture(m_popUp.size() * 2, QImage::Format_ARGB32);
+        picture.setDevicePixelRatio(2);
+        picture.fill(Qt::black);
+        m_popUp.render(&picture, {}, {}, {});
+        int most = 0;
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                most = std::max(most, qGray(picture.pixel(x, y)));
+        return most;
+    };
+    EXPECT_GT(whitest(), 200);
+    m_popUp.addItem(QStringLiteral("IIIII"));
+    EXPECT_GT(whitest(), 200);
+    m_popUp.setItemText(0, {});
+    EXPECT_EQ(whitest(), 0) << "neither a frame nor arrows";
 }
 
 TEST_F(KRPopUpWithEmptyMessageTest, textThatIsTooLong_staysWithinTheButton)
