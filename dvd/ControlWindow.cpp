@@ -11,6 +11,8 @@ namespace Tessaron
 ControlWindow::ControlWindow(QWidget *parent)
     : QWidget(parent, Qt::Tool)
 {
+    // The video's keys stay its own. Windows are asked once, when the system makes them.
+    setAttribute(Qt::WA_ShowWithoutActivating);
 }
 
 void ControlWindow::awakeFromNib()

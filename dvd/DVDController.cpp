@@ -1,6 +1,7 @@
 #include "dvd/DVDFailure.h"
 #include "dvd/DVDWindowFile.h"
 #include "dvd/EventBorder.h"
+#include "dvd/MediaIdentifier.h"
 
 #include "platform/dvdplayback/DVDPlayback.h"
 #include "platform/foundation/FileSystemRepresentation.h"
@@ -26,7 +27,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstring>
 #include <utility>
 
 namespace Tessaron
@@ -182,7 +182,13 @@ void DVDController::loadWindowFile()
         connectControl(control);
     for (QMenu *const menu : m_windowFile->menus)
         QObject::connect(menu, &QMenu::aboutToShow, menu, [this] { validateMenuItems(); });
+    VideoWindow *const video = m_outlets.mVideoWindow;
+    QObject::connect(video, &QWidget::customContextMenuRequested, video, [this, video](const QPoint &place) {
+        validateMenuItems();
+        QMenu::exec(video->actions(), video->mapToGlobal(place), nullptr, video);
+    });
     m_windowFile->awaken();
+    validateMenuItems();
 }
 
 void DVDController::connectOutlets(const DVDControllerOutlets &outlets)
@@ -369,11 +375,9 @@ void DVDController::logMediaInfo()
 {
     if (!hasMedia())
         return;
-    std::array<std::uint32_t, 2> identifier{}; // read as it lies in memory
-    std::array<std::uint8_t, sizeof identifier> bytes{};
-    static_cast<void>(DVDGetMediaUniqueID(bytes.data()));
-    std::memcpy(identifier.data(), bytes.data(), sizeof identifier);
-    qInfo("Media ID: %#.8x%.8x", identifier[0], identifier[1]);
+    std::array<std::uint8_t, 8> identifier{};
+    static_cast<void>(DVDGetMediaUniqueID(identifier.data()));
+    qInfo("Media ID: %s", mediaIdentifierText(identifier).constData());
     std::uint32_t discRegions = allRegions, driveRegion = allRegions;
     std::int16_t changesLeft = -1;
     static_cast<void>(DVDGetDiscRegionCode(&discRegions));

@@ -306,11 +306,14 @@ bool DVDController::onKeyDown(const QKeyEvent &event)
 /// Menus show texts, and items hear shortcuts, of the last time that they were validated.
 void DVDController::validateMenuItems()
 {
-    // Without a session every item that asks it would be a report, and there is nothing to tell.
-    if (!m_windowFile || m_eventCallBackID == 0)
+    if (!m_windowFile)
         return;
     for (QObject *const control : m_windowFile->controls) {
-        if (auto *const item = qobject_cast<QAction *>(control))
+        auto *const item = qobject_cast<QAction *>(control);
+        // Without a session there is no media to tell of, and asking for it would be a report.
+        const bool isToBeLeft =
+            m_eventCallBackID == 0 && item && item->property("action") == QStringLiteral("onMediaFolder");
+        if (item && !isToBeLeft)
             atEventBorder([&] { static_cast<void>(validateMenuItem(*item)); });
     }
 }

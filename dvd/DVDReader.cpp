@@ -26,8 +26,9 @@ bool isInit = false; ///< media is open
 bool isDVDInit = false; ///< the session is ours
 bool isVolume = false; ///< the media is a volume
 std::shared_ptr<DVDReader> notifier; ///< hears the window
-QMetaObject::Connection appNotifier; ///< hears the end of the program
-std::uint32_t lastDisplay = 0;
+std::shared_ptr<DVDReader> appNotifier; ///< hears the end of the program
+QMetaObject::Connection endOfProgram; ///< which is told to it
+std::uint32_t lastDisplay = 0; ///< none yet
 
 void printError(OSStatus status)
 {
@@ -61,9 +62,10 @@ bool beginSession()
         isDVDInit = true;
     }
     if (!appNotifier) {
-        appNotifier =
+        appNotifier = std::make_shared<DVDReader>();
+        endOfProgram =
             QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, QCoreApplication::instance(),
-                             [] { atEventBorder(DVDReader::appWillTerminate); });
+                             [hearer = appNotifier] { atEventBorder([&] { hearer->appWillTerminate(); }); });
     }
     return true;
 }
@@ -72,8 +74,13 @@ bool beginSession()
 
 bool DVDReader::openMedia(const QString &path, bool isVolumePath)
 {
-    if (window)
-        window->close();
+    const QPointer<VideoWindow> older = window;
+    // Not by way of the window's closing: what is reported over it is this caller's, and closing that has failed is
+    // still to be done, even where the window is gone.
+    if (const std::shared_ptr<DVDReader> hearer = notifier)
+        hearer->windowWillClose();
+    if (older)
+        older->close();
     // One whose media could not be opened has no delegate that would forget it.
     window = nullptr;
     if (isInit)
@@ -114,7 +121,7 @@ bool DVDReader::openMedia(const QString &path, bool isVolumePath)
 
 void DVDReader::play()
 {
-    if (!isMediaOpen())
+    if (!isMediaOpen() || !window)
         return;
     bool isPlaying = false;
     static_cast<void>(DVDIsPlaying(&isPlaying));
@@ -130,7 +137,8 @@ void DVDReader::play()
         static_cast<void>(setVideoBounds());
     }
     const QRect visible = window->screen()->availableGeometry();
-    window->move(visible.center() - QPoint(window->width(), window->height()) / 2);
+    const QSize frame = window->frameSize();
+    window->move(visible.center() - QPoint(frame.width(), frame.height()) / 2);
     bringToFront();
     static_cast<void>(DVDPlay());
 }
@@ -153,8 +161,9 @@ bool DVDReader::isMediaOpen()
 
 OSStatus DVDReader::setVideoBounds()
 {
-    const QSizeF content = window->size(); // the content view fills it, but follows only when the window is shown
-    const double frameHeight = window->frameGeometry().height();
+    // The content view fills the window, but follows only when that is shown.
+    const QSizeF content = window ? window->size() : QSize(0, 0);
+    const double frameHeight = window ? window->frameGeometry().height() : 0;
     // The height is the frame's, not the content's.
     const QRectF bounds(0, frameHeight - content.height(), content.width(), frameHeight);
     return DVDSetVideoCGBounds(&bounds);
@@ -162,7 +171,7 @@ OSStatus DVDReader::setVideoBounds()
 
 OSStatus DVDReader::setVideoDisplay()
 {
-    const std::uint32_t display = VideoWindow::screenNumberOf(*window);
+    const std::uint32_t display = window ? VideoWindow::screenNumberOf(*window) : lastDisplay;
     if (display == lastDisplay)
         return noErr;
     bool isSupported = false;
@@ -199,7 +208,8 @@ void DVDReader::appWillTerminate()
     if (isDVDInit)
         static_cast<void>(DVDDispose());
     isDVDInit = false;
-    QObject::disconnect(appNotifier);
+    QObject::disconnect(endOfProgram);
+    appNotifier = nullptr;
 }
 
 } // namespace Tessaron

@@ -99,7 +99,7 @@ std::unique_ptr<DVDWindowFile> DVDWindowFile::load()
             windows->outlets.mVideoWindow->addAction(item);
         }
     }
-    windows->outlets.mVideoWindow->setContextMenuPolicy(Qt::ActionsContextMenu);
+    windows->outlets.mVideoWindow->setContextMenuPolicy(Qt::CustomContextMenu);
     return windows;
 }
 
@@ -116,8 +116,8 @@ DVDWindowFile::~DVDWindowFile()
 
 void DVDWindowFile::awaken() const
 {
-    // The size that the file gives is no change, which Qt would tell as one when the window is first shown: there may
-    // be no session then that could be told.
+    // Qt would tell the size that the file gives as a change when the window is first shown, and there may be no
+    // session yet that could be told of it.
     outlets.mVideoWindow->setAttribute(Qt::WA_PendingResizeEvent, false);
     outlets.mVideoWindow->setAttribute(Qt::WA_PendingMoveEvent, false);
     outlets.mVideoWindow->awakeFromNib();

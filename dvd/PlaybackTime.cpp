@@ -34,8 +34,10 @@ void PlaybackTime::setTimeText()
 
 void PlaybackTime::mousePressEvent(QMouseEvent *event)
 {
-    m_timeBase = !m_timeBase;
-    setTimeText();
+    if (event->button() == Qt::LeftButton) {
+        m_timeBase = !m_timeBase;
+        setTimeText();
+    }
     QLabel::mousePressEvent(event);
 }
 

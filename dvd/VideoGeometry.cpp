@@ -1,7 +1,16 @@
 #include "dvd/VideoGeometry.h"
 
+#include "platform/dvdplayback/DVDPlayback.h"
+
 namespace Tessaron
 {
+
+float ratioOfAspect(std::int16_t aspect)
+{
+    constexpr float wideRatio = 1.7777778F;
+    constexpr float oldRatio = 1.3333334F;
+    return aspect == kDVDAspectRatio16x9 || aspect == kDVDAspectRatioLetterBox ? wideRatio : oldRatio;
+}
 
 QSizeF videoContentSize(std::uint32_t sizeCode, double ratio, const QSizeF &visible, const QSizeF &content,
                         const QSizeF &disc)

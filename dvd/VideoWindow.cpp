@@ -24,10 +24,7 @@ namespace Tessaron
 namespace
 {
 
-constexpr float wideRatio = 1.7777778F;
-constexpr float oldRatio = 1.3333334F;
-
-/// The screen that the video was last switched to; DVDReader has one of its own.
+/// The screen that the video was last switched to, 0 for none yet; DVDReader has one of its own.
 std::uint32_t lastDisplay = 0;
 
 /// Each of them hears of the moves of all video windows.
@@ -90,7 +87,7 @@ std::uint32_t VideoWindow::windowNumber() const
 
 std::uint32_t VideoWindow::screenNumberOf(const QWidget &window)
 {
-    return std::uint32_t(std::max<qsizetype>(QGuiApplication::screens().indexOf(window.screen()), 0));
+    return std::uint32_t(QGuiApplication::screens().indexOf(window.screen()) + 1);
 }
 
 void VideoWindow::awakeFromNib()
@@ -142,7 +139,7 @@ float VideoWindow::titleAspectRatio() const
 {
     std::int16_t ratio = kDVDAspectRatioUninitialized;
     static_cast<void>(DVDGetAspectRatio(&ratio));
-    return ratio == kDVDAspectRatio16x9 || ratio == kDVDAspectRatioLetterBox ? wideRatio : oldRatio;
+    return ratioOfAspect(ratio);
 }
 
 QSizeF VideoWindow::getVideoSize() const

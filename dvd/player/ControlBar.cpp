@@ -97,7 +97,7 @@ ControlBar::ControlBar(DiscPlayback *playback, QWidget *parent)
     m_time->setToolTip(playerText("Elapsed or remaining time"));
     m_previous = addButton("previous", "previous", "Previous chapter (Page Up)");
     m_scanBackward = addButton("scanBackward", "scanBackward", "Fast backward (Shift+Left)");
-    m_play = addButton("play", "play", "Play or pause (Space)");
+    m_play = addButton("play", "play", "Play or pause (P)");
     m_stop = addButton("stop", "stop", "Stop (X)");
     m_scanForward = addButton("scanForward", "scanForward", "Fast forward (Shift+Right)");
     m_next = addButton("next", "next", "Next chapter (Page Down)");

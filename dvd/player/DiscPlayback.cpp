@@ -37,6 +37,13 @@ QByteArray bookmarkNow()
     return DVDGetBookmark(bookmark.data(), &size) == noErr ? bookmark.left(qsizetype(size)) : QByteArray();
 }
 
+/// With what the session says about the disc, where it does.
+QString withMediaFailure(const QString &text)
+{
+    QString why;
+    return DVDCopyMediaFailure(&why) == noErr && !why.isEmpty() ? QStringLiteral("%1: %2").arg(text, why) : text;
+}
+
 } // namespace
 
 DiscPlayback::DiscPlayback(ResumeStore store)
@@ -104,8 +111,8 @@ DiscPlayback::Opening DiscPlayback::openDisc(const QByteArray &path, const Playb
     if (start.title) {
         opening.status = DVDSetChapter(*start.title, start.chapter);
         if (opening.status != noErr)
-            opening.why =
-                playerText("the disc cannot play title %1 from chapter %2 on").arg(*start.title).arg(start.chapter);
+            opening.why = withMediaFailure(
+                playerText("the disc cannot play title %1 from chapter %2 on").arg(*start.title).arg(start.chapter));
         return opening;
     }
     const QByteArray bookmark = store.bookmarkOf(opening.disc.identity);
@@ -114,7 +121,7 @@ DiscPlayback::Opening DiscPlayback::openDisc(const QByteArray &path, const Playb
     if (!opening.isResumed) {
         opening.status = DVDPlay();
         if (opening.status != noErr)
-            opening.why = reasonForStopping(opening.status);
+            opening.why = withMediaFailure(reasonForStopping(opening.status));
     }
     return opening;
 }
@@ -263,6 +270,14 @@ void DiscPlayback::playOrPause()
     if (m_now.state == kDVDStatePlaying || m_now.state == kDVDStatePlayingStill)
         pause();
     else
+        play();
+}
+
+void DiscPlayback::pauseOrGoOn()
+{
+    if (m_now.state == kDVDStatePlaying)
+        pause();
+    else if (m_now.state == kDVDStatePaused)
         play();
 }
 

@@ -73,6 +73,8 @@ public:
     void pause();
     /// Pauses what moves, and lets go on or begin what does not.
     void playOrPause();
+    /// Pauses what plays, and lets go on what is paused; nothing in a still picture, while scanning or stopped.
+    void pauseOrGoOn();
     /// As a disc that was just put in.
     void playFromBegin();
     void stop();

@@ -328,7 +328,10 @@ bool PlayerWindow::takePlayingKey(const QKeyEvent &event)
     const bool hasControl = event.modifiers() == Qt::ControlModifier;
     const bool isBackward = event.key() == Qt::Key_Left;
     switch (event.key()) {
-    case Qt::Key_Space:
+    case Qt::Key_Space: // as DVDController has it
+        m_playback->pauseOrGoOn();
+        return true;
+    case Qt::Key_P:
     case Qt::Key_MediaPlay:
     case Qt::Key_MediaPause:
     case Qt::Key_MediaTogglePlayPause:

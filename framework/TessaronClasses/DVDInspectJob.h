@@ -13,7 +13,7 @@ namespace Tessaron
 
 /// A file of a folder VIDEO_TS that is not as players need it.
 struct DVDFileProblem {
-    QByteArray name;
+    QByteArray name; ///< bytes
     QString message; ///< continues the name to a sentence without the full stop: "is missing"
 };
 

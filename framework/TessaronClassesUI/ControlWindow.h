@@ -16,7 +16,9 @@ namespace Tessaron
 /// Answers for a ControlWindow, on the main thread.
 struct ControlWindowDelegate {
     CallbackContext context;
-    /// Whether it took the key; else the window handles it. May be missing.
+    /// Whether it took the key; else the window handles it. May be missing. Presses that wait for the window behind one
+    /// that was taken are discarded, as far as they have reached the program: those that the system holds still are not
+    /// in its reach.
     std::function<bool(const QKeyEvent &event)> onKeyDown;
 };
 
@@ -26,7 +28,7 @@ class TESSARON_EXPORT ControlWindow : public QWidget
     Q_OBJECT
 
 public:
-    /// Hidden at first.
+    /// Hidden at first. Showing it leaves the active window active.
     explicit ControlWindow(QWidget *parent = nullptr);
 
     void setDelegate(ControlWindowDelegate delegate) { m_delegate = std::move(delegate); }

@@ -153,7 +153,7 @@ public:
     void onMute(QObject *sender = nullptr);
     /// Sets the volume to the sender's property "value".
     void onAudioVolume(QObject *sender);
-    /// Shows the control window, or hides it.
+    /// Shows the control window, without activating it, or hides it.
     void onShowController(QObject *sender = nullptr);
     void onVideoMax(QObject *sender = nullptr);
     void onVideoNormal(QObject *sender = nullptr);

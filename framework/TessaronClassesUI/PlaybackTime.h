@@ -9,7 +9,8 @@
 namespace Tessaron
 {
 
-/// A field that shows how much of a title has been played, "00:01:02", or after a click how much is left, "-00:58:59".
+/// A field that shows how much of a title has been played, "00:01:02", or after a left click how much is left,
+/// "-00:58:59".
 /// Times are milliseconds, shown to the nearest second. On the main thread.
 class TESSARON_EXPORT PlaybackTime : public QLabel
 {

@@ -20,7 +20,8 @@ class VideoView;
 /// Answers for a VideoWindow, on the main thread. Each function is called only if it is there.
 struct VideoWindowDelegate {
     CallbackContext context;
-    /// Whether it took the key; else the window handles it.
+    /// Whether it took the key; else the window handles it. Presses that wait for the window behind one that was taken
+    /// are discarded, as far as they have reached the program: those that the system holds still are not in its reach.
     std::function<bool(const QKeyEvent &event)> onKeyDown;
     /// The window is about to close.
     std::function<void()> windowWillClose;
@@ -47,7 +48,7 @@ public:
     [[nodiscard]] QWidget *contentView() const;
     /// The window's number, which the session names it by.
     [[nodiscard]] std::uint32_t windowNumber() const;
-    /// The place of the window's screen among those of the system.
+    /// The place of the window's screen among those of the system, from 1; 0 for a window without a screen.
     [[nodiscard]] static std::uint32_t screenNumberOf(const QWidget &window);
 
     /// From now on the window follows its own moves and changes of size, and hears the mouse without a pressed button.

@@ -52,6 +52,15 @@ QByteArray partName(int titleSet, int part)
     return "VTS_" + QByteArray::number(titleSet).rightJustified(2, '0') + '_' + QByteArray::number(part) + ".VOB";
 }
 
+/// The title set that a file belongs to by its name; 0 for other files.
+int titleSetOf(const QByteArray &name)
+{
+    constexpr qsizetype length = 12;
+    const auto isDigit = [&name](qsizetype at) { return name[at] >= '0' && name[at] <= '9'; };
+    const bool isOfSet = name.size() == length && name.startsWith("VTS_") && isDigit(4) && isDigit(5) && name[6] == '_';
+    return isOfSet ? (name[4] - '0') * 10 + name[5] - '0' : 0;
+}
+
 class VideoFolderCheck
 {
 public:
@@ -79,10 +88,9 @@ private:
             checkLength(tableName(0, "VOB"), *menus);
         std::set<int> sets;
         for (const auto &[name, size] : m_sizes) {
-            if (name.size() == tableName(1, "IFO").size() && name.startsWith("VTS_") && name[6] == '_')
-                sets.insert(name.mid(4, 2).toInt());
+            if (const int set = titleSetOf(name); set > 0)
+                sets.insert(set);
         }
-        sets.erase(0);
         const int stated = manager ? qFromBigEndian<quint16>(manager->constData() + IfoFields::titleSets) : 0;
         for (int set = 1; set <= std::min(stated, mostTitleSets); ++set)
             sets.insert(set);
@@ -152,7 +160,8 @@ private:
             add(name, QStringLiteral("is %1 bytes long, which no table is").arg(size));
             return std::nullopt;
         }
-        const UniqueDescriptor file(::openat(m_folder.get(), name.constData(), O_RDONLY | O_CLOEXEC));
+        // A pipe that has taken the place of a file since must not be waited for.
+        const UniqueDescriptor file(::openat(m_folder.get(), name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
         QByteArray bytes(qsizetype(size), '\0');
         std::size_t got = 0;
         const int failure = file ? readFully(file.get(), 0, bytes.data(), std::size_t(size), &got) : errno;

@@ -224,6 +224,16 @@ OSStatus DVDGetDriveRegionCode(std::uint32_t *mask, std::int16_t *changesLeft)
     return noErr;
 }
 
+OSStatus DVDCopyMediaFailure(QString *why)
+{
+    if (!why)
+        return kDVDErrorWrongParam;
+    if (!session().hasBegun())
+        return kDVDErrorUninitializedLib;
+    *why = session().mediaFailure();
+    return noErr;
+}
+
 OSStatus DVDCopyDescription(DVDDescription *description)
 {
     if (!description)
@@ -501,7 +511,7 @@ OSStatus DVDSwitchToDisplay(std::uint32_t display, bool *isSupported)
         return kDVDErrorUninitializedLib;
     // Pictures are memory that a window draws: any screen that a window can be on will do.
     session().setSettings([&](DVDSession::Settings *settings) {
-        *isSupported = settings->unsupportedDisplay != display;
+        *isSupported = display != 0 && settings->unsupportedDisplay != display;
         if (*isSupported)
             settings->display = display;
     });

@@ -17,8 +17,10 @@ namespace Tessaron
 // decodes in a helper process without network and without write access, so that no disc can take the caller down: a
 // helper that ends is event 24 and the fatal-error callback, and media is closed then.
 //
-// Every call returns 0 or one of the codes below. Any thread may call; calls are carried out one after the other, those
-// that the helper has to answer within a few seconds at most. Outputs are left alone on failure unless said otherwise.
+// Every call returns 0 or one of the codes below. Any thread may call; calls are carried out one after the other. Those
+// that the helper has to answer wait for the disc, which takes moments, and longer only where a drive spins up or tries
+// a bad sector again and again: opening fails after a minute, anything else after 20 seconds. Outputs are left alone on
+// failure unless said otherwise.
 
 inline constexpr OSStatus kDVDErrorUnknown = -70001; ///< something that no other code says; the log has the words
 inline constexpr OSStatus kDVDErrorInitializingLib =
@@ -129,7 +131,8 @@ TESSARON_EXPORT OSStatus DVDUnregisterEventCallBack(std::uint32_t identifier);
 TESSARON_EXPORT OSStatus DVDSetFatalErrorCallBack(DVDFatalErrorCallBack callBack, void *reference);
 /// How often kDVDEventTitleTime comes, milliseconds; 900 at first.
 TESSARON_EXPORT OSStatus DVDSetTimeEventRate(std::uint32_t milliseconds);
-/// Around a sleep of the machine: playing is paused, and goes on where it was.
+/// Around a sleep of the machine: playing is paused, also where the disc forbids that to users, and goes on where it
+/// was.
 TESSARON_EXPORT OSStatus DVDSleep();
 TESSARON_EXPORT OSStatus DVDWakeUp();
 
@@ -153,6 +156,9 @@ TESSARON_EXPORT OSStatus DVDGetDiscRegionCode(std::uint32_t *mask);
 /// The same of the drive, 0xff where no region was ever set, and how often it can be set still. kDVDErrorMissingDrive
 /// where media is not in a drive.
 TESSARON_EXPORT OSStatus DVDGetDriveRegionCode(std::uint32_t *mask, std::int16_t *changesLeft);
+/// Why playing the media that was opened last came to an end (event 24), or a call that answered
+/// kDVDErrorDamagedMedia did, in words. Empty while it can be played.
+TESSARON_EXPORT OSStatus DVDCopyMediaFailure(QString *why);
 /// All that the disc says about itself.
 TESSARON_EXPORT OSStatus DVDCopyDescription(DVDDescription *description);
 
@@ -235,7 +241,7 @@ TESSARON_EXPORT OSStatus DVDSetSubPictureStream(std::uint16_t stream);
 
 /// Names the window that shows the video; 0 for none.
 TESSARON_EXPORT OSStatus DVDSetVideoWindowID(std::uint32_t window);
-/// Names the screen that the window is on; the number 0 stands for the first one.
+/// Names the screen that the window is on, from 1. Each that a window can be on is supported; 0 stands for no screen.
 TESSARON_EXPORT OSStatus DVDSwitchToDisplay(std::uint32_t display, bool *isSupported);
 /// Where in the window's frame the video lies, for the points of menus.
 TESSARON_EXPORT OSStatus DVDSetVideoBounds(const DVDRect *bounds);

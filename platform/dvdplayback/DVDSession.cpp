@@ -166,6 +166,7 @@ OSStatus DVDSession::connect(const QByteArray &path)
     {
         const std::lock_guard lock(m_mutex);
         m_hasEnded = false;
+        m_mediaFailure.clear();
     }
     Result<std::unique_ptr<PlayerConnection>> connection =
         PlayerConnection::start({(*frames)->descriptor(), (*sound)->descriptor()},
@@ -258,6 +259,10 @@ OSStatus DVDSession::ask(PlayerMessageKind kind, const QByteArray &payload, QByt
     const PlayerReply reply = m_connection->request(kind, payload, patienceWithPlaying);
     if (reply.status == noErr && answer)
         *answer = reply.payload;
+    // The end of the helper may be heard later than its calls are answered.
+    const std::lock_guard lock(m_mutex);
+    if (m_mediaFailure.isEmpty())
+        m_mediaFailure = reply.text;
     return reply.status;
 }
 
@@ -284,7 +289,7 @@ OSStatus DVDSession::sleep()
         return hasBegun() ? noErr : kDVDErrorUninitializedLib;
     if (!isPlayingState(now->playback))
         return noErr;
-    const OSStatus status = ask(PlayerMessageKind::Pause);
+    const OSStatus status = ask(PlayerMessageKind::Sleep);
     const std::lock_guard call(m_calls);
     m_playsAfterSleep = status == noErr;
     return status;
@@ -299,6 +304,10 @@ OSStatus DVDSession::wakeUp()
         if (!std::exchange(m_playsAfterSleep, false))
             return noErr;
     }
+    // One that came to its end on the way to the sleep must not begin anew.
+    const std::optional<PlayerState> now = state();
+    if (!now || now->playback != kDVDStatePaused)
+        return noErr;
     return ask(PlayerMessageKind::Play);
 }
 
@@ -312,6 +321,12 @@ std::optional<DVDDescription> DVDSession::description() const
 {
     const std::lock_guard lock(m_mutex);
     return m_isAlive ? m_description : std::nullopt;
+}
+
+QString DVDSession::mediaFailure() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_mediaFailure;
 }
 
 QString DVDSession::soundFailure() const
@@ -438,6 +453,8 @@ void DVDSession::hearEnd(OSStatus status, const QString &why)
     {
         const std::lock_guard lock(m_mutex);
         m_hasEnded = true;
+        if (m_mediaFailure.isEmpty())
+            m_mediaFailure = why;
         // The call that opens media answers its own failure.
         if (!std::exchange(m_isAlive, false))
             return;

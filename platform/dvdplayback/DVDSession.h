@@ -60,6 +60,8 @@ public:
     /// Absent without media.
     [[nodiscard]] std::optional<PlayerState> state() const;
     [[nodiscard]] std::optional<DVDDescription> description() const;
+    /// Why the media that was opened last cannot be played on; empty while it can.
+    [[nodiscard]] QString mediaFailure() const;
     /// Why there is no device for sound; empty with one, before that is known, and without media.
     [[nodiscard]] QString soundFailure() const;
 
@@ -122,6 +124,7 @@ private:
     bool m_hasBegun = false;
     bool m_isAlive = false; ///< media is open, and its helper lives
     bool m_hasEnded = false; ///< the helper of the media that is open, or is being opened
+    QString m_mediaFailure; ///< why it has
     std::optional<DVDDescription> m_description;
     PlayerState m_state;
     std::unique_ptr<SharedFrames> m_frames;

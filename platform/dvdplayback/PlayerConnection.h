@@ -27,7 +27,7 @@ class PlayerConnection
 {
 public:
     struct Hearers {
-        /// A message that is no reply. On the hearing thread, under no lock.
+        /// A message that is not a reply. On the hearing thread, under no lock.
         std::function<void(const PlayerMessage &)> message;
         /// The process has ended, or makes no sense and was ended; why, in words. Comes once at most, and not after the
         /// object's end has begun. On the hearing thread, under no lock.

@@ -31,7 +31,7 @@ constexpr std::size_t length = 8;
 bool isKind(std::uint32_t value)
 {
     const auto kind = static_cast<PlayerMessageKind>(value);
-    return (kind >= PlayerMessageKind::Describe && kind <= PlayerMessageKind::SetSubtitleStream)
+    return (kind >= PlayerMessageKind::Describe && kind <= PlayerMessageKind::Sleep)
         || (kind >= PlayerMessageKind::Hello && kind <= PlayerMessageKind::Failure);
 }
 

@@ -15,7 +15,7 @@ namespace Tessaron
 // the kind needs. Neither trusts the other: bytes that make no sense end the connection.
 
 /// A change to any message is a new number; both sides come from one build.
-inline constexpr std::uint32_t playerProtocolVersion = 3;
+inline constexpr std::uint32_t playerProtocolVersion = 4;
 
 inline constexpr std::size_t playerMessageHeadSize = 12;
 inline constexpr std::size_t longestPlayerMessage = 4 << 20;
@@ -48,6 +48,7 @@ enum class PlayerMessageKind : std::uint32_t {
     GoToTime, ///< u32 milliseconds
     SetSoundStream, ///< u16, from 1
     SetSubtitleStream, ///< u16, from 1; 0 for none
+    Sleep, ///< a pause, which no disc can forbid
 
     // From the helper.
     Hello = 100, ///< u32 protocol version; the first message

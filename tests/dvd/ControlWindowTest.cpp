@@ -2,6 +2,7 @@
 #include <QKeyEvent>
 #include <QScreen>
 #include <QTest>
+#include <QWindow>
 
 #include <TessaronClassesUI/ControlWindow.h>
 #include <gtest/gtest.h>
@@ -58,6 +59,15 @@ TEST(ControlWindowTest, keys_areTheDelegatesFirst)
     EXPECT_EQ(asked, 0);
 }
 
+/// The platform without a screen activates every window that is shown: what it is asked for is looked at.
+TEST(ControlWindowTest, shownWindow_leavesTheActiveOneActive)
+{
+    ControlWindow window;
+    window.show();
+    ASSERT_NE(window.windowHandle(), nullptr);
+    EXPECT_TRUE(window.windowHandle()->property("_q_showWithoutActivating").toBool());
+}
+
 TEST(ControlWindowTest, anotherProgramsTurn_hidesTheWindow)
 {
     ControlWindow window;
@@ -67,6 +77,8 @@ TEST(ControlWindowTest, anotherProgramsTurn_hidesTheWindow)
     EXPECT_FALSE(window.isVisible());
     Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
     EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(window.windowHandle()->property("_q_showWithoutActivating").toBool())
+        << "the video's keys stay its own";
     window.hide();
     Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
     Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);

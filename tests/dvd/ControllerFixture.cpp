@@ -5,11 +5,13 @@
 #include "platform/foundation/UniqueDescriptor.h"
 
 #include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
 #include <QTest>
 
+#include <TessaronClassesUI/VideoWindow.h>
 #include <array>
 #include <csignal>
 #include <fcntl.h>
@@ -28,6 +30,11 @@ namespace
 constexpr int patience = 20'000;
 
 } // namespace
+
+QString text(const char *ascii)
+{
+    return QString::fromLatin1(ascii);
+}
 
 void ReportKeeper::handleFailureInMethod(const QString &method, const void *object, const QString &file, int lineNumber,
                                          const QString &description)
@@ -135,11 +142,21 @@ bool ControllerTest::openAndPlay(std::uint16_t title, std::uint16_t chapterOfTit
         && waitUntil([&] { return chapter() == std::pair<int, int>(title, chapterOfTitle); });
 }
 
-std::pair<int, int> ControllerTest::chapter()
+bool ControllerTest::isMuted()
 {
-    std::uint16_t title = 0, chapter = 0;
-    EXPECT_EQ(DVDGetChapter(&title, &chapter), noErr);
-    return {title, chapter};
+    bool isMuted = false;
+    EXPECT_EQ(DVDIsMuted(&isMuted), noErr);
+    return isMuted;
+}
+
+QAction *ControllerTest::menuItem(const QString &action) const
+{
+    for (QAction *const item : controller->outlets().mVideoWindow->actions()) {
+        if (item->property("action").toString() == action)
+            return item;
+    }
+    ADD_FAILURE() << action.toStdString();
+    return nullptr;
 }
 
 QStringList ControllerTest::lines() const

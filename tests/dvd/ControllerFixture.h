@@ -3,15 +3,18 @@
 #include "platform/foundation/NSAssertionHandler.h"
 #include "platform/foundation/OSStatus.h"
 #include "tests/dvd/LoggedLines.h"
-#include "tests/dvdplayback/DiscFixture.h"
+#include "tests/dvdplayback/SessionFixture.h"
 
 #include <QStringList>
 #include <QTimer>
 
 #include <TessaronClassesUI/DVDController.h>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <sys/types.h>
+
+class QAction;
 
 namespace Tessaron::Testing
 {
@@ -61,8 +64,10 @@ private:
 /// Keeps the process from the bus of the system, unless the test has named one of its own; true.
 bool leaveSystemBus();
 
+[[nodiscard]] QString text(const char *ascii);
+
 /// A controller with the windows of the interface file, and its log.
-class ControllerTest : public DiscTest
+class ControllerTest : public SessionFixture
 {
 protected:
     ControllerTest();
@@ -79,8 +84,9 @@ protected:
     [[nodiscard]] bool openAndShowMenu(const QByteArray &standard = "ntsc") const;
     /// The same, and plays a title from a chapter on.
     [[nodiscard]] bool openAndPlay(std::uint16_t title, std::uint16_t chapter) const;
-    /// The title and chapter that the session plays.
-    [[nodiscard]] static std::pair<int, int> chapter();
+    [[nodiscard]] static bool isMuted();
+    /// What the windows' menus have for the action.
+    [[nodiscard]] QAction *menuItem(const QString &action) const;
     /// The log, without what Qt says of the platform without a screen.
     [[nodiscard]] QStringList lines() const;
     /// The session's steps, and what else ends an operation.

@@ -2,7 +2,7 @@
 #include "platform/dvdplayback/DVDSession.h"
 #include "platform/foundation/NSAssertionHandler.h"
 #include "tests/dvd/LoggedLines.h"
-#include "tests/dvdplayback/DiscFixture.h"
+#include "tests/dvdplayback/SessionFixture.h"
 
 #include <QApplication>
 #include <QSignalSpy>
@@ -20,10 +20,10 @@ namespace
 constexpr QRgb titleMenu = 0x404040;
 constexpr int patience = 20'000;
 
-class DVDReaderTest : public DiscTest
+class DVDReaderTest : public SessionFixture
 {
 protected:
-    ~DVDReaderTest() override { DVDReader::appWillTerminate(); }
+    ~DVDReaderTest() override { DVDReader().appWillTerminate(); }
 
     [[nodiscard]] static QString path(const QByteArray &standard = "ntsc") { return QString::fromUtf8(disc(standard)); }
     /// The preview window; null when none is shown or hidden.
@@ -57,16 +57,48 @@ TEST_F(DVDReaderTest, play_showsTheDiscInItsOwnSize)
     EXPECT_TRUE(DVDReader::isMediaOpen());
     ASSERT_NE(window(), nullptr);
     EXPECT_FALSE(window()->isVisible());
+    EXPECT_EQ(window()->geometry(), QRect(100, 100, 300, 300));
+    const Qt::WindowFlags flags = window()->windowFlags();
+    EXPECT_TRUE(flags.testFlag(Qt::WindowTitleHint) && flags.testFlag(Qt::WindowCloseButtonHint));
+    EXPECT_FALSE(flags.testAnyFlags(Qt::WindowMinMaxButtonsHint | Qt::FramelessWindowHint));
     DVDReader::play();
     EXPECT_TRUE(window()->isVisible());
     EXPECT_EQ(window()->frameSize(), QSize(720, 480));
     EXPECT_TRUE(waitForColour(titleMenu));
-    DVDReader::play();
-    EXPECT_TRUE(waitForColour(titleMenu)) << "playing already";
     DVDReader::stop();
-    std::uint32_t state = 0;
-    EXPECT_EQ(DVDGetState(&state), noErr);
-    EXPECT_EQ(state, std::uint32_t(kDVDStateStopped));
+    EXPECT_EQ(state(), std::uint32_t(kDVDStateStopped));
+}
+
+TEST_F(DVDReaderTest, play_centresTheFrame)
+{
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    DVDReader::play();
+    ASSERT_TRUE(QTest::qWaitFor([] { return window()->frameSize().height() > window()->height(); }))
+        << "the platform gives frames";
+    DVDReader::stop();
+    window()->move(7, 9);
+    DVDReader::play();
+    EXPECT_EQ(window()->frameSize(), QSize(720, 480));
+    EXPECT_EQ(window()->frameGeometry().topLeft(),
+              window()->screen()->availableGeometry().center() - QPoint(720, 480) / 2);
+}
+
+TEST_F(DVDReaderTest, play_whilePlaying_onlyBringsTheWindowForward)
+{
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    DVDReader::play();
+    EXPECT_TRUE(waitForColour(titleMenu));
+    ASSERT_EQ(DVDSetChapter(1, 2), noErr);
+    EXPECT_TRUE(waitForColour(0x008000));
+    window()->setGeometry(220, 130, 500, 400);
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    DVDReader::play();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(window()));
+    EXPECT_EQ(window()->geometry(), QRect(220, 130, 500, 400));
+    EXPECT_EQ(chapter().first, 1);
 }
 
 TEST_F(DVDReaderTest, openMedia_closesTheOlderPreview)
@@ -93,7 +125,7 @@ TEST_F(DVDReaderTest, closedWindow_closesMedia_butNotTheSession)
     bool hasMedia = true;
     EXPECT_EQ(DVDHasMedia(&hasMedia), noErr) << "the session is held";
     EXPECT_FALSE(hasMedia);
-    DVDReader::appWillTerminate();
+    DVDReader().appWillTerminate();
     EXPECT_EQ(DVDHasMedia(&hasMedia), kDVDErrorUninitializedLib);
 }
 
@@ -105,12 +137,23 @@ TEST_F(DVDReaderTest, openMedia_printsWhatFails)
     testing::internal::CaptureStdout();
     EXPECT_FALSE(DVDReader::openMedia(m_tree.pathText("missing"), false));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "DVD Error -70015\n");
-    DVDReader::appWillTerminate();
+    DVDReader().appWillTerminate();
     ASSERT_EQ(DVDInitialize(), noErr);
     testing::internal::CaptureStdout();
     EXPECT_FALSE(DVDReader::openMedia(path(), false));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "DVD Error -70002\n");
     EXPECT_EQ(DVDDispose(), noErr);
+}
+
+TEST_F(DVDReaderTest, openMedia_printsThatTheWindowCannotBeBound)
+{
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    window()->close();
+    ASSERT_EQ(DVDDispose(), noErr) << "the session that the preview takes for its own";
+    testing::internal::CaptureStdout();
+    EXPECT_FALSE(DVDReader::openMedia(path(), false));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "DVD Error -70003\n");
+    EXPECT_FALSE(DVDReader::isMediaOpen());
 }
 
 TEST_F(DVDReaderTest, openMedia_afterOneThatFailed_hasAWindowThatStays)
@@ -145,18 +188,67 @@ TEST_F(DVDReaderTest, points_areThoseOfTheFrameThatTheWindowHas)
     }));
 }
 
+TEST_F(DVDReaderTest, callsWithoutAWindow_areHarmless)
+{
+    EXPECT_EQ(DVDReader::setVideoBounds(), kDVDErrorUninitializedLib);
+    EXPECT_EQ(DVDReader::setVideoDisplay(), noErr);
+    DVDReader::play();
+    DVDReader::stop();
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    window()->close();
+    EXPECT_EQ(DVDReader::setVideoBounds(), noErr);
+    EXPECT_EQ(DVDSession::instance().settings().bounds, QRectF(0, 0, 0, 0));
+    EXPECT_EQ(DVDReader::setVideoDisplay(), noErr);
+}
+
+/// As one does that ends with the widget it was made a child of.
+TEST_F(DVDReaderTest, windowThatEndsWithoutBeingClosed_isNotPlayedInto)
+{
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    delete window();
+    DVDReader::play();
+    EXPECT_EQ(state(), std::uint32_t(kDVDStateStopped));
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    DVDReader::play();
+    EXPECT_TRUE(waitForColour(titleMenu));
+}
+
+/// Keeps what is reported, and returns.
+class Keeper : public NSAssertionHandler
+{
+public:
+    void handleFailureInMethod(const QString &method, const void * /*object*/, const QString &file, int /*lineNumber*/,
+                               const QString &description) override
+    {
+        reports << method << file << description;
+    }
+    QStringList reports;
+};
+
+TEST_F(DVDReaderTest, openMedia_reportsTheOlderPreviewsSessionThatIsGone)
+{
+    ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    ASSERT_EQ(DVDDispose(), noErr);
+    const QPointer<VideoWindow> older = window();
+    EXPECT_THROW(DVDReader::openMedia(path(), false), NSInternalInconsistencyException);
+    EXPECT_EQ(window(), older.data()) << "it stays";
+    older->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_THROW(DVDReader::openMedia(path(), false), NSInternalInconsistencyException)
+        << "its closing has never come to an end";
+    const auto keeper = std::make_shared<Keeper>();
+    NSAssertionHandler::setCurrentHandler(keeper);
+    testing::internal::CaptureStdout();
+    EXPECT_FALSE(DVDReader::openMedia(path(), false)) << "the preview takes the session for its own still";
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "DVD Error -70003\n");
+    EXPECT_EQ(keeper->reports.count(QStringLiteral("DVDHasMedia returned -70003")), 1);
+    DVDReader().appWillTerminate();
+    NSAssertionHandler::setCurrentHandler(nullptr);
+    EXPECT_TRUE(DVDReader::openMedia(path(), false));
+}
+
 TEST_F(DVDReaderTest, isMediaOpen_reportsASessionThatIsGone)
 {
-    class Keeper : public NSAssertionHandler
-    {
-    public:
-        void handleFailureInMethod(const QString &method, const void * /*object*/, const QString &file,
-                                   int /*lineNumber*/, const QString &description) override
-        {
-            reports << method << file << description;
-        }
-        QStringList reports;
-    };
     ASSERT_TRUE(DVDReader::openMedia(path(), false));
     ASSERT_EQ(DVDDispose(), noErr);
     EXPECT_THROW(static_cast<void>(DVDReader::isMediaOpen()), NSInternalInconsistencyException);
@@ -167,20 +259,20 @@ TEST_F(DVDReaderTest, isMediaOpen_reportsASessionThatIsGone)
     EXPECT_EQ(keeper->reports,
               (QStringList{QStringLiteral("isMediaOpen"), QStringLiteral("DVDReader"),
                            QStringLiteral("DVDHasMedia returned -70003")}));
-    DVDReader::appWillTerminate();
+    DVDReader().appWillTerminate();
     NSAssertionHandler::setCurrentHandler(nullptr);
 }
 
 TEST_F(DVDReaderTest, screenThatIsNotSupported_isLogged)
 {
     ASSERT_TRUE(DVDReader::openMedia(path(), false));
-    DVDSession::instance().setSettings([](DVDSession::Settings *settings) { settings->unsupportedDisplay = 1; });
+    DVDSession::instance().setSettings([](DVDSession::Settings *settings) { settings->unsupportedDisplay = 2; });
     window()->move(1400, 300);
     window()->show();
     const LoggedLines log;
     EXPECT_EQ(DVDReader::setVideoDisplay(), noErr);
     EXPECT_EQ(DVDReader::setVideoDisplay(), noErr);
-    EXPECT_EQ(log.lines().count(QStringLiteral("video display 1 not supported")), 2) << "it is not remembered";
+    EXPECT_EQ(log.lines().count(QStringLiteral("video display 2 not supported")), 2) << "it is not remembered";
 }
 
 TEST_F(DVDReaderTest, openMediaTwice_opensAnew)
@@ -189,18 +281,23 @@ TEST_F(DVDReaderTest, openMediaTwice_opensAnew)
     DVDReader::play();
     EXPECT_TRUE(waitForColour(titleMenu));
     ASSERT_TRUE(DVDReader::openMedia(path(), false));
-    std::uint32_t state = 0;
-    EXPECT_EQ(DVDGetState(&state), noErr);
-    EXPECT_EQ(state, std::uint32_t(kDVDStateStopped)) << "the same disc, opened again";
+    EXPECT_EQ(state(), std::uint32_t(kDVDStateStopped)) << "the same disc, opened again";
     DVDReader::play();
     EXPECT_TRUE(waitForColour(titleMenu));
 }
 
-TEST_F(DVDReaderTest, setVideoDisplay_answersZero_forTheDisplayInUse)
+TEST_F(DVDReaderTest, setVideoDisplay_asksNothing_forTheDisplayInUse)
 {
+    constexpr std::uint32_t untouched = 99;
     ASSERT_TRUE(DVDReader::openMedia(path(), false));
+    EXPECT_EQ(DVDSession::instance().settings().display, 1U);
+    DVDSession::instance().setSettings([](DVDSession::Settings *settings) { settings->display = untouched; });
     EXPECT_EQ(DVDReader::setVideoDisplay(), noErr);
-    EXPECT_EQ(DVDReader::setVideoBounds(), noErr);
+    EXPECT_EQ(DVDSession::instance().settings().display, untouched);
+    window()->move(1400, 300);
+    window()->show();
+    EXPECT_EQ(DVDReader::setVideoDisplay(), noErr);
+    EXPECT_EQ(DVDSession::instance().settings().display, 2U) << "another one";
 }
 
 } // namespace

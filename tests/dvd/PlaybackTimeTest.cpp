@@ -43,6 +43,18 @@ TEST(PlaybackTimeTest, click_switchesBetweenElapsedAndRemainingAtOnce)
     EXPECT_EQ(textAfter(61'500, 3'538'500, 3), "-00:58:59");
 }
 
+TEST(PlaybackTimeTest, otherButtons_changeNothing)
+{
+    PlaybackTime time;
+    time.setTimeElapsed(61'500, 3'538'500);
+    time.show();
+    for (const Qt::MouseButton button : {Qt::RightButton, Qt::MiddleButton}) {
+        QTest::mouseClick(&time, button);
+        EXPECT_FALSE(time.timeBase());
+        EXPECT_EQ(time.text(), QStringLiteral("00:01:02"));
+    }
+}
+
 TEST(PlaybackTimeTest, secondOfTwoQuickClicks_countsToo)
 {
     PlaybackTime time;

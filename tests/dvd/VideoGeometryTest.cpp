@@ -19,6 +19,14 @@ QSize points(std::uint32_t code, double ratio, const QSizeF &visible, const QSiz
 
 } // namespace
 
+TEST(VideoGeometryTest, ratio_isThatOfWidePicturesAlsoInALetterbox)
+{
+    for (const std::int16_t aspect : {3, 4})
+        EXPECT_EQ(ratioOfAspect(aspect), 1.7777778F) << aspect;
+    for (const std::int16_t aspect : {-1, 0, 1, 2, 5})
+        EXPECT_EQ(ratioOfAspect(aspect), 1.3333334F) << aspect;
+}
+
 TEST(VideoGeometryTest, maximum_isAsLargeAsTheScreenLetsIt)
 {
     EXPECT_EQ(points(MaximumVideo, wide, {1280, 778}), QSize(1280, 720));

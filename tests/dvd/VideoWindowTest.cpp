@@ -104,27 +104,28 @@ TEST_F(VideoWindowTest, otherScreen_isToldToTheSession_onceItIsAwake)
     EXPECT_FALSE(log.lines().contains(told));
     window.setupVideoWindow();
     EXPECT_EQ(log.lines().count(told), 1);
-    EXPECT_EQ(DVDSession::instance().settings().display, 1U);
+    EXPECT_EQ(DVDSession::instance().settings().display, 2U);
     window.awakeFromNib();
     window.move(1500, 300);
     QTest::qWait(50);
     EXPECT_EQ(log.lines().count(told), 1) << "the same screen";
     moveTo(0);
     EXPECT_TRUE(QTest::qWaitFor([&] { return log.lines().count(told) == 2; }));
-    EXPECT_EQ(DVDSession::instance().settings().display, 0U);
+    EXPECT_EQ(DVDSession::instance().settings().display, 1U);
 }
 
 TEST_F(VideoWindowTest, screenThatIsNotSupported_isLogged_andNotRemembered)
 {
-    DVDSession::instance().setSettings([](DVDSession::Settings *settings) { settings->unsupportedDisplay = 1; });
+    DVDSession::instance().setSettings([](DVDSession::Settings *settings) { settings->unsupportedDisplay = 2; });
     VideoWindow window;
     window.awakeFromNib();
+    window.setupVideoWindow();
     window.show();
     const LoggedLines log;
-    const QString refused = QStringLiteral("video display 1 not supported");
+    const QString refused = QStringLiteral("video display 2 not supported");
     window.move(1400, 300);
     EXPECT_TRUE(QTest::qWaitFor([&] { return log.lines().contains(refused); })) << qPrintable(log.lines().join(u'\n'));
-    EXPECT_EQ(DVDSession::instance().settings().display, 0U);
+    EXPECT_EQ(DVDSession::instance().settings().display, 1U);
     const qsizetype before = log.lines().count(refused);
     window.move(1500, 300);
     EXPECT_TRUE(QTest::qWaitFor([&] { return log.lines().count(refused) > before; })) << "it asks again";
@@ -143,7 +144,18 @@ TEST_F(VideoWindowTest, moveOfAnotherVideoWindow_isHeardByTheAwakeOnes)
     other.show();
     other.setScreen(QGuiApplication::screens()[1]);
     other.move(1400, 300);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return DVDSession::instance().settings().display == 1; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return DVDSession::instance().settings().display == 2; }));
+}
+
+TEST_F(VideoWindowTest, firstScreen_isToldToo_andOnlyOnce)
+{
+    VideoWindow window;
+    const LoggedLines log;
+    window.setupVideoWindow();
+    window.setupVideoWindow();
+    EXPECT_EQ(log.lines().count(QStringLiteral("Step 2: Set Video Window")), 2);
+    EXPECT_EQ(log.lines().count(QStringLiteral("Step 3: Set Video Display")), 1);
+    EXPECT_EQ(DVDSession::instance().settings().display, 1U);
 }
 
 TEST_F(VideoWindowTest, bounds_areMeasuredFromTheTopOfTheFrame)
@@ -200,6 +212,16 @@ TEST_F(VideoWindowTest, keys_areTheDelegatesFirst)
     EXPECT_EQ(asked, 2);
     EXPECT_TRUE(space.isAccepted());
     EXPECT_FALSE(other.isAccepted());
+    // What waits behind a key that was taken is discarded; behind one that was not it stays.
+    const auto askedBehind = [&](QKeyEvent *event) {
+        QCoreApplication::postEvent(&window, new QKeyEvent(QEvent::KeyPress, Qt::Key_Y, Qt::NoModifier));
+        QCoreApplication::sendEvent(&window, event);
+        const int before = asked;
+        QCoreApplication::sendPostedEvents(&window);
+        return asked - before;
+    };
+    EXPECT_EQ(askedBehind(&space), 0);
+    EXPECT_EQ(askedBehind(&other), 1);
 }
 
 TEST_F(VideoWindowTest, pointer_isAHandOverAButtonOfAMenu)
@@ -242,16 +264,32 @@ TEST_F(VideoWindowTest, secondOfTwoQuickClicks_pressesToo_andADragDoesNot)
     EXPECT_TRUE(QTest::qWaitFor([&] { return DVDGetChapter(&title, &chapter) == noErr && title == 2; }, 20'000));
 }
 
-TEST_F(VideoWindowTest, failure_isReported)
+TEST_F(VideoWindowTest, failures_areReported)
 {
     VideoWindow window;
     ASSERT_EQ(DVDDispose(), noErr);
-    try {
-        window.setupVideoWindow();
-        ADD_FAILURE() << "nothing was reported";
-    } catch (const NSInternalInconsistencyException &exception) {
-        EXPECT_STREQ(exception.what(), "DVDSetVideoWindowID returned -70003");
-    }
+    const auto reportOf = [&](void (VideoWindow::*call)()) -> std::string {
+        try {
+            (window.*call)();
+        } catch (const NSInternalInconsistencyException &exception) {
+            return exception.what();
+        }
+        return "nothing";
+    };
+    EXPECT_EQ(reportOf(&VideoWindow::setupVideoWindow), "DVDSetVideoWindowID returned -70003");
+    EXPECT_EQ(reportOf(&VideoWindow::setVideoDisplay), "DVDSwitchToDisplay returned -70003");
+    EXPECT_EQ(reportOf(&VideoWindow::setVideoBounds), "DVDSetVideoBounds returned -70003");
+}
+
+TEST_F(VideoWindowTest, awakeWindow_isBlackWithoutAPicture)
+{
+    VideoWindow window(QRect(100, 100, 60, 40));
+    EXPECT_NE(window.palette().color(QPalette::Window), QColor(Qt::black));
+    window.awakeFromNib();
+    EXPECT_EQ(window.palette().color(QPalette::Window), QColor(Qt::black));
+    const QImage seen = window.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    for (const QPoint place : {QPoint(0, 0), seen.rect().center(), seen.rect().bottomRight()})
+        EXPECT_EQ(seen.pixelColor(place), QColor(Qt::black)) << place.x();
 }
 
 } // namespace

@@ -93,6 +93,12 @@ TEST_F(DescribeDVD, pal_hasItsLines)
     EXPECT_EQ(disc.titles[0].length, milliseconds(8000));
 }
 
+TEST_F(DescribeDVD, widePictures_mayBePannedWhereALetterboxIsForbidden)
+{
+    EXPECT_EQ(described(DiscTest::disc("film")).titles[0].video,
+              (DVDVideoFacts{DVDVideoStandard::NTSC, true, 720, 480, false, true}));
+}
+
 TEST_F(DescribeDVD, sizeOfPictures_isThatOfTheTables)
 {
     const DVDDescription disc = described(DiscTest::disc("interlaced"));

@@ -5,6 +5,8 @@
 #include <QDir>
 #include <QFile>
 
+#include <array>
+
 namespace Tessaron::Testing
 {
 
@@ -69,6 +71,24 @@ QByteArray DiscTest::rawImageOf(const QByteArray &image) const
         EXPECT_EQ(raw.write((sector + plain.read(2048)).leftJustified(2352, '\0')), 2352);
     }
     return m_tree.path("disc.bin");
+}
+
+QByteArray DiscTest::copyThatForbids() const
+{
+    QByteArray copy = copyOfDisc();
+    const QByteArray tables = m_tree.contents("disc/VIDEO_TS/VTS_01_0.IFO");
+    const auto number = [&](qint64 offset) {
+        qint64 value = 0;
+        for (qint64 byte = offset; byte < offset + 4; ++byte)
+            value = value << 8 | std::uint8_t(tables[byte]);
+        return value;
+    };
+    // The prohibitions of its program chain, from the last byte's operations to the first one's.
+    const qint64 chains = number(0xcc) * 2048, forbidden = chains + number(chains + 12) + 8;
+    const std::array<std::uint8_t, 4> bits = {0x00, 0x38, 0x0b, 0xe8};
+    for (std::size_t byte = 0; byte < bits.size(); ++byte)
+        patchTable("VTS_01_0", forbidden + qint64(byte), char(bits[byte]));
+    return copy;
 }
 
 void DiscTest::patch(const QByteArray &file, qint64 offset, char value) const

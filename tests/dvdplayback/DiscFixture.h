@@ -40,6 +40,9 @@ protected:
     [[nodiscard]] QByteArray imageOfDisc(const QByteArray &folder) const;
     /// The same image as sectors of 2352 bytes, mode 1, without the codes against errors: "disc.bin" of the tree.
     [[nodiscard]] QByteArray rawImageOf(const QByteArray &image) const;
+    /// The copy, whose title 1 forbids nearly all that users can ask for: to pause, to stop, to go elsewhere but to the
+    /// title menu, other streams.
+    [[nodiscard]] QByteArray copyThatForbids() const;
     /// Puts a byte into a file of the copy.
     void patch(const QByteArray &file, qint64 offset, char value) const;
     /// The same for a table of the disc and its copy: "VIDEO_TS" or "VTS_01_0".

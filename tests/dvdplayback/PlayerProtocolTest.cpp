@@ -122,7 +122,7 @@ TEST(PlayerProtocol, messages_areTakenOffTheStream_howeverItIsCut)
 TEST(PlayerProtocol, takeMessage_refusesKindsAndLengthsThatDoNotExist)
 {
     PlayerMessage message;
-    for (const std::uint32_t kind : {0U, 22U, 99U, 106U, 0xffffffffU}) {
+    for (const std::uint32_t kind : {0U, 23U, 99U, 106U, 0xffffffffU}) {
         QByteArray stream = encodedMessage({static_cast<PlayerMessageKind>(kind), 1, {}});
         EXPECT_EQ(takeMessage(&stream, &message), StreamBegin::Nonsense) << kind;
     }

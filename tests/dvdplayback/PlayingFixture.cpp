@@ -90,34 +90,6 @@ bool Playing::stepToColour(QRgb colour, int mostSteps)
     return isThere;
 }
 
-std::uint32_t Playing::state()
-{
-    std::uint32_t state = 0;
-    EXPECT_EQ(DVDGetState(&state), noErr);
-    return state;
-}
-
-bool Playing::isOnMenu()
-{
-    bool isOnMenu = false;
-    EXPECT_EQ(DVDIsOnMenu(&isOnMenu), noErr);
-    return isOnMenu;
-}
-
-std::pair<int, int> Playing::chapter()
-{
-    std::uint16_t title = 0, chapter = 0;
-    EXPECT_EQ(DVDGetChapter(&title, &chapter), noErr);
-    return {title, chapter};
-}
-
-std::uint32_t Playing::elapsed()
-{
-    std::uint32_t elapsed = 0, length = 0;
-    EXPECT_EQ(DVDGetTitleTime(&elapsed, &length), noErr);
-    return elapsed;
-}
-
 std::vector<Event> Playing::events(std::uint32_t code)
 {
     const std::lock_guard lock(m_mutex);

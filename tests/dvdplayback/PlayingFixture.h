@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/dvdplayback/DiscFixture.h"
+#include "tests/dvdplayback/SessionFixture.h"
 
 #include <QImage>
 
@@ -29,7 +29,7 @@ struct Event {
 };
 
 /// A session that plays, what it tells, and the picture that is seen.
-class Playing : public DiscTest
+class Playing : public SessionFixture
 {
 protected:
     Playing();
@@ -47,10 +47,6 @@ protected:
     [[nodiscard]] bool waitForState(std::uint32_t wanted);
     /// Shows the next picture again and again, paused, until one has that colour.
     [[nodiscard]] bool stepToColour(QRgb colour, int mostSteps);
-    [[nodiscard]] static std::uint32_t state();
-    [[nodiscard]] static bool isOnMenu();
-    [[nodiscard]] static std::pair<int, int> chapter();
-    [[nodiscard]] static std::uint32_t elapsed();
     [[nodiscard]] std::vector<Event> events(std::uint32_t code);
     [[nodiscard]] int frames();
 

@@ -36,8 +36,11 @@ TEST_F(Playing, selection_isDrawn_andMovesWithTheKeys)
                 << button << ' ' << std::hex << m_picture.pixel(300, edges[std::size_t(button)]);
         EXPECT_EQ(DVDDoUserNavigation(2), noErr);
     }
-    EXPECT_EQ(DVDDoUserNavigation(1), noErr);
-    EXPECT_TRUE(waitUntil([&] { return isSeen(yellow, 300, edges[0]); }));
+    for (const auto &[navigation, selected] : {std::pair(1, 0), std::pair(3, 2), std::pair(3, 2), std::pair(4, 0)}) {
+        EXPECT_EQ(DVDDoUserNavigation(std::uint32_t(navigation)), noErr);
+        const int edge = edges[std::size_t(selected)];
+        EXPECT_TRUE(waitUntil([&, edge] { return isSeen(yellow, 300, edge); })) << navigation;
+    }
 }
 
 TEST_F(Playing, enter_activatesTheSelectedButton)

@@ -93,6 +93,8 @@ TEST_F(Playing, titleTime_isToldAsOftenAsAsked)
     }
     ASSERT_EQ(DVDSetTimeEventRate(3'600'000), noErr);
     const std::size_t before = events(kDVDEventTitleTime).size();
+    // A while later, however late it is in the film by now.
+    ASSERT_EQ(DVDSetChapter(1, 3), noErr);
     EXPECT_TRUE(waitForColour(chapters[3]));
     EXPECT_LE(events(kDVDEventTitleTime).size(), before + 1) << "one may have been on its way";
 }
@@ -212,22 +214,9 @@ TEST_F(Playing, slowly_knowsItsSpeeds_andGoesBackToTheUsualOne)
     EXPECT_TRUE(waitForColour(chapters[1]));
 }
 
-/// Each operation that title 1 forbids, in the third to the first byte of its program chain's prohibitions.
 TEST_F(Playing, operationsThatTheDiscForbids_areRefused)
 {
-    const QByteArray copy = copyOfDisc();
-    const QByteArray tables = m_tree.contents("disc/VIDEO_TS/VTS_01_0.IFO");
-    const auto number = [&](qint64 offset) {
-        qint64 value = 0;
-        for (qint64 byte = offset; byte < offset + 4; ++byte)
-            value = value << 8 | std::uint8_t(tables[byte]);
-        return value;
-    };
-    const qint64 chains = number(0xcc) * 2048, forbidden = chains + number(chains + 12) + 8;
-    const std::array<std::uint8_t, 4> bits = {0x00, 0x38, 0x0b, 0xe8};
-    for (std::size_t byte = 0; byte < bits.size(); ++byte)
-        patchTable("VTS_01_0", forbidden + qint64(byte), char(bits[byte]));
-    open(copy);
+    open(copyThatForbids());
     ASSERT_EQ(DVDSetChapter(1, 1), noErr) << "a disc that is stopped forbids nothing";
     EXPECT_TRUE(waitForColour(chapters[0]));
     EXPECT_EQ(DVDPause(), kDVDErrorUserActionNoOp);
@@ -289,6 +278,27 @@ TEST_F(Playing, bookmark_isFoundAgain_inAnotherSession)
     EXPECT_TRUE(waitForColour(chapters[2]));
 }
 
+TEST_F(Playing, failure_isToldInWords_untilOtherMediaIsOpened)
+{
+    QString why = QStringLiteral("unset");
+    EXPECT_EQ(DVDCopyMediaFailure(nullptr), kDVDErrorWrongParam);
+    open(disc());
+    EXPECT_EQ(DVDCopyMediaFailure(&why), noErr);
+    EXPECT_TRUE(why.isEmpty());
+    const QByteArray copy = copyOfDisc();
+    m_tree.remove("disc/VIDEO_TS/VTS_01_1.VOB");
+    open(copy);
+    EXPECT_EQ(DVDSetChapter(1, 1), kDVDErrorDamagedMedia);
+    EXPECT_EQ(DVDCopyMediaFailure(&why), noErr);
+    EXPECT_EQ(why, QStringLiteral("the contents of title set 1 are missing or cannot be opened"));
+    open(disc());
+    EXPECT_EQ(DVDCopyMediaFailure(&why), noErr);
+    EXPECT_TRUE(why.isEmpty());
+    ASSERT_EQ(DVDDispose(), noErr);
+    EXPECT_EQ(DVDCopyMediaFailure(&why), kDVDErrorUninitializedLib);
+    ASSERT_EQ(DVDInitialize(), noErr);
+}
+
 TEST_F(Playing, sleep_pausesUntilTheMachineWakes)
 {
     openAndPlay(1, 1);
@@ -297,6 +307,28 @@ TEST_F(Playing, sleep_pausesUntilTheMachineWakes)
     EXPECT_EQ(state(), kDVDStatePaused);
     EXPECT_EQ(DVDWakeUp(), noErr);
     EXPECT_EQ(state(), kDVDStatePlaying);
+}
+
+TEST_F(Playing, sleep_pausesADiscThatForbidsUsersToPause)
+{
+    open(copyThatForbids());
+    ASSERT_EQ(DVDSetChapter(1, 1), noErr);
+    EXPECT_TRUE(waitForColour(chapters[0]));
+    EXPECT_EQ(DVDPause(), kDVDErrorUserActionNoOp);
+    EXPECT_EQ(DVDSleep(), noErr);
+    EXPECT_EQ(state(), kDVDStatePaused);
+    EXPECT_EQ(DVDWakeUp(), noErr);
+    EXPECT_EQ(state(), kDVDStatePlaying);
+}
+
+TEST_F(Playing, wakeUp_leavesAloneWhatWasStoppedMeanwhile)
+{
+    openAndPlay(1, 1);
+    EXPECT_TRUE(waitForColour(chapters[0]));
+    EXPECT_EQ(DVDSleep(), noErr);
+    EXPECT_EQ(DVDStop(), noErr);
+    EXPECT_EQ(DVDWakeUp(), noErr);
+    EXPECT_EQ(state(), kDVDStateStopped);
 }
 
 } // namespace

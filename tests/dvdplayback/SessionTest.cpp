@@ -319,12 +319,18 @@ TEST_F(DVDSessionTest, volume_isKept_andMuted)
     EXPECT_TRUE(isMuted);
 }
 
-TEST_F(DVDSessionTest, displays_areAllSupported)
+TEST_F(DVDSessionTest, displays_areAllSupported_fromTheFirst)
 {
     bool isSupported = false;
     ASSERT_EQ(DVDInitialize(), noErr);
-    EXPECT_EQ(DVDSwitchToDisplay(3, &isSupported), noErr);
-    EXPECT_TRUE(isSupported);
+    for (const std::uint32_t display : {1, 3}) {
+        EXPECT_EQ(DVDSwitchToDisplay(display, &isSupported), noErr);
+        EXPECT_TRUE(isSupported);
+        EXPECT_EQ(DVDSession::instance().settings().display, display);
+    }
+    EXPECT_EQ(DVDSwitchToDisplay(0, &isSupported), noErr);
+    EXPECT_FALSE(isSupported) << "no screen";
+    EXPECT_EQ(DVDSession::instance().settings().display, 3U);
 }
 
 TEST(DVDRegions, excludeEachOther_whenNoneIsLeft)

@@ -123,8 +123,9 @@ TEST_F(SoundPlaying, pictureAndSound_leaveTogether)
     ASSERT_EQ(FSPathMakeRef(disc("interlaced"), &ref, nullptr), noErr);
     ASSERT_EQ(DVDOpenMediaFile(&ref), noErr);
     ASSERT_EQ(DVDSetChapter(1, 1), noErr);
-    ASSERT_TRUE(waitForSound(288'000));
-    setDVDFrameHearer({});
+    const bool hasCome = waitForSound(288'000);
+    setDVDFrameHearer({}); // which refers to what ends with this function
+    ASSERT_TRUE(hasCome);
     ASSERT_EQ(DVDCloseMediaFile(), noErr);
     // The time of the disc stands while the device has nothing to play but silence.
     const std::vector<Frame> all = capturedWithSilence();

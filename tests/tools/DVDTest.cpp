@@ -40,6 +40,19 @@ TEST_F(DVDCommand, json_tellsTitlesChaptersStreamsAndMenus)
     EXPECT_EQ(first[QStringLiteral("subtitles")][0][QStringLiteral("language")].toString(), QStringLiteral("en"));
     EXPECT_EQ(second[QStringLiteral("angles")].toInt(), 3);
     EXPECT_EQ(second[QStringLiteral("aspect")].toString(), QStringLiteral("16:9"));
+    EXPECT_FALSE(first[QStringLiteral("letterbox")].toBool(true));
+    EXPECT_FALSE(first[QStringLiteral("panAndScan")].toBool(true));
+    EXPECT_TRUE(second[QStringLiteral("letterbox")].toBool(false));
+    EXPECT_FALSE(second[QStringLiteral("panAndScan")].toBool(true));
+}
+
+TEST_F(DVDCommand, json_tellsTitlesThatMayBePannedOnly)
+{
+    const ChildResult result = runTessaron({"dvd", "--json", disc("film")});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
+    const QJsonValue title = jsonOf(result.output)[QStringLiteral("titles")][0];
+    EXPECT_FALSE(title[QStringLiteral("letterbox")].toBool(true));
+    EXPECT_TRUE(title[QStringLiteral("panAndScan")].toBool(false));
 }
 
 TEST_F(DVDCommand, text_hasALineForEachThing)
@@ -239,6 +252,14 @@ TEST_F(DVDPlayCommand, whatCannotBePlayed_isSaidInWords)
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_TRUE(result.errors.endsWith(": the disc cannot play title 7 from chapter 1 on\n"))
         << result.errors.constData();
+    const QByteArray copy = copyOfDisc();
+    m_tree.remove("disc/VIDEO_TS/VTS_02_1.VOB");
+    result = runChild(playing({"--title", "2", copy}));
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.errors,
+              "tessaron: “" + copy
+                  + "” cannot be played: the disc cannot play title 2 from chapter 1 on: the contents of "
+                    "title set 2 are missing or cannot be opened\n");
     ChildSettings settings = playing({disc()});
     settings.environment = {"QT_QPA_PLATFORM=", "DISPLAY=", "WAYLAND_DISPLAY="};
     result = runChild(settings);

@@ -59,6 +59,8 @@ public:
     [[nodiscard]] OSStatus setSubtitleStream(int stream);
     /// Says that it is stopped, and what the pictures of the disc are like.
     void tellFirstState();
+    /// Pauses what plays, also where the disc forbids users to.
+    void sleep();
     void setTimeRate(std::chrono::milliseconds rate) { m_timeRate = rate; }
 
 private:

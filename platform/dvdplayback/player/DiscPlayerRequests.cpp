@@ -47,10 +47,17 @@ OSStatus DiscPlayer::pause()
         return noErr;
     if (isForbidden(UserOperation::Pause))
         return kDVDErrorUserActionNoOp;
+    sleep();
+    return noErr;
+}
+
+void DiscPlayer::sleep()
+{
+    if (!m_navigator || m_state.playback == kDVDStatePaused)
+        return;
     m_playbackBefore = isMoving() ? m_state.playback : std::uint32_t(kDVDStatePlaying);
     setPlayback(kDVDStatePaused);
     tellState();
-    return noErr;
 }
 
 OSStatus DiscPlayer::stop()

@@ -126,6 +126,9 @@ PlayerReply PlayerServer::answerPlaying(const PlayerMessage &request)
         return {m_player->setSoundStream(reader.take<std::uint16_t>()), {}, {}};
     case PlayerMessageKind::SetSubtitleStream:
         return {m_player->setSubtitleStream(reader.take<std::uint16_t>()), {}, {}};
+    case PlayerMessageKind::Sleep:
+        m_player->sleep();
+        return {};
     case PlayerMessageKind::SetTimeRate:
         m_player->setTimeRate(std::chrono::milliseconds(std::max<std::uint32_t>(reader.take<std::uint32_t>(), 1)));
         return {};

@@ -1,8 +1,5 @@
 #include "platform/dvdplayback/player/SoundDecoder.h"
 
-#include <algorithm>
-#include <array>
-
 namespace Tessaron
 {
 
@@ -45,15 +42,14 @@ std::unique_ptr<SoundDecoder> SoundDecoder::create(ElementaryKind kind, const So
         return nullptr;
     std::unique_ptr<SoundDecoder> decoder(new SoundDecoder(kind, form));
     decoder->m_context.reset(avcodec_alloc_context3(codec));
-    decoder->m_packet.reset(av_packet_alloc());
     decoder->m_frame.reset(av_frame_alloc());
-    if (!decoder->m_context || !decoder->m_packet || !decoder->m_frame)
+    if (!decoder->m_context || !decoder->m_frame)
         return nullptr;
     decoder->m_context->thread_count = 1;
     decoder->m_context->pkt_timebase = {1, int(ticksInSecond)};
-    if (avcodec_open2(decoder->m_context.get(), codec, nullptr) != 0)
+    if (avcodec_open2(decoder->m_context.get(), codec, nullptr) != 0
+        || !decoder->m_packets.open(decoder->m_context.get()))
         return nullptr;
-    decoder->forget();
     return decoder;
 }
 
@@ -61,66 +57,17 @@ void SoundDecoder::forget()
 {
     avcodec_flush_buffers(m_context.get());
     m_converter.reset();
-    // Samples of a disc's LPCM come in whole packets.
-    if (m_kind != ElementaryKind::LPCM)
-        m_parser.reset(av_parser_init(m_context->codec_id));
+    m_packets.forget();
 }
 
 void SoundDecoder::add(std::span<const std::uint8_t> bytes, std::optional<std::int64_t> time, const Visitor &visitor)
 {
-    if (bytes.empty() || bytes.size() > discSectorSize)
-        return;
-    // Parsers and decoders may look beyond the end.
-    std::array<std::uint8_t, discSectorSize + AV_INPUT_BUFFER_PADDING_SIZE> padded{};
-    std::copy(bytes.begin(), bytes.end(), padded.begin());
-    if (m_kind != ElementaryKind::LPCM) {
-        parse({padded.data(), bytes.size()}, time, visitor);
-        return;
-    }
-    m_packet->data = padded.data();
-    m_packet->size = int(bytes.size());
-    m_packet->pts = time.value_or(AV_NOPTS_VALUE);
-    decode(m_packet.get(), visitor);
-}
-
-void SoundDecoder::parse(std::span<const std::uint8_t> bytes, std::optional<std::int64_t> time, const Visitor &visitor)
-{
-    if (!m_parser)
-        return;
-    const std::uint8_t *position = bytes.data();
-    int left = int(bytes.size());
-    std::int64_t presentation = time.value_or(AV_NOPTS_VALUE);
-    while (left > 0) {
-        std::uint8_t *data = nullptr;
-        int size = 0;
-        const int used = av_parser_parse2(m_parser.get(), m_context.get(), &data, &size, position, left, presentation,
-                                          AV_NOPTS_VALUE, 0);
-        if (used < 0 || (used == 0 && size == 0))
-            return;
-        presentation = AV_NOPTS_VALUE;
-        position += used;
-        left -= used;
-        if (size == 0)
-            continue;
-        m_packet->data = data;
-        m_packet->size = size;
-        m_packet->pts = m_parser->pts;
-        decode(m_packet.get(), visitor);
-    }
+    m_packets.add(bytes, time, [&](AVPacket *packet) { decode(packet, visitor); });
 }
 
 void SoundDecoder::drain(const Visitor &visitor)
 {
-    std::uint8_t *data = nullptr;
-    int size = 0;
-    if (m_parser)
-        av_parser_parse2(m_parser.get(), m_context.get(), &data, &size, nullptr, 0, AV_NOPTS_VALUE, AV_NOPTS_VALUE, 0);
-    if (size > 0) {
-        m_packet->data = data;
-        m_packet->size = size;
-        m_packet->pts = m_parser->pts;
-        decode(m_packet.get(), visitor);
-    }
+    m_packets.drain([&](AVPacket *packet) { decode(packet, visitor); });
     decode(nullptr, visitor);
     forget();
 }

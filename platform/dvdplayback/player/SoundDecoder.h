@@ -2,6 +2,7 @@
 
 #include "platform/dvdplayback/SharedSound.h"
 #include "platform/dvdplayback/player/DecoderHandles.h"
+#include "platform/dvdplayback/player/FrameSplitter.h"
 #include "platform/dvdplayback/player/PacketSplitter.h"
 
 #include <cstdint>
@@ -25,7 +26,7 @@ struct DecodedSound {
 class SoundDecoder
 {
 public:
-    /// Null for what is no sound, when there is no decoder, or no memory.
+    /// Null for a kind that is not sound, and without a decoder or memory.
     [[nodiscard]] static std::unique_ptr<SoundDecoder> create(ElementaryKind kind, const SoundForm &form);
 
     using Visitor = std::function<void(DecodedSound)>;
@@ -40,7 +41,6 @@ public:
 
 private:
     SoundDecoder(ElementaryKind kind, const SoundForm &form);
-    void parse(std::span<const std::uint8_t> bytes, std::optional<std::int64_t> time, const Visitor &visitor);
     void decode(AVPacket *packet, const Visitor &visitor);
     void convert(const AVFrame &frame, const Visitor &visitor);
     [[nodiscard]] bool prepareConversion(const AVFrame &frame);
@@ -48,8 +48,7 @@ private:
     const ElementaryKind m_kind;
     const SoundForm m_form;
     DecoderContext m_context;
-    StreamParser m_parser; ///< null for what comes in whole packets
-    DecoderPacket m_packet;
+    FrameSplitter m_packets;
     DecodedFrame m_frame;
     Converter m_converter; ///< null before the first frame
     ChannelLayout m_layout; ///< what it converts from

@@ -23,13 +23,13 @@ public:
 
     void add(const SoundStream &stream, std::span<const std::uint8_t> bytes, std::optional<std::int64_t> time);
     [[nodiscard]] bool isEmpty() const { return m_sound.empty(); }
-    /// What waits is not heard.
+    /// Drops all that waits.
     void clear() { m_sound.clear(); }
-    /// The same of what belongs to pictures before that time.
+    /// Drops what belongs to pictures before that time.
     void dropBefore(std::int64_t time);
-    /// What comes next is elsewhere on the disc.
+    /// Forgets what was begun: what comes next is elsewhere on the disc.
     void forget();
-    /// Decodes up to so much sound ahead of what is heard, 90 kHz; all of it when nothing follows for now.
+    /// Decodes up to this much sound (90 kHz) ahead of what is heard; all of it when nothing follows for now.
     void decode(PlaybackClock::Clock::time_point now, std::int64_t mostAhead, bool isLast);
 
 private:

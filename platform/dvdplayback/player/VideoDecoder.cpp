@@ -1,7 +1,6 @@
 #include "platform/dvdplayback/player/VideoDecoder.h"
 
 #include <algorithm>
-#include <array>
 
 namespace Tessaron
 {
@@ -29,59 +28,24 @@ std::unique_ptr<VideoDecoder> VideoDecoder::create()
     std::unique_ptr<VideoDecoder> decoder(new VideoDecoder);
     const AVCodec *const codec = avcodec_find_decoder(AV_CODEC_ID_MPEG2VIDEO);
     decoder->m_context.reset(codec ? avcodec_alloc_context3(codec) : nullptr);
-    decoder->m_parser.reset(av_parser_init(AV_CODEC_ID_MPEG2VIDEO));
-    decoder->m_packet.reset(av_packet_alloc());
-    if (!decoder->m_context || !decoder->m_parser || !decoder->m_packet)
+    if (!decoder->m_context)
         return nullptr;
     // A thread more would cost a picture of delay each, and one decodes a DVD many times faster than it plays.
     decoder->m_context->thread_count = 1;
-    if (avcodec_open2(decoder->m_context.get(), codec, nullptr) != 0)
+    if (avcodec_open2(decoder->m_context.get(), codec, nullptr) != 0
+        || !decoder->m_packets.open(decoder->m_context.get()))
         return nullptr;
     return decoder;
 }
 
 void VideoDecoder::add(std::span<const std::uint8_t> bytes, std::optional<std::int64_t> time, const Visitor &visitor)
 {
-    if (!m_parser || bytes.size() > mostBytesAtATime)
-        return;
-    // The parser may look beyond the end.
-    std::array<std::uint8_t, mostBytesAtATime + AV_INPUT_BUFFER_PADDING_SIZE> padded{};
-    std::copy(bytes.begin(), bytes.end(), padded.begin());
-    const std::uint8_t *position = padded.data();
-    int left = int(bytes.size());
-    std::int64_t presentation = time.value_or(AV_NOPTS_VALUE);
-    while (left > 0) {
-        std::uint8_t *data = nullptr;
-        int size = 0;
-        const int used = av_parser_parse2(m_parser.get(), m_context.get(), &data, &size, position, left, presentation,
-                                          AV_NOPTS_VALUE, 0);
-        if (used < 0 || (used == 0 && size == 0))
-            return;
-        presentation = AV_NOPTS_VALUE;
-        position += used;
-        left -= used;
-        if (size == 0)
-            continue;
-        m_packet->data = data;
-        m_packet->size = size;
-        m_packet->pts = m_parser->pts;
-        decode(m_packet.get(), visitor);
-    }
+    m_packets.add(bytes, time, [&](AVPacket *packet) { decode(packet, visitor); });
 }
 
 void VideoDecoder::drain(const Visitor &visitor)
 {
-    std::uint8_t *data = nullptr;
-    int size = 0;
-    if (!m_parser)
-        return;
-    av_parser_parse2(m_parser.get(), m_context.get(), &data, &size, nullptr, 0, AV_NOPTS_VALUE, AV_NOPTS_VALUE, 0);
-    if (size > 0) {
-        m_packet->data = data;
-        m_packet->size = size;
-        m_packet->pts = m_parser->pts;
-        decode(m_packet.get(), visitor);
-    }
+    m_packets.drain([&](AVPacket *packet) { decode(packet, visitor); });
     decode(nullptr, visitor);
     forget();
 }
@@ -89,7 +53,7 @@ void VideoDecoder::drain(const Visitor &visitor)
 void VideoDecoder::forget()
 {
     avcodec_flush_buffers(m_context.get());
-    m_parser.reset(av_parser_init(AV_CODEC_ID_MPEG2VIDEO));
+    m_packets.forget();
 }
 
 void VideoDecoder::decode(AVPacket *packet, const Visitor &visitor)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/dvdplayback/player/DecoderHandles.h"
+#include "platform/dvdplayback/player/FrameSplitter.h"
 
 #include <cstdint>
 #include <functional>
@@ -25,7 +26,6 @@ public:
     [[nodiscard]] static std::unique_ptr<VideoDecoder> create();
 
     using Visitor = std::function<void(VideoPicture)>;
-    static constexpr std::size_t mostBytesAtATime = 2048;
     /// Takes the next bytes of the stream, a sector's at most, and gives the pictures that are complete. The time is
     /// that of the first picture that begins in the bytes.
     void add(std::span<const std::uint8_t> bytes, std::optional<std::int64_t> time, const Visitor &visitor);
@@ -39,8 +39,7 @@ private:
     void decode(AVPacket *packet, const Visitor &visitor);
 
     DecoderContext m_context;
-    StreamParser m_parser;
-    DecoderPacket m_packet;
+    FrameSplitter m_packets;
 };
 
 } // namespace Tessaron

@@ -178,12 +178,30 @@ TEST_F(PlayerWindowTest, keys_playPauseAndStep)
     EXPECT_TRUE(waitForChapter(1, 1));
     press(Qt::Key_Right, Qt::ShiftModifier);
     EXPECT_TRUE(waitForState(kDVDStateScanning));
-    press(Qt::Key_Space);
+    press(Qt::Key_P);
     EXPECT_TRUE(waitForState(kDVDStatePlaying));
+    press(Qt::Key_P);
+    EXPECT_TRUE(waitForState(kDVDStatePaused));
     press(Qt::Key_X);
     EXPECT_TRUE(waitForState(kDVDStateStopped));
     press(Qt::Key_Home);
     EXPECT_TRUE(waitForColour(titleMenu));
+}
+
+TEST_F(PlayerWindowTest, space_doesNothing_onAStillAndWhenStopped)
+{
+    const auto expectNothing = [&](std::uint32_t state) {
+        ASSERT_TRUE(waitForState(state));
+        press(Qt::Key_Space);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !m_playback.isBusy(); }, patience));
+        std::uint32_t now = 0;
+        EXPECT_EQ(DVDGetState(&now), noErr);
+        EXPECT_EQ(now, state);
+    };
+    open();
+    expectNothing(kDVDStatePlayingStill);
+    m_playback.stop();
+    expectNothing(kDVDStateStopped);
 }
 
 TEST_F(PlayerWindowTest, angle_isTheNextOne)
@@ -212,11 +230,13 @@ TEST_F(PlayerWindowTest, streams_canBeChosen)
     press(Qt::Key_L);
     EXPECT_EQ(shownBy("note"), QStringLiteral("English, Dolby Digital stereo"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return m_playback.audioStream() == 1; }, patience));
+    m_playback.goToChapter(1, 1); // the title must not come to its end on a busy machine
     choose("subtitles", 1);
     EXPECT_TRUE(QTest::qWaitFor([&] { return m_playback.subtitleStream() == 1; }, patience));
     press(Qt::Key_S);
     EXPECT_EQ(shownBy("note"), QStringLiteral("No subtitles"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return m_playback.subtitleStream() == 0; }, patience));
+    m_playback.goToChapter(1, 1);
     press(Qt::Key_S);
     EXPECT_EQ(shownBy("note"), QStringLiteral("English"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return m_playback.subtitleStream() == 1; }, patience));
@@ -407,7 +427,7 @@ TEST_F(PlayerWindowTest, discThatCameToItsEnd_beginsAnew)
     EXPECT_TRUE(waitForState(kDVDStateStopped));
     EXPECT_TRUE(QTest::qWaitFor([&] { return message() == QStringLiteral("The disc has come to its end"); }));
     EXPECT_EQ(QDir(m_state).entryList(QDir::Files), QStringList{QStringLiteral("unused")});
-    press(Qt::Key_Space);
+    press(Qt::Key_P);
     EXPECT_TRUE(waitForColour(titleMenu));
     EXPECT_TRUE(message().isEmpty());
 }
@@ -419,6 +439,19 @@ TEST_F(PlayerWindowTest, titleThatIsNotThere_isSaid)
     EXPECT_EQ(m_failure, QStringLiteral("the disc cannot play title 9 from chapter 1 on"));
 }
 
+TEST_F(PlayerWindowTest, titleWhoseContentsAreDamaged_isSaid_withTheDamage)
+{
+    const QByteArray copy = copyOfDisc();
+    QFile contents(m_tree.pathText("disc/VIDEO_TS/VTS_02_1.VOB"));
+    ASSERT_TRUE(contents.open(QIODevice::ReadWrite));
+    ASSERT_EQ(contents.write(QByteArray(int(contents.size()), '\0')), contents.size());
+    contents.close();
+    m_playback.open(copy, PlaybackStart{std::uint16_t(2), 1});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !m_failure.isEmpty(); }, patience));
+    const QString begin = QStringLiteral("the disc cannot play title 2 from chapter 1 on: ");
+    EXPECT_TRUE(m_failure.startsWith(begin) && m_failure.size() > begin.size()) << m_failure.toStdString();
+}
+
 /// TESSARON_CALLS asks for more of them.
 TEST_F(PlayerWindowTest, anyInputInAnyOrder_neverHangs)
 {
@@ -428,7 +461,7 @@ TEST_F(PlayerWindowTest, anyInputInAnyOrder_neverHangs)
     constexpr std::array keys = {Qt::Key_Up,    Qt::Key_Down,   Qt::Key_Left,     Qt::Key_Right, Qt::Key_Return,
                                  Qt::Key_Space, Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_D,     Qt::Key_A,
                                  Qt::Key_L,     Qt::Key_S,      Qt::Key_M,        Qt::Key_Plus,  Qt::Key_Minus,
-                                 Qt::Key_Home,  Qt::Key_F,      Qt::Key_Escape,   Qt::Key_X};
+                                 Qt::Key_Home,  Qt::Key_F,      Qt::Key_Escape,   Qt::Key_X,     Qt::Key_P};
     constexpr std::array<Qt::KeyboardModifier, 3> modifiers = {Qt::NoModifier, Qt::ShiftModifier, Qt::ControlModifier};
     constexpr std::array menus = {"audio", "subtitles", "angles"};
     const int asked = qEnvironmentVariableIntValue("TESSARON_CALLS");

@@ -1,10 +1,10 @@
 #include "tests/filemodel/scanner/DirectoryScannerFixture.h"
 #include "tests/support/FailingAllocations.h"
+#include "tests/support/FewDescriptors.h"
 #include "tests/support/WithoutThreads.h"
 
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 namespace Tessaron
@@ -14,26 +14,6 @@ namespace
 {
 
 using Unreadable = std::vector<UnreadableFolder>;
-
-/// Leaves the process so many further descriptors while it lives.
-class FewDescriptors
-{
-public:
-    explicit FewDescriptors(int count)
-    {
-        const int lowest = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-        ::close(lowest);
-        EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &m_before), 0);
-        const rlimit few{static_cast<rlim_t>(lowest + count), m_before.rlim_max};
-        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    }
-    ~FewDescriptors() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
-    FewDescriptors(const FewDescriptors &) = delete;
-    FewDescriptors &operator=(const FewDescriptors &) = delete;
-
-private:
-    rlimit m_before = {};
-};
 
 class KRDirectoryScannerFailure : public DirectoryScannerFixture
 {
@@ -162,7 +142,7 @@ TEST_F(KRDirectoryScannerFailure, noFolderIsLost_whenDescriptorsAreFew)
         tree.makeFile("top/" + QByteArray::number(folder) + "/file");
     const auto scanner = scannerFor("top");
     {
-        const FewDescriptors few(12);
+        const Testing::FewDescriptors few(12);
         scan(scanner);
     }
     EXPECT_EQ(scanner->scannedFiles(), 300u);
@@ -182,7 +162,7 @@ TEST_F(KRDirectoryScannerFailure, noFolderIsLost_ofManyBelowEachOther_whenDescri
     }
     const auto scanner = scannerFor("top");
     {
-        const FewDescriptors few(12);
+        const Testing::FewDescriptors few(12);
         scan(scanner);
     }
     EXPECT_EQ(scanner->scannedDirs(), 300u);
