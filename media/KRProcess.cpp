@@ -51,7 +51,8 @@ QString KRProcess::name() const
 int KRProcess::waitUntilExit() const
 {
     constexpr int noChild = -1;
-    // What is no number of a process means groups of children to waitpid(2), and would take the status of any of them.
+    // Numbers that are not those of a process mean groups of children to waitpid(2), which would take the status of
+    // any.
     int status = 0;
     return m_kinfo.p_pid > 0 ? ::waitpid(m_kinfo.p_pid, &status, WNOHANG) : noChild;
 }

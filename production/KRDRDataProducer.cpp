@@ -73,7 +73,7 @@ CopyState copyStateOf(std::uint32_t options)
     return (options & KRDRProductionOption::copyrightFree) != 0 ? CopyState::CopyrightFree : CopyState::Unstated;
 }
 
-/// Seconds in the time scale of a movie, without the fraction; no value for what is no time of a movie.
+/// Seconds in the time scale of a movie, without the fraction; no value for a number that is not a time of a movie.
 std::optional<std::int64_t> movieTime(float seconds, std::int64_t timeScale)
 {
     constexpr double most = 9e18; // below 2^63

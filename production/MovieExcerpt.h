@@ -26,7 +26,7 @@ public:
     /// Of the source; the scale is not 0.
     [[nodiscard]] QTTime duration() const { return m_source->duration(); }
     /// Writes the part that begins at `start` and is `length` long, in the source's time scale, into the movie with
-    /// this name. False when it cannot be written, or is no part of the source. Called once.
+    /// this name. False when it cannot be written, or does not lie in the source. Called once.
     [[nodiscard]] bool write(std::int64_t start, std::int64_t length, const QByteArray &name);
     /// Of the temporary movie; null until it is written.
     [[nodiscard]] QString path() const { return m_path; }

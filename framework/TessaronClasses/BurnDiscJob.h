@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/discrecording/drives/DriveDescription.h"
+#include <TessaronClasses/AudioImageJob.h>
 #include <TessaronClasses/DiscFormat.h>
 #include <TessaronClasses/DiscImageJob.h>
 #include <TessaronClasses/DiscJob.h>
@@ -27,6 +28,9 @@ struct BurnDiscOrder {
     QList<QByteArray> sources = {};
     /// A disc of folders and files as a tree, in place of `sources`; see DiscImageOrder.
     std::shared_ptr<KRFileHierarchyItem> tree = {};
+    /// A disc of sound, in place of both: what AudioImageJob would make an image of is decoded while the drive writes
+    /// it. What of it says where an image goes does not count, and a track of data is refused.
+    std::optional<AudioImageOrder> audio = {};
     /// A drive such as "/dev/sr0", or "stdio:" and the path of a regular file; empty for the only drive that there is.
     /// No other one is opened.
     QByteArray drive = {};
@@ -68,7 +72,8 @@ struct BurnDiscResult {
     QString condition = QStringLiteral("unchanged");
     /// What has gone wrong with the drive: "busy", "no-disc", "calibration" …; empty where it was something else.
     QString fault;
-    bool isImage = false; ///< an image was written, not folders and files
+    bool isImage = false; ///< an image or a disc of sound was written, not folders and files
+    std::vector<AudioImageTrack> audioTracks; ///< of a disc of sound, with what of it is damaged
     /// Of folders and files: counts, name, and what is not on the disc as it stands. Of an image: `bytes`.
     DiscImageResult data;
     // Of what the disc had before and still has; not counted in `data`.
@@ -80,6 +85,8 @@ struct BurnDiscResult {
     /// What an image says and this disc cannot have, what was interpreted, and what sounds are damaged.
     QStringList notes;
     bool isAnythingLost = false; ///< one of the notes is about something that is not on the disc
+    /// Computers could be started from the disc (El Torito), and cannot now that something was added. A note says it.
+    bool isStartLost = false;
     std::uint64_t waits = 0; ///< how often the drive had to wait for data
     std::optional<VerificationResult> verification; ///< of folders and files that were compared
     std::uint64_t bytesCompared = 0; ///< of an image that was compared: data and sound

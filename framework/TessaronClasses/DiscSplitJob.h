@@ -36,8 +36,8 @@ struct DiscShare {
     std::uint64_t bytes = 0; ///< of an image in format ISO, to the byte
     std::uint64_t files = 0;
     std::uint64_t folders = 0; ///< the root not counted
-    /// What is on it, as paths from the root with '/' in front: folders that are on it with all that is in them, and
-    /// else what of them is on it. In the order of names.
+    /// What is on it, as paths from the root with '/' in front, in the order of names: of a folder that is on it whole
+    /// its own path alone, of any other one the paths of what is on it.
     QList<QString> paths;
 };
 
@@ -55,9 +55,9 @@ struct DiscSplitResult {
 };
 
 /// Finds out how a tree goes onto several discs: which folders and files on which, and how large each disc will be.
-/// Folders stay together where a disc can hold them; else their parts go onto as few
-/// discs as they can. The same tree is always split in the same way. Nothing is written; each source is looked at, and
-/// none read. See DiscJob for threads and lifetime.
+/// Folders stay together where a disc can hold them; else their parts go onto as few discs as they can. The same tree
+/// is always split in the same way. Nothing is written; each source is looked at, but not read. See DiscJob for threads
+/// and lifetime.
 class TESSARON_EXPORT DiscSplitJob final : public DiscJob
 {
     Q_OBJECT

@@ -19,18 +19,19 @@ namespace Tessaron
 /// from the working folder.
 struct ExtractFilesOrder {
     QByteArray image = {}; ///< see openDiscImage()
-    /// Absent for the one that keeps most of names and properties: the first that can be read of Rock Ridge, UDF, HFS+,
-    /// Joliet and ISO 9660.
+    /// Absent for the one that keeps the most of names and properties: the first of Rock Ridge, UDF, HFS+, Joliet and
+    /// ISO 9660 that is there and can be read.
     std::optional<VolumeKind> filesystem = std::nullopt;
     /// Which of OpenedDiscImage::parts has the filesystem. Absent, without a track, for the image itself, or, where
     /// that has none, for the first part that has one.
     std::optional<std::size_t> part = std::nullopt;
-    /// The number of the track that has it, instead of a part.
+    /// In place of `part`: the number of the track that has the filesystem.
     std::optional<std::uint32_t> track = std::nullopt;
-    /// In the filesystem, from its root, with or without '/' in front: files, and folders with all that is in them.
-    /// Empty for everything.
+    /// Files, and folders with all that is in them, by their paths from the root of the filesystem, with or without
+    /// '/' in front. Empty for everything.
     QList<QByteArray> paths = {};
-    /// Where they go, each path under its last name, or all that is in the root. Made where it is not there.
+    /// Where they go: each of `paths` under its last name; without `paths`, all that is in the root. Made where it is
+    /// not there.
     QByteArray folder = {};
     /// Have the files on the disk, past all caches, before the job ends.
     bool isSynchronized = true;
@@ -41,13 +42,14 @@ struct ExtractFilesResult {
     /// Null when the job came to its end. What was taken out before an error or a cancel stays, each file whole. Domain
     /// and codes are those of DiscJobErrors.h.
     NSError error;
-    VolumeKind filesystem = VolumeKind::ISO9660; ///< that was read
+    VolumeKind filesystem = VolumeKind::ISO9660; ///< the one that was read
     std::uint64_t files = 0; ///< taken out
     std::uint64_t folders = 0;
     std::uint64_t symbolicLinks = 0;
     std::uint64_t bytes = 0; ///< of the files
 
-    /// Something that is not there as the image has it. Paths are those of the filesystem, without '/' in front.
+    /// Something that could not be taken out as the image has it. Paths are those of the filesystem, without '/' in
+    /// front.
     struct Failure {
         QByteArray path;
         NSError error;
@@ -55,10 +57,11 @@ struct ExtractFilesResult {
     std::vector<Failure> failures; ///< the first thousand
     std::uint64_t failureCount = 0;
 
-    /// Something that has another name than in the image, since that was taken or no file can have it.
+    /// Something that has another name than in the image, since a file of that name was there already, or no file can
+    /// have it.
     struct Renaming {
         QByteArray path;
-        QByteArray name; ///< that it has now
+        QByteArray name; ///< the one that it has now
     };
     std::vector<Renaming> renamings; ///< the first thousand
     std::uint64_t renamingCount = 0;

@@ -32,7 +32,7 @@ struct VerificationRequest {
     std::shared_ptr<KRFileHierarchyItem> tree = {};
     /// The filesystems that the image must have, no more and no fewer; absent to take it as it is.
     std::optional<DiscFilesystems> filesystems;
-    /// The image goes on with what its disc had before: what the sources do not have is no difference.
+    /// The image goes on with what its disc had before: what the sources do not have is not a difference.
     bool hasEarlierFiles = false;
     /// Further tracks and partitions, and the image itself when what is compared is one of these: their structures are
     /// checked, and nothing of them is compared.

@@ -48,7 +48,7 @@ struct InfoResult {
     std::uint64_t leftOut = 0; ///< files in folders whose names say that they hold neither sound nor movies
     std::uint64_t leftOutSpecial = 0; ///< links, pipes, devices and sockets in folders
 
-    /// No error, no failure, nothing unreadable, and no file that is no movie.
+    /// True when there is no error and no failure, nothing is unreadable, and each file is a movie.
     [[nodiscard]] TESSARON_EXPORT bool isComplete() const;
 };
 

@@ -104,7 +104,7 @@ private:
     void onMainThread(std::function<void(KRCustomLayoutWriter &)> function);
 
     const KRCustomLayoutWriterDelegate m_delegate;
-    std::vector<Producer> m_layout; ///< null where an element is no producer
+    std::vector<Producer> m_layout; ///< null where an element is not a producer
     std::uint64_t m_totalBytes = 0;
     std::atomic<bool> m_abort = false;
 

@@ -39,7 +39,7 @@ public:
     [[nodiscard]] QString name() const;
 
     /// Waits for nothing: what waitpid(2) returns with WNOHANG. The identifier once when a child of this process has
-    /// ended, whose status is taken by that; 0 while it runs; -1 for what is no child of this process.
+    /// ended, whose status is taken by that; 0 while it runs; -1 when it is not a child of this process.
     int waitUntilExit() const;
 
 private:

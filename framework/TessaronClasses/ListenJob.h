@@ -11,17 +11,18 @@
 namespace Tessaron
 {
 
-/// What is to be heard. Lengths are frames: 75 in a second.
+/// What is to be heard. Places and lengths are frames: 75 in a second.
 struct ListenOrder {
     std::vector<AudioPart> sound; ///< one after the other, without a break
-    std::uint64_t from = 0; ///< where to begin
+    std::uint64_t from = 0; ///< where to begin, counted over all of `sound`
 };
 
+/// How playing has ended.
 struct ListenResult {
     /// Null when the sound was heard to its end. Domain and codes are those of DiscJobErrors.h: Cancelled, Source for
-    /// what cannot be decoded, Destination where there is nothing that plays.
+    /// what cannot be decoded, Destination where nothing can play it.
     NSError error;
-    bool isDeviceMissing = false; ///< with the error: there is no sound device, or it has stopped
+    bool isDeviceMissing = false; ///< the error is that there is no sound device, or that it has stopped
 };
 
 /// Lets the user hear files of sound: decodes them in one program and plays them from another one, TessaronDVDSound,
@@ -36,10 +37,11 @@ public:
     ~ListenJob() override;
 
     void setPaused(bool isPaused);
+    /// What was asked for last.
     [[nodiscard]] bool isPaused() const;
-    /// Goes on from there; to the end for what lies behind it.
+    /// Goes on from this frame of the whole; a frame behind the end ends the job.
     void seek(std::uint64_t frame);
-    /// The frame that is heard now, as far as the device tells; moves with progressed().
+    /// The frame of the whole that is heard now, as far as the device tells. Ask for it with progressed().
     [[nodiscard]] std::uint64_t position() const;
 
     /// As it was sent with finished(); before that, empty.

@@ -5,15 +5,16 @@
 #include <QByteArray>
 #include <QMetaType>
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 namespace Tessaron
 {
 
-/// What is to be drawn. The path is bytes.
+/// The sound that is to be drawn.
 struct WaveformOrder {
-    QByteArray path; ///< of an audio or movie file
+    QByteArray path; ///< of an audio or movie file; bytes
     /// How many peaks are kept at most: those of longer sounds stand for 2, 4, 8 … frames each.
     std::size_t mostPeaks = std::size_t(1) << 20;
 };
@@ -29,10 +30,11 @@ struct WaveformPeak {
 /// How a sound looks. A value.
 struct Waveform {
     std::vector<WaveformPeak> peaks; ///< the last one may stand for less than the others
-    std::uint32_t framesPerPeak = 1; ///< 75 frames in a second
+    std::uint32_t framesPerPeak = 1; ///< 1, 2, 4, 8 …; a second has 75 frames
     std::uint64_t samples = 0; ///< of the whole file, at 44,100 Hz
 };
 
+/// How a look at a sound has ended.
 struct WaveformResult {
     NSError error; ///< null when the waveform is whole; domain and codes are those of DiscJobErrors.h
     Waveform waveform;

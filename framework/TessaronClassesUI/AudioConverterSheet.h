@@ -3,6 +3,7 @@
 #include "platform/foundation/Export.h"
 #include <TessaronClasses/KRAudioConverter.h>
 
+#include <functional>
 #include <memory>
 
 namespace Tessaron
@@ -17,5 +18,10 @@ namespace Tessaron
 ///     converter->setUseStandardUI(true);
 [[nodiscard]] TESSARON_EXPORT std::unique_ptr<KRAudioConverterInterface>
 loadAudioConverterInterface(KRAudioConverter &owner);
+
+/// The same window for what converts by other means, for example an AudioConvertJob: `whenCancelled` is called once,
+/// when the user wants it to end, and the window is gone then.
+[[nodiscard]] TESSARON_EXPORT std::unique_ptr<KRAudioConverterInterface>
+loadAudioConverterSheet(const std::function<void()> &whenCancelled);
 
 } // namespace Tessaron

@@ -1,14 +1,18 @@
+#include "imaging/burning/AudioBurnPlan.h"
 #include "imaging/burning/BurnSources.h"
 #include "imaging/burning/BurntDiscCheck.h"
 #include "imaging/burning/ChosenDrive.h"
 #include "imaging/burning/DescribedTrackWriter.h"
 #include "imaging/burning/EarlierFiles.h"
+#include "imaging/burning/SoundPipe.h"
+#include "imaging/jobs/AudioDiscMaker.h"
 #include "imaging/jobs/DataDisc.h"
 #include "imaging/jobs/DiscJobWork.h"
 #include "imaging/jobs/ImageMaker.h"
 #include "imaging/jobs/LayoutWriting.h"
 #include "platform/discrecording/objects/DRStorageReport.h"
 #include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/BurnDiscJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/DiscNames.h>
@@ -63,6 +67,8 @@ public:
     [[nodiscard]] NSError prepare(const std::stop_token &stop);
     [[nodiscard]] NSError errorOfTree() const;
     [[nodiscard]] NSError findSources(const std::stop_token &stop);
+    [[nodiscard]] NSError prepareSound(const std::stop_token &stop);
+    [[nodiscard]] TableOfContents leastContents() const;
     [[nodiscard]] NSError openDrive();
     [[nodiscard]] DRBurnOptions burnOptions() const;
     [[nodiscard]] NSError readEarlierFiles(const std::stop_token &stop);
@@ -73,9 +79,15 @@ public:
     void dataMade();
     void describeImage();
     [[nodiscard]] NSError writeImage(const std::stop_token &stop);
+    [[nodiscard]] NSError writeSound(const std::stop_token &stop);
+    [[nodiscard]] NSError write(const BurnPlan &plan, const std::stop_token &stop);
+    void noteDamage();
     void written(const NSError &error);
     [[nodiscard]] NSError finish(const NSError &writeError, const std::stop_token &stop);
     [[nodiscard]] NSError check(const std::stop_token &stop);
+    [[nodiscard]] NSError checkImage(const std::stop_token &stop);
+    [[nodiscard]] NSError checkSound(const std::stop_token &stop);
+    [[nodiscard]] NSError checkTracks(const BurnPlan &plan, const std::stop_token &stop);
     void tell(const DiscJobProgress &now);
 
     const BurnDiscOrder order;
@@ -83,6 +95,9 @@ public:
     BurnDiscResult result;
     std::shared_ptr<DRDevice> device;
     BurnSources sources;
+    AudioImageResult sound; ///< of a disc of sound
+    std::unique_ptr<AudioDiscMaker> audio; ///< null for another disc
+    TableOfContents soundContents;
     std::shared_ptr<EarlierFiles> earlier; ///< null unless data go onto a disc that has some
     DiscFilesystems filesystems; ///< that are written
     // The main thread's.
@@ -102,6 +117,8 @@ NSError BurnDiscJob::Work::prepare(const std::stop_token &stop)
 {
     if (NSError error = errorOfEnvironment())
         return error;
+    if (order.audio)
+        return prepareSound(stop);
     if (NSError error = order.tree ? errorOfTree() : findSources(stop))
         return error;
     if (stop.stop_requested())
@@ -147,20 +164,54 @@ NSError BurnDiscJob::Work::openDrive()
     result.disc = device->disc();
     result.driveName = device->name();
     device->setBurnOptions(burnOptions());
-    TableOfContents least;
-    if (sources.image) {
-        least = sources.image->disc.contents;
-    } else {
-        DiscTrack track;
-        track.length = 1;
-        least = TableOfContents::withTrack(track);
-        least.sessions.front().firstBlock = device->firstBlock();
-    }
     if (sources.image && order.leavesOpen && isOverwritten(result.disc.family))
         return discJobError(DiscJobErrorCode::InvalidOrder,
                             QStringLiteral("an image is written from the begin of such a disc, and not added to it"),
                             QStringLiteral("Leave --multi out to replace what is on it, or add folders and files."));
-    return jobErrorOfBurn(device->errorOfBurn(least));
+    return jobErrorOfBurn(device->errorOfBurn(leastContents()));
+}
+
+/// What is known before much is looked at.
+TableOfContents BurnDiscJob::Work::leastContents() const
+{
+    if (sources.image)
+        return sources.image->disc.contents;
+    DiscTrack track;
+    track.length = 1;
+    if (order.audio) {
+        track.kind = TrackKind::Audio;
+        track.blockSize = CDSound::bytesPerFrame;
+    }
+    TableOfContents least = TableOfContents::withTrack(track);
+    least.sessions.front().firstBlock = device->firstBlock();
+    return least;
+}
+
+/// Opens the drive and then the sounds, and finds out what the disc will be.
+NSError BurnDiscJob::Work::prepareSound(const std::stop_token &stop)
+{
+    if (!order.sources.isEmpty() || order.tree)
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("a disc is made of sound, or of a tree, or of sources"));
+    if (!order.audio->dataFolder.isEmpty())
+        return discJobError(DiscJobErrorCode::InvalidOrder,
+                            QStringLiteral("sound behind a track of data is written from an image only"),
+                            QStringLiteral("Make an image of it, and burn that."));
+    audio = std::make_unique<AudioDiscMaker>(*order.audio, sound);
+    if (NSError error = audio->findSources())
+        return error;
+    if (NSError error = openDrive())
+        return error;
+    if (NSError error = audio->openFiles(stop))
+        return error;
+    soundContents = audio->plan({});
+    result.isImage = true;
+    result.data.bytes = soundContents.storedBytes();
+    result.tracks = std::uint32_t(soundContents.trackCount());
+    result.sessions = 1;
+    result.notes << sound.notes << sound.changedTexts;
+    result.isAnythingLost = sound.areTextsLost;
+    return jobErrorOfBurn(device->errorOfBurn(soundContents));
 }
 
 DRBurnOptions BurnDiscJob::Work::burnOptions() const
@@ -186,6 +237,14 @@ NSError BurnDiscJob::Work::readEarlierFiles(const std::stop_token &stop)
     if (!found)
         return found.error();
     earlier = *std::move(found);
+    if (earlier && earlier->startsComputers()) {
+        result.isStartLost = true;
+        result.isAnythingLost = true;
+        result.notes << QStringLiteral(
+            "computers can be started from the disc as it is (El Torito), and not any more once "
+            "something is added; where that is needed, write everything onto another disc, "
+            "from an image that starts computers");
+    }
     return isOver && earlier ? planGrowth() : NSError();
 }
 
@@ -234,6 +293,14 @@ void BurnDiscJob::Work::prepared(const NSError &error)
 {
     if (const NSError failure = cancellationOr(error)) {
         written(failure);
+        return;
+    }
+    if (audio) {
+        if (order.isPlanOnly)
+            written({});
+        else
+            runInBackground([this](const std::stop_token &stop) { return writeSound(stop); },
+                            [this](const NSError &soundError) { written(soundError); });
         return;
     }
     if (!sources.image) {
@@ -312,18 +379,56 @@ NSError BurnDiscJob::Work::writeImage(const std::stop_token &stop)
     const Result<BurnPlan> plan = planDescribedDisc(disc, notes, stop);
     if (!plan)
         return jobErrorOfBurn(plan.error());
-    DiscJobProgress now;
-    now.phase = DiscJobPhase::Writing;
-    now.bytesTotal = plan->bytes;
-    tell(now);
-    const NSError error = writeDisc(*plan, *device->sinkForBurn(stop), stop, [this, &now](std::uint64_t bytes) {
-        now.bytesDone += bytes;
-        tell(now);
-    });
+    NSError error = write(*plan, stop);
     result.notes << notes.damages;
     result.isAnythingLost = !notes.damages.isEmpty();
     result.data.bytes = plan->bytes;
-    return jobErrorOfBurn(error);
+    return error;
+}
+
+NSError BurnDiscJob::Work::write(const BurnPlan &plan, const std::stop_token &stop)
+{
+    DiscJobProgress now;
+    now.phase = DiscJobPhase::Writing;
+    now.bytesTotal = plan.bytes;
+    tell(now);
+    return jobErrorOfBurn(writeDisc(plan, *device->sinkForBurn(stop), stop, [this, &now](std::uint64_t bytes) {
+        now.bytesDone += bytes;
+        tell(now);
+    }));
+}
+
+/// Decodes on one thread what another one gives to the drive.
+NSError BurnDiscJob::Work::writeSound(const std::stop_token &stop)
+{
+    DiscJobProgress measuring;
+    measuring.phase = DiscJobPhase::Measuring;
+    if (order.audio->normalization != AudioNormalization::None)
+        tell(measuring);
+    NSError error = audio->measure(stop);
+    if (!error) {
+        SoundPipe pipe;
+        error = pipe.start(
+            [this](int out, const std::stop_token &ends) {
+                return audio->decodeInto(out, AudioDiscMaker::Output::Stream, ends);
+            },
+            stop);
+        if (!error)
+            error = write(planPipedDisc(soundContents, pipe), stop);
+    }
+    noteDamage();
+    result.audioTracks = sound.tracks;
+    return error;
+}
+
+void BurnDiscJob::Work::noteDamage()
+{
+    for (const AudioImageTrack &track : sound.tracks) {
+        for (const AudioDamage &place : track.damage.places)
+            result.notes << QStringLiteral("%1 is damaged at %2 s: %3")
+                                .arg(quoted(track.source), QString::number(place.seconds, 'f', 2), place.what);
+        result.isAnythingLost = result.isAnythingLost || !track.damage.isEmpty();
+    }
 }
 
 void BurnDiscJob::Work::describeImage()
@@ -361,6 +466,8 @@ NSError BurnDiscJob::Work::finish(const NSError &writeError, const std::stop_tok
     }
     if (error)
         result.fault = error.userInfo().value(faultKey).toString();
+    if (audio)
+        audio->endIdleHelpers();
     device->release(order.ejects && !order.isPlanOnly);
     device.reset();
     return error;
@@ -368,14 +475,11 @@ NSError BurnDiscJob::Work::finish(const NSError &writeError, const std::stop_tok
 
 NSError BurnDiscJob::Work::check(const std::stop_token &stop)
 {
+    if (audio)
+        return checkSound(stop);
+    if (sources.image)
+        return checkImage(stop);
     const auto progress = [this](const DiscJobProgress &now) { tell(now); };
-    if (sources.image) {
-        const std::size_t firstTrack = result.disc.tracks.size();
-        WrittenImageCheck checked = checkWrittenImage(*device, sources.image->disc, firstTrack, stop, progress);
-        result.notes << checked.notes;
-        result.bytesCompared = checked.bytesCompared;
-        return jobErrorOfBurn(checked.error);
-    }
     // What is overwritten is compared as systems will see it: from its begin.
     const bool isOver = isOverwritten(result.disc.family);
     const std::uint64_t first = result.disc.state == DiscState::Appendable ? result.disc.nextBlock.value_or(0) : 0;
@@ -387,6 +491,35 @@ NSError BurnDiscJob::Work::check(const std::stop_token &stop)
     const WrittenData written{first, inFront + result.data.bytes / 2048, earlier.get()};
     result.verification = checkWrittenData(*device, written, std::move(wanted), stop, progress);
     return noDifference(*result.verification);
+}
+
+NSError BurnDiscJob::Work::checkImage(const std::stop_token &stop)
+{
+    DescribedDiscNotes notes;
+    const Result<BurnPlan> plan = planDescribedDisc(sources.image->disc, notes, stop);
+    return plan ? checkTracks(*plan, stop) : jobErrorOfBurn(plan.error());
+}
+
+/// Decodes everything once more, and holds it against the disc.
+NSError BurnDiscJob::Work::checkSound(const std::stop_token &stop)
+{
+    SoundPipe pipe;
+    const NSError error = pipe.start(
+        [this](int out, const std::stop_token &ends) {
+            return audio->decodeInto(out, AudioDiscMaker::Output::Stream, ends);
+        },
+        stop);
+    return error ? error : checkTracks(planPipedDisc(soundContents, pipe), stop);
+}
+
+NSError BurnDiscJob::Work::checkTracks(const BurnPlan &plan, const std::stop_token &stop)
+{
+    const auto progress = [this](const DiscJobProgress &now) { tell(now); };
+    const std::size_t firstTrack = result.disc.tracks.size();
+    WrittenImageCheck checked = checkWrittenImage(*device, plan, firstTrack, stop, progress);
+    result.notes << checked.notes;
+    result.bytesCompared = checked.bytesCompared;
+    return jobErrorOfBurn(checked.error);
 }
 
 void BurnDiscJob::Work::stop()

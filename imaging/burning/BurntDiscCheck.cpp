@@ -1,6 +1,5 @@
 #include "imaging/burning/BurntDiscCheck.h"
 
-#include "imaging/burning/DescribedTrackWriter.h"
 #include "imaging/burning/SoundComparison.h"
 #include "platform/discimage/VolumeFinder.h"
 #include "platform/discrecording/burn/BlockSink.h"
@@ -50,18 +49,18 @@ NSError errorOfSound(std::uint32_t track, const SoundFindings &findings)
 class ComparingSink final : public BlockSink
 {
 public:
-    ComparingSink(DRDevice &device, const CueSheet &image, std::size_t firstTrack, const std::stop_token &stop,
-                  const CheckProgress &progress)
+    ComparingSink(DRDevice &device, const TableOfContents &contents, std::size_t firstTrack,
+                  const std::stop_token &stop, const CheckProgress &progress)
         : m_device(device)
         , m_index(firstTrack)
-        , m_tracksAtOnce(tracksAtOnce(image, firstTrack))
+        , m_tracksAtOnce(tracksAtOnce(contents, firstTrack))
         , m_progress(progress)
         , m_sound([&device](std::int64_t first, std::uint32_t count,
                             char *out) { return device.readSound(first, count, out); },
                   std::int64_t(device.disc().readableBlocks), stop)
     {
         m_told.phase = DiscJobPhase::Comparing;
-        for (const DiscTrack *const track : image.contents.tracks())
+        for (const DiscTrack *const track : contents.tracks())
             m_told.bytesTotal += track->storedBlocks() * (track->isAudio() ? soundSize : dataSize);
     }
 
@@ -134,9 +133,9 @@ public:
 private:
     /// How many tracks, from the disc's first one on, were written at once: the first session of an empty disc, where
     /// it has nothing but sound.
-    [[nodiscard]] static std::size_t tracksAtOnce(const CueSheet &image, std::size_t firstTrack)
+    [[nodiscard]] static std::size_t tracksAtOnce(const TableOfContents &contents, std::size_t firstTrack)
     {
-        const std::vector<DiscTrack> &tracks = image.contents.sessions.front().tracks;
+        const std::vector<DiscTrack> &tracks = contents.sessions.front().tracks;
         const bool isSound =
             std::all_of(tracks.begin(), tracks.end(), [](const DiscTrack &track) { return track.isAudio(); });
         return firstTrack == 0 && isSound ? tracks.size() : 0;
@@ -185,18 +184,11 @@ VerificationResult checkWrittenData(DRDevice &device, const WrittenData &written
     return result;
 }
 
-WrittenImageCheck checkWrittenImage(DRDevice &device, const CueSheet &image, std::size_t firstTrack,
+WrittenImageCheck checkWrittenImage(DRDevice &device, const BurnPlan &plan, std::size_t firstTrack,
                                     const std::stop_token &stop, const CheckProgress &progress)
 {
-    WrittenImageCheck failed;
-    DescribedDiscNotes notes;
-    const Result<BurnPlan> plan = planDescribedDisc(image, notes, stop);
-    if (!plan) {
-        failed.error = plan.error();
-        return failed;
-    }
-    ComparingSink sink(device, image, firstTrack, stop, progress);
-    const NSError error = writeDisc(*plan, sink, stop, {});
+    ComparingSink sink(device, plan.contents, firstTrack, stop, progress);
+    const NSError error = writeDisc(plan, sink, stop, {});
     WrittenImageCheck check = sink.takeCheck();
     check.error = error;
     return check;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "imaging/burning/EarlierFiles.h"
+#include "platform/discrecording/burn/BurnPlan.h"
 #include "platform/discrecording/drives/DRDevice.h"
-#include "platform/disctracks/CueSheet.h"
 #include <TessaronClasses/DiscImageJob.h>
 #include <TessaronClasses/ImageVerification.h>
 
@@ -36,9 +36,10 @@ struct WrittenImageCheck {
     QStringList notes;
 };
 
-/// Compares the tracks on the disc, from the one with the index `firstTrack` on, with the files that they were made of.
-/// Sound is compared as far as the drive's displacement is within four sectors; see SoundComparison.
-[[nodiscard]] WrittenImageCheck checkWrittenImage(DRDevice &device, const CueSheet &image, std::size_t firstTrack,
+/// Compares the tracks on the disc, from the one with the index `firstTrack` on, with what the plan writes: it reads
+/// the sources once more. Sound is compared as far as the drive's displacement is within four sectors; see
+/// SoundComparison.
+[[nodiscard]] WrittenImageCheck checkWrittenImage(DRDevice &device, const BurnPlan &plan, std::size_t firstTrack,
                                                   const std::stop_token &stop, const CheckProgress &progress);
 
 } // namespace Tessaron

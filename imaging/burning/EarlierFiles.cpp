@@ -1,6 +1,7 @@
 #include "imaging/burning/EarlierFiles.h"
 
 #include "platform/discimage/VolumeFinder.h"
+#include "platform/discimage/iso9660/ElTorito.h"
 #include "platform/discimage/volume/VolumeWalk.h"
 #include "platform/discrecording/image/BlockImage.h"
 #include "platform/discrecording/objects/DRFile.h"
@@ -174,6 +175,7 @@ Result<std::shared_ptr<EarlierFiles>> EarlierFiles::read(DRDevice &device, const
     std::shared_ptr<EarlierFiles> files(new EarlierFiles);
     files->m_volumeName = volume->reader->facts().name;
     files->measure(volumes, *source);
+    files->m_startsComputers = readBootCatalog(*source).has_value();
     if (NSError error = files->readVolume(*volume->reader, stop))
         return error;
     if (stop.stop_requested())

@@ -40,6 +40,8 @@ public:
     [[nodiscard]] std::optional<std::uint64_t> firstBlockOfContents() const { return m_firstBlockOfContents; }
     [[nodiscard]] bool hasUDF() const { return m_hasUDF; }
     [[nodiscard]] bool hasHFSPlus() const { return m_hasHFSPlus; }
+    /// Computers can be started from the disc (El Torito), and cannot once something is added.
+    [[nodiscard]] bool startsComputers() const { return m_startsComputers; }
 
     /// Puts them into the layout of what is added, once. A file that the layout has at the same path takes the place of
     /// the earlier one. An error when one has a folder where the other has a file; the layout is of no use then. A
@@ -77,6 +79,7 @@ private:
     std::optional<std::uint64_t> m_firstBlockOfContents;
     bool m_hasUDF = false;
     bool m_hasHFSPlus = false;
+    bool m_startsComputers = false;
     QHash<QByteArray, Place> m_kept; ///< by path, without a slash in front
     QStringList m_replaced;
     std::uint32_t m_keptFiles = 0;

@@ -1,5 +1,6 @@
 #include "imaging/jobs/AudioDecoding.h"
 
+#include "imaging/jobs/SoundFileError.h"
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
@@ -25,16 +26,6 @@ constexpr std::size_t pieceSize = SoundProtocol::slotSize;
 
 /// Takes sound; an error ends the work.
 using TakeSound = std::function<NSError(std::span<const char>)>;
-
-NSError sourceError(const QByteArray &path, const NSError &error)
-{
-    if (error.code() == userCanceledErr)
-        return discJobCancellation();
-    return discJobError(
-        DiscJobErrorCode::Source,
-        QStringLiteral("%1 cannot be read as sound: %2").arg(quoted(path), error.localizedFailureReason()),
-        error.localizedRecoverySuggestion(), path, error.code());
-}
 
 NSError writeError(int errnoValue)
 {
@@ -82,7 +73,7 @@ NSError openFile(AlbumFile &file, const AudioDecoding &decoding)
     options.helpers = &decoding.helpers;
     const Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(file.path, decoding.stop, options);
     if (!sound)
-        return sourceError(file.path, sound.error());
+        return soundFileError(file.path, sound.error());
     file.samples = (*sound)->length().samples;
     file.tags = (*sound)->tags();
     return {};
@@ -95,12 +86,12 @@ NSError measureFile(const AlbumFile &file, const AudioDecoding &decoding, Loudne
     options.helpers = &decoding.helpers;
     const Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(file.path, decoding.stop, options);
     if (!sound)
-        return sourceError(file.path, sound.error());
+        return soundFileError(file.path, sound.error());
     std::vector<float> samples;
     for (;;) {
         const Result<std::span<const char>> piece = (*sound)->next(pieceSize);
         if (!piece)
-            return sourceError(file.path, piece.error());
+            return soundFileError(file.path, piece.error());
         if (piece->empty())
             return {};
         samples.resize(piece->size() / sizeof(float));
@@ -123,7 +114,7 @@ public:
         options.helpers = &decoding.helpers;
         Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(file.path, decoding.stop, options);
         if (!sound)
-            return sourceError(file.path, sound.error());
+            return soundFileError(file.path, sound.error());
         return std::unique_ptr<FileReading>(new FileReading(file, *std::move(sound), decoding));
     }
 
@@ -141,7 +132,7 @@ public:
         if (m_missing == 0 && m_position == m_file.samples) {
             const Result<std::span<const char>> more = m_sound->next(sampleSize);
             if (!more)
-                return sourceError(m_file.path, more.error());
+                return soundFileError(m_file.path, more.error());
             if (!more->empty())
                 m_surprise = QStringLiteral("the sound is longer than the file says; the rest is left out");
         }
@@ -170,7 +161,7 @@ private:
             const std::size_t wanted = std::size_t(std::min<std::uint64_t>(left, pieceSize));
             const Result<std::span<const char>> piece = m_missing > 0 ? std::span<const char>() : m_sound->next(wanted);
             if (!piece)
-                return sourceError(m_file.path, piece.error());
+                return soundFileError(m_file.path, piece.error());
             const std::span<const char> bytes = piece->empty() ? std::span(silence).first(wanted) : *piece;
             m_position += bytes.size() / sampleSize;
             m_missing += piece->empty() ? bytes.size() / sampleSize : 0;

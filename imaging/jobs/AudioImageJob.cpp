@@ -1,14 +1,10 @@
 #include "imaging/ImageFinisher.h"
-#include "imaging/jobs/AudioAlbum.h"
-#include "imaging/jobs/AudioDecoding.h"
+#include "imaging/jobs/AudioDiscMaker.h"
 #include "imaging/jobs/AudioOrderChecks.h"
-#include "imaging/jobs/AudioTexts.h"
-#include "imaging/jobs/AudioTrackLayout.h"
 #include "imaging/jobs/DiscJobWork.h"
 #include "imaging/jobs/FreeSpace.h"
 #include "imaging/jobs/ImageMaker.h"
 #include "imaging/jobs/ImageStage.h"
-#include "imaging/jobs/OrderedTracks.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/AudioImageJob.h>
@@ -17,70 +13,12 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cmath>
-#include <numeric>
 #include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace Tessaron
 {
-
-namespace
-{
-
-constexpr std::uint64_t shortestTrack = 300; // frames
-constexpr std::uint64_t silenceBehindData = 150; // frames, ECMA-130 20
-
-/// Every file that is read, for the look whether the image would lie on one of them.
-QList<QByteArray> pathsOf(const AudioSources &sources)
-{
-    QList<QByteArray> paths = sources.files;
-    for (const AudioSource &source : sources.sources) {
-        if (!source.sheetPath.isEmpty())
-            paths << source.sheetPath;
-    }
-    return paths;
-}
-
-void takeOver(const AudioTitle &given, SpokenTexts *texts)
-{
-    std::map<CDTextKind, QString> &first = (*texts)[CDTextBlock::english];
-    if (const QString title = given.title.simplified(); !title.isEmpty())
-        first[CDTextKind::Title] = title;
-    if (const QString performer = given.performer.simplified(); !performer.isEmpty())
-        first[CDTextKind::Performer] = performer;
-}
-
-/// Gives each track what was broken in its part of a file. What is only counted goes to the last track of the file.
-void distributeDamage(std::size_t file, const AudioDamageReport &report, const std::vector<AlbumTrack> &album,
-                      std::vector<AudioImageTrack> *tracks)
-{
-    std::size_t last = 0;
-    for (std::size_t track = 0; track < album.size(); ++track) {
-        for (const std::vector<SoundRun> &runs : {album[track].pregap, album[track].sound}) {
-            for (const SoundRun &run : runs)
-                last = run.file == file ? track : last;
-        }
-    }
-    const auto trackAt = [&](double seconds) {
-        for (std::size_t track = 0; track < album.size(); ++track) {
-            for (const std::vector<SoundRun> &runs : {album[track].pregap, album[track].sound}) {
-                for (const SoundRun &run : runs) {
-                    const double end = double(run.first + run.samples) / CDSound::samplesPerSecond;
-                    if (run.file == file && seconds < end)
-                        return track;
-                }
-            }
-        }
-        return last;
-    };
-    for (const AudioDamage &place : report.places)
-        (*tracks)[trackAt(place.seconds)].damage.add(place.seconds, place.what);
-    (*tracks)[last].damage.count += report.count - report.places.size();
-}
-
-} // namespace
 
 bool AudioImageResult::isComplete() const
 {
@@ -103,17 +41,13 @@ public:
     [[nodiscard]] DiscJobProgress progress() const override;
 
     [[nodiscard]] NSError prepare(const std::stop_token &stop);
-    [[nodiscard]] NSError openStage(const AudioSources &sources, const std::stop_token &stop);
+    [[nodiscard]] NSError openStage(const std::stop_token &stop);
     void prepared(const NSError &error);
     void makeData();
     void dataMade();
     void writeInBackground();
     [[nodiscard]] NSError write(const std::stop_token &stop);
-    void describeTracks(const AudioLayout &layout);
-    [[nodiscard]] TableOfContents contentsOfDisc(const AudioLayout &layout);
-    void addTexts(TableOfContents *contents);
     void tellWhatIsLost(const ImageFinisher &finisher);
-    [[nodiscard]] Result<std::vector<double>> gains(const std::stop_token &stop);
     [[nodiscard]] NSError makeRoom(std::uint64_t bytes) const;
     void endWith(const NSError &error);
     [[nodiscard]] bool hasData() const { return !order.dataFolder.isEmpty(); }
@@ -123,20 +57,15 @@ public:
     // A worker's while it runs; then the main thread's.
     AudioImageResult result;
     ImageStage stage;
-    SoundHelpers helpers;
+    AudioDiscMaker disc{order, result};
     std::optional<DiscSource> dataSource;
-    QList<QByteArray> cdTextSources; ///< files of CD-TEXT that the cue sheets among the sources name
-    std::vector<AlbumFile> files;
-    AudioAlbum album;
-    DiscTrack dataTrack; ///< once it is written
+    std::optional<DiscTrack> dataTrack; ///< once it is written
     // The main thread's.
     std::unique_ptr<ImageMaker> maker;
     // Shared.
     std::atomic<DiscJobPhase> phase = DiscJobPhase::Preparing;
-    std::atomic<std::uint64_t> filesFound = 0;
+    std::atomic<std::uint64_t> dataFiles = 0;
     std::atomic<std::uint64_t> foldersFound = 0;
-    std::atomic<std::uint64_t> soundBytesDone = 0;
-    std::atomic<std::uint64_t> soundBytesTotal = 0;
     std::atomic<std::uint64_t> dataBytes = 0; ///< those that are written
 };
 
@@ -149,49 +78,19 @@ void AudioImageJob::Work::begin()
 /// Finds out what the tracks will be.
 NSError AudioImageJob::Work::prepare(const std::stop_token &stop)
 {
-    const bool isOrderedByTrack = !order.tracks.empty();
-    const OrderedTracks ordered(order.tracks);
-    const Result<AudioSources> sources = isOrderedByTrack ? ordered.sources() : audioSourcesOf(order.sources);
-    if (!sources)
-        return sources.error();
-    if (NSError error = errorOfOrder(order, *sources))
+    if (NSError error = errorOfOutput(order))
         return error;
-    for (const AudioSource &source : sources->sources) {
-        if (!source.cdTextPath.isEmpty())
-            cdTextSources << source.cdTextPath;
-    }
-    if (NSError error = openStage(*sources, stop))
+    if (NSError error = disc.findSources())
         return error;
-    filesFound = std::uint64_t(sources->files.size());
+    if (NSError error = openStage(stop))
+        return error;
     phase = DiscJobPhase::Scanning;
-    Result<std::vector<AlbumFile>> opened = openAudioFiles(sources->files, {helpers, soundBytesDone, stop});
-    if (!opened)
-        return opened.error();
-    files = *std::move(opened);
-    std::vector<std::uint64_t> lengths(files.size());
-    std::transform(files.begin(), files.end(), lengths.begin(), [](const AlbumFile &one) { return one.samples; });
-    Result<AudioAlbum> made = isOrderedByTrack ? ordered.album(lengths) : audioAlbumOf(*sources, lengths, order.gap);
-    if (!made)
-        return made.error();
-    album = *std::move(made);
-    if (isOrderedByTrack) {
-        album.texts = order.texts;
-        album.mediaCatalogNumber = order.mediaCatalogNumber;
-    }
-    result.notes = album.notes;
-    if (hasData())
-        album.tracks.front().silence = std::max(album.tracks.front().silence, silenceBehindData);
-    if (NSError error = errorOfTracks(order, album.tracks))
-        return error;
-    const std::uint64_t times = order.normalization == AudioNormalization::None ? 1 : 2;
-    soundBytesTotal =
-        times * CDSound::bytesPerSample * std::accumulate(lengths.begin(), lengths.end(), std::uint64_t(0));
-    return errorOfCapacity(audioLayoutOf(album.tracks, order.isGapless).frames, order.capacity);
+    return disc.openFiles(stop);
 }
 
-NSError AudioImageJob::Work::openStage(const AudioSources &sources, const std::stop_token &stop)
+NSError AudioImageJob::Work::openStage(const std::stop_token &stop)
 {
-    QList<QByteArray> paths = pathsOf(sources);
+    QList<QByteArray> paths = disc.paths();
     if (hasData())
         paths << order.dataFolder;
     const Result<std::vector<DiscSource>> found = discSourcesAtPaths(paths);
@@ -228,7 +127,7 @@ void AudioImageJob::Work::prepared(const NSError &error)
 
 void AudioImageJob::Work::makeData()
 {
-    const std::uint64_t frames = audioLayoutOf(album.tracks, order.isGapless).frames;
+    const std::uint64_t frames = disc.soundFrames();
     result.data.volumeName =
         order.volumeName.isEmpty() ? stringWithFileSystemRepresentation(dataSource->name) : order.volumeName;
     ImageMakerOrder making;
@@ -257,7 +156,7 @@ void AudioImageJob::Work::dataMade()
     const NSError error = std::exchange(result.data.error, {});
     const std::shared_ptr<const TableOfContents> contents = maker->contents();
     dataBytes = result.data.bytes;
-    filesFound += result.data.files;
+    dataFiles = result.data.files;
     foldersFound = result.data.folders;
     maker.reset();
     if (error || isCancelled()) {
@@ -278,105 +177,28 @@ void AudioImageJob::Work::writeInBackground()
 NSError AudioImageJob::Work::write(const std::stop_token &stop)
 {
     phase = DiscJobPhase::Planning;
-    const std::uint64_t dataFrames = hasData() ? dataTrack.storedBlocks() : 0;
-    const AudioLayout layout = audioLayoutOf(album.tracks, order.isGapless, dataFrames);
-    describeTracks(layout);
-    result.frames = dataFrames + layout.frames;
+    const TableOfContents contents = disc.plan(dataTrack);
     if (NSError error = errorOfCapacity(result.frames, order.capacity))
         return error;
-    const TableOfContents contents = contentsOfDisc(layout);
     const ImageFinisher finisher(TessaronDiscImageFormat(order.format), contents);
     tellWhatIsLost(finisher);
-    if (NSError error = finisher.hasCDTextFile() ? stage.makeCDTextFile(cdTextSources) : NSError())
+    if (NSError error = finisher.hasCDTextFile() ? stage.makeCDTextFile(disc.cdTextPaths()) : NSError())
         return error;
     result.cdTextPath = stage.cdTextPath();
     if (NSError error = stage.goesIntoStream() ? NSError() : makeRoom(contents.storedBytes()))
         return error;
-    const Result<std::vector<double>> factors = gains(stop);
-    if (!factors)
-        return factors.error();
+    if (order.normalization != AudioNormalization::None)
+        phase = DiscJobPhase::Measuring;
+    if (NSError error = disc.measure(stop))
+        return error;
     phase = DiscJobPhase::Writing;
     if (stage.goesIntoStream())
         (void)::lseek(stage.descriptor(), 0, SEEK_END); // a file in its place has another position for the data
-    const AudioDecoding decoding{helpers, soundBytesDone, stop};
-    const Result<std::vector<AudioDamageReport>> damage = stage.goesIntoStream()
-        ? streamAudioFiles(files, *factors, layout, stage.descriptor(), decoding)
-        : writeAudioFiles(files, *factors, layout, stage.descriptor(), decoding);
-    if (!damage)
-        return damage.error();
-    for (std::size_t file = 0; file < damage->size(); ++file)
-        distributeDamage(file, (*damage)[file], album.tracks, &result.tracks);
+    const auto output = stage.goesIntoStream() ? AudioDiscMaker::Output::Stream : AudioDiscMaker::Output::File;
+    if (NSError error = disc.decodeInto(stage.descriptor(), output, stop))
+        return error;
     phase = DiscJobPhase::Finishing;
     return stage.finish(imageOrder, contents, &result.bytes, stop);
-}
-
-void AudioImageJob::Work::describeTracks(const AudioLayout &layout)
-{
-    for (std::size_t number = 0; number < album.tracks.size(); ++number) {
-        const AlbumTrack &planned = album.tracks[number];
-        const AudioTrackPlace &place = layout.places[number];
-        AudioImageTrack &track = result.tracks.emplace_back();
-        track.number = std::uint32_t(number + (hasData() ? 2 : 1));
-        track.source = files[planned.sound.front().file].path;
-        for (const SoundRun &run : planned.sound)
-            track.samples += run.samples;
-        track.pregap = place.pregap;
-        track.firstFrame = place.firstFrame;
-        track.frames = place.frames;
-        track.isTooShort = track.frames < shortestTrack;
-    }
-}
-
-TableOfContents AudioImageJob::Work::contentsOfDisc(const AudioLayout &layout)
-{
-    std::vector<DiscTrack> tracks = discTracksOf(album.tracks, layout);
-    if (hasData())
-        tracks.insert(tracks.begin(), dataTrack);
-    TableOfContents contents = contentsOf(std::move(tracks));
-    contents.mediaCatalogNumber = album.mediaCatalogNumber;
-    addTexts(&contents);
-    return contents;
-}
-
-/// CD-TEXT and ISRCs: those of the order go before those of cue sheets, and these before those of tags.
-void AudioImageJob::Work::addTexts(TableOfContents *contents)
-{
-    AudioTexts texts;
-    if (order.hasCDText) {
-        AudioTextSources sources;
-        for (const AlbumTrack &track : album.tracks) {
-            sources.tags.push_back(track.ownFile ? files[*track.ownFile].tags : QMap<QString, QString>());
-            sources.tracks.push_back(track.texts);
-        }
-        sources.disc = album.texts;
-        takeOver(order.discTitle, &sources.disc);
-        for (std::size_t number = 0; number < sources.tracks.size(); ++number)
-            takeOver(order.titles.value(qsizetype(number)), &sources.tracks[number]);
-        sources.firstTrack = hasData() ? 2 : 1;
-        texts = audioTextsOf(sources);
-        contents->cdText = texts.text;
-        result.changedTexts = texts.changes;
-        result.areTextsLost = texts.isAnyLost;
-    }
-    std::vector<DiscTrack> &tracks = contents->sessions.front().tracks;
-    const std::size_t first = hasData() ? 1 : 0;
-    for (std::size_t number = 0; number < result.tracks.size(); ++number) {
-        DiscTrack &track = tracks[number + first];
-        const QByteArray code = soundIsrc(QString::fromUtf8(order.isrcs.value(qsizetype(number))));
-        if (!code.isEmpty())
-            track.isrc = code;
-        else if (track.isrc.isEmpty() && order.hasCDText)
-            track.isrc = texts.isrcs[number];
-        result.tracks[number].isrc = track.isrc;
-        if (texts.text.isEmpty())
-            continue;
-        const auto textOf = [&](CDTextKind kind) {
-            const auto found = texts.text.blocks.front().texts.find(kind);
-            return found == texts.text.blocks.front().texts.end() ? QString() : found->second[number + 1];
-        };
-        result.tracks[number].title = textOf(CDTextKind::Title);
-        result.tracks[number].performer = textOf(CDTextKind::Performer);
-    }
 }
 
 /// What the format of the image cannot say.
@@ -388,34 +210,6 @@ void AudioImageJob::Work::tellWhatIsLost(const ImageFinisher &finisher)
         result.changedTexts << QStringLiteral("%1 cannot say %2, which is left out").arg(format, what);
         result.areTextsLost = true;
     }
-}
-
-/// The factor for each file; 1 for all where nothing is to be normalized.
-Result<std::vector<double>> AudioImageJob::Work::gains(const std::stop_token &stop)
-{
-    std::vector<double> factors(files.size(), 1);
-    if (order.normalization == AudioNormalization::None)
-        return factors;
-    phase = DiscJobPhase::Measuring;
-    const Result<std::vector<std::unique_ptr<LoudnessMeter>>> meters =
-        measureAudioFiles(files, {helpers, soundBytesDone, stop});
-    if (!meters)
-        return meters.error();
-    const double ofAll = normalizingGain(LoudnessMeter::loudnessOf(*meters));
-    for (std::size_t track = 0; track < album.tracks.size(); ++track) {
-        const std::size_t file = album.tracks[track].sound.front().file;
-        const SoundLoudness loudness = (*meters)[file]->loudness();
-        AudioImageTrack &told = result.tracks[track];
-        told.loudness = loudness.loudness;
-        if (loudness.truePeak > 0)
-            told.truePeak = loudness.truePeakLevel();
-    }
-    for (std::size_t file = 0; file < files.size(); ++file)
-        factors[file] =
-            order.normalization == AudioNormalization::Album ? ofAll : normalizingGain((*meters)[file]->loudness());
-    for (std::size_t track = 0; track < album.tracks.size(); ++track)
-        result.tracks[track].gain = 20 * std::log10(factors[album.tracks[track].sound.front().file]);
-    return factors;
 }
 
 /// The file gets its length at once, so that each sound finds its place. What no sound covers stays zero.
@@ -443,7 +237,7 @@ void AudioImageJob::Work::endWith(const NSError &error)
     result.error = error;
     // Files that have not got their names go before the end is announced, so that a script finds the place as it was.
     stage.close();
-    helpers.endIdle();
+    disc.endIdleHelpers();
     end(error);
 }
 
@@ -463,7 +257,7 @@ DiscJobProgress AudioImageJob::Work::progress() const
 {
     DiscJobProgress state;
     state.phase = phase;
-    state.files = filesFound;
+    state.files = disc.filesFound() + dataFiles;
     state.folders = foldersFound;
     std::uint64_t ofData = dataBytes;
     std::uint64_t dataTotal = ofData;
@@ -475,10 +269,10 @@ DiscJobProgress AudioImageJob::Work::progress() const
         ofData = making.bytesDone;
         dataTotal = making.bytesTotal;
     }
-    state.bytesDone = ofData + soundBytesDone;
+    state.bytesDone = ofData + disc.bytesDone();
     // Known once all of it is.
     if (!hasData() || dataTotal > 0)
-        state.bytesTotal = dataTotal + soundBytesTotal;
+        state.bytesTotal = dataTotal + disc.bytesTotal();
     return state;
 }
 

@@ -73,7 +73,7 @@ NSError errorOfCount(std::size_t tracks, const char *what)
 
 } // namespace
 
-NSError errorOfOrder(const AudioImageOrder &order, const AudioSources &sources)
+NSError errorOfOutput(const AudioImageOrder &order)
 {
     if (order.format != DiscFormat::BIN && order.format != DiscFormat::VANT)
         return discJobError(DiscJobErrorCode::InvalidOrder,
@@ -84,6 +84,11 @@ NSError errorOfOrder(const AudioImageOrder &order, const AudioSources &sources)
         return discJobError(DiscJobErrorCode::InvalidOrder,
                             QStringLiteral("a BIN image cannot go into a stream: its cue sheet names a file"),
                             QStringLiteral("Name a file for it, or choose the format vant."), order.output);
+    return {};
+}
+
+NSError errorOfSources(const AudioImageOrder &order, const AudioSources &sources)
+{
     if (sources.sources.empty())
         return discJobError(DiscJobErrorCode::InvalidOrder, QStringLiteral("there is no file to make a track of"));
     if (NSError error = errorOfOrderedTracks(order))

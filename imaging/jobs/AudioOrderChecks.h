@@ -13,8 +13,11 @@ namespace Tessaron
 
 // What an image of sound must not ask for. Errors are those of DiscJobErrors.h; a null one means that all is well.
 
-/// Before any file is opened: format, output, and how many files there are.
-[[nodiscard]] NSError errorOfOrder(const AudioImageOrder &order, const AudioSources &sources);
+/// Before anything is looked at: format and output.
+[[nodiscard]] NSError errorOfOutput(const AudioImageOrder &order);
+
+/// Before any file of sound is opened: how many there are.
+[[nodiscard]] NSError errorOfSources(const AudioImageOrder &order, const AudioSources &sources);
 
 /// Once the tracks are known: their number, their lengths, and the ISRCs given for them.
 [[nodiscard]] NSError errorOfTracks(const AudioImageOrder &order, const std::vector<AlbumTrack> &tracks);

@@ -169,8 +169,8 @@ std::unique_ptr<LayoutWriting> writingToDevice(const DRLayout &layout, std::shar
 
 NSError jobErrorOfBurn(const NSError &error)
 {
-    if (!error)
-        return {};
+    if (!error || error.domain() == DiscJobErrorDomain)
+        return error;
     const auto status = OSStatus(error.code());
     QVariantMap userInfo = error.userInfo();
     if (status == kDRUserCanceledErr) {

@@ -22,10 +22,10 @@ class TreeSplitter
 public:
     TreeSplitter(std::shared_ptr<KRFileHierarchyItem> root, DiscFilesystems filesystems);
 
-    /// Finds out what everything takes. Touches the disk. False after a stop.
+    /// Finds out how much room each object takes. Touches the disk. False after a stop.
     [[nodiscard]] bool measure(const std::stop_token &stop);
-    /// Discs with trees and paths, each of at most `capacity` bytes by what was measured. What is on no disc is added
-    /// to `tooLarge`. Earlier discs must not be used any more.
+    /// Discs with trees and paths, each of at most `capacity` bytes by what was measured. Files that are larger than a
+    /// disc are added to `tooLarge`. Earlier discs must not be used any more.
     [[nodiscard]] std::vector<DiscShare> discsOf(std::uint64_t capacity,
                                                  std::vector<DiscSplitResult::TooLargeFile> *tooLarge);
 

@@ -14,8 +14,8 @@
 namespace Tessaron
 {
 
-/// Sound files that must be decoded, read at any place. The file that was read last stays open: a file that is
-/// read in order is decoded once. One program decodes them all. One thread at a time.
+/// Sound files that must be decoded, read at any place. The file that was read last stays open: a file that is read in
+/// order is decoded once. One program decodes them all. One thread at a time.
 class DecodedSounds
 {
 public:

@@ -1,5 +1,4 @@
 #include "imaging/jobs/DiscJobWork.h"
-#include "imaging/jobs/FreeSpace.h"
 #include "imaging/verification/FileExtractor.h"
 #include "imaging/verification/OutputFolder.h"
 #include "imaging/verification/PathSelection.h"
@@ -128,7 +127,6 @@ private:
     [[nodiscard]] NSError extract(const std::stop_token &stop);
     [[nodiscard]] NSError extractFrom(const VolumeReader &reader, const std::stop_token &stop);
     [[nodiscard]] NSError checkSelection(const PathSelection &selection);
-    [[nodiscard]] NSError checkRoom(int descriptor) const;
 
     const ExtractFilesOrder order;
 
@@ -176,7 +174,7 @@ NSError ExtractFilesJob::Work::extractFrom(const VolumeReader &reader, const std
     OutputFolder folder;
     if (NSError error = folder.open(order.folder, QStringLiteral("Name a folder for the files.")))
         return error;
-    if (NSError error = checkRoom(folder.descriptor()))
+    if (NSError error = checkRoomForOutput(folder.descriptor(), bytesTotal, order.folder))
         return error;
     phase = DiscJobPhase::Writing;
     NSError error = FileExtractor(reader, selection, folder.descriptor(), result)
@@ -209,18 +207,6 @@ NSError ExtractFilesJob::Work::checkSelection(const PathSelection &selection)
         result.failures.push_back({path, error});
     }
     return {};
-}
-
-NSError ExtractFilesJob::Work::checkRoom(int descriptor) const
-{
-    const auto room = freeSpaceForPlainWriting(descriptor);
-    if (!room || *room >= bytesTotal)
-        return {};
-    return discJobError(DiscJobErrorCode::Space,
-                        QStringLiteral("there is too little room for the files: they take %1 bytes, and %2 are free")
-                            .arg(bytesTotal.load())
-                            .arg(*room),
-                        QStringLiteral("Choose another place, or make room."), order.folder);
 }
 
 ExtractFilesJob::ExtractFilesJob(ExtractFilesOrder order, QObject *parent)

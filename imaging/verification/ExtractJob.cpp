@@ -1,6 +1,5 @@
 #include "imaging/StagedFile.h"
 #include "imaging/jobs/DiscJobWork.h"
-#include "imaging/jobs/FreeSpace.h"
 #include "imaging/jobs/ImageDestination.h"
 #include "imaging/verification/DecodedSounds.h"
 #include "imaging/verification/OutputFolder.h"
@@ -128,7 +127,6 @@ private:
     [[nodiscard]] NSError chooseHiddenSound(std::vector<TrackOutput> *outputs);
     [[nodiscard]] NSError choose(std::size_t index, TrackExtractor::Part part, std::vector<TrackOutput> *outputs);
     [[nodiscard]] NSError openOutputs(std::vector<TrackOutput> *outputs);
-    [[nodiscard]] NSError checkRoom(int descriptor) const;
     [[nodiscard]] NSError checkNotASource(const ImageDestination &destination) const;
     [[nodiscard]] NSError publish(const std::vector<TrackOutput> &outputs, const std::stop_token &stop);
 
@@ -266,20 +264,10 @@ NSError ExtractJob::Work::openOutputs(std::vector<TrackOutput> *outputs)
             return outputError(path, failure);
         bytesTotal += output.extractor->keptBytes();
     }
-    return checkRoom(outputs->front().file->descriptor());
-}
-
-/// How small FLAC will be is not known before: there only trying tells.
-NSError ExtractJob::Work::checkRoom(int descriptor) const
-{
-    const auto room = freeSpaceForPlainWriting(descriptor);
-    if (!room || *room >= bytesTotal || order.sound == ExtractedSound::FLAC)
+    // How small FLAC will be is not known before: there only trying tells.
+    if (order.sound == ExtractedSound::FLAC)
         return {};
-    return discJobError(DiscJobErrorCode::Space,
-                        QStringLiteral("there is too little room for the output: it takes %1 bytes, and %2 are free")
-                            .arg(bytesTotal.load())
-                            .arg(*room),
-                        QStringLiteral("Choose another place, or make room."), order.output);
+    return checkRoomForOutput(outputs->front().file->descriptor(), bytesTotal, order.output);
 }
 
 NSError ExtractJob::Work::publish(const std::vector<TrackOutput> &outputs, const std::stop_token &stop)

@@ -13,8 +13,8 @@
 namespace Tessaron
 {
 
-/// Walks a volume and notes what of the selection is there. How many bytes the disk will hold for it: holes do not
-/// count. After a stop the result is of no use.
+/// Walks a volume, notes what of the selection is there, and adds up the bytes that the disk will hold for it: holes do
+/// not count. After a stop the result is of no use.
 [[nodiscard]] std::uint64_t bytesOfSelection(const VolumeReader &reader, PathSelection &selection,
                                              const std::stop_token &stop);
 
@@ -29,7 +29,7 @@ public:
     /// open.
     FileExtractor(const VolumeReader &reader, const PathSelection &selection, int folder, ExtractFilesResult &result);
 
-    /// An error for what makes all the rest impossible, such as a full disk; all else is among the failures.
+    /// An error only for what makes all the rest impossible, such as a full disk; other failures are in the result.
     [[nodiscard]] NSError extract(const Progress &progress, const std::stop_token &stop);
 
 private:
@@ -38,7 +38,7 @@ private:
         UniqueDescriptor folder; ///< not valid for the root, whose objects go into the folder that was given
         VolumeObject object; ///< what it is in the image
     };
-    /// How an object comes to a name: 0, EEXIST where it is taken, or another `errno` value.
+    /// Gives an object a name: 0, EEXIST where the name is taken, or another `errno` value.
     using GiveName = std::function<int(const QByteArray &name)>;
 
     [[nodiscard]] int folderForNew() const;

@@ -115,7 +115,7 @@ void compareVolumes(const VerificationRequest &request, SourceIndex &sources, Co
     }
 }
 
-/// Without descriptors, each source that could not be opened looks like a difference: none of them is told.
+/// Without descriptors, each source that could not be opened looks like a difference, so differences are not told.
 VerificationResult withoutDescriptors(const SourceIndex &sources)
 {
     VerificationResult result;

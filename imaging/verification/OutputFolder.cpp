@@ -1,5 +1,6 @@
 #include "imaging/verification/OutputFolder.h"
 
+#include "imaging/jobs/FreeSpace.h"
 #include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/MessageTexts.h"
 #include <TessaronClasses/DiscJobErrors.h>
@@ -18,6 +19,18 @@ NSError outputError(const QByteArray &path, int errnoValue)
                                                                      : DiscJobErrorCode::Destination,
                         QStringLiteral("the output %1 cannot be written: %2").arg(quoted(path), systemText(errnoValue)),
                         isLackOfDescriptors(errnoValue) ? adviceOnDescriptors() : QString(), path);
+}
+
+NSError checkRoomForOutput(int descriptor, std::uint64_t bytes, const QByteArray &path)
+{
+    const std::optional<std::uint64_t> room = freeSpaceForPlainWriting(descriptor);
+    if (!room || *room >= bytes)
+        return {};
+    return discJobError(DiscJobErrorCode::Space,
+                        QStringLiteral("there is too little room for the output: it takes %1 bytes, and %2 are free")
+                            .arg(bytes)
+                            .arg(*room),
+                        QStringLiteral("Choose another place, or make room."), path);
 }
 
 OutputFolder::~OutputFolder()

@@ -6,11 +6,16 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstdint>
+
 namespace Tessaron
 {
 
 /// Why something cannot be written to the output of an order.
 [[nodiscard]] NSError outputError(const QByteArray &path, int errnoValue);
+/// An error of code Space if fewer bytes than these are free where the descriptor is open, and that can be known
+/// (FreeSpace.h). `path` is the output of the order, which the error names.
+[[nodiscard]] NSError checkRoomForOutput(int descriptor, std::uint64_t bytes, const QByteArray &path);
 
 /// A folder for what is taken out of an image, made where it is not there. One that was made goes again at the end of
 /// this object's life, if it is empty then and is not to be kept.

@@ -1,7 +1,7 @@
 #include "imaging/jobs/OneStepWork.h"
+#include "imaging/jobs/SoundFileError.h"
 #include "platform/dvdplayback/SharedSound.h"
 #include "platform/dvdplayback/SoundProcess.h"
-#include "platform/foundation/MessageTexts.h"
 #include "platform/quicktime/CDSound.h"
 #include "platform/quicktime/SoundHelpers.h"
 #include <TessaronClasses/ListenJob.h>
@@ -29,16 +29,6 @@ constexpr auto lookInPauseEvery = 200ms;
 /// A sound server that has not answered by then, or does not ask for sound any more, is as good as absent.
 constexpr auto patienceWithDevice = 5s;
 constexpr std::size_t pieceSize = std::size_t(8) * CDSound::samplesPerFrame * CDSound::bytesPerFloatSample;
-
-NSError soundError(const QByteArray &path, const NSError &error)
-{
-    if (error.code() == userCanceledErr)
-        return discJobCancellation();
-    return discJobError(
-        DiscJobErrorCode::Source,
-        QStringLiteral("%1 cannot be read as sound: %2").arg(quoted(path), error.localizedFailureReason()),
-        error.localizedRecoverySuggestion(), path, error.code());
-}
 
 /// What the thread of the program asks for, and what it is told. Thread-safe.
 class ListenControl
@@ -154,6 +144,7 @@ private:
         if (m_sound->device() != SoundDevice::Open)
             return deviceError(m_sound->reason());
         m_lastAsked = SharedSound::Clock::now();
+        m_sound->setPaused(m_control.isPaused()); // before it is given anything
         return {};
     }
 
@@ -190,7 +181,7 @@ private:
         options.helpers = &m_helpers;
         const Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(part.path, m_stop, options);
         if (!sound)
-            return soundError(part.path, sound.error());
+            return soundFileError(part.path, sound.error());
         std::uint64_t unheard = (part.first + skipped) * CDSound::samplesPerFrame;
         const bool isToEnd = part.frames == 0;
         std::uint64_t left = isToEnd ? 0 : (part.frames - skipped) * CDSound::samplesPerFrame;
@@ -199,7 +190,7 @@ private:
                 return {};
             const Result<std::span<const char>> piece = (*sound)->next(pieceSize);
             if (!piece)
-                return soundError(part.path, piece.error());
+                return soundFileError(part.path, piece.error());
             if (piece->empty())
                 return {};
             const std::uint64_t count = piece->size() / CDSound::bytesPerFloatSample;

@@ -1,6 +1,5 @@
 #include "imaging/jobs/OneStepWork.h"
-#include "platform/foundation/MessageTexts.h"
-#include "platform/foundation/OSStatus.h"
+#include "imaging/jobs/SoundFileError.h"
 #include "platform/quicktime/CDSound.h"
 #include <TessaronClasses/WaveformJob.h>
 
@@ -88,14 +87,6 @@ private:
     std::uint64_t m_inPeak = 0; ///< samples that the last peak stands for so far
 };
 
-NSError soundError(const QByteArray &path, const NSError &error)
-{
-    return discJobError(
-        DiscJobErrorCode::Source,
-        QStringLiteral("%1 cannot be read as sound: %2").arg(quoted(path), error.localizedFailureReason()),
-        error.localizedRecoverySuggestion(), path, error.code());
-}
-
 } // namespace
 
 class WaveformJob::Work final : public OneStepWork<WaveformResult>
@@ -119,12 +110,12 @@ private:
     {
         const Result<std::unique_ptr<CDSound>> sound = CDSound::openFile(m_order.path, stop);
         if (!sound)
-            return soundError(m_order.path, sound.error());
+            return soundFileError(m_order.path, sound.error());
         PeakGatherer peaks(m_order.mostPeaks);
         for (;;) {
             const Result<std::span<const char>> piece = (*sound)->next(pieceSize);
             if (!piece)
-                return soundError(m_order.path, piece.error());
+                return soundFileError(m_order.path, piece.error());
             if (piece->empty())
                 break;
             peaks.add(*piece);

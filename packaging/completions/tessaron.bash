@@ -25,8 +25,8 @@ _tessaron_options() {
         ;;
     drives) echo "--media --json -h --help --version" ;;
     burn)
-        echo "--drive --speed --simulate --multi --overburn --verify --eject -n --name --filesystems --relocate --strict" \
-            "--progress --json -q --quiet -v --verbose -h --help --version"
+        echo "--drive --speed --simulate --multi --overburn --audio --verify --eject -n --name --filesystems --relocate" \
+            "--strict --gap --no-gapless --normalize --normalize-each --cd-text --isrc --progress --json -q --quiet -v --verbose -h --help --version"
         ;;
     blank) echo "--drive --full --format --eject --progress --json -q --quiet -h --help --version" ;;
     dvd) echo "--play --title --chapter --json -h --help --version" ;;

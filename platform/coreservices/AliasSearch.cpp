@@ -17,8 +17,8 @@ namespace Tessaron
 namespace
 {
 
-/// The search around the old place: below the nearest folders above it, the closest first, so many entries each. That
-/// is about 10 ms on a warm disk.
+/// How far the search around the old place goes: the nearest folders above it, the closest first, and in each of them
+/// the first entries. That takes about 10 ms on a warm disk.
 constexpr int foldersSearched = 3;
 constexpr int mostEntriesInEach = 5000;
 

@@ -23,7 +23,7 @@ std::uint64_t mixed(std::uint64_t one, std::uint64_t other)
     return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
 
-/// Differs from process to process, so that nobody can make a folder whose names all collide.
+/// Differs from process to process, so that a folder whose names all collide cannot be made.
 std::uint64_t hashSeed()
 {
     static const std::uint64_t seed = QRandomGenerator::system()->generate64() | 1;

@@ -30,7 +30,7 @@ enum class SectorForm : std::uint32_t {
     RawWithSubchannel = 2448, ///< the same with 96 bytes of subchannel behind it
 };
 
-/// The form whose sectors have so many bytes; no value for any other size.
+/// The form whose sectors have this number of bytes; no value for any other size.
 [[nodiscard]] TESSARON_EXPORT std::optional<SectorForm> sectorFormOfSize(std::uint64_t bytes);
 
 /// A run of bytes within the sector as it stands in the image.

@@ -16,6 +16,8 @@ namespace
 
 constexpr int sectorSize = 2352;
 constexpr int dataSize = 2048;
+constexpr int pregapOfDisc = 150; ///< sectors in front of block 0; the lead-in lies in front of these
+constexpr int textsInSector = 96; ///< bytes that are sent for a sector of the lead-in
 
 } // namespace
 
@@ -262,6 +264,8 @@ Sense FakeDrive::write(const std::uint8_t *data, int first, int count, unsigned 
     }
     m_disc.status = m_disc.isOverwritable() ? m_disc.status : FakeDisc::Status::Appendable;
     m_written = first + count;
+    if (first < -pregapOfDisc && size == textsInSector)
+        noteTexts(data, length);
     for (int block = 0; block < count; ++block) {
         if (first + block >= 0
             && ::pwrite(m_sectors, data + std::ptrdiff_t(block) * size, std::size_t(size),
@@ -270,6 +274,25 @@ Sense FakeDrive::write(const std::uint8_t *data, int first, int count, unsigned 
             return {3, 0x0C, 0};
     }
     return {};
+}
+
+/// The subchannels R to W of the lead-in: a pack is 24 bytes with six bits in each (MMC-3 annex J).
+void FakeDrive::noteTexts(const std::uint8_t *data, unsigned int length)
+{
+    constexpr unsigned int packSize = 24;
+    for (unsigned int at = 0; at + packSize <= length && !m_areTextsWhole; at += packSize) {
+        Bytes pack;
+        for (unsigned int four = at; four < at + packSize; four += 4) {
+            std::uint32_t bits = 0;
+            for (unsigned int byte = four; byte < four + 4; ++byte)
+                bits = bits << 6 | (data[byte] & 0x3F);
+            put(&pack, pack.size(), bits, 3);
+        }
+        const std::string text = hexadecimal(pack.data(), pack.size());
+        m_areTextsWhole = !m_disc.cdText.empty() && m_disc.cdText.compare(0, text.size(), text) == 0;
+        if (!m_areTextsWhole)
+            m_disc.cdText += text;
+    }
 }
 
 Sense FakeDrive::closeTrackOrSession(int function)

@@ -40,6 +40,7 @@ private:
     [[nodiscard]] Sense blank(int type);
     void beginTrack(int first);
     void noteCueSheet(const Bytes &sheet);
+    void noteTexts(const std::uint8_t *data, unsigned int length);
     void endAnnouncedSession();
     void endSession(bool mayGoOn);
     void endTrack();
@@ -53,6 +54,7 @@ private:
     Bytes m_writeParameters; ///< mode page 05 as it was set
     const FakeDriveAnswers m_answers{m_disc, m_writeParameters};
     std::vector<FakeTrack> m_announced; ///< by a cue sheet
+    bool m_areTextsWhole = false; ///< of the lead-in, which repeats them to its end
     int m_written = 0; ///< behind the last block that was written
     int m_counts[256] = {};
 };

@@ -21,41 +21,16 @@ protected:
     /// `tessaron burn --multi` of a folder; the report.
     QJsonObject append(const QByteArray &folder, int expectedStatus = 0, const QList<QByteArray> &options = {}) const
     {
-        const ChildResult result = runWithDrive(QList<QByteArray>({"burn", "--drive", "/dev/sr0", "--multi", "--json"})
-                                                + options + QList<QByteArray>({m_tree.path(folder)}));
-        EXPECT_EQ(result.exitStatus, expectedStatus) << result.errors.constData();
-        return jsonOf(result.output);
+        return burntTo("/dev/sr0", QList<QByteArray>({"--multi"}) + options + QList<QByteArray>({m_tree.path(folder)}),
+                       expectedStatus);
     }
 
-    [[nodiscard]] QByteArray beginOfLastSession() const
+    /// The first block of the disc's last session.
+    [[nodiscard]] int lastSession() const
     {
         const FakeDisc now = disc();
         EXPECT_FALSE(now.tracks.empty());
-        return QByteArray::number(now.tracks.empty() ? 0 : now.tracks.back().start);
-    }
-
-    /// What isoinfo lists of the disc's last session, by Rock Ridge.
-    [[nodiscard]] std::set<std::string> namesListed(const QByteArray &medium) const
-    {
-        const QByteArray session = beginOfLastSession();
-        const ProgramRun run = runProgram("isoinfo", {"-T", session, "-R", "-f", "-i", medium});
-        EXPECT_EQ(run.status, 0) << run.errors.constData();
-        std::set<std::string> names;
-        for (const QByteArray &line : run.output.split('\n')) {
-            if (line.startsWith('/'))
-                names.insert(line.toStdString());
-        }
-        return names;
-    }
-
-    /// The last session's files, as xorriso takes them out.
-    void extractWith(const QByteArray &medium) const
-    {
-        const QByteArray session = QByteArray::number(disc().tracks.back().start);
-        const ProgramRun run = runProgram("xorriso",
-                                          {"-load", "sbsector", session, "-indev", "stdio:" + medium, "-osirrox", "on",
-                                           "-extract", "/", m_tree.path("taken")});
-        EXPECT_EQ(run.status, 0) << run.errors.constData();
+        return now.tracks.empty() ? 0 : now.tracks.back().start;
     }
 
     /// An image of a folder as another program makes it.
@@ -80,12 +55,6 @@ protected:
     }
 };
 
-struct KindOfDisc {
-    const char *name; ///< of the test
-    FakeProfile profile;
-    int blocks;
-};
-
 class AppendToKinds : public AppendToDisc, public testing::WithParamInterface<KindOfDisc>
 {
 };
@@ -105,10 +74,10 @@ TEST_P(AppendToKinds, secondSession_listsTheFilesOfBoth_forOtherPrograms)
     EXPECT_EQ(disc().status, FakeDisc::Status::Appendable);
 
     const QByteArray medium = mediumFile();
-    EXPECT_EQ(namesListed(medium),
+    EXPECT_EQ(namesListed(medium, lastSession()),
               (std::set<std::string>{"/old.txt", "/new.txt", "/empty", "/link", "/shared", "/shared/one.bin",
                                      "/shared/two.bin"}));
-    extractWith(medium);
+    extractWith(medium, lastSession());
     EXPECT_EQ(m_tree.contents("taken/old.txt"), "old");
     EXPECT_EQ(m_tree.contents("taken/new.txt"), "new");
     EXPECT_EQ(m_tree.contents("taken/shared/one.bin"), QByteArray(100'000, '1'));
@@ -124,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(AppendToKinds, AppendToKinds,
                                          KindOfDisc{"DVDMinusRW", FakeProfile::DVDMinusRW, 2'298'496},
                                          KindOfDisc{"DVDPlusR", FakeProfile::DVDPlusR, dvdBlocks},
                                          KindOfDisc{"BDR", FakeProfile::BDR, 11'826'176}),
-                         [](const testing::TestParamInfo<KindOfDisc> &disc) { return std::string(disc.param.name); });
+                         nameOfTest<KindOfDisc>);
 
 TEST_F(AppendToDisc, contentsOfEarlierFiles_areNotWrittenAgain)
 {
@@ -134,7 +103,7 @@ TEST_F(AppendToDisc, contentsOfEarlierFiles_areNotWrittenAgain)
     append("first");
     append("second");
     EXPECT_LT(disc().tracks.back().length, 1000);
-    extractWith(mediumFile());
+    extractWith(mediumFile(), lastSession());
     EXPECT_EQ(m_tree.contents("taken/big"), m_tree.contents("first/big"));
 }
 
@@ -146,7 +115,7 @@ TEST_F(AppendToDisc, thirdSession_leadsToTheFirst)
     append("first");
     append("second");
     EXPECT_EQ(append("third", 0, {"--verify"})[u"keptFiles"], 6);
-    extractWith(mediumFile());
+    extractWith(mediumFile(), lastSession());
     EXPECT_EQ(m_tree.contents("taken/shared/one.bin"), QByteArray(100'000, '1'));
     EXPECT_EQ(m_tree.contents("taken/shared/two.bin"), QByteArray(70'000, '2'));
     EXPECT_EQ(m_tree.contents("taken/last.txt"), "last");
@@ -163,7 +132,7 @@ TEST_F(AppendToDisc, fileOfTheSamePath_isReplaced_andThatIsSaid)
     EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
     EXPECT_EQ(jsonOf(result.output)[u"replaced"].toArray(), QJsonArray{QStringLiteral("/old.txt")});
     EXPECT_TRUE(result.errors.contains("/old.txt takes the place")) << result.errors.constData();
-    extractWith(mediumFile());
+    extractWith(mediumFile(), lastSession());
     EXPECT_EQ(m_tree.contents("taken/old.txt"), "newer");
 }
 
@@ -192,7 +161,7 @@ TEST_F(AppendToDisc, sessionOfAnotherProgram_isKept_withItsAttributes)
     const QJsonObject report = append("second", 0, {"--verify"});
     EXPECT_EQ(report[u"volumeName"], QStringLiteral("FOREIGN"));
     const QByteArray medium = mediumFile();
-    extractWith(medium);
+    extractWith(medium, lastSession());
     EXPECT_EQ(m_tree.contents("taken/Långt namn med mellanslag.txt"), QByteArray(5000, 'n'));
     const QFileInfo script(QFile::decodeName(m_tree.path("taken/script.sh")));
     EXPECT_TRUE(script.isExecutable());
@@ -226,7 +195,7 @@ TEST_F(AppendToDisc, sessionOfUDFAlone_isKept)
     addForeignSession(withoutIso9660(foreignImage("first", {"-R", "-udf", "-V", "FOREIGN"})));
     const QJsonObject report = append("second", 0, {"--verify"});
     EXPECT_EQ(report[u"volumeName"], QStringLiteral("FOREIGN"));
-    extractWith(mediumFile());
+    extractWith(mediumFile(), lastSession());
     EXPECT_EQ(m_tree.contents("taken/old.txt"), "old");
     EXPECT_EQ(m_tree.contents("taken/new.txt"), "new");
     EXPECT_EQ(m_tree.contents("taken/shared/one.bin"), QByteArray(100'000, '1'));
@@ -244,7 +213,7 @@ TEST_F(AppendToDisc, sessionOfHFSPlusAlone_isKept_withItsAttributes)
     insert(FakeProfile::DVDPlusR, dvdBlocks);
     addForeignSession(withoutIso9660(m_tree.contents("mac.iso")));
     append("second", 0, {"--verify"});
-    extractWith(mediumFile());
+    extractWith(mediumFile(), lastSession());
     EXPECT_EQ(m_tree.contents("taken/old.txt"), "old");
     EXPECT_EQ(m_tree.contents("taken/shared/one.bin"), QByteArray(100'000, '1'));
     EXPECT_EQ(m_tree.contents("taken/shared/two.bin"), QByteArray(70'000, '2'));
@@ -261,13 +230,30 @@ TEST_F(AppendToDisc, names_areThoseThatAnotherProgramMakes_ofTheSameSessions)
     addForeignSession(foreignImage("first", {"-R"}));
     const QByteArray begin = QByteArray::number(disc().nextBlock());
     append("second");
-    const std::set<std::string> ours = namesListed(mediumFile());
+    const std::set<std::string> ours = namesListed(mediumFile(), lastSession());
     // The same session, made by a program that reads the first one itself.
     insert(FakeProfile::DVDPlusR, dvdBlocks);
     addForeignSession(foreignImage("first", {"-R"}));
     m_tree.makeFile("begin.img", m_tree.contents("foreign.iso"));
     addForeignSession(foreignImage("second", {"-R", "-C", "0," + begin, "-M", m_tree.path("begin.img")}));
-    EXPECT_EQ(ours, namesListed(mediumFile()));
+    EXPECT_EQ(ours, namesListed(mediumFile(), lastSession()));
+}
+
+TEST_F(AppendToDisc, discThatStartsComputers_doesNotAnyMore_andThatIsTold)
+{
+    makeTwoFolders();
+    m_tree.makeFile("first/boot.bin", QByteArray(2048, '\x90'));
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    addForeignSession(foreignImage("first", {"-R", "-b", "boot.bin", "-no-emul-boot", "-c", "boot.cat"}));
+    const QJsonObject report = append("second", 3);
+    EXPECT_EQ(report[u"condition"], QStringLiteral("written"));
+    EXPECT_EQ(report[u"result"], QStringLiteral("incomplete"));
+    const QString notes = report[u"notes"].toVariant().toStringList().join(u'\n');
+    EXPECT_TRUE(notes.contains(QStringLiteral("El Torito"))) << notes.toStdString();
+    EXPECT_TRUE(notes.contains(QStringLiteral("onto another disc"))) << notes.toStdString();
+    // What it has started with is a file like the others.
+    extractWith(mediumFile(), lastSession());
+    EXPECT_EQ(m_tree.contents("taken/boot.bin"), QByteArray(2048, '\x90'));
 }
 
 TEST_F(AppendToDisc, soundBeforeData_needsNothingKept)

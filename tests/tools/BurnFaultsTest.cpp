@@ -28,13 +28,6 @@ protected:
     }
 };
 
-struct KindOfDisc {
-    const char *name; ///< of the test
-    FakeProfile profile;
-    int blocks;
-    const char *profileName; ///< how the drive's name for it begins
-};
-
 class BurnKinds : public BurnToDrive, public testing::WithParamInterface<KindOfDisc>
 {
 };
@@ -61,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(BurnKinds, BurnKinds,
                                                     2'298'496, "DVD-RW"},
                                          KindOfDisc{"BDR", FakeProfile::BDR, 11'826'176, "BD-R"},
                                          KindOfDisc{"BDRE", FakeProfile::BDRE, 11'826'176, "BD-RE"}),
-                         [](const testing::TestParamInfo<KindOfDisc> &disc) { return std::string(disc.param.name); });
+                         nameOfTest<KindOfDisc>);
 
 TEST_F(BurnToDrive, sound_isSentAtOnce_withItsCueSheet)
 {
@@ -189,6 +182,11 @@ struct FaultCase {
     const char *condition;
 };
 
+void PrintTo(const FaultCase &one, std::ostream *out)
+{
+    *out << one.name;
+}
+
 class BurnFaults : public BurnToDrive, public testing::WithParamInterface<FaultCase>
 {
 };
@@ -231,7 +229,7 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{
             "discFullBeforeItsStatedEnd", FakeProfile::DVDPlusR, {writeCommand, 3, 0, 5, 0x21, 0}, "full", "spoiled"},
         FaultCase{"cablePulled", FakeProfile::CDR, {writeCommand, 3, 0, 0, 0, 0}, "gone", "unknown"}),
-    [](const testing::TestParamInfo<FaultCase> &one) { return std::string(one.param.name); });
+    nameOfTest<FaultCase>);
 
 TEST_F(BurnToDrive, oneReset_isOvercome)
 {

@@ -1,5 +1,7 @@
 #include "tests/tools/BurnFixture.h"
 
+#include "tests/support/RunProgram.h"
+
 #include <QFile>
 
 namespace Tessaron::Testing
@@ -95,10 +97,34 @@ ChildResult BurnFixture::runWithDrive(const QList<QByteArray> &words) const
 
 QJsonObject BurnFixture::burnt(int expectedStatus, const QList<QByteArray> &options) const
 {
-    const ChildResult result = runWithDrive(QList<QByteArray>({"burn", "--drive", "/dev/sr0", "--json"}) + options
-                                            + QList<QByteArray>({m_tree.path("source")}));
+    return burntTo("/dev/sr0", options + QList<QByteArray>({m_tree.path("source")}), expectedStatus);
+}
+
+QJsonObject BurnFixture::burntTo(const QByteArray &drive, const QList<QByteArray> &words, int expectedStatus) const
+{
+    const ChildResult result = runWithDrive(QList<QByteArray>({"burn", "--drive", drive, "--json"}) + words);
     EXPECT_EQ(result.exitStatus, expectedStatus) << result.errors.constData();
     return jsonOf(result.output);
+}
+
+std::set<std::string> BurnFixture::namesListed(const QByteArray &medium, int session)
+{
+    const ProgramRun run = runProgram("isoinfo", {"-T", QByteArray::number(session), "-R", "-f", "-i", medium});
+    EXPECT_EQ(run.status, 0) << run.errors.constData();
+    std::set<std::string> names;
+    for (const QByteArray &line : run.output.split('\n')) {
+        if (line.startsWith('/'))
+            names.insert(line.toStdString());
+    }
+    return names;
+}
+
+void BurnFixture::extractWith(const QByteArray &medium, int session) const
+{
+    const ProgramRun run = runProgram("xorriso",
+                                      {"-load", "sbsector", QByteArray::number(session), "-indev", "stdio:" + medium,
+                                       "-osirrox", "on", "-extract", "/", m_tree.path("taken")});
+    EXPECT_EQ(run.status, 0) << run.errors.constData();
 }
 
 } // namespace Tessaron::Testing

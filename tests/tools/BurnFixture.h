@@ -3,8 +3,33 @@
 #include "tests/fakedrive/FakeDisc.h"
 #include "tests/tools/ImageFixture.h"
 
+#include <ostream>
+#include <set>
+#include <string>
+
 namespace Tessaron::Testing
 {
+
+/// A kind of disc that tests are repeated for.
+struct KindOfDisc {
+    const char *name; ///< of the test
+    FakeProfile profile;
+    int blocks;
+    const char *profileName = ""; ///< how the drive's name for it begins
+};
+
+/// For lists of tests and their failures.
+inline void PrintTo(const KindOfDisc &kind, std::ostream *out)
+{
+    *out << kind.name;
+}
+
+/// The last part of the name of a test that is repeated, each time with such a parameter.
+template <typename Parameter>
+std::string nameOfTest(const testing::TestParamInfo<Parameter> &info)
+{
+    return info.param.name;
+}
 
 /// Discs written to a file, or to the fake drive with a disc of a test's choice in it. See SystemCalls.cpp for what
 /// that drive shows and what it does not.
@@ -36,6 +61,13 @@ protected:
     [[nodiscard]] ChildResult runWithDrive(const QList<QByteArray> &words) const;
     /// `tessaron burn --drive /dev/sr0 --json` of "source"; the report.
     [[nodiscard]] QJsonObject burnt(int expectedStatus, const QList<QByteArray> &options = {}) const;
+    /// `tessaron burn` to any drive; the report.
+    QJsonObject burntTo(const QByteArray &drive, const QList<QByteArray> &words, int expectedStatus) const;
+
+    /// What isoinfo lists by Rock Ridge in the session that begins at that block.
+    [[nodiscard]] static std::set<std::string> namesListed(const QByteArray &medium, int session = 0);
+    /// Has xorriso take the files of that session out, into "taken".
+    void extractWith(const QByteArray &medium, int session = 0) const;
 
     [[nodiscard]] QByteArray driveFolder() const { return m_tree.path("drive"); }
 };

@@ -28,23 +28,7 @@ protected:
     QJsonObject burnTo(const QByteArray &drive, const QByteArray &source, int expectedStatus = 0,
                        const QList<QByteArray> &options = {"--multi"}) const
     {
-        const ChildResult result = runWithDrive(QList<QByteArray>({"burn", "--drive", drive, "--json"}) + options
-                                                + QList<QByteArray>({m_tree.path(source)}));
-        EXPECT_EQ(result.exitStatus, expectedStatus) << result.errors.constData();
-        return jsonOf(result.output);
-    }
-
-    /// What isoinfo lists by Rock Ridge, of the descriptors at the disc's begin.
-    [[nodiscard]] static std::set<std::string> namesListed(const QByteArray &medium)
-    {
-        const ProgramRun run = runProgram("isoinfo", {"-R", "-f", "-i", medium});
-        EXPECT_EQ(run.status, 0) << run.errors.constData();
-        std::set<std::string> names;
-        for (const QByteArray &line : run.output.split('\n')) {
-            if (line.startsWith('/'))
-                names.insert(line.toStdString());
-        }
-        return names;
+        return burntTo(drive, options + QList<QByteArray>({m_tree.path(source)}), expectedStatus);
     }
 
     /// Other programs find the files of both, and nothing of a filesystem that shows the first ones alone.
@@ -52,9 +36,7 @@ protected:
     {
         EXPECT_EQ(namesListed(medium),
                   (std::set<std::string>{"/old.txt", "/new.txt", "/shared", "/shared/one.bin", "/shared/two.bin"}));
-        const ProgramRun run = runProgram(
-            "xorriso", {"-indev", "stdio:" + medium, "-osirrox", "on", "-extract", "/", m_tree.path("taken")});
-        EXPECT_EQ(run.status, 0) << run.errors.constData();
+        extractWith(medium);
         EXPECT_EQ(m_tree.contents("taken/old.txt"), "old");
         EXPECT_EQ(m_tree.contents("taken/new.txt"), "new");
         EXPECT_EQ(m_tree.contents("taken/shared/one.bin"), QByteArray(100'000, '1'));
@@ -74,18 +56,13 @@ protected:
     }
 };
 
-struct KindOfDisc {
-    const char *name; ///< of the test
-    FakeProfile profile;
-};
-
 class GrowKinds : public GrowBase, public testing::WithParamInterface<KindOfDisc>
 {
 };
 
 TEST_P(GrowKinds, addedFolder_isSeenBesideTheOld_byOtherPrograms)
 {
-    insert(GetParam().profile, smallDisc);
+    insert(GetParam().profile, GetParam().blocks);
     ASSERT_EQ(burnTo("/dev/sr0", "first", 0, {"--multi", "--name", "KEPT"})[u"condition"], QStringLiteral("written"));
     EXPECT_EQ(runProgram("udfinfo", {mediumFile()}).status, 0) << "an empty disc takes all filesystems";
     const QJsonObject report = burnTo("/dev/sr0", "second", 0, {"--multi", "--verify"});
@@ -98,10 +75,10 @@ TEST_P(GrowKinds, addedFolder_isSeenBesideTheOld_byOtherPrograms)
 }
 
 INSTANTIATE_TEST_SUITE_P(GrowKinds, GrowKinds,
-                         testing::Values(KindOfDisc{"DVDPlusRW", FakeProfile::DVDPlusRW},
-                                         KindOfDisc{"DVDMinusRWOverwrite", FakeProfile::DVDMinusRWOverwrite},
-                                         KindOfDisc{"BDRE", FakeProfile::BDRE}),
-                         [](const testing::TestParamInfo<KindOfDisc> &disc) { return std::string(disc.param.name); });
+                         testing::Values(KindOfDisc{"DVDPlusRW", FakeProfile::DVDPlusRW, smallDisc},
+                                         KindOfDisc{"DVDMinusRWOverwrite", FakeProfile::DVDMinusRWOverwrite, smallDisc},
+                                         KindOfDisc{"BDRE", FakeProfile::BDRE, smallDisc}),
+                         nameOfTest<KindOfDisc>);
 
 class Grow : public GrowBase
 {
@@ -132,9 +109,7 @@ TEST_F(Grow, thirdAddition_leadsToTheFirst_andReplacesByName)
     const QJsonObject report = burnTo(fileDrive(), "third", 0, {"--multi", "--verify"});
     EXPECT_EQ(report[u"keptFiles"], 3);
     EXPECT_EQ(report[u"replaced"].toArray(), QJsonArray{QStringLiteral("/old.txt")});
-    const ProgramRun run =
-        runProgram("xorriso", {"-indev", "stdio:" + file(), "-osirrox", "on", "-extract", "/", m_tree.path("taken")});
-    EXPECT_EQ(run.status, 0) << run.errors.constData();
+    extractWith(file());
     EXPECT_EQ(m_tree.contents("taken/old.txt"), "newest");
     EXPECT_EQ(m_tree.contents("taken/shared/one.bin"), QByteArray(100'000, '1'));
 }
@@ -148,6 +123,24 @@ TEST_F(Grow, imageOfAnotherProgram_isAddedTo)
     const QJsonObject report = burnTo(fileDrive(), "second", 0, {"--multi", "--verify"});
     EXPECT_EQ(report[u"volumeName"], QStringLiteral("FOREIGN"));
     expectBoth(file());
+}
+
+TEST_F(Grow, imageThatStartsComputers_doesNotAnyMore_andThatIsTold)
+{
+    m_tree.makeFolder("out");
+    m_tree.makeFile("first/boot.bin", QByteArray(2048, '\x90'));
+    const ProgramRun run = runProgram(
+        "genisoimage",
+        {"-quiet", "-R", "-b", "boot.bin", "-no-emul-boot", "-c", "boot.cat", "-o", file(), m_tree.path("first")});
+    ASSERT_EQ(run.status, 0) << run.errors.constData();
+    ASSERT_FALSE(jsonOf(runTessaron({"inspect", "--json", file()}).output)[u"boot"].toArray().isEmpty());
+    const QJsonObject report = burnTo(fileDrive(), "second", 3);
+    const QString notes = report[u"notes"].toVariant().toStringList().join(u'\n');
+    EXPECT_TRUE(notes.contains(QStringLiteral("El Torito"))) << notes.toStdString();
+    EXPECT_TRUE(jsonOf(runTessaron({"inspect", "--json", file()}).output)[u"boot"].toArray().isEmpty());
+    // What replaces everything has nothing to keep.
+    const QJsonObject replaced = burnTo(fileDrive(), "second", 0, {});
+    EXPECT_TRUE(replaced[u"notes"].toArray().isEmpty());
 }
 
 TEST_F(Grow, withoutTheOption_whatIsThereIsReplaced)

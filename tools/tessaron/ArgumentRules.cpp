@@ -119,10 +119,31 @@ QString checkDVD(Arguments &arguments, const NamedOptions &named)
                                       : QString();
 }
 
+/// Options that are for one kind of disc, and were named for the other.
+QString checkKindOfDisc(const Arguments &arguments)
+{
+    const bool isLayout = !arguments.volumeName.isEmpty() || arguments.hasFilesystems || arguments.relocatesDeepFolders
+        || arguments.strict;
+    const bool isSound = arguments.gap != 0 || !arguments.isGapless || arguments.hasCDText
+        || arguments.normalization != AudioNormalization::None || !arguments.isrcFile.isEmpty();
+    if (arguments.isSound && isLayout)
+        return QStringLiteral(
+            "--name, --filesystems, --relocate and --strict are for folders and files; they do not go "
+            "with --audio");
+    if (!arguments.isSound && isSound)
+        return QStringLiteral(
+            "--gap, --no-gapless, --normalize, --normalize-each, --cd-text and --isrc are for --audio, "
+            "which was not given");
+    return {};
+}
+
 QString checkBurn(const Arguments &arguments)
 {
     if (arguments.paths.isEmpty())
-        return QStringLiteral("no PATH was given: name folders and files, or an image");
+        return arguments.isSound ? QStringLiteral("no PATH was given: name the audio files that become tracks")
+                                 : QStringLiteral("no PATH was given: name folders and files, or an image");
+    if (QString error = checkKindOfDisc(arguments); !error.isEmpty())
+        return error;
     if (arguments.verifies && arguments.isSimulated)
         return QStringLiteral("--verify compares what was written, and --simulate writes nothing");
     return {};

@@ -97,14 +97,16 @@ struct Arguments {
     // For SplitImage only.
     std::uint64_t splitCapacity = 0; ///< bytes of user data of each disc
 
-    // For MakeAudioImage only. Lengths are frames, 75 in a second.
+    // For MakeAudioImage, and BurnDisc when it writes sound. Lengths are frames, 75 in a second.
     QByteArray isrcFile; ///< empty: none
-    QByteArray dataFolder; ///< empty: none
     AudioNormalization normalization = AudioNormalization::None;
     bool isGapless = true;
     bool hasCDText = false;
     std::uint32_t gap = 0;
-    std::uint32_t capacity = 0; ///< 0: any
+
+    // For MakeAudioImage only.
+    QByteArray dataFolder; ///< empty: none
+    std::uint32_t capacity = 0; ///< frames; 0: any
 
     // For Convert only.
     std::int32_t soundFormat = 0; ///< a code of KRAudioConverter
@@ -123,6 +125,7 @@ struct Arguments {
     bool leavesOpen = false;
     bool overburns = false;
     bool verifies = false;
+    bool isSound = false; ///< the paths are files that become tracks
 
     // For BlankDisc only.
     bool blanksAll = false;

@@ -1,21 +1,17 @@
 #include "tools/tessaron/AudioCommand.h"
 
 #include "platform/disctracks/BlockAddress.h"
-#include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
-#include "platform/foundation/UniqueDescriptor.h"
 #include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/DiscOrders.h"
 #include "tools/tessaron/ImageReport.h"
 #include "tools/tessaron/JsonWriter.h"
+#include "tools/tessaron/SoundReport.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
-#include <optional>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Tessaron::Tool
@@ -56,14 +52,6 @@ QString loudnessText(const AudioImageTrack &track)
         .arg(*track.gain, 0, 'f', 1);
 }
 
-void writeDecibels(JsonWriter &writer, const char *name, const std::optional<double> &value)
-{
-    if (!value)
-        return;
-    writer.key(name);
-    writer.value(*value, 2);
-}
-
 void writeData(JsonWriter &writer, const DiscImageResult &data)
 {
     writer.key("data");
@@ -73,36 +61,6 @@ void writeData(JsonWriter &writer, const DiscImageResult &data)
     writer.member("files", data.files);
     writer.member("folders", data.folders);
     writeStorageMembers(writer, data);
-    writer.endObject();
-}
-
-void writeTrack(JsonWriter &writer, const AudioImageTrack &track)
-{
-    writer.beginObject();
-    writer.member("track", std::uint64_t(track.number));
-    writer.pathMember("source", track.source);
-    writer.member("samples", track.samples);
-    writer.member("pregapFrames", track.pregap);
-    writer.member("firstFrame", track.firstFrame);
-    writer.member("frames", track.frames);
-    writer.member("title", track.title);
-    writer.member("performer", track.performer);
-    writer.member("isrc", QString::fromLatin1(track.isrc));
-    writer.member("tooShort", track.isTooShort);
-    writeDecibels(writer, "loudness", track.loudness);
-    writeDecibels(writer, "truePeak", track.truePeak);
-    writeDecibels(writer, "gain", track.gain);
-    writer.member("damagedPlaces", track.damage.count);
-    writer.key("damage");
-    writer.beginArray();
-    for (const AudioDamage &place : track.damage.places) {
-        writer.beginObject();
-        writer.key("seconds");
-        writer.value(place.seconds, 3);
-        writer.member("message", place.what);
-        writer.endObject();
-    }
-    writer.endArray();
     writer.endObject();
 }
 
@@ -116,66 +74,28 @@ AudioCommand::AudioCommand(const Arguments &arguments)
 
 ExitStatus AudioCommand::run()
 {
-    QList<QByteArray> isrcs;
     m_problem = problemOfStandardOutput(m_arguments);
     if (!m_problem)
-        m_problem = readIsrcs(&isrcs);
-    if (!m_problem)
-        makeImage(isrcs);
+        makeImage();
     const double seconds = m_run.seconds();
     print(seconds);
     return exitStatusAfterReport(!m_arguments.json || writeJson(seconds), exitStatus());
 }
 
-Problem AudioCommand::readIsrcs(QList<QByteArray> *isrcs) const
-{
-    const QByteArray &path = m_arguments.isrcFile;
-    if (path.isEmpty())
-        return {};
-    constexpr std::size_t longestText = 1 << 16; // 99 lines are some 1500 bytes
-    const auto problem = [&path](const QString &reason) {
-        return Problem{Problem::Kind::Source,
-                       QStringLiteral("the ISRCs in %1 cannot be read: %2").arg(quoted(path), reason),
-                       QStringLiteral("Name a text with one code in a line."), path};
-    };
-    const UniqueDescriptor file(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat status;
-    if (!file || ::fstat(file.get(), &status) != 0)
-        return problem(systemText(errno));
-    if (!S_ISREG(status.st_mode))
-        return problem(QStringLiteral("it is not a regular file"));
-    QByteArray text(longestText, Qt::Uninitialized);
-    std::size_t got = 0;
-    if (const int failure = readFully(file.get(), 0, text.data(), longestText, &got))
-        return problem(systemText(failure));
-    if (got == longestText)
-        return problem(QStringLiteral("it is far longer than 99 codes"));
-    text.truncate(qsizetype(got));
-    text.replace("\r\n", "\n");
-    while (text.endsWith('\n'))
-        text.chop(1);
-    for (const QByteArray &line : text.split('\n'))
-        *isrcs << line.trimmed();
-    return {};
-}
-
-void AudioCommand::makeImage(const QList<QByteArray> &isrcs)
+void AudioCommand::makeImage()
 {
     AudioImageOrder order;
-    order.sources = m_arguments.paths;
+    m_problem = setSoundOptions(&order, m_arguments);
+    if (m_problem)
+        return;
     if (m_arguments.output == "-")
         order.outputDescriptor = STDOUT_FILENO;
     else
         order.output = m_arguments.output;
     order.dataFolder = m_arguments.dataFolder;
     order.volumeName = m_arguments.volumeName;
-    order.normalization = m_arguments.normalization;
     order.format = m_arguments.format;
-    order.gap = m_arguments.gap;
-    order.isGapless = m_arguments.isGapless;
     order.capacity = m_arguments.capacity;
-    order.hasCDText = m_arguments.hasCDText;
-    order.isrcs = isrcs;
     order.isSynchronized = m_arguments.isSynchronized;
     AudioImageJob job(order);
     m_result = m_run.resultOf(job);
@@ -224,11 +144,8 @@ void AudioCommand::print(double seconds) const
     }
     for (const AudioImageTrack &track : m_result.tracks)
         printDamage(track, isVerbose ? AudioDamageReport::mostDescribed : shownPlaces);
-    for (const AudioImageTrack &track : m_result.tracks) {
-        if (track.isTooShort && !isQuiet)
-            printDiagnostic(
-                QStringLiteral("track %1 is shorter than four seconds, which many recorders refuse").arg(track.number));
-    }
+    if (!isQuiet)
+        printShortTracks(m_result.tracks);
     if (!isQuiet || m_result.areTextsLost) {
         for (const QString &change : m_result.changedTexts)
             printDiagnostic(change);
@@ -258,11 +175,7 @@ bool AudioCommand::writeJson(double seconds) const
     writer.member("frames", m_result.frames);
     writer.key("seconds");
     writer.value(seconds, 3);
-    writer.key("tracks");
-    writer.beginArray();
-    for (const AudioImageTrack &track : m_result.tracks)
-        writeTrack(writer, track);
-    writer.endArray();
+    writeSoundTracks(writer, "tracks", m_result.tracks);
     if (!m_arguments.dataFolder.isEmpty())
         writeData(writer, m_result.data);
     writer.textsMember("notes", m_result.notes);

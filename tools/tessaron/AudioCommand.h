@@ -19,8 +19,7 @@ public:
     [[nodiscard]] ExitStatus run();
 
 private:
-    [[nodiscard]] Problem readIsrcs(QList<QByteArray> *isrcs) const;
-    void makeImage(const QList<QByteArray> &isrcs);
+    void makeImage();
     [[nodiscard]] ExitStatus exitStatus() const;
     void print(double seconds) const;
     void printTracks() const;

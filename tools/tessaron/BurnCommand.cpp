@@ -1,9 +1,11 @@
 #include "tools/tessaron/BurnCommand.h"
 
 #include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/DiscOrders.h"
 #include "tools/tessaron/DriveReport.h"
 #include "tools/tessaron/ImageReport.h"
 #include "tools/tessaron/JsonWriter.h"
+#include "tools/tessaron/SoundReport.h"
 #include "tools/tessaron/StandardStreams.h"
 #include "tools/tessaron/Text.h"
 #include "tools/tessaron/VerifyReport.h"
@@ -19,29 +21,34 @@ BurnCommand::BurnCommand(const Arguments &arguments)
 {
 }
 
-BurnDiscOrder BurnCommand::order() const
+Problem BurnCommand::makeOrder(BurnDiscOrder *made) const
 {
-    BurnDiscOrder order;
-    order.sources = m_arguments.paths;
+    BurnDiscOrder &order = *made;
+    if (m_arguments.isSound) {
+        if (Problem problem = setSoundOptions(&order.audio.emplace(), m_arguments))
+            return problem;
+    } else {
+        setLayoutOptions(&order, m_arguments);
+    }
     order.drive = m_arguments.drive;
-    order.volumeName = m_arguments.volumeName;
-    order.filesystems = m_arguments.filesystems;
-    order.relocatesDeepFolders = m_arguments.relocatesDeepFolders;
-    order.isStrict = m_arguments.strict;
     order.speed = m_arguments.speed;
     order.isSimulated = m_arguments.isSimulated;
     order.leavesOpen = m_arguments.leavesOpen;
     order.overburns = m_arguments.overburns;
     order.verifies = m_arguments.verifies;
     order.ejects = m_arguments.ejects;
-    return order;
+    return {};
 }
 
 ExitStatus BurnCommand::run()
 {
-    BurnDiscJob job(order());
-    m_result = m_run.resultOf(job);
-    m_problem = problemOf(m_result.error);
+    BurnDiscOrder order;
+    m_problem = makeOrder(&order);
+    if (!m_problem) {
+        BurnDiscJob job(std::move(order));
+        m_result = m_run.resultOf(job);
+        m_problem = problemOf(m_result.error);
+    }
     const double seconds = m_run.seconds();
     print(seconds);
     return exitStatusAfterReport(!m_arguments.json || writeJson(seconds), status());
@@ -64,6 +71,8 @@ void BurnCommand::print(double seconds) const
             printDiagnostic(note);
     }
     printReplaced();
+    if (!isQuiet)
+        printShortTracks(m_result.audioTracks);
     if (m_result.verification)
         printDifferences(m_arguments, m_result.verification->differences);
     if (m_problem) {
@@ -127,6 +136,8 @@ bool BurnCommand::writeJson(double seconds) const
     writer.member("keptFolders", m_result.keptFolders);
     writer.textsMember("replaced", m_result.replaced);
     writer.member("tracks", m_result.tracks);
+    if (m_arguments.isSound)
+        writeSoundTracks(writer, "audioTracks", m_result.audioTracks);
     writer.member("sessions", m_result.sessions);
     writer.member("waits", m_result.waits);
     writer.key("seconds");

@@ -18,7 +18,7 @@ public:
     [[nodiscard]] ExitStatus run();
 
 private:
-    [[nodiscard]] BurnDiscOrder order() const;
+    [[nodiscard]] Problem makeOrder(BurnDiscOrder *made) const;
     [[nodiscard]] ExitStatus status() const;
     void print(double seconds) const;
     void printReplaced() const;

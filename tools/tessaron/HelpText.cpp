@@ -268,7 +268,8 @@ interrupted.
 constexpr char burnIntroduction[] = R"(Usage: tessaron burn [OPTION]... PATH...
 
 Writes a disc: the content of one folder, files or several folders side by side;
-or an image (ISO, BIN, VANT), or what a cue sheet, a .ccd or .toc file tells of.
+or an image (ISO, BIN, VANT), or what a cue sheet, a .ccd or .toc file tells of;
+with --audio, a track of each PATH, decoded from any audio or movie format.
 What does not fit is refused before anything is written. When the writing ends
 early, the last line says what the disc is worth and what to do.
 
@@ -279,6 +280,7 @@ constexpr char burnEnd[] = R"(
 Examples:
   tessaron burn --verify --eject Photos
   tessaron burn --drive /dev/sr1 --speed 8 album.cue
+  tessaron burn --audio --cd-text --verify *.flac
   tessaron burn --multi Letters
   tessaron burn --drive stdio:test.iso Photos
       To a regular file, as if it were a drive.

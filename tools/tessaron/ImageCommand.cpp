@@ -1,6 +1,7 @@
 #include "tools/tessaron/ImageCommand.h"
 
 #include "tools/tessaron/CommonReport.h"
+#include "tools/tessaron/DiscOrders.h"
 #include "tools/tessaron/ImageReport.h"
 
 #include <unistd.h>
@@ -25,16 +26,12 @@ ExitStatus ImageCommand::run()
 DiscImageOrder ImageCommand::order() const
 {
     DiscImageOrder order;
-    order.sources = m_arguments.paths;
+    setLayoutOptions(&order, m_arguments);
     if (m_arguments.output == "-")
         order.outputDescriptor = STDOUT_FILENO;
     else
         order.output = m_arguments.output;
     order.format = m_arguments.format;
-    order.volumeName = m_arguments.volumeName;
-    order.filesystems = m_arguments.filesystems;
-    order.relocatesDeepFolders = m_arguments.relocatesDeepFolders;
-    order.isStrict = m_arguments.strict;
     order.isSynchronized = m_arguments.isSynchronized;
     return order;
 }

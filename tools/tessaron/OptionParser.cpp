@@ -207,6 +207,9 @@ bool OptionParser::apply(const OptionDescription &option, const QByteArray &show
     case Option::Overburn:
         m_arguments.overburns = true;
         return true;
+    case Option::Audio:
+        m_arguments.isSound = true;
+        return true;
     case Option::Verify:
         m_arguments.verifies = true;
         return true;

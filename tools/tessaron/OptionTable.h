@@ -51,6 +51,7 @@ enum class Option : std::uint8_t {
     Simulate,
     Multi,
     Overburn,
+    Audio,
     Verify,
     Eject,
     Full,

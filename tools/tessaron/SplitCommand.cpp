@@ -107,7 +107,7 @@ void SplitCommand::makeImage(const DiscShare &disc, std::size_t number)
     order.isSynchronized = m_arguments.isSynchronized;
     DiscImageJob job(order);
     DiscImageResult result = m_run.resultOf(job);
-    // A name that no one gave is no loss.
+    // Only a name that was given can be lost.
     result.isVolumeNameLost = result.isVolumeNameLost && !m_arguments.volumeName.isEmpty();
     m_problem = problemOf(result.error);
     printImageReport(arguments, result, m_problem, m_run.seconds());

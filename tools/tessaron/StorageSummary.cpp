@@ -78,23 +78,6 @@ const std::vector<DRDiscTree> &allDiscTrees()
     return trees;
 }
 
-QString nameOfTree(DRDiscTree tree)
-{
-    switch (tree) {
-    case DRDiscTree::ISO9660:
-        return QStringLiteral("ISO 9660");
-    case DRDiscTree::RockRidge:
-        return QStringLiteral("Rock Ridge");
-    case DRDiscTree::Joliet:
-        return QStringLiteral("Joliet");
-    case DRDiscTree::UDF:
-        return QStringLiteral("UDF");
-    case DRDiscTree::HFSPlus:
-        return QStringLiteral("HFS+");
-    }
-    return {};
-}
-
 bool isWorthTelling(const DRStorageReportItem &item)
 {
     return item.isLost || item.tree != DRDiscTree::ISO9660 || item.kind != Kind::Renamed;
@@ -124,11 +107,11 @@ std::vector<LostObject> lostObjects(const DRStorageReport &report, std::size_t l
             return;
         const QString key = item.path + QChar(u'\0') + fateOf(item);
         if (const auto found = known.constFind(key); found != known.constEnd())
-            result[*found].trees += nameOfTree(item.tree);
+            result[*found].trees += discTreeTitle(item.tree);
         else if (result.size() < limit) {
             known.insert(key, result.size());
             result.push_back(
-                {pathOf(item), fateOf(item), item.reason, {nameOfTree(item.tree)}, item.kind == Kind::Refused});
+                {pathOf(item), fateOf(item), item.reason, {discTreeTitle(item.tree)}, item.kind == Kind::Refused});
         }
     });
     return result;
@@ -142,7 +125,7 @@ QString volumeNameText(const DRStorageReport &report)
         if (item.path != u"/")
             break; // the root's items come first
         if (isVolumeName(item) && isWorthTelling(item))
-            names += QStringLiteral("“%1” (%2)").arg(item.nameGiven, nameOfTree(item.tree));
+            names += QStringLiteral("“%1” (%2)").arg(item.nameGiven, discTreeTitle(item.tree));
     }
     return names.isEmpty()
         ? QString()
@@ -168,7 +151,7 @@ QStringList harmlessDifferences(const DRStorageReport &report)
         }
         const QString them = total == 1 ? QStringLiteral("it as it is") : QStringLiteral("them as they are");
         result += QStringLiteral("In the %1 tree, %2; another tree has %3 (-v lists %4).")
-                      .arg(nameOfTree(tree), parts.join(QStringLiteral(" and ")), them,
+                      .arg(discTreeTitle(tree), parts.join(QStringLiteral(" and ")), them,
                            total == 1 ? QStringLiteral("it") : QStringLiteral("them"));
     }
     return result;
@@ -176,7 +159,7 @@ QStringList harmlessDifferences(const DRStorageReport &report)
 
 QString lineAbout(const DRStorageReportItem &item)
 {
-    return QStringLiteral("%1: %2 (%3): %4").arg(pathOf(item), fateOf(item), nameOfTree(item.tree), item.reason);
+    return QStringLiteral("%1: %2 (%3): %4").arg(pathOf(item), fateOf(item), discTreeTitle(item.tree), item.reason);
 }
 
 } // namespace Tessaron::Tool

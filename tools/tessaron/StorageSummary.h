@@ -16,9 +16,6 @@ namespace Tessaron::Tool
 /// All trees that a report may speak of.
 [[nodiscard]] const std::vector<DRDiscTree> &allDiscTrees();
 
-/// What people call the tree: "Joliet", "HFS+".
-[[nodiscard]] QString nameOfTree(DRDiscTree tree);
-
 /// True for what people want to know of: everything but the short names of the plain ISO 9660 tree, which nearly every
 /// object has and no reader shows where another tree holds the true name.
 [[nodiscard]] bool isWorthTelling(const DRStorageReportItem &item);

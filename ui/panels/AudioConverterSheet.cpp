@@ -9,6 +9,7 @@
 
 #include <TessaronClassesUI/AudioConverterSheet.h>
 #include <cmath>
+#include <functional>
 
 namespace Tessaron
 {
@@ -22,8 +23,8 @@ class AudioConverterSheet final : public KRAudioConverterInterface
 {
 public:
     /// The parts belong to the window.
-    AudioConverterSheet(KRAudioConverter &owner, std::unique_ptr<QDialog> win, QProgressBar *progIndic,
-                        QPushButton *cancelButton);
+    AudioConverterSheet(const std::function<void()> &whenCancelled, std::unique_ptr<QDialog> win,
+                        QProgressBar *progIndic, QPushButton *cancelButton);
     ~AudioConverterSheet() override;
     AudioConverterSheet(const AudioConverterSheet &) = delete;
     AudioConverterSheet &operator=(const AudioConverterSheet &) = delete;
@@ -41,17 +42,14 @@ private:
     QPushButton *const m_cancelButton;
 };
 
-AudioConverterSheet::AudioConverterSheet(KRAudioConverter &owner, std::unique_ptr<QDialog> win, QProgressBar *progIndic,
-                                         QPushButton *cancelButton)
+AudioConverterSheet::AudioConverterSheet(const std::function<void()> &whenCancelled, std::unique_ptr<QDialog> win,
+                                         QProgressBar *progIndic, QPushButton *cancelButton)
     : m_win(win.release())
     , m_progIndic(progIndic)
     , m_cancelButton(cancelButton)
 {
     QObject::connect(cancelButton, &QPushButton::clicked, m_win, &QDialog::reject);
-    QObject::connect(m_win, &QDialog::rejected, m_win, [weakOwner = owner.weak_from_this()] {
-        if (const std::shared_ptr<KRAudioConverter> converter = weakOwner.lock())
-            converter->abort();
-    });
+    QObject::connect(m_win, &QDialog::rejected, m_win, whenCancelled);
 }
 
 AudioConverterSheet::~AudioConverterSheet()
@@ -103,6 +101,14 @@ void AudioConverterSheet::setCancelButtonEnabled(bool isEnabled)
 
 std::unique_ptr<KRAudioConverterInterface> loadAudioConverterInterface(KRAudioConverter &owner)
 {
+    return loadAudioConverterSheet([weakOwner = owner.weak_from_this()] {
+        if (const std::shared_ptr<KRAudioConverter> converter = weakOwner.lock())
+            converter->abort();
+    });
+}
+
+std::unique_ptr<KRAudioConverterInterface> loadAudioConverterSheet(const std::function<void()> &whenCancelled)
+{
     const QString name = QStringLiteral("audioConverter");
     QFile file(NSBundle::frameworkBundle()->pathForResource(name, QStringLiteral("ui")));
     QUiLoader loader;
@@ -116,7 +122,7 @@ std::unique_ptr<KRAudioConverterInterface> loadAudioConverterInterface(KRAudioCo
         return nullptr;
     }
     (void)loaded.release();
-    return std::make_unique<AudioConverterSheet>(owner, std::unique_ptr<QDialog>(win), progIndic, cancelButton);
+    return std::make_unique<AudioConverterSheet>(whenCancelled, std::unique_ptr<QDialog>(win), progIndic, cancelButton);
 }
 
 } // namespace Tessaron

@@ -17,7 +17,7 @@ namespace Tessaron
 /// What the system use entries of one directory record say (SUSP 1.12, IEEE P1282).
 struct RockRidgeEntry {
     bool hasSharingProtocol = false; ///< SP: the mark of SUSP in the root's own record
-    std::size_t skippedBytes = 0; ///< what SP says: others have so many bytes in front of their entries
+    std::size_t skippedBytes = 0; ///< from SP: how many bytes all other records have in front of their entries
     bool isRockRidge = false; ///< ER names it, or there is an entry that only Rock Ridge has
     QByteArray name;
     bool hasName = false;

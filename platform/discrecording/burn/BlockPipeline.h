@@ -35,7 +35,7 @@ public:
         std::uint32_t readerCount = 4;
         std::uint32_t pieceBlocks = 512; ///< wished size of a piece: 1 MiB
         std::uint32_t bufferCount = 8; ///< 8 MiB in all
-        /// File runs of at least so many bytes are handed over as runs, not read: 0 for none.
+        /// Runs of a file of at least this length, in bytes, are handed over as runs, not read; 0 for no run.
         std::uint64_t smallestFileRunLeft = 0;
     };
 

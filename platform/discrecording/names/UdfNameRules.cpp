@@ -10,7 +10,7 @@ namespace Tessaron
 namespace
 {
 
-/// Cuts a name to so many bytes of characters in compressed Unicode (UDF 2.1.1).
+/// Cuts a name to the number of bytes that its characters may take in compressed Unicode (UDF 2.1.1).
 std::u16string cutToBytes(const std::u16string &name, std::size_t bytes, bool isFolder)
 {
     const bool isNarrow = std::ranges::all_of(name, [](char16_t unit) { return unit < 0x100; });

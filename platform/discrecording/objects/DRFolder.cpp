@@ -22,8 +22,8 @@ DRFolder::DRFolder(ConstructionKey, const QString &name)
 
 DRFolder::~DRFolder()
 {
-    // A chain of folders that free each other would need stack for each level of depth; so the folders that nobody else
-    // holds give up their children here before they go.
+    // A chain of folders that free each other would need stack for each level of depth; so the folders that nothing
+    // else holds give up their children here before they go.
     std::vector<std::shared_ptr<DRFSObject>> orphans;
     const auto orphan = [&orphans](DRFolder &folder) {
         for (const auto &child : folder.m_children)

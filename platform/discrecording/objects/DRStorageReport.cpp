@@ -22,4 +22,21 @@ QString discTreeName(DRDiscTree tree)
     return {};
 }
 
+QString discTreeTitle(DRDiscTree tree)
+{
+    switch (tree) {
+    case DRDiscTree::ISO9660:
+        return QStringLiteral("ISO 9660");
+    case DRDiscTree::RockRidge:
+        return QStringLiteral("Rock Ridge");
+    case DRDiscTree::Joliet:
+        return QStringLiteral("Joliet");
+    case DRDiscTree::UDF:
+        return QStringLiteral("UDF");
+    case DRDiscTree::HFSPlus:
+        return QStringLiteral("HFS+");
+    }
+    return {};
+}
+
 } // namespace Tessaron

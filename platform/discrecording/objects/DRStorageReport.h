@@ -18,8 +18,10 @@ enum class DRDiscTree : std::uint8_t {
     UDF,
     HFSPlus,
 };
-/// "iso9660", "rockridge", "joliet", "udf", "hfs+".
+/// What programs call it: "iso9660", "rockridge", "joliet", "udf", "hfs+".
 [[nodiscard]] TESSARON_EXPORT QString discTreeName(DRDiscTree tree);
+/// What people call it: "ISO 9660", "Rock Ridge", "Joliet", "UDF", "HFS+". The same in all languages.
+[[nodiscard]] TESSARON_EXPORT QString discTreeTitle(DRDiscTree tree);
 
 /// One thing that a tree of the disc does not hold as it stands in the source.
 struct DRStorageReportItem {

@@ -22,7 +22,7 @@ using namespace SoundProtocol;
 namespace
 {
 
-/// Ends the process once the other side has gone away: decoding what no one reads any more may take long.
+/// Ends the process once the other side has gone away: decoding what will not be read any more may take long.
 void endWithOtherSide(int socket)
 {
     std::thread([socket] {

@@ -19,7 +19,7 @@ public:
     SoundServer(int socket, char *memory);
     ~SoundServer();
 
-    /// Answers requests until the other side has gone away, or sends what is no request.
+    /// Answers requests until the other side has gone away, or sends something that is not a request.
     void run();
 
 private:

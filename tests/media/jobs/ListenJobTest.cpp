@@ -5,6 +5,8 @@
 #include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/ListenJob.h>
 
+#include <QFileInfo>
+
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -122,6 +124,22 @@ TEST_F(ListenJobTest, pause_losesAndRepeatsNothing)
     job.setPaused(false);
     ASSERT_TRUE(waitFor([&] { return result.has_value(); }));
     EXPECT_FALSE(result->error);
+    expectSame(heard(), framesOfFile(0, 150));
+}
+
+TEST_F(ListenJobTest, nothingIsHeard_ofWhatBeginsInAPause)
+{
+    ListenJob job({{{file, 0, 0}}, 0});
+    std::optional<ListenResult> result;
+    QObject::connect(&job, &ListenJob::finished, &job, [&](const ListenResult &ended) { result = ended; });
+    job.setPaused(true);
+    job.start();
+    constexpr qsizetype halfASecond = 22'050 * qsizetype(sizeof(Sample)); // of silence
+    ASSERT_TRUE(waitFor([&] { return QFileInfo(QString::fromUtf8(tree.path("heard"))).size() > halfASecond; }));
+    EXPECT_TRUE(heard().empty());
+    EXPECT_EQ(job.position(), 0u);
+    job.setPaused(false);
+    ASSERT_TRUE(waitFor([&] { return result.has_value(); }));
     expectSame(heard(), framesOfFile(0, 150));
 }
 
