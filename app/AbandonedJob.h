@@ -15,8 +15,8 @@ void rememberUntilGone(QObject *object);
 /// the end of a program, on the main thread.
 [[nodiscard]] bool waitUntilAllAreGone(std::chrono::milliseconds atMost);
 
-/// Gives up a job without waiting for it: a drive may answer a minute later only. The job goes when it has ended; its
-/// signals reach no one any more. Null is fine. Not from inside a slot that hears one of its signals.
+/// Gives up a job without waiting for it: a drive may take a minute to answer. The job is deleted when it has ended;
+/// its signals are cut off at once. Null is fine. Not from inside a slot that hears one of its signals.
 template <typename Job>
 void abandonJob(std::unique_ptr<Job> job)
 {

@@ -5,24 +5,24 @@
 namespace Tessaron::Desktop
 {
 
-QString textOfKind(const SpokenTexts &texts, CDTextKind kind)
+QString textOfKind(const SpokenTexts &texts, CDTextKind kind, std::uint8_t language)
 {
-    const auto language = texts.find(CDTextBlock::english);
-    if (language == texts.end())
+    const auto ofLanguage = texts.find(language);
+    if (ofLanguage == texts.end())
         return {};
-    const auto text = language->second.find(kind);
-    return text == language->second.end() ? QString() : text->second;
+    const auto text = ofLanguage->second.find(kind);
+    return text == ofLanguage->second.end() ? QString() : text->second;
 }
 
-void setTextOfKind(SpokenTexts &texts, CDTextKind kind, const QString &text)
+void setTextOfKind(SpokenTexts &texts, CDTextKind kind, const QString &text, std::uint8_t language)
 {
-    std::map<CDTextKind, QString> &ofLanguage = texts[CDTextBlock::english];
+    std::map<CDTextKind, QString> &ofLanguage = texts[language];
     if (text.isEmpty())
         ofLanguage.erase(kind);
     else
         ofLanguage[kind] = text;
     if (ofLanguage.empty())
-        texts.erase(CDTextBlock::english);
+        texts.erase(language);
 }
 
 QByteArray validIsrc(const QString &code)

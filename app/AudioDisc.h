@@ -43,10 +43,12 @@ struct AudioDisc {
     friend bool operator==(const AudioDisc &, const AudioDisc &) = default;
 };
 
-/// The text of a kind in the language that is shown; empty for none.
-[[nodiscard]] QString textOfKind(const SpokenTexts &texts, CDTextKind kind);
+/// The text of a kind in a language; empty for none.
+[[nodiscard]] QString textOfKind(const SpokenTexts &texts, CDTextKind kind,
+                                 std::uint8_t language = CDTextBlock::english);
 /// Sets it; an empty one takes it away.
-void setTextOfKind(SpokenTexts &texts, CDTextKind kind, const QString &text);
+void setTextOfKind(SpokenTexts &texts, CDTextKind kind, const QString &text,
+                   std::uint8_t language = CDTextBlock::english);
 
 /// A code as discs have it, without dashes; empty for what is no ISRC.
 [[nodiscard]] QByteArray validIsrc(const QString &code);

@@ -177,6 +177,7 @@ void AudioIntake::startNext()
                 }
                 Result<AudioTracks> tracks = audioTracksAt(path);
                 Batch &batch = batches->emplace_back();
+                batch.path = path;
                 batch.error = tracks.error();
                 if (!tracks)
                     continue;
@@ -229,7 +230,7 @@ void AudioIntake::takeInfo(const Batch &batch, const InfoResult &result)
             m_found.problems << tr("%1 holds no sound.").arg(displayableText(quoted(file.path)));
     }
     if (batch.described)
-        takeDescribed(*batch.described, result);
+        takeDescribed(batch, result);
     else
         takeFiles(result);
 }
@@ -250,8 +251,9 @@ void AudioIntake::takeFiles(const InfoResult &result)
     }
 }
 
-void AudioIntake::takeDescribed(const AudioTracks &described, const InfoResult &result)
+void AudioIntake::takeDescribed(const Batch &batch, const InfoResult &result)
 {
+    const AudioTracks &described = *batch.described;
     QHash<QByteArray, const MovieDescription *> movies;
     for (const MovieFileInfo &file : result.files) {
         if (!file.error && hasSound(file.movie))
@@ -277,6 +279,8 @@ void AudioIntake::takeDescribed(const AudioTracks &described, const InfoResult &
         if (order.hasOwnFile)
             takeTags(movie, &row.order);
         row.format = soundText(movie);
+        if (m_found.tracks.isEmpty() && &order == &described.tracks.front())
+            m_found.sheet = batch.path;
         m_found.tracks << row;
     }
     // Among others, a sheet tells of a part of the disc only.

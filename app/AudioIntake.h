@@ -24,6 +24,7 @@ struct AudioFound {
     QByteArray mediaCatalogNumber;
     QStringList problems; ///< what could not be taken, a sentence each
     QStringList notes; ///< what of cue sheets was not taken, a sentence each
+    QByteArray sheet; ///< the cue sheet of the first track; empty where that is not one's first track
     int row = -1; ///< that the tracks were to stand in front of
 };
 
@@ -63,6 +64,7 @@ private:
     /// A cue sheet or a list with its tracks, or files and folders as they were added.
     struct Batch {
         QList<QByteArray> paths;
+        QByteArray path; ///< of what describes the tracks
         std::optional<AudioTracks> described;
         NSError error;
     };
@@ -71,7 +73,7 @@ private:
     void describeNext();
     void takeInfo(const Batch &batch, const InfoResult &result);
     void takeFiles(const InfoResult &result);
-    void takeDescribed(const AudioTracks &described, const InfoResult &result);
+    void takeDescribed(const Batch &batch, const InfoResult &result);
     void end();
 
     QList<Request> m_waiting;

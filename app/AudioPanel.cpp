@@ -9,6 +9,7 @@
 #include <TessaronClasses/AudioImageJob.h>
 
 #include <QCoreApplication>
+#include <QLocale>
 
 #include <cmath>
 #include <platform/foundation/FileSystemRepresentation.h>
@@ -25,6 +26,8 @@ struct AudioPanelWords {
 };
 
 constexpr std::uint64_t bytesPerFrame = 2352;
+/// In front of the first track of every disc (IEC 60908).
+constexpr std::uint32_t standardPause = 2 * soundFramesPerSecond;
 
 } // namespace
 
@@ -56,6 +59,10 @@ AudioView &AudioPanel::audioView()
         QObject::connect(view, &AudioView::filesWanted, view,
                          [this](const QList<QByteArray> &paths) { addFiles(paths); });
         QObject::connect(view, &AudioView::cancelWanted, &m_intake, &AudioIntake::cancel);
+        QObject::connect(view, &AudioView::conversionWanted, view, [this] {
+            if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
+                m_conversion.ask(chosenTracks(), *m_view, host);
+        });
         QObject::connect(view, &AudioView::told, view,
                          [this](const QString &text, const QStringList &details) { tell(text, details); });
         QObject::connect(&m_intake, &AudioIntake::started, view,
@@ -64,6 +71,20 @@ AudioView &AudioPanel::audioView()
         QObject::connect(&m_intake, &AudioIntake::ended, &view->progress(), &JobBar::end);
     }
     return *m_view;
+}
+
+QList<AudioTrackRow> AudioPanel::chosenTracks()
+{
+    QList<AudioTrackRow> tracks;
+    for (const int row : audioView().chosenRows())
+        tracks << m_tracks.tracks()[row];
+    return tracks;
+}
+
+void AudioPanel::convertChosen(const AudioConvertDialog::Choice &choice)
+{
+    if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
+        m_conversion.convert(chosenTracks(), choice, audioView(), host);
 }
 
 void AudioPanel::discHasChanged()
@@ -76,8 +97,7 @@ void AudioPanel::discHasChanged()
         }
     }
     m_waveforms.setWanted(files);
-    if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
-        host->panelDidChange(*this);
+    changed();
 }
 
 QWidget *AudioPanel::view()
@@ -146,6 +166,15 @@ void AudioPanel::takeFound(const AudioFound &found)
             row.order.gap = m_tracks.disc().gap;
         rows << row;
     }
+    QStringList notes = found.notes;
+    const bool comeFirst = m_tracks.tracks().isEmpty() || found.row == 0;
+    if (!rows.isEmpty() && comeFirst && !found.sheet.isEmpty() && rows.front().order.gap > standardPause) {
+        notes << AudioPanelWords::tr("%1 has a pause of %2 s in front of track 1, which is left out: every disc begins "
+                                     "with two seconds of silence.")
+                     .arg(displayableText(quoted(found.sheet)),
+                          QLocale().toString(double(rows.front().order.gap) / soundFramesPerSecond, 'f', 2));
+        rows.front().order.gap = 0;
+    }
     if (!rows.isEmpty())
         m_tracks.add(rows, found.row, [&found, &rows](AudioDisc &disc) {
             // Not where they come to others: what was added first has given the disc its name.
@@ -158,7 +187,7 @@ void AudioPanel::takeFound(const AudioFound &found)
         });
     if (rows.isEmpty() && problems.isEmpty())
         problems << AudioPanelWords::tr("No sound files were found.");
-    const QStringList all = problems + found.notes;
+    const QStringList all = problems + notes;
     if (all.isEmpty())
         return;
     QString text = all.front();
@@ -167,12 +196,6 @@ void AudioPanel::takeFound(const AudioFound &found)
             ? AudioPanelWords::tr("Not all that the cue sheet says was taken.")
             : AudioPanelWords::tr("%n file(s) could not be added.", nullptr, int(problems.size()));
     tell(text, all.size() == 1 ? QStringList() : all);
-}
-
-void AudioPanel::tell(const QString &text, const QStringList &details)
-{
-    if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
-        host->panelTells(text, details);
 }
 
 AudioImageOrder AudioPanel::imageOrder() const
@@ -189,6 +212,17 @@ AudioImageOrder AudioPanel::imageOrder() const
     if (!order.tracks.empty())
         order.tracks.front().gap = 0; // every disc has its own silence there
     return order;
+}
+
+std::optional<BurnSubject> AudioPanel::burnSubject()
+{
+    if (m_tracks.tracks().isEmpty())
+        return std::nullopt;
+    BurnSubject subject;
+    subject.order.audio = imageOrder();
+    subject.bytes = bestSizeApproximation();
+    subject.name = suggestedName();
+    return subject;
 }
 
 std::unique_ptr<DiscJob> AudioPanel::imageJob(const QByteArray &path, DiscFormat format,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/AudioConversion.h"
 #include "app/AudioIntake.h"
 #include "app/AudioProject.h"
 #include "app/AudioTrackModel.h"
@@ -32,6 +33,9 @@ public:
     /// What the disc would be made by; its output is not in it.
     [[nodiscard]] AudioImageOrder imageOrder() const;
 
+    /// Converts the files of the tracks that are chosen, as a job of the window; asks for nothing.
+    void convertChosen(const AudioConvertDialog::Choice &choice);
+
     // DesktopPanel
     [[nodiscard]] QString title() const override;
     [[nodiscard]] QString iconName() const override { return QStringLiteral("audio-x-generic"); }
@@ -41,7 +45,7 @@ public:
     [[nodiscard]] QString suggestedName() const override;
     [[nodiscard]] std::unique_ptr<DiscJob> imageJob(const QByteArray &path, DiscFormat format,
                                                     std::function<void(const JobOutcome &)> whenEnded) override;
-    [[nodiscard]] bool canBeBurnt() const override { return false; } // its image is, as the panel for images has it
+    [[nodiscard]] std::optional<BurnSubject> burnSubject() override;
     bool takeFiles(const QList<QByteArray> &paths) override;
     void letGo() override;
 
@@ -53,14 +57,15 @@ public:
     [[nodiscard]] QString emptyDiscInformationMessage() override;
 
 private:
+    [[nodiscard]] QList<AudioTrackRow> chosenTracks();
     void takeFound(const AudioFound &found);
     void discHasChanged();
-    void tell(const QString &text, const QStringList &details);
 
     AudioTrackModel m_tracks;
     AudioProject m_project{m_tracks};
     WaveformStore m_waveforms;
     AudioIntake m_intake;
+    AudioConversion m_conversion;
     std::unique_ptr<AudioView> m_view; ///< made when it is first asked for
 };
 

@@ -1,10 +1,14 @@
 #include "app/AudioTextDialog.h"
 
+#include "app/TextLanguages.h"
+
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -35,12 +39,19 @@ bool isCatalogNumber(const QString &number)
 
 AudioTextDialog::AudioTextDialog(const AudioDisc &disc, QWidget *parent)
     : QDialog(parent)
+    , m_disc(disc)
+    , m_language(textLanguagesOf(disc).front())
+    , m_languages(new QComboBox(this))
+    , m_addable(new QMenu(this))
+    , m_addLanguage(new QPushButton(tr("&Add Language"), this))
+    , m_removeLanguage(new QPushButton(tr("&Remove Language"), this))
     , m_table(new QTableWidget(this))
     , m_number(new QLineEdit(this))
     , m_problem(new QLabel(this))
 {
     setWindowTitle(tr("CD-TEXT"));
     auto *const column = new QVBoxLayout(this);
+    column->addLayout(languageRow());
     auto *const label = new QLabel(tr("&Texts for players that show them:"), this);
     label->setBuddy(m_table);
     column->addWidget(label);
@@ -58,41 +69,131 @@ AudioTextDialog::AudioTextDialog(const AudioDisc &disc, QWidget *parent)
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     column->addWidget(buttons);
-    fill(disc);
+    layOutTable();
+    fillTexts();
+    for (const std::uint8_t language : textLanguagesOf(m_disc))
+        m_languages->addItem(textLanguageName(language), language);
+    fillLanguages();
+    connect(m_languages, &QComboBox::currentIndexChanged, this, [this](int index) {
+        if (index >= 0)
+            showLanguage(std::uint8_t(m_languages->itemData(index).toUInt()));
+    });
+    connect(m_removeLanguage, &QPushButton::clicked, this, &AudioTextDialog::removeLanguage);
     connect(m_table, &QTableWidget::cellChanged, this, &AudioTextDialog::showProblem);
     connect(m_number, &QLineEdit::textChanged, this, &AudioTextDialog::showProblem);
     showProblem();
     resize(firstWidth, firstHeight);
 }
 
-void AudioTextDialog::fill(const AudioDisc &disc)
+QHBoxLayout *AudioTextDialog::languageRow()
+{
+    auto *const row = new QHBoxLayout;
+    auto *const label = new QLabel(tr("&Language:"), this);
+    label->setBuddy(m_languages);
+    m_languages->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    m_addLanguage->setMenu(m_addable);
+    // The Return key is for what is typed.
+    for (QPushButton *const button : {m_addLanguage, m_removeLanguage})
+        button->setAutoDefault(false);
+    row->addWidget(label);
+    row->addWidget(m_languages);
+    row->addWidget(m_addLanguage);
+    row->addWidget(m_removeLanguage);
+    row->addStretch(1);
+    return row;
+}
+
+void AudioTextDialog::layOutTable()
 {
     m_table->setAccessibleName(tr("CD-TEXT"));
     m_table->setColumnCount(isrcColumn + 1);
-    m_table->setRowCount(int(disc.tracks.size()) + 1);
+    m_table->setRowCount(int(m_disc.tracks.size()) + 1);
     m_table->setHorizontalHeaderLabels(
         {tr("Title"), tr("Performer"), tr("Songwriter"), tr("Composer"), tr("Arranger"), tr("Message"), tr("ISRC")});
     m_table->setTabKeyNavigation(false); // the tab key leads out of the table; arrows go through it
     QStringList rows = {tr("Disc")};
-    const auto put = [this](int row, int column, const QString &text) {
-        m_table->setItem(row, column, std::make_unique<QTableWidgetItem>(text).release());
-    };
-    const auto putTexts = [&put](int row, const SpokenTexts &texts) {
-        for (std::size_t kind = 0; kind < editedKinds.size(); ++kind)
-            put(row, int(kind), textOfKind(texts, editedKinds[kind]));
-    };
-    putTexts(0, disc.texts);
-    put(0, isrcColumn, {});
-    m_table->item(0, isrcColumn)->setFlags(Qt::NoItemFlags); // only tracks have one
-    for (int track = 0; track < int(disc.tracks.size()); ++track) {
-        rows << tr("Track %1").arg(track + 1);
-        putTexts(track + 1, disc.tracks[track].order.texts);
-        put(track + 1, isrcColumn, QString::fromUtf8(disc.tracks[track].order.isrc));
+    for (int row = 0; row < m_table->rowCount(); ++row) {
+        for (int column = 0; column <= isrcColumn; ++column)
+            m_table->setItem(row, column, std::make_unique<QTableWidgetItem>().release());
+        if (row > 0)
+            rows << tr("Track %1").arg(row);
     }
+    m_table->item(0, isrcColumn)->setFlags(Qt::NoItemFlags); // only tracks have one
+    for (int track = 0; track < int(m_disc.tracks.size()); ++track)
+        m_table->item(track + 1, isrcColumn)->setText(QString::fromUtf8(m_disc.tracks[track].order.isrc));
     m_table->setVerticalHeaderLabels(rows);
     m_table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
-    m_number->setText(QString::fromLatin1(disc.mediaCatalogNumber));
+    m_table->horizontalHeader()->resizeSection(isrcColumn,
+                                               fontMetrics().horizontalAdvance(QStringLiteral("MM-M00-00-00000 ")));
+    m_number->setText(QString::fromLatin1(m_disc.mediaCatalogNumber));
     m_number->setMaxLength(int(digitsOfNumber));
+}
+
+void AudioTextDialog::fillTexts()
+{
+    const auto put = [this](int row, const SpokenTexts &texts) {
+        for (std::size_t kind = 0; kind < editedKinds.size(); ++kind)
+            m_table->item(row, int(kind))->setText(textOfKind(texts, editedKinds[kind], m_language));
+    };
+    put(0, m_disc.texts);
+    for (int track = 0; track < int(m_disc.tracks.size()); ++track)
+        put(track + 1, m_disc.tracks[track].order.texts);
+}
+
+void AudioTextDialog::keepTexts()
+{
+    const auto take = [this](int row, SpokenTexts &texts) {
+        for (std::size_t kind = 0; kind < editedKinds.size(); ++kind)
+            setTextOfKind(texts, editedKinds[kind], textAt(row, int(kind)), m_language);
+    };
+    take(0, m_disc.texts);
+    for (int track = 0; track < int(m_disc.tracks.size()); ++track)
+        take(track + 1, m_disc.tracks[track].order.texts);
+}
+
+/// What can be added, as long as a disc has room for it.
+void AudioTextDialog::fillLanguages()
+{
+    m_addable->clear();
+    for (const std::uint8_t language : writableTextLanguages()) {
+        if (m_languages->findData(language) < 0)
+            m_addable->addAction(textLanguageName(language), this, [this, language] { addLanguage(language); });
+    }
+    m_addLanguage->setEnabled(m_languages->count() < mostTextLanguages);
+}
+
+void AudioTextDialog::showLanguage(std::uint8_t language)
+{
+    if (language == m_language)
+        return;
+    keepTexts();
+    m_language = language;
+    fillTexts();
+    m_languages->setCurrentIndex(m_languages->findData(language));
+}
+
+void AudioTextDialog::addLanguage(std::uint8_t language)
+{
+    if (m_languages->count() >= mostTextLanguages && m_languages->findData(language) < 0)
+        return;
+    if (m_languages->findData(language) < 0)
+        m_languages->addItem(textLanguageName(language), language);
+    fillLanguages();
+    showLanguage(language);
+}
+
+void AudioTextDialog::removeLanguage()
+{
+    const std::uint8_t removed = m_language;
+    if (m_languages->count() > 1) {
+        const int index = m_languages->findData(removed);
+        showLanguage(std::uint8_t(m_languages->itemData(index == 0 ? 1 : index - 1).toUInt()));
+        m_languages->removeItem(m_languages->findData(removed));
+    }
+    removeTextLanguage(m_disc, removed);
+    if (m_language == removed)
+        fillTexts();
+    fillLanguages();
 }
 
 QString AudioTextDialog::textAt(int row, int column) const
@@ -101,16 +202,12 @@ QString AudioTextDialog::textAt(int row, int column) const
     return item ? item->text().simplified() : QString();
 }
 
-void AudioTextDialog::putInto(AudioDisc &disc) const
+void AudioTextDialog::putInto(AudioDisc &disc)
 {
-    const auto take = [this](int row, SpokenTexts &texts) {
-        for (std::size_t kind = 0; kind < editedKinds.size(); ++kind)
-            setTextOfKind(texts, editedKinds[kind], textAt(row, int(kind)));
-    };
-    take(0, disc.texts);
-    const int count = std::min(int(disc.tracks.size()), m_table->rowCount() - 1);
-    for (int track = 0; track < count; ++track) {
-        take(track + 1, disc.tracks[track].order.texts);
+    keepTexts();
+    disc.texts = m_disc.texts;
+    for (int track = 0; track < int(std::min(disc.tracks.size(), m_disc.tracks.size())); ++track) {
+        disc.tracks[track].order.texts = m_disc.tracks[track].order.texts;
         disc.tracks[track].order.isrc = validIsrc(textAt(track + 1, isrcColumn));
     }
     disc.mediaCatalogNumber = m_number->text().toLatin1();

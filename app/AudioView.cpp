@@ -25,6 +25,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numeric>
 #include <platform/foundation/FileSystemRepresentation.h>
 
 namespace Tessaron::Desktop
@@ -79,6 +80,8 @@ void AudioView::makeActions()
     };
     m_add = make(tr("Add &Tracks…"), "list-add", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A), &AudioView::addFiles);
     m_texts = make(tr("&CD-TEXT…"), "document-edit", QKeySequence(Qt::CTRL | Qt::Key_T), &AudioView::editTexts);
+    m_convert = make(tr("Con&vert…"), "document-export", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E),
+                     [this] { Q_EMIT conversionWanted(); });
     m_up = make(tr("Move &Up"), "go-up", QKeySequence(Qt::ALT | Qt::Key_Up), [this] { moveSelected(true); });
     m_down = make(tr("Move &Down"), "go-down", QKeySequence(Qt::ALT | Qt::Key_Down), [this] { moveSelected(false); });
     m_remove = make(tr("&Remove Tracks"), "list-remove", QKeySequence::Delete, &AudioView::removeSelected);
@@ -89,7 +92,7 @@ void AudioView::makeActions()
 
 QList<QAction *> AudioView::actions() const
 {
-    return {m_add, m_sound->listenAction(), m_texts, m_up, m_down, m_remove};
+    return {m_add, m_sound->listenAction(), m_texts, m_convert, m_up, m_down, m_remove};
 }
 
 void AudioView::connectFields()
@@ -296,9 +299,20 @@ QList<int> AudioView::selectedRows() const
     return rows;
 }
 
+QList<int> AudioView::chosenRows() const
+{
+    QList<int> rows = selectedRows();
+    if (rows.isEmpty()) {
+        rows.resize(m_tracks.tracks().size());
+        std::iota(rows.begin(), rows.end(), 0);
+    }
+    return rows;
+}
+
 void AudioView::updateActions()
 {
     const QList<int> rows = selectedRows();
+    m_convert->setEnabled(!m_tracks.tracks().isEmpty());
     m_remove->setEnabled(!rows.isEmpty());
     m_up->setEnabled(!rows.isEmpty() && rows.front() > 0);
     m_down->setEnabled(!rows.isEmpty() && rows.back() < int(m_tracks.tracks().size()) - 1);

@@ -45,10 +45,13 @@ public:
     void moveSelected(bool isUp);
     /// Opens the editor of the disc's texts.
     void editTexts();
+    /// The rows that are selected; all of them when none is.
+    [[nodiscard]] QList<int> chosenRows() const;
 
 Q_SIGNALS:
     void filesWanted(const QList<QByteArray> &paths);
     void cancelWanted();
+    void conversionWanted();
     void told(const QString &text, const QStringList &details);
 
 private:
@@ -81,6 +84,7 @@ private:
     QComboBox *const m_medium;
     QAction *m_add = nullptr;
     QAction *m_texts = nullptr;
+    QAction *m_convert = nullptr;
     QAction *m_remove = nullptr;
     QAction *m_up = nullptr;
     QAction *m_down = nullptr;

@@ -25,6 +25,7 @@ namespace
 {
 
 constexpr std::uint64_t blockSize = 2048;
+constexpr std::uint64_t soundBlockSize = 2352;
 const QString verifySetting = QStringLiteral("verifyAfterBurning");
 const QString ejectSetting = QStringLiteral("ejectAfterBurning");
 
@@ -53,6 +54,8 @@ QString additionText(const BurnDiscResult &addition)
         lines << BurnDialog::tr("What is on it stays as it is; %1 are added.").arg(sizeText(addition.data.bytes));
     if (!addition.replaced.isEmpty())
         lines << replacedText(addition.replaced);
+    if (addition.isStartLost)
+        lines << BurnDialog::tr("Computers can be started from it now, and not any more afterwards.");
     return lines.join(u'\n');
 }
 
@@ -192,7 +195,7 @@ void BurnDialog::looked(const DriveFacts &facts)
     else
         m_disc = facts.disc;
     showSpeeds();
-    if (m_disc && m_disc->state == DiscState::Appendable)
+    if (m_disc && m_disc->state == DiscState::Appendable && !isWrongKind())
         planAddition();
     updateButtons();
 }
@@ -246,12 +249,14 @@ QString BurnDialog::obstacle() const
 {
     if (!m_disc || m_disc->state == DiscState::NoDisc)
         return {};
+    if (isWrongKind())
+        return tr("Sound takes a CD-R or CD-RW. Put one in.");
     if (m_addition)
         return m_addition->error ? errorText(m_addition->error) : additionText(*m_addition);
     if (!mayWrite())
         return m_disc->isErasable ? tr("Erase it first, or put in another disc.") : tr("Put in another disc.");
-    const std::uint64_t room = m_disc->freeBlocks * blockSize;
-    if (m_subject.bytes > room)
+    const std::uint64_t bytesOfBlock = m_subject.order.audio ? soundBlockSize : blockSize;
+    if (m_subject.bytes > m_disc->freeBlocks * bytesOfBlock)
         return tr("It is too small: about %1 are to be written.").arg(sizeText(m_subject.bytes));
     return {};
 }
@@ -261,8 +266,16 @@ bool BurnDialog::addsToDisc() const
     return m_disc && (m_disc->state == DiscState::Appendable || (isOverwritten(m_disc->family) && m_open->isChecked()));
 }
 
+bool BurnDialog::isWrongKind() const
+{
+    const bool holdsDisc = m_disc && m_disc->state != DiscState::NoDisc;
+    return m_subject.order.audio && holdsDisc && !isCDFamily(m_disc->family);
+}
+
 bool BurnDialog::mayWrite() const
 {
+    if (isWrongKind())
+        return false;
     if (addsToDisc())
         return m_addition && !m_addition->error;
     return m_disc && m_disc->state == DiscState::Blank;
@@ -303,7 +316,7 @@ void BurnDialog::updateButtons()
 /// Discs with sessions stay open for more; what has none is kept and added to, or replaced.
 void BurnDialog::updateOpenBox()
 {
-    const bool isOver = m_disc && isOverwritten(m_disc->family);
+    const bool isOver = m_disc && isOverwritten(m_disc->family) && !isWrongKind();
     const bool hasSessions = m_disc && m_disc->state == DiscState::Appendable;
     const bool isOffered = isOver || hasSessions || (m_disc && m_disc->canAppendLater);
     m_open->setText(isOver ? tr("&Keep what is on the disc, and add to it")

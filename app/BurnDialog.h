@@ -69,6 +69,7 @@ private:
     [[nodiscard]] QStringList stateLines() const;
     [[nodiscard]] QString obstacle() const;
     [[nodiscard]] bool addsToDisc() const;
+    [[nodiscard]] bool isWrongKind() const;
     [[nodiscard]] bool mayWrite() const;
     [[nodiscard]] QByteArray drive() const;
 

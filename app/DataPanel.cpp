@@ -3,6 +3,8 @@
 #include "app/CapacityBar.h"
 #include "app/DataView.h"
 #include "app/JobOutcomes.h"
+#include "app/ShareBurning.h"
+#include "app/ShareProjects.h"
 #include "app/ShareSaving.h"
 #include "app/SplitDialog.h"
 
@@ -49,10 +51,7 @@ DataView &DataPanel::dataView()
 {
     if (!m_view) {
         m_view = std::make_unique<DataView>(m_document);
-        QObject::connect(m_view.get(), &DataView::changed, m_view.get(), [this] {
-            if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
-                host->panelDidChange(*this);
-        });
+        QObject::connect(m_view.get(), &DataView::changed, m_view.get(), [this] { changed(); });
         m_view->capacity().setMediumKey(m_project.mediumKey());
         QObject::connect(&m_view->capacity(), &CapacityBar::mediumChanged, m_view.get(),
                          [this](const QString &key) { m_project.setMediumKey(key); });
@@ -165,23 +164,37 @@ SplitDialog *DataPanel::splitDisc()
     auto *const dialog = new SplitDialog([this] { return copyForJob(m_document.model().root()); },
                                          m_document.volumeName(), dataView().capacity().mediumKey(), m_view.get());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    QObject::connect(dialog, &SplitDialog::imagesWanted, dialog, [this, dialog] { askForImagesFolder(*dialog); });
+    QObject::connect(dialog, &SplitDialog::imagesWanted, dialog, [this, dialog] {
+        askForSharesFolder(*dialog, DataPanelWords::tr("Save Images Into a New Folder"),
+                           [this, dialog](const QByteArray &folder) { saveShares(dialog->discs(), folder); });
+    });
+    QObject::connect(dialog, &SplitDialog::projectsWanted, dialog, [this, dialog] {
+        askForSharesFolder(*dialog, DataPanelWords::tr("Save Projects Into a New Folder"),
+                           [this, dialog](const QByteArray &folder) {
+                               saveShareProjects(dialog->discs(), dialog->mediumKey(), folder);
+                           });
+    });
+    QObject::connect(dialog, &SplitDialog::burningWanted, dialog, [this, dialog] {
+        std::vector<DiscShare> discs = dialog->discs();
+        dialog->accept();
+        burnShares(std::move(discs));
+    });
     dialog->open();
     return dialog;
 }
 
-void DataPanel::askForImagesFolder(const SplitDialog &dialog)
+void DataPanel::askForSharesFolder(const SplitDialog &dialog, const QString &title,
+                                   const std::function<void(const QByteArray &folder)> &whenChosen)
 {
-    auto *const chooser = new QFileDialog(m_view.get(), DataPanelWords::tr("Save Images Into a New Folder"),
-                                          QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    auto *const chooser =
+        new QFileDialog(m_view.get(), title, QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     chooser->setAcceptMode(QFileDialog::AcceptSave);
     chooser->setFileMode(QFileDialog::AnyFile);
     chooser->setLabelText(QFileDialog::FileName, DataPanelWords::tr("New folder:"));
     chooser->selectFile(displayableText(m_document.volumeName()).replace(u'/', u'-'));
     chooser->setAttribute(Qt::WA_DeleteOnClose);
-    QObject::connect(chooser, &QFileDialog::fileSelected, &dialog, [this, &dialog](const QString &path) {
-        saveShares(dialog.discs(), fileSystemRepresentation(path));
-    });
+    QObject::connect(chooser, &QFileDialog::fileSelected, &dialog,
+                     [whenChosen](const QString &path) { whenChosen(fileSystemRepresentation(path)); });
     chooser->open();
 }
 
@@ -194,10 +207,23 @@ void DataPanel::saveShares(std::vector<DiscShare> discs, const QByteArray &folde
     saving->start();
 }
 
-void DataPanel::tell(const QString &text)
+void DataPanel::saveShareProjects(const std::vector<DiscShare> &discs, const QString &mediumKey,
+                                  const QByteArray &folder)
 {
-    if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
-        host->panelTells(text, {});
+    const std::shared_ptr<TessaronPanelDelegate> host = delegate();
+    if (!host || discs.empty())
+        return;
+    auto *const saving = new ShareProjects(discs, mediumKey, folder, lostFiles(), host, m_view.get());
+    saving->start();
+}
+
+void DataPanel::burnShares(std::vector<DiscShare> discs)
+{
+    const std::shared_ptr<TessaronPanelDelegate> host = delegate();
+    if (!host || discs.empty())
+        return;
+    auto *const burning = new ShareBurning(std::move(discs), lostFiles(), host, m_view.get());
+    burning->start();
 }
 
 std::optional<BurnSubject> DataPanel::burnSubject()

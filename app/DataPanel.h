@@ -34,6 +34,10 @@ public:
     SplitDialog *splitDisc();
     /// Makes an image of each of these discs in a new folder.
     void saveShares(std::vector<DiscShare> discs, const QByteArray &folder);
+    /// Saves each of these discs as a project in a new folder, for discs of this kind.
+    void saveShareProjects(const std::vector<DiscShare> &discs, const QString &mediumKey, const QByteArray &folder);
+    /// Asks for a drive and a disc for each of them, one after the other.
+    void burnShares(std::vector<DiscShare> discs);
 
     // DesktopPanel
     [[nodiscard]] QString title() const override;
@@ -63,8 +67,8 @@ public:
     bool cancelLayoutCreationAsync() override;
 
 private:
-    void askForImagesFolder(const SplitDialog &dialog);
-    void tell(const QString &text);
+    void askForSharesFolder(const SplitDialog &dialog, const QString &title,
+                            const std::function<void(const QByteArray &folder)> &whenChosen);
     [[nodiscard]] KRFileHierarchyItemLayoutTarget target();
     [[nodiscard]] QStringList lostFiles() const;
 

@@ -120,6 +120,28 @@ std::shared_ptr<const std::vector<Entry>> entriesOf(const DiscNode &root)
     return entries;
 }
 
+/// What is missing is on none of the discs.
+std::shared_ptr<const std::vector<Entry>> entriesOf(const KRFileHierarchyItem &root)
+{
+    auto entries = std::make_shared<std::vector<Entry>>();
+    std::vector<std::pair<const KRFileHierarchyItem *, std::size_t>> order = {{&root, 0}};
+    for (std::size_t index = 0; index < order.size(); ++index) {
+        const auto [item, parent] = order[index];
+        KRFileReference &reference = *item->fileReference();
+        const DiscNodeKind kind = reference.isVirtual() ? DiscNodeKind::VirtualFolder
+            : reference.isContainer()                   ? DiscNodeKind::Folder
+                                                        : DiscNodeKind::File;
+        entries->push_back(
+            {parent, nameOnDisc(*item), kind, *reference.fileRef(), *reference.tessaronAttributes(), nullptr});
+        for (const std::shared_ptr<KRFileHierarchyItem> &child : item->items()) {
+            const KRFileReference &below = *child->fileReference();
+            if (below.isVirtual() || !lastKnownPath(*below.fileRef()).isEmpty())
+                order.emplace_back(child.get(), index);
+        }
+    }
+    return entries;
+}
+
 /// The items of a disc; absent after a stop.
 std::optional<QJsonArray> itemsOf(const std::vector<Entry> &entries, const QByteArray &folder, bool hasAliases,
                                   const std::stop_token &stop)
@@ -204,18 +226,29 @@ QStringList missingIn(const DiscNode &root)
     return missing;
 }
 
-} // namespace
-
-ProjectSubject::Writer DataProject::writer() const
+ProjectSubject::Writer writerOf(std::shared_ptr<const std::vector<Entry>> entries, const QString &name,
+                                const QString &medium)
 {
-    return [entries = entriesOf(m_document.model().root()), name = m_document.volumeName(),
-            medium = m_mediumKey](const QByteArray &folder, bool hasAliases, const std::stop_token &stop) {
+    return [entries = std::move(entries), name, medium](const QByteArray &folder, bool hasAliases,
+                                                        const std::stop_token &stop) {
         const std::optional<QJsonArray> items = itemsOf(*entries, folder, hasAliases, stop);
         return items ? QJsonObject{{QStringLiteral("name"), name},
                                    {QStringLiteral("medium"), medium},
                                    {QStringLiteral("items"), *items}}
                      : QJsonObject();
     };
+}
+
+} // namespace
+
+ProjectSubject::Writer DataProject::writer() const
+{
+    return writerOf(entriesOf(m_document.model().root()), m_document.volumeName(), m_mediumKey);
+}
+
+ProjectSubject::Writer writerOfShare(const DiscShare &share, const QString &mediumKey)
+{
+    return writerOf(entriesOf(*share.tree), share.volumeName, mediumKey);
 }
 
 ProjectSubject::Reader DataProject::reader()

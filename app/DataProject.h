@@ -3,6 +3,8 @@
 #include "app/DiscDocument.h"
 #include "app/ProjectSubject.h"
 
+#include <TessaronClasses/DiscSplitJob.h>
+
 #include <QString>
 
 namespace Tessaron::Desktop
@@ -21,7 +23,8 @@ public:
     void setMediumKey(const QString &key) { m_mediumKey = key; }
 
     // ProjectSubject
-    [[nodiscard]] QString kind() const override { return QStringLiteral("data"); }
+    [[nodiscard]] static QString kindOfAll() { return QStringLiteral("data"); }
+    [[nodiscard]] QString kind() const override { return kindOfAll(); }
     [[nodiscard]] QUndoStack &undoStack() override { return m_document.undoStack(); }
     [[nodiscard]] bool isEmpty() const override { return m_document.model().root().children.empty(); }
     [[nodiscard]] Writer writer() const override;
@@ -32,5 +35,8 @@ private:
     DiscDocument &m_document;
     QString m_mediumKey = QStringLiteral("dvd");
 };
+
+/// The project of one of the discs that a disc was split into; see ProjectSubject::writer().
+[[nodiscard]] ProjectSubject::Writer writerOfShare(const DiscShare &share, const QString &mediumKey);
 
 } // namespace Tessaron::Desktop

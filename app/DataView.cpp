@@ -2,6 +2,7 @@
 
 #include "app/CapacityBar.h"
 #include "app/DiscTreeView.h"
+#include "app/FileChoice.h"
 #include "app/FileDrops.h"
 #include "app/JobBar.h"
 #include "app/ListDialog.h"
@@ -182,6 +183,8 @@ void DataView::connectModel()
         const QString reason = m_document.rename(*node, name);
         if (!reason.isEmpty())
             m_notices->tell(reason);
+        else
+            m_tree->scrollTo(m_tree->currentIndex()); // sorted elsewhere by its new name
     });
     connect(&m_document, &DiscDocument::volumeNameChanged, this, [this](const QString &name) {
         if (m_name->text() != name)
@@ -323,12 +326,8 @@ void DataView::addFiles()
 
 void DataView::addFolders()
 {
-    auto *const dialog =
-        new QFileDialog(this, tr("Add Folder"), QStandardPaths::writableLocation(QStandardPaths::HomeLocation));
-    dialog->setFileMode(QFileDialog::Directory);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QFileDialog::filesSelected, this, [this](const QStringList &paths) { addPaths(bytesOf(paths)); });
-    dialog->open();
+    chooseFolder(*this, tr("Add Folder"), QStandardPaths::HomeLocation,
+                 [this](const QByteArray &path) { addPaths({path}); });
 }
 
 void DataView::newFolder()
@@ -369,11 +368,13 @@ void DataView::editOptions()
 void DataView::paste()
 {
     const QMimeData *const copied = QApplication::clipboard()->mimeData();
-    const QList<QByteArray> paths = copied ? pathsOfFiles(*copied) : QList<QByteArray>();
-    if (paths.isEmpty())
+    if (!copied || pathsOfFiles(*copied).isEmpty())
         m_notices->tell(tr("There are no files to paste. Copy some in the file manager first."));
+    else if (holdsLentFiles(*copied))
+        m_notices->tell(tr("These files of an image are there for a while only. Take them out into a folder, and add "
+                           "them from there."));
     else
-        addPaths(paths);
+        addPaths(pathsOfFiles(*copied));
 }
 
 void DataView::showContextMenu(const QPoint &place)

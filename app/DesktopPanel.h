@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -21,8 +22,19 @@ namespace Tessaron
 
 namespace Desktop
 {
+struct BurnSubject;
 struct JobOutcome;
-}
+
+/// How the writing of a disc that a panel asked for has ended.
+enum class BurnEnd : std::uint8_t {
+    Declined, ///< the user, or the window, wants no disc now
+    Failed, ///< or the disc is not as it should be
+    Simulated,
+    Written,
+};
+/// Without a drive that has done something, the outcome is an empty one.
+using WhenBurnt = std::function<void(BurnEnd end, const JobOutcome &outcome)>;
+} // namespace Desktop
 
 /// What panels call on the window that shows them.
 class TessaronPanelDelegate
@@ -38,6 +50,9 @@ public:
     /// message, while another one runs.
     virtual bool runPanelJob(std::unique_ptr<DiscJob> job, const QString &name) = 0;
     virtual void panelJobHasEnded(const Desktop::JobOutcome &outcome) = 0;
+    /// Asks under this title which drive is to write a disc, and lets it; `whenEnded` is called once.
+    virtual void burnPanelDisc(const Desktop::BurnSubject &subject, const QString &title,
+                               Desktop::WhenBurnt whenEnded) = 0;
 
 protected:
     TessaronPanelDelegate() = default;
@@ -108,6 +123,14 @@ public:
     virtual bool takeFiles(const QList<QByteArray> &) { return false; }
     /// Ends what runs in the background without waiting for what hangs in the system.
     virtual void letGo() { }
+
+protected:
+    // What the window hears, while there is one.
+
+    /// See TessaronPanelDelegate::panelDidChange().
+    void changed();
+    /// See TessaronPanelDelegate::panelTells().
+    void tell(const QString &text, const QStringList &details = {});
 };
 
 } // namespace Tessaron::Desktop

@@ -56,17 +56,10 @@ DiscNodeKind kindOf(std::uint32_t mode)
     return S_ISLNK(mode) ? DiscNodeKind::SymbolicLink : DiscNodeKind::Other;
 }
 
-QString nameOnDisc(KRFileReference &reference, const QByteArray &path)
-{
-    if (reference.isVirtual() || reference.hasDesiredName())
-        return reference.desiredNameWithExtensionEvenIfHidden(true);
-    return stringWithFileSystemRepresentation(path.mid(path.lastIndexOf('/') + 1));
-}
-
 void describe(DiscNode &node, const ReadingRights &rights)
 {
     KRFileReference &reference = *node.item->fileReference();
-    node.name = nameOnDisc(reference, node.sourcePath());
+    node.name = nameOnDisc(*node.item);
     node.hasUndecodableName = holdsUndecodableBytes(node.name);
     if (reference.isVirtual()) {
         node.kind = DiscNodeKind::VirtualFolder;
@@ -126,6 +119,15 @@ std::shared_ptr<KRFileReference> copyOfReference(const DiscNode &node)
 }
 
 } // namespace
+
+QString nameOnDisc(const KRFileHierarchyItem &item)
+{
+    KRFileReference &reference = *item.fileReference();
+    if (reference.isVirtual() || reference.hasDesiredName())
+        return reference.desiredNameWithExtensionEvenIfHidden(true);
+    const QByteArray path = lastKnownPath(*reference.fileRef());
+    return stringWithFileSystemRepresentation(path.mid(path.lastIndexOf('/') + 1));
+}
 
 DiscNode::~DiscNode()
 {

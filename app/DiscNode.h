@@ -74,6 +74,9 @@ struct DiscNode {
 [[nodiscard]] std::unique_ptr<DiscNode> describedTree(const std::shared_ptr<KRFileHierarchyItem> &root,
                                                       const std::stop_token &stop, std::atomic<std::uint64_t> *looked);
 
+/// The name that an item has on the disc. Does not touch the disk.
+[[nodiscard]] QString nameOnDisc(const KRFileHierarchyItem &item);
+
 /// Fills in what the disk says of the node's own file, anew. Touches the disk.
 void describeNode(DiscNode &node);
 

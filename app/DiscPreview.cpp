@@ -62,7 +62,7 @@ private:
 
 QString sentenceFor(const DRStorageReportItem &item)
 {
-    const QString tree = treeNameForPeople(item.tree);
+    const QString tree = discTreeTitle(item.tree);
     switch (item.kind) {
     case DRStorageReportItem::Kind::Renamed:
         return DiscPreview::tr("%1 calls it %2").arg(tree, displayableText(item.nameGiven));

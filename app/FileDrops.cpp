@@ -1,5 +1,6 @@
 #include "app/FileDrops.h"
 
+#include <QDropEvent>
 #include <QMimeData>
 #include <QSet>
 #include <QSysInfo>
@@ -11,6 +12,7 @@ namespace
 {
 
 const QString uriListType = QStringLiteral("text/uri-list");
+const QString lentFilesType = QStringLiteral("application/x-tessaron-lent-files");
 
 } // namespace
 
@@ -50,6 +52,52 @@ QList<QByteArray> pathsOfFiles(const QMimeData &data)
         paths << path;
     }
     return paths;
+}
+
+QByteArray uriOfPath(const QByteArray &path)
+{
+    return "file://" + path.toPercentEncoding("/");
+}
+
+std::unique_ptr<QMimeData> offerOfLentFiles(const QList<QByteArray> &paths)
+{
+    QByteArray list;
+    QByteArray copied = "copy"; // and not "cut"
+    for (const QByteArray &path : paths) {
+        const QByteArray uri = uriOfPath(path);
+        list += uri + "\r\n";
+        copied += '\n' + uri;
+    }
+    auto data = std::make_unique<QMimeData>();
+    data->setData(uriListType, list);
+    data->setData(QStringLiteral("x-special/gnome-copied-files"), copied);
+    data->setData(QStringLiteral("application/x-kde-cutselection"), QByteArrayLiteral("0"));
+    data->setData(lentFilesType, QByteArrayLiteral("1"));
+    return data;
+}
+
+bool holdsLentFiles(const QMimeData &data)
+{
+    return data.hasFormat(lentFilesType);
+}
+
+void acceptFiles(QDragEnterEvent &event)
+{
+    if (!holdsFiles(*event.mimeData()) || holdsLentFiles(*event.mimeData())
+        || !event.possibleActions().testFlag(Qt::CopyAction))
+        return;
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+}
+
+QByteArray takeDroppedFile(QDropEvent &event)
+{
+    const QList<QByteArray> paths = pathsOfFiles(*event.mimeData());
+    if (paths.isEmpty())
+        return {};
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+    return paths.front();
 }
 
 } // namespace Tessaron::Desktop

@@ -279,6 +279,12 @@ void ImageContentsModel::takeListing(Node &folder, const std::shared_ptr<Listing
     Q_EMIT listed(listing->error ? errorText(listing->error) : QString());
 }
 
+Qt::ItemFlags ImageContentsModel::flags(const QModelIndex &index) const
+{
+    const Qt::ItemFlags flags = QAbstractItemModel::flags(index);
+    return index.isValid() && nodeAt(index).kind != Node::Kind::Track ? flags | Qt::ItemIsDragEnabled : flags;
+}
+
 QVariant ImageContentsModel::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid())

@@ -1,6 +1,9 @@
 #include "app/ImagePanel.h"
 
 #include "app/AbandonedJob.h"
+#include "app/FileChoice.h"
+#include "app/FileDrops.h"
+#include "app/ImageTreeView.h"
 #include "app/ImageView.h"
 #include "app/JobBar.h"
 #include "app/JobOutcomes.h"
@@ -12,12 +15,15 @@
 
 #include <QCoreApplication>
 #include <QFileDialog>
+#include <QMimeData>
+#include <QPointer>
 #include <QStandardPaths>
 
 #include <algorithm>
 #include <array>
 #include <platform/discimage/volume/VolumeReader.h>
 #include <platform/foundation/FileSystemRepresentation.h>
+#include <platform/foundation/MainThread.h>
 
 namespace Tessaron::Desktop
 {
@@ -66,6 +72,33 @@ QStringList problemsOf(const ImageInspection &result)
     return lines;
 }
 
+/// What is chosen below a folder that is chosen, too, comes with that.
+QList<QByteArray> outermostPaths(const QList<ImagePlace> &places)
+{
+    QList<QByteArray> paths;
+    for (const ImagePlace &place : places) {
+        const bool isInside = std::any_of(places.begin(), places.end(), [&place](const ImagePlace &other) {
+            return place != other && (other.path.isEmpty() || place.path.startsWith(other.path + '/'));
+        });
+        if (!isInside)
+            paths << place.path;
+    }
+    return paths;
+}
+
+/// Places of one filesystem; everything for none.
+ExtractFilesOrder extraction(const QByteArray &image, const QList<ImagePlace> &places)
+{
+    ExtractFilesOrder order;
+    order.image = image;
+    if (!places.isEmpty()) {
+        order.filesystem = places.front().filesystem;
+        order.part = places.front().part;
+    }
+    order.paths = outermostPaths(places);
+    return order;
+}
+
 } // namespace
 
 ImagePanel::ImagePanel() = default;
@@ -103,6 +136,8 @@ ImageView &ImagePanel::imageView()
         QObject::connect(view, &ImageView::compareWanted, view, [this] { askForFolder(); });
         QObject::connect(view, &ImageView::takeOutWanted, view, [this] { askForDestination(); });
         QObject::connect(view, &ImageView::takeFilesWanted, view, [this] { askForFilesFolder(); });
+        QObject::connect(view, &ImageView::copyWanted, view, [this] { copyFiles(m_view->chosenPlaces()); });
+        QObject::connect(view, &ImageView::dragWanted, view, [this] { dragFiles(m_view->chosenPlaces()); });
         QObject::connect(view, &ImageView::imageDropped, view, [this](const QByteArray &path) { openImage(path); });
         QObject::connect(view, &ImageView::cancelWanted, view, [this] {
             m_view->progress().showCancelling();
@@ -157,6 +192,7 @@ void ImagePanel::openImage(const QByteArray &path)
     m_bytes = 0;
     m_summary = nameOf(path);
     m_contents.setImage(nullptr, {}, {});
+    m_lentPlaces.clear();
     ImageView &view = imageView();
     view.showSummary(m_summary, false);
     view.progress().begin(ImagePanelWords::tr("Looking at %1").arg(nameOf(path)));
@@ -220,18 +256,6 @@ void ImagePanel::foundTracks(const TracksResult &result)
     changed();
 }
 
-void ImagePanel::changed()
-{
-    if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
-        host->panelDidChange(*this);
-}
-
-void ImagePanel::tell(const QString &text, const QStringList &details)
-{
-    if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
-        host->panelTells(text, details);
-}
-
 std::optional<BurnSubject> ImagePanel::burnSubject()
 {
     if (m_path.isEmpty() || m_bytes == 0)
@@ -275,15 +299,8 @@ void ImagePanel::takeOutFiles(const QList<ImagePlace> &places, const QByteArray 
     const std::shared_ptr<TessaronPanelDelegate> host = delegate();
     if (!host || m_path.isEmpty())
         return;
-    ExtractFilesOrder order;
-    order.image = m_path;
+    ExtractFilesOrder order = extraction(m_path, places);
     order.folder = folder;
-    if (!places.isEmpty()) {
-        order.filesystem = places.front().filesystem;
-        order.part = places.front().part;
-    }
-    for (const ImagePlace &place : places)
-        order.paths << place.path;
     auto job = std::make_unique<ExtractFilesJob>(std::move(order));
     QObject::connect(job.get(), &ExtractFilesJob::finished, m_view.get(),
                      [host](const ExtractFilesResult &result) { host->panelJobHasEnded(outcomeOf(result)); });
@@ -291,47 +308,83 @@ void ImagePanel::takeOutFiles(const QList<ImagePlace> &places, const QByteArray 
 }
 
 /// Each filesystem has names of its own for the same files: what is chosen in several would come several times.
-void ImagePanel::askForFilesFolder()
+bool ImagePanel::areOfOneFilesystem(const QList<ImagePlace> &places)
 {
-    const QList<ImagePlace> places = m_view->chosenPlaces();
     const bool isOfOne = std::all_of(places.begin(), places.end(), [&places](const ImagePlace &place) {
         return place.filesystem == places.front().filesystem && place.part == places.front().part;
     });
-    if (!isOfOne) {
+    if (!isOfOne)
         tell(ImagePanelWords::tr("Choose files of one filesystem only."));
+    return isOfOne;
+}
+
+void ImagePanel::lend(const QList<ImagePlace> &places, FileLending::WhenReady whenReady)
+{
+    const std::shared_ptr<TessaronPanelDelegate> host = delegate();
+    if (!host || m_path.isEmpty() || m_lending.isWorking())
+        return;
+    if (places.isEmpty()) {
+        tell(ImagePanelWords::tr("Choose files or folders of a filesystem first."));
         return;
     }
-    auto *const dialog = new QFileDialog(m_view.get(), ImagePanelWords::tr("Take Files Out Into a Folder"),
-                                         QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    dialog->setFileMode(QFileDialog::Directory);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    QObject::connect(dialog, &QFileDialog::fileSelected, m_view.get(),
-                     [this, places](const QString &path) { takeOutFiles(places, fileSystemRepresentation(path)); });
-    dialog->open();
+    if (!areOfOneFilesystem(places))
+        return;
+    m_lending.lend(extraction(m_path, places), nameOf(m_path), host,
+                   [this, places, image = m_path, whenReady = std::move(whenReady)](const QList<QByteArray> &paths,
+                                                                                    JobOutcome &outcome) {
+                       m_lentPlaces = image == m_path ? places : QList<ImagePlace>();
+                       whenReady(paths, outcome);
+                   });
+}
+
+void ImagePanel::copyFiles(const QList<ImagePlace> &places)
+{
+    lend(places, [this](const QList<QByteArray> &, JobOutcome &outcome) {
+        m_lending.putOnClipboard();
+        outcome.summary += u' ' + ImagePanelWords::tr("Paste it in the file manager.");
+    });
+}
+
+void ImagePanel::dragFiles(const QList<ImagePlace> &places)
+{
+    if (!places.isEmpty() && places == m_lentPlaces && !m_lending.isWorking()) {
+        m_view->tree().drag(offerOfLentFiles(m_lending.paths()));
+        return;
+    }
+    lend(places, [this](const QList<QByteArray> &paths, JobOutcome &outcome) {
+        if (!m_view->tree().isDragWanted()) {
+            outcome.summary += u' ' + ImagePanelWords::tr("Drag it once more to drop it.");
+            return;
+        }
+        // Dragging runs an event loop of its own: the job is to be over by then.
+        performOnMainThread([tree = QPointer<ImageTreeView>(&m_view->tree()), paths] {
+            if (tree)
+                tree->drag(offerOfLentFiles(paths));
+        });
+    });
+}
+
+void ImagePanel::askForFilesFolder()
+{
+    const QList<ImagePlace> places = m_view->chosenPlaces();
+    if (!areOfOneFilesystem(places))
+        return;
+    chooseFolder(*m_view, ImagePanelWords::tr("Take Files Out Into a Folder"), QStandardPaths::DocumentsLocation,
+                 [this, places](const QByteArray &path) { takeOutFiles(places, path); });
 }
 
 void ImagePanel::askForImage()
 {
-    auto *const dialog = new QFileDialog(m_view.get(), ImagePanelWords::tr("Open Image"),
-                                         QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    dialog->setNameFilters({ImagePanelWords::tr("Disc images (*.iso *.bin *.img *.vant *.udf *.cdr *.cue *.ccd *.toc)"),
-                            ImagePanelWords::tr("All files (*)")});
-    dialog->setFileMode(QFileDialog::ExistingFile);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    QObject::connect(dialog, &QFileDialog::fileSelected, m_view.get(),
-                     [this](const QString &path) { openImage(fileSystemRepresentation(path)); });
-    dialog->open();
+    chooseFile(*m_view, ImagePanelWords::tr("Open Image"), QStandardPaths::DocumentsLocation,
+               {ImagePanelWords::tr("Disc images (*.iso *.bin *.img *.vant *.udf *.cdr *.cue *.ccd *.toc)"),
+                ImagePanelWords::tr("All files (*)")},
+               [this](const QByteArray &path) { openImage(path); });
 }
 
 void ImagePanel::askForFolder()
 {
-    auto *const dialog = new QFileDialog(m_view.get(), ImagePanelWords::tr("Compare with a Folder"),
-                                         QStandardPaths::writableLocation(QStandardPaths::HomeLocation));
-    dialog->setFileMode(QFileDialog::Directory);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    QObject::connect(dialog, &QFileDialog::fileSelected, m_view.get(),
-                     [this](const QString &path) { compareWithFolder(fileSystemRepresentation(path)); });
-    dialog->open();
+    chooseFolder(*m_view, ImagePanelWords::tr("Compare with a Folder"), QStandardPaths::HomeLocation,
+                 [this](const QByteArray &path) { compareWithFolder(path); });
 }
 
 /// A file for the track that is chosen; else a new folder for all of them, so that nothing in it is replaced unasked.

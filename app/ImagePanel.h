@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/DesktopPanel.h"
+#include "app/FileLending.h"
 #include "app/ImageContentsModel.h"
 
 #include <TessaronClasses/InspectJob.h>
@@ -32,6 +33,12 @@ public:
     void compareWithFolder(const QByteArray &folder);
     /// Takes files out into a folder: what is named, all of one filesystem, or everything.
     void takeOutFiles(const QList<ImagePlace> &places, const QByteArray &folder);
+    /// Takes files of one filesystem out into a private folder and puts them onto the clipboard, for the file manager.
+    void copyFiles(const QList<ImagePlace> &places);
+    /// Lets what is chosen be dropped: at once where it has been taken out already, else as soon as it is, if the
+    /// button is still held then, or by dragging it once more.
+    void dragFiles(const QList<ImagePlace> &places);
+    [[nodiscard]] const FileLending &lending() const { return m_lending; }
     /// Takes the track of the number out into a file, or, with 0, all of them into a folder.
     void takeOutTracks(std::uint32_t track, const QByteArray &output);
 
@@ -56,12 +63,12 @@ private:
     [[nodiscard]] ImageView &imageView();
     void inspected(const ImageInspection &result);
     void foundTracks(const TracksResult &result);
-    void changed();
-    void tell(const QString &text, const QStringList &details = {});
     void askForImage();
     void askForFolder();
     void askForDestination();
     void askForFilesFolder();
+    [[nodiscard]] bool areOfOneFilesystem(const QList<ImagePlace> &places);
+    void lend(const QList<ImagePlace> &places, FileLending::WhenReady whenReady);
 
     QByteArray m_path; ///< empty while no image is open
     QString m_summary;
@@ -70,6 +77,8 @@ private:
     std::unique_ptr<ImageView> m_view; ///< made when it is first asked for
     std::unique_ptr<InspectJob> m_inspecting; ///< null when nothing is looked at
     std::unique_ptr<TracksJob> m_finding;
+    FileLending m_lending;
+    QList<ImagePlace> m_lentPlaces; ///< of the image that is open; empty while none of its files are lent
 };
 
 } // namespace Tessaron::Desktop

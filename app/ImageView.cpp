@@ -1,17 +1,16 @@
 #include "app/ImageView.h"
 
+#include "app/EmptyPage.h"
 #include "app/FileDrops.h"
 #include "app/ImageContentsModel.h"
+#include "app/ImageTreeView.h"
 #include "app/JobBar.h"
 
 #include <QAction>
 #include <QDropEvent>
 #include <QHeaderView>
 #include <QLabel>
-#include <QMimeData>
-#include <QPushButton>
 #include <QStackedLayout>
-#include <QTreeView>
 #include <QVBoxLayout>
 
 namespace Tessaron::Desktop
@@ -21,7 +20,7 @@ ImageView::ImageView(ImageContentsModel &contents, QWidget *parent)
     : QWidget(parent)
     , m_contents(contents)
     , m_summary(new QLabel(this))
-    , m_tree(new QTreeView(this))
+    , m_tree(new ImageTreeView(this))
     , m_progress(new JobBar(this))
 {
     setAcceptDrops(true);
@@ -38,17 +37,20 @@ ImageView::ImageView(ImageContentsModel &contents, QWidget *parent)
     m_takeOut = new QAction(tr("&Take Out Tracks…"), this);
     m_takeOut->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_T));
     connect(m_takeOut, &QAction::triggered, this, &ImageView::takeOutWanted);
+    m_copy = new QAction(QIcon::fromTheme(QStringLiteral("edit-copy")), tr("Cop&y Files"), this);
+    m_copy->setShortcut(QKeySequence::Copy);
+    m_copy->setShortcutContext(Qt::WidgetShortcut); // texts can be copied, too
+    m_copy->setToolTip(tr("Take what is chosen out, so that the file manager can paste it"));
+    connect(m_copy, &QAction::triggered, this, &ImageView::copyWanted);
+    connect(m_tree, &ImageTreeView::dragWanted, this, &ImageView::dragWanted);
 
     m_summary->setWordWrap(true);
     m_summary->setTextFormat(Qt::PlainText);
     m_summary->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     m_summary->setAccessibleName(tr("The image"));
     m_tree->setModel(&m_contents);
-    m_tree->setUniformRowHeights(true);
-    m_tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_tree->setContextMenuPolicy(Qt::ActionsContextMenu);
-    m_tree->addActions({m_takeFiles, m_takeOut});
-    m_tree->setAlternatingRowColors(true);
+    m_tree->addActions({m_copy, m_takeFiles, m_takeOut});
     m_tree->setAccessibleName(tr("What the image holds"));
     m_tree->header()->setStretchLastSection(false);
     m_tree->header()->setSectionResizeMode(ImageContentsModel::Name, QHeaderView::Stretch);
@@ -73,24 +75,11 @@ ImageView::ImageView(ImageContentsModel &contents, QWidget *parent)
 
 QWidget *ImageView::emptyPage()
 {
-    auto *const page = new QWidget(this);
-    auto *const column = new QVBoxLayout(page);
-    auto *const title = new QLabel(tr("Drop a disc image here"), page);
-    QFont big = font();
-    big.setPointSizeF(big.pointSizeF() * 1.5);
-    title->setFont(big);
-    auto *const text = new QLabel(tr("An ISO, BIN or VANT image, or a cue sheet. See what is in it, take files out, "
-                                     "compare it with a folder, and write it to a disc."),
-                                  page);
-    text->setWordWrap(true);
-    text->setAlignment(Qt::AlignCenter);
-    auto *const button = new QPushButton(tr("Open Image…"), page);
-    connect(button, &QPushButton::clicked, this, &ImageView::openWanted);
-    column->addStretch(1);
-    column->addWidget(title, 0, Qt::AlignCenter);
-    column->addWidget(text);
-    column->addWidget(button, 0, Qt::AlignCenter);
-    column->addStretch(1);
+    auto *const page = new EmptyPage(tr("Drop a disc image here"),
+                                     tr("An ISO, BIN or VANT image, or a cue sheet. See what is in it, take files out, "
+                                        "compare it with a folder, and write it to a disc."),
+                                     tr("Open Image…"), this);
+    connect(page, &EmptyPage::pressed, this, &ImageView::openWanted);
     return page;
 }
 
@@ -100,6 +89,7 @@ void ImageView::showSummary(const QString &text, bool isReady)
     m_pages->setCurrentIndex(text.isEmpty() ? 0 : 1);
     m_compare->setEnabled(isReady);
     m_takeOut->setEnabled(isReady);
+    m_copy->setEnabled(isReady);
 }
 
 std::uint32_t ImageView::chosenTrack() const
@@ -119,20 +109,13 @@ QList<ImagePlace> ImageView::chosenPlaces() const
 
 void ImageView::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (holdsFiles(*event->mimeData()) && event->possibleActions().testFlag(Qt::CopyAction)) {
-        event->setDropAction(Qt::CopyAction);
-        event->accept();
-    }
+    acceptFiles(*event);
 }
 
 void ImageView::dropEvent(QDropEvent *event)
 {
-    const QList<QByteArray> paths = pathsOfFiles(*event->mimeData());
-    if (paths.isEmpty())
-        return;
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-    Q_EMIT imageDropped(paths.front());
+    if (const QByteArray path = takeDroppedFile(*event); !path.isEmpty())
+        Q_EMIT imageDropped(path);
 }
 
 } // namespace Tessaron::Desktop

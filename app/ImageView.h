@@ -7,12 +7,12 @@
 class QAction;
 class QLabel;
 class QStackedLayout;
-class QTreeView;
 
 namespace Tessaron::Desktop
 {
 
 class ImageContentsModel;
+class ImageTreeView;
 struct ImagePlace;
 class JobBar;
 
@@ -24,8 +24,9 @@ class ImageView final : public QWidget
 public:
     explicit ImageView(ImageContentsModel &contents, QWidget *parent = nullptr);
 
-    [[nodiscard]] QList<QAction *> actions() const { return {m_open, m_takeFiles, m_compare, m_takeOut}; }
-    [[nodiscard]] QTreeView &tree() const { return *m_tree; }
+    [[nodiscard]] QList<QAction *> actions() const { return {m_open, m_takeFiles, m_compare, m_takeOut, m_copy}; }
+    [[nodiscard]] QAction &copyAction() const { return *m_copy; }
+    [[nodiscard]] ImageTreeView &tree() const { return *m_tree; }
     [[nodiscard]] JobBar &progress() const { return *m_progress; }
     /// Says what the image is. Without one, an empty text asks for one.
     void showSummary(const QString &text, bool isReady);
@@ -38,6 +39,8 @@ public:
 Q_SIGNALS:
     void openWanted();
     void takeFilesWanted();
+    void copyWanted();
+    void dragWanted();
     void compareWanted();
     void takeOutWanted();
     void imageDropped(const QByteArray &path);
@@ -52,13 +55,14 @@ private:
 
     ImageContentsModel &m_contents;
     QLabel *const m_summary;
-    QTreeView *const m_tree;
+    ImageTreeView *const m_tree;
     JobBar *const m_progress;
     QStackedLayout *m_pages = nullptr;
     QAction *m_open = nullptr;
     QAction *m_takeFiles = nullptr;
     QAction *m_compare = nullptr;
     QAction *m_takeOut = nullptr;
+    QAction *m_copy = nullptr;
 };
 
 } // namespace Tessaron::Desktop

@@ -2,9 +2,11 @@
 
 #include "app/Words.h"
 
+#include <TessaronClasses/AudioConvertJob.h>
 #include <TessaronClasses/AudioImageJob.h>
 #include <TessaronClasses/BurnDiscJob.h>
 #include <TessaronClasses/DiscImageJob.h>
+#include <TessaronClasses/DiscJobErrors.h>
 #include <TessaronClasses/ExtractFilesJob.h>
 #include <TessaronClasses/ExtractJob.h>
 #include <TessaronClasses/ImageVerification.h>
@@ -48,10 +50,9 @@ void addReport(const DRStorageReport &report, QStringList &lines)
         for (std::size_t index = 0; index < report.count(); ++index) {
             const DRStorageReportItem item = report.item(index);
             if (item.isLost == isLost)
-                addLine(
-                    lines, &count,
-                    QStringLiteral("%1: %2 (%3)")
-                        .arg(displayableText(item.path), displayableText(item.reason), treeNameForPeople(item.tree)));
+                addLine(lines, &count,
+                        QStringLiteral("%1: %2 (%3)")
+                            .arg(displayableText(item.path), displayableText(item.reason), discTreeTitle(item.tree)));
         }
     }
     if (count > mostLines)
@@ -93,6 +94,11 @@ QString lossesText(const DiscImageResult &result, const QStringList &missing, co
     return sentences.join(u' ');
 }
 
+QString shortTrackText(std::uint32_t track)
+{
+    return JobOutcomes::tr("Track %1 is shorter than four seconds, which many drives refuse").arg(track);
+}
+
 } // namespace
 
 JobOutcome outcomeOf(const DiscImageResult &result, const QStringList &missing)
@@ -121,6 +127,10 @@ JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStri
     outcome.details = result.notes;
     if (!result.isImage)
         addLosses(result.data, missing, outcome.details);
+    for (const AudioImageTrack &track : result.audioTracks) {
+        if (track.isTooShort)
+            outcome.details << shortTrackText(track.number);
+    }
     for (const QString &path : result.replaced)
         outcome.details
             << JobOutcomes::tr("%1 takes the place of the file that the disc had.").arg(displayableText(path));
@@ -147,7 +157,10 @@ JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStri
     if (!result.isImage)
         outcome.summary += u' ' + lossesText(result.data, missing, outcome);
     else if (result.isAnythingLost)
-        outcome.summary += u' ' + JobOutcomes::tr("Something of the image is not on it.");
+        outcome.summary += u' '
+            + (result.audioTracks.empty()
+                   ? JobOutcomes::tr("Something of the image is not on it.")
+                   : JobOutcomes::tr("Some of the sound, or of its texts, is not on it as it should be."));
     return outcome;
 }
 
@@ -164,8 +177,7 @@ JobOutcome outcomeOf(const AudioImageResult &result)
                                    .arg(track.number)
                                    .arg(fileName(track.source));
         if (track.isTooShort)
-            outcome.details
-                << JobOutcomes::tr("Track %1 is shorter than four seconds, which many drives refuse").arg(track.number);
+            outcome.details << shortTrackText(track.number);
     }
     outcome.details << result.changedTexts << result.notes;
     if (result.error) {
@@ -208,6 +220,46 @@ JobOutcome outcomeOf(const ExtractResult &result)
     else
         outcome.summary =
             JobOutcomes::tr("%n track(s) were taken out, with damage.", nullptr, int(result.tracks.size()));
+    return outcome;
+}
+
+/// Files that a cancel has left out are not failures of their own.
+JobOutcome outcomeOf(const AudioConvertResult &result)
+{
+    JobOutcome outcome;
+    outcome.error = result.error;
+    outcome.isComplete = result.isComplete();
+    int converted = 0;
+    int failed = 0;
+    int damaged = 0;
+    for (const ConvertedFile &file : result.files) {
+        const QString name = fileName(file.source);
+        if (!file.error)
+            ++converted;
+        else if (!isDiscJobError(file.error, DiscJobErrorCode::Cancelled)) {
+            ++failed;
+            outcome.details << QStringLiteral("%1: %2").arg(name, errorText(file.error));
+        }
+        if (file.isDamaged) {
+            ++damaged;
+            outcome.details << JobOutcomes::tr("%1 is broken in places; silence stands for them").arg(name);
+        }
+        for (const QString &place : file.damage)
+            outcome.details << QStringLiteral("%1: %2").arg(name, place);
+        outcome.details << file.notes;
+    }
+    const QString sentence = JobOutcomes::tr("%n file(s) were converted.", nullptr, converted);
+    if (result.error) {
+        outcome.summary = errorText(result.error);
+        if (converted > 0)
+            outcome.summary += u' ' + sentence;
+        return outcome;
+    }
+    outcome.summary = sentence;
+    if (failed > 0)
+        outcome.summary += u' ' + JobOutcomes::tr("%n file(s) could not be.", nullptr, failed);
+    if (damaged > 0)
+        outcome.summary += u' ' + JobOutcomes::tr("%n file(s) are broken in places.", nullptr, damaged);
     return outcome;
 }
 

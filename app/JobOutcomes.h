@@ -4,6 +4,7 @@
 
 namespace Tessaron
 {
+struct AudioConvertResult;
 struct AudioImageResult;
 struct BurnDiscResult;
 struct DiscImageResult;
@@ -21,6 +22,7 @@ namespace Tessaron::Desktop
 [[nodiscard]] JobOutcome outcomeOf(const DiscImageResult &result, const QStringList &missing);
 [[nodiscard]] JobOutcome outcomeOf(const VerificationResult &result);
 [[nodiscard]] JobOutcome outcomeOf(const AudioImageResult &result);
+[[nodiscard]] JobOutcome outcomeOf(const AudioConvertResult &result);
 [[nodiscard]] JobOutcome outcomeOf(const ExtractResult &result);
 [[nodiscard]] JobOutcome outcomeOf(const ExtractFilesResult &result);
 [[nodiscard]] JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStringList &missing);

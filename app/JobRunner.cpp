@@ -43,7 +43,10 @@ void JobRunner::setForDrive(const QString &spoiling)
 
 void JobRunner::end()
 {
-    m_job.release()->deleteLater();
+    DiscJob *const ended = m_job ? m_job.release() : m_letGo.data();
+    if (!ended)
+        return;
+    ended->deleteLater();
     m_spoiling.clear();
     if (m_stopQuestion)
         m_stopQuestion->close();
@@ -106,7 +109,7 @@ void JobRunner::letGo()
     // A drive is waited for: one that is left in the middle is of no use to anyone.
     if (m_job && m_job->isRunning() && !qobject_cast<BurnDiscJob *>(m_job.get())) {
         m_job->cancel();
-        (void)m_job.release(); // its destructor would wait
+        m_letGo = m_job.release(); // its destructor would wait
     }
 }
 

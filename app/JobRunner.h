@@ -33,7 +33,7 @@ public:
     void startNext(std::unique_ptr<DiscJob> job);
     /// The job writes into a drive; `spoiling` says what is lost when it is stopped, and is empty for nothing.
     void setForDrive(const QString &spoiling);
-    /// Forgets the job, whose signal finished() may be running.
+    /// Forgets the job, whose signal finished() may be running; also one that was let go of.
     void end();
 
     /// True while a drive writes what stopping would spoil.
@@ -55,6 +55,7 @@ private:
     void askBeforeStopping(const QString &text, const QString &stopText, const std::function<void()> &whenWanted);
 
     std::unique_ptr<DiscJob> m_job;
+    QPointer<DiscJob> m_letGo; ///< was let go of, and ends when the system lets it
     JobBar &m_bar;
     QWidget &m_window;
     QString m_name;

@@ -84,6 +84,15 @@ public:
         return true;
     }
     void panelJobHasEnded(const JobOutcome &outcome) override { m_window->jobHasEnded(outcome); }
+    void burnPanelDisc(const BurnSubject &subject, const QString &title, WhenBurnt whenEnded) override
+    {
+        if (m_window->m_runner->isWorking()) {
+            m_window->m_notices->tell(tr("Something else is being done. Wait for its end, or stop it."));
+            whenEnded(BurnEnd::Declined, {});
+            return;
+        }
+        m_window->askForDrive(subject, title, whenEnded);
+    }
 
 private:
     MainWindow *const m_window;
@@ -352,29 +361,49 @@ void MainWindow::burn()
         m_notices->tell(currentPanel().emptyDiscInformationMessage());
         return;
     }
-    auto *const dialog = new BurnDialog(*subject, this);
+    askForDrive(*subject, {}, {});
+}
+
+void MainWindow::askForDrive(const BurnSubject &subject, const QString &title, const WhenBurnt &whenEnded)
+{
+    auto *const dialog = new BurnDialog(subject, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QDialog::accepted, this, [this, dialog, subject] {
-        burnDisc(*subject, dialog->settings(), dialog->disc() ? dialog->disc()->family : DiscFamily::None);
+    if (!title.isEmpty())
+        dialog->setWindowTitle(title);
+    connect(dialog, &QDialog::accepted, this, [this, dialog, subject, whenEnded] {
+        burnDisc(subject, dialog->settings(), dialog->disc() ? dialog->disc()->family : DiscFamily::None, whenEnded);
     });
+    if (whenEnded)
+        connect(dialog, &QDialog::rejected, this, [whenEnded] { whenEnded(BurnEnd::Declined, {}); });
     dialog->open();
     dialog->lookForDrives();
 }
 
-void MainWindow::burnDisc(const BurnSubject &subject, const BurnDiscOrder &settings, DiscFamily family)
+void MainWindow::burnDisc(const BurnSubject &subject, const BurnDiscOrder &settings, DiscFamily family,
+                          const WhenBurnt &whenEnded)
 {
     if (m_runner->isWorking())
         return;
     BurnDiscOrder order = settings;
     order.sources = subject.order.sources;
     order.tree = subject.order.tree;
+    order.audio = subject.order.audio;
     order.volumeName = subject.order.volumeName;
     order.filesystems = subject.order.filesystems;
     auto job = std::make_unique<BurnDiscJob>(std::move(order));
-    connect(job.get(), &BurnDiscJob::finished, this,
-            [this, isSimulated = settings.isSimulated, missing = subject.missing](const BurnDiscResult &result) {
-                jobHasEnded(outcomeOf(result, isSimulated, missing));
-            });
+    connect(
+        job.get(), &BurnDiscJob::finished, this,
+        [this, isSimulated = settings.isSimulated, missing = subject.missing, whenEnded](const BurnDiscResult &result) {
+            const bool isDifferent = result.verification && result.verification->differences.count() > 0;
+            const BurnEnd end = m_closesAfterJob ? BurnEnd::Declined
+                : result.error || isDifferent    ? BurnEnd::Failed
+                : isSimulated                    ? BurnEnd::Simulated
+                                                 : BurnEnd::Written;
+            const JobOutcome outcome = outcomeOf(result, isSimulated, missing);
+            jobHasEnded(outcome);
+            if (whenEnded)
+                whenEnded(end, outcome);
+        });
     startJob(std::move(job), displayableText(subject.name));
     m_runner->setForDrive(settings.isSimulated ? QString() : spoiledText(family));
 }

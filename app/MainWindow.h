@@ -58,7 +58,8 @@ public:
     /// Asks which drive is to write what the panel holds, and lets it.
     void burn();
     /// Lets a drive write it without asking: the drive, and how it writes, are those of `settings`.
-    void burnDisc(const BurnSubject &subject, const BurnDiscOrder &settings, DiscFamily family);
+    void burnDisc(const BurnSubject &subject, const BurnDiscOrder &settings, DiscFamily family,
+                  const WhenBurnt &whenEnded = {});
     [[nodiscard]] bool isWorking() const;
     [[nodiscard]] JobRunner &runner() const { return *m_runner; }
 
@@ -78,6 +79,7 @@ private:
     void addPanel(const std::shared_ptr<DesktopPanel> &panel);
     void makeMenus();
     void fillToolBar();
+    void askForDrive(const BurnSubject &subject, const QString &title, const WhenBurnt &whenEnded);
     void bringUp(const DesktopPanel &panel);
     void updateActions();
     void startJob(std::unique_ptr<DiscJob> job, const QString &name);

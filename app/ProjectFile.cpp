@@ -20,7 +20,7 @@ struct ProjectWords {
 
 constexpr int currentVersion = 1;
 const QString formatName = QStringLiteral("tessaron-project");
-/// Where a file can be opened only if it is one of a person's making: more than that is no project.
+/// Bytes. A longer file is not a project that a person has put together, and is not read.
 constexpr qint64 longestProject = qint64(2) << 30;
 
 /// A file or folder as a project names it; links are not followed.

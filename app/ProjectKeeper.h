@@ -31,7 +31,7 @@ public:
     /// Of the project that is open; empty for one that was never saved.
     [[nodiscard]] QByteArray path() const { return m_path; }
     [[nodiscard]] ProjectSubject &subject() const { return m_subject; }
-    /// Nothing of the disc would be lost.
+    /// True when the project has all of the disc as it is now.
     [[nodiscard]] bool isSaved() const { return m_subject.undoStack().isClean(); }
 
     /// Writes the disc as it is now; it may be changed meanwhile. One at a time: an error otherwise.
@@ -49,7 +49,7 @@ public:
     void recover(std::function<void()> whenFound);
     /// Keeps a copy of what is not saved, now and a while after each change.
     void keepCopy();
-    /// Nothing is left to come back: the user has saved or dropped it.
+    /// Removes the copy: the user has saved the disc or dropped it.
     void forgetCopy();
     [[nodiscard]] bool isBusy() const { return m_opening.isRunning() || m_saving.isRunning(); }
     void letGo();

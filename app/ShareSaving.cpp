@@ -1,15 +1,13 @@
 #include "app/ShareSaving.h"
 
 #include "app/JobOutcomes.h"
+#include "app/ShareFolder.h"
 #include "app/Words.h"
 
 #include <TessaronClasses/DiscImageJob.h>
 #include <TessaronClasses/DiscSplitJob.h>
 
-#include <cerrno>
 #include <platform/foundation/FileSystemRepresentation.h>
-#include <platform/foundation/MessageTexts.h>
-#include <sys/stat.h>
 #include <utility>
 
 namespace Tessaron::Desktop
@@ -29,29 +27,16 @@ ShareSaving::ShareSaving(std::vector<DiscShare> discs, QByteArray folder, QStrin
 void ShareSaving::start()
 {
     const auto failure = std::make_shared<int>(0);
-    m_work.start([folder = m_folder,
-                  failure](const std::stop_token &) { *failure = ::mkdir(folder.constData(), 0777) == 0 ? 0 : errno; },
+    m_work.start([folder = m_folder, failure](const std::stop_token &) { *failure = makeNewFolder(folder); },
                  [this, failure] {
                      if (*failure == 0) {
                          saveNext();
                          return;
                      }
                      if (const std::shared_ptr<TessaronPanelDelegate> host = m_host.lock())
-                         host->panelTells(*failure == EEXIST
-                                              ? tr("There is something of this name already. Name a new folder.")
-                                              : tr("The folder cannot be made: %1").arg(systemText(*failure)),
-                                          {});
+                         host->panelTells(newFolderProblem(*failure), {});
                      deleteLater();
                  });
-}
-
-QByteArray ShareSaving::pathFor(const QString &name) const
-{
-    QString fileName = name.trimmed();
-    fileName.replace(u'/', u'-');
-    while (fileName.startsWith(u'.'))
-        fileName.remove(0, 1);
-    return m_folder + '/' + fileSystemRepresentation(fileName.isEmpty() ? tr("disc") : fileName) + ".iso";
 }
 
 void ShareSaving::saveNext()
@@ -66,7 +51,7 @@ void ShareSaving::saveNext()
     DiscImageOrder order;
     order.tree = disc.tree;
     order.volumeName = disc.volumeName;
-    order.output = pathFor(disc.volumeName);
+    order.output = pathOfShare(m_folder, disc.volumeName, ".iso");
     auto job = std::make_unique<DiscImageJob>(std::move(order));
     connect(job.get(), &DiscImageJob::finished, this,
             [this](const DiscImageResult &result) { take(outcomeOf(result, {})); });
@@ -91,8 +76,7 @@ void ShareSaving::take(const JobOutcome &saved)
             m_outcome.summary += u' ' + tr("They were not compared with the files.");
         if (!m_missing.isEmpty()) {
             m_outcome.isComplete = false;
-            m_outcome.summary +=
-                u' ' + tr("%n item(s) are on no disc: their files are missing.", nullptr, int(m_missing.size()));
+            m_outcome.summary += u' ' + missingFromAllDiscs(m_missing.size());
             m_outcome.details << m_missing;
         }
         m_waiting.clear();

@@ -30,7 +30,6 @@ public:
 private:
     void saveNext();
     void take(const JobOutcome &saved);
-    [[nodiscard]] QByteArray pathFor(const QString &name) const;
 
     std::deque<DiscShare> m_waiting;
     const QByteArray m_folder;

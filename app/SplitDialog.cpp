@@ -78,9 +78,14 @@ void SplitDialog::layOut()
     column->addWidget(m_tree, 1);
     column->addWidget(m_progress);
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
-    m_save = buttons->addButton(tr("&Save Images…"), QDialogButtonBox::ActionRole);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(m_save, &QPushButton::clicked, this, &SplitDialog::imagesWanted);
+    const auto addButton = [&](const QString &text, void (SplitDialog::*wanted)()) {
+        m_ofProposal << buttons->addButton(text, QDialogButtonBox::ActionRole);
+        connect(m_ofProposal.back(), &QPushButton::clicked, this, wanted);
+    };
+    addButton(tr("&Burn…"), &SplitDialog::burningWanted);
+    addButton(tr("&Save Images…"), &SplitDialog::imagesWanted);
+    addButton(tr("Save &Projects…"), &SplitDialog::projectsWanted);
     column->addWidget(buttons);
     resize(560, 480);
 }
@@ -95,7 +100,9 @@ void SplitDialog::propose(const QString &mediumKey)
     abandonJob(std::move(m_job));
     m_discs.clear();
     m_tree->clear();
-    m_save->setEnabled(false);
+    for (QPushButton *const button : std::as_const(m_ofProposal))
+        button->setEnabled(false);
+    m_mediumKey = mediumKey;
     m_summary->setText(tr("Finding out what goes onto which disc…"));
     m_capacity = discMediumOfKey(mediumKey).bytes;
     DiscSplitOrder order;
@@ -126,7 +133,8 @@ void SplitDialog::take(const DiscSplitResult &result)
             m_summary->text() + u' '
             + tr("%n file(s) are larger than such a disc, and on none.", nullptr, int(result.tooLarge.size())));
     showDiscs(result);
-    m_save->setEnabled(!m_discs.empty());
+    for (QPushButton *const button : std::as_const(m_ofProposal))
+        button->setEnabled(!m_discs.empty());
     Q_EMIT proposed();
 }
 

@@ -3,6 +3,7 @@
 #include <TessaronClasses/DiscSplitJob.h>
 
 #include <QDialog>
+#include <QList>
 
 #include <functional>
 #include <memory>
@@ -17,7 +18,8 @@ namespace Tessaron::Desktop
 
 class JobBar;
 
-/// Proposes how the files of a disc go onto several ones, for the kind of disc that is chosen. Nothing is written here.
+/// Proposes how the files of a disc go onto several ones, for the kind of disc that is chosen. Nothing is written here:
+/// what is to become of them is told by signals.
 class SplitDialog final : public QDialog
 {
     Q_OBJECT
@@ -34,12 +36,18 @@ public:
     /// What is said of the proposal.
     [[nodiscard]] QString summary() const;
     void propose(const QString &mediumKey);
+    /// The kind of disc that the proposal is for.
+    [[nodiscard]] QString mediumKey() const { return m_mediumKey; }
 
 Q_SIGNALS:
     /// Either the proposal is ready, or the reason why the tree cannot be split.
     void proposed();
     /// An image of each disc is wanted.
     void imagesWanted();
+    /// A project of each disc is wanted.
+    void projectsWanted();
+    /// The discs are to be written, one after the other.
+    void burningWanted();
 
 private:
     void layOut();
@@ -52,7 +60,8 @@ private:
     QLabel *const m_summary;
     QTreeWidget *const m_tree;
     JobBar *const m_progress;
-    QPushButton *m_save = nullptr;
+    QList<QPushButton *> m_ofProposal; ///< what can be done with it
+    QString m_mediumKey;
     std::uint64_t m_capacity = 0;
     std::vector<DiscShare> m_discs;
     std::unique_ptr<DiscSplitJob> m_job; ///< null when nothing is asked

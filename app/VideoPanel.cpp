@@ -1,6 +1,7 @@
 #include "app/VideoPanel.h"
 
 #include "app/AbandonedJob.h"
+#include "app/FileChoice.h"
 #include "app/JobBar.h"
 #include "app/JobOutcomes.h"
 #include "app/VideoView.h"
@@ -13,9 +14,8 @@
 #include <TessaronClasses/VerifyJob.h>
 
 #include <QCoreApplication>
-#include <QFileDialog>
-#include <QStandardPaths>
 
+#include <platform/discrecording/objects/DRStorageReport.h>
 #include <platform/foundation/FileSystemRepresentation.h>
 #include <platform/foundation/MessageTexts.h>
 
@@ -77,6 +77,30 @@ QStringList videoProblemsOf(const DVDInspectResult &result)
     return lines;
 }
 
+/// What the finished disc cannot have as the folder has it. Short names of ISO 9660 are those that the files have.
+QStringList layoutProblemsOf(const DRStorageReport &report)
+{
+    QStringList lines;
+    for (std::size_t index = 0; index < report.count(); ++index) {
+        const DRStorageReportItem item = report.item(index);
+        if (item.isLost || item.kind == DRStorageReportItem::Kind::Altered)
+            lines << QStringLiteral("%1: %2").arg(displayableText(item.path), displayableText(item.reason));
+    }
+    return lines;
+}
+
+QString nothingFoundInFolder()
+{
+    return VideoPanelWords::tr("Names, lengths and backups of the files, and where they will lie on the disc, are as "
+                               "players need them. Pictures and sound are not checked.");
+}
+
+QString nothingFoundInImage()
+{
+    return VideoPanelWords::tr("Its tables are as players need them. Where its files lie, and pictures and sound, are "
+                               "not checked.");
+}
+
 } // namespace
 
 VideoPanel::VideoPanel()
@@ -91,6 +115,7 @@ VideoPanel::~VideoPanel()
 {
     abandonJob(std::move(m_inspecting));
     abandonJob(std::move(m_scanning));
+    abandonJob(std::move(m_planning));
 }
 
 bool VideoPanel::isVideoName(const QByteArray &path)
@@ -132,6 +157,8 @@ VideoView &VideoPanel::videoView()
                 m_inspecting->cancel();
             if (m_scanning)
                 m_scanning->cancel();
+            if (m_planning)
+                m_planning->cancel();
         });
     }
     return *m_view;
@@ -169,6 +196,7 @@ void VideoPanel::letGo()
 {
     abandonJob(std::move(m_inspecting));
     abandonJob(std::move(m_scanning));
+    abandonJob(std::move(m_planning));
 }
 
 void VideoPanel::forgetDisc()
@@ -191,7 +219,8 @@ void VideoPanel::openDisc(const QByteArray &path)
     m_files.reset();
     m_summary = videoNameOf(path);
     view.showDisc({});
-    view.showProblems({});
+    m_problems.clear();
+    view.showProblems({}, {});
     view.showSummary(m_summary, false);
     view.progress().begin(VideoPanelWords::tr("Looking at %1").arg(videoNameOf(path)));
     m_inspecting = std::make_unique<DVDInspectJob>(path);
@@ -205,14 +234,14 @@ void VideoPanel::openDisc(const QByteArray &path)
 
 void VideoPanel::inspected(const DVDInspectResult &result)
 {
-    const QStringList problems = videoProblemsOf(result);
+    m_problems = videoProblemsOf(result);
     if (result.error) {
-        tell(errorText(result.error), problems);
+        tell(errorText(result.error), m_problems);
         forgetDisc();
         return;
     }
     m_view->showDisc(result.disc);
-    m_view->showProblems(problems);
+    m_view->showProblems(m_problems, {});
     std::chrono::milliseconds longest{0};
     for (const DVDTitle &title : result.disc.titles)
         longest = std::max(longest, title.length);
@@ -231,8 +260,8 @@ void VideoPanel::inspected(const DVDInspectResult &result)
 /// A folder becomes a disc; an image is one.
 void VideoPanel::scanned(const ScanResult &result)
 {
-    m_view->progress().end();
     if (result.error || result.sources.empty()) {
+        m_view->progress().end();
         tell(errorText(result.error));
         changed();
         return;
@@ -242,7 +271,44 @@ void VideoPanel::scanned(const ScanResult &result)
     m_files = isVideoName(m_path) ? found : found->childWithDesiredName(QStringLiteral("VIDEO_TS"));
     if (found->items().empty())
         m_files.reset();
-    m_bytes = m_files ? m_files->contentsPhysicalSize() + structureBytes : source.sizeOnDisk;
+    if (m_files) {
+        plan();
+        return;
+    }
+    m_bytes = source.sizeOnDisk;
+    m_view->showProblems(m_problems, nothingFoundInImage());
+    showSize();
+}
+
+void VideoPanel::plan()
+{
+    DiscPlanOrder order;
+    order.tree = discTree();
+    order.volumeName = dvdName(suggestedName());
+    order.filesystems = filesystemsOfVideo;
+    m_planning = std::make_unique<DiscPlanJob>(std::move(order));
+    QObject::connect(m_planning.get(), &DiscPlanJob::finished, m_view.get(), [this](const DiscPlanResult &result) {
+        m_planning.release()->deleteLater(); // which has the result until then
+        planned(result);
+    });
+    m_planning->start();
+}
+
+void VideoPanel::planned(const DiscPlanResult &result)
+{
+    m_bytes = result.error ? m_files->contentsPhysicalSize() + structureBytes : result.bytes;
+    if (result.error)
+        m_problems << VideoPanelWords::tr("It was not found out where the files will lie on the disc: %1")
+                          .arg(errorText(result.error));
+    else if (result.report)
+        m_problems += layoutProblemsOf(*result.report);
+    m_view->showProblems(m_problems, nothingFoundInFolder());
+    showSize();
+}
+
+void VideoPanel::showSize()
+{
+    m_view->progress().end();
     m_summary += QStringLiteral(", ") + sizeText(m_bytes);
     m_view->showSummary(m_summary, m_view->actions().last()->isEnabled());
     changed();
@@ -325,38 +391,16 @@ void VideoPanel::play()
 
 void VideoPanel::askForFolder()
 {
-    auto *const dialog = new QFileDialog(m_view.get(), VideoPanelWords::tr("Open Video DVD"),
-                                         QStandardPaths::writableLocation(QStandardPaths::MoviesLocation));
-    dialog->setFileMode(QFileDialog::Directory);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    QObject::connect(dialog, &QFileDialog::fileSelected, m_view.get(),
-                     [this](const QString &path) { openDisc(fileSystemRepresentation(path)); });
-    dialog->open();
+    chooseFolder(*m_view, VideoPanelWords::tr("Open Video DVD"), QStandardPaths::MoviesLocation,
+                 [this](const QByteArray &path) { openDisc(path); });
 }
 
 void VideoPanel::askForImage()
 {
-    auto *const dialog = new QFileDialog(m_view.get(), VideoPanelWords::tr("Open Image of a Video DVD"),
-                                         QStandardPaths::writableLocation(QStandardPaths::MoviesLocation));
-    dialog->setNameFilters(
-        {VideoPanelWords::tr("Disc images (*.iso *.bin *.img *.vant *.udf)"), VideoPanelWords::tr("All files (*)")});
-    dialog->setFileMode(QFileDialog::ExistingFile);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    QObject::connect(dialog, &QFileDialog::fileSelected, m_view.get(),
-                     [this](const QString &path) { openDisc(fileSystemRepresentation(path)); });
-    dialog->open();
-}
-
-void VideoPanel::changed()
-{
-    if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
-        host->panelDidChange(*this);
-}
-
-void VideoPanel::tell(const QString &text, const QStringList &details)
-{
-    if (const std::shared_ptr<TessaronPanelDelegate> host = delegate())
-        host->panelTells(text, details);
+    chooseFile(
+        *m_view, VideoPanelWords::tr("Open Image of a Video DVD"), QStandardPaths::MoviesLocation,
+        {VideoPanelWords::tr("Disc images (*.iso *.bin *.img *.vant *.udf)"), VideoPanelWords::tr("All files (*)")},
+        [this](const QByteArray &path) { openDisc(path); });
 }
 
 } // namespace Tessaron::Desktop

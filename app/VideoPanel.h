@@ -4,6 +4,7 @@
 #include "app/PlayerProcess.h"
 
 #include <TessaronClasses/DVDInspectJob.h>
+#include <TessaronClasses/DiscPlanJob.h>
 #include <TessaronClasses/ScanJob.h>
 
 #include <memory>
@@ -29,7 +30,7 @@ public:
     /// Shows another disc: a folder VIDEO_TS, the one that holds it, or an image. It is looked at in the background.
     void openDisc(const QByteArray &path);
     [[nodiscard]] QByteArray discPath() const { return m_path; }
-    [[nodiscard]] bool isLooking() const { return m_inspecting || m_scanning; }
+    [[nodiscard]] bool isLooking() const { return m_inspecting || m_scanning || m_planning; }
     /// What is said of the disc; empty without one.
     [[nodiscard]] QString summary() const { return m_summary; }
     [[nodiscard]] VideoView &videoView();
@@ -59,13 +60,14 @@ public:
 private:
     void inspected(const DVDInspectResult &result);
     void scanned(const ScanResult &result);
+    void plan();
+    void showSize();
+    void planned(const DiscPlanResult &result);
     [[nodiscard]] std::shared_ptr<KRFileHierarchyItem> discTree() const;
     void play();
     void askForFolder();
     void askForImage();
     void forgetDisc();
-    void changed();
-    void tell(const QString &text, const QStringList &details = {});
 
     QByteArray m_path; ///< empty while no disc is open
     QString m_summary;
@@ -75,6 +77,8 @@ private:
     PlayerProcess m_player;
     std::unique_ptr<DVDInspectJob> m_inspecting; ///< null when nothing is looked at
     std::unique_ptr<ScanJob> m_scanning;
+    std::unique_ptr<DiscPlanJob> m_planning; ///< lays out what a folder will be as a disc
+    QStringList m_problems; ///< found so far
 };
 
 } // namespace Tessaron::Desktop

@@ -1,5 +1,6 @@
 #include "app/VideoView.h"
 
+#include "app/EmptyPage.h"
 #include "app/FileDrops.h"
 #include "app/JobBar.h"
 #include "app/ListDialog.h"
@@ -11,7 +12,6 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLocale>
-#include <QMimeData>
 #include <QPushButton>
 #include <QStackedLayout>
 #include <QTreeWidget>
@@ -173,7 +173,7 @@ VideoView::VideoView(QWidget *parent)
         dialog->setAttribute(Qt::WA_DeleteOnClose);
         dialog->open();
     });
-    showProblems({});
+    showProblems({}, {});
     showSummary({}, false);
 }
 
@@ -195,24 +195,12 @@ void VideoView::makeActions()
 
 QWidget *VideoView::emptyPage()
 {
-    auto *const page = new QWidget(this);
-    auto *const column = new QVBoxLayout(page);
-    auto *const title = new QLabel(tr("Drop a video DVD here"), page);
-    QFont big = font();
-    big.setPointSizeF(big.pointSizeF() * 1.5);
-    title->setFont(big);
-    auto *const text = new QLabel(tr("A folder VIDEO_TS, or an image. See its titles, check and play it, save it as an "
-                                     "image for players, and write it to a disc."),
-                                  page);
-    text->setWordWrap(true);
-    text->setAlignment(Qt::AlignCenter);
-    auto *const button = new QPushButton(tr("Open Video DVD…"), page);
-    connect(button, &QPushButton::clicked, this, &VideoView::openWanted);
-    column->addStretch(1);
-    column->addWidget(title, 0, Qt::AlignCenter);
-    column->addWidget(text);
-    column->addWidget(button, 0, Qt::AlignCenter);
-    column->addStretch(1);
+    auto *const page =
+        new EmptyPage(tr("Drop a video DVD here"),
+                      tr("A folder VIDEO_TS, or an image. See its titles, check and play it, save it as an "
+                         "image for players, and write it to a disc."),
+                      tr("Open Video DVD…"), this);
+    connect(page, &EmptyPage::pressed, this, &VideoView::openWanted);
     return page;
 }
 
@@ -269,13 +257,18 @@ void VideoView::showDisc(const DVDDescription &disc)
     }
 }
 
-void VideoView::showProblems(const QStringList &problems)
+void VideoView::showProblems(const QStringList &problems, const QString &nothingFound)
 {
     m_problems = problems;
     m_judgement->setText(problems.isEmpty()
-                             ? tr("All files are as players need them.")
+                             ? nothingFound
                              : tr("%n thing(s) are not as players need them.", nullptr, int(problems.size())));
     m_showProblems->setVisible(!problems.isEmpty());
+}
+
+QString VideoView::judgement() const
+{
+    return m_judgement->text();
 }
 
 std::pair<int, int> VideoView::chosenPlace() const
@@ -288,20 +281,13 @@ std::pair<int, int> VideoView::chosenPlace() const
 
 void VideoView::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (holdsFiles(*event->mimeData()) && event->possibleActions().testFlag(Qt::CopyAction)) {
-        event->setDropAction(Qt::CopyAction);
-        event->accept();
-    }
+    acceptFiles(*event);
 }
 
 void VideoView::dropEvent(QDropEvent *event)
 {
-    const QList<QByteArray> paths = pathsOfFiles(*event->mimeData());
-    if (paths.isEmpty())
-        return;
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-    Q_EMIT discDropped(paths.front());
+    if (const QByteArray path = takeDroppedFile(*event); !path.isEmpty())
+        Q_EMIT discDropped(path);
 }
 
 } // namespace Tessaron::Desktop

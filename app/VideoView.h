@@ -30,9 +30,11 @@ public:
     /// Says what the disc is; an empty text asks for one.
     void showSummary(const QString &text, bool canBePlayed);
     void showDisc(const DVDDescription &disc);
-    /// What is not as players need it, a line each.
-    void showProblems(const QStringList &problems);
+    /// What is not as players need it, a line each; and what is said where there is nothing of the kind.
+    void showProblems(const QStringList &problems, const QString &nothingFound);
     [[nodiscard]] const QStringList &problems() const { return m_problems; }
+    /// What is said of the disc's fitness.
+    [[nodiscard]] QString judgement() const;
     /// The title and the chapter in the row that is chosen; 0 for none.
     [[nodiscard]] std::pair<int, int> chosenPlace() const;
 

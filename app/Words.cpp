@@ -119,23 +119,6 @@ QString optionsText(const _TessaronAttributes &options)
     return texts.join(u'\n');
 }
 
-QString treeNameForPeople(DRDiscTree tree)
-{
-    switch (tree) {
-    case DRDiscTree::ISO9660:
-        return QStringLiteral("ISO 9660");
-    case DRDiscTree::RockRidge:
-        return QStringLiteral("Rock Ridge");
-    case DRDiscTree::Joliet:
-        return QStringLiteral("Joliet");
-    case DRDiscTree::UDF:
-        return QStringLiteral("UDF");
-    case DRDiscTree::HFSPlus:
-        return QStringLiteral("HFS+");
-    }
-    return {};
-}
-
 QString errorText(const NSError &error)
 {
     const QString text = withFullStop(withCapital(displayableText(error.localizedDescription())));

@@ -7,7 +7,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <platform/discrecording/objects/DRStorageReport.h>
 
 namespace Tessaron
 {
@@ -33,9 +32,6 @@ namespace Tessaron::Desktop
 
 /// What an object's options ask for, in words; empty for nothing special.
 [[nodiscard]] QString optionsText(const _TessaronAttributes &options);
-
-/// "ISO 9660", "Rock Ridge", "Joliet", "UDF", "HFS+".
-[[nodiscard]] QString treeNameForPeople(DRDiscTree tree);
 
 /// What an error says, and what to do about it.
 [[nodiscard]] QString errorText(const NSError &error);

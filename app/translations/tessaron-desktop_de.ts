@@ -42,6 +42,10 @@
             <source>Not all that the cue sheet says was taken.</source>
             <translation>Nicht alles, was im Cue-Sheet steht, wurde übernommen.</translation>
         </message>
+        <message>
+            <source>%1 has a pause of %2 s in front of track 1, which is left out: every disc begins with two seconds of silence.</source>
+            <translation>%1 hat vor Titel 1 eine Pause von %2 s, die wegfällt: Jede Disc beginnt mit zwei Sekunden Stille.</translation>
+        </message>
     </context>
     <context>
         <name>DataPanel</name>
@@ -64,6 +68,10 @@
         <message>
             <source>New folder:</source>
             <translation>Neuer Ordner:</translation>
+        </message>
+        <message>
+            <source>Save Projects Into a New Folder</source>
+            <translation>Projekte in einem neuen Ordner speichern</translation>
         </message>
     </context>
     <context>
@@ -250,6 +258,18 @@
         <message>
             <source>Take Files Out Into a Folder</source>
             <translation>Dateien in einen Ordner entnehmen</translation>
+        </message>
+        <message>
+            <source>Choose files or folders of a filesystem first.</source>
+            <translation>Wählen Sie zuerst Dateien oder Ordner eines Dateisystems.</translation>
+        </message>
+        <message>
+            <source>Paste it in the file manager.</source>
+            <translation>Fügen Sie es in der Dateiverwaltung ein.</translation>
+        </message>
+        <message>
+            <source>Drag it once more to drop it.</source>
+            <translation>Ziehen Sie es noch einmal, um es abzulegen.</translation>
         </message>
     </context>
     <context>
@@ -460,6 +480,35 @@
                 <numerusform>%n Objekte haben nicht ihr Datum.</numerusform>
             </translation>
         </message>
+        <message>
+            <source>Some of the sound, or of its texts, is not on it as it should be.</source>
+            <translation>Etwas vom Ton oder von seinen Texten ist nicht so darauf, wie es sein sollte.</translation>
+        </message>
+        <message>
+            <source>%1 is broken in places; silence stands for them</source>
+            <translation>%1 ist stellenweise beschädigt; dort ist Stille</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) were converted.</source>
+            <translation>
+                <numerusform>%n Datei wurde umgewandelt.</numerusform>
+                <numerusform>%n Dateien wurden umgewandelt.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) could not be.</source>
+            <translation>
+                <numerusform>%n Datei konnte es nicht werden.</numerusform>
+                <numerusform>%n Dateien konnten es nicht werden.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) are broken in places.</source>
+            <translation>
+                <numerusform>%n Datei ist stellenweise beschädigt.</numerusform>
+                <numerusform>%n Dateien sind stellenweise beschädigt.</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Media</name>
@@ -521,6 +570,113 @@
         <message>
             <source>it has a track without a file</source>
             <translation>es hat einen Titel ohne Datei</translation>
+        </message>
+    </context>
+    <context>
+        <name>ShareSaving</name>
+        <message>
+            <source>There is something of this name already. Name a new folder.</source>
+            <translation>Unter diesem Namen gibt es schon etwas. Nennen Sie einen neuen Ordner.</translation>
+        </message>
+        <message>
+            <source>The folder cannot be made: %1</source>
+            <translation>Der Ordner kann nicht angelegt werden: %1</translation>
+        </message>
+        <message>
+            <source>disc</source>
+            <translation>Disc</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) are on no disc: their files are missing.</source>
+            <translation>
+                <numerusform>%n Objekt ist auf keiner Disc: Seine Datei fehlt.</numerusform>
+                <numerusform>%n Objekte sind auf keiner Disc: Ihre Dateien fehlen.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioConversion</name>
+        <message>
+            <source>%1: the file is missing</source>
+            <translation>%1: Die Datei fehlt</translation>
+        </message>
+        <message>
+            <source>%1 is converted as a whole, not track by track</source>
+            <translation>%1 wird als Ganzes umgewandelt, nicht Titel für Titel</translation>
+        </message>
+        <message>
+            <source>There is no file to convert.</source>
+            <translation>Es gibt keine Datei, die umgewandelt werden könnte.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioConvertDialog</name>
+        <message>
+            <source>&amp;Titles and covers, too</source>
+            <translation>Auch &amp;Titel und Titelbilder</translation>
+        </message>
+        <message>
+            <source>Convert Sound Files</source>
+            <translation>Tondateien umwandeln</translation>
+        </message>
+        <message>
+            <source>WAVE (not compressed)</source>
+            <translation>WAVE (nicht komprimiert)</translation>
+        </message>
+        <message>
+            <source>AIFF (not compressed)</source>
+            <translation>AIFF (nicht komprimiert)</translation>
+        </message>
+        <message>
+            <source>MP3, about 128 kbit/s</source>
+            <translation>MP3, etwa 128 kbit/s</translation>
+        </message>
+        <message>
+            <source>MP3, about 160 kbit/s</source>
+            <translation>MP3, etwa 160 kbit/s</translation>
+        </message>
+        <message>
+            <source>MP3, 128 kbit/s throughout</source>
+            <translation>MP3, durchgehend 128 kbit/s</translation>
+        </message>
+        <message>
+            <source>MP3, 160 kbit/s throughout</source>
+            <translation>MP3, durchgehend 160 kbit/s</translation>
+        </message>
+        <message>
+            <source>MP3 files can be made when the program lame is installed.</source>
+            <translation>MP3-Dateien können gemacht werden, wenn das Programm lame installiert ist.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) are converted; the originals stay as they are.</source>
+            <translation>
+                <numerusform>%n Datei wird umgewandelt; das Original bleibt, wie es ist.</numerusform>
+                <numerusform>%n Dateien werden umgewandelt; die Originale bleiben, wie sie sind.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>&amp;Format:</source>
+            <translation>&amp;Format:</translation>
+        </message>
+        <message>
+            <source>C&amp;hoose…</source>
+            <translation>&amp;Auswählen …</translation>
+        </message>
+        <message>
+            <source>&amp;Into the folder:</source>
+            <translation>&amp;In den Ordner:</translation>
+        </message>
+        <message>
+            <source>Into the folder</source>
+            <translation>In den Ordner</translation>
+        </message>
+        <message>
+            <source>&amp;Convert</source>
+            <translation>&amp;Umwandeln</translation>
+        </message>
+        <message>
+            <source>Choose a Folder</source>
+            <translation>Ordner auswählen</translation>
         </message>
     </context>
     <context>
@@ -610,6 +766,18 @@
         <message>
             <source>A catalogue number has 13 digits.</source>
             <translation>Eine Katalognummer hat 13 Ziffern.</translation>
+        </message>
+        <message>
+            <source>&amp;Add Language</source>
+            <translation>Sprache &amp;hinzufügen</translation>
+        </message>
+        <message>
+            <source>&amp;Remove Language</source>
+            <translation>Sprache &amp;entfernen</translation>
+        </message>
+        <message>
+            <source>&amp;Language:</source>
+            <translation>&amp;Sprache:</translation>
         </message>
     </context>
     <context>
@@ -802,6 +970,10 @@
             <source>There is no sound device, so nothing can be heard. The disc can be made all the same.</source>
             <translation>Es gibt kein Tongerät, daher ist nichts zu hören. Die Disc lässt sich trotzdem herstellen.</translation>
         </message>
+        <message>
+            <source>Con&amp;vert…</source>
+            <translation>Um&amp;wandeln …</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::BurnDialog</name>
@@ -927,6 +1099,10 @@
             <translation>Was darauf ist, bleibt, wie es ist; %1 kommen hinzu.</translation>
         </message>
         <message>
+            <source>Computers can be started from it now, and not any more afterwards.</source>
+            <translation>Jetzt lassen sich Computer davon starten, danach nicht mehr.</translation>
+        </message>
+        <message>
             <source>&amp;Keep the disc open, so that more can be added to it</source>
             <translation>Disc &amp;offen lassen, damit mehr hinzukommen kann</translation>
         </message>
@@ -937,6 +1113,10 @@
         <message>
             <source>&amp;Keep what is on the disc, and add to it</source>
             <translation>Inhalt der Disc be&amp;halten und ergänzen</translation>
+        </message>
+        <message>
+            <source>Sound takes a CD-R or CD-RW. Put one in.</source>
+            <translation>Ton braucht eine CD-R oder CD-RW. Legen Sie eine ein.</translation>
         </message>
     </context>
     <context>
@@ -1118,6 +1298,10 @@
             <source>&amp;Split over Several Discs…</source>
             <translation>Auf mehrere Disc&amp;s verteilen …</translation>
         </message>
+        <message>
+            <source>These files of an image are there for a while only. Take them out into a folder, and add them from there.</source>
+            <translation>Diese Dateien eines Abbilds sind nur für eine Weile da. Entnehmen Sie sie in einen Ordner und fügen Sie sie von dort hinzu.</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::DesktopNotifier</name>
@@ -1241,6 +1425,17 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::FileLending</name>
+        <message>
+            <source>the files cannot be taken out into %1: %2</source>
+            <translation>die Dateien können nicht nach %1 entnommen werden: %2</translation>
+        </message>
+        <message>
+            <source>There is nothing to paste or drop.</source>
+            <translation>Es gibt nichts, was eingefügt oder abgelegt werden könnte.</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ImageContentsModel</name>
         <message numerus="yes">
             <source>%n file(s)</source>
@@ -1315,6 +1510,14 @@
         <message>
             <source>An ISO, BIN or VANT image, or a cue sheet. See what is in it, take files out, compare it with a folder, and write it to a disc.</source>
             <translation>Ein Abbild (ISO, BIN, VANT) oder ein Cue-Sheet. Sehen Sie, was darin ist, entnehmen Sie Dateien, vergleichen Sie es mit einem Ordner, und schreiben Sie es auf eine Disc.</translation>
+        </message>
+        <message>
+            <source>Cop&amp;y Files</source>
+            <translation>Dateien &amp;kopieren</translation>
+        </message>
+        <message>
+            <source>Take what is chosen out, so that the file manager can paste it</source>
+            <translation>Entnimmt das Ausgewählte, damit die Dateiverwaltung es einfügen kann</translation>
         </message>
     </context>
     <context>
@@ -1608,19 +1811,39 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::ShareBurning</name>
+        <message>
+            <source>Disc %1 of %2: %3</source>
+            <translation>Disc %1 von %2: %3</translation>
+        </message>
+        <message numerus="yes">
+            <source>%1 of %n disc(s) were written.</source>
+            <translation>
+                <numerusform>%1 von %n Disc wurde geschrieben.</numerusform>
+                <numerusform>%1 von %n Discs wurden geschrieben.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 is not written.</source>
+            <translation>%1 ist nicht geschrieben.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ShareProjects</name>
+        <message numerus="yes">
+            <source>%n project(s) were saved.</source>
+            <translation>
+                <numerusform>%n Projekt wurde gespeichert.</numerusform>
+                <numerusform>%n Projekte wurden gespeichert.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Open one after the other to burn it.</source>
+            <translation>Öffnen Sie eines nach dem anderen, um es zu brennen.</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ShareSaving</name>
-        <message>
-            <source>There is something of this name already. Name a new folder.</source>
-            <translation>Unter diesem Namen gibt es schon etwas. Nennen Sie einen neuen Ordner.</translation>
-        </message>
-        <message>
-            <source>The folder cannot be made: %1</source>
-            <translation>Der Ordner kann nicht angelegt werden: %1</translation>
-        </message>
-        <message>
-            <source>disc</source>
-            <translation>Disc</translation>
-        </message>
         <message numerus="yes">
             <source>%n image(s) were saved.</source>
             <translation>
@@ -1631,13 +1854,6 @@
         <message>
             <source>They were not compared with the files.</source>
             <translation>Sie wurden nicht mit den Dateien verglichen.</translation>
-        </message>
-        <message numerus="yes">
-            <source>%n item(s) are on no disc: their files are missing.</source>
-            <translation>
-                <numerusform>%n Objekt ist auf keiner Disc: Seine Datei fehlt.</numerusform>
-                <numerusform>%n Objekte sind auf keiner Disc: Ihre Dateien fehlen.</numerusform>
-            </translation>
         </message>
     </context>
     <context>
@@ -1743,6 +1959,14 @@
         <message>
             <source>Too large for such a disc</source>
             <translation>Zu groß für eine solche Disc</translation>
+        </message>
+        <message>
+            <source>&amp;Burn…</source>
+            <translation>B&amp;rennen …</translation>
+        </message>
+        <message>
+            <source>Save &amp;Projects…</source>
+            <translation>&amp;Projekte speichern …</translation>
         </message>
     </context>
     <context>
@@ -1909,16 +2133,19 @@
             <source>of title set %1</source>
             <translation>von Titelsatz %1</translation>
         </message>
-        <message>
-            <source>All files are as players need them.</source>
-            <translation>Alle Dateien sind so, wie Player sie brauchen.</translation>
-        </message>
         <message numerus="yes">
             <source>%n thing(s) are not as players need them.</source>
             <translation>
                 <numerusform>%n Sache ist nicht so, wie Player sie brauchen.</numerusform>
                 <numerusform>%n Dinge sind nicht so, wie Player sie brauchen.</numerusform>
             </translation>
+        </message>
+    </context>
+    <context>
+        <name>TextLanguages</name>
+        <message>
+            <source>Language %1</source>
+            <translation>Sprache %1</translation>
         </message>
     </context>
     <context>
@@ -1973,6 +2200,18 @@
         <message>
             <source>All files (*)</source>
             <translation>Alle Dateien (*)</translation>
+        </message>
+        <message>
+            <source>Names, lengths and backups of the files, and where they will lie on the disc, are as players need them. Pictures and sound are not checked.</source>
+            <translation>Namen, Längen und Sicherungen der Dateien und ihre Lage auf der Disc sind so, wie Abspielgeräte sie brauchen. Bild und Ton sind nicht geprüft.</translation>
+        </message>
+        <message>
+            <source>Its tables are as players need them. Where its files lie, and pictures and sound, are not checked.</source>
+            <translation>Seine Tabellen sind so, wie Abspielgeräte sie brauchen. Die Lage der Dateien sowie Bild und Ton sind nicht geprüft.</translation>
+        </message>
+        <message>
+            <source>It was not found out where the files will lie on the disc: %1</source>
+            <translation>Es wurde nicht ermittelt, wo die Dateien auf der Disc liegen werden: %1</translation>
         </message>
     </context>
     <context>

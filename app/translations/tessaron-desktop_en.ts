@@ -163,6 +163,47 @@
                 <numerusform>%n items do not have their dates.</numerusform>
             </translation>
         </message>
+        <message numerus="yes">
+            <source>%n file(s) were converted.</source>
+            <translation>
+                <numerusform>%n file was converted.</numerusform>
+                <numerusform>%n files were converted.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) could not be.</source>
+            <translation>
+                <numerusform>%n file could not be.</numerusform>
+                <numerusform>%n files could not be.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) are broken in places.</source>
+            <translation>
+                <numerusform>%n file is broken in places.</numerusform>
+                <numerusform>%n files are broken in places.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>ShareSaving</name>
+        <message numerus="yes">
+            <source>%n item(s) are on no disc: their files are missing.</source>
+            <translation>
+                <numerusform>%n item is on no disc: its file is missing.</numerusform>
+                <numerusform>%n items are on no disc: their files are missing.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioConvertDialog</name>
+        <message numerus="yes">
+            <source>%n file(s) are converted; the originals stay as they are.</source>
+            <translation>
+                <numerusform>%n file is converted; the original stays as it is.</numerusform>
+                <numerusform>%n files are converted; the originals stay as they are.</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::AudioIntake</name>
@@ -305,19 +346,32 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::ShareBurning</name>
+        <message numerus="yes">
+            <source>%1 of %n disc(s) were written.</source>
+            <translation>
+                <numerusform>%1 of %n disc was written.</numerusform>
+                <numerusform>%1 of %n discs were written.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ShareProjects</name>
+        <message numerus="yes">
+            <source>%n project(s) were saved.</source>
+            <translation>
+                <numerusform>%n project was saved.</numerusform>
+                <numerusform>%n projects were saved.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ShareSaving</name>
         <message numerus="yes">
             <source>%n image(s) were saved.</source>
             <translation>
                 <numerusform>%n image was saved.</numerusform>
                 <numerusform>%n images were saved.</numerusform>
-            </translation>
-        </message>
-        <message numerus="yes">
-            <source>%n item(s) are on no disc: their files are missing.</source>
-            <translation>
-                <numerusform>%n item is on no disc: its file is missing.</numerusform>
-                <numerusform>%n items are on no disc: their files are missing.</numerusform>
             </translation>
         </message>
     </context>

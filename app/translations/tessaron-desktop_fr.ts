@@ -42,6 +42,10 @@
             <source>Not all that the cue sheet says was taken.</source>
             <translation>Tout ce que dit la feuille CUE n&apos;a pas été repris.</translation>
         </message>
+        <message>
+            <source>%1 has a pause of %2 s in front of track 1, which is left out: every disc begins with two seconds of silence.</source>
+            <translation>%1 contient avant la piste 1 une pause de %2 s, qui est omise : tout disque commence par deux secondes de silence.</translation>
+        </message>
     </context>
     <context>
         <name>DataPanel</name>
@@ -64,6 +68,10 @@
         <message>
             <source>New folder:</source>
             <translation>Nouveau dossier :</translation>
+        </message>
+        <message>
+            <source>Save Projects Into a New Folder</source>
+            <translation>Enregistrer les projets dans un nouveau dossier</translation>
         </message>
     </context>
     <context>
@@ -250,6 +258,18 @@
         <message>
             <source>Take Files Out Into a Folder</source>
             <translation>Extraire les fichiers dans un dossier</translation>
+        </message>
+        <message>
+            <source>Choose files or folders of a filesystem first.</source>
+            <translation>Choisissez d’abord des fichiers ou dossiers d’un système de fichiers.</translation>
+        </message>
+        <message>
+            <source>Paste it in the file manager.</source>
+            <translation>Collez-le dans le gestionnaire de fichiers.</translation>
+        </message>
+        <message>
+            <source>Drag it once more to drop it.</source>
+            <translation>Faites-le glisser encore une fois pour le déposer.</translation>
         </message>
     </context>
     <context>
@@ -460,6 +480,35 @@
                 <numerusform>%n éléments n’ont pas leur date.</numerusform>
             </translation>
         </message>
+        <message>
+            <source>Some of the sound, or of its texts, is not on it as it should be.</source>
+            <translation>Une partie du son ou de ses textes n’y est pas comme il faudrait.</translation>
+        </message>
+        <message>
+            <source>%1 is broken in places; silence stands for them</source>
+            <translation>%1 est abîmé par endroits ; du silence les remplace</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) were converted.</source>
+            <translation>
+                <numerusform>%n fichier a été converti.</numerusform>
+                <numerusform>%n fichiers ont été convertis.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) could not be.</source>
+            <translation>
+                <numerusform>%n fichier n’a pas pu l’être.</numerusform>
+                <numerusform>%n fichiers n’ont pas pu l’être.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) are broken in places.</source>
+            <translation>
+                <numerusform>%n fichier est abîmé par endroits.</numerusform>
+                <numerusform>%n fichiers sont abîmés par endroits.</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Media</name>
@@ -521,6 +570,113 @@
         <message>
             <source>it has a track without a file</source>
             <translation>il a une piste sans fichier</translation>
+        </message>
+    </context>
+    <context>
+        <name>ShareSaving</name>
+        <message>
+            <source>There is something of this name already. Name a new folder.</source>
+            <translation>Il existe déjà quelque chose de ce nom. Indiquez un nouveau dossier.</translation>
+        </message>
+        <message>
+            <source>The folder cannot be made: %1</source>
+            <translation>Le dossier ne peut pas être créé : %1</translation>
+        </message>
+        <message>
+            <source>disc</source>
+            <translation>disque</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) are on no disc: their files are missing.</source>
+            <translation>
+                <numerusform>%n élément n’est sur aucun disque : son fichier manque.</numerusform>
+                <numerusform>%n éléments ne sont sur aucun disque : leurs fichiers manquent.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioConversion</name>
+        <message>
+            <source>%1: the file is missing</source>
+            <translation>%1 : le fichier manque</translation>
+        </message>
+        <message>
+            <source>%1 is converted as a whole, not track by track</source>
+            <translation>%1 est converti en entier, et non piste par piste</translation>
+        </message>
+        <message>
+            <source>There is no file to convert.</source>
+            <translation>Il n’y a aucun fichier à convertir.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioConvertDialog</name>
+        <message>
+            <source>&amp;Titles and covers, too</source>
+            <translation>&amp;Titres et pochettes aussi</translation>
+        </message>
+        <message>
+            <source>Convert Sound Files</source>
+            <translation>Convertir des fichiers audio</translation>
+        </message>
+        <message>
+            <source>WAVE (not compressed)</source>
+            <translation>WAVE (non compressé)</translation>
+        </message>
+        <message>
+            <source>AIFF (not compressed)</source>
+            <translation>AIFF (non compressé)</translation>
+        </message>
+        <message>
+            <source>MP3, about 128 kbit/s</source>
+            <translation>MP3, environ 128 kbit/s</translation>
+        </message>
+        <message>
+            <source>MP3, about 160 kbit/s</source>
+            <translation>MP3, environ 160 kbit/s</translation>
+        </message>
+        <message>
+            <source>MP3, 128 kbit/s throughout</source>
+            <translation>MP3, 128 kbit/s constants</translation>
+        </message>
+        <message>
+            <source>MP3, 160 kbit/s throughout</source>
+            <translation>MP3, 160 kbit/s constants</translation>
+        </message>
+        <message>
+            <source>MP3 files can be made when the program lame is installed.</source>
+            <translation>Des fichiers MP3 peuvent être faits quand le programme lame est installé.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) are converted; the originals stay as they are.</source>
+            <translation>
+                <numerusform>%n fichier est converti ; l’original reste tel quel.</numerusform>
+                <numerusform>%n fichiers sont convertis ; les originaux restent tels quels.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>&amp;Format:</source>
+            <translation>&amp;Format :</translation>
+        </message>
+        <message>
+            <source>C&amp;hoose…</source>
+            <translation>C&amp;hoisir…</translation>
+        </message>
+        <message>
+            <source>&amp;Into the folder:</source>
+            <translation>&amp;Dans le dossier :</translation>
+        </message>
+        <message>
+            <source>Into the folder</source>
+            <translation>Dans le dossier</translation>
+        </message>
+        <message>
+            <source>&amp;Convert</source>
+            <translation>&amp;Convertir</translation>
+        </message>
+        <message>
+            <source>Choose a Folder</source>
+            <translation>Choisir un dossier</translation>
         </message>
     </context>
     <context>
@@ -610,6 +766,18 @@
         <message>
             <source>A catalogue number has 13 digits.</source>
             <translation>Un numéro de catalogue a 13 chiffres.</translation>
+        </message>
+        <message>
+            <source>&amp;Add Language</source>
+            <translation>&amp;Ajouter une langue</translation>
+        </message>
+        <message>
+            <source>&amp;Remove Language</source>
+            <translation>&amp;Supprimer la langue</translation>
+        </message>
+        <message>
+            <source>&amp;Language:</source>
+            <translation>&amp;Langue :</translation>
         </message>
     </context>
     <context>
@@ -802,6 +970,10 @@
             <source>There is no sound device, so nothing can be heard. The disc can be made all the same.</source>
             <translation>Il n&apos;y a pas de périphérique audio, donc rien à entendre. Le disque peut être fait tout de même.</translation>
         </message>
+        <message>
+            <source>Con&amp;vert…</source>
+            <translation>Con&amp;vertir…</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::BurnDialog</name>
@@ -927,6 +1099,10 @@
             <translation>Son contenu reste tel quel ; %1 sont ajoutés.</translation>
         </message>
         <message>
+            <source>Computers can be started from it now, and not any more afterwards.</source>
+            <translation>Des ordinateurs peuvent démarrer à partir de ce disque, mais ne le pourront plus ensuite.</translation>
+        </message>
+        <message>
             <source>&amp;Keep the disc open, so that more can be added to it</source>
             <translation>&amp;Garder le disque ouvert pour y ajouter plus tard</translation>
         </message>
@@ -937,6 +1113,10 @@
         <message>
             <source>&amp;Keep what is on the disc, and add to it</source>
             <translation>&amp;Garder le contenu du disque et y ajouter</translation>
+        </message>
+        <message>
+            <source>Sound takes a CD-R or CD-RW. Put one in.</source>
+            <translation>Le son demande un CD-R ou un CD-RW. Insérez-en un.</translation>
         </message>
     </context>
     <context>
@@ -1118,6 +1298,10 @@
             <source>&amp;Split over Several Discs…</source>
             <translation>Ré&amp;partir sur plusieurs disques…</translation>
         </message>
+        <message>
+            <source>These files of an image are there for a while only. Take them out into a folder, and add them from there.</source>
+            <translation>Ces fichiers d’une image ne sont là que pour un moment. Extrayez-les dans un dossier et ajoutez-les depuis celui-ci.</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::DesktopNotifier</name>
@@ -1241,6 +1425,17 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::FileLending</name>
+        <message>
+            <source>the files cannot be taken out into %1: %2</source>
+            <translation>les fichiers ne peuvent pas être extraits dans %1 : %2</translation>
+        </message>
+        <message>
+            <source>There is nothing to paste or drop.</source>
+            <translation>Il n’y a rien à coller ni à déposer.</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ImageContentsModel</name>
         <message numerus="yes">
             <source>%n file(s)</source>
@@ -1315,6 +1510,14 @@
         <message>
             <source>An ISO, BIN or VANT image, or a cue sheet. See what is in it, take files out, compare it with a folder, and write it to a disc.</source>
             <translation>Une image ISO, BIN ou VANT, ou une feuille de repères. Voyez son contenu, extrayez des fichiers, comparez-la avec un dossier et écrivez-la sur un disque.</translation>
+        </message>
+        <message>
+            <source>Cop&amp;y Files</source>
+            <translation>Co&amp;pier les fichiers</translation>
+        </message>
+        <message>
+            <source>Take what is chosen out, so that the file manager can paste it</source>
+            <translation>Extrait ce qui est choisi, pour que le gestionnaire de fichiers puisse le coller</translation>
         </message>
     </context>
     <context>
@@ -1608,19 +1811,39 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::ShareBurning</name>
+        <message>
+            <source>Disc %1 of %2: %3</source>
+            <translation>Disque %1 sur %2 : %3</translation>
+        </message>
+        <message numerus="yes">
+            <source>%1 of %n disc(s) were written.</source>
+            <translation>
+                <numerusform>%1 disque sur %n a été gravé.</numerusform>
+                <numerusform>%1 disques sur %n ont été gravés.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 is not written.</source>
+            <translation>%1 n’est pas gravé.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ShareProjects</name>
+        <message numerus="yes">
+            <source>%n project(s) were saved.</source>
+            <translation>
+                <numerusform>%n projet a été enregistré.</numerusform>
+                <numerusform>%n projets ont été enregistrés.</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Open one after the other to burn it.</source>
+            <translation>Ouvrez-les l’un après l’autre pour les graver.</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ShareSaving</name>
-        <message>
-            <source>There is something of this name already. Name a new folder.</source>
-            <translation>Il existe déjà quelque chose de ce nom. Indiquez un nouveau dossier.</translation>
-        </message>
-        <message>
-            <source>The folder cannot be made: %1</source>
-            <translation>Le dossier ne peut pas être créé : %1</translation>
-        </message>
-        <message>
-            <source>disc</source>
-            <translation>disque</translation>
-        </message>
         <message numerus="yes">
             <source>%n image(s) were saved.</source>
             <translation>
@@ -1631,13 +1854,6 @@
         <message>
             <source>They were not compared with the files.</source>
             <translation>Elles n’ont pas été comparées avec les fichiers.</translation>
-        </message>
-        <message numerus="yes">
-            <source>%n item(s) are on no disc: their files are missing.</source>
-            <translation>
-                <numerusform>%n élément n’est sur aucun disque : son fichier manque.</numerusform>
-                <numerusform>%n éléments ne sont sur aucun disque : leurs fichiers manquent.</numerusform>
-            </translation>
         </message>
     </context>
     <context>
@@ -1743,6 +1959,14 @@
         <message>
             <source>Too large for such a disc</source>
             <translation>Trop grand pour un tel disque</translation>
+        </message>
+        <message>
+            <source>&amp;Burn…</source>
+            <translation>&amp;Graver…</translation>
+        </message>
+        <message>
+            <source>Save &amp;Projects…</source>
+            <translation>Enregistrer les &amp;projets…</translation>
         </message>
     </context>
     <context>
@@ -1909,16 +2133,19 @@
             <source>of title set %1</source>
             <translation>du jeu de titres %1</translation>
         </message>
-        <message>
-            <source>All files are as players need them.</source>
-            <translation>Tous les fichiers sont comme il les faut aux lecteurs.</translation>
-        </message>
         <message numerus="yes">
             <source>%n thing(s) are not as players need them.</source>
             <translation>
                 <numerusform>%n chose n’est pas comme il la faut aux lecteurs.</numerusform>
                 <numerusform>%n choses ne sont pas comme il les faut aux lecteurs.</numerusform>
             </translation>
+        </message>
+    </context>
+    <context>
+        <name>TextLanguages</name>
+        <message>
+            <source>Language %1</source>
+            <translation>Langue %1</translation>
         </message>
     </context>
     <context>
@@ -1973,6 +2200,18 @@
         <message>
             <source>All files (*)</source>
             <translation>Tous les fichiers (*)</translation>
+        </message>
+        <message>
+            <source>Names, lengths and backups of the files, and where they will lie on the disc, are as players need them. Pictures and sound are not checked.</source>
+            <translation>Les noms, longueurs et copies de secours des fichiers, et leur emplacement sur le disque, sont tels que les lecteurs les attendent. L’image et le son ne sont pas vérifiés.</translation>
+        </message>
+        <message>
+            <source>Its tables are as players need them. Where its files lie, and pictures and sound, are not checked.</source>
+            <translation>Ses tables sont telles que les lecteurs les attendent. L’emplacement des fichiers, l’image et le son ne sont pas vérifiés.</translation>
+        </message>
+        <message>
+            <source>It was not found out where the files will lie on the disc: %1</source>
+            <translation>Il n’a pas été déterminé où les fichiers se trouveront sur le disque : %1</translation>
         </message>
     </context>
     <context>

@@ -41,6 +41,10 @@
             <source>Not all that the cue sheet says was taken.</source>
             <translation>キューシートの内容の一部は取り込まれませんでした。</translation>
         </message>
+        <message>
+            <source>%1 has a pause of %2 s in front of track 1, which is left out: every disc begins with two seconds of silence.</source>
+            <translation>%1 にはトラック 1 の前に %2 秒の間隔がありますが、省かれます。どのディスクも 2 秒の無音で始まります。</translation>
+        </message>
     </context>
     <context>
         <name>DataPanel</name>
@@ -63,6 +67,10 @@
         <message>
             <source>New folder:</source>
             <translation>新しいフォルダー:</translation>
+        </message>
+        <message>
+            <source>Save Projects Into a New Folder</source>
+            <translation>新しいフォルダーにプロジェクトを保存</translation>
         </message>
     </context>
     <context>
@@ -246,6 +254,18 @@
         <message>
             <source>Take Files Out Into a Folder</source>
             <translation>ファイルをフォルダーに取り出す</translation>
+        </message>
+        <message>
+            <source>Choose files or folders of a filesystem first.</source>
+            <translation>まずファイルシステムのファイルかフォルダーを選んでください。</translation>
+        </message>
+        <message>
+            <source>Paste it in the file manager.</source>
+            <translation>ファイルマネージャーで貼り付けてください。</translation>
+        </message>
+        <message>
+            <source>Drag it once more to drop it.</source>
+            <translation>もう一度ドラッグするとドロップできます。</translation>
         </message>
     </context>
     <context>
@@ -438,6 +458,32 @@
                 <numerusform>%n 件は日付を引き継げませんでした。</numerusform>
             </translation>
         </message>
+        <message>
+            <source>Some of the sound, or of its texts, is not on it as it should be.</source>
+            <translation>音声またはそのテキストの一部が、あるべき形で書き込まれていません。</translation>
+        </message>
+        <message>
+            <source>%1 is broken in places; silence stands for them</source>
+            <translation>%1 には壊れている箇所があり、そこは無音になります</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) were converted.</source>
+            <translation>
+                <numerusform>%n 個のファイルを変換しました。</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) could not be.</source>
+            <translation>
+                <numerusform>%n 個のファイルは変換できませんでした。</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) are broken in places.</source>
+            <translation>
+                <numerusform>%n 個のファイルに壊れている箇所があります。</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Media</name>
@@ -499,6 +545,111 @@
         <message>
             <source>it has a track without a file</source>
             <translation>ファイルのないトラックがあります</translation>
+        </message>
+    </context>
+    <context>
+        <name>ShareSaving</name>
+        <message>
+            <source>There is something of this name already. Name a new folder.</source>
+            <translation>同じ名前のものがすでにあります。新しいフォルダーを指定してください。</translation>
+        </message>
+        <message>
+            <source>The folder cannot be made: %1</source>
+            <translation>フォルダーを作成できません: %1</translation>
+        </message>
+        <message>
+            <source>disc</source>
+            <translation>ディスク</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n item(s) are on no disc: their files are missing.</source>
+            <translation>
+                <numerusform>%n 件はファイルが見つからないため、どのディスクにも入っていません。</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioConversion</name>
+        <message>
+            <source>%1: the file is missing</source>
+            <translation>%1: ファイルがありません</translation>
+        </message>
+        <message>
+            <source>%1 is converted as a whole, not track by track</source>
+            <translation>%1 はトラックごとではなく、全体が変換されます</translation>
+        </message>
+        <message>
+            <source>There is no file to convert.</source>
+            <translation>変換するファイルがありません。</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::AudioConvertDialog</name>
+        <message>
+            <source>&amp;Titles and covers, too</source>
+            <translation>タイトルとカバーも含める(&amp;T)</translation>
+        </message>
+        <message>
+            <source>Convert Sound Files</source>
+            <translation>音声ファイルの変換</translation>
+        </message>
+        <message>
+            <source>WAVE (not compressed)</source>
+            <translation>WAVE（非圧縮）</translation>
+        </message>
+        <message>
+            <source>AIFF (not compressed)</source>
+            <translation>AIFF（非圧縮）</translation>
+        </message>
+        <message>
+            <source>MP3, about 128 kbit/s</source>
+            <translation>MP3、約128 kbit/s</translation>
+        </message>
+        <message>
+            <source>MP3, about 160 kbit/s</source>
+            <translation>MP3、約160 kbit/s</translation>
+        </message>
+        <message>
+            <source>MP3, 128 kbit/s throughout</source>
+            <translation>MP3、固定128 kbit/s</translation>
+        </message>
+        <message>
+            <source>MP3, 160 kbit/s throughout</source>
+            <translation>MP3、固定160 kbit/s</translation>
+        </message>
+        <message>
+            <source>MP3 files can be made when the program lame is installed.</source>
+            <translation>プログラム lame をインストールすると、MP3 ファイルを作成できます。</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n file(s) are converted; the originals stay as they are.</source>
+            <translation>
+                <numerusform>%n 個のファイルを変換します。元のファイルはそのまま残ります。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>&amp;Format:</source>
+            <translation>形式(&amp;F):</translation>
+        </message>
+        <message>
+            <source>C&amp;hoose…</source>
+            <translation>選択(&amp;H)…</translation>
+        </message>
+        <message>
+            <source>&amp;Into the folder:</source>
+            <translation>保存先フォルダー(&amp;I):</translation>
+        </message>
+        <message>
+            <source>Into the folder</source>
+            <translation>保存先フォルダー</translation>
+        </message>
+        <message>
+            <source>&amp;Convert</source>
+            <translation>変換(&amp;C)</translation>
+        </message>
+        <message>
+            <source>Choose a Folder</source>
+            <translation>フォルダーの選択</translation>
         </message>
     </context>
     <context>
@@ -587,6 +738,18 @@
         <message>
             <source>A catalogue number has 13 digits.</source>
             <translation>カタログ番号は 13 桁です。</translation>
+        </message>
+        <message>
+            <source>&amp;Add Language</source>
+            <translation>言語を追加(&amp;A)</translation>
+        </message>
+        <message>
+            <source>&amp;Remove Language</source>
+            <translation>言語を削除(&amp;R)</translation>
+        </message>
+        <message>
+            <source>&amp;Language:</source>
+            <translation>言語(&amp;L):</translation>
         </message>
     </context>
     <context>
@@ -776,6 +939,10 @@
             <source>There is no sound device, so nothing can be heard. The disc can be made all the same.</source>
             <translation>サウンドデバイスがないため試聴できません。ディスクは作成できます。</translation>
         </message>
+        <message>
+            <source>Con&amp;vert…</source>
+            <translation>変換(&amp;V)…</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::BurnDialog</name>
@@ -898,6 +1065,10 @@
             <translation>ディスクの内容はそのまま残り、%1 が追加されます。</translation>
         </message>
         <message>
+            <source>Computers can be started from it now, and not any more afterwards.</source>
+            <translation>現在はこのディスクからコンピューターを起動できますが、追加後はできなくなります。</translation>
+        </message>
+        <message>
             <source>&amp;Keep the disc open, so that more can be added to it</source>
             <translation>後で追加できるようにディスクを閉じない(&amp;K)</translation>
         </message>
@@ -908,6 +1079,10 @@
         <message>
             <source>&amp;Keep what is on the disc, and add to it</source>
             <translation>ディスクの内容を残して追加する(&amp;K)</translation>
+        </message>
+        <message>
+            <source>Sound takes a CD-R or CD-RW. Put one in.</source>
+            <translation>音声には CD-R か CD-RW が必要です。挿入してください。</translation>
         </message>
     </context>
     <context>
@@ -1084,6 +1259,10 @@
             <source>&amp;Split over Several Discs…</source>
             <translation>複数のディスクに分割(&amp;S)…</translation>
         </message>
+        <message>
+            <source>These files of an image are there for a while only. Take them out into a folder, and add them from there.</source>
+            <translation>イメージのこれらのファイルは一時的なものです。フォルダーに取り出してから、そこから追加してください。</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::DesktopNotifier</name>
@@ -1204,6 +1383,17 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::FileLending</name>
+        <message>
+            <source>the files cannot be taken out into %1: %2</source>
+            <translation>ファイルを %1 に取り出せません: %2</translation>
+        </message>
+        <message>
+            <source>There is nothing to paste or drop.</source>
+            <translation>貼り付けたりドロップしたりできるものがありません。</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ImageContentsModel</name>
         <message numerus="yes">
             <source>%n file(s)</source>
@@ -1277,6 +1467,14 @@
         <message>
             <source>An ISO, BIN or VANT image, or a cue sheet. See what is in it, take files out, compare it with a folder, and write it to a disc.</source>
             <translation>ISO、BIN、VANT イメージ、またはキューシート。中身を見て、ファイルを取り出し、フォルダーと比較し、ディスクに書き込めます。</translation>
+        </message>
+        <message>
+            <source>Cop&amp;y Files</source>
+            <translation>ファイルをコピー(&amp;Y)</translation>
+        </message>
+        <message>
+            <source>Take what is chosen out, so that the file manager can paste it</source>
+            <translation>選択したものを取り出し、ファイルマネージャーで貼り付けられるようにします</translation>
         </message>
     </context>
     <context>
@@ -1569,19 +1767,37 @@
         </message>
     </context>
     <context>
+        <name>Tessaron::Desktop::ShareBurning</name>
+        <message>
+            <source>Disc %1 of %2: %3</source>
+            <translation>ディスク %1/%2: %3</translation>
+        </message>
+        <message numerus="yes">
+            <source>%1 of %n disc(s) were written.</source>
+            <translation>
+                <numerusform>%n 枚中 %1 枚のディスクに書き込みました。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>%1 is not written.</source>
+            <translation>%1 は書き込まれていません。</translation>
+        </message>
+    </context>
+    <context>
+        <name>Tessaron::Desktop::ShareProjects</name>
+        <message numerus="yes">
+            <source>%n project(s) were saved.</source>
+            <translation>
+                <numerusform>%n 個のプロジェクトを保存しました。</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>Open one after the other to burn it.</source>
+            <translation>順に開いて書き込んでください。</translation>
+        </message>
+    </context>
+    <context>
         <name>Tessaron::Desktop::ShareSaving</name>
-        <message>
-            <source>There is something of this name already. Name a new folder.</source>
-            <translation>同じ名前のものがすでにあります。新しいフォルダーを指定してください。</translation>
-        </message>
-        <message>
-            <source>The folder cannot be made: %1</source>
-            <translation>フォルダーを作成できません: %1</translation>
-        </message>
-        <message>
-            <source>disc</source>
-            <translation>ディスク</translation>
-        </message>
         <message numerus="yes">
             <source>%n image(s) were saved.</source>
             <translation>
@@ -1591,12 +1807,6 @@
         <message>
             <source>They were not compared with the files.</source>
             <translation>ファイルとの比較は行っていません。</translation>
-        </message>
-        <message numerus="yes">
-            <source>%n item(s) are on no disc: their files are missing.</source>
-            <translation>
-                <numerusform>%n 件はファイルが見つからないため、どのディスクにも入っていません。</numerusform>
-            </translation>
         </message>
     </context>
     <context>
@@ -1698,6 +1908,14 @@
         <message>
             <source>Too large for such a disc</source>
             <translation>ディスクに入らない大きさ</translation>
+        </message>
+        <message>
+            <source>&amp;Burn…</source>
+            <translation>書き込む(&amp;B)…</translation>
+        </message>
+        <message>
+            <source>Save &amp;Projects…</source>
+            <translation>プロジェクトを保存(&amp;P)…</translation>
         </message>
     </context>
     <context>
@@ -1862,15 +2080,18 @@
             <source>of title set %1</source>
             <translation>タイトルセット %1</translation>
         </message>
-        <message>
-            <source>All files are as players need them.</source>
-            <translation>すべてのファイルがプレーヤーに合っています。</translation>
-        </message>
         <message numerus="yes">
             <source>%n thing(s) are not as players need them.</source>
             <translation>
                 <numerusform>プレーヤーに合わない点が %n 件あります。</numerusform>
             </translation>
+        </message>
+    </context>
+    <context>
+        <name>TextLanguages</name>
+        <message>
+            <source>Language %1</source>
+            <translation>言語 %1</translation>
         </message>
     </context>
     <context>
@@ -1924,6 +2145,18 @@
         <message>
             <source>All files (*)</source>
             <translation>すべてのファイル (*)</translation>
+        </message>
+        <message>
+            <source>Names, lengths and backups of the files, and where they will lie on the disc, are as players need them. Pictures and sound are not checked.</source>
+            <translation>ファイルの名前、長さ、予備、ディスク上の位置はプレーヤーの要件を満たしています。映像と音声は確認していません。</translation>
+        </message>
+        <message>
+            <source>Its tables are as players need them. Where its files lie, and pictures and sound, are not checked.</source>
+            <translation>管理情報はプレーヤーの要件を満たしています。ファイルの位置、映像、音声は確認していません。</translation>
+        </message>
+        <message>
+            <source>It was not found out where the files will lie on the disc: %1</source>
+            <translation>ファイルがディスクのどこに置かれるかを調べられませんでした: %1</translation>
         </message>
     </context>
     <context>

@@ -7,6 +7,7 @@
 #include "app/OptionsDialog.h"
 #include "app/Translations.h"
 
+#include "tests/app/Keys.h"
 #include "tests/app/Nodes.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/TemporaryTree.h"
@@ -178,26 +179,14 @@ TEST_F(AccessibilityTest, disc_isPutTogether_byKeysAlone)
     EXPECT_TRUE(runEventLoopUntil([&view] { return !view.intake().isRunning(); }));
     QTreeView &rows = view.tree();
     rows.setFocus();
-    const auto press = [](int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key(key), modifiers);
-        drainEventLoop();
-    };
-    const auto type = [](const char *text) {
-        auto *const editor = qobject_cast<QLineEdit *>(QApplication::focusWidget());
-        ASSERT_NE(editor, nullptr);
-        editor->selectAll();
-        QTest::keyClicks(editor, QString::fromUtf8(text));
-        QTest::keyClick(editor, Qt::Key_Return);
-        drainEventLoop();
-    };
     press(Qt::Key_End);
     press(Qt::Key_Home); // photos
     press(Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
-    type("sorted");
+    typeName("sorted");
     ASSERT_NE(nodeAt(document, QStringLiteral("/photos/sorted")), nullptr);
     press(Qt::Key_End); // letter.txt
     press(Qt::Key_F2);
-    type("note.txt");
+    typeName("note.txt");
     EXPECT_NE(nodeAt(document, QStringLiteral("/note.txt")), nullptr);
     press(Qt::Key_End);
     press(Qt::Key_Delete);

@@ -1,29 +1,18 @@
-#include "app/AudioPanel.h"
-
-#include "app/AudioTextDialog.h"
 #include "app/AudioView.h"
-#include "app/MainWindow.h"
 #include "app/NoticeBar.h"
 #include "app/ProjectActions.h"
 #include "app/ProjectKeeper.h"
 #include "app/SoundBar.h"
 
-#include "tests/support/EventLoop.h"
-#include "tests/support/TemporaryTree.h"
+#include "tests/app/AudioPanelFixture.h"
 
-#include <QAbstractButton>
 #include <QAbstractItemModelTester>
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QTableWidget>
 #include <QTest>
 #include <QTreeView>
-#include <QtEndian>
-
-#include <gtest/gtest.h>
-#include <optional>
 
 using namespace Tessaron;
 using namespace Tessaron::Desktop;
@@ -32,56 +21,7 @@ using namespace Tessaron::Testing;
 namespace
 {
 
-/// A file of 16-bit stereo sound at 44,100 Hz, all samples of the same value.
-QByteArray waveOf(int seconds, char sample)
-{
-    constexpr quint32 samplesPerSecond = 44'100;
-    constexpr quint32 bytesPerSample = 4;
-    const QByteArray sound(qsizetype(samplesPerSecond * bytesPerSample) * seconds, sample);
-    const auto number = [](auto value) {
-        QByteArray bytes(qsizetype(sizeof value), '\0');
-        qToLittleEndian(value, bytes.data());
-        return bytes;
-    };
-    const QByteArray format = number(quint16(1)) + number(quint16(2)) + number(samplesPerSecond)
-        + number(samplesPerSecond * bytesPerSample) + number(quint16(bytesPerSample)) + number(quint16(16));
-    const QByteArray body = QByteArray("WAVEfmt ") + number(quint32(format.size())) + format + "data"
-        + number(quint32(sound.size())) + sound;
-    return "RIFF" + number(quint32(body.size())) + body;
-}
-
-class AudioPanelTest : public testing::Test
-{
-protected:
-    AudioPanelTest()
-    {
-        tree.makeFile("a.wav", waveOf(5, 1));
-        tree.makeFile("b.wav", waveOf(6, 2));
-        tree.makeFile("c.wav", waveOf(7, 3));
-        tree.makeFolder("out");
-        QObject::connect(&window, &MainWindow::jobEnded, &window, [this](const JobOutcome &ended) { outcome = ended; });
-        window.showPanel(1);
-    }
-
-    [[nodiscard]] AudioPanel &panel() { return window.audioPanel(); }
-    [[nodiscard]] AudioTrackModel &model() { return panel().tracks(); }
-    void add(const QList<QByteArray> &paths, int row = -1)
-    {
-        panel().addFiles(paths, row);
-        EXPECT_TRUE(runEventLoopUntil([this] { return !panel().isLooking(); }));
-    }
-    [[nodiscard]] QStringList files()
-    {
-        QStringList names;
-        for (int row = 0; row < model().rowCount(); ++row)
-            names << model().index(row, AudioTrackModel::File).data().toString();
-        return names;
-    }
-
-    const TemporaryTree tree;
-    MainWindow window;
-    std::optional<JobOutcome> outcome;
-};
+using AudioPanelTest = AudioPanelFixture;
 
 QStringList named(const char *names)
 {
@@ -279,30 +219,24 @@ TEST_F(AudioPanelTest, everyChange_isUndone_andTheSelectionStays)
     EXPECT_TRUE(model().disc() == after);
 }
 
-TEST_F(AudioPanelTest, textsOfDiscAndTracks_areEditedInOneTable)
+TEST_F(AudioPanelTest, pauseInFrontOfTheDisc_isLeftOut_andTold)
 {
-    add({tree.path("a.wav"), tree.path("b.wav")});
-    AudioTextDialog dialog(model().disc());
-    EXPECT_EQ(dialog.problem(), QString());
-    QTableWidget &table = dialog.table();
-    ASSERT_EQ(table.rowCount(), 3);
-    table.item(0, 0)->setText(QStringLiteral("Summer"));
-    table.item(2, 3)->setText(QStringLiteral("A. Composer"));
-    table.item(2, 6)->setText(QStringLiteral("DE-A62-89-00001"));
-    EXPECT_EQ(dialog.problem(), QString());
-    table.item(1, 6)->setText(QStringLiteral("nonsense"));
-    EXPECT_TRUE(dialog.problem().contains(QStringLiteral("nonsense")));
-    table.item(1, 6)->setText({});
-    dialog.catalogNumber().setText(QStringLiteral("123"));
-    EXPECT_NE(dialog.problem(), QString());
-    dialog.catalogNumber().setText(QStringLiteral("4006408061205"));
-    EXPECT_EQ(dialog.problem(), QString());
-    AudioDisc disc = model().disc();
-    dialog.putInto(disc);
-    EXPECT_EQ(textOfKind(disc.texts, CDTextKind::Title), QStringLiteral("Summer"));
-    EXPECT_EQ(textOfKind(disc.tracks[1].order.texts, CDTextKind::Composer), QStringLiteral("A. Composer"));
-    EXPECT_EQ(disc.tracks[1].order.isrc, "DEA628900001");
-    EXPECT_EQ(disc.mediaCatalogNumber, "4006408061205");
+    const auto sheet = [](const char *pause) {
+        return QByteArray("FILE \"a.wav\" WAVE\n  TRACK 01 AUDIO\n    PREGAP ") + pause + "\n    INDEX 01 00:00:00\n";
+    };
+    tree.makeFile("long.cue", sheet("00:05:00"));
+    tree.makeFile("standard.cue", sheet("00:02:00"));
+    add({tree.path("standard.cue")});
+    EXPECT_EQ(window.notices().text(), QString()) << "every disc has that";
+    // Behind other tracks it is a pause like any other.
+    add({tree.path("long.cue")});
+    EXPECT_EQ(window.notices().text(), QString());
+    EXPECT_EQ(model().tracks()[1].order.gap, 5u * soundFramesPerSecond);
+    model().remove({0, 1});
+    add({tree.path("long.cue")});
+    EXPECT_TRUE(window.notices().text().contains(QStringLiteral("long.cue"))) << window.notices().text().toStdString();
+    EXPECT_TRUE(window.notices().text().contains(QStringLiteral("5.00 s"))) << window.notices().text().toStdString();
+    EXPECT_EQ(model().tracks()[0].order.gap, 0u) << "it would come back when another track is put in front";
 }
 
 TEST_F(AudioPanelTest, project_bringsBackTracksTextsAndOptions_andFindsMovedFiles)

@@ -1,5 +1,6 @@
 #include "app/BurnDialog.h"
 
+#include "app/AudioPanel.h"
 #include "app/DataPanel.h"
 #include "app/DataView.h"
 #include "app/ImagePanel.h"
@@ -7,6 +8,7 @@
 #include "app/MainWindow.h"
 #include "app/NoticeBar.h"
 
+#include "tests/app/Waves.h"
 #include "tests/fakedrive/FakeDisc.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/TemporaryTree.h"
@@ -89,6 +91,22 @@ protected:
         shown->showDrives({facts});
         waitFor(*shown);
         return shown;
+    }
+    /// The dialog that the window asks by; null when it asks nothing.
+    [[nodiscard]] BurnDialog *shownDialog() const
+    {
+        for (BurnDialog *const each : window.findChildren<BurnDialog *>()) {
+            if (each->isVisible())
+                return each;
+        }
+        return nullptr;
+    }
+    static void lookIntoDrive(BurnDialog &dialog)
+    {
+        DriveFacts facts;
+        facts.drive.path = drivePath;
+        dialog.showDrives({facts});
+        waitFor(dialog);
     }
     static void waitFor(const BurnDialog &dialog)
     {
@@ -399,9 +417,168 @@ TEST_F(BurnDialogTest, imageOfThePanelForImages_isWrittenBlockByBlock)
     EXPECT_GE(disc().tracks.front().length, 400);
 }
 
+#ifdef TESSARON_TESTS_HAVE_MEDIA
+
+class BurnSoundDialogTest : public BurnDialogTest
+{
+protected:
+    BurnSoundDialogTest()
+    {
+        tree.makeFile("a.wav", waveOf(5, 1));
+        tree.makeFile("b.wav", waveOf(6, 2));
+        window.audioPanel().addFiles({tree.path("a.wav"), tree.path("b.wav")});
+        EXPECT_TRUE(runEventLoopUntil([this] { return !window.audioPanel().isLooking(); }));
+    }
+    [[nodiscard]] BurnSubject sound() const
+    {
+        const std::optional<BurnSubject> found = window.audioPanel().burnSubject();
+        EXPECT_TRUE(found);
+        return found.value_or(BurnSubject());
+    }
+};
+
+TEST_F(BurnSoundDialogTest, tracks_areWrittenWithoutAnImage_andCompared)
+{
+    insert(FakeProfile::CDR, cdBlocks);
+    BurnDiscOrder settings;
+    settings.drive = drivePath;
+    settings.verifies = true;
+    window.burnDisc(sound(), settings, DiscFamily::CDR);
+    waitForOutcome();
+    EXPECT_FALSE(outcome->error) << outcome->summary.toStdString();
+    EXPECT_TRUE(outcome->isComplete) << outcome->details.join(u'\n').toStdString();
+    EXPECT_TRUE(outcome->summary.contains(QStringLiteral("compared"))) << outcome->summary.toStdString();
+    const FakeDisc written = disc();
+    EXPECT_EQ(written.status, FakeDisc::Status::Complete);
+    ASSERT_EQ(written.tracks.size(), 2u);
+    EXPECT_TRUE(written.tracks[0].isAudio);
+    EXPECT_EQ(written.tracks[0].start, 0);
+    // From the first sample of one file to the last of the other, as they are.
+    constexpr qsizetype frames = 75;
+    constexpr qsizetype frameSize = 2352;
+    EXPECT_TRUE(tree.contents("drive/sectors").startsWith(QByteArray(5 * frames * frameSize, 1)));
+    const FakeTrack &last = written.tracks[1];
+    EXPECT_EQ(tree.contents("drive/sectors").mid((last.start + last.length - frames) * frameSize),
+              QByteArray(frames * frameSize, 2));
+}
+
+TEST_F(BurnSoundDialogTest, soundThatChanges_neverEndsAsWrittenWell)
+{
+    insert(FakeProfile::CDR, cdBlocks);
+    const BurnSubject subject = sound();
+    tree.makeFile("b.wav", "not a sound any more");
+    BurnDiscOrder settings;
+    settings.drive = drivePath;
+    window.burnDisc(subject, settings, DiscFamily::CDR);
+    waitForOutcome();
+    EXPECT_TRUE(isDiscJobError(outcome->error, DiscJobErrorCode::Source)) << outcome->summary.toStdString();
+    EXPECT_NE(disc().status, FakeDisc::Status::Complete);
+}
+
+TEST_F(BurnSoundDialogTest, otherDiscs_areRefused_andSmallOnesTold)
+{
+    insert(FakeProfile::DVDPlusRW, dvdBlocks);
+    const auto shownFor = [this] {
+        auto shown = std::make_unique<BurnDialog>(sound());
+        DriveFacts facts;
+        facts.drive.path = drivePath;
+        shown->showDrives({facts});
+        waitFor(*shown);
+        return shown;
+    };
+    const std::unique_ptr<BurnDialog> wrong = shownFor();
+    EXPECT_FALSE(wrong->burnButton().isEnabled());
+    EXPECT_TRUE(wrong->text().contains(QStringLiteral("CD-R"))) << wrong->text().toStdString();
+    EXPECT_FALSE(wrong->openBox().isVisibleTo(wrong.get()));
+    insert(FakeProfile::CDR, 600);
+    EXPECT_TRUE(shownFor()->text().contains(QStringLiteral("too small")));
+    insert(FakeProfile::CDR, 2'000);
+    const std::unique_ptr<BurnDialog> right = shownFor();
+    EXPECT_TRUE(right->burnButton().isEnabled());
+    EXPECT_FALSE(right->text().contains(QStringLiteral("too small"))) << right->text().toStdString();
+}
+
+#endif
+
 TEST_F(BurnDialogTest, emptyDisc_isNotBurnt)
 {
     window.burn();
     EXPECT_FALSE(window.findChild<BurnDialog *>());
     EXPECT_FALSE(window.notices().text().isEmpty());
+}
+
+TEST_F(BurnDialogTest, severalDiscs_areWrittenOneAfterTheOther_eachAskedFor)
+{
+    tree.makeFile("a/one", QByteArray(1'000'000, 'x'));
+    tree.makeFile("a/two", QByteArray(1'000'000, 'y'));
+    tree.makeFile("b/three", QByteArray(1'000'000, 'z'));
+    add({tree.path("a"), tree.path("b")});
+    DiscSplitOrder order;
+    order.tree = copyForJob(window.dataPanel().document().model().root());
+    order.capacity = 2'900'000;
+    order.volumeName = QStringLiteral("Summer");
+    DiscSplitJob split(order);
+    bool isSplit = false;
+    QObject::connect(&split, &DiscSplitJob::finished, &window, [&isSplit] { isSplit = true; });
+    split.start();
+    ASSERT_TRUE(runEventLoopUntil([&isSplit] { return isSplit; }));
+    ASSERT_EQ(split.result().discs.size(), 2u);
+
+    const auto burnIn = [this](BurnDialog &dialog) {
+        lookIntoDrive(dialog);
+        ASSERT_TRUE(dialog.burnButton().isEnabled()) << dialog.text().toStdString();
+        outcome.reset();
+        dialog.burnButton().click();
+        waitForOutcome();
+        ASSERT_FALSE(outcome->error) << outcome->summary.toStdString();
+        EXPECT_TRUE(outcome->isComplete) << outcome->details.join(u'\n').toStdString();
+    };
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    window.dataPanel().burnShares(split.result().discs);
+    BurnDialog *const first = shownDialog();
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->windowTitle(), QStringLiteral("Disc 1 of 2: Summer 1"));
+    burnIn(*first);
+    // The first disc is still in the drive: the second one does not go onto it.
+    BurnDialog *const second = shownDialog();
+    ASSERT_TRUE(second);
+    EXPECT_EQ(second->windowTitle(), QStringLiteral("Disc 2 of 2: Summer 2"));
+    lookIntoDrive(*second);
+    EXPECT_FALSE(second->burnButton().isEnabled()) << second->text().toStdString();
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    burnIn(*second);
+    EXPECT_TRUE(window.notices().text().startsWith(QStringLiteral("2 of 2"))) << window.notices().text().toStdString();
+    EXPECT_FALSE(window.isWorking());
+    EXPECT_EQ(shownDialog(), nullptr);
+}
+
+TEST_F(BurnDialogTest, seriesOfDiscs_asksAgainForOneThatFailed_andSaysWhichAreNotWritten)
+{
+    add({tree.path("photos")});
+    DiscShare share;
+    share.tree = copyForJob(window.dataPanel().document().model().root());
+    share.volumeName = QStringLiteral("Summer 1");
+    DiscShare other;
+    other.tree = copyForJob(window.dataPanel().document().model().root());
+    other.volumeName = QStringLiteral("Summer 2");
+    FakeDisc faulty;
+    faulty.profile = FakeProfile::DVDPlusR;
+    faulty.capacity = dvdBlocks;
+    faulty.faults = {{0x2A, 2, 0, 3, 0x0C, 0x00}};
+    insert(faulty);
+    window.dataPanel().burnShares({share, other});
+    BurnDialog *const first = shownDialog();
+    ASSERT_TRUE(first);
+    lookIntoDrive(*first);
+    first->burnButton().click();
+    waitForOutcome();
+    EXPECT_TRUE(outcome->error);
+    BurnDialog *const again = shownDialog();
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->windowTitle(), QStringLiteral("Disc 1 of 2: Summer 1"));
+    again->reject();
+    EXPECT_TRUE(window.notices().text().startsWith(QStringLiteral("0 of 2"))) << window.notices().text().toStdString();
+    const QStringList &details = window.notices().details();
+    EXPECT_TRUE(details.front().startsWith(QStringLiteral("Summer 1: "))) << details.join(u'\n').toStdString();
+    EXPECT_EQ(details.back(), QStringLiteral("Summer 2 is not written."));
 }

@@ -185,6 +185,26 @@ TEST_F(DataViewTest, rename_byTyping_changesTheName)
     EXPECT_EQ(paths(), QStringList({QStringLiteral("/note.txt")}));
 }
 
+TEST_F(DataViewTest, renamedItem_staysInView_whereverItsNameSortsIt)
+{
+    for (int number = 0; number < 200; ++number)
+        tree.makeFile("many/" + QByteArray::number(1000 + number));
+    drop({tree.path("many")}, QPoint(100, 200));
+    view.tree().expandAll();
+    const DiscNode *const node = at("/many/1000");
+    choose(*node);
+    view.tree().setFocus();
+    action(QStringLiteral("Rename")).trigger();
+    auto *const editor = view.tree().findChild<QLineEdit *>();
+    ASSERT_NE(editor, nullptr);
+    editor->selectAll();
+    QTest::keyClicks(editor, QStringLiteral("zebra"));
+    QTest::keyClick(editor, Qt::Key_Return);
+    drainEventLoop();
+    const QRect row = view.tree().visualRect(document.model().indexOf(*node));
+    EXPECT_TRUE(view.tree().viewport()->rect().contains(row)) << row.top();
+}
+
 TEST_F(DataViewTest, rename_tellsWhy_whenTheNameIsTaken)
 {
     drop({tree.path("letter.txt"), tree.path("photos")}, QPoint(100, 200));

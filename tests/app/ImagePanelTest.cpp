@@ -2,6 +2,8 @@
 
 #include "app/DataPanel.h"
 #include "app/DataView.h"
+#include "app/FileDrops.h"
+#include "app/ImageTreeView.h"
 #include "app/ImageView.h"
 #include "app/MainWindow.h"
 #include "app/NoticeBar.h"
@@ -12,10 +14,18 @@
 
 #include <QAbstractItemModelTester>
 #include <QAction>
+#include <QClipboard>
+#include <QFile>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QStandardPaths>
+#include <QTest>
 #include <QTreeView>
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <optional>
+#include <sys/stat.h>
 
 using namespace Tessaron;
 using namespace Tessaron::Desktop;
@@ -47,6 +57,32 @@ protected:
         window.openFiles({tree.path(name)});
         EXPECT_TRUE(runEventLoopUntil([this] { return !panel().isLooking(); }));
     }
+    /// Shows what Joliet has, and chooses the row of the name.
+    [[nodiscard]] QModelIndex chosenRow(const char *name)
+    {
+        const QModelIndex joliet = panel().contents().index(2, 0);
+        ImageTreeView &rows = view().tree();
+        rows.expand(joliet);
+        EXPECT_TRUE(runEventLoopUntil(
+            [&] { return !panel().contents().isListing() && panel().contents().rowCount(joliet) > 0; }));
+        for (int row = 0; row < panel().contents().rowCount(joliet); ++row) {
+            const QModelIndex index = panel().contents().index(row, 0, joliet);
+            if (index.data().toString() == QString::fromUtf8(name)) {
+                rows.selectionModel()->setCurrentIndex(index,
+                                                       QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+                return index;
+            }
+        }
+        ADD_FAILURE() << name;
+        return {};
+    }
+    [[nodiscard]] ImageView &view() { return *window.findChild<ImageView *>(); }
+    void showWindow()
+    {
+        window.show();
+        window.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+    }
     void waitForOutcome()
     {
         EXPECT_TRUE(runEventLoopUntil([this] { return outcome.has_value(); }));
@@ -71,6 +107,12 @@ protected:
     MainWindow window;
     std::optional<JobOutcome> outcome;
 };
+
+QByteArray bytesAt(const QByteArray &path)
+{
+    QFile file(QString::fromUtf8(path));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 } // namespace
 
@@ -237,4 +279,130 @@ TEST_F(ImagePanelTest, subjectForADrive_isTheFile_andItsSizeThatOfTheDisc)
     ASSERT_TRUE(subject);
     EXPECT_EQ(subject->order.sources, QList<QByteArray>({tree.path("disc.iso")}));
     EXPECT_EQ(subject->bytes, std::uint64_t(tree.contents("disc.iso").size()));
+}
+
+TEST_F(ImagePanelTest, copiedFiles_areOnTheClipboard_inAPrivateFolder_untilTheNextCopy)
+{
+    makeImage();
+    open("disc.iso");
+    showWindow();
+    (void)chosenRow("photos");
+    view().tree().setFocus();
+    QTest::keySequence(&view().tree(), QKeySequence::Copy);
+    EXPECT_TRUE(panel().lending().isWorking());
+    waitForOutcome();
+    ASSERT_FALSE(outcome->error) << outcome->summary.toStdString();
+    EXPECT_TRUE(outcome->isComplete);
+    EXPECT_TRUE(outcome->summary.contains(QStringLiteral("Paste it"))) << outcome->summary.toStdString();
+    const QMimeData *const copied = QGuiApplication::clipboard()->mimeData();
+    ASSERT_TRUE(copied);
+    const QList<QByteArray> photos = pathsOfFiles(*copied);
+    ASSERT_EQ(photos.size(), 1);
+    EXPECT_TRUE(photos.front().endsWith("/photos")) << photos.front().constData();
+    EXPECT_EQ(bytesAt(photos.front() + "/beach.jpg"), QByteArray(300'000, 'b'));
+    EXPECT_EQ(copied->data(QStringLiteral("x-special/gnome-copied-files")), "copy\n" + uriOfPath(photos.front()));
+    const QByteArray folder = photos.front().first(photos.front().lastIndexOf('/'));
+    struct stat info = {};
+    ASSERT_EQ(::stat(folder.constData(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777U, 0700U);
+
+    outcome.reset();
+    (void)chosenRow("letter.txt");
+    QTest::keySequence(&view().tree(), QKeySequence::Copy);
+    waitForOutcome();
+    const QList<QByteArray> letter = pathsOfFiles(*QGuiApplication::clipboard()->mimeData());
+    ASSERT_EQ(letter.size(), 1);
+    EXPECT_EQ(bytesAt(letter.front()), "Dear reader,\n");
+    EXPECT_TRUE(runEventLoopUntil([&] { return ::stat(folder.constData(), &info) != 0; })) << "the first folder stays";
+}
+
+TEST_F(ImagePanelTest, copiedFiles_goWithTheProgram_andSoDoesWhatTheClipboardSays)
+{
+    makeImage();
+    QList<QByteArray> paths;
+    {
+        MainWindow other;
+        bool hasEnded = false;
+        QObject::connect(&other, &MainWindow::jobEnded, &other, [&hasEnded] { hasEnded = true; });
+        other.openFiles({tree.path("disc.iso")});
+        ASSERT_TRUE(runEventLoopUntil([&other] { return !other.imagePanel().isLooking(); }));
+        other.imagePanel().copyFiles({ImagePlace{VolumeKind::Joliet, std::nullopt, "letter.txt"}});
+        ASSERT_TRUE(runEventLoopUntil([&hasEnded] { return hasEnded; }));
+        paths = other.imagePanel().lending().paths();
+        ASSERT_EQ(paths.size(), 1);
+        EXPECT_FALSE(bytesAt(paths.front()).isEmpty());
+        EXPECT_TRUE(holdsLentFiles(*QGuiApplication::clipboard()->mimeData()));
+    }
+    EXPECT_TRUE(bytesAt(paths.front()).isEmpty());
+    struct stat info = {};
+    EXPECT_NE(::stat(paths.front().first(paths.front().lastIndexOf('/')).constData(), &info), 0);
+    const QMimeData *const left = QGuiApplication::clipboard()->mimeData();
+    EXPECT_TRUE(!left || pathsOfFiles(*left).isEmpty());
+}
+
+TEST_F(ImagePanelTest, copiedFilesOfAnImage_areNoSourceForADisc)
+{
+    makeImage();
+    open("disc.iso");
+    panel().copyFiles({ImagePlace{VolumeKind::Joliet, std::nullopt, "letter.txt"}});
+    waitForOutcome();
+    DataView &disc = window.dataPanel().dataView();
+    disc.paste();
+    EXPECT_FALSE(disc.intake().isRunning());
+    EXPECT_TRUE(disc.notices().text().contains(QStringLiteral("for a while only")))
+        << disc.notices().text().toStdString();
+}
+
+TEST_F(ImagePanelTest, copy_tellsWhatCannotBeRead_andOffersTheRest)
+{
+    makeImage();
+    open("disc.iso");
+    const QByteArray bytes = tree.contents("disc.iso");
+    const qsizetype photo = bytes.indexOf(QByteArray(2048, 'b'));
+    const qsizetype letter = bytes.indexOf("Dear reader");
+    ASSERT_LT(letter, photo) << "the photo is to be cut, and the letter not";
+    tree.makeFile("disc.iso", bytes.first(photo + 2048));
+    panel().copyFiles({ImagePlace{VolumeKind::Joliet, std::nullopt, "photos/beach.jpg"},
+                       ImagePlace{VolumeKind::Joliet, std::nullopt, "letter.txt"}});
+    waitForOutcome();
+    EXPECT_FALSE(outcome->isComplete);
+    EXPECT_TRUE(outcome->details.join(u'\n').contains(QStringLiteral("photos/beach.jpg")))
+        << outcome->details.join(u'\n').toStdString();
+    ASSERT_EQ(panel().lending().paths().size(), 1);
+    EXPECT_TRUE(panel().lending().paths().front().endsWith("/letter.txt"));
+    // Where nothing is left to offer, what was copied before stays.
+    outcome.reset();
+    panel().copyFiles({ImagePlace{VolumeKind::Joliet, std::nullopt, "photos/beach.jpg"}});
+    waitForOutcome();
+    EXPECT_TRUE(outcome->summary.contains(QStringLiteral("nothing to paste"))) << outcome->summary.toStdString();
+    EXPECT_FALSE(bytesAt(panel().lending().paths().front()).isEmpty());
+}
+
+TEST_F(ImagePanelTest, copyThatFails_leavesNothing_andTheClipboardAsItWas)
+{
+    makeImage();
+    open("disc.iso");
+    QGuiApplication::clipboard()->setText(QStringLiteral("before"));
+    tree.remove("disc.iso");
+    panel().copyFiles({ImagePlace{VolumeKind::Joliet, std::nullopt, {}}});
+    waitForOutcome();
+    EXPECT_TRUE(outcome->error);
+    EXPECT_FALSE(panel().lending().isWorking());
+    EXPECT_TRUE(panel().lending().paths().isEmpty());
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("before"));
+    const std::filesystem::path loans =
+        QStandardPaths::writableLocation(QStandardPaths::CacheLocation).toStdString() + "/lent";
+    EXPECT_TRUE(runEventLoopUntil([&loans] { return std::filesystem::is_empty(loans); }));
+}
+
+TEST_F(ImagePanelTest, folder_bringsWhatIsChosenInIt_once)
+{
+    makeImage();
+    open("disc.iso");
+    panel().takeOutFiles({ImagePlace{VolumeKind::Joliet, std::nullopt, "photos"},
+                          ImagePlace{VolumeKind::Joliet, std::nullopt, "photos/beach.jpg"}},
+                         tree.path("out"));
+    waitForOutcome();
+    EXPECT_TRUE(tree.exists("out/photos/beach.jpg"));
+    EXPECT_FALSE(tree.exists("out/beach.jpg"));
 }

@@ -7,6 +7,7 @@
 #include "app/ProjectActions.h"
 #include "app/ProjectKeeper.h"
 
+#include "tests/app/Keys.h"
 #include "tests/app/Nodes.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/SilentMount.h"
@@ -79,21 +80,6 @@ protected:
     {
         EXPECT_TRUE(runEventLoopUntil([this] { return !view().intake().isRunning(); }));
     }
-    static void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-    {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key(key), modifiers);
-        drainEventLoop();
-    }
-    /// Into the editor of a name.
-    static void type(const char *text)
-    {
-        auto *const editor = qobject_cast<QLineEdit *>(QApplication::focusWidget());
-        ASSERT_NE(editor, nullptr);
-        editor->selectAll();
-        QTest::keyClicks(editor, QString::fromUtf8(text));
-        QTest::keyClick(editor, Qt::Key_Return);
-        drainEventLoop();
-    }
     /// Chooses a file in the dialog that is open.
     void answerFileDialog(const QByteArray &path)
     {
@@ -144,7 +130,7 @@ TEST_F(LargeSessionTest, tenThousandFiles_areAdded_reordered_saved_andOpenedAgai
     // A new folder, and half of what is there dragged into it.
     rows().setFocus();
     press(Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
-    type("half");
+    typeName("half");
     DiscNode *const half = at("/half");
     ASSERT_NE(half, nullptr);
     QModelIndexList dragged;

@@ -1,4 +1,5 @@
-#include "platform/foundation/UniqueDescriptor.h"
+#include "tests/app/InvisibleScreen.h"
+#include "tests/app/Waves.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/RunProgram.h"
@@ -12,13 +13,9 @@
 #include <QDBusReply>
 #include <QDBusVariant>
 
-#include <array>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <optional>
-#include <poll.h>
 #include <set>
-#include <unistd.h>
 #include <vector>
 
 using namespace Tessaron;
@@ -90,16 +87,43 @@ public:
         return answer.arguments().isEmpty() ? QString()
                                             : answer.arguments().front().value<QDBusVariant>().variant().toString();
     }
-    /// Whether a person sees it.
-    [[nodiscard]] bool isShowing(const Accessible &object) const
+    /// What is true of it: each is a bit (AtspiStateType).
+    [[nodiscard]] std::uint32_t statesOf(const Accessible &object) const
     {
-        constexpr std::uint32_t showing = 25; // ATSPI_STATE_SHOWING, the number of a bit
         const QDBusMessage answer = call(object, accessibleInterface, "GetState", {});
         if (answer.arguments().isEmpty())
-            return false;
+            return 0;
         const auto states = qdbus_cast<QList<uint>>(answer.arguments().front());
-        return !states.isEmpty() && (states.front() >> showing & 1) != 0;
+        return states.isEmpty() ? 0 : states.front();
     }
+    /// Whether a person sees it.
+    [[nodiscard]] bool isShowing(const Accessible &object) const { return (statesOf(object) & showing) != 0; }
+    /// Presses it.
+    void press(const Accessible &object) const
+    {
+        (void)call(object, QStringLiteral("org.a11y.atspi.Action"), "DoAction", {0});
+    }
+    /// Below an object, itself included; absent where there is nothing of that role and name. What is not shown counts
+    /// in menus alone, which are closed.
+    [[nodiscard]] std::optional<Accessible> find(const Accessible &root, const QString &role, const QString &name) const
+    {
+        std::vector<Accessible> waiting = {root};
+        while (!waiting.empty()) {
+            const Accessible object = waiting.back();
+            waiting.pop_back();
+            const QString own = roleOf(object);
+            if (!own.contains(QStringLiteral("menu")) && !isShowing(object))
+                continue;
+            if (own == role && nameOf(object) == name)
+                return object;
+            for (const Accessible &child : childrenOf(object))
+                waiting.push_back(child);
+        }
+        return std::nullopt;
+    }
+
+    static constexpr std::uint32_t focusable = 1U << 11;
+    static constexpr std::uint32_t showing = 1U << 25;
     [[nodiscard]] QString roleOf(const Accessible &object) const
     {
         const QDBusMessage answer = call(object, accessibleInterface, "GetRoleName", {});
@@ -117,34 +141,6 @@ private:
     }
 
     const QDBusConnection m_bus;
-};
-
-/// A screen that no one sees; its number is what the server says.
-class InvisibleScreen
-{
-public:
-    InvisibleScreen()
-    {
-        std::array<int, 2> ends = {-1, -1};
-        EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
-        m_said.reset(ends[0]); // stays open: what the server writes later would end it
-        UniqueDescriptor writing(ends[1]);
-        m_server.emplace("Xvfb",
-                         QList<QByteArray>{"-displayfd", "1", "-nolisten", "tcp", "-screen", "0", "1200x900x24"},
-                         ProgramEnds{-1, writing.get()});
-        writing.reset();
-        struct pollfd answer = {m_said.get(), POLLIN, 0};
-        EXPECT_EQ(::poll(&answer, 1, 60'000), 1) << "Xvfb is a package of the tests";
-        std::array<char, 16> bytes = {};
-        const ssize_t length = ::read(m_said.get(), bytes.data(), bytes.size());
-        m_display = ':' + QByteArray(bytes.data(), length > 0 ? length : 0).trimmed();
-    }
-    [[nodiscard]] QByteArray display() const { return m_display; }
-
-private:
-    UniqueDescriptor m_said;
-    std::optional<RunningProgram> m_server;
-    QByteArray m_display;
 };
 
 class ScreenReaderTest : public testing::Test
@@ -191,6 +187,16 @@ protected:
         return std::nullopt;
     }
 
+    /// A second start hands its files to the program that runs.
+    static void giveToProgram(const QByteArray &path)
+    {
+        qputenv("QT_QPA_PLATFORM", "xcb");
+        const ProgramRun run = runProgram(TESSARON_DESKTOP_PROGRAM, {path});
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        EXPECT_EQ(run.status, 0) << run.errors.constData();
+    }
+
+    static constexpr std::chrono::seconds patience{60};
     const TemporaryTree m_tree;
     std::optional<PrivateBus> m_bus;
     const InvisibleScreen m_screen;
@@ -211,46 +217,135 @@ bool isInteractive(const QString &role)
     return roles.contains(role);
 }
 
-} // namespace
-
-TEST_F(ScreenReaderTest, everyControl_isToldOverTheBus_withNameAndRole)
+bool isTable(const QString &role)
 {
-    QString address;
-    ASSERT_TRUE(runEventLoopUntil([&] { return !(address = addressOfReaders()).isEmpty(); }, std::chrono::seconds(60)));
-    const Reader reader(address);
-    std::optional<Accessible> program;
-    ASSERT_TRUE(
-        runEventLoopUntil([&] { return (program = programFor(reader)).has_value(); }, std::chrono::seconds(60)));
+    return role == QStringLiteral("table") || role == QStringLiteral("tree") || role == QStringLiteral("tree table");
+}
+
+/// Cells are named by what is in them, which may be nothing.
+bool isCell(const QString &role)
+{
+    return role == QStringLiteral("cell") || role == QStringLiteral("tree item");
+}
+
+/// What a reader has been told of.
+struct Told {
+    std::set<QString> roles;
+    std::set<QString> names;
+};
+
+/// Goes through all that is shown below an object, as a reader does: what can be used, or take the focus, has a name;
+/// everything has a role; and the columns of tables have names.
+Told expectNamesAndRoles(const Reader &reader, const Accessible &root)
+{
     struct Found {
         Accessible object;
         QString roleAbove;
         QString place; ///< for messages
     };
-    std::vector<Found> waiting = {{*program, QString(), QString()}};
-    std::set<QString> roles;
-    std::set<QString> names;
+    Told told;
+    std::vector<Found> waiting = {{root, QString(), QString()}};
     int objects = 0;
-    while (!waiting.empty() && objects < mostObjects) {
+    for (; !waiting.empty() && objects < mostObjects; ++objects) {
         const auto [object, roleAbove, above] = waiting.back();
         waiting.pop_back();
-        ++objects;
         const QString role = reader.roleOf(object);
         const QString name = reader.nameOf(object);
         const QString place = above + u'/' + role + u' ' + name;
-        roles.insert(role);
-        names.insert(name);
+        const std::uint32_t states = reader.statesOf(object);
+        told.roles.insert(role);
+        told.names.insert(name);
         EXPECT_FALSE(role.isEmpty() || role == QStringLiteral("invalid") || role == QStringLiteral("unknown"))
             << place.toStdString();
-        // The field of a spin box is told as the box.
-        if (isInteractive(role) && roleAbove != QStringLiteral("spin button") && reader.isShowing(object)) {
+        const bool isShown = (states & Reader::showing) != 0;
+        const bool needsName = isInteractive(role) || ((states & Reader::focusable) != 0 && !isCell(role));
+        // The field of a spin box is told as the box, and that of a combo box as that.
+        const bool isPart = roleAbove == QStringLiteral("spin button") || roleAbove == QStringLiteral("combo box");
+        if ((isShown || role == QStringLiteral("menu item")) && needsName && !isPart) {
             EXPECT_FALSE(name.isEmpty()) << place.toStdString();
         }
-        for (const Accessible &child : reader.childrenOf(object))
+        int columns = 0;
+        for (const Accessible &child : isShown || role.contains(QStringLiteral("menu")) || above.isEmpty()
+                 ? reader.childrenOf(object)
+                 : QList<Accessible>()) {
             waiting.push_back({child, role, place});
+            if (!isTable(role) || !reader.roleOf(child).endsWith(QStringLiteral("column header")))
+                continue;
+            ++columns;
+            EXPECT_FALSE(reader.nameOf(child).isEmpty()) << place.toStdString() << ": column " << columns;
+        }
+        if (isTable(role) && isShown) {
+            EXPECT_GT(columns, 0) << place.toStdString();
+        }
     }
     EXPECT_LT(objects, mostObjects);
+    return told;
+}
+
+/// The program's windows but the first.
+QList<Accessible> dialogsOf(const Reader &reader, const Accessible &program)
+{
+    QList<Accessible> dialogs;
+    for (const Accessible &window : reader.childrenOf(program)) {
+        if (reader.roleOf(window) == QStringLiteral("dialog") && reader.isShowing(window))
+            dialogs << window;
+    }
+    return dialogs;
+}
+
+} // namespace
+
+TEST_F(ScreenReaderTest, everyControl_ofEveryPanelAndDialog_isToldOverTheBus)
+{
+    QString address;
+    ASSERT_TRUE(runEventLoopUntil([&] { return !(address = addressOfReaders()).isEmpty(); }, patience));
+    const Reader reader(address);
+    std::optional<Accessible> program;
+    ASSERT_TRUE(runEventLoopUntil([&] { return (program = programFor(reader)).has_value(); }, patience));
+    const Told empty = expectNamesAndRoles(reader, *program);
     for (const char *const role : {"frame", "menu bar", "push button", "text", "combo box", "list item"})
-        EXPECT_TRUE(roles.contains(QString::fromLatin1(role))) << role;
+        EXPECT_TRUE(empty.roles.contains(QString::fromLatin1(role))) << role;
     for (const char *const name : {"Kinds of disc", "Files on the disc", "Find by name"})
-        EXPECT_TRUE(names.contains(QString::fromLatin1(name))) << name;
+        EXPECT_TRUE(empty.names.contains(QString::fromLatin1(name))) << name;
+
+    const auto panelWith = [&](const QByteArray &path, const char *role, const char *name) {
+        giveToProgram(path);
+        const bool isThere = runEventLoopUntil(
+            [&] { return reader.find(*program, QString::fromLatin1(role), QString::fromUtf8(name)).has_value(); },
+            patience);
+        EXPECT_TRUE(isThere) << path.constData() << ": no " << role << ' ' << name;
+        (void)expectNamesAndRoles(reader, *program);
+    };
+    // Opens a dialog as a menu does, goes through it, and leaves it.
+    const auto dialogOf = [&](const char *entry, const char *way) {
+        const std::optional<Accessible> item =
+            reader.find(*program, QStringLiteral("menu item"), QString::fromUtf8(entry));
+        ASSERT_TRUE(item) << entry;
+        reader.press(*item);
+        QList<Accessible> dialogs;
+        ASSERT_TRUE(runEventLoopUntil([&] { return !(dialogs = dialogsOf(reader, *program)).isEmpty(); }, patience))
+            << entry;
+        const Told told = expectNamesAndRoles(reader, dialogs.front());
+        EXPECT_GT(told.names.size(), 5u) << entry;
+        const std::optional<Accessible> out =
+            reader.find(dialogs.front(), QStringLiteral("push button"), QString::fromLatin1(way));
+        ASSERT_TRUE(out) << entry;
+        reader.press(*out);
+        EXPECT_TRUE(runEventLoopUntil([&] { return dialogsOf(reader, *program).isEmpty(); }, patience)) << entry;
+    };
+    panelWith(m_tree.makeFile("letter.txt", "Dear reader,\n"), "tree item", "letter.txt");
+    dialogOf("Burn…", "Cancel");
+    dialogOf("Save Image…", "Cancel");
+    dialogOf("Split over Several Discs…", "Close");
+    m_tree.makeFile("song.wav", waveOf(5, 1));
+    panelWith(m_tree.makeFile("list.m3u", "song.wav\n"), "tree item", "song.wav");
+    dialogOf("CD-TEXT…", "Cancel");
+    const ProgramRun made = runProgram(
+        "genisoimage", {"-quiet", "-J", "-V", "HOLIDAY", "-o", m_tree.path("disc.iso"), m_tree.path("letter.txt")});
+    ASSERT_EQ(made.status, 0) << made.errors.constData();
+    panelWith(m_tree.path("disc.iso"), "tree item", "Joliet “HOLIDAY”");
+    dialogOf("Burn…", "Cancel");
+#ifdef TESSARON_VIDEO_DISC
+    panelWith(TESSARON_VIDEO_DISC "/VIDEO_TS", "tree item", "Title 1");
+#endif
 }

@@ -9,7 +9,7 @@
 #include "tests/support/RunProgram.h"
 #include "tests/support/TemporaryTree.h"
 
-#include <QPointer>
+#include <QPushButton>
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -42,6 +42,31 @@ protected:
         SplitDialog *const dialog = window.dataPanel().splitDisc();
         EXPECT_TRUE(dialog && runEventLoopUntil([dialog] { return !dialog->isWorking(); }));
         return dialog;
+    }
+
+    /// Two discs of small files, so that images of them are no work.
+    [[nodiscard]] std::vector<DiscShare> smallDiscs()
+    {
+        DiscDocument &document = window.dataPanel().document();
+        document.undoStack().undo();
+        for (const char *const name : {"small/a/one", "small/a/two", "small/b/three"})
+            tree.makeFile(name, QByteArray(megabyte, 'x'));
+        const QStringList told = addTo(document, {tree.path("small/a"), tree.path("small/b")});
+        EXPECT_TRUE(told.isEmpty()) << told.join(u'\n').toStdString();
+        return splitNow(2'900'000);
+    }
+    [[nodiscard]] std::vector<DiscShare> splitNow(std::uint64_t capacity)
+    {
+        DiscSplitOrder order;
+        order.tree = copyForJob(window.dataPanel().document().model().root());
+        order.capacity = capacity;
+        order.volumeName = QStringLiteral("Summer");
+        DiscSplitJob job(order);
+        bool isSplit = false;
+        QObject::connect(&job, &DiscSplitJob::finished, &window, [&] { isSplit = true; });
+        job.start();
+        EXPECT_TRUE(runEventLoopUntil([&] { return isSplit; }));
+        return job.result().discs;
     }
 
     const TemporaryTree tree;
@@ -81,25 +106,9 @@ TEST_F(SplitDialogTest, filesThatNoDiscHolds_areNamed)
 
 TEST_F(SplitDialogTest, images_areMadeOfEachDisc_inANewFolder)
 {
-    // Small ones, so that images of them are no work.
-    DiscDocument &document = window.dataPanel().document();
-    document.undoStack().undo();
-    for (const char *const name : {"small/a/one", "small/a/two", "small/b/three"})
-        tree.makeFile(name, QByteArray(megabyte, 'x'));
-    const QStringList told = addTo(document, {tree.path("small/a"), tree.path("small/b")});
-    EXPECT_TRUE(told.isEmpty()) << told.join(u'\n').toStdString();
-    DiscSplitOrder order;
-    order.tree = copyForJob(document.model().root());
-    order.capacity = 2'900'000;
-    order.volumeName = QStringLiteral("Summer");
-    DiscSplitJob job(order);
-    bool isSplit = false;
-    QObject::connect(&job, &DiscSplitJob::finished, &window, [&] { isSplit = true; });
-    job.start();
-    ASSERT_TRUE(runEventLoopUntil([&] { return isSplit; }));
-    ASSERT_EQ(job.result().discs.size(), 2u);
-
-    window.dataPanel().saveShares(job.result().discs, tree.path("images"));
+    const std::vector<DiscShare> discs = smallDiscs();
+    ASSERT_EQ(discs.size(), 2u);
+    window.dataPanel().saveShares(discs, tree.path("images"));
     ASSERT_TRUE(runEventLoopUntil([&] { return endings == 2 || (outcome && outcome->error); }));
     ASSERT_FALSE(outcome->error) << outcome->summary.toStdString();
     EXPECT_TRUE(outcome->isComplete) << outcome->details.join(u'\n').toStdString();
@@ -111,7 +120,7 @@ TEST_F(SplitDialogTest, images_areMadeOfEachDisc_inANewFolder)
     }
     // A folder that is there is left alone.
     outcome.reset();
-    window.dataPanel().saveShares(job.result().discs, tree.path("images"));
+    window.dataPanel().saveShares(discs, tree.path("images"));
     EXPECT_TRUE(runEventLoopUntil([this] { return window.notices().text().contains(QStringLiteral("new folder")); }));
     EXPECT_FALSE(window.isWorking());
 }
@@ -121,4 +130,53 @@ TEST_F(SplitDialogTest, emptyDisc_isNotSplit)
     window.dataPanel().document().undoStack().undo();
     EXPECT_EQ(window.dataPanel().splitDisc(), nullptr);
     EXPECT_TRUE(window.notices().text().contains(QStringLiteral("empty"))) << window.notices().text().toStdString();
+}
+
+TEST_F(SplitDialogTest, projects_areSavedOfEachDisc_andOpenLikeAnyOther)
+{
+    DiscDocument &document = window.dataPanel().document();
+    document.undoStack().undo();
+    tree.makeFile("small/a/one", QByteArray(megabyte, 'x'));
+    tree.makeFile("small/a/two", QByteArray(megabyte, 'y'));
+    tree.makeFile("small/b/three", QByteArray(megabyte, 'z'));
+    (void)addTo(document, {tree.path("small/a"), tree.path("small/b")});
+    // Names and options that are the disc's alone go along.
+    DiscNode *const three = nodeAt(document, QStringLiteral("/b/three"));
+    ASSERT_TRUE(three);
+    ASSERT_EQ(document.rename(*three, QStringLiteral("last")), QString());
+    std::vector<DiscShare> discs = splitNow(2'900'000);
+    ASSERT_EQ(discs.size(), 2u);
+    window.dataPanel().saveShareProjects(discs, QStringLiteral("cd-700"), tree.path("projects"));
+    ASSERT_TRUE(runEventLoopUntil([this] { return window.notices().text().contains(QStringLiteral("2 project")); }))
+        << window.notices().text().toStdString();
+    EXPECT_EQ(window.notices().details().size(), 2);
+    discs.clear();
+
+    document.undoStack().setClean();
+    window.openFiles({tree.path("projects/Summer 2.tessaron")});
+    ASSERT_TRUE(runEventLoopUntil([&] { return document.volumeName() == QStringLiteral("Summer 2"); }));
+    EXPECT_EQ(pathsOf(document.model().root()), QStringList({QStringLiteral("/b/"), QStringLiteral("/b/last")}));
+    // It is made, compared and found like any other.
+    window.saveImageAs(tree.path("second.iso"), DiscFormat::ISO);
+    ASSERT_TRUE(runEventLoopUntil([this] { return outcome.has_value(); }));
+    EXPECT_TRUE(outcome->isComplete) << outcome->details.join(u'\n').toStdString();
+    EXPECT_TRUE(outcome->summary.contains(QStringLiteral("compared"))) << outcome->summary.toStdString();
+    const ProgramRun list = runProgram("isoinfo", {"-f", "-R", "-i", tree.path("second.iso")});
+    EXPECT_TRUE(list.output.contains("/b/last")) << list.output.constData();
+    EXPECT_FALSE(list.output.contains("/a")) << list.output.constData();
+}
+
+TEST_F(SplitDialogTest, buttons_askForWhatTheySay_onceThereIsAProposal)
+{
+    SplitDialog *const dialog = proposal();
+    int images = 0;
+    int projects = 0;
+    QObject::connect(dialog, &SplitDialog::imagesWanted, dialog, [&images] { ++images; });
+    QObject::connect(dialog, &SplitDialog::projectsWanted, dialog, [&projects] { ++projects; });
+    for (QPushButton *const button : dialog->findChildren<QPushButton *>()) {
+        if (button->text().contains(QStringLiteral("Save")))
+            button->click();
+    }
+    EXPECT_EQ(images, 1);
+    EXPECT_EQ(projects, 1);
 }

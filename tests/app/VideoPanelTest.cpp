@@ -11,6 +11,7 @@
 
 #include <QTreeWidget>
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <optional>
@@ -92,6 +93,38 @@ TEST_F(VideoPanelTest, problems_areShown)
     EXPECT_TRUE(panel().discPath().isEmpty()) << "it cannot be described";
     EXPECT_TRUE(window.notices().details().contains(QStringLiteral("VIDEO_TS.IFO is missing")))
         << window.notices().details().join(u'\n').toStdString();
+}
+
+TEST_F(VideoPanelTest, whatIsCheckedIsSaid_ofAFolder_andOfAnImage)
+{
+    open(folder);
+    EXPECT_TRUE(panel().videoView().judgement().contains(QStringLiteral("where they will lie")))
+        << panel().videoView().judgement().toStdString();
+    const std::uint64_t bytes = panel().bestSizeApproximation();
+    window.showPanel(3);
+    window.saveImageAs(tree.path("holiday.iso"), DiscFormat::ISO);
+    waitForOutcome();
+    EXPECT_EQ(std::filesystem::file_size(tree.path("holiday.iso").toStdString()), bytes) << "it is known before";
+    open(tree.path("holiday.iso"));
+    EXPECT_TRUE(panel().videoView().judgement().contains(QStringLiteral("Where its files lie")))
+        << panel().videoView().judgement().toStdString();
+}
+
+TEST_F(VideoPanelTest, filesThatCannotLieWhereTheTablesSay_areToldBeforeADiscIsMade)
+{
+    // The title's video is to begin within the information in front of it (VTSI_MAT, "start sector of title VOB").
+    constexpr qsizetype startOfVideo = 0xC4;
+    for (const char *const name : {"Holiday/VIDEO_TS/VTS_01_0.IFO", "Holiday/VIDEO_TS/VTS_01_0.BUP"}) {
+        QByteArray bytes = tree.contents(name);
+        ASSERT_GT(bytes.size(), startOfVideo + 4);
+        bytes.replace(startOfVideo, 4, QByteArray("\0\0\0\1", 4));
+        tree.makeFile(name, bytes);
+    }
+    open(folder);
+    const QStringList &problems = panel().videoView().problems();
+    EXPECT_TRUE(std::any_of(problems.begin(), problems.end(), [](const QString &each) {
+        return each.startsWith(QStringLiteral("/VIDEO_TS/VTS_01_1.VOB: "));
+    })) << problems.join(u'\n').toStdString();
 }
 
 TEST_F(VideoPanelTest, image_isADiscForPlayers)
