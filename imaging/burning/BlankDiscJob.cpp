@@ -63,10 +63,11 @@ NSError BlankDiscJob::Work::blank(const std::stop_token &stop)
         const std::lock_guard lock(mutex);
         device = drive;
     }
-    const NSError error =
+    NSError error =
         order.blanking == DiscBlanking::Format ? drive->format() : drive->blank(order.blanking == DiscBlanking::Full);
     result.after = drive->disc();
-    drive->release(order.ejects);
+    if (NSError left = drive->release(order.ejects); !error)
+        error = left;
     const std::lock_guard lock(mutex);
     device.reset();
     return jobErrorOfBurn(error);

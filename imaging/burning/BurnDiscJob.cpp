@@ -468,7 +468,9 @@ NSError BurnDiscJob::Work::finish(const NSError &writeError, const std::stop_tok
         result.fault = error.userInfo().value(faultKey).toString();
     if (audio)
         audio->endIdleHelpers();
-    device->release(order.ejects && !order.isPlanOnly);
+    // The disc is what it is, but its tray may be in all the same.
+    if (const NSError left = device->release(order.ejects && !order.isPlanOnly); left && !error)
+        result.notes << left.localizedDescription();
     device.reset();
     return error;
 }

@@ -3,6 +3,7 @@
 #include "tests/fakedrive/FakeDrive.h"
 #include "tests/fakedrive/RealFunction.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -26,9 +27,9 @@ namespace
 
 constexpr char devicePath[] = "/dev/sr0";
 
-std::mutex guard; ///< guards the next two
+std::mutex guard; ///< guards the drive, also for as long as a command takes
 FakeDrive *drive = nullptr; ///< while it is open
-int driveDescriptor = -1;
+std::atomic<int> driveDescriptor = -1; ///< changed with the guard; other descriptors do not wait for a command
 
 int sendCommand(sg_io_hdr *header)
 {
@@ -120,6 +121,8 @@ int openDrive()
 
 void letDriveGo(int descriptor)
 {
+    if (descriptor < 0 || descriptor != driveDescriptor)
+        return;
     const std::lock_guard lock(guard);
     if (drive == nullptr || descriptor != driveDescriptor)
         return;
@@ -133,8 +136,10 @@ void letDriveGo(int descriptor)
 
 std::optional<int> controlDrive(int descriptor, unsigned long request, void *argument)
 {
+    if (descriptor < 0 || descriptor != driveDescriptor)
+        return std::nullopt;
     const std::lock_guard lock(guard);
-    if (drive == nullptr || descriptor != driveDescriptor || descriptor < 0)
+    if (drive == nullptr || descriptor != driveDescriptor)
         return std::nullopt;
     return control(request, argument);
 }

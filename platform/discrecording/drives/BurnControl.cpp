@@ -40,7 +40,9 @@ BurnControl &BurnControl::instance()
 }
 
 BurnControl::BurnControl()
-    : m_thread([this] { run(); })
+    : m_queue(std::make_shared<Queue>())
+    , m_thread([queue = m_queue] { run(*queue); })
+    , m_threadId(m_thread.get_id())
 {
     m_isReady = call(initialiseLibrary);
 }
@@ -48,33 +50,38 @@ BurnControl::BurnControl()
 BurnControl::~BurnControl()
 {
     {
-        const std::lock_guard lock(m_mutex);
-        m_isEnding = true;
+        const std::lock_guard lock(m_queue->mutex);
+        m_queue->isEnding = true;
     }
-    m_hasWork.notify_one();
-    m_thread.join();
+    m_queue->hasWork.notify_one();
+    if (isStuck())
+        m_thread.detach();
+    else
+        m_thread.join();
 }
 
 void BurnControl::enqueue(std::function<void()> work)
 {
     {
-        const std::lock_guard lock(m_mutex);
-        m_work.push_back(std::move(work));
+        const std::lock_guard lock(m_queue->mutex);
+        m_queue->work.push_back(std::move(work));
     }
-    m_hasWork.notify_one();
+    m_queue->hasWork.notify_one();
 }
 
-void BurnControl::run()
+void BurnControl::run(Queue &queue)
 {
-    std::unique_lock lock(m_mutex);
+    std::unique_lock lock(queue.mutex);
     for (;;) {
-        m_hasWork.wait(lock, [this] { return m_isEnding || !m_work.empty(); });
-        if (m_work.empty())
+        queue.hasWork.wait(lock, [&queue] { return queue.isEnding || !queue.work.empty(); });
+        if (queue.work.empty())
             return;
-        const std::function<void()> work = std::move(m_work.front());
-        m_work.pop_front();
-        lock.unlock();
-        work();
+        {
+            const std::function<void()> work = std::move(queue.work.front());
+            queue.work.pop_front();
+            lock.unlock();
+            work();
+        }
         lock.lock();
     }
 }

@@ -30,13 +30,14 @@ DRDevice::DRDevice(std::unique_ptr<Private> own)
 
 DRDevice::~DRDevice() = default;
 
-Result<std::shared_ptr<DRDevice>> DRDevice::open(const QByteArray &address, bool mayMakeFile)
+Result<std::shared_ptr<DRDevice>> DRDevice::open(const QByteArray &address, bool mayMakeFile,
+                                                 const DrivePatience &patience)
 {
     const Result<DriveAddress> known =
         driveAddress(address, mayMakeFile ? DriveFileIs::ThereOrNew : DriveFileIs::There);
     if (!known)
         return known.error();
-    Result<std::unique_ptr<GrabbedDrive>> drive = GrabbedDrive::grab(*known, mayMakeFile);
+    Result<std::unique_ptr<GrabbedDrive>> drive = GrabbedDrive::grab(*known, mayMakeFile, patience);
     if (!drive)
         return drive.error();
     return std::shared_ptr<DRDevice>(new DRDevice(std::make_unique<Private>(*std::move(drive))));
@@ -62,15 +63,14 @@ NSError DRDevice::lookAgain()
     return d->drive->lookAgain();
 }
 
-void DRDevice::release(bool ejects)
+NSError DRDevice::release(bool ejects)
 {
-    d->drive->release(ejects);
+    return d->drive->release(ejects);
 }
 
 void DRDevice::setBurnOptions(const DRBurnOptions &options)
 {
-    d->options = {options.isSimulated, options.leavesOpen, options.speed,
-                  options.overburns,   options.patience,   options.growth};
+    d->options = {options.isSimulated, options.leavesOpen, options.speed, options.overburns, options.growth};
 }
 
 NSError DRDevice::errorOfBurn(const TableOfContents &contents) const

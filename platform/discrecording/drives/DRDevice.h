@@ -36,7 +36,6 @@ struct DRBurnOptions {
     /// Asks for writing more than the disc says that it holds. What does so is refused all the same, since libburn
     /// stops at that place and leaves a spoiled disc; the error then says this.
     bool overburns = false;
-    DrivePatience patience = {}; ///< how long the drive may take nothing before that is a failure
 };
 
 /// An optical drive that this process has for itself alone, or a regular file in its place ("stdio:" and its path).
@@ -49,7 +48,10 @@ class TESSARON_EXPORT DRDevice final : public BurnDevice
 public:
     /// Opens the drive at the address, and no other one; takes its tray in. Nothing but an optical drive or a regular
     /// file is opened; one that is not there is made when `mayMakeFile`. Errors say what is in the way and what to do.
-    [[nodiscard]] static Result<std::shared_ptr<DRDevice>> open(const QByteArray &address, bool mayMakeFile);
+    /// A drive that lets the patience run out, now or later, is given up: it ends with the fault "no-answer", and no
+    /// drive can be opened until it has answered.
+    [[nodiscard]] static Result<std::shared_ptr<DRDevice>> open(const QByteArray &address, bool mayMakeFile,
+                                                                const DrivePatience &patience = {});
     ~DRDevice() override;
 
     /// For people: "the drive “/dev/sr0”", or the file's path.
@@ -59,8 +61,9 @@ public:
     [[nodiscard]] const DiscDescription &disc() const;
     /// Lets the drive go and opens it again, which tells what became of a disc.
     [[nodiscard]] NSError lookAgain();
-    /// Lets the drive go, with its tray out when `ejects`. Nothing but the destructor may follow.
-    void release(bool ejects);
+    /// Lets the drive go, with its tray out when `ejects`. Nothing but the destructor may follow. An error when it does
+    /// not answer.
+    [[nodiscard]] NSError release(bool ejects);
 
     /// For the next burn.
     void setBurnOptions(const DRBurnOptions &options);

@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace Tessaron
 {
@@ -70,6 +72,41 @@ void beginErasing(burn::burn_drive *drive, DiscErasure erasure)
         burn::burn_disc_erase(drive, erasure == DiscErasure::Quick ? 1 : 0);
 }
 
+struct ErasingEnd {
+    bool isWell = false;
+    std::vector<DriveMessage> messages;
+};
+
+/// No value when the drive has not got on for so long.
+std::optional<ErasingEnd> waitForEnd(GrabbedDrive &drive, std::chrono::milliseconds patience, DriveActivity &activity)
+{
+    ErasingEnd end;
+    auto lastStep = std::chrono::steady_clock::now();
+    for (int before = 0;;) {
+        std::this_thread::sleep_for(lookInterval);
+        burn::burn_progress progress{};
+        const bool isBusy = BurnControl::instance().call([&] {
+            const burn::burn_drive_status status = burn::burn_drive_get_status(drive.handle(), &progress);
+            const std::vector<DriveMessage> more = takeDriveMessages();
+            end.messages.insert(end.messages.end(), more.begin(), more.end());
+            if (status != burn::BURN_DRIVE_IDLE)
+                return true;
+            end.isWell = burn::burn_drive_wrote_well(drive.handle()) != 0;
+            if (burn::burn_disc_get_status(drive.handle()) == burn::BURN_DISC_UNGRABBED)
+                drive.forget();
+            return false;
+        });
+        if (!isBusy)
+            return end;
+        activity.done = std::uint32_t(std::clamp(progress.sector, 0, 0x10000));
+        const auto now = std::chrono::steady_clock::now();
+        if (std::exchange(before, progress.sector) != progress.sector)
+            lastStep = now;
+        else if (now - lastStep >= patience)
+            return std::nullopt;
+    }
+}
+
 } // namespace
 
 NSError eraseDisc(GrabbedDrive &drive, DiscErasure erasure, DriveActivity &activity)
@@ -81,31 +118,19 @@ NSError eraseDisc(GrabbedDrive &drive, DiscErasure erasure, DriveActivity &activ
             return NSError::errorWithErrno(errno, drive.name());
         return drive.lookAgain();
     }
-    BurnControl &control = BurnControl::instance();
-    std::vector<DriveMessage> messages;
-    control.call([&] { beginErasing(drive.handle(), erasure); });
-    bool isWell = false;
-    for (bool isBusy = true; isBusy;) {
-        std::this_thread::sleep_for(lookInterval);
-        control.call([&] {
-            burn::burn_progress progress{};
-            const burn::burn_drive_status status = burn::burn_drive_get_status(drive.handle(), &progress);
-            activity.stage = erasure == DiscErasure::Format ? DriveStage::Formatting : DriveStage::Blanking;
-            activity.done = std::uint32_t(std::clamp(progress.sector, 0, 0x10000));
-            const std::vector<DriveMessage> more = takeDriveMessages();
-            messages.insert(messages.end(), more.begin(), more.end());
-            isBusy = status != burn::BURN_DRIVE_IDLE;
-            if (isBusy)
-                return;
-            isWell = burn::burn_drive_wrote_well(drive.handle()) != 0;
-            if (burn::burn_disc_get_status(drive.handle()) == burn::BURN_DISC_UNGRABBED)
-                drive.forget();
-        });
-    }
+    activity.stage = erasure == DiscErasure::Format ? DriveStage::Formatting : DriveStage::Blanking;
+    BurnControl::instance().call([&] { beginErasing(drive.handle(), erasure); });
+    const std::optional<ErasingEnd> end = waitForEnd(
+        drive, erasure == DiscErasure::Quick ? drive.patience().atQuickErasing : drive.patience().atErasing, activity);
     activity.stage = DriveStage::Idle;
-    const NSError error = isWell ? NSError() : driveError(driveFault(messages), messages, drive.name());
-    if (!error)
+    if (!end) {
+        drive.giveUpBusy();
+        return withDiscCondition(driveError(DriveFault::NoAnswer, {}, drive.name()), DiscCondition::Unknown,
+                                 drive.disc().family);
+    }
+    if (end->isWell)
         return drive.lookAgain();
+    const NSError error = driveError(driveFault(end->messages), end->messages, drive.name());
     const bool isKnown = drive.isOpen() && !drive.lookAgain();
     const bool isBlank = isKnown && drive.disc().state == DiscState::Blank;
     return withDiscCondition(error,

@@ -108,7 +108,7 @@ struct FaultTexts {
 
 const FaultTexts &textsOf(DriveFault fault)
 {
-    static constexpr std::array<FaultTexts, 18> texts{{
+    static constexpr std::array<FaultTexts, 19> texts{{
         {"unknown", "writing with %1 failed", "Try another disc, or a slower speed."},
         {"busy", "%1 is in use", "Unmount the disc and close the programs that use the drive, then try again."},
         {"absent", "%1 does not answer", "Look whether it is connected; 'tessaron drives' lists the drives."},
@@ -130,6 +130,8 @@ const FaultTexts &textsOf(DriveFault fault)
         {"reset", "%1 was reset, or its disc changed, while it was in use",
          "Look at its cable and its power, then try again."},
         {"stalled", "%1 has taken no data for too long", "Look at its cable and its power, then try again."},
+        {"no-answer", "%1 has not answered for too long",
+         "Look at its cable and its power, switch it off and on, then try again."},
         {"hardware", "%1 says that it is broken", "Switch it off and on, then try another disc."},
         {"gone", "%1 is gone", "Look at its cable and its power, and connect it again."},
     }};

@@ -28,6 +28,7 @@ enum class DriveFault : std::uint8_t {
     Full, ///< of the disc, or of the disk that holds the file
     Reset, ///< of the bus or the drive
     Stalled, ///< it takes no data any more, and does not say why
+    NoAnswer, ///< it was asked, or told to blank, and has not come to an end
     Hardware, ///< the drive says that it is broken
     Gone, ///< unplugged, or dead
 };

@@ -14,6 +14,8 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <mutex>
+#include <optional>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -29,7 +31,7 @@ constexpr std::uint64_t blockSize = 2048;
 constexpr std::uint64_t soundSize = 2352;
 constexpr int roleOfDrives = 1; // burn_drive_get_drive_role()
 
-/// True while a drive is open in this process.
+/// True while a drive is open in this process, or was given up and not let go of yet.
 std::atomic<bool> isDriveInUse = false;
 
 DiscState stateOf(burn::burn_disc_status status)
@@ -73,10 +75,119 @@ RecordedTrackDescription descriptionOf(burn::burn_track &track)
     return description;
 }
 
+void describeFile(const UniqueDescriptor &file, DiscDescription *description)
+{
+    struct stat status = {};
+    if (::fstat(file.get(), &status) == 0)
+        description->readableBlocks = std::uint64_t(status.st_size) / blockSize;
+}
+
+void describeSessions(burn::burn_drive *drive, DiscDescription *description)
+{
+    int number = 0;
+    if (burn::burn_get_read_capacity(drive, &number, 0) > 0)
+        description->readableBlocks = std::uint64_t(std::max(number, 0));
+    if (burn::burn_disc *const disc = burn::burn_drive_get_disc(drive)) {
+        burn::burn_session **const sessions = burn::burn_disc_get_sessions(disc, &number);
+        description->sessions = std::uint32_t(std::max(number, 0));
+        for (std::uint32_t session = 0; session < description->sessions; ++session) {
+            int count = 0;
+            burn::burn_track **const tracks = burn::burn_session_get_tracks(sessions[session], &count);
+            for (int track = 0; track < count; ++track)
+                description->tracks.push_back(descriptionOf(*tracks[track]));
+        }
+        burn::burn_disc_free(disc);
+    }
+    if (burn::burn_disc_get_msc1(drive, &number) > 0)
+        description->lastSession = std::uint64_t(std::max(number, 0));
+    if (description->state == DiscState::Appendable) {
+        int start = 0;
+        if (burn::burn_disc_track_lba_nwa(drive, nullptr, 0, &start, &number) == 1)
+            description->nextBlock = std::uint64_t(std::max(number, 0));
+        description->damage = std::uint32_t(burn::burn_disc_next_track_is_damaged(drive, 0));
+    }
+    char *productId = nullptr;
+    char *code1 = nullptr;
+    char *code2 = nullptr;
+    char *bookType = nullptr;
+    if (burn::burn_disc_get_media_id(drive, &productId, &code1, &code2, &bookType, 0) > 0)
+        description->makerCode = QString::fromLatin1(productId);
+    for (char *const text : {productId, code1, code2, bookType})
+        std::free(text);
+}
+
+void describeSpeeds(burn::burn_drive *drive, DiscDescription *description)
+{
+    burn::burn_speed_descriptor *list = nullptr;
+    if (burn::burn_drive_get_speedlist(drive, &list) <= 0)
+        return;
+    for (const burn::burn_speed_descriptor *speed = list; speed != nullptr; speed = speed->next) {
+        if (speed->write_speed > 0)
+            description->writeSpeeds.push_back(std::uint32_t(speed->write_speed));
+    }
+    burn::burn_drive_free_speedlist(&list);
+    std::sort(description->writeSpeeds.begin(), description->writeSpeeds.end());
+    description->writeSpeeds.erase(std::unique(description->writeSpeeds.begin(), description->writeSpeeds.end()),
+                                   description->writeSpeeds.end());
+}
+
+/// All that is asked of the drive, or of the file in its place, where that is not null; on the control thread.
+DiscDescription describeDisc(burn::burn_drive *drive, const UniqueDescriptor *file)
+{
+    DiscDescription description;
+    description.state = stateOf(burn::burn_disc_get_status(drive));
+    int profile = 0;
+    std::array<char, 80> profileName{};
+    if (burn::burn_disc_get_profile(drive, &profile, profileName.data()) > 0) {
+        description.profile = std::uint32_t(profile);
+        description.profileName = file != nullptr ? QStringLiteral("file") : QString::fromLatin1(profileName.data());
+    }
+    description.family = discFamily(description.profile);
+    if (description.state == DiscState::NoDisc || description.state == DiscState::Unknown)
+        return description;
+    description.isErasable = burn::burn_disc_erasable(drive) != 0;
+    description.freeBlocks = std::uint64_t(burn::burn_disc_available_space(drive, nullptr)) / blockSize;
+    burn::burn_multi_caps *capabilities = nullptr;
+    if (burn::burn_disc_get_multi_caps(drive, burn::BURN_WRITE_NONE, &capabilities, 0) > 0) {
+        description.canSimulate = capabilities->might_simulate != 0;
+        description.canAppendLater = capabilities->multi_session != 0;
+    }
+    if (capabilities != nullptr)
+        burn::burn_disc_free_multi_caps(&capabilities);
+    if (file != nullptr)
+        describeFile(*file, &description);
+    else
+        describeSessions(drive, &description);
+    describeSpeeds(drive, &description);
+    return description;
+}
+
+/// Drives of which a thread of libburn did not let go in time.
+struct BusyDrive {
+    std::mutex mutex;
+    burn::burn_drive_info *infos = nullptr; ///< null when there is no such drive
+    burn::burn_drive *drive = nullptr;
+};
+
+BusyDrive &busyDrive()
+{
+    static BusyDrive one;
+    return one;
+}
+
 } // namespace
 
-GrabbedDrive::GrabbedDrive(DriveAddress address)
+/// What the control thread tells of an opening.
+struct GrabbedDrive::Opening {
+    Opened opened;
+    DiscDescription disc;
+    std::vector<DriveMessage> messages;
+};
+
+GrabbedDrive::GrabbedDrive(DriveAddress address, const DrivePatience &patience)
     : m_address(std::move(address))
+    , m_patience(patience)
+    , m_file(std::make_shared<UniqueDescriptor>())
 {
 }
 
@@ -86,13 +197,13 @@ NSError GrabbedDrive::openFile(bool mayMakeFile)
 {
     const char *const path = m_address.path.constData();
     const int flags = O_RDWR | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-    m_file.reset(::open(path, flags));
-    if (!m_file && errno == ENOENT && mayMakeFile) {
-        m_file.reset(::open(path, flags | O_CREAT | O_EXCL, 0666));
-        m_isNewFile = m_file.isValid();
+    m_file->reset(::open(path, flags));
+    if (!*m_file && errno == ENOENT && mayMakeFile) {
+        m_file->reset(::open(path, flags | O_CREAT | O_EXCL, 0666));
+        m_isNewFile = m_file->isValid();
     }
     struct stat status = {};
-    if (!m_file || ::fstat(m_file.get(), &status) != 0)
+    if (!*m_file || ::fstat(m_file->get(), &status) != 0)
         return burnOutputError(errno, stringWithFileSystemRepresentation(m_address.path));
     if (S_ISREG(status.st_mode))
         return {};
@@ -103,29 +214,28 @@ NSError GrabbedDrive::openFile(bool mayMakeFile)
 void GrabbedDrive::removeEmptyFile()
 {
     struct stat status = {};
-    if (std::exchange(m_isNewFile, false) && ::fstat(m_file.get(), &status) == 0 && status.st_size == 0)
+    if (std::exchange(m_isNewFile, false) && ::fstat(m_file->get(), &status) == 0 && status.st_size == 0)
         ::unlink(m_address.path.constData());
 }
 
-Result<std::unique_ptr<GrabbedDrive>> GrabbedDrive::grab(const DriveAddress &address, bool mayMakeFile)
+Result<std::unique_ptr<GrabbedDrive>> GrabbedDrive::grab(const DriveAddress &address, bool mayMakeFile,
+                                                         const DrivePatience &patience)
 {
-    std::unique_ptr<GrabbedDrive> drive(new GrabbedDrive(address));
+    std::unique_ptr<GrabbedDrive> drive(new GrabbedDrive(address, patience));
     if (NSError error = drive->isFile() ? drive->openFile(mayMakeFile) : NSError())
         return error;
-    if (isDriveInUse.exchange(true))
-        return burnError(fBsyErr, QStringLiteral("this program is using a drive already"),
-                         QStringLiteral("Wait until that is done."));
-    if (NSError error = drive->open()) {
-        if (!drive->isOpen())
-            isDriveInUse = false;
-        return error;
+    if (isDriveInUse.exchange(true)) {
+        if (NSError error = letBusyOneGo())
+            return error;
     }
+    if (NSError error = drive->open())
+        return error;
     return drive;
 }
 
 GrabbedDrive::~GrabbedDrive()
 {
-    release(false);
+    static_cast<void>(release(false));
     removeEmptyFile();
 }
 
@@ -134,178 +244,198 @@ QString GrabbedDrive::name() const
     return isFile() ? quoted(m_address.path) : QStringLiteral("the drive %1").arg(quoted(m_address.shown));
 }
 
+void GrabbedDrive::letGo(const Opened &opened, bool ejects)
+{
+    if (opened.drive != nullptr)
+        burn::burn_drive_release(opened.drive, ejects ? 1 : 0);
+    if (opened.infos != nullptr)
+        burn::burn_drive_info_free(opened.infos);
+}
+
+NSError GrabbedDrive::noAnswer() const
+{
+    return driveError(DriveFault::NoAnswer, {}, name());
+}
+
+/// Asks the open drive. The work owns what it uses; no value when the drive is given up.
+template <typename Work>
+auto GrabbedDrive::ask(Work work)
+{
+    auto answer = BurnControl::instance().callWithin(m_patience.atQuestion, std::move(work),
+                                                     [opened = m_opened, file = m_file](const auto &) {
+                                                         letGo(opened, false);
+                                                         isDriveInUse = false;
+                                                     });
+    if (!answer)
+        m_opened = {};
+    return answer;
+}
+
 NSError GrabbedDrive::open()
 {
     try {
-        std::vector<DriveMessage> messages;
-        if (!BurnControl::instance().isReady())
+        if (!BurnControl::instance().isReady()) {
+            isDriveInUse = false;
             return burnError(ioErr, QStringLiteral("the library that writes discs does not work on this system"));
-        if (BurnControl::instance().call([&] { return openOnControlThread(&messages); }))
+        }
+        const std::optional<Opening> opening = BurnControl::instance().callWithin(
+            m_patience.atOpening, [address = m_address, file = m_file] { return openOnControlThread(address, *file); },
+            [file = m_file](const Opening &late) {
+                letGo(late.opened, false);
+                isDriveInUse = false;
+            });
+        if (!opening)
+            return noAnswer();
+        m_opened = opening->opened;
+        m_disc = opening->disc;
+        if (isOpen())
             return {};
-        DriveFault fault = driveFault(messages);
+        isDriveInUse = false;
+        DriveFault fault = driveFault(opening->messages);
         if (fault == DriveFault::Unknown)
             fault = DriveFault::Absent;
-        return driveError(fault, messages, name());
+        return driveError(fault, opening->messages, name());
     } catch (const std::system_error &) {
+        isDriveInUse = false;
         return burnError(memFullErr, QStringLiteral("the system allows no further thread to use a drive with"),
                          QStringLiteral("Close other programs and try again."));
     }
 }
 
-bool GrabbedDrive::openOnControlThread(std::vector<DriveMessage> *messages)
+GrabbedDrive::Opening GrabbedDrive::openOnControlThread(const DriveAddress &address, const UniqueDescriptor &file)
 {
     // What is left of an earlier drive is not about this one.
     static_cast<void>(takeDriveMessages());
-    QByteArray address = isFile() ? "stdio:/dev/fd/" + QByteArray::number(m_file.get()) : m_address.path;
+    const bool isFile = address.kind == DriveAddress::Kind::File;
+    QByteArray path = isFile ? "stdio:/dev/fd/" + QByteArray::number(file.get()) : address.path;
     constexpr int takesTrayIn = 1;
-    const bool isOpened = address.size() < BURN_DRIVE_ADR_LEN
-        && burn::burn_drive_scan_and_grab(&m_infos, address.data(), takesTrayIn) == 1;
-    *messages = takeDriveMessages();
+    Opening opening;
+    Opened &opened = opening.opened;
+    const bool isOpened = path.size() < BURN_DRIVE_ADR_LEN
+        && burn::burn_drive_scan_and_grab(&opened.infos, path.data(), takesTrayIn) == 1;
+    opening.messages = takeDriveMessages();
     if (!isOpened) {
-        m_infos = nullptr;
-        return false;
+        opened = {};
+        return opening;
     }
-    m_drive = m_infos[0].drive;
+    opened.drive = opened.infos[0].drive;
     // Nothing but these two is ever opened, and this holds even where the library takes an address in another way.
-    if ((burn::burn_drive_get_drive_role(m_drive) == roleOfDrives) == isFile()) {
-        burn::burn_drive_release(m_drive, 0);
-        burn::burn_drive_info_free(m_infos);
-        m_infos = nullptr;
-        m_drive = nullptr;
-        return false;
+    if ((burn::burn_drive_get_drive_role(opened.drive) == roleOfDrives) == isFile) {
+        letGo(opened, false);
+        opened = {};
+        return opening;
     }
-    describeDisc();
+    opening.disc = describeDisc(opened.drive, isFile ? &file : nullptr);
     // Questions that a disc does not answer are no failures.
     static_cast<void>(takeDriveMessages());
-    return true;
+    return opening;
 }
 
-std::vector<DriveMessage> GrabbedDrive::close(bool ejects)
+/// The next drive can be opened then, unless this one did not answer.
+NSError GrabbedDrive::close(bool ejects)
 {
-    if (m_infos == nullptr)
+    if (m_opened.infos == nullptr)
         return {};
-    return BurnControl::instance().call([this, ejects] {
-        if (m_drive != nullptr)
-            burn::burn_drive_release(m_drive, ejects ? 1 : 0);
-        m_drive = nullptr;
-        burn::burn_drive_info_free(m_infos);
-        m_infos = nullptr;
-        return takeDriveMessages();
-    });
+    const Opened opened = std::exchange(m_opened, {});
+    const auto isClosed = BurnControl::instance().callWithin(
+        m_patience.atQuestion,
+        [opened, ejects, file = m_file] {
+            letGo(opened, ejects);
+            return true;
+        },
+        [](bool) { isDriveInUse = false; });
+    return isClosed ? NSError() : noAnswer();
 }
 
-void GrabbedDrive::release(bool ejects)
+NSError GrabbedDrive::release(bool ejects)
 {
-    if (m_infos == nullptr)
-        return;
-    static_cast<void>(close(ejects));
-    isDriveInUse = false;
-}
-
-NSError GrabbedDrive::lookAgain()
-{
-    static_cast<void>(close(false));
-    NSError error = open();
-    if (error)
+    if (m_opened.infos == nullptr)
+        return {};
+    NSError error = close(ejects);
+    if (!error)
         isDriveInUse = false;
     return error;
 }
 
-/// All that is asked of the drive; on the control thread.
-void GrabbedDrive::describeDisc()
+NSError GrabbedDrive::lookAgain()
 {
-    m_disc = {};
-    m_disc.state = stateOf(burn::burn_disc_get_status(m_drive));
-    int profile = 0;
-    std::array<char, 80> profileName{};
-    if (burn::burn_disc_get_profile(m_drive, &profile, profileName.data()) > 0) {
-        m_disc.profile = std::uint32_t(profile);
-        m_disc.profileName = isFile() ? QStringLiteral("file") : QString::fromLatin1(profileName.data());
-    }
-    m_disc.family = discFamily(m_disc.profile);
-    if (m_disc.state == DiscState::NoDisc || m_disc.state == DiscState::Unknown)
-        return;
-    m_disc.isErasable = burn::burn_disc_erasable(m_drive) != 0;
-    m_disc.freeBlocks = std::uint64_t(burn::burn_disc_available_space(m_drive, nullptr)) / blockSize;
-    burn::burn_multi_caps *capabilities = nullptr;
-    if (burn::burn_disc_get_multi_caps(m_drive, burn::BURN_WRITE_NONE, &capabilities, 0) > 0) {
-        m_disc.canSimulate = capabilities->might_simulate != 0;
-        m_disc.canAppendLater = capabilities->multi_session != 0;
-    }
-    if (capabilities != nullptr)
-        burn::burn_disc_free_multi_caps(&capabilities);
-    describeSessions();
-    describeSpeeds();
+    if (NSError error = close(false))
+        return error;
+    return open();
 }
 
-void GrabbedDrive::describeSessions()
+void GrabbedDrive::giveUpBusy()
 {
-    int number = 0;
-    if (isFile()) {
-        struct stat status = {};
-        if (::fstat(m_file.get(), &status) == 0)
-            m_disc.readableBlocks = std::uint64_t(status.st_size) / blockSize;
-        return;
-    }
-    if (burn::burn_get_read_capacity(m_drive, &number, 0) > 0)
-        m_disc.readableBlocks = std::uint64_t(std::max(number, 0));
-    if (burn::burn_disc *const disc = burn::burn_drive_get_disc(m_drive)) {
-        burn::burn_session **const sessions = burn::burn_disc_get_sessions(disc, &number);
-        m_disc.sessions = std::uint32_t(std::max(number, 0));
-        for (std::uint32_t session = 0; session < m_disc.sessions; ++session) {
-            int count = 0;
-            burn::burn_track **const tracks = burn::burn_session_get_tracks(sessions[session], &count);
-            for (int track = 0; track < count; ++track)
-                m_disc.tracks.push_back(descriptionOf(*tracks[track]));
-        }
-        burn::burn_disc_free(disc);
-    }
-    if (burn::burn_disc_get_msc1(m_drive, &number) > 0)
-        m_disc.lastSession = std::uint64_t(std::max(number, 0));
-    if (m_disc.state == DiscState::Appendable) {
-        int start = 0;
-        if (burn::burn_disc_track_lba_nwa(m_drive, nullptr, 0, &start, &number) == 1)
-            m_disc.nextBlock = std::uint64_t(std::max(number, 0));
-        m_disc.damage = std::uint32_t(burn::burn_disc_next_track_is_damaged(m_drive, 0));
-    }
-    char *productId = nullptr;
-    char *code1 = nullptr;
-    char *code2 = nullptr;
-    char *bookType = nullptr;
-    if (burn::burn_disc_get_media_id(m_drive, &productId, &code1, &code2, &bookType, 0) > 0)
-        m_disc.makerCode = QString::fromLatin1(productId);
-    for (char *const text : {productId, code1, code2, bookType})
-        std::free(text);
+    BusyDrive &busy = busyDrive();
+    const std::lock_guard lock(busy.mutex);
+    const Opened opened = std::exchange(m_opened, {});
+    busy.infos = opened.infos;
+    busy.drive = opened.drive;
 }
 
-void GrabbedDrive::describeSpeeds()
+/// Makes room for another drive where the one in use was given up and has come to an end since.
+NSError GrabbedDrive::letBusyOneGo()
 {
-    burn::burn_speed_descriptor *list = nullptr;
-    if (burn::burn_drive_get_speedlist(m_drive, &list) <= 0)
-        return;
-    for (const burn::burn_speed_descriptor *speed = list; speed != nullptr; speed = speed->next) {
-        if (speed->write_speed > 0)
-            m_disc.writeSpeeds.push_back(std::uint32_t(speed->write_speed));
-    }
-    burn::burn_drive_free_speedlist(&list);
-    std::sort(m_disc.writeSpeeds.begin(), m_disc.writeSpeeds.end());
-    m_disc.writeSpeeds.erase(std::unique(m_disc.writeSpeeds.begin(), m_disc.writeSpeeds.end()),
-                             m_disc.writeSpeeds.end());
+    BurnControl &control = BurnControl::instance();
+    BusyDrive &busy = busyDrive();
+    const std::lock_guard lock(busy.mutex);
+    if (busy.infos == nullptr && !control.isStuck())
+        return burnError(fBsyErr, QStringLiteral("this program is using a drive already"),
+                         QStringLiteral("Wait until that is done."));
+    const NSError waiting =
+        burnError(fBsyErr, QStringLiteral("a drive that this program was using has not answered yet"),
+                  QStringLiteral("Look at its cable and its power, switch it off and on, then try again."));
+    if (control.isStuck())
+        return waiting;
+    const bool isIdle = control.call([&busy] {
+        burn::burn_progress progress{};
+        if (burn::burn_drive_get_status(busy.drive, &progress) != burn::BURN_DRIVE_IDLE)
+            return false;
+        letGo({busy.infos, busy.drive}, false);
+        return true;
+    });
+    if (!isIdle)
+        return waiting;
+    busy.infos = nullptr;
+    busy.drive = nullptr;
+    return {};
+}
+
+GrabbedDrive::Reading GrabbedDrive::read(std::size_t length, char *out, const ReadingFunction &reading)
+{
+    if (!isOpen())
+        return {};
+    struct Answer {
+        Reading reading;
+        std::vector<char> bytes;
+    };
+    // Into memory of its own: a reading that is given up must not write into the caller's.
+    const auto answer = ask([drive = m_opened.drive, length, reading] {
+        Answer made;
+        made.bytes.resize(length);
+        off_t got = 0;
+        made.reading.isWell = reading(drive, made.bytes.data(), off_t(length), &got) > 0 && got == off_t(length);
+        made.reading.messages = takeDriveMessages();
+        return made;
+    });
+    if (!answer)
+        return {false, true, {}};
+    if (answer->reading.isWell)
+        std::memcpy(out, answer->bytes.data(), length);
+    return answer->reading;
 }
 
 NSError GrabbedDrive::readBlocks(std::uint64_t first, std::uint32_t count, char *out)
 {
-    std::vector<DriveMessage> messages;
-    const bool isRead = BurnControl::instance().call([&] {
-        off_t got = 0;
-        const off_t wanted = off_t(count) * off_t(blockSize);
-        const bool isWell = m_drive != nullptr
-            && burn::burn_read_data(m_drive, off_t(first * blockSize), out, wanted, &got, 0) > 0 && got == wanted;
-        messages = takeDriveMessages();
-        return isWell;
-    });
-    if (isRead)
+    const Reading reading =
+        read(std::size_t(count) * blockSize, out, [first](burn::burn_drive *drive, char *to, off_t length, off_t *got) {
+            return burn::burn_read_data(drive, off_t(first * blockSize), to, length, got, 0);
+        });
+    if (reading.isWell)
         return {};
+    if (reading.isGivenUp)
+        return noAnswer();
+    const std::vector<DriveMessage> &messages = reading.messages;
     return burnError(
         ioErr,
         QStringLiteral("block %1 of the disc in %2 cannot be read%3")
@@ -314,44 +444,49 @@ NSError GrabbedDrive::readBlocks(std::uint64_t first, std::uint32_t count, char 
                  messages.empty() ? QString() : QStringLiteral(" (%1)").arg(messages.front().text.simplified())));
 }
 
+NSError GrabbedDrive::readSound(std::int64_t first, std::uint32_t count, char *out)
+{
+    const Reading reading =
+        read(std::size_t(count) * soundSize, out, [first](burn::burn_drive *drive, char *to, off_t length, off_t *got) {
+            return burn::burn_read_audio(drive, int(first), to, length, got, 0);
+        });
+    if (reading.isWell)
+        return {};
+    if (reading.isGivenUp)
+        return noAnswer();
+    return burnError(ioErr, QStringLiteral("sector %1 of the disc in %2 cannot be read").arg(first).arg(name()));
+}
+
 NSError GrabbedDrive::overwriteBlocks(std::uint64_t first, std::span<const std::uint8_t> bytes)
 {
     const auto offset = off_t(first * blockSize);
     if (isFile()) {
-        if (::lseek(m_file.get(), offset, SEEK_SET) < 0)
+        if (::lseek(m_file->get(), offset, SEEK_SET) < 0)
             return burnOutputError(errno, name());
-        const int failure = writeFully(m_file.get(), bytes.data(), bytes.size());
+        const int failure = writeFully(m_file->get(), bytes.data(), bytes.size());
         return failure == 0 ? NSError() : burnOutputError(failure, name());
     }
-    std::vector<std::uint8_t> written(bytes.begin(), bytes.end()); // the library takes what it may write into
-    std::vector<DriveMessage> messages;
-    const bool isWritten = BurnControl::instance().call([&] {
+    if (!isOpen())
+        return driveError(DriveFault::Gone, {}, name());
+    struct Answer {
+        bool isWell = false;
+        std::vector<DriveMessage> messages;
+    };
+    // The library takes what it may write into.
+    std::vector<std::uint8_t> copy(bytes.begin(), bytes.end());
+    const auto answer = ask([drive = m_opened.drive, offset, written = std::move(copy)]() mutable {
         static_cast<void>(takeDriveMessages());
         constexpr int waitsUntilWritten = 1;
-        const bool isWell = m_drive != nullptr
-            && burn::burn_random_access_write(m_drive, offset, reinterpret_cast<char *>(written.data()),
-                                              off_t(written.size()), waitsUntilWritten)
-                == 1;
-        messages = takeDriveMessages();
-        return isWell;
+        Answer made;
+        made.isWell = burn::burn_random_access_write(drive, offset, reinterpret_cast<char *>(written.data()),
+                                                     off_t(written.size()), waitsUntilWritten)
+            == 1;
+        made.messages = takeDriveMessages();
+        return made;
     });
-    return isWritten ? NSError() : driveError(driveFault(messages), messages, name());
-}
-
-NSError GrabbedDrive::readSound(std::int64_t first, std::uint32_t count, char *out)
-{
-    std::vector<DriveMessage> messages;
-    const bool isRead = BurnControl::instance().call([&] {
-        off_t got = 0;
-        const off_t wanted = off_t(count) * off_t(soundSize);
-        const bool isWell =
-            m_drive != nullptr && burn::burn_read_audio(m_drive, int(first), out, wanted, &got, 0) > 0 && got == wanted;
-        messages = takeDriveMessages();
-        return isWell;
-    });
-    if (isRead)
-        return {};
-    return burnError(ioErr, QStringLiteral("sector %1 of the disc in %2 cannot be read").arg(first).arg(name()));
+    if (!answer)
+        return noAnswer();
+    return answer->isWell ? NSError() : driveError(driveFault(answer->messages), answer->messages, name());
 }
 
 } // namespace Tessaron

@@ -2,7 +2,6 @@
 
 #include "platform/discrecording/drives/DriveDescription.h"
 #include "platform/discrecording/drives/DriveGrowth.h"
-#include "platform/discrecording/drives/DrivePatience.h"
 #include "platform/disctracks/TableOfContents.h"
 #include "platform/foundation/Result.h"
 
@@ -22,7 +21,6 @@ struct RecordingOptions {
     bool leavesOpen = false; ///< further sessions may follow; also: a disc that has some is written to
     std::uint32_t speed = 0; ///< thousands of bytes a second; 0 for the fastest
     bool overburns = false; ///< asks for more than the disc says that it holds
-    DrivePatience patience = {}; ///< of files none is asked for
     std::optional<DriveGrowth> growth = {}; ///< of what is overwritten: keeps what is there
 };
 

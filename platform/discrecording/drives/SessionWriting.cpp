@@ -186,14 +186,14 @@ SessionWriting::~SessionWriting()
 
 NSError SessionWriting::start()
 {
+    if (!m_drive.isOpen())
+        return driveError(DriveFault::Gone, {}, m_drive.name());
     return BurnControl::instance().call([this] { return startOnControlThread(); });
 }
 
 NSError SessionWriting::startOnControlThread()
 {
     static_cast<void>(takeDriveMessages());
-    if (m_drive.handle() == nullptr)
-        return driveError(DriveFault::Gone, {}, m_drive.name());
     m_handles->disc.reset(burn::burn_disc_create());
     m_handles->session.reset(burn::burn_session_create());
     if (!m_handles->disc || !m_handles->session
@@ -349,7 +349,7 @@ void SessionWriting::stopWhenStalled()
         m_lastTaking = now;
         return;
     }
-    const DrivePatience &patience = m_options.patience;
+    const DrivePatience &patience = m_drive.patience();
     if (now - m_lastTaking < (taken < patience.beginBytes ? patience.atBegin : patience.later))
         return;
     m_hasStalled = true;

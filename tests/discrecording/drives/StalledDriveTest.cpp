@@ -19,6 +19,7 @@ constexpr std::uint32_t blockSize = 2048;
 constexpr std::uint64_t blocksOfDisc =
     40'000; // 80 MB: more than what all buffers hold, so that data wait for the drive
 constexpr int writeCommand = 0x2A;
+constexpr std::chrono::milliseconds shortPatience(300);
 
 /// A drive that goes on answering, but takes nothing any more.
 class StalledDrive : public testing::Test
@@ -70,11 +71,10 @@ protected:
 TEST_F(StalledDrive, permanentReset_isToldOf_onceThePatienceIsOver)
 {
     insert(FakeProfile::DVDPlusRW, {writeCommand, 40, 0, 6, 0x29, 0});
-    const Result<std::shared_ptr<DRDevice>> device = DRDevice::open("/dev/sr0", false);
+    DrivePatience patience;
+    patience.atBegin = patience.later = shortPatience;
+    const Result<std::shared_ptr<DRDevice>> device = DRDevice::open("/dev/sr0", false, patience);
     ASSERT_TRUE(device) << device.error().localizedDescription().toStdString();
-    DRBurnOptions options;
-    options.patience = {std::chrono::milliseconds(300), std::chrono::milliseconds(300), 0};
-    (*device)->setBurnOptions(options);
     const auto begin = std::chrono::steady_clock::now();
     const NSError error = write(**device);
     EXPECT_EQ(error.userInfo().value(DriveFaultKey).toString(), QStringLiteral("stalled"))
