@@ -50,7 +50,7 @@ struct AudioDisc {
 void setTextOfKind(SpokenTexts &texts, CDTextKind kind, const QString &text,
                    std::uint8_t language = CDTextBlock::english);
 
-/// A code as discs have it, without dashes; empty for what is no ISRC.
+/// A code as discs have it, without dashes; empty for what is not an ISRC.
 [[nodiscard]] QByteArray validIsrc(const QString &code);
 
 /// Seconds that the disc takes.

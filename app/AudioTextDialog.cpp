@@ -224,7 +224,7 @@ QString AudioTextDialog::problem() const
     for (int row = 1; row < m_table->rowCount(); ++row) {
         const QString code = textAt(row, isrcColumn);
         if (!code.isEmpty() && validIsrc(code).isEmpty())
-            return tr("%1 is no ISRC: that has two letters, three letters or digits, and seven digits.").arg(code);
+            return tr("%1 is not an ISRC: that has two letters, three letters or digits, and seven digits.").arg(code);
     }
     const QString number = m_number->text();
     if (!number.isEmpty() && !isCatalogNumber(number))

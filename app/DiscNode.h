@@ -54,7 +54,7 @@ struct DiscNode {
     DiscNodeKind kind = DiscNodeKind::File;
     bool isMissing = false; ///< nothing is at its place any more
     bool isUnreadable = false; ///< the user may not read it
-    bool hasUndecodableName = false; ///< the name holds bytes that are no text
+    bool hasUndecodableName = false; ///< the name holds bytes that are not text
 
     [[nodiscard]] bool isFolder() const { return kind == DiscNodeKind::Folder || kind == DiscNodeKind::VirtualFolder; }
     /// True for `other` itself and for what lies below it.

@@ -29,7 +29,7 @@ namespace Tessaron::Desktop
 /// What file managers paste and take drops of: these files (bytes), which are to be copied, and stay for a while only.
 [[nodiscard]] std::unique_ptr<QMimeData> offerOfLentFiles(const QList<QByteArray> &paths);
 
-/// True for such an offer of this program: its files are no source for a disc.
+/// True for such an offer of this program: its files are not a source for a disc.
 [[nodiscard]] bool holdsLentFiles(const QMimeData &data);
 
 // For widgets that open what is dropped onto them.

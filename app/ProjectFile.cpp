@@ -52,7 +52,7 @@ Result<QJsonObject> projectAt(const QByteArray &path)
     const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &fault);
     const QJsonObject object = document.object();
     if (document.isNull() || object.value(QStringLiteral("format")).toString() != formatName)
-        return notAProject(path, document.isNull() ? fault.errorString() : ProjectWords::tr("it is no project"));
+        return notAProject(path, document.isNull() ? fault.errorString() : ProjectWords::tr("it is not a project"));
     if (object.value(QStringLiteral("version")).toInt() > currentVersion)
         return notAProject(path, ProjectWords::tr("it was saved by a newer version of this program"));
     return object;

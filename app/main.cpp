@@ -31,7 +31,7 @@ const char *const usage = "usage: tessaron-desktop [--] [FILE...]\n"
                           "  --version   show the version\n";
 
 /// The files among the arguments; absent when there is nothing to show in a window, and `*status` is that of the
-/// program then. Paths are bytes: Qt's own list of arguments would lose those that are no text.
+/// program then. Paths are bytes: Qt's own list of arguments would lose those that are not text.
 std::optional<QList<QByteArray>> filesIn(const std::vector<QByteArray> &arguments, int *status)
 {
     QList<QByteArray> files;

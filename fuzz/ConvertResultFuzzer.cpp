@@ -24,7 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
          {KRAudioConverter::waveFormat, KRAudioConverter::aiffFormat, KRAudioConverter::mp3FormatConstant128}) {
         bytesRead = 0;
         const QString flaw = flawOfResult(size, read, format);
-        require(size > 0 || !flaw.isEmpty(), "an empty file is no result");
+        require(size > 0 || !flaw.isEmpty(), "an empty file is not a result");
         require(bytesRead <= 2 * std::uint64_t(size) + 65536, "the file is read once");
     }
     return 0;

@@ -92,7 +92,7 @@ inline void correctUdfTags(QByteArray *image)
             if (object.kind == VolumeObjectKind::File && total != object.size)
                 broken = "the extents of a file do not add up to its size";
             if (object.kind != VolumeObjectKind::File && object.size != 0)
-                broken = "something that is no file has a size";
+                broken = "something that is not a file has a size";
             char buffer[64];
             std::size_t got = 0;
             if (!volume.reader->read(object, object.size / 2, buffer, sizeof buffer, &got) && got > sizeof buffer)

@@ -90,12 +90,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size)
     for (const DVDFileProblem &problem : *problems) {
         require(!problem.name.isEmpty() && !problem.message.isEmpty(), "a problem says where and what it is");
         told.insert(problem.name.toStdString());
-        if (problem.message.startsWith(QStringLiteral("is no file of a video DVD")))
+        if (problem.message.startsWith(QStringLiteral("is not a file of a video DVD")))
             foreign.insert(problem.name.toStdString());
     }
     for (std::size_t name = firstForeign; name < names.size(); ++name)
         require(!made.contains(names[name]) || foreign.contains(names[name]),
-                "what is no file of a video DVD is told as such");
+                "what is not a file of a video DVD is told as such");
     for (const char *const name : {"VIDEO_TS.IFO", "VIDEO_TS.BUP"})
         require(made.contains(name) || told.contains(name), "what is missing is told");
     return 0;

@@ -552,7 +552,7 @@
             <translation>Für ein Projekt ist die Datei zu groß</translation>
         </message>
         <message>
-            <source>it is no project</source>
+            <source>it is not a project</source>
             <translation>Es ist kein Projekt</translation>
         </message>
         <message>
@@ -760,7 +760,7 @@
             <translation>Titel %1</translation>
         </message>
         <message>
-            <source>%1 is no ISRC: that has two letters, three letters or digits, and seven digits.</source>
+            <source>%1 is not an ISRC: that has two letters, three letters or digits, and seven digits.</source>
             <translation>%1 ist kein ISRC: Der hat zwei Buchstaben, drei Buchstaben oder Ziffern und sieben Ziffern.</translation>
         </message>
         <message>

@@ -552,7 +552,7 @@
             <translation>il est trop grand pour un projet</translation>
         </message>
         <message>
-            <source>it is no project</source>
+            <source>it is not a project</source>
             <translation>ce n’est pas un projet</translation>
         </message>
         <message>
@@ -760,7 +760,7 @@
             <translation>Piste %1</translation>
         </message>
         <message>
-            <source>%1 is no ISRC: that has two letters, three letters or digits, and seven digits.</source>
+            <source>%1 is not an ISRC: that has two letters, three letters or digits, and seven digits.</source>
             <translation>%1 n&apos;est pas un ISRC : deux lettres, trois lettres ou chiffres, puis sept chiffres.</translation>
         </message>
         <message>

@@ -527,7 +527,7 @@
             <translation>プロジェクトとしては大きすぎます</translation>
         </message>
         <message>
-            <source>it is no project</source>
+            <source>it is not a project</source>
             <translation>プロジェクトではありません</translation>
         </message>
         <message>
@@ -732,7 +732,7 @@
             <translation>トラック %1</translation>
         </message>
         <message>
-            <source>%1 is no ISRC: that has two letters, three letters or digits, and seven digits.</source>
+            <source>%1 is not an ISRC: that has two letters, three letters or digits, and seven digits.</source>
             <translation>%1 は ISRC ではありません。英字 2 文字、英数字 3 文字、数字 7 文字です。</translation>
         </message>
         <message>

@@ -75,8 +75,8 @@ struct AudioImageOrder {
     /// Of each audio track in order; what is missing at the end stands for none. More of them than tracks is an error.
     QList<AudioTitle> titles = {};
     /// The ISRC of each audio track in order, with or without dashes; an empty one, and what is missing at the end,
-    /// stands for none. They go before those of cue sheets and tags. One that is no ISRC, and more of them than tracks,
-    /// is an error.
+    /// stands for none. They go before those of cue sheets and tags. One that is not an ISRC, and more of them than
+    /// tracks, is an error.
     QList<QByteArray> isrcs = {};
     /// Have the image on the disk, past all caches, before it gets its name.
     bool isSynchronized = true;

@@ -43,7 +43,7 @@ struct InfoResult {
     std::vector<MovieFileInfo> files; ///< in the order of the paths, by name inside of folders; empty unless kept
     std::uint64_t fileCount = 0; ///< that were looked at
     std::uint64_t failureCount = 0; ///< files that could not be read, and covers that could not be written
-    std::uint64_t noMovieCount = 0; ///< files of folders that are no movies, see MovieFileInfo
+    std::uint64_t noMovieCount = 0; ///< files of folders that are not movies, see MovieFileInfo
     std::vector<UnreadableFolder> unreadable; ///< folders that could not be listed: what is in them was not looked at
     std::uint64_t leftOut = 0; ///< files in folders whose names say that they hold neither sound nor movies
     std::uint64_t leftOutSpecial = 0; ///< links, pipes, devices and sockets in folders

@@ -46,7 +46,7 @@ public:
             return readError(path, errno);
         return S_ISREG(m_status.st_mode) || S_ISBLK(m_status.st_mode)
             ? NSError()
-            : sourceError(path, QStringLiteral("%1 is no file").arg(quoted(path)), {}, paramErr);
+            : sourceError(path, QStringLiteral("%1 is not a file").arg(quoted(path)), {}, paramErr);
     }
 
     [[nodiscard]] NSError read(std::uint64_t offset, std::vector<char> *buffer) const

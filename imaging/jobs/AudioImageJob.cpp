@@ -101,7 +101,7 @@ NSError AudioImageJob::Work::openStage(const std::stop_token &stop)
         if (!dataSource->isFolder)
             return discJobError(
                 DiscJobErrorCode::Source,
-                QStringLiteral("%1 is no folder to make a track of data of").arg(quoted(order.dataFolder)),
+                QStringLiteral("%1 is not a folder to make a track of data of").arg(quoted(order.dataFolder)),
                 QStringLiteral("Put the file into a folder, and name that."), order.dataFolder);
     }
     imageOrder.output = order.output;

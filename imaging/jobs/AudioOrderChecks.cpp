@@ -32,7 +32,7 @@ NSError errorOfIsrcs(const QList<QByteArray> &codes, std::size_t tracks)
     for (const QByteArray &code : codes) {
         if (!code.isEmpty() && soundIsrc(QString::fromUtf8(code)).isEmpty())
             return discJobError(
-                DiscJobErrorCode::InvalidOrder, QStringLiteral("%1 is no ISRC").arg(quoted(code)),
+                DiscJobErrorCode::InvalidOrder, QStringLiteral("%1 is not an ISRC").arg(quoted(code)),
                 QStringLiteral("It has two letters for the country, three characters for the owner, and "
                                "seven digits."));
     }
@@ -54,7 +54,7 @@ NSError errorOfOrderedTracks(const AudioImageOrder &order)
         std::all_of(number.begin(), number.end(), [](char each) { return each >= '0' && each <= '9'; });
     if (!number.isEmpty() && (number.size() != digitsOfNumber || !isNumber))
         return discJobError(DiscJobErrorCode::InvalidOrder,
-                            QStringLiteral("%1 is no catalogue number").arg(quoted(number)),
+                            QStringLiteral("%1 is not a catalogue number").arg(quoted(number)),
                             QStringLiteral("It has 13 digits."));
     return errorOfIsrcs(codes, order.tracks.size());
 }

@@ -41,7 +41,8 @@ Result<QByteArray> contentsOfList(const QByteArray &path)
     if (!file || ::fstat(file.get(), &status) != 0)
         return listError(path, QStringLiteral("cannot be read: ") + systemText(errno), {});
     if (!S_ISREG(status.st_mode) || status.st_size > longestList)
-        return listError(path, QStringLiteral("is no text of a list"), QStringLiteral("Name the audio files instead."));
+        return listError(path, QStringLiteral("is not the text of a list"),
+                         QStringLiteral("Name the audio files instead."));
     QByteArray contents(status.st_size, Qt::Uninitialized);
     std::size_t got = 0;
     if (const int failure = readFully(file.get(), 0, contents.data(), std::size_t(contents.size()), &got))
@@ -126,7 +127,7 @@ NSError addFile(const QByteArray &path, AudioSources *sources)
         return addSheet(path, sources);
     if (const DiscDescriptionKind kind = discDescriptionKind(path); kind != DiscDescriptionKind::None)
         return discJobError(DiscJobErrorCode::Source,
-                            QStringLiteral("%1 is a %2, which describes a disc and is no sound")
+                            QStringLiteral("%1 is a %2, which describes a disc and is not sound")
                                 .arg(quoted(path), nameOfDiscDescription(kind)),
                             QStringLiteral("Take its tracks out with 'tessaron extract' first."), path);
     sources->sources.push_back({std::size_t(sources->files.size()), 1, {}, {}, {}});

@@ -324,7 +324,7 @@ QByteArray isrcOf(const Tags &tags, std::size_t number, AudioTexts &texts)
     const QString given = firstOf(tags, std::array{"isrc", "tsrc"});
     QByteArray code = soundIsrc(given);
     if (code.isEmpty() && !given.isEmpty()) {
-        texts.changes << QStringLiteral("track %1: “%2” is no ISRC, and is left out").arg(number).arg(given);
+        texts.changes << QStringLiteral("track %1: “%2” is not an ISRC, and is left out").arg(number).arg(given);
         texts.isAnyLost = true;
     }
     return code;

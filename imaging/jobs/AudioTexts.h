@@ -13,7 +13,7 @@
 namespace Tessaron
 {
 
-/// The code as discs have it (ISO 3901): 12 characters without dashes; empty for what is no ISRC.
+/// The code as discs have it (ISO 3901): 12 characters without dashes; empty for what is not an ISRC.
 [[nodiscard]] QByteArray soundIsrc(const QString &code);
 
 /// What is known of the texts of a disc.

@@ -29,7 +29,7 @@ NSError errorOfEnvironment()
                      *seconds < 0 ? QStringLiteral("before 1970") : QStringLiteral("after the year 9999")),
             QStringLiteral("Set it to the seconds from 1970 to a day of the years until 9999, or unset it."));
     return discJobError(DiscJobErrorCode::InvalidOrder,
-                        QStringLiteral("SOURCE_DATE_EPOCH is %1, which is no number of seconds").arg(quoted(value)),
+                        QStringLiteral("SOURCE_DATE_EPOCH is %1, which is not a number of seconds").arg(quoted(value)),
                         QStringLiteral("Set it to the seconds since 1970, or unset it."));
 }
 

@@ -50,8 +50,8 @@ NSError OutputFolder::open(const QByteArray &path, const QString &advice)
         return {};
     if (errno != ENOTDIR)
         return outputError(path, errno);
-    return discJobError(DiscJobErrorCode::Destination, QStringLiteral("the output %1 is no folder").arg(quoted(path)),
-                        advice, path);
+    return discJobError(DiscJobErrorCode::Destination,
+                        QStringLiteral("the output %1 is not a folder").arg(quoted(path)), advice, path);
 }
 
 int OutputFolder::sync() const

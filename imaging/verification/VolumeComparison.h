@@ -41,7 +41,7 @@ public:
     /// for a plain view without Rock Ridge.
     VolumeComparison(const VolumeReader &reader, SourceIndex &sources, ContentPlan &contents,
                      ImageDifferenceList &differences, RecordedSources *rockRidge);
-    /// Objects that the sources do not have are no differences.
+    /// Objects that the sources do not have are not differences.
     void allowExtra() { m_allowsExtra = true; }
 
     [[nodiscard]] VolumeVerification run(const std::stop_token &stop);

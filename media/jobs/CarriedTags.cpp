@@ -49,7 +49,7 @@ CarriedTags carriedTags(const QByteArray &source, SoundHelpers &helpers, const s
     bool isCoverLeftOut = false;
     result.bytes = id3Tag(texts, coverOf(source, &result.notes, stop), &isCoverLeftOut);
     if (isCoverLeftOut)
-        result.notes << QStringLiteral("the cover of %1 is no picture that MP3 files can have").arg(quoted(source));
+        result.notes << QStringLiteral("the cover of %1 is not a picture that MP3 files can have").arg(quoted(source));
     return result;
 }
 

@@ -20,8 +20,8 @@ struct SoundText {
 /// under their keys; what describes the file that they come from, and not the sound (its encoder, its brands), is left
 /// out. Several texts of one kind are parted by slashes. Empty without a text and a cover.
 ///
-/// A cover that is no JPEG, PNG, GIF or BMP, or takes more room than a tag has (256 MB), is left out; `isCoverLeftOut`,
-/// unless null, tells.
+/// A cover that is not a JPEG, PNG, GIF or BMP, or takes more room than a tag has (256 MB), is left out;
+/// `isCoverLeftOut`, unless null, tells.
 [[nodiscard]] QByteArray id3Tag(const std::vector<SoundText> &texts, const QByteArray &cover,
                                 bool *isCoverLeftOut = nullptr);
 

@@ -107,7 +107,7 @@ private:
             add(tableName(1, "IFO"), QStringLiteral("is missing: there is no title set"));
         for (const auto &[name, size] : m_sizes) {
             if (!m_known.contains(name))
-                add(name, QStringLiteral("is no file of a video DVD; players pass over it, or stumble over it"));
+                add(name, QStringLiteral("is not a file of a video DVD; players pass over it, or stumble over it"));
         }
     }
 
@@ -130,7 +130,7 @@ private:
             if (S_ISREG(status.st_mode))
                 m_sizes.emplace(name, std::uint64_t(status.st_size));
             else
-                add(name, QStringLiteral("is no file; a video DVD has files alone"));
+                add(name, QStringLiteral("is not a file; a video DVD has files alone"));
         }
         for (const auto &[name, size] : m_sizes) {
             const QByteArray upper = name.toUpper();
@@ -189,7 +189,7 @@ private:
             return std::nullopt;
         const QByteArray identifier = titleSet == 0 ? "DVDVIDEO-VMG" : "DVDVIDEO-VTS";
         if (table->size() < IfoFields::end || table->first(IfoFields::identifierSize) != identifier) {
-            add(name, QStringLiteral("is no table of a video DVD"));
+            add(name, QStringLiteral("is not a table of a video DVD"));
             return std::nullopt;
         }
         const std::uint64_t stated =
@@ -202,7 +202,7 @@ private:
     void checkLength(const QByteArray &name, std::uint64_t size)
     {
         if (size % blockSize != 0)
-            add(name, QStringLiteral("is %1 bytes long, which are no whole blocks: it is cut").arg(size));
+            add(name, QStringLiteral("is %1 bytes long, which are not whole blocks: it is cut").arg(size));
         if (size > longestPart)
             add(name, QStringLiteral("is longer than a gibibyte, which players do not read to its end"));
     }

@@ -22,7 +22,8 @@ enum ResolveAliasFlags : std::uint32_t {
 /// folder, after a move within the volume where the system can tell (or a search of some thousand entries around its
 /// old place does), and else what has taken its place under the same path. `from` is ignored and may be null.
 /// `*wasChanged`, which may be null too, tells that fresh alias data would differ. Errors, with the target untouched:
-/// paramErr for bytes that are no alias data, nsvErr when its volume is not mounted, fnfErr when the file is not found.
+/// paramErr for bytes that are not alias data, nsvErr when its volume is not mounted, fnfErr when the file is not
+/// found.
 [[nodiscard]] TESSARON_EXPORT OSErr FSResolveAliasWithMountFlags(const FSRef *from, const QByteArray &alias,
                                                                  FSRef *target, bool *wasChanged, std::uint32_t flags);
 

@@ -446,7 +446,7 @@ Result<CDText> cdTextOfPacks(QByteArrayView packs)
 {
     packs = withoutFrame(packs);
     if (packs.size() % qsizetype(cdTextPackSize) != 0)
-        return textError(QStringLiteral("The CD-TEXT is cut off: its %1 bytes are no whole packs.").arg(packs.size()));
+        return textError(QStringLiteral("The CD-TEXT is cut off: its %1 bytes are not whole packs.").arg(packs.size()));
     const Result<std::map<std::uint8_t, BlockBytes>> blocks = gatherPacks(packs);
     if (!blocks)
         return blocks.error();

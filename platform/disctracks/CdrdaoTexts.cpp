@@ -128,14 +128,14 @@ void CdrdaoTexts::takeLanguageName(const CdrdaoWord &numberWord, const CdrdaoWor
     const std::optional<std::uint64_t> number = cdrdaoNumber(numberWord.text);
     if (!number || *number >= mostLanguages) {
         m_notes.push_back({numberWord.line,
-                           QStringLiteral("\"%1\" is no number of a language from 0 to 7 and was passed over.")
+                           QStringLiteral("\"%1\" is not a number of a language from 0 to 7 and was passed over.")
                                .arg(numberWord.text)});
         return;
     }
     const std::optional<std::uint8_t> code = languageCode(name.text);
     if (!code)
         m_notes.push_back({name.line,
-                           QStringLiteral("\"%1\" is no language that is known; the texts of language %2 were taken "
+                           QStringLiteral("\"%1\" is not a language that is known; the texts of language %2 were taken "
                                           "without one.")
                                .arg(name.text)
                                .arg(*number)});

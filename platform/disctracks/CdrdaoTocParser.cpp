@@ -63,7 +63,7 @@ NSError CdrdaoTocParser::parse()
             return error;
     }
     if (!m_open)
-        return cdrdaoError(0, QStringLiteral("The file is no table of contents of cdrdao with a track."),
+        return cdrdaoError(0, QStringLiteral("The file is not a table of contents of cdrdao with a track."),
                            QStringLiteral("Choose a .toc file of cdrdao."));
     if (NSError error = finishTrack())
         return error;
@@ -128,7 +128,7 @@ NSError CdrdaoTocParser::takeTrack(const CdrdaoWord &command)
     const QByteArray cueMode = mode.isQuoted ? QByteArray() : cueModeFor(mode.text, hasSubchannel);
     if (cueMode.isEmpty() || !setCueMode(cueMode, &m_open->track))
         return cdrdaoError(mode.line,
-                           QStringLiteral("\"%1%2\" is no mode of a track that is known here.")
+                           QStringLiteral("\"%1%2\" is not a mode of a track that is known here.")
                                .arg(mode.text, hasSubchannel ? QStringLiteral(" with subchannel") : QString()),
                            QStringLiteral("Known are AUDIO, MODE1, MODE1_RAW, MODE2, MODE2_FORM1, MODE2_FORM2, "
                                           "MODE2_FORM_MIX and MODE2_RAW; AUDIO and the raw ones with RW or RW_RAW."));
@@ -142,7 +142,7 @@ NSError CdrdaoTocParser::takeCatalog(const CdrdaoWord &command)
         m_sheet.contents.mediaCatalogNumber = number.text.toUtf8();
     else
         note(command.line,
-             QStringLiteral("\"%1\" is no catalogue number of 13 digits and was passed over.").arg(number.text));
+             QStringLiteral("\"%1\" is not a catalogue number of 13 digits and was passed over.").arg(number.text));
     return {};
 }
 
@@ -153,7 +153,7 @@ NSError CdrdaoTocParser::takeIsrc(const CdrdaoWord &command)
     if (isIsrc(isrc))
         m_open->track.isrc = isrc;
     else
-        note(command.line, QStringLiteral("\"%1\" is no ISRC and was passed over.").arg(word.text));
+        note(command.line, QStringLiteral("\"%1\" is not an ISRC and was passed over.").arg(word.text));
     return {};
 }
 
@@ -195,7 +195,7 @@ Result<std::uint64_t> CdrdaoTocParser::takeBytes(const CdrdaoTrack &open)
     const std::optional<std::uint64_t> number = word.isQuoted ? std::nullopt : cdrdaoNumber(word.text);
     if (!number)
         return cdrdaoError(
-            word.line, QStringLiteral("\"%1\" is no length.").arg(word.text),
+            word.line, QStringLiteral("\"%1\" is not a length.").arg(word.text),
             QStringLiteral("Write minutes:seconds:frames, or a number of samples (of bytes for a file of data)."));
     return open.track.isAudio() ? *number * bytesPerSample : *number;
 }

@@ -189,7 +189,7 @@ Result<Said> CloneCDParser::said(const QString &value) const
 {
     const std::optional<std::int64_t> number = numberOf(value);
     if (!number)
-        return cloneCDError(m_line, QStringLiteral("\"%1\" is no number.").arg(value), correctIt());
+        return cloneCDError(m_line, QStringLiteral("\"%1\" is not a number.").arg(value), correctIt());
     return Said{*number, m_line};
 }
 
@@ -203,7 +203,8 @@ NSError CloneCDParser::takeOfDisc(const QString &key, const QString &value)
         if (isCatalogNumber(number))
             m_sheet.contents.mediaCatalogNumber = number;
         else
-            note(m_line, QStringLiteral("\"%1\" is no catalogue number of 13 digits and was passed over.").arg(value));
+            note(m_line,
+                 QStringLiteral("\"%1\" is not a catalogue number of 13 digits and was passed over.").arg(value));
     }
     return {};
 }
@@ -225,7 +226,7 @@ NSError CloneCDParser::takeOfTrack(const QString &key, const QString &value)
         if (isIsrc(isrc))
             track.isrc = isrc;
         else
-            note(m_line, QStringLiteral("\"%1\" is no ISRC and was passed over.").arg(value));
+            note(m_line, QStringLiteral("\"%1\" is not an ISRC and was passed over.").arg(value));
         return {};
     }
     const bool isIndex = key.startsWith(QStringLiteral("index"));
@@ -237,7 +238,8 @@ NSError CloneCDParser::takeOfTrack(const QString &key, const QString &value)
     if (!isIndex) {
         constexpr std::int64_t mostMode = 2;
         if (number->value < 0 || number->value > mostMode)
-            return cloneCDError(m_line, QStringLiteral("\"%1\" is no mode of a track that is known here.").arg(value),
+            return cloneCDError(m_line,
+                                QStringLiteral("\"%1\" is not a mode of a track that is known here.").arg(value),
                                 QStringLiteral("Known are 0 (audio), 1 and 2."));
         track.mode = *number;
         return {};
@@ -287,7 +289,7 @@ Result<std::vector<PlacedTrack>> CloneCDParser::placedTracks()
                                 correctIt());
         if (track.start.value < 0 || track.start.value > mostBlocks)
             return cloneCDError(track.start.line,
-                                QStringLiteral("Block %1 is no place of a track on a CD.").arg(track.start.value),
+                                QStringLiteral("Block %1 is not a place of a track on a CD.").arg(track.start.value),
                                 correctIt());
         const auto section = m_tracks.find(point);
         track.section = section == m_tracks.end() ? nullptr : &section->second;

@@ -113,7 +113,7 @@ NSError CueSheetParser::parse(const QString &text)
             return error;
     }
     if (m_tracks.empty())
-        return cueSheetError(0, QStringLiteral("The file is no cue sheet with a track."),
+        return cueSheetError(0, QStringLiteral("The file is not a cue sheet with a track."),
                              QStringLiteral("Choose a cue sheet, or write FILE, TRACK and INDEX lines into this one."));
     return checkIndexes();
 }
@@ -192,8 +192,9 @@ NSError CueSheetParser::takeFile(const CueLine &line)
     const auto type = types.find(typeWord);
     if (type == types.end())
         return cueSheetError(line.number,
-                             line.words.size() > 1 ? QStringLiteral("\"%1\" is no type of file.").arg(line.words.last())
-                                                   : QStringLiteral("FILE needs a name and a type."),
+                             line.words.size() > 1
+                                 ? QStringLiteral("\"%1\" is not a type of file.").arg(line.words.last())
+                                 : QStringLiteral("FILE needs a name and a type."),
                              QStringLiteral("Write FILE \"name\" and BINARY, MOTOROLA, WAVE, AIFF or MP3."));
     CueFile file;
     QString name = line.rest;
@@ -228,7 +229,7 @@ NSError CueSheetParser::takeTrack(const CueLine &line)
     const QByteArray mode = line.words.value(1).toUpper().toUtf8();
     if (!setCueMode(mode, &track.track))
         return cueSheetError(
-            line.number, QStringLiteral("\"%1\" is no mode of a track that is known here.").arg(line.words.value(1)),
+            line.number, QStringLiteral("\"%1\" is not a mode of a track that is known here.").arg(line.words.value(1)),
             QStringLiteral("Known are %1.").arg(QString::fromLatin1(knownCueModes())));
     track.track.number = *number;
     track.line = line.number;
@@ -275,7 +276,7 @@ Result<std::uint64_t> CueSheetParser::framesOf(const CueLine &line, const QStrin
 {
     const std::optional<MSF> time = MSF::fromText(word.toUtf8());
     if (!time || !time->isRegular())
-        return cueSheetError(line.number, QStringLiteral("\"%1\" is no time.").arg(word),
+        return cueSheetError(line.number, QStringLiteral("\"%1\" is not a time.").arg(word),
                              QStringLiteral("Write minutes:seconds:frames, seconds up to 59 and frames up to 74."));
     return std::uint64_t(time->totalFrames());
 }
@@ -312,7 +313,7 @@ NSError CueSheetParser::takeIsrc(const CueLine &line)
     if (isIsrc(isrc))
         track->track.isrc = isrc;
     else
-        note(line, QStringLiteral("\"%1\" is no ISRC and was passed over.").arg(textOf(line)));
+        note(line, QStringLiteral("\"%1\" is not an ISRC and was passed over.").arg(textOf(line)));
     return {};
 }
 
@@ -322,7 +323,8 @@ NSError CueSheetParser::takeCatalog(const CueLine &line)
     if (isCatalogNumber(number))
         m_sheet.contents.mediaCatalogNumber = number;
     else
-        note(line, QStringLiteral("\"%1\" is no catalogue number of 13 digits and was passed over.").arg(textOf(line)));
+        note(line,
+             QStringLiteral("\"%1\" is not a catalogue number of 13 digits and was passed over.").arg(textOf(line)));
     return {};
 }
 

@@ -209,7 +209,7 @@ TESSARON_EXPORT OSStatus DVDDoMenuMouseOver(const DVDPoint *point, std::int32_t 
 /// The place that plays. Without a buffer, `*size` becomes the size that one needs; with one, of that size at least,
 /// the size that was used.
 TESSARON_EXPORT OSStatus DVDGetBookmark(void *buffer, std::uint32_t *size);
-/// Plays from there on. kDVDErrorWrongParam for bytes that are no bookmark, or one of another disc.
+/// Plays from there on. kDVDErrorWrongParam for bytes that are not a bookmark, or one of another disc.
 TESSARON_EXPORT OSStatus DVDGotoBookmark(const void *bookmark, std::uint32_t size);
 
 // Sound.

@@ -143,7 +143,7 @@ TEST(CdrdaoTocReader, modes_giveKindAndSectorSize)
     EXPECT_EQ(shape("MODE2_RAW"), std::pair(TrackKind::Mode2Mixed, 2352u));
     EXPECT_EQ(shape("MODE2_RAW RW"), std::pair(TrackKind::Mode2Mixed, 2448u));
     for (const QByteArray mode : {"MODE3", "MODE1 RW", "\"AUDIO\"", "audio"})
-        EXPECT_TRUE(QByteArray::fromStdString(errorOf("TRACK " + mode)).contains(" is no mode of a track"))
+        EXPECT_TRUE(QByteArray::fromStdString(errorOf("TRACK " + mode)).contains(" is not a mode of a track"))
             << mode.data();
 }
 
@@ -205,9 +205,9 @@ TEST(CdrdaoTocReader, languagesThatAreNotKnown_areNotedAndTheirTextsKept)
                                                              {japanese, QStringLiteral("C")},
                                                              {unknown, QStringLiteral("D")}}));
     const std::pair<std::uint32_t, const char *> notes[] = {
-        {3, "\"XX\" is no language that is known; the texts of language 0 were taken without one."},
-        {4, "\"256\" is no language that is known; the texts of language 1 were taken without one."},
-        {5, "\"9\" is no number of a language from 0 to 7 and was passed over."},
+        {3, "\"XX\" is not a language that is known; the texts of language 0 were taken without one."},
+        {4, "\"256\" is not a language that is known; the texts of language 1 were taken without one."},
+        {5, "\"9\" is not a number of a language from 0 to 7 and was passed over."},
         {0, "No LANGUAGE_MAP says which language number 3 is; its texts were taken without one."}};
     ASSERT_EQ(sheet.notes.size(), std::size(notes));
     for (std::size_t index = 0; index < std::size(notes); ++index) {
@@ -219,14 +219,14 @@ TEST(CdrdaoTocReader, languagesThatAreNotKnown_areNotedAndTheirTextsKept)
 TEST(CdrdaoTocReader, errors_nameLineAndCause)
 {
     const std::pair<const char *, const char *> wrong[] = {
-        {"", "The file is no table of contents of cdrdao with a track."},
-        {"CD_DA\n", "The file is no table of contents of cdrdao with a track."},
+        {"", "The file is not a table of contents of cdrdao with a track."},
+        {"CD_DA\n", "The file is not a table of contents of cdrdao with a track."},
         {"CD_DA\nBOGUS", "Line 2 of the .toc file: \"BOGUS\" does not belong here."},
         {"CD_DA\n\nSTART", "Line 3 of the .toc file: START stands before the first TRACK."},
-        {"TRACK AUDIO\nFILE \"a\" x", "Line 2 of the .toc file: \"x\" is no length."},
-        {"TRACK AUDIO\nFILE \"a\" 00:61:00", "Line 2 of the .toc file: \"00:61:00\" is no length."},
+        {"TRACK AUDIO\nFILE \"a\" x", "Line 2 of the .toc file: \"x\" is not a length."},
+        {"TRACK AUDIO\nFILE \"a\" 00:61:00", "Line 2 of the .toc file: \"00:61:00\" is not a length."},
         {"TRACK AUDIO\nFILE \"a\" 99999999999999999999",
-         "Line 2 of the .toc file: \"99999999999999999999\" is no length."},
+         "Line 2 of the .toc file: \"99999999999999999999\" is not a length."},
         {"TRACK AUDIO\nFILE a 0", "Line 2 of the .toc file: \"a\" does not belong here."},
         {"TRACK AUDIO\nFILE", "Line 2 of the .toc file: The file ends too early."},
         {"TRACK AUDIO\nFILE \"missing\" 0", "Line 2 of the .toc file: \"missing\" cannot be read: it is not there"},

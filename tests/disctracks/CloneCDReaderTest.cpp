@@ -104,7 +104,7 @@ TEST(CloneCDReader, modes_giveTheKind)
     EXPECT_EQ(track(without, 1).kind, TrackKind::Mode1);
     EXPECT_EQ(without.notes.size(), 1u);
     EXPECT_EQ(errorOf(oneTrack + "[TRACK 1]\nMODE=3\n"),
-              "Line 43 of the .ccd file: \"3\" is no mode of a track that is known here.");
+              "Line 43 of the .ccd file: \"3\" is not a mode of a track that is known here.");
 }
 
 TEST(CloneCDReader, audioInFrontOfTrack1_isItsPregap)
@@ -162,12 +162,13 @@ TEST(CloneCDReader, errors_nameLineAndCause)
         {"", "The file describes no disc of CloneCD."},
         {"[Disc]\n", "The file describes no disc of CloneCD."},
         {"[Disc]\nDataTracksScrambled=1\n", "Line 2 of the .ccd file: The sectors of data are scrambled in the image."},
-        {"[Entry 0]\nPoint=x\n", "Line 2 of the .ccd file: \"x\" is no number."},
-        {"[Entry 0]\nPoint=99999999999\n", "Line 2 of the .ccd file: \"99999999999\" is no number."},
+        {"[Entry 0]\nPoint=x\n", "Line 2 of the .ccd file: \"x\" is not a number."},
+        {"[Entry 0]\nPoint=99999999999\n", "Line 2 of the .ccd file: \"99999999999\" is not a number."},
         {"[Entry 0]\nPoint=0xa2\n", "The file names no track."},
         {"[Entry 0]\nPoint=1\n", "Line 1 of the .ccd file: Track 1 has no PLBA."},
-        {"[Entry 0]\nPoint=1\nPLBA=-1\n", "Line 3 of the .ccd file: Block -1 is no place of a track on a CD."},
-        {"[Entry 0]\nPoint=1\nPLBA=450001\n", "Line 3 of the .ccd file: Block 450001 is no place of a track on a CD."},
+        {"[Entry 0]\nPoint=1\nPLBA=-1\n", "Line 3 of the .ccd file: Block -1 is not a place of a track on a CD."},
+        {"[Entry 0]\nPoint=1\nPLBA=450001\n",
+         "Line 3 of the .ccd file: Block 450001 is not a place of a track on a CD."},
         {"[Entry 0]\nPoint=1\nPLBA=0\nSession=0\n", "Line 1 of the .ccd file: Track 1 is in no session from 1 to 99."},
         {"[Entry 0]\nPoint=1\nPLBA=0\n", "Line 3 of the .ccd file: Session 1 has no entry for its end (point 0xa2)."},
         {"[Entry 0]\nPoint=1\nPLBA=0\n[Entry 1]\nPoint=162\nPLBA=0\n",
@@ -182,7 +183,7 @@ TEST(CloneCDReader, errors_nameLineAndCause)
         {"[TRACK]\n", "Line 1 of the .ccd file: A TRACK needs a number from 1 to 99."},
         {"[TRACK 1]\n[TRACK 1]\n", "Line 2 of the .ccd file: TRACK 1 is described twice."},
         {"[TRACK 1]\nINDEX 100=0\n", "Line 2 of the .ccd file: An INDEX needs a number from 0 to 99."},
-        {"[TRACK 1]\nINDEX 1=a\n", "Line 2 of the .ccd file: \"a\" is no number."},
+        {"[TRACK 1]\nINDEX 1=a\n", "Line 2 of the .ccd file: \"a\" is not a number."},
     };
     for (const auto &[text, error] : wrong)
         EXPECT_EQ(errorOf(text), error) << text.constData();

@@ -101,7 +101,7 @@ TEST_F(CueSheetFile, aSoundWithAnotherEnding_isTaken_andNoted)
         ASSERT_TRUE(QFile::remove(QString::fromUtf8(path(row.there))));
     }
     write("1.flac", three);
-    EXPECT_FALSE(sheetNaming("1.bin", "BINARY")) << "the blocks of an image are no sound";
+    EXPECT_FALSE(sheetNaming("1.bin", "BINARY")) << "the blocks of an image are not sound";
 }
 
 TEST_F(CueSheetFile, moreThanOneFileThatCouldBeMeant_isAnErrorThatNamesThem)

@@ -54,7 +54,7 @@ bool isCodeword(const std::vector<std::uint8_t> &word)
     return sum == 0 && weighted == 0;
 }
 
-/// Counts the columns and diagonals that are no codewords.
+/// Counts the columns and diagonals that are not codewords.
 int wrongCodewords(Sector sector, bool isForm1)
 {
     if (isForm1)

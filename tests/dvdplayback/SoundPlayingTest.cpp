@@ -209,7 +209,7 @@ TEST_F(SoundInTime, soundAndPicture_areTogether)
     ASSERT_EQ(player->playChapter(1, 1), noErr);
     play(seconds(9));
     const std::vector<Frame> all = framesIn(heard), expected = soundOfTitle(disc(), "0");
-    // Where in what was heard the title begins: its first sound that is no silence.
+    // Where in what was heard the title begins: its first sound that is not silence.
     const auto isSound = [](const Frame &frame) { return frame != Frame{}; };
     const auto firstHeard = std::find_if(all.begin(), all.end(), isSound);
     const auto firstExpected = std::find_if(expected.begin(), expected.end(), isSound);

@@ -217,7 +217,7 @@ TEST_F(FileReadAdditions, offsetOfBytes_doesNotGoBackInAFailedMatch)
     EXPECT_EQ(offsetOf(*handleOf("abaab"), "ab"), 0u);
     EXPECT_EQ(offsetOf(*handleOf("acab"), "ab"), 2u);
     EXPECT_EQ(offsetOf(*handleOf("aXaY"), "aY"), 2u);
-    EXPECT_EQ(offsetOf(*handleOf("XaaY"), "aY"), 0u) << "the byte that did not match is no start";
+    EXPECT_EQ(offsetOf(*handleOf("XaaY"), "aY"), 0u) << "the byte that did not match is not a start";
 }
 
 TEST_F(FileReadAdditions, offsetOfBytes_endsAtTheLimit_butReadsAMatchToItsEnd)

@@ -283,7 +283,7 @@ TEST_F(CustomLayoutWriter, listsInLists_areFlattenedOnce)
     const auto outer = std::make_shared<PlainProducer>('o', 5);
     expectFailure(QVariantList{element(outer), QVariant(QVariantList{QVariant(QVariantList{element(inner)})})});
     EXPECT_EQ(tree.contents("disc.bin"), "ooooo");
-    EXPECT_EQ(inner->calls, QStringList()) << "a list in a list in the list is no producer";
+    EXPECT_EQ(inner->calls, QStringList()) << "a list in a list in the list is not a producer";
 }
 
 TEST_F(CustomLayoutWriter, VANTData_makesTheFileAVANTImage)

@@ -51,9 +51,9 @@ TEST(Arguments, dvd_isDescribedOrPlayed)
         {{"dvd", "--chapter", "2", "film.iso"}, "--title and --chapter are for --play"},
         {{"dvd", "--play", "--json", "film.iso"}, "--json tells what is on a disc; it does not go with --play"},
         {{"dvd", "--play"}, "no PATH was given: name a folder VIDEO_TS, an image or a device"},
-        {{"dvd", "--play", "--title", "0", "film.iso"}, "“0” is no title; use a number from 1 to 99"},
-        {{"dvd", "--play", "--title", "100", "film.iso"}, "“100” is no title; use a number from 1 to 99"},
-        {{"dvd", "--play", "--chapter", "x", "film.iso"}, "“x” is no chapter; use a number from 1 to 999"},
+        {{"dvd", "--play", "--title", "0", "film.iso"}, "“0” is not a title; use a number from 1 to 99"},
+        {{"dvd", "--play", "--title", "100", "film.iso"}, "“100” is not a title; use a number from 1 to 99"},
+        {{"dvd", "--play", "--chapter", "x", "film.iso"}, "“x” is not a chapter; use a number from 1 to 999"},
     };
     for (const WrongLine &line : wrong) {
         const Arguments refused = parseArguments(line.words);
@@ -252,7 +252,7 @@ INSTANTIATE_TEST_SUITE_P(
     Lines, WrongArguments,
     testing::Values(
         WrongLine{{}, "no command"}, WrongLine{{"brew"}, "there is no command “brew”"}, WrongLine{{"burn"}, "no PATH"},
-        WrongLine{{"burn", "--speed", "fast", "a"}, "is no speed"},
+        WrongLine{{"burn", "--speed", "fast", "a"}, "is not a speed"},
         WrongLine{{"burn", "--verify", "--simulate", "a"}, "writes nothing"},
         WrongLine{{"burn", "--audio"}, "no PATH was given: name the audio files"},
         WrongLine{{"burn", "--cd-text", "a.wav"}, "are for --audio, which was not given"},
@@ -274,7 +274,7 @@ INSTANTIATE_TEST_SUITE_P(
         WrongLine{{"extract", "--track", "1", "--filesystem", "udf", "-o", "x", "a"}, "is for --files"},
         WrongLine{{"extract", "--track", "1", "--hidden", "-o", "x", "a"}, "--track all"},
         WrongLine{{"extract", "--track", "1", "--format", "iso", "-o", "x", "a"}, "use wav or flac"},
-        WrongLine{{"extract", "--track", "100", "a"}, "“100” is no track"},
+        WrongLine{{"extract", "--track", "100", "a"}, "“100” is not a track"},
         WrongLine{{"extract", "--track", "ALL", "a"}, "use a number from 1 to 99"}, WrongLine{{"image", "x"}, "-o OUT"},
         WrongLine{{"image", "-o", "x.iso"}, "no PATH"}, WrongLine{{"image", "x", "-o"}, "the option -o needs a value"},
         WrongLine{{"image", "x", "--output="}, "the value of --output is empty"},

@@ -148,7 +148,7 @@ TEST_F(AudioDisc, sheetThatCannotBeUsed_isNamedWithItsLine)
     }
     expectNothing(run({}, {"none.cue"}), 1, "none.cue");
     m_tree.makeFile("disc.toc", "CD_DA\nTRACK AUDIO\nFILE \"1.wav\" 0\n");
-    expectNothing(run({}, {"disc.toc"}), 1, "is a .toc file, which describes a disc and is no sound");
+    expectNothing(run({}, {"disc.toc"}), 1, "is a .toc file, which describes a disc and is not sound");
     expectNothing(run({}, {"disc.toc"}), 1, "Take its tracks out");
 }
 
@@ -258,7 +258,7 @@ TEST_F(AudioDisc, name_needsData)
 TEST_F(AudioDisc, data_mustBeAFolder)
 {
     makeAlbum();
-    expectNothing(run({"--data", m_tree.path("2.wav")}, {"1.wav"}), 1, "is no folder");
+    expectNothing(run({"--data", m_tree.path("2.wav")}, {"1.wav"}), 1, "is not a folder");
     expectNothing(run({"--data", m_tree.path("missing")}, {"1.wav"}), 1, "missing");
 }
 

@@ -129,7 +129,7 @@ TEST_F(Audio, cdText_thatCannotBeStored_makesTheStatus3)
            + m_tree.path("1.flac"));
     const ChildResult result = run({"--cd-text", "-q"}, {"1.flac"});
     EXPECT_EQ(result.exitStatus, 3);
-    EXPECT_TRUE(result.errors.contains("“WRONG” is no ISRC") || result.errors.contains("“wrong” is no ISRC"))
+    EXPECT_TRUE(result.errors.contains("“WRONG” is not an ISRC") || result.errors.contains("“wrong” is not an ISRC"))
         << result.errors.constData();
     EXPECT_TRUE(cue().contains('"' + QByteArray(160, 'x') + '"'));
 }
@@ -149,7 +149,7 @@ TEST_F(Audio, isrc_isTakenFromTheFile_beforeThatOfTags)
     m_tree.remove("out/album.bin");
     m_tree.remove("out/album.cue");
     expectNothing(run({option}, {"1.wav", "2.wav"}), 2, "3 ISRCs for 2 tracks");
-    expectNothing(run({"--isrc", m_tree.makeFile("bad", "DEABC123456\n")}, {"1.wav"}), 2, "is no ISRC");
+    expectNothing(run({"--isrc", m_tree.makeFile("bad", "DEABC123456\n")}, {"1.wav"}), 2, "is not an ISRC");
     expectNothing(run({"--isrc", m_tree.path("missing")}, {"1.wav"}), 1, "cannot be read: No such file");
     expectNothing(run({"--isrc", m_tree.makeFifo("pipe")}, {"1.wav"}), 1, "cannot be read: it is not a regular file");
 }

@@ -115,7 +115,7 @@ TEST_F(BurnToDrive, overburning_isRefused_byName_withHowMuchIsTooMuch)
     EXPECT_EQ(report[u"condition"], QStringLiteral("unchanged"));
     EXPECT_EQ(disc().log.find("2a"), std::string::npos) << disc().log;
     insert(FakeProfile::CDR, cdBlocks);
-    EXPECT_EQ(burnt(0, {"--overburn"})[u"condition"], QStringLiteral("written")); // what fits is no overburning
+    EXPECT_EQ(burnt(0, {"--overburn"})[u"condition"], QStringLiteral("written")); // what fits is not an overburning
 }
 
 TEST_F(BurnToDrive, noDisc_andBusyAndForbiddenDrives_areToldApart)

@@ -257,7 +257,7 @@ TEST_F(CommandOutput, namesStayAsTheyAre_withoutALocale)
     m_tree.makeFile("source/Gr\xC3\xBC\xC3\x9F"
                     "e \xE6\x97\xA5",
                     "text");
-    m_tree.makeFile("source/\xE4\xFF", "bytes that are no text");
+    m_tree.makeFile("source/\xE4\xFF", "bytes that are not text");
     const auto runBare = [](const QList<QByteArray> &words) {
         ChildSettings settings;
         settings.program = "env";

@@ -102,12 +102,12 @@ TEST_F(DVDCommand, filesThatAreNotAsPlayersNeedThem_areTold)
     EXPECT_EQ(lines.size(), 3) << lines.join(u'\n').toStdString();
     EXPECT_TRUE(lines[1].startsWith(QStringLiteral("VTS_01_0.IFO says that the VOB files of its set have ")));
     EXPECT_TRUE(lines[1].endsWith(QStringLiteral("; 2048 of them are not there"))) << lines[1].toStdString();
-    EXPECT_TRUE(lines[2].startsWith(QStringLiteral("notes.txt is no file of a video DVD")));
+    EXPECT_TRUE(lines[2].startsWith(QStringLiteral("notes.txt is not a file of a video DVD")));
     // Half a block, and a part beyond a gibibyte.
     m_tree.makeFile("disc/VIDEO_TS/VTS_01_1.VOB", video.chopped(1000));
     m_tree.makeSparseFile("disc/VIDEO_TS/VTS_01_2.VOB", (qint64(1) << 30) + 2048);
     lines = problems();
-    EXPECT_TRUE(lines.join(u'\n').contains(QStringLiteral("which are no whole blocks")))
+    EXPECT_TRUE(lines.join(u'\n').contains(QStringLiteral("which are not whole blocks")))
         << lines.join(u'\n').toStdString();
     EXPECT_TRUE(lines.join(u'\n').contains(QStringLiteral("VTS_01_2.VOB is longer than a gibibyte")));
     EXPECT_TRUE(lines.join(u'\n').contains(QStringLiteral(" more")));

@@ -232,7 +232,7 @@ TEST_F(ExtractFiles, failures_sayWhy_andLeaveNoFolder)
     EXPECT_TRUE(messageFor({m_tree.path("out/gone.iso")}).contains(QStringLiteral("gone.iso")));
     EXPECT_TRUE(messageFor({image(), "--track", "2"}).contains(QStringLiteral("track 2 of")));
     m_tree.makeFile("taken", "a file");
-    EXPECT_TRUE(messageOf(extract({}, 1)).contains(QStringLiteral("is no folder")));
+    EXPECT_TRUE(messageOf(extract({}, 1)).contains(QStringLiteral("is not a folder")));
     EXPECT_EQ(m_tree.contents("taken"), "a file");
     m_tree.remove("taken");
     m_tree.makeFolder("taken");

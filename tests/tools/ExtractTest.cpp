@@ -386,7 +386,7 @@ TEST_F(Extract, failure_leavesNothing_andSaysWhy)
     EXPECT_TRUE(message("1", "out/none/x.wav", "out/disc.cue").contains(QStringLiteral("does not exist")));
     EXPECT_TRUE(message("1", "out/disc.bin", "out/disc.cue").contains(QStringLiteral("is what is to be read")));
     EXPECT_TRUE(message("1", "out/disc.cue", "out/disc.cue").contains(QStringLiteral("is what is to be read")));
-    EXPECT_TRUE(message("all", "out/disc.bin", "out/disc.cue").contains(QStringLiteral("is no folder")));
+    EXPECT_TRUE(message("all", "out/disc.bin", "out/disc.cue").contains(QStringLiteral("is not a folder")));
     EXPECT_TRUE(message("1", "out/x.wav", "out/missing.cue").contains(QStringLiteral("cannot be read")));
     const auto advice = [&](const QByteArray &output) {
         return extract("1", output, "out/disc.cue", 1)[QStringLiteral("error")][QStringLiteral("advice")].toString();

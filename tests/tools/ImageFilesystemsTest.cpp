@@ -29,7 +29,7 @@ protected:
         return runChild(settings).exitStatus == 0;
     }
 
-    /// What 7z unpacks from the image when it takes it for this type; a warning is no failure.
+    /// What 7z unpacks from the image when it takes it for this type; a warning is not a failure.
     [[nodiscard]] QByteArray unpacked(const QByteArray &type) const
     {
         QByteArray folder = m_tree.makeFolder("unpacked " + type);

@@ -57,7 +57,7 @@ TEST_F(MountWatchTest, tellsVolumesThatAreMounted_onceEach)
         if (::mount("none", other.constData(), "tmpfs", 0, nullptr) != 0)
             return mayNotMount;
         if (!runEventLoopUntil([&] { return watch.holds(other); }) || told.size() != 1)
-            return 3; // memory is no volume
+            return 3; // memory is not a volume
         if (::umount2(point.constData(), MNT_DETACH) != 0 || !runEventLoopUntil([&] { return !watch.holds(point); }))
             return 4;
         if (runProgram("bindfs", {"--no-allow-other", disc, point}).status != 0

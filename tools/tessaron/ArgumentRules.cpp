@@ -195,7 +195,7 @@ QString checkSoundFormat(Arguments &arguments, const NamedOptions &named)
     else if (named.soundFormat == "aiff")
         arguments.soundFormat = KRAudioConverter::aiffFormat;
     else
-        return QStringLiteral("%1 is no format to convert to; use wav, aiff or mp3").arg(quoted(named.soundFormat));
+        return QStringLiteral("%1 is not a format to convert to; use wav, aiff or mp3").arg(quoted(named.soundFormat));
     if (hasBitRate || arguments.carriesTags)
         return QStringLiteral("%1 is for --to mp3 only")
             .arg(hasBitRate ? QStringLiteral("a bit rate") : QStringLiteral("--tags"));

@@ -224,7 +224,7 @@ Examples:
   tessaron info Music
 
 Exit status: 0 done, 1 a file could not be read or a cover not be written, 2
-wrong usage, 3 done but a file of a folder is no movie or a folder could not be
+wrong usage, 3 done but a file of a folder is not a movie or a folder could not be
 listed, 130 interrupted.
 )";
 

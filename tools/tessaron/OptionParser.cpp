@@ -243,7 +243,7 @@ bool OptionParser::setProgress(const QByteArray &value)
     else if (value == "none")
         m_arguments.progress = ProgressMode::None;
     else
-        return fail(QStringLiteral("%1 is no kind of progress; use auto, bar, json or none").arg(quoted(value)));
+        return fail(QStringLiteral("%1 is not a kind of progress; use auto, bar, json or none").arg(quoted(value)));
     return true;
 }
 
@@ -256,7 +256,7 @@ bool OptionParser::setFormat(const QByteArray &value)
     else if (value == "vant")
         m_arguments.format = DiscFormat::VANT;
     else
-        return fail(QStringLiteral("%1 is no image format; use iso, bin or vant").arg(quoted(value)));
+        return fail(QStringLiteral("%1 is not an image format; use iso, bin or vant").arg(quoted(value)));
     m_named.hasFormat = true;
     return true;
 }
@@ -264,7 +264,7 @@ bool OptionParser::setFormat(const QByteArray &value)
 bool OptionParser::setSoundFormat(const QByteArray &value)
 {
     if (value != "wav" && value != "flac")
-        return fail(QStringLiteral("%1 is no sound format; use wav or flac").arg(quoted(value)));
+        return fail(QStringLiteral("%1 is not a sound format; use wav or flac").arg(quoted(value)));
     m_arguments.sound = value == "flac" ? ExtractedSound::FLAC : ExtractedSound::WAVE;
     m_named.hasFormat = true;
     return true;
@@ -312,7 +312,7 @@ bool OptionParser::setGap(const QByteArray &value)
     bool isNumber = false;
     const double seconds = value.toDouble(&isNumber);
     if (!isNumber || !(seconds >= 0) || seconds > longestGap)
-        return fail(QStringLiteral("%1 is no number of seconds; use 2 or 0.5, for example").arg(quoted(value)));
+        return fail(QStringLiteral("%1 is not a number of seconds; use 2 or 0.5, for example").arg(quoted(value)));
     m_arguments.gap = std::uint32_t(std::lround(seconds * double(MSF::framesPerSecond)));
     return true;
 }
@@ -335,7 +335,7 @@ bool OptionParser::setTrack(const QByteArray &value)
     bool isNumber = false;
     const unsigned int number = value.toUInt(&isNumber);
     if (value != "all" && (!isNumber || number > mostTracks))
-        return fail(QStringLiteral("%1 is no track; use a number from 1 to 99, 0 for what is in front of the first "
+        return fail(QStringLiteral("%1 is not a track; use a number from 1 to 99, 0 for what is in front of the first "
                                    "track, or all")
                         .arg(quoted(value)));
     m_arguments.track = value == "all" ? std::nullopt : std::optional(number);
@@ -346,7 +346,7 @@ bool OptionParser::setTrack(const QByteArray &value)
 bool OptionParser::setBitRate(const QByteArray &value, const QByteArray &shownName, int *rate)
 {
     if (value != "128" && value != "160")
-        return fail(QStringLiteral("%1 is no bit rate for %2; use 128 or 160").arg(quoted(value), text(shownName)));
+        return fail(QStringLiteral("%1 is not a bit rate for %2; use 128 or 160").arg(quoted(value), text(shownName)));
     *rate = value.toInt();
     return true;
 }
@@ -357,7 +357,7 @@ bool OptionParser::setJobs(const QByteArray &value)
     bool isNumber = false;
     m_arguments.jobs = value.toUInt(&isNumber);
     return (isNumber && m_arguments.jobs >= 1 && m_arguments.jobs <= mostJobs)
-        || fail(QStringLiteral("%1 is no number of jobs; use one from 1 to %2").arg(quoted(value)).arg(mostJobs));
+        || fail(QStringLiteral("%1 is not a number of jobs; use one from 1 to %2").arg(quoted(value)).arg(mostJobs));
 }
 
 /// Of discs that differ a little, such as DVD-R and DVD+R, the smaller ones.
@@ -381,7 +381,7 @@ bool OptionParser::setSplitCapacity(const QByteArray &value)
         bytes = std::min(bytes, largest) * 1000;
     m_arguments.splitCapacity = bytes;
     return (isNumber && bytes >= smallest && bytes <= largest)
-        || fail(QStringLiteral("%1 is no capacity; use cd, dvd, dvd-dl, bd, bd-dl, or bytes such as 700M or 25G")
+        || fail(QStringLiteral("%1 is not a capacity; use cd, dvd, dvd-dl, bd, bd-dl, or bytes such as 700M or 25G")
                     .arg(quoted(value)));
 }
 
@@ -391,7 +391,7 @@ bool OptionParser::setSpeed(const QByteArray &value)
     bool isNumber = false;
     m_arguments.speed = (value.endsWith('x') ? value.chopped(1) : value).toDouble(&isNumber);
     return (isNumber && m_arguments.speed > 0 && m_arguments.speed <= fastest)
-        || fail(QStringLiteral("%1 is no speed; use 4 or 8, for example, for so many times single speed")
+        || fail(QStringLiteral("%1 is not a speed; use a multiple of the single speed, such as 4 or 8")
                     .arg(quoted(value)));
 }
 
@@ -400,7 +400,7 @@ bool OptionParser::setNumber(const QByteArray &value, const char *what, std::uin
     bool isNumber = false;
     *number = value.toUShort(&isNumber);
     return (isNumber && *number >= 1 && *number <= most)
-        || fail(QStringLiteral("%1 is no %2; use a number from 1 to %3")
+        || fail(QStringLiteral("%1 is not a %2; use a number from 1 to %3")
                     .arg(quoted(value), QLatin1String(what))
                     .arg(most));
 }

@@ -105,7 +105,7 @@ NSError UdfVolumeReader::findRoot()
     if (NSError error = readUdfEntry(source(), m_structure, root, &m_root))
         return error;
     if (m_root.kind != VolumeObjectKind::Folder)
-        return damaged(m_root.recordOffset, QStringLiteral("The root is no folder"));
+        return damaged(m_root.recordOffset, QStringLiteral("The root is not a folder"));
     return {};
 }
 

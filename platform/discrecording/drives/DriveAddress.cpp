@@ -36,7 +36,7 @@ QString adviceAboutDrives()
 Result<DriveAddress> fileAddress(const QByteArray &address, DriveFileIs expected)
 {
     DriveAddress result{DriveAddress::Kind::File, address.mid(qsizetype(sizeof filePrefix) - 1), address};
-    // What libburn would take for a descriptor, and what leads to one, is no file that anybody means.
+    // What libburn would take for a descriptor, and what leads to one, is not a file that anybody means.
     const bool isDescriptor = result.path == "-" || result.path.startsWith("/dev/fd/")
         || result.path.startsWith("/dev/std") || result.path.startsWith("/proc/");
     if (result.path.isEmpty() || isDescriptor)
@@ -53,7 +53,7 @@ Result<DriveAddress> fileAddress(const QByteArray &address, DriveFileIs expected
     }
     if (!S_ISREG(status.st_mode))
         return addressError(paramErr,
-                            QStringLiteral("%1 is no regular file and is not written to").arg(quoted(result.path)),
+                            QStringLiteral("%1 is not a regular file and is not written to").arg(quoted(result.path)),
                             adviceAboutDrives());
     return result;
 }
@@ -74,7 +74,7 @@ Result<DriveAddress> driveAddress(const QByteArray &address, DriveFileIs expecte
     }
     if (!S_ISBLK(status.st_mode) || major(status.st_rdev) != majorOfOpticalDrives)
         return addressError(paramErr,
-                            QStringLiteral("%1 is no optical drive and is not written to").arg(quoted(address)),
+                            QStringLiteral("%1 is not an optical drive and is not written to").arg(quoted(address)),
                             adviceAboutDrives());
     return DriveAddress{DriveAddress::Kind::Drive, path.get(), address};
 }

@@ -208,7 +208,7 @@ NSError GrabbedDrive::openFile(bool mayMakeFile)
     if (S_ISREG(status.st_mode))
         return {};
     return burnError(paramErr,
-                     QStringLiteral("%1 is no regular file and is not written to").arg(quoted(m_address.path)));
+                     QStringLiteral("%1 is not a regular file and is not written to").arg(quoted(m_address.path)));
 }
 
 void GrabbedDrive::removeEmptyFile()
@@ -326,7 +326,7 @@ GrabbedDrive::Opening GrabbedDrive::openOnControlThread(const DriveAddress &addr
         return opening;
     }
     opening.disc = describeDisc(opened.drive, isFile ? &file : nullptr);
-    // Questions that a disc does not answer are no failures.
+    // Questions that a disc does not answer are not failures.
     static_cast<void>(takeDriveMessages());
     return opening;
 }

@@ -14,7 +14,7 @@ namespace
 /// The first unit that any decomposition or order of combining marks concerns.
 constexpr char16_t firstConcerned = 0x00C0;
 
-/// True for what stays as it is and parts the text: all that decompose in the excepted ranges are no combining marks,
+/// True for what stays as it is and parts the text: all that decompose in the excepted ranges are not combining marks,
 /// so that nothing is ordered across them.
 bool isKept(char16_t unit)
 {

@@ -17,7 +17,7 @@ std::u16string cutToBytes(const std::u16string &name, std::size_t bytes, bool is
     return nameCutTo(name, isNarrow ? bytes : bytes / 2, isFolder);
 }
 
-/// Byte order marks are no characters of CS0 (UDF 2.1.1).
+/// Byte order marks are not characters of CS0 (UDF 2.1.1).
 bool isNoCharacter(char32_t codePoint)
 {
     return codePoint == 0 || codePoint == 0xFEFF || codePoint == 0xFFFE;

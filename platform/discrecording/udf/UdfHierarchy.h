@@ -80,7 +80,7 @@ public:
     [[nodiscard]] const std::vector<UdfLongFile> &longFiles() const { return m_longFiles; }
     [[nodiscard]] std::uint32_t allocationExtentCount() const { return m_allocationExtents; }
 
-    /// Names in the tree that are no folders', and folders, the root included.
+    /// Names in the tree that are not folders', and folders, the root included.
     [[nodiscard]] std::uint32_t fileCount() const { return m_fileCount; }
     [[nodiscard]] std::uint32_t folderCount() const { return m_folderCount; }
 

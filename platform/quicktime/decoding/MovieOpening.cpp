@@ -103,7 +103,7 @@ QTTrack trackOf(const AVStream &stream, const MovieTrackAtoms *atoms, QTTime mov
     return track;
 }
 
-/// Covers are kept as streams of pictures, and are no tracks.
+/// Covers are kept as streams of pictures, and are not tracks.
 bool isTrack(const AVStream &stream)
 {
     return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0;

@@ -89,7 +89,7 @@ int run(int argc, char **argv)
     bool isNumber = false;
     const unsigned int rate = rateText.toUInt(&isNumber);
     if (!isNumber || rate < lowestRate || rate > highestRate) {
-        messages.say(QStringLiteral("%1 is no rate; use a number of samples a second from %2 to %3")
+        messages.say(QStringLiteral("%1 is not a rate; use a number of samples a second from %2 to %3")
                          .arg(displayableText(QString::fromLocal8Bit(rateText)))
                          .arg(lowestRate)
                          .arg(highestRate));

@@ -54,7 +54,7 @@ public:
     std::optional<std::uint32_t> failingBlock; ///< the piece with it cannot be read
     std::optional<std::uint32_t> hungryBlock; ///< there is no memory for the piece with it
     std::optional<std::uint32_t> slowBlock; ///< the piece with it is read once the gate is open
-    std::optional<std::uint32_t> invalidBlock; ///< a piece that begins at or behind it is no piece at all
+    std::optional<std::uint32_t> invalidBlock; ///< a piece that begins at or behind it is not a piece at all
     mutable Gate gate;
     mutable std::atomic<int> filledPieces = 0;
 

@@ -52,7 +52,7 @@ TEST(BlockFifo, take_saysThatThereIsNoMore_onlyAfterTheEnd)
     fifo.end();
     Bytes out(3);
     EXPECT_TRUE(fifo.take(out));
-    EXPECT_FALSE(fifo.take(out)); // two bytes are no sector
+    EXPECT_FALSE(fifo.take(out)); // two bytes are not a sector
     EXPECT_EQ(fifo.filled(), 2u);
 }
 

@@ -136,7 +136,7 @@ void HfsPlusBTreeReader::descend(std::uint32_t number, unsigned int height, Byte
         if (isLeaf)
             continue;
         if (record.data.size() != 4)
-            problem(QStringLiteral("a record of index node %1 is no pointer").arg(number));
+            problem(QStringLiteral("a record of index node %1 is not a pointer").arg(number));
         descend(big32(record.data, 0), height - 1, record.key);
     }
 }
@@ -192,7 +192,7 @@ void HfsPlusBTreeReader::checkMap()
         if (bytes.empty())
             return;
         if (bytes[8] != 2 || bytes[9] != 0 || big32(bytes, 4) != previous || m_used[number])
-            problem(QStringLiteral("node %1 is no map node").arg(number));
+            problem(QStringLiteral("node %1 is not a map node").arg(number));
         m_used[number] = true;
         ++m_mapNodes;
         const std::vector<Bytes> records = recordsOf(bytes, number);

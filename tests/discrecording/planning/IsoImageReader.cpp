@@ -65,7 +65,7 @@ IsoImageReader::IsoImageReader(const QString &path)
     }
     m_bytes = {m_file.map(0, m_file.size()), static_cast<std::size_t>(m_file.size())};
     if (m_bytes.size() % (std::size_t{32} * 1024) != 0)
-        problem(QStringLiteral("the image is no multiple of 32 KiB"));
+        problem(QStringLiteral("the image is not a multiple of 32 KiB"));
     readDescriptors();
     checkExtents();
 }
@@ -105,7 +105,7 @@ void IsoImageReader::readDescriptors()
     for (std::uint64_t number = 16;; ++number) {
         const auto descriptor = block(number);
         if (descriptor.empty() || bytesOf(descriptor.subspan(1, 5)) != "CD001" || descriptor[6] != 1) {
-            problem(QStringLiteral("block %1 is no volume descriptor").arg(number));
+            problem(QStringLiteral("block %1 is not a volume descriptor").arg(number));
             return;
         }
         takeExtent(number, 2048, false, QStringLiteral("volume descriptor"));

@@ -77,7 +77,8 @@ UdfImageReader::UdfImageReader(const QString &path)
         return;
     }
     m_blockCount = static_cast<std::uint64_t>(m_file.size()) / blockSize;
-    expect(static_cast<std::uint64_t>(m_file.size()) % 32768 == 0, QStringLiteral("the size is no multiple of 32 KiB"));
+    expect(static_cast<std::uint64_t>(m_file.size()) % 32768 == 0,
+           QStringLiteral("the size is not a multiple of 32 KiB"));
     readRecognition();
     readAnchors();
     checkWhole();

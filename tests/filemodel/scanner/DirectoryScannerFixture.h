@@ -64,7 +64,7 @@ public:
         m_failingCall = call;
         m_status = status;
     }
-    /// Refuses to open the folder of that name so many times.
+    /// Refuses to open the folder of that name that many times.
     void refuse(const QByteArray &folder, int errnoValue, int times = 1)
     {
         m_refusedFolder = folder;
