@@ -225,8 +225,8 @@ TEST(CueSheetReader, whatIsNotKnown_isPassedOverWithANote)
 
 TEST(CueSheetReader, anError_namesLineAndCause)
 {
-    EXPECT_NE(failure("").find("no cue sheet"), std::string::npos);
-    EXPECT_NE(failure("\xff\xfe\x00").find("no cue sheet"), std::string::npos);
+    EXPECT_NE(failure("").find("not a cue sheet"), std::string::npos);
+    EXPECT_NE(failure("\xff\xfe\x00").find("not a cue sheet"), std::string::npos);
     const QByteArray file = "FILE a.bin BINARY\n";
     const QByteArray track = file + "TRACK 01 AUDIO\n";
     const struct {

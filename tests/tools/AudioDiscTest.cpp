@@ -140,7 +140,7 @@ TEST_F(AudioDisc, sheetThatCannotBeUsed_isNamedWithItsLine)
                            Row{"FILE 1.wav WAVE\n TRACK 01 AUDIO\n  INDEX 01 01:00:00\n", "Line 3"},
                            Row{"FILE 1.wav BINARY\n TRACK 01 AUDIO\n  INDEX 01 00:00:00\n", "Line 1"},
                            Row{"FILE 1.wav WAVE\n TRACK 01 MODE1/2352\n  INDEX 01 00:00:00\n", "track 1 holds data"},
-                           Row{"no sheet\n", "no cue sheet"}}) {
+                           Row{"no sheet\n", "not a cue sheet"}}) {
         makeSheet(row.sheet);
         const ChildResult result = run({}, {"album.cue"});
         expectNothing(result, 1, row.says);
