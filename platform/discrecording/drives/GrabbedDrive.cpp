@@ -382,7 +382,7 @@ NSError GrabbedDrive::letBusyOneGo()
     if (busy.infos == nullptr && !control.isStuck())
         return burnError(fBsyErr, QStringLiteral("this program is using a drive already"),
                          QStringLiteral("Wait until that is done."));
-    const NSError waiting =
+    NSError waiting =
         burnError(fBsyErr, QStringLiteral("a drive that this program was using has not answered yet"),
                   QStringLiteral("Look at its cable and its power, switch it off and on, then try again."));
     if (control.isStuck())

@@ -17,7 +17,7 @@ namespace
 {
 
 constexpr std::uint32_t blockSize = 2048;
-constexpr int blocksOnDisc = 400;
+constexpr qsizetype blocksOnDisc = 400;
 constexpr std::chrono::milliseconds shortPatience(300);
 
 /// Operation codes (MMC-5 table 240).
