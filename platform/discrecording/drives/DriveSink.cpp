@@ -46,8 +46,9 @@ NSError DriveSink::beginDisc(const TableOfContents &disc)
         return plan.error();
     m_plan = *std::move(plan);
     struct stat status = {};
-    if (m_drive.isFile() && ::fstat(m_drive.fileDescriptor(), &status) == 0)
-        m_lengthBefore = status.st_size;
+    if (m_drive.isFile() && ::fstat(m_drive.fileDescriptor(), &status) != 0)
+        return burnOutputError(errno, m_drive.name());
+    m_lengthBefore = status.st_size;
     return {};
 }
 
@@ -191,7 +192,8 @@ bool DriveSink::isGrowthUndone()
 {
     if (!m_options.growth || m_isBeginTouched)
         return false;
-    return !m_drive.isFile() || ::ftruncate(m_drive.fileDescriptor(), m_lengthBefore) == 0;
+    // Before anything is written a file has its length still, and that may not be known yet.
+    return !m_drive.isFile() || !m_hasWritten || ::ftruncate(m_drive.fileDescriptor(), m_lengthBefore) == 0;
 }
 
 /// The file ends with the last block, and is on the disk.

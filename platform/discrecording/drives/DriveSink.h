@@ -65,7 +65,7 @@ private:
     const RecordedTrack *m_recorded = nullptr; ///< the one that is being written
     std::vector<std::uint8_t> m_kept; ///< what the drive gets of larger blocks
     std::vector<std::uint8_t> m_begin; ///< of a session that is added to what is overwritten
-    off_t m_lengthBefore = 0; ///< of a file that is added to
+    off_t m_lengthBefore = 0; ///< of a file that is added to; set before the writing begins
     bool m_isBeginTouched = false; ///< that of the disc, by what is added
     std::chrono::steady_clock::time_point m_lastLook;
     DiscCondition m_condition = DiscCondition::Unchanged;
