@@ -67,7 +67,8 @@ public:
     /// returned. Does nothing when the job was started before.
     void start();
     /// Asks the job to stop; returns at once. finished() comes then with an error of code Cancelled, unless the job was
-    /// past the point of no return: with an image that has got its name, a cancel comes too late.
+    /// past the point of no return: with an image that has got its name, a cancel comes too late. A job that is not
+    /// started yet ends so once it is started, without having done anything.
     void cancel();
 
     /// True from start() until finished() is sent.

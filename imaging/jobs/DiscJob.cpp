@@ -43,6 +43,7 @@ public:
     BackgroundTask task; ///< behind `work`, so that it ends before what it works on goes
     State state = State::New;
     bool isCancelled = false;
+    bool isBeginning = false; ///< within begin() of the work
     bool hasBegun = false;
     bool hasEndedWell = false;
     QTimer timer;
@@ -90,7 +91,9 @@ void DiscJob::start()
         tell();
         if (!life.isAlive())
             return;
+        d->isBeginning = true;
         d->work->begin();
+        d->isBeginning = false;
         d->hasBegun = true;
         if (d->isCancelled)
             d->stop();
@@ -99,7 +102,7 @@ void DiscJob::start()
 
 void DiscJob::cancel()
 {
-    if (d->state != Private::State::Running || std::exchange(d->isCancelled, true))
+    if (d->state == Private::State::Ended || std::exchange(d->isCancelled, true))
         return;
     if (d->hasBegun)
         d->stop();
@@ -148,6 +151,9 @@ void DiscJob::tell()
 void DiscJobWork::runInBackground(std::function<NSError(const std::stop_token &)> work,
                                   std::function<void(const NSError &)> whenEnded)
 {
+    // What was cancelled before it began touches nothing: a stop could reach the thread after its first steps.
+    if (m_job->d->isBeginning && m_job->d->isCancelled)
+        work = [](const std::stop_token &) { return discJobCancellation(); };
     m_job->d->task.start(std::move(work), std::move(whenEnded));
 }
 

@@ -30,7 +30,8 @@ public:
     virtual void lookAhead() { }
 
 protected:
-    /// See BackgroundTask::start(). The job ends the task before it destroys this object.
+    /// See BackgroundTask::start(). The job ends the task before it destroys this object. Where the job was cancelled
+    /// before begin(), the work that begin() hands over is not done, and ends with an error of code Cancelled.
     void runInBackground(std::function<NSError(const std::stop_token &)> work,
                          std::function<void(const NSError &)> whenEnded);
     /// True once cancel() of the job was called.

@@ -139,6 +139,19 @@ TEST_F(BurnTree, planAlone_saysWhatWouldCome_andWritesNothing)
     EXPECT_EQ(planned.data.bytes, burnt(order()).data.bytes);
 }
 
+TEST_F(BurnTree, cancelBeforeTheStart_endsItAsCancelled_andOpensNoDrive)
+{
+    BurnDiscJob job(order());
+    job.cancel();
+    EXPECT_TRUE(job.isCancelled());
+    EXPECT_FALSE(job.isRunning());
+    const JobRun<BurnDiscJob, BurnDiscResult> run(job);
+    EXPECT_EQ(run.endings, 1);
+    EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Cancelled));
+    EXPECT_TRUE(run.result.driveName.isEmpty());
+    EXPECT_FALSE(m_tree.exists("out/disc.iso"));
+}
+
 TEST_F(BurnTree, treeAndSources_areRefusedTogether_andSoIsAnEmptyTree)
 {
     BurnDiscOrder both = order();

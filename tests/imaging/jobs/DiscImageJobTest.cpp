@@ -248,6 +248,18 @@ TEST_F(DiscImageJobs, cancel_isHeard_whenItComesRightAfterTheStart)
     EXPECT_EQ(outNames(), Names());
 }
 
+TEST_F(DiscImageJobs, cancelBeforeTheStart_endsIt_withoutAnImage)
+{
+    DiscImageJob job(order());
+    job.cancel();
+    EXPECT_TRUE(job.isCancelled());
+    EXPECT_FALSE(job.isRunning());
+    const ImageRun run(job);
+    EXPECT_EQ(run.endings, 1);
+    EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Cancelled));
+    EXPECT_EQ(outNames(), Names());
+}
+
 TEST_F(DiscImageJobs, destroying_cancels_andNothingFollows)
 {
     makeBigSource();

@@ -99,6 +99,11 @@ TEST_F(DiscPlanJobs, cancel_endsIt_wheneverItComes)
     const JobRun<DiscPlanJob, DiscPlanResult> run(job);
     EXPECT_EQ(run.endings, 1);
     EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Cancelled));
+    DiscPlanJob neverBegun(order());
+    neverBegun.cancel();
+    const JobRun<DiscPlanJob, DiscPlanResult> secondRun(neverBegun);
+    EXPECT_EQ(secondRun.endings, 1);
+    EXPECT_TRUE(isDiscJobError(secondRun.result.error, DiscJobErrorCode::Cancelled));
     DiscPlanJob destroyed(order());
     destroyed.start(); // and goes while it runs
 }

@@ -148,6 +148,11 @@ TEST_F(DiscSplitJobs, cancel_endsIt)
     const JobRun<DiscSplitJob, DiscSplitResult> run(job);
     EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Cancelled));
     EXPECT_TRUE(run.result.discs.empty());
+    DiscSplitJob neverBegun(order);
+    neverBegun.cancel();
+    const JobRun<DiscSplitJob, DiscSplitResult> secondRun(neverBegun);
+    EXPECT_EQ(secondRun.endings, 1);
+    EXPECT_TRUE(isDiscJobError(secondRun.result.error, DiscJobErrorCode::Cancelled));
 }
 
 } // namespace Tessaron::Testing

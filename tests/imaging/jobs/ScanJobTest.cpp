@@ -45,6 +45,19 @@ TEST_F(ScanJobs, job_countsEachSource)
     EXPECT_EQ(run.phases.back(), DiscJobPhase::Done);
 }
 
+TEST_F(ScanJobs, cancelBeforeTheStart_endsIt_andASecondStartDoesNothing)
+{
+    m_tree.makeFile("one/a", "a");
+    ScanJob job({m_tree.path("one")});
+    job.cancel();
+    const ScanRun run(job);
+    EXPECT_EQ(run.endings, 1);
+    EXPECT_TRUE(isDiscJobError(run.result.error, DiscJobErrorCode::Cancelled));
+    EXPECT_TRUE(run.result.sources.empty());
+    job.start();
+    EXPECT_FALSE(job.isRunning());
+}
+
 /// Counts what the main thread is sent.
 class PostedEvents final : public QObject
 {
