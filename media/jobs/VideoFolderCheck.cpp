@@ -2,6 +2,7 @@
 
 #include "platform/foundation/DescriptorIO.h"
 #include "platform/foundation/DescriptorLimit.h"
+#include "platform/foundation/DirectoryStream.h"
 #include "platform/foundation/MessageTexts.h"
 #include "platform/foundation/UniqueDescriptor.h"
 
@@ -9,10 +10,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <dirent.h>
 #include <fcntl.h>
 #include <map>
-#include <memory>
 #include <optional>
 #include <set>
 #include <sys/stat.h>
@@ -115,14 +114,16 @@ private:
 
     bool list()
     {
-        const int copy = ::fcntl(m_folder.get(), F_DUPFD_CLOEXEC, 0);
-        const std::unique_ptr<DIR, int (*)(DIR *)> entries(copy >= 0 ? ::fdopendir(copy) : nullptr, ::closedir);
+        const DirectoryStream entries = directoryStream(UniqueDescriptor(::fcntl(m_folder.get(), F_DUPFD_CLOEXEC, 0)));
         if (!entries) {
             m_failure = errno;
             return false;
         }
-        errno = 0;
-        while (const dirent *const entry = ::readdir(entries.get())) {
+        for (;;) {
+            errno = 0;
+            const dirent *const entry = ::readdir(entries.get());
+            if (entry == nullptr)
+                break;
             const QByteArray name = entry->d_name;
             struct stat status;
             if (name == "." || name == ".." || ::fstatat(m_folder.get(), entry->d_name, &status, 0) != 0)
@@ -131,6 +132,10 @@ private:
                 m_sizes.emplace(name, std::uint64_t(status.st_size));
             else
                 add(name, QStringLiteral("is not a file; a video DVD has files alone"));
+        }
+        if (errno != 0) { // of readdir(): what it did not list would be called missing
+            m_failure = errno;
+            return false;
         }
         for (const auto &[name, size] : m_sizes) {
             const QByteArray upper = name.toUpper();
