@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
 
@@ -31,6 +32,9 @@ struct BlankDiscResult {
     DiscDescription before; ///< as the disc was found
     DiscDescription after;
     QString driveName; ///< for people
+    QString fault; ///< as that of BurnDiscResult
+    QString condition; ///< as that of BurnDiscResult, after an error; empty where nothing was begun
+    QStringList notes; ///< that the disc could not be put out
 };
 
 /// Makes a disc empty: what was on it is lost. See DiscJob for threads and lifetime. A drive cannot be stopped at that:

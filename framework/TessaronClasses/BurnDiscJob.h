@@ -42,12 +42,19 @@ struct BurnDiscOrder {
     /// How many times as fast as single speed for the disc; 0 for as fast as it goes. Drives take the nearest speed.
     double speed = 0;
     bool isSimulated = false; ///< with the laser off: nothing is written
-    /// The disc stays open for further sessions. On one that has some already, folders and files become the next one:
-    /// they go beside what is there, which stays as it is; a file of the same path takes the place of the earlier one.
-    /// Such a session has ISO 9660 and Joliet only; with `allDiscFilesystems` it has these, and asking for others is an
-    /// error. An image of sound can be added as well, one of data cannot. On what is overwritten, and in a file, they
-    /// go behind what is there, and the disc then shows both; UDF and HFS+ that it had are gone. Without it, what is
-    /// there is replaced.
+    /// Adds to the disc, and leaves it open, so that more can be added later.
+    ///
+    /// - An empty disc is written as without it, but for being left open. A kind of disc that cannot be left open is
+    ///   refused.
+    /// - On a disc that was left open, folders and files become a further session. It shows the earlier files as well;
+    /// a
+    ///   new file of the same path takes the place of the earlier one. It has ISO 9660 and Joliet only: with
+    ///   `allDiscFilesystems` it gets these two, and asking for any other one by name is an error. Sound can be added,
+    ///   an image of data cannot. Without this option such a disc is refused.
+    /// - DVD+RW, DVD-RAM, BD-RE and DVD-RW that are formatted for overwriting, and files in the place of a drive, have
+    ///   no sessions: folders and files are written behind what is there, and the disc then shows both, by the same two
+    ///   filesystems; UDF and HFS+ that it had are taken away. An image cannot be added. Without this option the disc
+    ///   is written from its begin, and what was there is replaced.
     bool leavesOpen = false;
     /// Asks for writing more than the disc says that it holds. That is refused all the same before anything is written,
     /// and the error says why.
@@ -82,7 +89,8 @@ struct BurnDiscResult {
     QStringList replaced; ///< paths on the disc of earlier files that were replaced by what was added
     std::uint32_t tracks = 0;
     std::uint32_t sessions = 0; ///< that were written
-    /// What an image says and this disc cannot have, what was interpreted, and what sounds are damaged.
+    /// What an image says and this disc cannot have, what was interpreted, what sounds are damaged, and that the disc
+    /// could not be put out.
     QStringList notes;
     bool isAnythingLost = false; ///< one of the notes is about something that is not on the disc
     /// Computers could be started from the disc (El Torito), and cannot now that something was added. A note says it.

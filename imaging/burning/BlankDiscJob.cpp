@@ -1,6 +1,7 @@
 #include "imaging/burning/ChosenDrive.h"
 #include "imaging/jobs/DiscJobWork.h"
 #include "imaging/jobs/LayoutWriting.h"
+#include "platform/discrecording/drives/DriveFaults.h"
 #include <TessaronClasses/BlankDiscJob.h>
 #include <TessaronClasses/DiscJobErrors.h>
 
@@ -22,6 +23,8 @@ public:
         runInBackground([this](const std::stop_token &stop) { return blank(stop); },
                         [this](const NSError &error) {
                             result.error = error;
+                            result.fault = error.userInfo().value(DriveFaultKey).toString();
+                            result.condition = error.userInfo().value(DiscConditionKey).toString();
                             end(error);
                         });
     }
@@ -63,11 +66,10 @@ NSError BlankDiscJob::Work::blank(const std::stop_token &stop)
         const std::lock_guard lock(mutex);
         device = drive;
     }
-    NSError error =
+    const NSError error =
         order.blanking == DiscBlanking::Format ? drive->format() : drive->blank(order.blanking == DiscBlanking::Full);
     result.after = drive->disc();
-    if (NSError left = drive->release(order.ejects); !error)
-        error = left;
+    result.notes = releaseDrive(*drive, order.ejects);
     const std::lock_guard lock(mutex);
     device.reset();
     return jobErrorOfBurn(error);

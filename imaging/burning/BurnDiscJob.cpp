@@ -10,6 +10,7 @@
 #include "imaging/jobs/DiscJobWork.h"
 #include "imaging/jobs/ImageMaker.h"
 #include "imaging/jobs/LayoutWriting.h"
+#include "platform/discrecording/drives/DriveFaults.h"
 #include "platform/discrecording/objects/DRStorageReport.h"
 #include "platform/foundation/FileSystemRepresentation.h"
 #include "platform/foundation/MessageTexts.h"
@@ -26,8 +27,6 @@ namespace Tessaron
 
 namespace
 {
-
-const QString faultKey = QStringLiteral("DriveFault");
 
 /// The volume's name where the order has none: that of the only folder.
 QString nameOfSources(const std::vector<DiscSource> &sources)
@@ -157,7 +156,7 @@ NSError BurnDiscJob::Work::openDrive()
 {
     Result<std::shared_ptr<DRDevice>> opened = openChosenDrive(order.drive, true);
     if (!opened) {
-        result.fault = opened.error().userInfo().value(faultKey).toString();
+        result.fault = opened.error().userInfo().value(DriveFaultKey).toString();
         return opened.error();
     }
     device = *std::move(opened);
@@ -465,12 +464,11 @@ NSError BurnDiscJob::Work::finish(const NSError &writeError, const std::stop_tok
                                  QStringLiteral("The disc is written, but was not compared to its end."));
     }
     if (error)
-        result.fault = error.userInfo().value(faultKey).toString();
+        result.fault = error.userInfo().value(DriveFaultKey).toString();
     if (audio)
         audio->endIdleHelpers();
     // The disc is what it is, but its tray may be in all the same.
-    if (const NSError left = device->release(order.ejects && !order.isPlanOnly); left && !error)
-        result.notes << left.localizedDescription();
+    result.notes << releaseDrive(*device, order.ejects && !order.isPlanOnly);
     device.reset();
     return error;
 }

@@ -5,8 +5,6 @@
 #include "platform/foundation/FileSystemRepresentation.h"
 #include <TessaronClasses/DiscJobErrors.h>
 
-#include <QStringList>
-
 #include <algorithm>
 
 namespace Tessaron
@@ -46,6 +44,14 @@ Result<std::shared_ptr<DRDevice>> openChosenDrive(const QByteArray &address, boo
     QVariantMap userInfo = error.userInfo();
     userInfo.insert(DiscJobUnderlyingStatusKey, error.code());
     return NSError(DiscJobErrorDomain, qint64(DiscJobErrorCode::Destination), userInfo);
+}
+
+QStringList releaseDrive(DRDevice &device, bool ejects)
+{
+    const NSError error = device.release(ejects);
+    if (!error)
+        return {};
+    return {QStringLiteral("%1. %2").arg(error.localizedDescription(), error.localizedRecoverySuggestion())};
 }
 
 } // namespace Tessaron

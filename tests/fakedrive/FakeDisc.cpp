@@ -71,6 +71,14 @@ FakeDisc FakeDisc::load(const std::string &folder)
             disc.badSectors.push_back(number);
         } else if (key == "displacement") {
             words >> disc.displacement;
+        } else if (key == "format") {
+            words >> disc.format;
+        } else if (key == "speed") {
+            words >> disc.writeSpeed;
+        } else if (key == "out") {
+            disc.isTrayOut = true;
+        } else if (key == "tray") {
+            std::getline(words >> std::ws, disc.tray);
         } else if (key == "track") {
             FakeTrack track;
             words >> track.session >> track.number >> track.start >> track.length >> track.isAudio;
@@ -106,6 +114,14 @@ void FakeDisc::save(const std::string &folder) const
         file << "log " << log << '\n';
     if (displacement != 0)
         file << "displacement " << displacement << '\n';
+    if (!format.empty())
+        file << "format " << format << '\n';
+    if (writeSpeed != 0)
+        file << "speed " << writeSpeed << '\n';
+    if (isTrayOut)
+        file << "out\n";
+    if (!tray.empty())
+        file << "tray " << tray << '\n';
     for (const int sector : badSectors)
         file << "bad " << sector << '\n';
     for (const FakeTrack &track : tracks)

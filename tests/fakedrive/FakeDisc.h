@@ -59,6 +59,11 @@ struct FakeDisc {
     std::vector<FakeFault> faults;
     std::vector<int> badSectors; ///< that cannot be read
     int displacement = 0; ///< by how many samples the drive reads sound later than it is asked
+    std::string format; ///< the format that the drive was last told, as its descriptor of 8 bytes, hexadecimal
+    int writeSpeed = 0; ///< that the drive was last told, in thousands of bytes a second
+    bool isTrayOut = false;
+    std::string tray; ///< what the drive was told about its tray, in order: "lock", "unlock",
+                      ///< "in", "out", "start" or "stop"
 
     [[nodiscard]] bool isCD() const { return profile == FakeProfile::CDR || profile == FakeProfile::CDRW; }
     [[nodiscard]] bool isOverwritable() const;

@@ -95,10 +95,19 @@ Sense FakeDrive::carryOut(const std::uint8_t *command, std::uint8_t *data, unsig
         reply = m_answers.inquiry();
         break;
     case 0x1B: // START STOP UNIT
+        return moveTray(command[4] & 3);
     case 0x1E: // PREVENT ALLOW MEDIUM REMOVAL
+        m_isLocked = (command[4] & 1) != 0;
+        noteTray(m_isLocked ? "lock" : "unlock");
+        return {};
     case 0x54: // SEND OPC INFORMATION
-    case 0xB6: // SET STREAMING
+        return {};
+    case 0xB6: // SET STREAMING: so many thousand bytes in so many milliseconds
+        if (length >= 28 && number(data + 24, 4) > 0)
+            m_disc.writeSpeed = int(std::int64_t(number(data + 20, 4)) * 1000 / number(data + 24, 4));
+        return {};
     case 0xBB: // SET CD SPEED
+        m_disc.writeSpeed = number(command + 4, 2);
         return {};
     case 0x35: // SYNCHRONIZE CACHE
         endAnnouncedSession();
@@ -179,6 +188,8 @@ Sense FakeDrive::carryOut(const std::uint8_t *command, std::uint8_t *data, unsig
         if (m_disc.profile == FakeProfile::DVDMinusRW)
             m_disc.profile = FakeProfile::DVDMinusRWOverwrite;
         m_disc.isFormatted = true;
+        if (length >= 12) // behind a head of 4 bytes
+            m_disc.format = hexadecimal(data + 4, 8);
         return {};
     case 0xAC: // GET PERFORMANCE
         reply = m_answers.performance(command[10]);
@@ -189,6 +200,25 @@ Sense FakeDrive::carryOut(const std::uint8_t *command, std::uint8_t *data, unsig
     if (sense.key == 0)
         std::memcpy(data, reply.data(), std::min<std::size_t>(length, reply.size()));
     return sense;
+}
+
+void FakeDrive::noteTray(const char *told)
+{
+    m_disc.tray += m_disc.tray.empty() ? "" : " ";
+    m_disc.tray += told;
+}
+
+/// By the bits LoEj and Start of the command.
+Sense FakeDrive::moveTray(int operation)
+{
+    constexpr int out = 2;
+    constexpr int in = 3;
+    noteTray(operation == in ? "in" : operation == out ? "out" : operation == 0 ? "stop" : "start");
+    if (operation == out && m_isLocked)
+        return {5, 0x53, 2};
+    if (operation == out || operation == in)
+        m_disc.isTrayOut = operation == out;
+    return {};
 }
 
 Sense FakeDrive::read(Bytes *reply, int first, int count, int size)

@@ -24,6 +24,8 @@ public:
     explicit FakeDrive(std::string folder);
 
     [[nodiscard]] bool isGone() const { return m_isGone; }
+    [[nodiscard]] bool isTrayOut() const { return m_disc.isTrayOut; }
+    [[nodiscard]] bool hasDisc() const { return m_disc.profile != FakeProfile::None && !m_disc.isTrayOut; }
     void save() const { m_disc.save(m_folder); }
 
     /// Carries a command out; no value when the drive is gone.
@@ -45,12 +47,14 @@ private:
     void endSession(bool mayGoOn);
     void endTrack();
     [[nodiscard]] bool staysOpen() const;
-    [[nodiscard]] bool hasDisc() const { return m_disc.profile != FakeProfile::None; }
+    void noteTray(const char *told);
+    [[nodiscard]] Sense moveTray(int operation);
 
     const std::string m_folder;
     FakeDisc m_disc;
     const int m_sectors;
     bool m_isGone = false;
+    bool m_isLocked = false; ///< the tray
     Bytes m_writeParameters; ///< mode page 05 as it was set
     const FakeDriveAnswers m_answers{m_disc, m_writeParameters};
     std::vector<FakeTrack> m_announced; ///< by a cue sheet

@@ -269,11 +269,13 @@ Bytes FakeDriveAnswers::formatCapacities() const
         put(&reply, at + 5, type == 0x10 || type == 0x15 ? 16 : dataSize, 3);
     };
     if (m_disc.profile == FakeProfile::DVDMinusRW || m_disc.profile == FakeProfile::DVDMinusRWOverwrite) {
+        format(0x00);
         format(0x10);
         format(0x15);
     } else if (m_disc.profile == FakeProfile::DVDPlusRW) {
         format(0x26);
     } else if (m_disc.profile == FakeProfile::BDRE) {
+        format(0x00);
         format(0x30);
         format(0x31);
     }

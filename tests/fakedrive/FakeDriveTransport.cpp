@@ -79,7 +79,7 @@ int control(unsigned long request, void *argument)
         *static_cast<int *>(argument) = 0;
         return 0;
     case CDROM_DRIVE_STATUS:
-        return CDS_DISC_OK;
+        return drive->isTrayOut() ? CDS_TRAY_OPEN : drive->hasDisc() ? CDS_DISC_OK : CDS_NO_DISC;
     default:
         errno = ENOTTY;
         return -1;

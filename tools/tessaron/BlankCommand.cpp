@@ -31,9 +31,14 @@ ExitStatus BlankCommand::run()
 
 void BlankCommand::print(double seconds) const
 {
+    const bool isQuiet = m_arguments.verbosity == Verbosity::Quiet;
+    if (!isQuiet) {
+        for (const QString &note : m_result.notes)
+            printDiagnostic(note);
+    }
     if (m_problem)
         printProblem(m_problem);
-    else if (m_arguments.verbosity != Verbosity::Quiet)
+    else if (!isQuiet)
         printDiagnostic(QStringLiteral("%1 %2 with %3, %4 s")
                             .arg(m_arguments.formats ? QStringLiteral("formatted") : QStringLiteral("blanked"),
                                  discText(m_result.before), m_result.driveName, QString::number(seconds, 'f', 1)));
@@ -50,6 +55,11 @@ bool BlankCommand::writeJson(double seconds) const
     writeDiscObject(writer, m_result.after);
     writer.key("seconds");
     writer.value(seconds, 3);
+    writer.textsMember("notes", m_result.notes);
+    if (!m_result.fault.isEmpty())
+        writer.member("fault", m_result.fault);
+    if (!m_result.condition.isEmpty())
+        writer.member("condition", m_result.condition);
     return endReport(writer, m_problem);
 }
 

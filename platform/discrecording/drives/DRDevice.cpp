@@ -3,6 +3,7 @@
 #include "platform/discrecording/drives/DiscErasing.h"
 #include "platform/discrecording/drives/DriveReader.h"
 #include "platform/discrecording/drives/DriveSink.h"
+#include "platform/discrecording/drives/DriveTray.h"
 #include "platform/discrecording/drives/GrabbedDrive.h"
 #include "platform/discrecording/objects/DRDeviceMedia.h"
 
@@ -12,11 +13,13 @@ namespace Tessaron
 class DRDevice::Private
 {
 public:
-    explicit Private(std::unique_ptr<GrabbedDrive> opened)
-        : drive(std::move(opened))
+    Private(DriveAddress known, std::unique_ptr<GrabbedDrive> opened)
+        : address(std::move(known))
+        , drive(std::move(opened))
     {
     }
 
+    const DriveAddress address;
     const std::unique_ptr<GrabbedDrive> drive;
     DriveActivity activity;
     RecordingOptions options;
@@ -40,7 +43,7 @@ Result<std::shared_ptr<DRDevice>> DRDevice::open(const QByteArray &address, bool
     Result<std::unique_ptr<GrabbedDrive>> drive = GrabbedDrive::grab(*known, mayMakeFile, patience);
     if (!drive)
         return drive.error();
-    return std::shared_ptr<DRDevice>(new DRDevice(std::make_unique<Private>(*std::move(drive))));
+    return std::shared_ptr<DRDevice>(new DRDevice(std::make_unique<Private>(*known, *std::move(drive))));
 }
 
 QString DRDevice::name() const
@@ -65,7 +68,9 @@ NSError DRDevice::lookAgain()
 
 NSError DRDevice::release(bool ejects)
 {
-    return d->drive->release(ejects);
+    const bool asks = ejects && d->drive->isOpen(); // one that was given up would not answer
+    const NSError error = d->drive->release(ejects);
+    return error || !asks ? error : errorOfEjecting(d->address);
 }
 
 void DRDevice::setBurnOptions(const DRBurnOptions &options)

@@ -62,7 +62,7 @@ public:
     /// Lets the drive go and opens it again, which tells what became of a disc.
     [[nodiscard]] NSError lookAgain();
     /// Lets the drive go, with its tray out when `ejects`. Nothing but the destructor may follow. An error when it does
-    /// not answer.
+    /// not answer, or when the disc is still in although it was to be put out.
     [[nodiscard]] NSError release(bool ejects);
 
     /// For the next burn.
