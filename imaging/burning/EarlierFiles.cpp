@@ -3,6 +3,7 @@
 #include "platform/discimage/VolumeFinder.h"
 #include "platform/discimage/iso9660/ElTorito.h"
 #include "platform/discimage/volume/VolumeWalk.h"
+#include "platform/discrecording/drives/DRDevice.h"
 #include "platform/discrecording/image/BlockImage.h"
 #include "platform/discrecording/objects/DRFile.h"
 #include "platform/discrecording/objects/DRFolder.h"
@@ -11,6 +12,7 @@
 #include <TessaronClasses/DiscJobErrors.h>
 
 #include <QDateTime>
+#include <QSet>
 
 #include <algorithm>
 #include <array>
@@ -143,6 +145,15 @@ Result<bool> isEmptyAtItsBegin(const DiscImageSource &source)
     return std::all_of(begin.begin(), begin.end(), [](char byte) { return byte == 0; });
 }
 
+/// Everything is kept and found again by its path.
+NSError errorOfName(const QByteArray &name, const QByteArray &folderPath)
+{
+    if (!name.isEmpty() && name != "." && name != ".." && !name.contains('/') && !name.contains('\0'))
+        return {};
+    return cannotAppend(QStringLiteral("in its folder %1 something is called %2, as nothing can be")
+                            .arg(quoted('/' + folderPath), quoted(name)));
+}
+
 QByteArray joined(const QByteArray &folder, const QByteArray &name)
 {
     return folder.isEmpty() ? name : folder + '/' + name;
@@ -157,11 +168,17 @@ Result<std::shared_ptr<EarlierFiles>> EarlierFiles::read(DRDevice &device, const
         return std::shared_ptr<EarlierFiles>();
     const auto first = std::uint64_t(std::max<std::int64_t>(track->firstBlock, 0));
     const std::uint64_t end = std::max(device.disc().readableBlocks, first + track->blocks);
-    const std::shared_ptr<const DiscImageSource> source = device.readBack(first, end - first);
-    const std::vector<FoundVolume> volumes = volumesInImage(source);
+    return readFrom(device.readBack(first, end - first),
+                    isOverwritten(device.disc().family) ? EmptyBegin::HasNoFiles : EmptyBegin::IsAnError, stop);
+}
+
+Result<std::shared_ptr<EarlierFiles>> EarlierFiles::readFrom(const std::shared_ptr<const DiscImageSource> &session,
+                                                             EmptyBegin emptyBegin, const std::stop_token &stop)
+{
+    const std::vector<FoundVolume> volumes = volumesInImage(session);
     const FoundVolume *const volume = bestVolume(volumes);
-    if (volume == nullptr && isOverwritten(device.disc().family)) {
-        const Result<bool> isEmpty = isEmptyAtItsBegin(*source);
+    if (volume == nullptr && emptyBegin == EmptyBegin::HasNoFiles) {
+        const Result<bool> isEmpty = isEmptyAtItsBegin(*session);
         if (!isEmpty)
             return cannotAppend(isEmpty.error().localizedFailureReason());
         if (*isEmpty)
@@ -174,8 +191,8 @@ Result<std::shared_ptr<EarlierFiles>> EarlierFiles::read(DRDevice &device, const
                                 .arg(volumeKindName(volume->kind), volume->error.localizedFailureReason()));
     std::shared_ptr<EarlierFiles> files(new EarlierFiles);
     files->m_volumeName = volume->reader->facts().name;
-    files->measure(volumes, *source);
-    files->m_startsComputers = readBootCatalog(*source).has_value();
+    files->measure(volumes, *session);
+    files->m_startsComputers = readBootCatalog(*session).has_value();
     if (NSError error = files->readVolume(*volume->reader, stop))
         return error;
     if (stop.stop_requested())
@@ -204,10 +221,21 @@ NSError EarlierFiles::readVolume(const VolumeReader &volume, const std::stop_tok
 {
     m_root = DRFolder::virtualFolderWithName({});
     QHash<QByteArray, std::shared_ptr<DRFolder>> folders{{QByteArray(), m_root}};
+    QSet<QByteArray> namesInFolder; // in the one that is being listed
     NSError failure;
     VolumeWalker walker;
+    walker.enterFolder = [&](const QByteArray &, const VolumeObject &) {
+        namesInFolder.clear();
+        return true;
+    };
     walker.object = [&](const QByteArray &folderPath, const VolumeObject &object) {
         const QByteArray path = joined(folderPath, object.name);
+        failure = errorOfName(object.name, folderPath);
+        if (!failure && namesInFolder.contains(object.name))
+            failure = cannotAppend(QStringLiteral("it has more than one object %1").arg(quoted('/' + path)));
+        if (failure)
+            return false;
+        namesInFolder.insert(object.name);
         if (object.kind == VolumeObjectKind::Folder) {
             const std::shared_ptr<DRFolder> folder = recordedFolder(object);
             folders.value(folderPath)->addChild(folder);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/discrecording/drives/DRDevice.h"
+#include "platform/foundation/NSError.h"
 #include "platform/foundation/Result.h"
 
 #include <QHash>
@@ -16,8 +16,10 @@
 namespace Tessaron
 {
 
+class DRDevice;
 class DRFSObject;
 class DRFolder;
+class DiscImageSource;
 class VolumeReader;
 struct DRRecordedObject;
 struct FoundVolume;
@@ -27,10 +29,19 @@ struct FoundVolume;
 class EarlierFiles
 {
 public:
+    /// What it means that no filesystem is found, and nothing was ever written where they begin.
+    enum class EmptyBegin : std::uint8_t {
+        HasNoFiles, ///< of what is overwritten
+        IsAnError, ///< of a session, which somebody has written
+    };
+
     /// Reads the directories of the last session that holds data, or of what is overwritten, none of the contents. Null
     /// where all sessions hold sound, or there is nothing. Errors of a job (DiscJobErrors.h): the filesystem is not
     /// known or damaged, or a file of it cannot be led to from another one. May take minutes.
     [[nodiscard]] static Result<std::shared_ptr<EarlierFiles>> read(DRDevice &device, const std::stop_token &stop);
+    /// The same, from the blocks of that session, which lead to those in front of them.
+    [[nodiscard]] static Result<std::shared_ptr<EarlierFiles>>
+    readFrom(const std::shared_ptr<const DiscImageSource> &session, EmptyBegin emptyBegin, const std::stop_token &stop);
 
     [[nodiscard]] const QString &volumeName() const { return m_volumeName; }
 
