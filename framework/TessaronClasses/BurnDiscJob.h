@@ -44,17 +44,18 @@ struct BurnDiscOrder {
     bool isSimulated = false; ///< with the laser off: nothing is written
     /// Adds to the disc, and leaves it open, so that more can be added later.
     ///
-    /// - An empty disc is written as without it, but for being left open. A kind of disc that cannot be left open is
-    ///   refused.
-    /// - On a disc that was left open, folders and files become a further session. It shows the earlier files as well;
-    /// a
-    ///   new file of the same path takes the place of the earlier one. It has ISO 9660 and Joliet only: with
-    ///   `allDiscFilesystems` it gets these two, and asking for any other one by name is an error. Sound can be added,
-    ///   an image of data cannot. Without this option such a disc is refused.
-    /// - DVD+RW, DVD-RAM, BD-RE and DVD-RW that are formatted for overwriting, and files in the place of a drive, have
-    ///   no sessions: folders and files are written behind what is there, and the disc then shows both, by the same two
-    ///   filesystems; UDF and HFS+ that it had are taken away. An image cannot be added. Without this option the disc
-    ///   is written from its begin, and what was there is replaced.
+    /// An empty disc is written as without it, but for being left open. A kind of disc that cannot be left open is
+    /// refused.
+    ///
+    /// On a disc that was left open, folders and files become a further session. It shows the earlier files as well; a
+    /// new file of the same path takes the place of the earlier one. It has ISO 9660 and Joliet only: with
+    /// `allDiscFilesystems` it gets these two, and asking for any other one by name is an error. Sound can be added, an
+    /// image of data cannot. Without this option such a disc is refused.
+    ///
+    /// DVD+RW, DVD-RAM, BD-RE and DVD-RW that are formatted for overwriting, and files in the place of a drive, have no
+    /// sessions: folders and files are written behind what is there, and the disc then shows both, by the same two
+    /// filesystems; UDF and HFS+ that it had are taken away. An image cannot be added. Without this option the disc is
+    /// written from its begin, and what was there is replaced.
     bool leavesOpen = false;
     /// Asks for writing more than the disc says that it holds. That is refused all the same before anything is written,
     /// and the error says why.
