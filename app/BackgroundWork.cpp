@@ -34,6 +34,13 @@ void BackgroundWork::cancel()
     m_isRunning = false;
 }
 
+void BackgroundWork::finish()
+{
+    cancel();
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
 void BackgroundWork::letGo()
 {
     m_life.reset();

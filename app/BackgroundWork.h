@@ -24,6 +24,8 @@ public:
     void requestStop() { m_thread.request_stop(); }
     /// Asks what runs to stop; nothing is heard of it any more. Does not wait.
     void cancel();
+    /// Asks what runs to stop and waits for it; nothing is heard of it any more.
+    void finish();
     [[nodiscard]] bool isRunning() const { return m_isRunning; }
     /// Asks what runs to stop, and does not wait for it. It must use nothing that goes before it ends.
     void letGo();

@@ -225,8 +225,13 @@ bool ProjectActions::isAllSaved() const
 
 void ProjectActions::afterSavingAll(const std::function<void()> &goOn)
 {
-    // One after the other; one that was dropped stays as it is and must not be asked about again.
-    std::function<void()> then = goOn;
+    // One after the other; one that was dropped stays as it is and must not be asked about again. Copies are kept until
+    // the last one is decided on: the user may stay.
+    std::function<void()> then = [this, goOn] {
+        for (const std::unique_ptr<Entry> &entry : m_entries)
+            entry->keeper->forgetCopy();
+        goOn();
+    };
     for (auto entry = m_entries.rbegin(); entry != m_entries.rend(); ++entry) {
         then = [this, &entry = **entry, next = std::move(then)] { afterSaving(entry, next); };
     }
@@ -248,11 +253,11 @@ void ProjectActions::afterSaving(const Entry &entry, const std::function<void()>
     connect(question, &QMessageBox::buttonClicked, this, [this, question, &entry, goOn](QAbstractButton *button) {
         switch (question->standardButton(button)) {
         case QMessageBox::Save:
-            m_afterSaving = goOn;
+            // What was changed while it was being saved is asked about again.
+            m_afterSaving = [this, &entry, goOn] { afterSaving(entry, goOn); };
             save(entry);
             break;
         case QMessageBox::Discard:
-            entry.keeper->forgetCopy();
             goOn();
             break;
         default:

@@ -54,7 +54,8 @@ public:
 
     /// True when no disc of any panel has changes that are not saved.
     [[nodiscard]] bool isAllSaved() const;
-    /// Goes on once every disc is saved or dropped; not at all when the user stays with one.
+    /// Goes on once every disc is saved or dropped, and forgets what was dropped; not at all when the user stays with
+    /// one.
     void afterSavingAll(const std::function<void()> &goOn);
     void letGo();
 
@@ -78,7 +79,7 @@ private:
     void saveAs(const Entry &entry);
     void addRecent(const QByteArray &path);
     void showRecent();
-    /// Goes on once the disc is saved or dropped.
+    /// Goes on once the disc is saved, or the user no longer wants it. It stays until something takes its place.
     void afterSaving(const Entry &entry, const std::function<void()> &goOn);
 
     NoticeBar &m_notices;

@@ -51,6 +51,12 @@ QByteArray abandonedCopy(const QByteArray &folder)
     return {};
 }
 
+void removeCopyAt(const QByteArray &path)
+{
+    (void)::unlink(path.constData());
+    (void)::unlink((path + lockEnding).constData());
+}
+
 } // namespace
 
 ProjectKeeper::ProjectKeeper(ProjectSubject &subject, QByteArray recoveryFolder, QObject *parent)
@@ -62,7 +68,9 @@ ProjectKeeper::ProjectKeeper(ProjectSubject &subject, QByteArray recoveryFolder,
     m_copyDelay.setSingleShot(true);
     m_copyDelay.setInterval(copyDelay);
     connect(&m_copyDelay, &QTimer::timeout, this, &ProjectKeeper::keepCopy);
+    // Also told where the index stays: a step may become a part of the last one.
     connect(&m_subject.undoStack(), &QUndoStack::indexChanged, this, [this] {
+        m_isSavingOlder = true;
         if (!isSaved() && !m_copyDelay.isActive())
             m_copyDelay.start();
     });
@@ -88,7 +96,7 @@ void ProjectKeeper::save(const QByteArray &path, WhenEnded whenEnded)
                                tr("Try again in a moment.")));
         return;
     }
-    const int savedIndex = m_subject.undoStack().index();
+    m_isSavingOlder = false;
     const auto outcome = std::make_shared<NSError>();
     m_saving.start(
         [write = m_subject.writer(), kind = m_subject.kind(), path, outcome](const std::stop_token &stop) {
@@ -96,9 +104,9 @@ void ProjectKeeper::save(const QByteArray &path, WhenEnded whenEnded)
             *outcome =
                 contents.isEmpty() ? discJobCancellation() : writeAtomically(path, bytesOfProject(contents, kind));
         },
-        [this, path, outcome, savedIndex, whenEnded = std::move(whenEnded)] {
+        [this, path, outcome, whenEnded = std::move(whenEnded)] {
             if (!*outcome) {
-                if (m_subject.undoStack().index() == savedIndex) {
+                if (!m_isSavingOlder) {
                     m_subject.undoStack().setClean();
                     forgetCopy();
                 }
@@ -162,30 +170,34 @@ void ProjectKeeper::recover(std::function<void()> whenFound)
                 return;
             show(*found->replacement);
             m_subject.undoStack().resetClean();
-            keepCopy();
-            (void)::unlink(found->path.constData());
-            (void)::unlink((found->path + lockEnding).constData());
+            startCopy(found->path);
             whenFound();
         });
 }
 
 void ProjectKeeper::keepCopy()
 {
-    if (m_copyWork.isRunning()) {
+    if (m_copyWork.isRunning())
         m_copyDelay.start();
-        return;
-    }
+    else
+        startCopy({});
+}
+
+/// On a full disk the older copy is the only one that is left.
+void ProjectKeeper::startCopy(const QByteArray &older)
+{
     m_hasCopy = true;
     m_copyWork.start(
-        [write = m_subject.writer(), kind = m_subject.kind(), folder = m_recoveryFolder, path = copyPath(),
+        [write = m_subject.writer(), kind = m_subject.kind(), folder = m_recoveryFolder, path = copyPath(), older,
          lock = m_lock](const std::stop_token &stop) {
             if (!*lock) {
                 QDir().mkpath(stringWithFileSystemRepresentation(folder));
                 *lock = lockedFile(path + lockEnding);
             }
             const QJsonObject contents = write(folder, false, stop);
-            if (!contents.isEmpty())
-                (void)writeAtomically(path, bytesOfProject(contents, kind));
+            const bool isWritten = !contents.isEmpty() && !writeAtomically(path, bytesOfProject(contents, kind));
+            if (isWritten && !older.isEmpty())
+                removeCopyAt(older);
         },
         [this] {
             if (!m_hasCopy)
@@ -207,8 +219,7 @@ void ProjectKeeper::removeCopy()
 {
     m_copyWork.start(
         [path = copyPath(), lock = m_lock](const std::stop_token &) {
-            (void)::unlink(path.constData());
-            (void)::unlink((path + lockEnding).constData());
+            removeCopyAt(path);
             lock->reset();
         },
         [] {});
@@ -218,7 +229,13 @@ void ProjectKeeper::letGo()
 {
     m_opening.letGo();
     m_saving.letGo();
-    m_copyWork.letGo();
+    if (m_hasCopy || !m_copyWork.isRunning()) {
+        m_copyWork.letGo();
+        return;
+    }
+    // What the user has dropped must not come back the next time.
+    m_copyWork.finish();
+    removeCopyAt(copyPath());
 }
 
 } // namespace Tessaron::Desktop

@@ -62,6 +62,8 @@ Q_SIGNALS:
 private:
     void show(const ProjectSubject::Replacement &replacement);
     void setPath(const QByteArray &path);
+    /// Keeps a copy, which takes the place of an older one (empty for none).
+    void startCopy(const QByteArray &older);
     void removeCopy();
     [[nodiscard]] QByteArray copyPath() const;
 
@@ -72,6 +74,7 @@ private:
     QStringList m_missing;
     QTimer m_copyDelay;
     bool m_hasCopy = false;
+    bool m_isSavingOlder = false; ///< the disc has been changed since saving began
     const std::shared_ptr<UniqueDescriptor> m_lock = std::make_shared<UniqueDescriptor>(); ///< the copies' thread's
     BackgroundWork m_opening; ///< one that hangs gives way to the next one
     BackgroundWork m_saving;

@@ -16,6 +16,7 @@
 #include <csignal>
 #include <gtest/gtest.h>
 #include <optional>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 using namespace Tessaron;
@@ -207,6 +208,58 @@ TEST_F(ProjectTest, save_whileTheDiscChanges_writesItAsItWas_andItStaysUnsaved)
     expectSame();
 }
 
+TEST_F(ProjectTest, save_whileANameIsTyped_leavesItUnsaved)
+{
+    const int steps = document.undoStack().count();
+    std::optional<NSError> ended;
+    keeper.save(tree.path("disc.tessaron"), [&ended](const NSError &error) { ended = error; });
+    document.setVolumeName(QStringLiteral("Summer 2026"));
+    ASSERT_EQ(document.undoStack().count(), steps) << "the letters are to become a part of the last step";
+    ASSERT_TRUE(runEventLoopUntil([&ended] { return ended.has_value(); }));
+    ASSERT_FALSE(*ended);
+    EXPECT_FALSE(keeper.isSaved());
+    ASSERT_FALSE(save("disc.tessaron"));
+    EXPECT_TRUE(keeper.isSaved());
+    ASSERT_FALSE(open("disc.tessaron"));
+    EXPECT_EQ(opened.volumeName(), QStringLiteral("Summer 2026"));
+}
+
+TEST_F(ProjectTest, recover_keepsTheOlderCopy_whereANewOneCannotBeWritten)
+{
+    ASSERT_FALSE(save("recovery.tessaron"));
+    tree.makeFile("recovery/left behind.tessaron", tree.contents("recovery.tessaron"));
+    struct rlimit before = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, SIG_IGN);
+    {
+        ProjectKeeper third(openedProject, tree.path("recovery"));
+        bool isFound = false;
+        const struct rlimit tiny = {100, before.rlim_max};
+        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tiny), 0);
+        third.recover([&isFound] { isFound = true; });
+        EXPECT_TRUE(runEventLoopUntil([&isFound] { return isFound; }));
+    } // which waits for the copy
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, SIG_DFL);
+    expectSame();
+    EXPECT_EQ(tree.contents("recovery/left behind.tessaron"), tree.contents("recovery.tessaron"));
+}
+
+TEST_F(ProjectTest, droppedCopy_isGone_whenTheProgramEndsAtOnce)
+{
+    keeper.keepCopy();
+    keeper.forgetCopy();
+    keeper.letGo();
+    EXPECT_TRUE(QDir(tree.pathText("recovery")).entryList(QDir::Files).isEmpty());
+    ProjectKeeper next(project, tree.path("recovery"));
+    next.keepCopy();
+    ASSERT_TRUE(
+        runEventLoopUntil([this] { return QDir(tree.pathText("recovery")).entryList(QDir::Files).size() == 2; }));
+    next.forgetCopy();
+    next.letGo();
+    EXPECT_TRUE(QDir(tree.pathText("recovery")).entryList(QDir::Files).isEmpty());
+}
+
 TEST_F(ProjectTest, recover_bringsBackWhatAnEndedProgramLeft_butNotWhatALivingOneHolds)
 {
     keeper.keepCopy();
@@ -227,7 +280,7 @@ TEST_F(ProjectTest, recover_bringsBackWhatAnEndedProgramLeft_butNotWhatALivingOn
     expectSame();
     EXPECT_FALSE(opened.undoStack().isClean());
     EXPECT_TRUE(other.path().isEmpty());
-    EXPECT_FALSE(tree.exists("recovery/left behind.tessaron"));
+    EXPECT_TRUE(runEventLoopUntil([this] { return !tree.exists("recovery/left behind.tessaron"); }));
 }
 
 /// The program is killed at its first, second … call that changes anything on the disk, until it gets to its end.
