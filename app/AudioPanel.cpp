@@ -4,6 +4,7 @@
 #include "app/JobBar.h"
 #include "app/JobOutcomes.h"
 #include "app/SoundBar.h"
+#include "app/TextLanguages.h"
 #include "app/Words.h"
 
 #include <TessaronClasses/AudioImageJob.h>
@@ -117,7 +118,7 @@ QString AudioPanel::emptyDiscInformationMessage()
 
 QString AudioPanel::suggestedName() const
 {
-    const QString title = textOfKind(m_tracks.disc().texts, CDTextKind::Title);
+    const QString title = textOfKind(m_tracks.disc().texts, CDTextKind::Title, m_tracks.language());
     return title.isEmpty() ? AudioPanelWords::tr("Audio CD") : title;
 }
 
@@ -164,6 +165,8 @@ void AudioPanel::takeFound(const AudioFound &found)
         }
         if (row.order.hasOwnFile && row.order.gap == 0)
             row.order.gap = m_tracks.disc().gap;
+        if (row.order.hasOwnFile)
+            adaptTextLanguage(row, m_tracks.disc());
         rows << row;
     }
     QStringList notes = found.notes;

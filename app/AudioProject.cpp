@@ -49,6 +49,12 @@ std::uint64_t framesIn(const QJsonObject &object, const char *key)
     return value > 0 && value <= mostFrames ? std::uint64_t(std::llround(value)) : 0;
 }
 
+std::uint32_t pauseIn(const QJsonObject &object)
+{
+    constexpr double longest = AudioTrackModel::longestPause * soundFramesPerSecond;
+    return std::uint32_t(std::min(double(framesIn(object, "pause")), longest));
+}
+
 /// The texts by the number of their language, which is that of EBU Tech 3264.
 QJsonObject jsonOf(const SpokenTexts &texts)
 {
@@ -172,8 +178,7 @@ AudioTrackRow trackIn(const QJsonObject &object, const QByteArray &folder)
 {
     AudioTrackRow track;
     AudioTrackOrder &order = track.order;
-    constexpr double longestGap = AudioTrackModel::longestPause * soundFramesPerSecond;
-    order.gap = std::uint32_t(std::min(double(framesIn(object, "pause")), longestGap));
+    order.gap = pauseIn(object);
     order.pregap = partsIn(object.value(QStringLiteral("pregap")).toArray(), folder, &track);
     order.sound = partsIn(object.value(QStringLiteral("sound")).toArray(), folder, &track);
     for (const QJsonValue point : object.value(QStringLiteral("indexPoints")).toArray())
@@ -246,7 +251,7 @@ ProjectSubject::Reader AudioProject::reader()
         }
         disc.texts = textsIn(project.value(QStringLiteral("texts")).toObject());
         disc.mediaCatalogNumber = project.value(QStringLiteral("catalogNumber")).toString().toLatin1();
-        disc.gap = std::uint32_t(framesIn(project, "pause"));
+        disc.gap = pauseIn(project);
         disc.isGapless = project.value(QStringLiteral("gapless")).toBool(disc.isGapless);
         disc.isNormalized = project.value(QStringLiteral("normalized")).toBool(disc.isNormalized);
         disc.hasCDText = project.value(QStringLiteral("cdText")).toBool(disc.hasCDText);

@@ -63,6 +63,7 @@ AudioTextDialog::AudioTextDialog(const AudioDisc &disc, QWidget *parent)
     last->addWidget(m_number, 1);
     column->addLayout(last);
     m_problem->setWordWrap(true);
+    m_problem->setTextFormat(Qt::PlainText);
     column->addWidget(m_problem);
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     m_accept = buttons->button(QDialogButtonBox::Ok);
@@ -206,9 +207,14 @@ void AudioTextDialog::putInto(AudioDisc &disc)
 {
     keepTexts();
     disc.texts = m_disc.texts;
-    for (int track = 0; track < int(std::min(disc.tracks.size(), m_disc.tracks.size())); ++track) {
-        disc.tracks[track].order.texts = m_disc.tracks[track].order.texts;
-        disc.tracks[track].order.isrc = validIsrc(textAt(track + 1, isrcColumn));
+    for (int track = 0; track < int(m_disc.tracks.size()); ++track) {
+        const std::uint64_t id = m_disc.tracks[track].id;
+        const auto own = std::find_if(disc.tracks.begin(), disc.tracks.end(),
+                                      [id](const AudioTrackRow &each) { return each.id == id; });
+        if (own == disc.tracks.end())
+            continue;
+        own->order.texts = m_disc.tracks[track].order.texts;
+        own->order.isrc = validIsrc(textAt(track + 1, isrcColumn));
     }
     disc.mediaCatalogNumber = m_number->text().toLatin1();
 }

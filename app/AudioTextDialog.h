@@ -24,7 +24,7 @@ class AudioTextDialog final : public QDialog
 public:
     explicit AudioTextDialog(const AudioDisc &disc, QWidget *parent = nullptr);
 
-    /// Puts what was typed into a disc with the same tracks.
+    /// Puts what was typed into the disc, whose tracks may have been joined by others meanwhile.
     void putInto(AudioDisc &disc);
     /// Brings a track's row into view; the disc's own for -1.
     void goTo(int track);

@@ -1,6 +1,7 @@
 #include "app/AudioTrackModel.h"
 
 #include "app/FileDrops.h"
+#include "app/TextLanguages.h"
 #include "app/Words.h"
 
 #include <QApplication>
@@ -88,6 +89,7 @@ void AudioTrackModel::set(const AudioDisc &disc)
             ids << track.id;
         return ids;
     };
+    m_language = firstTextLanguageOf(disc);
     const QList<std::uint64_t> before = idsOf(m_disc);
     const QList<std::uint64_t> after = idsOf(disc);
     if (before == after) {
@@ -235,9 +237,9 @@ QVariant AudioTrackModel::textAt(const QModelIndex &index) const
     case Number:
         return index.row() + 1;
     case Title:
-        return textOfKind(track.order.texts, CDTextKind::Title);
+        return textOfKind(track.order.texts, CDTextKind::Title, m_language);
     case Performer:
-        return textOfKind(track.order.texts, CDTextKind::Performer);
+        return textOfKind(track.order.texts, CDTextKind::Performer, m_language);
     case Length:
         return durationText(std::chrono::seconds(std::llround(track.seconds)));
     case Pause:
@@ -282,7 +284,7 @@ bool AudioTrackModel::setData(const QModelIndex &index, const QVariant &value, i
         return true;
     }
     setTextOfKind(order.texts, index.column() == Title ? CDTextKind::Title : CDTextKind::Performer,
-                  value.toString().simplified());
+                  value.toString().simplified(), m_language);
     change(std::move(after), tr("Change Texts"));
     return true;
 }

@@ -29,6 +29,8 @@ public:
 
     [[nodiscard]] const AudioDisc &disc() const { return m_disc; }
     [[nodiscard]] const QList<AudioTrackRow> &tracks() const { return m_disc.tracks; }
+    /// That of the texts that views show and edit: the one that players show first.
+    [[nodiscard]] std::uint8_t language() const { return m_language; }
     [[nodiscard]] QUndoStack &undoStack() { return m_undoStack; }
     /// The row of the track with this id; -1 for none.
     [[nodiscard]] int rowOf(std::uint64_t id) const;
@@ -78,6 +80,7 @@ private:
     [[nodiscard]] QString toolTipOf(const AudioTrackRow &track) const;
 
     AudioDisc m_disc;
+    std::uint8_t m_language = CDTextBlock::english;
     std::uint64_t m_lastId = 0;
     QUndoStack m_undoStack; ///< refers to this, so it goes first
 };

@@ -87,7 +87,8 @@ void AudioView::makeActions()
     m_remove = make(tr("&Remove Tracks"), "list-remove", QKeySequence::Delete, &AudioView::removeSelected);
     // A key that means text while someone types belongs to the field.
     m_remove->setShortcutContext(Qt::WidgetShortcut);
-    m_table->addAction(m_remove);
+    m_table->setContextMenuPolicy(Qt::ActionsContextMenu);
+    m_table->addActions({m_sound->listenAction(), m_texts, m_convert, m_up, m_down, m_remove});
 }
 
 QList<QAction *> AudioView::actions() const
@@ -104,7 +105,8 @@ void AudioView::connectFields()
     const auto connectText = [this](QLineEdit *field, CDTextKind kind, int series) {
         connect(field, &QLineEdit::textEdited, this, [this, kind, series](const QString &text) {
             m_tracks.edit(
-                tr("Change Texts"), [&](AudioDisc &disc) { setTextOfKind(disc.texts, kind, text.simplified()); },
+                tr("Change Texts"),
+                [&](AudioDisc &disc) { setTextOfKind(disc.texts, kind, text.simplified(), m_tracks.language()); },
                 series);
         });
     };
@@ -238,8 +240,8 @@ void AudioView::showDisc()
         if (field->text().simplified() != text)
             field->setText(text);
     };
-    showText(m_title, textOfKind(disc.texts, CDTextKind::Title));
-    showText(m_performer, textOfKind(disc.texts, CDTextKind::Performer));
+    showText(m_title, textOfKind(disc.texts, CDTextKind::Title, m_tracks.language()));
+    showText(m_performer, textOfKind(disc.texts, CDTextKind::Performer, m_tracks.language()));
     const auto quietly = [](auto *field, const auto &show) {
         const QSignalBlocker quiet(field);
         show();

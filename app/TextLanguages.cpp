@@ -95,6 +95,22 @@ QList<std::uint8_t> textLanguagesOf(const AudioDisc &disc)
     return languages;
 }
 
+std::uint8_t firstTextLanguageOf(const AudioDisc &disc)
+{
+    return textLanguagesOf(disc).front();
+}
+
+void adaptTextLanguage(AudioTrackRow &track, const AudioDisc &disc)
+{
+    SpokenTexts &texts = track.order.texts;
+    const std::uint8_t language = firstTextLanguageOf(disc);
+    if (language == CDTextBlock::english || texts.size() != 1 || !texts.contains(CDTextBlock::english))
+        return;
+    auto own = texts.extract(CDTextBlock::english);
+    own.key() = language;
+    texts.insert(std::move(own));
+}
+
 void removeTextLanguage(AudioDisc &disc, std::uint8_t language)
 {
     disc.texts.erase(language);

@@ -25,6 +25,13 @@ inline constexpr qsizetype mostTextLanguages = 8;
 /// Those of the disc and its tracks, English first; English alone where there are no texts.
 [[nodiscard]] QList<std::uint8_t> textLanguagesOf(const AudioDisc &disc);
 
+/// The one that players show first, and in which a list shows the texts: the first of textLanguagesOf().
+[[nodiscard]] std::uint8_t firstTextLanguageOf(const AudioDisc &disc);
+
+/// Files do not say the language of their texts: where the disc has texts, but none in English, those that a file has
+/// in English alone become texts of the disc's first language.
+void adaptTextLanguage(AudioTrackRow &track, const AudioDisc &disc);
+
 /// Takes all texts of the language away.
 void removeTextLanguage(AudioDisc &disc, std::uint8_t language);
 

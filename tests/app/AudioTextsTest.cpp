@@ -161,3 +161,69 @@ TEST_F(AudioTextsTest, textsOfSeveralLanguages_areAStep_andComeOntoTheDisc)
     EXPECT_EQ(textOfKind(model().tracks()[0].order.texts, CDTextKind::Title, 0x08), QStringLiteral("Hafen"));
     EXPECT_EQ(textOfKind(model().tracks()[0].order.texts, CDTextKind::Title, 0x69), QString::fromUtf8("\xE6\xB8\xAF"));
 }
+
+TEST_F(AudioTextsTest, languageThatPlayersShowFirst_isShownAndEditedInTheList)
+{
+    static constexpr std::uint8_t german = 0x08;
+    add({tree.path("a.wav"), tree.path("b.wav")});
+    model().edit(QStringLiteral("x"), [](AudioDisc &disc) {
+        disc.texts = {{german, {{CDTextKind::Title, QStringLiteral("Sommer")}}}};
+        disc.tracks[0].order.texts = {{german, {{CDTextKind::Title, QStringLiteral("Hafen")}}}};
+        disc.tracks[1].order.texts = {{german, {{CDTextKind::Title, QStringLiteral("Insel")}}}};
+    });
+    const QModelIndex title = model().index(0, AudioTrackModel::Title);
+    EXPECT_EQ(title.data().toString(), QStringLiteral("Hafen"));
+    EXPECT_EQ(panel().suggestedName(), QStringLiteral("Sommer"));
+    auto *const field = panel().audioView().findChild<QLineEdit *>();
+    ASSERT_NE(field, nullptr);
+    EXPECT_EQ(field->text(), QStringLiteral("Sommer"));
+    field->setText(QStringLiteral("Sommer am Meer"));
+    Q_EMIT field->textEdited(field->text());
+    EXPECT_TRUE(model().setData(title, QStringLiteral("Der Hafen")));
+    EXPECT_EQ(textOfKind(model().disc().texts, CDTextKind::Title, german), QStringLiteral("Sommer am Meer"));
+    EXPECT_EQ(textOfKind(model().tracks()[0].order.texts, CDTextKind::Title, german), QStringLiteral("Der Hafen"));
+    EXPECT_EQ(textLanguagesOf(model().disc()), QList<std::uint8_t>({german}));
+    // With English beside it, that comes first on the disc.
+    model().edit(QStringLiteral("x"), [](AudioDisc &disc) {
+        disc.tracks[0].order.texts[CDTextBlock::english][CDTextKind::Title] = QStringLiteral("Harbour");
+    });
+    EXPECT_EQ(title.data().toString(), QStringLiteral("Harbour"));
+    model().undoStack().undo();
+    EXPECT_EQ(title.data().toString(), QStringLiteral("Der Hafen"));
+}
+
+TEST_F(AudioTextsTest, textsOfAFile_areTakenForThoseOfTheLanguageThatTheDiscHas)
+{
+    static constexpr std::uint8_t german = 0x08;
+    AudioDisc disc;
+    disc.texts = {{german, {{CDTextKind::Title, QStringLiteral("Sommer")}}}};
+    AudioTrackRow track;
+    track.order.texts = {{CDTextBlock::english, {{CDTextKind::Title, QStringLiteral("Hafen")}}}};
+    const AudioTrackRow tagged = track;
+    adaptTextLanguage(track, AudioDisc());
+    EXPECT_EQ(track, tagged) << "a disc without texts has no language yet";
+    adaptTextLanguage(track, disc);
+    EXPECT_EQ(textOfKind(track.order.texts, CDTextKind::Title, german), QStringLiteral("Hafen"));
+    EXPECT_FALSE(track.order.texts.contains(CDTextBlock::english));
+    // What says its languages itself keeps them.
+    track.order.texts[CDTextBlock::english][CDTextKind::Title] = QStringLiteral("Harbour");
+    const AudioTrackRow both = track;
+    adaptTextLanguage(track, disc);
+    EXPECT_EQ(track, both);
+}
+
+TEST_F(AudioTextsTest, texts_comeToTheirTracks_whereOthersWereAddedMeanwhile)
+{
+    add({tree.path("a.wav"), tree.path("b.wav")});
+    panel().audioView().editTexts();
+    auto *const dialog = panel().audioView().findChild<AudioTextDialog *>();
+    ASSERT_NE(dialog, nullptr);
+    dialog->table().item(1, 0)->setText(QStringLiteral("Harbour"));
+    dialog->table().item(2, 0)->setText(QStringLiteral("Island"));
+    add({tree.path("c.wav")}, 0); // was on its way when the dialog was opened
+    dialog->accept();
+    ASSERT_EQ(model().rowCount(), 3);
+    EXPECT_EQ(model().index(0, AudioTrackModel::Title).data().toString(), QString());
+    EXPECT_EQ(model().index(1, AudioTrackModel::Title).data().toString(), QStringLiteral("Harbour"));
+    EXPECT_EQ(model().index(2, AudioTrackModel::Title).data().toString(), QStringLiteral("Island"));
+}
