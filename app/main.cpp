@@ -1,5 +1,6 @@
 // The program for the desktop: files go in by dropping them, discs and images come out.
 #include "app/ApplicationService.h"
+#include "app/ContextMenuKey.h"
 #include "app/DesktopNotifier.h"
 #include "app/MainWindow.h"
 #include "app/Translations.h"
@@ -90,6 +91,8 @@ int main(int argc, char **argv)
     QApplication::setDesktopFileName(QStringLiteral("org.tessaron.Desktop"));
     std::signal(SIGPIPE, SIG_IGN);
     installTranslations(application, QLocale());
+    ContextMenuKey contextMenuKey;
+    application.installEventFilter(&contextMenuKey);
 
     int status = 0;
     const std::optional<QList<QByteArray>> files = filesIn({argv + 1, argv + argc}, &status);
