@@ -15,6 +15,7 @@ ListDialog::ListDialog(const QString &text, const QStringList &lines, QWidget *p
     auto *const column = new QVBoxLayout(this);
     auto *const label = new QLabel(text, this);
     label->setWordWrap(true);
+    label->setTextFormat(Qt::PlainText);
     column->addWidget(label);
     auto *const list = new QPlainTextEdit(lines.join(u'\n'), this);
     list->setReadOnly(true);

@@ -16,6 +16,7 @@
 
 #include <TessaronClasses/DiscJob.h>
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -23,6 +24,7 @@
 #include <QListWidget>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QSettings>
 #include <QStackedWidget>
@@ -77,7 +79,7 @@ public:
     bool runPanelJob(std::unique_ptr<DiscJob> job, const QString &name) override
     {
         if (m_window->m_runner->isWorking()) {
-            m_window->m_notices->tell(tr("Something else is being done. Wait for its end, or stop it."));
+            m_window->tellOfOtherJob();
             return false;
         }
         m_window->startJob(std::move(job), name);
@@ -87,7 +89,7 @@ public:
     void burnPanelDisc(const BurnSubject &subject, const QString &title, WhenBurnt whenEnded) override
     {
         if (m_window->m_runner->isWorking()) {
-            m_window->m_notices->tell(tr("Something else is being done. Wait for its end, or stop it."));
+            m_window->tellOfOtherJob();
             whenEnded(BurnEnd::Declined, {});
             return;
         }
@@ -254,6 +256,11 @@ void MainWindow::updateActions()
 
 void MainWindow::openFiles(const QList<QByteArray> &paths)
 {
+    // Another program can give files at any time: what a dialog asks about must not be replaced behind it.
+    if (QApplication::activeModalWidget() && !paths.isEmpty()) {
+        m_notices->tell(tr("The files were not opened, since a dialog was open. Open them again."));
+        return;
+    }
     if (paths.size() == 1 && ProjectActions::isProjectName(paths.front()))
         m_projects->openAt(paths.front());
     else if (paths.size() == 1 && AudioIntake::isListName(paths.front())) {
@@ -298,11 +305,17 @@ void MainWindow::saveImage()
 
 void MainWindow::saveImageAs(const QByteArray &path, DiscFormat format)
 {
-    if (m_runner->isWorking())
+    if (m_runner->isWorking()) {
+        tellOfOtherJob();
         return;
+    }
     const std::shared_ptr<DesktopPanel> panel = m_panels[std::size_t(m_stack->currentIndex())];
+    // A job that was let go of may end after the window.
     std::unique_ptr<DiscJob> job =
-        panel->imageJob(path, format, [this, panel](const JobOutcome &outcome) { imageHasEnded(*panel, outcome); });
+        panel->imageJob(path, format, [window = QPointer<MainWindow>(this), panel](const JobOutcome &outcome) {
+            if (window)
+                window->imageHasEnded(*panel, outcome);
+        });
     if (!job) {
         m_notices->tell(currentPanel().emptyDiscInformationMessage());
         return;
@@ -313,6 +326,11 @@ void MainWindow::saveImageAs(const QByteArray &path, DiscFormat format)
 bool MainWindow::isWorking() const
 {
     return m_runner->isWorking();
+}
+
+void MainWindow::tellOfOtherJob()
+{
+    m_notices->tell(tr("Something else is being done. Wait for its end, or stop it."));
 }
 
 void MainWindow::startJob(std::unique_ptr<DiscJob> job, const QString &name)
@@ -326,13 +344,15 @@ void MainWindow::imageHasEnded(DesktopPanel &panel, const JobOutcome &saved)
 {
     std::unique_ptr<DiscJob> verify;
     if (!saved.error && m_verify->isChecked() && !m_closesAfterJob)
-        verify = panel.verifyJob(saved.path, [this, saved](const JobOutcome &checked) {
+        verify = panel.verifyJob(saved.path, [window = QPointer<MainWindow>(this), saved](const JobOutcome &checked) {
+            if (!window)
+                return;
             JobOutcome both = saved;
             both.error = checked.error;
             both.summary += u' ' + checked.summary;
             both.details += checked.details;
             both.isComplete = saved.isComplete && checked.isComplete;
-            jobHasEnded(both);
+            window->jobHasEnded(both);
         });
     if (!verify) {
         jobHasEnded(saved);
@@ -382,8 +402,12 @@ void MainWindow::askForDrive(const BurnSubject &subject, const QString &title, c
 void MainWindow::burnDisc(const BurnSubject &subject, const BurnDiscOrder &settings, DiscFamily family,
                           const WhenBurnt &whenEnded)
 {
-    if (m_runner->isWorking())
+    if (m_runner->isWorking()) {
+        tellOfOtherJob();
+        if (whenEnded)
+            whenEnded(BurnEnd::Declined, {});
         return;
+    }
     BurnDiscOrder order = settings;
     order.sources = subject.order.sources;
     order.tree = subject.order.tree;

@@ -82,6 +82,7 @@ private:
     void askForDrive(const BurnSubject &subject, const QString &title, const WhenBurnt &whenEnded);
     void bringUp(const DesktopPanel &panel);
     void updateActions();
+    void tellOfOtherJob();
     void startJob(std::unique_ptr<DiscJob> job, const QString &name);
     void imageHasEnded(DesktopPanel &panel, const JobOutcome &saved);
     void jobHasEnded(const JobOutcome &outcome);

@@ -24,6 +24,7 @@ NoticeBar::NoticeBar(QWidget *parent)
     setForegroundRole(QPalette::ToolTipText);
     m_label->setForegroundRole(QPalette::ToolTipText);
     m_label->setWordWrap(true);
+    m_label->setTextFormat(Qt::PlainText); // names of files may look like markup
     m_label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     m_close->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
     m_close->setAutoRaise(true);

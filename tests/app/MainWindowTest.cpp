@@ -1,9 +1,12 @@
 #include "app/MainWindow.h"
 
+#include "app/AudioPanel.h"
 #include "app/DataPanel.h"
 #include "app/DataView.h"
 #include "app/JobRunner.h"
 #include "app/NoticeBar.h"
+#include "app/ProjectActions.h"
+#include "app/ProjectKeeper.h"
 
 #include "tests/app/Nodes.h"
 #include "tests/support/EventLoop.h"
@@ -14,8 +17,12 @@
 #include <TessaronClasses/OpenedDiscImage.h>
 
 #include <QAbstractButton>
+#include <QDir>
 #include <QFile>
+#include <QFileDialog>
+#include <QLabel>
 #include <QMessageBox>
+#include <QStandardPaths>
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -189,6 +196,59 @@ TEST_F(MainWindowTest, close_asksFirst_whenTheDiscIsNotSaved)
     question->button(QMessageBox::Discard)->click();
     drainEventLoop();
     EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(MainWindowTest, close_keepsTheCopyOfADisc_untilTheUserReallyGoes)
+{
+    const QDir copies(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)
+                      + QStringLiteral("/recovery/data"));
+    const auto count = [&copies] { return copies.entryList({QStringLiteral("*.tessaron")}, QDir::Files).size(); };
+    add({tree.path("letter.txt")});
+    window.showPanel(1);
+    window.audioPanel().tracks().edit(QStringLiteral("x"), [](AudioDisc &disc) { disc.minutes = 74; });
+    window.showPanel(0);
+    window.show();
+    window.projects().keeper()->keepCopy();
+    ASSERT_TRUE(runEventLoopUntil([&count] { return count() == 1; }));
+    const auto answer = [this](QMessageBox::StandardButton button) {
+        const QList<QMessageBox *> questions = window.findChildren<QMessageBox *>();
+        ASSERT_FALSE(questions.isEmpty());
+        questions.back()->button(button)->click();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    };
+    window.close();
+    answer(QMessageBox::Discard); // the data disc
+    answer(QMessageBox::Cancel); // and no further
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_EQ(count(), 1);
+    window.close();
+    answer(QMessageBox::Discard);
+    answer(QMessageBox::Discard);
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_TRUE(runEventLoopUntil([&count] { return count() == 0; }));
+}
+
+TEST_F(MainWindowTest, filesOfAnotherProgram_changeNothingBehindADialog)
+{
+    add({tree.path("letter.txt")});
+    window.show();
+    window.saveImage();
+    auto *const dialog = window.findChild<QFileDialog *>();
+    ASSERT_NE(dialog, nullptr);
+    window.openFiles({tree.path("photos")});
+    EXPECT_FALSE(window.dataPanel().dataView().intake().isRunning());
+    EXPECT_TRUE(window.notices().text().contains(QStringLiteral("dialog"))) << window.notices().text().toStdString();
+    dialog->reject();
+    drainEventLoop();
+    add({tree.path("photos")});
+    EXPECT_NE(at("/photos"), nullptr);
+}
+
+TEST_F(MainWindowTest, names_areShownAsTheyAre_alsoThoseThatLookLikeMarkup)
+{
+    window.notices().tell(QStringLiteral("<b>bold</b>.txt is gone."));
+    for (const QLabel *const label : window.notices().findChildren<QLabel *>())
+        EXPECT_EQ(label->textFormat(), Qt::PlainText);
 }
 
 TEST_F(MainWindowTest, panel_makesALayoutForTheFrameworksOwnWriter)
