@@ -166,12 +166,18 @@ SplitDialog *DataPanel::splitDisc()
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(dialog, &SplitDialog::imagesWanted, dialog, [this, dialog] {
         askForSharesFolder(*dialog, DataPanelWords::tr("Save Images Into a New Folder"),
-                           [this, dialog](const QByteArray &folder) { saveShares(dialog->discs(), folder); });
+                           [this, dialog](const QByteArray &folder) {
+                               std::vector<DiscShare> discs = dialog->discs();
+                               dialog->accept(); // the window shows how far it is, and lets the user stop it
+                               saveShares(std::move(discs), folder);
+                           });
     });
     QObject::connect(dialog, &SplitDialog::projectsWanted, dialog, [this, dialog] {
         askForSharesFolder(*dialog, DataPanelWords::tr("Save Projects Into a New Folder"),
                            [this, dialog](const QByteArray &folder) {
-                               saveShareProjects(dialog->discs(), dialog->mediumKey(), folder);
+                               const std::vector<DiscShare> discs = dialog->discs();
+                               dialog->accept();
+                               saveShareProjects(discs, dialog->mediumKey(), folder);
                            });
     });
     QObject::connect(dialog, &SplitDialog::burningWanted, dialog, [this, dialog] {

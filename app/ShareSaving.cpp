@@ -69,10 +69,12 @@ void ShareSaving::take(const JobOutcome &saved)
     m_outcome.path = saved.path;
     if (!host || saved.error || m_waiting.empty()) {
         const std::size_t made = m_count - m_waiting.size() - (saved.error ? 1 : 0);
-        m_outcome.summary = tr("%n image(s) were saved.", nullptr, int(made));
         if (saved.error)
-            m_outcome.summary += u' ' + saved.summary;
-        else if (m_outcome.isComplete)
+            m_outcome.summary =
+                tr("%1 of %n image(s) were saved.", nullptr, int(m_count)).arg(made) + u' ' + saved.summary;
+        else
+            m_outcome.summary = tr("%n image(s) were saved.", nullptr, int(made));
+        if (m_outcome.isComplete)
             m_outcome.summary += u' ' + tr("They were not compared with the files.");
         if (!m_missing.isEmpty()) {
             m_outcome.isComplete = false;

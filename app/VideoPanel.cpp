@@ -261,9 +261,8 @@ void VideoPanel::inspected(const DVDInspectResult &result)
 void VideoPanel::scanned(const ScanResult &result)
 {
     if (result.error || result.sources.empty()) {
-        m_view->progress().end();
         tell(errorText(result.error));
-        changed();
+        forgetDisc();
         return;
     }
     const ScannedSource &source = result.sources.front();

@@ -9,6 +9,8 @@
 #include "tests/support/RunProgram.h"
 #include "tests/support/TemporaryTree.h"
 
+#include <QFileDialog>
+#include <QPointer>
 #include <QPushButton>
 
 #include <gtest/gtest.h>
@@ -123,6 +125,24 @@ TEST_F(SplitDialogTest, images_areMadeOfEachDisc_inANewFolder)
     window.dataPanel().saveShares(discs, tree.path("images"));
     EXPECT_TRUE(runEventLoopUntil([this] { return window.notices().text().contains(QStringLiteral("new folder")); }));
     EXPECT_FALSE(window.isWorking());
+}
+
+TEST_F(SplitDialogTest, dialog_closesOnceAFolderIsChosen_sinceTheWindowShowsTheRest)
+{
+    window.show();
+    (void)smallDiscs();
+    const QPointer<SplitDialog> dialog = proposal();
+    for (QPushButton *const button : dialog->findChildren<QPushButton *>()) {
+        if (button->text().contains(QStringLiteral("Images")))
+            button->click();
+    }
+    auto *const chooser = window.findChild<QFileDialog *>();
+    ASSERT_NE(chooser, nullptr);
+    Q_EMIT chooser->fileSelected(tree.pathText("images"));
+    EXPECT_FALSE(dialog && dialog->isVisible());
+    ASSERT_TRUE(runEventLoopUntil([this] { return outcome.has_value(); }));
+    EXPECT_FALSE(outcome->error) << outcome->summary.toStdString();
+    EXPECT_TRUE(tree.exists("images"));
 }
 
 TEST_F(SplitDialogTest, emptyDisc_isNotSplit)
