@@ -321,8 +321,12 @@ bool ImagePanel::areOfOneFilesystem(const QList<ImagePlace> &places)
 void ImagePanel::lend(const QList<ImagePlace> &places, FileLending::WhenReady whenReady)
 {
     const std::shared_ptr<TessaronPanelDelegate> host = delegate();
-    if (!host || m_path.isEmpty() || m_lending.isWorking())
+    if (!host || m_path.isEmpty())
         return;
+    if (m_lending.isWorking()) {
+        tell(ImagePanelWords::tr("Files are being taken out already. Wait for the end of that, or stop it."));
+        return;
+    }
     if (places.isEmpty()) {
         tell(ImagePanelWords::tr("Choose files or folders of a filesystem first."));
         return;

@@ -89,6 +89,7 @@ void ImageView::showSummary(const QString &text, bool isReady)
     m_pages->setCurrentIndex(text.isEmpty() ? 0 : 1);
     m_compare->setEnabled(isReady);
     m_takeOut->setEnabled(isReady);
+    m_takeFiles->setEnabled(isReady);
     m_copy->setEnabled(isReady);
 }
 

@@ -11,6 +11,7 @@
 #include "tests/app/Waves.h"
 #include "tests/fakedrive/FakeDisc.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/RunProgram.h"
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/DiscJobErrors.h>
 
@@ -227,6 +228,60 @@ TEST_F(BurnDialogTest, discWithSessions_isAddedTo_andWhatBecomesOfItIsTold)
         << outcome->summary.toStdString();
     EXPECT_EQ(disc().sessions(), 2);
     EXPECT_EQ(disc().status, FakeDisc::Status::Appendable);
+}
+
+TEST_F(BurnDialogTest, discThatStartsComputers_isWarnedOf_andWhatIsLostIsTold)
+{
+    tree.makeFile("system/boot.bin", QByteArray(2048, '\x90'));
+    const ProgramRun run = runProgram("genisoimage",
+                                      {"-quiet", "-R", "-b", "boot.bin", "-no-emul-boot", "-c", "boot.cat", "-o",
+                                       tree.path("system.iso"), tree.path("system")});
+    ASSERT_EQ(run.status, 0) << run.errors.constData();
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    window.openFiles({tree.path("system.iso")});
+    ASSERT_TRUE(runEventLoopUntil([this] { return !window.imagePanel().isLooking(); }));
+    const std::optional<BurnSubject> system = window.imagePanel().burnSubject();
+    ASSERT_TRUE(system);
+    BurnDiscOrder first;
+    first.drive = drivePath;
+    first.leavesOpen = true;
+    window.burnDisc(*system, first, DiscFamily::DVDPlusR);
+    waitForOutcome();
+    ASSERT_FALSE(outcome->error) << outcome->summary.toStdString();
+    ASSERT_EQ(disc().status, FakeDisc::Status::Appendable);
+
+    window.showPanel(0);
+    add({tree.path("letter.txt")});
+    const std::unique_ptr<BurnDialog> shown = dialog();
+    EXPECT_TRUE(shown->burnButton().isEnabled()) << shown->text().toStdString();
+    EXPECT_TRUE(shown->text().contains(QStringLiteral("Computers can be started from it now")))
+        << shown->text().toStdString();
+    burn(shown->settings());
+    waitForOutcome();
+    ASSERT_FALSE(outcome->error) << outcome->summary.toStdString();
+    EXPECT_FALSE(outcome->isComplete);
+    EXPECT_TRUE(outcome->summary.contains(QStringLiteral("Computers cannot be started from it")))
+        << outcome->summary.toStdString();
+    EXPECT_TRUE(outcome->details.join(u'\n').contains(QStringLiteral("El Torito")))
+        << outcome->details.join(u'\n').toStdString();
+    // What the next one would add to starts no computers any more, so there is nothing to warn of.
+    EXPECT_FALSE(dialog()->text().contains(QStringLiteral("Computers"))) << dialog()->text().toStdString();
+}
+
+TEST_F(BurnDialogTest, discWhileSomethingElseIsDone_isDeclined_notForgotten)
+{
+    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    tree.makeSparseFile("big", qint64(3) << 30);
+    add({tree.path("big")});
+    burn();
+    ASSERT_TRUE(window.isWorking());
+    std::optional<BurnEnd> end;
+    window.burnDisc(subject(), {}, DiscFamily::DVDPlusR, [&end](BurnEnd how, const JobOutcome &) { end = how; });
+    EXPECT_EQ(end, BurnEnd::Declined);
+    EXPECT_TRUE(window.notices().text().contains(QStringLiteral("Something else")))
+        << window.notices().text().toStdString();
+    window.runner().stop();
+    waitForOutcome();
 }
 
 TEST_F(BurnDialogTest, whatCannotBeAdded_isTold_beforeAnythingIsWritten)

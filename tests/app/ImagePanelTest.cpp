@@ -5,12 +5,14 @@
 #include "app/FileDrops.h"
 #include "app/ImageTreeView.h"
 #include "app/ImageView.h"
+#include "app/JobRunner.h"
 #include "app/MainWindow.h"
 #include "app/NoticeBar.h"
 
 #include "tests/support/EventLoop.h"
 #include "tests/support/RunProgram.h"
 #include "tests/support/TemporaryTree.h"
+#include <TessaronClasses/DiscJobErrors.h>
 
 #include <QAbstractItemModelTester>
 #include <QAction>
@@ -21,11 +23,14 @@
 #include <QStandardPaths>
 #include <QTest>
 #include <QTreeView>
+#include <QtEndian>
 
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <optional>
 #include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
 
 using namespace Tessaron;
 using namespace Tessaron::Desktop;
@@ -50,6 +55,34 @@ protected:
         const ProgramRun run = runProgram(
             "genisoimage", {"-quiet", "-J", "-r", "-V", "HOLIDAY", "-o", tree.path("disc.iso"), tree.path("source")});
         ASSERT_EQ(run.status, 0) << run.errors.constData();
+    }
+    /// An image of a letter, and of a film of half a gigabyte behind it, which takes no room on the disk.
+    void makeLargeImage() const
+    {
+        tree.makeFile("large/a letter", "Dear reader,\n");
+        tree.makeFile("large/film", QByteArray(12'345, 'f'));
+        const ProgramRun run =
+            runProgram("genisoimage", {"-quiet", "-J", "-o", tree.path("disc.iso"), tree.path("large")});
+        ASSERT_EQ(run.status, 0) << run.errors.constData();
+        const auto bothOrders = [](quint32 number) {
+            QByteArray bytes(8, '\0');
+            qToLittleEndian(number, bytes.data());
+            qToBigEndian(number, bytes.data() + 4);
+            return bytes;
+        };
+        QByteArray bytes = tree.contents("disc.iso");
+        constexpr qint64 filmSize = qint64(512) << 20;
+        const qint64 size = bytes.size() + filmSize;
+        for (const qsizetype descriptor : {16, 17})
+            bytes.replace(descriptor * 2048 + 80, 8, bothOrders(quint32(size / 2048)));
+        ASSERT_EQ(bytes.count(bothOrders(12'345)), 2) << "in ISO 9660 and in Joliet";
+        bytes.replace(bothOrders(12'345), bothOrders(quint32(filmSize)));
+        tree.makeFile("disc.iso", bytes);
+        ASSERT_EQ(::truncate(tree.path("disc.iso").constData(), size), 0);
+    }
+    [[nodiscard]] static std::filesystem::path loans()
+    {
+        return QStandardPaths::writableLocation(QStandardPaths::CacheLocation).toStdString() + "/lent";
     }
     [[nodiscard]] ImagePanel &panel() { return window.imagePanel(); }
     void open(const QByteArray &name)
@@ -390,9 +423,82 @@ TEST_F(ImagePanelTest, copyThatFails_leavesNothing_andTheClipboardAsItWas)
     EXPECT_FALSE(panel().lending().isWorking());
     EXPECT_TRUE(panel().lending().paths().isEmpty());
     EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("before"));
-    const std::filesystem::path loans =
-        QStandardPaths::writableLocation(QStandardPaths::CacheLocation).toStdString() + "/lent";
-    EXPECT_TRUE(runEventLoopUntil([&loans] { return std::filesystem::is_empty(loans); }));
+    EXPECT_TRUE(runEventLoopUntil([] { return std::filesystem::is_empty(loans()); }));
+}
+
+TEST_F(ImagePanelTest, copyThatIsCancelled_leavesNothing_andThePanelGoesOn)
+{
+    makeLargeImage();
+    open("disc.iso");
+    QGuiApplication::clipboard()->setText(QStringLiteral("before"));
+    panel().copyFiles({ImagePlace{VolumeKind::Joliet, std::nullopt, {}}});
+    // The letter is there, and the film is on its way.
+    const auto isBegun = [] {
+        std::error_code ignored;
+        for (auto entry = std::filesystem::recursive_directory_iterator(loans(), ignored);
+             !ignored && entry != std::filesystem::end(entry); entry.increment(ignored)) {
+            if (entry->path().filename() == "a letter")
+                return true;
+        }
+        return false;
+    };
+    ASSERT_TRUE(runEventLoopUntil(isBegun));
+    window.runner().cancel();
+    waitForOutcome();
+    EXPECT_TRUE(isDiscJobError(outcome->error, DiscJobErrorCode::Cancelled)) << outcome->summary.toStdString();
+    EXPECT_FALSE(outcome->summary.contains(QStringLiteral("stays"))) << outcome->summary.toStdString();
+    EXPECT_TRUE(runEventLoopUntil([] { return std::filesystem::is_empty(loans()); }));
+    EXPECT_FALSE(panel().lending().isWorking());
+    EXPECT_TRUE(panel().lending().paths().isEmpty());
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("before"));
+    EXPECT_FALSE(window.isWorking());
+
+    outcome.reset();
+    panel().copyFiles({ImagePlace{VolumeKind::Joliet, std::nullopt, "a letter"}});
+    waitForOutcome();
+    EXPECT_FALSE(outcome->error) << outcome->summary.toStdString();
+    ASSERT_EQ(panel().lending().paths().size(), 1);
+    EXPECT_EQ(bytesAt(panel().lending().paths().front()), "Dear reader,\n");
+}
+
+TEST_F(ImagePanelTest, takingOutThatIsCancelled_leavesNoFileThatLooksWhole_andTellsWhatStays)
+{
+    makeLargeImage();
+    open("disc.iso");
+    panel().takeOutFiles({}, tree.path("out"));
+    ASSERT_TRUE(runEventLoopUntil([this] { return tree.exists("out/A_LETTER") || tree.exists("out/a letter"); }));
+    window.runner().cancel();
+    waitForOutcome();
+    EXPECT_TRUE(isDiscJobError(outcome->error, DiscJobErrorCode::Cancelled)) << outcome->summary.toStdString();
+    EXPECT_TRUE(outcome->summary.contains(QStringLiteral("stays: 1 file"))) << outcome->summary.toStdString();
+    const std::filesystem::path out = tree.path("out").toStdString();
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(out), std::filesystem::directory_iterator()), 1);
+}
+
+TEST_F(ImagePanelTest, secondCopy_isToldToWait)
+{
+    makeLargeImage();
+    open("disc.iso");
+    panel().copyFiles({ImagePlace{VolumeKind::Joliet, std::nullopt, {}}});
+    panel().copyFiles({ImagePlace{VolumeKind::Joliet, std::nullopt, "a letter"}});
+    EXPECT_TRUE(window.notices().text().contains(QStringLiteral("already"))) << window.notices().text().toStdString();
+    ASSERT_TRUE(runEventLoopUntil([this] { return window.isWorking(); }));
+    window.runner().cancel();
+    waitForOutcome();
+}
+
+TEST_F(ImagePanelTest, withoutAnImage_nothingCanBeTakenOut)
+{
+    const auto areEnabled = [this] {
+        QList<bool> states;
+        for (const QAction *const action : view().tree().actions())
+            states << action->isEnabled();
+        return states;
+    };
+    EXPECT_EQ(areEnabled(), QList<bool>({false, false, false}));
+    makeImage();
+    open("disc.iso");
+    EXPECT_EQ(areEnabled(), QList<bool>({true, true, true}));
 }
 
 TEST_F(ImagePanelTest, folder_bringsWhatIsChosenInIt_once)
