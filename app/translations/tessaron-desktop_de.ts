@@ -271,6 +271,10 @@
             <source>Drag it once more to drop it.</source>
             <translation>Ziehen Sie es noch einmal, um es abzulegen.</translation>
         </message>
+        <message>
+            <source>Files are being taken out already. Wait for the end of that, or stop it.</source>
+            <translation>Es werden schon Dateien entnommen. Warten Sie das Ende ab, oder halten Sie es an.</translation>
+        </message>
     </context>
     <context>
         <name>JobOutcomes</name>
@@ -508,6 +512,10 @@
                 <numerusform>%n Datei ist stellenweise beschädigt.</numerusform>
                 <numerusform>%n Dateien sind stellenweise beschädigt.</numerusform>
             </translation>
+        </message>
+        <message>
+            <source>Computers cannot be started from it any more.</source>
+            <translation>Computer lassen sich davon nicht mehr starten.</translation>
         </message>
     </context>
     <context>
@@ -1655,6 +1663,10 @@
             <source>Something else is being done. Wait for its end, or stop it.</source>
             <translation>Etwas anderes läuft noch. Warten Sie das Ende ab, oder halten Sie es an.</translation>
         </message>
+        <message>
+            <source>The files were not opened, since a dialog was open. Open them again.</source>
+            <translation>Die Dateien wurden nicht geöffnet, weil ein Dialog offen war. Öffnen Sie sie noch einmal.</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::NoticeBar</name>
@@ -1854,6 +1866,13 @@
         <message>
             <source>They were not compared with the files.</source>
             <translation>Sie wurden nicht mit den Dateien verglichen.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%1 of %n image(s) were saved.</source>
+            <translation>
+                <numerusform>%1 von %n Abbild wurde gespeichert.</numerusform>
+                <numerusform>%1 von %n Abbildern wurden gespeichert.</numerusform>
+            </translation>
         </message>
     </context>
     <context>

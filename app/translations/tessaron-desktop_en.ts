@@ -374,6 +374,13 @@
                 <numerusform>%n images were saved.</numerusform>
             </translation>
         </message>
+        <message numerus="yes">
+            <source>%1 of %n image(s) were saved.</source>
+            <translation>
+                <numerusform>%1 of %n image was saved.</numerusform>
+                <numerusform>%1 of %n images were saved.</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::SplitDialog</name>

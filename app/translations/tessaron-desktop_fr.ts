@@ -271,6 +271,10 @@
             <source>Drag it once more to drop it.</source>
             <translation>Faites-le glisser encore une fois pour le déposer.</translation>
         </message>
+        <message>
+            <source>Files are being taken out already. Wait for the end of that, or stop it.</source>
+            <translation>Des fichiers sont déjà en cours d’extraction. Attendez la fin, ou arrêtez.</translation>
+        </message>
     </context>
     <context>
         <name>JobOutcomes</name>
@@ -508,6 +512,10 @@
                 <numerusform>%n fichier est abîmé par endroits.</numerusform>
                 <numerusform>%n fichiers sont abîmés par endroits.</numerusform>
             </translation>
+        </message>
+        <message>
+            <source>Computers cannot be started from it any more.</source>
+            <translation>Les ordinateurs ne peuvent plus démarrer à partir de ce disque.</translation>
         </message>
     </context>
     <context>
@@ -1655,6 +1663,10 @@
             <source>Something else is being done. Wait for its end, or stop it.</source>
             <translation>Une autre tâche est en cours. Attendez sa fin ou arrêtez-la.</translation>
         </message>
+        <message>
+            <source>The files were not opened, since a dialog was open. Open them again.</source>
+            <translation>Les fichiers n’ont pas été ouverts, car un dialogue était ouvert. Ouvrez-les de nouveau.</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::NoticeBar</name>
@@ -1854,6 +1866,13 @@
         <message>
             <source>They were not compared with the files.</source>
             <translation>Elles n’ont pas été comparées avec les fichiers.</translation>
+        </message>
+        <message numerus="yes">
+            <source>%1 of %n image(s) were saved.</source>
+            <translation>
+                <numerusform>%1 image sur %n a été enregistrée.</numerusform>
+                <numerusform>%1 images sur %n ont été enregistrées.</numerusform>
+            </translation>
         </message>
     </context>
     <context>

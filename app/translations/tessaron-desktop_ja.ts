@@ -267,6 +267,10 @@
             <source>Drag it once more to drop it.</source>
             <translation>もう一度ドラッグするとドロップできます。</translation>
         </message>
+        <message>
+            <source>Files are being taken out already. Wait for the end of that, or stop it.</source>
+            <translation>ファイルはすでに取り出し中です。終わるのを待つか、中止してください。</translation>
+        </message>
     </context>
     <context>
         <name>JobOutcomes</name>
@@ -483,6 +487,10 @@
             <translation>
                 <numerusform>%n 個のファイルに壊れている箇所があります。</numerusform>
             </translation>
+        </message>
+        <message>
+            <source>Computers cannot be started from it any more.</source>
+            <translation>このディスクからはもうコンピューターを起動できません。</translation>
         </message>
     </context>
     <context>
@@ -1612,6 +1620,10 @@
             <source>Something else is being done. Wait for its end, or stop it.</source>
             <translation>別の処理の実行中です。終わるのを待つか、停止してください。</translation>
         </message>
+        <message>
+            <source>The files were not opened, since a dialog was open. Open them again.</source>
+            <translation>ダイアログが開いていたため、ファイルは開かれませんでした。もう一度開いてください。</translation>
+        </message>
     </context>
     <context>
         <name>Tessaron::Desktop::NoticeBar</name>
@@ -1807,6 +1819,12 @@
         <message>
             <source>They were not compared with the files.</source>
             <translation>ファイルとの比較は行っていません。</translation>
+        </message>
+        <message numerus="yes">
+            <source>%1 of %n image(s) were saved.</source>
+            <translation>
+                <numerusform>%n 個のうち %1 個のイメージを保存しました。</numerusform>
+            </translation>
         </message>
     </context>
     <context>
