@@ -1,5 +1,7 @@
 #include "app/TextLanguages.h"
 
+#include "app/Words.h"
+
 #include <QCoreApplication>
 #include <QLocale>
 
@@ -54,9 +56,7 @@ QString textLanguageName(std::uint8_t language)
                                     [language](const TextLanguage &each) { return each.number == language; });
     if (found == textLanguages.end())
         return QCoreApplication::translate("TextLanguages", "Language %1").arg(language);
-    if (found->language == QLocale::English)
-        return QStringLiteral("English"); // QLocale says "American English"
-    QString name = QLocale(found->language).nativeLanguageName();
+    QString name = ownNameOfLanguage(found->language);
     if (!name.isEmpty())
         name.front() = name.front().toUpper();
     return name.isEmpty() ? QLocale::languageToString(found->language) : name;

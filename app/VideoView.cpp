@@ -39,9 +39,9 @@ QString languageText(const QByteArray &language)
     const QLocale::Language known = QLocale::codeToLanguage(QString::fromLatin1(language));
     if (known == QLocale::AnyLanguage || known == QLocale::C)
         return QString::fromLatin1(language);
-    // As the player says it. English's own name would come with a country: "American English".
+    // As the player says it.
     const QLocale::Language users = QLocale().language();
-    const QString own = QLocale(known).nativeLanguageName();
+    const QString own = ownNameOfLanguage(known);
     return users == QLocale::English || users == QLocale::C || own.isEmpty() ? QLocale::languageToString(known) : own;
 }
 

@@ -100,6 +100,16 @@ TEST_F(AudioTextsTest, textsOfSeveralLanguages_areEdited_added_andTakenAway)
     EXPECT_TRUE(disc.texts.empty());
 }
 
+TEST_F(AudioTextsTest, languages_haveTheirOwnNames_withoutACountry)
+{
+    EXPECT_EQ(textLanguageName(CDTextBlock::english), QStringLiteral("English"));
+    EXPECT_EQ(textLanguageName(0x0A), QString::fromUtf8("Espa\xC3\xB1ol"));
+    EXPECT_EQ(textLanguageName(0x0F),
+              QString::fromUtf8("Fran\xC3\xA7"
+                                "ais"));
+    EXPECT_EQ(textLanguageName(0x75), QString::fromUtf8("\xE4\xB8\xAD\xE6\x96\x87"));
+}
+
 TEST_F(AudioTextsTest, languages_areEightAtMost)
 {
     add({tree.path("a.wav")});

@@ -9,6 +9,7 @@
 #include "tests/support/TemporaryTree.h"
 #include <TessaronClasses/BurnDiscJob.h>
 
+#include <QLocale>
 #include <QTreeWidget>
 
 #include <algorithm>
@@ -50,6 +51,19 @@ protected:
 };
 
 } // namespace
+
+TEST_F(VideoPanelTest, languages_haveTheirOwnNames_whereTheUserHasAnother)
+{
+    const QLocale before;
+    QLocale::setDefault(QLocale(QLocale::German));
+    open(tree.path("Holiday"));
+    QLocale::setDefault(before);
+    const QTreeWidget &rows = panel().videoView().tree();
+    ASSERT_GT(rows.topLevelItemCount(), 0);
+    ASSERT_GT(rows.topLevelItem(0)->childCount(), 4);
+    const QString sound = rows.topLevelItem(0)->child(4)->text(2);
+    EXPECT_TRUE(sound.startsWith(QStringLiteral("English, "))) << sound.toStdString();
+}
 
 TEST_F(VideoPanelTest, folder_showsTitlesChaptersStreamsAndMenus)
 {
