@@ -48,11 +48,12 @@ Result<QJsonObject> projectAt(const QByteArray &path)
         return notAProject(path, file.errorString());
     if (file.size() > longestProject)
         return notAProject(path, ProjectWords::tr("it is too long for a project"));
-    QJsonParseError fault;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &fault);
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    if (document.isNull())
+        return notAProject(path, ProjectWords::tr("it is not a project, or it is damaged"));
     const QJsonObject object = document.object();
-    if (document.isNull() || object.value(QStringLiteral("format")).toString() != formatName)
-        return notAProject(path, document.isNull() ? fault.errorString() : ProjectWords::tr("it is not a project"));
+    if (object.value(QStringLiteral("format")).toString() != formatName)
+        return notAProject(path, ProjectWords::tr("it is not a project"));
     if (object.value(QStringLiteral("version")).toInt() > currentVersion)
         return notAProject(path, ProjectWords::tr("it was saved by a newer version of this program"));
     return object;

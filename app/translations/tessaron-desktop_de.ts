@@ -579,6 +579,10 @@
             <source>it has a track without a file</source>
             <translation>es hat einen Titel ohne Datei</translation>
         </message>
+        <message>
+            <source>it is not a project, or it is damaged</source>
+            <translation>Es ist kein Projekt oder ein beschädigtes</translation>
+        </message>
     </context>
     <context>
         <name>ShareSaving</name>

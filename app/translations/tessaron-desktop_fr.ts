@@ -579,6 +579,10 @@
             <source>it has a track without a file</source>
             <translation>il a une piste sans fichier</translation>
         </message>
+        <message>
+            <source>it is not a project, or it is damaged</source>
+            <translation>ce n’est pas un projet, ou il est endommagé</translation>
+        </message>
     </context>
     <context>
         <name>ShareSaving</name>

@@ -554,6 +554,10 @@
             <source>it has a track without a file</source>
             <translation>ファイルのないトラックがあります</translation>
         </message>
+        <message>
+            <source>it is not a project, or it is damaged</source>
+            <translation>プロジェクトではないか、壊れています</translation>
+        </message>
     </context>
     <context>
         <name>ShareSaving</name>
