@@ -154,7 +154,7 @@ JobOutcome outcomeOf(const BurnDiscResult &result, bool isSimulated, const QStri
             u' ' + JobOutcomes::tr("%n file(s) that it had were replaced.", nullptr, int(result.replaced.size()));
     if (result.verification || result.bytesCompared > 0)
         outcome.summary += u' ' + JobOutcomes::tr("It was compared with what was to be written, and is the same.");
-    if (result.isStartLost)
+    if (result.isStartLost && !isSimulated)
         outcome.summary += u' ' + JobOutcomes::tr("Computers cannot be started from it any more.");
     if (!result.isImage)
         outcome.summary += u' ' + lossesText(result.data, missing, outcome);
