@@ -1,12 +1,11 @@
 #include "app/TextLanguages.h"
 
-#include "app/Words.h"
-
 #include <QCoreApplication>
 #include <QLocale>
 
 #include <algorithm>
 #include <array>
+#include <platform/foundation/LanguageNames.h>
 #include <set>
 
 namespace Tessaron::Desktop

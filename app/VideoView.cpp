@@ -11,11 +11,12 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QLocale>
 #include <QPushButton>
 #include <QStackedLayout>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+
+#include <platform/foundation/LanguageNames.h>
 
 namespace Tessaron::Desktop
 {
@@ -36,13 +37,8 @@ QString languageText(const QByteArray &language)
 {
     if (language.isEmpty())
         return VideoView::tr("any language");
-    const QLocale::Language known = QLocale::codeToLanguage(QString::fromLatin1(language));
-    if (known == QLocale::AnyLanguage || known == QLocale::C)
-        return QString::fromLatin1(language);
-    // As the player says it.
-    const QLocale::Language users = QLocale().language();
-    const QString own = ownNameOfLanguage(known);
-    return users == QLocale::English || users == QLocale::C || own.isEmpty() ? QLocale::languageToString(known) : own;
+    const QString name = languageName(language);
+    return name.isEmpty() ? QString::fromLatin1(language) : name;
 }
 
 QString purposeText(DVDStreamPurpose purpose)

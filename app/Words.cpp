@@ -31,20 +31,6 @@ QString withFullStop(const QString &sentence)
 
 } // namespace
 
-QString ownNameOfLanguage(QLocale::Language language)
-{
-    switch (language) {
-    case QLocale::Chinese:
-        return QStringLiteral("中文");
-    case QLocale::English:
-        return QStringLiteral("English");
-    case QLocale::Spanish:
-        return QStringLiteral("español");
-    default:
-        return QLocale(language).nativeLanguageName();
-    }
-}
-
 QString sizeText(std::uint64_t bytes)
 {
     if (bytes < 1000)

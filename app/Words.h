@@ -3,7 +3,6 @@
 #include <TessaronClasses/DiscJob.h>
 #include <TessaronClasses/ZelFileAttribute.h>
 
-#include <QLocale>
 #include <QString>
 
 #include <chrono>
@@ -24,9 +23,6 @@ namespace Tessaron::Desktop
 
 /// "0:32" or "1:02:05".
 [[nodiscard]] QString durationText(std::chrono::seconds duration);
-
-/// The language's own name for itself, without the country that Qt adds to some; empty for none.
-[[nodiscard]] QString ownNameOfLanguage(QLocale::Language language);
 
 /// "Writing", "Comparing" … `isForDrive` when it is a drive that takes the image, and not a file.
 [[nodiscard]] QString phaseText(DiscJobPhase phase, bool isForDrive = false);

@@ -2,9 +2,8 @@
 
 #include "platform/dvdplayback/DVDPlayback.h"
 #include "platform/foundation/FileSystemRepresentation.h"
+#include "platform/foundation/LanguageNames.h"
 #include "platform/foundation/NSBundle.h"
-
-#include <QLocale>
 
 #include <array>
 
@@ -75,18 +74,6 @@ QString purposeName(DVDStreamPurpose purpose)
         return playerText("forced");
     }
     return {};
-}
-
-/// In the user's language where Qt knows it, else in its own; empty for a code that stands for no language.
-QString languageName(const QByteArray &code)
-{
-    const QLocale::Language language = QLocale::codeToLanguage(QString::fromLatin1(code));
-    if (language == QLocale::AnyLanguage || language == QLocale::C)
-        return {};
-    const QLocale::Language users = QLocale().language();
-    const QString own = QLocale(language).nativeLanguageName();
-    return users == QLocale::English || users == QLocale::C || own.isEmpty() ? QLocale::languageToString(language)
-                                                                             : own;
 }
 
 QString joined(QStringList parts)
