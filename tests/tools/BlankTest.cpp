@@ -8,8 +8,6 @@ namespace Tessaron::Testing
 namespace
 {
 
-constexpr int cdBlocks = 359'849;
-constexpr int dvdBlocks = 2'298'496;
 constexpr int bdBlocks = 11'826'176;
 constexpr int formatCommand = 0x04;
 
@@ -32,7 +30,7 @@ protected:
 
 TEST_F(Blank, format_makesADVDRWOverwritable_andItIsWrittenAgainAndAgain)
 {
-    insert(FakeProfile::DVDMinusRW, dvdBlocks);
+    insert(FakeProfile::DVDMinusRW, dvdMinusBlocks);
     const ChildResult result = blank({"--format"});
     ASSERT_EQ(result.exitStatus, 0) << result.errors.constData();
     EXPECT_TRUE(result.errors.contains("formatted a DVD-RW")) << result.errors.constData();
@@ -99,7 +97,7 @@ TEST_F(Blank, format_isRefused_whereADiscHasNone)
 
 TEST_F(Blank, failingFormat_saysWhatTheDiscIsWorth)
 {
-    insert(FakeProfile::DVDMinusRW, dvdBlocks);
+    insert(FakeProfile::DVDMinusRW, dvdMinusBlocks);
     ASSERT_EQ(burnt(0)[u"condition"], QStringLiteral("written"));
     FakeDisc written = disc();
     written.faults = {{formatCommand, 0, 0, 3, 0x31, 0}};

@@ -12,9 +12,6 @@ namespace Tessaron::Testing
 namespace
 {
 
-constexpr int cdBlocks = 359'849;
-constexpr int dvdBlocks = 2'295'104;
-
 class AppendToDisc : public BurnFixture
 {
 protected:
@@ -89,9 +86,9 @@ TEST_P(AppendToKinds, secondSession_listsTheFilesOfBoth_forOtherPrograms)
 INSTANTIATE_TEST_SUITE_P(AppendToKinds, AppendToKinds,
                          testing::Values(KindOfDisc{"CDR", FakeProfile::CDR, cdBlocks},
                                          KindOfDisc{"CDRW", FakeProfile::CDRW, cdBlocks},
-                                         KindOfDisc{"DVDMinusR", FakeProfile::DVDMinusR, 2'298'496},
-                                         KindOfDisc{"DVDMinusRW", FakeProfile::DVDMinusRW, 2'298'496},
-                                         KindOfDisc{"DVDPlusR", FakeProfile::DVDPlusR, dvdBlocks},
+                                         KindOfDisc{"DVDMinusR", FakeProfile::DVDMinusR, dvdMinusBlocks},
+                                         KindOfDisc{"DVDMinusRW", FakeProfile::DVDMinusRW, dvdMinusBlocks},
+                                         KindOfDisc{"DVDPlusR", FakeProfile::DVDPlusR, dvdPlusBlocks},
                                          KindOfDisc{"BDR", FakeProfile::BDR, 11'826'176}),
                          nameOfTest<KindOfDisc>);
 
@@ -111,7 +108,7 @@ TEST_F(AppendToDisc, thirdSession_leadsToTheFirst)
 {
     makeTwoFolders();
     m_tree.makeFile("third/last.txt", "last");
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     append("first");
     append("second");
     EXPECT_EQ(append("third", 0, {"--verify"})[u"keptFiles"], 6);
@@ -156,7 +153,7 @@ TEST_F(AppendToDisc, sessionOfAnotherProgram_isKept_withItsAttributes)
     m_tree.setModificationTime("first/script.sh", 1'000'000'000);
     m_tree.makeFile("first/Långt namn med mellanslag.txt", QByteArray(5000, 'n'));
     m_tree.makeFile("second/new.txt", "new");
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     addForeignSession(foreignImage("first", {"-R", "-J", "-V", "FOREIGN"}));
     const QJsonObject report = append("second", 0, {"--verify"});
     EXPECT_EQ(report[u"volumeName"], QStringLiteral("FOREIGN"));
@@ -191,7 +188,7 @@ TEST_F(AppendToDisc, sessionOfUDFAlone_isKept)
 {
     makeTwoFolders();
     m_tree.makeFile("first/Långt namn.txt", QByteArray(5000, 'n'));
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     addForeignSession(withoutIso9660(foreignImage("first", {"-R", "-udf", "-V", "FOREIGN"})));
     const QJsonObject report = append("second", 0, {"--verify"});
     EXPECT_EQ(report[u"volumeName"], QStringLiteral("FOREIGN"));
@@ -210,7 +207,7 @@ TEST_F(AppendToDisc, sessionOfHFSPlusAlone_isKept_withItsAttributes)
     const ProgramRun run = runProgram(
         "xorriso", {"-as", "mkisofs", "-quiet", "-R", "-hfsplus", "-o", m_tree.path("mac.iso"), m_tree.path("first")});
     ASSERT_EQ(run.status, 0) << run.errors.constData();
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     addForeignSession(withoutIso9660(m_tree.contents("mac.iso")));
     append("second", 0, {"--verify"});
     extractWith(mediumFile(), lastSession());
@@ -226,13 +223,13 @@ TEST_F(AppendToDisc, sessionOfHFSPlusAlone_isKept_withItsAttributes)
 TEST_F(AppendToDisc, names_areThoseThatAnotherProgramMakes_ofTheSameSessions)
 {
     makeTwoFolders();
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     addForeignSession(foreignImage("first", {"-R"}));
     const QByteArray begin = QByteArray::number(disc().nextBlock());
     append("second");
     const std::set<std::string> ours = namesListed(mediumFile(), lastSession());
     // The same session, made by a program that reads the first one itself.
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     addForeignSession(foreignImage("first", {"-R"}));
     m_tree.makeFile("begin.img", m_tree.contents("foreign.iso"));
     addForeignSession(foreignImage("second", {"-R", "-C", "0," + begin, "-M", m_tree.path("begin.img")}));
@@ -243,7 +240,7 @@ TEST_F(AppendToDisc, discThatStartsComputers_doesNotAnyMore_andThatIsTold)
 {
     makeTwoFolders();
     m_tree.makeFile("first/boot.bin", QByteArray(2048, '\x90'));
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     addForeignSession(foreignImage("first", {"-R", "-b", "boot.bin", "-no-emul-boot", "-c", "boot.cat"}));
     const QJsonObject report = append("second", 3);
     EXPECT_EQ(report[u"condition"], QStringLiteral("written"));
@@ -273,7 +270,7 @@ TEST_F(AppendToDisc, soundBeforeData_needsNothingKept)
 TEST_F(AppendToDisc, unknownContents_areNotHidden_butRefused)
 {
     m_tree.makeFile("second/new.txt", "new");
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     addForeignSession(QByteArray(1 << 20, '\x5A'));
     const QJsonObject report = append("second", 1);
     EXPECT_EQ(report[u"error"].toObject()[u"kind"], QStringLiteral("destination"));
@@ -285,7 +282,7 @@ TEST_F(AppendToDisc, unknownContents_areNotHidden_butRefused)
 TEST_F(AppendToDisc, damagedDirectory_isRefused_byItsName)
 {
     makeTwoFolders();
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     QByteArray image = foreignImage("first", {"-R"});
     const ProgramRun run = runProgram("isoinfo", {"-l", "-i", m_tree.path("foreign.iso")});
     // The record "." of the folder leads to itself: the folder's block ends with it when its length is wrong.

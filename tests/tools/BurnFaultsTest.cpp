@@ -12,11 +12,6 @@ namespace Tessaron::Testing
 namespace
 {
 
-constexpr int cdBlocks = 359'849;
-constexpr int dvdBlocks = 2'295'104;
-constexpr int writeCommand = 0x2A;
-constexpr int closeCommand = 0x5B;
-
 class BurnToDrive : public BurnFixture
 {
 protected:
@@ -46,12 +41,12 @@ TEST_P(BurnKinds, blankDisc_isWrittenClosedAndCompared)
 INSTANTIATE_TEST_SUITE_P(BurnKinds, BurnKinds,
                          testing::Values(KindOfDisc{"CDR", FakeProfile::CDR, cdBlocks, "CD-R"},
                                          KindOfDisc{"CDRW", FakeProfile::CDRW, cdBlocks, "CD-RW"},
-                                         KindOfDisc{"DVDPlusR", FakeProfile::DVDPlusR, dvdBlocks, "DVD+R"},
-                                         KindOfDisc{"DVDPlusRW", FakeProfile::DVDPlusRW, dvdBlocks, "DVD+RW"},
-                                         KindOfDisc{"DVDMinusR", FakeProfile::DVDMinusR, 2'298'496, "DVD-R"},
-                                         KindOfDisc{"DVDMinusRW", FakeProfile::DVDMinusRW, 2'298'496, "DVD-RW"},
+                                         KindOfDisc{"DVDPlusR", FakeProfile::DVDPlusR, dvdPlusBlocks, "DVD+R"},
+                                         KindOfDisc{"DVDPlusRW", FakeProfile::DVDPlusRW, dvdPlusBlocks, "DVD+RW"},
+                                         KindOfDisc{"DVDMinusR", FakeProfile::DVDMinusR, dvdMinusBlocks, "DVD-R"},
+                                         KindOfDisc{"DVDMinusRW", FakeProfile::DVDMinusRW, dvdMinusBlocks, "DVD-RW"},
                                          KindOfDisc{"DVDMinusRWOverwritable", FakeProfile::DVDMinusRWOverwrite,
-                                                    2'298'496, "DVD-RW"},
+                                                    dvdMinusBlocks, "DVD-RW"},
                                          KindOfDisc{"BDR", FakeProfile::BDR, 11'826'176, "BD-R"},
                                          KindOfDisc{"BDRE", FakeProfile::BDRE, 11'826'176, "BD-RE"}),
                          nameOfTest<KindOfDisc>);
@@ -137,7 +132,7 @@ TEST_F(BurnToDrive, simulation_leavesTheDiscAsItWas)
     insert(FakeProfile::CDRW, cdBlocks);
     EXPECT_EQ(burnt(0, {"--simulate"})[u"condition"], QStringLiteral("unchanged"));
     EXPECT_EQ(disc().status, FakeDisc::Status::Blank);
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     EXPECT_EQ(burnt(1, {"--simulate"})[u"fault"], QStringLiteral("wrong-disc"));
 }
 
@@ -165,12 +160,12 @@ TEST_F(BurnToDrive, blank_refuses_whatCannotBeBlanked)
 
 TEST_F(BurnToDrive, drives_tellsOfADisc_onlyWhenTheDriveIsNamed)
 {
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     const ChildResult result = runWithDrive({"drives", "--json", "/dev/sr0"});
     ASSERT_EQ(result.exitStatus, 0) << result.errors.constData();
     const QJsonObject drive = jsonOf(result.output)[u"drives"].toArray().first().toObject();
     EXPECT_EQ(drive[u"disc"].toObject()[u"state"], QStringLiteral("blank"));
-    EXPECT_EQ(drive[u"disc"].toObject()[u"freeBlocks"], dvdBlocks);
+    EXPECT_EQ(drive[u"disc"].toObject()[u"freeBlocks"], dvdPlusBlocks);
     EXPECT_EQ(drive[u"disc"].toObject()[u"profileName"], QStringLiteral("DVD+R"));
 }
 
@@ -194,7 +189,7 @@ class BurnFaults : public BurnToDrive, public testing::WithParamInterface<FaultC
 TEST_P(BurnFaults, fault_isTold_withWhatTheDiscIsWorth)
 {
     const FaultCase &one = GetParam();
-    insert(one.profile, one.profile == FakeProfile::CDR || one.profile == FakeProfile::CDRW ? cdBlocks : dvdBlocks,
+    insert(one.profile, one.profile == FakeProfile::CDR || one.profile == FakeProfile::CDRW ? cdBlocks : dvdPlusBlocks,
            {one.fault});
     const QJsonObject report = burnt(1);
     EXPECT_EQ(report[u"fault"], QString::fromUtf8(one.told));
@@ -233,13 +228,13 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(BurnToDrive, oneReset_isOvercome)
 {
-    insert(FakeProfile::DVDPlusRW, dvdBlocks, {{writeCommand, 2, 1, 6, 0x29, 0}});
+    insert(FakeProfile::DVDPlusRW, dvdPlusBlocks, {{writeCommand, 2, 1, 6, 0x29, 0}});
     EXPECT_EQ(burnt(0, {"--verify"})[u"condition"], QStringLiteral("written"));
 }
 
 TEST_F(BurnToDrive, unreadableBlock_isFound_byTheComparison)
 {
-    insert(FakeProfile::DVDPlusR, dvdBlocks, {{0x28, 0, 0, 3, 0x11, 0}, {0xA8, 0, 0, 3, 0x11, 0}});
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks, {{0x28, 0, 0, 3, 0x11, 0}, {0xA8, 0, 0, 3, 0x11, 0}});
     const QJsonObject report = burnt(1, {"--verify"});
     EXPECT_EQ(report[u"condition"], QStringLiteral("written"));
 }
@@ -299,7 +294,7 @@ protected:
 
 TEST_F(BurnHeld, interruption_whileTheSessionIsClosed_waitsForItsEnd)
 {
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     const ChildResult result = interruptedAt("5b", {"burn", "--drive", "/dev/sr0", "--json", m_tree.path("source")});
     EXPECT_EQ(jsonOf(result.output)[u"condition"], QStringLiteral("written")) << result.errors.constData();
     EXPECT_EQ(result.exitStatus, 0) << result.errors.constData();
@@ -338,7 +333,7 @@ TEST_F(BurnToDrive, failingBlanking_saysWhatTheDiscIsWorth)
 
 TEST_F(BurnToDrive, failingAppend_leavesWhatTheDiscHad)
 {
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     ASSERT_EQ(burnt(0, {"--multi"})[u"condition"], QStringLiteral("written"));
     FakeDisc written = disc();
     written.faults = {{writeCommand, 2, 0, 3, 0x0C, 0}};

@@ -10,6 +10,15 @@
 namespace Tessaron::Testing
 {
 
+/// Sizes of discs, in blocks: a CD of 80 minutes, DVD+R and DVD+RW, DVD-R and DVD-RW.
+inline constexpr int cdBlocks = 359'849;
+inline constexpr int dvdPlusBlocks = 2'295'104;
+inline constexpr int dvdMinusBlocks = 2'298'496;
+
+/// Operation codes (MMC-5 6).
+inline constexpr int writeCommand = 0x2A;
+inline constexpr int closeCommand = 0x5B;
+
 /// A kind of disc that tests are repeated for.
 struct KindOfDisc {
     const char *name; ///< of the test

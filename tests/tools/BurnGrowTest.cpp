@@ -11,7 +11,6 @@ namespace
 {
 
 constexpr int smallDisc = 20'000; // blocks
-constexpr int writeCommand = 0x2A;
 
 /// Adding to what is overwritten, which has no sessions.
 class GrowBase : public BurnFixture

@@ -10,10 +10,7 @@ namespace Tessaron::Testing
 namespace
 {
 
-constexpr int cdBlocks = 359'849;
-constexpr int dvdBlocks = 2'295'104;
 constexpr int trayCommand = 0x1B;
-constexpr int writeCommand = 0x2A;
 
 class BurnOptions : public BurnFixture
 {
@@ -28,7 +25,7 @@ protected:
 
 TEST_F(BurnOptions, disc_staysIn_unlessItIsToBeEjected)
 {
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     EXPECT_EQ(burnt(0)[u"condition"], QStringLiteral("written"));
     EXPECT_FALSE(disc().isTrayOut);
     // Opened, let go after the writing, and opened once more to see what became of the disc.
@@ -37,7 +34,7 @@ TEST_F(BurnOptions, disc_staysIn_unlessItIsToBeEjected)
 
 TEST_F(BurnOptions, ejectedDisc_isOut_onceAllIsWrittenAndCompared)
 {
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     const QJsonObject report = burnt(0, {"--eject", "--verify"});
     EXPECT_EQ(report[u"condition"], QStringLiteral("written"));
     EXPECT_EQ(notesOf(report), QString());
@@ -81,14 +78,14 @@ TEST_F(BurnOptions, speed_isCountedFromThatOfTheKindOfDisc)
     insert(FakeProfile::CDR, cdBlocks);
     EXPECT_EQ(burnt(0, {"--speed", "8"})[u"condition"], QStringLiteral("written"));
     EXPECT_EQ(disc().writeSpeed, 1412); // 8 times 176.4
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     EXPECT_EQ(burnt(0, {"--speed", "4x"})[u"condition"], QStringLiteral("written"));
     EXPECT_EQ(disc().writeSpeed, 5540); // 4 times 1385
 }
 
 TEST_F(BurnOptions, drives_tellsTheSpeeds_fromTheSlowestOn)
 {
-    insert(FakeProfile::DVDPlusR, dvdBlocks);
+    insert(FakeProfile::DVDPlusR, dvdPlusBlocks);
     const ChildResult result = runWithDrive({"drives", "--json", "/dev/sr0"});
     ASSERT_EQ(result.exitStatus, 0) << result.errors.constData();
     const QJsonObject drive = jsonOf(result.output)[u"drives"].toArray().first().toObject();

@@ -9,7 +9,6 @@ namespace Tessaron::Testing
 namespace
 {
 
-constexpr int cdBlocks = 359'849;
 constexpr int frameSize = 2352;
 
 /// Sound files that are burnt without an image.

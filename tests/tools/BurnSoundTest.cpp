@@ -10,7 +10,6 @@ namespace Tessaron::Testing
 namespace
 {
 
-constexpr int cdBlocks = 359'849;
 constexpr qsizetype sectorSize = 2352;
 
 /// Two tracks of sound that does not repeat: 600 sectors, and 700 behind a gap of 75 that is in the file.

@@ -20,7 +20,7 @@ constexpr std::uint32_t blockSize = 2048;
 constexpr qsizetype blocksOnDisc = 400;
 constexpr std::chrono::milliseconds shortPatience(300);
 
-/// Operation codes (MMC-5 table 240).
+/// Operation codes (MMC-5 6).
 constexpr int modeSense = 0x5A;
 constexpr int blankDisc = 0xA1;
 
