@@ -39,7 +39,7 @@ private:
 /// A disc whose last session begins at that block, or which has none.
 std::shared_ptr<const DiscImageSource> lastSession(const QByteArray &disc, std::uint32_t firstBlock)
 {
-    const auto inFront = qsizetype(firstBlock * blockSize);
+    const qsizetype inFront = qsizetype(firstBlock) * qsizetype(blockSize);
     DiscImageSectors sectors;
     sectors.kind = TrackKind::Mode1;
     sectors.firstBlock = firstBlock;
