@@ -224,8 +224,8 @@ Examples:
   tessaron info Music
 
 Exit status: 0 done, 1 a file could not be read or a cover not be written, 2
-wrong usage, 3 done but a file of a folder is not a movie or a folder could not be
-listed, 130 interrupted.
+wrong usage, 3 done but a file of a folder is not a movie or a folder could not
+be listed, 130 interrupted.
 )";
 
 constexpr char dvdIntroduction[] = R"(Usage: tessaron dvd [OPTION]... PATH
