@@ -58,6 +58,7 @@ set(TESSARON_PUBLIC_HEADERS
     platform/foundation/Export.h
     platform/foundation/FileSystemRepresentation.h
     platform/foundation/FileTime.h
+    platform/foundation/LanguageNames.h
     platform/foundation/MainThread.h
     platform/foundation/MessageTexts.h
     platform/foundation/NSAssertionHandler.h
