@@ -246,7 +246,7 @@ TEST_F(Audio, failure_leavesNothing_andSaysWhy)
     expectNothing(run({}, {"folder"}), 1, "Name the files in it, or a list of them.");
     expectNothing(runTessaron({"audio", "-o", m_tree.path("out/a.iso"), m_tree.path("1.wav")}), 2, ".vant");
     expectNothing(runTessaron({"audio", "-o", m_tree.path("out/a.bin")}), 2, "no FILE");
-    expectNothing(run({"--gap", "x"}, {"1.wav"}), 2, "no number of seconds");
+    expectNothing(run({"--gap", "x"}, {"1.wav"}), 2, "not a number of seconds");
     QList<QByteArray> hundred;
     for (int file = 0; file < 100; ++file)
         hundred << "1.wav";

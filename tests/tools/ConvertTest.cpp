@@ -50,11 +50,14 @@ protected:
     /// The bytes of the file that is being made, wherever it is; -1 before it is there.
     [[nodiscard]] std::int64_t bytesOfPart(const char *name) const
     {
-        std::error_code ignored;
-        for (const auto &entry :
-             std::filesystem::recursive_directory_iterator(m_tree.path("out").toStdString(), ignored)) {
-            if (entry.path().filename() == name)
-                return std::int64_t(entry.file_size(ignored));
+        namespace fs = std::filesystem;
+        std::error_code ignored; // folders come and go while this looks
+        for (fs::recursive_directory_iterator entry(m_tree.path("out").toStdString(), ignored), end; entry != end;
+             entry.increment(ignored)) {
+            if (entry->path().filename() != name)
+                continue;
+            const auto size = entry->file_size(ignored);
+            return ignored ? -1 : std::int64_t(size);
         }
         return -1;
     }
