@@ -9,7 +9,7 @@ using namespace Tessaron;
 namespace
 {
 
-/// Reads the sheet with files that hold so many bytes, whichever they are.
+/// Reads the sheet with files of that many bytes each, whichever they are.
 Result<CueSheet> read(const QByteArray &text, std::uint64_t fileBytes)
 {
     CueSheetFiles files;

@@ -102,7 +102,7 @@ Sense FakeDrive::carryOut(const std::uint8_t *command, std::uint8_t *data, unsig
         return {};
     case 0x54: // SEND OPC INFORMATION
         return {};
-    case 0xB6: // SET STREAMING: so many thousand bytes in so many milliseconds
+    case 0xB6: // SET STREAMING: a number of kilobytes, and the milliseconds that they may take
         if (length >= 28 && number(data + 24, 4) > 0)
             m_disc.writeSpeed = int(std::int64_t(number(data + 20, 4)) * 1000 / number(data + 24, 4));
         return {};

@@ -29,8 +29,8 @@ public:
     bool canPrepare = true;
     std::uint32_t mostAtOnce = 0xFFFFFFFF; ///< bytes of one call
     std::uint64_t endsAfter = ~std::uint64_t(0); ///< bytes of data there are
-    int nothingTimes = 0; ///< so many calls for data give nothing, in the middle
-    std::uint32_t tooMuch = 0; ///< lies about having given so many bytes more
+    int nothingTimes = 0; ///< how many calls for data give nothing, in the middle
+    std::uint32_t tooMuch = 0; ///< how many bytes more than it gave it says that it gave
     std::function<void(DRTrack &)> onPrepare;
     std::function<void(std::uint64_t position)> beforeData;
 
@@ -40,7 +40,7 @@ private:
     std::uint64_t m_position = 0;
 };
 
-/// A track of so many blocks.
+/// A track of that many blocks.
 [[nodiscard]] std::shared_ptr<DRTrack> trackOfProducer(const std::shared_ptr<TestProducer> &producer,
                                                        std::uint64_t blocks, std::uint32_t blockSize = 2048,
                                                        std::uint32_t pregapBlocks = 0);
